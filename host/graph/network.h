@@ -1,0 +1,122 @@
+// A network of nodes with a root node: what a surface has, and what a node may hold inside itself.
+#pragma once
+
+#include "host/error.h"
+#include "host/graph/node.h"
+#include "host/graph/server_list.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Everything is for the [interface thread; not while rendering] but what says otherwise. The functions throw
+// InputError; the service functions in front of them turn that into results.
+struct HostNodeEditor {
+    // An editor whose root node is described by functions. The root takes the editor's name. `root` may be null.
+    HostNodeEditor(std::string name, std::string title, const HostRootDescription *root, void *userData);
+    // An editor whose root node is an instance of a server; `server` outlives the editor.
+    HostNodeEditor(std::string name, velm::ServerClass &server);
+    ~HostNodeEditor(); // destroys all nodes, the last one made first, then the root
+    HostNodeEditor(const HostNodeEditor &) = delete;
+    HostNodeEditor &operator=(const HostNodeEditor &) = delete;
+
+    const std::string &name() const { return name_; }
+    const std::string &title() const { return title_; } // of its window
+    void setTitle(std::string title) { title_ = std::move(title); }
+    HostNode &root() { return *root_; }
+    const HostNode &root() const { return *root_; }
+    // All but the root, in the order in which they were made.
+    const std::vector<std::unique_ptr<HostNode>> &nodes() const { return nodes_; }
+    // By name, the root included; null when there is none.
+    HostNode *findNode(std::string_view name) const;
+    // InputError naming the nearest one.
+    HostNode &node(std::string_view name) const;
+
+    // Makes a node. An empty name stands for the server's display name; a name that is taken gets a number: "Counter",
+    // "Counter (2)". InputError with the server's own message when it makes no instance.
+    HostNode &addNode(velm::ServerClass &server, std::string_view name = {});
+    // Destroys a node of this editor other than the root. Inputs that it fed learn of it with event 2.
+    void destroyNode(HostNode &node);
+    // Destroys all nodes but the root.
+    void clear();
+    // Gives a node another name; made unique as in addNode.
+    void rename(HostNode &node, std::string_view name);
+
+    // Connects, replacing what the input had. InputError when the nodes are not both in this editor, when the output
+    // is the root's, or when a circle would arise; the message names its path.
+    void connect(HostOutput &output, HostInput &input);
+    // By names; InputError naming the nearest right one.
+    void connect(std::string_view fromNode, std::string_view output, std::string_view toNode, std::string_view input);
+
+    // Rendering starts, a frame starts (seconds), rendering has ended; forwarded to the root and to every node.
+    // InputError with the node's name when a node reports an error; when that is init, what was initialised before is
+    // cleaned up. [between frames]
+    void init(int mode);
+    void newTime(int frame, double time);
+    void cleanup();
+
+    // Makes this network like another: nodes, settings, connections, names. Both have the same root inputs.
+    void copyFrom(HostNodeEditor &from);
+    // The contents of a network's block; the caller opens and closes the block itself. Loading replaces the network.
+    void save(const HostSaveState &state);
+    void load(const HostLoadState &state);
+
+    // Where the channel groups of nodes are made from now on; not owned. Without it, a group of the editor's own.
+    void setChannelGroup(HostChannelGroup *group) { group_ = group; }
+    HostChannelGroup *channelGroup();
+
+    // Kept in files; non-zero switches the network off: its owner then goes by the root's own values alone.
+    int state() const { return state_; }
+    void setState(int state) { state_ = state; }
+
+    void *userData() const { return userData_; }
+    void setUserData(void *data) { userData_ = data; }
+    void setEvent(HostEditorEvent *event) { event_ = event; }
+    void setAutosize(HostEditorAutosize *autosize) { autosize_ = autosize; }
+    // The bounds to be previewed, from the autosize callback; a unit cube about the origin when there is none.
+    void bounds(double result[3][2]);
+    // The root's preview of a sample; false when the root offers none. [render threads]
+    bool previewSample(ShadingSample *sample, double colour[3]) const;
+    const HostRootDescription &description() const { return description_; }
+
+    // Remembers an error that a service function could not report, and gives it to whoever asks.
+    void setLastError(std::string message) { lastError_ = std::move(message); }
+    const std::string &lastError() const { return lastError_; }
+
+  private:
+    friend void destroyRoot(HostNodeEditor &editor);
+    std::string uniqueName(std::string_view wanted, const HostNode *except) const;
+    std::unique_ptr<HostNode> makeNode(velm::ServerClass &server, std::string name);
+    void dismantle(HostNode &node);
+    void changed();
+
+    std::string name_, title_;
+    HostRootDescription description_{};
+    std::unique_ptr<HostNode> root_;
+    std::vector<std::unique_ptr<HostNode>> nodes_;
+    std::unique_ptr<HostChannelGroup> ownGroup_;
+    HostChannelGroup *group_ = nullptr;
+    void *userData_ = nullptr;
+    HostEditorEvent *event_ = nullptr;
+    HostEditorAutosize *autosize_ = nullptr;
+    int state_ = 0;
+    std::array<int, 2> location_{0, 0}; // of the editor's view
+    float zoom_ = 1;
+    std::string lastError_;
+};
+
+namespace velm {
+
+// The panel of a node; null when it has none. Made once. [interface thread; not while rendering]
+HostPanel *panelOf(HostNode &node);
+
+// The inputs and outputs of a node, at the service functions' disposal. Creating gives a handle owned by the node.
+HostInput *createInput(HostNode &node, int type, const char *name, HostInputEvent *event);
+HostOutput *createOutput(HostNode &node, int type, const char *name);
+void destroyInput(HostInput &input);
+void destroyOutput(HostOutput &output);
+// Breaks the connection of an input, if any; the input's node learns of it with `event`.
+void disconnect(HostInput &input, int event = kInputDisconnected);
+
+} // namespace velm

@@ -1,0 +1,123 @@
+// Nodes, their inputs and outputs, and the way of a sample through them. What stands first in each record is what
+// render threads read; from an input to the node that feeds it are two steps: input -> output -> node.
+#pragma once
+
+#include "module/host.h"
+
+#include <array>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velm {
+class ServerClass;
+}
+
+struct HostOutput {
+    HostNode *node = nullptr;
+    int type = 0; // a connection type
+    std::string name;
+    std::vector<HostInput *> consumers; // the inputs that it feeds, in order of connection
+};
+
+struct HostInput {
+    HostOutput *source = nullptr; // null: unconnected
+    int type = 0;                 // a connection type
+    HostNode *node = nullptr;
+    HostInputEvent *event = nullptr; // may be null
+    std::string name;
+};
+
+// Lives on the stack of one evaluation: where the result goes, and what it is converted from and to.
+struct HostNodeValue {
+    void *holder;   // what the asking input holds, of type askingType
+    int askingType; // connection types
+    int outputType;
+};
+
+struct HostNode {
+    void (*evaluate)(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) = nullptr;
+    void *instance = nullptr; // of the server; null for a root node that only its owner reads
+
+    HostNodeEditor *editor = nullptr;
+    velm::ServerClass *server = nullptr;      // null for a root node made from a root description
+    const HostNodeHandler *handler = nullptr; // null likewise; the server's
+    std::string name;                         // unique in its editor
+    std::vector<std::unique_ptr<HostInput>> inputs;
+    std::vector<std::unique_ptr<HostOutput>> outputs;
+    HostChannelGroup *group = nullptr; // made when first asked for
+    HostPanel *panel = nullptr;        // made by the server when first asked for; the host destroys it
+
+    // How an editor shows it.
+    std::array<int, 3> colour{128, 128, 128};
+    int previewType = kPreviewRendered;
+    int previewUpdates = 0; // how often the preview was to be redrawn
+    std::array<int, 2> coordinates{0, 0};
+    int mode = 1;              // as saved; 1 is a node drawn open
+    std::string previewOutput; // name of the output that is previewed
+    std::string comment;
+
+    HostNode();
+    ~HostNode(); // releases the group; the editor has destroyed instance, panel and connections before
+    HostNode(const HostNode &) = delete;
+    HostNode &operator=(const HostNode &) = delete;
+
+    // By name; null when there is none.
+    HostInput *findInput(std::string_view wanted) const;
+    HostOutput *findOutput(std::string_view wanted) const;
+};
+
+namespace velm {
+
+// Converts a value of one connection type to another. `from` and `to` may be the same place.
+//   colour, material -> scalar   luminance, 0.299 R + 0.587 G + 0.114 B (ITU-R BT.601)
+//   vector -> scalar             the same weights, as the host treats a vector as a colour there
+//   scalar, integer -> triple    the value in each component
+//   anything -> integer          through the scalar, truncated towards zero; beyond an int the nearest int; NaN gives 0
+//   material -> colour, vector   the diffuse colour
+//   anything -> material         the diffuse colour from it, the rest 0
+//   function                     a scalar
+void convertValue(int fromType, const void *from, int toType, void *to);
+
+// Size in bytes of a value of a connection type; 0 for a code that is none.
+int valueSize(int type);
+
+// "colour", "scalar" and so on; "unknown".
+const char *typeName(int type);
+
+namespace detail {
+// Unlike types, and functions. Out of line to keep the usual way short.
+void evaluateUnlike(HostOutput *source, int askingType, ShadingSample *sample, void *value);
+// Networks that reach themselves through a server's own pointers, behind the host's back, would recurse for ever.
+constexpr int kMaxEvaluationDepth = 4000;
+inline constinit thread_local int evaluationDepth = 0;
+void evaluationTooDeep();
+} // namespace detail
+
+// True when an evaluation was cut off since the last call because nodes asked each other in a circle; the inputs
+// involved counted as unconnected. [between frames]
+bool takeEvaluationTooDeep();
+
+// Evaluates what is connected to an input into *value, which is of the input's type. 1 when connected. Unconnected,
+// *value stays as it is and the result is 0; the same value stays when the node sets none. [render threads]
+inline int evaluateInput(const HostInput *input, ShadingSample *sample, void *value) {
+    HostOutput *source = input->source;
+    if (!source) return 0;
+    if (detail::evaluationDepth >= detail::kMaxEvaluationDepth) [[unlikely]] {
+        detail::evaluationTooDeep();
+        return 0;
+    }
+    ++detail::evaluationDepth;
+    if (source->type == input->type) {
+        HostNodeValue result{value, input->type, source->type};
+        const HostNode *node = source->node;
+        node->evaluate(node->instance, sample, source, &result);
+    } else {
+        detail::evaluateUnlike(source, input->type, sample, value);
+    }
+    --detail::evaluationDepth;
+    return 1;
+}
+
+} // namespace velm
