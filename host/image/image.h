@@ -1,0 +1,104 @@
+// Images that scenes and nodes read: kept in memory as float, in linear light, and looked up from render threads.
+#pragma once
+
+#include "module/host.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velm {
+
+// One level of an image's pyramid: rows from the top, pixels from the left, `channels` floats each.
+struct ImageLevel {
+    int width = 0, height = 0;
+    std::vector<float> pixels;
+};
+
+} // namespace velm
+
+// An image of the list. The opaque handle of the wall.
+struct HostImage {
+    std::string name, file;
+    int width = 0, height = 0;
+    int channels = 0; // 1 luminance, 2 luminance and alpha, 3 colour, 4 colour and alpha
+    bool isColour = false, hasAlpha = false;
+    std::vector<velm::ImageLevel> levels; // the image, then each level half the size of the one before, down to 1 by 1
+    HostImage *next = nullptr;            // in the list's order
+};
+
+namespace velm {
+
+// Reads any format that OpenImageIO knows. The colour channels of 8-bit and 16-bit integer files are taken as sRGB and
+// made linear; float files, and alpha always, are taken as they are. Colours are not multiplied by alpha where the file
+// does not multiply them. Animated and multi-part files give their first picture.
+// Throws InputError with the file's name for a missing, broken or empty file.
+std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name);
+
+// Pixel lookups. The null image is black and without alpha; beyond the edges the nearest pixel counts. `colour` gets
+// three components, equal ones from an image without colour. [render threads]
+void pixel(const HostImage *image, int x, int y, float colour[3]);
+float pixelAlpha(const HostImage *image, int x, int y); // 1 without an alpha channel
+
+// Map lookups: u runs from the left edge (0) to the right edge (1) and wraps around, v from the top edge (0) to the
+// bottom edge (1) and is clamped; pixel centres stand half a pixel from the edges. Bilinear. [render threads]
+void sampleBilinear(const HostImage *image, double u, double v, double colour[3]);
+double sampleBilinearAlpha(const HostImage *image, double u, double v);
+
+// The mean over a square spot about (u, v), whose width is `spotSize` in units of the image's width: bilinear in the
+// two pyramid levels whose pixels enclose the spot's width, blended. A spot smaller than a pixel, or one that is not a
+// number, is the bilinear lookup. [render threads]
+void sampleSpot(const HostImage *image, double u, double v, double spotSize, double colour[3]);
+double sampleSpotAlpha(const HostImage *image, double u, double v, double spotSize);
+
+// Relative luminance of a linear colour (Rec. 709 primaries, as sRGB has).
+constexpr double luminance(double red, double green, double blue) {
+    return 0.2126 * red + 0.7152 * green + 0.0722 * blue;
+}
+
+// Where a direction (any length but 0) meets an image spread over the sphere, in radians of seam angle:
+// u = 0.5 + (heading - seamAngle) / 2 pi, brought to 0 <= u < 1, with the heading measured about +Y from +Z towards +X;
+// v = 0 straight up, 0.5 at the horizon, 1 straight down. So without a seam angle +Z is in the middle of the image.
+// A zero or non-finite direction gives (0.5, 0.5). [any thread]
+void directionToImage(double seamAngle, const double direction[3], double *u, double *v);
+
+// The scene's images, in the order in which they were added: one list for the whole program, as nodes expect. Adding
+// and removing: [interface thread; not while rendering]. Walking: [render threads]
+class ImageList {
+  public:
+    static ImageList &instance();
+
+    // Gives the image of that file and name, which is read when it is not yet in the list. An empty name stands for the
+    // file's own name without directories. The list owns it. Throws InputError as readImage, and when another file's
+    // image already has the name.
+    HostImage &load(const std::string &file, const std::string &name = {});
+
+    HostImage *first() const { return first_; }
+    static HostImage *next(const HostImage *image) { return image != nullptr ? image->next : nullptr; }
+
+    // By name, or null.
+    HostImage *find(const std::string &name) const;
+    std::vector<std::string> names() const;
+
+    // Takes one image out of the list and frees it; null and strangers are ignored.
+    void remove(const HostImage *image);
+    void clear();
+
+    // Why the last load through the wall's function table gave null; empty after one that worked.
+    const std::string &lastError() const { return lastError_; }
+
+  private:
+    friend struct ImageListService;
+    void relink();
+
+    std::vector<std::unique_ptr<HostImage>> images_;
+    HostImage *first_ = nullptr;
+    std::string lastError_;
+};
+
+// The table of "LW Image List 5" over ImageList::instance(). A saved reference is two strings: the image's name and its
+// file, both empty for the null image; loading one finds the image by name and file, then by file, and reads the file
+// when neither is in the list.
+const HostImageList *imageListFuncs();
+
+} // namespace velm

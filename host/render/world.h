@@ -1,0 +1,51 @@
+// A scene made ready to be rendered.
+#pragma once
+
+#include "host/scene/description.h"
+#include "module/host.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace velm {
+
+class Surface;
+struct WorldData; // host/render/world_data.h
+
+// Gives the surface of a name, or null when there is none. Only called while a World is built.
+using SurfaceLookup = std::function<Surface *(const std::string &name)>;
+
+// Meshes with their ray acceleration, cameras, lights and the backdrop. Surfaces stay the caller's and have to live as
+// long as the World; images come from ImageList::instance(). A World is built and destroyed on the interface thread and
+// is not changed by rendering. Only one World is rendered at a time, since nodes reach the scene through services that
+// know one.
+class World {
+  public:
+    // Throws InputError, with its place, for a mesh that cannot be read, a surface that is not there, a material that
+    // no surface is given for, and numbers that make no sense; MachineError when memory runs out.
+    World(const SceneDescription &scene, const SurfaceLookup &surfaceOf);
+    ~World();
+    World(const World &) = delete;
+    World &operator=(const World &) = delete;
+
+    const WorldData &data() const { return *data_; }
+
+    // The item of a name and type (kItemObject, kItemLight, kItemCamera), or null. Items stay as long as the World.
+    const HostItem *item(int type, const std::string &name) const;
+
+    std::size_t triangleCount() const;
+    std::size_t pointCount() const;
+    std::size_t accelerationBytes() const; // memory that the ray acceleration holds now
+
+  private:
+    std::unique_ptr<WorldData> data_;
+};
+
+// UV coordinates of a sample that a World's rays gave: the u-to-the-right, v-up coordinates of the mesh's file on the
+// map of that name, or on the first one for null. False when the mesh has no such map or the sample stands on no mesh.
+// [render threads]
+bool sampleUv(const ShadingSample &sample, const char *mapName, double *u, double *v);
+
+} // namespace velm
