@@ -99,8 +99,8 @@ typedef int HostActivate(int version, HostLookup *lookup, void *local, void *ser
 
 /* Codes of a server's tag records. */
 enum {
-    kTagUserName = 0x0,  /* the display name */
-    kTagMenu = 0x70000   /* the node-menu group */
+    kTagUserName = 0x0, /* the display name */
+    kTagMenu = 0x70000  /* the node-menu group */
 };
 
 typedef struct HostTag {
@@ -109,8 +109,8 @@ typedef struct HostTag {
 } HostTag;
 
 typedef struct HostServer {
-    const char *className; /* null ends the table */
-    const char *name;      /* unique within its class */
+    const char *className;  /* null ends the table */
+    const char *name;       /* unique within its class */
     HostActivate *activate; /* may be null: the server is listed, and never activated */
     const HostTag *tags;
 } HostServer;
@@ -185,7 +185,7 @@ typedef struct HostLoadState {
 
 /* Life of an instance. All of these: [interface thread; not while rendering] */
 typedef struct HostInstanceOps {
-    void *priv; /* handed back as the first argument of create */
+    void *priv;                                                  /* handed back as the first argument of create */
     void *(*create)(void *priv, void *node, const char **error); /* null, and a message in *error, on failure */
     void (*destroy)(void *instance);
     HostError (*copy)(void *to, void *from);
@@ -204,9 +204,9 @@ typedef struct HostItemOps {
 enum { kInitPreview = 0, kInitRender = 1 };
 
 typedef struct HostRenderOps {
-    HostError (*init)(void *instance, int mode);                    /* rendering starts [between frames] */
-    void (*cleanup)(void *instance);                                /* rendering has ended [between frames] */
-    HostError (*newTime)(void *instance, int frame, double time);   /* a frame starts; seconds [between frames] */
+    HostError (*init)(void *instance, int mode);                  /* rendering starts [between frames] */
+    void (*cleanup)(void *instance);                              /* rendering has ended [between frames] */
+    HostError (*newTime)(void *instance, int frame, double time); /* a frame starts; seconds [between frames] */
 } HostRenderOps;
 
 /* Filled by the activation of a "NodeHandler" server. */
@@ -278,16 +278,16 @@ typedef double HostRayTraceMode(const double position[3], const double direction
 /* What the renderer hands to every evaluation. Later hosts append members; none before them moves. The module reads
  * it and never writes to it. */
 struct ShadingSample {
-    int pixelX, pixelY;              /* column and row of the picture */
-    double objectPosition[3];        /* in object space */
-    double position[3];              /* in world space */
-    double geometricNormal[3];       /* of the polygon, unit length, world space */
-    double shadingNormal[3];         /* interpolated and bumped, unit length, world space */
-    double unbumpedNormal[3];        /* interpolated, before bump */
-    double raySource[3];             /* origin of the ray that came here */
-    double rayLength;                /* from there to the position */
-    double spotSize;                 /* width of the sample's footprint at the position */
-    double cosine;                   /* between the geometric normal and the direction back to the ray source */
+    int pixelX, pixelY;        /* column and row of the picture */
+    double objectPosition[3];  /* in object space */
+    double position[3];        /* in world space */
+    double geometricNormal[3]; /* of the polygon, unit length, world space */
+    double shadingNormal[3];   /* interpolated and bumped, unit length, world space */
+    double unbumpedNormal[3];  /* interpolated, before bump */
+    double raySource[3];       /* origin of the ray that came here */
+    double rayLength;          /* from there to the position */
+    double spotSize;           /* width of the sample's footprint at the position */
+    double cosine;             /* between the geometric normal and the direction back to the ray source */
     double bumpHeight;
     double objectToWorld[9];
     double worldToObject[9];
@@ -297,17 +297,17 @@ struct ShadingSample {
     HostRayCast *rayCast;
     HostRayShade *rayShade;
     HostRayTraceMode *rayTraceMode;
-    int rayDepth;                    /* bounces before this sample; 0 for what the camera sees */
-    HostItem *sourceItem;            /* what cast the ray: a camera, a light or an object */
-    HostItem *objectItem;            /* what was hit */
+    int rayDepth;         /* bounces before this sample; 0 for what the camera sees */
+    HostItem *sourceItem; /* what cast the ray: a camera, a light or an object */
+    HostItem *objectItem; /* what was hit */
     int polygonNumber;
-    HostPoint *vertices[4];          /* of the polygon about the position */
-    float vertexWeights[4];          /* barycentric; they add up to 1 */
-    float vertexPositions[4][3];     /* world space */
+    HostPoint *vertices[4];      /* of the polygon about the position */
+    float vertexWeights[4];      /* barycentric; they add up to 1 */
+    float vertexPositions[4][3]; /* world space */
     HostPolygon *polygon;
-    double refractionIndex;          /* of the medium that the incoming ray travelled in */
-    int threadIndex;                 /* 0 to kMaxThreads - 1; a thread keeps its number for its life */
-    int rayFlags;                    /* kRayShadow and so on */
+    double refractionIndex; /* of the medium that the incoming ray travelled in */
+    int threadIndex;        /* 0 to kMaxThreads - 1; a thread keeps its number for its life */
+    int rayFlags;           /* kRayShadow and so on */
 };
 
 /* What ray shade leaves: the shading record of the point that was hit. Callers pass a HostRayHitRoom, since later
@@ -326,7 +326,7 @@ struct HostRayHit {
     HostItem *objectItem;
     int polygonNumber;
     double shadingNormal[3];
-    double colour[3];                /* the shaded colour */
+    double colour[3]; /* the shaded colour */
     double luminosity, diffuse, specular, mirror, transparency, eta, roughness;
     HostIlluminate *illuminate;
     HostRayTrace *rayTrace;
@@ -350,7 +350,7 @@ typedef union HostRayHitRoom {
 
 enum { kPreviewRendered = 0, kPreviewDrawnByNode = 1, kPreviewOff = 2 };
 
-typedef struct HostNodeFuncs { /* [interface thread; not while rendering] */
+typedef struct HostNodeFuncs {                     /* [interface thread; not while rendering] */
     const char *(*nodeName)(HostNode *node);       /* numbered in its editor: "Counter (2)"; the host's text */
     const char *(*serverUserName)(HostNode *node); /* the class's display name */
     HostChannelGroup *(*channelGroup)(HostNode *node);
@@ -446,9 +446,9 @@ typedef struct HostNodeEditorFuncs { /* [interface thread; not while rendering],
     HostError (*copy)(HostNodeEditor *to, HostNodeEditor *from);
     HostError (*save)(HostNodeEditor *editor, const HostSaveState *state);
     HostError (*load)(HostNodeEditor *editor, const HostLoadState *state);
-    HostError (*init)(HostNodeEditor *editor, int mode);                       /* [between frames] */
-    HostError (*newTime)(HostNodeEditor *editor, int frame, double time);      /* [between frames] */
-    void (*cleanup)(HostNodeEditor *editor);                                   /* [between frames] */
+    HostError (*init)(HostNodeEditor *editor, int mode);                  /* [between frames] */
+    HostError (*newTime)(HostNodeEditor *editor, int frame, double time); /* [between frames] */
+    void (*cleanup)(HostNodeEditor *editor);                              /* [between frames] */
     HostInput *(*addRootInput)(HostNodeEditor *editor, int type, const char *name, HostInputEvent *event);
     void (*setChannelGroup)(HostNodeEditor *editor, HostChannelGroup *group);
     void (*setAutosize)(HostNodeEditor *editor, HostEditorAutosize *autosize);
@@ -523,7 +523,7 @@ enum { kParmHasEnvelope = 1, kParmHasTexture = 2 }; /* bits of a parameter's sta
 
 typedef int HostParmEvent(void *userData, HostVParm *parm, int event);
 
-typedef struct HostVParmFuncs { /* [interface thread; not while rendering], but for getValue */
+typedef struct HostVParmFuncs {                  /* [interface thread; not while rendering], but for getValue */
     HostVParm *(*create)(int type, int subtype); /* subtype -1: as the type has it */
     void (*destroy)(HostVParm *parm);
     void (*setUp)(HostVParm *parm, const char *channelName, HostChannelGroup *group, void *textureContext,
@@ -549,13 +549,13 @@ enum { kBehaveReset, kBehaveConstant, kBehaveRepeat, kBehaveOscillate, kBehaveOf
 
 /* What set key and get key address: the value a double, the rest as the name says. */
 enum {
-    kKeyValue = 1,       /* double */
-    kKeyTime = 2,        /* double, seconds */
-    kKeyShape = 3,       /* int */
-    kKeyTension = 4,     /* double, as the next two */
+    kKeyValue = 1,   /* double */
+    kKeyTime = 2,    /* double, seconds */
+    kKeyShape = 3,   /* int */
+    kKeyTension = 4, /* double, as the next two */
     kKeyContinuity = 5,
     kKeyBias = 6,
-    kKeyParameter0 = 7   /* double; 7 to 10 are the four numbers of the Hermite and Bezier shapes */
+    kKeyParameter0 = 7 /* double; 7 to 10 are the four numbers of the Hermite and Bezier shapes */
 };
 enum { kEnvelopePreBehaviour = 1, kEnvelopePostBehaviour = 2 }; /* tags of set and get */
 
@@ -592,7 +592,7 @@ enum {
     kPanelForm = 1, /* values live in an instance and pass through the getter and setter */
     kPanelOwn = 2   /* values live in the panel */
 };
-enum { kSetUnknown = 0, kSetDefault = 1, kSetRedraw = 2, kSetRebuild = 3 };         /* a setter's results */
+enum { kSetUnknown = 0, kSetDefault = 1, kSetRedraw = 2, kSetRebuild = 3 }; /* a setter's results */
 enum { kEventChanging = 1, kEventSet = 2, kEventHit = 3, kEventFocus = 4, kEventFocusLost = 5 };
 
 /* One value of a panel; a row of zeros ends the table. */
@@ -630,36 +630,41 @@ typedef union HostHint {
 /* Tags of hints, each with the words that follow it. `ids` are one or more, ended by 0. Limits are whole numbers in
  * the control's shown unit (degrees, per cent). */
 #define kHintEnd 0u
-#define kHintLabel 0x3D000B03u           /* id text 0 */
-#define kHintAddControl 0x3D000D03u      /* id type value-id */
-#define kHintChangeNotify 0x3D000F01u    /* function */
-#define kHintDestroyNotify 0x3D001302u   /* function 0 */
-#define kHintMinimum 0x3D014002u         /* id n */
-#define kHintMaximum 0x3D014102u         /* id n */
-#define kHintStep 0x3D014202u            /* id n */
-#define kHintRange 0x3D014304u           /* id min max step */
-#define kHintSensitivity 0x3D014402u     /* id n */
-#define kHintStringList 0x3D014503u      /* id texts 0 */
-#define kHintEnforceLimits 0x3D014703u   /* id min? max? */
-#define kHintButton 0x3D015F02u          /* id function */
-#define kHintPopupFunctions 0x3D016203u  /* id count name */
-#define kHintValueTransform 0x3D016303u  /* id count ints */
-#define kHintDraw 0x3D016502u            /* id function */
-#define kHintVectorLabels 0x3D017202u    /* id texts */
-#define kHintControlOptions 0x3D017403u  /* id 0 options */
-#define kHintEnable 0x3D01F984u          /* value-id message 0 map ids 0; without a map: enabled while non-zero */
-#define kHintGroup 0x3D01FE81u           /* group-id ids 0 */
-#define kHintStack 0x3D020983u           /* group-id value-id map ids 0; the map gives the shown place, -1 for none */
-#define kHintTabs 0x3D020A81u            /* group-id ids 0 */
-#define kHintLeftAlign 0x3D021280u       /* ids 0 */
-#define kHintNarrow 0x3D021380u          /* ids 0 */
-#define kHintDividerAfter 0x3D021481u    /* ids 0 */
-#define kHintNestedList 0xDD002u         /* 0 list */
+#define kHintLabel 0x3D000B03u          /* id text 0 */
+#define kHintAddControl 0x3D000D03u     /* id type value-id */
+#define kHintChangeNotify 0x3D000F01u   /* function */
+#define kHintDestroyNotify 0x3D001302u  /* function 0 */
+#define kHintMinimum 0x3D014002u        /* id n */
+#define kHintMaximum 0x3D014102u        /* id n */
+#define kHintStep 0x3D014202u           /* id n */
+#define kHintRange 0x3D014304u          /* id min max step */
+#define kHintSensitivity 0x3D014402u    /* id n */
+#define kHintStringList 0x3D014503u     /* id texts 0 */
+#define kHintEnforceLimits 0x3D014703u  /* id min? max? */
+#define kHintButton 0x3D015F02u         /* id function */
+#define kHintPopupFunctions 0x3D016203u /* id count name */
+#define kHintValueTransform 0x3D016303u /* id count ints */
+#define kHintDraw 0x3D016502u           /* id function */
+#define kHintVectorLabels 0x3D017202u   /* id texts */
+#define kHintControlOptions 0x3D017403u /* id 0 options */
+#define kHintEnable 0x3D01F984u         /* value-id message 0 map ids 0; without a map: enabled while non-zero */
+#define kHintGroup 0x3D01FE81u          /* group-id ids 0 */
+#define kHintStack 0x3D020983u          /* group-id value-id map ids 0; the map gives the shown place, -1 for none */
+#define kHintTabs 0x3D020A81u           /* group-id ids 0 */
+#define kHintLeftAlign 0x3D021280u      /* ids 0 */
+#define kHintNarrow 0x3D021380u         /* ids 0 */
+#define kHintDividerAfter 0x3D021481u   /* ids 0 */
+#define kHintNestedList 0xDD002u        /* 0 list */
 
 /* Options of a "dThumbnail" control: one height bit and one width bit. */
 enum {
-    kThumbSmall = 1 << 0, kThumbMedium = 1 << 1, kThumbLarge = 1 << 2, kThumbExtraLarge = 1 << 3,
-    kThumbSquare = 1 << 16, kThumb4To3 = 1 << 17, kThumbWide = 1 << 20
+    kThumbSmall = 1 << 0,
+    kThumbMedium = 1 << 1,
+    kThumbLarge = 1 << 2,
+    kThumbExtraLarge = 1 << 3,
+    kThumbSquare = 1 << 16,
+    kThumb4To3 = 1 << 17,
+    kThumbWide = 1 << 20
 };
 
 /* Pixels count from the area's upper left corner; components from 0 to 255. [interface thread; while drawing] */
@@ -737,8 +742,8 @@ typedef struct HostImageList {
 enum { kFileRequestVersion = 3, kFileRequestLoad = 1 };
 
 typedef struct HostFileRequest {
-    int type;             /* kFileRequestLoad */
-    int result;           /* set by the host: 1 chosen, 0 cancelled, negative on an error */
+    int type;   /* kFileRequestLoad */
+    int result; /* set by the host: 1 chosen, 0 cancelled, negative on an error */
     const char *title;
     const char *fileType; /* the kind of file that is offered, as "Images" */
     char *path;           /* buffers of bufferLength bytes, kept by the caller between requests */
@@ -850,7 +855,7 @@ typedef struct HostFrameTiming {
 
 enum { kCameraInfoFilmSize = 22, kCameraInfoFrameTiming = 23, kCameraInfoReserved = 22 };
 typedef struct HostCameraInfo {
-    void (*reserved[kCameraInfoReserved])(void); /* not used by any node */
+    void (*reserved[kCameraInfoReserved])(void);                       /* not used by any node */
     void (*filmSize)(HostItem *camera, double *width, double *height); /* metres [render threads] */
     void (*frameTiming)(HostItem *camera, int frame, HostFrameTiming *timing);
 } HostCameraInfo;
@@ -858,15 +863,15 @@ typedef struct HostCameraInfo {
 /* ---- Layout -------------------------------------------------------------------------------------------------- */
 
 /* The n-th pointer-sized member of a table. */
-#define HOST_SLOT(record, member, n) \
+#define HOST_SLOT(record, member, n)                                                                                   \
     HOST_ASSERT(offsetof(record, member) == (n) * sizeof(void *), #record "." #member " is not in its slot")
 /* An offset that differs between 64-bit and 32-bit targets. */
-#define HOST_OFFSET(record, member, at64, at32)                                                 \
-    HOST_ASSERT(offsetof(record, member) == (sizeof(void *) == 8 ? (size_t)(at64) : (size_t)(at32)), \
-                  #record "." #member " is misplaced")
-#define HOST_SIZE(record, at64, at32)                                                          \
-    HOST_ASSERT(sizeof(record) == (sizeof(void *) == 8 ? (size_t)(at64) : (size_t)(at32)), \
-                  #record " has the wrong size")
+#define HOST_OFFSET(record, member, at64, at32)                                                                        \
+    HOST_ASSERT(offsetof(record, member) == (sizeof(void *) == 8 ? (size_t)(at64) : (size_t)(at32)),                   \
+                #record "." #member " is misplaced")
+#define HOST_SIZE(record, at64, at32)                                                                                  \
+    HOST_ASSERT(sizeof(record) == (sizeof(void *) == 8 ? (size_t)(at64) : (size_t)(at32)),                             \
+                #record " has the wrong size")
 
 HOST_ASSERT(sizeof(int) == 4, "int is 32 bits");
 HOST_ASSERT(sizeof(short) == 2, "short is 16 bits");

@@ -1,0 +1,264 @@
+// The frame that every node stands on. A node describes itself in tables: its parameters, its outputs, the services it
+// needs. From those tables the frame activates its class, creates, copies, saves, loads and destroys its instances,
+// and reads its parameters at each frame and each sample. A node's own file keeps what is the node's own: what it
+// computes.
+//
+// An instance is a standard-layout record, allocated zero-filled; tables name its fields by their offsets.
+#pragma once
+
+#include "module/host.h"
+
+#include <cstddef>
+#include <span>
+#include <type_traits>
+
+namespace velm {
+
+// ---- Services --------------------------------------------------------------------------------------------------
+
+// The services that every node fetches. Each unit keeps a record of its own, filled when its class is activated.
+struct NodeServices {
+    const HostNodeFuncs *nodeFunc;
+    const HostNodeEditorFuncs *nodeEditorFunc;
+    const HostNodeInputFuncs *nodeInputFunc;
+    const HostNodeOutputFuncs *nodeOutputFunc;
+    const HostVParmFuncs *vparmf;
+    const HostEnvelopeFuncs *envf;
+    const HostPanelFuncs *xpanf;
+    HostInstanceUpdate *lwupdate;
+};
+
+// A further service that a unit fetches at activation, between the node services and the parameter services.
+struct FurtherService {
+    enum class Rule {
+        required,        // activation fails without it
+        systemWord,      // "System ID": the word that the next rule heeds; it closes the group of services before it
+        unlessModelling, // required, but not fetched, and null, in the modelling application
+    };
+    const char *name;
+    Rule rule = Rule::required;
+    void (*store)(void *found) = nullptr; // see storeIn
+};
+
+// Stores a found service in a unit's own pointer, which is the template's argument.
+template <auto &pointer>
+void storeIn(void *found) {
+    using Pointer = std::remove_reference_t<decltype(pointer)>;
+    if constexpr (std::is_function_v<std::remove_pointer_t<Pointer>>)
+        pointer = reinterpret_cast<Pointer>(found);
+    else
+        pointer = static_cast<Pointer>(found);
+}
+
+// ---- Parameters and outputs --------------------------------------------------------------------------------------
+
+// The current value of an animated parameter, and the host's parameter behind it.
+struct ScalarParameter {
+    double value;
+    HostVParm *parm;
+};
+struct TripleParameter {
+    double value[3];
+    HostVParm *parm;
+};
+
+inline constexpr size_t kNowhere = static_cast<size_t>(-1); // an offset that a table row leaves out
+
+// What a row of a parameter table holds in the instance.
+enum class Holds : unsigned char {
+    nothing,    // an input, a button, a drawing
+    integer,    // an int: a popup, a check box, a count
+    scalar,     // a ScalarParameter
+    triple,     // a TripleParameter
+    bareTriple, // a TripleParameter that is created with the node and then left alone: neither read nor saved, loaded,
+                // copied or released
+    text,       // a zero-terminated char array
+};
+
+// One parameter: one field of the instance and one row here. The order of the rows is the order of the panel, and that
+// in which values are read, copied, saved and loaded (integers first, then texts, then animated parameters).
+struct Parameter {
+    const char *label = nullptr;   // on the panel, and the name of the channel and the input unless they say otherwise
+    const char *channel = nullptr; // name of the channel where it is not the label
+    Holds holds = Holds::nothing;
+    bool createdLate = false; // its parameter and its input are created after those of all other rows
+    int parmType = 0;         // kParmFloat and so on, of an animated parameter
+    double initial[3] = {0, 0, 0};
+    size_t field = kNowhere;          // the int, ScalarParameter, TripleParameter or char array
+    size_t textSize = 0;              // bytes of a char array, 256 at least
+    HostBlockId block = {0, nullptr}; // in a unit that saves tagged blocks: the row's own
+
+    int input = 0;                   // connection type of its input; 0: none
+    const char *inputName = nullptr; // where it is not the label
+    size_t inputField = kNowhere;    // the HostInput *
+
+    unsigned int id = 0;                  // of its control: 0x8001 and on, in row order; 0: not on the panel
+    const char *control = nullptr;        // "iPopChoice", "float-env" and so on
+    const char *const *texts = nullptr;   // entries of a popup, ended by null
+    HostPopupCount *popupCount = nullptr; // a popup whose entries are made at run time
+    HostPopupName *popupName = nullptr;
+    std::span<const int> transform = {}; // values of the entries of an "iPopTransform"
+    HostPanelButton *button = nullptr;
+    HostPanelDraw *draw = nullptr;
+};
+
+struct Output {
+    const char *name;
+    int type;     // kConnectScalar and so on
+    size_t field; // the HostOutput *
+};
+
+// ---- The unit ----------------------------------------------------------------------------------------------------
+
+inline constexpr int kNoPreviewType = -1; // the unit leaves its node's preview as the host has it
+
+// A node class. What a unit leaves null it does as every node does.
+struct NodeUnit {
+    const char *name;                // display name
+    const char *groupName = nullptr; // of the envelope group where it is not the display name
+    size_t size;                     // of an instance
+    const int *colour;               // the unit's nodeColor: red, green, blue
+    int previewType = kNoPreviewType;
+    bool fetchesParameterServices = true; // looks "LWVParmFuncs 2" and "Animation Envelopes" up at activation
+    NodeServices *services;
+    std::span<const FurtherService> furtherServices = {};
+    std::span<const Parameter> parameters = {};
+    std::span<const Output> outputs = {};
+
+    size_t node;                  // offset of the HostNode *
+    size_t panel = kNowhere;      // of the HostPanel *
+    size_t group = kNowhere;      // of the HostChannelGroup * that holds the parameters; kNowhere: none is created
+    size_t freshFlags = kNowhere; // of int[kMaxThreads]: set to 1 at creation and when rendering starts
+
+    // What a unit adds to its life, at the places where the frame stops to ask.
+    void (*activated)() = nullptr; // all services are there
+    // Defaults are set, nothing is created yet; `priv` is the host's lookup function. A text makes creation fail
+    // with it.
+    const char *(*prepare)(void *instance, void *priv) = nullptr;
+    void (*created)(void *instance) = nullptr; // inputs and outputs are there
+    void (*destroying)(void *instance) = nullptr;
+    HostError (*copied)(void *to, void *from) = nullptr;                         // the rows have been copied
+    HostError (*saveMore)(void *instance, const HostSaveState *state) = nullptr; // between texts and parameters
+    HostError (*loadMore)(void *instance, const HostLoadState *state) = nullptr;
+    void (*loaded)(void *instance) = nullptr;
+    HostError (*init)(void *instance, int mode) = nullptr;
+    void (*cleanup)(void *instance) = nullptr;
+    HostError (*newTime)(void *instance, int frame, double time) = nullptr;
+    bool savesBlocks = false; // each row in a tagged block of its own, in any order when read back
+
+    // The panel: sets one value (kSetUnknown: not handled here), and takes a change (false: not handled here).
+    int (*setValue)(void *instance, unsigned int id, void *value) = nullptr;
+    bool (*changed)(void *instance, HostPanel *panel, unsigned int control, int event, int &result) = nullptr;
+};
+
+// A field of an instance by its offset.
+template <class Field>
+Field &fieldAt(void *instance, size_t offset) {
+    return *reinterpret_cast<Field *>(static_cast<char *>(instance) + offset);
+}
+
+// ---- Reading parameters while rendering --------------------------------------------------------------------------
+// Each gives the stored value, or what is connected to the input, for this sample only. [render threads]
+
+inline double read(const NodeServices &services, double stored, HostInput *input, ShadingSample *sample) {
+    services.nodeInputFunc->evaluate(input, sample, &stored);
+    return stored;
+}
+inline int read(const NodeServices &services, int stored, HostInput *input, ShadingSample *sample) {
+    services.nodeInputFunc->evaluate(input, sample, &stored);
+    return stored;
+}
+inline void read(const NodeServices &services, const double stored[3], HostInput *input, ShadingSample *sample,
+                 double value[3]) {
+    for (int i = 0; i < 3; ++i) value[i] = stored[i];
+    services.nodeInputFunc->evaluate(input, sample, value);
+}
+
+// A popup's index, clamped into its list of `count` entries.
+inline int readChoice(const NodeServices &services, int stored, HostInput *input, ShadingSample *sample, int count) {
+    const int index = read(services, stored, input, sample);
+    return index < 0 ? 0 : index >= count ? count - 1 : index;
+}
+
+// ---- What the callbacks of a unit hand on to ---------------------------------------------------------------------
+
+struct NodeCallbacks {
+    void *(*create)(void *priv, void *node, const char **error);
+    void (*destroy)(void *instance);
+    HostError (*copy)(void *to, void *from);
+    HostError (*load)(void *instance, const HostLoadState *state);
+    HostError (*save)(void *instance, const HostSaveState *state);
+    HostError (*init)(void *instance, int mode);
+    void (*cleanup)(void *instance);
+    HostError (*newTime)(void *instance, int frame, double time);
+    void (*evaluate)(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value);
+};
+
+int activateHandler(const NodeUnit &unit, const NodeCallbacks &callbacks, int version, HostLookup *lookup, void *local);
+void *createInstance(const NodeUnit &unit, HostInputEvent *inputEvent, void *priv, void *node, const char **error);
+void destroyInstance(const NodeUnit &unit, void *instance);
+HostError copyInstance(const NodeUnit &unit, void *to, void *from);
+HostError loadInstance(const NodeUnit &unit, void *instance, const HostLoadState *state);
+HostError saveInstance(const NodeUnit &unit, void *instance, const HostSaveState *state);
+HostError initInstance(const NodeUnit &unit, void *instance, int mode);
+void cleanUpInstance(const NodeUnit &unit, void *instance);
+HostError newTimeInstance(const NodeUnit &unit, void *instance, int frame, double time);
+int inputEvent(const NodeUnit &unit, void *instance, int event);
+
+// Reads every animated parameter at a time into its stored value.
+void readParameters(const NodeUnit &unit, void *instance, double time);
+
+// Creates and sets up one animated parameter with its value; null when the host cannot. Not for rendering.
+HostVParm *createParameter(const NodeServices &services, int type, const char *name, HostChannelGroup *group,
+                           const double *value);
+
+} // namespace velm
+
+// Declares what a unit shows to the rest of the module, and its private callbacks that its tables need.
+#define VELM_DECLARE_NODE(Name)                                                                                        \
+    int Name##_Activate(int version, HostLookup *lookup, void *local, void *serverData);                               \
+    extern const HostTag Name##_ServerTags[];                                                                          \
+    void Name##_get_vpValues(void *instance, double time);                                                             \
+    HostVParm *Name##_create_vpenv(int type, const char *name, HostChannelGroup *group, const double *value)
+
+// Defines the callbacks of a unit under their outside names. `unit` is its NodeUnit, which the frame walks; the unit's
+// own file defines Name_Evaluate before this.
+#define VELM_DEFINE_NODE(Name, unit, menu)                                                                             \
+    const HostTag Name##_ServerTags[] = {{.text = (unit).name, .code = kTagUserName},                                  \
+                                         {.text = (menu), .code = kTagMenu},                                           \
+                                         {.text = nullptr, .code = 0}};                                                \
+    static int Name##_nodeInputEvent(void *instance, HostInput *, int event, int) {                                    \
+        return velm::inputEvent(unit, instance, event);                                                                \
+    }                                                                                                                  \
+    static void *Name##_Create(void *priv, void *node, const char **error) {                                           \
+        return velm::createInstance(unit, Name##_nodeInputEvent, priv, node, error);                                   \
+    }                                                                                                                  \
+    static void Name##_Destroy(void *instance) { velm::destroyInstance(unit, instance); }                              \
+    static HostError Name##_Copy(void *to, void *from) { return velm::copyInstance(unit, to, from); }                  \
+    static HostError Name##_Load(void *instance, const HostLoadState *state) {                                         \
+        return velm::loadInstance(unit, instance, state);                                                              \
+    }                                                                                                                  \
+    static HostError Name##_Save(void *instance, const HostSaveState *state) {                                         \
+        return velm::saveInstance(unit, instance, state);                                                              \
+    }                                                                                                                  \
+    static HostError Name##_Init(void *instance, int mode) { return velm::initInstance(unit, instance, mode); }        \
+    static void Name##_Cleanup(void *instance) { velm::cleanUpInstance(unit, instance); }                              \
+    static HostError Name##_NewTime(void *instance, int frame, double time) {                                          \
+        return velm::newTimeInstance(unit, instance, frame, time);                                                     \
+    }                                                                                                                  \
+    void Name##_get_vpValues(void *instance, double time) { velm::readParameters(unit, instance, time); }              \
+    HostVParm *Name##_create_vpenv(int type, const char *name, HostChannelGroup *group, const double *value) {         \
+        return velm::createParameter(*(unit).services, type, name, group, value);                                      \
+    }                                                                                                                  \
+    int Name##_Activate(int version, HostLookup *lookup, void *local, void *) {                                        \
+        static constexpr velm::NodeCallbacks callbacks = {.create = Name##_Create,                                     \
+                                                          .destroy = Name##_Destroy,                                   \
+                                                          .copy = Name##_Copy,                                         \
+                                                          .load = Name##_Load,                                         \
+                                                          .save = Name##_Save,                                         \
+                                                          .init = Name##_Init,                                         \
+                                                          .cleanup = Name##_Cleanup,                                   \
+                                                          .newTime = Name##_NewTime,                                   \
+                                                          .evaluate = Name##_Evaluate};                                \
+        return velm::activateHandler(unit, callbacks, version, lookup, local);                                         \
+    }

@@ -1,0 +1,19 @@
+// The ray functions of a sample, as nodes call them. A sample without a scene about it, as in a preview, may carry null
+// functions: a ray then hits nothing and leaves its colour alone. For render threads.
+#pragma once
+
+#include "module/host.h"
+
+namespace velm {
+
+inline double castRay(const ShadingSample &sample, const double origin[3], const double direction[3]) {
+    return sample.rayCast ? sample.rayCast(origin, direction) : HOST_RAY_MISS;
+}
+
+inline double traceRay(const ShadingSample &sample, const double origin[3], const double direction[3], double colour[3],
+                       double eta, unsigned int mode) {
+    return sample.rayTraceMode ? sample.rayTraceMode(origin, direction, colour, eta, static_cast<int>(mode))
+                               : HOST_RAY_MISS;
+}
+
+} // namespace velm

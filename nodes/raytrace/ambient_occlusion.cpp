@@ -1,0 +1,414 @@
+// Ambient Occlusion: "how much of the sky does this point see?"
+//
+// Casts rays from the point into a cone about its normal and weighs each hit: 1 in plain mode, less the farther it lies
+// in ranged mode. "Scalar" is the openness, 1 for a free point; "Color" mixes four colours by the weights: that of the
+// surface, of the background, of what occludes, and, for secondary rays beyond "Sample Depth", of the limit.
+// Angles are radians here and degrees on the panel.
+//
+// Odd on purpose, because pictures rely on it:
+//   - Directions are uniform in the angle from the normal, not weighted by its cosine.
+//   - In ranged mode the weight is not clamped: with a shift above 0 a far hit counts negative, and brightens.
+//   - In plain mode a surface colour mode of "Trace" traces nothing, so the surface colour is black, unless the
+//     occlusion colour is traced as well.
+//   - The jitter of "Polar" turns rays both ways about the axis but tilts them only towards it.
+//   - Creating a node restarts the module's random stream, so that a scene opened afresh renders the same again.
+#include "module/panel.h"
+#include "module/rays.h"
+#include "module/rows.h"
+#include "random/random.h"
+
+#include <cmath>
+#include <numbers>
+
+VELM_DECLARE_NODE(AmbientOcclusion);
+VELM_DECLARE_PANEL(AmbientOcclusion);
+
+static velm::NodeServices services;
+static const HostBackdropInfo *bkdropinfo; // null, as the next, in the modelling application
+static const HostTimeInfo *timeinfo;
+static constexpr int nodeColor[3] = {164, 50, 10};
+
+namespace {
+
+struct ColourSettings {
+    int mode;
+    velm::TripleParameter colour;
+    velm::ScalarParameter brightness;
+};
+
+struct AmbientOcclusion {
+    int mode, samples, polarSamples1, polarSamples2;
+    velm::ScalarParameter jitterAngle, coneAngle;
+    int ranged;
+    velm::ScalarParameter max, shift;
+    int clampLow;
+    velm::ScalarParameter low;
+    int clampHigh;
+    velm::ScalarParameter high, offset;
+    int sampleDepth;
+    ColourSettings surface, background, occlusion, limit;
+    HostChannelGroup *group;
+    HostPanel *panel;
+    HostNode *node;
+    HostInput *samplesInput, *polar1Input, *polar2Input, *jitterAngleInput, *coneAngleInput, *maxInput, *shiftInput,
+        *lowInput, *highInput, *offsetInput, *sampleDepthInput, *surfaceColourInput, *surfaceBrightnessInput,
+        *backgroundColourInput, *backgroundBrightnessInput, *occlusionColourInput, *occlusionBrightnessInput,
+        *limitColourInput, *limitBrightnessInput, *functionInput, *normalInput;
+    HostOutput *colourOutput, *scalarOutput;
+};
+
+enum Mode { kRandom, kPolar };
+enum ColourMode { kCustom, kBackdrop, kTrace };
+constexpr const char *modeStrings[] = {"Random", "Polar", nullptr};
+constexpr const char *colorStrings1[] = {"Custom", "Backdrop", "Trace", nullptr};
+constexpr const char *colorStrings2[] = {"Custom", "Backdrop", nullptr};
+constexpr int colorEnableStates[3] = {1, 0, 0}; // a colour is edited only where it is the custom one
+constexpr double kTwentyDegrees = 0.3490658503988659, kRightAngle = 1.5707963267948966;
+constexpr const char *kRangedOnly = "This control is only enabled in ranged mode";
+
+// A ray as this node traces it: shaded as a reflection, and one of many.
+constexpr unsigned int kTraceRay = kTraceSampled | kTraceReflection;
+
+enum Control : unsigned int {
+    kMode = velm::kFirstControl,
+    kSamples,
+    kPolarSamples1,
+    kPolarSamples2,
+    kJitterAngle,
+    kConeAngle,
+    kRanged,
+    kMax,
+    kShift,
+    kClampLow,
+    kLow,
+    kClampHigh,
+    kHigh,
+    kOffset,
+    kSampleDepth,
+    kSurfaceMode,
+    kSurfaceColour,
+    kSurfaceBrightness,
+    kBackgroundMode,
+    kBackgroundColour,
+    kBackgroundBrightness,
+    kOcclusionMode,
+    kOcclusionColour,
+    kOcclusionBrightness,
+    kLimitMode,
+    kLimitColour,
+    kLimitBrightness,
+};
+enum Group : unsigned int { kPolarGroup = 0x9001, kModeStack, kBrightnessGroup, kSampleGroup, kColourGroup, kTabs };
+
+// All four are labelled "Brightness"; channel and input tell them apart.
+constexpr velm::Row brightness(unsigned int id, const char *name, size_t field, size_t input) {
+    return velm::percent(id, "Brightness").named(name).at(field).starting(1.0).input(input, name);
+}
+
+#define AT(field) offsetof(AmbientOcclusion, field)
+constexpr velm::Parameter parameters[] = {
+    velm::choice(kMode, "Mode", modeStrings).at(AT(mode)),
+    velm::wholeNumber(kSamples, "Samples").at(AT(samples)).starting(27).input(AT(samplesInput)),
+    velm::wholeNumber(kPolarSamples1, "Polar Samples 1")
+        .at(AT(polarSamples1))
+        .starting(3)
+        .input(AT(polar1Input), "Polar 1"),
+    velm::wholeNumber(kPolarSamples2, "Polar Samples 2")
+        .at(AT(polarSamples2))
+        .starting(9)
+        .input(AT(polar2Input), "Polar 2"),
+    velm::angle(kJitterAngle, "Jitter Angle").at(AT(jitterAngle)).starting(kTwentyDegrees).input(AT(jitterAngleInput)),
+    velm::angle(kConeAngle, "Cone Angle").at(AT(coneAngle)).starting(kRightAngle).input(AT(coneAngleInput)),
+    velm::checkBox(kRanged, "Ranged").at(AT(ranged)).starting(1),
+    velm::distance(kMax, "Max").at(AT(max)).starting(5.0).input(AT(maxInput)),
+    velm::number(kShift, "Shift").at(AT(shift)).input(AT(shiftInput)),
+    velm::checkBox(kClampLow, "Clamp").at(AT(clampLow)),
+    velm::number(kLow, "Low").at(AT(low)).input(AT(lowInput)),
+    velm::checkBox(kClampHigh, "Clamp").at(AT(clampHigh)),
+    velm::number(kHigh, "High").at(AT(high)).starting(1.0).input(AT(highInput)),
+    velm::distance(kOffset, "Offset").at(AT(offset)).input(AT(offsetInput)),
+    velm::wholeNumber(kSampleDepth, "Sample Depth").at(AT(sampleDepth)).input(AT(sampleDepthInput)),
+    velm::choice(kSurfaceMode, "Color Mode", colorStrings1).at(AT(surface.mode)),
+    velm::colour(kSurfaceColour, "Srf Color").at(AT(surface.colour)).starting(1.0).input(AT(surfaceColourInput)),
+    brightness(kSurfaceBrightness, "Srf Brightness", AT(surface.brightness), AT(surfaceBrightnessInput)),
+    velm::choice(kBackgroundMode, "Color Mode", colorStrings2).at(AT(background.mode)),
+    velm::colour(kBackgroundColour, "Bg Color")
+        .at(AT(background.colour))
+        .starting(1.0)
+        .input(AT(backgroundColourInput)),
+    brightness(kBackgroundBrightness, "Bg Brightness", AT(background.brightness), AT(backgroundBrightnessInput)),
+    velm::choice(kOcclusionMode, "Color Mode", colorStrings1).at(AT(occlusion.mode)),
+    velm::colour(kOcclusionColour, "Occ Color").at(AT(occlusion.colour)).input(AT(occlusionColourInput)),
+    brightness(kOcclusionBrightness, "Occ Brightness", AT(occlusion.brightness), AT(occlusionBrightnessInput)),
+    velm::choice(kLimitMode, "Color Mode", colorStrings2).at(AT(limit.mode)),
+    velm::colour(kLimitColour, "Limit Color").at(AT(limit.colour)).input(AT(limitColourInput)),
+    brightness(kLimitBrightness, "Limit Brightness", AT(limit.brightness), AT(limitBrightnessInput)),
+    velm::plainInput("Function", kConnectFunction, AT(functionInput)),
+    velm::plainInput("Normal", kConnectVector, AT(normalInput)),
+};
+
+constexpr velm::Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
+    {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
+};
+
+constexpr auto layout = velm::joinHints(
+    velm::minimumHint(kSamples, 1), velm::minimumHint(kPolarSamples1, 1), velm::minimumHint(kPolarSamples2, 1),
+    velm::rangeHint(kJitterAngle, 0, 90, 1), velm::rangeHint(kConeAngle, 0, 90, 1), velm::minimumHint(kMax, 0),
+    velm::minimumHint(kSampleDepth, 0), velm::minimumHint(kSurfaceBrightness, 0),
+    velm::minimumHint(kBackgroundBrightness, 0), velm::minimumHint(kOcclusionBrightness, 0),
+    velm::minimumHint(kLimitBrightness, 0), velm::stepHint(kShift, 1), velm::stepHint(kLow, 1),
+    velm::stepHint(kHigh, 1), velm::enforceHint(kSamples, true, false), velm::enforceHint(kPolarSamples1, true, false),
+    velm::enforceHint(kPolarSamples2, true, false), velm::enforceHint(kSampleDepth, true, false),
+    velm::groupHint(kPolarGroup, kPolarSamples1, kPolarSamples2, kJitterAngle),
+    velm::stackHint(kModeStack, kMode, kSamples, kPolarGroup), velm::enableHint(kRanged, nullptr, nullptr, kMax),
+    velm::enableHint(kClampLow, nullptr, nullptr, kLow), velm::enableHint(kClampHigh, nullptr, nullptr, kHigh),
+    velm::enableHint(kSurfaceMode, nullptr, colorEnableStates, kSurfaceColour),
+    velm::enableHint(kBackgroundMode, nullptr, colorEnableStates, kBackgroundColour),
+    velm::enableHint(kOcclusionMode, nullptr, colorEnableStates, kOcclusionColour),
+    velm::enableHint(kLimitMode, nullptr, colorEnableStates, kLimitColour),
+    velm::enableHint(kRanged, kRangedOnly, nullptr, kSurfaceMode, kSurfaceColour, kSurfaceBrightness),
+    velm::listHint(kHintNarrow, kRanged, kClampLow, kClampHigh),
+    velm::listHint(kHintLeftAlign, kMax, kShift, kLow, kHigh),
+    velm::groupHint(kBrightnessGroup, kSurfaceBrightness, kBackgroundBrightness, kOcclusionBrightness),
+    velm::groupHint(kSampleGroup, kMode, kModeStack, kConeAngle, kRanged, kMax, kShift, kClampLow, kLow, kClampHigh,
+                    kHigh, kOffset, kSampleDepth),
+    velm::labelHint(kSampleGroup, "Sample Settings"),
+    velm::groupHint(kColourGroup, kSurfaceMode, kSurfaceColour, kSurfaceBrightness, kBackgroundMode, kBackgroundColour,
+                    kBackgroundBrightness, kOcclusionMode, kOcclusionColour, kOcclusionBrightness, kLimitMode,
+                    kLimitColour, kLimitBrightness),
+    velm::labelHint(kColourGroup, "Color Settings"), velm::tabsHint(kTabs, kSampleGroup, kColourGroup));
+
+constexpr velm::FurtherService furtherServices[] = {
+    {.name = HOST_SYSTEM_ID, .rule = velm::FurtherService::Rule::systemWord},
+    {.name = HOST_BACKDROP_INFO,
+     .rule = velm::FurtherService::Rule::unlessModelling,
+     .store = velm::storeIn<bkdropinfo>},
+    {.name = HOST_TIME_INFO, .rule = velm::FurtherService::Rule::unlessModelling, .store = velm::storeIn<timeinfo>},
+};
+
+const char *restartRandomStream(void *, void *) {
+    init_genrand(3);
+    return nullptr;
+}
+
+constexpr velm::NodeUnit unit = {
+    .name = "Ambient Occlusion",
+    .size = sizeof(AmbientOcclusion),
+    .colour = nodeColor,
+    .services = &services,
+    .furtherServices = furtherServices,
+    .parameters = parameters,
+    .outputs = outputs,
+    .node = AT(node),
+    .panel = AT(panel),
+    .group = AT(group),
+    .prepare = restartRandomStream,
+};
+#undef AT
+
+// ---- Evaluation ----
+
+struct Tinted {
+    double colour[3];
+    double brightness;
+};
+
+// The settings of one sample: the instance's, with what is connected laid over.
+struct Resolved {
+    double coneAngle, max, shift, low, high, offset;
+    int sampleDepth;
+    Tinted surface, background, occlusion, limit;
+};
+
+double scalar(const velm::ScalarParameter &parameter, HostInput *input, ShadingSample *sample) {
+    return velm::read(services, parameter.value, input, sample);
+}
+
+void tinted(const ColourSettings &settings, HostInput *colour, HostInput *brightness, ShadingSample *sample,
+            Tinted &result) {
+    velm::read(services, settings.colour.value, colour, sample, result.colour);
+    result.brightness = scalar(settings.brightness, brightness, sample);
+}
+
+void resolve(const AmbientOcclusion &self, ShadingSample *sample, Resolved &r) {
+    r.coneAngle = scalar(self.coneAngle, self.coneAngleInput, sample);
+    r.max = scalar(self.max, self.maxInput, sample);
+    r.shift = scalar(self.shift, self.shiftInput, sample);
+    r.low = scalar(self.low, self.lowInput, sample);
+    r.high = scalar(self.high, self.highInput, sample);
+    r.offset = scalar(self.offset, self.offsetInput, sample);
+    r.sampleDepth = velm::read(services, self.sampleDepth, self.sampleDepthInput, sample);
+    tinted(self.surface, self.surfaceColourInput, self.surfaceBrightnessInput, sample, r.surface);
+    tinted(self.background, self.backgroundColourInput, self.backgroundBrightnessInput, sample, r.background);
+    tinted(self.occlusion, self.occlusionColourInput, self.occlusionBrightnessInput, sample, r.occlusion);
+    tinted(self.limit, self.limitColourInput, self.limitBrightnessInput, sample, r.limit);
+}
+
+// Writes the backdrop's colour in a unit direction; where there is no backdrop, the colour stays as it was.
+void lookUpBackdrop(const double direction[3], double colour[3]) {
+    if (bkdropinfo && timeinfo) bkdropinfo->backdrop(timeinfo->time, direction, colour);
+}
+
+// The occlusion weight of a ray that hit at `distance`, negative for a miss.
+double AmbientOcclusion_weightSample(bool ranged, double distance, double max, double shift) {
+    if (!ranged) return distance >= 0 ? 1 - shift : 0;
+    if (distance > max) return 0;
+    return distance >= 0 ? 1 - distance / max - shift : 0;
+}
+
+// The weight after the curve connected to "Function" and the two clamps. A low clamp that takes hold ends the matter.
+double shapedWeight(const AmbientOcclusion &self, ShadingSample *sample, double distance, const Resolved &r) {
+    double weight = AmbientOcclusion_weightSample(self.ranged != 0, distance, r.max, r.shift);
+    services.nodeInputFunc->evaluate(self.functionInput, sample, &weight);
+    if (self.clampLow && weight > 1 - r.low) return 1 - r.low;
+    if (self.clampHigh && weight < 1 - r.high) return 1 - r.high;
+    return weight;
+}
+
+void sampleColour(const AmbientOcclusion &self, ShadingSample *sample, const double origin[3],
+                  const double direction[3], const Resolved &r, double accumulator[3]) {
+    double traced[3] = {0, 0, 0};
+    const bool traces = (self.ranged && self.surface.mode == kTrace) || self.occlusion.mode == kTrace;
+    const double distance = traces
+                                ? velm::traceRay(*sample, origin, direction, traced, sample->refractionIndex, kTraceRay)
+                                : velm::castRay(*sample, origin, direction);
+    const double weight = shapedWeight(self, sample, distance, r);
+
+    Tinted occlusion = r.occlusion;
+    if (self.occlusion.mode == kBackdrop) lookUpBackdrop(direction, occlusion.colour);
+    const bool hit = distance >= 0;
+    Tinted open = hit ? r.surface : r.background;
+    if ((hit ? self.surface.mode : self.background.mode) == kBackdrop) lookUpBackdrop(direction, open.colour);
+    const double *openColour = hit && self.surface.mode == kTrace ? traced : open.colour;
+    const double *occlusionColour = self.occlusion.mode == kTrace ? traced : occlusion.colour;
+    for (int i = 0; i < 3; ++i)
+        accumulator[i] +=
+            weight * occlusionColour[i] * occlusion.brightness + (1 - weight) * openColour[i] * open.brightness;
+}
+
+// Casts one ray and adds what it brings: for "Scalar", its weight in the first component.
+void AmbientOcclusion_sample(const AmbientOcclusion &self, ShadingSample *sample, const HostOutput *output,
+                             const double origin[3], const double direction[3], const Resolved &r,
+                             double accumulator[3]) {
+    if (output == self.scalarOutput)
+        accumulator[0] += shapedWeight(self, sample, velm::castRay(*sample, origin, direction), r);
+    else
+        sampleColour(self, sample, origin, direction, r, accumulator);
+}
+
+void AmbientOcclusion_sampleLimit(const AmbientOcclusion &self, const ShadingSample *sample, const Tinted &limit,
+                                  double result[3]) {
+    double colour[3] = {limit.colour[0], limit.colour[1], limit.colour[2]};
+    if (self.limit.mode == kBackdrop) {
+        double view[3];
+        for (int i = 0; i < 3; ++i) view[i] = sample->position[i] - sample->raySource[i];
+        const double length = std::sqrt(view[0] * view[0] + view[1] * view[1] + view[2] * view[2]);
+        for (double &component : view) component /= length;
+        lookUpBackdrop(view, colour);
+    }
+    for (int i = 0; i < 3; ++i) result[i] = colour[i] * limit.brightness;
+}
+
+// The turn of a cone about +X onto an axis, by the axis's pitch and then its heading.
+struct Turn {
+    double cosPitch, sinPitch, cosHeading, sinHeading;
+
+    Turn(double heading, double pitch)
+        : cosPitch(std::cos(pitch)), sinPitch(std::sin(pitch)), cosHeading(std::cos(heading)),
+          sinHeading(std::sin(heading)) {}
+};
+
+// The unit direction at the angle theta from the axis and the angle phi about it. With theta 0, the axis.
+void AmbientOcclusion_rotateAroundVector(double theta, double phi, const Turn &turn, double result[3]) {
+    const double sinTheta = std::sin(theta);
+    const double x = std::cos(theta), y = sinTheta * std::sin(phi), z = sinTheta * std::cos(phi);
+    const double level = x * turn.cosPitch - y * turn.sinPitch;
+    result[0] = level * turn.cosHeading - z * turn.sinHeading;
+    result[1] = x * turn.sinPitch + y * turn.cosPitch;
+    result[2] = level * turn.sinHeading + z * turn.cosHeading;
+}
+
+// The rays of one evaluation: where they start, how they are counted, what they have brought.
+struct Gathering {
+    const AmbientOcclusion &self;
+    ShadingSample *sample;
+    const HostOutput *output;
+    const Resolved &resolved;
+    double origin[3];
+    double axis[3];
+    double accumulator[3] = {0, 0, 0};
+    double count = 0;
+
+    void add(const double direction[3]) {
+        AmbientOcclusion_sample(self, sample, output, origin, direction, resolved, accumulator);
+        count += 1;
+    }
+    Turn turn() const {
+        return {std::atan2(axis[2], axis[0]), std::atan2(axis[1], std::sqrt(axis[0] * axis[0] + axis[2] * axis[2]))};
+    }
+};
+
+constexpr double kFullTurn = 2 * std::numbers::pi;
+
+int atLeastOne(int count) { return count < 1 ? 1 : count; }
+
+void gatherRandom(Gathering &rays) {
+    const AmbientOcclusion &self = rays.self;
+    const int samples = atLeastOne(velm::read(services, self.samples, self.samplesInput, rays.sample));
+    const Turn turn = rays.turn();
+    for (int i = 0; i < samples; ++i) {
+        double r1, r2, direction[3];
+        genrand_real1_pair(r1, r2);
+        AmbientOcclusion_rotateAroundVector(r2 * rays.resolved.coneAngle, r1 * kFullTurn, turn, direction);
+        rays.add(direction);
+    }
+}
+
+void gatherPolar(Gathering &rays) {
+    const AmbientOcclusion &self = rays.self;
+    const int rings = atLeastOne(velm::read(services, self.polarSamples1, self.polar1Input, rays.sample));
+    const int perRing = atLeastOne(velm::read(services, self.polarSamples2, self.polar2Input, rays.sample));
+    const double jitter = scalar(self.jitterAngle, self.jitterAngleInput, rays.sample);
+    const Turn turn = rays.turn();
+    rays.add(rays.axis); // as it was given, not normalised
+    const double azimuthStep = kFullTurn / perRing;
+    for (int ring = 1; ring < rings; ++ring) {
+        const double elevation = rays.resolved.coneAngle / (rings - 1) * ring;
+        for (int i = 0; i < perRing; ++i) {
+            double r1, r2, direction[3];
+            genrand_real1_pair(r1, r2);
+            const double azimuth = azimuthStep * i - jitter + 2 * jitter * r1;
+            AmbientOcclusion_rotateAroundVector(elevation - jitter * r2, azimuth, turn, direction);
+            rays.add(direction);
+        }
+    }
+}
+
+} // namespace
+
+static void AmbientOcclusion_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+    const auto &self = *static_cast<const AmbientOcclusion *>(instance);
+    double result[3] = {0, 0, 0};
+    if (sample->rayFlags & kRayShadow) {
+        services.nodeOutputFunc->setValue(value, result);
+        return;
+    }
+    Resolved resolved;
+    resolve(self, sample, resolved);
+    Gathering rays = {.self = self, .sample = sample, .output = output, .resolved = resolved, .origin = {}, .axis = {}};
+    for (int i = 0; i < 3; ++i) rays.origin[i] = sample->position[i] + resolved.offset * sample->geometricNormal[i];
+    velm::read(services, sample->shadingNormal, self.normalInput, sample, rays.axis);
+
+    if ((sample->rayFlags & kRaySampled) && sample->rayDepth > resolved.sampleDepth) {
+        AmbientOcclusion_sampleLimit(self, sample, resolved.limit, result);
+    } else if (self.mode == kRandom || self.mode == kPolar) {
+        self.mode == kRandom ? gatherRandom(rays) : gatherPolar(rays);
+        for (int i = 0; i < 3; ++i) result[i] = rays.accumulator[i] / rays.count;
+        if (output == self.scalarOutput) result[0] = 1 - result[0];
+    }
+    services.nodeOutputFunc->setValue(value, result);
+}
+
+VELM_DEFINE_NODE(AmbientOcclusion, unit, "Velm's Nodes/Surfacing")
+VELM_DEFINE_PANEL(AmbientOcclusion, unit, parameters, layout)

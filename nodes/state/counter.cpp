@@ -1,0 +1,146 @@
+// Counter: "how many times has this been asked?"
+//
+// A running count that grows by "Increase Value" each time the node is evaluated on a render thread, and falls back to
+// "Start Value" when the chosen condition holds. It counts evaluations, not pixels or frames: whoever reads "Out" twice
+// in one sample advances it twice. Every render thread counts for itself, so that no thread waits for another, and the
+// counts go on from frame to frame until the next render starts.
+//
+// Odd on purpose, because scenes rely on it: "A Does Change" resets while A stays the *same*, and "A Does Not Change"
+// resets when A changes. The other texts say when the counter is reset. The first evaluation on a thread always gives
+// the start value, whatever the mode.
+#include "module/compare.h"
+#include "module/panel.h"
+#include "module/rows.h"
+
+VELM_DECLARE_NODE(Counter);
+VELM_DECLARE_PANEL(Counter);
+
+static velm::NodeServices services;
+static constexpr int nodeColor[3] = {164, 50, 10};
+
+namespace {
+
+struct Counter {
+    int fresh[kMaxThreads]; // 1 until the thread's first evaluation
+    double count[kMaxThreads];
+    double lastA[kMaxThreads]; // "A" at the fresh start, and then at each evaluation in the two change modes
+    int mode;
+    velm::ScalarParameter start, increase, a, b;
+    HostChannelGroup *group;
+    HostPanel *panel;
+    HostNode *node;
+    HostInput *modeInput, *startInput, *increaseInput, *aInput, *bInput;
+    HostOutput *out;
+};
+
+enum Mode {
+    kCountEqualToA,
+    kCountGreaterThanA,
+    kCountLessThanA,
+    kCountGreaterOrEqualToA,
+    kCountLessOrEqualToA,
+    kAChanges,
+    kADoesNotChange,
+    kAEqualToB,
+    kANotEqualToB,
+    kAGreaterThanB,
+    kALessThanB,
+    kAGreaterOrEqualToB,
+    kALessOrEqualToB,
+    kModes
+};
+
+constexpr const char *modeStrings[kModes + 1] = {
+    "Counter Equal To A",
+    "Counter Greater Than A",
+    "Counter Less Than A",
+    "Counter Greater Than Or Equal To A",
+    "Counter Less Than Or Equal To A",
+    "A Does Change",
+    "A Does Not Change",
+    "A Equal To B",
+    "A Not Equal To B",
+    "A Greater Than B",
+    "A Less Than B",
+    "A Greater Than Or Equal To B",
+    "A Less Than Or Equal To B",
+};
+
+// "B" matters only to the modes that compare A with it. Panels look a few entries further than the list is long.
+constexpr int valueBEnableStates[16] = {0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1};
+
+enum Control : unsigned int { kMode = velm::kFirstControl, kStart, kIncrease, kA, kB };
+
+#define AT(field) offsetof(Counter, field)
+constexpr velm::Parameter parameters[] = {
+    velm::popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
+    velm::number(kStart, "Start Value").at(AT(start)).input(AT(startInput)),
+    velm::number(kIncrease, "Increase Value").at(AT(increase)).starting(1.0).input(AT(increaseInput)),
+    velm::number(kA, "A").at(AT(a)).input(AT(aInput)),
+    velm::number(kB, "B").at(AT(b)).input(AT(bInput)),
+};
+
+constexpr velm::Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(out)}};
+
+constexpr auto layout = velm::joinHints(velm::enableHint(kMode, nullptr, valueBEnableStates, kB));
+
+constexpr velm::NodeUnit unit = {
+    .name = "Counter",
+    .size = sizeof(Counter),
+    .colour = nodeColor,
+    .previewType = kPreviewOff,
+    .services = &services,
+    .parameters = parameters,
+    .outputs = outputs,
+    .node = AT(node),
+    .panel = AT(panel),
+    .group = AT(group),
+    .freshFlags = AT(fresh),
+};
+#undef AT
+
+// Whether the counter falls back to its start value. The two change modes are the reverse of what their texts say.
+bool resets(int mode, double count, double a, double b, double lastA) {
+    switch (mode) {
+    case kCountEqualToA: return velm::comparesEqual(count, a);
+    case kCountGreaterThanA: return velm::comparesGreater(count, a);
+    case kCountLessThanA: return velm::comparesLess(count, a);
+    case kCountGreaterOrEqualToA: return velm::comparesGreaterOrEqual(count, a);
+    case kCountLessOrEqualToA: return velm::comparesLessOrEqual(count, a);
+    case kAChanges: return velm::comparesEqual(a, lastA);
+    case kADoesNotChange: return velm::comparesNotEqual(a, lastA);
+    case kAEqualToB: return velm::comparesEqual(a, b);
+    case kANotEqualToB: return velm::comparesNotEqual(a, b);
+    case kAGreaterThanB: return velm::comparesGreater(a, b);
+    case kALessThanB: return velm::comparesLess(a, b);
+    case kAGreaterOrEqualToB: return velm::comparesGreaterOrEqual(a, b);
+    default: return velm::comparesLessOrEqual(a, b);
+    }
+}
+
+} // namespace
+
+static void Counter_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    auto &self = *static_cast<Counter *>(instance);
+    const int mode = velm::readChoice(services, self.mode, self.modeInput, sample, kModes);
+    const double start = velm::read(services, self.start.value, self.startInput, sample);
+    const double increase = velm::read(services, self.increase.value, self.increaseInput, sample);
+    const double a = velm::read(services, self.a.value, self.aInput, sample);
+    const double b = velm::read(services, self.b.value, self.bInput, sample);
+
+    const int thread = sample->threadIndex;
+    double &count = self.count[thread];
+    count += increase;
+    if (self.fresh[thread]) {
+        self.fresh[thread] = 0;
+        count = start;
+        self.lastA[thread] = a;
+    } else {
+        if (resets(mode, count, a, b, self.lastA[thread])) count = start;
+        if (mode == kAChanges || mode == kADoesNotChange) self.lastA[thread] = a;
+    }
+    services.nodeOutputFunc->setValue(value, &count);
+}
+
+VELM_DEFINE_NODE(Counter, unit, "Velm's Nodes/Math")
+VELM_DEFINE_PANEL(Counter, unit, parameters, layout)

@@ -1,0 +1,87 @@
+#include "random/random.h"
+
+namespace {
+
+constexpr int kShiftWords = 397; // M of the publication
+constexpr uint32_t kUpperMask = 0x80000000u, kLowerMask = 0x7fffffffu;
+constexpr uint32_t mag01[2] = {0, 0x9908b0dfu}; // the twist matrix row, selected by the low bit
+constexpr uint32_t kDefaultSeed = 5489;
+constexpr int q = 15; // bit depth of the noise quantiser
+
+uint32_t word(int index) { return mt[index].load(std::memory_order_relaxed); }
+void setWord(int index, uint32_t value) { mt[index].store(value, std::memory_order_relaxed); }
+
+// The recurrence of the publication for one word: `high` gives its top bit, `low` the rest, `far` is M words on.
+uint32_t twist(uint32_t high, uint32_t low, uint32_t far) {
+    const uint32_t y = (high & kUpperMask) | (low & kLowerMask);
+    return far ^ (y >> 1) ^ mag01[y & 1];
+}
+
+uint32_t mixed(int index) { return word(index - 1) ^ (word(index - 1) >> 30); }
+
+} // namespace
+
+std::atomic<uint32_t> mt[kStateWords];
+std::atomic<int> mti = kNeverSeeded;
+
+void init_genrand(uint32_t seed) {
+    setWord(0, seed);
+    for (int i = 1; i < kStateWords; ++i) setWord(i, 1812433253u * mixed(i) + static_cast<uint32_t>(i));
+    mti.store(kStateWords, std::memory_order_relaxed);
+}
+
+void init_by_array(const uint32_t *key, int length) {
+    init_genrand(19650218u);
+    int i = 1, j = 0;
+    const auto advance = [&i] {
+        if (++i >= kStateWords) {
+            setWord(0, word(kStateWords - 1));
+            i = 1;
+        }
+    };
+    for (int k = length > kStateWords ? length : kStateWords; k > 0; --k) {
+        setWord(i, (word(i) ^ (mixed(i) * 1664525u)) + key[j] + static_cast<uint32_t>(j));
+        advance();
+        if (++j >= length) j = 0;
+    }
+    for (int k = kStateWords - 1; k > 0; --k) {
+        setWord(i, (word(i) ^ (mixed(i) * 1566083941u)) - static_cast<uint32_t>(i));
+        advance();
+    }
+    setWord(0, 0x80000000u); // not all zero
+}
+
+void refillState(int index) {
+    if (index == kNeverSeeded) init_genrand(kDefaultSeed);
+    // A word's successor is the next word's high part: each word is loaded once.
+    uint32_t current = word(0);
+    int i = 0;
+    for (; i < kStateWords - kShiftWords; ++i) {
+        const uint32_t next = word(i + 1);
+        setWord(i, twist(current, next, word(i + kShiftWords)));
+        current = next;
+    }
+    for (; i < kStateWords - 1; ++i) {
+        const uint32_t next = word(i + 1);
+        setWord(i, twist(current, next, word(i + kShiftWords - kStateWords)));
+        current = next;
+    }
+    setWord(i, twist(current, word(0), word(kShiftWords - 1)));
+}
+
+double noiseOfWords(const uint32_t (&words)[3]) {
+    // The constants are single precision, as the noise has always been made; the sums are double.
+    constexpr float c1 = static_cast<float>((1 << q) - 1);
+    constexpr float c2 = static_cast<float>(static_cast<int>(c1 * 0.33333334f) + 1);
+    constexpr float c3 = 1.0f / c1;
+    constexpr float d = (c2 - 1.0f) * -3.0f;
+    const double s =
+        words[0] * kPerInt32HalfOpen * c2 + words[1] * kPerInt32HalfOpen * c2 + words[2] * kPerInt32HalfOpen * c2;
+    return (s + s + d) * c3;
+}
+
+double gaussianNoise() {
+    uint32_t words[3];
+    genrand_words(words);
+    return noiseOfWords(words);
+}

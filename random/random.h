@@ -1,0 +1,86 @@
+// The one random stream of the module: MT19937, as published by Makoto Matsumoto and Takuji Nishimura ("Mersenne
+// Twister: A 623-Dimensionally Equidistributed Uniform Pseudo-Random Number Generator", ACM TOMACS 8 (1), 1998), with
+// the improved seeding that the authors published in 2002, plus a cheap noise value made of three draws.
+//
+// There is exactly one stream, shared by every node and every render thread, and nothing locks it. That is on purpose:
+// creating an Ambient Occlusion or Random node restarts it from a fixed seed, and a render on one thread then repeats
+// exactly. Draws on several threads at once interleave; they may repeat or skip words, but every word they give is one
+// of the stream's, and the state stays sound: its words are atomics, accessed in relaxed order (plain loads and stores
+// on today's processors), and each draw reads the index once, so that it can never run past the end of the state.
+//
+// All functions may be called from any thread. None fails.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+inline constexpr int kStateWords = 624;
+inline constexpr int kNeverSeeded = kStateWords + 1;
+inline constexpr double kPerInt32Closed = 1.0 / 4294967295.0;   // 1 / (2^32 - 1)
+inline constexpr double kPerInt32HalfOpen = 1.0 / 4294967296.0; // 2^-32
+
+extern std::atomic<uint32_t> mt[kStateWords]; // the state vector
+extern std::atomic<int> mti;                  // the next word to temper; kNeverSeeded before the first seed or draw
+
+// Restarts the stream from a one-word seed.
+void init_genrand(uint32_t seed);
+
+// Restarts the stream from `length` words of key.
+void init_by_array(const uint32_t *key, int length);
+
+// Makes the next 624 words; seeds with 5489 first if nothing has seeded the stream. `index` is what the draw read.
+void refillState(int index);
+
+inline uint32_t temper(uint32_t y) {
+    y ^= y >> 11;
+    y ^= (y << 7) & 0x9d2c5680u;
+    y ^= (y << 15) & 0xefc60000u;
+    return y ^ (y >> 18);
+}
+
+// Takes `count` successive words in one step: the same words in the same order as so many single draws, with one visit
+// to the shared index, which is where threads meet.
+template <int count>
+inline void genrand_words(uint32_t (&words)[count]) {
+    int index = mti.load(std::memory_order_relaxed);
+    for (int i = 0; i < count; ++i) {
+        if (index >= kStateWords) {
+            refillState(index);
+            index = 0;
+        }
+        words[i] = temper(mt[index++].load(std::memory_order_relaxed));
+    }
+    mti.store(index, std::memory_order_relaxed);
+}
+
+// Uniform on [0, 0xffffffff].
+inline uint32_t genrand_int32() {
+    uint32_t word[1];
+    genrand_words(word);
+    return word[0];
+}
+
+// Uniform on [0, 0x7fffffff].
+inline uint32_t genrand_int31() { return genrand_int32() >> 1; }
+
+// Uniform on [0, 1], both ends included.
+inline double genrand_real1() { return genrand_int32() * kPerInt32Closed; }
+
+// Uniform on [0, 1).
+inline double genrand_real2() { return genrand_int32() * kPerInt32HalfOpen; }
+
+// Two successive values of genrand_real1.
+inline void genrand_real1_pair(double &first, double &second) {
+    uint32_t words[2];
+    genrand_words(words);
+    first = words[0] * kPerInt32Closed;
+    second = words[1] * kPerInt32Closed;
+}
+
+// The noise value of three words; gaussianNoise draws them from the stream.
+double noiseOfWords(const uint32_t (&words)[3]);
+
+// Approximately normal noise from -32766/32767 to just under 32772/32767, with a standard deviation of about 1/3: the
+// sum of three uniform draws (an Irwin-Hall approximation), rescaled. Its mean is 3/32767, not 0: a bias so small that
+// no picture shows it, kept because scenes have been tuned with it.
+double gaussianNoise();
