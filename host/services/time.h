@@ -1,0 +1,14 @@
+// The "LW Time Info" service: the time of the frame that is being rendered.
+#pragma once
+
+#include "module/host.h"
+
+namespace velm {
+
+// One record for the life of the program. Read on [render threads].
+const HostTimeInfo *timeInfo();
+
+// Seconds. [between frames]
+void setTime(int frame, double time);
+
+} // namespace velm
