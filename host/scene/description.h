@@ -85,6 +85,7 @@ using ShapeDescription = std::variant<MeshFile, PlaneShape, BoxShape, SphereShap
 // Which surface the polygons of a mesh's material get; an empty material stands for all that are not named.
 struct SurfaceUse {
     std::string material, surface;
+    Place place;
 };
 
 struct ObjectDescription {
@@ -121,8 +122,8 @@ struct CameraDescription {
 
 struct BackdropDescription {
     enum class Kind { plain, gradient, image } kind = Kind::plain;
-    Triple colour{0, 0, 0};                               // plain
-    Triple zenith{0, 0.1569, 0.3137}, sky{0.4706, 0.7059, 0.9412}; // gradient, straight up and at the horizon
+    Triple colour{0, 0, 0};                                               // plain
+    Triple zenith{0, 0.1569, 0.3137}, sky{0.4706, 0.7059, 0.9412};        // gradient, straight up and at the horizon
     Triple ground{0.1961, 0.1569, 0.1176}, nadir{0.3922, 0.3137, 0.2353}; // at the horizon from below, straight down
     double skySqueeze = 2, groundSqueeze = 2;
     std::string image;     // name of an image
@@ -139,11 +140,12 @@ struct ImageDescription {
 
 struct RenderDescription {
     int width = 640, height = 360;
-    int samples = 1;         // anti-aliasing samples of a pixel, per pixel
-    int recursionDepth = 8;  // bounces
+    int samples = 1;        // anti-aliasing samples of a pixel, per pixel
+    int recursionDepth = 8; // bounces
     int firstFrame = 1, lastFrame = 1, frameStep = 1;
     double framesPerSecond = 30;
     std::string camera; // the first one when empty
+    Place cameraPlace;
     Triple ambientColour{1, 1, 1};
     double ambientIntensity = 0;
 };

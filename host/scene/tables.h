@@ -1,0 +1,23 @@
+// The tables of the scene format, one for each kind of object that a scene file may hold.
+#pragma once
+
+#include "host/scene/fields.h"
+
+namespace velm {
+
+const Table<SceneDescription> &sceneTable(); // the file as a whole
+const Table<RenderDescription> &renderTable();
+const Table<CameraDescription> &cameraTable();
+const Table<LightDescription> &lightTable();
+const Table<BackdropDescription> &backdropTable();
+const Table<ImageDescription> &imageTable();
+const Table<ObjectDescription> &objectTable();
+const Table<SurfaceDescription> &surfaceTable();
+const Table<NodeDescription> &nodeTable();
+const Table<KeysDescription> &keysTable(); // of an animated setting
+
+// A file that the scene names, looked for beside the scene and along the search path; InputError, with the line and
+// where it was looked for, when there is none.
+std::string resolveFile(const ReadContext &context, const JsonValue &value);
+
+} // namespace velm
