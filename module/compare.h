@@ -5,11 +5,18 @@
 
 namespace velm {
 
-inline bool comparesGreater(double a, double b) { return a > b; }
-inline bool comparesGreaterOrEqual(double a, double b) { return a >= b; }
-inline bool comparesNotEqual(double a, double b) { return a < b || a > b; }
-inline bool comparesEqual(double a, double b) { return !comparesNotEqual(a, b); }
-inline bool comparesLess(double a, double b) { return !comparesGreaterOrEqual(a, b); }
-inline bool comparesLessOrEqual(double a, double b) { return !comparesGreater(a, b); }
+enum class Relation { equal, notEqual, greater, less, greaterOrEqual, lessOrEqual };
+
+inline bool related(double a, Relation relation, double b) {
+    switch (relation) {
+    case Relation::equal: return !(a < b || a > b);
+    case Relation::notEqual: return a < b || a > b;
+    case Relation::greater: return a > b;
+    case Relation::less: return !(a >= b);
+    case Relation::greaterOrEqual: return a >= b;
+    case Relation::lessOrEqual: break;
+    }
+    return !(a > b);
+}
 
 } // namespace velm

@@ -3,29 +3,44 @@
 #include "module/node.h"
 #include "module/panel.h"
 
-// Each node: its unit's name, its server name, and the activation of its panel. The order is the table's.
-#define VELM_NODES(NODE)                                                                                               \
-    NODE(AmbientOcclusion, "Velm Ambient Occlusion", AmbientOcclusion_Interface)                                       \
-    NODE(Counter, "Velm Counter", Counter_Interface)
+// Each node: its unit's name, its server name, and whether it has a panel. The order is the table's, in which Render
+// Info stands before Random, as it always has.
+#define VELM_NODES(PANEL, NO_PANEL)                                                                                    \
+    PANEL(AmbientOcclusion, "Velm Ambient Occlusion")                                                                  \
+    PANEL(Counter, "Velm Counter")                                                                                     \
+    PANEL(ExpDecayColor, "Velm Exponential Decay (Color)")                                                             \
+    PANEL(ExpDecayScalar, "Velm Exponential Decay (Scalar)")                                                           \
+    PANEL(HoldValue, "Velm Hold Value")                                                                                \
+    NO_PANEL(RenderInfo, "Velm Render Info")                                                                           \
+    PANEL(Random, "Velm Random")                                                                                       \
+    PANEL(Sqrt, "Velm Sqrt")
 
-#define DECLARE(Unit, serverName, interface)                                                                           \
-    VELM_DECLARE_NODE(Unit);                                                                                           \
+#define DECLARE(Unit, server)                                                                                          \
+    VELM_DECLARE_TAGS(Unit);                                                                                           \
+    VELM_DECLARE_NODE(Unit);
+#define DECLARE_WITH_PANEL(Unit, server)                                                                               \
+    DECLARE(Unit, server)                                                                                              \
     VELM_DECLARE_PANEL(Unit);
-VELM_NODES(DECLARE)
+VELM_NODES(DECLARE_WITH_PANEL, DECLARE)
+#undef DECLARE_WITH_PANEL
 #undef DECLARE
 
-#define SERVERS(Unit, serverName, interface)                                                                           \
-    {.className = HOST_CLASS_NODE_HANDLER,                                                                             \
-     .name = (serverName),                                                                                             \
-     .activate = Unit##_Activate,                                                                                      \
-     .tags = Unit##_ServerTags},                                                                                       \
+// A node without a panel has its second record all the same, with nothing to activate: the host then lists an interface
+// for the node, yet opens no panel.
+#define RECORDS(Unit, server, interface)                                                                               \
+    {.className = HOST_CLASS_NODE_HANDLER, .name = (server), .activate = Unit##_Activate, .tags = Unit##_ServerTags},  \
         {.className = HOST_CLASS_NODE_INTERFACE,                                                                       \
-         .name = (serverName),                                                                                         \
+         .name = (server),                                                                                             \
          .activate = (interface),                                                                                      \
          .tags = Unit##_ServerTags},
-extern const HostServer ServerDesc[] = {
-    VELM_NODES(SERVERS){.className = nullptr, .name = nullptr, .activate = nullptr, .tags = nullptr}};
-#undef SERVERS
+#define WITH_PANEL(Unit, server) RECORDS(Unit, server, Unit##_Interface)
+#define WITHOUT_PANEL(Unit, server) RECORDS(Unit, server, nullptr)
+extern const HostServer ServerDesc[];
+const HostServer ServerDesc[] = {
+    VELM_NODES(WITH_PANEL, WITHOUT_PANEL){.className = nullptr, .name = nullptr, .activate = nullptr, .tags = nullptr}};
+#undef WITHOUT_PANEL
+#undef WITH_PANEL
+#undef RECORDS
 
 // Gives the host the non-null word that it wants; there is nothing to start.
 void *Startup() { return reinterpret_cast<void *>(4); }

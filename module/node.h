@@ -214,19 +214,22 @@ HostVParm *createParameter(const NodeServices &services, int type, const char *n
 
 } // namespace velm
 
-// Declares what a unit shows to the rest of the module, and its private callbacks that its tables need.
+// Declares what a unit shows to the rest of the module.
+#define VELM_DECLARE_TAGS(Name) extern const HostTag Name##_ServerTags[]
 #define VELM_DECLARE_NODE(Name)                                                                                        \
     int Name##_Activate(int version, HostLookup *lookup, void *local, void *serverData);                               \
-    extern const HostTag Name##_ServerTags[];                                                                          \
     void Name##_get_vpValues(void *instance, double time);                                                             \
     HostVParm *Name##_create_vpenv(int type, const char *name, HostChannelGroup *group, const double *value)
 
-// Defines the callbacks of a unit under their outside names. `unit` is its NodeUnit, which the frame walks; the unit's
-// own file defines Name_Evaluate before this.
-#define VELM_DEFINE_NODE(Name, unit, menu)                                                                             \
+// Defines the tags of a unit that the host is to offer: its display name, and its group of the node menu.
+#define VELM_DEFINE_TAGS(Name, unit, menu)                                                                             \
     const HostTag Name##_ServerTags[] = {{.text = (unit).name, .code = kTagUserName},                                  \
                                          {.text = (menu), .code = kTagMenu},                                           \
-                                         {.text = nullptr, .code = 0}};                                                \
+                                         {.text = nullptr, .code = 0}};
+
+// Defines the callbacks of a unit under their outside names. `unit` is its NodeUnit, which the frame walks; the unit's
+// own file defines Name_Evaluate before this.
+#define VELM_DEFINE_NODE(Name, unit)                                                                                   \
     static int Name##_nodeInputEvent(void *instance, HostInput *, int event, int) {                                    \
         return velm::inputEvent(unit, instance, event);                                                                \
     }                                                                                                                  \

@@ -82,6 +82,8 @@ constexpr auto joinHints(const HintRun<counts> &...runs) {
     return all;
 }
 
+inline constexpr HintRun<0> kPlainLayout{}; // controls one below the other, nothing more
+
 // ---- Tables made from the rows -----------------------------------------------------------------------------------
 
 inline constexpr unsigned int kFirstControl = 0x8001;
@@ -192,11 +194,12 @@ int panelChanged(const NodeUnit &unit, HostPanel *panel, unsigned int control, i
         return velm::panelChanged(unit, panel, control, event);                                                        \
     }                                                                                                                  \
     static void Name##_ui_destroynotify(void *) {}                                                                     \
-    static constexpr auto xdata = velm::panelValues(parameters);                                                       \
-    static constexpr auto xhint = velm::panelHints(parameters, layout, Name##_ui_chgnotify, Name##_ui_destroynotify);  \
+    static constexpr auto Name##_xdata = velm::panelValues(parameters);                                                \
+    static constexpr auto Name##_xhint =                                                                               \
+        velm::panelHints(parameters, layout, Name##_ui_chgnotify, Name##_ui_destroynotify);                            \
     HostPanel *Name##_get_xPanel(void *instance) {                                                                     \
         static constexpr velm::PanelTables tables = {                                                                  \
-            .values = xdata.data(), .hints = xhint.data(), .get = Name##_ui_get, .set = Name##_ui_set};                \
+            .values = Name##_xdata.data(), .hints = Name##_xhint.data(), .get = Name##_ui_get, .set = Name##_ui_set};  \
         return velm::getPanel(unit, tables, instance);                                                                 \
     }                                                                                                                  \
     int Name##_Interface(int version, HostLookup *lookup, void *local, void *) {                                       \

@@ -29,6 +29,13 @@ struct Row : Parameter {
         row.inputName = name;
         return row;
     }
+    // A popup whose entries are made at run time.
+    constexpr Row entries(HostPopupCount *count, HostPopupName *name) const {
+        Row row = *this;
+        row.popupCount = count;
+        row.popupName = name;
+        return row;
+    }
     // The channel is not named like the label.
     constexpr Row named(const char *channelName) const {
         Row row = *this;
@@ -57,7 +64,7 @@ constexpr Row makeRow(unsigned int id, const char *label, const char *control, H
 // Integers.
 constexpr Row wholeNumber(unsigned int id, const char *label) { return makeRow(id, label, "integer", Holds::integer); }
 constexpr Row checkBox(unsigned int id, const char *label) { return makeRow(id, label, "iBoolean", Holds::integer); }
-constexpr Row popup(unsigned int id, const char *label, const char *const *texts) {
+constexpr Row popup(unsigned int id, const char *label, const char *const *texts = nullptr) {
     Row row = makeRow(id, label, "iPopChoice", Holds::integer);
     row.texts = texts;
     return row;

@@ -16,6 +16,7 @@
 
 inline constexpr int kStateWords = 624;
 inline constexpr int kNeverSeeded = kStateWords + 1;
+inline constexpr uint32_t kCreationSeed = 3; // what the creation of a node that draws restarts the stream from
 inline constexpr double kPerInt32Closed = 1.0 / 4294967295.0;   // 1 / (2^32 - 1)
 inline constexpr double kPerInt32HalfOpen = 1.0 / 4294967296.0; // 2^-32
 

@@ -20,6 +20,7 @@
 #include <cmath>
 #include <numbers>
 
+VELM_DECLARE_TAGS(AmbientOcclusion);
 VELM_DECLARE_NODE(AmbientOcclusion);
 VELM_DECLARE_PANEL(AmbientOcclusion);
 
@@ -188,7 +189,7 @@ constexpr velm::FurtherService furtherServices[] = {
 };
 
 const char *restartRandomStream(void *, void *) {
-    init_genrand(3);
+    init_genrand(kCreationSeed);
     return nullptr;
 }
 
@@ -410,5 +411,6 @@ static void AmbientOcclusion_Evaluate(void *instance, ShadingSample *sample, Hos
     services.nodeOutputFunc->setValue(value, result);
 }
 
-VELM_DEFINE_NODE(AmbientOcclusion, unit, "Velm's Nodes/Surfacing")
+VELM_DEFINE_TAGS(AmbientOcclusion, unit, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(AmbientOcclusion, unit)
 VELM_DEFINE_PANEL(AmbientOcclusion, unit, parameters, layout)

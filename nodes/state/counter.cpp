@@ -12,6 +12,9 @@
 #include "module/panel.h"
 #include "module/rows.h"
 
+#include <iterator>
+
+VELM_DECLARE_TAGS(Counter);
 VELM_DECLARE_NODE(Counter);
 VELM_DECLARE_PANEL(Counter);
 
@@ -33,22 +36,14 @@ struct Counter {
     HostOutput *out;
 };
 
-enum Mode {
-    kCountEqualToA,
-    kCountGreaterThanA,
-    kCountLessThanA,
-    kCountGreaterOrEqualToA,
-    kCountLessOrEqualToA,
-    kAChanges,
-    kADoesNotChange,
-    kAEqualToB,
-    kANotEqualToB,
-    kAGreaterThanB,
-    kALessThanB,
-    kAGreaterOrEqualToB,
-    kALessOrEqualToB,
-    kModes
-};
+using velm::Relation;
+
+// How the count compares with A, and then A with B, where the counter is to reset. The two change modes lie between.
+constexpr Relation countResets[] = {Relation::equal, Relation::greater, Relation::less, Relation::greaterOrEqual,
+                                    Relation::lessOrEqual};
+constexpr Relation bResets[] = {Relation::equal, Relation::notEqual,       Relation::greater,
+                                Relation::less,  Relation::greaterOrEqual, Relation::lessOrEqual};
+enum Mode { kAChanges = std::size(countResets), kADoesNotChange, kFirstOfB, kModes = kFirstOfB + std::size(bResets) };
 
 constexpr const char *modeStrings[kModes + 1] = {
     "Counter Equal To A",
@@ -101,21 +96,10 @@ constexpr velm::NodeUnit unit = {
 
 // Whether the counter falls back to its start value. The two change modes are the reverse of what their texts say.
 bool resets(int mode, double count, double a, double b, double lastA) {
-    switch (mode) {
-    case kCountEqualToA: return velm::comparesEqual(count, a);
-    case kCountGreaterThanA: return velm::comparesGreater(count, a);
-    case kCountLessThanA: return velm::comparesLess(count, a);
-    case kCountGreaterOrEqualToA: return velm::comparesGreaterOrEqual(count, a);
-    case kCountLessOrEqualToA: return velm::comparesLessOrEqual(count, a);
-    case kAChanges: return velm::comparesEqual(a, lastA);
-    case kADoesNotChange: return velm::comparesNotEqual(a, lastA);
-    case kAEqualToB: return velm::comparesEqual(a, b);
-    case kANotEqualToB: return velm::comparesNotEqual(a, b);
-    case kAGreaterThanB: return velm::comparesGreater(a, b);
-    case kALessThanB: return velm::comparesLess(a, b);
-    case kAGreaterOrEqualToB: return velm::comparesGreaterOrEqual(a, b);
-    default: return velm::comparesLessOrEqual(a, b);
-    }
+    if (mode < kAChanges) return related(count, countResets[mode], a);
+    if (mode == kAChanges) return related(a, Relation::equal, lastA);
+    if (mode == kADoesNotChange) return related(a, Relation::notEqual, lastA);
+    return related(a, bResets[mode - kFirstOfB], b);
 }
 
 } // namespace
@@ -142,5 +126,6 @@ static void Counter_Evaluate(void *instance, ShadingSample *sample, HostOutput *
     services.nodeOutputFunc->setValue(value, &count);
 }
 
-VELM_DEFINE_NODE(Counter, unit, "Velm's Nodes/Math")
+VELM_DEFINE_TAGS(Counter, unit, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(Counter, unit)
 VELM_DEFINE_PANEL(Counter, unit, parameters, layout)

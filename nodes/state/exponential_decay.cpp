@@ -1,0 +1,130 @@
+// Exponential Decay: what is left of a quantity after a distance, as of light absorbed through a medium. Two nodes of
+// one design: one for a number, one for a colour.
+//
+// Odd on purpose: the two read their quantity in opposite senses. "Scalar" is what the value is divided by per nominal
+// distance, so that 2 halves it; "Color" is the fraction kept per nominal distance, so that after one the colour is the
+// colour itself. Both are how artists have learnt to dial them in. Zeros and NaNs are replaced by a tiny number before
+// anything is divided by them, so that neither node gives an infinity where the distance is finite.
+#include "module/compare.h"
+#include "module/panel.h"
+#include "module/rows.h"
+
+#include <cmath>
+
+VELM_DECLARE_TAGS(ExpDecayScalar);
+VELM_DECLARE_NODE(ExpDecayScalar);
+VELM_DECLARE_PANEL(ExpDecayScalar);
+VELM_DECLARE_TAGS(ExpDecayColor);
+VELM_DECLARE_NODE(ExpDecayColor);
+VELM_DECLARE_PANEL(ExpDecayColor);
+
+static velm::NodeServices scalarServices, colourServices; // each node keeps its own
+static constexpr int nodeColor[3] = {164, 50, 10};
+
+namespace {
+
+template <class Quantity>
+struct ExpDecay {
+    velm::ScalarParameter distance, nominalDistance;
+    Quantity quantity;
+    int clamp;
+    HostChannelGroup *group;
+    HostPanel *panel;
+    HostNode *node;
+    HostInput *distanceInput, *nominalDistanceInput, *quantityInput;
+    HostOutput *output;
+};
+using ExpDecayScalar = ExpDecay<velm::ScalarParameter>;
+using ExpDecayColor = ExpDecay<velm::TripleParameter>;
+
+enum Control : unsigned int { kDistance = velm::kFirstControl, kNominalDistance, kQuantity, kClamp };
+
+#define AT(field) offsetof(Node, field)
+template <class Node>
+struct Tables {
+    static constexpr velm::Row quantityRow() {
+        if constexpr (std::is_same_v<Node, ExpDecayScalar>)
+            return velm::number(kQuantity, "Scalar").starting(2.0);
+        else
+            return velm::colour(kQuantity, "Color").starting(0.78431);
+    }
+    static constexpr velm::Parameter parameters[] = {
+        velm::distance(kDistance, "Distance").at(AT(distance)).starting(1.0).input(AT(distanceInput)),
+        velm::distance(kNominalDistance, "Nominal Distance")
+            .at(AT(nominalDistance))
+            .starting(1.0)
+            .input(AT(nominalDistanceInput)),
+        quantityRow().at(AT(quantity)).input(AT(quantityInput)),
+        velm::checkBox(kClamp, "Clamp").at(AT(clamp)).starting(1),
+    };
+    // The output is named like the third input.
+    static constexpr velm::Output outputs[] = {
+        {.name = quantityRow().label, .type = parameters[2].input, .field = AT(output)}};
+
+    static constexpr velm::NodeUnit unit(const char *name, velm::NodeServices &services) {
+        return {
+            .name = name,
+            .size = sizeof(Node),
+            .colour = nodeColor,
+            .previewType = kPreviewOff,
+            .services = &services,
+            .parameters = parameters,
+            .outputs = outputs,
+            .node = AT(node),
+            .panel = AT(panel),
+            .group = AT(group),
+        };
+    }
+};
+#undef AT
+
+constexpr velm::NodeUnit scalarUnit = Tables<ExpDecayScalar>::unit("Exponential Decay (Scalar)", scalarServices);
+constexpr velm::NodeUnit colourUnit = Tables<ExpDecayColor>::unit("Exponential Decay (Color)", colourServices);
+
+// The guard: what stands in for a zero, or a NaN, below a fraction line.
+double guarded(double divisor) {
+    constexpr double guard = 1e-12;
+    return velm::related(divisor, velm::Relation::equal, 0) ? guard : divisor;
+}
+
+// The distance in nominal distances: the exponent of both nodes.
+template <class Node>
+double exponent(const Node &self, const velm::NodeServices &services, ShadingSample *sample) {
+    const double distance = velm::read(services, self.distance.value, self.distanceInput, sample);
+    const double nominal = velm::read(services, self.nominalDistance.value, self.nominalDistanceInput, sample);
+    return 1.0 / guarded(nominal) * distance;
+}
+
+// One over the power, clamped to [0, 1] where that is asked for; a NaN becomes 0.
+double decayed(double power, bool clamp) {
+    const double rest = 1.0 / guarded(power);
+    if (!clamp) return rest;
+    if (velm::related(rest, velm::Relation::less, 0)) return 0;
+    return rest > 1.0 ? 1.0 : rest;
+}
+
+} // namespace
+
+static void ExpDecayScalar_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const auto &self = *static_cast<const ExpDecayScalar *>(instance);
+    const double e = exponent(self, scalarServices, sample);
+    const double scalar = velm::read(scalarServices, self.quantity.value, self.quantityInput, sample);
+    const double result = decayed(std::pow(scalar, e), self.clamp != 0);
+    scalarServices.nodeOutputFunc->setValue(value, &result);
+}
+
+static void ExpDecayColor_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const auto &self = *static_cast<const ExpDecayColor *>(instance);
+    const double e = exponent(self, colourServices, sample);
+    double colour[3];
+    velm::read(colourServices, self.quantity.value, self.quantityInput, sample, colour);
+    for (double &component : colour) component = decayed(std::pow(1.0 / component, e), self.clamp != 0);
+    colourServices.nodeOutputFunc->setValue(value, colour);
+}
+
+VELM_DEFINE_TAGS(ExpDecayScalar, scalarUnit, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(ExpDecayScalar, scalarUnit)
+VELM_DEFINE_PANEL(ExpDecayScalar, scalarUnit, Tables<ExpDecayScalar>::parameters, velm::kPlainLayout)
+VELM_DEFINE_TAGS(ExpDecayColor, colourUnit, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(ExpDecayColor, colourUnit)
+VELM_DEFINE_PANEL(ExpDecayColor, colourUnit, Tables<ExpDecayColor>::parameters, velm::kPlainLayout)
