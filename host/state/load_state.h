@@ -6,11 +6,12 @@
 // type keep their low bits, as the binary form does. `findBlock` enters the next block of the current level that its
 // table knows, passing over unread values and unknown blocks; where there is none it stays where it was and gives 0.
 // In binary form unread values carry no mark, so it takes the first place where a known identifier and a size that fits
-// stand, steps over what looks like an unknown block (four printable characters and a size that fits), and otherwise
-// moves on by one byte. In text form a token with blanks is found as well; the longest token of the table that fits
-// wins.
+// stand, steps over what looks like an unknown block (four printable characters and a size that fits), takes four
+// capitals or digits with a size that does not fit for damage, and otherwise moves on by one byte. In text form a token
+// with blanks is found as well; the longest token of the table that fits wins.
 #pragma once
 
+#include "host/state/blocks.h"
 #include "module/host.h"
 
 #include <memory>
@@ -18,6 +19,8 @@
 #include <string_view>
 
 namespace velm {
+
+class LoadForm; // one of the two forms, load_form.h
 
 // Reads one state. Holds its own copy of the bytes; memory is bounded by their size. For the interface thread.
 class StateReader {
@@ -38,10 +41,7 @@ class StateReader {
     std::string error() const;
 
   private:
-    struct Form;
-    struct BinaryForm;
-    struct TextForm;
-    std::unique_ptr<Form> form_;
+    std::unique_ptr<LoadForm> form_;
 };
 
 } // namespace velm

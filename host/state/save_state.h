@@ -13,6 +13,7 @@
 // begun becomes a block in braces, whose first line holds the values that it had until then.
 #pragma once
 
+#include "host/state/blocks.h"
 #include "module/host.h"
 
 #include <memory>
@@ -20,9 +21,7 @@
 
 namespace velm {
 
-// Blocks that may be open at once, for writing and for reading. It keeps callbacks that load themselves recursively
-// (networks in networks) from running out of stack on a damaged file.
-inline constexpr int kMaxBlockDepth = 256;
+class SaveForm; // one of the two forms, save_form.h
 
 // Collects what save callbacks write. For one thread, the interface thread.
 class StateWriter {
@@ -41,10 +40,7 @@ class StateWriter {
     std::string finish();
 
   private:
-    struct Form;
-    struct BinaryForm;
-    struct TextForm;
-    std::unique_ptr<Form> form_;
+    std::unique_ptr<SaveForm> form_;
 };
 
 } // namespace velm

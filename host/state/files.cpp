@@ -1,0 +1,104 @@
+#include "host/state/files.h"
+
+#include "host/error.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace velm {
+
+namespace {
+
+// A file descriptor that closes itself.
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() {
+        if (number_ >= 0) ::close(number_);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+
+    int number() const { return number_; }
+    bool close() { return ::close(std::exchange(number_, -1)) == 0; }
+
+  private:
+    int number_;
+};
+
+// The new file beside the old one; gone again unless it was renamed.
+class Beside {
+  public:
+    explicit Beside(const std::string &path) : name_(path + ".XXXXXX"), file_(::mkstemp(name_.data())) {
+        if (file_.number() < 0) name_.clear();
+    }
+    ~Beside() {
+        if (!name_.empty()) ::unlink(name_.c_str());
+    }
+    Beside(const Beside &) = delete;
+    Beside &operator=(const Beside &) = delete;
+
+    Descriptor &file() { return file_; }
+    bool rename(const std::string &path) {
+        if (::rename(name_.c_str(), path.c_str()) != 0) return false;
+        name_.clear();
+        return true;
+    }
+
+  private:
+    std::string name_;
+    Descriptor file_;
+};
+
+bool writeAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+// The mode of the file that is replaced, or what a new file gets. Temporary files are readable by their owner alone.
+mode_t modeFor(const std::string &path) {
+    struct stat old {};
+    if (::stat(path.c_str(), &old) == 0) return old.st_mode & 07777;
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return 0666 & ~mask;
+}
+
+} // namespace
+
+std::string readFile(const std::string &path) {
+    const auto fail = [&path]() { return InputError("cannot read \"" + path + "\": " + std::strerror(errno)); };
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.number() < 0) throw fail();
+    std::string bytes;
+    std::vector<char> part(1 << 16);
+    for (;;) {
+        const ssize_t read = ::read(file.number(), part.data(), part.size());
+        if (read < 0 && errno == EINTR) continue;
+        if (read < 0) throw fail();
+        if (read == 0) return bytes;
+        bytes.append(part.data(), static_cast<std::size_t>(read));
+    }
+}
+
+void writeFileAtomically(const std::string &path, std::string_view bytes) {
+    const mode_t mode = modeFor(path);
+    Beside beside(path);
+    const bool written = beside.file().number() >= 0 && writeAll(beside.file().number(), bytes) &&
+                         ::fchmod(beside.file().number(), mode) == 0 && ::fsync(beside.file().number()) == 0 &&
+                         beside.file().close() && beside.rename(path);
+    if (!written) throw MachineError("cannot write \"" + path + "\": " + std::strerror(errno));
+}
+
+} // namespace velm
