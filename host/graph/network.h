@@ -49,6 +49,9 @@ struct HostNodeEditor {
     // By names; InputError naming the nearest right one.
     void connect(std::string_view fromNode, std::string_view output, std::string_view toNode, std::string_view input);
 
+    // Breaks the connection of an input of this editor, if there is one. The input's node learns of it with event 1.
+    void disconnect(HostInput &input);
+
     // Rendering starts, a frame starts (seconds), rendering has ended; forwarded to the root and to every node.
     // InputError with the node's name when a node reports an error; when that is init, what was initialised before is
     // cleaned up. [between frames]
@@ -56,7 +59,8 @@ struct HostNodeEditor {
     void newTime(int frame, double time);
     void cleanup();
 
-    // Makes this network like another: nodes, settings, connections, names. Both have the same root inputs.
+    // Makes this network like another: nodes, settings, connections, names. Both have the same root inputs. InputError
+    // when a node cannot be copied; the network then holds what was copied before it. The same goes for loading.
     void copyFrom(HostNodeEditor &from);
     // The contents of a network's block; the caller opens and closes the block itself. Loading replaces the network.
     void save(const HostSaveState &state);
@@ -77,7 +81,7 @@ struct HostNodeEditor {
     // The bounds to be previewed, from the autosize callback; a unit cube about the origin when there is none.
     void bounds(double result[3][2]);
     // The root's preview of a sample; false when the root offers none. [render threads]
-    bool previewSample(ShadingSample *sample, double colour[3]) const;
+    bool previewSample(ShadingSample *sample, double colour[3]);
     const HostRootDescription &description() const { return description_; }
 
     // Remembers an error that a service function could not report, and gives it to whoever asks.
@@ -85,11 +89,15 @@ struct HostNodeEditor {
     const std::string &lastError() const { return lastError_; }
 
   private:
-    friend void destroyRoot(HostNodeEditor &editor);
     std::string uniqueName(std::string_view wanted, const HostNode *except) const;
     std::unique_ptr<HostNode> makeNode(velm::ServerClass &server, std::string name);
     void dismantle(HostNode &node);
+    std::vector<HostNode *> all() const; // the root first
+    HostError initNode(HostNode &node, int mode);
+    HostError newTimeNode(HostNode &node, int frame, double time);
+    void cleanupNode(HostNode &node);
     void changed();
+    class Loader; // network_load.cpp
 
     std::string name_, title_;
     HostRootDescription description_{};
@@ -116,7 +124,7 @@ HostInput *createInput(HostNode &node, int type, const char *name, HostInputEven
 HostOutput *createOutput(HostNode &node, int type, const char *name);
 void destroyInput(HostInput &input);
 void destroyOutput(HostOutput &output);
-// Breaks the connection of an input, if any; the input's node learns of it with `event`.
+// Breaks the connection of an input, if any; the input's node learns of it with `event`, the editor's owner not at all.
 void disconnect(HostInput &input, int event = kInputDisconnected);
 
 } // namespace velm

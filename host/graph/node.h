@@ -71,13 +71,13 @@ struct HostNode {
 namespace velm {
 
 // Converts a value of one connection type to another. `from` and `to` may be the same place.
-//   colour, material -> scalar   luminance, 0.299 R + 0.587 G + 0.114 B (ITU-R BT.601)
-//   vector -> scalar             the same weights, as the host treats a vector as a colour there
+//   colour, material -> scalar   luminance of linear light: 0.2126 R + 0.7152 G + 0.0722 B (ITU-R BT.709)
+//   vector -> scalar             the same, its components standing for red, green and blue
 //   scalar, integer -> triple    the value in each component
 //   anything -> integer          through the scalar, truncated towards zero; beyond an int the nearest int; NaN gives 0
 //   material -> colour, vector   the diffuse colour
 //   anything -> material         the diffuse colour from it, the rest 0
-//   function                     a scalar
+//   function                     a scalar; but see evaluateInput
 void convertValue(int fromType, const void *from, int toType, void *to);
 
 // Size in bytes of a value of a connection type; 0 for a code that is none.
@@ -100,7 +100,9 @@ void evaluationTooDeep();
 bool takeEvaluationTooDeep();
 
 // Evaluates what is connected to an input into *value, which is of the input's type. 1 when connected. Unconnected,
-// *value stays as it is and the result is 0; the same value stays when the node sets none. [render threads]
+// *value stays as it is and the result is 0; it also stays when the node sets none. A function transforms the value
+// found: each component of a triple by itself, the diffuse colour of a material, an integer by way of a double; the
+// function's node is then asked for a function. [render threads]
 inline int evaluateInput(const HostInput *input, ShadingSample *sample, void *value) {
     HostOutput *source = input->source;
     if (!source) return 0;

@@ -60,7 +60,7 @@ class ServerList {
 
     // By server name; null when there is none.
     ServerClass *find(std::string_view name) const;
-    // By server name; InputError naming the nearest one: no node "Velm Countre"; did you mean "Velm Counter"?
+    // By server name; InputError naming the nearest one: no node "Velm Countre", did you mean "Velm Counter"?
     ServerClass &get(std::string_view name) const;
     // In the order in which they were added.
     const std::vector<std::unique_ptr<ServerClass>> &all() const { return classes_; }

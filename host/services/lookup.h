@@ -12,6 +12,10 @@ void *lookup(const char *service, int use);
 // the offer. [interface thread; not while rendering]
 void offerService(const char *service, void *pointer);
 
+// The service that the calling thread last looked up in vain since it cleared this; null when there is none.
+const char *lastMissingService();
+void clearMissingService();
+
 const HostNodeFuncs *nodeFuncs();
 const HostNodeInputFuncs *nodeInputFuncs();
 const HostNodeOutputFuncs *nodeOutputFuncs();

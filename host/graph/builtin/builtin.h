@@ -1,0 +1,13 @@
+// The host's own nodes, by the same records as a module's.
+#pragma once
+
+#include "module/host.h"
+
+namespace velm {
+
+inline constexpr char kBuiltinOrigin[] = "built in";
+
+// All nodes that scenes may use; ends with a null class.
+const HostServer *builtinServers();
+
+} // namespace velm

@@ -1,0 +1,58 @@
+// Cells of two colours: cubes in space, or squares on a UV map. The size is that of a cell, in metres in space and in
+// parts of the map (1 m for all of it) there. The mask is 0 in the first colour and 1 in the second.
+#include "host/graph/builtin/definitions.h"
+
+#include <cmath>
+
+namespace velm::builtin {
+
+namespace {
+
+enum { kFirst, kSecond, kCoordinates, kSize };
+enum { kColourOut, kMaskOut };
+enum { kObject, kWorld, kMap };
+
+constexpr const char *kCoordinateTexts[] = {"Object", "World", "UV", nullptr};
+
+// Surfaces often stand exactly where cells meet, where rounding would speckle them; so the cells are moved by a small
+// part of themselves.
+constexpr double kShift = 1e-4;
+
+bool inSecond(const Evaluation &evaluation) {
+    const double size = evaluation.scalar(kSize);
+    if (!(size > 0)) return false;
+    const int coordinates = evaluation.choice(kCoordinates);
+    const ShadingSample &sample = evaluation.sample();
+    double sum = 0;
+    if (coordinates == kMap) {
+        double u = 0, v = 0;
+        evaluation.uv(u, v);
+        sum = std::floor(u / size + kShift) + std::floor(v / size + kShift);
+    } else {
+        const double *position = coordinates == kWorld ? sample.position : sample.objectPosition;
+        for (int i = 0; i < 3; ++i) sum += std::floor(position[i] / size + kShift);
+    }
+    return std::fabs(std::fmod(sum, 2)) == 1;
+}
+
+void give(const Evaluation &evaluation, int output) {
+    const bool second = inSecond(evaluation);
+    if (output == kMaskOut) return evaluation.set(second ? 1.0 : 0.0);
+    evaluation.set(evaluation.triple(second ? kSecond : kFirst));
+}
+
+} // namespace
+
+constinit const Definition checker{
+    .name = "Checker",
+    .colour = kTextureColour,
+    .parameters = {{{.label = "Color 1", .kind = Kind::colour, .initial = {0.8, 0.8, 0.8}},
+                    {.label = "Color 2", .kind = Kind::colour, .initial = {0.2, 0.2, 0.2}},
+                    {.label = "Coordinates", .kind = Kind::choice, .texts = kCoordinateTexts},
+                    {.label = "Size", .kind = Kind::distance, .initial = {0.5}},
+                    {.label = "UV Map", .kind = Kind::text}}},
+    .outputs = {{{"Color", kConnectColour}, {"Mask", kConnectScalar}}},
+    .evaluate = give,
+};
+
+} // namespace velm::builtin

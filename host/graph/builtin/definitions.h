@@ -1,0 +1,26 @@
+// The host's own nodes, by file.
+#pragma once
+
+#include "host/graph/builtin/frame.h"
+
+namespace velm::builtin {
+
+// constants.cpp
+extern const Definition constantColour, constantScalar, constantVector, constantInteger;
+// spot_info.cpp
+extern const Definition spotInfo;
+// arithmetic.cpp
+extern const Definition addScalar, multiplyScalar, mixScalar, clampScalar;
+extern const Definition addColour, multiplyColour, mixColour, clampColour;
+// components.cpp
+extern const Definition makeVector, splitVector, makeColour, splitColour;
+// checker.cpp, fractal_noise.cpp, image.cpp, curve.cpp
+extern const Definition checker, fractalNoise, image, curve;
+
+// The colours of the nodes' titles.
+constexpr std::array<int, 3> kConstantColour{90, 110, 90};
+constexpr std::array<int, 3> kInfoColour{70, 100, 130};
+constexpr std::array<int, 3> kMathColour{120, 100, 60};
+constexpr std::array<int, 3> kTextureColour{60, 110, 130};
+
+} // namespace velm::builtin

@@ -1,0 +1,60 @@
+#include "host/graph/builtin/noise.h"
+
+#include <cmath>
+#include <cstdint>
+
+namespace velm {
+
+namespace {
+
+// A finaliser of 32 bits with low bias, of the multiply-and-shift kind (C. Wellons, "Prospecting for Hash Functions",
+// 2018).
+std::uint32_t scramble(std::uint32_t bits) {
+    bits = (bits ^ bits >> 16) * 0x7feb352du;
+    bits = (bits ^ bits >> 15) * 0x846ca68bu;
+    return bits ^ bits >> 16;
+}
+
+std::uint32_t hash(std::int64_t x, std::int64_t y, std::int64_t z) {
+    const std::uint32_t first = scramble(static_cast<std::uint32_t>(x));
+    const std::uint32_t second = scramble(first + static_cast<std::uint32_t>(y));
+    return scramble(second + static_cast<std::uint32_t>(z));
+}
+
+// The dot product with one of the twelve directions (+-1, +-1, 0), (+-1, 0, +-1), (0, +-1, +-1), of which four come
+// twice, so that four bits choose.
+double alongGradient(std::uint32_t bits, double x, double y, double z) {
+    const std::uint32_t choice = bits & 15;
+    const double u = choice < 8 ? x : y;
+    const double v = choice < 4 ? y : choice == 12 || choice == 14 ? x : z;
+    return ((choice & 1) == 0 ? u : -u) + ((choice & 2) == 0 ? v : -v);
+}
+
+double fade(double t) { return t * t * t * (t * (t * 6 - 15) + 10); }
+double between(double t, double a, double b) { return a + t * (b - a); }
+
+} // namespace
+
+double gradientNoise(double x, double y, double z) {
+    constexpr double kLimit = 1e15; // beyond it a double has no fraction left that would matter
+    if (!(std::fabs(x) < kLimit && std::fabs(y) < kLimit && std::fabs(z) < kLimit)) return 0;
+    const double floorX = std::floor(x), floorY = std::floor(y), floorZ = std::floor(z);
+    const auto cellX = static_cast<std::int64_t>(floorX), cellY = static_cast<std::int64_t>(floorY),
+               cellZ = static_cast<std::int64_t>(floorZ);
+    const double inX = x - floorX, inY = y - floorY, inZ = z - floorZ;
+    const double u = fade(inX), v = fade(inY), w = fade(inZ);
+
+    double plane[2];
+    for (int k = 0; k < 2; ++k) {
+        double line[2];
+        for (int j = 0; j < 2; ++j) {
+            const double left = alongGradient(hash(cellX, cellY + j, cellZ + k), inX, inY - j, inZ - k);
+            const double right = alongGradient(hash(cellX + 1, cellY + j, cellZ + k), inX - 1, inY - j, inZ - k);
+            line[j] = between(u, left, right);
+        }
+        plane[k] = between(v, line[0], line[1]);
+    }
+    return between(w, plane[0], plane[1]);
+}
+
+} // namespace velm

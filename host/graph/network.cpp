@@ -1,0 +1,226 @@
+#include "host/graph/network.h"
+
+#include "host/graph/names.h"
+#include "host/graph/thread_role.h"
+#include "host/panel/panel.h"
+#include "host/services/channel.h"
+
+#include <algorithm>
+
+using velm::assertBetweenFrames;
+using velm::assertInterface;
+using velm::assertRender;
+using velm::InputError;
+using velm::quoted;
+
+namespace {
+
+// The wall hands a message out through a slot; a server may leave it empty.
+std::string messageOr(const char *message, const char *otherwise) { return message && *message ? message : otherwise; }
+
+} // namespace
+
+HostNodeEditor::HostNodeEditor(std::string name, std::string title, const HostRootDescription *root, void *userData)
+    : name_(std::move(name)), title_(std::move(title)), userData_(userData) {
+    assertInterface();
+    if (root) description_ = *root;
+    root_ = std::make_unique<HostNode>();
+    root_->editor = this;
+    root_->name = name_;
+    root_->previewType = description_.previewType;
+}
+
+HostNodeEditor::HostNodeEditor(std::string name, velm::ServerClass &server) : name_(std::move(name)), title_(name_) {
+    assertInterface();
+    root_ = makeNode(server, name_);
+}
+
+HostNodeEditor::~HostNodeEditor() {
+    assertInterface();
+    event_ = nullptr; // its owner is going, too
+    clear();
+    dismantle(*root_);
+    root_.reset();
+}
+
+std::unique_ptr<HostNode> HostNodeEditor::makeNode(velm::ServerClass &server, std::string name) {
+    const HostNodeHandler &handler = server.handler();
+    auto node = std::make_unique<HostNode>();
+    node->editor = this;
+    node->server = &server;
+    node->handler = &handler;
+    node->name = std::move(name);
+    const char *error = nullptr;
+    node->instance = handler.instance->create(handler.instance->priv, node.get(), &error);
+    if (!node->instance)
+        throw InputError("cannot make the node " + quoted(node->name) + ": " +
+                         messageOr(error, "its server gives no reason"));
+    node->evaluate = handler.evaluate;
+    return node;
+}
+
+HostNode &HostNodeEditor::addNode(velm::ServerClass &server, std::string_view name) {
+    assertInterface();
+    auto node = makeNode(server, uniqueName(name.empty() ? server.displayName() : name, nullptr));
+    nodes_.push_back(std::move(node));
+    HostNode &added = *nodes_.back();
+    changed();
+    return added;
+}
+
+// What a node leaves behind is taken apart from the outside in: first whoever reads it, then its panel, which reads
+// its instance, then the instance, which holds parameters in its channel group, and with the record the group.
+void HostNodeEditor::dismantle(HostNode &node) {
+    for (const auto &output : node.outputs)
+        while (!output->consumers.empty()) velm::disconnect(*output->consumers.front(), kInputSourceDestroyed);
+    for (const auto &input : node.inputs) {
+        input->event = nullptr; // the instance is not told any more
+        velm::disconnect(*input);
+    }
+    if (node.panel) velm::panelFuncs()->destroy(node.panel);
+    node.panel = nullptr;
+    if (node.handler) node.handler->instance->destroy(node.instance);
+    node.instance = nullptr;
+}
+
+void HostNodeEditor::destroyNode(HostNode &node) {
+    assertInterface();
+    const auto found = std::find_if(nodes_.begin(), nodes_.end(), [&](const auto &one) { return one.get() == &node; });
+    if (found == nodes_.end())
+        throw InputError("node " + quoted(node.name) + " cannot be removed from " + quoted(name_));
+    dismantle(node);
+    nodes_.erase(found);
+    changed();
+}
+
+void HostNodeEditor::clear() {
+    assertInterface();
+    while (!nodes_.empty()) destroyNode(*nodes_.back());
+}
+
+HostNode *HostNodeEditor::findNode(std::string_view wanted) const {
+    if (root_->name == wanted) return root_.get();
+    const auto found = std::find_if(nodes_.begin(), nodes_.end(), [&](const auto &one) { return one->name == wanted; });
+    return found == nodes_.end() ? nullptr : found->get();
+}
+
+HostNode &HostNodeEditor::node(std::string_view wanted) const {
+    if (HostNode *found = findNode(wanted)) return *found;
+    std::vector<std::string> known{root_->name};
+    for (const auto &one : nodes_) known.push_back(one->name);
+    throw InputError("no node " + quoted(wanted) + " in " + quoted(name_) + velm::suggestion(wanted, known));
+}
+
+void HostNodeEditor::rename(HostNode &node, std::string_view name) {
+    assertInterface();
+    node.name = uniqueName(name, &node);
+    changed();
+}
+
+std::string HostNodeEditor::uniqueName(std::string_view wanted, const HostNode *except) const {
+    const auto taken = [&](std::string_view name) {
+        const HostNode *found = findNode(name);
+        return found && found != except;
+    };
+    if (!taken(wanted)) return std::string(wanted);
+    // A number that is there already goes up instead of getting a second one behind it.
+    std::string base(wanted);
+    const auto open = base.rfind(" (");
+    if (open != std::string::npos && base.back() == ')' && open + 3 < base.size() &&
+        base.find_first_not_of("0123456789", open + 2) == base.size() - 1)
+        base.resize(open);
+    for (int number = 2;; ++number) {
+        std::string name = base + " (" + std::to_string(number) + ")";
+        if (!taken(name)) return name;
+    }
+}
+
+std::vector<HostNode *> HostNodeEditor::all() const {
+    std::vector<HostNode *> every{root_.get()};
+    for (const auto &node : nodes_) every.push_back(node.get());
+    return every;
+}
+
+// A node without a server is a root that is described by functions.
+HostError HostNodeEditor::initNode(HostNode &node, int mode) {
+    if (node.handler) return node.handler->render->init ? node.handler->render->init(node.instance, mode) : nullptr;
+    return description_.init ? description_.init(this, mode) : nullptr;
+}
+
+HostError HostNodeEditor::newTimeNode(HostNode &node, int frame, double time) {
+    if (node.handler)
+        return node.handler->render->newTime ? node.handler->render->newTime(node.instance, frame, time) : nullptr;
+    return description_.newTime ? description_.newTime(this, frame, time) : nullptr;
+}
+
+void HostNodeEditor::cleanupNode(HostNode &node) {
+    if (!node.handler) {
+        if (description_.cleanup) description_.cleanup(this);
+    } else if (node.handler->render->cleanup) {
+        node.handler->render->cleanup(node.instance);
+    }
+}
+
+void HostNodeEditor::init(int mode) {
+    assertBetweenFrames();
+    const std::vector<HostNode *> every = all();
+    for (std::size_t i = 0; i < every.size(); ++i) {
+        const HostError error = initNode(*every[i], mode);
+        if (!error) continue;
+        const std::string message = "node " + quoted(every[i]->name) + ": " + error;
+        while (i > 0) cleanupNode(*every[--i]);
+        throw InputError(message);
+    }
+}
+
+void HostNodeEditor::newTime(int frame, double time) {
+    assertBetweenFrames();
+    for (HostNode *node : all())
+        if (const HostError error = newTimeNode(*node, frame, time))
+            throw InputError("node " + quoted(node->name) + ": " + error);
+}
+
+void HostNodeEditor::cleanup() {
+    assertBetweenFrames();
+    for (HostNode *node : all()) cleanupNode(*node);
+}
+
+HostChannelGroup *HostNodeEditor::channelGroup() {
+    if (group_) return group_;
+    if (!ownGroup_) ownGroup_ = velm::makeRootGroup(name_);
+    return ownGroup_.get();
+}
+
+void HostNodeEditor::bounds(double result[3][2]) {
+    for (int axis = 0; axis < 3; ++axis) {
+        result[axis][0] = -0.5;
+        result[axis][1] = 0.5;
+    }
+    if (autosize_) autosize_(this, userData_, result);
+}
+
+bool HostNodeEditor::previewSample(ShadingSample *sample, double colour[3]) {
+    assertRender();
+    if (!description_.preview) return false;
+    description_.preview(this, sample, colour);
+    return true;
+}
+
+void HostNodeEditor::changed() {
+    if (event_) event_(this);
+}
+
+namespace velm {
+
+HostPanel *panelOf(HostNode &node) {
+    assertInterface();
+    if (node.server) {
+        // Asked for each time, as a host does that opens a panel; the server keeps one panel for an instance.
+        node.panel = node.server->panel(node.instance);
+        return node.panel;
+    }
+    const HostRootDescription &description = node.editor->description();
+    return description.panel ? description.panel(node.editor) : nullptr;
+}
+
+} // namespace velm

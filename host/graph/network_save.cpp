@@ -1,0 +1,120 @@
+// A network into a file, and from one network to another.
+#include "host/graph/names.h"
+#include "host/graph/network.h"
+#include "host/graph/network_blocks.h"
+#include "host/graph/thread_role.h"
+
+using namespace velm::blocks;
+using velm::assertInterface;
+using velm::InputError;
+using velm::quoted;
+
+namespace {
+
+void saveString(const HostSaveState &state, const HostBlockId &id, const std::string &text) {
+    state.beginBlock(state.data, &id, 1);
+    state.writeString(state.data, text.c_str());
+    state.endBlock(state.data);
+}
+
+void saveIntegers(const HostSaveState &state, const HostBlockId &id, const int *values, int count) {
+    state.beginBlock(state.data, &id, 1);
+    state.writeI4(state.data, values, count);
+    state.endBlock(state.data);
+}
+
+void saveData(const HostSaveState &state, const HostNode &node) {
+    state.beginBlock(state.data, &kData, 0);
+    const int depth = state.depth(state.data);
+    if (node.handler && node.handler->instance->save)
+        if (const HostError error = node.handler->instance->save(node.instance, &state))
+            throw InputError("cannot save the node " + quoted(node.name) + ": " + error);
+    while (state.depth(state.data) > depth) state.endBlock(state.data); // blocks that the server left open
+    state.endBlock(state.data);
+}
+
+void saveNode(const HostSaveState &state, const HostNode &node) {
+    // A root without a server goes by its editor's name.
+    saveString(state, kServer, node.server ? node.server->name() : node.editor->name());
+    state.beginBlock(state.data, &kTag, 0);
+    saveString(state, kRealName, node.server ? node.server->displayName() : node.editor->name());
+    saveString(state, kName, node.name);
+    saveIntegers(state, kCoordinates, node.coordinates.data(), 2);
+    saveIntegers(state, kMode, &node.mode, 1);
+    saveData(state, node);
+    saveString(state, kPreview, node.previewOutput);
+    saveString(state, kComment, node.comment);
+    state.endBlock(state.data);
+}
+
+void copyAppearance(HostNode &to, const HostNode &from) {
+    to.coordinates = from.coordinates;
+    to.mode = from.mode;
+    to.previewOutput = from.previewOutput;
+    to.comment = from.comment;
+}
+
+void copySettings(HostNode &to, const HostNode &from) {
+    copyAppearance(to, from);
+    if (!to.handler || !to.handler->instance->copy) return;
+    if (const HostError error = to.handler->instance->copy(to.instance, from.instance))
+        throw InputError("cannot copy the node " + quoted(from.name) + ": " + error);
+}
+
+} // namespace
+
+void HostNodeEditor::save(const HostSaveState &state) {
+    assertInterface();
+    state.beginBlock(state.data, &kRoot, 0);
+    saveIntegers(state, kLocation, location_.data(), 2);
+    state.beginBlock(state.data, &kZoom, 1);
+    state.writeFP(state.data, &zoom_, 1);
+    state.endBlock(state.data);
+    const auto disabled = static_cast<unsigned short>(state_);
+    state.beginBlock(state.data, &kDisabled, 1);
+    state.writeU2(state.data, &disabled, 1);
+    state.endBlock(state.data);
+    state.endBlock(state.data);
+
+    saveIntegers(state, kVersion, &kFormatVersion, 1);
+
+    state.beginBlock(state.data, &kNodes, 0);
+    for (const HostNode *node : all()) saveNode(state, *node);
+    state.endBlock(state.data);
+
+    state.beginBlock(state.data, &kConnections, 0);
+    for (const HostNode *node : all())
+        for (const auto &input : node->inputs) {
+            if (!input->source) continue;
+            saveString(state, kInputNode, node->name);
+            saveString(state, kInput, input->name);
+            saveString(state, kOutputNode, input->source->node->name);
+            saveString(state, kOutput, input->source->name);
+        }
+    state.endBlock(state.data);
+}
+
+void HostNodeEditor::copyFrom(HostNodeEditor &from) {
+    assertInterface();
+    if (&from == this) return;
+    clear();
+    state_ = from.state_;
+    location_ = from.location_;
+    zoom_ = from.zoom_;
+    std::vector<HostNode *> copies;
+    for (const HostNode *node : from.all()) {
+        HostNode &copy = node == from.root_.get() ? *root_ : addNode(*node->server, node->name);
+        if (copy.server == node->server) copySettings(copy, *node);
+        copies.push_back(&copy);
+    }
+    const auto copyOf = [&, originals = from.all()](const HostNode *node) {
+        for (std::size_t i = 0; i < originals.size(); ++i)
+            if (originals[i] == node) return copies[i];
+        return static_cast<HostNode *>(nullptr);
+    };
+    for (const HostNode *node : from.all())
+        for (const auto &input : node->inputs) {
+            if (!input->source) continue;
+            connect(copyOf(input->source->node)->name, input->source->name, copyOf(node)->name, input->name);
+        }
+}

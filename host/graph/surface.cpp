@@ -1,0 +1,153 @@
+#include "host/graph/surface.h"
+
+#include "host/graph/builtin/frame.h"
+#include "host/graph/names.h"
+#include "host/graph/network_blocks.h"
+#include "host/panel/settings.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velm {
+
+namespace {
+
+using builtin::Kind;
+
+enum {
+    kColour,
+    kLuminosity,
+    kDiffuse,
+    kSpecular,
+    kGlossiness,
+    kReflection,
+    kTransparency,
+    kRefractionIndex,
+    kNormal // an input alone
+};
+
+// The root stands on the same frame as the host's own nodes, but is no node that one could add. Its numbers are plain
+// fractions, not percentages.
+constinit const builtin::Definition kRoot{
+    .name = "Surface",
+    .colour = {100, 100, 100},
+    .parameters = {{{.label = "Color", .kind = Kind::colour, .initial = {0.78431, 0.78431, 0.78431}},
+                    {.label = "Luminosity", .kind = Kind::scalar, .initial = {0}},
+                    {.label = "Diffuse", .kind = Kind::scalar, .initial = {1}},
+                    {.label = "Specular", .kind = Kind::scalar, .initial = {0}},
+                    {.label = "Glossiness", .kind = Kind::scalar, .initial = {0.4}},
+                    {.label = "Reflection", .kind = Kind::scalar, .initial = {0}},
+                    {.label = "Transparency", .kind = Kind::scalar, .initial = {0}},
+                    {.label = "Refraction Index", .kind = Kind::scalar, .initial = {1}}}},
+};
+
+const HostServer kHandler{HOST_CLASS_NODE_HANDLER, kRoot.name, builtin::activate<kRoot>, nullptr};
+const HostServer kInterface{HOST_CLASS_NODE_INTERFACE, kRoot.name, builtin::activateInterface, nullptr};
+
+ServerClass &rootClass() {
+    static ServerClass server(kHandler, &kInterface, "built in");
+    return server;
+}
+
+} // namespace
+
+// What samples read, found once.
+struct Surface::Root {
+    static const builtin::Instance &instance(const HostNodeEditor &editor) {
+        return *static_cast<const builtin::Instance *>(editor.root().instance);
+    }
+    static void read(const HostNodeEditor &editor, int place, ShadingSample *sample, double *value) {
+        const HostNode &root = editor.root();
+        const auto index = static_cast<std::size_t>(place);
+        const auto &own = instance(editor).values[index];
+        std::copy_n(own.begin(), place == kColour ? 3 : 1, value);
+        if (editor.state() == 0) evaluateInput(root.inputs[index].get(), sample, value);
+    }
+    static void readNormal(const HostNodeEditor &editor, ShadingSample *sample, double normal[3]) {
+        std::copy_n(sample->shadingNormal, 3, normal);
+        double found[3] = {normal[0], normal[1], normal[2]};
+        if (editor.state() != 0 || !evaluateInput(editor.root().inputs[kNormal].get(), sample, found)) return;
+        const double length = std::hypot(found[0], found[1], found[2]);
+        if (!(length > 0) || !std::isfinite(length)) return;
+        for (int i = 0; i < 3; ++i) normal[i] = found[i] / length;
+    }
+    static void autosize(HostNodeEditor *, void *surface, double bounds[3][2]) {
+        const auto &own = static_cast<Surface *>(surface)->bounds_;
+        std::copy(&own[0][0], &own[0][0] + 6, &bounds[0][0]);
+    }
+};
+
+Surface::Surface(std::string name) : editor_(std::make_unique<HostNodeEditor>(std::move(name), rootClass())) {
+    createInput(editor_->root(), kConnectVector, "Normal", nullptr);
+    editor_->setUserData(this);
+    editor_->setAutosize(Root::autosize);
+}
+
+Surface::~Surface() = default;
+
+void Surface::setDefault(const SettingDescription &setting) { applySetting(*panelOf(editor_->root()), setting); }
+
+SurfaceValues Surface::evaluate(ShadingSample *sample) const {
+    SurfaceValues values;
+    Root::read(*editor_, kColour, sample, values.colour);
+    Root::read(*editor_, kLuminosity, sample, &values.luminosity);
+    Root::read(*editor_, kDiffuse, sample, &values.diffuse);
+    Root::read(*editor_, kSpecular, sample, &values.specular);
+    Root::read(*editor_, kGlossiness, sample, &values.glossiness);
+    Root::read(*editor_, kReflection, sample, &values.reflection);
+    Root::read(*editor_, kTransparency, sample, &values.transparency);
+    Root::read(*editor_, kRefractionIndex, sample, &values.refractionIndex);
+    Root::readNormal(*editor_, sample, values.normal);
+    return values;
+}
+
+double Surface::evaluateTransparency(ShadingSample *sample) const {
+    double transparency;
+    Root::read(*editor_, kTransparency, sample, &transparency);
+    return transparency;
+}
+
+namespace {
+
+// Adds the surface's name to what went wrong in its network.
+template <class Act>
+void named(const std::string &surface, Act act) {
+    try {
+        act();
+    } catch (const InputError &error) {
+        throw InputError("surface " + quoted(surface) + ": " + error.what());
+    }
+}
+
+} // namespace
+
+void Surface::init(int mode) {
+    named(name(), [&] { editor_->init(mode); });
+}
+
+void Surface::newTime(int frame, double time) {
+    named(name(), [&] { editor_->newTime(frame, time); });
+}
+
+void Surface::cleanup() { editor_->cleanup(); }
+
+void Surface::setBounds(const double bounds[3][2]) { std::copy(&bounds[0][0], &bounds[0][0] + 6, &bounds_[0][0]); }
+
+void Surface::save(const HostSaveState &state) {
+    named(name(), [&] {
+        state.beginBlock(state.data, &blocks::kNetwork, 0);
+        editor_->save(state);
+        state.endBlock(state.data);
+    });
+}
+
+void Surface::load(const HostLoadState &state) {
+    named(name(), [&] {
+        const HostBlockId table[] = {blocks::kNetwork, {0, nullptr}};
+        if (state.findBlock(state.data, table) == 0) throw InputError("there is no network in the file");
+        editor_->load(state);
+        state.endBlock(state.data);
+    });
+}
+
+} // namespace velm

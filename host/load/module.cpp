@@ -1,0 +1,82 @@
+#include "host/load/module.h"
+
+#include "host/error.h"
+#include "host/load/shared_object.h"
+
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <utility>
+
+namespace velm {
+
+namespace {
+
+std::string hex(unsigned int value) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%x", value);
+    return text;
+}
+
+[[noreturn]] void fail(const std::string &path, const std::string &why) {
+    throw InputError("cannot load the module " + path + ": " + why);
+}
+
+void checkDescriptor(const std::string &path, const HostModuleDescriptor &descriptor) {
+    if (descriptor.syncWord != kModuleSyncWord)
+        fail(path, "its sync word is " + hex(descriptor.syncWord) + " instead of " + hex(kModuleSyncWord));
+    if (descriptor.version != kModuleVersion)
+        fail(path, "its descriptor has version " + std::to_string(descriptor.version) + " instead of " +
+                       std::to_string(kModuleVersion));
+    if (descriptor.platform != kPlatformMacintosh && descriptor.platform != kPlatformUnix)
+        fail(path, "its platform code is " + hex(descriptor.platform) + " instead of " + hex(kPlatformMacintosh) +
+                       " or " + hex(kPlatformUnix));
+    if (!descriptor.startup || !descriptor.shutdown || !descriptor.servers)
+        fail(path, "its descriptor leaves out the startup, the shutdown or the servers");
+}
+
+} // namespace
+
+Module Module::open(const std::string &path) {
+    checkSharedObject(path);
+    // A bare name would be looked for in the system's directories.
+    const std::string absolute = std::filesystem::absolute(path).string();
+    void *library = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!library) {
+        const char *reason = dlerror();
+        fail(path, reason ? reason : "the system gives no reason");
+    }
+    Module module(path, library); // closes the library where a check fails
+    const auto *descriptor = static_cast<const HostModuleDescriptor *>(dlsym(library, HOST_MODULE_SYMBOL));
+    if (!descriptor) fail(path, "it has no module descriptor " HOST_MODULE_SYMBOL);
+    checkDescriptor(path, *descriptor);
+    module.descriptor_ = descriptor;
+    module.word_ = descriptor->startup();
+    if (!module.word_) fail(path, "it refuses to start");
+    return module;
+}
+
+Module::~Module() { close(); }
+
+Module::Module(Module &&other) noexcept
+    : path_(std::move(other.path_)), library_(std::exchange(other.library_, nullptr)),
+      descriptor_(std::exchange(other.descriptor_, nullptr)), word_(std::exchange(other.word_, nullptr)) {}
+
+Module &Module::operator=(Module &&other) noexcept {
+    if (this == &other) return *this;
+    close();
+    path_ = std::move(other.path_);
+    library_ = std::exchange(other.library_, nullptr);
+    descriptor_ = std::exchange(other.descriptor_, nullptr);
+    word_ = std::exchange(other.word_, nullptr);
+    return *this;
+}
+
+void Module::close() {
+    if (word_) descriptor_->shutdown(std::exchange(word_, nullptr));
+    descriptor_ = nullptr;
+    if (library_) dlclose(std::exchange(library_, nullptr));
+}
+
+} // namespace velm

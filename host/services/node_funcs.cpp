@@ -1,0 +1,60 @@
+// "NodeFuncs": what a node may say and ask of itself.
+#include "host/graph/network.h"
+#include "host/graph/thread_role.h"
+#include "host/services/channel.h"
+#include "host/services/lookup.h"
+
+namespace velm {
+
+namespace {
+
+const char *nodeName(HostNode *node) {
+    assertInterface();
+    return node->name.c_str();
+}
+
+const char *serverUserName(HostNode *node) {
+    assertInterface();
+    return node->server ? node->server->displayName().c_str() : node->editor->name().c_str();
+}
+
+// One group for a node, made when it is first asked for, under the editor's.
+HostChannelGroup *channelGroup(HostNode *node) {
+    assertInterface();
+    if (!node->group) node->group = envelopeFuncs()->createGroup(node->editor->channelGroup(), node->name.c_str());
+    return node->group;
+}
+
+void setColourRgb(HostNode *node, int red, int green, int blue) {
+    assertInterface();
+    node->colour = {red, green, blue};
+}
+
+void setColour(HostNode *node, const int rgb[3]) { setColourRgb(node, rgb[0], rgb[1], rgb[2]); }
+
+void setPreviewType(HostNode *node, int type) {
+    assertInterface();
+    node->previewType = type;
+}
+
+void updatePreview(HostNode *node) {
+    assertInterface();
+    ++node->previewUpdates;
+}
+
+} // namespace
+
+const HostNodeFuncs *nodeFuncs() {
+    static constexpr HostNodeFuncs kTable = {
+        .nodeName = nodeName,
+        .serverUserName = serverUserName,
+        .channelGroup = channelGroup,
+        .setColour = setColour,
+        .setColourRgb = setColourRgb,
+        .setPreviewType = setPreviewType,
+        .updatePreview = updatePreview,
+    };
+    return &kTable;
+}
+
+} // namespace velm

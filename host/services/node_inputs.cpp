@@ -1,0 +1,61 @@
+// "NodeInputFuncs": the inputs of a node. A null input counts as one that is not connected, since a server may ask one
+// that it could not create.
+#include "host/graph/network.h"
+#include "host/graph/thread_role.h"
+#include "host/services/lookup.h"
+#include "host/services/walk.h"
+
+namespace velm {
+
+namespace {
+
+// Null for a type that is none.
+HostInput *create(HostNode *node, int type, const char *name, HostInputEvent *event) {
+    return valueSize(type) > 0 ? createInput(*node, type, name, event) : nullptr;
+}
+
+void destroy(HostNode *, HostInput *input) {
+    if (input) destroyInput(*input);
+}
+
+int evaluate(HostInput *input, ShadingSample *sample, void *value) {
+    assertRender();
+    return input ? evaluateInput(input, sample, value) : 0;
+}
+
+int isConnected(HostInput *input) { return input && input->source ? 1 : 0; }
+
+HostInput *byIndex(HostNode *node, int index) { return walk::byIndex(node->inputs, index); }
+int indexOf(HostInput *input) { return walk::indexOf(input->node->inputs, input); }
+HostInput *first(HostNode *node) { return byIndex(node, 1); }
+HostInput *next(HostInput *input) { return byIndex(input->node, indexOf(input) + 1); }
+HostInput *previous(HostInput *input) { return byIndex(input->node, indexOf(input) - 1); }
+int count(HostNode *node) { return static_cast<int>(node->inputs.size()); }
+
+void disconnectInput(HostNode *node, HostInput *input) {
+    if (input) node->editor->disconnect(*input);
+}
+
+HostNode *nodeOf(HostInput *input) { return input->node; }
+
+} // namespace
+
+const HostNodeInputFuncs *nodeInputFuncs() {
+    static constexpr HostNodeInputFuncs kTable = {
+        .create = create,
+        .destroy = destroy,
+        .evaluate = evaluate,
+        .isConnected = isConnected,
+        .first = first,
+        .next = next,
+        .previous = previous,
+        .count = count,
+        .byIndex = byIndex,
+        .indexOf = indexOf,
+        .disconnect = disconnectInput,
+        .node = nodeOf,
+    };
+    return &kTable;
+}
+
+} // namespace velm

@@ -1,0 +1,69 @@
+// "NodeOutputFuncs": the outputs of a node, and the way of a result to whoever asked for it.
+#include "host/graph/network.h"
+#include "host/graph/thread_role.h"
+#include "host/services/lookup.h"
+#include "host/services/walk.h"
+
+#include <cstring>
+
+namespace velm {
+
+namespace {
+
+// Null for a type that is none.
+HostOutput *create(HostNode *node, int type, const char *name) {
+    return valueSize(type) > 0 ? createOutput(*node, type, name) : nullptr;
+}
+
+void destroy(HostNode *, HostOutput *output) {
+    if (output) destroyOutput(*output);
+}
+
+// Where the types are alike, the result goes straight into what the asking node holds; it may be that very place.
+void setValue(HostNodeValue *value, const void *result) {
+    assertRender();
+    if (value->outputType == value->askingType)
+        std::memmove(value->holder, result, static_cast<std::size_t>(valueSize(value->outputType)));
+    else
+        convertValue(value->outputType, result, value->askingType, value->holder);
+}
+
+void *getValue(HostNodeValue *value) {
+    assertRender();
+    return value->holder;
+}
+
+int askingType(HostNodeValue *value) {
+    assertRender();
+    return value->askingType;
+}
+
+HostOutput *byIndex(HostNode *node, int index) { return walk::byIndex(node->outputs, index); }
+int indexOf(HostOutput *output) { return walk::indexOf(output->node->outputs, output); }
+HostOutput *first(HostNode *node) { return byIndex(node, 1); }
+HostOutput *next(HostOutput *output) { return byIndex(output->node, indexOf(output) + 1); }
+HostOutput *previous(HostOutput *output) { return byIndex(output->node, indexOf(output) - 1); }
+int count(HostNode *node) { return static_cast<int>(node->outputs.size()); }
+HostNode *nodeOf(HostOutput *output) { return output->node; }
+
+} // namespace
+
+const HostNodeOutputFuncs *nodeOutputFuncs() {
+    static constexpr HostNodeOutputFuncs kTable = {
+        .create = create,
+        .destroy = destroy,
+        .setValue = setValue,
+        .getValue = getValue,
+        .askingType = askingType,
+        .first = first,
+        .next = next,
+        .previous = previous,
+        .count = count,
+        .byIndex = byIndex,
+        .indexOf = indexOf,
+        .node = nodeOf,
+    };
+    return &kTable;
+}
+
+} // namespace velm

@@ -1,0 +1,53 @@
+// "NodeUtilityFuncs": blending, preview sizes and mappings, as the wall wants them.
+#include "host/graph/network.h"
+#include "host/graph/thread_role.h"
+#include "host/image/image.h"
+#include "host/services/blend.h"
+#include "host/services/camera_view.h"
+#include "host/services/lookup.h"
+#include "host/services/mapping.h"
+#include "host/services/uv_provider.h"
+
+#include <algorithm>
+
+namespace velm {
+
+namespace {
+
+// Size and middle of what the node's editor previews; `position` may be null.
+void autosize(HostNode *node, double scale[3], double position[3]) {
+    assertInterface();
+    double bounds[3][2];
+    node->editor->bounds(bounds);
+    for (int axis = 0; axis < 3; ++axis) {
+        scale[axis] = bounds[axis][1] - bounds[axis][0];
+        if (position) position[axis] = 0.5 * (bounds[axis][0] + bounds[axis][1]);
+    }
+}
+
+// An empty name stands for the mesh's first map, as a null one does.
+int uvMapping(const char *mapName, ShadingSample *sample, double *u, double *v) {
+    return lookUpUv(sample, mapName && *mapName ? mapName : nullptr, u, v) ? 1 : 0;
+}
+
+void cameraMatrix(double matrix[9]) { std::copy_n(cameraView().matrix, 9, matrix); }
+
+} // namespace
+
+const HostNodeUtilityFuncs *nodeUtilityFuncs() {
+    static constexpr HostNodeUtilityFuncs kTable = {
+        .blend = blend,
+        .autosize = autosize,
+        .planarMapping = planarMapping,
+        .sphericalMapping = sphericalMapping,
+        .cylindricalMapping = cylindricalMapping,
+        .cubicMapping = cubicMapping,
+        .frontMapping = frontMapping,
+        .directionMapping = directionToImage,
+        .uvMapping = uvMapping,
+        .cameraMatrix = cameraMatrix,
+    };
+    return &kTable;
+}
+
+} // namespace velm

@@ -1,0 +1,40 @@
+#include "host/services/scene_info.h"
+
+namespace velm {
+
+namespace {
+
+HostItem *noCamera(double) { return nullptr; }
+
+HostSceneInfo current = {
+    .name = "",
+    .fileName = "",
+    .points = 0,
+    .polygons = 0,
+    .renderType = 0,
+    .renderOptions = 0,
+    .firstFrame = 1,
+    .lastFrame = 1,
+    .frameStep = 1,
+    .framesPerSecond = 30,
+    .width = 0,
+    .height = 0,
+    .pixelAspect = 1,
+    .minSamplesPerPixel = 1,
+    .maxSamplesPerPixel = 1,
+    .limitedRegion = {0, 0, 0, 0},
+    .recursionDepth = 0,
+    .renderCamera = noCamera,
+    .threads = 1,
+    .animationFile = "",
+    .rgbPrefix = "",
+    .alphaPrefix = "",
+};
+
+} // namespace
+
+const HostSceneInfo *sceneInfo() { return &current; }
+
+void setSceneInfo(const HostSceneInfo &facts) { current = facts; }
+
+} // namespace velm
