@@ -1,0 +1,15 @@
+// The commands, one file each.
+#pragma once
+
+#include "host/cli/options.h"
+
+#include <iosfwd>
+
+namespace velm {
+
+// Each does what its options say and gives the exit status. Errors are thrown: InputError, UsageError, MachineError.
+int runNodes(const Options &options, const NodesOptions &nodes, std::ostream &out);
+int runShow(const Options &options, const ShowOptions &show, std::ostream &out);
+int runRender(const Options &options, const RenderOptions &render, std::ostream &out, std::ostream &err);
+
+} // namespace velm

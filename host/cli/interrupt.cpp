@@ -1,0 +1,26 @@
+#include "host/cli/interrupt.h"
+
+namespace velm {
+
+namespace {
+
+volatile std::sig_atomic_t noted = 0;
+
+extern "C" void noteInterrupt(int) { noted = 1; }
+
+} // namespace
+
+InterruptGuard::InterruptGuard() {
+    noted = 0;
+    struct sigaction action {};
+    action.sa_handler = noteInterrupt;
+    action.sa_flags = static_cast<int>(SA_RESETHAND); // the second signal finds the default again
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, &before_);
+}
+
+InterruptGuard::~InterruptGuard() { sigaction(SIGINT, &before_, nullptr); }
+
+bool InterruptGuard::interrupted() { return noted != 0; }
+
+} // namespace velm

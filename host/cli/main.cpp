@@ -1,0 +1,6 @@
+// The program "velm".
+#include "host/cli/run.h"
+
+#include <iostream>
+
+int main(int argc, char **argv) { return velm::run(argc, argv, std::cout, std::cerr); }

@@ -1,0 +1,57 @@
+// "velm nodes": the nodes as a table.
+#include "host/cli/commands.h"
+#include "host/cli/loaded_module.h"
+#include "host/graph/network.h"
+
+#include <algorithm>
+#include <array>
+#include <fmt/format.h>
+#include <ostream>
+
+namespace velm {
+
+namespace {
+
+constexpr std::size_t kColumns = 6;
+using Row = std::array<std::string, kColumns>;
+constexpr const char *kBetween = "  ";
+
+std::string outputNames(const HostNode &node) {
+    std::string names;
+    for (const auto &output : node.outputs) names += (names.empty() ? "" : ", ") + output->name;
+    return names;
+}
+
+// A node's inputs and outputs are known only to an instance.
+Row rowOf(ServerClass &server) {
+    HostNodeEditor editor("nodes", "nodes", nullptr, nullptr);
+    const HostNode &node = editor.addNode(server);
+    return {server.name(),      server.displayName(),
+            server.menuGroup(), std::to_string(node.inputs.size()),
+            outputNames(node),  server.hasPanel() ? "yes" : "no"};
+}
+
+void printTable(const std::vector<Row> &rows, std::ostream &out) {
+    std::array<std::size_t, kColumns> widths{};
+    for (const Row &row : rows)
+        for (std::size_t i = 0; i < kColumns; ++i) widths[i] = std::max(widths[i], row[i].size());
+    for (const Row &row : rows) {
+        std::string line;
+        for (std::size_t i = 0; i < kColumns; ++i)
+            line += i + 1 < kColumns ? fmt::format("{:<{}}{}", row[i], widths[i], kBetween) : row[i];
+        out << line << '\n';
+    }
+}
+
+} // namespace
+
+int runNodes(const Options &options, const NodesOptions &nodes, std::ostream &out) {
+    const LoadedModule module(options.module);
+    std::vector<Row> rows{{"Name", "Shown as", "Menu group", "Inputs", "Outputs", "Panel"}};
+    for (const auto &server : serverList().all())
+        if (nodes.all || server->origin() == module.path()) rows.push_back(rowOf(*server));
+    printTable(rows, out);
+    return 0;
+}
+
+} // namespace velm

@@ -1,0 +1,158 @@
+#include "host/cli/options.h"
+
+#include "host/cli/run.h"
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <charconv>
+#include <filesystem>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <ostream>
+
+namespace velm {
+
+namespace {
+
+constexpr int kLargestSide = 32768, kMostSamples = 4096, kLastFrameNumber = 999999;
+
+// Whole numbers parted by a character each; nothing when the text is not quite that.
+template <std::size_t n>
+std::optional<std::array<int, n>> wholeNumbers(std::string_view text, char parting) {
+    std::array<int, n> numbers{};
+    const char *at = text.data(), *const end = text.data() + text.size();
+    for (std::size_t i = 0; i < n; ++i) {
+        if (i > 0 && (at == end || *at++ != parting)) return std::nullopt;
+        const auto [next, error] = std::from_chars(at, end, numbers[i]);
+        if (error != std::errc{}) return std::nullopt;
+        at = next;
+    }
+    return at == end ? std::optional(numbers) : std::nullopt;
+}
+
+// An option whose text one of the functions above takes apart.
+template <class T>
+void addParsed(CLI::App &command, const std::string &name, std::optional<T> &target, T (*parse)(const std::string &),
+               const std::string &kind, const std::string &help) {
+    command
+        .add_option_function<std::string>(
+            name, [&target, parse](const std::string &text) { target = parse(text); }, help)
+        ->type_name(kind);
+}
+
+std::string defaultModule() {
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return (error ? std::filesystem::path(".") : program.parent_path()) / "velm.p";
+}
+
+void addRender(CLI::App &command, RenderOptions &options) {
+    command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
+    command
+        .add_option("-o,--output", options.output,
+                    "The picture's file: .png, .jpg, .exr, .tif or .hdr. #### or %04d in the name stands for the "
+                    "frame's number, which else goes before the ending when several frames are rendered. Default: "
+                    "the scene's name with .png, in the current directory")
+        ->type_name("FILE");
+    addParsed(command, "--frames", options.frames, parseFrames, "A-B", "The frames to render, or one frame");
+    addParsed(command, "--size", options.size, parseSize, "WxH", "The picture's size");
+    addParsed(command, "--region", options.region, parseRegion, "X0,Y0,X1,Y1",
+              "Render the columns X0 to X1 - 1 and rows Y0 to Y1 - 1 only, from the upper left; the rest stays black");
+    command.add_option("--samples", options.samples, "Samples of each pixel")
+        ->check(CLI::Range(1, kMostSamples))
+        ->type_name("N");
+    command.add_option("--threads", options.threads, "Render threads; the machine's cores by default")
+        ->check(CLI::Range(1, static_cast<int>(kMaxThreads)))
+        ->type_name("N");
+    command
+        .add_option("--data", options.data,
+                    "A directory to look for meshes and images in, after the scene's own; may be given again. The "
+                    "directories in the environment variable VELM_DATA, parted by colons, follow")
+        ->check(CLI::ExistingDirectory)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("DIR");
+    command.add_flag("--quiet", options.quiet, "No progress");
+    command.add_flag("--stats", options.stats, "Tell of rays, times and memory when done");
+}
+
+std::string joined(int argc, const char *const *argv) {
+    std::vector<std::string> words{"velm"};
+    words.insert(words.end(), argv + 1, argv + argc);
+    return fmt::format("{}", fmt::join(words, " "));
+}
+
+} // namespace
+
+FrameRange parseFrames(const std::string &text) {
+    FrameRange range;
+    if (const auto two = wholeNumbers<2>(text, '-'))
+        range = {.first = (*two)[0], .last = (*two)[1]};
+    else if (const auto one = wholeNumbers<1>(text, '-'))
+        range = {.first = (*one)[0], .last = (*one)[0]};
+    else
+        throw UsageError(fmt::format("--frames: \"{}\" is neither a frame nor a range such as 1-24", text));
+    if (range.last < range.first)
+        throw UsageError(
+            fmt::format("--frames: the last frame, {}, comes before the first, {}", range.last, range.first));
+    if (range.first < -kLastFrameNumber || range.last > kLastFrameNumber)
+        throw UsageError(
+            fmt::format("--frames: frames are numbered from {} to {}", -kLastFrameNumber, kLastFrameNumber));
+    return range;
+}
+
+PictureSize parseSize(const std::string &text) {
+    const auto sides = wholeNumbers<2>(text, 'x');
+    if (!sides) throw UsageError(fmt::format("--size: \"{}\" is no size such as 960x540", text));
+    for (const int side : *sides)
+        if (side < 1 || side > kLargestSide)
+            throw UsageError(fmt::format("--size: {} is not from 1 to {}", side, kLargestSide));
+    return {.width = (*sides)[0], .height = (*sides)[1]};
+}
+
+Region parseRegion(const std::string &text) {
+    const auto edges = wholeNumbers<4>(text, ',');
+    if (!edges) throw UsageError(fmt::format("--region: \"{}\" is no region such as 0,0,320,200", text));
+    const Region region{.left = (*edges)[0], .top = (*edges)[1], .right = (*edges)[2], .bottom = (*edges)[3]};
+    if (region.left < 0 || region.top < 0)
+        throw UsageError(fmt::format("--region: \"{}\" starts outside the picture", text));
+    if (region.right <= region.left || region.bottom <= region.top)
+        throw UsageError(
+            fmt::format("--region: \"{}\" is empty; it must end right of and below where it starts", text));
+    return region;
+}
+
+std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostream &out) {
+    Options options{.module = defaultModule(), .command = {}, .commandLine = joined(argc, argv)};
+    NodesOptions nodes;
+    ShowOptions show;
+    RenderOptions render;
+
+    CLI::App app("Loads a module of shading nodes, lists its nodes, and renders scenes with them.", "velm");
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.set_version_flag("--version", "velm " VELM_VERSION);
+    app.add_option("--module", options.module, "The module to load; velm.p beside this program by default")
+        ->type_name("FILE");
+    CLI::App *nodesCommand = app.add_subcommand("nodes", "List the module's nodes");
+    nodesCommand->add_flag("--all", nodes.all, "The host's own nodes too");
+    CLI::App *showCommand = app.add_subcommand("show", "Show a node: inputs, outputs, settings, panel");
+    showCommand->add_option("NODE", show.node, "Its name, as listed by \"velm nodes\"")->required()->type_name("");
+    CLI::App *renderCommand = app.add_subcommand("render", "Render a scene");
+    addRender(*renderCommand, render);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success &asked) { // --help, --version
+        app.exit(asked, out, out);
+        return std::nullopt;
+    } catch (const CLI::ParseError &error) {
+        throw UsageError(error.what());
+    }
+    if (*nodesCommand) options.command = nodes;
+    if (*showCommand) options.command = show;
+    if (*renderCommand) options.command = render;
+    return options;
+}
+
+} // namespace velm

@@ -1,0 +1,164 @@
+#include "host/cli/panel_text.h"
+
+#include "host/panel/layout.h"
+
+#include <algorithm>
+#include <array>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <map>
+#include <ostream>
+
+namespace velm {
+
+namespace {
+
+constexpr int kIndent = 2;
+
+const char *kindText(ControlKind kind) {
+    switch (kind) {
+    case ControlKind::number: return "number";
+    case ControlKind::whole: return "whole number";
+    case ControlKind::choice:
+    case ControlKind::transform: return "choice";
+    case ControlKind::flag: return "true or false";
+    case ControlKind::text: return "text";
+    case ControlKind::button: return "button";
+    case ControlKind::drawing: return "drawing";
+    }
+    return "";
+}
+
+// "number, 3 components, animatable".
+std::string typeText(const ControlInfo &control) {
+    const ControlType *type = findControlType(control.type);
+    if (!type) return control.type;
+    std::string text = type->unit == Unit::colour ? "colour" : kindText(type->kind);
+    if (type->components == 3 && type->unit != Unit::colour) text = "three numbers";
+    if (type->storage == Storage::animated) text += ", with keys";
+    return text;
+}
+
+std::string valueText(const ControlInfo &control) {
+    if (control.unit.empty() || control.value.empty()) return control.value;
+    return control.value + ' ' + control.unit;
+}
+
+std::string limitsText(const ControlInfo &control) {
+    std::string text;
+    if (control.minimum && control.maximum)
+        text = fmt::format("{} to {}", *control.minimum, *control.maximum);
+    else if (control.minimum)
+        text = fmt::format("at least {}", *control.minimum);
+    else if (control.maximum)
+        text = fmt::format("at most {}", *control.maximum);
+    if (control.step) text += fmt::format("{}step {}", text.empty() ? "" : ", ", *control.step);
+    return text;
+}
+
+bool isSetting(const ControlInfo &control) {
+    const ControlType *type = findControlType(control.type);
+    return !control.name.empty() && type && type->storage != Storage::none;
+}
+
+void printSettings(const std::vector<ControlInfo> &controls, std::ostream &out) {
+    using Row = std::array<std::string, 4>;
+    std::vector<Row> rows{{"Name", "Default", "Kind", "Limits"}};
+    for (const ControlInfo &control : controls)
+        if (isSetting(control))
+            rows.push_back({control.name, valueText(control), typeText(control), limitsText(control)});
+    out << "\nSettings\n";
+    std::array<std::size_t, 4> widths{};
+    for (const Row &row : rows)
+        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
+    for (const Row &row : rows) {
+        std::string line = fmt::format("  {:<{}}  {:<{}}  {:<{}}  {}", row[0], widths[0], row[1], widths[1], row[2],
+                                       widths[2], row[3]);
+        line.erase(line.find_last_not_of(' ') + 1);
+        out << line << '\n';
+    }
+}
+
+// The control and its entries, as "Mode: (Random) Polar"; what is chosen stands in brackets.
+std::string controlText(const ControlInfo &control) {
+    const ControlType *type = findControlType(control.type);
+    const ControlKind kind = type ? type->kind : ControlKind::drawing;
+    if (kind == ControlKind::button) return fmt::format("<{}>", control.label);
+    if (kind == ControlKind::drawing)
+        return control.label.empty() ? "(drawing)" : fmt::format("(drawing) {}", control.label);
+    if (kind == ControlKind::flag) return fmt::format("[{}] {}", control.value == "on" ? 'x' : ' ', control.label);
+    if (control.entries.empty()) return fmt::format("{}: {}", control.label, valueText(control));
+    std::string text = control.label + ':';
+    for (const std::string &entry : control.entries)
+        text += entry == control.value ? fmt::format(" ({})", entry) : ' ' + entry;
+    return text;
+}
+
+std::string rulesText(const ControlInfo &control) {
+    if (control.enabledBy.empty()) return {};
+    std::string text = fmt::format("   enabled by {}", fmt::join(control.enabledBy, " and "));
+    if (!control.message.empty()) text += fmt::format(" (\"{}\")", control.message);
+    return text;
+}
+
+class LayoutPrinter {
+  public:
+    LayoutPrinter(const std::vector<ControlInfo> &controls, std::ostream &out) : out_(out) {
+        for (const ControlInfo &control : controls) controls_[control.id] = &control;
+    }
+
+    void printItems(const LayoutItem &item, int depth, std::size_t stacks) {
+        for (const LayoutItem &child : item.items) {
+            if (item.kind == ItemKind::stack) {
+                line(depth, shownFor(child, stacks));
+                print(child, depth + 1, stacks + 1);
+            } else if (item.kind == ItemKind::tabs) {
+                line(depth, fmt::format("tab \"{}\"", child.label));
+                printItems(child, depth + 1, stacks);
+            } else {
+                print(child, depth, stacks);
+            }
+        }
+    }
+
+  private:
+    void print(const LayoutItem &item, int depth, std::size_t stacks) {
+        if (item.kind != ItemKind::control) {
+            const bool titled = item.kind == ItemKind::group && !item.label.empty();
+            if (titled) line(depth, fmt::format("group \"{}\"", item.label));
+            printItems(item, titled ? depth + 1 : depth, stacks);
+            return;
+        }
+        const ControlInfo &control = *controls_.at(item.id);
+        line(depth, controlText(control) + rulesText(control));
+        if (control.dividerAfter) line(depth, "----");
+    }
+
+    // When a member of a stack shows, as any control in it knows; `stacks` are around the stack.
+    std::string shownFor(const LayoutItem &member, std::size_t stacks) const {
+        const LayoutItem *item = &member;
+        while (item->kind != ItemKind::control && !item->items.empty()) item = &item->items.front();
+        const auto found = controls_.find(item->id);
+        if (found == controls_.end() || found->second->stacks.size() <= stacks) return "never shown";
+        const StackPlace &place = found->second->stacks[stacks];
+        return fmt::format("shown while {} is {}", place.drivenBy, fmt::join(place.shownFor, " or "));
+    }
+
+    void line(int depth, const std::string &text) {
+        out_ << std::string(static_cast<std::size_t>(kIndent * (depth + 1)), ' ') << text << '\n';
+    }
+
+    std::ostream &out_;
+    std::map<unsigned int, const ControlInfo *> controls_;
+};
+
+} // namespace
+
+void printPanel(HostPanel &panel, std::ostream &out) {
+    const std::vector<ControlInfo> controls = describeControls(panel);
+    printSettings(controls, out);
+    out << "\nPanel\n";
+    LayoutPrinter(controls, out).printItems(layout(panel), 0, 0);
+}
+
+} // namespace velm

@@ -1,0 +1,76 @@
+#include "host/cli/progress.h"
+
+#include "host/cli/interrupt.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+#include <iostream>
+#include <unistd.h>
+
+namespace velm {
+
+namespace {
+
+constexpr int kBarWidth = 40;
+constexpr int kPercentStep = 10; // of the lines in logs
+
+constexpr const char *kClearLine = "\r\033[K";
+
+} // namespace
+
+ProgressStyle progressStyle(const std::ostream &stream, bool quiet) {
+    if (quiet) return ProgressStyle::none;
+    return &stream == &std::cerr && isatty(STDERR_FILENO) != 0 ? ProgressStyle::bar : ProgressStyle::lines;
+}
+
+std::string durationText(double seconds) {
+    const auto whole = static_cast<long long>(std::lround(seconds));
+    constexpr long long kMinute = 60, kHour = 3600;
+    if (whole < kHour) return fmt::format("{}:{:02}", whole / kMinute, whole % kMinute);
+    return fmt::format("{}:{:02}:{:02}", whole / kHour, whole % kHour / kMinute, whole % kMinute);
+}
+
+ProgressReport::~ProgressReport() {
+    if (style_ == ProgressStyle::bar && shown_ >= 0) stream_ << kClearLine << std::flush;
+}
+
+void ProgressReport::begin(std::string title) {
+    title_ = std::move(title);
+    start_ = Clock::now();
+    shown_ = -1;
+    if (style_ == ProgressStyle::bar) drawBar(0);
+}
+
+bool ProgressReport::progress(int done, int total) {
+    const int percent = static_cast<int>(100LL * done / total);
+    if (style_ == ProgressStyle::bar && percent != shown_) drawBar(percent);
+    if (style_ == ProgressStyle::lines && percent / kPercentStep > std::max(shown_, 0) / kPercentStep) {
+        stream_ << title_ << ": " << percent / kPercentStep * kPercentStep << " %\n" << std::flush;
+        shown_ = percent;
+    }
+    return !InterruptGuard::interrupted();
+}
+
+void ProgressReport::drawBar(int percent) {
+    shown_ = percent;
+    const auto filled = static_cast<std::size_t>(kBarWidth * percent / 100);
+    std::string left;
+    if (percent > 0) {
+        const double seconds = std::chrono::duration<double>(Clock::now() - start_).count();
+        left = "  " + durationText(seconds * (100 - percent) / percent) + " left";
+    }
+    stream_ << kClearLine
+            << fmt::format("{}  [{}{}] {:3} %{}", title_, std::string(filled, '='),
+                           std::string(kBarWidth - filled, ' '), percent, left)
+            << std::flush;
+}
+
+void ProgressReport::end(const std::string &message) {
+    if (style_ == ProgressStyle::none) return;
+    if (style_ == ProgressStyle::bar) stream_ << kClearLine;
+    stream_ << message << '\n' << std::flush;
+    shown_ = -1;
+}
+
+} // namespace velm

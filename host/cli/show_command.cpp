@@ -1,0 +1,66 @@
+// "velm show": one node, its inputs and outputs, its settings and its panel.
+#include "host/cli/commands.h"
+#include "host/cli/loaded_module.h"
+#include "host/cli/panel_text.h"
+#include "host/error.h"
+#include "host/graph/names.h"
+#include "host/graph/network.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <ostream>
+
+namespace velm {
+
+namespace {
+
+// A node by server name, or by display name where only one node has it.
+ServerClass &findServer(const std::string &wanted) {
+    if (ServerClass *server = serverList().find(wanted)) return *server;
+    std::vector<std::string> names, fitting;
+    ServerClass *found = nullptr;
+    for (const auto &server : serverList().all()) {
+        names.push_back(server->name());
+        if (server->displayName() != server->name()) names.push_back(server->displayName());
+        if (server->displayName() != wanted) continue;
+        found = server.get();
+        fitting.push_back(velm::quoted(server->name()));
+    }
+    if (fitting.size() > 1)
+        throw InputError(
+            fmt::format("several nodes are shown as {}: {}", velm::quoted(wanted), fmt::join(fitting, ", ")));
+    if (!found) throw InputError(fmt::format("no node {}{}", velm::quoted(wanted), suggestion(wanted, names)));
+    return *found;
+}
+
+template <class Sockets>
+void printSockets(const char *title, const Sockets &sockets, std::ostream &out) {
+    out << '\n' << title << '\n';
+    if (sockets.empty()) out << "  none\n";
+    std::size_t width = 0;
+    for (const auto &socket : sockets) width = std::max(width, socket->name.size());
+    for (const auto &socket : sockets)
+        out << fmt::format("  {:<{}}  {}\n", socket->name, width, typeName(socket->type));
+}
+
+} // namespace
+
+int runShow(const Options &options, const ShowOptions &show, std::ostream &out) {
+    const LoadedModule module(options.module);
+    ServerClass &server = findServer(show.node);
+    HostNodeEditor editor("show", "show", nullptr, nullptr);
+    HostNode &node = editor.addNode(server);
+
+    out << fmt::format("{}\n  shown as    {}\n  menu group  {}\n  from        {}\n", server.name(),
+                       server.displayName(), server.menuGroup().empty() ? "none" : server.menuGroup(), server.origin());
+    printSockets("Inputs", node.inputs, out);
+    printSockets("Outputs", node.outputs, out);
+    if (HostPanel *panel = panelOf(node))
+        printPanel(*panel, out);
+    else
+        out << "\nPanel\n  none\n";
+    return 0;
+}
+
+} // namespace velm

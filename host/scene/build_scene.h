@@ -1,0 +1,44 @@
+// From a scene's description to its networks of nodes.
+#pragma once
+
+#include "host/graph/server_list.h"
+#include "host/graph/surface.h"
+#include "host/scene/description.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velm {
+
+// The surfaces of a scene, ready to be initialised, and its images in the image list. One at a time, since the image
+// list is the program's one. Everything is for the [interface thread; not while rendering] but what says otherwise.
+class BuiltScene {
+  public:
+    // Reads the images, makes the nodes, sets them through their panels and then connects them: a panel does not let
+    // go of a control that a connection feeds. Where one node's popup lists what another node's setting names, the
+    // settings find their order by themselves. Throws InputError with the place in the scene file, what was found and
+    // the nearest right name. `scene` need not outlive the call; `servers` does.
+    BuiltScene(const SceneDescription &scene, ServerList &servers);
+    ~BuiltScene(); // empties the image list
+    BuiltScene(const BuiltScene &) = delete;
+    BuiltScene &operator=(const BuiltScene &) = delete;
+
+    // By name; null when there is none. Lives as long as this.
+    Surface *surface(const std::string &name) const;
+
+    // Forwarded to all surfaces. When the init of one fails, those before it are cleaned up. [between frames]
+    void init(int mode);
+    void newTime(int frame, double time); // seconds
+    void cleanup();
+
+  private:
+    // Gives the images back also when the constructor throws.
+    struct Images {
+        ~Images();
+    };
+    Images images_;
+    std::vector<std::unique_ptr<Surface>> surfaces_;
+};
+
+} // namespace velm
