@@ -1,0 +1,13 @@
+#include "host/services/system.h"
+
+namespace velm {
+
+namespace {
+unsigned int systemWord = kSystemLayout;
+}
+
+void *systemId() { return reinterpret_cast<void *>(static_cast<HostWord>(systemWord)); }
+
+void setSystemId(unsigned int word) { systemWord = word; }
+
+} // namespace velm

@@ -1,0 +1,13 @@
+#include "host/services/time.h"
+
+namespace velm {
+
+namespace {
+HostTimeInfo info = {.time = 0, .frame = 0};
+}
+
+const HostTimeInfo *timeInfo() { return &info; }
+
+void setTime(int frame, double time) { info = {.time = time, .frame = frame}; }
+
+} // namespace velm
