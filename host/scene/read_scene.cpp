@@ -53,6 +53,7 @@ std::string sceneSchema() {
     nlohmann::ordered_json schema = {{"$schema", "https://json-schema.org/draft/2020-12/schema"},
                                      {"title", "A scene of the stand-alone host"}};
     schema.update(objectSchema(sceneTable()));
+    schema["$defs"] = {{"settings", settingsDefinition()}};
     return schema.dump(2) + '\n';
 }
 

@@ -162,12 +162,8 @@ void readSettings(const ReadContext &context, const JsonMember &found, T &result
             {.label = member.key, .value = readSettingValue(context, member), .place = context.at(member.line)});
 }
 
-Json settingsSchema() {
-    Json keys = objectSchema(keysTable());
-    Json value = {{"anyOf", Json::array({formSchema(truthForm()), formSchema(numberForm()), Json{{"type", "string"}},
-                                         formSchema(tripleForm()), keys})}};
-    return {{"type", "object"}, {"additionalProperties", value}};
-}
+// Told once for the whole schema; see settingsDefinition.
+Json settingsSchema() { return {{"$ref", "#/$defs/settings"}}; }
 
 // ---- Nodes and surfaces ----
 
@@ -242,6 +238,13 @@ constexpr Field<SurfaceDescription> kSurfaceFields[] = {
 };
 
 } // namespace
+
+nlohmann::ordered_json settingsDefinition() {
+    const Json value = {
+        {"anyOf", Json::array({formSchema(truthForm()), formSchema(numberForm()), Json{{"type", "string"}},
+                               formSchema(tripleForm()), objectSchema(keysTable())})}};
+    return {{"type", "object"}, {"additionalProperties", value}};
+}
 
 const Table<KeysDescription> &keysTable() {
     static constexpr Table<KeysDescription> table{.what = "an animated setting", .fields = kKeysFields};

@@ -16,6 +16,9 @@ const Table<SurfaceDescription> &surfaceTable();
 const Table<NodeDescription> &nodeTable();
 const Table<KeysDescription> &keysTable(); // of an animated setting
 
+// The schema of "settings", to which the schemas of surfaces and nodes refer as "#/$defs/settings".
+nlohmann::ordered_json settingsDefinition();
+
 // A file that the scene names, looked for beside the scene and along the search path; InputError, with the line and
 // where it was looked for, when there is none.
 std::string resolveFile(const ReadContext &context, const JsonValue &value);

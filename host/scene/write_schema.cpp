@@ -1,0 +1,20 @@
+// Writes the JSON Schema of the scene format to the file named: what keeps docs/scene.schema.json up to date.
+#include "host/scene/read_scene.h"
+#include "host/state/files.h"
+
+#include <exception>
+#include <iostream>
+
+int main(int argc, char **argv) {
+    if (argc != 2) {
+        std::cerr << "usage: velm_schema FILE\n";
+        return 2;
+    }
+    try {
+        velm::writeFileAtomically(argv[1], velm::sceneSchema());
+    } catch (const std::exception &error) {
+        std::cerr << "velm_schema: " << error.what() << '\n';
+        return 3;
+    }
+    return 0;
+}

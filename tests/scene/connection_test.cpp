@@ -1,0 +1,61 @@
+#include "host/scene/connection.h"
+
+#include <gtest/gtest.h>
+
+namespace velm {
+namespace {
+
+const std::vector<std::string> kNodes{"Clay", "AO", "AO.2", "My Node"};
+
+struct Good {
+    const char *text, *fromNode, *output, *toNode, *input;
+};
+
+class GoodConnection : public testing::TestWithParam<Good> {};
+
+TEST_P(GoodConnection, IsTakenApart) {
+    const Good &good = GetParam();
+    const Place place{.file = "f.json", .line = 4};
+    const ConnectionDescription connection = parseConnection(good.text, kNodes, "Clay", place);
+    EXPECT_EQ(connection.fromNode, good.fromNode);
+    EXPECT_EQ(connection.output, good.output);
+    EXPECT_EQ(connection.toNode, good.toNode);
+    EXPECT_EQ(connection.input, good.input);
+    EXPECT_EQ(connection.place.text(), "f.json:4");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, GoodConnection,
+                         testing::Values(Good{"AO.Color -> Clay.Color", "AO", "Color", "Clay", "Color"},
+                                         Good{"AO.Color->Clay.Color", "AO", "Color", "Clay", "Color"},
+                                         Good{"  My Node.An Output  ->  Clay.Refraction Index ", "My Node", "An Output",
+                                              "Clay", "Refraction Index"},
+                                         Good{"AO.2.Color -> Clay.Color", "AO.2", "Color", "Clay", "Color"},
+                                         Good{"AO.3.Color -> Clay.Color", "AO", "3.Color", "Clay", "Color"},
+                                         Good{"AO.Color -> AO.2.Max. Size", "AO", "Color", "AO.2", "Max. Size"}));
+
+struct Bad {
+    const char *text, *message;
+};
+
+class BadConnection : public testing::TestWithParam<Bad> {};
+
+TEST_P(BadConnection, IsRefused) {
+    try {
+        parseConnection(GetParam().text, kNodes, "Clay", {.file = "f.json", .line = 4});
+        FAIL() << "not refused";
+    } catch (const InputError &error) {
+        EXPECT_EQ(error.what(), std::string("f.json:4: ") + GetParam().message);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, BadConnection,
+    testing::Values(Bad{"AO.Color", "\"AO.Color\" is no connection; it must read \"Node.Output -> Node.Input\""},
+                    Bad{"AO -> Clay.Color", "\"AO\" must be a node's name, a dot, and one of its inputs or outputs"},
+                    Bad{"AO. -> Clay.Color", "\"AO.\" names nothing after its dot"},
+                    Bad{"AO.Color -> Caly.Color", "there is no node \"Caly\" here, did you mean \"Clay\"?"},
+                    Bad{"MyNode.Out -> Clay.Color", "there is no node \"MyNode\" here, did you mean \"My Node\"?"},
+                    Bad{"Clay.Color -> AO.Max", "\"Clay\" is the surface itself, which has no outputs"}));
+
+} // namespace
+} // namespace velm

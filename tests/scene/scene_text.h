@@ -1,0 +1,49 @@
+// Scene texts for tests: a good one, and ways to read them.
+#pragma once
+
+#include "host/error.h"
+#include "host/scene/read_scene.h"
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace velm::test {
+
+inline SceneDescription read(const std::string &text) { return readSceneText(text, "scene.json", {}); }
+
+// The message with which a text is refused; empty when it is not.
+inline std::string refusal(const std::string &text) {
+    try {
+        read(text);
+    } catch (const InputError &error) {
+        return error.what();
+    }
+    return {};
+}
+
+// A directory that is there for one test.
+class TemporaryDirectory {
+  public:
+    TemporaryDirectory() {
+        std::string name = (std::filesystem::temp_directory_path() / "velm-test-XXXXXX").string();
+        if (!mkdtemp(name.data())) throw std::runtime_error("no temporary directory");
+        path_ = name;
+    }
+    ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
+    TemporaryDirectory(const TemporaryDirectory &) = delete;
+    TemporaryDirectory &operator=(const TemporaryDirectory &) = delete;
+
+    std::string file(const std::string &name) const { return (path_ / name).string(); }
+    std::string write(const std::string &name, const std::string &text) const {
+        std::filesystem::create_directories((path_ / name).parent_path());
+        std::ofstream(path_ / name, std::ios::binary) << text;
+        return file(name);
+    }
+    const std::filesystem::path &path() const { return path_; }
+
+  private:
+    std::filesystem::path path_;
+};
+
+} // namespace velm::test
