@@ -51,10 +51,8 @@ double sampleBilinearAlpha(const HostImage *image, double u, double v);
 void sampleSpot(const HostImage *image, double u, double v, double spotSize, double colour[3]);
 double sampleSpotAlpha(const HostImage *image, double u, double v, double spotSize);
 
-// Relative luminance of a linear colour (Rec. 709 primaries, as sRGB has).
-constexpr double luminance(double red, double green, double blue) {
-    return 0.2126 * red + 0.7152 * green + 0.0722 * blue;
-}
+// Brightness of a colour: ITU-R BT.601 weights, the same as where a colour feeds a scalar.
+constexpr double luminance(double red, double green, double blue) { return 0.299 * red + 0.587 * green + 0.114 * blue; }
 
 // Where a direction (any length but 0) meets an image spread over the sphere, in radians of seam angle:
 // u = 0.5 + (heading - seamAngle) / 2 pi, brought to 0 <= u < 1, with the heading measured about +Y from +Z towards +X;
@@ -68,9 +66,9 @@ class ImageList {
   public:
     static ImageList &instance();
 
-    // Gives the image of that file and name, which is read when it is not yet in the list. An empty name stands for the
-    // file's own name without directories. The list owns it. Throws InputError as readImage, and when another file's
-    // image already has the name.
+    // Gives the image of that file and name, which is read when it is not yet in the list. An empty name stands for any
+    // image of that file, and for a new one for the file's own name without directories, numbered when that is taken:
+    // "wood.png (2)". The list owns it. Throws InputError as readImage, and when another image has the name.
     HostImage &load(const std::string &file, const std::string &name = {});
 
     HostImage *first() const { return first_; }
@@ -86,9 +84,9 @@ class ImageList {
 
     // Why the last load through the wall's function table gave null; empty after one that worked.
     const std::string &lastError() const { return lastError_; }
+    void setLastError(std::string message) { lastError_ = std::move(message); }
 
   private:
-    friend struct ImageListService;
     void relink();
 
     std::vector<std::unique_ptr<HostImage>> images_;

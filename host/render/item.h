@@ -5,9 +5,14 @@
 
 #include <string>
 
+namespace velm {
+struct Mesh;
+}
+
 // An object, light or camera. The opaque handle of the wall; it lives as long as its World.
 struct HostItem {
     int type = kItemObject; // kItemObject, kItemLight or kItemCamera
     int index = 0;          // its place among the scene's items of that type
     std::string name;
+    const velm::Mesh *mesh = nullptr; // of an object
 };

@@ -1,0 +1,180 @@
+// The scene's images, and the function table through which nodes reach them.
+#include "host/image/image.h"
+
+#include "host/error.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <filesystem>
+
+namespace velm {
+
+ImageList &ImageList::instance() {
+    static ImageList list;
+    return list;
+}
+
+HostImage &ImageList::load(const std::string &file, const std::string &name) {
+    for (const auto &image : images_) {
+        if (image->file == file && (name.empty() || image->name == name)) return *image;
+    }
+    std::string newName = name;
+    if (name.empty()) {
+        const std::string stem = std::filesystem::path(file).filename().string();
+        newName = stem;
+        for (int number = 2; find(newName) != nullptr; ++number) newName = stem + " (" + std::to_string(number) + ")";
+    } else if (const HostImage *other = find(name)) {
+        throw InputError({.file = file}, "the name \"" + name + "\" already stands for the image " + other->file);
+    }
+    images_.push_back(readImage(file, newName));
+    relink();
+    return *images_.back();
+}
+
+HostImage *ImageList::find(const std::string &name) const {
+    const auto found =
+        std::find_if(images_.begin(), images_.end(), [&](const auto &image) { return image->name == name; });
+    return found == images_.end() ? nullptr : found->get();
+}
+
+std::vector<std::string> ImageList::names() const {
+    std::vector<std::string> result;
+    for (const auto &image : images_) result.push_back(image->name);
+    return result;
+}
+
+void ImageList::remove(const HostImage *image) {
+    std::erase_if(images_, [&](const auto &each) { return each.get() == image; });
+    relink();
+}
+
+void ImageList::clear() {
+    images_.clear();
+    relink();
+}
+
+void ImageList::relink() {
+    HostImage *following = nullptr;
+    for (auto image = images_.rbegin(); image != images_.rend(); ++image) {
+        (*image)->next = following;
+        following = image->get();
+    }
+    first_ = following;
+}
+
+namespace {
+
+HostImage *firstImage() { return ImageList::instance().first(); }
+HostImage *nextImage(HostImage *image) { return ImageList::next(image); }
+
+HostImage *loadImage(const char *fileName) {
+    ImageList &list = ImageList::instance();
+    try {
+        list.setLastError({});
+        return fileName == nullptr ? nullptr : &list.load(fileName);
+    } catch (const std::exception &error) {
+        list.setLastError(error.what());
+        return nullptr;
+    }
+}
+
+const char *imageName(HostImage *image) { return image == nullptr ? "" : image->name.c_str(); }
+const char *imageFileName(HostImage *image, int) { return image == nullptr ? "" : image->file.c_str(); }
+int imageIsColour(HostImage *image) { return image != nullptr && image->isColour; }
+// Every image has its pyramid from the start, so there is nothing to prepare.
+void imageNeedsAntialiasing(HostImage *) {}
+
+void imageSize(HostImage *image, int *width, int *height) {
+    *width = image == nullptr ? 0 : image->width;
+    *height = image == nullptr ? 0 : image->height;
+}
+
+float luma(HostImage *image, int x, int y) {
+    float colour[3];
+    pixel(image, x, y, colour);
+    return static_cast<float>(luminance(colour[0], colour[1], colour[2]));
+}
+
+void rgb(HostImage *image, int x, int y, float colour[3]) { pixel(image, x, y, colour); }
+
+// Without blending, the pixel under the spot's middle.
+int nearestColumn(const HostImage *image, double u) {
+    return std::isfinite(u) ? static_cast<int>((u - std::floor(u)) * image->width) : 0;
+}
+int nearestRow(const HostImage *image, double v) {
+    return std::isfinite(v) ? static_cast<int>(std::clamp(v, 0.0, 1.0) * image->height) : 0;
+}
+
+void rgbSpot(HostImage *image, double u, double v, double spotSize, int blend, double colour[3]) {
+    if (image == nullptr || blend != 0) {
+        sampleSpot(image, u, v, spotSize, colour);
+        return;
+    }
+    float found[3];
+    pixel(image, nearestColumn(image, u), nearestRow(image, v), found);
+    std::copy_n(found, 3, colour);
+}
+
+double lumaSpot(HostImage *image, double u, double v, double spotSize, int blend) {
+    double colour[3];
+    rgbSpot(image, u, v, spotSize, blend, colour);
+    return luminance(colour[0], colour[1], colour[2]);
+}
+
+void clearImage(HostImage *image) { ImageList::instance().remove(image); }
+
+std::string readText(const HostLoadState *state) {
+    char text[4096] = "";
+    state->readString(state->data, text, sizeof text);
+    return text;
+}
+
+HostImage *loadReference(const HostLoadState *state) {
+    const std::string name = readText(state), file = readText(state);
+    if (name.empty() && file.empty()) return nullptr;
+    HostImage *named = ImageList::instance().find(name);
+    if (named != nullptr && named->file == file) return named;
+    return loadImage(file.c_str());
+}
+
+void saveReference(const HostSaveState *state, HostImage *image) {
+    state->writeString(state->data, imageName(image));
+    state->writeString(state->data, imageFileName(image, 0));
+}
+
+int imageHasAlpha(HostImage *image) { return image != nullptr && image->hasAlpha; }
+
+float alpha(HostImage *image, int x, int y) { return pixelAlpha(image, x, y); }
+
+double alphaSpot(HostImage *image, double u, double v, double spotSize, int blend) {
+    if (image == nullptr || blend != 0) return sampleSpotAlpha(image, u, v, spotSize);
+    return pixelAlpha(image, nearestColumn(image, u), nearestRow(image, v));
+}
+
+constexpr HostImageList kImageListFuncs = {
+    .first = firstImage,
+    .next = nextImage,
+    .load = loadImage,
+    .name = imageName,
+    .fileName = imageFileName,
+    .isColour = imageIsColour,
+    .needAntialiasing = imageNeedsAntialiasing,
+    .size = imageSize,
+    .luma = luma,
+    .rgb = rgb,
+    .lumaSpot = lumaSpot,
+    .rgbSpot = rgbSpot,
+    .clear = clearImage,
+    .loadReference = loadReference,
+    .saveReference = saveReference,
+    .hasAlpha = imageHasAlpha,
+    .alpha = alpha,
+    .alphaSpot = alphaSpot,
+};
+
+} // namespace
+
+const HostImageList *imageListFuncs() { return &kImageListFuncs; }
+
+} // namespace velm

@@ -1,0 +1,116 @@
+#include "host/image/image.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace velm {
+namespace {
+
+const float *pixelOf(const HostImage &image, const ImageLevel &level, int x, int y) {
+    const std::ptrdiff_t place = static_cast<std::ptrdiff_t>(y) * level.width + x;
+    return level.pixels.data() + place * image.channels;
+}
+
+// The four pixels about a place in the map, and how far the place lies between them.
+struct Neighbours {
+    const float *upperLeft, *upperRight, *lowerLeft, *lowerRight;
+    double across, down;
+
+    double mean(int channel) const {
+        const double upper = upperLeft[channel] + across * (upperRight[channel] - upperLeft[channel]);
+        const double lower = lowerLeft[channel] + across * (lowerRight[channel] - lowerLeft[channel]);
+        return upper + down * (lower - upper);
+    }
+};
+
+Neighbours neighbours(const HostImage &image, const ImageLevel &level, double u, double v) {
+    const double wrapped = std::isfinite(u) ? u - std::floor(u) : 0;
+    const double clamped = std::isfinite(v) ? std::clamp(v, 0.0, 1.0) : 0;
+    const double x = wrapped * level.width - 0.5, y = clamped * level.height - 0.5;
+    const double left = std::floor(x), top = std::floor(y);
+    const int column = static_cast<int>(left), row = static_cast<int>(top);
+    const int x0 = column < 0 ? level.width - 1 : std::min(column, level.width - 1);
+    const int x1 = column + 1 >= level.width ? 0 : column + 1;
+    const int y0 = std::max(row, 0), y1 = std::min(row + 1, level.height - 1);
+    return {.upperLeft = pixelOf(image, level, x0, y0),
+            .upperRight = pixelOf(image, level, x1, y0),
+            .lowerLeft = pixelOf(image, level, x0, y1),
+            .lowerRight = pixelOf(image, level, x1, y1),
+            .across = x - left,
+            .down = y - top};
+}
+
+void readColour(const HostImage &image, const Neighbours &four, double colour[3]) {
+    for (int i = 0; i < 3; ++i) colour[i] = four.mean(image.isColour ? i : 0);
+}
+
+// The pyramid levels that a spot's width lies between, and how far.
+struct LevelPair {
+    std::size_t finer = 0, coarser = 0;
+    double towardsCoarser = 0;
+};
+
+LevelPair levelsFor(const HostImage &image, double spotSize) {
+    const double pixels = spotSize * image.width;
+    if (!(pixels > 1) || !std::isfinite(pixels)) return {};
+    const std::size_t last = image.levels.size() - 1;
+    const double level = std::log2(pixels);
+    const std::size_t finer = static_cast<std::size_t>(std::min(level, static_cast<double>(last)));
+    if (finer >= last) return {.finer = last, .coarser = last, .towardsCoarser = 0};
+    return {.finer = finer, .coarser = finer + 1, .towardsCoarser = level - static_cast<double>(finer)};
+}
+
+int alphaChannel(const HostImage &image) { return image.channels - 1; }
+
+} // namespace
+
+void pixel(const HostImage *image, int x, int y, float colour[3]) {
+    if (image == nullptr) {
+        std::fill_n(colour, 3, 0.0f);
+        return;
+    }
+    const float *found =
+        pixelOf(*image, image->levels.front(), std::clamp(x, 0, image->width - 1), std::clamp(y, 0, image->height - 1));
+    for (int i = 0; i < 3; ++i) colour[i] = found[image->isColour ? i : 0];
+}
+
+float pixelAlpha(const HostImage *image, int x, int y) {
+    if (image == nullptr || !image->hasAlpha) return 1;
+    return pixelOf(*image, image->levels.front(), std::clamp(x, 0, image->width - 1),
+                   std::clamp(y, 0, image->height - 1))[alphaChannel(*image)];
+}
+
+void sampleBilinear(const HostImage *image, double u, double v, double colour[3]) {
+    std::fill_n(colour, 3, 0.0);
+    if (image != nullptr) readColour(*image, neighbours(*image, image->levels.front(), u, v), colour);
+}
+
+double sampleBilinearAlpha(const HostImage *image, double u, double v) {
+    if (image == nullptr || !image->hasAlpha) return 1;
+    return neighbours(*image, image->levels.front(), u, v).mean(alphaChannel(*image));
+}
+
+void sampleSpot(const HostImage *image, double u, double v, double spotSize, double colour[3]) {
+    if (image == nullptr) {
+        std::fill_n(colour, 3, 0.0);
+        return;
+    }
+    const LevelPair levels = levelsFor(*image, spotSize);
+    readColour(*image, neighbours(*image, image->levels[levels.finer], u, v), colour);
+    if (levels.towardsCoarser == 0) return;
+    double coarse[3];
+    readColour(*image, neighbours(*image, image->levels[levels.coarser], u, v), coarse);
+    for (int i = 0; i < 3; ++i) colour[i] += levels.towardsCoarser * (coarse[i] - colour[i]);
+}
+
+double sampleSpotAlpha(const HostImage *image, double u, double v, double spotSize) {
+    if (image == nullptr || !image->hasAlpha) return 1;
+    const LevelPair levels = levelsFor(*image, spotSize);
+    const int channel = alphaChannel(*image);
+    const double fine = neighbours(*image, image->levels[levels.finer], u, v).mean(channel);
+    const double coarse = neighbours(*image, image->levels[levels.coarser], u, v).mean(channel);
+    return fine + levels.towardsCoarser * (coarse - fine);
+}
+
+} // namespace velm

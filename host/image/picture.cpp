@@ -1,0 +1,138 @@
+#include "host/image/picture.h"
+
+#include "host/error.h"
+#include "host/image/transfer.h"
+
+#include <OpenImageIO/imageio.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+namespace velm {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct PictureFormat {
+    const char *ending;
+    bool isFloat;
+    int channels;
+    const char *compression; // in the library's words; null: as the format has it
+};
+
+constexpr std::array<PictureFormat, 7> kFormats = {{
+    {.ending = ".png", .isFloat = false, .channels = 3, .compression = nullptr},
+    {.ending = ".jpg", .isFloat = false, .channels = 3, .compression = "jpeg:95"},
+    {.ending = ".jpeg", .isFloat = false, .channels = 3, .compression = "jpeg:95"},
+    {.ending = ".exr", .isFloat = true, .channels = 4, .compression = "zip"},
+    {.ending = ".tif", .isFloat = false, .channels = 3, .compression = "zip"},
+    {.ending = ".tiff", .isFloat = false, .channels = 3, .compression = "zip"},
+    {.ending = ".hdr", .isFloat = true, .channels = 3, .compression = nullptr},
+}};
+
+const PictureFormat &formatOf(const std::string &file) {
+    std::string ending = fs::path(file).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    std::string known;
+    for (const PictureFormat &format : kFormats) {
+        if (ending == format.ending) return format;
+        known += (known.empty() ? "" : ", ") + std::string(format.ending);
+    }
+    const std::string found = ending.empty() ? "has no ending" : "ends in \"" + ending + "\"";
+    throw InputError("the picture file " + file + " " + found + "; known endings are " + known);
+}
+
+OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, const PictureMetadata &metadata) {
+    OIIO::ImageSpec spec(picture.width(), picture.height(), format.channels,
+                         format.isFloat ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT8);
+    spec.attribute("oiio:ColorSpace", format.isFloat ? "Linear" : "sRGB");
+    spec.attribute("jpeg:subsampling", "4:4:4");
+    if (format.compression != nullptr) spec.attribute("Compression", format.compression);
+    const std::array<std::pair<const char *, const std::string *>, 4> header = {{{"scene", &metadata.scene},
+                                                                                 {"module", &metadata.module},
+                                                                                 {"version", &metadata.version},
+                                                                                 {"command", &metadata.command}}};
+    for (const auto &[name, text] : header) {
+        if (!text->empty()) spec.attribute(name, *text);
+    }
+    return spec;
+}
+
+// One row, in the numbers that the file keeps.
+template <typename Value, typename Convert>
+std::vector<Value> convertRow(const Picture &picture, int y, int channels, Convert convert) {
+    std::vector<Value> row;
+    row.reserve(static_cast<std::size_t>(picture.width()) * static_cast<std::size_t>(channels));
+    for (int x = 0; x < picture.width(); ++x) {
+        for (int channel = 0; channel < channels; ++channel) row.push_back(convert(picture.pixel(x, y)[channel]));
+    }
+    return row;
+}
+
+std::uint8_t toByte(float linear) { return static_cast<std::uint8_t>(linearToSrgb(linear) * 255 + 0.5); }
+
+bool writeRows(OIIO::ImageOutput &output, const Picture &picture, const PictureFormat &format) {
+    for (int y = 0; y < picture.height(); ++y) {
+        const bool written =
+            format.isFloat
+                ? output.write_scanline(
+                      y, 0, OIIO::TypeDesc::FLOAT,
+                      convertRow<float>(picture, y, format.channels, [](float value) { return value; }).data())
+                : output.write_scanline(y, 0, OIIO::TypeDesc::UINT8,
+                                        convertRow<std::uint8_t>(picture, y, format.channels, toByte).data());
+        if (!written) return false;
+    }
+    return true;
+}
+
+// A file that is written under another name first; what is left of it vanishes unless it was put in place.
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(const fs::path &target)
+        : target_(target), path_(target.parent_path() / ("." + target.stem().string() + "." +
+                                                         std::to_string(::getpid()) + target.extension().string())) {}
+    ~TemporaryFile() {
+        std::error_code ignored; // it may never have come into being
+        fs::remove(path_, ignored);
+    }
+    TemporaryFile(const TemporaryFile &) = delete;
+    TemporaryFile &operator=(const TemporaryFile &) = delete;
+
+    std::string name() const { return path_.string(); }
+    std::error_code putInPlace() const {
+        std::error_code error;
+        fs::rename(path_, target_, error);
+        return error;
+    }
+
+  private:
+    fs::path target_, path_;
+};
+
+} // namespace
+
+void checkPictureEnding(const std::string &file) { formatOf(file); }
+
+void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata) {
+    const PictureFormat &format = formatOf(file);
+    const auto fail = [&](const std::string &why) { throw MachineError("cannot write " + file + ": " + why); };
+
+    const TemporaryFile temporary{fs::path(file)};
+    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(format.ending);
+    if (!output) fail(OIIO::geterror());
+    if (!output->open(temporary.name(), describe(picture, format, metadata))) fail(output->geterror());
+    if (!writeRows(*output, picture, format)) fail(output->geterror());
+    if (!output->close()) fail(output->geterror());
+    if (const std::error_code error = temporary.putInPlace()) fail(error.message());
+}
+
+} // namespace velm

@@ -1,0 +1,294 @@
+// Frames: tiles, threads and the samples of a pixel.
+#include "host/render/renderer.h"
+
+#include "host/error.h"
+#include "host/graph/surface.h"
+#include "host/graph/thread_role.h"
+#include "host/render/camera.h"
+#include "host/render/sampling.h"
+#include "host/render/shade.h"
+#include "host/services/camera_view.h"
+#include "host/suggest.h"
+
+#include <pmmintrin.h>
+#include <xmmintrin.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace velm {
+
+RayCounts &RayCounts::operator+=(const RayCounts &other) {
+    camera += other.camera;
+    cast += other.cast;
+    shaded += other.shaded;
+    shadow += other.shadow;
+    return *this;
+}
+
+RenderJob renderJob(const RenderDescription &description) {
+    RenderJob job;
+    job.width = description.width;
+    job.height = description.height;
+    job.samples = description.samples;
+    job.recursionDepth = description.recursionDepth;
+    job.frame = description.firstFrame;
+    job.time = description.firstFrame / description.framesPerSecond;
+    job.camera = description.camera;
+    return job;
+}
+
+namespace {
+
+constexpr int kTileSize = 16;
+
+Region regionOf(const RenderJob &job) {
+    const Region &region = job.region;
+    const bool whole = region.left == 0 && region.top == 0 && region.right == 0 && region.bottom == 0;
+    return whole ? Region{.left = 0, .top = 0, .right = job.width, .bottom = job.height} : region;
+}
+
+void checkJob(const RenderJob &job) {
+    const auto require = [](bool holds, const std::string &what) {
+        if (!holds) throw InputError(what);
+    };
+    constexpr int kLargestSide = 65536;
+    require(job.width >= 1 && job.height >= 1 && job.width <= kLargestSide && job.height <= kLargestSide,
+            "a picture has to be 1 to " + std::to_string(kLargestSide) + " pixels wide and high");
+    require(job.samples >= 1, "a pixel has to have at least 1 sample");
+    require(job.threads >= 0 && job.threads <= kMaxThreads,
+            "there can be 1 to " + std::to_string(kMaxThreads) + " render threads");
+    require(job.recursionDepth >= 0 && job.recursionDepth <= kMaxRecursionDepth,
+            "the recursion depth has to be 0 to " + std::to_string(kMaxRecursionDepth));
+    const Region region = regionOf(job);
+    require(region.left >= 0 && region.top >= 0 && region.left < region.right && region.top < region.bottom &&
+                region.right <= job.width && region.bottom <= job.height,
+            "the region to be rendered does not lie in the picture of " + std::to_string(job.width) + " by " +
+                std::to_string(job.height) + " pixels");
+}
+
+const WorldCamera &findCamera(const WorldData &world, const std::string &name) {
+    if (world.cameras.empty()) throw InputError(Place{.file = world.sceneFile}, "the scene has no camera");
+    if (name.empty()) return world.cameras.front();
+    std::vector<std::string> names;
+    for (const WorldCamera &camera : world.cameras) {
+        if (camera.item.name == name) return camera;
+        names.push_back(camera.item.name);
+    }
+    throw InputError(Place{.file = world.sceneFile},
+                     "the scene has no camera \"" + name + "\"" + didYouMean(name, names));
+}
+
+// Whether nothing in the scene can let light through in this frame: no surface has anything connected to its
+// Transparency, and its own value, which is then the same everywhere, is 0.
+bool isOpaque(const WorldData &world) {
+    return std::all_of(world.surfaces.begin(), world.surfaces.end(), [](const WorldSurface &each) {
+        const HostInput *input = each.surface->editor().root().findInput("Transparency");
+        if (input == nullptr || input->source != nullptr) return false;
+        ShadingSample nowhere{};
+        return each.surface->evaluateTransparency(&nowhere) <= 0;
+    });
+}
+
+// One frame under way: shared by the threads that render it and the one that waits for them.
+class FrameRender {
+  public:
+    FrameRender(const WorldData &world, const RenderJob &job)
+        : world_(world), job_(job), region_(regionOf(job)), cameraItem_(findCamera(world, job.camera)),
+          camera_(cameraItem_.description, job.width, job.height), picture_(job.width, job.height),
+          allOpaque_(isOpaque(world)), columns_((region_.right - region_.left + kTileSize - 1) / kTileSize),
+          rows_((region_.bottom - region_.top + kTileSize - 1) / kTileSize) {
+        setCameraView(camera_.view());
+    }
+
+    void run(int threads, ProgressSink *sink) {
+        std::vector<std::jthread> workers; // joined also when the sink throws, after the tiles under way
+        const CancelScope cancel{next_, tileCount()};
+        for (int index = 0; index < threads; ++index) workers.emplace_back([this, index] { work(index); });
+        watch(threads, sink);
+        workers.clear();
+        if (failure_) std::rethrow_exception(failure_);
+    }
+
+    int tileCount() const { return columns_ * rows_; }
+    Picture takePicture() { return std::move(picture_); }
+    bool isComplete() const { return done_ == tileCount(); }
+    const RayCounts &rays() const { return rays_; }
+    std::uint64_t samples() const { return samples_; }
+
+  private:
+    // Leaves no tile to be begun when the scope ends early.
+    struct CancelScope {
+        std::atomic<int> &next;
+        int count;
+        ~CancelScope() { next.store(count); }
+    };
+
+    void watch(int threads, ProgressSink *sink) {
+        std::unique_lock lock(mutex_);
+        for (int told = 0; finishedThreads_ < threads || told < done_;) {
+            changed_.wait(lock, [&] { return done_ > told || finishedThreads_ == threads; });
+            if (done_ == told) continue;
+            told = done_;
+            lock.unlock();
+            if (sink != nullptr && !sink->progress(told, tileCount())) next_.store(tileCount());
+            lock.lock();
+        }
+    }
+
+    void work(int threadIndex) {
+        const RoleScope role(ThreadRole::render);
+        // As Embree asks for: denormal numbers are slow and tell nothing here.
+        _MM_SET_FLUSH_ZERO_MODE(_MM_FLUSH_ZERO_ON);
+        _MM_SET_DENORMALS_ZERO_MODE(_MM_DENORMALS_ZERO_ON);
+        RayState &state = rayState;
+        state = initialState(threadIndex);
+        try {
+            for (int tile = next_++; tile < tileCount(); tile = next_++) {
+                renderTile(state, tile);
+                const std::lock_guard lock(mutex_);
+                ++done_;
+                changed_.notify_one();
+            }
+        } catch (...) {
+            next_.store(tileCount());
+            const std::lock_guard lock(mutex_);
+            if (!failure_) failure_ = std::current_exception();
+        }
+        const std::lock_guard lock(mutex_);
+        rays_ += state.counts;
+        samples_ += state.samples;
+        ++finishedThreads_;
+        changed_.notify_one();
+    }
+
+    RayState initialState(int threadIndex) const {
+        RayState state;
+        state.world = &world_;
+        state.rayScene = world_.acceleration->rayScene();
+        state.shadowScene = world_.acceleration->shadowScene();
+        rtcInitIntersectContext(&state.context);
+        state.recursionDepth = job_.recursionDepth;
+        state.allOpaque = allOpaque_;
+        state.threadIndex = threadIndex;
+        return state;
+    }
+
+    void renderTile(RayState &state, int tile) {
+        const int left = region_.left + tile % columns_ * kTileSize, top = region_.top + tile / columns_ * kTileSize;
+        for (int y = top; y < std::min(top + kTileSize, region_.bottom); ++y) {
+            for (int x = left; x < std::min(left + kTileSize, region_.right); ++x) renderPixel(state, x, y);
+        }
+    }
+
+    void renderPixel(RayState &state, int x, int y) {
+        state.pixelX = x;
+        state.pixelY = y;
+        const std::uint32_t pixelSeed =
+            combine(combine(scramble(static_cast<std::uint32_t>(x)), static_cast<std::uint32_t>(y)),
+                    static_cast<std::uint32_t>(job_.frame));
+        Vec3 sum;
+        int covered = 0;
+        for (int i = 0; i < job_.samples; ++i) {
+            const auto index = static_cast<std::uint32_t>(i);
+            const UnitSquare middle = {0.5, 0.5};
+            const UnitSquare point = job_.samples == 1 ? middle : stratifiedPoint(index, pixelSeed);
+            state.seed = combine(pixelSeed, index);
+            state.drawnSets = 0;
+            if (renderSample(state, camera_.ray(x + point.x, y + point.y), sum)) ++covered;
+        }
+        float *pixel = picture_.pixel(x, y);
+        const double share = 1.0 / job_.samples;
+        pixel[0] = static_cast<float>(share * sum.x);
+        pixel[1] = static_cast<float>(share * sum.y);
+        pixel[2] = static_cast<float>(share * sum.z);
+        pixel[3] = static_cast<float>(share * covered);
+    }
+
+    // Adds what a camera ray sees; true when that is an object.
+    bool renderSample(RayState &state, const CameraRay &view, Vec3 &sum) const {
+        state.caster = {};
+        state.caster.item = &cameraItem_.item;
+        state.spread = view.spread;
+        ++state.counts.camera;
+        RTCRayHit ray;
+        Vec3 unit;
+        if (!startRay(state.caster, view.origin, view.direction, ray, unit) ||
+            !findHit(state, world_.acceleration->cameraScene(), ray, {})) {
+            double colour[3];
+            const double direction[3] = {view.direction.x, view.direction.y, view.direction.z};
+            world_.backdrop.evaluate(direction, colour);
+            sum += Vec3(colour);
+            return false;
+        }
+        ++state.samples;
+        ShadingSample sample;
+        SurfaceValues values;
+        sum += shadeHit(state, ray, {.source = view.origin, .direction = unit, .refractionIndex = 1, .flags = 0},
+                        sample, values);
+        return true;
+    }
+
+    const WorldData &world_;
+    const RenderJob &job_;
+    const Region region_;
+    const WorldCamera &cameraItem_;
+    const Camera camera_;
+    Picture picture_; // every pixel is written by one thread only
+    const bool allOpaque_;
+    const int columns_, rows_;
+    std::atomic<int> next_ = 0; // tile to be begun
+
+    std::mutex mutex_; // for what follows
+    std::condition_variable changed_;
+    int done_ = 0, finishedThreads_ = 0;
+    RayCounts rays_;
+    std::uint64_t samples_ = 0;
+    std::exception_ptr failure_;
+};
+
+int threadsFor(const RenderJob &job) {
+    if (job.threads > 0) return job.threads;
+    return std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, static_cast<int>(kMaxThreads));
+}
+
+// The backdrop that services tell about while a frame is rendered.
+class BackdropScope {
+  public:
+    explicit BackdropScope(const Backdrop &backdrop) { setBackdrop(&backdrop); }
+    ~BackdropScope() { setBackdrop(nullptr); }
+    BackdropScope(const BackdropScope &) = delete;
+    BackdropScope &operator=(const BackdropScope &) = delete;
+};
+
+} // namespace
+
+Frame renderFrame(const World &world, const RenderJob &job, ProgressSink *sink) {
+    checkJob(job);
+    const auto begin = std::chrono::steady_clock::now();
+    const RoleScope role(ThreadRole::controller);
+    const BackdropScope backdrop(world.data().backdrop);
+    FrameRender render(world.data(), job);
+    const int threads = std::min(threadsFor(job), render.tileCount());
+    render.run(threads, sink);
+
+    Frame frame;
+    frame.picture = render.takePicture();
+    frame.complete = render.isComplete();
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+    frame.statistics = {.seconds = taken.count(),
+                        .threads = threads,
+                        .rays = render.rays(),
+                        .samples = render.samples(),
+                        .triangles = world.triangleCount(),
+                        .accelerationBytes = world.accelerationBytes()};
+    return frame;
+}
+
+} // namespace velm

@@ -1,0 +1,102 @@
+#include "host/services/backdrop.h"
+
+#include "host/image/image.h"
+#include "host/suggest.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace velm {
+
+Backdrop::Backdrop(const BackdropDescription &description) : description_(description) {
+    if (!(description.skySqueeze > 0) || !(description.groundSqueeze > 0)) {
+        throw InputError(description.place, "a backdrop's sky squeeze and ground squeeze have to be above 0");
+    }
+    if (description.kind != BackdropDescription::Kind::image) return;
+    image_ = ImageList::instance().find(description.image);
+    if (image_ == nullptr) {
+        const std::string near = nearest(description.image, ImageList::instance().names());
+        throw InputError(description.place, "the backdrop's image \"" + description.image + "\" is not in the scene" +
+                                                (near.empty() ? "" : "; did you mean \"" + near + "\"?"));
+    }
+}
+
+Backdrop::Type Backdrop::type() const {
+    switch (description_.kind) {
+    case BackdropDescription::Kind::plain: return kPlain;
+    case BackdropDescription::Kind::gradient: return kGradient;
+    case BackdropDescription::Kind::image: return kImage;
+    }
+    return kPlain;
+}
+
+void Backdrop::gradient(const double direction[3], double colour[3]) const {
+    const double elevation = std::atan2(direction[1], std::hypot(direction[0], direction[2]));
+    const bool above = elevation >= 0;
+    const Triple &pole = above ? description_.zenith : description_.nadir;
+    const Triple &horizon = above ? description_.sky : description_.ground;
+    const double squeeze = above ? description_.skySqueeze : description_.groundSqueeze;
+    const double share = std::pow(std::max(0.0, 1 - std::abs(elevation) / (std::numbers::pi / 2)), squeeze);
+    for (std::size_t i = 0; i < 3; ++i) colour[i] = pole[i] + share * (horizon[i] - pole[i]);
+}
+
+void Backdrop::evaluate(const double direction[3], double colour[3]) const {
+    const double sum = direction[0] + direction[1] + direction[2];
+    const bool usable = std::isfinite(sum) && (direction[0] != 0 || direction[1] != 0 || direction[2] != 0);
+    constexpr double kForward[3] = {0, 0, 1};
+    const double *seen = usable ? direction : kForward;
+    switch (description_.kind) {
+    case BackdropDescription::Kind::plain: std::copy_n(description_.colour.begin(), 3, colour); break;
+    case BackdropDescription::Kind::gradient: gradient(seen, colour); break;
+    case BackdropDescription::Kind::image: {
+        double u, v;
+        directionToImage(description_.seamAngle * std::numbers::pi / 180, seen, &u, &v);
+        sampleBilinear(image_, u, v, colour);
+        for (int i = 0; i < 3; ++i) colour[i] *= description_.brightness;
+        break;
+    }
+    }
+}
+
+namespace {
+
+const Backdrop kNoBackdrop;
+const Backdrop *current = &kNoBackdrop;
+
+// Backdrops do not change over time, so the time that every function is given tells nothing.
+void backdropColour(double, const double direction[3], double colour[3]) { current->evaluate(direction, colour); }
+
+int backdropType(double) { return current->type(); }
+
+void backdropColours(double, double zenith[3], double sky[3], double ground[3], double nadir[3]) {
+    const BackdropDescription &description = current->description();
+    const bool isGradient = current->type() == Backdrop::kGradient;
+    const auto give = [&](const Triple &colour, double result[3]) {
+        std::copy_n((isGradient ? colour : description.colour).begin(), 3, result);
+    };
+    give(description.zenith, zenith);
+    give(description.sky, sky);
+    give(description.ground, ground);
+    give(description.nadir, nadir);
+}
+
+void backdropSqueeze(double, double *sky, double *ground) {
+    *sky = current->description().skySqueeze;
+    *ground = current->description().groundSqueeze;
+}
+
+constexpr HostBackdropInfo kBackdropInfo = {
+    .backdrop = backdropColour,
+    .type = backdropType,
+    .colours = backdropColours,
+    .squeeze = backdropSqueeze,
+};
+
+} // namespace
+
+const HostBackdropInfo *backdropInfo() { return &kBackdropInfo; }
+
+void setBackdrop(const Backdrop *backdrop) { current = backdrop != nullptr ? backdrop : &kNoBackdrop; }
+
+} // namespace velm
