@@ -4,16 +4,26 @@
 #include "module/panel.h"
 
 // Each node: its unit's name, its server name, and whether it has a panel. The order is the table's, in which Render
-// Info stands before Random, as it always has.
+// Info stands before Random, as it always has. The Render Cam unit is deliberately not among them: it is part of the
+// module, and no host can reach it.
 #define VELM_NODES(PANEL, NO_PANEL)                                                                                    \
+    PANEL(AdvRayTrace, "Velm Advanced RayTrace")                                                                       \
     PANEL(AmbientOcclusion, "Velm Ambient Occlusion")                                                                  \
     PANEL(Counter, "Velm Counter")                                                                                     \
     PANEL(ExpDecayColor, "Velm Exponential Decay (Color)")                                                             \
     PANEL(ExpDecayScalar, "Velm Exponential Decay (Scalar)")                                                           \
+    PANEL(GaussianReflections, "Velm Gaussian Reflections")                                                            \
+    PANEL(GaussianRefractions, "Velm Gaussian Refractions")                                                            \
+    PANEL(GetMaterial, "Velm Get Material")                                                                            \
+    PANEL(GroupNode, "Velm Group Node")                                                                                \
     PANEL(HoldValue, "Velm Hold Value")                                                                                \
+    PANEL(PixelImage, "Velm Pixel Image")                                                                              \
     NO_PANEL(RenderInfo, "Velm Render Info")                                                                           \
     PANEL(Random, "Velm Random")                                                                                       \
-    PANEL(Sqrt, "Velm Sqrt")
+    PANEL(RayShade, "Velm RayShade")                                                                                   \
+    PANEL(Sqrt, "Velm Sqrt")                                                                                           \
+    PANEL(StoreMaterial, "Velm Store Material")                                                                        \
+    PANEL(TakeSamples, "Velm Take Samples")
 
 #define DECLARE(Unit, server)                                                                                          \
     VELM_DECLARE_TAGS(Unit);                                                                                           \

@@ -242,6 +242,7 @@ void destroyInstance(const NodeUnit &unit, void *instance) {
 // Stored values are not copied: the next frame reads them anew. Neither is the state of the render threads.
 HostError copyInstance(const NodeUnit &unit, void *to, void *from) {
     for (const Parameter &row : unit.parameters) {
+        if (!row.copied) continue;
         if (row.holds == Holds::integer) fieldAt<int>(to, row.field) = fieldAt<int>(from, row.field);
         if (row.holds == Holds::text)
             for (size_t i = 0; i < row.textSize; ++i)

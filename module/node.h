@@ -52,6 +52,11 @@ void storeIn(void *found) {
 
 // ---- Parameters and outputs --------------------------------------------------------------------------------------
 
+// A colour or a vector, as a value that connections carry.
+struct Triple {
+    double c[3];
+};
+
 // The current value of an animated parameter, and the host's parameter behind it.
 struct ScalarParameter {
     double value;
@@ -81,6 +86,7 @@ struct Parameter {
     const char *label = nullptr;   // on the panel, and the name of the channel and the input unless they say otherwise
     const char *channel = nullptr; // name of the channel where it is not the label
     Holds holds = Holds::nothing;
+    bool copied = true;       // false: an integer or a text of which a copy keeps its own
     bool createdLate = false; // its parameter and its input are created after those of all other rows
     int parmType = 0;         // kParmFloat and so on, of an animated parameter
     double initial[3] = {0, 0, 0};
@@ -146,9 +152,10 @@ struct NodeUnit {
     HostError (*newTime)(void *instance, int frame, double time) = nullptr;
     bool savesBlocks = false; // each row in a tagged block of its own, in any order when read back
 
-    // The panel: sets one value (kSetUnknown: not handled here), and takes a change (false: not handled here).
+    // The panel: sets one value (kSetUnknown: as every node does); and, after a change has been dealt with as in every
+    // node, adds to it and gives the notification's result.
     int (*setValue)(void *instance, unsigned int id, void *value) = nullptr;
-    bool (*changed)(void *instance, HostPanel *panel, unsigned int control, int event, int &result) = nullptr;
+    int (*changed)(void *instance, HostPanel *panel, unsigned int control, int event) = nullptr;
 };
 
 // A field of an instance by its offset.
@@ -178,6 +185,13 @@ inline void read(const NodeServices &services, const double stored[3], HostInput
 inline int readChoice(const NodeServices &services, int stored, HostInput *input, ShadingSample *sample, int count) {
     const int index = read(services, stored, input, sample);
     return index < 0 ? 0 : index >= count ? count - 1 : index;
+}
+
+// Hands what an input delivers on as the result; `preset`, which is of the input's type, where nothing is connected.
+template <class Value>
+void handOn(const NodeServices &services, HostInput *input, ShadingSample *sample, HostNodeValue *value, Value preset) {
+    services.nodeInputFunc->evaluate(input, sample, &preset);
+    services.nodeOutputFunc->setValue(value, &preset);
 }
 
 // ---- What the callbacks of a unit hand on to ---------------------------------------------------------------------

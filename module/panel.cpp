@@ -70,11 +70,9 @@ int setPanelValue(const NodeUnit &unit, void *instance, unsigned int id, void *v
 
 int panelChanged(const NodeUnit &unit, HostPanel *panel, unsigned int control, int event) {
     void *instance = unit.services->xpanf->getData(panel, 0);
-    int result = 0;
-    if (unit.changed && unit.changed(instance, panel, control, event, result)) return result;
     if (event == kEventChanging) unit.services->nodeFunc->updatePreview(fieldAt<HostNode *>(instance, unit.node));
     if (event == kEventSet) unit.services->lwupdate(HOST_CLASS_NODE_HANDLER, instance);
-    return 0;
+    return unit.changed ? unit.changed(instance, panel, control, event) : 0;
 }
 
 } // namespace velm

@@ -16,4 +16,9 @@ inline double traceRay(const ShadingSample &sample, const double origin[3], cons
                                : HOST_RAY_MISS;
 }
 
+inline double shadeRay(const ShadingSample &sample, const double origin[3], const double direction[3],
+                       HostRayHit *hit) {
+    return sample.rayShade ? sample.rayShade(origin, direction, hit) : HOST_RAY_MISS;
+}
+
 } // namespace velm

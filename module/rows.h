@@ -21,6 +21,38 @@ struct Row : Parameter {
         for (double &component : row.initial) component = value;
         return row;
     }
+    constexpr Row starting(double x, double y, double z) const {
+        Row row = *this;
+        row.initial[0] = x;
+        row.initial[1] = y;
+        row.initial[2] = z;
+        return row;
+    }
+    // Created after the parameters and inputs of the other rows.
+    constexpr Row late() const {
+        Row row = *this;
+        row.createdLate = true;
+        return row;
+    }
+    // A copy keeps its own.
+    constexpr Row notCopied() const {
+        Row row = *this;
+        row.copied = false;
+        return row;
+    }
+    // Saved in a block of its own.
+    constexpr Row inBlock(unsigned int blockId, const char *token) const {
+        Row row = *this;
+        row.block = {.id = blockId, .token = token};
+        return row;
+    }
+    // A popup that stores, for each entry, a value other than its index.
+    constexpr Row storing(std::span<const int> values) const {
+        Row row = *this;
+        row.control = "iPopTransform";
+        row.transform = values;
+        return row;
+    }
     // It has an input, of the kind's own connection type, and named like the label unless a name is given.
     constexpr Row input(size_t offset, const char *name = nullptr) const {
         Row row = *this;
@@ -90,6 +122,35 @@ constexpr Row angle(unsigned int id, const char *label) {
 }
 constexpr Row colour(unsigned int id, const char *label) {
     return makeRow(id, label, "color-env", Holds::triple, kParmColour);
+}
+constexpr Row position(unsigned int id, const char *label) { // shown as lengths, kept as plain numbers
+    return makeRow(id, label, "distance3-env", Holds::triple, kParmFloatTriple);
+}
+constexpr Row direction(unsigned int id, const char *label) {
+    return makeRow(id, label, "float3-env", Holds::triple, kParmFloatTriple);
+}
+
+// Controls without a value, and a text.
+constexpr Row button(unsigned int id, const char *label, HostPanelButton *pressed) {
+    Row row = makeRow(id, label, "vButton", Holds::nothing);
+    row.button = pressed;
+    return row;
+}
+constexpr Row thumbnail(unsigned int id, HostPanelDraw *draw) {
+    Row row = makeRow(id, nullptr, "dThumbnail", Holds::nothing);
+    row.draw = draw;
+    return row;
+}
+constexpr Row text(unsigned int id, const char *label, size_t size) {
+    Row row = makeRow(id, label, "string", Holds::text);
+    row.textSize = size;
+    return row;
+}
+
+// Fields that are saved and copied, but are not on the panel; a parameter that is created and left alone.
+constexpr Row hiddenInteger(size_t offset) { return makeRow(0, nullptr, nullptr, Holds::integer).at(offset); }
+constexpr Row bareTriple(const char *name, int parmType) {
+    return makeRow(0, name, nullptr, Holds::bareTriple, parmType);
 }
 
 // An input that has no value of its own and is not on the panel.

@@ -1,0 +1,181 @@
+// Group Node: packs a network into one node. Each instance owns a nested editor of the host, whose root node's inputs
+// are wired inside the group; the node's outputs of the same names give what those inputs evaluate to.
+//
+// The nested network lives, is initialised, stepped in time, cleaned up, copied and saved with the node. What is not
+// wired inside gives a light grey, 1, a null vector, 1, and a light grey material.
+#include "module/panel.h"
+#include "module/rows.h"
+
+VELM_DECLARE_TAGS(GroupNode);
+VELM_DECLARE_NODE(GroupNode);
+VELM_DECLARE_PANEL(GroupNode);
+
+static velm::NodeServices services;
+static const HostNodeUtilityFuncs *nodeutilf;
+static constexpr int nodeColor[3] = {164, 50, 10};
+
+namespace {
+
+struct GroupNode {
+    HostNodeEditor *editor;
+    HostNode *root;
+    HostChannelGroup *group;
+    HostPanel *panel;
+    HostNode *node;
+    HostInput *colorInput, *scalarInput, *vectorInput, *integerInput, *materialInput; // of the nested root
+    HostOutput *colorOutput, *scalarOutput, *vectorOutput, *integerOutput, *materialOutput;
+};
+
+constexpr char kTitle[] = "Group Node";
+constexpr double kGrey = 0.78431;
+constexpr HostMaterial kGreyMaterial = {
+    .diffuse = {kGrey, kGrey, kGrey}, .specular = {}, .reflection = {}, .refraction = {}, .transparency = 0};
+constexpr HostBlockId idroot[] = {{.id = 0x4e4f4445, .token = "NodeEditor"}, {.id = 0, .token = nullptr}}; // "NODE"
+
+// ---- What the nested editor calls ----
+
+void GroupNode_rootNodePreview(HostNodeEditor *editor, ShadingSample *sample, double colour[3]) {
+    const auto &self = *static_cast<const GroupNode *>(services.nodeEditorFunc->userData(editor));
+    for (int i = 0; i < 3; ++i) colour[i] = kGrey;
+    services.nodeInputFunc->evaluate(self.colorInput, sample, colour);
+}
+
+// A box of the outer node's extent about the origin.
+void GroupNode_Autosize(HostNodeEditor *, void *userData, double bounds[3][2]) {
+    if (!userData || !nodeutilf) return;
+    double scale[3] = {}, position[3] = {};
+    nodeutilf->autosize(static_cast<const GroupNode *>(userData)->node, scale, position);
+    for (int i = 0; i < 3; ++i) {
+        bounds[i][0] = scale[i] * -0.5;
+        bounds[i][1] = scale[i] * 0.5;
+    }
+}
+
+void *GroupNode_EventFunc(HostNodeEditor *editor) { return services.nodeEditorFunc->userData(editor); }
+
+// ---- Life ----
+
+const char *prepare(void *instance, void *) {
+    auto &self = *static_cast<GroupNode *>(instance);
+    const HostNodeEditorFuncs &editors = *services.nodeEditorFunc;
+    HostRootDescription root = {};
+    root.preview = GroupNode_rootNodePreview;
+    self.editor = editors.create(kTitle, kTitle, &root, instance);
+    if (!self.editor) return "Node editor creation failed!";
+
+    HostChannelGroup *parent = services.nodeFunc->channelGroup(self.node);
+    self.group = services.envf->createGroup(parent, kTitle);
+    editors.setChannelGroup(self.editor, parent);
+    self.root = editors.rootNode(self.editor);
+    services.nodeFunc->setColour(self.root, nodeColor);
+    editors.setEvent(self.editor, GroupNode_EventFunc);
+    editors.setAutosize(self.editor, GroupNode_Autosize);
+    self.colorInput = editors.addRootInput(self.editor, kConnectColour, "Color", nullptr);
+    self.scalarInput = editors.addRootInput(self.editor, kConnectScalar, "Scalar", nullptr);
+    self.vectorInput = editors.addRootInput(self.editor, kConnectVector, "Vector", nullptr);
+    self.integerInput = editors.addRootInput(self.editor, kConnectInteger, "Integer", nullptr);
+    self.materialInput = editors.addRootInput(self.editor, kConnectMaterial, "Material", nullptr);
+    return nullptr;
+}
+
+HostNodeEditor *editorOf(void *instance) { return static_cast<const GroupNode *>(instance)->editor; }
+
+void destroying(void *instance) {
+    if (HostNodeEditor *editor = editorOf(instance)) services.nodeEditorFunc->destroy(editor);
+}
+
+// The node itself always succeeds in copying, starting and stepping; what a node inside reports is the host's to tell.
+HostError copied(void *to, void *from) {
+    services.nodeEditorFunc->copy(editorOf(to), editorOf(from));
+    return nullptr;
+}
+
+HostError init(void *instance, int mode) {
+    services.nodeEditorFunc->init(editorOf(instance), mode);
+    return nullptr;
+}
+
+void cleanup(void *instance) { services.nodeEditorFunc->cleanup(editorOf(instance)); }
+
+HostError newTime(void *instance, int frame, double time) {
+    services.nodeEditorFunc->newTime(editorOf(instance), frame, time);
+    return nullptr;
+}
+
+HostError saveNetwork(void *instance, const HostSaveState *state) {
+    state->beginBlock(state->data, idroot, 0);
+    if (HostError error = services.nodeEditorFunc->save(editorOf(instance), state)) return error;
+    state->endBlock(state->data);
+    return nullptr;
+}
+
+HostError loadNetwork(void *instance, const HostLoadState *state) {
+    while (state->findBlock(state->data, idroot)) {
+        if (HostError error = services.nodeEditorFunc->load(editorOf(instance), state)) return error;
+        state->endBlock(state->data);
+    }
+    return nullptr;
+}
+
+// ---- Panel ----
+
+void buttonCallback(HostPanel *panel, int) {
+    const auto &self = *static_cast<const GroupNode *>(services.xpanf->getData(panel, 0));
+    services.nodeEditorFunc->rename(services.nodeFunc->nodeName(self.node), self.editor);
+    services.nodeEditorFunc->openWindow(self.editor);
+}
+
+constexpr velm::Parameter parameters[] = {velm::button(velm::kFirstControl, "Edit Nodes", buttonCallback)};
+
+#define AT(field) offsetof(GroupNode, field)
+constexpr velm::Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+    {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
+    {.name = "Vector", .type = kConnectVector, .field = AT(vectorOutput)},
+    {.name = "Integer", .type = kConnectInteger, .field = AT(integerOutput)},
+    {.name = "Material", .type = kConnectMaterial, .field = AT(materialOutput)},
+};
+
+constexpr velm::FurtherService furtherServices[] = {
+    {.name = HOST_NODE_UTILITY_FUNCS, .store = velm::storeIn<nodeutilf>}};
+
+constexpr velm::NodeUnit unit = {
+    .name = kTitle,
+    .size = sizeof(GroupNode),
+    .colour = nodeColor,
+    .services = &services,
+    .furtherServices = furtherServices,
+    .parameters = parameters,
+    .outputs = outputs,
+    .node = AT(node),
+    .panel = AT(panel),
+    .prepare = prepare,
+    .destroying = destroying,
+    .copied = copied,
+    .saveMore = saveNetwork,
+    .loadMore = loadNetwork,
+    .init = init,
+    .cleanup = cleanup,
+    .newTime = newTime,
+};
+#undef AT
+
+} // namespace
+
+static void GroupNode_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+    const auto &self = *static_cast<const GroupNode *>(instance);
+    if (output == self.colorOutput)
+        velm::handOn(services, self.colorInput, sample, value, velm::Triple{{kGrey, kGrey, kGrey}});
+    else if (output == self.scalarOutput)
+        velm::handOn(services, self.scalarInput, sample, value, 1.0);
+    else if (output == self.vectorOutput)
+        velm::handOn(services, self.vectorInput, sample, value, velm::Triple{});
+    else if (output == self.integerOutput)
+        velm::handOn(services, self.integerInput, sample, value, 1);
+    else if (output == self.materialOutput)
+        velm::handOn(services, self.materialInput, sample, value, kGreyMaterial);
+}
+
+VELM_DEFINE_TAGS(GroupNode, unit, "Velm's Nodes/Tools")
+VELM_DEFINE_NODE(GroupNode, unit)
+VELM_DEFINE_PANEL(GroupNode, unit, parameters, velm::kPlainLayout)

@@ -1,0 +1,110 @@
+// Store Material: publishes what is connected to it under a name, for Get Material nodes of any surface.
+//
+// What is shared is not a value but the connections: a get evaluates this node's inputs with its own sample. Here, the
+// node merely hands its inputs on to its outputs.
+//
+// Odd on purpose: a copy is not listed, so that no get can choose it and the original stays the one of its name;
+// loading brings the saved number back without raising the registry's counter and without telling the gets, which have
+// loaded theirs.
+#include "module/panel.h"
+#include "module/rows.h"
+#include "share/registry.h"
+
+#include <cstring>
+
+VELM_DECLARE_TAGS(StoreMaterial);
+VELM_DECLARE_NODE(StoreMaterial);
+VELM_DECLARE_PANEL(StoreMaterial);
+
+static velm::NodeServices services;
+static constexpr int nodeColor[3] = {164, 50, 10};
+
+namespace {
+
+enum Control : unsigned int { kName = velm::kFirstControl };
+
+void setName(StoreMaterial &self, const char *name) {
+    std::strncpy(self.name, name, sizeof self.name - 1);
+    self.name[sizeof self.name - 1] = '\0';
+}
+
+const char *prepare(void *instance, void *) {
+    auto &self = *static_cast<StoreMaterial *>(instance);
+    setName(self, services.nodeFunc->nodeName(self.node));
+    self.id = kUnassignedStore;
+    return nullptr;
+}
+
+void list(void *instance) { addStoreNodeForced(static_cast<StoreMaterial *>(instance)); }
+
+void unlist(void *instance) {
+    auto *self = static_cast<StoreMaterial *>(instance);
+    removeStoreNode(self);
+    releaseHolders(self);
+}
+
+HostError copied(void *to, void *) {
+    removeStoreNode(static_cast<StoreMaterial *>(to));
+    return nullptr;
+}
+
+// The text is taken from the control itself: what the panel hands over may be an older one.
+int setValue(void *instance, unsigned int id, void *) {
+    if (id != kName) return kSetUnknown;
+    auto &self = *static_cast<StoreMaterial *>(instance);
+    if (const void *text = services.xpanf->getValue(self.panel, kName)) setName(self, static_cast<const char *>(text));
+    return kSetDefault;
+}
+
+#define AT(field) offsetof(StoreMaterial, field)
+constexpr velm::Parameter parameters[] = {
+    velm::hiddenInteger(AT(id)).notCopied(),
+    velm::text(kName, "Name", kStoreNameSize).at(AT(name)),
+    velm::plainInput("Color", kConnectColour, AT(colorInput)),
+    velm::plainInput("Scalar", kConnectScalar, AT(scalarInput)),
+    velm::plainInput("Vector", kConnectVector, AT(vectorInput)),
+    velm::plainInput("Integer", kConnectInteger, AT(integerInput)),
+};
+
+constexpr velm::Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+    {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
+    {.name = "Vector", .type = kConnectVector, .field = AT(vectorOutput)},
+    {.name = "Integer", .type = kConnectInteger, .field = AT(integerOutput)},
+};
+
+constexpr velm::NodeUnit unit = {
+    .name = "Store Material",
+    .size = sizeof(StoreMaterial),
+    .colour = nodeColor,
+    .services = &services,
+    .parameters = parameters,
+    .outputs = outputs,
+    .node = AT(node),
+    .panel = AT(panel),
+    .prepare = prepare,
+    .created = list,
+    .destroying = unlist,
+    .copied = copied,
+    .loaded = list,
+    .setValue = setValue,
+};
+#undef AT
+
+} // namespace
+
+static void StoreMaterial_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+    const auto &self = *static_cast<const StoreMaterial *>(instance);
+    if (output == self.colorOutput)
+        velm::handOn(services, self.colorInput, sample, value, velm::Triple{});
+    else if (output == self.scalarOutput)
+        velm::handOn(services, self.scalarInput, sample, value, 0.0);
+    else if (output == self.vectorOutput)
+        velm::handOn(services, self.vectorInput, sample, value, velm::Triple{});
+    else
+        velm::handOn(services, self.integerInput, sample, value, 0);
+}
+
+VELM_DEFINE_TAGS(StoreMaterial, unit, "Velm's Nodes/Tools")
+VELM_DEFINE_NODE(StoreMaterial, unit)
+VELM_DEFINE_PANEL(StoreMaterial, unit, parameters, velm::kPlainLayout)

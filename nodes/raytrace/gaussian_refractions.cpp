@@ -1,0 +1,133 @@
+// Gaussian Refractions: a blurred refraction. The view is bent through the surface by Snell's law, at the normal
+// jittered by noise that "Refraction Blur" scales, or mirrored inside where it cannot leave the denser medium; then it
+// is looked up as in Gaussian Reflections.
+//
+// Odd on purpose: a shadow ray gets white, or the tint, so that a refracting surface never blocks one; at exactly the
+// critical angle the ray refracts; and, as there, the "Normal" parameter takes part in nothing.
+#include "module/glossy.h"
+
+VELM_DECLARE_TAGS(GaussianRefractions);
+VELM_DECLARE_NODE(GaussianRefractions);
+VELM_DECLARE_PANEL(GaussianRefractions);
+
+static velm::NodeServices services;
+static const HostImageList *imglist;
+static const HostNodeUtilityFuncs *nodeutilf;
+static HostFileRequestFunc *filereq;
+static const HostBackdropInfo *bkdropinfo;
+static const HostTimeInfo *timeinfo;
+static velm::ImageRequest imageRequest;
+static constexpr int nodeColor[3] = {164, 50, 10};
+
+namespace {
+
+struct GaussianRefractions {
+    velm::GlossyLook look;
+    velm::ScalarParameter refractionIndex;
+    velm::GlossySpread spread;
+    velm::GlossyHandles handles;
+    HostInput *iorInput;
+};
+
+enum Control : unsigned int {
+    kMode = velm::kFirstControl,
+    kImage,
+    kSeamAngle,
+    kRefractionIndex,
+    kTint,
+    kColor,
+    kBlur,
+    kSamples,
+    kBlurDepth,
+};
+
+#define AT(field) offsetof(GaussianRefractions, field)
+constexpr velm::ImagePopup imagePopup = {.services = services,
+                                         .imglist = imglist,
+                                         .filereq = filereq,
+                                         .request = imageRequest,
+                                         .control = kImage,
+                                         .choice = AT(look.image),
+                                         .panel = AT(handles.panel)};
+
+int GaussianRefractions_getImageCount(void *instance) { return velm::getImageCount(imagePopup, instance); }
+const char *GaussianRefractions_getImageName(void *instance, int index) {
+    return velm::getImageName(imagePopup, instance, index);
+}
+
+constexpr velm::Parameter parameters[] = {
+    velm::glossyModeRow(kMode, AT(look)),
+    velm::glossyImageRow(kImage, AT(look), GaussianRefractions_getImageCount, GaussianRefractions_getImageName),
+    velm::glossySeamRow(kSeamAngle, AT(look), AT(handles)),
+    velm::number(kRefractionIndex, "Refraction Index")
+        .at(AT(refractionIndex))
+        .starting(1.0)
+        .input(AT(iorInput), "IOR")
+        .late(),
+    velm::checkBox(kTint, "Tint Refractions").at(AT(look.tint)),
+    velm::glossyColourRow(kColor, AT(look), AT(handles)),
+    velm::glossyBlurRow(kBlur, "Refraction Blur", AT(spread), AT(handles)),
+    velm::glossySamplesRow(kSamples, AT(spread), AT(handles)),
+    velm::glossyDepthRow(kBlurDepth, AT(spread), AT(handles)),
+    velm::glossyNormalRow(AT(spread), AT(handles)),
+};
+
+constexpr velm::Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(handles.output)}};
+
+constexpr auto layout = velm::joinHints(velm::minimumHint(kSamples, 1), velm::minimumHint(kBlurDepth, 0),
+                                        velm::enableHint(kTint, nullptr, nullptr, kColor));
+
+constexpr velm::NodeUnit unit = velm::glossyUnit<imagePopup>({
+    .name = "Gaussian Refractions",
+    .size = sizeof(GaussianRefractions),
+    .colour = nodeColor,
+    .services = &services,
+    .furtherServices = velm::glossyServiceRows<imglist, nodeutilf, filereq, bkdropinfo, timeinfo>,
+    .parameters = parameters,
+    .outputs = outputs,
+    .node = AT(handles.node),
+    .panel = AT(handles.panel),
+    .group = AT(handles.group),
+});
+#undef AT
+
+constexpr velm::GlossyServices glossy = {services, imglist, nodeutilf, bkdropinfo, timeinfo};
+
+// Where a view direction goes at a normal, from a medium of index `from` into one of index `into`: Snell's law in
+// vector form, as in Andrew Glassner (ed.), "An Introduction to Ray Tracing", 1989, for a normal on either side.
+velm::GlossyRay refracted(const double view[3], const double normal[3], double from, double into) {
+    const double cosine = velm::dot(view, normal);
+    if (from > into && std::asin(into / from) < std::acos(-cosine)) return velm::mirrored(view, normal, from);
+    const double ratio = from / into;
+    const double inside = ratio * ratio * (cosine * cosine - 1) + 1;
+    const double k = inside > 0 ? std::sqrt(inside) : 0; // 0 at the critical angle, where rounding may go below
+    const double along = (cosine >= 0 ? k : -k) - ratio * cosine;
+    velm::GlossyRay ray = {.direction = {}, .eta = into};
+    for (int i = 0; i < 3; ++i) ray.direction[i] = ratio * view[i] + along * normal[i];
+    return ray;
+}
+
+} // namespace
+
+static void GaussianRefractions_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const auto &self = *static_cast<const GaussianRefractions *>(instance);
+    velm::GlossySettings settings;
+    velm::read(services, self.look.colour.value, self.handles.colourInput, sample, settings.colour);
+    double result[3] = {1, 1, 1};
+    if (sample->rayFlags & kRayShadow) {
+        services.nodeOutputFunc->setValue(value, self.look.tint ? settings.colour : result);
+        return;
+    }
+    settings.seamAngle = velm::readSeamAngle(glossy, self.look, self.handles, sample);
+    const double index = velm::read(services, self.refractionIndex.value, self.iorInput, sample);
+    velm::readSpread(glossy, self.spread, self.handles, sample, settings);
+    const auto bend = [sample, index](const double view[3], const double normal[3]) {
+        return refracted(view, normal, sample->refractionIndex, index);
+    };
+    velm::gatherGlossy(glossy, self.look, settings, self.handles, kTraceRefraction, sample, bend, result);
+    services.nodeOutputFunc->setValue(value, result);
+}
+
+VELM_DEFINE_TAGS(GaussianRefractions, unit, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(GaussianRefractions, unit)
+VELM_DEFINE_PANEL(GaussianRefractions, unit, parameters, layout)

@@ -1,0 +1,192 @@
+// Take Samples: evaluates its "Color" input many times for one sample and combines the results: for what gives another
+// value each time, such as random numbers or jittered rays.
+//
+// Each colour is shifted and, where asked for, clamped, channel by channel, before it is combined. The low clamp comes
+// first, so that with a low above the high the high wins. The cost is the input's, times "Samples"; there is no limit.
+//
+// Odd on purpose: the last two modes of the list do what "Additive" does, as they always have in saved scenes.
+#include "module/panel.h"
+#include "module/rows.h"
+
+VELM_DECLARE_TAGS(TakeSamples);
+VELM_DECLARE_NODE(TakeSamples);
+VELM_DECLARE_PANEL(TakeSamples);
+
+static velm::NodeServices services;
+static constexpr int nodeColor[3] = {164, 50, 10};
+
+namespace {
+
+struct Channel {
+    velm::ScalarParameter shift;
+    int clampLow;
+    velm::ScalarParameter low;
+    int clampHigh;
+    velm::ScalarParameter high;
+};
+struct ChannelInputs {
+    HostInput *shift, *low, *high;
+};
+
+struct TakeSamples {
+    int mode, samples;
+    Channel red, green, blue;
+    HostChannelGroup *group;
+    HostPanel *panel;
+    HostNode *node;
+    HostInput *modeInput, *samplesInput;
+    ChannelInputs redInputs, greenInputs, blueInputs;
+    HostInput *colorInput;
+    HostOutput *output;
+};
+
+enum Mode { kAverage, kMinimum, kMaximum, kDarkest, kBrightest, kAdditive, kModes };
+constexpr const char *modeStrings[] = {"Average",  "Minimum",     "Maximum",  "Darkest", "Brightest",
+                                       "Additive", "Subtractive", "Multiply", nullptr};
+
+enum Control : unsigned int {
+    kMode = velm::kFirstControl,
+    kSamples,
+    kRedShift,
+    kRedClampLow,
+    kRedLow,
+    kRedClampHigh,
+    kRedHigh,
+    kGreenShift,
+    kGreenClampLow,
+    kGreenLow,
+    kGreenClampHigh,
+    kGreenHigh,
+    kBlueShift,
+    kBlueClampLow,
+    kBlueLow,
+    kBlueClampHigh,
+    kBlueHigh,
+};
+
+#define AT(field) offsetof(TakeSamples, field)
+#define CHANNEL(letter, first, channel)                                                                                \
+    velm::number(first, letter " Shift").at(AT(channel.shift)).input(AT(channel##Inputs.shift)),                       \
+        velm::checkBox(first + 1, "Clamp").at(AT(channel.clampLow)),                                                   \
+        velm::number(first + 2, letter " Low").at(AT(channel.low)).input(AT(channel##Inputs.low)),                     \
+        velm::checkBox(first + 3, "Clamp").at(AT(channel.clampHigh)),                                                  \
+        velm::number(first + 4, letter " High").at(AT(channel.high)).starting(1.0).input(AT(channel##Inputs.high))
+constexpr velm::Parameter parameters[] = {
+    velm::popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
+    velm::wholeNumber(kSamples, "Samples").at(AT(samples)).starting(12).input(AT(samplesInput)),
+    velm::plainInput("Color", kConnectColour, AT(colorInput)),
+    CHANNEL("R", kRedShift, red),
+    CHANNEL("G", kGreenShift, green),
+    CHANNEL("B", kBlueShift, blue),
+};
+#undef CHANNEL
+
+constexpr velm::Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(output)}};
+
+constexpr auto layout =
+    velm::joinHints(velm::minimumHint(kSamples, 1), velm::enforceHint(kSamples, true, false),
+                    velm::enableHint(kRedClampLow, nullptr, nullptr, kRedLow),
+                    velm::enableHint(kRedClampHigh, nullptr, nullptr, kRedHigh),
+                    velm::enableHint(kGreenClampLow, nullptr, nullptr, kGreenLow),
+                    velm::enableHint(kGreenClampHigh, nullptr, nullptr, kGreenHigh),
+                    velm::enableHint(kBlueClampLow, nullptr, nullptr, kBlueLow),
+                    velm::enableHint(kBlueClampHigh, nullptr, nullptr, kBlueHigh),
+                    velm::listHint(kHintNarrow, kRedClampLow, kRedClampHigh, kGreenClampLow, kGreenClampHigh,
+                                   kBlueClampLow, kBlueClampHigh),
+                    velm::listHint(kHintLeftAlign, kRedLow, kRedHigh, kGreenLow, kGreenHigh, kBlueLow, kBlueHigh),
+                    velm::listHint(kHintDividerAfter, kSamples, kRedHigh, kGreenHigh));
+
+constexpr velm::NodeUnit unit = {
+    .name = "Take Samples",
+    .size = sizeof(TakeSamples),
+    .colour = nodeColor,
+    .services = &services,
+    .parameters = parameters,
+    .outputs = outputs,
+    .node = AT(node),
+    .panel = AT(panel),
+    .group = AT(group),
+};
+#undef AT
+
+// A channel's settings for one sample.
+struct ChannelRule {
+    double shift, low, high;
+    bool clampLow, clampHigh;
+};
+
+ChannelRule resolve(const Channel &channel, const ChannelInputs &inputs, ShadingSample *sample) {
+    return {.shift = velm::read(services, channel.shift.value, inputs.shift, sample),
+            .low = velm::read(services, channel.low.value, inputs.low, sample),
+            .high = velm::read(services, channel.high.value, inputs.high, sample),
+            .clampLow = channel.clampLow != 0,
+            .clampHigh = channel.clampHigh != 0};
+}
+
+struct Colour {
+    double c[3];
+};
+
+double brightness(const Colour &colour) { return (colour.c[0] + colour.c[1] + colour.c[2]) * 0.3333333333333333; }
+
+// One evaluation of the input, shifted and clamped.
+Colour TakeSamples_sampleHandler(const TakeSamples &self, ShadingSample *sample, const ChannelRule (&rules)[3]) {
+    Colour colour = {};
+    services.nodeInputFunc->evaluate(self.colorInput, sample, colour.c);
+    for (int i = 0; i < 3; ++i) {
+        const ChannelRule &rule = rules[i];
+        double value = rule.shift + colour.c[i];
+        if (rule.clampLow && value < rule.low) value = rule.low;
+        if (rule.clampHigh && value > rule.high) value = rule.high;
+        colour.c[i] = value;
+    }
+    return colour;
+}
+
+// Lays one more sample into what has been combined so far. Ties keep the earlier sample.
+void combine(int mode, Colour &all, double &kept, const Colour &next) {
+    if (mode == kDarkest || mode == kBrightest) {
+        const double light = brightness(next);
+        if (mode == kDarkest ? light < kept : light > kept) {
+            all = next;
+            kept = light;
+        }
+        return;
+    }
+    for (int i = 0; i < 3; ++i) {
+        double &a = all.c[i];
+        const double s = next.c[i];
+        if (mode == kMinimum)
+            a = s < a ? s : a;
+        else if (mode == kMaximum)
+            a = s > a ? s : a;
+        else
+            a += s;
+    }
+}
+
+} // namespace
+
+static void TakeSamples_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const auto &self = *static_cast<const TakeSamples *>(instance);
+    const int mode = velm::readChoice(services, self.mode, self.modeInput, sample, kModes);
+    int samples = velm::read(services, self.samples, self.samplesInput, sample);
+    if (samples < 1) samples = 1;
+    const ChannelRule rules[3] = {resolve(self.red, self.redInputs, sample),
+                                  resolve(self.green, self.greenInputs, sample),
+                                  resolve(self.blue, self.blueInputs, sample)};
+
+    // Sums start at black, and everything else at the first sample.
+    const bool sums = mode == kAverage || mode == kAdditive;
+    Colour all = sums ? Colour{} : TakeSamples_sampleHandler(self, sample, rules);
+    double kept = brightness(all);
+    for (int i = sums ? 0 : 1; i < samples; ++i)
+        combine(mode, all, kept, TakeSamples_sampleHandler(self, sample, rules));
+    if (mode == kAverage)
+        for (double &component : all.c) component *= 1.0 / samples;
+    services.nodeOutputFunc->setValue(value, all.c);
+}
+
+VELM_DEFINE_TAGS(TakeSamples, unit, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(TakeSamples, unit)
+VELM_DEFINE_PANEL(TakeSamples, unit, parameters, layout)
