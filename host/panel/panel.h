@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -69,11 +70,16 @@ struct OwnValue {
 
 // Pointers that plug-ins hand in (maps, functions) are kept and must outlive the panel, as static tables do; texts and
 // lists are copied.
+class HintReader; // hints.cpp
+
 struct HostPanel {
     explicit HostPanel(int panelKind) : kind(panelKind) {}
     HostPanel(const HostPanel &) = delete;
     HostPanel &operator=(const HostPanel &) = delete;
     ~HostPanel(); // calls the destroy notification with the data of id 0
+
+    // Bytes of a text without its end. Plug-ins copy texts into buffers of their own without looking at the length.
+    static constexpr std::size_t kLongestText = 255;
 
     const int kind; // kPanelForm or kPanelOwn
 
@@ -88,9 +94,11 @@ struct HostPanel {
     const velm::PanelItem *item(unsigned int id) const;                  // anything a hint spoke of
     const std::vector<unsigned int> &controls() const { return order_; } // in the order in which they were added
     const std::vector<unsigned int> &containers() const { return containerOrder_; } // groups and so on, likewise
+    // What is shown: the label that a hint gave, else that of the value's description.
+    std::string label(const velm::PanelItem &labelled) const;
     // The label, numbered where several controls have it ("Clamp", "Clamp 2"); empty for one without a label.
     std::string uniqueLabel(const velm::PanelItem &control) const;
-    // Null for one without a label or a value row of its own.
+    // Null for a value that is not described.
     const velm::ValueRow *row(unsigned int valueId) const;
     // The texts of a choice or transform; calls the popup functions with the viewed instance.
     std::vector<std::string> entries(const velm::PanelItem &control) const;
@@ -104,8 +112,12 @@ struct HostPanel {
     // Whether every rule that speaks of the control, or of a group around it, enables it; `message` receives the text
     // of the first one that does not. A rule whose own value is fed by a connection enables.
     bool isEnabled(const velm::PanelItem &control, std::string *message = nullptr);
+    std::vector<const velm::EnableRule *> rulesFor(const velm::PanelItem &control) const;
+    // The groups, stacks and tabs around something, at any distance.
+    std::set<unsigned int> around(unsigned int id) const;
     // Which member of a stack shows: its place, -1 for none; nothing when the driving value is fed by a connection.
     std::optional<int> shownMember(const velm::PanelItem &stack);
+    int shownFor(const velm::PanelItem &stack, int driving) const; // for a value of the driving control
 
     // Editing as a person does: the setter takes the value (an int, doubles, characters, or the HostVParm that was
     // edited) and then the change callback hears event 2. While the setter runs, slot 8 of the service gives this
@@ -130,7 +142,7 @@ struct HostPanel {
     void problem(const std::string &text); // keeps the first
 
   private:
-    friend class HintReader;
+    friend class ::HintReader;
 
     struct Pending {
         unsigned int controlId = 0;
@@ -141,9 +153,10 @@ struct HostPanel {
     int mapLength(unsigned int valueId) const;
     void checkControl(const velm::PanelItem &control) const;
     void checkRules() const;
+    void checkDriver(unsigned int valueId, bool mapped) const;
     void *ownValue(unsigned int valueId);
-    void storeOwn(unsigned int valueId, const void *newValue);
-    std::vector<unsigned int> around(unsigned int id) const;
+    void storeOwn(const velm::PanelItem &control, const void *newValue);
+    int entryCount(const velm::PanelItem &control) const;
 
     std::map<unsigned int, velm::PanelItem> items_;
     std::vector<unsigned int> order_, containerOrder_;

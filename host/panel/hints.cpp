@@ -1,0 +1,221 @@
+// Reads hint lists into a panel. A list has no length and an unknown tag no known number of words, so reading stops
+// with a mistake at either sign that something is wrong.
+
+#include "host/panel/panel.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t kMostWords = 65536;
+constexpr int kMostNested = 16;
+constexpr std::size_t kMostTexts = 4096;
+
+std::string hex(unsigned long long number) {
+    char text[24];
+    std::snprintf(text, sizeof text, "0x%llX", number);
+    return text;
+}
+
+} // namespace
+
+class HintReader {
+  public:
+    HintReader(HostPanel &panel, const HostHint *list, int nested) : panel_(panel), next_(list), nested_(nested) {}
+
+    void readAll() {
+        while (!stopped_) {
+            const HostWord tag = word();
+            if (tag == kHintEnd || stopped_) return;
+            if (!readLayout(tag) && !readLimits(tag) && !readControl(tag) && !readWhole(tag))
+                stop("the hint list has an unknown tag, " + hex(tag));
+        }
+    }
+
+  private:
+    void stop(const std::string &why) {
+        panel_.problem(why);
+        stopped_ = true;
+    }
+    HostHint hint() {
+        if (++words_ > kMostWords) stop("a hint list has no end");
+        return stopped_ ? HostHint{.word = 0} : *next_++;
+    }
+    HostWord word() { return hint().word; }
+    unsigned int id() { return static_cast<unsigned int>(word()); }
+    int number() { return static_cast<int>(static_cast<unsigned int>(word())); }
+    velm::PanelItem &item() { return panel_.itemFor(id()); }
+    std::vector<unsigned int> ids() {
+        std::vector<unsigned int> all;
+        while (const unsigned int each = id()) all.push_back(each);
+        return all;
+    }
+    std::vector<std::string> texts(const char *const *list, std::size_t most) {
+        std::vector<std::string> all;
+        for (; list != nullptr && *list != nullptr && all.size() < most; ++list) all.emplace_back(*list);
+        if (all.size() == kMostTexts) stop("a list of texts has no end");
+        return all;
+    }
+    void mark(bool velm::PanelItem::*flag) {
+        for (const unsigned int each : ids()) panel_.itemFor(each).*flag = true;
+    }
+
+    void addControl();
+    void addContainer(velm::ItemKind kind);
+    void readRange();
+    void readTransform();
+    void readEnable();
+    bool readLayout(HostWord tag);
+    bool readLimits(HostWord tag);
+    bool readControl(HostWord tag);
+    bool readWhole(HostWord tag);
+
+    HostPanel &panel_;
+    const HostHint *next_;
+    int nested_;
+    std::size_t words_ = 0;
+    bool stopped_ = false;
+};
+
+void HintReader::addControl() {
+    velm::PanelItem &control = item();
+    const char *name = hint().text;
+    const unsigned int valueId = id();
+    if (stopped_) return;
+    if (control.kind != velm::ItemKind::unknown) stop(hex(control.id) + " is added to the panel twice");
+    control.type = name != nullptr ? velm::findControlType(name) : nullptr;
+    if (control.type == nullptr)
+        return stop("the control " + hex(control.id) + " has the unknown type \"" + (name != nullptr ? name : "") +
+                    "\"");
+    control.kind = velm::ItemKind::control;
+    control.valueId = valueId;
+    panel_.order_.push_back(control.id);
+}
+
+void HintReader::addContainer(velm::ItemKind kind) {
+    velm::PanelItem &container = item();
+    if (container.kind != velm::ItemKind::unknown) return stop(hex(container.id) + " is added to the panel twice");
+    container.kind = kind;
+    if (kind == velm::ItemKind::stack) {
+        container.valueId = id();
+        container.map = hint().numbers;
+    }
+    container.members = ids();
+    panel_.containerOrder_.push_back(container.id);
+}
+
+void HintReader::readRange() {
+    velm::PanelItem &control = item();
+    control.minimum = number();
+    control.maximum = number();
+    control.step = number();
+}
+
+void HintReader::readTransform() {
+    velm::PanelItem &control = item();
+    const HostWord count = word();
+    const int *numbers = hint().numbers;
+    if (stopped_) return;
+    if (count > kMostTexts || numbers == nullptr)
+        return stop("the control " + hex(control.id) + " has no list of values");
+    control.transform.assign(numbers, numbers + count);
+}
+
+void HintReader::readEnable() {
+    velm::EnableRule rule;
+    rule.valueId = id();
+    if (const char *message = hint().text) rule.message = message;
+    word(); // reserved
+    rule.map = hint().numbers;
+    rule.ids = ids();
+    panel_.rules_.push_back(std::move(rule));
+}
+
+bool HintReader::readLayout(HostWord tag) {
+    switch (tag) {
+    case kHintAddControl: addControl(); return true;
+    case kHintGroup: addContainer(velm::ItemKind::group); return true;
+    case kHintStack: addContainer(velm::ItemKind::stack); return true;
+    case kHintTabs: addContainer(velm::ItemKind::tabs); return true;
+    case kHintLeftAlign: mark(&velm::PanelItem::leftAligned); return true;
+    case kHintNarrow: mark(&velm::PanelItem::narrow); return true;
+    case kHintDividerAfter: mark(&velm::PanelItem::dividerAfter); return true;
+    case kHintEnable: readEnable(); return true;
+    default: return false;
+    }
+}
+
+bool HintReader::readLimits(HostWord tag) {
+    switch (tag) {
+    case kHintMinimum: item().minimum = number(); return true;
+    case kHintMaximum: item().maximum = number(); return true;
+    case kHintStep: item().step = number(); return true;
+    case kHintRange: readRange(); return true;
+    case kHintSensitivity: item().sensitivity = number(); return true;
+    case kHintEnforceLimits: {
+        velm::PanelItem &control = item();
+        control.minimumEnforced = word() != 0;
+        control.maximumEnforced = word() != 0;
+        return true;
+    }
+    default: return false;
+    }
+}
+
+bool HintReader::readControl(HostWord tag) {
+    switch (tag) {
+    case kHintLabel:
+    case kHintStringList: {
+        velm::PanelItem &labelled = item();
+        const HostHint argument = hint();
+        word(); // the closing 0
+        if (tag == kHintStringList)
+            labelled.entries = texts(argument.texts, kMostTexts);
+        else
+            labelled.label = argument.text != nullptr ? argument.text : "";
+        return true;
+    }
+    case kHintPopupFunctions: {
+        velm::PanelItem &control = item();
+        control.popupCount = hint().popupCount;
+        control.popupName = hint().popupName;
+        return true;
+    }
+    case kHintValueTransform: readTransform(); return true;
+    case kHintButton: item().button = hint().button; return true;
+    case kHintDraw: item().draw = hint().draw; return true;
+    case kHintVectorLabels: item().vectorLabels = texts(hint().texts, 3); return true;
+    case kHintControlOptions: {
+        velm::PanelItem &control = item();
+        word(); // reserved
+        control.options = id();
+        return true;
+    }
+    default: return false;
+    }
+}
+
+bool HintReader::readWhole(HostWord tag) {
+    switch (tag) {
+    case kHintChangeNotify: panel_.change_ = hint().change; return true;
+    case kHintDestroyNotify:
+        panel_.destroyed_ = hint().destroyed;
+        word(); // the closing 0
+        return true;
+    case kHintNestedList: {
+        word(); // reserved
+        const HostHint *list = hint().list;
+        if (nested_ >= kMostNested)
+            stop("hint lists are nested too deeply");
+        else if (list != nullptr)
+            HintReader(panel_, list, nested_ + 1).readAll();
+        return true;
+    }
+    default: return false;
+    }
+}
+
+void HostPanel::addHints(const HostHint *list) {
+    if (list != nullptr) HintReader(*this, list, 0).readAll();
+}

@@ -1,0 +1,196 @@
+#include "host/panel/settings.h"
+
+#include "host/error.h"
+#include "host/panel/setting_numbers.h"
+#include "host/services/vparm.h"
+#include "host/suggest.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace velm {
+
+namespace {
+
+const PanelItem &findSetting(const HostPanel &panel, const std::string &label, const Place &place) {
+    panel.check();
+    for (const unsigned int id : panel.controls()) {
+        const PanelItem &control = *panel.find(id);
+        if (!label.empty() && panel.uniqueLabel(control) == label) return control;
+    }
+    throw InputError(place, "there is no setting \"" + label + "\"" + didYouMean(label, settingLabels(panel)));
+}
+
+// Entries may carry blanks around their text, for looks.
+std::string trimmed(const std::string &text) {
+    const std::size_t first = text.find_first_not_of(' ');
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+// One setting on its way to one control; `fail` says what is wrong with it.
+class Application {
+  public:
+    Application(HostPanel &panel, const PanelItem &control, const SettingDescription &setting)
+        : panel_(panel), control_(control), setting_(setting), about_("\"" + setting.label + "\": ") {}
+
+    void apply() {
+        const ControlKind kind = control_.type->kind;
+        if (kind == ControlKind::button || kind == ControlKind::drawing) fail("this control holds no value");
+        if (!panel_.isAvailable(control_)) fail("this setting is fed by a connection");
+        switch (kind) {
+        case ControlKind::whole: return applyWhole();
+        case ControlKind::choice:
+        case ControlKind::transform: return applyEntry();
+        case ControlKind::flag: return store(wanted<bool>("true or false") ? 1 : 0);
+        case ControlKind::text: return applyText();
+        default: return applyNumber();
+        }
+    }
+
+  private:
+    [[noreturn]] void fail(const std::string &what) const { throw InputError(setting_.place, about_ + what); }
+
+    template <typename Value>
+    const Value &wanted(const char *what) const {
+        const Value *value = std::get_if<Value>(&setting_.value);
+        if (value == nullptr) fail("expected " + std::string(what));
+        return *value;
+    }
+
+    void store(int value) {
+        if (!panel_.edit(control_, &value)) fail("the node refused the value");
+    }
+
+    void applyWhole() {
+        const double number = wanted<double>("a whole number");
+        checkLimits(control_, number, setting_.place, about_);
+        if (number != std::trunc(number) || number < std::numeric_limits<int>::min() ||
+            number > std::numeric_limits<int>::max())
+            fail("expected a whole number, not " + numberText(number));
+        store(static_cast<int>(number));
+    }
+
+    void applyEntry() {
+        const std::string text = trimmed(wanted<std::string>("the text of one of the entries"));
+        std::vector<std::string> entries = panel_.entries(control_);
+        for (std::string &entry : entries) entry = trimmed(entry);
+        const auto found = std::find(entries.begin(), entries.end(), text);
+        if (found == entries.end()) {
+            std::string known;
+            for (const std::string &entry : entries) known += (known.empty() ? "\"" : ", \"") + entry + "\"";
+            const std::string near = didYouMean(text, entries);
+            fail("there is no entry \"" + text + "\"" + (near.empty() ? "; there are " + known : near));
+        }
+        const auto index = static_cast<std::size_t>(found - entries.begin());
+        if (control_.type->kind == ControlKind::choice) return store(static_cast<int>(index));
+        if (index >= control_.transform.size()) fail("the entry \"" + text + "\" has no value");
+        store(control_.transform[index]);
+    }
+
+    void applyText() {
+        std::string text = wanted<std::string>("a text");
+        if (text.size() > HostPanel::kLongestText)
+            fail("the text has " + std::to_string(text.size()) + " bytes; it may have at most " +
+                 std::to_string(HostPanel::kLongestText));
+        if (text.find('\0') != std::string::npos) fail("the text has a zero character in it");
+        if (!panel_.edit(control_, text.data())) fail("the node refused the value");
+    }
+
+    void applyNumber() {
+        const bool triple = control_.type->components == 3;
+        if (const auto *keys = std::get_if<KeysDescription>(&setting_.value))
+            return applyKeys(panel_, control_, *keys, setting_.place, about_);
+        const Triple numbers =
+            triple ? wanted<Triple>("three numbers or keys") : Triple{wanted<double>("a number or keys"), 0, 0};
+        applyNumbers(panel_, control_, numbers, setting_.place, about_);
+    }
+
+    HostPanel &panel_;
+    const PanelItem &control_;
+    const SettingDescription &setting_;
+    std::string about_;
+};
+
+std::string textOf(const SettingValue &value) {
+    struct Text {
+        std::string operator()(bool on) const { return on ? "on" : "off"; }
+        std::string operator()(double number) const { return numberText(number); }
+        std::string operator()(const Triple &triple) const {
+            return numberText(triple[0]) + " " + numberText(triple[1]) + " " + numberText(triple[2]);
+        }
+        std::string operator()(const std::string &text) const { return text; }
+        std::string operator()(const KeysDescription &keys) const {
+            const std::size_t count = keys.keys.size();
+            return std::to_string(count) + (count == 1 ? " key" : " keys");
+        }
+    };
+    return std::visit(Text{}, value);
+}
+
+SettingValue readValue(HostPanel &panel, const PanelItem &control, int entry) {
+    const void *held = panel.value(control.valueId);
+    switch (control.type->kind) {
+    case ControlKind::whole: return static_cast<double>(*static_cast<const int *>(held));
+    case ControlKind::flag: return *static_cast<const int *>(held) != 0;
+    case ControlKind::text: return std::string(static_cast<const char *>(held));
+    case ControlKind::number: return readNumbers(panel, control);
+    default: return trimmed(panel.entries(control)[static_cast<std::size_t>(entry)]);
+    }
+}
+
+bool isEntry(const PanelItem &control) {
+    return control.type->kind == ControlKind::choice || control.type->kind == ControlKind::transform;
+}
+
+// The place in the list of entries; -1 for none, and for a control without a list.
+int entryOf(HostPanel &panel, const PanelItem &control) {
+    const int entry = isEntry(control) ? panel.chosenEntry(control).value_or(-1) : -1;
+    return entry < static_cast<int>(panel.entries(control).size()) ? entry : -1;
+}
+
+} // namespace
+
+void applySetting(HostPanel &panel, const SettingDescription &setting) {
+    Application(panel, findSetting(panel, setting.label, setting.place), setting).apply();
+}
+
+std::vector<std::string> settingLabels(const HostPanel &panel) {
+    std::vector<std::string> all;
+    for (const unsigned int id : panel.controls()) {
+        const PanelItem &control = *panel.find(id);
+        const bool settable = control.type->storage != Storage::none;
+        if (settable && !panel.label(control).empty()) all.push_back(panel.uniqueLabel(control));
+    }
+    return all;
+}
+
+SettingValue readSetting(HostPanel &panel, const std::string &label) {
+    const PanelItem &control = findSetting(panel, label, {});
+    const std::string about = "\"" + label + "\": ";
+    if (control.type->storage == Storage::none) throw InputError(about + "this control holds no value");
+    if (!panel.isAvailable(control)) throw InputError(about + "this setting is fed by a connection");
+    const int entry = entryOf(panel, control);
+    if (isEntry(control) && entry < 0) throw InputError(about + "the value stands for none of the entries");
+    return readValue(panel, control, entry);
+}
+
+std::string describeValue(HostPanel &panel, const PanelItem &control) {
+    if (control.type->storage == Storage::none || !panel.isAvailable(control)) return "";
+    const int entry = entryOf(panel, control);
+    if (isEntry(control) && entry < 0)
+        return "(" + std::to_string(*static_cast<const int *>(panel.value(control.valueId))) + ")";
+    if (control.type->storage == Storage::animated) {
+        // Keys that no description can hold have a number all the same.
+        const auto &parm = *static_cast<const HostVParm *>(panel.value(control.valueId));
+        if (parm.hasEnvelopes()) {
+            KeysDescription keys;
+            keys.keys.resize(parm.envelope(0)->keys.size());
+            return textOf(keys);
+        }
+    }
+    const std::string text = textOf(readValue(panel, control, entry));
+    return control.type->kind == ControlKind::text ? "\"" + text + "\"" : text;
+}
+
+} // namespace velm
