@@ -1,0 +1,70 @@
+// Node classes made up for the tests of the frame. `Everything` uses all that the frame offers to a node that saves its
+// settings in a row; `Blocks` saves them in tagged blocks; `Bare` has neither parameters, group nor panel.
+#pragma once
+
+#include "module/node.h"
+#include "module/panel.h"
+
+namespace velm {
+
+VELM_DECLARE_NODE(Everything);
+VELM_DECLARE_PANEL(Everything);
+VELM_DECLARE_NODE(Blocks);
+VELM_DECLARE_PANEL(Blocks);
+VELM_DECLARE_NODE(Bare);
+
+struct Everything {
+    int fresh[kMaxThreads];
+    int kind, count, on, image, ray, serial;
+    char name[260];
+    ScalarParameter level, late;
+    TripleParameter place, tint, normal;
+    HostChannelGroup *group;
+    HostPanel *panel;
+    HostNode *node;
+    HostInput *kindInput, *countInput, *levelInput, *lateInput, *placeInput, *tintInput, *normalInput, *functionInput;
+    HostOutput *colourOutput, *wordOutput;
+};
+
+struct Blocks {
+    int mode, on;
+    char name[260];
+    ScalarParameter level;
+    TripleParameter place;
+    HostChannelGroup *group;
+    HostPanel *panel;
+    HostNode *node;
+    HostInput *placeInput;
+};
+
+struct Bare {
+    HostLookup *lookup;
+    HostNode *node;
+    HostOutput *output;
+};
+
+// The services of `Everything`, to be looked at and to be forgotten between tests.
+extern NodeServices everythingServices;
+extern const HostImageList *everythingImages;
+extern HostFileRequestFunc *everythingRequest;
+extern const HostBackdropInfo *everythingBackdrop;
+extern const HostTimeInfo *everythingTime;
+
+// What the hooks of `Everything` answer. They note their names in the host's log.
+struct HookAnswers {
+    const char *prepare = nullptr;
+    HostError copied = nullptr, saveMore = nullptr, loadMore = nullptr, init = nullptr, newTime = nullptr;
+    int setValue = kSetUnknown;
+    int changed = 0;
+};
+extern HookAnswers hookAnswers;
+
+// What the panel of `Everything` is made of.
+extern const char *const everythingKinds[3];
+extern const int everythingRays[3];
+int everythingImageCount(void *);
+const char *everythingImageName(void *, int index);
+void everythingButton(HostPanel *panel, int control);
+void everythingDraw(HostPanel *panel, unsigned int control, HostDrawArea *area, int width, int height);
+
+} // namespace velm
