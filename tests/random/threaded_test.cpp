@@ -1,0 +1,85 @@
+// The one stream drawn from by every render thread at once. Draws may repeat or skip words; they stay sound.
+#include "tests/random/stream.h"
+
+#include <algorithm>
+#include <atomic>
+#include <gtest/gtest.h>
+#include <random>
+#include <thread>
+#include <vector>
+
+namespace velm {
+namespace {
+
+constexpr int kThreads = 16; // as many as a host has
+constexpr int kDraws = 20000;
+
+// Runs `draw` on every thread, all of them starting together; it tells whether what it drew was sound.
+template <class Draw>
+int unsoundDraws(Draw draw) {
+    std::atomic<int> waiting = kThreads, unsound = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i)
+        threads.emplace_back([&] {
+            --waiting;
+            while (waiting > 0) std::this_thread::yield();
+            for (int n = 0; n < kDraws; ++n)
+                if (!draw()) ++unsound;
+        });
+    for (std::thread &thread : threads) thread.join();
+    return unsound;
+}
+
+bool indexIsSound() {
+    const int index = mti;
+    return index >= 0 && index <= kNeverSeeded;
+}
+
+class ThreadedRandom : public testing::Test {
+  protected:
+    ThreadedRandom() { init_genrand(3); }
+};
+
+TEST_F(ThreadedRandom, DrawsStayInRange) {
+    EXPECT_EQ(unsoundDraws([] {
+                  const double closed = genrand_real1(), open = genrand_real2(), noise = gaussianNoise();
+                  double first, second;
+                  genrand_real1_pair(first, second);
+                  return indexIsSound() && closed >= 0 && closed <= 1 && open >= 0 && open < 1 && noise > -1 &&
+                         noise < 1.0002 && first >= 0 && first <= 1 && second >= 0 && second <= 1;
+              }),
+              0);
+    EXPECT_LE(mti.load(), kStateWords);
+}
+
+TEST_F(ThreadedRandom, TheFirstDrawMayComeFromEveryThread) {
+    forgetSeed();
+    EXPECT_EQ(unsoundDraws([] {
+                  genrand_int32();
+                  return indexIsSound();
+              }),
+              0);
+    EXPECT_LE(mti.load(), kStateWords);
+    const bool seeded = std::any_of(std::begin(mt), std::end(mt), [](const auto &word) { return word != 0; });
+    EXPECT_TRUE(seeded);
+}
+
+TEST_F(ThreadedRandom, DrawsStayEvenlySpread) {
+    std::atomic<long> ones = 0;
+    unsoundDraws([&] {
+        ones += genrand_int32() >> 31;
+        return true;
+    });
+    // Words may repeat, so that the draws are not independent: a wide bound, which a stream that is stuck breaks.
+    EXPECT_NEAR(static_cast<double>(ones) / (kThreads * kDraws), 0.5, 0.1);
+}
+
+TEST_F(ThreadedRandom, ASeedAfterwardsStartsTheSequenceAgain) {
+    unsoundDraws([] { return genrand_int32() > 0; });
+    std::mt19937 reference(3);
+    init_genrand(3);
+    for (int i = 0; i < 2000; ++i) ASSERT_EQ(genrand_int32(), reference());
+}
+
+} // namespace
+} // namespace velm
