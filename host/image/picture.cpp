@@ -2,10 +2,10 @@
 
 #include "host/error.h"
 #include "host/image/transfer.h"
+#include "host/state/files.h"
 
+#include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -14,12 +14,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
-#include <system_error>
 
 namespace velm {
 namespace {
-
-namespace fs = std::filesystem;
 
 struct PictureFormat {
     const char *ending;
@@ -39,7 +36,7 @@ constexpr std::array<PictureFormat, 7> kFormats = {{
 }};
 
 const PictureFormat &formatOf(const std::string &file) {
-    std::string ending = fs::path(file).extension().string();
+    std::string ending = std::filesystem::path(file).extension().string();
     std::transform(ending.begin(), ending.end(), ending.begin(),
                    [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
     std::string known;
@@ -56,6 +53,7 @@ OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, co
                          format.isFloat ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT8);
     spec.attribute("oiio:ColorSpace", format.isFloat ? "Linear" : "sRGB");
     spec.attribute("jpeg:subsampling", "4:4:4");
+    spec.attribute("tiff:write_exif", 0); // cannot be written to memory, and there is nothing in it
     if (format.compression != nullptr) spec.attribute("Compression", format.compression);
     const std::array<std::pair<const char *, const std::string *>, 4> header = {{{"scene", &metadata.scene},
                                                                                  {"module", &metadata.module},
@@ -94,30 +92,6 @@ bool writeRows(OIIO::ImageOutput &output, const Picture &picture, const PictureF
     return true;
 }
 
-// A file that is written under another name first; what is left of it vanishes unless it was put in place.
-class TemporaryFile {
-  public:
-    explicit TemporaryFile(const fs::path &target)
-        : target_(target), path_(target.parent_path() / ("." + target.stem().string() + "." +
-                                                         std::to_string(::getpid()) + target.extension().string())) {}
-    ~TemporaryFile() {
-        std::error_code ignored; // it may never have come into being
-        fs::remove(path_, ignored);
-    }
-    TemporaryFile(const TemporaryFile &) = delete;
-    TemporaryFile &operator=(const TemporaryFile &) = delete;
-
-    std::string name() const { return path_.string(); }
-    std::error_code putInPlace() const {
-        std::error_code error;
-        fs::rename(path_, target_, error);
-        return error;
-    }
-
-  private:
-    fs::path target_, path_;
-};
-
 } // namespace
 
 void checkPictureEnding(const std::string &file) { formatOf(file); }
@@ -126,13 +100,17 @@ void writePicture(const Picture &picture, const std::string &file, const Picture
     const PictureFormat &format = formatOf(file);
     const auto fail = [&](const std::string &why) { throw MachineError("cannot write " + file + ": " + why); };
 
-    const TemporaryFile temporary{fs::path(file)};
-    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(format.ending);
+    // Through memory: the format libraries do not all tell when a disk is full, and one ends the program.
+    std::vector<unsigned char> bytes;
+    OIIO::Filesystem::IOVecOutput memory(bytes);
+    const char *formatName = format.ending + 1;
+    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(formatName);
     if (!output) fail(OIIO::geterror());
-    if (!output->open(temporary.name(), describe(picture, format, metadata))) fail(output->geterror());
+    if (!output->set_ioproxy(&memory)) fail("the format cannot be made in memory");
+    if (!output->open(file, describe(picture, format, metadata))) fail(output->geterror());
     if (!writeRows(*output, picture, format)) fail(output->geterror());
     if (!output->close()) fail(output->geterror());
-    if (const std::error_code error = temporary.putInPlace()) fail(error.message());
+    writeFileAtomically(file, {reinterpret_cast<const char *>(bytes.data()), bytes.size()});
 }
 
 } // namespace velm

@@ -1,0 +1,163 @@
+// Backdrops by direction, and the service that tells nodes about them.
+#include "host/error.h"
+#include "host/image/image.h"
+#include "host/services/backdrop.h"
+#include "tests/image/image_files.h"
+#include "tests/image/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace velm::test {
+namespace {
+
+constexpr double kTolerance = 1e-9;
+using Kind = BackdropDescription::Kind;
+
+// A description with some members set.
+template <typename Edit>
+BackdropDescription describe(Kind kind, Edit edit) {
+    BackdropDescription description;
+    description.kind = kind;
+    edit(description);
+    return description;
+}
+
+Triple seen(const Backdrop &backdrop, double x, double y, double z) {
+    const double direction[3] = {x, y, z};
+    Triple colour;
+    backdrop.evaluate(direction, colour.data());
+    return colour;
+}
+
+void expectNear(const Triple &found, const Triple &expected, const char *what, double tolerance = kTolerance) {
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(found[i], expected[i], tolerance) << what << ", component " << i;
+}
+
+TEST(Backdrop, PlainIsTheSameEverywhere) {
+    EXPECT_EQ(seen(Backdrop(), 0, 1, 0), (Triple{0, 0, 0}));
+    const Backdrop backdrop(describe(Kind::plain, [](BackdropDescription &each) { each.colour = {0.1, 0.2, 0.3}; }));
+    EXPECT_EQ(seen(backdrop, 0, 1, 0), (Triple{0.1, 0.2, 0.3}));
+    EXPECT_EQ(seen(backdrop, 1, -2, 3), (Triple{0.1, 0.2, 0.3}));
+}
+
+TEST(Backdrop, GradientRunsOverTheElevation) {
+    const Backdrop backdrop(describe(Kind::gradient, [](BackdropDescription &each) {
+        each.zenith = {0, 0, 0};
+        each.sky = {1, 0.5, 2};
+        each.ground = {4, 4, 4};
+        each.nadir = {0, 8, 0};
+        each.skySqueeze = 2;
+        each.groundSqueeze = 1;
+    }));
+    expectNear(seen(backdrop, 0, 1, 0), {0, 0, 0}, "zenith");
+    expectNear(seen(backdrop, 0, 0, 1), {1, 0.5, 2}, "horizon");
+    expectNear(seen(backdrop, -3, 0, 0), {1, 0.5, 2}, "horizon to the left");
+    expectNear(seen(backdrop, 0, 1, 1), {0.25, 0.125, 0.5}, "half up, squeezed by 2");
+    expectNear(seen(backdrop, 1, -1, 0), {2, 6, 2}, "half down, even");
+    expectNear(seen(backdrop, 0, -1, 0), {0, 8, 0}, "nadir");
+    expectNear(seen(backdrop, 0, -1e-12, 1), {4, 4, 4}, "just under the horizon", 1e-6);
+}
+
+TEST(Backdrop, DirectionsWithoutOneAreAhead) {
+    const Backdrop backdrop(describe(Kind::gradient, [](BackdropDescription &) {}));
+    const Triple ahead = seen(backdrop, 0, 0, 1);
+    EXPECT_EQ(seen(backdrop, 0, 0, 0), ahead);
+    EXPECT_EQ(seen(backdrop, NAN, 0, 0), ahead);
+    EXPECT_EQ(seen(backdrop, 0, INFINITY, 0), ahead);
+}
+
+class ImageBackdrop : public testing::Test {
+  protected:
+    void SetUp() override {
+        ImageList::instance().clear();
+        // Eight columns and four rows; red tells the column, green the row.
+        std::vector<float> values;
+        for (int y = 0; y < 4; ++y) {
+            for (int x = 0; x < 8; ++x) values.insert(values.end(), {static_cast<float>(x), static_cast<float>(y), 1});
+        }
+        ASSERT_TRUE(writeImageFile(directory / "map.exr", 8, 4, 3, values));
+        ImageList::instance().load(directory / "map.exr", "map");
+    }
+    void TearDown() override { ImageList::instance().clear(); }
+
+    const TemporaryDirectory directory;
+};
+
+TEST_F(ImageBackdrop, LiesAroundTheScene) {
+    const Backdrop backdrop(describe(Kind::image, [](BackdropDescription &each) { each.image = "map"; }));
+    expectNear(seen(backdrop, 0, 0, 1), {3.5, 1.5, 1}, "ahead");
+    expectNear(seen(backdrop, 1, 0, 0), {5.5, 1.5, 1}, "right");
+    expectNear(seen(backdrop, 0, 1, 0), {3.5, 0, 1}, "zenith: the top row");
+    expectNear(seen(backdrop, 0, -1, 0), {3.5, 3, 1}, "nadir: the bottom row");
+    expectNear(seen(backdrop, 0, 0, -1), {3.5, 1.5, 1}, "behind: the mean of the last and first columns");
+    // Either side of the seam lies half a pixel from the edge columns' centres.
+    expectNear(seen(backdrop, 1e-9, 0, -1), {3.5, 1.5, 1}, "right of the seam", 1e-6);
+    expectNear(seen(backdrop, -1e-9, 0, -1), {3.5, 1.5, 1}, "left of the seam", 1e-6);
+}
+
+TEST_F(ImageBackdrop, HasSeamAngleAndBrightness) {
+    const Backdrop backdrop(describe(Kind::image, [](BackdropDescription &each) {
+        each.image = "map";
+        each.seamAngle = 90;
+        each.brightness = 2;
+    }));
+    expectNear(seen(backdrop, 1, 0, 0), {7, 3, 2}, "right, where ahead was");
+    expectNear(seen(backdrop, 0, 0, 1), {3, 3, 2}, "ahead");
+}
+
+TEST_F(ImageBackdrop, MissingImageIsAnErrorAtItsPlace) {
+    try {
+        Backdrop(describe(Kind::image, [](BackdropDescription &each) {
+            each.image = "mop";
+            each.place = {.file = "scene.json", .line = 7};
+        }));
+        ADD_FAILURE();
+    } catch (const InputError &error) {
+        const std::string message = error.what();
+        EXPECT_EQ(message.rfind("scene.json:7", 0), 0u) << message;
+        EXPECT_NE(message.find("\"mop\""), std::string::npos) << message;
+        EXPECT_NE(message.find("\"map\""), std::string::npos) << message;
+    }
+}
+
+TEST(Backdrop, SqueezeHasToBePositive) {
+    EXPECT_THROW(Backdrop(describe(Kind::plain, [](BackdropDescription &each) { each.skySqueeze = 0; })), InputError);
+    EXPECT_THROW(Backdrop(describe(Kind::plain, [](BackdropDescription &each) { each.groundSqueeze = -1; })),
+                 InputError);
+    EXPECT_THROW(Backdrop(describe(Kind::plain, [](BackdropDescription &each) { each.groundSqueeze = NAN; })),
+                 InputError);
+}
+
+TEST(BackdropService, TellsOfTheBackdropThatIsSet) {
+    const HostBackdropInfo *info = backdropInfo();
+    const Backdrop backdrop(describe(Kind::gradient, [](BackdropDescription &each) {
+        each.skySqueeze = 3;
+        each.groundSqueeze = 4;
+    }));
+    setBackdrop(&backdrop);
+    const double up[3] = {0, 1, 0};
+    Triple colour, zenith, sky, ground, nadir;
+    info->backdrop(1.5, up, colour.data());
+    EXPECT_EQ(colour, backdrop.description().zenith);
+    EXPECT_EQ(info->type(0), Backdrop::kGradient);
+    info->colours(0, zenith.data(), sky.data(), ground.data(), nadir.data());
+    EXPECT_EQ(zenith, backdrop.description().zenith);
+    EXPECT_EQ(sky, backdrop.description().sky);
+    EXPECT_EQ(ground, backdrop.description().ground);
+    EXPECT_EQ(nadir, backdrop.description().nadir);
+    double skySqueeze, groundSqueeze;
+    info->squeeze(0, &skySqueeze, &groundSqueeze);
+    EXPECT_EQ(skySqueeze, 3);
+    EXPECT_EQ(groundSqueeze, 4);
+
+    setBackdrop(nullptr);
+    info->backdrop(0, up, colour.data());
+    EXPECT_EQ(colour, (Triple{0, 0, 0}));
+    EXPECT_EQ(info->type(0), Backdrop::kPlain);
+}
+
+} // namespace
+} // namespace velm::test

@@ -1,0 +1,127 @@
+// Images from files: which channels they have, and which numbers become of the file's.
+#include "host/error.h"
+#include "host/image/image.h"
+#include "tests/image/image_files.h"
+#include "tests/image/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+namespace velm::test {
+namespace {
+
+// Screen numbers and the light that they stand for, from the curve's definition: straight below 0.04045, else
+// ((c + 0.055) / 1.055)^2.4.
+struct Encoded {
+    int of255;
+    double linear;
+};
+constexpr Encoded kEncoded[] = {{0, 0}, {5, 0.001517635}, {128, 0.2158605}, {188, 0.5028865}, {255, 1}};
+constexpr double kByteTolerance = 1e-6;
+
+TEST(ReadImage, EightBitsAreScreenNumbers) {
+    const TemporaryDirectory directory;
+    std::vector<std::uint8_t> values;
+    for (const Encoded &each : kEncoded) values.insert(values.end(), 3, static_cast<std::uint8_t>(each.of255));
+    ASSERT_TRUE(writeImageFile(directory / "a.png", 5, 1, 3, values));
+    const auto image = readImage(directory / "a.png", "a");
+    for (int x = 0; x < 5; ++x) {
+        float colour[3];
+        pixel(image.get(), x, 0, colour);
+        for (const float component : colour) EXPECT_NEAR(component, kEncoded[x].linear, kByteTolerance) << x;
+    }
+}
+
+TEST(ReadImage, SixteenBitsAreScreenNumbers) {
+    const TemporaryDirectory directory;
+    ASSERT_TRUE(writeImageFile<std::uint16_t>(directory / "a.png", 2, 1, 3, {65535, 32896, 0, 257, 48316, 1285}));
+    const auto image = readImage(directory / "a.png", "a");
+    float colour[3];
+    pixel(image.get(), 0, 0, colour);
+    EXPECT_NEAR(colour[0], 1, kByteTolerance);
+    EXPECT_NEAR(colour[1], 0.2158605, kByteTolerance);
+    EXPECT_EQ(colour[2], 0);
+    pixel(image.get(), 1, 0, colour);
+    EXPECT_NEAR(colour[0], 1.0 / 255 / 12.92, kByteTolerance);
+    EXPECT_NEAR(colour[1], 0.5028865, kByteTolerance);
+    EXPECT_NEAR(colour[2], 0.001517635, kByteTolerance);
+}
+
+class FloatFile : public testing::TestWithParam<const char *> {};
+
+TEST_P(FloatFile, KeepsItsNumbers) {
+    const TemporaryDirectory directory;
+    const std::string file = directory / (std::string("a") + GetParam());
+    const std::vector<float> values = {0.25f, 0.5f, 1.0f, 0.125f, 4.0f, 16.0f};
+    ASSERT_TRUE(writeImageFile(file, 2, 1, 3, values));
+    const auto image = readImage(file, "a");
+    for (int x = 0; x < 2; ++x) {
+        float colour[3];
+        pixel(image.get(), x, 0, colour);
+        // The shared exponent of .hdr keeps 8 bits of the largest component.
+        for (int i = 0; i < 3; ++i) EXPECT_NEAR(colour[i], values[static_cast<std::size_t>(3 * x + i)], 1.0 / 16);
+    }
+}
+INSTANTIATE_TEST_SUITE_P(Formats, FloatFile, testing::Values(".exr", ".hdr", ".tif"));
+
+struct ChannelCase {
+    const char *name;
+    int channels;
+    bool isColour, hasAlpha;
+};
+class Channels : public testing::TestWithParam<ChannelCase> {};
+
+TEST_P(Channels, AreTakenOver) {
+    const TemporaryDirectory directory;
+    const int count = GetParam().channels;
+    std::vector<std::uint8_t> values;
+    for (int i = 0; i < count; ++i) values.push_back(static_cast<std::uint8_t>(255 - 64 * i));
+    const bool alpha = GetParam().hasAlpha;
+    if (alpha) values.back() = 51;
+    ASSERT_TRUE(writeImageFile(directory / "a.png", 1, 1, count, values));
+    const auto image = readImage(directory / "a.png", "name");
+    EXPECT_EQ(image->name, "name");
+    EXPECT_EQ(image->channels, count);
+    EXPECT_EQ(image->isColour, GetParam().isColour);
+    EXPECT_EQ(image->hasAlpha, alpha);
+    float colour[3];
+    pixel(image.get(), 0, 0, colour);
+    EXPECT_NEAR(colour[0], 1, kByteTolerance); // not multiplied by alpha
+    EXPECT_EQ(colour[2] == colour[0], !GetParam().isColour);
+    EXPECT_NEAR(pixelAlpha(image.get(), 0, 0), alpha ? 0.2 : 1, kByteTolerance); // not put through the curve
+}
+INSTANTIATE_TEST_SUITE_P(All, Channels,
+                         testing::Values(ChannelCase{"Luminance", 1, false, false},
+                                         ChannelCase{"LuminanceAlpha", 2, false, true},
+                                         ChannelCase{"Colour", 3, true, false},
+                                         ChannelCase{"ColourAlpha", 4, true, true}),
+                         [](const auto &each) { return each.param.name; });
+
+TEST(ReadImage, ErrorsNameTheFile) {
+    const TemporaryDirectory directory;
+    writeText(directory / "broken.png", "\x89PNG\r\n\x1a\nand no more");
+    writeText(directory / "text.exr", "not an image");
+    writeText(directory / "empty.jpg", "");
+    for (const char *name : {"missing.png", "broken.png", "text.exr", "empty.jpg"}) {
+        try {
+            readImage(directory / name, name);
+            ADD_FAILURE() << name << " was read";
+        } catch (const InputError &error) {
+            EXPECT_EQ(std::string(error.what()).rfind(directory / name, 0), 0u) << error.what();
+        }
+    }
+}
+
+TEST(ReadImage, CutOffFileIsAnError) {
+    const TemporaryDirectory directory;
+    std::vector<std::uint8_t> noise;
+    for (unsigned i = 0, state = 1; i < 64 * 64 * 3; ++i) {
+        state = state * 1664525 + 1013904223;
+        noise.push_back(static_cast<std::uint8_t>(state >> 24));
+    }
+    ASSERT_TRUE(writeImageFile(directory / "a.png", 64, 64, 3, noise));
+    std::filesystem::resize_file(directory / "a.png", 2000);
+    EXPECT_THROW(readImage(directory / "a.png", "a"), InputError);
+}
+
+} // namespace
+} // namespace velm::test

@@ -1,0 +1,32 @@
+#include "tests/image/temporary_directory.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+
+namespace velm::test {
+
+TemporaryDirectory::TemporaryDirectory() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "velm-test-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a temporary directory");
+    path_ = pattern;
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    std::error_code ignored; // nothing to be done about it, and no test hangs on it
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::vector<std::string> TemporaryDirectory::names() const {
+    std::vector<std::string> result;
+    for (const auto &entry : std::filesystem::directory_iterator(path_)) {
+        result.push_back(entry.path().filename().string());
+    }
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
+void writeText(const std::string &file, const std::string &text) { std::ofstream(file, std::ios::binary) << text; }
+
+} // namespace velm::test
