@@ -38,6 +38,7 @@ struct Mesh {
     std::vector<std::uint32_t> polygonNumbers;  // by triangle; empty: every triangle is a polygon of its own
     std::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
     std::vector<std::string> materials;
+    std::uint32_t polygonCount = 0; // before they were cut into triangles
 
     std::uint32_t polygonNumber(std::uint32_t triangle) const {
         return polygonNumbers.empty() ? triangle : polygonNumbers[triangle];

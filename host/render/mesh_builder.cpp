@@ -130,7 +130,7 @@ void MeshBuilder::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c,
     const Vec3 across = cross(at(b) - at(a), at(c) - at(a));
     if (!(largest(across) > 0) || !isFinite(across)) return;
     mesh_.triangles.push_back({{a, b, c}});
-    mesh_.polygonNumbers.push_back(polygonCount_);
+    mesh_.polygonNumbers.push_back(mesh_.polygonCount);
     mesh_.materialNumbers.push_back(material);
 }
 
@@ -147,7 +147,7 @@ void MeshBuilder::addPolygon(const std::vector<std::uint32_t> &corners, std::uin
         triangulate(positions, cut_);
         for (const auto &[a, b, c] : cut_) addTriangle(corners[a], corners[b], corners[c], material);
     }
-    ++polygonCount_;
+    ++mesh_.polygonCount;
 }
 
 Mesh MeshBuilder::finish() {

@@ -45,7 +45,6 @@ class MeshBuilder {
 
     Mesh mesh_;
     bool hasNormals_;
-    std::uint32_t polygonCount_ = 0;
     std::vector<std::uint32_t> table_;              // open addressing; vertex number + 1, 0 is free
     std::vector<std::array<std::uint32_t, 3>> cut_; // the triangles of the polygon being added
 };

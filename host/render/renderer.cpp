@@ -6,8 +6,8 @@
 #include "host/graph/thread_role.h"
 #include "host/render/camera.h"
 #include "host/render/sampling.h"
+#include "host/render/scene_services.h"
 #include "host/render/shade.h"
-#include "host/services/camera_view.h"
 #include "host/suggest.h"
 
 #include <pmmintrin.h>
@@ -103,11 +103,10 @@ class FrameRender {
         : world_(world), job_(job), region_(regionOf(job)), cameraItem_(findCamera(world, job.camera)),
           camera_(cameraItem_.description, job.width, job.height), picture_(job.width, job.height),
           allOpaque_(isOpaque(world)), columns_((region_.right - region_.left + kTileSize - 1) / kTileSize),
-          rows_((region_.bottom - region_.top + kTileSize - 1) / kTileSize) {
-        setCameraView(camera_.view());
-    }
+          rows_((region_.bottom - region_.top + kTileSize - 1) / kTileSize) {}
 
     void run(int threads, ProgressSink *sink) {
+        const SceneServices services(world_, job_, region_, threads, cameraItem_, camera_);
         std::vector<std::jthread> workers; // joined also when the sink throws, after the tiles under way
         const CancelScope cancel{next_, tileCount()};
         for (int index = 0; index < threads; ++index) workers.emplace_back([this, index] { work(index); });
@@ -258,22 +257,12 @@ int threadsFor(const RenderJob &job) {
     return std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, static_cast<int>(kMaxThreads));
 }
 
-// The backdrop that services tell about while a frame is rendered.
-class BackdropScope {
-  public:
-    explicit BackdropScope(const Backdrop &backdrop) { setBackdrop(&backdrop); }
-    ~BackdropScope() { setBackdrop(nullptr); }
-    BackdropScope(const BackdropScope &) = delete;
-    BackdropScope &operator=(const BackdropScope &) = delete;
-};
-
 } // namespace
 
 Frame renderFrame(const World &world, const RenderJob &job, ProgressSink *sink) {
     checkJob(job);
     const auto begin = std::chrono::steady_clock::now();
     const RoleScope role(ThreadRole::controller);
-    const BackdropScope backdrop(world.data().backdrop);
     FrameRender render(world.data(), job);
     const int threads = std::min(threadsFor(job), render.tileCount());
     render.run(threads, sink);

@@ -36,6 +36,7 @@ class WorldBuilder {
     void build() {
         data_.sceneName = scene_.name;
         data_.sceneFile = scene_.file;
+        data_.render = scene_.render;
         data_.backdrop = Backdrop(scene_.backdrop);
         data_.ambient = scene_.render.ambientIntensity * Vec3(scene_.render.ambientColour);
         for (const LightDescription &light : scene_.lights) {

@@ -39,6 +39,7 @@ struct WorldCamera {
 
 struct WorldData {
     std::string sceneName, sceneFile;
+    RenderDescription render;
     std::vector<WorldSurface> surfaces;
     std::deque<WorldObject> objects; // a deque: its elements and the buffers in them stay where they are
     std::deque<Light> lights;
