@@ -227,6 +227,7 @@ bool TextLoadForm::skipToClose() {
         }
         lineStarted_ = true;
     }
+    skipLine();
     return true;
 }
 
