@@ -1,6 +1,6 @@
 // What a node class is, told as data, and the fixture of the tests that every class goes through with it: activation,
-// creation, saving, loading, copying, frames, its panel and its connections. A class's own test file gives its facts and
-// instantiates the suite for them.
+// creation, saving, loading, copying, frames, its panel and its connections. A class's own test file gives its facts
+// and instantiates the suite for them.
 #pragma once
 
 #include "tests/module/test_node.h"
@@ -28,9 +28,8 @@ struct ControlFacts {
 };
 
 struct NodeFacts {
-    const char *name;                // display name, and that of the group of channels
-    const char *server = nullptr;    // null: no server of the module
-    const char *menu = nullptr;      // its group of the node menu
+    const char *name;           // display name, and that of the group of channels; its server is "Velm " and this
+    const char *menu = nullptr; // its group of the node menu; null: it is no server of the module
     HostActivate *activate;
     HostActivate *interface = nullptr; // null: no panel
     Lines furtherServices = {};        // between the node services and the parameter services
@@ -44,7 +43,7 @@ struct NodeFacts {
     Lines initLog = {};
 };
 
-// The server's tags; null when there is none of this name.
+// The record of a server of the module; null when there is none of this name.
 const HostServer *serverOf(const char *className, const std::string &name);
 
 class NodeFrame : public testing::TestWithParam<const NodeFacts *> {
@@ -59,9 +58,18 @@ class NodeFrame : public testing::TestWithParam<const NodeFacts *> {
     Lines forEachParm(const std::string &start, const std::string &end = "") const;
     // Everything that a new node notes while it is made.
     Lines creation(const std::string &nodeName) const;
-    // A panel with nothing noted of how it came about; ends the test where the class has none.
+    // A panel with nothing noted of how it came about.
     HostPanel *shown();
 };
+
+// What only the classes with a panel go through; inputs are greyed there, and refresh it.
+class NodePanel : public NodeFrame {};
+
+// Instantiates both suites, or the first alone, for one class.
+#define VELM_NODE_WITH_PANEL(Name, facts)                                                                              \
+    INSTANTIATE_TEST_SUITE_P(Name, NodeFrame, testing::Values(&(facts)));                                              \
+    INSTANTIATE_TEST_SUITE_P(Name, NodePanel, testing::Values(&(facts)))
+#define VELM_NODE_WITHOUT_PANEL(Name, facts) INSTANTIATE_TEST_SUITE_P(Name, NodeFrame, testing::Values(&(facts)))
 
 Lines joined(std::initializer_list<Lines> parts);
 
