@@ -1,0 +1,186 @@
+// Random: the class, its bounds, and the stream that it shares.
+#include "tests/nodes/node_frame.h"
+
+#include "module/node.h"
+#include "module/panel.h"
+#include "random/random.h"
+#include "tests/module/hint_list.h"
+#include "tests/module/recorded_state.h"
+
+#include <array>
+#include <random>
+#include <thread>
+
+VELM_DECLARE_NODE(Random);
+VELM_DECLARE_PANEL(Random);
+
+namespace velm {
+namespace {
+
+const NodeFacts kFacts = {
+    .name = "Random",
+    .menu = "Velm's Nodes/Math",
+    .activate = Random_Activate,
+    .interface = Random_Interface,
+    .parms = {{"Min", 16, {0}}, {"Max", 16, {1}}},
+    .inputs = {"Min 2", "Max 2"},
+    .outputs = {"Out 2"},
+    .panel = {{0x8001, "Min", "float-env", "float-env", "Min", "Min"},
+              {0x8002, "Max", "float-env", "float-env", "Max", "Max"}},
+    .saved = {"parm Min", "parm Max"},
+};
+VELM_NODE_WITH_PANEL(Random, kFacts);
+
+// The numbers of the stream after a creation, from the library's generator of the same kind.
+class Reference {
+  public:
+    double next() { return static_cast<double>(generator_()) / 4294967295.0; }
+
+  private:
+    std::mt19937 generator_{3};
+};
+
+class Random : public testing::Test {
+  protected:
+    FakeHost host;
+    TestNode node{host, "Velm Random"};
+    ShadingSample sample = plainSample();
+    Reference reference;
+};
+
+TEST_F(Random, GivesTheStreamOfItsCreation) {
+    for (int i = 0; i < 2000; ++i) {
+        const double value = node.scalar("Out", sample);
+        EXPECT_EQ(value, reference.next());
+        EXPECT_TRUE(value >= 0 && value <= 1);
+    }
+}
+
+TEST_F(Random, LiesBetweenItsBounds) {
+    node.set("Min", -2);
+    node.set("Max", 6);
+    for (int i = 0; i < 500; ++i) EXPECT_EQ(node.scalar("Out", sample), -2 + 8 * reference.next());
+}
+
+TEST_F(Random, ReachesBothItsBounds) {
+    node.set("Min", 3);
+    node.set("Max", 5);
+    init_genrand(3);
+    mt[0] = 0, mti = 0; // a word of zeros is drawn as one
+    EXPECT_EQ(node.scalar("Out", sample), 3);
+    // The word that is drawn as ones: tempering is undone by trying the bits one by one, as it is linear.
+    uint32_t word = 0;
+    std::array<uint32_t, 32> images;
+    for (int bit = 0; bit < 32; ++bit) images[static_cast<size_t>(bit)] = temper(1u << bit);
+    std::array<uint32_t, 32> sources;
+    for (int bit = 0; bit < 32; ++bit) sources[static_cast<size_t>(bit)] = 1u << bit;
+    uint32_t wanted = 0xffffffffu;
+    for (size_t column = 0; column < 32; ++column) {
+        size_t pivot = column;
+        while (!(images[pivot] >> column & 1)) ++pivot;
+        std::swap(images[pivot], images[column]);
+        std::swap(sources[pivot], sources[column]);
+        for (size_t row = 0; row < 32; ++row)
+            if (row != column && images[row] >> column & 1)
+                images[row] ^= images[column], sources[row] ^= sources[column];
+    }
+    for (size_t column = 0; column < 32; ++column)
+        if (wanted >> column & 1) word ^= sources[column];
+    mt[0] = word, mti = 0;
+    EXPECT_EQ(node.scalar("Out", sample), 5);
+}
+
+TEST_F(Random, EqualBoundsGiveThemAndStillDraw) {
+    node.set("Min", 5);
+    node.set("Max", 5);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(node.scalar("Out", sample), 5);
+    for (int i = 0; i < 3; ++i) reference.next();
+    EXPECT_EQ(genrand_real1(), reference.next());
+}
+
+TEST_F(Random, BoundsTheWrongWayRoundCountDown) {
+    node.set("Min", 1);
+    node.set("Max", 0);
+    for (int i = 0; i < 500; ++i) EXPECT_EQ(node.scalar("Out", sample), 1 - reference.next());
+}
+
+TEST_F(Random, ASecondNodeRestartsTheStreamForAll) {
+    const double first = node.scalar("Out", sample), second = node.scalar("Out", sample);
+    TestNode other(host, "Velm Random", "other");
+    EXPECT_EQ(node.scalar("Out", sample), first);
+    EXPECT_EQ(other.scalar("Out", sample), second) << "one stream for both";
+    node.render.init(node.instance, kInitRender);
+    node.render.newTime(node.instance, 1, 0.04);
+    reference.next(), reference.next();
+    EXPECT_EQ(node.scalar("Out", sample), reference.next()) << "nothing but a creation restarts it";
+}
+
+TEST_F(Random, DrawsAfterItsInputs) {
+    // What feeds the bounds may draw too; the node's own number comes last.
+    node.input("Min").source = [](ShadingSample *, void *value) { *static_cast<double *>(value) = genrand_real1(); };
+    node.input("Max").source = [](ShadingSample *, void *value) { *static_cast<double *>(value) = genrand_real1(); };
+    const double low = reference.next(), high = reference.next();
+    EXPECT_EQ(node.scalar("Out", sample), low + (high - low) * reference.next());
+    host.logsEvaluation = true;
+    node.evaluate("Out", sample);
+    EXPECT_EQ(host.takeLog(), (Lines{"evaluate Min", "evaluate Max", "setValue"}));
+}
+
+TEST_F(Random, FollowsItsFrames) {
+    for (const char *bound : {"Min", "Max"})
+        node.parm(bound).overTime = [](double time, double *value) { *value = time; };
+    node.render.newTime(node.instance, 1, 2.5);
+    EXPECT_EQ(node.scalar("Out", sample), 2.5);
+    Random_get_vpValues(node.instance, 3.5);
+    EXPECT_EQ(node.scalar("Out", sample), 3.5);
+}
+
+TEST_F(Random, ACopyHasItsBoundsFromTheNextFrame) {
+    node.set("Min", 8);
+    node.set("Max", 8);
+    TestNode copy(host, "Velm Random", "copy");
+    ASSERT_EQ(copy.ops.copy(copy.instance, node.instance), nullptr);
+    EXPECT_EQ(copy.scalar("Out", sample), reference.next());
+    copy.render.newTime(copy.instance, 0, 0.0);
+    EXPECT_EQ(copy.scalar("Out", sample), 8);
+}
+
+TEST_F(Random, LoadingReadsTheBoundsAtTheStart) {
+    RecordedState state;
+    state.parm({4}).parm({4});
+    EXPECT_EQ(node.ops.load(node.instance, state.load()), nullptr);
+    EXPECT_EQ(node.scalar("Out", sample), 4);
+}
+
+TEST_F(Random, ThePanelIsPlain) {
+    EXPECT_EQ(hintsOf(node.panel()->hints).size(), 6u) << "notifications, two controls and their labels";
+}
+
+TEST(RandomThreaded, DrawsOnManyThreadsStayBetweenTheBounds) {
+    FakeHost host;
+    TestNode node(host, "Velm Random");
+    node.set("Min", 2);
+    node.set("Max", 3);
+    std::array<int, kMaxThreads> outside{};
+    std::array<double, kMaxThreads> sums{};
+    std::vector<std::thread> threads;
+    constexpr int draws = 5000;
+    for (size_t i = 0; i < kMaxThreads; ++i)
+        threads.emplace_back([&, i] {
+            ShadingSample sample = plainSample();
+            sample.threadIndex = static_cast<int>(i);
+            for (int draw = 0; draw < draws; ++draw) {
+                const double value = node.scalar("Out", sample);
+                outside[i] += !(value >= 2 && value <= 3);
+                sums[i] += value;
+            }
+        });
+    for (std::thread &thread : threads) thread.join();
+    for (size_t i = 0; i < kMaxThreads; ++i) {
+        EXPECT_EQ(outside[i], 0);
+        EXPECT_TRUE(sums[i] > 2 * draws && sums[i] < 3 * draws) << "numbers, not one number";
+    }
+}
+
+} // namespace
+} // namespace velm
