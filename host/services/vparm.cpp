@@ -97,11 +97,12 @@ void HostVParm::addEnvelopes() {
 }
 
 void HostVParm::dropEnvelopes() {
-    for (HostEnvelope *&envelope : envelopes_) {
+    for (HostEnvelope *&each : envelopes_) {
+        HostEnvelope *envelope = std::exchange(each, nullptr);
         if (envelope == nullptr) continue;
         envelope->user = nullptr;
         std::erase_if(envelope->listeners, [this](const auto &listener) { return listener.userData == this; });
-        std::exchange(envelope, nullptr)->group->removeEnvelope(*envelope);
+        envelope->group->removeEnvelope(*envelope);
     }
 }
 
