@@ -71,7 +71,7 @@ struct HostNode {
 namespace velm {
 
 // Converts a value of one connection type to another. `from` and `to` may be the same place.
-//   colour, material -> scalar   luminance of linear light: 0.2126 R + 0.7152 G + 0.0722 B (ITU-R BT.709)
+//   colour, material -> scalar   luminance, 0.299 R + 0.587 G + 0.114 B (ITU-R BT.601)
 //   vector -> scalar             the same, its components standing for red, green and blue
 //   scalar, integer -> triple    the value in each component
 //   anything -> integer          through the scalar, truncated towards zero; beyond an int the nearest int; NaN gives 0

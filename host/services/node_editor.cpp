@@ -24,7 +24,11 @@ HostError guarded(HostNodeEditor *editor, Act act) {
 
 HostNodeEditor *create(const char *name, const char *title, const HostRootDescription *root, void *userData) {
     const char *shown = name ? name : "";
-    return new (std::nothrow) HostNodeEditor(shown, title ? title : shown, root, userData);
+    try {
+        return new HostNodeEditor(shown, title ? title : shown, root, userData);
+    } catch (const std::exception &) {
+        return nullptr; // which tells the caller that there is no memory
+    }
 }
 
 void destroy(HostNodeEditor *editor) { delete editor; }

@@ -1,0 +1,188 @@
+// Opening modules, and files that are none.
+#include "host/load/module.h"
+
+#include "host/error.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+#include <elf.h>
+#include <link.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+namespace velm::test {
+namespace {
+
+std::string moduleFile(const std::string &name) { return TEST_MODULES "/" + name + ".p"; }
+
+std::string errorOf(const std::string &file) {
+    try {
+        Module::open(file);
+    } catch (const InputError &error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+std::string expected(const std::string &file, const std::string &why) {
+    return "cannot load the module " + file + ": " + why;
+}
+
+struct WrongModule {
+    const char *name, *why;
+};
+
+class WrongModuleTest : public ::testing::TestWithParam<WrongModule> {};
+
+TEST_P(WrongModuleTest, IsRefusedInWords) {
+    const std::string file = moduleFile(GetParam().name);
+    EXPECT_EQ(errorOf(file), expected(file, GetParam().why));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, WrongModuleTest,
+    ::testing::Values(WrongModule{"nowhere", "there is no such file"},
+                      WrongModule{"no_descriptor", "it has no module descriptor _mod_descrip"},
+                      WrongModule{"sync_word", "its sync word is 0x12345678 instead of 0x4121994"},
+                      WrongModule{"version", "its descriptor has version 2 instead of 3"},
+                      WrongModule{"platform", "its platform code is 0x300 instead of 0x400 or 0x200"},
+                      WrongModule{"refuses", "it refuses to start"},
+                      WrongModule{"no_servers", "its descriptor leaves out the startup, the shutdown or the servers"}),
+    [](const auto &row) { return std::string(row.param.name); });
+
+// A file of our own making, gone at the end.
+class MadeFile {
+  public:
+    explicit MadeFile(const std::string &bytes)
+        : path_((std::filesystem::temp_directory_path() / ("velm_module_test_" + std::to_string(getpid()) + ".p"))
+                    .string()) {
+        std::ofstream(path_, std::ios::binary) << bytes;
+    }
+    ~MadeFile() { std::filesystem::remove(path_); }
+    MadeFile(const MadeFile &) = delete;
+    MadeFile &operator=(const MadeFile &) = delete;
+    void expectError(const std::string &why) const { EXPECT_EQ(errorOf(path_), expected(path_, why)); }
+
+  private:
+    std::string path_;
+};
+
+std::string bytesOf(const std::string &file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// The good module with its header changed.
+template <class Change>
+std::string changedHeader(Change change) {
+    std::string bytes = bytesOf(moduleFile("good"));
+    ElfW(Ehdr) header;
+    std::memcpy(&header, bytes.data(), sizeof header);
+    change(header);
+    std::memcpy(bytes.data(), &header, sizeof header);
+    return bytes;
+}
+
+TEST(ModuleFile, OtherThingsAreNoModules) {
+    MadeFile("").expectError("it is not a shared object");
+    MadeFile("This is a text, and a rather long one at that; longer than any header could be, one hopes.\n")
+        .expectError("it is not a shared object");
+    const std::string directory = std::filesystem::temp_directory_path().string();
+    EXPECT_EQ(errorOf(directory), expected(directory, "it is a directory"));
+}
+
+TEST(ModuleFile, CutShortIsToldWhereverTheCutIs) {
+    const std::string whole = bytesOf(moduleFile("good"));
+    ASSERT_GT(whole.size(), 4096u);
+    MadeFile(whole.substr(0, 40)).expectError("it was cut short");
+    MadeFile(whole.substr(0, 100)).expectError("it was cut short");
+    MadeFile(whole.substr(0, 2000)).expectError("it was cut short");
+    MadeFile(whole.substr(0, 10)).expectError("it is not a shared object");
+}
+
+TEST(ModuleFile, OtherMachinesModulesAreNamed) {
+    constexpr int kOwn = sizeof(void *) == 8 ? 64 : 32;
+    MadeFile(changedHeader([](auto &header) { header.e_ident[EI_CLASS] = kOwn == 64 ? ELFCLASS32 : ELFCLASS64; }))
+        .expectError("it is a " + std::to_string(96 - kOwn) + "-bit module, and this host a " + std::to_string(kOwn) +
+                     "-bit program");
+    MadeFile(changedHeader([](auto &header) {
+        header.e_machine = EM_S390;
+    })).expectError("it was built for another kind of machine");
+    MadeFile(changedHeader([](auto &header) { header.e_type = ET_REL; })).expectError("it is not a shared object");
+    MadeFile(changedHeader([](auto &header) {
+        header.e_ident[EI_CLASS] = 9;
+    })).expectError("it is not a shared object");
+    MadeFile(changedHeader([](auto &header) {
+        header.e_phentsize = 7;
+    })).expectError("its program headers are damaged");
+    MadeFile(changedHeader([](auto &header) { header.e_phoff = 1u << 30; })).expectError("it was cut short");
+}
+
+// Keeps a module in memory, to look at what it counted after it was unloaded.
+class Witness {
+  public:
+    explicit Witness(const std::string &name) : library_(dlopen(moduleFile(name).c_str(), RTLD_NOW)) {}
+    ~Witness() { dlclose(library_); }
+    Witness(const Witness &) = delete;
+    Witness &operator=(const Witness &) = delete;
+    int starts() const { return *static_cast<int *>(dlsym(library_, "starts")); }
+    int stops() const { return *static_cast<int *>(dlsym(library_, "stops")); }
+    void *stoppedWord() const { return *static_cast<void **>(dlsym(library_, "stopped_word")); }
+    void *startWord() const { return dlsym(library_, "starts"); }
+
+  private:
+    void *library_;
+};
+
+TEST(Module, StartsAndShutsDownOnce) {
+    const Witness witness("good");
+    {
+        Module first = Module::open(moduleFile("good"));
+        EXPECT_EQ(witness.starts(), 1);
+        EXPECT_STREQ(first.servers()->name, "Test");
+        EXPECT_EQ(first.descriptor().version, 3u);
+        EXPECT_EQ(first.path(), moduleFile("good"));
+        Module second = std::move(first);
+        Module third = Module::open(moduleFile("unix"));
+        third = std::move(second);
+        EXPECT_EQ(witness.stops(), 0);
+        EXPECT_STREQ(third.servers()->name, "Test");
+    }
+    EXPECT_EQ(witness.starts(), 1);
+    EXPECT_EQ(witness.stops(), 1);
+    EXPECT_EQ(witness.stoppedWord(), witness.startWord());
+}
+
+TEST(Module, WhatItIsReplacedByShutsItDown) {
+    const Witness witness("unix");
+    const int before = witness.stops();
+    Module module = Module::open(moduleFile("unix"));
+    module = Module::open(moduleFile("good"));
+    EXPECT_EQ(witness.stops(), before + 1);
+}
+
+TEST(Module, OneThatRefusesIsNotShutDown) {
+    const Witness witness("refuses");
+    EXPECT_THROW(Module::open(moduleFile("refuses")), InputError);
+    EXPECT_EQ(witness.starts(), 1);
+    EXPECT_EQ(witness.stops(), 0);
+}
+
+TEST(Module, RelativePathsAreTakenFromHere) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(TEST_MODULES);
+    EXPECT_EQ(errorOf("good.p"), "no error");
+    std::filesystem::current_path(before);
+}
+
+TEST(Module, TheNodesModuleOpens) {
+    const Module module = Module::open(VELM_MODULE_FILE);
+    EXPECT_STREQ(module.servers()->className, HOST_CLASS_NODE_HANDLER);
+}
+
+} // namespace
+} // namespace velm::test

@@ -1,0 +1,48 @@
+/* A module that is right, but for what the build defines otherwise. */
+#include "module/host.h"
+
+#ifndef SYNC_WORD
+#define SYNC_WORD kModuleSyncWord
+#endif
+#ifndef VERSION
+#define VERSION kModuleVersion
+#endif
+#ifndef PLATFORM
+#define PLATFORM kPlatformMacintosh
+#endif
+#ifndef STARTUP_WORD
+#define STARTUP_WORD &starts
+#endif
+#ifndef SERVERS
+#define SERVERS servers
+#endif
+
+#define VISIBLE __attribute__((visibility("default")))
+
+/* Counted for the tests. */
+VISIBLE int starts, stops;
+VISIBLE void *stopped_word;
+
+static void *startup(void) {
+    ++starts;
+    return STARTUP_WORD;
+}
+
+static void shutdown(void *word) {
+    ++stops;
+    stopped_word = word;
+}
+
+static int activate(int version, HostLookup *lookup, void *local, void *serverData) {
+    (void)version, (void)lookup, (void)local, (void)serverData;
+    return kActivateOk;
+}
+
+__attribute__((unused)) static const HostServer servers[] = {{HOST_CLASS_NODE_HANDLER, "Test", activate, 0}, {0, 0, 0, 0}};
+
+#ifndef NO_DESCRIPTOR
+VISIBLE
+#else
+static __attribute__((unused))
+#endif
+const HostModuleDescriptor _mod_descrip = {SYNC_WORD, VERSION, PLATFORM, startup, shutdown, SERVERS};
