@@ -51,8 +51,11 @@ double sampleBilinearAlpha(const HostImage *image, double u, double v);
 void sampleSpot(const HostImage *image, double u, double v, double spotSize, double colour[3]);
 double sampleSpotAlpha(const HostImage *image, double u, double v, double spotSize);
 
-// Brightness of a colour: ITU-R BT.601 weights, the same as where a colour feeds a scalar.
-constexpr double luminance(double red, double green, double blue) { return 0.299 * red + 0.587 * green + 0.114 * blue; }
+// Brightness of a colour: ITU-R BT.601 weights, 0.299 red, 0.587 green and 0.114 blue, the same as where a colour feeds a
+// scalar. Put so that a grey's is exactly its component.
+constexpr double luminance(double red, double green, double blue) {
+    return green + 0.299 * (red - green) + 0.114 * (blue - green);
+}
 
 // Where a direction (any length but 0) meets an image spread over the sphere, in radians of seam angle:
 // u = 0.5 + (heading - seamAngle) / 2 pi, brought to 0 <= u < 1, with the heading measured about +Y from +Z towards +X;
