@@ -12,8 +12,9 @@
 namespace velm {
 
 enum GlossyMode { kBackdropOnly, kRaysAndBackdrop, kSphericalMap, kRaysAndMap };
-// The blank that the last one starts with belongs to it.
-inline constexpr const char *glossyModes[] = {"Backdrop Only", "Ray Tracing + Backdrop", "Spherical Map",
+// The blank that the last one starts with belongs to it. Each unit has its own list: the address of a shared one is no
+// constant where the undefined-behaviour sanitizer allows for null symbols.
+static constexpr const char *glossyModes[] = {"Backdrop Only", "Ray Tracing + Backdrop", "Spherical Map",
                                               " Ray Tracing + Spherical Map", nullptr};
 
 // The services of a unit, as its own pointers have them.
