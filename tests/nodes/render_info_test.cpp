@@ -68,8 +68,7 @@ TEST_F(RenderInfo, TellsTheSamplesPixel) {
 }
 
 TEST_F(RenderInfo, KnowsNoSceneBeforeTheFirstRender) {
-    for (const char *output :
-         {"Start Frame", "End Frame", "Ray Recursion Limit", "Current Frame", "Rendered Frames"}) {
+    for (const char *output : {"Start Frame", "End Frame", "Ray Recursion Limit", "Current Frame", "Rendered Frames"}) {
         const HostNodeValue value = node.evaluate(output, sample);
         EXPECT_EQ(value.integer, 0) << output;
         EXPECT_EQ(value.timesSet, 1) << output;
