@@ -46,6 +46,13 @@ class HintReader {
     unsigned int id() { return static_cast<unsigned int>(word()); }
     int number() { return static_cast<int>(static_cast<unsigned int>(word())); }
     velm::PanelItem &item() { return panel_.itemFor(id()); }
+    // Hands the item whose identifier comes next to `take`, which reads the words behind it. (In `item().x = word()`
+    // the right side would be read first.)
+    template <class Take>
+    bool withItem(Take take) {
+        take(item());
+        return true;
+    }
     std::vector<unsigned int> ids() {
         std::vector<unsigned int> all;
         while (const unsigned int each = id()) all.push_back(each);
@@ -56,6 +63,11 @@ class HintReader {
         for (; list != nullptr && *list != nullptr && all.size() < most; ++list) all.emplace_back(*list);
         if (all.size() == kMostTexts) stop("a list of texts has no end");
         return all;
+    }
+    // The words are read in the order of the statements: an assignment would evaluate its right side first.
+    void setNumber(std::optional<int> velm::PanelItem::*limit) {
+        velm::PanelItem &control = item();
+        control.*limit = number();
     }
     void mark(bool velm::PanelItem::*flag) {
         for (const unsigned int each : ids()) panel_.itemFor(each).*flag = true;
@@ -148,11 +160,11 @@ bool HintReader::readLayout(HostWord tag) {
 
 bool HintReader::readLimits(HostWord tag) {
     switch (tag) {
-    case kHintMinimum: item().minimum = number(); return true;
-    case kHintMaximum: item().maximum = number(); return true;
-    case kHintStep: item().step = number(); return true;
+    case kHintMinimum: return withItem([&](velm::PanelItem &control) { control.minimum = number(); });
+    case kHintMaximum: return withItem([&](velm::PanelItem &control) { control.maximum = number(); });
+    case kHintStep: return withItem([&](velm::PanelItem &control) { control.step = number(); });
     case kHintRange: readRange(); return true;
-    case kHintSensitivity: item().sensitivity = number(); return true;
+    case kHintSensitivity: return withItem([&](velm::PanelItem &control) { control.sensitivity = number(); });
     case kHintEnforceLimits: {
         velm::PanelItem &control = item();
         control.minimumEnforced = word() != 0;
@@ -183,9 +195,10 @@ bool HintReader::readControl(HostWord tag) {
         return true;
     }
     case kHintValueTransform: readTransform(); return true;
-    case kHintButton: item().button = hint().button; return true;
-    case kHintDraw: item().draw = hint().draw; return true;
-    case kHintVectorLabels: item().vectorLabels = texts(hint().texts, 3); return true;
+    case kHintButton: return withItem([&](velm::PanelItem &control) { control.button = hint().button; });
+    case kHintDraw: return withItem([&](velm::PanelItem &control) { control.draw = hint().draw; });
+    case kHintVectorLabels:
+        return withItem([&](velm::PanelItem &control) { control.vectorLabels = texts(hint().texts, 3); });
     case kHintControlOptions: {
         velm::PanelItem &control = item();
         word(); // reserved
