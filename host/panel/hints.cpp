@@ -64,11 +64,6 @@ class HintReader {
         if (all.size() == kMostTexts) stop("a list of texts has no end");
         return all;
     }
-    // The words are read in the order of the statements: an assignment would evaluate its right side first.
-    void setNumber(std::optional<int> velm::PanelItem::*limit) {
-        velm::PanelItem &control = item();
-        control.*limit = number();
-    }
     void mark(bool velm::PanelItem::*flag) {
         for (const unsigned int each : ids()) panel_.itemFor(each).*flag = true;
     }
