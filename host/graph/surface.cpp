@@ -1,5 +1,6 @@
 #include "host/graph/surface.h"
 
+#include "host/graph/builtin/builtin.h"
 #include "host/graph/builtin/frame.h"
 #include "host/graph/names.h"
 #include "host/graph/network_blocks.h"
@@ -45,7 +46,7 @@ const HostServer kHandler{HOST_CLASS_NODE_HANDLER, kRoot.name, builtin::activate
 const HostServer kInterface{HOST_CLASS_NODE_INTERFACE, kRoot.name, builtin::activateInterface, nullptr};
 
 ServerClass &rootClass() {
-    static ServerClass server(kHandler, &kInterface, "built in");
+    static ServerClass server(kHandler, &kInterface, kBuiltinOrigin);
     return server;
 }
 

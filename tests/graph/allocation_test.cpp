@@ -1,0 +1,57 @@
+// A sample's way through a network asks for no memory.
+#include "host/graph/builtin/builtin.h"
+#include "host/graph/surface.h"
+#include "host/services/lookup.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local long allocations = 0;
+
+void *counted(std::size_t size) {
+    ++allocations;
+    if (void *memory = std::malloc(size > 0 ? size : 1)) return memory;
+    throw std::bad_alloc();
+}
+
+} // namespace
+
+// The replacements of the whole program; all other forms of new come to these.
+void *operator new(std::size_t size) { return counted(size); }
+void operator delete(void *memory) noexcept { std::free(memory); }
+void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
+
+namespace velm::test {
+namespace {
+
+TEST(Allocation, EvaluatingEveryBuiltInNodeAllocatesNothing) {
+    Surface surface("Clay");
+    HostNodeEditor &editor = surface.editor();
+    std::vector<HostOutput *> outputs;
+    for (const auto &server : serverList().all()) {
+        if (server->origin() != kBuiltinOrigin) continue;
+        for (const auto &output : editor.addNode(*server).outputs) outputs.push_back(output.get());
+    }
+    ASSERT_GT(outputs.size(), 30u);
+    surface.init(kInitRender);
+    ShadingSample sample{};
+    sample.shadingNormal[1] = 1;
+    for (HostOutput *output : outputs) {
+        // Once into a scalar and once into a colour, so that one of them is converted.
+        editor.connect(*output, *editor.root().findInput("Diffuse"));
+        editor.connect(*output, *editor.root().findInput("Color"));
+        const long before = allocations;
+        surface.evaluate(&sample);
+        EXPECT_EQ(allocations, before) << output->node->name << '.' << output->name;
+    }
+    const long before = allocations;
+    std::string counts(100, ' ');
+    EXPECT_GT(allocations, before) << counts; // the count itself works
+}
+
+} // namespace
+} // namespace velm::test
