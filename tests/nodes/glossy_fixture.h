@@ -1,0 +1,91 @@
+// What the tests of Gaussian Reflections and Gaussian Refractions share: the two classes told as data, the noise and
+// the bent rays worked out once more, and a sample that is looked at from the side.
+#pragma once
+
+#include "module/panel.h"
+#include "tests/module/fake_images.h"
+#include "tests/module/fake_scene.h"
+#include "tests/module/recorded_state.h"
+#include "tests/module/test_node.h"
+
+#include <array>
+#include <gtest/gtest.h>
+#include <random>
+
+VELM_DECLARE_NODE(GaussianReflections);
+VELM_DECLARE_PANEL(GaussianReflections);
+VELM_DECLARE_NODE(GaussianRefractions);
+VELM_DECLARE_PANEL(GaussianRefractions);
+
+namespace velm {
+
+using Lines = std::vector<std::string>;
+using Vector = std::array<double, 3>;
+
+struct GlossyUnit {
+    const char *name;
+    HostActivate *activate, *interface;
+    bool refracts;
+    const char *blur;                      // the channel
+    unsigned int tint, samples, blurDepth; // controls; the mode is 0x8001, the image 0x8002
+};
+
+inline constexpr GlossyUnit kReflections = {.name = "GaussianReflections",
+                                            .activate = activatedWith<FakeImages::lookup, GaussianReflections_Activate>,
+                                            .interface =
+                                                activatedWith<FakeImages::lookup, GaussianReflections_Interface>,
+                                            .refracts = false,
+                                            .blur = "Reflection Blur",
+                                            .tint = 0x8004,
+                                            .samples = 0x8007,
+                                            .blurDepth = 0x8008};
+inline constexpr GlossyUnit kRefractions = {.name = "GaussianRefractions",
+                                            .activate = activatedWith<FakeImages::lookup, GaussianRefractions_Activate>,
+                                            .interface =
+                                                activatedWith<FakeImages::lookup, GaussianRefractions_Interface>,
+                                            .refracts = true,
+                                            .blur = "Refraction Blur",
+                                            .tint = 0x8005,
+                                            .samples = 0x8008,
+                                            .blurDepth = 0x8009};
+
+enum GlossyControl : unsigned int { kMode = 0x8001, kImage = 0x8002 };
+enum Mode { kBackdrop, kRays, kMap, kRaysAndMap };
+
+Vector unit(Vector v);
+double dotOf(const Vector &a, const Vector &b);
+
+// One value of the module's noise, from the words that follow in a reference stream.
+double noiseOf(std::mt19937 &stream);
+// A normal with the noise of the next three values taken off it.
+Vector jittered(const Vector &normal, double blur, std::mt19937 &stream);
+
+// The mirrored view: what is along the surface stays, what is across it turns round.
+Vector mirrorOf(const Vector &view, const Vector &normal);
+// By the angles of Snell's law: the sine along the surface grows by the ratio of the indices.
+Vector snellOf(const Vector &view, const Vector &normal, double from, double into);
+
+Vector colourOf(const HostNodeValue &value);
+void expectNear(const Vector &have, const Vector &wanted, double tolerance = 1e-12);
+
+class Glossy : public testing::Test {
+  protected:
+    static constexpr Vector kView = {0.6, -0.8, 0}; // of sample()
+    static constexpr double kIndex = 1.25;          // where the ray comes from
+
+    FakeHost host;
+    FakeImages images;
+    FakeRays rays;
+    const GlossyUnit &tested;
+    TestNode node;
+
+    explicit Glossy(const GlossyUnit &unit);
+    // At (1, 2, 3), its normal up, seen from the left and above.
+    ShadingSample sample() const;
+    Vector evaluate(ShadingSample shaded) { return colourOf(node.evaluate("Color", shaded)); }
+    Vector evaluate() { return evaluate(sample()); }
+    // What is expected of a ray at a normal, with the index of refraction at 1.
+    Vector bent(const Vector &normal) const;
+};
+
+} // namespace velm
