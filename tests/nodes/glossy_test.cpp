@@ -111,6 +111,16 @@ TEST_P(GlossyNode, TakesAConnectedNormalAndNeverItsParameter) {
     expectNear(rays.traces.at(1).direction, bent(unit({0.1, 1, -0.2})));
 }
 
+TEST_P(GlossyNode, BringsTheNormalToUnitLengthBeforeTheNoise) {
+    node.set(tested.blur, 0.25);
+    node.set(tested.samples, 1);
+    node.connect("Normal", 0.0, 10.0, 0.0);
+    init_genrand(8);
+    std::mt19937 stream(8);
+    evaluate();
+    expectNear(rays.traces.at(0).direction, bent(jittered({0, 1, 0}, 0.25, stream)), kNoiseTolerance);
+}
+
 // ---- Inputs ----
 
 TEST_P(GlossyNode, ConnectionsCountForOneSampleOnly) {
