@@ -63,6 +63,7 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
     const WorldSurface &surface = state.world->surfaceOf(ray.hit.geomID, triangle);
     const Corners corners(object.mesh, ray.hit);
     const Vec3 place = corners.place(), front = corners.normal();
+    const Vec3 source{ray.ray.org_x, ray.ray.org_y, ray.ray.org_z};
     const bool back = dot(front, incoming.direction) > 0;
     const bool isSmooth = !object.mesh.normals.empty() && !surface.flat();
     const Vec3 smooth = isSmooth ? smoothNormal(object.mesh, triangle, corners, front) : front;
@@ -76,8 +77,8 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
     geometric.store(sample.geometricNormal);
     shading.store(sample.shadingNormal);
     shading.store(sample.unbumpedNormal);
-    incoming.source.store(sample.raySource);
-    sample.rayLength = length(place - incoming.source);
+    source.store(sample.raySource);
+    sample.rayLength = length(place - source);
     sample.spotSize = state.caster.spotSize + state.spread * sample.rayLength;
     sample.cosine = -dot(geometric, incoming.direction);
     sample.bumpHeight = 0;

@@ -123,8 +123,7 @@ double rayShade(const double position[3], const double direction[3], HostRayHit 
         describeMiss(state, origin, unit, *hit);
         return HOST_RAY_MISS;
     }
-    const IncomingRay incoming = {.source = origin,
-                                  .direction = unit,
+    const IncomingRay incoming = {.direction = unit,
                                   .refractionIndex = state.caster.refractionIndex,
                                   .flags = state.caster.sampled ? kRaySampled : 0};
     ShadingSample sample;

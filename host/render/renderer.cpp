@@ -229,8 +229,7 @@ class FrameRender {
         ++state.samples;
         ShadingSample sample;
         SurfaceValues values;
-        sum += shadeHit(state, ray, {.source = view.origin, .direction = unit, .refractionIndex = 1, .flags = 0},
-                        sample, values);
+        sum += shadeHit(state, ray, {.direction = unit, .refractionIndex = 1, .flags = 0}, sample, values);
         return true;
     }
 

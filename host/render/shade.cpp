@@ -108,10 +108,7 @@ double traceShaded(RayState &state, const Vec3 &origin, const Vec3 &direction, d
     ShadingSample sample;
     SurfaceValues values;
     shadeHit(state, ray,
-             {.source = origin,
-              .direction = unit,
-              .refractionIndex = refractionIndex,
-              .flags = extraFlags | (sampled ? kRaySampled : 0)},
+             {.direction = unit, .refractionIndex = refractionIndex, .flags = extraFlags | (sampled ? kRaySampled : 0)},
              sample, values)
         .store(colour);
     return distance;

@@ -23,14 +23,13 @@ float reach(double distance) {
     return static_cast<float>(distance * kJustShort);
 }
 
-double transparencyOf(RayState &state, const RTCRayHit &ray, const Vec3 &origin, const Vec3 &direction) {
+double transparencyOf(RayState &state, const RTCRayHit &ray, const Vec3 &direction) {
     // Surfaces may trace shadows themselves; beyond the limit, everything stops them.
     if (state.caster.depth > state.recursionDepth) return 0;
     ShadingSample sample;
     Caster caster;
     fillSample(state, ray,
-               {.source = origin,
-                .direction = direction,
+               {.direction = direction,
                 .refractionIndex = state.caster.refractionIndex,
                 .flags = kRayShadow | (state.caster.sampled ? kRaySampled : 0)},
                sample, caster);
@@ -62,7 +61,7 @@ double transmitted(RayState &state, RTCScene scene, const Vec3 &origin, const Ve
     const float farthest = ray.ray.tfar;
     double share = 1;
     while (findHit(state, scene, ray, rules)) {
-        const double transparency = state.allOpaque ? 0 : transparencyOf(state, ray, origin, unit);
+        const double transparency = state.allOpaque ? 0 : transparencyOf(state, ray, unit);
         if (transparency < 1 && firstStop != nullptr && *firstStop < 0) *firstStop = static_cast<double>(ray.ray.tfar);
         share *= transparency;
         if (share <= 0) return 0;

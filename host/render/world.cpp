@@ -54,6 +54,7 @@ class WorldBuilder {
 
   private:
     void addObject(const ObjectDescription &description) {
+        place_ = description.place;
         try {
             checkTransform(description.transform);
             WorldObject &object = data_.objects.emplace_back();
@@ -66,7 +67,7 @@ class WorldBuilder {
             assignSurfaces(description, object);
             smooth(object);
         } catch (const InputError &error) {
-            throw InputError(description.place, "object \"" + description.name + "\": " + error.what());
+            throw InputError(place_, "object \"" + description.name + "\": " + error.what());
         }
     }
 
@@ -96,6 +97,7 @@ class WorldBuilder {
             if (use.material.empty()) {
                 others = &use;
             } else if (std::find(materials.begin(), materials.end(), use.material) == materials.end()) {
+                standAt(use);
                 throw InputError("its mesh has no material \"" + use.material + "\"" +
                                  didYouMean(use.material, materials));
             }
@@ -108,8 +110,15 @@ class WorldBuilder {
                 throw InputError(material.empty() ? "it has no surface"
                                                   : "there is no surface for its mesh's material \"" + material + "\"");
             }
+            standAt(*use);
             object.surfaces.push_back(surfaceNumber(use->surface));
+            place_ = description.place;
         }
+    }
+
+    // Errors from here on are about this use of a surface.
+    void standAt(const SurfaceUse &use) {
+        if (!use.place.file.empty()) place_ = use.place;
     }
 
     std::uint16_t surfaceNumber(const std::string &name) {
@@ -171,6 +180,7 @@ class WorldBuilder {
     const SceneDescription &scene_;
     const SurfaceLookup &surfaceOf_;
     WorldData &data_;
+    Place place_;                    // that an error would be about
     std::vector<std::string> names_; // of data_.surfaces
 };
 

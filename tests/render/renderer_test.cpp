@@ -1,0 +1,327 @@
+// Frames: threads, regions, samples, progress and errors.
+#include "host/error.h"
+#include "host/services/backdrop.h"
+#include "host/services/scene_info.h"
+#include "tests/render/test_scene.h"
+
+#include <atomic>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace velm::test {
+namespace {
+
+constexpr double kTolerance = 1e-6;
+
+// A lit ball on a floor, with everything that draws sample points.
+TestScene smallScene() {
+    TestScene scene;
+    scene.job.width = 50;
+    scene.job.height = 40;
+    scene.job.samples = 3;
+    scene.surface("Ball", {{"Diffuse", 0.8}, {"Reflection", 0.3}});
+    scene.object("Ball", SphereShape{}, "Ball");
+    scene.object("Floor", PlaneShape{.width = 10, .depth = 10}, "Ball", {0, -1, 0});
+    LightDescription area;
+    area.kind = LightDescription::Kind::area;
+    area.position = {2, 3, -2};
+    area.intensity = 10;
+    area.samples = 4;
+    scene.scene.lights.push_back(area);
+    return scene;
+}
+
+bool same(const Picture &a, const Picture &b, const Region &region) {
+    for (int y = region.top; y < region.bottom; ++y) {
+        for (int x = region.left; x < region.right; ++x) {
+            for (int i = 0; i < Picture::kChannels; ++i) {
+                if (a.pixel(x, y)[i] != b.pixel(x, y)[i]) return false;
+            }
+        }
+    }
+    return true;
+}
+
+const Region kWhole = {.left = 0, .top = 0, .right = 50, .bottom = 40};
+
+TEST(Renderer, PictureDoesNotDependOnThreads) {
+    TestScene scene = smallScene();
+    const Picture one = scene.render().picture;
+    for (const int threads : {2, 5, 16}) {
+        scene.job.threads = threads;
+        const Frame frame = scene.render();
+        EXPECT_TRUE(same(frame.picture, one, kWhole)) << threads;
+        EXPECT_EQ(frame.statistics.threads, std::min(threads, 12)) << "no more than there are tiles";
+    }
+}
+
+TEST(Renderer, RegionIsThatPartOfTheWhole) {
+    TestScene scene = smallScene();
+    const Picture whole = scene.render().picture;
+    scene.job.region = {.left = 13, .top = 7, .right = 41, .bottom = 33};
+    const Picture part = scene.render().picture;
+    EXPECT_TRUE(same(part, whole, scene.job.region));
+    EXPECT_EQ(part.width(), 50);
+    for (int y = 0; y < 40; ++y) {
+        for (int x = 0; x < 50; ++x) {
+            if (x >= 13 && x < 41 && y >= 7 && y < 33) continue;
+            EXPECT_EQ(part.pixel(x, y)[2], 0) << x << ", " << y;
+        }
+    }
+}
+
+TEST(Renderer, FramesDifferInTheirNoiseOnly) {
+    TestScene scene = smallScene();
+    const Picture first = scene.render().picture, again = scene.render().picture;
+    EXPECT_TRUE(same(first, again, kWhole));
+    scene.job.frame = 2;
+    EXPECT_FALSE(same(first, scene.render().picture, kWhole));
+}
+
+TEST(Renderer, AlphaIsCoverageAndBackdropIsColour) {
+    TestScene scene;
+    scene.job.width = 2;
+    scene.job.samples = 256;
+    scene.surface("Wall", {{"Luminosity", 1}});
+    // Covers the left quarter of the right pixel.
+    const double pixel = 2 * std::tan(20 * kPi / 180) / 2;
+    ObjectDescription &wall =
+        scene.object("Wall", PlaneShape{.width = 2, .depth = 10}, "Wall", {-1 + pixel / 4, 0, -4});
+    wall.transform.rotation = {0, -90, 0};
+    const Frame frame = scene.render();
+    EXPECT_EQ(frame.picture.pixel(0, 0)[3], 1);
+    EXPECT_NEAR(frame.picture.pixel(1, 0)[3], 0.25, 0.01);
+    EXPECT_NEAR(frame.picture.pixel(1, 0)[0], 0.25 + 0.75 * 0.25, 0.01);
+    EXPECT_EQ(frame.statistics.rays.camera, 512u);
+}
+
+TEST(Renderer, OneSampleStandsInTheMiddle) {
+    TestScene scene;
+    scene.job.width = scene.job.height = 3;
+    scene.surface("Wall", {{"Luminosity", 1}});
+    std::vector<Vec3> places;
+    scene.probe("Wall", "Color", [&](ShadingSample &sample, double *) {
+        places.emplace_back(sample.position);
+        EXPECT_EQ(sample.pixelX + 3 * sample.pixelY, static_cast<int>(places.size()) - 1);
+    });
+    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall", {0, 0, -4}).transform.rotation = {0, -90, 0};
+    scene.render();
+    const double pixel = 2 * std::tan(20 * kPi / 180) / 3;
+    ASSERT_EQ(places.size(), 9u);
+    expectNear(places[0], {-pixel, pixel, -4}, kTolerance);
+    expectNear(places[4], {0, 0, -4}, kTolerance);
+    expectNear(places[5], {pixel, 0, -4}, kTolerance);
+}
+
+TEST(Renderer, EveryThreadKeepsItsNumber) {
+    TestScene scene = smallScene();
+    scene.job.threads = 4;
+    std::atomic<int> wrong = 0;
+    std::atomic<unsigned> used = 0;
+    static thread_local int own = -1; // of the test's, by render thread
+    scene.probe("Ball", "Luminosity", [&](ShadingSample &sample, double *) {
+        if (own < 0) own = sample.threadIndex;
+        if (own != sample.threadIndex || own >= 4) ++wrong;
+        used |= 1u << sample.threadIndex;
+    });
+    scene.render();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_NE(used, 0u);
+}
+
+// Notes what it is told, and cancels when it has been told enough.
+class NotingSink : public ProgressSink {
+  public:
+    explicit NotingSink(int enough) : enough_(enough) {}
+    bool progress(int done, int total) override {
+        told.push_back(done);
+        totals.insert(total);
+        return done < enough_;
+    }
+    std::vector<int> told;
+    std::set<int> totals;
+
+  private:
+    int enough_;
+};
+
+TEST(Renderer, TellsItsProgress) {
+    TestScene scene = smallScene();
+    NotingSink sink(1000);
+    const Frame frame = renderFrame(scene.world(), scene.job, &sink);
+    EXPECT_TRUE(frame.complete);
+    EXPECT_EQ(sink.totals, std::set<int>{12}); // 4 by 3 tiles
+    ASSERT_FALSE(sink.told.empty());
+    EXPECT_EQ(sink.told.back(), 12);
+    EXPECT_TRUE(std::is_sorted(sink.told.begin(), sink.told.end()));
+}
+
+TEST(Renderer, CanBeCancelled) {
+    TestScene scene = smallScene();
+    std::atomic<bool> held = true;
+    scene.probe("Ball", "Luminosity", [&](ShadingSample &sample, double *) {
+        // The second row of tiles waits until the sink has had its say.
+        if (sample.pixelY >= 16) held.wait(true);
+    });
+    class CancellingSink : public ProgressSink {
+      public:
+        explicit CancellingSink(std::atomic<bool> &held) : held_(held) {}
+        bool progress(int, int) override {
+            ++told;
+            return false;
+        }
+        ~CancellingSink() override { release(); }
+        void release() {
+            held_ = false;
+            held_.notify_all();
+        }
+        int told = 0;
+
+      private:
+        std::atomic<bool> &held_;
+    };
+    CancellingSink sink(held);
+    std::thread releaser([&] {
+        while (sink.told == 0) std::this_thread::yield();
+        sink.release();
+    });
+    const Frame frame = renderFrame(scene.world(), scene.job, &sink);
+    releaser.join();
+    EXPECT_FALSE(frame.complete);
+}
+
+TEST(Renderer, SinkThatThrowsEndsTheRender) {
+    class ThrowingSink : public ProgressSink {
+        bool progress(int, int) override { throw InputError("enough"); }
+    };
+    TestScene scene = smallScene();
+    ThrowingSink sink;
+    EXPECT_THROW(renderFrame(scene.world(), scene.job, &sink), InputError);
+}
+
+TEST(Renderer, CountsRaysByKind) {
+    TestScene scene;
+    scene.surface("Wall", {{"Diffuse", 1}, {"Reflection", 0.5}});
+    scene.probe("Wall", "Color", [](ShadingSample &sample, double *) {
+        double colour[3];
+        const double up[3] = {0, 1, 0};
+        sample.rayCast(sample.position, up);
+        sample.rayTraceMode(sample.position, up, colour, 1, kTraceDistance);
+        sample.rayTraceMode(sample.position, up, colour, 1, kTraceShadow);
+        sample.rayTrace(sample.position, up, colour);
+    });
+    scene.object("Wall", PlaneShape{.width = 4, .depth = 4}, "Wall").transform.rotation = {0, -90, 0};
+    LightDescription sun;
+    sun.position = {0, 0, -1};
+    scene.scene.lights.push_back(sun);
+    const RenderStatistics statistics = scene.render().statistics;
+    EXPECT_EQ(statistics.rays.camera, 1u);
+    EXPECT_EQ(statistics.rays.cast, 2u);
+    EXPECT_EQ(statistics.rays.shadow, 2u);
+    EXPECT_EQ(statistics.rays.shaded, 2u);
+    EXPECT_EQ(statistics.rays.total(), 7u);
+    EXPECT_EQ(statistics.samples, 1u);
+    EXPECT_EQ(statistics.triangles, 2u);
+    EXPECT_GT(statistics.accelerationBytes, 0u);
+}
+
+TEST(Renderer, TellsNodesAboutTheScene) {
+    TestScene scene;
+    scene.scene.name = "Test";
+    scene.scene.file = "test.json";
+    scene.scene.render.firstFrame = 3;
+    scene.scene.render.lastFrame = 9;
+    scene.scene.render.framesPerSecond = 25;
+    scene.job.recursionDepth = 5;
+    bool called = false;
+    scene.surface("Wall", {{"Luminosity", 1}});
+    scene.probe("Wall", "Color", [&](ShadingSample &sample, double *) {
+        called = true;
+        const HostSceneInfo &info = *sceneInfo();
+        EXPECT_STREQ(info.name, "Test");
+        EXPECT_STREQ(info.fileName, "test.json");
+        EXPECT_EQ(info.firstFrame, 3);
+        EXPECT_EQ(info.lastFrame, 9);
+        EXPECT_EQ(info.framesPerSecond, 25);
+        EXPECT_EQ(info.recursionDepth, 5);
+        EXPECT_EQ(info.width, 1);
+        EXPECT_EQ(info.points, 8 * 3); // a corner of a box has three places on the map
+        EXPECT_EQ(info.polygons, 6);
+        EXPECT_EQ(info.threads, 1);
+        EXPECT_EQ(info.renderCamera(0), sample.sourceItem);
+        double colour[3];
+        backdropInfo()->backdrop(0, sample.position, colour);
+        expectNear(Vec3(colour), {0.25, 0.5, 0.75}, 0);
+    });
+    scene.object("Wall", BoxShape{}, "Wall");
+    scene.render();
+    EXPECT_TRUE(called);
+    EXPECT_STREQ(sceneInfo()->name, "");
+    EXPECT_EQ(sceneInfo()->renderCamera(0), nullptr);
+}
+
+TEST(Renderer, TakesTheCameraByName) {
+    TestScene scene;
+    CameraDescription other = scene.scene.cameras[0];
+    other.name = "Other";
+    other.rotation = {180, 0, 0};
+    scene.scene.cameras.push_back(other);
+    scene.surface("Wall", {{"Luminosity", 1}}, {1, 0, 0});
+    scene.object("Wall", BoxShape{}, "Wall");
+    expectNear(scene.pixel(), {1, 0, 0}, kTolerance);
+    scene.job.camera = "Other";
+    expectNear(scene.pixel(), {0.25, 0.5, 0.75}, kTolerance);
+    scene.job.camera = "Othr";
+    try {
+        scene.render();
+        ADD_FAILURE();
+    } catch (const InputError &error) {
+        EXPECT_NE(std::string(error.what()).find("\"Other\""), std::string::npos) << error.what();
+    }
+}
+
+TEST(Renderer, RefusesJobsThatMakeNoSense) {
+    TestScene scene;
+    const RenderJob good = scene.job;
+    const auto refused = [&](auto edit) {
+        RenderJob job = good;
+        edit(job);
+        EXPECT_THROW(renderFrame(scene.world(), job), InputError);
+    };
+    refused([](RenderJob &job) { job.width = 0; });
+    refused([](RenderJob &job) { job.height = -1; });
+    refused([](RenderJob &job) { job.width = 1 << 20; });
+    refused([](RenderJob &job) { job.samples = 0; });
+    refused([](RenderJob &job) { job.threads = 17; });
+    refused([](RenderJob &job) { job.threads = -1; });
+    refused([](RenderJob &job) { job.recursionDepth = -1; });
+    refused([](RenderJob &job) { job.recursionDepth = kMaxRecursionDepth + 1; });
+    refused([](RenderJob &job) { job.region = {.left = 0, .top = 0, .right = 2, .bottom = 1}; });
+    refused([](RenderJob &job) { job.region = {.left = 1, .top = 0, .right = 1, .bottom = 1}; });
+    TestScene empty;
+    empty.scene.cameras.clear();
+    EXPECT_THROW(empty.render(), InputError);
+}
+
+TEST(Renderer, JobFromTheScene) {
+    RenderDescription description;
+    description.width = 12;
+    description.height = 34;
+    description.samples = 5;
+    description.recursionDepth = 6;
+    description.firstFrame = 15;
+    description.framesPerSecond = 30;
+    description.camera = "B";
+    const RenderJob job = renderJob(description);
+    EXPECT_EQ(job.width, 12);
+    EXPECT_EQ(job.height, 34);
+    EXPECT_EQ(job.samples, 5);
+    EXPECT_EQ(job.recursionDepth, 6);
+    EXPECT_EQ(job.frame, 15);
+    EXPECT_EQ(job.time, 0.5);
+    EXPECT_EQ(job.camera, "B");
+}
+
+} // namespace
+} // namespace velm::test

@@ -1,0 +1,192 @@
+// Light on surfaces, against closed forms.
+#include "tests/render/test_scene.h"
+
+#include <vector>
+
+namespace velm::test {
+namespace {
+
+constexpr double kTolerance = 1e-6;
+using Kind = LightDescription::Kind;
+
+LightDescription light(Kind kind, const Triple &position, const Triple &target = {0, 0, 0}) {
+    LightDescription description;
+    description.name = "Light";
+    description.kind = kind;
+    description.position = position;
+    description.target = target;
+    return description;
+}
+
+// A wall at the origin that faces the camera.
+TestScene wall(TestScene::Values values, const Triple &colour = {1, 1, 1}) {
+    TestScene scene;
+    scene.surface("Wall", values, colour);
+    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall").transform.rotation = {0, -90, 0};
+    return scene;
+}
+
+double grey(TestScene &scene) {
+    const Vec3 colour = scene.pixel();
+    EXPECT_NEAR(colour.y, colour.x, kTolerance);
+    return colour.x;
+}
+
+TEST(Shading, LuminosityAndColour) {
+    TestScene scene = wall({{"Luminosity", 0.5}}, {0.2, 0.4, 2});
+    expectNear(scene.pixel(), {0.1, 0.2, 1}, kTolerance);
+}
+
+TEST(Shading, AmbientLightIsDiffuse) {
+    TestScene scene = wall({{"Diffuse", 0.5}}, {1, 0.5, 0});
+    scene.scene.render.ambientIntensity = 0.8;
+    scene.scene.render.ambientColour = {1, 0.5, 1};
+    expectNear(scene.pixel(), {0.4, 0.1, 0}, kTolerance);
+}
+
+TEST(Shading, PointLightFallsOffWithTheSquare) {
+    for (const double distance : {0.5, 1.0, 2.0, 4.0}) {
+        TestScene scene = wall({{"Diffuse", 1}});
+        scene.scene.lights.push_back(light(Kind::point, {0, 0, -distance}));
+        scene.scene.lights[0].intensity = 0.7;
+        EXPECT_NEAR(grey(scene), 0.7 / (distance * distance), kTolerance) << distance;
+    }
+}
+
+TEST(Shading, LightsGoByTheCosine) {
+    for (const double degrees : {0.0, 30.0, 60.0, 85.0}) {
+        const double angle = degrees * kPi / 180;
+        TestScene scene = wall({{"Diffuse", 1}});
+        scene.scene.lights.push_back(light(Kind::point, {std::sin(angle), 0, -std::cos(angle)}));
+        EXPECT_NEAR(grey(scene), std::cos(angle), kTolerance) << "point at " << degrees;
+        TestScene far = wall({{"Diffuse", 1}});
+        far.scene.lights.push_back(light(Kind::distant, {0, 3 * std::sin(angle), -3 * std::cos(angle)}));
+        EXPECT_NEAR(grey(far), std::cos(angle), kTolerance) << "distant at " << degrees;
+    }
+}
+
+TEST(Shading, LightsFromBehindAndAtThePlaceItselfDoNothing) {
+    TestScene scene = wall({{"Diffuse", 1}, {"Specular", 1}});
+    scene.scene.lights.push_back(light(Kind::point, {0, 0, 1}));
+    scene.scene.lights.push_back(light(Kind::distant, {0, 0, 1}));
+    scene.scene.lights.push_back(light(Kind::point, {0, 0, 0}));
+    EXPECT_EQ(grey(scene), 0);
+}
+
+// The irradiance of a rectangle that shines at a facing place on its axis (a standard form factor):
+// E = (2 / pi) [a / sqrt(1 + a a) atan(b / sqrt(1 + a a)) + b / sqrt(1 + b b) atan(a / sqrt(1 + b b))] with a, b half
+// the sides over the distance, for a radiance of 1 / pi; here the whole of a small light at 1 m counts as 1.
+double rectangle(double width, double height, double distance) {
+    const double a = width / 2 / distance, b = height / 2 / distance, ra = std::sqrt(1 + a * a),
+                 rb = std::sqrt(1 + b * b);
+    const double factor = 2 / kPi * (a / ra * std::atan(b / ra) + b / rb * std::atan(a / rb));
+    return factor * kPi / (width * height);
+}
+
+TEST(Shading, AreaLightIsARectangle) {
+    for (const double distance : {0.5, 1.0, 3.0}) {
+        TestScene scene = wall({{"Diffuse", 1}});
+        LightDescription area = light(Kind::area, {0, 0, -distance});
+        area.width = 2;
+        area.height = 1;
+        area.samples = 4096;
+        scene.scene.lights.push_back(area);
+        EXPECT_NEAR(grey(scene), rectangle(2, 1, distance), 2e-3 * rectangle(2, 1, distance)) << distance;
+    }
+}
+
+TEST(Shading, SmallAreaLightIsLikeAPoint) {
+    TestScene scene = wall({{"Diffuse", 1}});
+    LightDescription area = light(Kind::area, {0, 0, -1});
+    area.width = area.height = 1e-3;
+    area.samples = 4;
+    scene.scene.lights.push_back(area);
+    EXPECT_NEAR(grey(scene), 1, 1e-5);
+    TestScene averted = wall({{"Diffuse", 1}});
+    area.target = {0, 0, -5};
+    averted.scene.lights.push_back(area);
+    EXPECT_EQ(grey(averted), 0) << "it shines to one side";
+}
+
+TEST(Shading, ShadowsAreProductsOfTransparencies) {
+    struct ShadowCase {
+        const char *what;
+        double first, second; // transparencies of two panes between wall and light
+        bool shadows, casts;
+        double expected;
+    };
+    const ShadowCase cases[] = {
+        {"opaque", 0, 1, true, true, 0},
+        {"clear", 1, 1, true, true, 1},
+        {"two panes", 0.5, 0.25, true, true, 0.125},
+        {"overdriven", 3, 1, true, true, 1},
+        {"no shadows from the light", 0, 0, false, true, 1},
+        {"objects that cast none", 0, 0, true, false, 1},
+    };
+    for (const ShadowCase &each : cases) {
+        TestScene scene = wall({{"Diffuse", 1}});
+        scene.surface("First", {{"Transparency", each.first}});
+        scene.surface("Second", {{"Transparency", each.second}});
+        for (const char *name : {"First", "Second"}) {
+            ObjectDescription &pane =
+                scene.object(name, PlaneShape{}, name, {0, name[0] == 'F' ? 2.0 : 3.0, name[0] == 'F' ? -2.0 : -3.0});
+            pane.castsShadows = each.casts;
+        }
+        LightDescription sun = light(Kind::distant, {0, 1, -1});
+        sun.shadows = each.shadows;
+        scene.scene.lights.push_back(sun);
+        EXPECT_NEAR(grey(scene), each.expected * std::sqrt(0.5), kTolerance) << each.what;
+    }
+}
+
+TEST(Shading, WhatStandsBehindALightCastsNoShadow) {
+    TestScene scene = wall({{"Diffuse", 1}});
+    scene.surface("Pane");
+    scene.object("Pane", PlaneShape{}, "Pane", {0, 3, -3});
+    scene.scene.lights.push_back(light(Kind::point, {0, 2, -2}));
+    EXPECT_NEAR(grey(scene), std::sqrt(0.5) / 8, kTolerance);
+}
+
+TEST(Shading, SpecularIsBlinnsHighlight) {
+    for (const double glossiness : {0.0, 0.2, 0.5}) {
+        const double exponent = std::pow(2, 10 * glossiness + 2), angle = 20 * kPi / 180;
+        TestScene scene = wall({{"Specular", 0.5}, {"Glossiness", glossiness}}, {1, 0, 0});
+        LightDescription sun = light(Kind::distant, {std::sin(angle), 0, -std::cos(angle)});
+        sun.colour = {0.5, 0.5, 0.5};
+        scene.scene.lights.push_back(sun);
+        // The half vector lies 10 degrees off the normal; the highlight has the light's colour.
+        EXPECT_NEAR(grey(scene), 0.25 * std::pow(std::cos(angle / 2), exponent), kTolerance) << glossiness;
+    }
+}
+
+TEST(Shading, TransparencyTakesFromTheSurfacesOwnColour) {
+    TestScene scene = wall({{"Luminosity", 1}, {"Transparency", 0.25}}, {1, 1, 1});
+    expectNear(scene.pixel(), {0.75 + 0.25 * 0.25, 0.75 + 0.25 * 0.5, 0.75 + 0.25 * 0.75}, kTolerance);
+}
+
+TEST(Shading, NormalFromTheNetworkIsUsed) {
+    TestScene scene = wall({{"Diffuse", 1}});
+    scene.probe("Wall", "Normal", [](ShadingSample &sample, double *value) {
+        expectNear(Vec3(sample.shadingNormal), {0, 0, -1}, kTolerance);
+        value[0] = 0;
+        value[1] = 3;
+        value[2] = -3;
+    });
+    scene.scene.lights.push_back(light(Kind::distant, {0, 0, -1}));
+    EXPECT_NEAR(grey(scene), std::sqrt(0.5), kTolerance);
+}
+
+TEST(Shading, PenumbraOfAnAreaLightIsHalfWay) {
+    // A half plane above the axis hides the upper half of the light from the middle of the wall.
+    TestScene scene = wall({{"Diffuse", 1}});
+    scene.surface("Screen");
+    scene.object("Screen", PlaneShape{.width = 40, .depth = 2}, "Screen", {0, 1, -5}).transform.rotation = {0, 90, 0};
+    scene.scene.objects.back().seenByCamera = false;
+    LightDescription area = light(Kind::area, {0, 0, -10});
+    area.samples = 256;
+    scene.scene.lights.push_back(area);
+    EXPECT_NEAR(grey(scene), 0.5 * rectangle(1, 1, 10), 0.01 * rectangle(1, 1, 10));
+}
+
+} // namespace
+} // namespace velm::test

@@ -1,0 +1,111 @@
+// Smooth normals by angle.
+#include "host/render/mesh.h"
+#include "host/render/mesh_builder.h"
+#include "tests/render/test_scene.h"
+
+#include <algorithm>
+
+namespace velm::test {
+namespace {
+
+// A roof: two slopes that meet in a ridge along Z, inclined against each other by `degrees`.
+Mesh roof(double degrees, std::uint16_t secondMaterial = 0) {
+    const double half = degrees * kPi / 360, x = std::cos(half), y = -std::sin(half);
+    MeshBuilder builder({}, false);
+    const auto vertex = [&](double px, double py, double pz) {
+        return builder.addVertex({.position = {px, py, pz}, .normal = {}, .uvs = {}});
+    };
+    builder.addMaterial("first");
+    if (secondMaterial != 0) builder.addMaterial("second");
+    const std::uint32_t near = vertex(0, 0, -1), far = vertex(0, 0, 1);
+    builder.addPolygon({vertex(-x, y, -1), vertex(-x, y, 1), far, near}, 0);
+    builder.addPolygon({near, far, vertex(x, y, 1), vertex(x, y, -1)}, secondMaterial);
+    return builder.finish();
+}
+
+std::vector<Vec3> normalsAt(const Mesh &mesh, const Vec3 &place) {
+    std::vector<Vec3> found;
+    for (std::size_t i = 0; i < mesh.points.size(); ++i) {
+        const float *p = mesh.points[i].position;
+        const auto &n = mesh.normals[i];
+        if (length(Vec3{p[0], p[1], p[2]} - place) < 1e-6) found.emplace_back(n[0], n[1], n[2]);
+    }
+    std::sort(found.begin(), found.end(), [](const Vec3 &a, const Vec3 &b) { return a.x < b.x; });
+    return found;
+}
+
+TEST(Smoothing, RidgesFlatterThanTheAngleAreRound) {
+    Mesh mesh = roof(60);
+    smoothNormals(mesh, {60});
+    EXPECT_EQ(mesh.points.size(), 6u) << "nothing was split";
+    const auto ridge = normalsAt(mesh, {0, 0, 1});
+    ASSERT_EQ(ridge.size(), 1u);
+    expectNear(ridge[0], {0, 1, 0}, 1e-6);
+    expectNear(normalsAt(mesh, {-std::cos(kPi / 6), -0.5, 1}).at(0), {-0.5, std::cos(kPi / 6), 0}, 1e-6, "eaves");
+}
+
+TEST(Smoothing, SharperOnesStayCreases) {
+    Mesh mesh = roof(60);
+    smoothNormals(mesh, {59});
+    EXPECT_EQ(mesh.points.size(), 8u) << "the ridge was split";
+    const auto ridge = normalsAt(mesh, {0, 0, 1});
+    ASSERT_EQ(ridge.size(), 2u);
+    expectNear(ridge[0], {-0.5, std::cos(kPi / 6), 0}, 1e-6);
+    expectNear(ridge[1], {0.5, std::cos(kPi / 6), 0}, 1e-6);
+    // Splitting must not change what the triangles are.
+    for (std::uint32_t i = 0; i < mesh.triangles.size(); ++i) {
+        const Vec3 a = mesh.corner(i, 0);
+        EXPECT_GT(cross(mesh.corner(i, 1) - a, mesh.corner(i, 2) - a).y, 0);
+    }
+}
+
+TEST(Smoothing, MaterialsAreNotSmoothedTogether) {
+    Mesh mesh = roof(60, 1);
+    smoothNormals(mesh, {180, 180});
+    EXPECT_EQ(normalsAt(mesh, {0, 0, 1}).size(), 2u);
+}
+
+TEST(Smoothing, EachMaterialHasItsOwnAngle) {
+    for (const double angle : {30.0, 90.0}) {
+        Mesh mesh = roof(60);
+        mesh.materialNumbers.assign(mesh.triangles.size(), 1);
+        smoothNormals(mesh, {10, angle});
+        EXPECT_EQ(normalsAt(mesh, {0, 0, 1}).size(), angle > 60 ? 1u : 2u);
+    }
+}
+
+// Three sides of a cube's corner: weighted by angle it does not matter that each side is two triangles, of which one or
+// two meet the corner.
+TEST(Smoothing, WeighsByAngleNotByTriangles) {
+    Mesh mesh = shapeMesh(BoxShape{.size = {2, 2, 2}}, Transform());
+    smoothNormals(mesh, {120});
+    const double diagonal = 1 / std::sqrt(3.0);
+    for (const Vec3 &corner : {Vec3{1, 1, 1}, Vec3{-1, 1, 1}, Vec3{1, -1, -1}, Vec3{-1, -1, -1}}) {
+        for (const Vec3 &normal : normalsAt(mesh, corner)) expectNear(normal, diagonal * corner, 1e-5);
+    }
+}
+
+TEST(Smoothing, GoesAcrossSeamsOfMaps) {
+    Mesh mesh = shapeMesh(SphereShape{.radius = 1, .segments = 32}, Transform());
+    const auto exact = mesh.normals;
+    mesh.normals.clear();
+    smoothNormals(mesh, {89.5});
+    ASSERT_EQ(mesh.normals.size(), exact.size()) << "nothing was split";
+    for (std::size_t i = 0; i < exact.size(); ++i) {
+        const Vec3 normal{mesh.normals[i][0], mesh.normals[i][1], mesh.normals[i][2]};
+        EXPECT_NEAR(length(normal), 1, 1e-6);
+        EXPECT_GT(dot(normal, {exact[i][0], exact[i][1], exact[i][2]}), 0.999);
+    }
+}
+
+TEST(Smoothing, EveryNormalIsOfUnitLength) {
+    Mesh mesh = shapeMesh(BoxShape{.size = {1e-4, 3, 1e4}}, Transform({.rotation = {12, 34, 56}}));
+    for (const double angle : {1.0, 89.5, 90.0, 180.0}) {
+        Mesh copy = mesh;
+        smoothNormals(copy, {angle});
+        for (const auto &n : copy.normals) EXPECT_NEAR(length({n[0], n[1], n[2]}), 1, 1e-6) << angle;
+    }
+}
+
+} // namespace
+} // namespace velm::test

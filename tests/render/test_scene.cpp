@@ -1,0 +1,118 @@
+#include "tests/render/test_scene.h"
+
+#include "host/services/lookup.h"
+
+#include <algorithm>
+
+namespace velm::test {
+namespace {
+
+// The node that runs probes. Its instance is one of these.
+struct ProbeNode {
+    Probe probe;
+};
+
+void *create(void *, void *node, const char **) {
+    nodeOutputFuncs()->create(static_cast<HostNode *>(node), kConnectColour, "Color");
+    nodeOutputFuncs()->create(static_cast<HostNode *>(node), kConnectScalar, "Scalar");
+    return new ProbeNode;
+}
+
+void destroy(void *instance) { delete static_cast<ProbeNode *>(instance); }
+
+void evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    double result[3] = {0, 0, 0};
+    static_cast<ProbeNode *>(instance)->probe(*sample, result);
+    nodeOutputFuncs()->setValue(value, result);
+}
+
+int activate(int, HostLookup *, void *local, void *) {
+    auto *handler = static_cast<HostNodeHandler *>(local);
+    handler->instance->create = create;
+    handler->instance->destroy = destroy;
+    handler->evaluate = evaluate;
+    return kActivateOk;
+}
+
+constexpr HostServer kServer = {
+    .className = HOST_CLASS_NODE_HANDLER, .name = "Probe", .activate = activate, .tags = nullptr};
+
+ServerClass &probeClass() {
+    static ServerClass server(kServer, nullptr, "test");
+    return server;
+}
+
+} // namespace
+
+TestScene::TestScene() {
+    CameraDescription camera;
+    camera.name = "Camera";
+    scene.cameras.push_back(camera);
+    scene.backdrop.colour = {0.25, 0.5, 0.75};
+    job.width = job.height = 1;
+    job.threads = 1;
+}
+
+SurfaceDescription &TestScene::surface(const std::string &name, Values values, const Triple &colour) {
+    auto surface = std::make_unique<Surface>(name);
+    surface->setDefault("Color", colour);
+    surface->setDefault("Diffuse", 0.0);
+    for (const auto &[input, value] : values) surface->setDefault(input, value);
+    surface->init(kInitRender);
+    surface->newTime(1, 0);
+    surfaces_[name] = std::move(surface);
+    SurfaceDescription description;
+    description.name = name;
+    return scene.surfaces.emplace_back(description);
+}
+
+void TestScene::probe(const std::string &surface, const std::string &input, Probe probe) {
+    HostNodeEditor &editor = surfaces_.at(surface)->editor();
+    HostNode &node = editor.addNode(probeClass());
+    static_cast<ProbeNode *>(node.instance)->probe = std::move(probe);
+    editor.connect(node.name, input == "Color" || input == "Normal" ? "Color" : "Scalar", surface, input);
+}
+
+ObjectDescription &TestScene::object(const std::string &name, const ShapeDescription &shape, const std::string &surface,
+                                     const Triple &position) {
+    ObjectDescription description;
+    description.name = name;
+    description.shape = shape;
+    description.transform.position = position;
+    description.surfaces.push_back({.material = "", .surface = surface, .place = {}});
+    return scene.objects.emplace_back(description);
+}
+
+Surface *TestScene::surfaceOf(const std::string &name) {
+    const auto found = surfaces_.find(name);
+    return found == surfaces_.end() ? nullptr : found->second.get();
+}
+
+World &TestScene::world() {
+    if (!world_) world_ = std::make_unique<World>(scene, [this](const std::string &name) { return surfaceOf(name); });
+    return *world_;
+}
+
+Frame TestScene::render() { return renderFrame(world(), job); }
+
+Vec3 TestScene::pixel() {
+    const Frame frame = render();
+    const float *found = frame.picture.pixel(0, 0);
+    return {found[0], found[1], found[2]};
+}
+
+Vec3 probeAtOrigin(TestScene &scene, const Probe &probe) {
+    scene.surface("Probe", {{"Luminosity", 1}});
+    scene.probe("Probe", "Color", [&probe](ShadingSample &sample, double value[3]) {
+        if (sample.rayDepth == 0) probe(sample, value);
+    });
+    SphereShape shape;
+    shape.radius = 0.001;
+    shape.segments = 8;
+    for (ObjectDescription &object : scene.scene.objects) object.seenByCamera = false;
+    ObjectDescription &sphere = scene.object("Probe", shape, "Probe");
+    sphere.seenByRays = sphere.castsShadows = false;
+    return scene.pixel();
+}
+
+} // namespace velm::test
