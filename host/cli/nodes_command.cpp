@@ -26,9 +26,12 @@ std::string outputNames(const HostNode &node) {
 Row rowOf(ServerClass &server) {
     HostNodeEditor editor("nodes", "nodes", nullptr, nullptr);
     const HostNode &node = editor.addNode(server);
-    return {server.name(),      server.displayName(),
-            server.menuGroup(), std::to_string(node.inputs.size()),
-            outputNames(node),  server.hasPanel() ? "yes" : "no"};
+    return {server.name(),
+            server.displayName(),
+            server.menuGroup(),
+            server.hasPanel() ? "yes" : "no",
+            std::to_string(node.inputs.size()),
+            outputNames(node)};
 }
 
 void printTable(const std::vector<Row> &rows, std::ostream &out) {
@@ -47,7 +50,7 @@ void printTable(const std::vector<Row> &rows, std::ostream &out) {
 
 int runNodes(const Options &options, const NodesOptions &nodes, std::ostream &out) {
     const LoadedModule module(options.module);
-    std::vector<Row> rows{{"Name", "Shown as", "Menu group", "Inputs", "Outputs", "Panel"}};
+    std::vector<Row> rows{{"Name", "Shown as", "Menu group", "Panel", "Inputs", "Outputs"}};
     for (const auto &server : serverList().all())
         if (nodes.all || server->origin() == module.path()) rows.push_back(rowOf(*server));
     printTable(rows, out);

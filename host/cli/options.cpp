@@ -1,6 +1,7 @@
 #include "host/cli/options.h"
 
 #include "host/cli/run.h"
+#include "host/graph/names.h"
 
 #include <CLI/CLI.hpp>
 #include <array>
@@ -46,18 +47,27 @@ std::string defaultModule() {
     return (error ? std::filesystem::path(".") : program.parent_path()) / "velm.p";
 }
 
+// What goes with the program as with every command.
+void addCommon(CLI::App &app, Options &options) {
+    app.set_version_flag("--version", "velm " VELM_VERSION);
+    app.add_option("--module", options.module, "The module to load; velm.p beside this program by default")
+        ->type_name("FILE");
+}
+
 void addRender(CLI::App &command, RenderOptions &options) {
     command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
     command
         .add_option("-o,--output", options.output,
-                    "The picture's file: .png, .jpg, .exr, .tif or .hdr. #### or %04d in the name stands for the "
-                    "frame's number, which else goes before the ending when several frames are rendered. Default: "
-                    "the scene's name with .png, in the current directory")
+                    "The picture's file: .png, .jpg, .exr, .tif or .hdr. #### or %04d in the name\n"
+                    "stands for the frame's number, which else goes before the ending when\n"
+                    "several frames are rendered. Default: the scene's name with .png, in the\n"
+                    "current directory")
         ->type_name("FILE");
     addParsed(command, "--frames", options.frames, parseFrames, "A-B", "The frames to render, or one frame");
     addParsed(command, "--size", options.size, parseSize, "WxH", "The picture's size");
     addParsed(command, "--region", options.region, parseRegion, "X0,Y0,X1,Y1",
-              "Render the columns X0 to X1 - 1 and rows Y0 to Y1 - 1 only, from the upper left; the rest stays black");
+              "Only the columns X0 to X1 - 1 and rows Y0 to Y1 - 1, from the upper left;\n"
+              "the rest stays black");
     command.add_option("--samples", options.samples, "Samples of each pixel")
         ->check(CLI::Range(1, kMostSamples))
         ->type_name("N");
@@ -66,14 +76,26 @@ void addRender(CLI::App &command, RenderOptions &options) {
         ->type_name("N");
     command
         .add_option("--data", options.data,
-                    "A directory to look for meshes and images in, after the scene's own; may be given again. The "
-                    "directories in the environment variable VELM_DATA, parted by colons, follow")
+                    "A directory to look for meshes and images in, after the scene's own; may be\n"
+                    "given again. The directories in the environment variable VELM_DATA, parted\n"
+                    "by colons, follow")
         ->check(CLI::ExistingDirectory)
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->type_name("DIR");
     command.add_flag("--quiet", options.quiet, "No progress");
     command.add_flag("--stats", options.stats, "Tell of rays, times and memory when done");
+}
+
+// The library says only that a command is missing, and nothing of a misspelt one.
+[[noreturn]] void failWithoutCommand(const CLI::App &app) {
+    std::vector<std::string> names;
+    for (const CLI::App *command : app.get_subcommands({})) names.push_back(command->get_name());
+    const std::vector<std::string> rest = app.remaining();
+    if (rest.empty()) throw UsageError(fmt::format("a command is needed: {}", fmt::join(names, ", ")));
+    const std::string &word = rest.front();
+    if (word.starts_with('-')) throw UsageError(fmt::format("there is no option {}", word));
+    throw UsageError(fmt::format("there is no command {}{}", velm::quoted(word), suggestion(word, names)));
 }
 
 std::string joined(int argc, const char *const *argv) {
@@ -130,22 +152,23 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
 
     CLI::App app("Loads a module of shading nodes, lists its nodes, and renders scenes with them.", "velm");
     app.require_subcommand(1);
-    app.fallthrough();
-    app.set_version_flag("--version", "velm " VELM_VERSION);
-    app.add_option("--module", options.module, "The module to load; velm.p beside this program by default")
-        ->type_name("FILE");
+    addCommon(app, options);
     CLI::App *nodesCommand = app.add_subcommand("nodes", "List the module's nodes");
     nodesCommand->add_flag("--all", nodes.all, "The host's own nodes too");
     CLI::App *showCommand = app.add_subcommand("show", "Show a node: inputs, outputs, settings, panel");
     showCommand->add_option("NODE", show.node, "Its name, as listed by \"velm nodes\"")->required()->type_name("");
     CLI::App *renderCommand = app.add_subcommand("render", "Render a scene");
     addRender(*renderCommand, render);
+    for (CLI::App *command : {nodesCommand, showCommand, renderCommand}) addCommon(*command, options);
 
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success &asked) { // --help, --version
         app.exit(asked, out, out);
         return std::nullopt;
+    } catch (const CLI::RequiredError &error) {
+        if (app.get_subcommands().empty()) failWithoutCommand(app);
+        throw UsageError(error.what());
     } catch (const CLI::ParseError &error) {
         throw UsageError(error.what());
     }

@@ -14,6 +14,7 @@ namespace velm {
 namespace {
 
 constexpr int kIndent = 2;
+constexpr std::size_t kLongestLine = 100;
 
 const char *kindText(ControlKind kind) {
     switch (kind) {
@@ -29,7 +30,7 @@ const char *kindText(ControlKind kind) {
     return "";
 }
 
-// "number, 3 components, animatable".
+// "number, with keys".
 std::string typeText(const ControlInfo &control) {
     const ControlType *type = findControlType(control.type);
     if (!type) return control.type;
@@ -79,7 +80,14 @@ void printSettings(const std::vector<ControlInfo> &controls, std::ostream &out) 
     }
 }
 
-// The control and its entries, as "Mode: (Random) Polar"; what is chosen stands in brackets.
+// "Mode: (Random) | Polar"; what is chosen stands in brackets.
+std::string entriesText(const ControlInfo &control) {
+    std::vector<std::string> entries;
+    for (const std::string &entry : control.entries)
+        entries.push_back(entry == control.value ? '(' + entry + ')' : entry);
+    return fmt::format("{}: {}", control.label, fmt::join(entries, " | "));
+}
+
 std::string controlText(const ControlInfo &control) {
     const ControlType *type = findControlType(control.type);
     const ControlKind kind = type ? type->kind : ControlKind::drawing;
@@ -87,11 +95,7 @@ std::string controlText(const ControlInfo &control) {
     if (kind == ControlKind::drawing)
         return control.label.empty() ? "(drawing)" : fmt::format("(drawing) {}", control.label);
     if (kind == ControlKind::flag) return fmt::format("[{}] {}", control.value == "on" ? 'x' : ' ', control.label);
-    if (control.entries.empty()) return fmt::format("{}: {}", control.label, valueText(control));
-    std::string text = control.label + ':';
-    for (const std::string &entry : control.entries)
-        text += entry == control.value ? fmt::format(" ({})", entry) : ' ' + entry;
-    return text;
+    return control.entries.empty() ? fmt::format("{}: {}", control.label, valueText(control)) : entriesText(control);
 }
 
 std::string rulesText(const ControlInfo &control) {
@@ -130,8 +134,19 @@ class LayoutPrinter {
             return;
         }
         const ControlInfo &control = *controls_.at(item.id);
-        line(depth, controlText(control) + rulesText(control));
+        const std::string text = controlText(control);
+        if (text.size() > kLongestLine && !control.entries.empty())
+            printLongChoice(control, depth);
+        else
+            line(depth, text + rulesText(control));
         if (control.dividerAfter) line(depth, "----");
+    }
+
+    // A popup with many entries, one below the other.
+    void printLongChoice(const ControlInfo &control, int depth) {
+        line(depth, control.label + ':' + rulesText(control));
+        for (const std::string &entry : control.entries)
+            line(depth + 1, entry == control.value ? '(' + entry + ')' : entry);
     }
 
     // When a member of a stack shows, as any control in it knows; `stacks` are around the stack.

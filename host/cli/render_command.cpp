@@ -6,6 +6,7 @@
 #include "host/cli/output_file.h"
 #include "host/cli/progress.h"
 #include "host/cli/run.h"
+#include "host/cli/scene_facts.h"
 #include "host/cli/statistics.h"
 #include "host/scene/build_scene.h"
 #include "host/scene/read_scene.h"
@@ -23,15 +24,15 @@ namespace {
 // What is rendered, after the command line has had its say over the scene.
 struct RenderPlan {
     RenderJob job; // of the first frame
+    FrameRange range;
     std::vector<int> frames;
     double framesPerSecond;
     FrameNames names;
 };
 
-std::vector<int> frameList(const RenderDescription &scene, const std::optional<FrameRange> &asked) {
-    const FrameRange range = asked.value_or(FrameRange{.first = scene.firstFrame, .last = scene.lastFrame});
+std::vector<int> frameList(FrameRange range, int step) {
     std::vector<int> frames;
-    for (int frame = range.first; frame <= range.last; frame += scene.frameStep) frames.push_back(frame);
+    for (int frame = range.first; frame <= range.last; frame += step) frames.push_back(frame);
     return frames;
 }
 
@@ -54,9 +55,12 @@ RenderJob planJob(const RenderDescription &scene, const RenderOptions &options) 
 RenderPlan makePlan(const SceneDescription &scene, const RenderOptions &options) {
     const std::string output =
         options.output.empty() ? std::filesystem::path(scene.file).stem().string() + ".png" : options.output;
-    std::vector<int> frames = frameList(scene.render, options.frames);
+    const FrameRange range =
+        options.frames.value_or(FrameRange{.first = scene.render.firstFrame, .last = scene.render.lastFrame});
+    std::vector<int> frames = frameList(range, scene.render.frameStep);
     const bool several = frames.size() > 1;
     return {.job = planJob(scene.render, options),
+            .range = range,
             .frames = std::move(frames),
             .framesPerSecond = scene.render.framesPerSecond,
             .names = FrameNames(output, several)};
@@ -109,6 +113,7 @@ int runRender(const Options &options, const RenderOptions &render, std::ostream 
     const LoadedModule module(options.module);
     BuiltScene built(scene, serverList());
     const World world(scene, [&built](const std::string &name) { return built.surface(name); });
+    const SceneFacts facts(scene, world, plan.job, plan.range);
     total.prepared(world.pointCount());
     ProgressReport report(err, progressStyle(err, render.quiet));
     const PictureMetadata metadata{

@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <ostream>
+#include <sstream>
 
 namespace velm {
 
@@ -52,14 +53,17 @@ int runShow(const Options &options, const ShowOptions &show, std::ostream &out) 
     HostNodeEditor editor("show", "show", nullptr, nullptr);
     HostNode &node = editor.addNode(server);
 
-    out << fmt::format("{}\n  shown as    {}\n  menu group  {}\n  from        {}\n", server.name(),
-                       server.displayName(), server.menuGroup().empty() ? "none" : server.menuGroup(), server.origin());
-    printSockets("Inputs", node.inputs, out);
-    printSockets("Outputs", node.outputs, out);
+    std::ostringstream text; // so that nothing is half shown when the panel turns out to be wrong
+    text << fmt::format("{}\n  shown as    {}\n  menu group  {}\n  from        {}\n", server.name(),
+                        server.displayName(), server.menuGroup().empty() ? "none" : server.menuGroup(),
+                        server.origin());
+    printSockets("Inputs", node.inputs, text);
+    printSockets("Outputs", node.outputs, text);
     if (HostPanel *panel = panelOf(node))
-        printPanel(*panel, out);
+        printPanel(*panel, text);
     else
-        out << "\nPanel\n  none\n";
+        text << "\nPanel\n  none\n";
+    out << text.str();
     return 0;
 }
 

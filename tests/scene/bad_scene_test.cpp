@@ -1,5 +1,5 @@
 // Every mistake in a scene file with its line and its message.
-#include "scene_text.h"
+#include "tests/scene/scene_text.h"
 
 #include <gtest/gtest.h>
 

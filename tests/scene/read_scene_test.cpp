@@ -1,4 +1,4 @@
-#include "scene_text.h"
+#include "tests/scene/scene_text.h"
 
 #include "module/host.h"
 

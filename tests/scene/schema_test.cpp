@@ -1,5 +1,5 @@
 // The JSON Schema and the reader say the same.
-#include "scene_text.h"
+#include "tests/scene/scene_text.h"
 
 #include "host/state/files.h"
 

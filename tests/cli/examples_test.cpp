@@ -1,0 +1,47 @@
+// Every scene in examples/ can be read and rendered.
+#include "host/image/image.h"
+
+#include "tests/cli/command.h"
+#include "tests/scene/scene_text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace velm {
+namespace {
+
+std::vector<std::string> exampleNames() {
+    std::vector<std::string> names;
+    for (const auto &entry : std::filesystem::directory_iterator(VELM_SOURCE_DIR "/examples"))
+        if (entry.path().extension() == ".json") names.push_back(entry.path().stem());
+    return names;
+}
+
+class Example : public testing::TestWithParam<std::string> {};
+
+TEST_P(Example, RendersSomethingToSee) {
+    const test::TemporaryDirectory directory;
+    const std::string file = directory.file("small.exr");
+    const test::Outcome outcome = test::velm({"render", VELM_SOURCE_DIR "/examples/" + GetParam() + ".json", "-o", file,
+                                              "--size", "32x18", "--samples", "1", "--frames", "1", "--quiet"});
+    ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+    const auto image = readImage(file, "result");
+    float darkest = 1, brightest = 0;
+    for (int y = 0; y < image->height; ++y)
+        for (int x = 0; x < image->width; ++x) {
+            float colour[3];
+            pixel(image.get(), x, y, colour);
+            const auto level = static_cast<float>(luminance(colour[0], colour[1], colour[2]));
+            ASSERT_TRUE(std::isfinite(level)) << x << ", " << y;
+            darkest = std::min(darkest, level);
+            brightest = std::max(brightest, level);
+        }
+    constexpr float kLeastContrast = 0.1F;
+    EXPECT_GT(brightest - darkest, kLeastContrast);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Example, testing::ValuesIn(exampleNames()), [](const auto &name) { return name.param; });
+
+} // namespace
+} // namespace velm

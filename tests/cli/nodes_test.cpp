@@ -1,0 +1,74 @@
+#include "tests/cli/command.h"
+
+#include <gtest/gtest.h>
+
+namespace velm {
+namespace {
+
+// The line of a text that starts so; empty when there is none.
+std::string lineThatStarts(const std::string &text, const std::string &start) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        if (line.starts_with(start)) return line;
+    return {};
+}
+
+TEST(Nodes, ListsTheModulesNodes) {
+    const test::Outcome outcome = test::velm({"nodes"});
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_NE(lineThatStarts(outcome.out, "Name").find("Menu group"), std::string::npos) << outcome.out;
+    const std::string counter = lineThatStarts(outcome.out, "Velm Counter");
+    EXPECT_NE(counter.find("Velm's Nodes/Math"), std::string::npos) << outcome.out;
+    EXPECT_TRUE(counter.ends_with("yes    5       Out")) << counter;
+    EXPECT_EQ(lineThatStarts(outcome.out, "Constant Color"), "");
+}
+
+TEST(Nodes, ListsTheHostsOwnWhenAsked) {
+    const std::string out = test::velm({"nodes", "--all"}).out;
+    EXPECT_NE(lineThatStarts(out, "Constant Color"), "");
+    EXPECT_NE(lineThatStarts(out, "Velm Counter"), "");
+}
+
+TEST(Nodes, AModuleThatIsNoneIsWrongInput) {
+    const test::Outcome outcome = test::velm({"nodes", "--module", "/nowhere/velm.p"}, false);
+    EXPECT_EQ(outcome.status, kExitInput);
+    EXPECT_EQ(outcome.err, "velm: cannot load the module /nowhere/velm.p: there is no such file\n");
+}
+
+TEST(Show, TellsOfInputsOutputsSettingsAndPanel) {
+    const test::Outcome outcome = test::velm({"show", "Velm Counter"});
+    ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+    for (const char *part :
+         {"Velm Counter\n", "  menu group  Velm's Nodes/Math\n", "\nInputs\n  Mode            integer\n",
+          "\nOutputs\n  Out  scalar\n", "  Increase Value  1 ",
+          "  Mode:\n    (Counter Equal To A)\n    Counter Greater Than A\n", "B: 0   enabled by Mode"})
+        EXPECT_NE(outcome.out.find(part), std::string::npos) << part << "\nis not in\n" << outcome.out;
+}
+
+TEST(Show, LaysOutTabsStacksAndUnits) {
+    const test::Outcome outcome = test::velm({"show", "Velm Ambient Occlusion"});
+    ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+    for (const char *part : {"tab \"Sample Settings\"", "tab \"Color Settings\"", "Mode: (Random) | Polar",
+                             "shown while Mode is Random", "shown while Mode is Polar", "Cone Angle: 90 degrees",
+                             "0 to 90, step 1", "Clamp 2", "Brightness 4", "Max: 5 m   enabled by Ranged"})
+        EXPECT_NE(outcome.out.find(part), std::string::npos) << part << "\nis not in\n" << outcome.out;
+}
+
+TEST(Show, TakesDisplayNames) {
+    EXPECT_EQ(test::velm({"show", "Counter"}).out, test::velm({"show", "Velm Counter"}).out);
+}
+
+TEST(Show, NamesTheNearestNode) {
+    const test::Outcome outcome = test::velm({"show", "Velm Countre"});
+    EXPECT_EQ(outcome.status, kExitInput);
+    EXPECT_EQ(outcome.err, "velm: no node \"Velm Countre\", did you mean \"Velm Counter\"?\n");
+}
+
+TEST(Show, ShowsANodeWithoutAPanel) {
+    const test::Outcome outcome = test::velm({"show", "Velm Render Info"});
+    ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_NE(outcome.out.find("\nPanel\n  none\n"), std::string::npos) << outcome.out;
+}
+
+} // namespace
+} // namespace velm

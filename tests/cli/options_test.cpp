@@ -1,0 +1,141 @@
+#include "host/cli/options.h"
+
+#include "tests/cli/command.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace velm {
+namespace {
+
+Options parse(std::vector<const char *> words) {
+    words.insert(words.begin(), "velm");
+    std::ostringstream out;
+    return parseOptions(static_cast<int>(words.size()), words.data(), out).value();
+}
+
+TEST(Options, HaveDefaults) {
+    const Options options = parse({"render", "a.json"});
+    EXPECT_TRUE(options.module.ends_with("/velm.p")) << options.module;
+    const auto &render = std::get<RenderOptions>(options.command);
+    EXPECT_EQ(render.scene, "a.json");
+    EXPECT_EQ(render.output, "");
+    EXPECT_FALSE(render.frames || render.size || render.region);
+    EXPECT_EQ(render.samples, 0);
+    EXPECT_EQ(render.threads, 0);
+    EXPECT_FALSE(render.quiet || render.stats);
+    EXPECT_FALSE(std::get<NodesOptions>(parse({"nodes"}).command).all);
+}
+
+TEST(Options, OfRenderAreAllTaken) {
+    const Options options =
+        parse({"render",    "a.json", "-o",        "b.exr", "--frames", "3-7",       "--size",  "320x200",
+               "--samples", "9",      "--threads", "16",    "--region", "1,2,30,40", "--quiet", "--stats",
+               "--data",    "/tmp",   "--data",    "/",     "--module", "m.p"});
+    const auto &render = std::get<RenderOptions>(options.command);
+    EXPECT_EQ(options.module, "m.p");
+    EXPECT_EQ(render.output, "b.exr");
+    EXPECT_EQ(render.frames->first, 3);
+    EXPECT_EQ(render.frames->last, 7);
+    EXPECT_EQ(render.size->width, 320);
+    EXPECT_EQ(render.size->height, 200);
+    EXPECT_EQ(render.samples, 9);
+    EXPECT_EQ(render.threads, 16);
+    EXPECT_EQ(render.region->left, 1);
+    EXPECT_EQ(render.region->top, 2);
+    EXPECT_EQ(render.region->right, 30);
+    EXPECT_EQ(render.region->bottom, 40);
+    EXPECT_TRUE(render.quiet && render.stats);
+    EXPECT_EQ(render.data, (std::vector<std::string>{"/tmp", "/"}));
+    EXPECT_EQ(options.commandLine.substr(0, 22), "velm render a.json -o ");
+}
+
+TEST(Options, TheModuleMayStandBeforeTheCommand) {
+    EXPECT_EQ(parse({"--module", "m.p", "nodes", "--all"}).module, "m.p");
+    EXPECT_EQ(parse({"show", "--module", "m.p", "Velm Counter"}).module, "m.p");
+}
+
+TEST(Options, FramesAreOneOrARange) {
+    EXPECT_EQ(parseFrames("7").last, 7);
+    EXPECT_EQ(parseFrames("-3").first, -3);
+    EXPECT_EQ(parseFrames("-3-4").first, -3);
+    EXPECT_EQ(parseFrames("-3-4").last, 4);
+    EXPECT_EQ(parseFrames("-8--6").last, -6);
+}
+
+struct Wrong {
+    const char *name;
+    std::vector<std::string> words;
+    const char *message; // a part of it
+};
+
+class WrongCommandLine : public testing::TestWithParam<Wrong> {};
+
+TEST_P(WrongCommandLine, IsToldInOneLine) {
+    const test::Outcome outcome = test::velm(GetParam().words, false);
+    EXPECT_EQ(outcome.status, kExitUsage);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_TRUE(outcome.err.starts_with("velm: ")) << outcome.err;
+    EXPECT_NE(outcome.err.find(GetParam().message), std::string::npos) << outcome.err;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+}
+
+std::vector<std::string> render(const std::vector<std::string> &more) {
+    std::vector<std::string> words{"render", "a.json"};
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, WrongCommandLine,
+    testing::Values(Wrong{"NoCommand", {}, "a command is needed: nodes, show, render"},
+                    Wrong{"UnknownCommand", {"rendre"}, "there is no command \"rendre\", did you mean \"render\"?"},
+                    Wrong{"OptionWithoutCommand", {"--everything"}, "there is no option --everything"},
+                    Wrong{"ModuleWithoutFile", {"--module"}, "--module"},
+                    Wrong{"UnknownOption", {"nodes", "--everything"}, "--everything"},
+                    Wrong{"ShowWithoutNode", {"show"}, "NODE is required"},
+                    Wrong{"RenderWithoutScene", {"render"}, "SCENE is required"},
+                    Wrong{"TwoScenes", render({"b.json"}), "b.json"},
+                    Wrong{"SizeZero", render({"--size", "0x0"}), "--size: 0 is not from 1 to 32768"},
+                    Wrong{"SizeHuge", render({"--size", "10x99999"}), "--size: 99999 is not from 1 to 32768"},
+                    Wrong{"SizeText", render({"--size", "640"}), "--size: \"640\" is no size such as 960x540"},
+                    Wrong{"SizeTail", render({"--size", "640x480x3"}), "is no size"},
+                    Wrong{"ManyThreads", render({"--threads", "17"}), "--threads"},
+                    Wrong{"NoThreads", render({"--threads", "0"}), "--threads"},
+                    Wrong{"NoSamples", render({"--samples", "0"}), "--samples"},
+                    Wrong{"SamplesText", render({"--samples", "many"}), "--samples"},
+                    Wrong{"RegionOfThree", render({"--region", "0,0,5"}), "--region: \"0,0,5\" is no region"},
+                    Wrong{"RegionEmpty", render({"--region", "5,0,5,9"}), "is empty"},
+                    Wrong{"RegionOutside", render({"--region", "-1,0,5,9"}), "starts outside the picture"},
+                    Wrong{"FramesBackwards", render({"--frames", "5-3"}),
+                          "--frames: the last frame, 3, comes before the first, 5"},
+                    Wrong{"FramesText", render({"--frames", "all"}), "--frames: \"all\" is neither"},
+                    Wrong{"FramesHuge", render({"--frames", "1-9999999"}), "numbered from -999999 to 999999"},
+                    Wrong{"DataNotThere", render({"--data", "/nowhere"}), "/nowhere"}),
+    [](const auto &row) { return row.param.name; });
+
+TEST(Help, IsEverywhere) {
+    for (const std::vector<std::string> &words :
+         {std::vector<std::string>{"--help"}, {"nodes", "--help"}, {"show", "--help"}, {"render", "--help"}}) {
+        const test::Outcome outcome = test::velm(words, false);
+        EXPECT_EQ(outcome.status, kExitDone) << words[0];
+        EXPECT_EQ(outcome.err, "") << words[0];
+        EXPECT_NE(outcome.out.find("Usage: velm"), std::string::npos) << outcome.out;
+    }
+    const std::string help = test::velm({"render", "--help"}, false).out;
+    for (const char *option : {"--output", "--frames", "--size", "--region", "--samples", "--threads", "--data",
+                               "--quiet", "--stats", "--module"})
+        EXPECT_NE(help.find(option), std::string::npos) << option;
+}
+
+TEST(Version, IsEverywhere) {
+    for (const std::vector<std::string> &words :
+         {std::vector<std::string>{"--version"}, {"nodes", "--version"}, {"render", "--version"}}) {
+        const test::Outcome outcome = test::velm(words, false);
+        EXPECT_EQ(outcome.status, kExitDone) << words[0];
+        EXPECT_TRUE(outcome.out.starts_with("velm ")) << outcome.out << outcome.err;
+    }
+}
+
+} // namespace
+} // namespace velm

@@ -1,0 +1,74 @@
+#include "host/cli/progress.h"
+
+#include "host/cli/interrupt.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace velm {
+namespace {
+
+TEST(Progress, GivesALineForEveryTenthInLogs) {
+    std::ostringstream log;
+    ProgressReport report(log, ProgressStyle::lines);
+    report.begin("frame 3");
+    for (int done = 1; done <= 200; ++done) EXPECT_TRUE(report.progress(done, 200));
+    report.end("done");
+    std::string expected;
+    for (int percent = 10; percent <= 100; percent += 10) expected += "frame 3: " + std::to_string(percent) + " %\n";
+    EXPECT_EQ(log.str(), expected + "done\n");
+}
+
+TEST(Progress, SkipsTenthsThatAFewTilesPassAtOnce) {
+    std::ostringstream log;
+    ProgressReport report(log, ProgressStyle::lines);
+    report.begin("frame 1");
+    for (int done = 1; done <= 3; ++done) report.progress(done, 3);
+    EXPECT_EQ(log.str(), "frame 1: 30 %\nframe 1: 60 %\nframe 1: 100 %\n");
+}
+
+TEST(Progress, DrawsOneLineOverAndOverOnTerminals) {
+    std::ostringstream terminal;
+    {
+        ProgressReport report(terminal, ProgressStyle::bar);
+        report.begin("frame 1");
+        report.progress(1, 4);
+        EXPECT_EQ(terminal.str().find('\n'), std::string::npos);
+        EXPECT_NE(terminal.str().find("[==========                              ]  25 %"), std::string::npos)
+            << terminal.str();
+    }
+    EXPECT_TRUE(terminal.str().ends_with("\r\033[K")) << "what an error leaves is taken away";
+}
+
+TEST(Progress, SaysNothingWhenQuiet) {
+    std::ostringstream log;
+    ProgressReport report(log, progressStyle(log, true));
+    report.begin("frame 1");
+    report.progress(1, 1);
+    report.end("done");
+    EXPECT_EQ(log.str(), "");
+    EXPECT_EQ(progressStyle(log, false), ProgressStyle::lines) << "a string is no terminal";
+}
+
+TEST(Progress, EndsTheRenderAfterAnInterrupt) {
+    std::ostringstream log;
+    ProgressReport report(log, ProgressStyle::none);
+    {
+        const InterruptGuard guard;
+        EXPECT_TRUE(report.progress(1, 4));
+        std::raise(SIGINT);
+        EXPECT_TRUE(InterruptGuard::interrupted());
+        EXPECT_FALSE(report.progress(2, 4));
+    }
+    const InterruptGuard next;
+    EXPECT_TRUE(report.progress(1, 4)) << "the next run starts anew";
+}
+
+TEST(Progress, WritesDurations) {
+    EXPECT_EQ(durationText(0.2), "0:00");
+    EXPECT_EQ(durationText(65), "1:05");
+    EXPECT_EQ(durationText(3605), "1:00:05");
+}
+
+} // namespace
+} // namespace velm
