@@ -263,6 +263,7 @@ TEST_F(Refractions, BendsAboutTheNormalAlsoWhenItPointsWithTheView) {
     const FakeRays::Call ray = traced(comingDown(30), {0, -1, 0}, 1, 1.5);
     expectNear(ray.direction, {1.0 / 3, -std::sqrt(8.0) / 3, 0});
     EXPECT_EQ(ray.eta, 1.5);
+    expectNear(traced({1, 0, 0}, {0, 1, 0}, 1, 2).direction, {0.5, std::sqrt(0.75), 0}); // or neither with nor against
     const Vector leaning = unit({0.3, -1, 0.2});
     expectNear(traced(comingDown(20), leaning, 1, 1.4).direction, snellOf(comingDown(20), leaning, 1, 1.4));
 }

@@ -1,0 +1,53 @@
+// A Pixel Image in front of a list of images, for tests.
+#pragma once
+
+#include "module/panel.h"
+#include "tests/module/fake_images.h"
+#include "tests/module/test_node.h"
+
+#include <gtest/gtest.h>
+
+VELM_DECLARE_NODE(PixelImage);
+VELM_DECLARE_PANEL(PixelImage);
+
+namespace velm {
+
+using Lines = std::vector<std::string>;
+using Colour = std::array<double, 3>;
+
+enum Control : unsigned int { kThumbnail = 0x8001, kBg, kImage, kBlending, kOpacity, kUTiling, kVTiling, kX, kY };
+enum Tiling { kReset, kRepeat, kMirror, kEdge };
+inline constexpr unsigned int kIntegers[] = {kImage, kBlending, kUTiling, kVTiling, kX, kY};
+
+// The list holds three images of 10 by 8 pixels, each of which tells its column and row.
+class PixelImageNode : public testing::Test {
+  protected:
+    FakeHost host;
+    FakeImages images;
+    TestNode node{host, activatedWith<FakeImages::lookup, PixelImage_Activate>,
+                  activatedWith<FakeImages::lookup, PixelImage_Interface>};
+    ShadingSample sample = plainSample();
+
+    PixelImageNode() {
+        images.add(3);
+        node.set("Bg Color", -1.0, -2.0, -3.0);
+    }
+    Colour colour() {
+        const HostNodeValue value = node.evaluate("Color", sample);
+        EXPECT_EQ(value.timesSet, 1);
+        return {value.numbers[0], value.numbers[1], value.numbers[2]};
+    }
+    double alpha() {
+        const HostNodeValue value = node.evaluate("Alpha", sample);
+        EXPECT_EQ(value.timesSet, 1);
+        return value.numbers[0];
+    }
+    // What the host's blend makes of a pixel over the background.
+    static Colour blended(double x, double y, double opacity = 1, int mode = 0) {
+        const double rest = 100 * opacity + 1000 * mode;
+        return {x - 10 + rest, y - 20 + rest, 0.5 - 30 + rest};
+    }
+    static constexpr Colour kBackground = {-1, -2, -3};
+};
+
+} // namespace velm
