@@ -12,18 +12,27 @@ namespace {
 
 thread_local long allocations = 0;
 
-void *counted(std::size_t size) {
+void *counted(std::size_t size) noexcept {
     ++allocations;
-    if (void *memory = std::malloc(size > 0 ? size : 1)) return memory;
+    return std::malloc(size > 0 ? size : 1);
+}
+
+void *countedOrThrow(std::size_t size) {
+    if (void *memory = counted(size)) return memory;
     throw std::bad_alloc();
 }
 
 } // namespace
 
-// The replacements of the whole program; all other forms of new come to these.
-void *operator new(std::size_t size) { return counted(size); }
+// The replacements of the whole program, in every form that something in it uses.
+void *operator new(std::size_t size) { return countedOrThrow(size); }
+void *operator new[](std::size_t size) { return countedOrThrow(size); }
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept { return counted(size); }
+void *operator new[](std::size_t size, const std::nothrow_t &) noexcept { return counted(size); }
 void operator delete(void *memory) noexcept { std::free(memory); }
+void operator delete[](void *memory) noexcept { std::free(memory); }
 void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void *memory, std::size_t) noexcept { std::free(memory); }
 
 namespace velm::test {
 namespace {

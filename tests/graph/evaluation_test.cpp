@@ -141,8 +141,8 @@ TEST_F(EvaluationTest, LikeTypesUseTheCallersOwnPlace) {
     feed("Color", "Color");
     double value[3] = {9, 9, 9};
     EXPECT_EQ(evaluateInput(rootInput("Color"), &sample, value), 1);
-    EXPECT_EQ(testNode(*node).holder, value);
-    EXPECT_EQ(testNode(*node).askingType, kConnectColour);
+    EXPECT_EQ(lastAsked().holder, value);
+    EXPECT_EQ(lastAsked().type, kConnectColour);
     EXPECT_EQ(value[0], 0.1);
     EXPECT_EQ(value[2], 0.3);
 }
@@ -152,7 +152,7 @@ TEST_F(EvaluationTest, UnlikeTypesAreConvertedAndTheAskingTypeTold) {
     double value = 9;
     EXPECT_EQ(evaluateInput(rootInput("Scalar"), &sample, &value), 1);
     EXPECT_DOUBLE_EQ(value, 0.299 * 0.1 + 0.587 * 0.2 + 0.114 * 0.3);
-    EXPECT_EQ(testNode(*node).askingType, kConnectScalar);
+    EXPECT_EQ(lastAsked().type, kConnectScalar);
 }
 
 TEST_F(EvaluationTest, ANodeThatSetsNothingLeavesTheValueAlone) {
@@ -187,7 +187,7 @@ TEST_F(EvaluationTest, AFunctionTransformsWhatItFinds) {
     evaluateInput(rootInput("Function"), &sample, &function);
     evaluateInput(rootInput("Scalar"), &sample, &scalar);
     evaluateInput(rootInput("Color"), &sample, colour);
-    EXPECT_EQ(testNode(*node).askingType, kConnectFunction);
+    EXPECT_EQ(lastAsked().type, kConnectFunction);
     evaluateInput(rootInput("Vector"), &sample, vector);
     evaluateInput(rootInput("Integer"), &sample, &integer);
     evaluateInput(rootInput("Material"), &sample, &material);

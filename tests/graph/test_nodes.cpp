@@ -83,8 +83,7 @@ HostError newTime(void *instance, int frame, double) {
 
 void evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     TestNode &node = self(instance);
-    node.holder = nodeOutputFuncs()->getValue(value);
-    node.askingType = nodeOutputFuncs()->askingType(value);
+    lastAsked() = {nodeOutputFuncs()->getValue(value), nodeOutputFuncs()->askingType(value)};
     if (node.silent) return;
     const auto bring = [&](int type, void *held) {
         HostInput *input = type == kConnectScalar && node.elsewhere ? node.elsewhere : node.inputs[type];
@@ -186,6 +185,11 @@ constexpr HostServer kServers[] = {{HOST_CLASS_NODE_HANDLER, "Test Node", activa
 std::vector<std::string> &journal() {
     static std::vector<std::string> lines;
     return lines;
+}
+
+LastAsked &lastAsked() {
+    thread_local LastAsked asked;
+    return asked;
 }
 
 TestNode &testNode(HostNode &node) { return self(node.instance); }

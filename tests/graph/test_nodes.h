@@ -30,10 +30,14 @@ struct TestNode {
     const char *initError = nullptr, *newTimeError = nullptr;
     HostInput *inputs[7] = {}; // by connection type
     HostOutput *outputs[7] = {};
-    // Of the last evaluation:
-    void *holder = nullptr;
-    int askingType = 0;
 };
+
+// What the test node that the calling thread evaluated last was asked for.
+struct LastAsked {
+    void *holder = nullptr;
+    int type = 0;
+};
+LastAsked &lastAsked();
 
 // A node that holds a network, with an output "Scalar" that gives what the inner root's "Scalar" brings.
 struct TestGroup {
