@@ -15,7 +15,7 @@ namespace velm {
 using Lines = std::vector<std::string>;
 using Colour = std::array<double, 3>;
 
-enum Control : unsigned int { kThumbnail = 0x8001, kBg, kImage, kBlending, kOpacity, kUTiling, kVTiling, kX, kY };
+enum PixelControl : unsigned int { kThumbnail = 0x8001, kBg, kImage, kBlending, kOpacity, kUTiling, kVTiling, kX, kY };
 enum Tiling { kReset, kRepeat, kMirror, kEdge };
 inline constexpr unsigned int kIntegers[] = {kImage, kBlending, kUTiling, kVTiling, kX, kY};
 
