@@ -6,7 +6,9 @@ namespace {
 unsigned int systemWord = kSystemLayout;
 }
 
-void *systemId() { return reinterpret_cast<void *>(static_cast<HostWord>(systemWord)); }
+void *systemId() {
+    return reinterpret_cast<void *>(static_cast<HostWord>(systemWord)); // NOLINT(performance-no-int-to-ptr): no address
+}
 
 void setSystemId(unsigned int word) { systemWord = word; }
 

@@ -93,6 +93,10 @@ TEST(DamagedState, BinaryErrorsTellTheByte) {
     Loader endless(kStateBinary, "abc");
     EXPECT_EQ(endless.string(), "");
     EXPECT_EQ(endless.error(), "data: byte 0: the string has no end");
+    Loader leaving(kStateBinary, literal("LEAF\0\3abcd\0"));
+    leaving.find();
+    EXPECT_EQ(leaving.string(), "") << "the string would end outside its block";
+    EXPECT_EQ(leaving.error(), "data: byte 6: the string has no end");
     Loader inner(kStateBinary, literal("OUTR\0\x8LEAF\0\x9xx"));
     inner.find();
     EXPECT_EQ(inner.find(), 0U) << "a block may not leave the one around it";
