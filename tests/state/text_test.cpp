@@ -240,12 +240,17 @@ TEST(TextState, StaysWhereItWasWhenNothingIsFound) {
     EXPECT_EQ(loader.find(), kLeaf.id);
 }
 
-TEST(TextState, TheLongestTokenWins) {
-    Loader loader(kStateText, "Leaf Of Two Words 1\nLeaf Of 2\n");
-    EXPECT_EQ(loader.find(), kTwoWords.id);
-    EXPECT_EQ(loader.i2(), 1);
-    loader.end();
-    EXPECT_EQ(loader.find(), kLeaf.id);
+TEST(TextState, TheLongestTokenWinsInAnyOrder) {
+    const HostBlockId end = {.id = 0, .token = nullptr};
+    for (const std::array<HostBlockId, 3> &table :
+         {std::array{kLeaf, kTwoWords, end}, std::array{kTwoWords, kLeaf, end}}) {
+        Loader loader(kStateText, "Leaf Of Two Words 1\nLeaf Of 2\n");
+        const HostLoadState &state = loader.state();
+        EXPECT_EQ(state.findBlock(state.data, table.data()), kTwoWords.id);
+        EXPECT_EQ(loader.i2(), 1);
+        loader.end();
+        EXPECT_EQ(state.findBlock(state.data, table.data()), kLeaf.id);
+    }
 }
 
 TEST(TextState, AnUnreadableTokenIsRefused) {
