@@ -127,6 +127,15 @@ TEST_F(RenderCam, IsGreenWhereItCannotWork) {
     EXPECT_TRUE(scene.cameraQuestions.empty());
 }
 
+TEST_F(RenderCam, ForgetsTheCameraWithTheChoice) {
+    for (const int index : {0, 4}) {
+        ready(1);
+        node().set(kCamera, index);
+        EXPECT_EQ(seen(), kGreen) << index;
+        node().render.cleanup(node().instance);
+    }
+}
+
 TEST_F(RenderCam, IsGreenInAnApplicationWithoutCameras) {
     host.systemWord = kModellingWord;
     ready();

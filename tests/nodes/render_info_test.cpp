@@ -121,9 +121,9 @@ TEST_F(RenderInfo, CountsAfreshInEachRender) {
 
 TEST_F(RenderInfo, TheFirstFrameOfANewNodeCountsAsNone) {
     TestNode fresh(host, activateInScene, nullptr, "fresh");
-    fresh.render.newTime(fresh.instance, 0, 0.0);
+    fresh.render.newTime(fresh.instance, 5, 0.2);
     EXPECT_EQ(fresh.evaluate("Rendered Frames", sample).integer, 0);
-    fresh.render.newTime(fresh.instance, 1, 0.04);
+    fresh.render.newTime(fresh.instance, 6, 0.24);
     EXPECT_EQ(fresh.evaluate("Rendered Frames", sample).integer, 1);
 }
 
@@ -157,19 +157,21 @@ TEST_F(RenderInfo, SetsEachOutputOnce) {
     }
 }
 
-TEST(RenderInfoThreaded, EveryThreadSeesItsOwnPixel) {
-    FakeHost host;
-    TestNode node(host, "Velm Render Info");
-    node.render.newTime(node.instance, 12, 0.5);
+class RenderInfoThreaded : public RenderInfo {};
+
+TEST_F(RenderInfoThreaded, EveryThreadSeesItsOwnPixelAndTheOneScene) {
+    node.render.init(node.instance, kInitRender);
+    frame(12);
     std::array<int, kMaxThreads> wrong{};
     std::vector<std::thread> threads;
     for (int i = 0; i < kMaxThreads; ++i)
         threads.emplace_back([&, i] {
-            ShadingSample sample = plainSample();
-            sample.threadIndex = i;
-            for (sample.pixelX = i * 1000; sample.pixelX < i * 1000 + 500; ++sample.pixelX)
-                wrong[static_cast<size_t>(i)] += node.evaluate("Render X", sample).integer != sample.pixelX ||
-                                                 node.evaluate("Current Frame", sample).integer != 12;
+            ShadingSample own = plainSample();
+            own.threadIndex = i;
+            for (own.pixelX = i * 1000; own.pixelX < i * 1000 + 500; ++own.pixelX)
+                wrong[static_cast<size_t>(i)] += node.evaluate("Render X", own).integer != own.pixelX ||
+                                                 node.evaluate("Current Frame", own).integer != 12 ||
+                                                 node.evaluate("End Frame", own).integer != 250;
         });
     for (std::thread &thread : threads) thread.join();
     for (const int count : wrong) EXPECT_EQ(count, 0);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 VELM_DECLARE_NODE(TakeSamples);
 VELM_DECLARE_PANEL(TakeSamples);
@@ -237,6 +238,15 @@ TEST_F(TakeSamples, AveragesByTheReciprocal) {
     EXPECT_NE(result()[0], 1.0);
 }
 
+TEST_F(TakeSamples, SumsStartAtZeroAndTheRestAtTheFirstSample) {
+    for (int mode = 0; mode < 8; ++mode) { // a negative zero tells them apart
+        feed({{-0.0, -0.0, -0.0}});
+        node.set(0x8001, mode);
+        node.set("R Shift", -0.0);
+        EXPECT_EQ(std::signbit(result()[0]), mode >= 1 && mode <= 4) << mode;
+    }
+}
+
 TEST_F(TakeSamples, EqualBrightnessKeepsTheEarlierSample) {
     const std::vector<Colour> script = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
     for (const int mode : {3, 4}) {
@@ -253,6 +263,20 @@ TEST_F(TakeSamples, TheBrightnessKeptIsThatOfTheSampleKept) {
         feed(script);
         node.set(0x8001, mode);
         EXPECT_EQ(result(), script[1]) << mode;
+    }
+}
+
+TEST_F(TakeSamples, BrightnessIsAThirdAsItIsRounded) {
+    // Neighbouring sums of which a third by multiplication is one number, and by division two: the tie tells.
+    double low = 1.5, high = std::nextafter(low, 2.0);
+    while (low * 0.3333333333333333 != high * 0.3333333333333333 || low / 3 == high / 3)
+        low = high, high = std::nextafter(low, 2.0);
+    ASSERT_LT(high, 2);
+    for (const int mode : {3, 4}) {
+        const std::vector<Colour> script = {{mode == 3 ? high : low, 0, 0}, {mode == 3 ? low : high, 0, 0}};
+        feed(script);
+        node.set(0x8001, mode);
+        EXPECT_EQ(result(), script[0]) << mode;
     }
 }
 
