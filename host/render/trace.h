@@ -75,9 +75,13 @@ inline bool hitCounts(const RayState &state, const RTCRayHit &ray, const HitRule
     return !state.world->hasSingleSided || rules.hitsBackSides || !isOpenBack(*state.world, ray);
 }
 
-// Goes on behind the hit: the same ray meets the same triangle at the same distance, so just beyond is enough.
+// Goes on behind the hit. Embree's distances are a few roundings off what it compares with the ray's start, so the
+// start moves on by several of them, and always by something: a hit must not be found again. What lies nearer together
+// along the ray than that counts as one.
 inline void passHit(RTCRayHit &ray, float farthest) {
-    ray.ray.tnear = std::nextafter(ray.ray.tfar, std::numeric_limits<float>::infinity());
+    constexpr float kOnwards = 1 + 4 * std::numeric_limits<float>::epsilon();
+    const float reached = std::fmax(ray.ray.tfar, ray.ray.tnear) * kOnwards;
+    ray.ray.tnear = std::fmax(reached, std::numeric_limits<float>::min());
     ray.ray.tfar = farthest;
     ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
 }

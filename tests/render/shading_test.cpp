@@ -1,4 +1,5 @@
 // Light on surfaces, against closed forms.
+#include "tests/image/temporary_directory.h"
 #include "tests/render/test_scene.h"
 
 #include <vector>
@@ -136,6 +137,25 @@ TEST(Shading, ShadowsAreProductsOfTransparencies) {
         sun.shadows = each.shadows;
         scene.scene.lights.push_back(sun);
         EXPECT_NEAR(grey(scene), each.expected * std::sqrt(0.5), kTolerance) << each.what;
+    }
+}
+
+// Polygons that are triangles have a shorter way to find whether anything is in the light's way.
+TEST(Shading, TrianglesGetTheSameShadows) {
+    const TemporaryDirectory directory;
+    writeText(directory / "wall.obj", "v -9 -9 0\nv 9 -9 0\nv 0 18 0\nf 1 2 3\n");
+    for (const double transparency : {0.0, 0.25, 1.0}) {
+        for (const bool doubleSided : {true, false}) {
+            TestScene scene;
+            scene.surface("Wall", {{"Diffuse", 1}});
+            scene.object("Wall", MeshFile{directory / "wall.obj"}, "Wall");
+            scene.surface("Pane", {{"Transparency", transparency}}).doubleSided = doubleSided;
+            scene.object("Pane", PlaneShape{}, "Pane", {0, 2, -2}); // its back is to the wall
+            scene.scene.lights.push_back(light(Kind::distant, {0, 1, -1}));
+            scene.scene.lights.push_back(light(Kind::distant, {1, 0, -1}));
+            EXPECT_NEAR(grey(scene), (1 + (doubleSided ? transparency : 1)) * std::sqrt(0.5), kTolerance)
+                << transparency << ", " << doubleSided;
+        }
     }
 }
 
