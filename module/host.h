@@ -136,7 +136,8 @@ enum {
 
 typedef struct HostBlockId {
     unsigned int id;   /* four characters, the first in the high byte; 0 ends a table */
-    const char *token; /* the same block's name in text form; no blanks */
+    const char *token; /* the same block's name in text form; a reader looks for the longest that fits, since some
+                          of the module's have blanks */
 } HostBlockId;
 
 /* Handed to every save callback; valid during the call. `data` is the first argument of every operation. Counts are
@@ -861,6 +862,7 @@ typedef struct HostCameraInfo {
 } HostCameraInfo;
 
 /* ---- Layout -------------------------------------------------------------------------------------------------- */
+/* NOLINTBEGIN(bugprone-branch-clone): many offsets are the same on both targets */
 
 /* The n-th pointer-sized member of a table. */
 #define HOST_SLOT(record, member, n)                                                                                   \
@@ -995,6 +997,7 @@ HOST_SLOT(HostCameraInfo, filmSize, kCameraInfoFilmSize);
 HOST_SLOT(HostCameraInfo, frameTiming, kCameraInfoFrameTiming);
 HOST_SIZE(HostFrameInterval, 32, 32);
 
+/* NOLINTEND(bugprone-branch-clone) */
 #undef HOST_SLOT
 #undef HOST_OFFSET
 #undef HOST_SIZE

@@ -21,8 +21,8 @@ uint32_t mixed(int index) { return word(index - 1) ^ (word(index - 1) >> 30); }
 
 } // namespace
 
-std::atomic<uint32_t> mt[kStateWords];
-std::atomic<int> mti = kNeverSeeded;
+constinit std::atomic<uint32_t> mt[kStateWords] = {};
+constinit std::atomic<int> mti = kNeverSeeded;
 
 void init_genrand(uint32_t seed) {
     setWord(0, seed);

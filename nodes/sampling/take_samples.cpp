@@ -65,12 +65,14 @@ enum Control : unsigned int {
 };
 
 #define AT(field) offsetof(TakeSamples, field)
+// NOLINTBEGIN(bugprone-macro-parentheses): `channel` names a member
 #define CHANNEL(letter, first, channel)                                                                                \
     velm::number(first, letter " Shift").at(AT(channel.shift)).input(AT(channel##Inputs.shift)),                       \
         velm::checkBox(first + 1, "Clamp").at(AT(channel.clampLow)),                                                   \
         velm::number(first + 2, letter " Low").at(AT(channel.low)).input(AT(channel##Inputs.low)),                     \
         velm::checkBox(first + 3, "Clamp").at(AT(channel.clampHigh)),                                                  \
         velm::number(first + 4, letter " High").at(AT(channel.high)).starting(1.0).input(AT(channel##Inputs.high))
+// NOLINTEND(bugprone-macro-parentheses)
 constexpr velm::Parameter parameters[] = {
     velm::popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
     velm::wholeNumber(kSamples, "Samples").at(AT(samples)).starting(12).input(AT(samplesInput)),
