@@ -232,6 +232,15 @@ TEST_F(Group, SizesTheViewByTheNodesExtent) {
     EXPECT_EQ(untouched[2][1], 6);
 }
 
+TEST_F(Group, LeavesTheViewAloneWhereNoExtentsAreTold) {
+    host.missing = {HOST_NODE_UTILITY_FUNCS}; // an activation that fails, with an instance there
+    EXPECT_EQ(GroupNode_Activate(1, FakeEditors::lookup, &node.handler, nullptr), kActivateBadGlobal);
+    double untouched[3][2] = {{1, 2}, {3, 4}, {5, 6}};
+    editor().autosize(&editor(), node.instance, untouched);
+    EXPECT_EQ(untouched[0][0], 1);
+    EXPECT_EQ(untouched[2][1], 6);
+}
+
 TEST_F(Group, AnswersEventsWithItself) {
     EXPECT_EQ(editor().event(&editor()), node.instance);
     EXPECT_EQ(host.takeLog(), Lines{});
