@@ -44,6 +44,7 @@ std::string dependence(HostNode &node, HostNode &source) {
 template <class T>
 std::vector<std::string> namesOf(const std::vector<std::unique_ptr<T>> &all) {
     std::vector<std::string> names;
+    names.reserve(all.size());
     for (const auto &one : all) names.push_back(one->name);
     return names;
 }

@@ -8,7 +8,7 @@ std::string quoted(std::string_view name) { return '"' + std::string(name) + '"'
 
 std::string suggestion(std::string_view wanted, const std::vector<std::string> &known) {
     constexpr std::size_t kShortList = 12;
-    const std::string near = didYouMean(wanted, known);
+    std::string near = didYouMean(wanted, known);
     if (!near.empty()) return near;
     if (known.empty()) return ", there are none";
     if (known.size() > kShortList) return {};
