@@ -6,6 +6,7 @@
 #include "host/services/channel.h"
 
 #include <algorithm>
+#include <utility>
 
 using velm::assertBetweenFrames;
 using velm::assertInterface;
@@ -18,16 +19,50 @@ namespace {
 // The wall hands a message out through a slot; a server may leave it empty.
 std::string messageOr(const char *message, const char *otherwise) { return message && *message ? message : otherwise; }
 
+// The node whose instance is being created, innermost: whatever network is made meanwhile is inside it.
+class Making {
+  public:
+    explicit Making(HostNode &node) : node_(node), outer_(std::exchange(innermost_, this)) {}
+    ~Making() { innermost_ = outer_; }
+    Making(const Making &) = delete;
+    Making &operator=(const Making &) = delete;
+
+    // Null outside of all creation.
+    static Making *innermost() { return innermost_; }
+    HostNode &node() { return node_; }
+    // Why the host refused a network; the server knows only that it did.
+    std::string refusal;
+
+  private:
+    HostNode &node_;
+    Making *outer_;
+    static inline Making *innermost_ = nullptr; // creation is for the interface thread alone
+};
+
+int depthOf(const HostNodeEditor *editor) {
+    int depth = 0;
+    for (; editor->holder(); editor = editor->holder()->editor) ++depth;
+    return depth;
+}
+
 } // namespace
 
 HostNodeEditor::HostNodeEditor(std::string name, std::string title, const HostRootDescription *root, void *userData)
     : name_(std::move(name)), title_(std::move(title)), userData_(userData) {
     assertInterface();
+    if (Making *making = Making::innermost()) {
+        if (depthOf(making->node().editor) == velm::kDeepestNesting) {
+            making->refusal = "networks cannot be nested deeper than " + std::to_string(velm::kDeepestNesting);
+            throw InputError(making->refusal);
+        }
+        holder_ = &making->node();
+    }
     if (root) description_ = *root;
     root_ = std::make_unique<HostNode>();
     root_->editor = this;
     root_->name = name_;
     root_->previewType = description_.previewType;
+    if (holder_) holder_->nested.push_back(this);
 }
 
 HostNodeEditor::HostNodeEditor(std::string name, velm::ServerClass &server) : name_(std::move(name)), title_(name_) {
@@ -41,6 +76,13 @@ HostNodeEditor::~HostNodeEditor() {
     clear();
     dismantle(*root_);
     root_.reset();
+    if (holder_) std::erase(holder_->nested, this);
+}
+
+bool HostNodeEditor::contains(const HostNodeEditor &other) const {
+    const HostNodeEditor *at = &other;
+    while (at != this && at->holder_) at = at->holder_->editor;
+    return at == this;
 }
 
 std::unique_ptr<HostNode> HostNodeEditor::makeNode(velm::ServerClass &server, std::string name) {
@@ -51,10 +93,11 @@ std::unique_ptr<HostNode> HostNodeEditor::makeNode(velm::ServerClass &server, st
     node->handler = &handler;
     node->name = std::move(name);
     const char *error = nullptr;
+    Making making(*node);
     node->instance = handler.instance->create(handler.instance->priv, node.get(), &error);
     if (!node->instance)
         throw InputError("cannot make the node " + quoted(node->name) + ": " +
-                         messageOr(error, "its server gives no reason"));
+                         (making.refusal.empty() ? messageOr(error, "its server gives no reason") : making.refusal));
     node->evaluate = handler.evaluate;
     return node;
 }
@@ -95,7 +138,11 @@ void HostNodeEditor::destroyNode(HostNode &node) {
 
 void HostNodeEditor::clear() {
     assertInterface();
-    while (!nodes_.empty()) destroyNode(*nodes_.back());
+    while (!nodes_.empty()) {
+        dismantle(*nodes_.back());
+        nodes_.pop_back();
+        changed();
+    }
 }
 
 HostNode *HostNodeEditor::findNode(std::string_view wanted) const {
@@ -165,9 +212,9 @@ void HostNodeEditor::init(int mode) {
     assertBetweenFrames();
     const std::vector<HostNode *> every = all();
     for (std::size_t i = 0; i < every.size(); ++i) {
-        const HostError error = initNode(*every[i], mode);
+        const auto error = velm::failureOf(*every[i], initNode(*every[i], mode));
         if (!error) continue;
-        const std::string message = "node " + quoted(every[i]->name) + ": " + error;
+        const std::string message = "node " + quoted(every[i]->name) + ": " + *error;
         while (i > 0) cleanupNode(*every[--i]);
         throw InputError(message);
     }
@@ -176,8 +223,8 @@ void HostNodeEditor::init(int mode) {
 void HostNodeEditor::newTime(int frame, double time) {
     assertBetweenFrames();
     for (HostNode *node : all())
-        if (const HostError error = newTimeNode(*node, frame, time))
-            throw InputError("node " + quoted(node->name) + ": " + error);
+        if (const auto error = velm::failureOf(*node, newTimeNode(*node, frame, time)))
+            throw InputError("node " + quoted(node->name) + ": " + *error);
 }
 
 void HostNodeEditor::cleanup() {
@@ -211,6 +258,16 @@ void HostNodeEditor::changed() {
 }
 
 namespace velm {
+
+std::optional<std::string> failureOf(const HostNode &node, HostError said) {
+    std::optional<std::string> failure;
+    if (said) failure = said;
+    for (HostNodeEditor *inside : node.nested) {
+        std::string unsaid = inside->takeLastError();
+        if (!failure && !unsaid.empty()) failure = std::move(unsaid);
+    }
+    return failure;
+}
 
 HostPanel *panelOf(HostNode &node) {
     assertInterface();

@@ -6,14 +6,18 @@
 #include "host/graph/server_list.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 // Everything is for the [interface thread; not while rendering] but what says otherwise. The functions throw
 // InputError; the service functions in front of them turn that into results.
 struct HostNodeEditor {
-    // An editor whose root node is described by functions. The root takes the editor's name. `root` may be null.
+    // An editor whose root node is described by functions. The root takes the editor's name. `root` may be null. Made
+    // while a server creates a node's instance, the editor is nested: that node holds it. InputError when it would be
+    // nested deeper than kDeepestNesting.
     HostNodeEditor(std::string name, std::string title, const HostRootDescription *root, void *userData);
     // An editor whose root node is an instance of a server; `server` outlives the editor.
     HostNodeEditor(std::string name, velm::ServerClass &server);
@@ -24,6 +28,11 @@ struct HostNodeEditor {
     const std::string &name() const { return name_; }
     const std::string &title() const { return title_; } // of its window
     void setTitle(std::string title) { title_ = std::move(title); }
+    // The node that holds this network inside itself; null for a network of its own.
+    HostNode *holder() const { return holder_; }
+    void loseHolder() { holder_ = nullptr; }
+    // True when the other is this network or one inside it, at any depth.
+    bool contains(const HostNodeEditor &other) const;
     HostNode &root() { return *root_; }
     const HostNode &root() const { return *root_; }
     // All but the root, in the order in which they were made.
@@ -53,14 +62,15 @@ struct HostNodeEditor {
     void disconnect(HostInput &input);
 
     // Rendering starts, a frame starts (seconds), rendering has ended; forwarded to the root and to every node.
-    // InputError with the node's name when a node reports an error; when that is init, what was initialised before is
-    // cleaned up. [between frames]
+    // InputError with the node's name when a node reports an error, or a network inside it had one that the node kept
+    // to itself; when that is init, what was initialised before is cleaned up. [between frames]
     void init(int mode);
     void newTime(int frame, double time);
     void cleanup();
 
     // Makes this network like another: nodes, settings, connections, names. Both have the same root inputs. InputError
     // when a node cannot be copied; the network then holds what was copied before it. The same goes for loading.
+    // InputError, and nothing changed, when one of the networks is inside the other.
     void copyFrom(HostNodeEditor &from);
     // The contents of a network's block; the caller opens and closes the block itself. Loading replaces the network.
     void save(const HostSaveState &state);
@@ -87,6 +97,7 @@ struct HostNodeEditor {
     // Remembers an error that a service function could not report, and gives it to whoever asks.
     void setLastError(std::string message) { lastError_ = std::move(message); }
     const std::string &lastError() const { return lastError_; }
+    std::string takeLastError() { return std::exchange(lastError_, {}); }
 
   private:
     std::string uniqueName(std::string_view wanted, const HostNode *except) const;
@@ -100,6 +111,7 @@ struct HostNodeEditor {
     class Loader; // network_load.cpp
 
     std::string name_, title_;
+    HostNode *holder_ = nullptr;
     HostRootDescription description_{};
     std::unique_ptr<HostNode> root_;
     std::vector<std::unique_ptr<HostNode>> nodes_;
@@ -115,6 +127,14 @@ struct HostNodeEditor {
 };
 
 namespace velm {
+
+// Networks in networks, counted from one that no node holds. Far beyond need, and shallow enough for whatever walks
+// them by recursion.
+constexpr int kDeepestNesting = 16;
+
+// What went wrong in a node's callback: what it said, else what happened in a network that it holds and it did not
+// pass on; nothing when all went well. Forgets what the networks remembered.
+std::optional<std::string> failureOf(const HostNode &node, HostError said);
 
 // The panel of a node; null when it has none. Made once. [interface thread; not while rendering]
 HostPanel *panelOf(HostNode &node);

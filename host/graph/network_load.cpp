@@ -117,8 +117,8 @@ class HostNodeEditor::Loader {
     void readData(HostNode &node) {
         const int depth = state_.depth(state_.data);
         if (!node.handler || !node.handler->instance->load) return;
-        if (const HostError error = node.handler->instance->load(node.instance, &state_))
-            throw InputError("cannot load the node " + quoted(node.name) + ": " + error);
+        if (const auto error = velm::failureOf(node, node.handler->instance->load(node.instance, &state_)))
+            throw InputError("cannot load the node " + quoted(node.name) + ": " + *error);
         while (state_.depth(state_.data) > depth) state_.endBlock(state_.data); // that the server left open
     }
 

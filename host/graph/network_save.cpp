@@ -27,8 +27,8 @@ void saveData(const HostSaveState &state, const HostNode &node) {
     state.beginBlock(state.data, &kData, 0);
     const int depth = state.depth(state.data);
     if (node.handler && node.handler->instance->save)
-        if (const HostError error = node.handler->instance->save(node.instance, &state))
-            throw InputError("cannot save the node " + quoted(node.name) + ": " + error);
+        if (const auto error = velm::failureOf(node, node.handler->instance->save(node.instance, &state)))
+            throw InputError("cannot save the node " + quoted(node.name) + ": " + *error);
     while (state.depth(state.data) > depth) state.endBlock(state.data); // blocks that the server left open
     state.endBlock(state.data);
 }
@@ -57,8 +57,8 @@ void copyAppearance(HostNode &to, const HostNode &from) {
 void copySettings(HostNode &to, const HostNode &from) {
     copyAppearance(to, from);
     if (!to.handler || !to.handler->instance->copy) return;
-    if (const HostError error = to.handler->instance->copy(to.instance, from.instance))
-        throw InputError("cannot copy the node " + quoted(from.name) + ": " + error);
+    if (const auto error = velm::failureOf(to, to.handler->instance->copy(to.instance, from.instance)))
+        throw InputError("cannot copy the node " + quoted(from.name) + ": " + *error);
 }
 
 } // namespace
@@ -97,6 +97,8 @@ void HostNodeEditor::save(const HostSaveState &state) {
 void HostNodeEditor::copyFrom(HostNodeEditor &from) {
     assertInterface();
     if (&from == this) return;
+    if (from.contains(*this) || contains(from))
+        throw InputError("cannot copy " + quoted(from.name_) + " to " + quoted(name_) + ": one is inside the other");
     clear();
     state_ = from.state_;
     location_ = from.location_;

@@ -1,5 +1,6 @@
 #include "host/graph/node.h"
 
+#include "host/graph/network.h"
 #include "host/graph/thread_role.h"
 #include "host/image/image.h"
 #include "host/services/channel.h"
@@ -24,6 +25,7 @@ T *findByName(const std::vector<std::unique_ptr<T>> &all, std::string_view wante
 HostNode::HostNode() : evaluate(setNothing) {}
 
 HostNode::~HostNode() {
+    for (HostNodeEditor *inside : nested) inside->loseHolder(); // its instance left it behind
     if (group) velm::envelopeFuncs()->destroyGroup(group);
 }
 

@@ -48,6 +48,8 @@ struct HostNode {
     std::vector<std::unique_ptr<HostOutput>> outputs;
     HostChannelGroup *group = nullptr; // made when first asked for
     HostPanel *panel = nullptr;        // made by the server when first asked for; the host destroys it
+    // The networks that the instance holds: what it made while it was being created. The instance destroys them.
+    std::vector<HostNodeEditor *> nested;
 
     // How an editor shows it.
     std::array<int, 3> colour{128, 128, 128};

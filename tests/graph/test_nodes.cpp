@@ -147,10 +147,14 @@ HostError loadGroup(void *instance, const HostLoadState *state) {
     return nullptr;
 }
 
-HostError initGroup(void *instance, int mode) { return nodeEditorFuncs()->init(group(instance).editor, mode); }
+HostError passedOn(void *instance, HostError error) { return group(instance).quiet ? nullptr : error; }
+
+HostError initGroup(void *instance, int mode) {
+    return passedOn(instance, nodeEditorFuncs()->init(group(instance).editor, mode));
+}
 void cleanupGroup(void *instance) { nodeEditorFuncs()->cleanup(group(instance).editor); }
 HostError newTimeGroup(void *instance, int frame, double time) {
-    return nodeEditorFuncs()->newTime(group(instance).editor, frame, time);
+    return passedOn(instance, nodeEditorFuncs()->newTime(group(instance).editor, frame, time));
 }
 
 void evaluateGroup(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {

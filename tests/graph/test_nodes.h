@@ -43,6 +43,7 @@ LastAsked &lastAsked();
 struct TestGroup {
     HostNode *node = nullptr;
     HostNodeEditor *editor = nullptr;
+    bool quiet = false; // keeps to itself what the network reports at init and new time
     HostInput *root = nullptr;
     HostOutput *output = nullptr;
 };
