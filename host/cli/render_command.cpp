@@ -6,14 +6,12 @@
 #include "host/cli/output_file.h"
 #include "host/cli/progress.h"
 #include "host/cli/run.h"
-#include "host/cli/scene_facts.h"
 #include "host/cli/statistics.h"
 #include "host/scene/build_scene.h"
 #include "host/scene/read_scene.h"
 #include "host/services/time.h"
 
 #include <cstdlib>
-#include <filesystem>
 #include <fmt/format.h>
 #include <ostream>
 
@@ -21,28 +19,28 @@ namespace velm {
 
 namespace {
 
-// What is rendered, after the command line has had its say over the scene.
+// The command line has its say over the scene; all that follows goes by the description.
+void overrule(RenderDescription &scene, const RenderOptions &options) {
+    if (options.size) {
+        scene.width = options.size->width;
+        scene.height = options.size->height;
+    }
+    if (options.samples > 0) scene.samples = options.samples;
+    if (options.frames) {
+        scene.firstFrame = options.frames->first;
+        scene.lastFrame = options.frames->last;
+    }
+}
+
 struct RenderPlan {
     RenderJob job; // of the first frame
-    FrameRange range;
     std::vector<int> frames;
     double framesPerSecond;
     FrameNames names;
 };
 
-std::vector<int> frameList(FrameRange range, int step) {
-    std::vector<int> frames;
-    for (int frame = range.first; frame <= range.last; frame += step) frames.push_back(frame);
-    return frames;
-}
-
 RenderJob planJob(const RenderDescription &scene, const RenderOptions &options) {
     RenderJob job = renderJob(scene);
-    if (options.size) {
-        job.width = options.size->width;
-        job.height = options.size->height;
-    }
-    if (options.samples > 0) job.samples = options.samples;
     job.threads = options.threads;
     if (!options.region) return job;
     job.region = *options.region;
@@ -53,17 +51,14 @@ RenderJob planJob(const RenderDescription &scene, const RenderOptions &options) 
 }
 
 RenderPlan makePlan(const SceneDescription &scene, const RenderOptions &options) {
-    const std::string output =
-        options.output.empty() ? std::filesystem::path(scene.file).stem().string() + ".png" : options.output;
-    const FrameRange range =
-        options.frames.value_or(FrameRange{.first = scene.render.firstFrame, .last = scene.render.lastFrame});
-    std::vector<int> frames = frameList(range, scene.render.frameStep);
+    const RenderDescription &render = scene.render;
+    std::vector<int> frames;
+    for (int frame = render.firstFrame; frame <= render.lastFrame; frame += render.frameStep) frames.push_back(frame);
     const bool several = frames.size() > 1;
-    return {.job = planJob(scene.render, options),
-            .range = range,
+    return {.job = planJob(render, options),
             .frames = std::move(frames),
-            .framesPerSecond = scene.render.framesPerSecond,
-            .names = FrameNames(output, several)};
+            .framesPerSecond = render.framesPerSecond,
+            .names = FrameNames(options.output.empty() ? scene.name + ".png" : options.output, several)};
 }
 
 // Surfaces between init and cleanup.
@@ -105,7 +100,8 @@ bool renderFrames(const RenderPlan &plan, const World &world, BuiltScene &built,
 } // namespace
 
 int runRender(const Options &options, const RenderOptions &render, std::ostream &out, std::ostream &err) {
-    const SceneDescription scene = readScene(render.scene, makeSearchPath(render.data, std::getenv("VELM_DATA")));
+    SceneDescription scene = readScene(render.scene, makeSearchPath(render.data, std::getenv("VELM_DATA")));
+    overrule(scene.render, render);
     const RenderPlan plan = makePlan(scene, render);
     for (const int frame : plan.frames) prepareOutput(plan.names(frame));
 
@@ -113,14 +109,13 @@ int runRender(const Options &options, const RenderOptions &render, std::ostream 
     const LoadedModule module(options.module);
     BuiltScene built(scene, serverList());
     const World world(scene, [&built](const std::string &name) { return built.surface(name); });
-    const SceneFacts facts(scene, world, plan.job, plan.range);
     total.prepared(world.pointCount());
     ProgressReport report(err, progressStyle(err, render.quiet));
     const PictureMetadata metadata{
         .scene = scene.file, .module = module.path(), .version = "velm " VELM_VERSION, .command = options.commandLine};
     const bool complete = renderFrames(plan, world, built, metadata, report, total);
     if (!complete) {
-        report.end("interrupted; the frame that was under way is not written");
+        report.end("velm: interrupted; the frame that was under way is not written");
         return kExitInterrupted;
     }
     if (render.stats) total.print(out);

@@ -126,6 +126,52 @@ TEST(Render, NumbersTheFramesThatAreAskedFor) {
               (std::vector<std::string>{"g_0001.exr", "g_0002.exr", "grow.json", "one.exr"}));
 }
 
+// A popup lists what a node of a later surface is named by its setting.
+TEST(Render, LetsSettingsFindTheirOrder) {
+    const TemporaryDirectory directory;
+    const std::string scene = directory.write("shared.json", R"({
+        "render": {"width": 4, "height": 4},
+        "cameras": {"Main": {"position": [0, 0, -5]}},
+        "surfaces": {
+            "Glow": {
+                "settings": {"Luminosity": 1, "Diffuse": 0},
+                "nodes": {"From": {"server": "Velm Get Material", "settings": {"Slot": "Gold"}}},
+                "connections": ["From.Color -> Glow.Color"]
+            },
+            "Shelf": {
+                "nodes": {"Store": {"server": "Velm Store Material", "settings": {"Name": "Gold"}},
+                          "Paint": {"server": "Constant Color", "settings": {"Color": [1, 0.5, 0.125]}}},
+                "connections": ["Paint.Color -> Store.Color"]
+            }
+        },
+        "objects": {"Wall": {"box": {"size": [20, 20, 1]}, "surface": "Glow"}}
+    })");
+    const std::string file = directory.file("shared.exr");
+    const test::Outcome outcome = test::velm({"render", scene, "-o", file});
+    ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_EQ(middleOf(file), (std::array<float, 3>{1.0F, 0.5F, 0.125F}));
+}
+
+TEST(Render, TellsNodesWhichFramesAreRendered) {
+    const TemporaryDirectory directory;
+    const std::string scene = directory.write("info.json", R"({
+        "render": {"width": 4, "height": 4, "recursionDepth": 5},
+        "cameras": {"Main": {"position": [0, 0, -5]}},
+        "surfaces": {"Glow": {
+            "settings": {"Diffuse": 0, "Luminosity": 1},
+            "nodes": {"Info": {"server": "Velm Render Info"}, "Join": {"server": "Make Color"}},
+            "connections": ["Info.End Frame -> Join.Red", "Info.Current Frame -> Join.Green",
+                            "Info.Ray Recursion Limit -> Join.Blue", "Join.Color -> Glow.Color"]
+        }},
+        "objects": {"Wall": {"box": {"size": [20, 20, 1]}, "surface": "Glow"}}
+    })");
+    const test::Outcome outcome =
+        test::velm({"render", scene, "-o", directory.file("#.exr"), "--frames", "2-3", "--threads", "2"});
+    ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_EQ(middleOf(directory.file("2.exr")), (std::array<float, 3>{3.0F, 2.0F, 5.0F}));
+    EXPECT_EQ(middleOf(directory.file("3.exr")), (std::array<float, 3>{3.0F, 3.0F, 5.0F}));
+}
+
 struct Wrong {
     const char *name;
     std::string scene;
