@@ -126,7 +126,7 @@ constexpr NodeUnit everything = {
 
 static void Everything_Evaluate(void *, ShadingSample *, HostOutput *, HostNodeValue *) {}
 
-static constexpr auto layout = joinHints(minimumHint(0x8002, 1), listHint(kHintDividerAfter, 0x8008));
+static constexpr auto layout = joinHints(minimumHint(0x8002, 1), listHint(kHintDividerAfter, 0x8008u));
 
 VELM_DEFINE_NODE(Everything, everything)
 VELM_DEFINE_PANEL(Everything, everything, everythingRows, layout)

@@ -131,8 +131,8 @@ TEST(Random, EndsOfTheIntervals) {
 
 TEST(Random, PairsAndTriplesAreSingleDrawsAtEveryOffset) {
     std::mt19937 reference(99);
-    std::vector<uint32_t> words;
-    for (int i = 0; i < 2 * kStateWords + 8; ++i) words.push_back(static_cast<uint32_t>(reference()));
+    std::vector<uint32_t> words(2 * kStateWords + 8);
+    for (uint32_t &word : words) word = static_cast<uint32_t>(reference());
     for (size_t offset = 0; offset <= kStateWords; ++offset) {
         const auto restart = [&] {
             init_genrand(99);
