@@ -80,7 +80,8 @@ TEST_F(OcclusionColour, AnyDistanceBelowZeroIsAMiss) {
     hitEverythingAt(-0.25);
     expectNear(colour(), scaled(kBackground, kBackgroundBright));
     hitEverythingAt(0);
-    expectNear(colour(), scaled(kOcclusion, kOcclusionBright));
+    node.set("Shift", 0.25);
+    expectNear(colour(), mixed(0.75, kOcclusion, kSurface, kSurfaceBright));
 }
 
 TEST_F(OcclusionColour, BeyondTheRangeTheSurfaceIsOpen) {
