@@ -27,8 +27,8 @@ SceneDescription occlusionOnly(SceneDescription scene, const char *output) {
     for (SurfaceDescription &surface : scene.surfaces) {
         surface.settings = {{.label = "Luminosity", .value = 1.0, .place = {}},
                             {.label = "Diffuse", .value = 0.0, .place = {}}};
-        for (NodeDescription &node : surface.nodes) node.settings.clear();
-        for (ConnectionDescription &connection : surface.connections) connection.output = output;
+        for (NodeDescription &node : surface.network.nodes) node.settings.clear();
+        for (ConnectionDescription &connection : surface.network.connections) connection.output = output;
     }
     return scene;
 }

@@ -82,6 +82,7 @@ class Application {
             const std::string near = didYouMean(text, entries);
             fail("there is no entry \"" + text + "\"" + (near.empty() ? "; there are " + known : near));
         }
+        if (std::count(found, entries.end(), text) > 1) fail("several entries are called \"" + text + "\"");
         const auto index = static_cast<std::size_t>(found - entries.begin());
         if (control_.type->kind == ControlKind::choice) return store(static_cast<int>(index));
         if (index >= control_.transform.size()) fail("the entry \"" + text + "\" has no value");

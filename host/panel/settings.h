@@ -14,8 +14,8 @@ namespace velm {
 // or three as the control has; keys for controls with envelopes; an entry's text for choices (blanks around it do not
 // matter); true or false for check boxes; text. A plain value removes the keys. A control that rules disable can be
 // set all the same, so that settings may come in any order. Throws InputError, with the setting's place and the nearest
-// right name, for an unknown label or entry, a value of the wrong kind or beyond the limits, a button or drawing, and a
-// control that a connection feeds; then nothing was changed.
+// right name, for an unknown label or entry, an entry's text that several have, a value of the wrong kind or beyond the
+// limits, a button or drawing, and a control that a connection feeds; then nothing was changed.
 void applySetting(HostPanel &panel, const SettingDescription &setting);
 
 // The labels that applySetting takes, in the order in which the controls were added.

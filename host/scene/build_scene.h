@@ -16,9 +16,10 @@ namespace velm {
 class BuiltScene {
   public:
     // Reads the images, makes the nodes, sets them through their panels and then connects them: a panel does not let
-    // go of a control that a connection feeds. Where one node's popup lists what another node's setting names, the
-    // settings find their order by themselves. Throws InputError with the place in the scene file, what was found and
-    // the nearest right name. `scene` need not outlive the call; `servers` does.
+    // go of a control that a connection feeds. Networks inside nodes are made with the nodes. Where one node's popup
+    // lists what another node's setting names, the naming comes first, wherever the two stand. Throws InputError with
+    // the place in the scene file, what was found and the nearest right name. `scene` need not outlive the call;
+    // `servers` does.
     BuiltScene(const SceneDescription &scene, ServerList &servers);
     ~BuiltScene(); // empties the image list
     BuiltScene(const BuiltScene &) = delete;
@@ -37,8 +38,13 @@ class BuiltScene {
     struct Images {
         ~Images();
     };
+    // Taken down from the last to the first, as the nodes of a network are.
+    struct Surfaces {
+        ~Surfaces();
+        std::vector<std::unique_ptr<Surface>> all;
+    };
     Images images_;
-    std::vector<std::unique_ptr<Surface>> surfaces_;
+    Surfaces surfaces_;
 };
 
 } // namespace velm

@@ -42,16 +42,25 @@ End parseEnd(std::string_view text, const std::vector<std::string> &nodes, const
 
 } // namespace
 
+NetworkRoot surfaceRoot(const std::string &surface) {
+    return {.name = surface, .nameOf = "its surface", .feedsNothing = "the surface itself, which has no outputs"};
+}
+
+NetworkRoot holderRoot(const std::string &node) {
+    return {.name = node,
+            .nameOf = "the node that holds it",
+            .feedsNothing = "the node that holds the network, whose outputs are outside"};
+}
+
 ConnectionDescription parseConnection(std::string_view text, const std::vector<std::string> &nodes,
-                                      const std::string &surface, const Place &place) {
+                                      const NetworkRoot &root, const Place &place) {
     const auto arrow = text.find(kArrow);
     if (arrow == std::string_view::npos)
         throw InputError(place,
                          fmt::format("\"{}\" is no connection; it must read \"Node.Output -> Node.Input\"", text));
     End from = parseEnd(trimmed(text.substr(0, arrow)), nodes, place);
     End to = parseEnd(trimmed(text.substr(arrow + kArrow.size())), nodes, place);
-    if (from.node == surface)
-        throw InputError(place, fmt::format("\"{}\" is the surface itself, which has no outputs", surface));
+    if (from.node == root.name) throw InputError(place, fmt::format("\"{}\" is {}", root.name, root.feedsNothing));
     return {.fromNode = std::move(from.node),
             .output = std::move(from.socket),
             .toNode = std::move(to.node),

@@ -37,24 +37,32 @@ struct SettingDescription {
     Place place;
 };
 
+struct NetworkDescription;
+
 struct NodeDescription {
     std::string name;   // unique in its network
     std::string server; // "Velm Counter"
     std::vector<SettingDescription> settings;
+    std::vector<NetworkDescription> network; // that the node holds inside itself: none or one
     Place place;
 };
 
 struct ConnectionDescription {
     std::string fromNode, output; // "AO", "Color"
-    std::string toNode, input;    // the surface itself goes by the surface's name
+    std::string toNode, input;    // the root of the network goes by the name of the surface or node that holds it
+    Place place;
+};
+
+struct NetworkDescription {
+    std::vector<NodeDescription> nodes;
+    std::vector<ConnectionDescription> connections;
     Place place;
 };
 
 struct SurfaceDescription {
     std::string name;
     std::vector<SettingDescription> settings; // of the root node: "Color", "Diffuse" and so on
-    std::vector<NodeDescription> nodes;
-    std::vector<ConnectionDescription> connections;
+    NetworkDescription network;
     double smoothingAngle = 89.5; // degrees; 0 gives flat polygons
     bool doubleSided = true;
     Place place;

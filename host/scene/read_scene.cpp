@@ -18,6 +18,7 @@ template <class T>
 void wantNamed(const std::vector<T> &all, const std::string &name, std::string_view what, const Place &place) {
     if (std::ranges::find(all, name, &T::name) != all.end()) return;
     std::vector<std::string> known;
+    known.reserve(all.size());
     for (const T &one : all) known.push_back(one.name);
     throw InputError(place, fmt::format("there is no {} {}{}", what, velm::quoted(name), suggestion(name, known)));
 }
@@ -53,7 +54,7 @@ std::string sceneSchema() {
     nlohmann::ordered_json schema = {{"$schema", "https://json-schema.org/draft/2020-12/schema"},
                                      {"title", "A scene of the stand-alone host"}};
     schema.update(objectSchema(sceneTable()));
-    schema["$defs"] = {{"settings", settingsDefinition()}};
+    schema["$defs"] = {{"settings", settingsDefinition()}, {"node", nodeDefinition()}};
     return schema.dump(2) + '\n';
 }
 

@@ -165,7 +165,79 @@ void readSettings(const ReadContext &context, const JsonMember &found, T &result
 // Told once for the whole schema; see settingsDefinition.
 Json settingsSchema() { return {{"$ref", "#/$defs/settings"}}; }
 
-// ---- Nodes and surfaces ----
+// ---- Networks, nodes and surfaces ----
+
+NetworkDescription &networkOf(SurfaceDescription &surface) { return surface.network; }
+NetworkDescription &networkOf(NetworkDescription &network) { return network; }
+
+template <class T>
+void readNodes(const ReadContext &context, const JsonMember &found, T &result) {
+    readNamed(context, nodeTable(), found, networkOf(result).nodes);
+}
+
+template <class T>
+void checkConnectionList(const ReadContext &context, const JsonMember &found, T &) {
+    if (found.value.kind != JsonValue::Kind::list)
+        context.fail(found.value.line, fmt::format("\"connections\" must be a list of texts such as "
+                                                   "\"Node.Output -> Node.Input\"; found {}",
+                                                   found.value.shown()));
+}
+
+// The rows that surfaces and nodes with a network of their own have in common. Nodes are told once for the whole
+// schema, since they may hold nodes; see nodeDefinition.
+template <class T>
+constexpr Field<T> kNodesField{
+    .key = "nodes", .help = "The nodes of the network, by name.", .target = ReadField<T>(readNodes<T>), .schema = [] {
+        return Json{{"type", "object"}, {"additionalProperties", {{"$ref", "#/$defs/node"}}}};
+    }};
+template <class T>
+constexpr Field<T> kConnectionsField{
+    .key = "connections",
+    .help =
+        "What is connected, as \"Node.Output -> Node.Input\"; the surface itself, or the node that holds the network, "
+        "goes by its own name and takes the results.",
+    .target = ReadField<T>(checkConnectionList<T>),
+    .schema = [] {
+        return Json{{"type", "array"}, {"items", {{"type", "string"}, {"pattern", "^.+\\..+->.+\\..+$"}}}};
+    }};
+
+// Connections can be told apart only when the names of all nodes are known, wherever in the object they stand.
+void readConnections(const ReadContext &context, const JsonValue &object, const NetworkRoot &root,
+                     NetworkDescription &network) {
+    std::vector<std::string> names{root.name};
+    for (const NodeDescription &node : network.nodes) {
+        if (node.name == root.name)
+            throw InputError(node.place, fmt::format("the node \"{}\" has the name of {}", node.name, root.nameOf));
+        names.push_back(node.name);
+    }
+    const JsonValue *connections = object.find("connections");
+    if (!connections) return;
+    for (const JsonValue &text : connections->list) {
+        const ConnectionDescription connection =
+            parseConnection(readText(context, "connections", text, textForm()), names, root, context.at(text.line));
+        for (const ConnectionDescription &earlier : network.connections)
+            if (earlier.toNode == connection.toNode && earlier.input == connection.input)
+                context.fail(text.line, fmt::format("\"{}.{}\" is connected twice; first on line {}", earlier.toNode,
+                                                    earlier.input, earlier.place.line));
+        network.connections.push_back(connection);
+    }
+}
+
+void finishSurface(const ReadContext &context, const JsonValue &object, SurfaceDescription &surface) {
+    surface.network.place = surface.place;
+    readConnections(context, object, surfaceRoot(surface.name), surface.network);
+}
+
+constexpr Field<NetworkDescription> kNetworkFields[] = {kNodesField<NetworkDescription>,
+                                                        kConnectionsField<NetworkDescription>};
+constexpr Table<NetworkDescription> kNetworkTable{.what = "a network", .fields = kNetworkFields};
+
+void readNetwork(const ReadContext &context, const JsonMember &found, NodeDescription &node) {
+    NetworkDescription &network = node.network.emplace_back();
+    network.place = context.at(found.line);
+    readObject(context, kNetworkTable, found.value, network);
+    readConnections(context, found.value, holderRoot(node.name), network);
+}
 
 constexpr Field<NodeDescription> kNodeFields[] = {
     {.key = "server",
@@ -178,35 +250,11 @@ constexpr Field<NodeDescription> kNodeFields[] = {
              "second is \"Clamp 2\".",
      .target = ReadField<NodeDescription>(readSettings<NodeDescription>),
      .schema = settingsSchema},
+    {.key = "network",
+     .help = "Of a node that holds a network: what is inside.",
+     .target = ReadField<NodeDescription>(readNetwork),
+     .schema = [] { return objectSchema(kNetworkTable); }},
 };
-
-void checkConnectionList(const ReadContext &context, const JsonMember &found, SurfaceDescription &) {
-    if (found.value.kind != JsonValue::Kind::list)
-        context.fail(found.value.line, fmt::format("\"connections\" must be a list of texts such as "
-                                                   "\"Node.Output -> Node.Input\"; found {}",
-                                                   found.value.shown()));
-}
-
-// Connections can be told apart only when the names of all nodes are known, wherever in the object they stand.
-void finishSurface(const ReadContext &context, const JsonValue &object, SurfaceDescription &surface) {
-    std::vector<std::string> names{surface.name};
-    for (const NodeDescription &node : surface.nodes) {
-        if (node.name == surface.name)
-            throw InputError(node.place, fmt::format("the node \"{}\" has the name of its surface", node.name));
-        names.push_back(node.name);
-    }
-    const JsonValue *connections = object.find("connections");
-    if (!connections) return;
-    for (const JsonValue &text : connections->list) {
-        const ConnectionDescription connection = parseConnection(readText(context, "connections", text, textForm()),
-                                                                 names, surface.name, context.at(text.line));
-        for (const ConnectionDescription &earlier : surface.connections)
-            if (earlier.toNode == connection.toNode && earlier.input == connection.input)
-                context.fail(text.line, fmt::format("\"{}.{}\" is connected twice; first on line {}", earlier.toNode,
-                                                    earlier.input, earlier.place.line));
-        surface.connections.push_back(connection);
-    }
-}
 
 constexpr Form kSmoothingAngle{.kind = Form::Kind::number, .least = 0, .most = 180};
 
@@ -216,17 +264,8 @@ constexpr Field<SurfaceDescription> kSurfaceFields[] = {
              "Glossiness, Reflection, Transparency, Refraction Index; fractions are 1 for full.",
      .target = ReadField<SurfaceDescription>(readSettings<SurfaceDescription>),
      .schema = settingsSchema},
-    {.key = "nodes",
-     .help = "The nodes of the network, by name.",
-     .target = ReadField<SurfaceDescription>(readCollection<&SurfaceDescription::nodes, nodeTable>),
-     .schema = collectionSchema<nodeTable>},
-    {.key = "connections",
-     .help = "What is connected, as \"Node.Output -> Node.Input\"; the surface itself goes by its own name.",
-     .target = ReadField<SurfaceDescription>(checkConnectionList),
-     .schema =
-         [] {
-             return Json{{"type", "array"}, {"items", {{"type", "string"}, {"pattern", "^.+\\..+->.+\\..+$"}}}};
-         }},
+    kNodesField<SurfaceDescription>,
+    kConnectionsField<SurfaceDescription>,
     {.key = "smoothingAngle",
      .help = "Edges up to this angle between their polygons are smoothed, in degrees; 0 gives flat polygons.",
      .form = kSmoothingAngle,
@@ -245,6 +284,8 @@ nlohmann::ordered_json settingsDefinition() {
                                formSchema(tripleForm()), objectSchema(keysTable())})}};
     return {{"type", "object"}, {"additionalProperties", value}};
 }
+
+nlohmann::ordered_json nodeDefinition() { return objectSchema(nodeTable()); }
 
 const Table<KeysDescription> &keysTable() {
     static constexpr Table<KeysDescription> table{.what = "an animated setting", .fields = kKeysFields};

@@ -18,6 +18,8 @@ const Table<KeysDescription> &keysTable(); // of an animated setting
 
 // The schema of "settings", to which the schemas of surfaces and nodes refer as "#/$defs/settings".
 nlohmann::ordered_json settingsDefinition();
+// The schema of a node, to which those of networks refer as "#/$defs/node": a node may hold a network of nodes.
+nlohmann::ordered_json nodeDefinition();
 
 // A file that the scene names, looked for beside the scene and along the search path; InputError, with the line and
 // where it was looked for, when there is none.

@@ -24,6 +24,7 @@ std::string surface(const std::string &inside) { return withCamera("\"surfaces\"
 std::string node(const std::string &inside) {
     return surface("\"nodes\": {\"AO\": {\"server\": \"N\", " + inside + "}}");
 }
+std::string inside(const std::string &network) { return node("\"network\": {\n" + network + "}"); }
 std::string setting(const std::string &value) { return node("\"settings\": {\"Max\": " + value + "}"); }
 
 class BadScenes : public testing::TestWithParam<BadScene> {};
@@ -136,6 +137,22 @@ const BadScene kBadScenes[] = {
     {"ConnectionUnknown",
      surface("\"nodes\": {\"AO\": {\"server\": \"N\"}}, \"connections\": [\"Oa.Color -> Clay.Color\"]"),
      "2: there is no node \"Oa\" here, there are \"Clay\" and \"AO\""},
+
+    {"NetworkNoObject", node("\"network\": []"), "2: a network must be an object in braces; found a list of 0 values"},
+    {"NetworkUnknownKey", inside("\"settings\": {}"),
+     "3: a network has no key \"settings\", there are \"nodes\" and \"connections\""},
+    {"NodeLikeItsHolder", inside("\"nodes\": {\"AO\": {\"server\": \"N\"}}"),
+     "3: the node \"AO\" has the name of the node that holds it"},
+    {"ConnectionToTheSurfaceFromInside",
+     inside("\"nodes\": {\"In\": {\"server\": \"N\"}}, \"connections\": [\"In.Color -> Clay.Color\"]"),
+     "3: there is no node \"Clay\" here, there are \"AO\" and \"In\""},
+    {"ConnectionFromTheHolder",
+     inside("\"nodes\": {\"In\": {\"server\": \"N\"}}, \"connections\": [\"AO.Color -> In.Color\"]"),
+     "3: \"AO\" is the node that holds the network, whose outputs are outside"},
+    {"ConnectedTwiceInside",
+     inside("\"nodes\": {\"In\": {\"server\": \"N\"}}, \"connections\": [\"In.A -> AO.Color\",\n\"In.B -> AO.Color\"]"),
+     "4: \"AO.Color\" is connected twice; first on line 3"},
+    {"NoServerInside", inside("\"nodes\": {\n\"In\": {}}"), "4: a node needs \"server\""},
 };
 
 INSTANTIATE_TEST_SUITE_P(All, BadScenes, testing::ValuesIn(kBadScenes), [](const auto &row) { return row.param.name; });

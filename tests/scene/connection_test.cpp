@@ -16,7 +16,7 @@ class GoodConnection : public testing::TestWithParam<Good> {};
 TEST_P(GoodConnection, IsTakenApart) {
     const Good &good = GetParam();
     const Place place{.file = "f.json", .line = 4};
-    const ConnectionDescription connection = parseConnection(good.text, kNodes, "Clay", place);
+    const ConnectionDescription connection = parseConnection(good.text, kNodes, surfaceRoot("Clay"), place);
     EXPECT_EQ(connection.fromNode, good.fromNode);
     EXPECT_EQ(connection.output, good.output);
     EXPECT_EQ(connection.toNode, good.toNode);
@@ -41,7 +41,7 @@ class BadConnection : public testing::TestWithParam<Bad> {};
 
 TEST_P(BadConnection, IsRefused) {
     try {
-        parseConnection(GetParam().text, kNodes, "Clay", {.file = "f.json", .line = 4});
+        parseConnection(GetParam().text, kNodes, surfaceRoot("Clay"), {.file = "f.json", .line = 4});
         FAIL() << "not refused";
     } catch (const InputError &error) {
         EXPECT_EQ(error.what(), std::string("f.json:4: ") + GetParam().message);

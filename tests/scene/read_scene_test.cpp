@@ -140,7 +140,7 @@ TEST(ReadScene, ReadsSurfacesWithNodesSettingsAndConnections) {
     EXPECT_FALSE(clay.doubleSided);
     EXPECT_EQ(std::get<Triple>(clay.settings[0].value), (Triple{0.5, 0.25, 0}));
     EXPECT_EQ(std::get<double>(clay.settings[1].value), 0.8);
-    const NodeDescription &node = clay.nodes.at(0);
+    const NodeDescription &node = clay.network.nodes.at(0);
     EXPECT_EQ(node.name, "AO");
     EXPECT_EQ(node.server, "Some Node");
     ASSERT_EQ(node.settings.size(), 5u);
@@ -160,9 +160,41 @@ TEST(ReadScene, ReadsSurfacesWithNodesSettingsAndConnections) {
     EXPECT_EQ(offset.keys[0].value, (Triple{1, 2, 3}));
     EXPECT_EQ(offset.keys[0].parameters[3], 4);
     EXPECT_EQ(offset.before, kBehaveOffsetRepeat);
-    ASSERT_EQ(clay.connections.size(), 1u);
-    EXPECT_EQ(clay.connections[0].fromNode, "AO");
-    EXPECT_EQ(clay.connections[0].place.line, 6);
+    ASSERT_EQ(clay.network.connections.size(), 1u);
+    EXPECT_EQ(clay.network.connections[0].fromNode, "AO");
+    EXPECT_EQ(clay.network.connections[0].place.line, 6);
+}
+
+TEST(ReadScene, ReadsNetworksInsideNodes) {
+    const SceneDescription scene = read(R"({
+        "cameras": {"Main": {}},
+        "surfaces": {"Clay": {
+            "nodes": {"Outer": {"server": "Group", "network": {
+                "connections": ["Inner.Color -> Outer.Color"],
+                "nodes": {
+                    "Inner": {"server": "Group", "network": {
+                        "nodes": {"Clay": {"server": "Some Node", "settings": {"Size": 2}}},
+                        "connections": ["Clay.Color -> Inner.Color"]
+                    }},
+                    "Empty": {"server": "Group", "network": {}}
+                }
+            }}},
+            "connections": ["Outer.Color -> Clay.Color"]
+        }}
+    })");
+    const NodeDescription &outer = scene.surfaces.at(0).network.nodes.at(0);
+    ASSERT_EQ(outer.network.size(), 1u);
+    EXPECT_EQ(outer.network[0].place.line, 4);
+    ASSERT_EQ(outer.network[0].connections.size(), 1u);
+    EXPECT_EQ(outer.network[0].connections[0].toNode, "Outer");
+    ASSERT_EQ(outer.network[0].nodes.size(), 2u);
+    const NodeDescription &inner = outer.network[0].nodes[0];
+    ASSERT_EQ(inner.network.size(), 1u);
+    EXPECT_EQ(inner.network[0].connections.at(0).place.line, 9);
+    EXPECT_EQ(inner.network[0].nodes.at(0).name, "Clay") << "the surface's name is free inside";
+    EXPECT_EQ(std::get<double>(inner.network[0].nodes[0].settings.at(0).value), 2);
+    EXPECT_TRUE(inner.network[0].nodes[0].network.empty());
+    EXPECT_EQ(outer.network[0].nodes[1].network.size(), 1u);
 }
 
 TEST(ReadScene, FindsFilesBesideTheSceneAndThenAlongThePath) {

@@ -31,7 +31,7 @@ class Maker {
         if (schema.contains("oneOf") && !schema.contains("type")) return make(pick(schema["oneOf"]), key);
         const std::string type = schema.at("type");
         if (type == "boolean") return true;
-        if (type == "string") return schema.contains("pattern") ? "Node.Out -> Name.In" : "Name";
+        if (type == "string") return schema.contains("pattern") ? connection() : "Name";
         if (type == "integer") return schema.at("minimum");
         if (type == "number") return number(schema);
         return type == "array" ? array(schema, key) : object(schema, key);
@@ -47,6 +47,15 @@ class Maker {
         if (schema.contains("exclusiveMinimum")) return schema["exclusiveMinimum"].get<double>() + 0.5;
         return schema.contains("minimum") ? schema["minimum"].get<double>() : 0.25;
     }
+    // Nodes hold networks of nodes: one inside a node is enough. Names must not be those of what holds them.
+    const char *nodeName() const { return depth_ == 0 ? "Node" : "Inner"; }
+    std::string connection() const { return depth_ == 0 ? "Node.Out -> Name.In" : "Inner.Out -> Node.In"; }
+    Json network(const Json &schema) {
+        ++depth_;
+        Json made = make(schema, "network");
+        --depth_;
+        return made;
+    }
     Json array(const Json &schema, const std::string &key) {
         Json list = Json::array();
         for (int i = 0; i < schema.value("minItems", 1); ++i) list.push_back(make(schema["items"], key));
@@ -55,7 +64,7 @@ class Maker {
     Json object(const Json &schema, const std::string &key) {
         Json result = Json::object();
         if (schema.at("additionalProperties").is_object()) {
-            const std::string name = key == "nodes" ? "Node" : "Name";
+            const std::string name = key == "nodes" ? nodeName() : "Name";
             result[name] = make(schema["additionalProperties"], name);
             return result;
         }
@@ -68,6 +77,10 @@ class Maker {
                     rival = rival || (one["required"][0] == name && name != onlyOne);
             // A camera has one or the other, which a schema tells less well than the reader.
             if (name == "rotation" && result.contains("target")) continue;
+            if (name == "network") {
+                if (depth_ == 0) result[name] = network(property);
+                continue;
+            }
             if (!rival) result[name] = make(property, name);
         }
         // The same for a light or camera that would stand in its own target.
@@ -77,6 +90,7 @@ class Maker {
 
     const Json &root_;
     std::size_t turn_, alternatives_ = 1;
+    int depth_ = 0; // of networks in nodes
 };
 
 TEST(Schema, EveryKeyAndAlternativeIsTakenByTheReader) {
