@@ -197,12 +197,11 @@ TEST_F(OcclusionRays, PolarWithoutJitterIsAnEvenGrid) {
         const std::vector<SentRay> rays = raysOfScalar();
         ASSERT_EQ(rays.size(), 19u);
         for (size_t i = 1; i < rays.size(); ++i) {
-            EXPECT_NEAR(angleBetween(rays[i].direction, normal), 0.3 * static_cast<double>((i - 1) / 6 + 1), 1e-7);
-            const size_t opposite = (i - 1) / 6 * 6 + (i - 1 + 3) % 6 + 1; // mirrored in the axis
-            for (int k = 0; k < 3; ++k) {
-                const double along = 2 * std::cos(0.3 * static_cast<double>((i - 1) / 6 + 1)) * normal[k];
-                EXPECT_NEAR(rays[i].direction[k] + rays[opposite].direction[k], along, 1e-9);
-            }
+            const size_t ring = (i - 1) / 6 + 1, opposite = (ring - 1) * 6 + (i + 2) % 6 + 1; // mirrored in the axis
+            const double angle = 0.3 * static_cast<double>(ring);
+            EXPECT_NEAR(angleBetween(rays[i].direction, normal), angle, 1e-7);
+            for (int k = 0; k < 3; ++k)
+                EXPECT_NEAR(rays[i].direction[k] + rays[opposite].direction[k], 2 * std::cos(angle) * normal[k], 1e-9);
         }
     }
 }
