@@ -50,7 +50,7 @@ class LinearTable {
         }
     }
     float operator()(float encoded) const {
-        return values_[static_cast<std::size_t>(std::clamp(encoded, 0.0f, 1.0f) * 65535.0f + 0.5f)];
+        return values_[static_cast<std::size_t>(std::lround(std::clamp(encoded, 0.0f, 1.0f) * 65535.0f))];
     }
 
   private:

@@ -76,7 +76,7 @@ std::vector<Value> convertRow(const Picture &picture, int y, int channels, Conve
     return row;
 }
 
-std::uint8_t toByte(float linear) { return static_cast<std::uint8_t>(linearToSrgb(linear) * 255 + 0.5); }
+std::uint8_t toByte(float linear) { return static_cast<std::uint8_t>(std::lround(linearToSrgb(linear) * 255)); }
 
 bool writeRows(OIIO::ImageOutput &output, const Picture &picture, const PictureFormat &format) {
     for (int y = 0; y < picture.height(); ++y) {

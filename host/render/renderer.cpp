@@ -108,6 +108,7 @@ class FrameRender {
     void run(int threads, ProgressSink *sink) {
         const SceneServices services(world_, job_, region_, threads, cameraItem_, camera_);
         std::vector<std::jthread> workers; // joined also when the sink throws, after the tiles under way
+        workers.reserve(static_cast<std::size_t>(threads));
         const CancelScope cancel{next_, tileCount()};
         for (int index = 0; index < threads; ++index) workers.emplace_back([this, index] { work(index); });
         watch(threads, sink);

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <numbers>
 #include <numeric>
 
@@ -16,15 +15,18 @@ std::vector<std::uint32_t> groupByPosition(const Mesh &mesh) {
     std::vector<std::uint32_t> group(count);
     std::iota(group.begin(), group.end(), 0u);
     if (mesh.uvMaps.empty()) return group; // vertices only differ by where they are
+    // By their bits, which order even what is not a number.
+    const auto place = [&](std::uint32_t vertex) {
+        return std::bit_cast<std::array<std::uint32_t, 3>>(mesh.points[vertex]);
+    };
     const auto before = [&](std::uint32_t a, std::uint32_t b) {
-        const int order = std::memcmp(&mesh.points[a], &mesh.points[b], sizeof(HostPoint));
-        return order != 0 ? order < 0 : a < b;
+        const auto placeA = place(a), placeB = place(b);
+        return placeA != placeB ? placeA < placeB : a < b;
     };
     std::vector<std::uint32_t> order = group;
     std::sort(order.begin(), order.end(), before);
     for (std::size_t i = 1; i < count; ++i) {
-        const bool same = std::memcmp(&mesh.points[order[i]], &mesh.points[order[i - 1]], sizeof(HostPoint)) == 0;
-        if (same) group[order[i]] = group[order[i - 1]];
+        if (place(order[i]) == place(order[i - 1])) group[order[i]] = group[order[i - 1]];
     }
     return group;
 }

@@ -3,6 +3,7 @@
 
 #include "host/render/ray_state.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -26,15 +27,20 @@ struct HitRules {
 // Tracing Gems, 2019, so it grows and shrinks with the scene. Origins farther off the plane are used as they are.
 inline bool startRay(const Caster &caster, const Vec3 &origin, const Vec3 &direction, RTCRayHit &ray, Vec3 &unit) {
     constexpr double kSmall = 1e-200, kLarge = 1e200; // outside, the square of the length is not to be trusted
+    constexpr double kUnit = 1e-8;                    // closer to 1 than single precision tells
     const double square = dot(direction, direction);
-    if (square > kSmall && square < kLarge) [[likely]] {
+    if (std::fabs(square - 1) < kUnit) [[likely]] {
+        unit = direction;
+    } else if (square > kSmall && square < kLarge) [[likely]] {
         unit = 1 / std::sqrt(square) * direction;
     } else {
         unit = normalised(direction, {0, 0, 0});
         if (dot(unit, unit) == 0) return false;
     }
     constexpr double kFarthest = 1e30; // still exact enough for single precision to square it
-    if (!(largest(origin) < kFarthest) || !isFinite(origin)) return false;
+    const bool near =
+        std::fabs(origin.x) < kFarthest && std::fabs(origin.y) < kFarthest && std::fabs(origin.z) < kFarthest;
+    if (!near) return false; // or not a number
 
     Vec3 start = origin;
     const double height = dot(origin - caster.position, caster.normal);
@@ -80,8 +86,8 @@ inline bool hitCounts(const RayState &state, const RTCRayHit &ray, const HitRule
 // along the ray than that counts as one.
 inline void passHit(RTCRayHit &ray, float farthest) {
     constexpr float kOnwards = 1 + 4 * std::numeric_limits<float>::epsilon();
-    const float reached = std::fmax(ray.ray.tfar, ray.ray.tnear) * kOnwards;
-    ray.ray.tnear = std::fmax(reached, std::numeric_limits<float>::min());
+    const float reached = std::max(ray.ray.tfar, ray.ray.tnear) * kOnwards;
+    ray.ray.tnear = std::max(reached, std::numeric_limits<float>::min());
     ray.ray.tfar = farthest;
     ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
 }

@@ -3,6 +3,7 @@
 
 #include "host/scene/description.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -39,7 +40,7 @@ inline Vec3 cross(const Vec3 &a, const Vec3 &b) {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 inline double length(const Vec3 &a) { return std::sqrt(dot(a, a)); }
-inline double largest(const Vec3 &a) { return std::fmax(std::fabs(a.x), std::fmax(std::fabs(a.y), std::fabs(a.z))); }
+inline double largest(const Vec3 &a) { return std::max({std::fabs(a.x), std::fabs(a.y), std::fabs(a.z)}); }
 inline bool isFinite(const Vec3 &a) { return std::isfinite(a.x) && std::isfinite(a.y) && std::isfinite(a.z); }
 
 // The unit vector along `a`, also for very long and very short ones; `otherwise` when it has no direction.
