@@ -2,6 +2,7 @@
 #include "bench/reference_mt19937.h"
 #include "host/graph/network.h"
 #include "host/load/module.h"
+#include "host/panel/settings.h"
 #include "random/random.h"
 
 #include <benchmark/benchmark.h>
@@ -65,6 +66,15 @@ class Bed {
 
     void evaluate(double value[3]) { evaluateInput(input_, &sample_, value); }
 
+  protected:
+    // Another node in the network, which feeds the root from now on.
+    HostNode &feedBy(const char *server, const char *output) {
+        HostNode &node = editor_->addNode(serverList().get(server));
+        editor_->connect(*node.findOutput(output), *input_);
+        return node;
+    }
+    HostNodeEditor &editor() { return *editor_; }
+
   private:
     Module module_;
     std::unique_ptr<HostNodeEditor> editor_;
@@ -83,6 +93,42 @@ void evaluateNode(benchmark::State &state, const char *server, const char *outpu
 BENCHMARK_CAPTURE(evaluateNode, counter, "Velm Counter", "Out", kConnectScalar);
 BENCHMARK_CAPTURE(evaluateNode, ambientOcclusionScalar, "Velm Ambient Occlusion", "Scalar", kConnectScalar);
 BENCHMARK_CAPTURE(evaluateNode, ambientOcclusionColour, "Velm Ambient Occlusion", "Color", kConnectColour);
+
+// A network in the root's place, and the same one through a store of its own and a node that gets it from there.
+constexpr const char *kNoise = "Fractal Noise";
+
+class SharedBed : public Bed {
+  public:
+    SharedBed() : Bed(kNoise, "Color", kConnectColour) {
+        HostNode &store = editor().addNode(serverList().get("Velm Store Material"));
+        editor().connect(kNoise, "Color", store.name, "Color");
+        HostNode &get = feedBy("Velm Get Material", "Color");
+        applySetting(*panelOf(get), {.label = "Slot", .value = store.name, .place = {}});
+        editor().cleanup(); // a get looks for its store when rendering starts
+        editor().init(kInitRender);
+        editor().newTime(0, 0);
+    }
+};
+
+void evaluateInPlace(benchmark::State &state) {
+    Bed bed(kNoise, "Color", kConnectColour);
+    for (auto _ : state) {
+        double value[3] = {};
+        bed.evaluate(value);
+        benchmark::DoNotOptimize(value);
+    }
+}
+BENCHMARK(evaluateInPlace);
+
+void evaluateThroughAStore(benchmark::State &state) {
+    SharedBed bed;
+    for (auto _ : state) {
+        double value[3] = {};
+        bed.evaluate(value);
+        benchmark::DoNotOptimize(value);
+    }
+}
+BENCHMARK(evaluateThroughAStore);
 
 // The yardstick of a node with five unconnected inputs: five indirect calls that return at once.
 void fiveIndirectCalls(benchmark::State &state) {

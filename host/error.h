@@ -12,9 +12,7 @@ struct Place {
     int line = 0;
 
     // "scene.json:12", "scene.json" or "".
-    std::string text() const {
-        return line > 0 && !file.empty() ? file + ":" + std::to_string(line) : file;
-    }
+    std::string text() const { return line > 0 && !file.empty() ? file + ":" + std::to_string(line) : file; }
 };
 
 // The input is wrong: a scene, a module, an image, a name in them. The message says what was found and what was

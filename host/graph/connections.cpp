@@ -1,7 +1,7 @@
 // Making and breaking connections.
 #include "host/graph/names.h"
 #include "host/graph/network.h"
-#include "host/graph/thread_role.h"
+#include "host/thread_role.h"
 
 #include <algorithm>
 #include <deque>

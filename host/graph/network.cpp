@@ -1,9 +1,9 @@
 #include "host/graph/network.h"
 
 #include "host/graph/names.h"
-#include "host/graph/thread_role.h"
 #include "host/panel/panel.h"
 #include "host/services/channel.h"
+#include "host/thread_role.h"
 
 #include <algorithm>
 #include <utility>

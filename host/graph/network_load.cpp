@@ -2,7 +2,7 @@
 #include "host/graph/names.h"
 #include "host/graph/network.h"
 #include "host/graph/network_blocks.h"
-#include "host/graph/thread_role.h"
+#include "host/thread_role.h"
 
 #include <map>
 #include <optional>

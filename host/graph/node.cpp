@@ -1,9 +1,9 @@
 #include "host/graph/node.h"
 
 #include "host/graph/network.h"
-#include "host/graph/thread_role.h"
 #include "host/image/image.h"
 #include "host/services/channel.h"
+#include "host/thread_role.h"
 
 #include <algorithm>
 #include <atomic>

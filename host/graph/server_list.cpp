@@ -3,9 +3,9 @@
 #include "host/error.h"
 #include "host/graph/builtin/builtin.h"
 #include "host/graph/names.h"
-#include "host/graph/thread_role.h"
 #include "host/services/lookup.h"
 #include "host/services/system.h"
+#include "host/thread_role.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -51,8 +51,8 @@ double sampleBilinearAlpha(const HostImage *image, double u, double v);
 void sampleSpot(const HostImage *image, double u, double v, double spotSize, double colour[3]);
 double sampleSpotAlpha(const HostImage *image, double u, double v, double spotSize);
 
-// Brightness of a colour: ITU-R BT.601 weights, 0.299 red, 0.587 green and 0.114 blue, the same as where a colour feeds a
-// scalar. Put so that a grey's is exactly its component.
+// Brightness of a colour: ITU-R BT.601 weights, 0.299 red, 0.587 green and 0.114 blue, the same as where a colour feeds
+// a scalar. Put so that a grey's is exactly its component.
 constexpr double luminance(double red, double green, double blue) {
     return green + 0.299 * (red - green) + 0.114 * (blue - green);
 }

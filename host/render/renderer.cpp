@@ -3,12 +3,12 @@
 
 #include "host/error.h"
 #include "host/graph/surface.h"
-#include "host/graph/thread_role.h"
 #include "host/render/camera.h"
 #include "host/render/sampling.h"
 #include "host/render/scene_services.h"
 #include "host/render/shade.h"
 #include "host/suggest.h"
+#include "host/thread_role.h"
 
 #include <pmmintrin.h>
 #include <xmmintrin.h>

@@ -1,6 +1,6 @@
 #include "host/services/file_request.h"
 
-#include "host/graph/thread_role.h"
+#include "host/thread_role.h"
 
 #include <cstddef>
 #include <cstring>

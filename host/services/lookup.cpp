@@ -1,6 +1,5 @@
 #include "host/services/lookup.h"
 
-#include "host/graph/thread_role.h"
 #include "host/image/image.h"
 #include "host/panel/panel.h"
 #include "host/services/backdrop.h"
@@ -11,6 +10,7 @@
 #include "host/services/system.h"
 #include "host/services/time.h"
 #include "host/services/vparm.h"
+#include "host/thread_role.h"
 
 #include <map>
 #include <string>

@@ -1,8 +1,8 @@
 // "NodeFuncs": what a node may say and ask of itself.
 #include "host/graph/network.h"
-#include "host/graph/thread_role.h"
 #include "host/services/channel.h"
 #include "host/services/lookup.h"
+#include "host/thread_role.h"
 
 namespace velm {
 

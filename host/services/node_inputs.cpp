@@ -1,9 +1,9 @@
 // "NodeInputFuncs": the inputs of a node. A null input counts as one that is not connected, since a server may ask one
 // that it could not create.
 #include "host/graph/network.h"
-#include "host/graph/thread_role.h"
 #include "host/services/lookup.h"
 #include "host/services/walk.h"
+#include "host/thread_role.h"
 
 namespace velm {
 

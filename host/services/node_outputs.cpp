@@ -1,8 +1,8 @@
 // "NodeOutputFuncs": the outputs of a node, and the way of a result to whoever asked for it.
 #include "host/graph/network.h"
-#include "host/graph/thread_role.h"
 #include "host/services/lookup.h"
 #include "host/services/walk.h"
+#include "host/thread_role.h"
 
 #include <cstring>
 

@@ -1,12 +1,12 @@
 // "NodeUtilityFuncs": blending, preview sizes and mappings, as the wall wants them.
 #include "host/graph/network.h"
-#include "host/graph/thread_role.h"
 #include "host/image/image.h"
 #include "host/services/blend.h"
 #include "host/services/camera_view.h"
 #include "host/services/lookup.h"
 #include "host/services/mapping.h"
 #include "host/services/uv_provider.h"
+#include "host/thread_role.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // Values on their way from outputs to inputs.
 #include "tests/graph/test_nodes.h"
 
-#include "host/graph/thread_role.h"
 #include "host/services/lookup.h"
+#include "host/thread_role.h"
 
 #include <atomic>
 #include <cmath>

@@ -1,23 +1,17 @@
 // The nodes of the real module in this host's networks: what all of them have to go through, whatever they compute.
 #include "host/graph/surface.h"
-#include "host/graph/thread_role.h"
 #include "host/load/module.h"
 #include "host/panel/settings.h"
 #include "host/services/lookup.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
+#include "host/thread_role.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <sstream>
 #include <thread>
-
-// These nodes keep their parameter "Normal" beyond their end, as they are meant to.
-extern "C" const char *__lsan_default_suppressions();
-extern "C" const char *__lsan_default_suppressions() {
-    return "leak:GaussianReflections_Create\nleak:GaussianRefractions_Create\n";
-}
 
 namespace velm::test {
 namespace {

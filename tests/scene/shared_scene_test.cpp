@@ -1,11 +1,11 @@
 // Networks inside nodes and stores shared between surfaces, from scene texts to values, with the nodes of the module.
 #include "host/scene/build_scene.h"
 
-#include "host/graph/thread_role.h"
 #include "host/load/module.h"
 #include "host/panel/settings.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
+#include "host/thread_role.h"
 #include "tests/scene/scene_text.h"
 
 #include <fmt/format.h>
