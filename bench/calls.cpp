@@ -130,6 +130,42 @@ void evaluateThroughAStore(benchmark::State &state) {
 }
 BENCHMARK(evaluateThroughAStore);
 
+// A network sampled by a node, and the same number of evaluations by hand.
+constexpr int kSamples = 64;
+
+class SampledBed : public Bed {
+  public:
+    SampledBed() : Bed(kNoise, "Color", kConnectColour) {
+        HostNode &sampler = feedBy("Velm Take Samples", "Color");
+        applySetting(*panelOf(sampler), {.label = "Samples", .value = double{kSamples}, .place = {}});
+        editor().connect(kNoise, "Color", sampler.name, "Color");
+    }
+};
+
+void evaluateSamplesByHand(benchmark::State &state) {
+    Bed bed(kNoise, "Color", kConnectColour);
+    for (auto _ : state) {
+        double sum[3] = {};
+        for (int i = 0; i < kSamples; ++i) {
+            double value[3] = {};
+            bed.evaluate(value);
+            for (int k = 0; k < 3; ++k) sum[k] += value[k];
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+}
+BENCHMARK(evaluateSamplesByHand);
+
+void evaluateSamplesByANode(benchmark::State &state) {
+    SampledBed bed;
+    for (auto _ : state) {
+        double value[3] = {};
+        bed.evaluate(value);
+        benchmark::DoNotOptimize(value);
+    }
+}
+BENCHMARK(evaluateSamplesByANode);
+
 // The yardstick of a node with five unconnected inputs: five indirect calls that return at once.
 void fiveIndirectCalls(benchmark::State &state) {
     const auto nothing = [](HostInput *input, ShadingSample *, void *) { return input != nullptr ? 1 : 0; };
