@@ -41,7 +41,8 @@ bool knows(const HostBlockId *table, unsigned int id) {
 
 class BinaryLoadForm final : public LoadForm {
   public:
-    BinaryLoadForm(std::string_view bytes, std::string name) : LoadForm(kStateBinary, bytes, std::move(name)) {}
+    BinaryLoadForm(std::string_view bytes, std::string name, std::size_t before)
+        : LoadForm(kStateBinary, bytes, std::move(name), before) {}
 
   private:
     std::size_t limit() const { return ends_.empty() ? bytes_.size() : ends_.back(); }
@@ -115,7 +116,7 @@ class BinaryLoadForm final : public LoadForm {
         at_ = std::min(end + (end - start) % 2, limit());
     }
     int depth() const override { return static_cast<int>(ends_.size()); }
-    std::string place(std::size_t at) const override { return name_ + ": byte " + std::to_string(at); }
+    std::string place(std::size_t at) const override { return name_ + ": byte " + std::to_string(before_ + at); }
 
     std::vector<std::size_t> starts_, ends_; // of the contents of the open blocks
 };
@@ -149,8 +150,8 @@ unsigned int BinaryLoadForm::enter(const HostBlockId *table) {
 
 } // namespace
 
-std::unique_ptr<LoadForm> makeBinaryLoadForm(std::string_view bytes, std::string name) {
-    return std::make_unique<BinaryLoadForm>(bytes, std::move(name));
+std::unique_ptr<LoadForm> makeBinaryLoadForm(std::string_view bytes, std::string name, std::size_t before) {
+    return std::make_unique<BinaryLoadForm>(bytes, std::move(name), before);
 }
 
 } // namespace velm

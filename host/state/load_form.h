@@ -20,7 +20,7 @@ class LoadForm {
     const std::string &damage() const { return damage_; }
 
   protected:
-    LoadForm(int mode, std::string_view bytes, std::string name);
+    LoadForm(int mode, std::string_view bytes, std::string name, std::size_t before);
 
     // Before the values of one operation; false when there can be none.
     virtual bool startRead() = 0;
@@ -40,6 +40,7 @@ class LoadForm {
 
     const std::string bytes_;
     const std::string name_;
+    const std::size_t before_; // bytes or lines of the file that stand before
     std::size_t at_ = 0;
 
   private:
@@ -55,7 +56,7 @@ class LoadForm {
     std::string damage_;
 };
 
-std::unique_ptr<LoadForm> makeBinaryLoadForm(std::string_view bytes, std::string name);
-std::unique_ptr<LoadForm> makeTextLoadForm(std::string_view bytes, std::string name);
+std::unique_ptr<LoadForm> makeBinaryLoadForm(std::string_view bytes, std::string name, std::size_t before);
+std::unique_ptr<LoadForm> makeTextLoadForm(std::string_view bytes, std::string name, std::size_t before);
 
 } // namespace velm

@@ -67,8 +67,8 @@ int LoadForm::readString(void *data, char *buffer, int size) {
     });
 }
 
-LoadForm::LoadForm(int mode, std::string_view bytes, std::string name)
-    : bytes_(bytes), name_(std::move(name)),
+LoadForm::LoadForm(int mode, std::string_view bytes, std::string name, std::size_t before)
+    : bytes_(bytes), name_(std::move(name)), before_(before),
       state_{
           .mode = mode,
           .data = this,
@@ -108,9 +108,9 @@ void LoadForm::damaged(std::size_t at, const std::string &what) {
     if (damage_.empty()) damage_ = place(at) + ": " + what;
 }
 
-StateReader::StateReader(int mode, std::string_view bytes, std::string name)
-    : form_(mode == kStateText ? makeTextLoadForm(bytes, std::move(name))
-                               : makeBinaryLoadForm(bytes, std::move(name))) {}
+StateReader::StateReader(int mode, std::string_view bytes, std::string name, std::size_t before)
+    : form_(mode == kStateText ? makeTextLoadForm(bytes, std::move(name), before)
+                               : makeBinaryLoadForm(bytes, std::move(name), before)) {}
 StateReader::~StateReader() = default;
 const HostLoadState *StateReader::state() const { return form_->state(); }
 bool StateReader::failed() const { return !form_->damage().empty(); }

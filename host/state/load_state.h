@@ -25,8 +25,9 @@ class LoadForm; // one of the two forms, load_form.h
 // Reads one state. Holds its own copy of the bytes; memory is bounded by their size. For the interface thread.
 class StateReader {
   public:
-    // `name` stands before error texts: a file's name, or what the bytes are.
-    StateReader(int mode, std::string_view bytes, std::string name);
+    // `name` stands before error texts: a file's name, or what the bytes are. `before` is how much of the file stands
+    // before the bytes, for the places in error texts: a number of bytes, or of lines in text form.
+    StateReader(int mode, std::string_view bytes, std::string name, std::size_t before = 0);
     ~StateReader();
     StateReader(const StateReader &) = delete;
     StateReader &operator=(const StateReader &) = delete;

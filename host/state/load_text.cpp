@@ -26,7 +26,8 @@ std::optional<int> hexDigit(char character) {
 
 class TextLoadForm final : public LoadForm {
   public:
-    TextLoadForm(std::string_view bytes, std::string name) : LoadForm(kStateText, bytes, std::move(name)) {}
+    TextLoadForm(std::string_view bytes, std::string name, std::size_t before)
+        : LoadForm(kStateText, bytes, std::move(name), before) {}
 
   private:
     struct Block {
@@ -81,7 +82,8 @@ class TextLoadForm final : public LoadForm {
     int depth() const override { return static_cast<int>(blocks_.size()); }
     std::string place(std::size_t at) const override {
         const auto end = bytes_.begin() + static_cast<std::ptrdiff_t>(std::min(at, bytes_.size()));
-        return name_ + ":" + std::to_string(1 + std::count(bytes_.begin(), end, '\n'));
+        return name_ + ":" +
+               std::to_string(before_ + 1 + static_cast<std::size_t>(std::count(bytes_.begin(), end, '\n')));
     }
 
     std::vector<Block> blocks_;
@@ -269,8 +271,8 @@ void TextLoadForm::leave() {
 
 } // namespace
 
-std::unique_ptr<LoadForm> makeTextLoadForm(std::string_view bytes, std::string name) {
-    return std::make_unique<TextLoadForm>(bytes, std::move(name));
+std::unique_ptr<LoadForm> makeTextLoadForm(std::string_view bytes, std::string name, std::size_t before) {
+    return std::make_unique<TextLoadForm>(bytes, std::move(name), before);
 }
 
 } // namespace velm

@@ -63,6 +63,7 @@ const std::vector<std::vector<std::string>> hostLayers = {
     {"host/state/", "host/error.h", "host/thread_role.h", "host/suggest.h", "host/suggest.cpp"},
     {"host/services/", "host/panel/", "host/image/", "host/scene/description.h"},
     {"host/graph/"},
+    {"host/files/"},
     {"host/load/", "host/scene/", "host/render/"},
     {"host/cli/"},
 };

@@ -1,0 +1,258 @@
+#include "host/files/object_file.h"
+
+#include "host/error.h"
+#include "host/state/blocks.h"
+
+#include <bit>
+#include <fmt/format.h>
+#include <limits>
+#include <utility>
+
+namespace velm {
+
+namespace {
+
+constexpr std::uint32_t id4(const char (&text)[5]) {
+    std::uint32_t id = 0;
+    for (int i = 0; i < 4; ++i) id = id << 8 | static_cast<unsigned char>(text[i]);
+    return id;
+}
+
+constexpr std::uint32_t kForm = id4("FORM"), kObject = id4("LWO2"), kSurface = id4("SURF"), kClip = id4("CLIP"),
+                        kStill = id4("STIL"), kNetwork = id4("NODS");
+constexpr std::size_t kChunkHeader = 8, kSubChunkHeader = 6, kFormHeader = 12;
+constexpr std::size_t kLargestSubChunk = 0xffff;
+
+std::string_view asText(std::span<const std::byte> bytes) {
+    return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
+}
+
+bool isPrintable(std::uint32_t id) {
+    for (int shift = 0; shift < 32; shift += 8) {
+        const std::uint32_t character = id >> shift & 0xff;
+        if (character < ' ' || character > '~') return false;
+    }
+    return true;
+}
+
+std::string bigEndian(std::size_t value, int bytes) {
+    std::string text;
+    for (int shift = (bytes - 1) * 8; shift >= 0; shift -= 8) text += static_cast<char>(value >> shift & 0xff);
+    return text;
+}
+
+std::string paddedString(std::string_view text) {
+    std::string result(text);
+    result.append(result.size() % 2 == 0 ? 2 : 1, '\0');
+    return result;
+}
+
+std::string chunk(std::uint32_t id, const std::string &contents) {
+    std::string result = bigEndian(id, 4) + bigEndian(contents.size(), 4) + contents;
+    if (contents.size() % 2 != 0) result += '\0';
+    return result;
+}
+
+} // namespace
+
+ObjectFile::ObjectFile(std::string_view bytes, std::string name) : name_(std::move(name)), bytes_(bytes) {
+    readChunks();
+    networks_.resize(surfaces_.size());
+}
+
+ObjectFile::ObjectFile(std::span<const std::byte> bytes, std::string name)
+    : ObjectFile(asText(bytes), std::move(name)) {}
+
+void ObjectFile::fail(std::size_t at, const std::string &what) const {
+    throw InputError(fmt::format("{}: byte {}: {}", name_, at, what));
+}
+
+std::uint32_t ObjectFile::big(std::size_t at, std::size_t count) const {
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < count; ++i) value = value << 8 | static_cast<unsigned char>(bytes_[at + i]);
+    return value;
+}
+
+void ObjectFile::readChunks() {
+    if (bytes_.size() < kFormHeader || big(0, 4) != kForm)
+        fail(0, "this is no object file: it does not start with FORM");
+    if (big(8, 4) != kObject)
+        fail(8, fmt::format("the object file has the form {}; only LWO2 is read", blockName(big(8, 4))));
+    const std::size_t size = big(4, 4);
+    if (size < 4 || size > bytes_.size() - kChunkHeader)
+        fail(4, fmt::format("the form has {} bytes where {} are there", size, bytes_.size() - kChunkHeader));
+    end_ = kChunkHeader + size;
+    std::size_t at = kFormHeader;
+    while (at < end_) {
+        if (end_ - at < kChunkHeader) fail(at, "the form ends within the head of a chunk");
+        const std::uint32_t id = big(at, 4);
+        const std::size_t length = big(at + 4, 4), room = end_ - at - kChunkHeader;
+        if (!isPrintable(id)) fail(at, fmt::format("expected a chunk; found {}", blockName(id)));
+        if (length > room)
+            fail(at, fmt::format("the chunk {} has {} bytes where {} are left", blockName(id), length, room));
+        const FileRange contents{.at = at + kChunkHeader, .size = length};
+        if (id == kSurface) readSurface(contents);
+        if (id == kClip) readImage(contents);
+        // The last chunk may lack the byte that makes it even.
+        at = std::min(contents.at + length + length % 2, end_);
+    }
+}
+
+// A string with a zero at its end and another where that makes its length even; `at` is moved behind it.
+std::string ObjectFile::readString(std::size_t &at, std::size_t end, const char *what) const {
+    const std::size_t zero = bytes_.find('\0', at);
+    if (zero >= end) fail(at, fmt::format("{} has no end", what));
+    std::string text = bytes_.substr(at, zero - at);
+    const std::size_t length = zero + 1 - at;
+    at = std::min(at + length + length % 2, end);
+    return text;
+}
+
+std::vector<SubChunk> ObjectFile::readSubChunks(FileRange range, const char *holder) const {
+    std::vector<SubChunk> found;
+    std::size_t at = range.at;
+    const std::size_t end = range.at + range.size;
+    while (at < end) {
+        if (end - at < kSubChunkHeader) fail(at, fmt::format("{} ends within the head of a sub-chunk", holder));
+        const std::uint32_t id = big(at, 4);
+        const std::size_t length = big(at + 4, 2), room = end - at - kSubChunkHeader;
+        if (!isPrintable(id)) fail(at, fmt::format("expected a sub-chunk; found {}", blockName(id)));
+        if (length > room)
+            fail(at, fmt::format("the sub-chunk {} has {} bytes where {} are left", blockName(id), length, room));
+        found.push_back({.id = id, .contents = {.at = at + kSubChunkHeader, .size = length}});
+        at = std::min(at + kSubChunkHeader + length + length % 2, end);
+    }
+    return found;
+}
+
+void ObjectFile::readSurface(FileRange range) {
+    std::size_t at = range.at;
+    const std::size_t end = range.at + range.size;
+    ObjectSurface surface;
+    surface.chunk = range;
+    surface.name = readString(at, end, "the name of a surface");
+    surface.source = readString(at, end, "the name of a surface's source");
+    surface.subChunks = readSubChunks({.at = at, .size = end - at}, "the surface");
+    surfaces_.push_back(std::move(surface));
+}
+
+void ObjectFile::readImage(FileRange range) {
+    if (range.size < 4) fail(range.at, "the clip ends within its number");
+    const FileRange rest{.at = range.at + 4, .size = range.size - 4};
+    for (const SubChunk &sub : readSubChunks(rest, "the clip")) {
+        if (sub.id != kStill) continue;
+        std::size_t at = sub.contents.at;
+        images_.push_back(
+            {.number = big(range.at, 4), .file = readString(at, at + sub.contents.size, "the name of an image")});
+    }
+}
+
+std::optional<std::size_t> ObjectFile::findSurface(std::string_view surface) const {
+    for (std::size_t i = 0; i < surfaces_.size(); ++i)
+        if (surfaces_[i].name == surface) return i;
+    return std::nullopt;
+}
+
+const SubChunk *ObjectFile::find(const ObjectSurface &surface, std::uint32_t id) const {
+    for (const SubChunk &sub : surface.subChunks)
+        if (sub.id == id) return &sub;
+    return nullptr;
+}
+
+std::optional<std::string_view> ObjectFile::network(std::size_t surface) const {
+    if (networks_[surface]) return *networks_[surface];
+    const SubChunk *sub = find(surfaces_[surface], kNetwork);
+    if (!sub) return std::nullopt;
+    return std::string_view(bytes_).substr(sub->contents.at - kSubChunkHeader, kSubChunkHeader + sub->contents.size);
+}
+
+std::size_t ObjectFile::networkOffset(std::size_t surface) const {
+    const SubChunk *sub = find(surfaces_[surface], kNetwork);
+    return sub ? sub->contents.at - kSubChunkHeader : 0;
+}
+
+template <std::size_t n>
+std::optional<std::array<float, n>> ObjectFile::floats(const ObjectSurface &surface, std::uint32_t id,
+                                                       SurfaceChunkValues *values) const {
+    const SubChunk *sub = find(surface, id);
+    if (!sub) return std::nullopt;
+    if (sub->contents.size < 4 * n)
+        fail(sub->contents.at,
+             fmt::format("the sub-chunk {} has {} bytes; it needs {}", blockName(id), sub->contents.size, 4 * n));
+    std::array<float, n> result{};
+    for (std::size_t i = 0; i < n; ++i) result[i] = std::bit_cast<float>(big(sub->contents.at + 4 * i, 4));
+    // After the numbers, that of an envelope; 0 is none.
+    const std::size_t rest = sub->contents.size - 4 * n;
+    if (values && rest >= 2 && big(sub->contents.at + 4 * n, 2) != 0) values->animated.push_back(blockName(id));
+    return result;
+}
+
+SurfaceChunkValues ObjectFile::values(std::size_t index) const {
+    const ObjectSurface &surface = surfaces_[index];
+    SurfaceChunkValues values;
+    const auto number = [&](std::uint32_t id) -> std::optional<float> {
+        const auto found = floats<1>(surface, id, &values);
+        return found ? std::optional((*found)[0]) : std::nullopt;
+    };
+    values.colour = floats<3>(surface, id4("COLR"), &values);
+    values.luminosity = number(id4("LUMI"));
+    values.diffuse = number(id4("DIFF"));
+    values.specular = number(id4("SPEC"));
+    values.glossiness = number(id4("GLOS"));
+    values.reflection = number(id4("REFL"));
+    values.transparency = number(id4("TRAN"));
+    values.refractionIndex = number(id4("RIND"));
+    if (const auto angle = floats<1>(surface, id4("SMAN"), nullptr)) values.smoothingAngle = (*angle)[0];
+    if (const SubChunk *sides = find(surface, id4("SIDE"))) {
+        if (sides->contents.size < 2) fail(sides->contents.at, "the sub-chunk SIDE is too short");
+        values.sides = static_cast<int>(big(sides->contents.at, 2));
+    }
+    return values;
+}
+
+void ObjectFile::setNetwork(std::size_t surface, std::string block) { networks_[surface] = std::move(block); }
+
+void ObjectFile::addSurface(std::string_view name, std::string_view subChunks, std::string_view network) {
+    std::string contents = paddedString(name) + paddedString("");
+    contents += subChunks;
+    contents += network;
+    added_ += chunk(kSurface, contents);
+}
+
+// The contents of a surface's chunk with its network replaced.
+std::string ObjectFile::surfaceWith(const ObjectSurface &surface, const std::string &network) const {
+    const std::string_view old = std::string_view(bytes_).substr(surface.chunk.at, surface.chunk.size);
+    const SubChunk *sub = find(surface, kNetwork);
+    const std::size_t from = sub ? sub->contents.at - kSubChunkHeader - surface.chunk.at : old.size();
+    const std::size_t to =
+        sub ? std::min(from + kSubChunkHeader + sub->contents.size + sub->contents.size % 2, old.size()) : old.size();
+    std::string contents(old.substr(0, from));
+    if (!sub && contents.size() % 2 != 0) contents += '\0'; // of a last sub-chunk that was left odd
+    contents += network;
+    if (network.size() % 2 != 0) contents += '\0';
+    contents += old.substr(to);
+    return contents;
+}
+
+std::string ObjectFile::write() const {
+    std::string form;
+    std::size_t copied = kChunkHeader;
+    for (std::size_t i = 0; i < surfaces_.size(); ++i) {
+        if (!networks_[i]) continue;
+        if (networks_[i]->size() > kSubChunkHeader + kLargestSubChunk)
+            throw InputError(fmt::format("{}: the network of the surface \"{}\" has {} bytes; a file holds at most {}",
+                                         name_, surfaces_[i].name, networks_[i]->size(), kLargestSubChunk));
+        const FileRange &range = surfaces_[i].chunk;
+        form.append(bytes_, copied, range.at - kChunkHeader - copied);
+        form += chunk(kSurface, surfaceWith(surfaces_[i], *networks_[i]));
+        copied = std::min(range.at + range.size + range.size % 2, end_);
+    }
+    form.append(bytes_, copied, end_ - copied);
+    if (!added_.empty() && form.size() % 2 != 0) form += '\0';
+    form += added_;
+    if (form.size() > std::numeric_limits<std::uint32_t>::max())
+        throw InputError(fmt::format("{}: the object has {} bytes; a file holds at most 4 GB", name_, form.size()));
+    return bytes_.substr(0, 4) + bigEndian(form.size(), 4) + form + bytes_.substr(end_);
+}
+
+} // namespace velm
