@@ -89,6 +89,21 @@ void HostNodeEditor::connect(std::string_view fromNode, std::string_view output,
     connect(*source, *target);
 }
 
+// Both ends of a stand-in take the type of what they are connected to, and another stand-in's are colours.
+void HostNodeEditor::connectAsSaved(std::string_view fromNode, std::string_view output, std::string_view toNode,
+                                    std::string_view input) {
+    HostNode &from = node(fromNode);
+    HostNode &to = node(toNode);
+    const HostInput *target = to.findInput(input);
+    if (from.standIn && !from.findOutput(output))
+        velm::createOutput(from, target ? target->type : kConnectColour, std::string(output).c_str());
+    const HostOutput *source = from.findOutput(output);
+    const bool takesMore = to.standIn || (&to == root_.get() && to.server);
+    if (takesMore && !target && source)
+        velm::createInput(to, source->type, std::string(input).c_str(), nullptr)->isKept = true;
+    connect(fromNode, output, toNode, input);
+}
+
 namespace velm {
 
 HostInput *createInput(HostNode &node, int type, const char *name, HostInputEvent *event) {

@@ -1,6 +1,7 @@
 #include "host/graph/network.h"
 
 #include "host/graph/names.h"
+#include "host/graph/stand_in.h"
 #include "host/panel/panel.h"
 #include "host/services/channel.h"
 #include "host/thread_role.h"
@@ -70,6 +71,13 @@ HostNodeEditor::HostNodeEditor(std::string name, velm::ServerClass &server) : na
     root_ = makeNode(server, name_);
 }
 
+HostNodeEditor::HostNodeEditor(std::string name, std::shared_ptr<velm::StandIn> standIn)
+    : name_(std::move(name)), title_(name_) {
+    assertInterface();
+    velm::ServerClass &server = standIn->serverClass();
+    root_ = makeNode(server, name_, std::move(standIn));
+}
+
 HostNodeEditor::~HostNodeEditor() {
     assertInterface();
     event_ = nullptr; // its owner is going, too
@@ -85,10 +93,12 @@ bool HostNodeEditor::contains(const HostNodeEditor &other) const {
     return at == this;
 }
 
-std::unique_ptr<HostNode> HostNodeEditor::makeNode(velm::ServerClass &server, std::string name) {
+std::unique_ptr<HostNode> HostNodeEditor::makeNode(velm::ServerClass &server, std::string name,
+                                                   std::shared_ptr<velm::StandIn> standIn) {
     const HostNodeHandler &handler = server.handler();
     auto node = std::make_unique<HostNode>();
     node->editor = this;
+    node->standIn = std::move(standIn);
     node->server = &server;
     node->handler = &handler;
     node->name = std::move(name);
@@ -105,6 +115,17 @@ std::unique_ptr<HostNode> HostNodeEditor::makeNode(velm::ServerClass &server, st
 HostNode &HostNodeEditor::addNode(velm::ServerClass &server, std::string_view name) {
     assertInterface();
     auto node = makeNode(server, uniqueName(name.empty() ? server.displayName() : name, nullptr));
+    nodes_.push_back(std::move(node));
+    HostNode &added = *nodes_.back();
+    changed();
+    return added;
+}
+
+HostNode &HostNodeEditor::addStandIn(std::shared_ptr<velm::StandIn> standIn, std::string_view name) {
+    assertInterface();
+    velm::ServerClass &server = standIn->serverClass();
+    const std::string shown(name.empty() ? server.displayName() : name);
+    auto node = makeNode(server, uniqueName(shown, nullptr), std::move(standIn));
     nodes_.push_back(std::move(node));
     HostNode &added = *nodes_.back();
     changed();

@@ -21,6 +21,8 @@ struct HostNodeEditor {
     HostNodeEditor(std::string name, std::string title, const HostRootDescription *root, void *userData);
     // An editor whose root node is an instance of a server; `server` outlives the editor.
     HostNodeEditor(std::string name, velm::ServerClass &server);
+    // An editor whose root node is of a kind that this host does not have, as in scene files.
+    HostNodeEditor(std::string name, std::shared_ptr<velm::StandIn> standIn);
     ~HostNodeEditor(); // destroys all nodes, the last one made first, then the root
     HostNodeEditor(const HostNodeEditor &) = delete;
     HostNodeEditor &operator=(const HostNodeEditor &) = delete;
@@ -45,6 +47,8 @@ struct HostNodeEditor {
     // Makes a node. An empty name stands for the server's display name; a name that is taken gets a number: "Counter",
     // "Counter (2)". InputError with the server's own message when it makes no instance.
     HostNode &addNode(velm::ServerClass &server, std::string_view name = {});
+    // The same for a node whose server is not there.
+    HostNode &addStandIn(std::shared_ptr<velm::StandIn> standIn, std::string_view name);
     // Destroys a node of this editor other than the root. Inputs that it fed learn of it with event 2.
     void destroyNode(HostNode &node);
     // Destroys all nodes but the root.
@@ -57,6 +61,11 @@ struct HostNodeEditor {
     void connect(HostOutput &output, HostInput &input);
     // By names; InputError naming the nearest right one.
     void connect(std::string_view fromNode, std::string_view output, std::string_view toNode, std::string_view input);
+
+    // The same for a connection as a file has it: nodes whose server is not there get the inputs and outputs that it
+    // names, and so does a root of a server get inputs.
+    void connectAsSaved(std::string_view fromNode, std::string_view output, std::string_view toNode,
+                        std::string_view input);
 
     // Breaks the connection of an input of this editor, if there is one. The input's node learns of it with event 1.
     void disconnect(HostInput &input);
@@ -72,7 +81,8 @@ struct HostNodeEditor {
     // when a node cannot be copied; the network then holds what was copied before it. The same goes for loading.
     // InputError, and nothing changed, when one of the networks is inside the other.
     void copyFrom(HostNodeEditor &from);
-    // The contents of a network's block; the caller opens and closes the block itself. Loading replaces the network.
+    // The contents of a network's block; the caller opens and closes the block itself. Loading replaces the network;
+    // nodes whose server is not there come as stand-ins, see stand_in.h.
     void save(const HostSaveState &state);
     void load(const HostLoadState &state);
 
@@ -101,7 +111,9 @@ struct HostNodeEditor {
 
   private:
     std::string uniqueName(std::string_view wanted, const HostNode *except) const;
-    std::unique_ptr<HostNode> makeNode(velm::ServerClass &server, std::string name);
+    std::unique_ptr<HostNode> makeNode(velm::ServerClass &server, std::string name,
+                                       std::shared_ptr<velm::StandIn> standIn = nullptr);
+    std::string nameInFile(const HostNode &node) const;
     void dismantle(HostNode &node);
     std::vector<HostNode *> all() const; // the root first
     HostError initNode(HostNode &node, int mode);

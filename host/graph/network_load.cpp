@@ -2,6 +2,9 @@
 #include "host/graph/names.h"
 #include "host/graph/network.h"
 #include "host/graph/network_blocks.h"
+#include "host/graph/node_data.h"
+#include "host/graph/stand_in.h"
+#include "host/state/load_state.h"
 #include "host/thread_role.h"
 
 #include <map>
@@ -46,8 +49,8 @@ class HostNodeEditor::Loader {
             if (id == kConnections.id) readConnections();
         });
         for (const Connection &connection : connections_)
-            editor_.connect(nameNow(connection.fromNode), connection.output, nameNow(connection.toNode),
-                            connection.input);
+            editor_.connectAsSaved(nameNow(connection.fromNode), connection.output, nameNow(connection.toNode),
+                                   connection.input);
     }
 
   private:
@@ -78,6 +81,7 @@ class HostNodeEditor::Loader {
         static constexpr HostBlockId kTable[] = {kServer, kTag, {0, nullptr}};
         std::string server;
         bool isRoot = true;
+        const RootAside aside(editor_);
         forEachBlock(state_, kTable, [&](unsigned int id) {
             if (id == kServer.id) {
                 server = readString(state_);
@@ -88,18 +92,35 @@ class HostNodeEditor::Loader {
         });
     }
 
+    // The root has the name of what has the network, which nodes of the file may have, too: theirs come first.
+    class RootAside {
+      public:
+        explicit RootAside(HostNodeEditor &editor) : editor_(editor), name_(editor.root().name) {
+            editor_.root().name.clear();
+        }
+        ~RootAside() { editor_.root().name = editor_.uniqueName(name_, &editor_.root()); }
+        RootAside(const RootAside &) = delete;
+        RootAside &operator=(const RootAside &) = delete;
+
+      private:
+        HostNodeEditor &editor_;
+        const std::string name_;
+    };
+
     // A node is made when its data come, or at the end of its tag when there are none. Its name stands before them.
     void readNode(const std::string &server, bool isRoot) {
-        static constexpr HostBlockId kTable[] = {kName, kCoordinates, kMode, kData, kPreview, kComment, {0, nullptr}};
+        static constexpr HostBlockId kTable[] = {kRealName, kName,    kCoordinates, kMode,
+                                                 kData,     kPreview, kComment,     {0, nullptr}};
         HostNode *made = isRoot ? &editor_.root() : nullptr;
-        std::string name, preview, comment;
+        std::string realName, name, preview, comment;
         std::array<int, 2> coordinates{};
         int mode = 1;
         const auto node = [&]() -> HostNode & {
-            if (!made) made = &editor_.addNode(velm::serverList().get(server), name);
+            if (!made) made = &makeNode(server, realName, name);
             return *made;
         };
         forEachBlock(state_, kTable, [&](unsigned int id) {
+            if (id == kRealName.id) realName = readString(state_);
             if (id == kName.id) name = readString(state_);
             if (id == kCoordinates.id) state_.readI4(state_.data, coordinates.data(), 2);
             if (id == kMode.id) state_.readI4(state_.data, &mode, 1);
@@ -111,15 +132,21 @@ class HostNodeEditor::Loader {
         node().mode = mode;
         node().previewOutput = preview;
         node().comment = comment;
-        names_.emplace(name, node().name); // the first of a name, should a file have two
+        names_.emplace(name, &node()); // the first of a name, should a file have two
     }
 
+    HostNode &makeNode(const std::string &server, const std::string &realName, const std::string &name) {
+        if (velm::ServerClass *known = velm::serverList().find(server)) return editor_.addNode(*known, name);
+        std::shared_ptr<velm::StandIn> &kind = standIns_[server];
+        if (!kind) kind = std::make_shared<velm::StandIn>(server, realName);
+        return editor_.addStandIn(kind, name);
+    }
+
+    // A root may have its values elsewhere in the file.
     void readData(HostNode &node) {
-        const int depth = state_.depth(state_.data);
-        if (!node.handler || !node.handler->instance->load) return;
-        if (const auto error = velm::failureOf(node, node.handler->instance->load(node.instance, &state_)))
-            throw InputError("cannot load the node " + quoted(node.name) + ": " + *error);
-        while (state_.depth(state_.data) > depth) state_.endBlock(state_.data); // that the server left open
+        const bool isRoot = &node == &editor_.root();
+        if (isRoot) node.savesData = node.standIn || !velm::unreadContents(state_).empty();
+        if (node.savesData) velm::loadData(node, state_);
     }
 
     // Four strings a connection, the output last.
@@ -136,15 +163,16 @@ class HostNodeEditor::Loader {
         });
     }
 
-    // What a node of the file is called here: the root has its editor's name.
+    // What a node of the file is called here.
     std::string nameNow(const std::string &inFile) const {
         const auto found = names_.find(inFile);
-        return found == names_.end() ? inFile : found->second;
+        return found == names_.end() ? inFile : found->second->name;
     }
 
     HostNodeEditor &editor_;
     const HostLoadState &state_;
-    std::map<std::string, std::string> names_;
+    std::map<std::string, const HostNode *> names_;
+    std::map<std::string, std::shared_ptr<velm::StandIn>> standIns_;
     std::vector<Connection> connections_;
 };
 

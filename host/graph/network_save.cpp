@@ -2,6 +2,8 @@
 #include "host/graph/names.h"
 #include "host/graph/network.h"
 #include "host/graph/network_blocks.h"
+#include "host/graph/node_data.h"
+#include "host/graph/stand_in.h"
 #include "host/thread_role.h"
 
 using namespace velm::blocks;
@@ -23,25 +25,17 @@ void saveIntegers(const HostSaveState &state, const HostBlockId &id, const int *
     state.endBlock(state.data);
 }
 
-void saveData(const HostSaveState &state, const HostNode &node) {
-    state.beginBlock(state.data, &kData, 0);
-    const int depth = state.depth(state.data);
-    if (node.handler && node.handler->instance->save)
-        if (const auto error = velm::failureOf(node, node.handler->instance->save(node.instance, &state)))
-            throw InputError("cannot save the node " + quoted(node.name) + ": " + *error);
-    while (state.depth(state.data) > depth) state.endBlock(state.data); // blocks that the server left open
-    state.endBlock(state.data);
-}
-
-void saveNode(const HostSaveState &state, const HostNode &node) {
+void saveNode(const HostSaveState &state, const HostNode &node, const std::string &name) {
     // A root without a server goes by its editor's name.
     saveString(state, kServer, node.server ? node.server->name() : node.editor->name());
     state.beginBlock(state.data, &kTag, 0);
     saveString(state, kRealName, node.server ? node.server->displayName() : node.editor->name());
-    saveString(state, kName, node.name);
+    saveString(state, kName, name);
     saveIntegers(state, kCoordinates, node.coordinates.data(), 2);
     saveIntegers(state, kMode, &node.mode, 1);
-    saveData(state, node);
+    state.beginBlock(state.data, &kData, 0);
+    if (node.savesData) velm::saveData(node, state);
+    state.endBlock(state.data);
     saveString(state, kPreview, node.previewOutput);
     saveString(state, kComment, node.comment);
     state.endBlock(state.data);
@@ -56,12 +50,22 @@ void copyAppearance(HostNode &to, const HostNode &from) {
 
 void copySettings(HostNode &to, const HostNode &from) {
     copyAppearance(to, from);
+    to.savesData = from.savesData;
+    to.keptData = from.keptData;
+    to.keptAs = from.keptAs;
     if (!to.handler || !to.handler->instance->copy) return;
     if (const auto error = velm::failureOf(to, to.handler->instance->copy(to.instance, from.instance)))
         throw InputError("cannot copy the node " + quoted(from.name) + ": " + *error);
 }
 
 } // namespace
+
+// A root of a server goes by its kind, as long as no other node does.
+std::string HostNodeEditor::nameInFile(const HostNode &node) const {
+    if (&node != root_.get() || !node.server) return node.name;
+    const HostNode *namesake = findNode(node.server->displayName());
+    return namesake && namesake != &node ? node.name : node.server->displayName();
+}
 
 void HostNodeEditor::save(const HostSaveState &state) {
     assertInterface();
@@ -79,16 +83,16 @@ void HostNodeEditor::save(const HostSaveState &state) {
     saveIntegers(state, kVersion, &kFormatVersion, 1);
 
     state.beginBlock(state.data, &kNodes, 0);
-    for (const HostNode *node : all()) saveNode(state, *node);
+    for (const HostNode *node : all()) saveNode(state, *node, nameInFile(*node));
     state.endBlock(state.data);
 
     state.beginBlock(state.data, &kConnections, 0);
     for (const HostNode *node : all())
         for (const auto &input : node->inputs) {
             if (!input->source) continue;
-            saveString(state, kInputNode, node->name);
+            saveString(state, kInputNode, nameInFile(*node));
             saveString(state, kInput, input->name);
-            saveString(state, kOutputNode, input->source->node->name);
+            saveString(state, kOutputNode, nameInFile(*input->source->node));
             saveString(state, kOutput, input->source->name);
         }
     state.endBlock(state.data);
@@ -105,7 +109,11 @@ void HostNodeEditor::copyFrom(HostNodeEditor &from) {
     zoom_ = from.zoom_;
     std::vector<HostNode *> copies;
     for (const HostNode *node : from.all()) {
-        HostNode &copy = node == from.root_.get() ? *root_ : addNode(*node->server, node->name);
+        const auto copied = [&]() -> HostNode & {
+            if (node == from.root_.get()) return *root_;
+            return node->standIn ? addStandIn(node->standIn, node->name) : addNode(*node->server, node->name);
+        };
+        HostNode &copy = copied();
         if (copy.server == node->server) copySettings(copy, *node);
         copies.push_back(&copy);
     }
@@ -117,6 +125,6 @@ void HostNodeEditor::copyFrom(HostNodeEditor &from) {
     for (const HostNode *node : from.all())
         for (const auto &input : node->inputs) {
             if (!input->source) continue;
-            connect(copyOf(input->source->node)->name, input->source->name, copyOf(node)->name, input->name);
+            connectAsSaved(copyOf(input->source->node)->name, input->source->name, copyOf(node)->name, input->name);
         }
 }

@@ -12,7 +12,8 @@
 
 namespace velm {
 class ServerClass;
-}
+class StandIn;
+} // namespace velm
 
 struct HostOutput {
     HostNode *node = nullptr;
@@ -27,6 +28,7 @@ struct HostInput {
     HostNode *node = nullptr;
     HostInputEvent *event = nullptr; // may be null
     std::string name;
+    bool isKept = false; // of no use here: a file says that it is connected, and so will the next one
 };
 
 // Lives on the stack of one evaluation: where the result goes, and what it is converted from and to.
@@ -50,6 +52,12 @@ struct HostNode {
     HostPanel *panel = nullptr;        // made by the server when first asked for; the host destroys it
     // The networks that the instance holds: what it made while it was being created. The instance destroys them.
     std::vector<HostNodeEditor *> nested;
+
+    std::shared_ptr<velm::StandIn> standIn; // keeps the class of a node whose server is not there; null for others
+    // A root whose values are kept elsewhere in its file saves none.
+    bool savesData = true;
+    // The data that a file had, where they are not what the server saves of them; and what that is. See node_data.h.
+    std::string keptData, keptAs;
 
     // How an editor shows it.
     std::array<int, 3> colour{128, 128, 128};

@@ -116,6 +116,7 @@ class BinaryLoadForm final : public LoadForm {
         at_ = std::min(end + (end - start) % 2, limit());
     }
     int depth() const override { return static_cast<int>(ends_.size()); }
+    std::string unread() const override { return at_ < limit() ? bytes_.substr(at_, limit() - at_) : std::string(); }
     std::string place(std::size_t at) const override { return name_ + ": byte " + std::to_string(before_ + at); }
 
     std::vector<std::size_t> starts_, ends_; // of the contents of the open blocks

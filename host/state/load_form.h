@@ -18,6 +18,7 @@ class LoadForm {
 
     const HostLoadState *state() const { return &state_; }
     const std::string &damage() const { return damage_; }
+    virtual std::string unread() const = 0; // as unreadContents
 
   protected:
     LoadForm(int mode, std::string_view bytes, std::string name, std::size_t before);

@@ -116,4 +116,6 @@ const HostLoadState *StateReader::state() const { return form_->state(); }
 bool StateReader::failed() const { return !form_->damage().empty(); }
 std::string StateReader::error() const { return form_->damage(); }
 
+std::string unreadContents(const HostLoadState &state) { return static_cast<const LoadForm *>(state.data)->unread(); }
+
 } // namespace velm

@@ -45,4 +45,8 @@ class StateReader {
     std::unique_ptr<LoadForm> form_;
 };
 
+// What stands unread in the innermost block, or at the outermost level, of a state of a StateReader; it stays unread.
+// In text form whole lines, each with its end, without the blanks by which the block's contents are indented.
+std::string unreadContents(const HostLoadState &state);
+
 } // namespace velm

@@ -80,6 +80,7 @@ class TextLoadForm final : public LoadForm {
     unsigned int enter(const HostBlockId *table) override;
     void leave() override;
     int depth() const override { return static_cast<int>(blocks_.size()); }
+    std::string unread() const override;
     std::string place(std::size_t at) const override {
         const auto end = bytes_.begin() + static_cast<std::ptrdiff_t>(std::min(at, bytes_.size()));
         return name_ + ":" +
@@ -231,6 +232,23 @@ bool TextLoadForm::skipToClose() {
     }
     skipLine();
     return true;
+}
+
+std::string TextLoadForm::unread() const {
+    std::string lines;
+    std::size_t at = lineStarted_ ? std::min(bytes_.find('\n', at_), bytes_.size() - 1) + 1 : at_;
+    for (std::size_t open = 1; at < bytes_.size();) {
+        const std::size_t end = std::min(bytes_.find('\n', at), bytes_.size());
+        std::string_view line = std::string_view(bytes_).substr(at, end - at);
+        const std::size_t first = std::min(line.find_first_not_of(" \t\r"), line.size());
+        if (first < line.size() && line[first] == '{') ++open;
+        if (first < line.size() && line[first] == '}' && --open == 0) break;
+        line.remove_prefix(std::min(first, 2 * blocks_.size()));
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        lines.append(line) += '\n';
+        at = end + 1;
+    }
+    return lines;
 }
 
 unsigned int TextLoadForm::enter(const HostBlockId *table) {

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace velm {
 
@@ -17,6 +18,7 @@ class SaveForm {
 
     const HostSaveState *state() const { return &state_; }
     std::string finish(); // as StateWriter::finish
+    static void writeLines(void *data, std::string_view lines);
 
   protected:
     explicit SaveForm(int mode);
@@ -29,6 +31,7 @@ class SaveForm {
     virtual void putDouble(double value) = 0;
     virtual void putString(const char *text) = 0;
     virtual void putId(const HostBlockId &id) = 0;
+    virtual void putLines(std::string_view lines) = 0;
     virtual void open(const HostBlockId &id, bool leaf) = 0;
     virtual void close() = 0;
     virtual int depth() const = 0;

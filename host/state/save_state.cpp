@@ -115,4 +115,10 @@ StateWriter::~StateWriter() = default;
 const HostSaveState *StateWriter::state() const { return form_->state(); }
 std::string StateWriter::finish() { return form_->finish(); }
 
+void SaveForm::writeLines(void *data, std::string_view lines) {
+    guarded(data, [=](SaveForm &form) { form.putLines(lines); });
+}
+
+void writeLines(const HostSaveState &state, std::string_view lines) { SaveForm::writeLines(state.data, lines); }
+
 } // namespace velm

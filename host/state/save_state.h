@@ -18,6 +18,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace velm {
 
@@ -42,5 +43,9 @@ class StateWriter {
   private:
     std::unique_ptr<SaveForm> form_;
 };
+
+// Writes whole lines, each with its end, into the innermost block of a text state of a StateWriter, indented as the
+// block's contents are: what unreadContents gave. In a binary state it is a mistake.
+void writeLines(const HostSaveState &state, std::string_view lines);
 
 } // namespace velm

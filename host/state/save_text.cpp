@@ -1,6 +1,7 @@
 #include "host/state/blocks.h"
 #include "host/state/save_form.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <string_view>
@@ -53,6 +54,14 @@ class TextSaveForm final : public SaveForm {
     void putId(const HostBlockId &id) override {
         checkToken(id.token);
         word(id.token);
+    }
+    void putLines(std::string_view lines) override {
+        while (!lines.empty()) {
+            const std::size_t end = std::min(lines.find('\n'), lines.size() - 1) + 1;
+            indent(blocks_.size());
+            out_ += lines.substr(0, end);
+            lines.remove_prefix(end);
+        }
     }
     void open(const HostBlockId &id, bool leaf) override;
     void close() override;

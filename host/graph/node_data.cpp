@@ -1,0 +1,67 @@
+#include "host/graph/node_data.h"
+
+#include "host/graph/names.h"
+#include "host/graph/network.h"
+#include "host/state/load_state.h"
+#include "host/state/save_state.h"
+#include "host/thread_role.h"
+
+namespace velm {
+
+namespace {
+
+// As the server saves it.
+void saveOwn(const HostNode &node, const HostSaveState &state) {
+    if (!node.handler || !node.handler->instance->save) return;
+    const int depth = state.depth(state.data);
+    if (const auto error = failureOf(node, node.handler->instance->save(node.instance, &state)))
+        throw InputError("cannot save the node " + quoted(node.name) + ": " + *error);
+    while (state.depth(state.data) > depth) state.endBlock(state.data); // blocks that the server left open
+}
+
+std::string ownData(const HostNode &node) {
+    StateWriter writer(kStateBinary);
+    saveOwn(node, *writer.state());
+    return writer.finish();
+}
+
+} // namespace
+
+void loadData(HostNode &node, const HostLoadState &state) {
+    assertInterface();
+    if (!node.handler || !node.handler->instance->load) return;
+    std::string contents = state.mode == kStateBinary ? unreadContents(state) : std::string();
+    const int depth = state.depth(state.data);
+    if (const auto error = failureOf(node, node.handler->instance->load(node.instance, &state)))
+        throw InputError("cannot load the node " + quoted(node.name) + ": " + *error);
+    while (state.depth(state.data) > depth) state.endBlock(state.data); // that the server left open
+    node.keptData.clear();
+    node.keptAs.clear();
+    if (state.mode != kStateBinary) return;
+    std::string own = ownData(node);
+    if (own == contents) return;
+    node.keptData = std::move(contents);
+    node.keptAs = std::move(own);
+}
+
+void saveData(const HostNode &node, const HostSaveState &state) {
+    assertInterface();
+    if (state.mode == kStateBinary && !node.keptData.empty() && ownData(node) == node.keptAs)
+        state.write(state.data, node.keptData.data(), static_cast<int>(node.keptData.size()));
+    else
+        saveOwn(node, state);
+}
+
+void loadSavedData(HostNode &node, std::string_view data, const std::string &about) {
+    StateReader reader(kStateBinary, data, about);
+    loadData(node, *reader.state());
+    if (reader.failed()) throw InputError(reader.error());
+}
+
+std::string savedData(const HostNode &node) {
+    StateWriter writer(kStateBinary);
+    saveData(node, *writer.state());
+    return writer.finish();
+}
+
+} // namespace velm
