@@ -10,6 +10,7 @@ namespace velm {
 // Each does what its options say and gives the exit status. Errors are thrown: InputError, UsageError, MachineError.
 int runNodes(const Options &options, const NodesOptions &nodes, std::ostream &out);
 int runShow(const Options &options, const ShowOptions &show, std::ostream &out);
+int runCompare(const CompareOptions &compare, std::ostream &out, std::ostream &err); // gives a CompareStatus
 int runRender(const Options &options, const RenderOptions &render, std::ostream &out, std::ostream &err);
 
 } // namespace velm

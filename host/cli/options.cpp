@@ -15,6 +15,7 @@ namespace velm {
 
 namespace {
 
+constexpr const char *kVersionText = "velm " VELM_VERSION;
 constexpr int kLargestSide = 32768, kMostSamples = 4096, kLastFrameNumber = 999999;
 
 // Whole numbers parted by a character each; nothing when the text is not quite that.
@@ -49,7 +50,7 @@ std::string defaultModule() {
 
 // What goes with the program as with every command.
 void addCommon(CLI::App &app, Options &options) {
-    app.set_version_flag("--version", "velm " VELM_VERSION);
+    app.set_version_flag("--version", kVersionText);
     app.add_option("--module", options.module, "The module to load; velm.p beside this program by default")
         ->type_name("FILE");
 }
@@ -85,6 +86,29 @@ void addRender(CLI::App &command, RenderOptions &options) {
         ->type_name("DIR");
     command.add_flag("--quiet", options.quiet, "No progress");
     command.add_flag("--stats", options.stats, "Tell of rays, times and memory when done");
+}
+
+void addCompare(CLI::App &command, CompareOptions &options) {
+    constexpr double kLargest = 1e30;
+    command.add_option("A", options.first, "A picture")->required()->type_name("");
+    command.add_option("B", options.second, "The picture that it is compared with")->required()->type_name("");
+    command
+        .add_option("--tolerance", options.limits.tolerance,
+                    "How far a channel of a pixel may be off, absolutely, before the pixel counts\n"
+                    "as different")
+        ->check(CLI::Range(0.0, kLargest))
+        ->capture_default_str()
+        ->type_name("T");
+    command.add_option("--rms", options.limits.rms, "The largest root mean square of all differences")
+        ->check(CLI::Range(0.0, kLargest))
+        ->capture_default_str()
+        ->type_name("R");
+    command.add_option("--share", options.limits.share, "The fraction of all pixels that may differ, 0 to 1")
+        ->check(CLI::Range(0.0, 1.0))
+        ->capture_default_str()
+        ->type_name("S");
+    command.add_flag("!--no-alpha", options.limits.alpha, "Leave alpha out");
+    command.add_option("--differences", options.differences, "A picture file for the differences")->type_name("FILE");
 }
 
 // The library says only that a command is missing, and nothing of a misspelt one.
@@ -149,6 +173,7 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     NodesOptions nodes;
     ShowOptions show;
     RenderOptions render;
+    CompareOptions compare;
 
     CLI::App app("Loads a module of shading nodes, lists its nodes, and renders scenes with them.", "velm");
     app.require_subcommand(1);
@@ -159,6 +184,9 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     showCommand->add_option("NODE", show.node, "Its name, as listed by \"velm nodes\"")->required()->type_name("");
     CLI::App *renderCommand = app.add_subcommand("render", "Render a scene");
     addRender(*renderCommand, render);
+    CLI::App *compareCommand = app.add_subcommand("compare", "Compare two pictures");
+    addCompare(*compareCommand, compare);
+    compareCommand->set_version_flag("--version", kVersionText);
     for (CLI::App *command : {nodesCommand, showCommand, renderCommand}) addCommon(*command, options);
 
     try {
@@ -166,15 +194,15 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     } catch (const CLI::Success &asked) { // --help, --version
         app.exit(asked, out, out);
         return std::nullopt;
-    } catch (const CLI::RequiredError &error) {
-        if (app.get_subcommands().empty()) failWithoutCommand(app);
-        throw UsageError(error.what());
     } catch (const CLI::ParseError &error) {
-        throw UsageError(error.what());
+        if (dynamic_cast<const CLI::RequiredError *>(&error) != nullptr && app.get_subcommands().empty())
+            failWithoutCommand(app);
+        throw UsageError(error.what(), compareCommand->parsed() ? int{kCompareFailed} : int{kExitUsage});
     }
     if (*nodesCommand) options.command = nodes;
     if (*showCommand) options.command = show;
     if (*renderCommand) options.command = render;
+    if (*compareCommand) options.command = compare;
     return options;
 }
 

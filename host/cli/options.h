@@ -1,6 +1,7 @@
 // What the command line asks for, one record for each command.
 #pragma once
 
+#include "host/image/compare.h"
 #include "host/render/renderer.h"
 
 #include <iosfwd>
@@ -41,9 +42,15 @@ struct RenderOptions {
     bool stats = false;
 };
 
+struct CompareOptions {
+    std::string first, second;
+    CompareLimits limits;
+    std::string differences; // a picture file for them; empty: none
+};
+
 struct Options {
     std::string module; // the file to load
-    std::variant<NodesOptions, ShowOptions, RenderOptions> command;
+    std::variant<NodesOptions, ShowOptions, RenderOptions, CompareOptions> command;
     std::string commandLine; // as given, for the headers of pictures
 };
 

@@ -13,6 +13,7 @@ namespace {
 int dispatch(const Options &options, std::ostream &out, std::ostream &err) {
     if (const auto *nodes = std::get_if<NodesOptions>(&options.command)) return runNodes(options, *nodes, out);
     if (const auto *show = std::get_if<ShowOptions>(&options.command)) return runShow(options, *show, out);
+    if (const auto *compare = std::get_if<CompareOptions>(&options.command)) return runCompare(*compare, out, err);
     return runRender(options, std::get<RenderOptions>(options.command), out, err);
 }
 
@@ -31,7 +32,7 @@ int run(int argc, const char *const *argv, std::ostream &out, std::ostream &err)
         if (!out) throw MachineError("the results could not be written to standard output");
         return status;
     } catch (const UsageError &error) {
-        return fail(err, std::string(error.what()) + " (see velm --help)", kExitUsage);
+        return fail(err, std::string(error.what()) + " (see velm --help)", error.status());
     } catch (const InputError &error) {
         return fail(err, error.what(), kExitInput);
     } catch (const std::bad_alloc &) {

@@ -3,6 +3,7 @@
 
 #include <iosfwd>
 #include <stdexcept>
+#include <string>
 
 namespace velm {
 
@@ -15,10 +16,23 @@ enum ExitStatus {
     kExitInterrupted = 130, // ended by SIGINT, as shells count it
 };
 
-// The command line asks for what cannot be. Status 2.
+// What "velm compare" ends with instead, so that a script can tell "not the same" from "not compared".
+enum CompareStatus {
+    kCompareSame = 0,
+    kCompareDifferent = 1,
+    kCompareOtherSize = 2,
+    kCompareFailed = 3, // a file that cannot be read, a wrong command line, a difference picture that cannot be written
+};
+
+// The command line asks for what cannot be. Status 2, but for "velm compare".
 class UsageError : public std::runtime_error {
   public:
-    using std::runtime_error::runtime_error;
+    explicit UsageError(const std::string &message, int status = kExitUsage)
+        : std::runtime_error(message), status_(status) {}
+    int status() const { return status_; }
+
+  private:
+    int status_;
 };
 
 // Runs one command. Results go to `out`; progress and errors, each in one line that starts with "velm: ", to `err`.
