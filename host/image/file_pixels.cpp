@@ -39,8 +39,7 @@ FilePixels readOpened(OIIO::ImageInput &input, const std::string &file) {
     const OIIO::ImageSpec &spec = input.spec();
     if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1 || spec.depth > 1 || spec.deep)
         failToRead(file, "it has no flat picture");
-    if (static_cast<double>(spec.image_pixels()) * spec.nchannels * sizeof(float) >
-        static_cast<double>(kMostImageBytes))
+    if (static_cast<double>(spec.image_pixels()) * spec.nchannels * sizeof(float) > kMostBytes)
         failToRead(file, "it is too large");
     FilePixels pixels{.width = spec.width,
                       .height = spec.height,
