@@ -795,6 +795,8 @@ typedef struct HostSceneInfo { /* written between frames; read on [render thread
 
 #define HOST_SCENE_OBJECTS "Scene Objects 6"
 enum { kVertexMapTxuv = 0x54585556 }; /* "TXUV", the first character in the high byte */
+/* Objects, layers and vertex maps are numbered from 0. What is not there has no file, no name, no mesh (null), and 0 of
+ * everything else. [interface thread; not while rendering] */
 typedef struct HostSceneObjects {
     int (*objectCount)(void);
     const char *(*fileName)(int object);
@@ -803,13 +805,15 @@ typedef struct HostSceneObjects {
     void (*pivot)(int object, int layer, double pivot[3]);
     HostMesh *(*layerMesh)(int object, int layer);
     int (*vertexMapCount)(int type);
-    const char *(*vertexMapName)(int type, int index); /* from 0 */
+    const char *(*vertexMapName)(int type, int index);
     int (*vertexMapDimension)(int type, int index);
     int (*vertexMapType)(int index);
 } HostSceneObjects;
 
 #define HOST_ITEM_INFO "LW Item Info 4"
 enum { kItemObject, kItemLight, kItemCamera, kItemBone };
+/* Items come in the scene's order. Null stands for no item: beyond the last one, and where nothing is linked.
+ * [interface thread; not while rendering] */
 typedef struct HostItemInfo {
     HostItem *(*first)(int type, HostItem *parent);
     HostItem *(*next)(HostItem *item);
@@ -818,28 +822,28 @@ typedef struct HostItemInfo {
     HostItem *(*parent)(HostItem *item);
     HostItem *(*target)(HostItem *item);
     HostItem *(*goal)(HostItem *item);
-    int (*type)(HostItem *item);
-    const char *(*name)(HostItem *item);
+    int (*type)(HostItem *item);         /* -1 for what is no item */
+    const char *(*name)(HostItem *item); /* null for what is no item */
 } HostItemInfo;
 
 #define HOST_CAMERA_EVALUATION "LW Camera Evaluation Funcs 2"
 typedef struct HostCameraRay {
-    double origin[3];
-    double direction[3];
-    double filmNormal[3];
-    double filter[3][3]; /* applied to the colour that the ray brings */
+    double origin[3];     /* world space */
+    double direction[3];  /* unit length, world space */
+    double filmNormal[3]; /* towards what the camera sees, unit length, world space */
+    double filter[3][3];  /* applied to the colour that the ray brings */
 } HostCameraRay;
 
-typedef struct HostCameraEvaluation {
-    HostCameraEvaluator *(*create)(HostItem *camera);
+typedef struct HostCameraEvaluation {                 /* [between frames], but for evaluate */
+    HostCameraEvaluator *(*create)(HostItem *camera); /* null when it cannot be made */
     void (*destroy)(HostCameraEvaluator *evaluator);
     HostError (*init)(HostCameraEvaluator *evaluator, int mode);
     void (*cleanup)(HostCameraEvaluator *evaluator);
     HostError (*newTime)(HostCameraEvaluator *evaluator, int frame, double time);
     void (*preview)(HostCameraEvaluator *evaluator, int mode);
     void (*reset)(HostCameraEvaluator *evaluator); /* before a new frame */
-    /* Film positions are metres from the film's middle; lens positions -1 to 1; the time fraction 0 to 1 across the
-     * shutter's opening. 0: there is no ray there. [render threads] */
+    /* Film positions are metres from the film's middle, to the picture's right and to its top; lens positions -1 to 1;
+     * the time fraction 0 to 1 across the shutter's opening. 0: there is no ray there. [render threads] */
     int (*evaluate)(HostCameraEvaluator *evaluator, double filmX, double filmY, double lensX, double lensY,
                     double timeFraction, HostCameraRay *ray);
 } HostCameraEvaluation;
@@ -847,7 +851,9 @@ typedef struct HostCameraEvaluation {
 #define HOST_CAMERA_INFO "LW Camera Info 5"
 typedef struct HostFrameInterval {
     unsigned int count;
-    double offset, duration, stride; /* seconds */
+    double offset; /* the time at which the first one begins; seconds, as the two that follow */
+    double duration;
+    double stride; /* from the beginning of one to that of the next */
 } HostFrameInterval;
 
 typedef struct HostFrameTiming {
@@ -856,9 +862,9 @@ typedef struct HostFrameTiming {
 
 enum { kCameraInfoFilmSize = 22, kCameraInfoFrameTiming = 23, kCameraInfoReserved = 22 };
 typedef struct HostCameraInfo {
-    void (*reserved[kCameraInfoReserved])(void);                       /* not used by any node */
-    void (*filmSize)(HostItem *camera, double *width, double *height); /* metres [render threads] */
-    void (*frameTiming)(HostItem *camera, int frame, HostFrameTiming *timing);
+    void (*reserved[kCameraInfoReserved])(void);                               /* not used by any node */
+    void (*filmSize)(HostItem *camera, double *width, double *height);         /* metres [render threads] */
+    void (*frameTiming)(HostItem *camera, int frame, HostFrameTiming *timing); /* [between frames] */
 } HostCameraInfo;
 
 /* ---- Layout -------------------------------------------------------------------------------------------------- */

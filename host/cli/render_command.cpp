@@ -107,8 +107,9 @@ int runRender(const Options &options, const RenderOptions &render, std::ostream 
 
     TotalStatistics total;
     const LoadedModule module(options.module);
+    World world(scene); // before the nodes, whose panels may list what stands in it
     BuiltScene built(scene, serverList());
-    const World world(scene, [&built](const std::string &name) { return built.surface(name); });
+    world.prepare(scene, [&built](const std::string &name) { return built.surface(name); });
     total.prepared(world.pointCount());
     ProgressReport report(err, progressStyle(err, render.quiet));
     const PictureMetadata metadata{

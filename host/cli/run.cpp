@@ -2,6 +2,7 @@
 
 #include "host/cli/commands.h"
 #include "host/error.h"
+#include "host/render/scene_services.h"
 
 #include <new>
 #include <ostream>
@@ -11,6 +12,7 @@ namespace velm {
 namespace {
 
 int dispatch(const Options &options, std::ostream &out, std::ostream &err) {
+    offerSceneServices();
     if (const auto *nodes = std::get_if<NodesOptions>(&options.command)) return runNodes(options, *nodes, out);
     if (const auto *show = std::get_if<ShowOptions>(&options.command)) return runShow(options, *show, out);
     if (const auto *compare = std::get_if<CompareOptions>(&options.command)) return runCompare(*compare, out, err);

@@ -27,6 +27,11 @@ CameraRay Camera::ray(double x, double y) const {
     return {.origin = position_, .direction = toWorld_ * direction, .spread = pixelSize_ * direction.z};
 }
 
+CameraRay Camera::filmRay(double x, double y) const {
+    const double pixelsPerMetre = 2 * middleX_ / kFilmWidth;
+    return ray(middleX_ + x * pixelsPerMetre, middleY_ - y * pixelsPerMetre);
+}
+
 CameraView Camera::view() const {
     CameraView view;
     position_.store(view.position);

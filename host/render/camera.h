@@ -12,6 +12,17 @@ struct CameraRay {
     double spread;          // the footprint of a pixel grows by this width for each metre along the ray
 };
 
+// What the picture falls on, in metres. All films are as wide as that of 35 mm still cameras; as high as the picture
+// asks for.
+struct FilmSize {
+    double width, height;
+};
+inline constexpr double kFilmWidth = 0.036;
+
+inline FilmSize filmSize(int pictureWidth, int pictureHeight) {
+    return {.width = kFilmWidth, .height = kFilmWidth * pictureHeight / pictureWidth};
+}
+
 // A pinhole camera with square pixels, made ready for one size of picture.
 class Camera {
   public:
@@ -23,7 +34,14 @@ class Camera {
     // (0.5, 0.5).
     CameraRay ray(double x, double y) const;
 
-    // The same, as services want to know it.
+    // The same ray by a place of the film, in metres from its middle to the picture's right and to its top. Beyond the
+    // film's edges the view goes on. Apart from its spread, the ray does not depend on the picture's size.
+    CameraRay filmRay(double x, double y) const;
+
+    // The unit vector along which the camera looks: the film's normal.
+    Vec3 forward() const { return toWorld_ * Vec3{0, 0, 1}; }
+
+    // Where it stands and looks, as services want to know it.
     CameraView view() const;
 
   private:

@@ -1,6 +1,7 @@
 #include "host/render/world.h"
 
 #include "host/graph/surface.h"
+#include "host/render/current_scene.h"
 #include "host/render/world_data.h"
 #include "host/services/uv_provider.h"
 #include "host/suggest.h"
@@ -28,33 +29,30 @@ struct Bounds {
     }
 };
 
-class WorldBuilder {
+// The first step: what services tell of.
+class ContentBuilder {
   public:
-    WorldBuilder(const SceneDescription &scene, const SurfaceLookup &surfaceOf, WorldData &data)
-        : scene_(scene), surfaceOf_(surfaceOf), data_(data) {}
+    ContentBuilder(const SceneDescription &scene, WorldData &data) : scene_(scene), data_(data) {}
 
     void build() {
         data_.sceneName = scene_.name;
         data_.sceneFile = scene_.file;
         data_.render = scene_.render;
-        data_.backdrop = Backdrop(scene_.backdrop);
-        data_.ambient = scene_.render.ambientIntensity * Vec3(scene_.render.ambientColour);
         for (const LightDescription &light : scene_.lights) {
             data_.lights.emplace_back(light, static_cast<int>(data_.lights.size()));
+            data_.items.insert(&data_.lights.back().item);
         }
         for (const CameraDescription &camera : scene_.cameras) {
             data_.cameras.push_back(
                 {.item = {.type = kItemCamera, .index = static_cast<int>(data_.cameras.size()), .name = camera.name},
                  .description = camera});
+            data_.items.insert(&data_.cameras.back().item);
         }
         for (const ObjectDescription &object : scene_.objects) addObject(object);
-        finishSurfaces();
-        accelerate();
     }
 
   private:
     void addObject(const ObjectDescription &description) {
-        place_ = description.place;
         try {
             checkTransform(description.transform);
             WorldObject &object = data_.objects.emplace_back();
@@ -62,13 +60,19 @@ class WorldBuilder {
                            .index = static_cast<int>(data_.objects.size() - 1),
                            .name = description.name,
                            .mesh = &object.mesh};
+            data_.items.insert(&object.item);
             object.transform = Transform(description.transform);
+            if (const auto *file = std::get_if<MeshFile>(&description.shape)) object.file = file->file;
             object.mesh = makeMesh(description.shape, object.transform);
-            assignSurfaces(description, object);
-            smooth(object);
+            for (const UvMap &map : object.mesh.uvMaps) addUvMap(map.name);
         } catch (const InputError &error) {
-            throw InputError(place_, "object \"" + description.name + "\": " + error.what());
+            throw InputError(description.place, "object \"" + description.name + "\": " + error.what());
         }
+    }
+
+    void addUvMap(const std::string &name) {
+        std::vector<std::string> &names = data_.uvMapNames;
+        if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
     }
 
     static void checkTransform(const TransformDescription &transform) {
@@ -87,6 +91,35 @@ class WorldBuilder {
         if (const auto *plane = std::get_if<PlaneShape>(&shape)) return shapeMesh(*plane, transform);
         if (const auto *box = std::get_if<BoxShape>(&shape)) return shapeMesh(*box, transform);
         return shapeMesh(std::get<SphereShape>(shape), transform);
+    }
+
+    const SceneDescription &scene_;
+    WorldData &data_;
+};
+
+// The second step: what rays meet.
+class SurfaceBuilder {
+  public:
+    SurfaceBuilder(const SceneDescription &scene, const SurfaceLookup &surfaceOf, WorldData &data)
+        : scene_(scene), surfaceOf_(surfaceOf), data_(data) {}
+
+    void build() {
+        data_.backdrop = Backdrop(scene_.backdrop);
+        data_.ambient = scene_.render.ambientIntensity * Vec3(scene_.render.ambientColour);
+        for (std::size_t i = 0; i < data_.objects.size(); ++i) coverObject(scene_.objects[i], data_.objects[i]);
+        finishSurfaces();
+        accelerate();
+    }
+
+  private:
+    void coverObject(const ObjectDescription &description, WorldObject &object) {
+        place_ = description.place;
+        try {
+            assignSurfaces(description, object);
+            smooth(object);
+        } catch (const InputError &error) {
+            throw InputError(place_, "object \"" + description.name + "\": " + error.what());
+        }
     }
 
     // Which surface each material of the mesh gets: its own, or the one that is given for all others.
@@ -192,22 +225,34 @@ const HostItem *findItem(const Things &things, const std::string &name) {
     return nullptr;
 }
 
+template <typename Build>
+void withinMemory(const Build &build) {
+    try {
+        build();
+    } catch (const std::bad_alloc &) {
+        throw MachineError("not enough memory for the scene");
+    }
+}
+
 bool lookUpUvOf(const ShadingSample *sample, const char *mapName, double *u, double *v) {
     return sampleUv(*sample, mapName, u, v);
 }
 
 } // namespace
 
-World::World(const SceneDescription &scene, const SurfaceLookup &surfaceOf) : data_(std::make_unique<WorldData>()) {
-    try {
-        WorldBuilder(scene, surfaceOf, *data_).build();
-    } catch (const std::bad_alloc &) {
-        throw MachineError("not enough memory for the scene");
-    }
+World::World(const SceneDescription &scene) : data_(std::make_unique<WorldData>()) {
+    withinMemory([&] { ContentBuilder(scene, *data_).build(); });
     setUvProvider({.lookup = lookUpUvOf});
+    setCurrentScene({.world = data_.get(), .width = scene.render.width, .height = scene.render.height});
 }
 
-World::~World() = default;
+void World::prepare(const SceneDescription &scene, const SurfaceLookup &surfaceOf) {
+    withinMemory([&] { SurfaceBuilder(scene, surfaceOf, *data_).build(); });
+}
+
+World::~World() {
+    if (currentScene().world == data_.get()) setCurrentScene({});
+}
 
 const HostItem *World::item(int type, const std::string &name) const {
     switch (type) {

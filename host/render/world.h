@@ -18,14 +18,25 @@ struct WorldData; // host/render/world_data.h
 using SurfaceLookup = std::function<Surface *(const std::string &name)>;
 
 // Meshes with their ray acceleration, cameras, lights and the backdrop. Surfaces stay the caller's and have to live as
-// long as the World; images come from ImageList::instance(). A World is built and destroyed on the interface thread and
-// is not changed by rendering. Only one World is rendered at a time, since nodes reach the scene through services that
-// know one.
+// long as the World is rendered; images come from ImageList::instance(). A World is built and destroyed on the
+// interface thread and is not changed by rendering. Only one World is rendered at a time, since nodes reach the scene
+// through services that know one.
+//
+// It is built in two steps, so that nodes find the scene in place when they are made and set: a node's panel may list
+// the scene's cameras and maps.
 class World {
   public:
-    // Throws InputError, with its place, for a mesh that cannot be read, a surface that is not there, a material that
-    // no surface is given for, and numbers that make no sense; MachineError when memory runs out.
-    World(const SceneDescription &scene, const SurfaceLookup &surfaceOf);
+    // Objects, lights and cameras, which services tell of from now on. Throws InputError, with its place, for a mesh
+    // that cannot be read and numbers that make no sense; MachineError when memory runs out.
+    explicit World(const SceneDescription &scene);
+    // Surfaces, backdrop and ray acceleration, for the same scene; once, and before the first frame. Throws InputError,
+    // with its place, for a surface or an image that is not there, a material that no surface is given for, and numbers
+    // that make no sense; MachineError when memory runs out.
+    void prepare(const SceneDescription &scene, const SurfaceLookup &surfaceOf);
+
+    // Both steps, for nodes that do not ask for the scene before it is rendered.
+    World(const SceneDescription &scene, const SurfaceLookup &surfaceOf) : World(scene) { prepare(scene, surfaceOf); }
+
     ~World();
     World(const World &) = delete;
     World &operator=(const World &) = delete;

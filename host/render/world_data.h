@@ -12,6 +12,8 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace velm {
@@ -26,7 +28,8 @@ struct WorldSurface {
 };
 
 struct WorldObject {
-    HostItem item; // kItemObject
+    HostItem item;    // kItemObject
+    std::string file; // that the mesh was read from; empty for a shape of our own
     Mesh mesh;
     Transform transform;
     std::vector<std::uint16_t> surfaces; // by the mesh's material, a number of WorldData::surfaces
@@ -44,10 +47,23 @@ struct WorldData {
     std::deque<WorldObject> objects; // a deque: its elements and the buffers in them stay where they are
     std::deque<Light> lights;
     std::deque<WorldCamera> cameras;
+    std::unordered_set<const HostItem *> items; // of all of these
+    std::vector<std::string> uvMapNames;        // of all meshes, each once, as they come
     Backdrop backdrop;
     Vec3 ambient; // light from everywhere
     bool hasSingleSided = false;
     std::unique_ptr<Acceleration> acceleration; // over `objects`, in their order
+
+    // An item by its type and place; null beyond the last, and for bones.
+    const HostItem *item(int type, std::size_t index) const {
+        const auto in = [index](const auto &things) { return index < things.size() ? &things[index].item : nullptr; };
+        switch (type) {
+        case kItemObject: return in(objects);
+        case kItemLight: return in(lights);
+        case kItemCamera: return in(cameras);
+        default: return nullptr;
+        }
+    }
 
     const WorldSurface &surfaceOf(std::uint32_t object, std::uint32_t triangle) const {
         const WorldObject &owner = objects[object];

@@ -8,7 +8,7 @@ namespace velm {
 // A service by name, or null when the host offers none of it. [any thread that the host calls from]
 void *lookup(const char *service, int use);
 
-// Offers a service of a layer above this one, as the renderer's scene facts; null withdraws it. The pointer outlives
+// Offers a service of a layer above this one, as the renderer's cameras; null withdraws it. The pointer outlives
 // the offer. [interface thread; not while rendering]
 void offerService(const char *service, void *pointer);
 

@@ -1,0 +1,32 @@
+// The scene that services tell of.
+#pragma once
+
+#include "host/render/world_data.h"
+
+namespace velm {
+
+// The World that was built last and still stands; while a frame is rendered, that of the frame. Without one there are
+// no objects, lights, cameras or maps to tell of.
+struct CurrentScene {
+    const WorldData *world = nullptr;
+    int width = 0, height = 0; // of its picture, in pixels
+};
+
+// [render threads]
+const CurrentScene &currentScene();
+
+// Gives what it was before. [between frames]
+CurrentScene setCurrentScene(const CurrentScene &scene);
+
+// The item, where it is one of the current scene's; null for all others, and for items of a scene that is gone.
+// [render threads]
+const HostItem *currentItem(const HostItem *item);
+
+// The tables of the services that tell of it, with functions that answer also where there is no scene. They live as
+// long as the program.
+const HostSceneObjects *sceneObjects();
+const HostItemInfo *itemInfo();
+const HostCameraEvaluation *cameraEvaluation();
+const HostCameraInfo *cameraInfo();
+
+} // namespace velm
