@@ -1,0 +1,29 @@
+// A module with one server, the Render Cam unit, which the module proper leaves out of its table.
+#include "module/node.h"
+#include "module/panel.h"
+
+VELM_DECLARE_NODE(RenderCam);
+VELM_DECLARE_PANEL(RenderCam);
+
+namespace {
+
+const HostServer servers[] = {
+    {.className = HOST_CLASS_NODE_HANDLER, .name = "Render Cam", .activate = RenderCam_Activate, .tags = nullptr},
+    {.className = HOST_CLASS_NODE_INTERFACE, .name = "Render Cam", .activate = RenderCam_Interface, .tags = nullptr},
+    {.className = nullptr, .name = nullptr, .activate = nullptr, .tags = nullptr}};
+
+int word;
+
+} // namespace
+
+extern "C" {
+__attribute__((visibility("default"))) extern const HostModuleDescriptor _mod_descrip;
+const HostModuleDescriptor _mod_descrip = {
+    .syncWord = kModuleSyncWord,
+    .version = kModuleVersion,
+    .platform = kPlatformMacintosh,
+    .startup = []() -> void * { return &word; },
+    .shutdown = [](void *) {},
+    .servers = servers,
+};
+}
