@@ -84,6 +84,9 @@ void addRender(CLI::App &command, RenderOptions &options) {
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->type_name("DIR");
+    command.add_flag("--strict", options.strict,
+                     "Take a missing or damaged image, and whatever else is warned of, for an error:\n"
+                     "there is no picture then");
     command.add_flag("--quiet", options.quiet, "No progress");
     command.add_flag("--stats", options.stats, "Tell of rays, times and memory when done");
 }

@@ -38,6 +38,7 @@ struct RenderOptions {
     int samples = 0; // 0: the scene's
     int threads = 0; // 0: the machine's cores
     std::vector<std::string> data;
+    bool strict = false; // warnings are errors
     bool quiet = false;
     bool stats = false;
 };

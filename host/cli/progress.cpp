@@ -66,6 +66,14 @@ void ProgressReport::drawBar(int percent) {
             << std::flush;
 }
 
+void ProgressReport::note(const std::string &line) {
+    if (style_ == ProgressStyle::bar && shown_ >= 0) {
+        stream_ << kClearLine;
+        shown_ = -1;
+    }
+    stream_ << line << '\n' << std::flush;
+}
+
 void ProgressReport::end(const std::string &message) {
     if (style_ == ProgressStyle::none) return;
     if (style_ == ProgressStyle::bar) stream_ << kClearLine;

@@ -30,6 +30,8 @@ class ProgressReport : public ProgressSink {
     void begin(std::string title);
     // Tiles of it are done; false when an interrupt was noted.
     bool progress(int done, int total) override;
+    // A line that is told whatever the style, in the place of a bar; the next progress draws the bar anew.
+    void note(const std::string &line);
     // The frame has ended; leaves a line that says so, unless the style is none.
     void end(const std::string &message);
 

@@ -7,9 +7,11 @@
 #include "host/cli/progress.h"
 #include "host/cli/run.h"
 #include "host/cli/statistics.h"
+#include "host/graph/node.h"
 #include "host/scene/build_scene.h"
 #include "host/scene/read_scene.h"
 #include "host/services/time.h"
+#include "host/warnings.h"
 
 #include <cstdlib>
 #include <fmt/format.h>
@@ -73,9 +75,38 @@ class Rendering {
     BuiltScene &scene_;
 };
 
+// Who is told what while the frames are rendered.
+struct Telling {
+    ProgressReport progress;
+    TotalStatistics total;
+    Warnings warnings;
+
+    Telling(const RenderOptions &options, std::ostream &err)
+        : progress(err, progressStyle(err, options.quiet)),
+          warnings(options.strict ? Warnings::Policy::strict : Warnings::Policy::goOn,
+                   [this](const Warning &warning) { progress.note("velm: warning: " + warning.text()); }) {}
+    Telling(const Telling &) = delete;
+    Telling &operator=(const Telling &) = delete;
+
+    // What the run has gone without, once more at its end: the lines above may have scrolled away.
+    void sumUpWarnings() {
+        if (!warnings.all().empty()) progress.note("velm: " + warnings.summary());
+    }
+};
+
+// Networks can come back to themselves behind the host's back, so that only rendering brings it to light.
+void warnOfCircle(const std::string &sceneFile, Warnings &warnings) {
+    if (!takeEvaluationTooDeep()) return;
+    warnings.add({.place = {.file = sceneFile, .line = 0},
+                  .path = "",
+                  .brief = "nodes that ask each other in a circle",
+                  .message = "nodes ask each other in a circle, by way of a store perhaps; the inputs where it was cut "
+                             "off count as unconnected"});
+}
+
 // Renders all frames and writes each when it is whole; false when it was interrupted.
 bool renderFrames(const RenderPlan &plan, const World &world, BuiltScene &built, const PictureMetadata &metadata,
-                  ProgressReport &report, TotalStatistics &total) {
+                  Telling &telling) {
     const InterruptGuard guard;
     const Rendering rendering(built);
     for (std::size_t i = 0; i < plan.frames.size(); ++i) {
@@ -84,14 +115,16 @@ bool renderFrames(const RenderPlan &plan, const World &world, BuiltScene &built,
         job.time = job.frame / plan.framesPerSecond;
         setTime(job.frame, job.time);
         built.newTime(job.frame, job.time);
-        report.begin(plan.frames.size() > 1 ? fmt::format("frame {} ({} of {})", job.frame, i + 1, plan.frames.size())
-                                            : fmt::format("frame {}", job.frame));
-        const Frame frame = renderFrame(world, job, &report);
-        total.add(frame.statistics);
+        telling.progress.begin(plan.frames.size() > 1
+                                   ? fmt::format("frame {} ({} of {})", job.frame, i + 1, plan.frames.size())
+                                   : fmt::format("frame {}", job.frame));
+        const Frame frame = renderFrame(world, job, &telling.progress);
+        telling.total.add(frame.statistics);
         if (!frame.complete || InterruptGuard::interrupted()) return false;
+        warnOfCircle(metadata.scene, telling.warnings);
         const std::string file = plan.names(job.frame);
         writePicture(frame.picture, file, metadata);
-        report.end(
+        telling.progress.end(
             fmt::format("{}, {} x {}, in {}", file, job.width, job.height, durationText(frame.statistics.seconds)));
     }
     return true;
@@ -105,21 +138,21 @@ int runRender(const Options &options, const RenderOptions &render, std::ostream 
     const RenderPlan plan = makePlan(scene, render);
     for (const int frame : plan.frames) prepareOutput(plan.names(frame));
 
-    TotalStatistics total;
+    Telling telling(render, err);
     const LoadedModule module(options.module);
     World world(scene); // before the nodes, whose panels may list what stands in it
-    BuiltScene built(scene, serverList());
+    BuiltScene built(scene, serverList(), &telling.warnings);
     world.prepare(scene, [&built](const std::string &name) { return built.surface(name); });
-    total.prepared(world.pointCount());
-    ProgressReport report(err, progressStyle(err, render.quiet));
+    telling.total.prepared(world.pointCount());
     const PictureMetadata metadata{
         .scene = scene.file, .module = module.path(), .version = "velm " VELM_VERSION, .command = options.commandLine};
-    const bool complete = renderFrames(plan, world, built, metadata, report, total);
+    const bool complete = renderFrames(plan, world, built, metadata, telling);
+    telling.sumUpWarnings();
     if (!complete) {
-        report.end("velm: interrupted; the frame that was under way is not written");
+        telling.progress.end("velm: interrupted; the frame that was under way is not written");
         return kExitInterrupted;
     }
-    if (render.stats) total.print(out);
+    if (render.stats) telling.total.print(out);
     return kExitDone;
 }
 

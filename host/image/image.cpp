@@ -10,7 +10,10 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <memory>
+#include <new>
 #include <numbers>
+#include <span>
 
 namespace velm {
 namespace {
@@ -63,8 +66,7 @@ bool isScreenEncoded(const OIIO::TypeDesc &format) {
 }
 
 // From the file's channels to ours.
-std::vector<float> arrange(const std::vector<float> &read, int fileChannels, const ChannelChoice &choice,
-                           bool linearise) {
+std::vector<float> arrange(std::span<const float> read, int fileChannels, const ChannelChoice &choice, bool linearise) {
     const std::size_t stride = static_cast<std::size_t>(fileChannels), count = read.size() / stride;
     const std::size_t channels = choice.source.size(), colours = channels - (choice.hasAlpha ? 1 : 0);
     static const LinearTable toLinear;
@@ -138,40 +140,64 @@ void buildLevels(HostImage &image, std::vector<float> pixels) {
 }
 
 [[noreturn]] void failToRead(const std::string &file, const std::string &why) {
-    throw InputError({.file = file}, "cannot read the image" + (why.empty() ? std::string() : ": " + why));
+    throw InputError({.file = file},
+                     "cannot read the image: " + (why.empty() ? "it is damaged or ends too early" : why));
 }
 
-} // namespace
+std::string sizeText(const OIIO::ImageSpec &spec) {
+    return "its size of " + std::to_string(spec.width) + " by " + std::to_string(spec.height) + " pixels with " +
+           std::to_string(spec.nchannels) + " channels";
+}
 
-std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name) {
-    OIIO::ImageSpec wishes;
-    wishes.attribute("oiio:UnassociatedAlpha", 1);
-    const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(file, &wishes);
-    if (!input) failToRead(file, OIIO::geterror());
-    const OIIO::ImageSpec spec = input->spec();
-    constexpr double kMaxValues = 4e9; // more is a broken header rather than an image
-    const double values = static_cast<double>(spec.width) * spec.height * spec.nchannels;
-    if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1 || spec.depth > 1 || values > kMaxValues) {
-        failToRead(file, "its size of " + std::to_string(spec.width) + " by " + std::to_string(spec.height) +
-                             " pixels with " + std::to_string(spec.nchannels) + " channels is none that can be used");
-    }
+// Throws when reading the image would take too much: the file's numbers, and the image with its levels, which are a
+// third more than itself.
+void checkMemory(const OIIO::ImageSpec &spec, const ChannelChoice &choice, const std::string &file) {
+    const double pixels = static_cast<double>(spec.width) * spec.height;
+    const double values = spec.nchannels + static_cast<double>(choice.source.size()) * 4 / 3;
+    if (pixels * values * sizeof(float) > static_cast<double>(kMostImageBytes))
+        failToRead(file, sizeText(spec) + " needs more than the " + std::to_string(kMostImageBytes >> 20) +
+                             " MiB of memory that one image may take");
+}
+
+std::unique_ptr<HostImage> readOpened(OIIO::ImageInput &input, const std::string &file) {
+    const OIIO::ImageSpec spec = input.spec();
+    if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1 || spec.depth > 1 || spec.deep)
+        failToRead(file, sizeText(spec) + " is none that can be used");
     const ChannelChoice choice = chooseChannels(spec);
     if (choice.source.empty()) failToRead(file, "it has no colour or luminance channel");
+    checkMemory(spec, choice, file);
 
-    std::vector<float> read(static_cast<std::size_t>(values));
-    if (!input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, read.data())) {
-        failToRead(file, input->geterror());
-    }
+    // Not cleared: a header that claims more than the file holds then costs nothing.
+    const std::size_t values = static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(spec.height) *
+                               static_cast<std::size_t>(spec.nchannels);
+    const auto read = std::make_unique_for_overwrite<float[]>(values);
+    if (!input.read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, read.get()))
+        failToRead(file, input.geterror());
     auto image = std::make_unique<HostImage>();
-    image->name = name;
     image->file = file;
     image->width = spec.width;
     image->height = spec.height;
     image->channels = static_cast<int>(choice.source.size());
     image->isColour = choice.isColour;
     image->hasAlpha = choice.hasAlpha;
-    buildLevels(*image, arrange(read, spec.nchannels, choice, isScreenEncoded(spec.format)));
+    buildLevels(*image, arrange({read.get(), values}, spec.nchannels, choice, isScreenEncoded(spec.format)));
     return image;
+}
+
+} // namespace
+
+std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name) {
+    try {
+        OIIO::ImageSpec wishes;
+        wishes.attribute("oiio:UnassociatedAlpha", 1);
+        const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(file, &wishes);
+        if (!input) failToRead(file, OIIO::geterror());
+        std::unique_ptr<HostImage> image = readOpened(*input, file);
+        image->name = name;
+        return image;
+    } catch (const std::bad_alloc &) {
+        failToRead(file, "there is not enough memory for it");
+    }
 }
 
 void directionToImage(double seamAngle, const double direction[3], double *u, double *v) {

@@ -3,6 +3,7 @@
 
 #include "module/host.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,10 +30,14 @@ struct HostImage {
 
 namespace velm {
 
+// The memory that reading one image may take: enough for a panorama of 16,384 by 8,192 pixels in colour.
+constexpr std::uint64_t kMostImageBytes = std::uint64_t{4} << 30;
+
 // Reads any format that OpenImageIO knows. The colour channels of 8-bit and 16-bit integer files are taken as sRGB and
 // made linear; float files, and alpha always, are taken as they are. Colours are not multiplied by alpha where the file
 // does not multiply them. Animated and multi-part files give their first picture.
-// Throws InputError with the file's name for a missing, broken or empty file.
+// Throws InputError with the file's name for a missing, broken or empty file, and for one whose header claims a size
+// for which reading would take more than kMostImageBytes of memory; that is checked before any of it is taken.
 std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name);
 
 // Pixel lookups. The null image is black and without alpha; beyond the edges the nearest pixel counts. `colour` gets
@@ -77,13 +82,17 @@ class ImageList {
     HostImage *first() const { return first_; }
     static HostImage *next(const HostImage *image) { return image != nullptr ? image->next : nullptr; }
 
+    // An image that goes by this name could not be read: the list does not have it, and who asks for it goes without.
+    void noteAbsent(const std::string &name) { absent_.push_back(name); }
+    bool isAbsent(const std::string &name) const;
+
     // By name, or null.
     HostImage *find(const std::string &name) const;
     std::vector<std::string> names() const;
 
     // Takes one image out of the list and frees it; null and strangers are ignored.
     void remove(const HostImage *image);
-    void clear();
+    void clear(); // of absent ones too
 
     // Why the last load through the wall's function table gave null; empty after one that worked.
     const std::string &lastError() const { return lastError_; }
@@ -94,6 +103,7 @@ class ImageList {
 
     std::vector<std::unique_ptr<HostImage>> images_;
     HostImage *first_ = nullptr;
+    std::vector<std::string> absent_;
     std::string lastError_;
 };
 

@@ -1,11 +1,11 @@
 #include "host/scene/build_scene.h"
 
+#include "host/graph/names.h"
 #include "host/image/image.h"
 #include "host/panel/settings.h"
 
 #include <algorithm>
 #include <fmt/format.h>
-#include <functional>
 #include <utility>
 
 namespace velm {
@@ -16,6 +16,7 @@ namespace {
 struct PendingSetting {
     HostPanel *panel;
     const SettingDescription *setting;
+    std::string path; // in the scene file
 };
 
 // A network whose nodes are there; its connections wait until everything is set.
@@ -34,49 +35,120 @@ void atPlace(const Place &place, Action action) {
     }
 }
 
-// True for a popup whose entries the node makes up at run time: perhaps of what other nodes' settings name.
-bool listsAtRunTime(const PendingSetting &pending) {
+// The popup that a setting is made on, when it is one whose entries the node makes up at run time: perhaps of what
+// other nodes' settings name. Null for all other controls.
+const PanelItem *runTimeList(const PendingSetting &pending) {
     const HostPanel &panel = *pending.panel;
-    return std::ranges::any_of(panel.controls(), [&](unsigned int id) {
+    for (const unsigned int id : panel.controls()) {
         const PanelItem &control = *panel.find(id);
-        return control.popupCount && panel.uniqueLabel(control) == pending.setting->label;
-    });
+        if (control.popupCount && panel.uniqueLabel(control) == pending.setting->label) return &control;
+    }
+    return nullptr;
 }
 
+// The images of a scene that the list does not have, and the telling of them.
+class AbsentImages {
+  public:
+    explicit AbsentImages(Warnings &warnings) : warnings_(warnings) {}
+
+    // Loads the images of the scene; those that cannot be loaded are the absent ones.
+    void loadOthers(const SceneDescription &scene) {
+        for (const ImageDescription &image : scene.images) {
+            std::string why = image.notFound;
+            try {
+                if (why.empty()) ImageList::instance().load(image.file, image.name);
+            } catch (const InputError &error) {
+                why = error.what();
+            }
+            if (!why.empty()) note(image, why);
+        }
+        const ImageDescription *backdrop =
+            scene.backdrop.kind == BackdropDescription::Kind::image ? find(scene.backdrop.image) : nullptr;
+        if (backdrop) warnOfUse(*backdrop, scene.backdrop.place, "backdrop.image", "the backdrop stays black");
+    }
+
+    // True when the setting chooses an absent image, which is warned of.
+    bool chosenBy(const PendingSetting &pending) {
+        const auto *name = std::get_if<std::string>(&pending.setting->value);
+        const ImageDescription *image = name ? find(*name) : nullptr;
+        const PanelItem *list = image ? runTimeList(pending) : nullptr;
+        if (!list || std::ranges::count(pending.panel->entries(*list), *name) > 0) return false;
+        warnOfUse(*image, pending.setting->place, pending.path, "the node goes without it");
+        return true;
+    }
+
+  private:
+    static std::string briefly(const ImageDescription &image) {
+        return fmt::format("no image {} ({})", velm::quoted(image.name), image.file);
+    }
+
+    const ImageDescription *find(const std::string &name) const {
+        const auto found = std::ranges::find(absent_, name, &ImageDescription::name);
+        return found == absent_.end() ? nullptr : *found;
+    }
+
+    void note(const ImageDescription &image, const std::string &why) {
+        absent_.push_back(&image);
+        ImageList::instance().noteAbsent(image.name);
+        const std::string source = image.source.empty() ? "" : "; it comes from " + image.source;
+        warnings_.add({.place = image.filePlace,
+                       .path = pathTo(pathTo("images", image.name), "file"),
+                       .brief = briefly(image),
+                       .message = why + source});
+    }
+
+    void warnOfUse(const ImageDescription &image, const Place &place, const std::string &path, const char *instead) {
+        warnings_.add(
+            {.place = place,
+             .path = path,
+             .brief = briefly(image),
+             .message = fmt::format("the image {} ({}) is absent; {}", velm::quoted(image.name), image.file, instead)});
+    }
+
+    Warnings &warnings_;
+    std::vector<const ImageDescription *> absent_; // of the scene, which outlives this
+};
+
 // What makes names goes before what chooses among them, in whichever surface or network either stands.
-void applyAll(std::vector<PendingSetting> settings) {
-    std::ranges::stable_partition(settings, std::not_fn(listsAtRunTime));
-    for (const PendingSetting &one : settings) applySetting(*one.panel, *one.setting);
+void applyAll(std::vector<PendingSetting> settings, AbsentImages &absentImages) {
+    std::ranges::stable_partition(settings, [](const PendingSetting &one) { return runTimeList(one) == nullptr; });
+    for (const PendingSetting &one : settings)
+        if (!absentImages.chosenBy(one)) applySetting(*one.panel, *one.setting);
 }
 
 class NetworkBuilder {
   public:
     explicit NetworkBuilder(ServerList &servers) : servers_(servers) {}
 
-    // Makes the nodes of a network, and of those inside them; notes what is to be set and connected.
-    void makeNodes(const NetworkDescription &network, HostNodeEditor &editor) {
+    // Makes the nodes of a network, and of those inside them; notes what is to be set and connected. `path` is the way
+    // to the network in the scene file.
+    void makeNodes(const NetworkDescription &network, HostNodeEditor &editor, const std::string &path) {
         connections_.push_back({.editor = &editor, .connections = &network.connections});
         for (const NodeDescription &node : network.nodes) {
             HostNode *made = nullptr;
             atPlace(node.place, [&] { made = &editor.addNode(servers_.get(node.server), node.name); });
-            noteSettings(node.settings, *made);
-            for (const NetworkDescription &inside : node.network) makeNodes(inside, networkInside(*made, inside.place));
+            const std::string nodePath = pathTo(pathTo(path, "nodes"), node.name);
+            noteSettings(node.settings, *made, nodePath);
+            for (const NetworkDescription &inside : node.network)
+                makeNodes(inside, networkInside(*made, inside.place), pathTo(nodePath, "network"));
         }
     }
 
-    void noteSettings(const std::vector<SettingDescription> &settings, HostNode &node) {
+    // `path` is the way to what has the settings.
+    void noteSettings(const std::vector<SettingDescription> &settings, HostNode &node, const std::string &path) {
         for (const SettingDescription &setting : settings) {
             HostPanel *panel = nullptr;
             atPlace(setting.place, [&] { panel = panelOf(node); });
             if (!panel)
                 throw InputError(setting.place,
                                  fmt::format("the node \"{}\" has no panel, and so no settings", node.name));
-            settings_.push_back({.panel = panel, .setting = &setting});
+            settings_.push_back(
+                {.panel = panel, .setting = &setting, .path = pathTo(pathTo(path, "settings"), setting.label)});
         }
     }
 
-    void setAndConnect() {
-        applyAll(std::move(settings_));
+    void setAndConnect(AbsentImages &absentImages) {
+        applyAll(std::move(settings_), absentImages);
         for (const auto &[editor, connections] : connections_) {
             for (const ConnectionDescription &one : *connections)
                 atPlace(one.place, [&] { editor->connect(one.fromNode, one.output, one.toNode, one.input); });
@@ -109,16 +181,18 @@ class NetworkBuilder {
 
 BuiltScene::Images::~Images() { ImageList::instance().clear(); }
 
-BuiltScene::BuiltScene(const SceneDescription &scene, ServerList &servers) {
-    for (const ImageDescription &image : scene.images)
-        atPlace(image.place, [&] { ImageList::instance().load(image.file, image.name); });
+BuiltScene::BuiltScene(const SceneDescription &scene, ServerList &servers, Warnings *warnings) {
+    Warnings asErrors(Warnings::Policy::strict);
+    AbsentImages absentImages(warnings ? *warnings : asErrors);
+    absentImages.loadOthers(scene);
     NetworkBuilder builder(servers);
     for (const SurfaceDescription &description : scene.surfaces) {
         Surface &surface = *surfaces_.all.emplace_back(std::make_unique<Surface>(description.name));
-        builder.noteSettings(description.settings, surface.editor().root());
-        builder.makeNodes(description.network, surface.editor());
+        const std::string path = pathTo("surfaces", description.name);
+        builder.noteSettings(description.settings, surface.editor().root(), path);
+        builder.makeNodes(description.network, surface.editor(), path);
     }
-    builder.setAndConnect();
+    builder.setAndConnect(absentImages);
 }
 
 BuiltScene::Surfaces::~Surfaces() {

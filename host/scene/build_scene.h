@@ -4,6 +4,7 @@
 #include "host/graph/server_list.h"
 #include "host/graph/surface.h"
 #include "host/scene/description.h"
+#include "host/warnings.h"
 
 #include <memory>
 #include <string>
@@ -18,9 +19,10 @@ class BuiltScene {
     // Reads the images, makes the nodes, sets them through their panels and then connects them: a panel does not let
     // go of a control that a connection feeds. Networks inside nodes are made with the nodes. Where one node's popup
     // lists what another node's setting names, the naming comes first, wherever the two stand. Throws InputError with
-    // the place in the scene file, what was found and the nearest right name. `scene` need not outlive the call;
-    // `servers` does.
-    BuiltScene(const SceneDescription &scene, ServerList &servers);
+    // the place in the scene file, what was found and the nearest right name. Images that are missing or damaged, and
+    // settings that choose them, are warned of: they stay out of the image list and the settings unmade. Without
+    // `warnings` they are errors. `scene` and `warnings` need not outlive the call; `servers` does.
+    BuiltScene(const SceneDescription &scene, ServerList &servers, Warnings *warnings = nullptr);
     ~BuiltScene(); // empties the image list
     BuiltScene(const BuiltScene &) = delete;
     BuiltScene &operator=(const BuiltScene &) = delete;

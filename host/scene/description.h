@@ -142,8 +142,10 @@ struct BackdropDescription {
 
 struct ImageDescription {
     std::string name;
-    std::string file; // resolved
-    Place place;
+    std::string file;     // resolved; as the scene names it where there is none
+    std::string notFound; // why there is none and where it was looked for; empty when there is one
+    std::string source;   // where people get the file from; may be empty
+    Place place, filePlace;
 };
 
 struct RenderDescription {

@@ -10,8 +10,9 @@
 namespace velm {
 
 // Reads a scene file whole. Throws InputError with the file's name as given, the line, what was found and what was
-// expected: for a file that cannot be read or is no JSON, unknown or repeated keys, wrong values, files that are not
-// there, and names (of surfaces, images, cameras, nodes) that the scene does not have.
+// expected: for a file that cannot be read or is no JSON, unknown or repeated keys, wrong values, meshes that are not
+// there, and names (of surfaces, images, cameras, nodes) that the scene does not have. An image's file that is not there
+// is noted in its description.
 SceneDescription readScene(const std::string &file, const SearchPath &path);
 
 // The same for a text that stands in `file`.

@@ -9,6 +9,12 @@ namespace velm {
 
 namespace {
 
+std::string notFoundMessage(const ReadContext &context, const std::string &name) {
+    std::vector<std::string> looked{context.directory.empty() ? "." : context.directory};
+    looked.insert(looked.end(), context.path.directories.begin(), context.path.directories.end());
+    return fmt::format("there is no file \"{}\"; looked in {}", name, fmt::join(looked, ", "));
+}
+
 constexpr int kLargestSide = 32768, kMostSamples = 4096, kDeepestRecursion = 256, kLastFrameNumber = 999999;
 
 // ---- Render settings ----
@@ -240,15 +246,27 @@ void readBackdrop(const ReadContext &context, const JsonMember &found, SceneDesc
 
 // ---- Images ----
 
+// An image that is not there is no error yet: what uses it may go without.
+void readImageFile(const ReadContext &context, const JsonMember &found, ImageDescription &image) {
+    image.file = readText(context, found.key, found.value, textForm());
+    image.filePlace = context.at(found.value.line);
+    if (auto file = findFile(image.file, context.directory, context.path))
+        image.file = *file;
+    else
+        image.notFound = notFoundMessage(context, image.file);
+}
+
 constexpr Field<ImageDescription> kImageFields[] = {
     {.key = "file",
-     .help = "The image's file; seen from the scene's directory, or in one of the data directories.",
-     .target =
-         ReadField<ImageDescription>([](const ReadContext &context, const JsonMember &found, ImageDescription &image) {
-             image.file = resolveFile(context, found.value);
-         }),
+     .help = "The image's file; seen from the scene's directory, or in one of the data directories. Where it is "
+             "missing or damaged, a warning says so, and what uses it goes without.",
+     .target = ReadField<ImageDescription>(readImageFile),
      .schema = [] { return formSchema(textForm()); },
      .required = true},
+    {.key = "source",
+     .help = "Where people get the file from; told when it is missing.",
+     .form = textForm(),
+     .target = &ImageDescription::source},
 };
 
 // ---- The whole ----
@@ -267,8 +285,7 @@ constexpr Field<SceneDescription> kSceneFields[] = {
     {.key = "cameras",
      .help = "The cameras, by name; at least one.",
      .target = ReadField<SceneDescription>(readCollection<&SceneDescription::cameras, cameraTable>),
-     .schema = collectionSchema<cameraTable>,
-     .required = true},
+     .schema = collectionSchema<cameraTable>},
     {.key = "lights",
      .help = "The lights, by name.",
      .target = ReadField<SceneDescription>(readCollection<&SceneDescription::lights, lightTable>),
@@ -337,9 +354,7 @@ const Table<SceneDescription> &sceneTable() {
 std::string resolveFile(const ReadContext &context, const JsonValue &value) {
     const std::string name = readText(context, "file", value, textForm());
     if (auto file = findFile(name, context.directory, context.path)) return *file;
-    std::vector<std::string> looked{context.directory.empty() ? "." : context.directory};
-    looked.insert(looked.end(), context.path.directories.begin(), context.path.directories.end());
-    context.fail(value.line, fmt::format("there is no file \"{}\"; looked in {}", name, fmt::join(looked, ", ")));
+    context.fail(value.line, notFoundMessage(context, name));
 }
 
 } // namespace velm

@@ -15,7 +15,7 @@ Backdrop::Backdrop(const BackdropDescription &description) : description_(descri
     }
     if (description.kind != BackdropDescription::Kind::image) return;
     image_ = ImageList::instance().find(description.image);
-    if (image_ == nullptr) {
+    if (image_ == nullptr && !ImageList::instance().isAbsent(description.image)) {
         const std::string near = nearest(description.image, ImageList::instance().names());
         throw InputError(description.place, "the backdrop's image \"" + description.image + "\" is not in the scene" +
                                                 (near.empty() ? "" : "; did you mean \"" + near + "\"?"));

@@ -13,9 +13,9 @@ class Backdrop {
 
     Backdrop() = default; // plain black
 
-    // Takes the image by its name from ImageList::instance(), which has to keep it as long as the backdrop is asked.
-    // Throws InputError at the description's place for a name that is not in the list or a squeeze that is not
-    // positive.
+    // Takes the image by its name from ImageList::instance(), which has to keep it as long as the backdrop is asked;
+    // one that the list knows to be absent is black. Throws InputError at the description's place for a name that the
+    // list does not know or a squeeze that is not positive.
     explicit Backdrop(const BackdropDescription &description);
 
     // The colour seen in a direction of any length. A gradient runs over the elevation angle e: above the horizon

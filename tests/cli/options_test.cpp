@@ -23,15 +23,15 @@ TEST(Options, HaveDefaults) {
     EXPECT_FALSE(render.frames || render.size || render.region);
     EXPECT_EQ(render.samples, 0);
     EXPECT_EQ(render.threads, 0);
-    EXPECT_FALSE(render.quiet || render.stats);
+    EXPECT_FALSE(render.strict || render.quiet || render.stats);
     EXPECT_FALSE(std::get<NodesOptions>(parse({"nodes"}).command).all);
 }
 
 TEST(Options, OfRenderAreAllTaken) {
     const Options options =
-        parse({"render",    "a.json", "-o",        "b.exr", "--frames", "3-7",       "--size",  "320x200",
-               "--samples", "9",      "--threads", "16",    "--region", "1,2,30,40", "--quiet", "--stats",
-               "--data",    "/tmp",   "--data",    "/",     "--module", "m.p"});
+        parse({"render",    "a.json", "-o",        "b.exr",  "--frames", "3-7",       "--size",  "320x200",
+               "--samples", "9",      "--threads", "16",     "--region", "1,2,30,40", "--quiet", "--stats",
+               "--strict",  "--data", "/tmp",      "--data", "/",        "--module",  "m.p"});
     const auto &render = std::get<RenderOptions>(options.command);
     EXPECT_EQ(options.module, "m.p");
     EXPECT_EQ(render.output, "b.exr");
@@ -45,7 +45,7 @@ TEST(Options, OfRenderAreAllTaken) {
     EXPECT_EQ(render.region->top, 2);
     EXPECT_EQ(render.region->right, 30);
     EXPECT_EQ(render.region->bottom, 40);
-    EXPECT_TRUE(render.quiet && render.stats);
+    EXPECT_TRUE(render.strict && render.quiet && render.stats);
     EXPECT_EQ(render.data, (std::vector<std::string>{"/tmp", "/"}));
     EXPECT_EQ(options.commandLine.substr(0, 22), "velm render a.json -o ");
 }

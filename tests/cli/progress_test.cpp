@@ -40,6 +40,26 @@ TEST(Progress, DrawsOneLineOverAndOverOnTerminals) {
     EXPECT_TRUE(terminal.str().ends_with("\r\033[K")) << "what an error leaves is taken away";
 }
 
+TEST(Progress, NotesStandInThePlaceOfABar) {
+    std::ostringstream terminal;
+    {
+        ProgressReport report(terminal, ProgressStyle::bar);
+        report.note("before");
+        report.begin("frame 1");
+        terminal.str("");
+        report.note("meanwhile");
+        EXPECT_EQ(terminal.str(), "\r\033[Kmeanwhile\n");
+        terminal.str("");
+        report.note("again");
+        EXPECT_EQ(terminal.str(), "again\n");
+        report.progress(0, 4);
+        EXPECT_NE(terminal.str().find("  0 %"), std::string::npos) << terminal.str();
+    }
+    std::ostringstream log;
+    ProgressReport(log, ProgressStyle::none).note("told all the same");
+    EXPECT_EQ(log.str(), "told all the same\n");
+}
+
 TEST(Progress, SaysNothingWhenQuiet) {
     std::ostringstream log;
     ProgressReport report(log, progressStyle(log, true));

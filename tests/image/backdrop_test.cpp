@@ -123,6 +123,14 @@ TEST_F(ImageBackdrop, MissingImageIsAnErrorAtItsPlace) {
     }
 }
 
+TEST_F(ImageBackdrop, KnownToBeAbsentIsBlack) {
+    ImageList::instance().noteAbsent("Forest");
+    const Backdrop backdrop(describe(Kind::image, [](BackdropDescription &each) { each.image = "Forest"; }));
+    expectNear(seen(backdrop, 0.5, 0.2, -1), {0, 0, 0}, "without its image");
+    ImageList::instance().clear();
+    EXPECT_FALSE(ImageList::instance().isAbsent("Forest"));
+}
+
 TEST(Backdrop, SqueezeHasToBePositive) {
     EXPECT_THROW(Backdrop(describe(Kind::plain, [](BackdropDescription &each) { each.skySqueeze = 0; })), InputError);
     EXPECT_THROW(Backdrop(describe(Kind::plain, [](BackdropDescription &each) { each.groundSqueeze = -1; })),

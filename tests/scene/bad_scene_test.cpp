@@ -82,8 +82,8 @@ const BadScene kBadScenes[] = {
     {"BackdropNoImage", withCamera("\"backdrop\": {\"kind\": \"image\"}"), "2: \"backdrop\" needs \"image\""},
     {"BackdropUnknownImage", withCamera("\"backdrop\": {\"kind\": \"image\", \"image\": \"Sky\"}"),
      "2: there is no image \"Sky\", there are none"},
-    {"ImageNotThere", withCamera("\"images\": {\"Sky\": {\n\"file\": \"no.png\"}}"),
-     "3: there is no file \"no.png\"; looked in ."},
+    {"ImageWithoutFile", withCamera("\"images\": {\"Sky\": {\"source\": \"a shop\"}}"), "2: an image needs \"file\""},
+    {"ImageFileEmpty", withCamera("\"images\": {\"Sky\": {\n\"file\": \"\"}}"), "3: \"file\" is empty"},
 
     {"NoShape", object("\"surface\": \"Clay\""), "2: an object needs one of \"mesh\", \"plane\", \"box\", \"sphere\""},
     {"TwoShapes", object("\"box\": {}, \"sphere\": {}, \"surface\": \"Clay\""),

@@ -1,0 +1,134 @@
+// Renders that go without something: what they say, what they leave, and --strict.
+#include "host/image/image.h"
+
+#include "tests/cli/command.h"
+#include "tests/scene/scene_text.h"
+
+#include <array>
+#include <gtest/gtest.h>
+
+namespace velm {
+namespace {
+
+using test::TemporaryDirectory;
+
+// A wall before a backdrop: the wall's own light is the image's colour, or else the background's.
+std::string wallWith(const std::string &file) {
+    return R"({"render": {"width": 4, "height": 4}, "cameras": {"Main": {"position": [0, 0, -5]}},
+"images": {
+"Wood": {"file": ")" +
+           file + R"("}},
+"backdrop": {"kind": "image", "image": "Wood"},
+"surfaces": {"Glow": {
+    "settings": {"Luminosity": 1, "Diffuse": 0},
+    "nodes": {"Pixel": {"server": "Velm Pixel Image", "settings": {"Bg Color": [0.25, 0.5, 1],
+        "Image": "Wood"}}},
+    "connections": ["Pixel.Color -> Glow.Color"]
+}},
+"objects": {"Wall": {"box": {"size": [20, 1, 1]}, "surface": "Glow"}}})";
+}
+
+std::array<float, 3> colourAt(const std::string &file, int x, int y) {
+    const auto image = readImage(file, "result");
+    std::array<float, 3> colour{};
+    pixel(image.get(), x, y, colour.data());
+    return colour;
+}
+
+constexpr std::array<float, 3> kBackground = {0.25F, 0.5F, 1.0F}, kBlack = {0, 0, 0};
+
+struct AbsentCase {
+    const char *name;
+    std::string contents; // of the image's file; empty: there is none
+    std::string why;      // a part of the message
+};
+class AbsentImage : public testing::TestWithParam<AbsentCase> {};
+
+TEST_P(AbsentImage, IsToldAtOnceAndAtTheEndAndGoneWithout) {
+    const TemporaryDirectory directory;
+    if (!GetParam().contents.empty()) directory.write("wood.ppm", GetParam().contents);
+    const std::string scene = directory.write("scene.json", wallWith("wood.ppm")), file = directory.file("a.exr");
+    const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--quiet", "--threads", "1"});
+    ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_EQ(outcome.out, "");
+    const std::string warning = "velm: warning: " + scene;
+    for (const std::string &line :
+         {warning + ":3: images.Wood.file: ", warning + ":4: backdrop.image: the image \"Wood\"",
+          warning + ":8: surfaces.Glow.nodes.Pixel.settings.Image: the image \"Wood\""})
+        EXPECT_NE(outcome.err.find(line), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find(GetParam().why), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find("\nvelm: 1 warning: no image \"Wood\" ("), std::string::npos) << outcome.err;
+    EXPECT_TRUE(outcome.err.ends_with("wood.ppm)\n")) << outcome.err;
+    EXPECT_EQ(colourAt(file, 2, 2), kBackground);
+    EXPECT_EQ(colourAt(file, 2, 0), kBlack);
+}
+
+TEST_P(AbsentImage, IsAnErrorInOneLineWithoutAPictureWhenStrict) {
+    const TemporaryDirectory directory;
+    if (!GetParam().contents.empty()) directory.write("wood.ppm", GetParam().contents);
+    const std::string scene = directory.write("scene.json", wallWith("wood.ppm")), file = directory.file("a.exr");
+    const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--strict"});
+    EXPECT_EQ(outcome.status, kExitInput);
+    EXPECT_TRUE(outcome.err.starts_with("velm: " + scene + ":3: images.Wood.file: ")) << outcome.err;
+    EXPECT_NE(outcome.err.find(GetParam().why), std::string::npos) << outcome.err;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, AbsentImage,
+                         testing::Values(AbsentCase{"Missing", "", "there is no file \"wood.ppm\"; looked in "},
+                                         AbsentCase{"NoImage", "wood", "wood.ppm: cannot read the image: "},
+                                         AbsentCase{"CutOff", "P6 4 4 255\nabc", "wood.ppm: cannot read the image: "},
+                                         AbsentCase{"Empty", "P6 0 0 255\n", "wood.ppm: cannot read the image: "},
+                                         AbsentCase{"Huge", "P6 100000 100000 255\n", "that one image may take"}),
+                         [](const auto &one) { return one.param.name; });
+
+TEST(StrictRender, OfAGoodSceneIsTheSame) {
+    const TemporaryDirectory directory;
+    directory.write("wood.ppm", "P3 1 1 255 255 0 0\n");
+    const std::string scene = directory.write("scene.json", wallWith("wood.ppm")), file = directory.file("a.exr");
+    const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--quiet", "--strict"});
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(colourAt(file, 2, 2), (std::array<float, 3>{1, 0, 0}));
+}
+
+// A store that is fed by what is got from it: the editor sees no circle, since the two are not connected.
+constexpr const char *kCircle = R"({
+    "render": {"width": 4, "height": 4, "lastFrame": 2}, "cameras": {"Main": {"position": [0, 0, -5]}},
+    "surfaces": {"Glow": {
+        "settings": {"Luminosity": 1, "Diffuse": 0},
+        "nodes": {"Store": {"server": "Velm Store Material", "settings": {"Name": "Gold"}},
+                  "Get": {"server": "Velm Get Material", "settings": {"Slot": "Gold"}}},
+        "connections": ["Get.Color -> Store.Color", "Get.Color -> Glow.Color"]
+    }},
+    "objects": {"Wall": {"box": {"size": [20, 20, 1]}, "surface": "Glow"}}
+})";
+
+TEST(CircleInEvaluation, IsToldOnceAndSummedUp) {
+    const TemporaryDirectory directory;
+    const std::string scene = directory.write("scene.json", kCircle);
+    const test::Outcome outcome = test::velm({"render", scene, "-o", directory.file("#.exr"), "--quiet"});
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_EQ(outcome.err,
+              "velm: warning: " + scene +
+                  ": nodes ask each other in a circle, by way of a store perhaps; the inputs where it was cut "
+                  "off count as unconnected\n"
+                  "velm: 1 warning: nodes that ask each other in a circle\n");
+    EXPECT_TRUE(std::filesystem::exists(directory.file("2.exr")));
+}
+
+TEST(CircleInEvaluation, IsAnErrorWhenStrict) {
+    const TemporaryDirectory directory;
+    const std::string scene = directory.write("scene.json", kCircle);
+    const test::Outcome outcome = test::velm({"render", scene, "-o", directory.file("#.exr"), "--quiet", "--strict"});
+    EXPECT_EQ(outcome.status, kExitInput) << outcome.err;
+    EXPECT_TRUE(outcome.err.starts_with("velm: " + scene + ": nodes ask each other in a circle")) << outcome.err;
+    EXPECT_FALSE(std::filesystem::exists(directory.file("1.exr")));
+    // Nothing of it is left for the next render.
+    const std::string good = directory.write("good.json", wallWith("none.ppm"));
+    EXPECT_EQ(test::velm({"render", good, "-o", directory.file("a.exr")}).err.find("circle"), std::string::npos);
+}
+
+} // namespace
+} // namespace velm

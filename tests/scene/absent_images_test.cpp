@@ -1,0 +1,143 @@
+// Images that a scene names and that are missing or damaged: told at every place that names them, gone without by all.
+#include "host/scene/build_scene.h"
+
+#include "host/image/image.h"
+#include "host/load/module.h"
+#include "host/panel/settings.h"
+#include "host/services/backdrop.h"
+#include "tests/scene/scene_text.h"
+
+#include <gtest/gtest.h>
+
+namespace velm {
+namespace {
+
+// "Sky" is on line 3, the backdrop on line 5, nodes that choose it on lines 8 and 9.
+std::string sceneWith(const std::string &images) {
+    return "{\"cameras\": {\"Main\": {}},\n\"images\": {\n" + images + R"(},
+
+"backdrop": {"kind": "image", "image": "Sky"},
+"surfaces": {"My clay": {"nodes": {
+    "Picture": {"server": "Image", "settings": {
+        "Image": "Sky"}},
+    "Other": {"server": "Image", "settings": {"Image": "Sky", "Background Color": [0.25, 0.5, 1]}}
+}, "connections": ["Other.Color -> My clay.Color"]}}})";
+}
+
+struct Built {
+    std::vector<std::string> told;
+    std::string summary, error, clay;
+    double backdrop = -1;
+    std::vector<std::string> images;
+};
+
+Built build(const test::TemporaryDirectory &directory, const std::string &images,
+            Warnings::Policy policy = Warnings::Policy::goOn) {
+    Built result;
+    Warnings warnings(policy, [&](const Warning &warning) { result.told.push_back(warning.text()); });
+    try {
+        const SceneDescription scene =
+            readSceneText(sceneWith(images), directory.file("scene.json"), {.directories = {"/nowhere/at all"}});
+        BuiltScene built(scene, serverList(), &warnings);
+        result.images = ImageList::instance().names();
+        built.init(kInitRender);
+        built.newTime(0, 0);
+        ShadingSample sample{};
+        const SurfaceValues values = built.surface("My clay")->evaluate(&sample);
+        for (const double component : values.colour) result.clay += std::to_string(component).substr(0, 4) + " ";
+        built.cleanup();
+        double seen[3];
+        Backdrop(scene.backdrop).evaluate(std::array<double, 3>{0, 1, 1}.data(), seen);
+        result.backdrop = seen[0] + seen[1] + seen[2];
+    } catch (const InputError &error) {
+        result.error = error.what();
+    }
+    result.summary = warnings.summary();
+    return result;
+}
+
+void expectGoneWithout(const Built &result, const test::TemporaryDirectory &directory, const std::string &file,
+                       const std::string &firstWarning) {
+    EXPECT_EQ(result.error, "");
+    const std::string scene = directory.file("scene.json"), absent = "the image \"Sky\" (" + file + ") is absent; ";
+    EXPECT_EQ(
+        result.told,
+        (std::vector<std::string>{
+            scene + ":3: images.Sky.file: " + firstWarning,
+            scene + ":5: backdrop.image: " + absent + "the backdrop stays black",
+            scene + ":8: surfaces.\"My clay\".nodes.Picture.settings.Image: " + absent + "the node goes without it",
+            scene + ":9: surfaces.\"My clay\".nodes.Other.settings.Image: " + absent + "the node goes without it",
+        }));
+    EXPECT_EQ(result.summary, "1 warning: no image \"Sky\" (" + file + ")");
+    EXPECT_EQ(result.clay, "0.25 0.50 1.00 "); // the background of the node
+    EXPECT_EQ(result.backdrop, 0);
+}
+
+TEST(AbsentImages, MissingFilesAreToldAndGoneWithout) {
+    const test::TemporaryDirectory directory;
+    const Built result = build(directory, "\"Sky\": {\"file\": \"sky.exr\", \"source\": \"the shop\"}");
+    expectGoneWithout(result, directory, "sky.exr",
+                      "there is no file \"sky.exr\"; looked in " + directory.path().string() +
+                          ", /nowhere/at all; it comes from the shop");
+    EXPECT_TRUE(result.images.empty());
+}
+
+TEST(AbsentImages, DamagedFilesAreToldAndGoneWithout) {
+    const test::TemporaryDirectory directory;
+    const std::string file = directory.write("sky.ppm", "P6 0 0 255\n");
+    const Built result = build(directory, "\"Sky\": {\"file\": \"sky.ppm\"}");
+    ASSERT_FALSE(result.told.empty()) << result.error;
+    const std::string start = directory.file("scene.json") + ":3: images.Sky.file: ";
+    ASSERT_TRUE(result.told[0].starts_with(start + file + ": cannot read the image")) << result.told[0];
+    expectGoneWithout(result, directory, file, result.told[0].substr(start.size()));
+}
+
+TEST(AbsentImages, LeaveTheOthersInTheirPlaces) {
+    const test::TemporaryDirectory directory;
+    directory.write("a.ppm", "P3 1 1 255 255 0 0\n");
+    const Built result = build(directory, "\"Sky\": {\"file\": \"sky.exr\"},"
+                                          "\"First\": {\"file\": \"a.ppm\"}, \"Second\": {\"file\": \"a.ppm\"}");
+    EXPECT_EQ(result.told.size(), 4u);
+    EXPECT_EQ(result.images, (std::vector<std::string>{"First", "Second"}));
+}
+
+TEST(AbsentImages, AreErrorsWhenStrict) {
+    const test::TemporaryDirectory directory;
+    const Built result = build(directory, "\"Sky\": {\"file\": \"sky.exr\"}", Warnings::Policy::strict);
+    EXPECT_EQ(result.error, directory.file("scene.json") +
+                                ":3: images.Sky.file: there is no file \"sky.exr\"; looked in " +
+                                directory.path().string() + ", /nowhere/at all");
+    EXPECT_TRUE(result.told.empty());
+    EXPECT_EQ(ImageList::instance().first(), nullptr);
+}
+
+TEST(AbsentImages, DoNotExcuseAMisspeltName) {
+    const test::TemporaryDirectory directory;
+    // The nodes ask for "Sky", which nothing in the scene goes by but an image that is called otherwise.
+    const Built result = build(directory, "\"Skye\": {\"file\": \"sky.exr\"}");
+    EXPECT_NE(result.error.find("there is no image \"Sky\", did you mean \"Skye\"?"), std::string::npos)
+        << result.error;
+}
+
+// Inside a network that a node of the module holds, and at a popup of the module's own.
+TEST(AbsentImages, AreToldInsideOfNetworksToo) {
+    const Module module = Module::open(VELM_MODULE_FILE);
+    serverList().add(module.servers(), module.path());
+    const SceneDescription scene = test::read(R"({"cameras": {"Main": {}}, "images": {"Sky": {"file": "sky.exr"}},
+        "surfaces": {"Clay": {"nodes": {"Group": {"server": "Velm Group Node", "network": {"nodes": {
+            "Shine": {"server": "Velm Gaussian Reflections", "settings": {"Image": "Sky"}}}}}}}}})");
+    std::vector<std::string> paths, shown;
+    Warnings warnings(Warnings::Policy::goOn, [&](const Warning &warning) { paths.push_back(warning.path); });
+    {
+        const BuiltScene built(scene, serverList(), &warnings);
+        HostNode &group = built.surface("Clay")->editor().node("Group");
+        const SettingValue chosen = readSetting(*panelOf(group.nested.front()->node("Shine")), "Image");
+        EXPECT_EQ(std::get<std::string>(chosen), "(none)");
+    }
+    EXPECT_EQ(paths, (std::vector<std::string>{"images.Sky.file",
+                                               "surfaces.Clay.nodes.Group.network.nodes.Shine.settings.Image"}));
+    serverList().remove(module.path());
+}
+
+} // namespace
+} // namespace velm
