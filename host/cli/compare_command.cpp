@@ -24,7 +24,7 @@ void printFigures(const Comparison &comparison, const CompareLimits &limits, std
     if (worst.difference > 0)
         out << fmt::format("  worst   {:.6g} in {} at {},{}: {:.6g} and {:.6g}\n", worst.difference, worst.channel,
                            worst.x, worst.y, worst.first, worst.second);
-    out << fmt::format("  mean    {:.6g}\n", comparison.mean);
+    out << fmt::format("  mean    {:.6g}; at most {:.6g}\n", comparison.mean, limits.mean);
     out << fmt::format("  RMS     {:.6g}; at most {:.6g}\n", comparison.rms, limits.rms);
     out << fmt::format("  pixels  {} of {} differ by more than {:.6g}; at most {:.6g} %\n", comparison.beyond,
                        comparison.pixels, limits.tolerance, 100 * limits.share);

@@ -102,6 +102,10 @@ void addCompare(CLI::App &command, CompareOptions &options) {
         ->check(CLI::Range(0.0, kLargest))
         ->capture_default_str()
         ->type_name("T");
+    command.add_option("--mean", options.limits.mean, "The largest mean of all differences")
+        ->check(CLI::Range(0.0, kLargest))
+        ->capture_default_str()
+        ->type_name("M");
     command.add_option("--rms", options.limits.rms, "The largest root mean square of all differences")
         ->check(CLI::Range(0.0, kLargest))
         ->capture_default_str()

@@ -151,7 +151,7 @@ Comparison compareImages(const FilePixels &first, const FilePixels &second, cons
 
 bool withinLimits(const Comparison &comparison, const CompareLimits &limits) {
     return comparison.sameSize && comparison.channels > 0 && comparison.onlyInOne.empty() &&
-           comparison.notNumbers == 0 && comparison.rms <= limits.rms &&
+           comparison.notNumbers == 0 && comparison.mean <= limits.mean && comparison.rms <= limits.rms &&
            static_cast<double>(comparison.beyond) <= limits.share * static_cast<double>(comparison.pixels);
 }
 

@@ -23,6 +23,7 @@ namespace velm {
 // 0 to 1.
 struct CompareLimits {
     double tolerance = 0.004; // a pixel differs when one of its channels is further apart: a little over 1 / 255
+    double mean = 0.002;      // mean over all channels of all pixels; it matters where more than that is allowed below
     double rms = 0.002;       // root mean square over all channels of all pixels: half of 1 / 255
     double share = 0;         // the fraction of all pixels that may differ
     bool alpha = true;        // whether alpha counts

@@ -41,7 +41,7 @@ TEST_F(CompareCommand, GivesZeroForTheSame) {
     const Outcome outcome = compare("a.exr", "a.exr");
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.out, "the same\n"
-                           "  mean    0\n"
+                           "  mean    0; at most 0.002\n"
                            "  RMS     0; at most 0.002\n"
                            "  pixels  0 of 12 differ by more than 0.004; at most 0 %\n");
 }
@@ -51,7 +51,7 @@ TEST_F(CompareCommand, GivesOneForDifferentAndNamesThePixel) {
     EXPECT_EQ(outcome.status, 1) << outcome.err;
     EXPECT_EQ(outcome.out, "different\n"
                            "  worst   0.5 in G at 2,1: 0 and 0.5\n"
-                           "  mean    0.0104167\n"
+                           "  mean    0.0104167; at most 0.002\n"
                            "  RMS     0.0721688; at most 0.002\n"
                            "  pixels  1 of 12 differ by more than 0.004; at most 0 %\n");
 }
@@ -77,10 +77,11 @@ TEST_F(CompareCommand, GivesThreeForWhatCannotBeCompared) {
 }
 
 TEST_F(CompareCommand, TakesLimits) {
-    EXPECT_EQ(compare("a.exr", "b.exr", {"--tolerance", "0.5", "--rms", "0.1"}).status, 0);
-    EXPECT_EQ(compare("a.exr", "b.exr", {"--tolerance", "0.5"}).status, 1);
-    EXPECT_EQ(compare("a.exr", "b.exr", {"--share", "0.1", "--rms", "0.1"}).status, 0);
-    EXPECT_EQ(compare("a.exr", "b.exr", {"--share", "0.05", "--rms", "0.1"}).status, 1);
+    EXPECT_EQ(compare("a.exr", "b.exr", {"--tolerance", "0.5", "--rms", "0.1", "--mean", "0.1"}).status, 0);
+    EXPECT_EQ(compare("a.exr", "b.exr", {"--tolerance", "0.5", "--rms", "0.1"}).status, 1);
+    EXPECT_EQ(compare("a.exr", "b.exr", {"--tolerance", "0.5", "--mean", "0.1"}).status, 1);
+    EXPECT_EQ(compare("a.exr", "b.exr", {"--share", "0.1", "--rms", "0.1", "--mean", "0.1"}).status, 0);
+    EXPECT_EQ(compare("a.exr", "b.exr", {"--share", "0.05", "--rms", "0.1", "--mean", "0.1"}).status, 1);
 }
 
 TEST_F(CompareCommand, LeavesAlphaOutWhenAsked) {

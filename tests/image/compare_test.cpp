@@ -72,7 +72,8 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"OnePixelBelow", false, [](auto &, auto &b) { at(b, 3, 2, 1) -= 0.0041F; }},
         Change{"AllBySoLittleThatOnlyTheRmsTells", false, [](auto &, auto &b) { addToAll(b, 0.0025F); }},
         Change{"AllBelowTheRms", true, [](auto &, auto &b) { addToAll(b, 0.0015F); }},
-        Change{"TheRmsMayBeSet", true, [](auto &, auto &b) { addToAll(b, 0.0025F); }, {.rms = 0.003}},
+        Change{"TheRmsMayBeSet", true, [](auto &, auto &b) { addToAll(b, 0.0025F); }, {.mean = 0.003, .rms = 0.003}},
+        Change{"TheMeanTellsWhereTheRmsMayBeLarge", false, [](auto &, auto &b) { addToAll(b, 0.0025F); }, {.rms = 0.003}},
         Change{"TheToleranceMayBeSet", true, [](auto &, auto &b) { at(b, 0, 0, 0) += 0.01F; }, {.tolerance = 0.02}},
         Change{"OnePixelInThirtyTwo",
                true,
@@ -89,8 +90,8 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"NaNWhereAllMayDiffer",
                false,
                [](auto &, auto &b) { at(b, 5, 1, 2) = kNaN; },
-               {.tolerance = 1e30, .rms = 1e30, .share = 1}},
-        Change{"InfinityInOne", false, [](auto &, auto &b) { at(b, 5, 1, 2) = kInfinity; }, {.rms = 1e30, .share = 1}},
+               {.tolerance = 1e30, .mean = 1e30, .rms = 1e30, .share = 1}},
+        Change{"InfinityInOne", false, [](auto &, auto &b) { at(b, 5, 1, 2) = kInfinity; }, {.mean = 1e30, .rms = 1e30, .share = 1}},
         Change{"InfinityInBoth", true, [](auto &a, auto &b) { at(a, 5, 1, 2) = at(b, 5, 1, 2) = kInfinity; }},
         Change{"InfinitiesOfBothSigns", false,
                [](auto &a, auto &b) { at(a, 5, 1, 2) = kInfinity, at(b, 5, 1, 2) = -kInfinity; }},
@@ -264,7 +265,7 @@ struct BothKinds {
 
 TEST(CompareKinds, LightIsTakenThroughTheScreensCurve) {
     const BothKinds kinds;
-    EXPECT_TRUE(same(kinds.screen, kinds.light, {.tolerance = 1e-5, .rms = 1e-5}));
+    EXPECT_TRUE(same(kinds.screen, kinds.light, {.tolerance = 1e-5, .mean = 1e-5, .rms = 1e-5}));
     EXPECT_TRUE(compareImages(kinds.screen, kinds.light, {}).asScreen);
     EXPECT_FALSE(compareImages(kinds.light, kinds.light, {}).asScreen);
 }
@@ -272,7 +273,8 @@ TEST(CompareKinds, LightIsTakenThroughTheScreensCurve) {
 TEST(CompareKinds, WhatIsNoNumberDoesNotHideBehindTheCurve) {
     for (const float level : {kNaN, kInfinity, -kInfinity}) {
         const BothKinds kinds(level);
-        EXPECT_FALSE(same(kinds.screen, kinds.light, {.tolerance = 1e30, .rms = 1e30, .share = 1})) << level;
+        EXPECT_FALSE(same(kinds.screen, kinds.light, {.tolerance = 1e30, .mean = 1e30, .rms = 1e30, .share = 1}))
+            << level;
     }
 }
 

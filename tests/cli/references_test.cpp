@@ -1,0 +1,87 @@
+// The example scenes look as they did: each is rendered small and compared with a picture in tests/references.
+// "./run references" renews the pictures, after a change that is meant to show.
+#include "tests/cli/command.h"
+#include "tests/scene/scene_text.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+namespace velm {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char *kExamples = VELM_SOURCE_DIR "/examples", *kReferences = VELM_SOURCE_DIR "/tests/references";
+
+// These need meshes or images that are fetched, and are looked at by their own tests.
+constexpr const char *kNeedFetchedFiles[] = {"glass", "metal", "pixels"};
+
+// One thread, since some nodes count evaluations or draw from one random stream.
+const std::vector<std::string> kHowToRender = {"--size", "96x54",    "--samples", "1",      "--threads",
+                                               "1",      "--frames", "1",         "--quiet"};
+
+// Another machine's mathematics library and ray tracer round otherwise in the last bit. That moves a few numbers over
+// the edge between two steps of 8 bits, and on rare occasions a ray past an edge, which changes one pixel altogether.
+// Hence two steps of tolerance, 10 of the 5184 pixels beyond that, and a tight mean, which no change of brightness,
+// colour, place or shape passes.
+const std::vector<std::string> kLimits = {"--tolerance", "0.008", "--share", "0.002",
+                                          "--rms",       "0.015", "--mean",  "0.0005"};
+
+std::vector<std::string> stemsIn(const fs::path &directory, const char *ending) {
+    std::vector<std::string> names;
+    for (const auto &entry : fs::directory_iterator(directory))
+        if (entry.path().extension() == ending) names.push_back(entry.path().stem());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::vector<std::string> comparedExamples() {
+    std::vector<std::string> names = stemsIn(kExamples, ".json");
+    for (const char *name : kNeedFetchedFiles) std::erase(names, name);
+    return names;
+}
+
+std::string referenceOf(const std::string &name) { return std::string(kReferences) + "/" + name + ".png"; }
+
+test::Outcome render(const std::string &name, const std::string &file) {
+    std::vector<std::string> words = {"render", std::string(kExamples) + "/" + name + ".json", "-o", file};
+    words.insert(words.end(), kHowToRender.begin(), kHowToRender.end());
+    return test::velm(words);
+}
+
+class Reference : public testing::TestWithParam<std::string> {};
+
+TEST_P(Reference, LooksAsItDid) {
+    if (std::getenv("VELM_RENEW_REFERENCES") != nullptr) {
+        const test::Outcome outcome = render(GetParam(), referenceOf(GetParam()));
+        ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+        GTEST_SKIP() << "renewed " << referenceOf(GetParam());
+    }
+    const test::TemporaryDirectory directory;
+    const std::string file = directory.file(GetParam() + ".png");
+    const test::Outcome rendered = render(GetParam(), file);
+    ASSERT_EQ(rendered.status, kExitDone) << rendered.err;
+    std::vector<std::string> words = {"compare", referenceOf(GetParam()), file};
+    words.insert(words.end(), kLimits.begin(), kLimits.end());
+    const test::Outcome compared = test::velm(words, false);
+    EXPECT_EQ(compared.status, kCompareSame)
+        << compared.out << compared.err
+        << "If that is as it should be, ./run references renews the pictures; look at them before they are kept.";
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Reference, testing::ValuesIn(comparedExamples()),
+                         [](const auto &name) { return name.param; });
+
+TEST(References, AreThereForEveryComparedSceneAndNoOther) {
+    EXPECT_EQ(stemsIn(kReferences, ".png"), comparedExamples());
+}
+
+TEST(References, AreSmall) {
+    constexpr std::uintmax_t kMostBytes = 60'000;
+    for (const auto &entry : fs::directory_iterator(kReferences))
+        EXPECT_LT(fs::file_size(entry.path()), kMostBytes) << entry.path();
+}
+
+} // namespace
+} // namespace velm
