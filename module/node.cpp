@@ -166,13 +166,11 @@ HostError saveBlocks(const NodeUnit &unit, void *instance, const HostSaveState *
     return nullptr;
 }
 
-constexpr size_t kMostBlocks = 32;
-
 HostError loadBlocks(const NodeUnit &unit, void *instance, const HostLoadState *state) {
     HostBlockId table[kMostBlocks + 1] = {};
     size_t count = 0;
     for (const Parameter &row : unit.parameters)
-        if (row.block.id != 0 && count < kMostBlocks) table[count++] = row.block;
+        if (row.block.id != 0) table[count++] = row.block;
     while (const unsigned int id = state->findBlock(state->data, table)) {
         for (const Parameter &row : unit.parameters)
             if (row.block.id == id)

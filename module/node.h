@@ -158,6 +158,16 @@ struct NodeUnit {
     int (*changed)(void *instance, HostPanel *panel, unsigned int control, int event) = nullptr;
 };
 
+// A unit that saves in blocks has no more of them than this; loading keeps its table on the stack.
+inline constexpr size_t kMostBlocks = 32;
+
+constexpr size_t blockCount(const NodeUnit &unit) {
+    size_t count = 0;
+    for (const Parameter &row : unit.parameters)
+        if (row.block.id != 0) ++count;
+    return count;
+}
+
 // A field of an instance by its offset.
 template <class Field>
 Field &fieldAt(void *instance, size_t offset) {
@@ -244,6 +254,7 @@ HostVParm *createParameter(const NodeServices &services, int type, const char *n
 // Defines the callbacks of a unit under their outside names. `unit` is its NodeUnit, which the frame walks; the unit's
 // own file defines Name_Evaluate before this.
 #define VELM_DEFINE_NODE(Name, unit)                                                                                   \
+    static_assert(velm::blockCount(unit) <= velm::kMostBlocks, #Name " has more blocks than loading has room for");    \
     static int Name##_nodeInputEvent(void *instance, HostInput *, int event, int) {                                    \
         return velm::inputEvent(unit, instance, event);                                                                \
     }                                                                                                                  \
