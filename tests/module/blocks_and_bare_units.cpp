@@ -1,6 +1,8 @@
 #include "module/rows.h"
 #include "tests/module/test_units.h"
 
+#include <array>
+
 namespace velm {
 namespace {
 
@@ -33,6 +35,31 @@ constexpr NodeUnit blocks = {
 };
 #undef AT
 
+// ---- FullBlocks ----
+
+NodeServices fullBlocksServices;
+
+#define AT(field) offsetof(FullBlocks, field)
+constexpr auto fullBlocksRows = [] {
+    std::array<Parameter, kMostBlocks + 1> rows = {checkBox(0x8001, "Unsaved").at(AT(unsaved))};
+    for (unsigned int i = 0; i < kMostBlocks; ++i)
+        rows[i + 1] =
+            checkBox(0x8002 + i, "Value").at(AT(values) + i * sizeof(int)).inBlock(kFirstFullBlock + i, "Value");
+    return rows;
+}();
+
+constexpr NodeUnit fullBlocks = {
+    .name = "Full Blocks",
+    .size = sizeof(FullBlocks),
+    .colour = nodeColor,
+    .services = &fullBlocksServices,
+    .parameters = fullBlocksRows,
+    .node = AT(node),
+    .group = AT(group),
+    .savesBlocks = true,
+};
+#undef AT
+
 // ---- Bare ----
 
 NodeServices bareServices;
@@ -59,12 +86,14 @@ constexpr NodeUnit bare = {
 } // namespace
 
 static void Blocks_Evaluate(void *, ShadingSample *, HostOutput *, HostNodeValue *) {}
+static void FullBlocks_Evaluate(void *, ShadingSample *, HostOutput *, HostNodeValue *) {}
 static void Bare_Evaluate(void *, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     bareServices.nodeOutputFunc->setValue(value, &sample->pixelX);
 }
 
 VELM_DEFINE_NODE(Blocks, blocks)
 VELM_DEFINE_PANEL(Blocks, blocks, blocksRows, kPlainLayout)
+VELM_DEFINE_NODE(FullBlocks, fullBlocks)
 VELM_DEFINE_NODE(Bare, bare)
 
 } // namespace velm

@@ -273,6 +273,17 @@ TEST_F(SaveLoad, PassesOverBlocksItDoesNotKnowAndWhatIsLeftInThoseItDoes) {
     EXPECT_EQ(blocks(node).on, 1);
 }
 
+TEST_F(SaveLoad, ReadsAsManyBlocksAsThereMayBe) {
+    TestNode node(host, FullBlocks_Activate, nullptr);
+    RecordedState state;
+    for (unsigned int i = 0; i < kMostBlocks; ++i)
+        state.begin(kUnknown).integer(99).end().begin(kFirstFullBlock + i).integer(static_cast<int>(i) + 1).end();
+    EXPECT_EQ(node.ops.load(node.instance, state.load()), nullptr);
+    const auto &read = *static_cast<FullBlocks *>(node.instance);
+    EXPECT_EQ(read.unsaved, 0);
+    for (int i = 0; i < static_cast<int>(kMostBlocks); ++i) EXPECT_EQ(read.values[i], i + 1);
+}
+
 TEST_F(SaveLoad, AnErrorInABlockStopsAtOnce) {
     TestNode node(host, Blocks_Activate, nullptr);
     RecordedState state;

@@ -1,5 +1,6 @@
 // Node classes made up for the tests of the frame. `Everything` uses all that the frame offers to a node that saves its
-// settings in a row; `Blocks` saves them in tagged blocks; `Bare` has neither parameters, group nor panel.
+// settings in a row; `Blocks` saves them in tagged blocks, `FullBlocks` in as many as there may be; `Bare` has neither
+// parameters, group nor panel.
 #pragma once
 
 #include "module/node.h"
@@ -11,6 +12,7 @@ VELM_DECLARE_NODE(Everything);
 VELM_DECLARE_PANEL(Everything);
 VELM_DECLARE_NODE(Blocks);
 VELM_DECLARE_PANEL(Blocks);
+VELM_DECLARE_NODE(FullBlocks);
 VELM_DECLARE_NODE(Bare);
 
 struct Everything {
@@ -36,6 +38,14 @@ struct Blocks {
     HostNode *node;
     HostInput *placeInput;
 };
+
+// A row without a block stands before those with one.
+struct FullBlocks {
+    int unsaved, values[kMostBlocks];
+    HostChannelGroup *group;
+    HostNode *node;
+};
+inline constexpr unsigned int kFirstFullBlock = 0x42000000; // the others follow by one
 
 struct Bare {
     HostLookup *lookup;
