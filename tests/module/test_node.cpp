@@ -3,10 +3,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-extern "C" {
-extern const HostModuleDescriptor _mod_descrip;
-}
-
 namespace velm {
 namespace {
 
@@ -20,13 +16,6 @@ auto &named(List &list, const HostNode *node, Name name, const std::string &want
 
 } // namespace
 
-HostActivate *activationOf(const char *className, const char *serverName) {
-    for (const HostServer *server = _mod_descrip.servers; server->className; ++server)
-        if (server->className == std::string(className) && server->name == std::string(serverName))
-            return server->activate;
-    throw std::out_of_range(std::string("there is no server ") + serverName);
-}
-
 TestNode::TestNode(FakeHost &fakeHost, HostActivate *activate, HostActivate *interface, const std::string &nodeName)
     : host(fakeHost), node(fakeHost.addNode(nodeName)), interface_(interface) {
     handler.instance = &ops;
@@ -37,10 +26,6 @@ TestNode::TestNode(FakeHost &fakeHost, HostActivate *activate, HostActivate *int
     instance = ops.create(ops.priv, &node, &error);
     host.takeLog();
 }
-
-TestNode::TestNode(FakeHost &fakeHost, const char *serverName, const std::string &nodeName)
-    : TestNode(fakeHost, activationOf(HOST_CLASS_NODE_HANDLER, serverName),
-               activationOf(HOST_CLASS_NODE_INTERFACE, serverName), nodeName) {}
 
 TestNode::~TestNode() {
     if (instance) ops.destroy(instance);

@@ -6,14 +6,15 @@
 
 namespace velm {
 
-// The activation of a server of the module, found through the descriptor; null when the server has none.
+// The activation of a server of the module that is linked in, found through the descriptor; null when the server has
+// none.
 HostActivate *activationOf(const char *className, const char *serverName);
 
 class TestNode {
   public:
     // Activates and creates; the host's log is empty afterwards. `interface` may be null: there is no panel then.
     TestNode(FakeHost &host, HostActivate *activate, HostActivate *interface, const std::string &nodeName = "node");
-    // A node of the module, by its server name.
+    // A node of the module that is linked in, by its server name.
     TestNode(FakeHost &host, const char *serverName, const std::string &nodeName = "node");
     ~TestNode();
     TestNode(const TestNode &) = delete;

@@ -1,0 +1,133 @@
+// What stands in the built files, read without loading them: the module of this machine and, where VELM_MODULES lists
+// files, separated by colons, those of other platforms.
+#include "module/host.h"
+#include "tests/platforms/module_image.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace velm {
+namespace {
+
+constexpr size_t kNodes = 17;
+constexpr size_t kPanels = 17; // of sixteen nodes, and of the one that is not listed
+
+std::vector<std::string> modules(bool windows) {
+    std::vector<std::string> all = {VELM_MODULE_FILE}, chosen;
+    const char *more = std::getenv("VELM_MODULES");
+    std::istringstream list(more ? more : "");
+    for (std::string path; std::getline(list, path, ':');) all.push_back(path);
+    for (const std::string &path : all)
+        if (!windows || readModule(path).windows) chosen.push_back(path);
+    return chosen;
+}
+
+std::string nameOf(const testing::TestParamInfo<std::string> &info) {
+    std::string name = std::to_string(info.index) + "_";
+    for (const char c : std::filesystem::path(info.param).parent_path().filename().string())
+        name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+    return name;
+}
+
+class BuiltModule : public testing::TestWithParam<std::string> {
+  protected:
+    const ModuleImage image = readModule(GetParam());
+    const unsigned int size = image.addressSize;
+    uint64_t descriptor() const { return image.shown.at(HOST_MODULE_SYMBOL); }
+    // The members after the three words, with the room that a 64-bit pointer's alignment asks for.
+    uint64_t pointerOfDescriptor(unsigned int number) const {
+        return image.pointer(descriptor() + (size == 8 ? 16 : 12) + number * size);
+    }
+};
+
+class WindowsModule : public BuiltModule {};
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(WindowsModule); // where none has been built
+
+TEST_P(BuiltModule, ShowsTheDescriptorUndecoratedAndNothingElse) {
+    ASSERT_EQ(image.shown.size(), 1u);
+    EXPECT_EQ(image.shown.begin()->first, "_mod_descrip");
+}
+
+TEST_P(BuiltModule, NeedsOnlyWhatThePlatformBrings) {
+    constexpr std::array kOfWindows = {"KERNEL32.dll", "msvcrt.dll"};
+    constexpr std::array kOfLinux = {"libc.so.6", "libm.so.6"};
+    const auto &allowed = image.windows ? kOfWindows : kOfLinux;
+    EXPECT_FALSE(image.libraries.empty());
+    for (const std::string &library : image.libraries)
+        EXPECT_NE(std::find(allowed.begin(), allowed.end(), library), allowed.end()) << library;
+}
+
+TEST_P(BuiltModule, DescriptorHoldsTheWordsThatTheHostChecks) {
+    EXPECT_EQ(image.word32(descriptor()), 0x04121994u);
+    EXPECT_EQ(image.word32(descriptor() + 4), 3u);
+    EXPECT_EQ(image.word32(descriptor() + 8), image.windows ? 0x300u : 0x400u);
+    for (unsigned int number = 0; number < 3; ++number)
+        EXPECT_TRUE(image.contains(pointerOfDescriptor(number))) << "pointer " << number;
+}
+
+// Four pointers to a record and no word between them: 16 bytes in a 32-bit module, 32 in a 64-bit one.
+TEST_P(BuiltModule, TableIsMadeOfFourAddressesForEachServer) {
+    uint64_t row = pointerOfDescriptor(2);
+    for (size_t record = 0; record < 2 * kNodes; ++record, row += 4 * size) {
+        EXPECT_EQ(image.text(image.pointer(row)), record % 2 ? "NodeInterface" : "NodeHandler");
+        EXPECT_TRUE(image.text(image.pointer(row + size)).starts_with("Velm ")) << record;
+        const uint64_t tags = image.pointer(row + 3 * size);
+        EXPECT_EQ(image.word32(tags + size), 0u);
+        EXPECT_TRUE(image.text(image.pointer(tags + 2 * size)).starts_with("Velm's Nodes/")) << record;
+        EXPECT_EQ(image.word32(tags + 3 * size), 0x70000u);
+        EXPECT_EQ(image.pointer(tags + 4 * size), 0u);
+    }
+    for (unsigned int member = 0; member < 4; ++member) EXPECT_EQ(image.pointer(row + member * size), 0u);
+}
+
+// Every list starts with the notification and the first control: six words of a pointer's size.
+TEST_P(BuiltModule, HintListsAreMadeOfWordsOfAPointersSize) {
+    size_t lists = 0;
+    const uint64_t end = image.base + image.memory.size() - 7 * size;
+    for (uint64_t at = image.base; at < end; at += 4) {
+        if (image.word32(at) != 0x3D000F01u || image.word32(at + 2 * size) != 0x3D000D03u) continue;
+        if (image.pointer(at) != 0x3D000F01u) continue; // the halves above it would be other words'
+        ++lists;
+        EXPECT_EQ(image.pointer(at + 3 * size), 0x8001u);
+        EXPECT_TRUE(image.contains(image.pointer(at + size))) << "the notification";
+        const std::string control = image.text(image.pointer(at + 4 * size));
+        EXPECT_TRUE(std::isalpha(static_cast<unsigned char>(control.c_str()[0]))) << control;
+    }
+    EXPECT_EQ(lists, kPanels);
+}
+
+TEST_P(BuiltModule, TellsNothingOfWhereItWasBuilt) { EXPECT_EQ(image.file.find(VELM_SOURCE_DIR), std::string::npos); }
+
+std::string wide(const std::string &text) {
+    std::string result;
+    for (const char c : text) (result += c) += '\0';
+    return result;
+}
+
+TEST_P(WindowsModule, HasNoTimeOfLinking) { EXPECT_EQ(image.linkTime, 0u); }
+
+TEST_P(WindowsModule, PropertiesShowTheVersion) {
+    constexpr uint32_t kStart = 0xfeef04bd; // of the record of numbers
+    const size_t place = image.memory.find(std::string("\xbd\x04\xef\xfe", 4));
+    ASSERT_NE(place, std::string::npos);
+    ASSERT_EQ(image.word32(image.base + place), kStart);
+    std::istringstream version(VELM_VERSION);
+    uint32_t numbers[3];
+    char point;
+    ASSERT_TRUE(version >> numbers[0] >> point >> numbers[1] >> point >> numbers[2]);
+    EXPECT_EQ(image.word32(image.base + place + 8), numbers[0] << 16 | numbers[1]);
+    EXPECT_EQ(image.word32(image.base + place + 12), numbers[2] << 16);
+    EXPECT_NE(image.memory.find(wide("velm.p")), std::string::npos);
+    EXPECT_NE(image.memory.find(wide(VELM_VERSION)), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, BuiltModule, testing::ValuesIn(modules(false)), nameOf);
+INSTANTIATE_TEST_SUITE_P(Of, WindowsModule, testing::ValuesIn(modules(true)), nameOf);
+
+} // namespace
+} // namespace velm

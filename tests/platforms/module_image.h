@@ -1,0 +1,53 @@
+// A built module as it will stand in memory, read from its file without loading it: of any platform, on this one.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velm {
+
+struct ModuleImage {
+    std::string file; // its bytes
+    bool windows = false;
+    unsigned int addressSize = 0; // 4 or 8
+    uint64_t base = 0;            // address of the first byte of `memory`
+    std::string memory;           // loaded and relocated; pointers in it are addresses
+    std::map<std::string, uint64_t> shown;
+    std::vector<std::string> libraries; // that it needs, as it names them
+    uint32_t linkTime = 0;              // as the file tells it; of Windows files only
+
+    // These throw std::runtime_error where the address is outside the image.
+    uint32_t word32(uint64_t address) const;
+    uint64_t pointer(uint64_t address) const; // of addressSize
+    std::string text(uint64_t address) const;
+    bool contains(uint64_t address) const { return address >= base && address - base < memory.size(); }
+};
+
+// Reads an ELF shared object for Intel processors, or a PE file. Throws std::runtime_error for what is neither, or is
+// damaged.
+ModuleImage readModule(const std::string &path);
+
+// Little-endian, or whatever this machine is: the tests read files of the processors' family that they run on. Throws
+// where the record lies outside.
+template <class Record>
+Record recordAt(std::string_view bytes, uint64_t offset);
+
+ModuleImage readElf(std::string file);
+ModuleImage readPe(std::string file);
+
+} // namespace velm
+
+#include <cstring>
+#include <stdexcept>
+
+template <class Record>
+Record velm::recordAt(std::string_view bytes, uint64_t offset) {
+    if (offset > bytes.size() || bytes.size() - offset < sizeof(Record))
+        throw std::runtime_error("a record lies outside the file");
+    Record record;
+    std::memcpy(&record, bytes.data() + offset, sizeof record);
+    return record;
+}
