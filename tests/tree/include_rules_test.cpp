@@ -65,6 +65,7 @@ const std::vector<std::vector<std::string>> hostLayers = {
     {"host/graph/"},
     {"host/files/"},
     {"host/load/", "host/scene/", "host/render/"},
+    {"host/check/"},
     {"host/cli/"},
 };
 

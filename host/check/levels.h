@@ -1,0 +1,17 @@
+// The checks, a file for each level. A level's checks suppose that those of the levels before it pass.
+#pragma once
+
+#include "host/check/check.h"
+
+#include <span>
+
+namespace velm {
+
+std::span<const Check> fileChecks();     // 1
+std::span<const Check> identityChecks(); // 2
+std::span<const Check> lifeChecks();     // 3
+
+constexpr std::span<const Check> (*kLevels[])() = {fileChecks, identityChecks, lifeChecks};
+constexpr int kHighestLevel = static_cast<int>(sizeof kLevels / sizeof *kLevels);
+
+} // namespace velm

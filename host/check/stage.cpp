@@ -1,0 +1,136 @@
+#include "host/check/stage.h"
+
+#include "host/check/blackboard.h"
+#include "host/state/load_state.h"
+#include "host/state/save_state.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+namespace velm {
+
+namespace {
+
+constexpr double kPoison = -7.25e77; // what a value holds before it is set
+
+int placeOf(const WatchedModule &module, const std::string &server) {
+    const std::vector<std::string> names = module.names();
+    return static_cast<int>(std::find(names.begin(), names.end(), server) - names.begin());
+}
+
+} // namespace
+
+void shiftAddresses(std::uint64_t seed) {
+    Dice dice(seed);
+    constexpr std::size_t kPage = 4096;
+    for (int i = 0; i < 3; ++i)
+        mmap(nullptr, kPage * static_cast<std::size_t>(dice.between(1, 4000)), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS,
+             -1, 0);
+    // Never given back, so that the heap goes on behind it.
+    static std::array<void *, 3> kept;
+    for (void *&each : kept) {
+        each = std::malloc(static_cast<std::size_t>(dice.between(16, 100000)));
+        if (each) *static_cast<volatile char *>(each) = 0;
+    }
+}
+
+bool Result::operator==(const Result &other) const {
+    return type == other.type &&
+           std::memcmp(words.data(), other.words.data(), static_cast<std::size_t>(valueSize(type))) == 0;
+}
+
+bool Result::isFinite() const {
+    if (type == kConnectInteger) return true;
+    const int count = valueSize(type) / static_cast<int>(sizeof(double));
+    return std::all_of(words.begin(), words.begin() + count, [](double word) { return std::isfinite(word); });
+}
+
+std::string Result::text() const {
+    if (type == kConnectInteger) {
+        int value = 0;
+        std::memcpy(&value, words.data(), sizeof value);
+        return std::to_string(value);
+    }
+    std::string text;
+    for (int i = 0; i < valueSize(type) / static_cast<int>(sizeof(double)); ++i) {
+        char number[32];
+        std::snprintf(number, sizeof number, "%s%.17g", i > 0 ? " " : "", words[static_cast<std::size_t>(i)]);
+        text += number;
+    }
+    return text;
+}
+
+Result evaluateOutput(HostOutput &output, const ShadingSample &sample) {
+    Result result;
+    result.type = output.type;
+    result.words.fill(kPoison);
+    HostNodeValue value{.holder = result.words.data(), .askingType = output.type, .outputType = output.type};
+    currentEvaluation() = {};
+    // The wall's type is older than const; the module only reads.
+    output.node->evaluate(output.node->instance, const_cast<ShadingSample *>(&sample), &output, &value);
+    result.sets = currentEvaluation().sets;
+    currentEvaluation() = {};
+    return result;
+}
+
+Stage::Stage(WatchedModule &module, const std::string &server)
+    : editor_("Check", "Check", nullptr, nullptr), node_(&editor_.addNode(module.server(server))),
+      server_(placeOf(module, server)) {}
+
+Stage::~Stage() = default;
+
+HostPanel *Stage::panel() { return panelOf(*node_); }
+
+void Stage::start(int mode) { editor_.init(mode); }
+void Stage::frame(int number, double time) { editor_.newTime(number, time); }
+void Stage::end() { editor_.cleanup(); }
+
+std::vector<Result> Stage::evaluate(const std::vector<ShadingSample> &samples) {
+    std::vector<Result> results;
+    results.reserve(samples.size() * node_->outputs.size());
+    for (const ShadingSample &sample : samples)
+        for (const auto &output : node_->outputs) results.push_back(evaluateOutput(*output, sample));
+    return results;
+}
+
+std::string Stage::save(int mode) {
+    if (!node_->handler->instance->save) return {};
+    StateWriter writer(mode);
+    if (const HostError error = node_->handler->instance->save(node_->instance, writer.state()))
+        failCheck("saving gives the error: " + std::string(error));
+    return writer.finish();
+}
+
+HostError Stage::load(std::string_view bytes, int mode) {
+    if (!node_->handler->instance->load) return nullptr;
+    StateReader reader(mode, bytes, "saved");
+    return node_->handler->instance->load(node_->instance, reader.state());
+}
+
+HostError Stage::copyFrom(Stage &other) {
+    if (!node_->handler->instance->copy) return nullptr;
+    return node_->handler->instance->copy(node_->instance, other.node_->instance);
+}
+
+void Stage::randomSettings(Dice &dice, bool keys) {
+    HostPanel *shown = panel();
+    if (!shown) return;
+    for (const unsigned int id : shown->controls()) {
+        const CallScope noted(server_, "a change on the panel");
+        randomSetting(*shown, *shown->find(id), dice, keys);
+    }
+    frame(0, 0.0); // animated values are read when a frame starts
+}
+
+std::string difference(std::string_view one, std::string_view other) {
+    const auto apart = std::mismatch(
+        one.begin(), one.begin() + static_cast<std::ptrdiff_t>(std::min(one.size(), other.size())), other.begin());
+    return "byte " + std::to_string(apart.first - one.begin()) + " of " + std::to_string(one.size()) + " and " +
+           std::to_string(other.size());
+}
+
+} // namespace velm

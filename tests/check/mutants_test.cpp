@@ -1,0 +1,84 @@
+// Each check catches the fault that it is there for, and none blames the module without a fault.
+#include "tests/check/check_test.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace velm::test {
+namespace {
+
+struct Mutant {
+    const char *file;
+    const char *check; // that must catch it
+    Outcome outcome;
+    const char *message; // a part of it
+};
+
+const Mutant kMutants[] = {
+    {"falls_at_load", "file.loads", Outcome::crash, "loading the module, interface thread"},
+    {"refuses_blanks", "file.loads", Outcome::fail, "it refuses to start"},
+    {"shows_more", "file.symbols", Outcome::warn, "it shows more than its descriptor: shown_too"},
+    {"flushes_to_zero_at_start", "file.trace", Outcome::fail, "the floating-point mode"},
+    {"leaves_file_open", "file.trace", Outcome::warn, "/dev/null"},
+    {"leaks_at_start", "file.reloads", Outcome::warn, "bytes are left behind at each loading"},
+    {"two_of_a_name", "identity.table", Outcome::fail, "are called \"Mutant Sum\""},
+    {"named_by_address", "identity.processes", Outcome::fail, "finds another server table"},
+    {"takes_any_version", "identity.versions", Outcome::fail, "it takes version 0 of NodeHandler"},
+    {"fills_before_refusing", "identity.versions", Outcome::fail, "that refuses has filled its record"},
+    {"wrong_refusal", "identity.services", Outcome::fail, "gives 3 instead of 2"},
+    {"fills_without_services", "identity.services", Outcome::fail, "that refuses has filled its record"},
+    {"fills_in_turns", "identity.repeats", Outcome::fail, "activation 2 fills another record"},
+    {"touches_items", "identity.repeats", Outcome::fail, "writes to what is not for it to fill"},
+    {"leaks_instance", "life.balance", Outcome::fail, "1000 blocks of memory are left behind"},
+    {"leaks_parameter", "life.balance", Outcome::warn, "1000 parameters are left behind"},
+    {"sets_colour_while_rendering", "life.calls", Outcome::fail, "set colour by three while rendering"},
+    {"destroys_twice", "life.calls", Outcome::fail, "a handle that was destroyed"},
+    {"throws", "life.calls", Outcome::fail, "an exception left the callback newTime"},
+    {"calls_from_own_thread", "life.calls", Outcome::fail, "on a thread that the host did not call"},
+    {"hangs_in_new_time", "life.calls", Outcome::hang, "newTime, interface thread"},
+    {"names_in_turns", "life.connectors", Outcome::fail, "instance 2 has other inputs or outputs"},
+    {"shared_by_all", "life.order", Outcome::crash, "newTime"},
+};
+
+class MutantTest : public ::testing::TestWithParam<Mutant> {};
+
+bool isCaught(const CheckResult &one, const Mutant &mutant) {
+    return one.outcome == mutant.outcome && one.message.find(mutant.message) != std::string::npos;
+}
+
+TEST_P(MutantTest, IsCaught) {
+    const Mutant &mutant = GetParam();
+    CheckOptions options = optionsFor(mutantFile(mutant.file), mutant.check);
+    if (mutant.outcome == Outcome::hang) options.limit = 1;
+    const std::vector<CheckResult> results = resultsOf(options);
+    std::string told;
+    for (const CheckResult &one : results)
+        told += one.fullName() + ": " + outcomeName(one.outcome) + " " + one.message + "\n" + one.printed;
+#ifdef __SANITIZE_ADDRESS__
+    if (results[0].outcome == Outcome::skip) GTEST_SKIP() << told;
+        // The sanitizer ends what falls in its own way.
+#endif
+    EXPECT_TRUE(std::any_of(results.begin(), results.end(), [&](const auto &one) { return isCaught(one, mutant); }))
+        << told;
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, MutantTest, ::testing::ValuesIn(kMutants),
+                         [](const auto &row) { return std::string(row.param.file); });
+
+TEST(CleanModule, PassesEveryCheck) {
+    for (const CheckResult &one : resultsOf(optionsFor(mutantFile("clean"))))
+        EXPECT_TRUE(one.outcome == Outcome::pass || one.outcome == Outcome::skip)
+            << one.fullName() << ": " << outcomeName(one.outcome) << ' ' << one.message << '\n'
+            << one.printed;
+}
+
+TEST(Mutants, EveryCheckHasOne) {
+    for (const Check &check : allChecks())
+        EXPECT_TRUE(std::any_of(std::begin(kMutants), std::end(kMutants), [&](const Mutant &mutant) {
+            return std::string(mutant.check) == check.name;
+        })) << check.name;
+}
+
+} // namespace
+} // namespace velm::test

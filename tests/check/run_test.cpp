@@ -1,0 +1,75 @@
+// Choosing checks, running them, and running one again.
+#include "tests/check/check_test.h"
+
+#include "host/error.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace velm::test {
+namespace {
+
+TEST(CheckList, HasNamesOfItsOwnAndItsLevelsInOrder) {
+    std::set<std::string> names;
+    int level = 1;
+    for (const Check &check : allChecks()) {
+        EXPECT_TRUE(names.insert(check.name).second) << check.name;
+        EXPECT_GE(check.level, level) << check.name;
+        level = check.level;
+    }
+    EXPECT_EQ(level, kHighestLevel);
+}
+
+TEST(CheckRun, LevelAndFilterChoose) {
+    CheckOptions options = optionsFor(mutantFile("clean"), "identity.versions");
+    const auto both = resultsOf(options);
+    ASSERT_EQ(both.size(), 2u);
+    EXPECT_EQ(both[0].fullName(), "identity.versions/Mutant Sum");
+    EXPECT_EQ(both[1].fullName(), "identity.versions/Mutant Pass");
+    options.filter = "Pass";
+    options.level = 2;
+    for (const CheckResult &one : resultsOf(options)) {
+        EXPECT_EQ(one.server, "Mutant Pass");
+        EXPECT_LE(one.check->level, 2);
+    }
+    options.level = 1;
+    EXPECT_THROW(resultsOf(options), InputError);
+}
+
+TEST(CheckRun, SeedsGoByNameAndMasterSeed) {
+    CheckOptions options = optionsFor(mutantFile("clean"), "identity.versions/Mutant Sum");
+    const auto first = resultsOf(options), again = resultsOf(options);
+    options.seed = 2;
+    const auto other = resultsOf(options);
+    EXPECT_EQ(first[0].seed, again[0].seed);
+    EXPECT_NE(first[0].seed, other[0].seed);
+}
+
+TEST(CheckRun, AModuleThatFallsFailsTheChecksOfItsNodes) {
+    const auto results = resultsOf(optionsFor(mutantFile("falls_at_load"), "life.balance"));
+    ASSERT_EQ(results.size(), 1u);
+    EXPECT_FALSE(allWell(results));
+    EXPECT_NE(results[0].message.find("the module's nodes cannot be listed"), std::string::npos) << results[0].message;
+}
+
+TEST(CheckRun, WhatIsNoModuleFails) {
+    const auto results = resultsOf(optionsFor("/nowhere/at/all.p", "file.loads"));
+    ASSERT_EQ(results.size(), 1u);
+    EXPECT_EQ(results[0].outcome, Outcome::fail);
+    EXPECT_NE(results[0].message.find("there is no such file"), std::string::npos) << results[0].message;
+}
+
+using CheckReproductionDeathTest = ::testing::Test;
+
+TEST(CheckReproductionDeathTest, EndsWhereTheCheckFails) {
+    EXPECT_DEATH(reproduceCheck(optionsFor(mutantFile("takes_any_version"), "identity.versions/Mutant Sum")),
+                 "FAIL: it takes version 0 of NodeHandler");
+}
+
+TEST(CheckReproduction, TakesOneCheckOnly) {
+    EXPECT_THROW(reproduceCheck(optionsFor(mutantFile("clean"), "identity.versions")), InputError);
+}
+
+} // namespace
+} // namespace velm::test

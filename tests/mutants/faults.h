@@ -1,0 +1,162 @@
+// What each mutant does wrong, by the name that its build defines as FAULT, or by a macro where the compiler must not
+// see it otherwise. In a build without one everything here gives what it was given.
+#pragma once
+
+#include "module/host.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <pthread.h>
+#include <unistd.h>
+#include <xmmintrin.h>
+
+#include <clocale>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+#ifndef FAULT
+#define FAULT kNone
+#endif
+
+namespace faults {
+
+enum Fault {
+    kNone,
+    // As a file
+    kFallsAtLoad,
+    kRefusesBlanks,
+    kFlushesToZeroAtStart,
+    kLeavesFileOpen,
+    kLeaksAtStart,
+    // In what it says of itself
+    kTwoOfAName,
+    kNamedByAddress,
+    kTakesAnyVersion,
+    kFillsBeforeRefusing,
+    kWrongRefusal,
+    kFillsWithoutServices,
+    kFillsInTurns,
+    kTouchesItems,
+    // In the life of instances
+    kLeaksInstance,
+    kLeaksParameter,
+    kSetsColourWhileRendering,
+    kDestroysTwice,
+    kCallsFromOwnThread,
+    kHangsInNewTime,
+    kNamesInTurns,
+    kSharedByAll,
+};
+
+constexpr bool is(Fault fault) { return FAULT == fault; }
+
+inline int count = 0; // of whatever a fault counts
+
+[[noreturn]] inline void fall() {
+    std::raise(SIGSEGV);
+    std::abort();
+}
+
+// ---- As a file ------------------------------------------------------------------------------------------------------
+
+inline void *started() {
+    Dl_info info;
+    if (is(kRefusesBlanks) && dladdr(&count, &info) && std::strchr(info.dli_fname, ' ')) return nullptr;
+    if (is(kFlushesToZeroAtStart)) _mm_setcsr(_mm_getcsr() | _MM_FLUSH_ZERO_ON);
+    if (is(kLeavesFileOpen)) static_cast<void>(open("/dev/null", O_RDONLY));
+    if (is(kLeaksAtStart)) *static_cast<volatile char *>(std::malloc(100)) = 0;
+    return &count;
+}
+
+struct AtLoad {
+    AtLoad() {
+        if (is(kFallsAtLoad)) fall();
+    }
+};
+inline const AtLoad atLoad;
+
+// ---- In what it says of itself --------------------------------------------------------------------------------------
+
+constexpr const char *secondName(const char *right) { return is(kTwoOfAName) ? "Mutant Sum" : right; }
+
+inline const char *displayName(const char *right) {
+    static char text[32];
+    if (!is(kNamedByAddress)) return right;
+    std::snprintf(text, sizeof text, "Sum at %p", static_cast<void *>(&count));
+    return text;
+}
+
+template <class Evaluate>
+void activating(HostNodeHandler *handler, Evaluate *evaluate) {
+    if (is(kFillsBeforeRefusing)) handler->evaluate = evaluate;
+}
+
+constexpr bool takesAnyVersion() { return is(kTakesAnyVersion); }
+
+template <class Evaluate>
+int withoutService(int right, HostNodeHandler *handler, Evaluate *evaluate) {
+    if (is(kFillsWithoutServices)) handler->evaluate = evaluate;
+    return is(kWrongRefusal) ? int{kActivateBadLocal} : right;
+}
+
+inline unsigned int someFlags(void *) { return 0; }
+inline void activated(HostNodeHandler *handler) {
+    if (is(kFillsInTurns)) handler->flags = ++count % 2 == 0 ? someFlags : nullptr;
+    if (is(kTouchesItems) && handler->item) handler->item->changeName = nullptr;
+}
+
+// ---- In the life of instances ---------------------------------------------------------------------------------------
+
+inline void *newest = nullptr;
+
+inline const char *outputName(const char *right) { return is(kNamesInTurns) && ++count % 2 == 0 ? "Other" : right; }
+inline void created(void *instance) { newest = instance; }
+inline void destroyed() { newest = nullptr; }
+constexpr bool keepsInstance() { return is(kLeaksInstance); }
+
+constexpr int destructions() { return is(kLeaksParameter) ? 0 : is(kDestroysTwice) ? 2 : 1; }
+
+inline void newTime() {
+#ifdef THROWS
+    throw 1;
+#endif
+    if (is(kSharedByAll) && !newest) fall();
+    while (is(kHangsInNewTime)) pause();
+}
+
+// ---- In evaluation --------------------------------------------------------------------------------------------------
+
+struct Painted {
+    const HostNodeFuncs *nodes;
+    HostNode *node;
+};
+
+inline void *paint(void *painted) {
+    const auto *what = static_cast<const Painted *>(painted);
+    what->nodes->setColourRgb(what->node, 1, 2, 3);
+    return nullptr;
+}
+
+inline void onThread(void *(*work)(void *), void *argument) {
+    pthread_t thread;
+    if (pthread_create(&thread, nullptr, work, argument) == 0) pthread_join(thread, nullptr);
+}
+
+inline void evaluated(const HostNodeFuncs *nodes, HostNode *node) {
+    Painted painted{nodes, node};
+    if (is(kSetsColourWhileRendering)) paint(&painted);
+    if (is(kCallsFromOwnThread)) onThread(paint, &painted);
+}
+
+} // namespace faults
+
+// A variable of the module's file that others can see.
+extern "C" {
+#if defined SHOWS_MORE
+__attribute__((visibility("default"))) int shown_too = 1;
+#endif
+}

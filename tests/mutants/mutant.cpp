@@ -1,0 +1,298 @@
+// A small module that keeps to everything that the host demands; and, built with one of the FAULT_ names defined, does
+// not in one way. Two nodes: "Mutant Sum", with parameters, a panel and a slot for each render thread, and "Mutant
+// Pass", without any.
+#include "module/host.h"
+
+#include "tests/mutants/faults.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+struct Sum {
+    HostNode *node;
+    HostPanel *panel;
+    HostChannelGroup *group;
+    HostVParm *parameter; // "Amount"
+    double amount;
+    int mode;
+    char name[64];
+    HostInput *amountInput, *modeInput;
+    HostOutput *sum, *tint;
+    int fresh[kMaxThreads];
+    double first[kMaxThreads]; // of each thread, since init
+};
+
+const HostNodeFuncs *nodes;
+const HostNodeInputFuncs *inputs;
+const HostNodeOutputFuncs *outputs;
+const HostVParmFuncs *parameters;
+const HostEnvelopeFuncs *envelopes;
+const HostPanelFuncs *panels;
+HostInstanceUpdate *updated;
+
+Sum &self(void *instance) { return *static_cast<Sum *>(instance); }
+
+int inputEvent(void *instance, HostInput *, int, int) {
+    if (self(instance).panel) panels->refresh(self(instance).panel);
+    return 1;
+}
+
+void readParameters(Sum &own, double time) {
+    double value[3] = {0, 0, 0};
+    parameters->getValue(own.parameter, time, nullptr, value);
+    own.amount = value[0];
+}
+
+void *create(void *, void *node, const char **error) {
+    auto *own = static_cast<Sum *>(std::calloc(1, sizeof(Sum)));
+    if (!own) {
+        *error = "Out of memory.";
+        return nullptr;
+    }
+    own->node = static_cast<HostNode *>(node);
+    nodes->setPreviewType(own->node, kPreviewOff);
+    std::strcpy(own->name, "none");
+    own->group = envelopes->createGroup(nodes->channelGroup(own->node), "Mutant Sum");
+    own->parameter = parameters->create(kParmFloat, -1);
+    parameters->setUp(own->parameter, "Amount", own->group, nullptr, nullptr, nullptr, nullptr);
+    own->amount = 1;
+    parameters->setValue(own->parameter, &own->amount);
+    own->modeInput = inputs->create(own->node, kConnectInteger, "Mode", inputEvent);
+    own->amountInput = inputs->create(own->node, kConnectScalar, "Amount", inputEvent);
+    own->sum = outputs->create(own->node, kConnectScalar, faults::outputName("Sum"));
+    own->tint = outputs->create(own->node, kConnectColour, "Tint");
+    for (int &fresh : own->fresh) fresh = 1;
+    faults::created(own);
+    return own;
+}
+
+void destroy(void *instance) {
+    if (!instance) return;
+    faults::destroyed();
+    for (int i = 0; i < faults::destructions(); ++i) parameters->destroy(self(instance).parameter);
+    if (!faults::keepsInstance()) std::free(instance);
+}
+
+HostError copy(void *to, void *from) {
+    self(to).mode = self(from).mode;
+    std::strcpy(self(to).name, self(from).name);
+    return parameters->copy(self(to).parameter, self(from).parameter);
+}
+
+HostError save(void *instance, const HostSaveState *state) {
+    Sum &own = self(instance);
+    const short mode = static_cast<short>(own.mode);
+    state->writeI2(state->data, &mode, 1);
+    state->writeString(state->data, own.name);
+    return parameters->save(own.parameter, state);
+}
+
+HostError load(void *instance, const HostLoadState *state) {
+    Sum &own = self(instance);
+    short mode = 0;
+    state->readI2(state->data, &mode, 1);
+    own.mode = mode;
+    own.name[0] = 0;
+    state->readString(state->data, own.name, sizeof own.name);
+    const HostError error = parameters->load(own.parameter, state);
+    if (!error) readParameters(own, 0);
+    return error;
+}
+
+HostError init(void *instance, int) {
+    for (int &fresh : self(instance).fresh) fresh = 1;
+    return nullptr;
+}
+
+void cleanup(void *) {}
+
+HostError newTime(void *instance, int, double time) {
+    faults::newTime();
+    readParameters(self(instance), time);
+    return nullptr;
+}
+
+constexpr const char *kModes[] = {"Times", "Plus", "First", nullptr};
+constexpr int kModeCount = 3;
+
+int within(int mode) { return mode < 0 ? 0 : mode >= kModeCount ? kModeCount - 1 : mode; }
+
+void evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+    Sum &own = self(instance);
+    double amount = own.amount;
+    int mode = own.mode;
+    inputs->evaluate(own.amountInput, sample, &amount);
+    inputs->evaluate(own.modeInput, sample, &mode);
+    const int thread = sample->threadIndex;
+    if (own.fresh[thread]) {
+        own.fresh[thread] = 0;
+        own.first[thread] = sample->position[0];
+    }
+    faults::evaluated(nodes, own.node);
+    const double height = sample->position[1];
+    const double sums[kModeCount] = {height * amount, height + amount, own.first[thread]};
+    const double sum = sums[within(mode)];
+    const double tint[3] = {sum, amount, 0.5};
+    if (output == own.tint)
+        outputs->setValue(value, tint);
+    else
+        outputs->setValue(value, &sum);
+}
+
+enum { kMode = 0x8001, kAmount, kName };
+
+void *get(void *instance, unsigned int id) {
+    Sum &own = self(instance);
+    switch (id) {
+    case kMode: return inputs->isConnected(own.modeInput) ? nullptr : &own.mode;
+    case kAmount: return inputs->isConnected(own.amountInput) ? nullptr : static_cast<void *>(own.parameter);
+    case kName: return own.name;
+    default: return nullptr;
+    }
+}
+
+int set(void *instance, unsigned int id, void *value) {
+    Sum &own = self(instance);
+    if (id == kMode) own.mode = *static_cast<int *>(value);
+    if (id == kName) {
+        std::strncpy(own.name, static_cast<const char *>(value), sizeof own.name - 1);
+        own.name[sizeof own.name - 1] = 0;
+    }
+    return id >= kMode && id <= kName ? kSetDefault : kSetUnknown;
+}
+
+int changed(HostPanel *panel, unsigned int, unsigned int, int event) {
+    if (event == kEventSet) updated(HOST_CLASS_NODE_HANDLER, panels->getData(panel, 0));
+    return 0;
+}
+
+const HostPanelValue kValues[] = {
+    {kMode, "Mode", "integer"}, {kAmount, "Amount", "float-env"}, {kName, "Name", "string"}, {0, nullptr, nullptr}};
+
+HostPanel *panelOf(Sum &own) {
+    if (own.panel) return own.panel;
+    static const HostHint hints[] = {
+        {.word = kHintChangeNotify}, {.change = changed}, {.word = kHintAddControl}, {.word = kMode},
+        {.text = "iPopChoice"},      {.word = kMode},     {.word = kHintStringList}, {.word = kMode},
+        {.texts = kModes},           {.word = 0},         {.word = kHintAddControl}, {.word = kAmount},
+        {.text = "float-env"},       {.word = kAmount},   {.word = kHintAddControl}, {.word = kName},
+        {.text = "string"},          {.word = kName},     {.word = kHintEnd},
+    };
+    own.panel = panels->create(kPanelForm, nullptr);
+    panels->hint(own.panel, 0, hints);
+    panels->describe(own.panel, kValues, get, set);
+    panels->viewInstance(own.panel, &own);
+    panels->setData(own.panel, 0, &own);
+    return own.panel;
+}
+
+// The second node hands its input on.
+struct Pass {
+    HostInput *in;
+    HostOutput *out;
+};
+
+void *createPass(void *, void *node, const char **error) {
+    auto *own = static_cast<Pass *>(std::malloc(sizeof(Pass)));
+    if (!own) {
+        *error = "Out of memory.";
+        return nullptr;
+    }
+    own->in = inputs->create(static_cast<HostNode *>(node), kConnectColour, "In", nullptr);
+    own->out = outputs->create(static_cast<HostNode *>(node), kConnectColour, "Out");
+    return own;
+}
+
+void destroyPass(void *instance) { std::free(instance); }
+HostError copyNothing(void *, void *) { return nullptr; }
+HostError loadNothing(void *, const HostLoadState *) { return nullptr; }
+HostError saveNothing(void *, const HostSaveState *) { return nullptr; }
+
+void evaluatePass(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    double colour[3] = {sample->position[0], sample->position[1], sample->position[2]};
+    inputs->evaluate(static_cast<Pass *>(instance)->in, sample, colour);
+    outputs->setValue(value, colour);
+}
+
+// ---- Activation -----------------------------------------------------------------------------------------------------
+
+bool lookUp(HostLookup *lookup) {
+    nodes = static_cast<const HostNodeFuncs *>(lookup(HOST_NODE_FUNCS, kUseTransient));
+    inputs = static_cast<const HostNodeInputFuncs *>(lookup(HOST_NODE_INPUT_FUNCS, kUseTransient));
+    outputs = static_cast<const HostNodeOutputFuncs *>(lookup(HOST_NODE_OUTPUT_FUNCS, kUseTransient));
+    parameters = static_cast<const HostVParmFuncs *>(lookup(HOST_VPARM_FUNCS, kUseTransient));
+    envelopes = static_cast<const HostEnvelopeFuncs *>(lookup(HOST_ENVELOPE_FUNCS, kUseTransient));
+    return nodes && inputs && outputs && parameters && envelopes;
+}
+
+int activateSum(int version, HostLookup *lookup, void *local, void *) {
+    auto *handler = static_cast<HostNodeHandler *>(local);
+    faults::activating(handler, evaluate);
+    if (version != kNodeHandlerVersion && !faults::takesAnyVersion()) return kActivateBadVersion;
+    if (!lookUp(lookup)) return faults::withoutService(kActivateBadGlobal, handler, evaluate);
+    handler->instance->priv = nullptr;
+    handler->instance->create = create;
+    handler->instance->destroy = destroy;
+    handler->instance->copy = copy;
+    handler->instance->load = load;
+    handler->instance->save = save;
+    handler->render->init = init;
+    handler->render->cleanup = cleanup;
+    handler->render->newTime = newTime;
+    handler->evaluate = evaluate;
+    faults::activated(handler);
+    return kActivateOk;
+}
+
+int activatePanel(int version, HostLookup *lookup, void *local, void *) {
+    if (version != kNodeInterfaceVersion) return kActivateBadVersion;
+    updated = reinterpret_cast<HostInstanceUpdate *>(lookup(HOST_INSTANCE_UPDATE, kUseTransient));
+    panels = static_cast<const HostPanelFuncs *>(lookup(HOST_PANEL_FUNCS, kUseTransient));
+    if (!updated || !panels) return kActivateBadGlobal;
+    auto *interface = static_cast<HostNodeInterface *>(local);
+    interface->panel = panelOf(self(interface->instance));
+    interface->options = nullptr;
+    interface->command = nullptr;
+    return kActivateOk;
+}
+
+int activatePass(int version, HostLookup *lookup, void *local, void *) {
+    if (version != kNodeHandlerVersion) return kActivateBadVersion;
+    if (!lookUp(lookup)) return kActivateBadGlobal;
+    auto *handler = static_cast<HostNodeHandler *>(local);
+    *handler->instance = {.priv = nullptr,
+                          .create = createPass,
+                          .destroy = destroyPass,
+                          .copy = copyNothing,
+                          .load = loadNothing,
+                          .save = saveNothing,
+                          .describe = nullptr};
+    handler->evaluate = evaluatePass;
+    return kActivateOk;
+}
+
+const HostTag kSumTags[] = {{faults::displayName("Sum"), kTagUserName}, {"Mutants", kTagMenu}, {nullptr, 0}};
+const HostTag kPassTags[] = {{"Pass", kTagUserName}, {"Mutants", kTagMenu}, {nullptr, 0}};
+
+const HostServer kServers[] = {
+    {HOST_CLASS_NODE_HANDLER, "Mutant Sum", activateSum, kSumTags},
+    {HOST_CLASS_NODE_INTERFACE, "Mutant Sum", activatePanel, kSumTags},
+    {HOST_CLASS_NODE_HANDLER, faults::secondName("Mutant Pass"), activatePass, kPassTags},
+    {nullptr, nullptr, nullptr, nullptr},
+};
+
+void *startup() { return faults::started(); }
+void shutdown(void *) {}
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) const HostModuleDescriptor _mod_descrip = {
+    .syncWord = kModuleSyncWord,
+    .version = kModuleVersion,
+    .platform = kPlatformMacintosh,
+    .startup = startup,
+    .shutdown = shutdown,
+    .servers = kServers,
+};
