@@ -55,6 +55,18 @@ void addCommon(CLI::App &app, Options &options) {
         ->type_name("FILE");
 }
 
+void addData(CLI::App &command, std::vector<std::string> &directories) {
+    command
+        .add_option("--data", directories,
+                    "A directory to look for meshes and images in, after the scene's own; may be\n"
+                    "given again. The directories in the environment variable VELM_DATA, parted\n"
+                    "by colons, follow")
+        ->check(CLI::ExistingDirectory)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("DIR");
+}
+
 void addRender(CLI::App &command, RenderOptions &options) {
     command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
     command
@@ -75,15 +87,7 @@ void addRender(CLI::App &command, RenderOptions &options) {
     command.add_option("--threads", options.threads, "Render threads; the machine's cores by default")
         ->check(CLI::Range(1, static_cast<int>(kMaxThreads)))
         ->type_name("N");
-    command
-        .add_option("--data", options.data,
-                    "A directory to look for meshes and images in, after the scene's own; may be\n"
-                    "given again. The directories in the environment variable VELM_DATA, parted\n"
-                    "by colons, follow")
-        ->check(CLI::ExistingDirectory)
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->type_name("DIR");
+    addData(command, options.data);
     command.add_flag("--strict", options.strict,
                      "Take a missing or damaged image, and whatever else is warned of, for an error:\n"
                      "there is no picture then");
@@ -116,6 +120,25 @@ void addCompare(CLI::App &command, CompareOptions &options) {
         ->type_name("S");
     command.add_flag("!--no-alpha", options.limits.alpha, "Leave alpha out");
     command.add_option("--differences", options.differences, "A picture file for the differences")->type_name("FILE");
+}
+
+void addPack(CLI::App &command, PackOptions &options) {
+    command.add_option("SCENE", options.scene, "The scene file whose surfaces are packed")->required()->type_name("");
+    command.add_option("OBJECT", options.object, "The object file (.lwo) that is copied")->required()->type_name("");
+    command
+        .add_option("-o,--output", options.output,
+                    "The new object file. Default: the object's name with _packed, in the current\n"
+                    "directory")
+        ->type_name("FILE");
+    addData(command, options.data);
+    command.add_flag("--strict", options.strict, "Take whatever is warned of for an error");
+}
+
+void addUnpack(CLI::App &command, UnpackOptions &options) {
+    command.add_option("OBJECT", options.object, "The object file (.lwo)")->required()->type_name("");
+    addData(command, options.data);
+    command.add_flag("--strict", options.strict,
+                     "Take whatever is warned of, such as a node that is not there, for an error");
 }
 
 // The library says only that a command is missing, and nothing of a misspelt one.
@@ -181,6 +204,8 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     ShowOptions show;
     RenderOptions render;
     CompareOptions compare;
+    PackOptions pack;
+    UnpackOptions unpack;
 
     CLI::App app("Loads a module of shading nodes, lists its nodes, and renders scenes with them.", "velm");
     app.require_subcommand(1);
@@ -194,7 +219,12 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     CLI::App *compareCommand = app.add_subcommand("compare", "Compare two pictures");
     addCompare(*compareCommand, compare);
     compareCommand->set_version_flag("--version", kVersionText);
-    for (CLI::App *command : {nodesCommand, showCommand, renderCommand}) addCommon(*command, options);
+    CLI::App *packCommand = app.add_subcommand("pack", "Write a scene's networks into a copy of an object file");
+    addPack(*packCommand, pack);
+    CLI::App *unpackCommand = app.add_subcommand("unpack", "Print the networks of an object file as a scene file");
+    addUnpack(*unpackCommand, unpack);
+    for (CLI::App *command : {nodesCommand, showCommand, renderCommand, packCommand, unpackCommand})
+        addCommon(*command, options);
 
     try {
         app.parse(argc, argv);
@@ -210,6 +240,8 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     if (*showCommand) options.command = show;
     if (*renderCommand) options.command = render;
     if (*compareCommand) options.command = compare;
+    if (*packCommand) options.command = pack;
+    if (*unpackCommand) options.command = unpack;
     return options;
 }
 

@@ -49,9 +49,22 @@ struct CompareOptions {
     std::string differences; // a picture file for them; empty: none
 };
 
+struct PackOptions {
+    std::string scene, object;
+    std::string output; // empty: the object's name with "_packed", in the current directory
+    std::vector<std::string> data;
+    bool strict = false; // warnings are errors
+};
+
+struct UnpackOptions {
+    std::string object;
+    std::vector<std::string> data;
+    bool strict = false;
+};
+
 struct Options {
     std::string module; // the file to load
-    std::variant<NodesOptions, ShowOptions, RenderOptions, CompareOptions> command;
+    std::variant<NodesOptions, ShowOptions, RenderOptions, CompareOptions, PackOptions, UnpackOptions> command;
     std::string commandLine; // as given, for the headers of pictures
 };
 

@@ -16,6 +16,8 @@ int dispatch(const Options &options, std::ostream &out, std::ostream &err) {
     if (const auto *nodes = std::get_if<NodesOptions>(&options.command)) return runNodes(options, *nodes, out);
     if (const auto *show = std::get_if<ShowOptions>(&options.command)) return runShow(options, *show, out);
     if (const auto *compare = std::get_if<CompareOptions>(&options.command)) return runCompare(*compare, out, err);
+    if (const auto *pack = std::get_if<PackOptions>(&options.command)) return runPack(options, *pack, out, err);
+    if (const auto *unpack = std::get_if<UnpackOptions>(&options.command)) return runUnpack(options, *unpack, out, err);
     return runRender(options, std::get<RenderOptions>(options.command), out, err);
 }
 

@@ -90,6 +90,14 @@ struct HostNodeEditor {
     void setChannelGroup(HostChannelGroup *group) { group_ = group; }
     HostChannelGroup *channelGroup();
 
+    // What the editor's window shows, kept in files.
+    const std::array<int, 2> &location() const { return location_; }
+    float zoom() const { return zoom_; }
+    void setView(const std::array<int, 2> &location, float zoom) {
+        location_ = location;
+        zoom_ = zoom;
+    }
+
     // Kept in files; non-zero switches the network off: its owner then goes by the root's own values alone.
     int state() const { return state_; }
     void setState(int state) { state_ = state; }

@@ -3,6 +3,7 @@
 #include "host/graph/names.h"
 #include "host/image/image.h"
 #include "host/panel/settings.h"
+#include "host/scene/saved_networks.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -22,7 +23,7 @@ struct PendingSetting {
 // A network whose nodes are there; its connections wait until everything is set.
 struct PendingConnections {
     HostNodeEditor *editor;
-    const std::vector<ConnectionDescription> *connections;
+    const NetworkDescription *network;
 };
 
 // What is said without a place gets the one where it was asked for.
@@ -123,10 +124,11 @@ class NetworkBuilder {
     // Makes the nodes of a network, and of those inside them; notes what is to be set and connected. `path` is the way
     // to the network in the scene file.
     void makeNodes(const NetworkDescription &network, HostNodeEditor &editor, const std::string &path) {
-        connections_.push_back({.editor = &editor, .connections = &network.connections});
+        connections_.push_back({.editor = &editor, .network = &network});
+        showAs(editor, network.view);
         for (const NodeDescription &node : network.nodes) {
             HostNode *made = nullptr;
-            atPlace(node.place, [&] { made = &editor.addNode(servers_.get(node.server), node.name); });
+            atPlace(node.place, [&] { made = &makeDescribed(node, editor, servers_); });
             const std::string nodePath = pathTo(pathTo(path, "nodes"), node.name);
             noteSettings(node.settings, *made, nodePath);
             for (const NetworkDescription &inside : node.network)
@@ -149,9 +151,9 @@ class NetworkBuilder {
 
     void setAndConnect(AbsentImages &absentImages) {
         applyAll(std::move(settings_), absentImages);
-        for (const auto &[editor, connections] : connections_) {
-            for (const ConnectionDescription &one : *connections)
-                atPlace(one.place, [&] { editor->connect(one.fromNode, one.output, one.toNode, one.input); });
+        for (const auto &[editor, network] : connections_) {
+            for (const ConnectionDescription &one : network->connections)
+                atPlace(one.place, [&] { connectDescribed(*editor, *network, one); });
             editor->rename(editor->root(), editor->name());
         }
     }
@@ -168,6 +170,7 @@ class NetworkBuilder {
                              fmt::format("the node \"{}\" holds {} networks, of which none can be told from here",
                                          node.name, node.nested.size()));
         HostNodeEditor &inside = *node.nested.front();
+        inside.clear(); // of what the node's saved data brought
         inside.rename(inside.root(), node.name);
         return inside;
     }
@@ -183,16 +186,22 @@ BuiltScene::Images::~Images() { ImageList::instance().clear(); }
 
 BuiltScene::BuiltScene(const SceneDescription &scene, ServerList &servers, Warnings *warnings) {
     Warnings asErrors(Warnings::Policy::strict);
-    AbsentImages absentImages(warnings ? *warnings : asErrors);
+    Warnings &told = warnings ? *warnings : asErrors;
+    AbsentImages absentImages(told);
     absentImages.loadOthers(scene);
     NetworkBuilder builder(servers);
     for (const SurfaceDescription &description : scene.surfaces) {
         Surface &surface = *surfaces_.all.emplace_back(std::make_unique<Surface>(description.name));
         const std::string path = pathTo("surfaces", description.name);
+        if (!description.saved.file.empty()) {
+            loadSaved(surface, description);
+            continue;
+        }
         builder.noteSettings(description.settings, surface.editor().root(), path);
         builder.makeNodes(description.network, surface.editor(), path);
     }
     builder.setAndConnect(absentImages);
+    for (std::size_t i = 0; i < scene.surfaces.size(); ++i) warnOfStandIns(*surfaces_.all[i], scene.surfaces[i], told);
 }
 
 BuiltScene::Surfaces::~Surfaces() {

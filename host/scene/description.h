@@ -21,12 +21,16 @@ struct KeyDescription {
     int shape = 0; // kShapeTcb and so on
     double tension = 0, continuity = 0, bias = 0;
     std::array<double, 4> parameters{}; // of the Hermite and Bezier shapes
+
+    bool operator==(const KeyDescription &) const = default;
 };
 
 struct KeysDescription {
     int components = 1; // 1 or 3
     std::vector<KeyDescription> keys;
     int before = 1, after = 1; // kBehaveConstant
+
+    bool operator==(const KeysDescription &) const = default;
 };
 
 using SettingValue = std::variant<bool, double, Triple, std::string, KeysDescription>;
@@ -39,11 +43,24 @@ struct SettingDescription {
 
 struct NetworkDescription;
 
+// How an editor shows a node. It takes no part in what the node computes.
+struct NodeLook {
+    std::array<int, 2> at{0, 0}; // place in the editor
+    int mode = 1;                // 1 is a node drawn open
+    std::string preview;         // name of the output that is previewed
+    std::string comment;
+
+    bool operator==(const NodeLook &) const = default;
+};
+
 struct NodeDescription {
     std::string name;   // unique in its network
     std::string server; // "Velm Counter"
+    std::string kind;   // the server's display name, of a node that is kept also where its server is not there
+    std::string data;   // what the server saved of the node, in binary form; settings go over it
     std::vector<SettingDescription> settings;
     std::vector<NetworkDescription> network; // that the node holds inside itself: none or one
+    NodeLook look;
     Place place;
 };
 
@@ -53,16 +70,37 @@ struct ConnectionDescription {
     Place place;
 };
 
+// How an editor shows a network.
+struct NetworkView {
+    std::array<int, 2> location{0, 0};
+    double zoom = 1;
+    int disabled = 0; // other than 0: the network is switched off
+    NodeLook root;
+
+    bool operator==(const NetworkView &) const = default;
+};
+
 struct NetworkDescription {
     std::vector<NodeDescription> nodes;
     std::vector<ConnectionDescription> connections;
+    std::vector<std::string> otherInputs; // of the root, which nothing here reads; kept for other programs
+    NetworkView view;
     Place place;
+};
+
+// A surface of an object file: the block of its network as it stands there, and where that is.
+struct SavedNetwork {
+    std::string block;      // "NODS", its size, its contents; empty where the surface has no network
+    std::string file;       // empty for a surface that is described here
+    std::string name;       // of the surface in the file
+    std::size_t offset = 0; // of the block in the file
 };
 
 struct SurfaceDescription {
     std::string name;
     std::vector<SettingDescription> settings; // of the root node: "Color", "Diffuse" and so on
     NetworkDescription network;
+    SavedNetwork saved;           // takes the place of `network`; what it says of the root goes before `settings`
     double smoothingAngle = 89.5; // degrees; 0 gives flat polygons
     bool doubleSided = true;
     Place place;
@@ -142,10 +180,10 @@ struct BackdropDescription {
 
 struct ImageDescription {
     std::string name;
-    std::string file;     // resolved; as the scene names it where there is none
-    std::string notFound; // why there is none and where it was looked for; empty when there is one
-    std::string source;   // where people get the file from; may be empty
-    Place place, filePlace;
+    std::string file;       // resolved; as the scene names it where there is none
+    std::string notFound{}; // why there is none and where it was looked for; empty when there is one
+    std::string source{};   // where people get the file from; may be empty
+    Place place{}, filePlace{};
 };
 
 struct RenderDescription {

@@ -1,5 +1,6 @@
 // The tables of objects and their shapes.
 #include "host/scene/nested.h"
+#include "host/scene/surface_sources.h"
 #include "host/scene/tables.h"
 
 namespace velm {
@@ -126,10 +127,10 @@ constexpr Field<ObjectDescription> kObjectFields[] = {
      .target = ReadField<ObjectDescription>(readScale),
      .schema = [] { return formSchema(kScale); }},
     {.key = "surface",
-     .help = "Name of the surface of all polygons that \"materials\" does not tell otherwise.",
+     .help = "Name of the surface of all polygons that \"materials\" does not tell otherwise. A mesh from an object "
+             "file (.lwo) has surfaces of its own, which it gets when there is no word of it; all others need it.",
      .target = ReadField<ObjectDescription>(readSurface),
-     .schema = [] { return formSchema(textForm()); },
-     .required = true},
+     .schema = [] { return formSchema(textForm()); }},
     {.key = "materials",
      .help = "Surfaces of polygons by the material that the mesh's file gives them.",
      .target = ReadField<ObjectDescription>(readMaterials),
@@ -151,12 +152,19 @@ constexpr Field<ObjectDescription> kObjectFields[] = {
      .target = &ObjectDescription::castsShadows},
 };
 
+void finishObject(const ReadContext &context, const JsonValue &value, ObjectDescription &object) {
+    if (value.find("surface")) return;
+    const auto *mesh = std::get_if<MeshFile>(&object.shape);
+    if (!mesh || !isObjectFile(mesh->file)) context.fail(value.line, "an object needs \"surface\"");
+}
+
 constexpr const char *kShapes[] = {"mesh", "plane", "box", "sphere"};
 
 } // namespace
 
 const Table<ObjectDescription> &objectTable() {
-    static constexpr Table<ObjectDescription> table{.what = "an object", .fields = kObjectFields, .oneOf = kShapes};
+    static constexpr Table<ObjectDescription> table{
+        .what = "an object", .fields = kObjectFields, .oneOf = kShapes, .finish = finishObject};
     return table;
 }
 

@@ -2,6 +2,7 @@
 
 #include "host/graph/names.h"
 #include "host/scene/nested.h"
+#include "host/scene/surface_sources.h"
 #include "host/scene/tables.h"
 #include "host/state/files.h"
 
@@ -31,9 +32,10 @@ void checkNames(const SceneDescription &scene) {
         for (const SurfaceUse &use : object.surfaces) wantNamed(scene.surfaces, use.surface, "surface", use.place);
 }
 
-} // namespace
+// A scene that is only asked for its surfaces needs nothing to see them by.
+enum class Purpose { rendering, surfaces };
 
-SceneDescription readSceneText(std::string_view text, const std::string &file, const SearchPath &path) {
+SceneDescription read(std::string_view text, const std::string &file, const SearchPath &path, Purpose purpose) {
     const std::filesystem::path filePath(file);
     const ReadContext context{.file = file, .directory = filePath.parent_path().string(), .path = path};
     const JsonValue root = parseJson(text, file);
@@ -41,19 +43,35 @@ SceneDescription readSceneText(std::string_view text, const std::string &file, c
     scene.file = file;
     scene.name = filePath.stem().string();
     readObject(context, sceneTable(), root, scene);
-    if (scene.cameras.empty()) context.fail(root.find("cameras")->line, "a scene needs at least one camera");
+    if (purpose == Purpose::rendering && scene.cameras.empty()) {
+        const JsonValue *cameras = root.find("cameras");
+        if (!cameras) context.fail(root.line, "a scene needs \"cameras\"");
+        context.fail(cameras->line, "a scene needs at least one camera");
+    }
+    addOwnSurfaces(context, scene);
     checkNames(scene);
     return scene;
+}
+
+} // namespace
+
+SceneDescription readSceneText(std::string_view text, const std::string &file, const SearchPath &path) {
+    return read(text, file, path, Purpose::rendering);
 }
 
 SceneDescription readScene(const std::string &file, const SearchPath &path) {
     return readSceneText(readFile(file), file, path);
 }
 
+SceneDescription readSurfaces(const std::string &file, const SearchPath &path) {
+    return read(readFile(file), file, path, Purpose::surfaces);
+}
+
 std::string sceneSchema() {
     nlohmann::ordered_json schema = {{"$schema", "https://json-schema.org/draft/2020-12/schema"},
                                      {"title", "A scene of the stand-alone host"}};
     schema.update(objectSchema(sceneTable()));
+    schema["required"] = {"cameras"}; // to be rendered; see Purpose
     schema["$defs"] = {{"settings", settingsDefinition()}, {"node", nodeDefinition()}};
     return schema.dump(2) + '\n';
 }

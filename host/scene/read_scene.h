@@ -18,6 +18,9 @@ SceneDescription readScene(const std::string &file, const SearchPath &path);
 // The same for a text that stands in `file`.
 SceneDescription readSceneText(std::string_view text, const std::string &file, const SearchPath &path);
 
+// The same for a scene that may be without cameras, as one is that tells surfaces alone.
+SceneDescription readSurfaces(const std::string &file, const SearchPath &path);
+
 // The JSON Schema of the format, as kept in docs/scene.schema.json; ends with a line break.
 std::string sceneSchema();
 

@@ -1,5 +1,6 @@
 // The tables of the scene as a whole, of its cameras, lights, backdrop, images and render settings.
 #include "host/scene/nested.h"
+#include "host/scene/surface_sources.h"
 #include "host/scene/tables.h"
 
 #include <fmt/format.h>
@@ -303,9 +304,9 @@ constexpr Field<SceneDescription> kSceneFields[] = {
      .target = ReadField<SceneDescription>(readCollection<&SceneDescription::objects, objectTable>),
      .schema = collectionSchema<objectTable>},
     {.key = "surfaces",
-     .help = "The surfaces, by name: each a network of nodes.",
-     .target = ReadField<SceneDescription>(readCollection<&SceneDescription::surfaces, surfaceTable>),
-     .schema = collectionSchema<surfaceTable>},
+     .help = "The surfaces, by name: each a network of nodes; those of an object file come with \"from\".",
+     .target = ReadField<SceneDescription>(readSurfaceCollection),
+     .schema = surfaceCollectionSchema},
 };
 
 } // namespace

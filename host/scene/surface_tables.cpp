@@ -1,9 +1,8 @@
 // The tables of surfaces: nodes, settings with their keys, connections.
 #include "host/scene/connection.h"
-#include "host/scene/nested.h"
+#include "host/scene/key_texts.h"
+#include "host/scene/look_tables.h"
 #include "host/scene/tables.h"
-
-#include "module/host.h"
 
 #include <fmt/format.h>
 
@@ -15,16 +14,8 @@ using Json = nlohmann::ordered_json;
 
 // ---- Keys of an animated setting ----
 
-// In the order of the codes.
-constexpr const char *kShapeTexts[] = {"tcb", "hermite", "bezier", "linear", "stepped", "bezier2"};
-static_assert(kShapeTcb == 0 && kShapeHermite == 1 && kShapeBezier1 == 2 && kShapeLinear == 3 && kShapeStepped == 4 &&
-              kShapeBezier2 == 5);
 constexpr unsigned kTcbBit = 1u << kShapeTcb;
 constexpr unsigned kCurveBits = 1u << kShapeHermite | 1u << kShapeBezier1 | 1u << kShapeBezier2;
-
-constexpr const char *kBehaviourTexts[] = {"reset", "constant", "repeat", "oscillate", "offsetRepeat", "linear"};
-static_assert(kBehaveReset == 0 && kBehaveConstant == 1 && kBehaveRepeat == 2 && kBehaveOscillate == 3 &&
-              kBehaveOffsetRepeat == 4 && kBehaveLinear == 5);
 
 // A key with the number of components that its value was written with.
 struct KeyReading {
@@ -201,6 +192,24 @@ constexpr Field<T> kConnectionsField{
         return Json{{"type", "array"}, {"items", {{"type", "string"}, {"pattern", "^.+\\..+->.+\\..+$"}}}};
     }};
 
+template <class T>
+constexpr Field<T> kViewField{.key = "view",
+                              .help = "How an editor shows the network and the node that it ends in.",
+                              .target =
+                                  ReadField<T>([](const ReadContext &context, const JsonMember &found, T &result) {
+                                      readObject(context, viewTable(), found.value, networkOf(result).view);
+                                  }),
+                              .schema = nestedSchema<viewTable>};
+template <class T>
+constexpr Field<T> kOtherInputsField{
+    .key = "otherInputs",
+    .help = "Names of further inputs that the surface has in the big application and that mean nothing here; what is "
+            "connected to them is kept.",
+    .target = ReadField<T>([](const ReadContext &context, const JsonMember &found, T &result) {
+        readOtherInputs(context, found, networkOf(result));
+    }),
+    .schema = otherInputsSchema};
+
 // Connections can be told apart only when the names of all nodes are known, wherever in the object they stand.
 void readConnections(const ReadContext &context, const JsonValue &object, const NetworkRoot &root,
                      NetworkDescription &network) {
@@ -228,8 +237,8 @@ void finishSurface(const ReadContext &context, const JsonValue &object, SurfaceD
     readConnections(context, object, surfaceRoot(surface.name), surface.network);
 }
 
-constexpr Field<NetworkDescription> kNetworkFields[] = {kNodesField<NetworkDescription>,
-                                                        kConnectionsField<NetworkDescription>};
+constexpr Field<NetworkDescription> kNetworkFields[] = {
+    kNodesField<NetworkDescription>, kConnectionsField<NetworkDescription>, kViewField<NetworkDescription>};
 constexpr Table<NetworkDescription> kNetworkTable{.what = "a network", .fields = kNetworkFields};
 
 void readNetwork(const ReadContext &context, const JsonMember &found, NodeDescription &node) {
@@ -254,6 +263,19 @@ constexpr Field<NodeDescription> kNodeFields[] = {
      .help = "Of a node that holds a network: what is inside.",
      .target = ReadField<NodeDescription>(readNetwork),
      .schema = [] { return objectSchema(kNetworkTable); }},
+    {.key = "kind",
+     .help = "The display name of the server. A node that tells it is kept, with a warning, also where its server is "
+             "not there; its colours are magenta then.",
+     .form = textForm(),
+     .target = &NodeDescription::kind},
+    {.key = "data",
+     .help = "What the node saved in an object file, as hexadecimal digits, where it is more than the settings tell.",
+     .target = ReadField<NodeDescription>(readNodeData),
+     .schema = nodeDataSchema},
+    kAtField<NodeDescription>,
+    kModeField<NodeDescription>,
+    kPreviewField<NodeDescription>,
+    kCommentField<NodeDescription>,
 };
 
 constexpr Form kSmoothingAngle{.kind = Form::Kind::number, .least = 0, .most = 180};
@@ -266,6 +288,8 @@ constexpr Field<SurfaceDescription> kSurfaceFields[] = {
      .schema = settingsSchema},
     kNodesField<SurfaceDescription>,
     kConnectionsField<SurfaceDescription>,
+    kOtherInputsField<SurfaceDescription>,
+    kViewField<SurfaceDescription>,
     {.key = "smoothingAngle",
      .help = "Edges up to this angle between their polygons are smoothed, in degrees; 0 gives flat polygons.",
      .form = kSmoothingAngle,

@@ -140,7 +140,7 @@ const BadScene kBadScenes[] = {
 
     {"NetworkNoObject", node("\"network\": []"), "2: a network must be an object in braces; found a list of 0 values"},
     {"NetworkUnknownKey", inside("\"settings\": {}"),
-     "3: a network has no key \"settings\", there are \"nodes\" and \"connections\""},
+     "3: a network has no key \"settings\", there are \"nodes\", \"connections\" and \"view\""},
     {"NodeLikeItsHolder", inside("\"nodes\": {\"AO\": {\"server\": \"N\"}}"),
      "3: the node \"AO\" has the name of the node that holds it"},
     {"ConnectionToTheSurfaceFromInside",
