@@ -6,8 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 
 namespace velm {
 
@@ -106,9 +106,12 @@ KeysDescription describeKeys(const HostVParm &parm, double factor) {
 } // namespace
 
 std::string numberText(double number) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.10g", number == 0 ? 0 : number); // no "-0"
-    return text;
+    constexpr int kDigits = 10;
+    std::array<char, 32> text{};
+    const double shown = number == 0 ? 0 : number; // no "-0"
+    const auto written =
+        std::to_chars(text.data(), text.data() + text.size(), shown, std::chars_format::general, kDigits);
+    return {text.data(), written.ptr};
 }
 
 void checkLimits(const PanelItem &control, double shown, const Place &place, const std::string &about) {
