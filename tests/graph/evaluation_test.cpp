@@ -230,7 +230,9 @@ TEST_F(EvaluationTest, AChainOfAHundredNodesAddsUp) {
     EXPECT_FALSE(takeEvaluationTooDeep());
 }
 
-TEST_F(EvaluationTest, SixteenThreadsGetTheSameAnswer) {
+class ThreadedEvaluation : public EvaluationTest {};
+
+TEST_F(ThreadedEvaluation, SixteenThreadsGetTheSameAnswer) {
     makeChain(editor, 100);
     feed("Color", "Color");
     std::atomic<int> wrong = 0;

@@ -119,7 +119,9 @@ TEST_F(ModuleNodes, KeepTheirSettingsInBothForms) {
     }
 }
 
-TEST_F(ModuleNodes, EvaluateEveryOutputWithoutASceneOnSixteenThreads) {
+class ThreadedModuleNodes : public ModuleNodes {};
+
+TEST_F(ThreadedModuleNodes, EvaluateEveryOutputWithoutASceneOnSixteenThreads) {
     Surface surface("Clay");
     HostNodeEditor &editor = surface.editor();
     addAll(editor);

@@ -129,7 +129,7 @@ TEST(RenderCamInScene, CastsTheRayThatTheCameraWouldCast) {
 }
 
 // A pixel of the watcher is a place of the same share of the other camera's film.
-TEST(RenderCamInScene, ShowsTheOtherCamerasPicture) {
+TEST(RenderCamThreaded, ShowsTheOtherCamerasPicture) {
     const LoadedCam cam;
     for (const char *camera : {"Straight", "Turned"}) {
         RunningScene scene(sceneText(camera));

@@ -45,7 +45,7 @@ bool same(const Picture &a, const Picture &b, const Region &region) {
 
 const Region kWhole = {.left = 0, .top = 0, .right = 50, .bottom = 40};
 
-TEST(Renderer, PictureDoesNotDependOnThreads) {
+TEST(RendererThreaded, PictureDoesNotDependOnThreads) {
     TestScene scene = smallScene();
     const Picture one = scene.render().picture;
     for (const int threads : {2, 5, 16}) {
@@ -114,7 +114,7 @@ TEST(Renderer, OneSampleStandsInTheMiddle) {
     expectNear(places[5], {pixel, 0, -4}, kTolerance);
 }
 
-TEST(Renderer, EveryThreadKeepsItsNumber) {
+TEST(RendererThreaded, EveryThreadKeepsItsNumber) {
     TestScene scene = smallScene();
     scene.job.threads = 4;
     std::atomic<int> wrong = 0;
@@ -146,7 +146,7 @@ class NotingSink : public ProgressSink {
     int enough_;
 };
 
-TEST(Renderer, TellsItsProgress) {
+TEST(RendererThreaded, TellsItsProgress) {
     TestScene scene = smallScene();
     NotingSink sink(1000);
     const Frame frame = renderFrame(scene.world(), scene.job, &sink);
@@ -157,7 +157,7 @@ TEST(Renderer, TellsItsProgress) {
     EXPECT_TRUE(std::is_sorted(sink.told.begin(), sink.told.end()));
 }
 
-TEST(Renderer, CanBeCancelled) {
+TEST(RendererThreaded, CanBeCancelled) {
     TestScene scene = smallScene();
     std::atomic<bool> held = true;
     scene.probe("Ball", "Luminosity", [&](ShadingSample &sample, double *) {
@@ -176,7 +176,7 @@ TEST(Renderer, CanBeCancelled) {
             held_ = false;
             held_.notify_all();
         }
-        int told = 0;
+        std::atomic<int> told = 0; // read by the releaser
 
       private:
         std::atomic<bool> &held_;
@@ -191,7 +191,7 @@ TEST(Renderer, CanBeCancelled) {
     EXPECT_FALSE(frame.complete);
 }
 
-TEST(Renderer, SinkThatThrowsEndsTheRender) {
+TEST(RendererThreaded, SinkThatThrowsEndsTheRender) {
     class ThrowingSink : public ProgressSink {
         bool progress(int, int) override { throw InputError("enough"); }
     };
