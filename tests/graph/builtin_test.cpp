@@ -95,6 +95,18 @@ TEST_F(BuiltinTest, InputsGoBeforeParametersAndGreyThem) {
     EXPECT_EQ(scalar(sum, "Out"), 3);
 }
 
+int gonePanels = 0;
+
+TEST_F(BuiltinTest, APanelGoesWithItsNode) {
+    HostNode &node = add("Add Scalar");
+    HostHint hints[4] = {{.word = kHintDestroyNotify}, {}, {.word = 0}, {.word = kHintEnd}};
+    hints[1].destroyed = [](void *) { ++gonePanels; };
+    panelFuncs()->hint(panelOf(node), 0, hints);
+    gonePanels = 0;
+    editor.destroyNode(node);
+    EXPECT_EQ(gonePanels, 1);
+}
+
 TEST_F(BuiltinTest, SpotInfoTellsOfTheSample) {
     HostNode &info = add("Spot Info");
     place(1, 2, 3);

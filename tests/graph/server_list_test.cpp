@@ -152,13 +152,16 @@ TEST_F(ServerListTest, BadTablesAddNothing) {
     const HostServer kTwice[] = {{HOST_CLASS_NODE_HANDLER, "New", activate, nullptr},
                                  {HOST_CLASS_NODE_HANDLER, "Velm Counter", activate, nullptr},
                                  {nullptr, nullptr, nullptr, nullptr}};
+    const HostServer kTwins[] = {{HOST_CLASS_NODE_HANDLER, "New", activate, nullptr},
+                                 {HOST_CLASS_NODE_HANDLER, "New", activate, nullptr},
+                                 {nullptr, nullptr, nullptr, nullptr}};
     const HostServer kLonely[] = {{HOST_CLASS_NODE_INTERFACE, "New", activateInterface, nullptr},
                                   {nullptr, nullptr, nullptr, nullptr}};
     const HostServer kInactive[] = {{HOST_CLASS_NODE_HANDLER, "New", nullptr, nullptr},
                                     {nullptr, nullptr, nullptr, nullptr}};
     const HostServer kNameless[] = {{HOST_CLASS_NODE_HANDLER, nullptr, activate, nullptr},
                                     {nullptr, nullptr, nullptr, nullptr}};
-    for (const HostServer *table : {kTwice, kLonely, kInactive, kNameless}) {
+    for (const HostServer *table : {kTwice, kTwins, kLonely, kInactive, kNameless}) {
         EXPECT_THROW(list.add(table, "other.p"), InputError);
         EXPECT_EQ(list.all().size(), 3u);
     }
