@@ -8,7 +8,9 @@
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <sstream>
 
 namespace velm {
@@ -124,6 +126,16 @@ TEST_P(WindowsModule, PropertiesShowTheVersion) {
     EXPECT_EQ(image.word32(image.base + place + 12), numbers[2] << 16);
     EXPECT_NE(image.memory.find(wide("velm.p")), std::string::npos);
     EXPECT_NE(image.memory.find(wide(VELM_VERSION)), std::string::npos);
+}
+
+// The version stands in one place; what people write by hand has to follow it.
+TEST(Version, HasAChapterInTheChangelogThatTellsWhatChangesThePicture) {
+    std::ifstream file(VELM_SOURCE_DIR "/CHANGELOG.md");
+    const std::string text(std::istreambuf_iterator<char>(file), {});
+    const size_t chapter = text.find("\n## " VELM_VERSION);
+    ASSERT_NE(chapter, std::string::npos);
+    const size_t picture = text.find("\n### Changes the picture\n", chapter);
+    EXPECT_LT(picture, text.find("\n## ", chapter + 1));
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, BuiltModule, testing::ValuesIn(modules(false)), nameOf);

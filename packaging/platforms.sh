@@ -1,0 +1,109 @@
+# shellcheck shell=bash
+# Building the module for every platform that this machine can build for, packing it, and trying it out. Part of ./run,
+# whose `say` and `install_missing` it uses.
+
+platforms=(linux-x86_64 linux-i386 windows-x86_64 windows-i686) # as the presets name them
+
+# What building and packing for any platform needs.
+packing_packages=(build-essential cmake ninja-build zip)
+
+# The Debian packages with the compiler for a platform.
+compiler_packages() { # PLATFORM
+    case $1 in
+        linux-x86_64) ;;
+        linux-i386) printf '%s\n' g++-multilib ;;
+        windows-x86_64) printf '%s\n' g++-mingw-w64-x86-64-win32 ;;
+        windows-i686) printf '%s\n' g++-mingw-w64-i686-win32 ;;
+    esac
+}
+
+# Fails, and says why, where this machine has no way to build for the platform.
+can_build() { # PLATFORM
+    if [[ $1 = linux-* ]] && [ "$(uname -m)" != x86_64 ]; then
+        say "Left out: $1, which is built on machines of that family only"
+        return 1
+    fi
+    local compilers
+    mapfile -t compilers < <(compiler_packages "$1")
+    if [ ${#compilers[@]} -gt 0 ] && ! install_missing "${compilers[@]}"; then
+        say "Left out: $1, whose compiler cannot be installed: ${compilers[*]}"
+        return 1
+    fi
+}
+
+build_for() { # PLATFORM [TARGET ...]
+    cmake --preset "$1" >/dev/null
+    cmake --build --preset "$1" ${2:+--target "${@:2}"} >&2
+}
+
+version() { sed -n 's/^project(velm VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt; }
+
+# The install page without the chapters of other platforms.
+install_page() { # PLATFORM
+    local own=Linux
+    [[ $1 != windows-* ]] || own=Windows
+    printf 'Velm Nodes %s for %s\n\n' "$(version)" "$1"
+    awk -v own="$own" '
+        /^## / { skipped = /^## (Windows|Linux|Macintosh)$/ && $2 != own }
+        !skipped' docs/install.md
+}
+
+# Packs what has been built. The same commit gives the same bytes: the times are the commit's, the entries are sorted,
+# and nothing that depends on the machine goes along.
+pack() { # PLATFORM
+    local name stage
+    name=velm-nodes-$(version)-$1
+    stage=build-$1/package
+    rm -rf "$stage" "dist/$name.zip"
+    mkdir -p "$stage/$name"
+    git ls-files examples | while read -r file; do install -D -m 644 "$file" "$stage/$name/$file"; done
+    install -m 755 "build-$1/velm.p" "$stage/$name/velm.p"
+    install -m 644 LICENSE "$stage/$name/LICENSE.txt"
+    install -m 644 CHANGELOG.md "$stage/$name/CHANGELOG.txt"
+    install_page "$1" >"$stage/$name/INSTALL.txt"
+    chmod 644 "$stage/$name/INSTALL.txt"
+    find "$stage/$name" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
+    (cd "$stage" && find "$name" -type f | LC_ALL=C sort | TZ=UTC zip -q -9 -X -D "$OLDPWD/dist/$name.zip" -@)
+}
+
+package_all() {
+    install_missing "${packing_packages[@]}"
+    : "${SOURCE_DATE_EPOCH:=$(git log -1 --format=%ct)}"
+    [ -z "$(git status --porcelain --untracked-files=no)" ] || say "The tree differs from its commit, and the packages will"
+    rm -rf dist
+    mkdir -p dist
+    local platform
+    for platform in "${platforms[@]}"; do
+        can_build "$platform" || continue
+        build_for "$platform" velm_module
+        pack "$platform"
+    done
+    say "Left out: a Macintosh, which needs the SDK of its maker; docs/install.md says how to build there"
+    (cd dist && sha256sum -- *.zip >SHA256SUMS)
+    say "Packed, in dist/:"
+    cat dist/SHA256SUMS
+}
+
+# Whether the platform's programs can run here, made ready to.
+can_run() { # PLATFORM
+    [[ $1 = windows-* ]] || return 0
+    if ! install_missing wine64 || ! tests/platforms/wine "${1#windows-}" --prepare; then
+        say "Built and not tried: $1, for which there is no Wine here"
+        return 1
+    fi
+}
+
+# Tries out the built modules on their platforms, and reads all of their files.
+try_all() {
+    install_missing "${packing_packages[@]}"
+    local platform built=()
+    for platform in "${platforms[@]}"; do
+        can_build "$platform" || continue
+        build_for "$platform"
+        built+=("$PWD/build-$platform/velm.p")
+        can_run "$platform" || continue
+        ctest --preset "$platform" --verbose | grep -E '^[0-9]+: |tests passed|Failed'
+    done
+    build release test_platforms velm_module
+    VELM_MODULES=$(IFS=:; printf '%s' "${built[*]}") build/tests/platforms/test_platforms --gtest_brief=1
+}
