@@ -10,8 +10,11 @@ namespace velm {
 std::span<const Check> fileChecks();     // 1
 std::span<const Check> identityChecks(); // 2
 std::span<const Check> lifeChecks();     // 3
+std::span<const Check> evaluateChecks(); // 4
+std::span<const Check> settingsChecks(); // 5
 
-constexpr std::span<const Check> (*kLevels[])() = {fileChecks, identityChecks, lifeChecks};
+constexpr std::span<const Check> (*kLevels[])() = {fileChecks, identityChecks, lifeChecks, evaluateChecks,
+                                                   settingsChecks};
 constexpr int kHighestLevel = static_cast<int>(sizeof kLevels / sizeof *kLevels);
 
 } // namespace velm

@@ -26,10 +26,10 @@ int placeOf(const WatchedModule &module, const std::string &server) {
 
 void shiftAddresses(std::uint64_t seed) {
     Dice dice(seed);
-    constexpr std::size_t kPage = 4096;
-    for (int i = 0; i < 3; ++i)
-        mmap(nullptr, kPage * static_cast<std::size_t>(dice.between(1, 4000)), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS,
-             -1, 0);
+    // Small pieces, so that the gaps between what is mapped are filled first.
+    constexpr std::size_t kPiece = 1 << 14;
+    for (int left = dice.between(1000, 2000); left > 0; --left)
+        mmap(nullptr, kPiece, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     // Never given back, so that the heap goes on behind it.
     static std::array<void *, 3> kept;
     for (void *&each : kept) {

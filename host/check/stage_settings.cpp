@@ -21,11 +21,11 @@ double highest(const PanelItem &control, double otherwise) {
     return control.maximum.value_or(static_cast<int>(otherwise));
 }
 
-// The number in the unit that the value is held in.
+// The number in the unit that the value is held in; one that files keep to the last digit, as a float.
 double randomNumber(const PanelItem &control, Dice &dice) {
     const double factor = shownFactor(control.type->unit);
     const double low = lowest(control, -kFreeNumber * factor), high = highest(control, kFreeNumber * factor);
-    return dice.real(low, std::max(low, high)) / factor;
+    return static_cast<float>(dice.real(low, std::max(low, high)) / factor);
 }
 
 void randomKeys(HostVParm &parameter, const PanelItem &control, Dice &dice) {

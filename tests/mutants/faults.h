@@ -50,11 +50,33 @@ enum Fault {
     kHangsInNewTime,
     kNamesInTurns,
     kSharedByAll,
+    // In evaluation
+    kSetsNothing,
+    kSetsOther,
+    kWritesSample,
+    kReadsBeyondSample,
+    kGivesNan,
+    kRemembersOthers,
+    kChangesRounding,
+    kSetsLocale,
+    kOpensFile,
+    kStartsThread,
+    kAllocates,
+    // In settings
+    kForgetsMode,
+    kSavesAddress,
+    kChangesOnSave,
+    kTiesCopies,
+    kChangesOriginal,
+    kKeepsOldMode,
+    kFollowsLocale,
+    kTrustsLength,
+    kChangesOnRead,
 };
 
 constexpr bool is(Fault fault) { return FAULT == fault; }
 
-inline int count = 0; // of whatever a fault counts
+inline int counted = 0; // whatever a fault counts
 
 [[noreturn]] inline void fall() {
     std::raise(SIGSEGV);
@@ -65,11 +87,11 @@ inline int count = 0; // of whatever a fault counts
 
 inline void *started() {
     Dl_info info;
-    if (is(kRefusesBlanks) && dladdr(&count, &info) && std::strchr(info.dli_fname, ' ')) return nullptr;
+    if (is(kRefusesBlanks) && dladdr(&counted, &info) && std::strchr(info.dli_fname, ' ')) return nullptr;
     if (is(kFlushesToZeroAtStart)) _mm_setcsr(_mm_getcsr() | _MM_FLUSH_ZERO_ON);
     if (is(kLeavesFileOpen)) static_cast<void>(open("/dev/null", O_RDONLY));
     if (is(kLeaksAtStart)) *static_cast<volatile char *>(std::malloc(100)) = 0;
-    return &count;
+    return &counted;
 }
 
 struct AtLoad {
@@ -86,7 +108,7 @@ constexpr const char *secondName(const char *right) { return is(kTwoOfAName) ? "
 inline const char *displayName(const char *right) {
     static char text[32];
     if (!is(kNamedByAddress)) return right;
-    std::snprintf(text, sizeof text, "Sum at %p", static_cast<void *>(&count));
+    std::snprintf(text, sizeof text, "Sum at %p", static_cast<void *>(&counted));
     return text;
 }
 
@@ -105,7 +127,7 @@ int withoutService(int right, HostNodeHandler *handler, Evaluate *evaluate) {
 
 inline unsigned int someFlags(void *) { return 0; }
 inline void activated(HostNodeHandler *handler) {
-    if (is(kFillsInTurns)) handler->flags = ++count % 2 == 0 ? someFlags : nullptr;
+    if (is(kFillsInTurns)) handler->flags = ++counted % 2 == 0 ? someFlags : nullptr;
     if (is(kTouchesItems) && handler->item) handler->item->changeName = nullptr;
 }
 
@@ -113,7 +135,7 @@ inline void activated(HostNodeHandler *handler) {
 
 inline void *newest = nullptr;
 
-inline const char *outputName(const char *right) { return is(kNamesInTurns) && ++count % 2 == 0 ? "Other" : right; }
+inline const char *outputName(const char *right) { return is(kNamesInTurns) && ++counted % 2 == 0 ? "Other" : right; }
 inline void created(void *instance) { newest = instance; }
 inline void destroyed() { newest = nullptr; }
 constexpr bool keepsInstance() { return is(kLeaksInstance); }
@@ -146,10 +168,66 @@ inline void onThread(void *(*work)(void *), void *argument) {
     if (pthread_create(&thread, nullptr, work, argument) == 0) pthread_join(thread, nullptr);
 }
 
-inline void evaluated(const HostNodeFuncs *nodes, HostNode *node) {
+inline void *nothing(void *argument) { return argument; }
+
+inline void evaluating(const HostNodeFuncs *nodes, HostNode *node, ShadingSample *sample) {
     Painted painted{nodes, node};
     if (is(kSetsColourWhileRendering)) paint(&painted);
     if (is(kCallsFromOwnThread)) onThread(paint, &painted);
+    if (is(kWritesSample)) sample->bumpHeight = 1;
+    if (is(kReadsBeyondSample)) static_cast<void>(*reinterpret_cast<volatile char *>(sample + 1));
+    if (is(kChangesRounding)) _mm_setcsr(_mm_getcsr() | _MM_ROUND_UP);
+    if (is(kSetsLocale)) std::setlocale(LC_NUMERIC, "C.UTF-8");
+    if (is(kStartsThread)) onThread(nothing, nullptr);
+    if (is(kAllocates)) std::free(std::calloc(1, 10));
+    if (is(kOpensFile))
+        if (std::FILE *file = std::fopen("/dev/null", "r")) std::fclose(file);
+}
+
+inline double remembered = 0; // of the sample before, whichever thread had it
+inline void initialised() { remembered = 0; }
+
+inline double result(double right, const ShadingSample *sample) {
+    if (is(kGivesNan)) return std::numeric_limits<double>::quiet_NaN();
+    const double before = remembered;
+    if (is(kRemembersOthers)) remembered = sample->position[0];
+    return is(kRemembersOthers) ? before : right;
+}
+
+constexpr bool leavesOut(bool isTint) { return is(kSetsNothing) && isTint; }
+
+inline HostNodeValue *target(HostNodeValue *right) {
+    static double other[64]; // no more than an address: what a value is only the host knows
+    return is(kSetsOther) ? reinterpret_cast<HostNodeValue *>(other) : right;
+}
+
+// ---- In settings ----------------------------------------------------------------------------------------------------
+
+inline int *tied[2] = {nullptr, nullptr};
+
+inline void copied(int &to, int &from) {
+    if (is(kTiesCopies)) tied[0] = &to, tied[1] = &from;
+    if (is(kChangesOriginal)) from = (from + 1) % 3;
+}
+inline void wasSet(int &mode) {
+    for (int *each : tied)
+        if (tied[0] == &mode || tied[1] == &mode) *each = mode;
+}
+
+inline int savedMode(int right, const void *instance) {
+    if (is(kFollowsLocale) && *std::localeconv()->decimal_point == ',') return right + 1;
+    return is(kSavesAddress) ? static_cast<int>(reinterpret_cast<std::uintptr_t>(instance) >> 4 & 0x7fff) : right;
+}
+inline void saved(int &mode) {
+    if (is(kChangesOnSave)) mode = (mode + 1) % 3;
+}
+inline int loadedMode(int right, int before, int count) {
+    if (is(kTrustsLength) && count != 1) fall();
+    if (is(kKeepsOldMode) && before != 0) return before;
+    return is(kForgetsMode) ? 0 : right;
+}
+inline void wasRead(int &mode) {
+    if (is(kChangesOnRead)) mode = 2;
 }
 
 } // namespace faults

@@ -78,22 +78,24 @@ void destroy(void *instance) {
 HostError copy(void *to, void *from) {
     self(to).mode = self(from).mode;
     std::strcpy(self(to).name, self(from).name);
+    faults::copied(self(to).mode, self(from).mode);
     return parameters->copy(self(to).parameter, self(from).parameter);
 }
 
 HostError save(void *instance, const HostSaveState *state) {
     Sum &own = self(instance);
-    const short mode = static_cast<short>(own.mode);
+    const short mode = static_cast<short>(faults::savedMode(own.mode, instance));
     state->writeI2(state->data, &mode, 1);
     state->writeString(state->data, own.name);
+    faults::saved(own.mode);
     return parameters->save(own.parameter, state);
 }
 
 HostError load(void *instance, const HostLoadState *state) {
     Sum &own = self(instance);
     short mode = 0;
-    state->readI2(state->data, &mode, 1);
-    own.mode = mode;
+    const int count = state->readI2(state->data, &mode, 1);
+    own.mode = faults::loadedMode(mode, own.mode, count);
     own.name[0] = 0;
     state->readString(state->data, own.name, sizeof own.name);
     const HostError error = parameters->load(own.parameter, state);
@@ -103,6 +105,7 @@ HostError load(void *instance, const HostLoadState *state) {
 
 HostError init(void *instance, int) {
     for (int &fresh : self(instance).fresh) fresh = 1;
+    faults::initialised();
     return nullptr;
 }
 
@@ -130,21 +133,23 @@ void evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNod
         own.fresh[thread] = 0;
         own.first[thread] = sample->position[0];
     }
-    faults::evaluated(nodes, own.node);
+    faults::evaluating(nodes, own.node, sample);
     const double height = sample->position[1];
     const double sums[kModeCount] = {height * amount, height + amount, own.first[thread]};
-    const double sum = sums[within(mode)];
+    const double sum = faults::result(sums[within(mode)], sample);
     const double tint[3] = {sum, amount, 0.5};
+    if (faults::leavesOut(output == own.tint)) return;
     if (output == own.tint)
-        outputs->setValue(value, tint);
+        outputs->setValue(faults::target(value), tint);
     else
-        outputs->setValue(value, &sum);
+        outputs->setValue(faults::target(value), &sum);
 }
 
 enum { kMode = 0x8001, kAmount, kName };
 
 void *get(void *instance, unsigned int id) {
     Sum &own = self(instance);
+    faults::wasRead(own.mode);
     switch (id) {
     case kMode: return inputs->isConnected(own.modeInput) ? nullptr : &own.mode;
     case kAmount: return inputs->isConnected(own.amountInput) ? nullptr : static_cast<void *>(own.parameter);
@@ -156,6 +161,7 @@ void *get(void *instance, unsigned int id) {
 int set(void *instance, unsigned int id, void *value) {
     Sum &own = self(instance);
     if (id == kMode) own.mode = *static_cast<int *>(value);
+    faults::wasSet(own.mode);
     if (id == kName) {
         std::strncpy(own.name, static_cast<const char *>(value), sizeof own.name - 1);
         own.name[sizeof own.name - 1] = 0;
