@@ -253,6 +253,18 @@ TEST(SceneServices, IsAskedForOnceTheServicesBeforeItAreThere) {
     }
 }
 
+TEST(SceneServices, AServiceForAllIsNeededInEveryApplication) {
+    FakeHost host;
+    HandlerRecord record;
+    for (const uintptr_t word : {uintptr_t{kSystemLayout}, uintptr_t{kSystemModelling}}) {
+        host.systemWord = word;
+        host.missing = {};
+        EXPECT_EQ(FullBlocks_Activate(1, FakeHost::lookup, &record.handler, nullptr), 0);
+        host.missing = {HOST_FILE_REQUEST};
+        EXPECT_EQ(FullBlocks_Activate(1, FakeHost::lookup, &record.handler, nullptr), 2);
+    }
+}
+
 // ---- Panels ----
 
 class PanelActivation : public testing::TestWithParam<const char *> {
