@@ -9,8 +9,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Where packages of the system keep models: the examples use those of glmark2-data.
-constexpr const char *kSystemDirectories[] = {"/usr/share/glmark2/models"};
+// Where packages of the system keep models and panoramas: the examples use those of glmark2-data and blender-data.
+constexpr const char *kSystemDirectories[] = {"/usr/share/glmark2/models",
+                                              "/usr/share/blender/datafiles/studiolights/world"};
 
 bool isFile(const fs::path &path) {
     std::error_code error;

@@ -26,6 +26,12 @@ TEST_P(Example, RendersSomethingToSee) {
     const test::Outcome outcome = test::velm({"render", VELM_SOURCE_DIR "/examples/" + GetParam() + ".json", "-o", file,
                                               "--size", "32x18", "--samples", "1", "--frames", "1", "--quiet"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+    // Some examples reflect panoramas from a package that only "./run examples" installs: without it they say where it
+    // is to be had, and may have nothing to show.
+    if (outcome.err.find("warning: ") != std::string::npos) {
+        EXPECT_NE(outcome.err.find("; it comes from Debian's package blender-data"), std::string::npos) << outcome.err;
+        GTEST_SKIP() << outcome.err;
+    }
     const auto image = readImage(file, "result");
     float darkest = 1, brightest = 0;
     for (int y = 0; y < image->height; ++y)
