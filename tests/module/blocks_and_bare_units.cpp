@@ -4,6 +4,9 @@
 #include <array>
 
 namespace velm {
+
+NodeServices fullBlocksServices;
+
 namespace {
 
 constexpr int nodeColor[3] = {4, 5, 6};
@@ -37,11 +40,15 @@ constexpr NodeUnit blocks = {
 
 // ---- FullBlocks ----
 
-NodeServices fullBlocksServices;
+// Fetched in every application, though it stands behind the word that tells which one this is.
+constexpr FurtherService fullBlocksFurther[] = {
+    {.name = HOST_SYSTEM_ID, .rule = FurtherService::Rule::systemWord},
+    {.name = HOST_FILE_REQUEST, .store = [](void *) {}},
+};
 
 #define AT(field) offsetof(FullBlocks, field)
 constexpr auto fullBlocksRows = [] {
-    std::array<Parameter, kMostBlocks + 1> rows = {checkBox(0x8001, "Unsaved").at(AT(unsaved))};
+    std::array<Parameter, kMostBlocks + 1> rows = {checkBox(0x8001, "Unsaved").at(AT(unsaved)).input(AT(input))};
     for (unsigned int i = 0; i < kMostBlocks; ++i)
         rows[i + 1] =
             checkBox(0x8002 + i, "Value").at(AT(values) + i * sizeof(int)).inBlock(kFirstFullBlock + i, "Value");
@@ -53,6 +60,7 @@ constexpr NodeUnit fullBlocks = {
     .size = sizeof(FullBlocks),
     .colour = nodeColor,
     .services = &fullBlocksServices,
+    .furtherServices = fullBlocksFurther,
     .parameters = fullBlocksRows,
     .node = AT(node),
     .group = AT(group),

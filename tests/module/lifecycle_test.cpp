@@ -205,6 +205,16 @@ TEST_F(InputEvent, RefreshesBeforeItTells) {
     EXPECT_EQ(host.takeLog(), (Lines{"refresh", "instanceUpdate NodeHandler"}));
 }
 
+TEST_F(InputEvent, OfAUnitWithoutAPanelOnlyTellsTheHost) {
+    TestNode plain(host, FullBlocks_Activate, nullptr, "plain");
+    fullBlocksServices.lwupdate =
+        reinterpret_cast<HostInstanceUpdate *>(FakeHost::lookup(HOST_INSTANCE_UPDATE, kUseTransient));
+    HostInput &input = plain.input("Unsaved");
+    host.takeLog();
+    for (const int event : {0, 1, 2, 3}) EXPECT_EQ(input.event(plain.instance, &input, event, 0), 1);
+    EXPECT_EQ(host.takeLog(), Lines{"instanceUpdate NodeHandler"});
+}
+
 TEST_F(InputEvent, IsWiredIntoTheModulesNodes) {
     for (const char *server : {"Velm Counter", "Velm Ambient Occlusion"}) {
         TestNode shown(host, server);

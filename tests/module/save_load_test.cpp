@@ -273,6 +273,13 @@ TEST_F(SaveLoad, PassesOverBlocksItDoesNotKnowAndWhatIsLeftInThoseItDoes) {
     EXPECT_EQ(blocks(node).on, 1);
 }
 
+TEST_F(SaveLoad, ARowWithoutABlockIsNotWritten) {
+    TestNode node(host, FullBlocks_Activate, nullptr);
+    RecordedState state;
+    EXPECT_EQ(node.ops.save(node.instance, state.save()), nullptr);
+    EXPECT_EQ(state.lines().size(), 3 * kMostBlocks); // begin, number, end
+}
+
 TEST_F(SaveLoad, ReadsAsManyBlocksAsThereMayBe) {
     TestNode node(host, FullBlocks_Activate, nullptr);
     RecordedState state;

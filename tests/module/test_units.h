@@ -39,12 +39,14 @@ struct Blocks {
     HostInput *placeInput;
 };
 
-// A row without a block stands before those with one.
+// A row without a block stands before those with one. There is no panel.
 struct FullBlocks {
     int unsaved, values[kMostBlocks];
     HostChannelGroup *group;
     HostNode *node;
+    HostInput *input;
 };
+extern NodeServices fullBlocksServices;
 inline constexpr unsigned int kFirstFullBlock = 0x42000000; // the others follow by one
 
 struct Bare {

@@ -4,6 +4,8 @@
 
 #include "random/random.h"
 
+#include <cmath>
+
 namespace velm {
 namespace {
 
@@ -119,6 +121,12 @@ TEST_P(GlossyNode, BringsTheNormalToUnitLengthBeforeTheNoise) {
     std::mt19937 stream(8);
     evaluate();
     expectNear(rays.traces.at(0).direction, bent(jittered({0, 1, 0}, 0.25, stream)), kNoiseTolerance);
+}
+
+TEST_P(GlossyNode, ANullNormalStaysOne) {
+    node.connect("Normal", 0.0, 0.0, 0.0);
+    evaluate();
+    for (const double component : rays.traces.at(0).direction) EXPECT_TRUE(std::isfinite(component)) << component;
 }
 
 // ---- Inputs ----

@@ -1,5 +1,6 @@
 // The popup of images, in each of the nodes that have one: its entries, what becomes of a choice when images come and
 // go, and how a file is loaded through it.
+#include "module/image_popup.h"
 #include "module/panel.h"
 #include "tests/module/fake_images.h"
 #include "tests/module/hint_list.h"
@@ -105,6 +106,13 @@ TEST_P(ImagePopups, ListsTheImagesInOrder) {
     EXPECT_EQ(popup.countOf(nullptr), 5) << "the panel may ask for no node in particular";
     EXPECT_STREQ(popup.nameOf(nullptr, 2), "picture2");
     EXPECT_STREQ(popup.nameOf(nullptr, 4), "(load Image)");
+}
+
+TEST_P(ImagePopups, TheFirstEntryIsNoImage) {
+    images.add(1);
+    const auto *list = static_cast<const HostImageList *>(FakeImages::lookup(HOST_IMAGE_LIST, kUseTransient));
+    EXPECT_EQ(getImageID(*list, 0), nullptr);
+    EXPECT_EQ(getImageID(*list, 1), list->first());
 }
 
 TEST_P(ImagePopups, TellsAnErrorWhereTheListEndsEarly) {

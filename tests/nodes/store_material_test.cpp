@@ -172,6 +172,9 @@ TEST_F(Store, TakesItsNameFromTheControlItself) {
     controls.texts[kName] = std::string(1000, 'z');
     EXPECT_EQ(panel->set(node.instance, kName, nullptr), 1);
     EXPECT_EQ(std::string(node.self().name), std::string(kStoreNameSize - 1, 'z')) << "within its field";
+    controls.texts.clear();
+    EXPECT_EQ(panel->set(node.instance, kName, handed), 1);
+    EXPECT_EQ(node.self().name[0], 'z') << "a control without a text changes nothing";
     for (const unsigned int id : {0u, 0x8000u, 0x8002u}) EXPECT_EQ(panel->set(node.instance, id, handed), 0);
     EXPECT_EQ(node.self().name[0], 'z');
 }
