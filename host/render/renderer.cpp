@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cassert>
 #include <chrono>
 #include <condition_variable>
 #include <exception>
@@ -260,6 +261,7 @@ int threadsFor(const RenderJob &job) {
 } // namespace
 
 Frame renderFrame(const World &world, const RenderJob &job, ProgressSink *sink) {
+    assert(world.data().acceleration && "the World is prepared first");
     checkJob(job);
     const auto begin = std::chrono::steady_clock::now();
     const RoleScope role(ThreadRole::controller);

@@ -63,9 +63,10 @@ struct Frame {
     RenderStatistics statistics;
 };
 
-// Renders one frame. Surfaces have to be initialised and set to the job's time by the caller. The picture does not
-// depend on the number of threads, but for what nodes do with state of their own. `sink` may be null.
-// [controller thread] Throws InputError for a job that makes no sense: no such camera, a region outside the picture.
+// Renders one frame of a World that is prepared. Surfaces have to be initialised and set to the job's time by the
+// caller. The picture does not depend on the number of threads, but for what nodes do with state of their own. `sink`
+// may be null. [controller thread] Throws InputError for a job that makes no sense: no such camera, a region outside
+// the picture.
 Frame renderFrame(const World &world, const RenderJob &job, ProgressSink *sink = nullptr);
 
 } // namespace velm
