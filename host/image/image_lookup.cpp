@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 namespace velm {
 namespace {
@@ -24,12 +25,22 @@ struct Neighbours {
     }
 };
 
+// What is left of a number above the whole number below it; 0 for what is none or too large to have a fraction. By
+// casts, since rounding functions are calls on the plainest of our processors, and cost more than all the rest.
+double fraction(double number) {
+    constexpr double kNoFractions = 4e15;
+    if (!(std::fabs(number) < kNoFractions)) return 0;
+    const double rest = number - static_cast<double>(static_cast<std::int64_t>(number));
+    return rest < 0 ? rest + 1 : rest;
+}
+
+// Of a number above -1.
+int wholeBelow(double number) { return static_cast<int>(number + 1) - 1; }
+
 Neighbours neighbours(const HostImage &image, const ImageLevel &level, double u, double v) {
-    const double wrapped = std::isfinite(u) ? u - std::floor(u) : 0;
     const double clamped = std::isfinite(v) ? std::clamp(v, 0.0, 1.0) : 0;
-    const double x = wrapped * level.width - 0.5, y = clamped * level.height - 0.5;
-    const double left = std::floor(x), top = std::floor(y);
-    const int column = static_cast<int>(left), row = static_cast<int>(top);
+    const double x = fraction(u) * level.width - 0.5, y = clamped * level.height - 0.5;
+    const int column = wholeBelow(x), row = wholeBelow(y);
     const int x0 = column < 0 ? level.width - 1 : std::min(column, level.width - 1);
     const int x1 = column + 1 >= level.width ? 0 : column + 1;
     const int y0 = std::max(row, 0), y1 = std::min(row + 1, level.height - 1);
@@ -37,12 +48,15 @@ Neighbours neighbours(const HostImage &image, const ImageLevel &level, double u,
             .upperRight = pixelOf(image, level, x1, y0),
             .lowerLeft = pixelOf(image, level, x0, y1),
             .lowerRight = pixelOf(image, level, x1, y1),
-            .across = x - left,
-            .down = y - top};
+            .across = x - column,
+            .down = y - row};
 }
 
 void readColour(const HostImage &image, const Neighbours &four, double colour[3]) {
-    for (int i = 0; i < 3; ++i) colour[i] = four.mean(image.isColour ? i : 0);
+    if (image.isColour)
+        for (int i = 0; i < 3; ++i) colour[i] = four.mean(i);
+    else
+        std::fill_n(colour, 3, four.mean(0));
 }
 
 // The pyramid levels that a spot's width lies between, and how far.
