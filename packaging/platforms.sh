@@ -102,7 +102,8 @@ try_all() {
         build_for "$platform"
         built+=("$PWD/build-$platform/velm.p")
         can_run "$platform" || continue
-        ctest --preset "$platform" --verbose | grep -E '^[0-9]+: |tests passed|Failed'
+        printf '\n%s\n' "$platform"
+        ctest --preset "$platform" --verbose | grep -E '^[0-9]+: ([0-9]+-bit|[Vv]elm| +(is|expected) )|tests passed|Failed|Exception'
     done
     build release test_platforms velm_module
     VELM_MODULES=$(IFS=:; printf '%s' "${built[*]}") build/tests/platforms/test_platforms --gtest_brief=1
