@@ -73,16 +73,18 @@ namespace {
 HostImage *firstImage() { return ImageList::instance().first(); }
 HostImage *nextImage(HostImage *image) { return ImageList::next(image); }
 
-HostImage *loadImage(const char *fileName) {
+HostImage *loadNamed(const char *fileName, const std::string &name) {
     ImageList &list = ImageList::instance();
     try {
         list.setLastError({});
-        return fileName == nullptr ? nullptr : &list.load(fileName);
+        return fileName == nullptr ? nullptr : &list.load(fileName, name);
     } catch (const std::exception &error) {
         list.setLastError(error.what());
         return nullptr;
     }
 }
+
+HostImage *loadImage(const char *fileName) { return loadNamed(fileName, {}); }
 
 const char *imageName(HostImage *image) { return image == nullptr ? "" : image->name.c_str(); }
 const char *imageFileName(HostImage *image, int) { return image == nullptr ? "" : image->file.c_str(); }
@@ -138,9 +140,16 @@ std::string readText(const HostLoadState *state) {
 HostImage *loadReference(const HostLoadState *state) {
     const std::string name = readText(state), file = readText(state);
     if (name.empty() && file.empty()) return nullptr;
-    HostImage *named = ImageList::instance().find(name);
+    ImageList &list = ImageList::instance();
+    HostImage *named = list.find(name), *sameFile = list.first();
     if (named != nullptr && named->file == file) return named;
-    return loadImage(file.c_str());
+    while (sameFile != nullptr && sameFile->file != file) sameFile = ImageList::next(sameFile);
+    if (sameFile != nullptr) return sameFile;
+    // It gets the name back that it had, where no other image has it; that another one failed is remembered.
+    const std::string failed = list.lastError();
+    HostImage *read = loadNamed(file.c_str(), named == nullptr ? name : std::string());
+    if (read != nullptr) list.setLastError(failed);
+    return read;
 }
 
 void saveReference(const HostSaveState *state, HostImage *image) {

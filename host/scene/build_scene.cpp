@@ -194,7 +194,14 @@ BuiltScene::BuiltScene(const SceneDescription &scene, ServerList &servers, Warni
         Surface &surface = *surfaces_.all.emplace_back(std::make_unique<Surface>(description.name));
         const std::string path = pathTo("surfaces", description.name);
         if (!description.saved.file.empty()) {
+            ImageList::instance().setLastError({});
             loadSaved(surface, description);
+            const std::string &missing = ImageList::instance().lastError();
+            if (!missing.empty())
+                told.add({.place = {.file = description.saved.file, .line = 0},
+                          .path = path,
+                          .brief = "an image of a node",
+                          .message = missing + "; the node goes without it"});
             continue;
         }
         builder.noteSettings(description.settings, surface.editor().root(), path);

@@ -6,6 +6,7 @@
 #include "host/panel/settings.h"
 #include "host/scene/shortest.h"
 
+#include <cmath>
 #include <fmt/format.h>
 #include <utility>
 
@@ -56,7 +57,7 @@ class Describer {
     NetworkDescription network(HostNodeEditor &editor, const std::string &rootName) {
         NetworkDescription result;
         result.view = {.location = editor.location(),
-                       .zoom = shortest(static_cast<double>(editor.zoom()), 1),
+                       .zoom = zoomOf(editor),
                        .disabled = editor.state(),
                        .root = look(editor.root())};
         for (const auto &input : editor.root().inputs)
@@ -81,6 +82,12 @@ class Describer {
     }
 
   private:
+    // A scene file cannot tell a number that is none.
+    static double zoomOf(const HostNodeEditor &editor) {
+        const double zoom = editor.zoom();
+        return std::isfinite(zoom) ? shortest(zoom, 1) : NetworkView{}.zoom;
+    }
+
     static NodeLook look(const HostNode &node) {
         return {.at = node.coordinates, .mode = node.mode, .preview = node.previewOutput, .comment = node.comment};
     }

@@ -92,7 +92,10 @@ void connectDescribed(HostNodeEditor &editor, const NetworkDescription &network,
 void loadSaved(Surface &surface, const SurfaceDescription &description) {
     const SavedNetwork &saved = description.saved;
     // A setting can be made only while nothing is connected to it; what the network holds of the root comes over it.
-    for (const SettingDescription &setting : description.settings) surface.setDefault(setting);
+    for (SettingDescription setting : description.settings) {
+        setting.place.file = saved.file;
+        surface.setDefault(setting);
+    }
     surface.editor().root().savesData = false; // until the network says otherwise
     if (!saved.block.empty()) loadNetwork(surface, saved.block, saved.file, saved.offset);
 }

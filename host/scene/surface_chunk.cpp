@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <numbers>
 
@@ -64,7 +65,8 @@ void describeValues(const SurfaceChunkValues &values, SurfaceDescription &surfac
     for (const NumberChunk &chunk : kNumbers)
         if (const auto &value = values.*chunk.value)
             surface.settings.push_back({chunk.label, shortest(static_cast<double>(*value), 1), {}});
-    surface.smoothingAngle = values.smoothingAngle ? shortest(*values.smoothingAngle * kDegrees, kDegrees) : 0;
+    const double angle = values.smoothingAngle.value_or(0.0F) * kDegrees;
+    surface.smoothingAngle = std::isfinite(angle) ? shortest(std::clamp(angle, 0.0, 180.0), kDegrees) : 0;
     surface.doubleSided = values.sides == kBothSides;
 }
 

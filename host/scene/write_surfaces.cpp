@@ -12,7 +12,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Whole numbers without a point, as people write them.
+// Whole numbers without a point, as people write them. The number is finite: none else can be set, or comes here.
 Json numberJson(double number) {
     constexpr double kExact = 9007199254740992.0; // 2^53
     const auto whole = static_cast<long long>(std::clamp(number, -kExact, kExact));

@@ -164,6 +164,7 @@ TEST_F(ImageListTest, ReferenceToAnImageThatIsNotThereReadsItsFile) {
     const HostImage *image = table->loadReference(&state.load);
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(image->file, directory / "red.exr");
+    EXPECT_EQ(image->name, "red");
 
     table->saveReference(&state.save, list.first());
     list.clear();

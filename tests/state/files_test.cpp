@@ -4,8 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace velm;
 
@@ -61,6 +65,58 @@ TEST_F(Files, LeavesNothingBehindWhenItFails) {
     EXPECT_EQ(entries(), 1U);
     EXPECT_THROW(writeFileAtomically((directory_ / "missing" / "file").string(), "bytes"), MachineError);
     EXPECT_EQ(entries(), 1U);
+}
+
+// A process that the system ends when a file of its grows beyond so many bytes: in the middle of a write.
+int endedBy(const std::string &path, const std::string &bytes, rlim_t atMost) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const rlimit none{.rlim_cur = 0, .rlim_max = 0}, size{.rlim_cur = atMost, .rlim_max = atMost};
+        ::setrlimit(RLIMIT_CORE, &none);
+        ::setrlimit(RLIMIT_FSIZE, &size);
+        std::signal(SIGXFSZ, SIG_DFL);
+        writeFileAtomically(path, bytes);
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+}
+
+TEST_F(Files, AProcessThatIsKilledWhileWritingLeavesTheOldFile) {
+    const std::string path = (directory_ / "file").string(), bytes(200000, 'n');
+    writeFileAtomically(path, "old");
+    for (const rlim_t atMost : {rlim_t{0}, rlim_t{1}, rlim_t{70000}, rlim_t{199999}}) {
+        // A write that goes up to the limit is cut there; the next one ends the process.
+        EXPECT_EQ(endedBy(path, bytes, atMost), SIGXFSZ) << atMost;
+        EXPECT_EQ(readFile(path), "old") << atMost;
+    }
+    EXPECT_EQ(endedBy(path, bytes, bytes.size()), 0);
+    EXPECT_EQ(readFile(path), bytes);
+}
+
+TEST_F(Files, AProcessThatIsKilledAtAnyMomentLeavesOneFileOrTheOther) {
+    const std::string path = (directory_ / "file").string(), one(1 << 20, '1'), two(1 << 20, '2');
+    writeFileAtomically(path, one);
+    for (int kills = 0; kills < 10; ++kills) {
+        int pipe[2];
+        ASSERT_EQ(::pipe(pipe), 0);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            for (int turn = 0;; ++turn) {
+                if (::write(pipe[1], "x", 1) != 1) ::_exit(1);
+                writeFileAtomically(path, turn % 2 == 0 ? two : one);
+            }
+        }
+        char begun = 0; // writes, of which the last may be anywhere
+        for (int writes = 0; writes <= kills % 3; ++writes) ASSERT_EQ(::read(pipe[0], &begun, 1), 1);
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        ::close(pipe[0]);
+        ::close(pipe[1]);
+        const std::string found = readFile(path);
+        EXPECT_TRUE(found == one || found == two) << found.size();
+    }
 }
 
 TEST_F(Files, TellsWhatCannotBeRead) {

@@ -1,0 +1,48 @@
+// "velm check": whether a compiled module keeps to what hosts demand of it.
+#include "host/check/report.h"
+#include "host/cli/commands.h"
+#include "host/cli/run.h"
+#include "host/error.h"
+
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+
+namespace velm {
+
+namespace {
+
+// Whole or not at all.
+void writeReport(const std::string &file, const std::string &text) {
+    if (file.empty()) return;
+    const std::string part = file + ".part";
+    std::ofstream stream(part, std::ios::binary);
+    stream << text;
+    stream.close();
+    std::error_code error;
+    if (stream) std::filesystem::rename(part, file, error);
+    if (!stream || error) {
+        std::error_code ignored; // there may be no such file
+        std::filesystem::remove(part, ignored);
+        throw MachineError("cannot write " + file);
+    }
+}
+
+int report(const std::vector<CheckResult> &results, const CheckOptions &options, std::ostream &out) {
+    printResults(results, options, out);
+    return allWell(results) ? kExitDone : kExitInput;
+}
+
+} // namespace
+
+int runCheck(const Options &options, const CheckCommandOptions &check, std::ostream &out) {
+    CheckOptions run = check.run;
+    run.module = options.module;
+    if (check.reproduce) return report({reproduceCheck(run)}, run, out);
+    const std::vector<CheckResult> results = runChecks(run, [](const CheckResult &) {});
+    writeReport(check.json, resultsAsJson(results, run));
+    writeReport(check.junit, resultsAsJunit(results, run));
+    return report(results, run, out);
+}
+
+} // namespace velm

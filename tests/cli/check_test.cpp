@@ -1,0 +1,59 @@
+// "velm check" as a person calls it.
+#include "tests/cli/command.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace velm::test {
+namespace {
+
+std::string contentOf(const std::string &file) {
+    std::ifstream stream(file);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST(CheckCommand, TellsOfTheModuleBesideOrTheOneNamed) {
+    const Outcome outcome =
+        velm({"check", VELM_MODULE_FILE, "--level", "2", "--filter", "identity.table", "--seed", "9"}, false);
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_NE(outcome.out.find(" 2  PASS   identity.table"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("PASS 1  (level 2, seed 9)"), std::string::npos) << outcome.out;
+}
+
+TEST(CheckCommand, AFailureIsStatusOne) {
+    const Outcome outcome = velm({"check", "/nowhere/at/all.p", "--filter", "file.loads"}, false);
+    EXPECT_EQ(outcome.status, kExitInput);
+    EXPECT_NE(outcome.out.find("there is no such file"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("--filter 'file.loads' --reproduce"), std::string::npos) << outcome.out;
+}
+
+TEST(CheckCommand, ReportsGoToFiles) {
+    const std::string name =
+        (std::filesystem::temp_directory_path() / ("velm_check_" + std::to_string(getpid()))).string();
+    const Outcome outcome = velm(
+        {"check", VELM_MODULE_FILE, "--filter", "identity.table", "--json", name + ".json", "--junit", name + ".xml"},
+        false);
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_NE(contentOf(name + ".json").find("\"outcome\": \"PASS\""), std::string::npos);
+    EXPECT_NE(contentOf(name + ".xml").find("<testsuite name=\"identity.table\""), std::string::npos);
+    std::filesystem::remove(name + ".json");
+    std::filesystem::remove(name + ".xml");
+    EXPECT_EQ(
+        velm({"check", VELM_MODULE_FILE, "--filter", "identity.table", "--json", "/nowhere/x.json"}, false).status,
+        kExitMachine);
+}
+
+TEST(CheckCommand, WhatSelectsNothingIsWrong) {
+    const Outcome outcome = velm({"check", VELM_MODULE_FILE, "--level", "1", "--filter", "no such check"}, false);
+    EXPECT_EQ(outcome.status, kExitInput);
+    EXPECT_NE(outcome.err.find("is selected by \"no such check\""), std::string::npos) << outcome.err;
+    EXPECT_EQ(velm({"check", "--level", "99"}, false).status, kExitUsage);
+}
+
+} // namespace
+} // namespace velm::test

@@ -1,0 +1,142 @@
+// Networks between scenes and object files, by the commands, with the module's nodes.
+#include "host/files/object_file.h"
+#include "host/image/image.h"
+#include "host/state/files.h"
+
+#include "tests/cli/command.h"
+#include "tests/scene/scene_text.h"
+
+#include <gtest/gtest.h>
+
+namespace velm {
+namespace {
+
+using test::TemporaryDirectory;
+using test::velm;
+
+constexpr const char *kCube = "/usr/share/assimp/models/LWS/simple_cube.lwo";
+constexpr const char *kGradient = "/usr/share/assimp/models/LWO/LWO2/sphere_with_gradient.lwo";
+
+class PackTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(std::filesystem::exists(kCube))
+            << "the package assimp-testmodels is not installed; ./run test does that";
+    }
+    std::string pack(const std::string &scene, const std::string &object, const std::string &name) const {
+        const test::Outcome outcome = velm({"pack", scene, object, "-o", directory_.file(name)});
+        EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
+        return directory_.file(name);
+    }
+    std::string unpack(const std::string &object, const std::string &name) const {
+        const test::Outcome outcome = velm({"unpack", object});
+        EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
+        return directory_.write(name, outcome.out);
+    }
+
+    const TemporaryDirectory directory_;
+};
+
+TEST_F(PackTest, ExamplesComeBackFromAnObject) {
+    for (const std::string name : {"shared", "group", "decay", "frames", "softshadow"}) {
+        const std::string example = VELM_SOURCE_DIR "/examples/" + name + ".json";
+        const std::string first = pack(example, kCube, "first.lwo"), text = unpack(first, "first.json");
+#ifndef __SANITIZE_ADDRESS__ // under which a module is never unloaded, so that its stores number on
+        EXPECT_EQ(readFile(text).find("\"data\""), std::string::npos) << readFile(text);
+#endif
+        const std::string second = pack(text, kCube, "second.lwo"), third = pack(text, first, "third.lwo");
+        EXPECT_EQ(readFile(second), readFile(first)) << name;
+        EXPECT_EQ(readFile(third), readFile(first)) << name;
+        EXPECT_EQ(readFile(unpack(second, "second.json")), readFile(text)) << name;
+        // The cube itself is as it was.
+        const std::string cube = readFile(kCube);
+        EXPECT_EQ(readFile(first).substr(8, cube.size() - 8), cube.substr(8)) << name;
+    }
+}
+
+TEST_F(PackTest, RealObjectsComeBackToTheByte) {
+    const std::string models = "/usr/share/assimp/models/LWO/LWO2/";
+    for (const std::string name :
+         {"sphere_with_gradient", "hierarchy_smoothed", "transparency", "shader_test/CellShader"}) {
+        const std::string path = models + name + ".lwo", bytes = readFile(path), text = unpack(path, "object.json");
+        EXPECT_EQ(readFile(pack(text, path, "again.lwo")), bytes) << path << readFile(text);
+    }
+}
+
+// A network takes the place of the one in the cube, and light that of its own colour.
+std::string glow(const std::string &rest) {
+    return R"({"surfaces": {"Default": {"settings": {"Luminosity": 1, "Diffuse": 0}, "nodes": {
+        "Paint": {"server": "Constant Color", "settings": {"Color": [0.25, 0.5, 1]}},
+        "Quarter": {"server": "Constant Scalar", "settings": {"Scalar": 0.25}}, "Root": {"server": "Velm Sqrt"}},
+        "connections": ["Paint.Color -> Default.Color", "Quarter.Scalar -> Root.In",
+                        "Root.Out -> Default.Luminosity"]}})" +
+           rest + '}';
+}
+// The cube stands on the ground.
+constexpr const char *kView = R"(, "render": {"width": 8, "height": 8},
+    "cameras": {"Main": {"position": [0, 1, -5], "fieldOfView": 10}})";
+
+// Renders and gives the pixel in the middle, in linear light.
+std::array<float, 3> rendered(const TemporaryDirectory &directory, const std::string &scene, std::string *told) {
+    const std::string file = directory.write("scene.json", scene), picture = directory.file("picture.exr");
+    const test::Outcome outcome = velm({"render", file, "-o", picture, "--quiet"});
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
+    if (told) *told = outcome.err;
+    std::array<float, 3> colour{};
+    pixel(readImage(picture, "result").get(), 4, 4, colour.data());
+    return colour;
+}
+
+TEST_F(PackTest, AnObjectIsRenderedWithItsOwnNetworks) {
+    const std::string cube = pack(directory_.write("glow.json", glow("")), kCube, "glow.lwo");
+    const std::array<float, 3> expected{0.125F, 0.25F, 0.5F};
+    const std::string view = std::string("{") + (kView + 2);
+    EXPECT_EQ(rendered(directory_, view + R"(, "objects": {"Cube": {"mesh": {"file": "glow.lwo"}}}})", nullptr),
+              expected);
+    EXPECT_EQ(rendered(directory_, view + R"(, "surfaces": {"from": "glow.lwo"},
+                                   "objects": {"Box": {"box": {}, "position": [0, 1, 0], "surface": "Default"}}})",
+                       nullptr),
+              expected);
+    // The scene itself looks as its object does.
+    EXPECT_EQ(rendered(directory_,
+                       glow(std::string(kView) +
+                            R"(, "objects": {"Box": {"box": {}, "position": [0, 1, 0], "surface": "Default"}})"),
+                       nullptr),
+              expected);
+}
+
+TEST_F(PackTest, ANodeThatIsNotThereIsToldAndIsAnErrorWhenStrict) {
+    const std::string scene = std::string("{") + (kView + 2) + R"(, "surfaces": {
+        "Skin": {"settings": {"Luminosity": 1, "Diffuse": 0}, "nodes": {"Rain": {"server": "Weather", "kind": "W"}},
+                 "connections": ["Rain.Drops -> Skin.Color"]}},
+        "objects": {"Box": {"box": {}, "position": [0, 1, 0], "surface": "Skin"}}})";
+    std::string told;
+    EXPECT_EQ(rendered(directory_, scene, &told), (std::array<float, 3>{1, 0, 1}));
+    EXPECT_NE(told.find("surface \"Skin\", node \"Rain\": there is no node \"Weather\" here"), std::string::npos)
+        << told;
+    const test::Outcome strict =
+        velm({"render", directory_.file("scene.json"), "-o", directory_.file("no.exr"), "--strict"});
+    EXPECT_EQ(strict.status, kExitInput);
+    EXPECT_FALSE(std::filesystem::exists(directory_.file("no.exr")));
+    const test::Outcome unpacked = velm({"unpack", kGradient, "--strict"});
+    EXPECT_EQ(unpacked.status, kExitInput);
+    EXPECT_EQ(unpacked.out, "");
+    EXPECT_NE(unpacked.err.find("Gradient (1)"), std::string::npos) << unpacked.err;
+}
+
+TEST_F(PackTest, WrongFilesSayWhatIsWrong) {
+    const test::Outcome none = velm({"unpack", directory_.file("none.lwo")});
+    EXPECT_EQ(none.status, kExitInput);
+    const test::Outcome old = velm({"unpack", "/usr/share/assimp/models/LWO/LWOB/ConcavePolygon.lwo"});
+    EXPECT_EQ(old.status, kExitInput);
+    EXPECT_NE(old.err.find("only LWO2 is read"), std::string::npos) << old.err;
+    const std::string scene =
+        directory_.write("bad.json", R"({"surfaces": {"A": {"nodes": {"B": {"server": "Nothing"}}}}})");
+    EXPECT_EQ(velm({"pack", scene, kCube, "-o", directory_.file("bad.lwo")}).status, kExitInput);
+    EXPECT_FALSE(std::filesystem::exists(directory_.file("bad.lwo")));
+    const std::string good = directory_.write("good.json", glow(""));
+    EXPECT_EQ(velm({"pack", good, kCube, "-o", directory_.file("no/such/directory.lwo")}).status, kExitMachine);
+}
+
+} // namespace
+} // namespace velm
