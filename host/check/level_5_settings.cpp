@@ -39,7 +39,9 @@ std::string steadyResults(Stage &stage, std::uint64_t seed) {
     for (int i = 1; i < kProbes; ++i)
         if (renderOnce(stage, samples) != first) return {};
     std::string bytes;
-    for (const Result &result : first) bytes += result.text() + '\n';
+    for (const Result &result : first)
+        bytes.append(reinterpret_cast<const char *>(result.words.data()),
+                     static_cast<std::size_t>(valueSize(result.type)));
     return bytes;
 }
 

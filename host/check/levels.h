@@ -12,9 +12,12 @@ std::span<const Check> identityChecks(); // 2
 std::span<const Check> lifeChecks();     // 3
 std::span<const Check> evaluateChecks(); // 4
 std::span<const Check> settingsChecks(); // 5
+std::span<const Check> threadChecks();   // 6
+std::span<const Check> inputChecks();    // 7
+std::span<const Check> dataChecks();     // 8
 
-constexpr std::span<const Check> (*kLevels[])() = {fileChecks, identityChecks, lifeChecks, evaluateChecks,
-                                                   settingsChecks};
+constexpr std::span<const Check> (*kLevels[])() = {fileChecks,     identityChecks, lifeChecks,  evaluateChecks,
+                                                   settingsChecks, threadChecks,   inputChecks, dataChecks};
 constexpr int kHighestLevel = static_cast<int>(sizeof kLevels / sizeof *kLevels);
 
 } // namespace velm

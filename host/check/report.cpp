@@ -50,11 +50,25 @@ std::string indented(const std::string &text) {
     return result;
 }
 
-void printOne(const CheckResult &one, const CheckOptions &options, std::ostream &out) {
-    out << "    " << outcomeName(one.outcome) << "  " << (one.server.empty() ? "the module" : one.server) << ": "
-        << one.message << '\n';
+// `who`: the nodes of which all this is the same.
+void printOne(const CheckResult &one, const std::string &who, const CheckOptions &options, std::ostream &out) {
+    out << "    " << outcomeName(one.outcome) << "  " << who << ": " << one.message << '\n';
     if (!one.printed.empty()) out << indented(one.printed) << '\n';
     if (isBad(one.outcome)) out << "        again: " << reproduction(one, options) << '\n';
+}
+
+void printBad(std::span<const CheckResult> some, const CheckOptions &options, std::ostream &out) {
+    for (auto one = some.begin(); one != some.end(); ++one) {
+        if (one->outcome == Outcome::pass) continue;
+        const auto isLike = [&](const CheckResult &other) {
+            return !isBad(one->outcome) && other.outcome == one->outcome && other.message == one->message;
+        };
+        if (std::any_of(some.begin(), one, isLike)) continue; // told with the first of them
+        std::string who = one->server.empty() ? "the module" : one->server;
+        for (auto other = one + 1; other != some.end(); ++other)
+            if (isLike(*other)) who += ", " + other->server;
+        printOne(*one, who, options, out);
+    }
 }
 
 // As XML takes it in attributes and texts; control characters have no place there.
@@ -104,8 +118,7 @@ void printResults(std::span<const CheckResult> results, const CheckOptions &opti
         char start[80];
         std::snprintf(start, sizeof start, "%2d  %-5s  %-26s ", check.level, outcomeName(worst(some)), check.name);
         out << start << check.demands << '\n';
-        for (const CheckResult &one : some)
-            if (one.outcome != Outcome::pass) printOne(one, options, out);
+        printBad(some, options, out);
     }
     out << '\n';
     for (const Outcome outcome : kOutcomes)

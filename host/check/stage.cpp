@@ -49,21 +49,6 @@ bool Result::isFinite() const {
     return std::all_of(words.begin(), words.begin() + count, [](double word) { return std::isfinite(word); });
 }
 
-std::string Result::text() const {
-    if (type == kConnectInteger) {
-        int value = 0;
-        std::memcpy(&value, words.data(), sizeof value);
-        return std::to_string(value);
-    }
-    std::string text;
-    for (int i = 0; i < valueSize(type) / static_cast<int>(sizeof(double)); ++i) {
-        char number[32];
-        std::snprintf(number, sizeof number, "%s%.17g", i > 0 ? " " : "", words[static_cast<std::size_t>(i)]);
-        text += number;
-    }
-    return text;
-}
-
 Result evaluateOutput(HostOutput &output, const ShadingSample &sample) {
     Result result;
     result.type = output.type;

@@ -27,7 +27,6 @@ struct Result {
     // Bit for bit, as far as the type goes.
     bool operator==(const Result &other) const;
     bool isFinite() const;
-    std::string text() const;
 };
 
 // Samples as a scene of smooth shapes gives them: positions within a few metres, unit normals, rays that hit and miss.

@@ -1,5 +1,6 @@
 #include "host/cli/options.h"
 
+#include "host/check/levels.h"
 #include "host/cli/run.h"
 #include "host/graph/names.h"
 
@@ -141,6 +142,26 @@ void addUnpack(CLI::App &command, UnpackOptions &options) {
                      "Take whatever is warned of, such as a node that is not there, for an error");
 }
 
+void addCheck(CLI::App &command, Options &options, CheckCommandOptions &check) {
+    command.add_option("MODULE", options.module, "The module to check; velm.p beside this program by default")
+        ->type_name("");
+    command.add_option("--level", check.run.level, "The highest level of checks that runs")
+        ->check(CLI::Range(1, kHighestLevel))
+        ->capture_default_str()
+        ->type_name("N");
+    command.add_option("--filter", check.run.filter, "Only checks whose \"name/server\" has this text in it")
+        ->type_name("TEXT");
+    command.add_option("--seed", check.run.seed, "What all choices are drawn from")
+        ->capture_default_str()
+        ->type_name("N");
+    command.add_flag("--reproduce", check.reproduce,
+                     "Run one check in this process, for a debugger: no limits, and SIGABRT\n"
+                     "where it fails");
+    command.add_option("--json", check.json, "A file for the results")->type_name("FILE");
+    command.add_option("--junit", check.junit, "A file for the results, as JUnit writes them")->type_name("FILE");
+    command.set_version_flag("--version", kVersionText);
+}
+
 // The library says only that a command is missing, and nothing of a misspelt one.
 [[noreturn]] void failWithoutCommand(const CLI::App &app) {
     std::vector<std::string> names;
@@ -206,6 +227,7 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     CompareOptions compare;
     PackOptions pack;
     UnpackOptions unpack;
+    CheckCommandOptions check;
 
     CLI::App app("Loads a module of shading nodes, lists its nodes, and renders scenes with them.", "velm");
     app.require_subcommand(1);
@@ -216,6 +238,8 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     showCommand->add_option("NODE", show.node, "Its name, as listed by \"velm nodes\"")->required()->type_name("");
     CLI::App *renderCommand = app.add_subcommand("render", "Render a scene");
     addRender(*renderCommand, render);
+    CLI::App *checkCommand = app.add_subcommand("check", "Check whether a module keeps to what hosts demand");
+    addCheck(*checkCommand, options, check);
     CLI::App *compareCommand = app.add_subcommand("compare", "Compare two pictures");
     addCompare(*compareCommand, compare);
     compareCommand->set_version_flag("--version", kVersionText);
@@ -239,6 +263,7 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     if (*nodesCommand) options.command = nodes;
     if (*showCommand) options.command = show;
     if (*renderCommand) options.command = render;
+    if (*checkCommand) options.command = check;
     if (*compareCommand) options.command = compare;
     if (*packCommand) options.command = pack;
     if (*unpackCommand) options.command = unpack;

@@ -1,6 +1,7 @@
 // What the command line asks for, one record for each command.
 #pragma once
 
+#include "host/check/check.h"
 #include "host/image/compare.h"
 #include "host/render/renderer.h"
 
@@ -62,9 +63,17 @@ struct UnpackOptions {
     bool strict = false;
 };
 
+struct CheckCommandOptions {
+    CheckOptions run;        // but for the module
+    bool reproduce = false;  // one check, in this process
+    std::string json, junit; // files for the results; empty: none
+};
+
 struct Options {
     std::string module; // the file to load
-    std::variant<NodesOptions, ShowOptions, RenderOptions, CompareOptions, PackOptions, UnpackOptions> command;
+    std::variant<NodesOptions, ShowOptions, RenderOptions, CompareOptions, PackOptions, UnpackOptions,
+                 CheckCommandOptions>
+        command;
     std::string commandLine; // as given, for the headers of pictures
 };
 

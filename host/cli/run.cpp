@@ -14,6 +14,7 @@ namespace {
 int dispatch(const Options &options, std::ostream &out, std::ostream &err) {
     offerSceneServices();
     if (const auto *nodes = std::get_if<NodesOptions>(&options.command)) return runNodes(options, *nodes, out);
+    if (const auto *check = std::get_if<CheckCommandOptions>(&options.command)) return runCheck(options, *check, out);
     if (const auto *show = std::get_if<ShowOptions>(&options.command)) return runShow(options, *show, out);
     if (const auto *compare = std::get_if<CompareOptions>(&options.command)) return runCompare(*compare, out, err);
     if (const auto *pack = std::get_if<PackOptions>(&options.command)) return runPack(options, *pack, out, err);

@@ -59,6 +59,20 @@ const Mutant kMutants[] = {
     {"follows_locale", "settings.locales", Outcome::fail, "it saves something else"},
     {"trusts_length", "settings.short", Outcome::crash, "load, interface thread"},
     {"changes_on_read", "settings.read", Outcome::fail, "reading the panel changes the settings"},
+    {"counts_for_all", "threads.one", Outcome::fail, "other results than alone"},
+    {"knows_one_instance", "threads.many", Outcome::fail, "other results than alone"},
+    {"needs_its_thread", "threads.new", Outcome::fail, "other results than alone"},
+    {"fills_late", "threads.first", Outcome::crash, "evaluate, render thread"},
+    {"trusts_mode", "inputs.ends", Outcome::crash, "evaluate, interface thread"},
+    {"trusts_settings", "inputs.settings", Outcome::crash, "evaluate, interface thread"},
+    {"trusts_numbers", "inputs.values", Outcome::crash, "evaluate, interface thread"},
+    {"trusts_rays", "inputs.samples", Outcome::crash, "evaluate, interface thread"},
+    {"trusts_inputs", "inputs.wirings", Outcome::crash, "node \"Mutant Sum\", evaluate"},
+    {"trusts_time", "inputs.times", Outcome::crash, "newTime, interface thread"},
+    {"trusts_data", "data.mutations", Outcome::crash, "load, interface thread"},
+    {"trusts_text", "data.cuts", Outcome::crash, "load, interface thread"},
+    {"trusts_length", "data.reads", Outcome::crash, "load, interface thread"},
+    {"reads_on", "data.unknown", Outcome::fail, "behind the data changes what is loaded"},
 };
 
 class MutantTest : public ::testing::TestWithParam<Mutant> {};
@@ -80,8 +94,11 @@ TEST_P(MutantTest, IsCaught) {
         << told;
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, MutantTest, ::testing::ValuesIn(kMutants),
-                         [](const auto &row) { return std::string(row.param.file); });
+INSTANTIATE_TEST_SUITE_P(Table, MutantTest, ::testing::ValuesIn(kMutants), [](const auto &row) {
+    std::string name = std::string(row.param.file) + "_" + row.param.check;
+    std::replace(name.begin(), name.end(), '.', '_');
+    return name;
+});
 
 TEST(CleanModule, PassesEveryCheck) {
     for (const CheckResult &one : resultsOf(optionsFor(mutantFile("clean"))))

@@ -41,6 +41,14 @@ TEST(CheckReport, TableTellsTheWorstAndHowToSeeItAgain) {
     EXPECT_EQ(text.find("One"), std::string::npos); // what passes needs no line
 }
 
+TEST(CheckReport, TableTellsTheSameOnce) {
+    const std::vector<CheckResult> same = {{&kFirst, "One", Outcome::skip, "nothing to try", "", 1, 0},
+                                           {&kFirst, "Two", Outcome::skip, "nothing to try", "", 1, 0}};
+    std::ostringstream out;
+    printResults(same, options(), out);
+    EXPECT_NE(out.str().find("    SKIP  One, Two: nothing to try\n\n"), std::string::npos) << out.str();
+}
+
 TEST(CheckReport, JsonHoldsEverything) {
     const auto json = nlohmann::json::parse(resultsAsJson(results(), options()));
     EXPECT_EQ(json["module"], "a module.p");

@@ -7,6 +7,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
+#include <sched.h>
 #include <unistd.h>
 #include <xmmintrin.h>
 
@@ -72,6 +73,22 @@ enum Fault {
     kFollowsLocale,
     kTrustsLength,
     kChangesOnRead,
+    // With threads
+    kCountsForAll,
+    kKnowsOneInstance,
+    kNeedsItsThread,
+    kFillsLate,
+    // With odd inputs
+    kTrustsMode,
+    kTrustsSettings,
+    kTrustsNumbers,
+    kTrustsRays,
+    kTrustsInputs,
+    kTrustsTime,
+    // With damaged data
+    kTrustsData,
+    kTrustsText,
+    kReadsOn,
 };
 
 constexpr bool is(Fault fault) { return FAULT == fault; }
@@ -142,7 +159,11 @@ constexpr bool keepsInstance() { return is(kLeaksInstance); }
 
 constexpr int destructions() { return is(kLeaksParameter) ? 0 : is(kDestroysTwice) ? 2 : 1; }
 
-inline void newTime() {
+inline double lastTime = 0;
+
+inline void newTime(double time) {
+    if (is(kTrustsTime) && time < lastTime) fall();
+    lastTime = time;
 #ifdef THROWS
     throw 1;
 #endif
@@ -170,6 +191,45 @@ inline void onThread(void *(*work)(void *), void *argument) {
 
 inline void *nothing(void *argument) { return argument; }
 
+// ---- With threads ---------------------------------------------------------------------------------------------------
+
+inline int countForAll = 0;
+inline const void *lastInstance = nullptr; // that was asked, by whichever thread
+inline volatile int filled = 0;            // a table that is made when it is first asked for: 1 while it is
+inline pthread_t owners[kMaxThreads];
+inline bool owned[kMaxThreads];
+
+inline double withThreads(double right, const void *instance, int thread) {
+    if (is(kCountsForAll)) return right + ++countForAll;
+    if (is(kKnowsOneInstance)) {
+        const bool isKnown = lastInstance == nullptr || lastInstance == instance;
+        lastInstance = instance;
+        return isKnown ? right : 0;
+    }
+    if (is(kFillsLate) && filled != 2) {
+        if (filled == 1) fall(); // another thread is at it
+        filled = 1;
+        for (int i = 0; i < 20; ++i) sched_yield();
+        filled = 2;
+    }
+    if (is(kNeedsItsThread)) {
+        if (!owned[thread]) owners[thread] = pthread_self();
+        owned[thread] = true;
+        if (!pthread_equal(owners[thread], pthread_self())) return 0;
+    }
+    return right;
+}
+
+// ---- With odd inputs ------------------------------------------------------------------------------------------------
+
+inline void trusting(const ShadingSample *sample, int mode, int right, double amount, double own) {
+    if (is(kTrustsMode) && mode != right) fall();
+    if (is(kTrustsSettings) && mode == 2 && amount < -1) fall();
+    if (is(kTrustsNumbers) && amount != amount) fall();
+    if (is(kTrustsRays)) sample->rayCast(sample->position, sample->shadingNormal);
+    if (is(kTrustsInputs) && amount != own) fall();
+}
+
 inline void evaluating(const HostNodeFuncs *nodes, HostNode *node, ShadingSample *sample) {
     Painted painted{nodes, node};
     if (is(kSetsColourWhileRendering)) paint(&painted);
@@ -185,7 +245,13 @@ inline void evaluating(const HostNodeFuncs *nodes, HostNode *node, ShadingSample
 }
 
 inline double remembered = 0; // of the sample before, whichever thread had it
-inline void initialised() { remembered = 0; }
+inline void initialised() {
+    remembered = 0;
+    countForAll = 0;
+    lastInstance = nullptr;
+    filled = 0;
+    for (bool &each : owned) each = false;
+}
 
 inline double result(double right, const ShadingSample *sample) {
     if (is(kGivesNan)) return std::numeric_limits<double>::quiet_NaN();
@@ -223,8 +289,14 @@ inline void saved(int &mode) {
 }
 inline int loadedMode(int right, int before, int count) {
     if (is(kTrustsLength) && count != 1) fall();
+    if (is(kTrustsData) && (right < 0 || right > 2)) fall();
     if (is(kKeepsOldMode) && before != 0) return before;
     return is(kForgetsMode) ? 0 : right;
+}
+inline void loaded(const HostLoadState *state, int &mode, const char *name) {
+    if (is(kTrustsText) && !*name) fall();
+    short more = 0;
+    if (is(kReadsOn) && state->readI2(state->data, &more, 1) == 1) mode = more;
 }
 inline void wasRead(int &mode) {
     if (is(kChangesOnRead)) mode = 2;

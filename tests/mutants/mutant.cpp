@@ -100,6 +100,7 @@ HostError load(void *instance, const HostLoadState *state) {
     state->readString(state->data, own.name, sizeof own.name);
     const HostError error = parameters->load(own.parameter, state);
     if (!error) readParameters(own, 0);
+    faults::loaded(state, own.mode, own.name);
     return error;
 }
 
@@ -112,7 +113,7 @@ HostError init(void *instance, int) {
 void cleanup(void *) {}
 
 HostError newTime(void *instance, int, double time) {
-    faults::newTime();
+    faults::newTime(time);
     readParameters(self(instance), time);
     return nullptr;
 }
@@ -134,9 +135,10 @@ void evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNod
         own.first[thread] = sample->position[0];
     }
     faults::evaluating(nodes, own.node, sample);
+    faults::trusting(sample, mode, within(mode), amount, own.amount);
     const double height = sample->position[1];
     const double sums[kModeCount] = {height * amount, height + amount, own.first[thread]};
-    const double sum = faults::result(sums[within(mode)], sample);
+    const double sum = faults::withThreads(faults::result(sums[within(mode)], sample), instance, thread);
     const double tint[3] = {sum, amount, 0.5};
     if (faults::leavesOut(output == own.tint)) return;
     if (output == own.tint)
