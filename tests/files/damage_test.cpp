@@ -82,6 +82,16 @@ TEST(Damage, EveryWordOfAnObjectMayHoldAnything) {
             readObject(std::string(bytes).replace(at, 4, big(word, 4)));
 }
 
+TEST(Damage, ANetworkSaysWhereInItsFileItIsDamaged) {
+    const std::string bytes = smallObject();
+    const std::size_t tag = bytes.find("NTAG"), version = bytes.find("NVER"), network = bytes.find("NODS");
+    EXPECT_EQ(readObject(std::string(bytes).replace(tag + 4, 2, big(0x7000, 2))),
+              "a.lwo: byte " + std::to_string(tag) + ": the block NTAG has 28672 bytes where 174 are left");
+    EXPECT_EQ(readObject(std::string(bytes).replace(version + 6, 4, big(2, 4))),
+              "a.lwo: byte " + std::to_string(network) +
+                  ": surface \"Clay\": the network has version 2 of the format; only version 1 is known");
+}
+
 TEST(Damage, ASceneCutAnywhereSaysWhere) {
     for (std::size_t length = 0; length < kScene.size(); ++length) {
         const std::string error = readScene(kScene.substr(0, length));
