@@ -15,9 +15,11 @@ std::span<const Check> settingsChecks(); // 5
 std::span<const Check> threadChecks();   // 6
 std::span<const Check> inputChecks();    // 7
 std::span<const Check> dataChecks();     // 8
+std::span<const Check> resourceChecks(); // 9
 
-constexpr std::span<const Check> (*kLevels[])() = {fileChecks,     identityChecks, lifeChecks,  evaluateChecks,
-                                                   settingsChecks, threadChecks,   inputChecks, dataChecks};
+constexpr std::span<const Check> (*kLevels[])() = {fileChecks,     identityChecks, lifeChecks,
+                                                   evaluateChecks, settingsChecks, threadChecks,
+                                                   inputChecks,    dataChecks,     resourceChecks};
 constexpr int kHighestLevel = static_cast<int>(sizeof kLevels / sizeof *kLevels);
 
 } // namespace velm

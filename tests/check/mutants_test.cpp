@@ -72,6 +72,11 @@ const Mutant kMutants[] = {
     {"trusts_data", "data.mutations", Outcome::crash, "load, interface thread"},
     {"trusts_text", "data.cuts", Outcome::crash, "load, interface thread"},
     {"trusts_length", "data.reads", Outcome::crash, "load, interface thread"},
+    {"leaves_no_message", "resources.create", Outcome::fail, "leaves no message"},
+    {"needs_room_to_copy", "resources.copy", Outcome::crash, "copy, interface thread"},
+    {"grows_by_frame", "resources.frames", Outcome::warn, "998 blocks of memory more after 1000 frames"},
+    {"grows_by_load", "resources.cycles", Outcome::warn, "9900 blocks of memory more"},
+    {"grows_by_start", "resources.starts", Outcome::warn, "1000 blocks of memory more"},
     {"reads_on", "data.unknown", Outcome::fail, "behind the data changes what is loaded"},
 };
 

@@ -89,6 +89,12 @@ enum Fault {
     kTrustsData,
     kTrustsText,
     kReadsOn,
+    // With little memory, and in a long time
+    kLeavesNoMessage,
+    kNeedsRoomToCopy,
+    kGrowsByFrame,
+    kGrowsByLoad,
+    kGrowsByStart,
 };
 
 constexpr bool is(Fault fault) { return FAULT == fault; }
@@ -98,6 +104,11 @@ inline int counted = 0; // whatever a fault counts
 [[noreturn]] inline void fall() {
     std::raise(SIGSEGV);
     std::abort();
+}
+
+// What grows while it should not.
+inline void grow(Fault fault) {
+    if (FAULT == fault) *static_cast<volatile char *>(std::malloc(10)) = 0;
 }
 
 // ---- As a file ------------------------------------------------------------------------------------------------------
@@ -157,6 +168,7 @@ inline void created(void *instance) { newest = instance; }
 inline void destroyed() { newest = nullptr; }
 constexpr bool keepsInstance() { return is(kLeaksInstance); }
 
+constexpr const char *message(const char *right) { return is(kLeavesNoMessage) ? nullptr : right; }
 constexpr int destructions() { return is(kLeaksParameter) ? 0 : is(kDestroysTwice) ? 2 : 1; }
 
 inline double lastTime = 0;
@@ -164,6 +176,7 @@ inline double lastTime = 0;
 inline void newTime(double time) {
     if (is(kTrustsTime) && time < lastTime) fall();
     lastTime = time;
+    grow(kGrowsByFrame);
 #ifdef THROWS
     throw 1;
 #endif
@@ -249,6 +262,7 @@ inline void initialised() {
     remembered = 0;
     countForAll = 0;
     lastInstance = nullptr;
+    grow(kGrowsByStart);
     filled = 0;
     for (bool &each : owned) each = false;
 }
@@ -272,6 +286,11 @@ inline HostNodeValue *target(HostNodeValue *right) {
 inline int *tied[2] = {nullptr, nullptr};
 
 inline void copied(int &to, int &from) {
+    if (is(kNeedsRoomToCopy)) {
+        void *room = std::malloc(100);
+        *static_cast<volatile char *>(room) = 0;
+        std::free(room);
+    }
     if (is(kTiesCopies)) tied[0] = &to, tied[1] = &from;
     if (is(kChangesOriginal)) from = (from + 1) % 3;
 }
@@ -294,6 +313,7 @@ inline int loadedMode(int right, int before, int count) {
     return is(kForgetsMode) ? 0 : right;
 }
 inline void loaded(const HostLoadState *state, int &mode, const char *name) {
+    grow(kGrowsByLoad);
     if (is(kTrustsText) && !*name) fall();
     short more = 0;
     if (is(kReadsOn) && state->readI2(state->data, &more, 1) == 1) mode = more;

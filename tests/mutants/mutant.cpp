@@ -48,7 +48,7 @@ void readParameters(Sum &own, double time) {
 void *create(void *, void *node, const char **error) {
     auto *own = static_cast<Sum *>(std::calloc(1, sizeof(Sum)));
     if (!own) {
-        *error = "Out of memory.";
+        *error = faults::message("Out of memory.");
         return nullptr;
     }
     own->node = static_cast<HostNode *>(node);
