@@ -1,5 +1,6 @@
 #include "host/scene/object_surfaces.h"
 
+#include "host/files/same_network.h"
 #include "host/graph/names.h"
 #include "host/scene/surface_chunk.h"
 #include "host/state/save_state.h"
@@ -80,8 +81,9 @@ std::vector<PackedSurface> packSurfaces(ObjectFile &object, const SceneDescripti
             root.savesData = !agrees(description, object.values(*place), usual);
             const std::string block = networkBlock(surface);
             packed.bytes = block.size();
-            packed.isUnchanged = object.network(*place) == block;
-            object.setNetwork(*place, block);
+            const auto old = object.network(*place);
+            packed.isUnchanged = old && sameNetwork(*old, block);
+            if (!packed.isUnchanged) object.setNetwork(*place, block);
         } else {
             root.savesData = hasKeys;
             const std::string block = networkBlock(surface);

@@ -3,6 +3,7 @@
 
 #include "host/error.h"
 #include "host/files/object_file.h"
+#include "host/files/same_network.h"
 
 namespace velm::test {
 namespace {
@@ -90,6 +91,27 @@ TEST(ObjectFile, AnAddedSurfaceStandsBehindAllOthers) {
     EXPECT_EQ(again.surfaces()[2].name, "New");
     EXPECT_EQ(again.values(2).sides, 3);
     EXPECT_EQ(again.network(2), network);
+}
+
+TEST(ObjectFile, NetworksAreTheSameInWhicheverOrderTheyAreToldIn) {
+    const std::string root = nodeBlocks("Surface", "Surface", ""), rain = nodeBlocks("Weather", "Rain", "wet!");
+    const std::string one = connectionBlocks("Rain", "Drops", "Surface", "Color"),
+                      two = connectionBlocks("Rain", "Wind", "Surface", "Diffuse");
+    const std::string network = networkBlock(root + rain, one + two);
+    // Other parts first, and not a word of what is as usual.
+    const std::string terse =
+        subChunk("NODS", subChunk("NCON", two + one) + subChunk("NVER", big(1, 4)) + subChunk("NNDS", root + rain));
+    EXPECT_TRUE(sameNetwork(network, network));
+    EXPECT_TRUE(sameNetwork(network, terse));
+    EXPECT_FALSE(sameNetwork(network, networkBlock(root + rain, one)));
+    EXPECT_FALSE(sameNetwork(networkBlock(root + nodeBlocks("Weather", "Rain", ""), one),
+                             networkBlock(root + nodeBlocks("Weather", "Rain", big(0, 4)), one)));
+    EXPECT_FALSE(sameNetwork(network, networkBlock(root + nodeBlocks("Weather", "Rain", "dry!"), one + two)));
+    EXPECT_FALSE(sameNetwork(network, networkBlock(root + nodeBlocks("Climate", "Rain", "wet!"), one + two)));
+    EXPECT_FALSE(
+        sameNetwork(network, subChunk("NODS", subChunk("NROT", subChunk("NSTA", big(1, 2))) + terse.substr(6))));
+    const std::string damaged = std::string(terse).replace(terse.find("NTAG") + 4, 2, big(0x7000, 2));
+    EXPECT_FALSE(sameNetwork(damaged, damaged));
 }
 
 TEST(ObjectFile, ANetworkThatIsTooLargeIsRefused) {

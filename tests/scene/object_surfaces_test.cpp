@@ -140,6 +140,14 @@ TEST(ObjectSurfaces, NodesThatAreNotThereAreToldWithSurfaceAndName) {
     EXPECT_THROW(unpackSurfaces(ObjectFile(smallObject(), "small.lwo"), {}, serverList(), strict), InputError);
 }
 
+TEST(ObjectSurfaces, ANetworkThatIsLaidOutOtherwiseStaysAsItIs) {
+    const std::string nodes =
+        subChunk("NNDS", nodeBlocks("Surface", "Surface", "") + nodeBlocks("Weather", "Rain", "wet!"));
+    const std::string network = subChunk("NODS", subChunk("NCON", "") + nodes + subChunk("OTHR", "kept"));
+    const std::string object = objectFile(chunk("SURF", cString("A") + cString("") + network));
+    EXPECT_EQ(packed(unpacked(ObjectFile(object, "a.lwo")), object), object);
+}
+
 TEST(ObjectSurfaces, DataThatSettingsDoNotTellAreKept) {
     // An integer that the panel's popup has no entry for, in a node of the host's own.
     HostNodeEditor editor("Net", "Net", nullptr, nullptr);

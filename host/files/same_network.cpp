@@ -1,0 +1,96 @@
+#include "host/files/same_network.h"
+
+#include "host/graph/network_blocks.h"
+#include "host/state/load_state.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace velm {
+
+namespace {
+
+using namespace blocks;
+
+// Collects what a network says as texts of which the order does not matter: the way to a value, and its bytes.
+class Facts {
+  public:
+    explicit Facts(std::string_view block) : reader_(kStateBinary, block, "network"), state_(*reader_.state()) {
+        static constexpr HostBlockId kTop[] = {kNetwork, {0, nullptr}};
+        static constexpr HostBlockId kParts[] = {kRoot, kNodes, kConnections, {0, nullptr}};
+        forEach(kTop, [&](unsigned int) {
+            forEach(kParts, [&](unsigned int id) {
+                if (id == kRoot.id) readView();
+                if (id == kNodes.id) readNodes();
+                if (id == kConnections.id) readConnections();
+            });
+        });
+        std::sort(facts_.begin(), facts_.end());
+    }
+
+    bool areWhole() const { return !reader_.failed(); }
+    bool operator==(const Facts &other) const { return facts_ == other.facts_; }
+
+  private:
+    template <class Act>
+    void forEach(const HostBlockId *table, Act act) {
+        while (const unsigned int id = state_.findBlock(state_.data, table)) {
+            act(id);
+            state_.endBlock(state_.data);
+        }
+    }
+
+    // Zeros, and what `usual` says, are what a value is without a word of it; data are so only when there are none.
+    void add(const std::string &path, unsigned int id, std::string_view usual = {}) {
+        const std::string bytes = unreadContents(state_);
+        const bool isZero = id == kData.id ? bytes.empty() : bytes.find_first_not_of('\0') == std::string::npos;
+        if (!(usual.empty() ? isZero : bytes == usual)) facts_.push_back(path + blockName(id) + bytes);
+    }
+
+    void readView() {
+        static constexpr HostBlockId kView[] = {kLocation, kZoom, kDisabled, {0, nullptr}};
+        static constexpr std::string_view kZoomOne("\x3f\x80\0\0", 4);
+        forEach(kView, [&](unsigned int id) { add("view", id, id == kZoom.id ? kZoomOne : std::string_view()); });
+    }
+
+    // The display name of a kind is its server's affair.
+    void readNodes() {
+        static constexpr HostBlockId kEach[] = {kServer, kTag, {0, nullptr}};
+        static constexpr HostBlockId kOfTag[] = {kName, kCoordinates, kMode, kData, kPreview, kComment, {0, nullptr}};
+        static constexpr std::string_view kModeOne("\0\0\0\1", 4);
+        int number = 0;
+        forEach(kEach, [&](unsigned int id) {
+            const std::string path = "node " + std::to_string(number) + ' ';
+            if (id == kServer.id) return add(path, id);
+            forEach(kOfTag,
+                    [&](unsigned int part) { add(path, part, part == kMode.id ? kModeOne : std::string_view()); });
+            ++number;
+        });
+    }
+
+    // Four strings each, the output last.
+    void readConnections() {
+        static constexpr HostBlockId kEach[] = {kInputNode, kInput, kOutputNode, kOutput, {0, nullptr}};
+        std::string connection;
+        forEach(kEach, [&](unsigned int id) {
+            connection += blockName(id) + unreadContents(state_);
+            if (id != kOutput.id) return;
+            facts_.push_back(connection);
+            connection.clear();
+        });
+    }
+
+    StateReader reader_;
+    const HostLoadState &state_;
+    std::vector<std::string> facts_;
+};
+
+} // namespace
+
+bool sameNetwork(std::string_view one, std::string_view other) {
+    const Facts first(one), second(other);
+    return first.areWhole() && second.areWhole() && first == second;
+}
+
+} // namespace velm
