@@ -1,5 +1,7 @@
 #include "random/random.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kShiftWords = 397; // M of the publication
@@ -21,8 +23,8 @@ uint32_t mixed(int index) { return word(index - 1) ^ (word(index - 1) >> 30); }
 
 } // namespace
 
-constinit std::atomic<uint32_t> mt[kStateWords] = {};
-constinit std::atomic<int> mti = kNeverSeeded;
+alignas(kCacheLine) constinit std::atomic<uint32_t> mt[kStateWords] = {};
+constinit StreamIndex mti = kNeverSeeded;
 
 void init_genrand(uint32_t seed) {
     setWord(0, seed);
@@ -67,6 +69,46 @@ void refillState(int index) {
         current = next;
     }
     setWord(i, twist(current, word(0), word(kShiftWords - 1)));
+}
+
+namespace {
+
+void drawFromStream(uint32_t *words, int count) {
+    int index = mti.load(std::memory_order_relaxed);
+    while (count > 0) {
+        if (index >= kStateWords) {
+            refillState(index);
+            index = 0;
+        }
+        const int here = std::min(count, kStateWords - index);
+        mti.store(index + here, std::memory_order_relaxed); // first, so that other threads go on behind them
+        for (int i = 0; i < here; ++i) words[i] = word(index + i);
+        for (int i = 0; i < here; ++i) words[i] = temper(words[i]);
+        index += here;
+        words += here;
+        count -= here;
+    }
+}
+
+} // namespace
+
+void WordsAhead::drawFrom(WordsAhead *scope, uint32_t *words, int count) {
+    for (; scope != nullptr && count > 0; scope = scope->outer_) {
+        const int here = std::min(count, scope->left());
+        std::copy_n(scope->words(), here, words);
+        scope->use(here);
+        words += here;
+        count -= here;
+    }
+    drawFromStream(words, count);
+}
+
+void WordsAhead::fill(int count) {
+    const int kept = left();
+    std::copy_n(words(), kept, words_);
+    drawFrom(outer_, words_ + kept, count - kept);
+    next_ = 0;
+    end_ = count;
 }
 
 double noiseOfWords(const uint32_t (&words)[3]) {

@@ -4,14 +4,18 @@
 //
 // There is exactly one stream, shared by every node and every render thread, and nothing locks it. That is on purpose:
 // creating an Ambient Occlusion or Random node restarts it from a fixed seed, and a render on one thread then repeats
-// exactly. Draws on several threads at once interleave; they may repeat or skip words, but every word they give is one
-// of the stream's, and the state stays sound: its words are atomics, accessed in relaxed order (plain loads and stores
-// on today's processors), and each draw reads the index once, so that it can never run past the end of the state.
+// exactly. Draws on several threads at once interleave; they may repeat or skip words, and the state stays sound: its
+// words are atomics, accessed in relaxed order (plain loads and stores on today's processors), and each draw reads the
+// index once, so that it can never run past the end of the state.
+//
+// The index and the words travel between processors at every draw of another thread, which costs as much as a ray. Who
+// knows that it will draw many words takes them ahead, in one visit: see WordsAhead.
 //
 // All functions may be called from any thread. None fails.
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 inline constexpr int kStateWords = 624;
@@ -20,8 +24,22 @@ inline constexpr uint32_t kCreationSeed = 3; // what the creation of a node that
 inline constexpr double kPerInt32Closed = 1.0 / 4294967295.0;   // 1 / (2^32 - 1)
 inline constexpr double kPerInt32HalfOpen = 1.0 / 4294967296.0; // 2^-32
 
+// A thread's own variables at a fixed place, which takes one step to find, where the platform can be asked for it.
+#ifdef __ELF__
+#define VELM_FIXED_PLACE [[gnu::tls_model("initial-exec")]]
+#else
+#define VELM_FIXED_PLACE
+#endif
+
+// What threads meet on stands on cache lines of its own.
+inline constexpr size_t kCacheLine = 64;
+struct alignas(kCacheLine) StreamIndex : std::atomic<int> {
+    using std::atomic<int>::atomic;
+    using std::atomic<int>::operator=;
+};
+
 extern std::atomic<uint32_t> mt[kStateWords]; // the state vector
-extern std::atomic<int> mti;                  // the next word to temper; kNeverSeeded before the first seed or draw
+extern StreamIndex mti;                       // the next word to temper; kNeverSeeded before the first seed or draw
 
 // Restarts the stream from a one-word seed.
 void init_genrand(uint32_t seed);
@@ -39,13 +57,55 @@ inline uint32_t temper(uint32_t y) {
     return y ^ (y >> 18);
 }
 
-// Takes `count` successive words in one step: the same words in the same order as so many single draws, with one visit
-// to the shared index, which is where threads meet.
+// Words that an evaluation takes from the stream ahead of their use. They stay the next words of the stream for all
+// that the thread draws meanwhile: what the evaluation calls before it has used them, other nodes perhaps, is given
+// them first, and the evaluation takes further ones instead. So every draw of a thread gets the word that it would have
+// got had nothing been taken ahead. For that, take no more than what is sure to be used before the end of the scope.
+//
+// Scopes nest as evaluations do. One belongs to the thread that made it.
+class WordsAhead {
+  public:
+    static constexpr int kMost = 64;
+
+    WordsAhead() : outer_(innermost) { innermost = this; }
+    ~WordsAhead() { innermost = outer_; }
+    WordsAhead(const WordsAhead &) = delete;
+    WordsAhead &operator=(const WordsAhead &) = delete;
+
+    // Takes words until there are `count`, kMost at most.
+    void fill(int count);
+
+    int left() const { return end_ - next_; }
+    const uint32_t *words() const { return words_ + next_; } // those that are left, tempered
+    void use(int count) { next_ += count; }                  // no more than are left
+
+    // The next `count` words of the thread: those taken ahead, the innermost scope's first, then the stream's.
+    static void draw(uint32_t *words, int count) { drawFrom(innermost, words, count); }
+    static bool any() { return innermost != nullptr; }
+
+  private:
+    static void drawFrom(WordsAhead *scope, uint32_t *words, int count);
+
+    // Every draw looks at it.
+    VELM_FIXED_PLACE static constinit thread_local WordsAhead *innermost;
+
+    WordsAhead *outer_;
+    int next_ = 0, end_ = 0;
+    uint32_t words_[kMost]; // from next_ to end_
+};
+
+VELM_FIXED_PLACE inline constinit thread_local WordsAhead *WordsAhead::innermost = nullptr;
+
+// Takes `count` successive words: the same words in the same order as so many single draws.
 template <int count>
 inline void genrand_words(uint32_t (&words)[count]) {
+    if (WordsAhead::any()) [[unlikely]] {
+        WordsAhead::draw(words, count);
+        return;
+    }
     int index = mti.load(std::memory_order_relaxed);
     for (int i = 0; i < count; ++i) {
-        if (index >= kStateWords) {
+        if (index >= kStateWords) [[unlikely]] {
             refillState(index);
             index = 0;
         }
@@ -69,14 +129,6 @@ inline double genrand_real1() { return genrand_int32() * kPerInt32Closed; }
 
 // Uniform on [0, 1).
 inline double genrand_real2() { return genrand_int32() * kPerInt32HalfOpen; }
-
-// Two successive values of genrand_real1.
-inline void genrand_real1_pair(double &first, double &second) {
-    uint32_t words[2];
-    genrand_words(words);
-    first = words[0] * kPerInt32Closed;
-    second = words[1] * kPerInt32Closed;
-}
 
 // The noise value of three words; gaussianNoise draws them from the stream.
 double noiseOfWords(const uint32_t (&words)[3]);

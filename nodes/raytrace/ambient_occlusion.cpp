@@ -15,9 +15,12 @@
 #include "module/panel.h"
 #include "module/rays.h"
 #include "module/rows.h"
+#include "module/sincos.h"
 #include "random/random.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <numbers>
 
 VELM_DECLARE_TAGS(AmbientOcclusion);
@@ -320,14 +323,25 @@ struct Turn {
           sinHeading(std::sin(heading)) {}
 };
 
-// The unit direction at the angle theta from the axis and the angle phi about it. With theta 0, the axis.
-void AmbientOcclusion_rotateAroundVector(double theta, double phi, const Turn &turn, double result[3]) {
-    const double sinTheta = std::sin(theta);
-    const double x = std::cos(theta), y = sinTheta * std::sin(phi), z = sinTheta * std::cos(phi);
-    const double level = x * turn.cosPitch - y * turn.sinPitch;
-    result[0] = level * turn.cosHeading - z * turn.sinHeading;
-    result[1] = x * turn.sinPitch + y * turn.cosPitch;
-    result[2] = level * turn.sinHeading + z * turn.cosHeading;
+// A run of rays: the angle from the axis and the angle about it of each, and their unit directions.
+constexpr int kRun = WordsAhead::kMost / 2; // two words for each ray
+struct Run {
+    double theta[kRun], phi[kRun];
+    double directions[kRun][3];
+};
+
+// With theta 0, the axis.
+void AmbientOcclusion_rotateAroundVector(Run &run, int count, const Turn &turn) {
+    double sinTheta[kRun], cosTheta[kRun], sinPhi[kRun], cosPhi[kRun];
+    velm::sinesAndCosines(run.theta, count, sinTheta, cosTheta);
+    velm::sinesAndCosines(run.phi, count, sinPhi, cosPhi);
+    for (int i = 0; i < count; ++i) {
+        const double x = cosTheta[i], y = sinTheta[i] * sinPhi[i], z = sinTheta[i] * cosPhi[i];
+        const double level = x * turn.cosPitch - y * turn.sinPitch;
+        run.directions[i][0] = level * turn.cosHeading - z * turn.sinHeading;
+        run.directions[i][1] = x * turn.sinPitch + y * turn.cosPitch;
+        run.directions[i][2] = level * turn.sinHeading + z * turn.cosHeading;
+    }
 }
 
 // The rays of one evaluation: where they start, how they are counted, what they have brought.
@@ -354,16 +368,36 @@ constexpr double kFullTurn = 2 * std::numbers::pi;
 
 int atLeastOne(int count) { return count < 1 ? 1 : count; }
 
+// Sends `count` rays. `aim` sets the two angles of a ray from its number and its two random values. The words of a run
+// of rays are taken ahead and its directions computed together; should anything that a ray calls draw words itself,
+// the rays after it get later ones, as if each had drawn its own.
+template <class Aim>
+void gather(Gathering &rays, int64_t count, Aim aim) {
+    const Turn turn = rays.turn();
+    WordsAhead ahead;
+    Run run;
+    for (int64_t sent = 0; sent < count;) {
+        const int length = static_cast<int>(std::min<int64_t>(count - sent, kRun));
+        ahead.fill(2 * length);
+        const uint32_t *words = ahead.words();
+        for (int i = 0; i < length; ++i)
+            aim(sent + i, words[2 * i] * kPerInt32Closed, words[2 * i + 1] * kPerInt32Closed, run.theta[i], run.phi[i]);
+        AmbientOcclusion_rotateAroundVector(run, length, turn);
+        for (int i = 0; i < length && ahead.left() == 2 * (length - i); ++i, ++sent) {
+            ahead.use(2);
+            rays.add(run.directions[i]);
+        }
+    }
+}
+
 void gatherRandom(Gathering &rays) {
     const AmbientOcclusion &self = rays.self;
     const int samples = atLeastOne(velm::read(services, self.samples, self.samplesInput, rays.sample));
-    const Turn turn = rays.turn();
-    for (int i = 0; i < samples; ++i) {
-        double r1, r2, direction[3];
-        genrand_real1_pair(r1, r2);
-        AmbientOcclusion_rotateAroundVector(r2 * rays.resolved.coneAngle, r1 * kFullTurn, turn, direction);
-        rays.add(direction);
-    }
+    const double cone = rays.resolved.coneAngle;
+    gather(rays, samples, [cone](int64_t, double r1, double r2, double &theta, double &phi) {
+        theta = r2 * cone;
+        phi = r1 * kFullTurn;
+    });
 }
 
 void gatherPolar(Gathering &rays) {
@@ -371,19 +405,14 @@ void gatherPolar(Gathering &rays) {
     const int rings = atLeastOne(velm::read(services, self.polarSamples1, self.polar1Input, rays.sample));
     const int perRing = atLeastOne(velm::read(services, self.polarSamples2, self.polar2Input, rays.sample));
     const double jitter = scalar(self.jitterAngle, self.jitterAngleInput, rays.sample);
-    const Turn turn = rays.turn();
     rays.add(rays.axis); // as it was given, not normalised
-    const double azimuthStep = kFullTurn / perRing;
-    for (int ring = 1; ring < rings; ++ring) {
-        const double elevation = rays.resolved.coneAngle / (rings - 1) * ring;
-        for (int i = 0; i < perRing; ++i) {
-            double r1, r2, direction[3];
-            genrand_real1_pair(r1, r2);
-            const double azimuth = azimuthStep * i - jitter + 2 * jitter * r1;
-            AmbientOcclusion_rotateAroundVector(elevation - jitter * r2, azimuth, turn, direction);
-            rays.add(direction);
-        }
-    }
+    const double ringStep = rays.resolved.coneAngle / (rings - 1), azimuthStep = kFullTurn / perRing;
+    const auto aim = [=](int64_t ray, double r1, double r2, double &theta, double &phi) {
+        const auto ring = static_cast<double>(1 + ray / perRing), place = static_cast<double>(ray % perRing);
+        theta = ringStep * ring - jitter * r2;
+        phi = azimuthStep * place - jitter + 2 * jitter * r1;
+    };
+    gather(rays, int64_t{rings - 1} * perRing, aim);
 }
 
 } // namespace

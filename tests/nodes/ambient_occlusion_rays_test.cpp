@@ -225,6 +225,83 @@ TEST_F(OcclusionRays, JitterTiltsTowardsTheAxisOnly) {
     EXPECT_GT(most, 0.98);
 }
 
+// ---- Whoever else draws meanwhile ----
+
+// What a ray meets may evaluate nodes that draw: the words come in the order of the calls all the same.
+class OcclusionAmongDraws : public OcclusionRays {
+  protected:
+    Draws draws;
+    int raised = 0;
+
+    // What a ray calls: draws now and then, sometimes more than the node itself has ahead of it.
+    void drawInBetween() {
+        constexpr int kCounts[] = {0, 1, 0, 0, 5, 0, 2, 90, 0, 0, 3};
+        for (int i = 0; i < kCounts[raised % 11]; ++i) EXPECT_EQ(genrand_real1(), draws.next());
+        ++raised;
+    }
+    void expectRay(const double direction[3]) {
+        const double r1 = draws.next(), r2 = draws.next();
+        expectNear({direction[0], direction[1], direction[2]},
+                   inCone(r2 * kRightAngle, r1 * 2 * kPi, sample.shadingNormal));
+    }
+    void expectStreamGoesOn() {
+        EXPECT_EQ(raised, 150);
+        for (int i = 0; i < 10; ++i) EXPECT_EQ(genrand_real1(), draws.next());
+    }
+    void SetUp() override {
+        node.set(kSamples, 150);
+        init_genrand(3);
+    }
+};
+
+TEST_F(OcclusionAmongDraws, OfWhatIsCast) {
+    scene.distance = [this](const double *, const double *direction) {
+        expectRay(direction);
+        drawInBetween();
+        return 1.0;
+    };
+    scalar();
+    expectStreamGoesOn();
+}
+
+TEST_F(OcclusionAmongDraws, OfWhatIsTraced) {
+    node.set(kOcclusionMode, kTraced);
+    scene.colour = [this](const double *direction, double *) {
+        expectRay(direction);
+        drawInBetween();
+    };
+    colour();
+    expectStreamGoesOn();
+}
+
+TEST_F(OcclusionAmongDraws, OfTheBackdrop) {
+    node.set(kBackgroundMode, kBackdropColour);
+    host.backdrop = [this](double, const double *direction, double *) {
+        expectRay(direction);
+        drawInBetween();
+    };
+    colour();
+    expectStreamGoesOn();
+}
+
+TEST_F(OcclusionAmongDraws, OfAnEvaluationWithinAnother) {
+    bool within = false;
+    scene.distance = [&](const double *, const double *direction) {
+        expectRay(direction);
+        ++raised;
+        if (!within && raised % 31 == 1) {
+            within = true;
+            scalar();
+            within = false;
+        }
+        return 1.0;
+    };
+    node.set(kSamples, 40);
+    scalar();
+    EXPECT_EQ(raised, 40 + 2 * 40) << "one evaluation and two within it";
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(genrand_real1(), draws.next());
+}
+
 // ---- Where rays start, and what they turn about ----
 
 TEST_F(OcclusionRays, StartAtTheOffsetAlongTheGeometricNormal) {

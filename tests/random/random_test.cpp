@@ -139,10 +139,10 @@ TEST(Random, PairsAndTriplesAreSingleDrawsAtEveryOffset) {
             for (size_t i = 0; i < offset; ++i) genrand_int32();
         };
         restart();
-        double first = -1, second = -1;
-        genrand_real1_pair(first, second);
-        ASSERT_EQ(first, words[offset] * (1.0 / 4294967295.0)) << offset;
-        ASSERT_EQ(second, words[offset + 1] * (1.0 / 4294967295.0)) << offset;
+        uint32_t two[2];
+        genrand_words(two);
+        ASSERT_EQ(two[0], words[offset]) << offset;
+        ASSERT_EQ(two[1], words[offset + 1]) << offset;
         ASSERT_EQ(genrand_int32(), words[offset + 2]) << offset;
 
         restart();
