@@ -100,7 +100,7 @@ void warnCheck(const std::string &message) {
     copyText(board->notes + used, sizeof board->notes - used, (used > 0 ? "; " : "") + message);
 }
 
-void reproduceHere() { reproducing = true; }
+void reproduceHere(bool here) { reproducing = here; }
 
 void watchSignals() {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)

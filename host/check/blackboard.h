@@ -77,7 +77,7 @@ void warnCheck(const std::string &message);
 
 // How a check ends in this process: by leaving it with this status, or, when reproducing, by SIGABRT.
 constexpr int kDecidedStatus = 42;
-void reproduceHere();
+void reproduceHere(bool here);
 
 // Names the thread that falls by SIGSEGV, SIGBUS, SIGFPE, SIGILL or SIGABRT. Sanitizers have their own ways: nothing
 // is done under them.

@@ -16,12 +16,6 @@
 #include <cstring>
 #include <new>
 
-#ifdef __SANITIZE_THREAD__
-// The processes of the checks are born from one with idle threads, and have threads of their own.
-extern "C" const char *__tsan_default_options();
-extern "C" const char *__tsan_default_options() { return "die_after_fork=0"; }
-#endif
-
 namespace velm {
 
 namespace {

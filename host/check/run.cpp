@@ -192,9 +192,10 @@ CheckResult reproduceCheck(const CheckOptions &options) {
                          "\" and \"" + selected[1].fullName() + "\" among them; one can be reproduced at a time");
     CheckResult result = selected[0];
     useBlackboard(&*found.board);
-    reproduceHere();
+    reproduceHere(true);
     result.check->run(
         {.module = options.module, .server = result.server, .seed = result.seed, .seconds = options.minutes * 60});
+    reproduceHere(false);
     result.message = found.board->notes;
     result.outcome = result.message.empty() ? Outcome::pass : Outcome::warn;
     static Blackboard own{};

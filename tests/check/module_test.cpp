@@ -21,10 +21,37 @@ TEST_P(ModuleTest, StandsTheLevel) {
         if (check.level == GetParam()) expectWell(check);
 }
 
-// Under the thread sanitizer these are the ones that tell; a level 6 there is a level without a race.
-TEST(ThreadedModule, StandsLevelSix) {
-    for (const Check &check : allChecks())
-        if (check.level == 6) expectWell(check);
+// In this process, since the thread sanitizer cannot follow threads into processes that are born without a new program.
+// There a race ends the program.
+class ThreadedModule : public ::testing::TestWithParam<const char *> {};
+
+TEST_P(ThreadedModule, StandsTheCheck) {
+    const std::vector<CheckResult> nodes = resultsOf(optionsFor(VELM_MODULE_FILE, "life.connectors"));
+    ASSERT_EQ(nodes.size(), 17u);
+    for (const CheckResult &node : nodes) {
+        const CheckResult one =
+            reproduceCheck(optionsFor(VELM_MODULE_FILE, std::string(GetParam()) + "/" + node.server));
+        EXPECT_EQ(one.outcome, Outcome::pass) << one.fullName() << ": " << one.message;
+    }
+}
+
+std::vector<const char *> threadCheckNames() {
+    std::vector<const char *> names;
+    for (const Check &check : threadChecks()) names.push_back(check.name);
+    return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(Checks, ThreadedModule, ::testing::ValuesIn(threadCheckNames()), [](const auto &row) {
+    std::string name = row.param;
+    std::replace(name.begin(), name.end(), '.', '_');
+    return name;
+});
+
+// The thread sanitizer tells of the race itself, all others of what comes of it.
+TEST(ThreadedMutantDeathTest, ARaceIsTold) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // a new program
+    EXPECT_DEATH(reproduceCheck(optionsFor(mutantFile("counts_for_all"), "threads.one/Mutant Sum")),
+                 "data race|other results than alone");
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, ModuleTest, ::testing::Range(1, std::min(5, kHighestLevel) + 1));
