@@ -41,6 +41,7 @@ FILES = {
     "module/node.cpp": "test_module",
     "module/panel.cpp": "test_module",
     "module/rays.h": "test_nodes",
+    "module/sincos.cpp": "test_module",
     "module/vectors.h": "test_nodes_images_and_sharing",
     "nodes/image/pixel_image.cpp": "test_nodes_images_and_sharing",
     "nodes/material/get_material.cpp": "test_nodes_images_and_sharing",
