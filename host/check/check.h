@@ -20,7 +20,6 @@ struct CheckTask {
     std::string module; // the file
     std::string server;
     std::uint64_t seed = 0;
-    double seconds = 0; // how long a check should go on that can go on for ever; 0: its own measure
 };
 
 enum class CheckScope { module, node };
@@ -32,7 +31,6 @@ struct Check {
     CheckScope scope;    // once for the module, or once for each of its nodes
     const char *demands; // what is demanded, in a line
     void (*run)(const CheckTask &task);
-    bool endless = false; // goes on for as long as it is given
 };
 
 // All checks, by level. Unique names.
@@ -43,8 +41,7 @@ struct CheckOptions {
     int level = 5;          // the highest one that runs
     std::string filter;     // only checks whose "name/server" is this text, else those that have it in it
     std::uint64_t seed = 1; // what all choices are drawn from
-    double minutes = 0;     // for the checks that can go on for ever, shared among them
-    double limit = 60;      // seconds that one check may take; more for those that go on
+    double limit = 60;      // seconds that one check may take
 };
 
 struct CheckResult {

@@ -90,11 +90,7 @@ class Runner {
   public:
     Runner(const CheckOptions &options, const Discovery &found, std::vector<CheckResult> &results,
            const std::function<void(const CheckResult &)> &done)
-        : options_(options), found_(found), results_(results), done_(done) {
-        const auto endless =
-            std::count_if(results.begin(), results.end(), [](const auto &one) { return one.check->endless; });
-        if (endless > 0) seconds_ = options.minutes * 60 * atOnce() / static_cast<double>(endless);
-    }
+        : options_(options), found_(found), results_(results), done_(done) {}
 
     void run() {
         while (next_ < results_.size() || !running_.empty()) {
@@ -118,13 +114,10 @@ class Runner {
             done_(result);
             return;
         }
-        const double seconds = result.check->endless ? seconds_ : 0;
-        const CheckTask task{
-            .module = options_.module, .server = result.server, .seed = result.seed, .seconds = seconds};
+        const CheckTask task{.module = options_.module, .server = result.server, .seed = result.seed};
         const Check &check = *result.check;
-        running_.push_back(
-            {&result, std::make_unique<Child>(
-                          *found_.board, [&check, task] { check.run(task); }, options_.limit + seconds)});
+        running_.push_back({&result, std::make_unique<Child>(
+                                         *found_.board, [&check, task] { check.run(task); }, options_.limit)});
     }
 
     void waitForOne() {
@@ -158,7 +151,6 @@ class Runner {
     const std::function<void(const CheckResult &)> &done_;
     std::vector<Running> running_;
     std::size_t next_ = 0;
-    double seconds_ = 0;
 };
 
 } // namespace
@@ -193,8 +185,7 @@ CheckResult reproduceCheck(const CheckOptions &options) {
     CheckResult result = selected[0];
     useBlackboard(&*found.board);
     reproduceHere(true);
-    result.check->run(
-        {.module = options.module, .server = result.server, .seed = result.seed, .seconds = options.minutes * 60});
+    result.check->run({.module = options.module, .server = result.server, .seed = result.seed});
     reproduceHere(false);
     result.message = found.board->notes;
     result.outcome = result.message.empty() ? Outcome::pass : Outcome::warn;
