@@ -112,7 +112,8 @@ class AbsentImages {
 
 // What makes names goes before what chooses among them, in whichever surface or network either stands.
 void applyAll(std::vector<PendingSetting> settings, AbsentImages &absentImages) {
-    std::ranges::stable_partition(settings, [](const PendingSetting &one) { return runTimeList(one) == nullptr; });
+    std::stable_partition(settings.begin(), settings.end(),
+                          [](const PendingSetting &one) { return runTimeList(one) == nullptr; });
     for (const PendingSetting &one : settings)
         if (!absentImages.chosenBy(one)) applySetting(*one.panel, *one.setting);
 }
@@ -151,10 +152,11 @@ class NetworkBuilder {
 
     void setAndConnect(AbsentImages &absentImages) {
         applyAll(std::move(settings_), absentImages);
-        for (const auto &[editor, network] : connections_) {
-            for (const ConnectionDescription &one : network->connections)
-                atPlace(one.place, [&] { connectDescribed(*editor, *network, one); });
-            editor->rename(editor->root(), editor->name());
+        for (const auto &connected : connections_) {
+            HostNodeEditor &editor = *connected.editor;
+            for (const ConnectionDescription &one : connected.network->connections)
+                atPlace(one.place, [&] { connectDescribed(editor, *connected.network, one); });
+            editor.rename(editor.root(), editor.name());
         }
     }
 
