@@ -1,0 +1,9 @@
+// The module's nodes, linked into the program, so that the fuzzer sees which of their branches an input takes.
+#pragma once
+
+namespace velm::fuzz {
+
+// Puts them into the host's list of servers, the first time.
+void listModuleNodes();
+
+} // namespace velm::fuzz

@@ -1,0 +1,17 @@
+// Networks in the binary form: the input is what stands in the block NODS.
+#include "fuzz/module_nodes.h"
+#include "fuzz/networks.h"
+#include "fuzz/promise.h"
+
+using namespace velm;
+using namespace velm::fuzz;
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
+    listModuleNodes();
+    if (size > 0xffff) return 0; // more than a block holds
+    const std::string name = "fuzzed.lwo";
+    const std::string block = std::string("NODS") + static_cast<char>(size >> 8) + static_cast<char>(size & 0xff) +
+                              std::string(asText(data, size));
+    done(name, [&] { throughSurface(block, name, 0); });
+    return 0;
+}

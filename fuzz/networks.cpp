@@ -1,0 +1,44 @@
+#include "fuzz/networks.h"
+
+#include "fuzz/promise.h"
+
+#include "host/files/network_block.h"
+#include "host/graph/surface.h"
+#include "host/state/save_state.h"
+
+namespace velm::fuzz {
+
+namespace {
+
+std::string write(Surface &surface, const std::string &file) {
+    StateWriter writer(kStateBinary);
+    surface.save(*writer.state());
+    try {
+        return writer.finish();
+    } catch (const InputError &error) { // what has become too long for a block
+        throw InputError(file + ": " + error.what());
+    }
+}
+
+std::string writtenAgain(const std::string &block, const std::string &file) {
+    try {
+        Surface surface("Fuzzed");
+        loadNetwork(surface, block, file, 0);
+        return write(surface, file);
+    } catch (const InputError &error) {
+        demand(false, "a network that was written can be read", error.what());
+        throw;
+    }
+}
+
+} // namespace
+
+std::string throughSurface(std::string_view block, const std::string &file, std::size_t offset) {
+    Surface surface("Fuzzed");
+    loadNetwork(surface, block, file, offset);
+    const std::string written = write(surface, file);
+    demand(writtenAgain(written, file) == written, "a network that was written is written alike once read");
+    return written;
+}
+
+} // namespace velm::fuzz

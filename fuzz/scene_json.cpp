@@ -1,0 +1,33 @@
+// The scenes of the stand-alone host.
+#include "fuzz/promise.h"
+
+#include "host/scene/read_scene.h"
+#include "host/scene/write_surfaces.h"
+
+using namespace velm;
+using namespace velm::fuzz;
+
+namespace {
+
+const std::string kName = "fuzzed.json";
+
+std::string surfacesOf(const std::string &text) {
+    constexpr const char *kCamera = "{\"cameras\": {\"Camera\": {}},";
+    const SceneDescription scene = readSceneText(kCamera + text.substr(1), kName, {});
+    return writeSurfaces(scene.images, scene.surfaces);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
+    done(kName, [&] {
+        const SceneDescription scene = readSceneText(asText(data, size), kName, {});
+        const std::string written = writeSurfaces(scene.images, scene.surfaces);
+        try {
+            demand(surfacesOf(written) == written, "surfaces that were written are written alike once read", written);
+        } catch (const InputError &error) {
+            demand(false, "surfaces that were written can be read", error.what() + ('\n' + written));
+        }
+    });
+    return 0;
+}

@@ -1,0 +1,44 @@
+// Inputs that were trouble once, and small whole ones, read by the fuzz targets. A promise that is not kept ends the
+// program.
+#include "fuzz/promise.h"
+
+#include "host/state/files.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <vector>
+
+namespace velm::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> keptInputs() {
+    std::vector<std::string> files;
+    for (const auto &entry : fs::directory_iterator(VELM_SOURCE_DIR "/fuzz/regressions/" VELM_FUZZ_READER))
+        files.push_back(entry.path().string());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+std::string nameOf(const ::testing::TestParamInfo<std::string> &input) {
+    std::string name = fs::path(input.param).filename().string();
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char letter) { return std::isalnum(letter) == 0; }, '_');
+    return name;
+}
+
+class Regressions : public ::testing::TestWithParam<std::string> {};
+
+TEST_P(Regressions, AreRead) {
+    const std::string bytes = readFile(GetParam());
+    EXPECT_EQ(LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char *>(bytes.data()), bytes.size()), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(, Regressions, ::testing::ValuesIn(keptInputs()), nameOf);
+
+} // namespace
+} // namespace velm::test
