@@ -52,7 +52,6 @@ void copySettings(HostNode &to, const HostNode &from) {
     copyAppearance(to, from);
     to.savesData = from.savesData;
     to.keptData = from.keptData;
-    to.keptAs = from.keptAs;
     if (!to.handler || !to.handler->instance->copy) return;
     if (const auto error = velm::failureOf(to, to.handler->instance->copy(to.instance, from.instance)))
         throw InputError("cannot copy the node " + quoted(from.name) + ": " + *error);

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,12 @@
 namespace velm {
 class ServerClass;
 class StandIn;
+
+// The data of a node as a file had them, which may be none at all, and what the node's server saved once it had read
+// them.
+struct KeptData {
+    std::string inFile, asSaved;
+};
 } // namespace velm
 
 struct HostOutput {
@@ -56,8 +63,8 @@ struct HostNode {
     std::shared_ptr<velm::StandIn> standIn; // keeps the class of a node whose server is not there; null for others
     // A root whose values are kept elsewhere in its file saves none.
     bool savesData = true;
-    // The data that a file had, where they are not what the server saves of them; and what that is. See node_data.h.
-    std::string keptData, keptAs;
+    // The data that a file had, where they are not what the server saves of them. See node_data.h.
+    std::optional<velm::KeptData> keptData;
 
     // How an editor shows it.
     std::array<int, 3> colour{128, 128, 128};

@@ -35,19 +35,17 @@ void loadData(HostNode &node, const HostLoadState &state) {
     if (const auto error = failureOf(node, node.handler->instance->load(node.instance, &state)))
         throw InputError("cannot load the node " + quoted(node.name) + ": " + *error);
     while (state.depth(state.data) > depth) state.endBlock(state.data); // that the server left open
-    node.keptData.clear();
-    node.keptAs.clear();
+    node.keptData.reset();
     if (state.mode != kStateBinary) return;
     std::string own = ownData(node);
     if (own == contents) return;
-    node.keptData = std::move(contents);
-    node.keptAs = std::move(own);
+    node.keptData = {.inFile = std::move(contents), .asSaved = std::move(own)};
 }
 
 void saveData(const HostNode &node, const HostSaveState &state) {
     assertInterface();
-    if (state.mode == kStateBinary && !node.keptData.empty() && ownData(node) == node.keptAs)
-        state.write(state.data, node.keptData.data(), static_cast<int>(node.keptData.size()));
+    if (state.mode == kStateBinary && node.keptData && ownData(node) == node.keptData->asSaved)
+        state.write(state.data, node.keptData->inFile.data(), static_cast<int>(node.keptData->inFile.size()));
     else
         saveOwn(node, state);
 }

@@ -108,7 +108,7 @@ void expectNetwork(HostNodeEditor &editor, const NetworkDescription &description
 }
 
 void expectNothingKept(const HostNode &node) {
-    EXPECT_TRUE(node.keptData.empty()) << "what the node \"" << node.name << "\" saves is not what it loaded";
+    EXPECT_FALSE(node.keptData.has_value()) << "what the node \"" << node.name << "\" saves is not what it loaded";
     for (const HostNodeEditor *inside : node.nested)
         for (const auto &one : inside->nodes()) expectNothingKept(*one);
 }

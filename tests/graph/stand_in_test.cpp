@@ -113,6 +113,11 @@ class StandInTest : public GraphTest {
         surface.save(*writer.state());
         return writer.finish();
     }
+    static std::string savedNetwork(HostNodeEditor &editor) {
+        StateWriter writer(kStateBinary);
+        editor.save(*writer.state());
+        return writer.finish();
+    }
 };
 
 TEST_F(StandInTest, ATextComesBackToTheByte) {
@@ -196,6 +201,28 @@ TEST_F(StandInTest, DataThatItsServerWritesOtherwiseAreKeptUntilTheNodeChanges) 
     EXPECT_EQ(savedData(node).size(), 16U);
     testNode(node).scalar = 1;
     EXPECT_EQ(savedData(node), data);
+}
+
+TEST_F(StandInTest, DataThatAreEmptyAreKeptAsEmptyUntilTheNodeChanges) {
+    HostNodeEditor editor("Net", "Net", nullptr, nullptr);
+    HostNode &node = addGroup(editor, "A");
+    const std::string own = savedData(node);
+    EXPECT_FALSE(own.empty());
+    loadSavedData(node, "", "test");
+    EXPECT_EQ(savedData(node), "");
+
+    HostNodeEditor again("Net", "Net", nullptr, nullptr);
+    StateReader reader(kStateBinary, savedNetwork(editor), "network");
+    again.load(*reader.state());
+    EXPECT_EQ(savedData(again.node("A")), "");
+    HostNodeEditor copy("Net", "Net", nullptr, nullptr);
+    copy.copyFrom(again);
+    EXPECT_EQ(savedNetwork(copy), savedNetwork(editor));
+
+    add(*testGroup(again.node("A")).editor, "Inside the group");
+    EXPECT_GT(savedData(again.node("A")).size(), own.size());
+    loadSavedData(node, own, "test");
+    EXPECT_EQ(savedData(node), own);
 }
 
 } // namespace
