@@ -1,10 +1,10 @@
 // The module's own nodes that hold networks, in this host's networks: their whole life, three deep.
 #include "host/graph/surface.h"
-#include "host/load/module.h"
 #include "host/panel/settings.h"
 #include "host/services/lookup.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
+#include "tests/graph/listed_module.h"
 #include "tests/graph/test_nodes.h"
 
 #include <functional>
@@ -14,10 +14,7 @@ namespace {
 
 class ModuleGroups : public GraphTest {
   protected:
-    static void SetUpTestSuite() {
-        static Module &module = *new Module(Module::open(VELM_MODULE_FILE));
-        if (!serverList().find("Velm Group Node")) serverList().add(module.servers(), "velm.p");
-    }
+    static void SetUpTestSuite() { listModule(); }
     static HostNode &addModuleGroup(HostNodeEditor &editor, const char *name) {
         return editor.addNode(serverList().get("Velm Group Node"), name);
     }

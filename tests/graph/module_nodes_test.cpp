@@ -1,11 +1,11 @@
 // The nodes of the real module in this host's networks: what all of them have to go through, whatever they compute.
 #include "host/graph/surface.h"
-#include "host/load/module.h"
 #include "host/panel/settings.h"
 #include "host/services/lookup.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 #include "host/thread_role.h"
+#include "tests/graph/listed_module.h"
 
 #include <gtest/gtest.h>
 
@@ -18,12 +18,7 @@ namespace {
 
 class ModuleNodes : public ::testing::Test {
   protected:
-    // Loaded once for all tests, as a host does, and never unloaded, so that what the module keeps for its life stays
-    // in reach.
-    static void SetUpTestSuite() {
-        static Module &module = *new Module(Module::open(VELM_MODULE_FILE));
-        if (classes().empty()) serverList().add(module.servers(), "velm.p");
-    }
+    static void SetUpTestSuite() { listModule(); }
     static std::vector<ServerClass *> classes() {
         std::vector<ServerClass *> found;
         for (const auto &one : serverList().all())

@@ -3,9 +3,9 @@
 #include "host/graph/network.h"
 #include "host/image/image.h"
 #include "host/image/picture.h"
-#include "host/load/module.h"
 #include "host/panel/draw.h"
 #include "host/panel/settings.h"
+#include "tests/graph/listed_module.h"
 
 #include <gtest/gtest.h>
 
@@ -23,8 +23,9 @@ constexpr float kQuarter = 0.25f;
 // Red tells the column in quarters, green the row.
 class PixelTables : public testing::Test {
   protected:
-    PixelTables() : module_(Module::open(VELM_MODULE_FILE)) {
-        serverList().add(module_.servers(), module_.path());
+    static void SetUpTestSuite() { listModule(); }
+
+    PixelTables() {
         file_ = (std::filesystem::temp_directory_path() / ("velm_pixel_tables_" + std::to_string(::getpid()) + ".exr"))
                     .string();
         Picture picture(kSide, kSide);
@@ -44,7 +45,6 @@ class PixelTables : public testing::Test {
     }
     ~PixelTables() override {
         editor_.reset();
-        serverList().remove(module_.path());
         ImageList::instance().clear();
         std::filesystem::remove(file_);
     }
@@ -75,7 +75,6 @@ class PixelTables : public testing::Test {
     }
 
   private:
-    Module module_;
     std::string file_;
     std::unique_ptr<HostNodeEditor> editor_;
     HostNode *node_;
