@@ -62,6 +62,7 @@ HostNodeEditor::HostNodeEditor(std::string name, std::string title, const HostRo
     root_ = std::make_unique<HostNode>();
     root_->editor = this;
     root_->name = name_;
+    names_.add(*root_);
     root_->previewType = description_.previewType;
     if (holder_) holder_->nested.push_back(this);
 }
@@ -69,6 +70,7 @@ HostNodeEditor::HostNodeEditor(std::string name, std::string title, const HostRo
 HostNodeEditor::HostNodeEditor(std::string name, velm::ServerClass &server) : name_(std::move(name)), title_(name_) {
     assertInterface();
     root_ = makeNode(server, name_);
+    names_.add(*root_);
 }
 
 HostNodeEditor::HostNodeEditor(std::string name, std::shared_ptr<velm::StandIn> standIn)
@@ -76,6 +78,7 @@ HostNodeEditor::HostNodeEditor(std::string name, std::shared_ptr<velm::StandIn> 
     assertInterface();
     velm::ServerClass &server = standIn->serverClass();
     root_ = makeNode(server, name_, std::move(standIn));
+    names_.add(*root_);
 }
 
 HostNodeEditor::~HostNodeEditor() {
@@ -114,20 +117,19 @@ std::unique_ptr<HostNode> HostNodeEditor::makeNode(velm::ServerClass &server, st
 
 HostNode &HostNodeEditor::addNode(velm::ServerClass &server, std::string_view name) {
     assertInterface();
-    auto node = makeNode(server, uniqueName(name.empty() ? server.displayName() : name, nullptr));
-    nodes_.push_back(std::move(node));
-    HostNode &added = *nodes_.back();
-    changed();
-    return added;
+    return take(makeNode(server, names_.unique(name.empty() ? server.displayName() : name)));
 }
 
 HostNode &HostNodeEditor::addStandIn(std::shared_ptr<velm::StandIn> standIn, std::string_view name) {
     assertInterface();
     velm::ServerClass &server = standIn->serverClass();
-    const std::string shown(name.empty() ? server.displayName() : name);
-    auto node = makeNode(server, uniqueName(shown, nullptr), std::move(standIn));
-    nodes_.push_back(std::move(node));
-    HostNode &added = *nodes_.back();
+    const std::string unique = names_.unique(name.empty() ? server.displayName() : name);
+    return take(makeNode(server, unique, std::move(standIn)));
+}
+
+HostNode &HostNodeEditor::take(std::unique_ptr<HostNode> node) {
+    HostNode &added = *nodes_.emplace_back(std::move(node));
+    names_.add(added);
     changed();
     return added;
 }
@@ -153,6 +155,7 @@ void HostNodeEditor::destroyNode(HostNode &node) {
     if (found == nodes_.end())
         throw InputError("node " + quoted(node.name) + " cannot be removed from " + quoted(name_));
     dismantle(node);
+    names_.remove(node);
     nodes_.erase(found);
     changed();
 }
@@ -161,16 +164,13 @@ void HostNodeEditor::clear() {
     assertInterface();
     while (!nodes_.empty()) {
         dismantle(*nodes_.back());
+        names_.remove(*nodes_.back());
         nodes_.pop_back();
         changed();
     }
 }
 
-HostNode *HostNodeEditor::findNode(std::string_view wanted) const {
-    if (root_->name == wanted) return root_.get();
-    const auto found = std::find_if(nodes_.begin(), nodes_.end(), [&](const auto &one) { return one->name == wanted; });
-    return found == nodes_.end() ? nullptr : found->get();
-}
+HostNode *HostNodeEditor::findNode(std::string_view wanted) const { return names_.find(wanted); }
 
 HostNode &HostNodeEditor::node(std::string_view wanted) const {
     if (HostNode *found = findNode(wanted)) return *found;
@@ -181,26 +181,14 @@ HostNode &HostNodeEditor::node(std::string_view wanted) const {
 
 void HostNodeEditor::rename(HostNode &node, std::string_view name) {
     assertInterface();
-    node.name = uniqueName(name, &node);
+    giveName(node, name);
     changed();
 }
 
-std::string HostNodeEditor::uniqueName(std::string_view wanted, const HostNode *except) const {
-    const auto taken = [&](std::string_view name) {
-        const HostNode *found = findNode(name);
-        return found && found != except;
-    };
-    if (!taken(wanted)) return std::string(wanted);
-    // A number that is there already goes up instead of getting a second one behind it.
-    std::string base(wanted);
-    const auto open = base.rfind(" (");
-    if (open != std::string::npos && base.back() == ')' && open + 3 < base.size() &&
-        base.find_first_not_of("0123456789", open + 2) == base.size() - 1)
-        base.resize(open);
-    for (int number = 2;; ++number) {
-        std::string name = base + " (" + std::to_string(number) + ")";
-        if (!taken(name)) return name;
-    }
+void HostNodeEditor::giveName(HostNode &node, std::string_view wanted) {
+    names_.remove(node);
+    node.name = names_.unique(wanted);
+    names_.add(node);
 }
 
 std::vector<HostNode *> HostNodeEditor::all() const {

@@ -3,6 +3,7 @@
 
 #include "host/error.h"
 #include "host/graph/node.h"
+#include "host/graph/node_names.h"
 #include "host/graph/server_list.h"
 
 #include <memory>
@@ -118,7 +119,8 @@ struct HostNodeEditor {
     std::string takeLastError() { return std::exchange(lastError_, {}); }
 
   private:
-    std::string uniqueName(std::string_view wanted, const HostNode *except) const;
+    HostNode &take(std::unique_ptr<HostNode> node);
+    void giveName(HostNode &node, std::string_view wanted);
     std::unique_ptr<HostNode> makeNode(velm::ServerClass &server, std::string name,
                                        std::shared_ptr<velm::StandIn> standIn = nullptr);
     std::string nameInFile(const HostNode &node) const;
@@ -135,6 +137,7 @@ struct HostNodeEditor {
     HostRootDescription description_{};
     std::unique_ptr<HostNode> root_;
     std::vector<std::unique_ptr<HostNode>> nodes_;
+    velm::NodeNames names_; // the root's, too
     std::unique_ptr<HostChannelGroup> ownGroup_;
     HostChannelGroup *group_ = nullptr;
     void *userData_ = nullptr;

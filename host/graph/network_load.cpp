@@ -96,9 +96,9 @@ class HostNodeEditor::Loader {
     class RootAside {
       public:
         explicit RootAside(HostNodeEditor &editor) : editor_(editor), name_(editor.root().name) {
-            editor_.root().name.clear();
+            editor_.giveName(editor_.root(), {});
         }
-        ~RootAside() { editor_.root().name = editor_.uniqueName(name_, &editor_.root()); }
+        ~RootAside() { editor_.giveName(editor_.root(), name_); }
         RootAside(const RootAside &) = delete;
         RootAside &operator=(const RootAside &) = delete;
 

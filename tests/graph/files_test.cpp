@@ -280,5 +280,21 @@ TEST_F(FilesTest, ASurfaceWithoutItsBlockIsAnError) {
     EXPECT_THROW(surface.load(*reader.state()), InputError);
 }
 
+// Every name is asked for among all of those before: what looks at each of them takes minutes here.
+TEST_F(FilesTest, ThousandsOfNodesOfOneNameGetTheirNumbers) {
+    constexpr int kNodes = 10'000;
+    std::string text = "{ Nodes\n  Server \"Net\"\n  { Tag\n    Name \"Gradient\"\n  }\n";
+    for (int i = 0; i < kNodes; ++i) text += "  Server \"Weather\"\n  { Tag\n    Name \"Gradient\"\n  }\n";
+    HostNodeEditor editor("Gradient", "Net", nullptr, nullptr);
+    loaded(kStateText, text + "}\n", [&](const HostLoadState &state) { editor.load(state); });
+    ASSERT_EQ(editor.nodes().size(), static_cast<std::size_t>(kNodes));
+    for (int i = 0; i < kNodes; ++i) {
+        const HostNode &node = *editor.nodes()[static_cast<std::size_t>(i)];
+        ASSERT_EQ(node.name, i == 0 ? "Gradient" : "Gradient (" + std::to_string(i + 1) + ")");
+        ASSERT_EQ(editor.findNode(node.name), &node);
+    }
+    EXPECT_EQ(editor.root().name, "Gradient (10001)");
+}
+
 } // namespace
 } // namespace velm::test

@@ -40,6 +40,29 @@ TEST_F(NetworkTest, NamesAreUniqueInTheirEditor) {
     EXPECT_EQ(other.addNode(tester()).name, "Tester");
 }
 
+// Each step has one right name, whatever was asked for, taken and given back before it.
+TEST_F(NetworkTest, NumbersThatBecomeFreeAreGivenAgainTheLowestFirst) {
+    for (int number = 1; number <= 6; ++number) add(editor, "A");
+    editor.destroyNode(editor.node("A (5)"));
+    editor.rename(editor.node("A (3)"), "B");
+    EXPECT_EQ(add(editor, "A").name, "A (3)");
+    EXPECT_EQ(add(editor, "A (4)").name, "A (5)");
+    EXPECT_EQ(add(editor, "A").name, "A (7)");
+    editor.destroyNode(editor.node("A"));
+    EXPECT_EQ(editor.findNode("A"), nullptr);
+    EXPECT_EQ(add(editor, "A").name, "A");
+    EXPECT_EQ(add(editor, "A (9)").name, "A (9)");
+    EXPECT_EQ(add(editor, "A").name, "A (8)");
+    EXPECT_EQ(add(editor, "A").name, "A (10)");
+    failNextCreate("out of paper");
+    EXPECT_THROW(add(editor, "A"), InputError);
+    EXPECT_EQ(add(editor, "A").name, "A (11)");
+    editor.clear();
+    EXPECT_EQ(add(editor, "A").name, "A");
+    EXPECT_EQ(add(editor, "A").name, "A (2)");
+    EXPECT_EQ(&editor.node("A (2)"), editor.nodes()[1].get());
+}
+
 TEST_F(NetworkTest, ARenamedNodeMayKeepItsName) {
     HostNode &a = add(editor, "A");
     add(editor, "B");
