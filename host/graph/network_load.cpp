@@ -7,7 +7,9 @@
 #include "host/state/load_state.h"
 #include "host/thread_role.h"
 
+#include <algorithm>
 #include <map>
+#include <memory>
 #include <optional>
 
 using namespace velm::blocks;
@@ -17,13 +19,7 @@ using velm::quoted;
 
 namespace {
 
-std::string readString(const HostLoadState &state) {
-    // As long as a block can be.
-    std::string buffer(65536, '\0');
-    const int length = state.readString(state.data, buffer.data(), static_cast<int>(buffer.size()));
-    buffer.resize(length > 0 ? std::min(static_cast<std::size_t>(length), buffer.size() - 1) : 0);
-    return buffer;
-}
+constexpr int kLongestString = 65536; // with its end; as long as a block can be
 
 // Calls `act` with the identifier of each known block in turn; it finds the block entered.
 template <class Act>
@@ -58,6 +54,11 @@ class HostNodeEditor::Loader {
         std::string toNode, input, fromNode, output;
     };
 
+    std::string readString() {
+        const int length = state_.readString(state_.data, buffer_.get(), kLongestString);
+        return {buffer_.get(), static_cast<std::size_t>(std::clamp(length, 0, kLongestString - 1))};
+    }
+
     void readView() {
         static constexpr HostBlockId kTable[] = {kLocation, kZoom, kDisabled, {0, nullptr}};
         forEachBlock(state_, kTable, [&](unsigned int id) {
@@ -84,7 +85,7 @@ class HostNodeEditor::Loader {
         const RootAside aside(editor_);
         forEachBlock(state_, kTable, [&](unsigned int id) {
             if (id == kServer.id) {
-                server = readString(state_);
+                server = readString();
                 return;
             }
             readNode(server, isRoot);
@@ -120,13 +121,13 @@ class HostNodeEditor::Loader {
             return *made;
         };
         forEachBlock(state_, kTable, [&](unsigned int id) {
-            if (id == kRealName.id) realName = readString(state_);
-            if (id == kName.id) name = readString(state_);
+            if (id == kRealName.id) realName = readString();
+            if (id == kName.id) name = readString();
             if (id == kCoordinates.id) state_.readI4(state_.data, coordinates.data(), 2);
             if (id == kMode.id) state_.readI4(state_.data, &mode, 1);
             if (id == kData.id) readData(node());
-            if (id == kPreview.id) preview = readString(state_);
-            if (id == kComment.id) comment = readString(state_);
+            if (id == kPreview.id) preview = readString();
+            if (id == kComment.id) comment = readString();
         });
         node().coordinates = coordinates;
         node().mode = mode;
@@ -154,11 +155,11 @@ class HostNodeEditor::Loader {
         static constexpr HostBlockId kTable[] = {kInputNode, kInput, kOutputNode, kOutput, {0, nullptr}};
         Connection next;
         forEachBlock(state_, kTable, [&](unsigned int id) {
-            if (id == kInputNode.id) next.toNode = readString(state_);
-            if (id == kInput.id) next.input = readString(state_);
-            if (id == kOutputNode.id) next.fromNode = readString(state_);
+            if (id == kInputNode.id) next.toNode = readString();
+            if (id == kInput.id) next.input = readString();
+            if (id == kOutputNode.id) next.fromNode = readString();
             if (id != kOutput.id) return;
-            next.output = readString(state_);
+            next.output = readString();
             connections_.push_back(next);
         });
     }
@@ -171,6 +172,8 @@ class HostNodeEditor::Loader {
 
     HostNodeEditor &editor_;
     const HostLoadState &state_;
+    // Where each string is read before its length is known; not cleared, so that only what is read is ever touched.
+    const std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(kLongestString);
     std::map<std::string, const HostNode *> names_;
     std::map<std::string, std::shared_ptr<velm::StandIn>> standIns_;
     std::vector<Connection> connections_;

@@ -1,7 +1,8 @@
-// A sample's way through a network asks for no memory.
+// A sample's way through a network asks for no memory, and a file for little.
 #include "host/graph/builtin/builtin.h"
 #include "host/graph/surface.h"
 #include "host/services/lookup.h"
+#include "host/state/load_state.h"
 
 #include <gtest/gtest.h>
 
@@ -11,9 +12,11 @@
 namespace {
 
 thread_local long allocations = 0;
+thread_local std::size_t allocatedBytes = 0;
 
 void *counted(std::size_t size) noexcept {
     ++allocations;
+    allocatedBytes += size;
     return std::malloc(size > 0 ? size : 1);
 }
 
@@ -60,6 +63,19 @@ TEST(Allocation, EvaluatingEveryBuiltInNodeAllocatesNothing) {
     const long before = allocations;
     std::string counts(100, ' ');
     EXPECT_GT(allocations, before) << counts; // the count itself works
+}
+
+TEST(Allocation, StringsOfANetworkTakeWhatTheyHold) {
+    constexpr std::size_t kStrings = 2000, kLong = 40'000;
+    std::string text = "{ Nodes\n  Server \"" + std::string(kLong, 'l') + "\"\n";
+    for (std::size_t i = 0; i < kStrings; ++i) text += "  Server \"Rain\"\n";
+    text += "  { Tag\n    Name \"Net\"\n    Comment \"" + std::string(kLong, 'c') + "\"\n  }\n}\n";
+    HostNodeEditor editor("Net", "Net", nullptr, nullptr);
+    StateReader reader(kStateText, text, "network");
+    const std::size_t before = allocatedBytes;
+    editor.load(*reader.state());
+    EXPECT_LT(allocatedBytes - before, kStrings * 1000);
+    EXPECT_EQ(editor.root().comment, std::string(kLong, 'c'));
 }
 
 } // namespace
