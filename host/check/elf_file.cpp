@@ -1,13 +1,12 @@
 #include "host/check/elf_file.h"
 
 #include "host/error.h"
+#include "host/state/files.h"
 
 #include <elf.h>
 #include <link.h>
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
 namespace velm {
 
@@ -35,8 +34,7 @@ bool isShown(const ElfW(Sym) & symbol) {
 } // namespace
 
 ElfSymbols readSymbols(const std::string &file) {
-    std::ifstream stream(file, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    const std::string bytes = readFile(file);
     const ElfW(Ehdr) header = recordsAt<ElfW(Ehdr)>(bytes, 0, sizeof(ElfW(Ehdr))).front();
     const auto sections = recordsAt<ElfW(Shdr)>(bytes, header.e_shoff, header.e_shnum * sizeof(ElfW(Shdr)));
     ElfSymbols found;

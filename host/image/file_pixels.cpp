@@ -1,6 +1,7 @@
 #include "host/image/file_pixels.h"
 
 #include "host/error.h"
+#include "host/state/files.h"
 
 #include <OpenImageIO/imageio.h>
 
@@ -64,6 +65,7 @@ int FilePixels::find(const std::string &name) const {
 }
 
 FilePixels readFilePixels(const std::string &file) {
+    if (const auto reason = whyNoRegularFile(file)) failToRead(file, *reason);
     try {
         OIIO::ImageSpec wishes;
         wishes.attribute("oiio:UnassociatedAlpha", 1);

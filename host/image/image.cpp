@@ -3,6 +3,7 @@
 
 #include "host/error.h"
 #include "host/image/transfer.h"
+#include "host/state/files.h"
 
 #include <OpenImageIO/imageio.h>
 
@@ -187,6 +188,7 @@ std::unique_ptr<HostImage> readOpened(OIIO::ImageInput &input, const std::string
 } // namespace
 
 std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name) {
+    if (const auto reason = whyNoRegularFile(file)) failToRead(file, *reason);
     try {
         OIIO::ImageSpec wishes;
         wishes.attribute("oiio:UnassociatedAlpha", 1);

@@ -34,11 +34,14 @@ constexpr unsigned kOwnMachine =
 
 class File {
   public:
-    explicit File(const std::string &path) : path_(path), stream_(path, std::ios::binary) {
+    explicit File(const std::string &path) : path_(path) {
         std::error_code error;
         if (!std::filesystem::exists(path, error)) fail("there is no such file");
         if (std::filesystem::is_directory(path, error)) fail("it is a directory");
+        // A pipe would keep whoever opens it waiting.
+        if (!std::filesystem::is_regular_file(path, error)) fail("it is not a regular file");
         size_ = std::filesystem::file_size(path, error);
+        stream_.open(path, std::ios::binary);
         if (error || !stream_) fail("it cannot be read");
     }
 

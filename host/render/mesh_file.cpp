@@ -3,7 +3,9 @@
 #include "host/render/mesh_builder.h"
 
 #include "host/error.h"
+#include "host/state/files.h"
 
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -11,9 +13,19 @@
 #include <algorithm>
 #include <filesystem>
 #include <limits>
+#include <memory>
 
 namespace velm {
 namespace {
+
+// For the further files that a mesh file names, such as those of its materials: they may be anything, too.
+class RegularFiles final : public Assimp::DefaultIOSystem {
+  public:
+    bool Exists(const char *file) const override { return !whyNoRegularFile(file); } // theirs opens the file
+    Assimp::IOStream *Open(const char *file, const char *mode) override {
+        return whyNoRegularFile(file) ? nullptr : DefaultIOSystem::Open(file, mode);
+    }
+};
 
 bool hasPolygons(const aiMesh &mesh) {
     return std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
@@ -140,8 +152,11 @@ class FileMesh {
 } // namespace
 
 Mesh readMesh(const std::string &file, const Transform &transform) {
-    if (!std::filesystem::is_regular_file(file)) throw InputError({.file = file}, "there is no such mesh file");
+    if (!std::filesystem::exists(file)) throw InputError({.file = file}, "there is no such mesh file");
+    if (const auto reason = whyNoRegularFile(file))
+        throw InputError({.file = file}, "cannot read the mesh: " + *reason);
     Assimp::Importer importer;
+    importer.SetIOHandler(std::make_unique<RegularFiles>().release()); // which the importer owns
     const aiScene *scene = importer.ReadFile(file, 0);
     if (scene == nullptr) {
         throw InputError({.file = file}, std::string("cannot read the mesh: ") + importer.GetErrorString());

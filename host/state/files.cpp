@@ -15,6 +15,8 @@ namespace velm {
 
 namespace {
 
+constexpr const char *kNotRegular = "it is not a regular file";
+
 // A file descriptor that closes itself.
 class Descriptor {
   public:
@@ -77,10 +79,21 @@ mode_t modeFor(const std::string &path) {
 
 } // namespace
 
+std::optional<std::string> whyNoRegularFile(const std::string &path) {
+    struct stat found {};
+    if (::stat(path.c_str(), &found) != 0) return std::strerror(errno);
+    if (!S_ISREG(found.st_mode)) return kNotRegular;
+    return std::nullopt;
+}
+
 std::string readFile(const std::string &path) {
-    const auto fail = [&path]() { return InputError("cannot read \"" + path + "\": " + std::strerror(errno)); };
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (file.number() < 0) throw fail();
+    const auto refusal = [&path](const char *why) { return InputError("cannot read \"" + path + "\": " + why); };
+    const auto fail = [&]() { return refusal(std::strerror(errno)); };
+    // A pipe is opened without waiting for a writer.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat opened {};
+    if (file.number() < 0 || ::fstat(file.number(), &opened) != 0) throw fail();
+    if (!S_ISREG(opened.st_mode)) throw refusal(kNotRegular);
     std::string bytes;
     std::vector<char> part(1 << 16);
     for (;;) {

@@ -1,10 +1,12 @@
 // Images from files: which channels they have, and which numbers become of the file's.
 #include "host/error.h"
+#include "host/image/file_pixels.h"
 #include "host/image/image.h"
 #include "tests/image/image_files.h"
 #include "tests/image/temporary_directory.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -120,6 +122,26 @@ struct LeaksPass {
     __lsan::ScopedDisabler disabler;
 #endif
 };
+
+// A pipe would keep the program waiting, a device never end.
+TEST(ReadImage, OnlyRegularFilesAreRead) {
+    const TemporaryDirectory directory;
+    const std::string pipe = directory / "a.png";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string &file : {pipe, std::string("/dev/zero")}) {
+        const std::string expected = file + ": cannot read the image: it is not a regular file";
+        const auto expectRefusal = [&](auto read) {
+            try {
+                read();
+                ADD_FAILURE() << file << " was read";
+            } catch (const InputError &error) {
+                EXPECT_EQ(error.what(), expected);
+            }
+        };
+        expectRefusal([&] { readImage(file, "a"); });
+        expectRefusal([&] { readFilePixels(file); });
+    }
+}
 
 TEST(ReadImage, CutOffFileIsAnError) {
     const TemporaryDirectory directory;

@@ -8,6 +8,7 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <link.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -93,6 +94,11 @@ TEST(ModuleFile, OtherThingsAreNoModules) {
         .expectError("it is not a shared object");
     const std::string directory = std::filesystem::temp_directory_path().string();
     EXPECT_EQ(errorOf(directory), expected(directory, "it is a directory"));
+    EXPECT_EQ(errorOf("/dev/zero"), expected("/dev/zero", "it is not a regular file"));
+    const std::string pipe = directory + "/velm_module_test_" + std::to_string(getpid()) + ".pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_EQ(errorOf(pipe), expected(pipe, "it is not a regular file")); // and at once
+    std::filesystem::remove(pipe);
 }
 
 TEST(ModuleFile, CutShortIsToldWhereverTheCutIs) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <sys/stat.h>
 
 namespace velm::test {
 namespace {
@@ -145,6 +146,20 @@ TEST_F(MeshFileTest, ErrorsNameTheFile) {
             EXPECT_EQ(std::string(error.what()).rfind(directory / name, 0), 0u) << error.what();
         }
     }
+}
+
+// A pipe would keep the program waiting, whether it is the mesh or a file that the mesh names.
+TEST_F(MeshFileTest, OnlyRegularFilesAreRead) {
+    const std::string pipe = directory / "pipe.obj";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    try {
+        readMesh(pipe, Transform());
+        ADD_FAILURE();
+    } catch (const InputError &error) {
+        EXPECT_EQ(error.what(), pipe + ": cannot read the mesh: it is not a regular file");
+    }
+    const std::string materials = "mtllib pipe.obj\n";
+    EXPECT_EQ(read("a.obj", materials + kUpObj).triangles.size(), 1u);
 }
 
 TEST_F(MeshFileTest, PlacesThatAreNoNumbersAreDropped) {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -127,7 +128,27 @@ TEST_F(Files, TellsWhatCannotBeRead) {
     } catch (const InputError &error) {
         EXPECT_EQ(std::string(error.what()), "cannot read \"" + path + "\": No such file or directory");
     }
-    EXPECT_THROW(readFile(directory_.string()), InputError);
+}
+
+// What would never end, or never begin.
+TEST_F(Files, OnlyRegularFilesAreRead) {
+    const std::string pipe = (directory_ / "pipe").string();
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string &path : {std::string("/dev/zero"), pipe, directory_.string()}) {
+        EXPECT_EQ(whyNoRegularFile(path), "it is not a regular file") << path;
+        try {
+            readFile(path);
+            ADD_FAILURE() << path << " was read";
+        } catch (const InputError &error) {
+            EXPECT_EQ(std::string(error.what()), "cannot read \"" + path + "\": it is not a regular file");
+        }
+    }
+    EXPECT_EQ(whyNoRegularFile((directory_ / "missing").string()), "No such file or directory");
+    const std::filesystem::path file = directory_ / "file", link = directory_ / "link";
+    writeFileAtomically(file.string(), "bytes");
+    std::filesystem::create_symlink(file, link);
+    EXPECT_EQ(whyNoRegularFile(link.string()), std::nullopt);
+    EXPECT_EQ(readFile(link.string()), "bytes");
 }
 
 } // namespace
