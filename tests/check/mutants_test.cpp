@@ -51,7 +51,7 @@ const Mutant kMutants[] = {
     {"starts_thread", "evaluate.process", Outcome::warn, "asks for a thread (pthread_create)"},
     {"allocates", "evaluate.process", Outcome::warn, "asks for memory (calloc)"},
     {"forgets_mode", "settings.saved", Outcome::fail, "saved again in the binary form it is not the same"},
-    {"saves_address", "settings.saved", Outcome::fail, "saved again in the binary form it is not the same"},
+    {"saves_process", "settings.saved", Outcome::fail, "saved again in the binary form it is not the same"},
     {"changes_on_save", "settings.save", Outcome::fail, "saved twice it is not the same"},
     {"ties_copies", "settings.copy", Outcome::fail, "a change of the original changes its copy"},
     {"changes_original", "settings.copy", Outcome::fail, "being copied changes an instance"},

@@ -65,7 +65,7 @@ enum Fault {
     kAllocates,
     // In settings
     kForgetsMode,
-    kSavesAddress,
+    kSavesProcess,
     kChangesOnSave,
     kTiesCopies,
     kChangesOriginal,
@@ -253,7 +253,7 @@ inline void evaluating(const HostNodeFuncs *nodes, HostNode *node, ShadingSample
     if (is(kSetsLocale)) std::setlocale(LC_NUMERIC, "C.UTF-8");
     if (is(kStartsThread)) onThread(nothing, nullptr);
     if (is(kAllocates)) {
-        void *volatile room = std::malloc(10); // volatile: or the compiler leaves the pair out
+        void *volatile room = std::calloc(1, 10); // volatile: or the compiler leaves the pair out
         std::free(room);
     }
     if (is(kOpensFile))
@@ -302,9 +302,9 @@ inline void wasSet(int &mode) {
         if (tied[0] == &mode || tied[1] == &mode) *each = mode;
 }
 
-inline int savedMode(int right, const void *instance) {
+inline int savedMode(int right) {
     if (is(kFollowsLocale) && *std::localeconv()->decimal_point == ',') return right + 1;
-    return is(kSavesAddress) ? static_cast<int>(reinterpret_cast<std::uintptr_t>(instance) >> 4 & 0x7fff) : right;
+    return is(kSavesProcess) ? static_cast<int>(::getpid() & 0x7fff) : right;
 }
 inline void saved(int &mode) {
     if (is(kChangesOnSave)) mode = (mode + 1) % 3;

@@ -84,7 +84,7 @@ HostError copy(void *to, void *from) {
 
 HostError save(void *instance, const HostSaveState *state) {
     Sum &own = self(instance);
-    const short mode = static_cast<short>(faults::savedMode(own.mode, instance));
+    const short mode = static_cast<short>(faults::savedMode(own.mode));
     state->writeI2(state->data, &mode, 1);
     state->writeString(state->data, own.name);
     faults::saved(own.mode);
