@@ -14,7 +14,7 @@ namespace velm::fuzz {
 // Ends the program, saying which promise was broken, unless it was kept.
 inline void demand(bool kept, const char *promise, std::string_view instead = {}) {
     if (kept) return;
-    std::fprintf(stderr, "not kept: %s\n%.*s\n", promise, static_cast<int>(instead.size()), instead.data());
+    std::fprintf(stderr, "not kept: %s\n%s\n", promise, std::string(instead).c_str());
     std::abort();
 }
 
