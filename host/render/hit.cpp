@@ -1,8 +1,10 @@
 #include "host/render/hit.h"
 
 #include "host/render/ray_functions.h"
+#include "host/render/trace.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace velm {
 namespace {
@@ -94,9 +96,14 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
     sample.rayFlags = incoming.flags | (back ? kRayBackSide : 0) | (surface.doubleSided ? kRayDoubleSided : 0);
 
     const std::vector<std::uint32_t> &numbers = object.mesh.polygonNumbers;
+    const double margin = kMarginFactor * (largest(place) + corners.extent(place));
+    constexpr double kNever = std::numeric_limits<double>::quiet_NaN();
     caster = {.position = place,
               .normal = geometric,
-              .margin = kMarginFactor * (largest(place) + corners.extent(place)),
+              .margin = margin,
+              .start = isNear(place) ? place : Vec3{kNever, kNever, kNever},
+              .front = rounded(place + margin * geometric),
+              .back = rounded(place - margin * geometric),
               .object = ray.hit.geomID,
               .polygon = object.mesh.polygonNumber(triangle),
               .polygonNumbers = numbers.empty() ? nullptr : numbers.data(),

@@ -6,6 +6,7 @@
 #include "host/render/vector.h"
 #include "host/render/world_data.h"
 
+#include <array>
 #include <cstdint>
 
 namespace velm {
@@ -16,6 +17,10 @@ struct Caster {
 
     Vec3 position, normal; // of the sample; the geometric normal on the side that its ray came from
     double margin = 0;     // how near to the sample's plane counts as on it; 0 without a sample
+    // Rays that start at the position itself, as most do: their origin moved off the surface to the side to which they
+    // go. `start` is the position, or not a number where no ray can start.
+    Vec3 start;
+    std::array<float, 3> front{}, back{};
     std::uint32_t object = kNone, polygon = kNone;
     const std::uint32_t *polygonNumbers = nullptr; // by triangle of the object; null: each is a polygon of its own
     int depth = -1;                                // bounces before the sample

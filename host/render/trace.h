@@ -4,6 +4,7 @@
 #include "host/render/ray_state.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -16,6 +17,22 @@ struct HitRules {
     bool ownObjectOnly = false;
     bool neverOwnObject = false;
 };
+
+// Whether single precision can still square a place's coordinates.
+inline bool isNear(const Vec3 &place) {
+    constexpr double kFarthest = 1e30;
+    return std::fabs(place.x) < kFarthest && std::fabs(place.y) < kFarthest && std::fabs(place.z) < kFarthest;
+}
+
+inline std::array<float, 3> rounded(const Vec3 &place) {
+    return {static_cast<float>(place.x), static_cast<float>(place.y), static_cast<float>(place.z)};
+}
+
+inline void setOrigin(RTCRayHit &ray, const std::array<float, 3> &place) {
+    ray.ray.org_x = place[0];
+    ray.ray.org_y = place[1];
+    ray.ray.org_z = place[2];
+}
 
 // Sets up a ray in Embree's form. `unit` gets the normalised direction. False for a direction of no length or a
 // position or direction that is not finite: such a ray hits nothing.
@@ -37,20 +54,17 @@ inline bool startRay(const Caster &caster, const Vec3 &origin, const Vec3 &direc
         unit = normalised(direction, {0, 0, 0});
         if (dot(unit, unit) == 0) return false;
     }
-    constexpr double kFarthest = 1e30; // still exact enough for single precision to square it
-    const bool near =
-        std::fabs(origin.x) < kFarthest && std::fabs(origin.y) < kFarthest && std::fabs(origin.z) < kFarthest;
-    if (!near) return false; // or not a number
-
-    Vec3 start = origin;
-    const double height = dot(origin - caster.position, caster.normal);
-    if (std::fabs(height) < caster.margin) {
-        const double side = dot(unit, caster.normal) < 0 ? -caster.margin : caster.margin;
-        start += (side - height) * caster.normal;
+    const bool leavesBack = dot(unit, caster.normal) < 0;
+    if (origin.x == caster.start.x && origin.y == caster.start.y && origin.z == caster.start.z) [[likely]] {
+        setOrigin(ray, leavesBack ? caster.back : caster.front);
+    } else {
+        if (!isNear(origin)) return false;
+        Vec3 start = origin;
+        const double height = dot(origin - caster.position, caster.normal);
+        if (std::fabs(height) < caster.margin)
+            start += ((leavesBack ? -caster.margin : caster.margin) - height) * caster.normal;
+        setOrigin(ray, rounded(start));
     }
-    ray.ray.org_x = static_cast<float>(start.x);
-    ray.ray.org_y = static_cast<float>(start.y);
-    ray.ray.org_z = static_cast<float>(start.z);
     ray.ray.tnear = 0;
     ray.ray.dir_x = static_cast<float>(unit.x);
     ray.ray.dir_y = static_cast<float>(unit.y);
