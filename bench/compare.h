@@ -1,0 +1,79 @@
+// The frame of the benches: two things are measured in turn, ours and a reference, several times; what counts is the
+// ratio of each pair, so that whatever else the machine does falls on both. A bench is a table of such rows.
+#pragma once
+
+#include <algorithm>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace velm::bench {
+
+// What a row promises of ours against the reference.
+enum class Goal {
+    ratioAtLeast,     // ours / reference, of rates
+    ratioAtMost,      // ours / reference, of times and sizes
+    differenceAtMost, // ours - reference
+};
+
+struct Row {
+    std::string what, against;
+    std::string unit; // of ours and of the reference
+    Goal goal;
+    double target;
+    double ours = 0, reference = 0, ratio = 0; // medians over the rounds
+
+    bool held() const;
+};
+
+class Table {
+  public:
+    // Rows whose `what` does not contain `wanted` are not measured.
+    explicit Table(std::string wanted) : wanted_(std::move(wanted)) {}
+
+    // Measures both in turn for `rounds` rounds, after one to warm up where there are several, and prints the row. The
+    // functions give one figure in the row's unit each.
+    void compare(Row row, int rounds, const std::function<double()> &ours, const std::function<double()> &reference);
+
+    // A list of objects: what, against, unit, goal, target, ours, reference, ratio, held. Throws std::runtime_error.
+    void writeJson(const std::string &file) const;
+
+  private:
+    std::string wanted_;
+    std::vector<Row> rows_;
+};
+
+double median(std::vector<double> values);
+
+// Nanoseconds of processor time that one of `calls` calls takes: unlike time by the clock it does not count what other
+// programs do meanwhile.
+template <class Call>
+double nanosecondsOf(int calls, Call call) {
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+    };
+    const double begin = now();
+    for (int i = 0; i < calls; ++i) call();
+    return (now() - begin) / calls;
+}
+
+// Makes the compiler believe that a value is used.
+template <class Value>
+inline void keep(const Value &value) {
+    asm volatile("" : : "m"(value) : "memory");
+}
+
+// The subjects, each in a file of its own.
+void compareDraws(Table &table);    // the random stream
+void compareNetworks(Table &table); // evaluation through the host
+void comparePictures(Table &table); // whole pictures against loops written by hand
+void compareStart(Table &table);    // from nothing to the first ray, and the memory held then
+
+// Builds a mesh of ten million triangles, ours or the reference's way, and prints the bytes that are held then: what
+// compareStart starts this program anew for.
+void printHeldBytes(bool ours);
+
+} // namespace velm::bench

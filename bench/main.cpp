@@ -1,0 +1,32 @@
+// Measures this system against what it could at best be: a table on standard output, and the same as JSON.
+#include "bench/compare.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+
+int main(int argc, char **argv) {
+    using namespace velm::bench;
+    std::string json, rows, held;
+    CLI::App app{"Measures Velm Nodes side by side with hand-written code"};
+    app.add_option("--json", json, "write the rows to this file too");
+    app.add_option("--rows", rows, "only rows whose text contains this");
+    app.add_option("--held-bytes", held, "print the bytes that a large mesh takes, and nothing else")
+        ->check(CLI::IsMember({"ours", "reference"}));
+    CLI11_PARSE(app, argc, argv);
+    try {
+        if (!held.empty()) {
+            printHeldBytes(held == "ours");
+            return 0;
+        }
+        Table table(rows);
+        for (const auto subject : {compareDraws, compareNetworks, comparePictures, compareStart}) subject(table);
+        if (!json.empty()) table.writeJson(json);
+        return 0;
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+}

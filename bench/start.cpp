@@ -1,0 +1,212 @@
+// From nothing to the first ray, and the memory that a large mesh takes: against Embree and the mesh reader alone.
+#include "bench/compare.h"
+#include "bench/loaded_module.h"
+#include "host/render/renderer.h"
+#include "host/render/world_data.h"
+#include "host/scene/build_scene.h"
+#include "host/scene/read_scene.h"
+#include "host/services/time.h"
+
+#include <assimp/Importer.hpp>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+#include <embree3/rtcore.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <limits>
+#include <malloc.h>
+#include <numbers>
+#include <stdexcept>
+#include <unistd.h>
+#include <variant>
+
+namespace velm::bench {
+namespace {
+
+constexpr const char *kScene = VELM_SOURCE_DIR "/examples/occlusion.json";
+
+double secondsOf(const std::function<void()> &act) {
+    const auto begin = std::chrono::steady_clock::now();
+    act();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+// The least that rays need: places, triangles, and Embree's tree over them.
+class PlainMesh {
+  public:
+    std::vector<float> points;
+    std::vector<uint32_t> corners;
+
+    ~PlainMesh() {
+        if (scene_ != nullptr) rtcReleaseScene(scene_);
+        if (device_ != nullptr) rtcReleaseDevice(device_);
+    }
+
+    void addPoint(double x, double y, double z) {
+        for (const double each : {x, y, z}) points.push_back(static_cast<float>(each));
+    }
+    void addTriangle(uint32_t a, uint32_t b, uint32_t c) { corners.insert(corners.end(), {a, b, c}); }
+
+    void build() {
+        device_ = rtcNewDevice(nullptr);
+        const RTCGeometry geometry = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_TRIANGLE);
+        constexpr size_t kTriple = 3 * sizeof(float);
+        points.resize(points.size() + 1); // Embree may read four floats at the last place
+        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, points.data(), 0, kTriple,
+                                   points.size() / 3);
+        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, corners.data(), 0, kTriple,
+                                   corners.size() / 3);
+        rtcCommitGeometry(geometry);
+        scene_ = rtcNewScene(device_);
+        rtcSetSceneFlags(scene_, RTC_SCENE_FLAG_ROBUST);
+        rtcAttachGeometry(scene_, geometry);
+        rtcReleaseGeometry(geometry);
+        rtcCommitScene(scene_);
+    }
+
+    void castOneRay() const {
+        RTCIntersectContext context;
+        rtcInitIntersectContext(&context);
+        RTCRayHit ray{};
+        ray.ray.org_z = -5;
+        ray.ray.dir_z = 1;
+        ray.ray.tfar = std::numeric_limits<float>::infinity();
+        ray.ray.mask = ~0u;
+        ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+        rtcIntersect1(scene_, &context, &ray);
+        keep(ray.hit.geomID);
+    }
+
+  private:
+    RTCDevice device_ = nullptr;
+    RTCScene scene_ = nullptr;
+};
+
+void startPlainly(const std::string &file) {
+    Assimp::Importer importer;
+    const aiScene *read = importer.ReadFile(file, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices);
+    if (read == nullptr) throw std::runtime_error(importer.GetErrorString());
+    PlainMesh mesh;
+    for (unsigned m = 0; m < read->mNumMeshes; ++m) {
+        const aiMesh &part = *read->mMeshes[m];
+        const auto first = static_cast<uint32_t>(mesh.points.size() / 3);
+        for (unsigned i = 0; i < part.mNumVertices; ++i) {
+            const aiVector3D &place = part.mVertices[i];
+            for (const float each : {place.x, place.y, place.z}) mesh.points.push_back(each);
+        }
+        for (unsigned i = 0; i < part.mNumFaces; ++i) {
+            const aiFace &face = part.mFaces[i];
+            if (face.mNumIndices == 3)
+                mesh.addTriangle(first + face.mIndices[0], first + face.mIndices[1], first + face.mIndices[2]);
+        }
+    }
+    mesh.build();
+    mesh.castOneRay();
+}
+
+void startWithNodes() {
+    const LoadedModule module;
+    const SceneDescription scene = readScene(kScene, makeSearchPath({}, nullptr));
+    BuiltScene built(scene, serverList());
+    const World world(scene, [&built](const std::string &name) { return built.surface(name); });
+    RenderJob job = renderJob(scene.render);
+    job.width = job.height = job.samples = job.threads = 1;
+    built.init(kInitRender);
+    setTime(job.frame, job.time);
+    built.newTime(job.frame, job.time);
+    renderFrame(world, job);
+    built.cleanup();
+}
+
+std::string meshFileOf(const SceneDescription &scene) {
+    for (const ObjectDescription &object : scene.objects)
+        if (const auto *mesh = std::get_if<MeshFile>(&object.shape)) return mesh->file;
+    throw std::runtime_error("the demonstration has no mesh file");
+}
+
+// ---- Memory ----
+
+constexpr int kSegments = 3162; // of a sphere: ten million triangles
+
+// Of this process, now.
+double residentBytes() {
+    malloc_trim(0);
+    std::ifstream stream("/proc/self/statm");
+    double all = 0, resident = 0;
+    stream >> all >> resident;
+    return resident * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
+
+// The sphere of the host, written down by hand: a grid of places, two triangles for each of its meshes.
+void addSphere(PlainMesh &mesh) {
+    const int columns = kSegments, rows = kSegments / 2;
+    mesh.points.reserve(static_cast<size_t>(columns + 1) * static_cast<size_t>(rows + 1) * 3 + 1);
+    mesh.corners.reserve(static_cast<size_t>(columns) * static_cast<size_t>(rows) * 6);
+    for (int row = 0; row <= rows; ++row)
+        for (int column = 0; column <= columns; ++column) {
+            const double pitch = std::numbers::pi * (0.5 - row * 1.0 / rows);
+            const double heading = 2 * std::numbers::pi * column / columns;
+            mesh.addPoint(std::cos(pitch) * std::sin(heading), std::sin(pitch), std::cos(pitch) * std::cos(heading));
+        }
+    const auto at = [columns](int row, int column) { return static_cast<uint32_t>(row * (columns + 1) + column); };
+    for (int row = 0; row < rows; ++row)
+        for (int column = 0; column < columns; ++column) {
+            if (row > 0) mesh.addTriangle(at(row, column), at(row, column + 1), at(row + 1, column + 1));
+            if (row < rows - 1) mesh.addTriangle(at(row, column), at(row + 1, column + 1), at(row + 1, column));
+        }
+}
+
+// What a fresh copy of this program says that it holds.
+double heldBytesOf(const char *which) {
+    const std::string command = "exec /proc/" + std::to_string(getpid()) + "/exe --held-bytes " + which;
+    FILE *pipe = popen(command.c_str(), "r");
+    double bytes = 0;
+    const bool told = pipe != nullptr && std::fscanf(pipe, "%lf", &bytes) == 1;
+    if (pipe == nullptr || pclose(pipe) != 0 || !told) throw std::runtime_error("cannot measure the memory held");
+    return bytes / 1048576;
+}
+
+} // namespace
+
+void printHeldBytes(bool ours) {
+    const double before = residentBytes();
+    if (ours) {
+        SceneDescription scene;
+        ObjectDescription &sphere = scene.objects.emplace_back();
+        sphere.shape = SphereShape{.segments = kSegments};
+        sphere.surfaces.push_back({.material = "", .surface = "Clay", .place = {}});
+        Surface clay("Clay");
+        const World world(scene, [&clay](const std::string &) { return &clay; });
+        std::printf("%.0f\n", residentBytes() - before);
+    } else {
+        PlainMesh mesh;
+        addSphere(mesh);
+        mesh.build();
+        std::printf("%.0f\n", residentBytes() - before);
+    }
+}
+
+void compareStart(Table &table) {
+    const std::string mesh = meshFileOf(readScene(kScene, makeSearchPath({}, nullptr)));
+    table.compare(
+        {.what = "start to first ray, bunny",
+         .against = "Assimp and Embree's tree alone",
+         .unit = "ms",
+         .goal = Goal::ratioAtMost,
+         .target = 1.15},
+        9, [] { return 1000 * secondsOf(startWithNodes); },
+        [&] { return 1000 * secondsOf([&] { startPlainly(mesh); }); });
+    table.compare(
+        {.what = "memory held with ten million triangles",
+         .against = "Embree's tree and its buffers",
+         .unit = "MiB",
+         .goal = Goal::ratioAtMost,
+         .target = 1.2},
+        1, [] { return heldBytesOf("ours"); }, [] { return heldBytesOf("reference"); });
+}
+
+} // namespace velm::bench
