@@ -29,7 +29,7 @@ std::string bigEndian(std::uint32_t value) {
     return bytes;
 }
 
-// The check number of PNG's chunks: CRC-32 of ISO 3309, as the PNG specification gives it.
+// The check number of PNG's chunks: CRC-32 as in ISO 3309.
 std::uint32_t checkNumber(const std::string &bytes) {
     std::uint32_t crc = 0xffffffff;
     for (const char byte : bytes) {
