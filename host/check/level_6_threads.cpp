@@ -67,25 +67,30 @@ void mustAgree(const std::vector<Results> &expected, const std::vector<Results> 
     if (!expected.empty() && expected != found) failCheck("with sixteen threads they get other results than alone");
 }
 
-void withSettings(Stage &stage, Dice &dice, int round) {
-    noteRound(static_cast<std::uint64_t>(round));
-    if (round > 0) stage.randomSettings(dice);
-}
-
-void shareOneInstance(const CheckTask &task) {
+// Evaluates on all threads at once by `run`, with the defaults and then with settings of chance, and compares with what
+// each thread's samples give alone.
+template <class Run>
+void shareWithAll(const CheckTask &task, Run run) {
     WatchedModule module(task.module);
     Stage stage(module, task.server);
     Dice dice(task.seed);
     for (int round = 0; round < kSettings; ++round) {
-        withSettings(stage, dice, round);
+        noteRound(static_cast<std::uint64_t>(round));
+        if (round > 0) stage.randomSettings(dice);
         const Work work = makeWork(dice);
         const std::vector<Results> expected = steadyAlone(stage, work);
         std::vector<Results> found(kMaxThreads);
         begin(stage);
-        onAllThreads([&](std::size_t index) { found[index] = stage.evaluate(work[index]); });
+        run(stage, work, found);
         stage.end();
         mustAgree(expected, found);
     }
+}
+
+void shareOneInstance(const CheckTask &task) {
+    shareWithAll(task, [](Stage &stage, const Work &work, std::vector<Results> &found) {
+        onAllThreads([&](std::size_t index) { found[index] = stage.evaluate(work[index]); });
+    });
 }
 
 void useManyInstances(const CheckTask &task) {
@@ -112,24 +117,14 @@ void useManyInstances(const CheckTask &task) {
 
 // The number of a thread stands for its state, whichever thread has it.
 void comeAndGo(const CheckTask &task) {
-    WatchedModule module(task.module);
-    Stage stage(module, task.server);
-    Dice dice(task.seed);
-    for (int round = 0; round < kSettings; ++round) {
-        withSettings(stage, dice, round);
-        const Work work = makeWork(dice);
-        const std::vector<Results> expected = steadyAlone(stage, work);
-        std::vector<Results> found(kMaxThreads);
-        begin(stage);
+    shareWithAll(task, [](Stage &stage, const Work &work, std::vector<Results> &found) {
         for (int batch = 0; batch < kBatches; ++batch)
             onAllThreads([&](std::size_t index) {
                 const auto from = work[index].begin() + batch * (kSamples / kBatches);
                 const Results some = stage.evaluate({from, from + kSamples / kBatches});
                 found[index].insert(found[index].end(), some.begin(), some.end());
             });
-        stage.end();
-        mustAgree(expected, found);
-    }
+    });
 }
 
 // The first sample after the start is where a module makes what it needs, if it makes it late.
