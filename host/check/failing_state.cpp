@@ -4,9 +4,11 @@ namespace velm {
 
 struct FailingCalls {
     static FailingReads &self(void *data) { return *static_cast<FailingReads *>(data); }
+    static FailingWrites &writer(void *data) { return *static_cast<FailingWrites *>(data); }
 
-    // Whether there is still a read to be had.
-    static bool take(FailingReads &own) {
+    // Whether there is still a read or a write to be had.
+    template <class State>
+    static bool take(State &own) {
         if (own.left_ > 0) return --own.left_, true;
         own.left_ = -1;
         return false;
@@ -25,6 +27,33 @@ struct FailingCalls {
 
     static void endBlock(void *data) { self(data).real_->endBlock(self(data).real_->data); }
     static int depth(void *data) { return self(data).real_->depth(self(data).real_->data); }
+
+    // The function that stands for a write of values or of a text.
+    template <auto member>
+    struct Write;
+    template <class... Arguments, void (*HostSaveState::*member)(void *, Arguments...)>
+    struct Write<member> {
+        static void call(void *data, Arguments... arguments) {
+            FailingWrites &own = writer(data);
+            if (take(own)) (own.real_->*member)(own.real_->data, arguments...);
+        }
+    };
+
+    static void begin(void *data, const HostBlockId *id, int leaf) {
+        FailingWrites &own = writer(data);
+        if (take(own))
+            own.real_->beginBlock(own.real_->data, id, leaf);
+        else
+            ++own.unopened_;
+    }
+    static void end(void *data) {
+        FailingWrites &own = writer(data);
+        if (own.unopened_ > 0)
+            --own.unopened_;
+        else
+            own.real_->endBlock(own.real_->data);
+    }
+    static int writtenDepth(void *data) { return writer(data).real_->depth(writer(data).real_->data); }
 };
 
 FailingReads::FailingReads(const HostLoadState *state, long reads)
@@ -44,5 +73,23 @@ FailingReads::FailingReads(const HostLoadState *state, long reads)
                                        .endBlock = FailingCalls::endBlock,
                                        .depth = FailingCalls::depth,
                                        .readDP = FailingCalls::Read<&HostLoadState::readDP>::call} {}
+
+FailingWrites::FailingWrites(const HostSaveState *state, long writes)
+    : real_(state), left_(writes), own_{.mode = state->mode,
+                                        .data = this,
+                                        .write = FailingCalls::Write<&HostSaveState::write>::call,
+                                        .writeI1 = FailingCalls::Write<&HostSaveState::writeI1>::call,
+                                        .writeI2 = FailingCalls::Write<&HostSaveState::writeI2>::call,
+                                        .writeI4 = FailingCalls::Write<&HostSaveState::writeI4>::call,
+                                        .writeU1 = FailingCalls::Write<&HostSaveState::writeU1>::call,
+                                        .writeU2 = FailingCalls::Write<&HostSaveState::writeU2>::call,
+                                        .writeU4 = FailingCalls::Write<&HostSaveState::writeU4>::call,
+                                        .writeFP = FailingCalls::Write<&HostSaveState::writeFP>::call,
+                                        .writeString = FailingCalls::Write<&HostSaveState::writeString>::call,
+                                        .writeId = FailingCalls::Write<&HostSaveState::writeId>::call,
+                                        .beginBlock = FailingCalls::begin,
+                                        .endBlock = FailingCalls::end,
+                                        .depth = FailingCalls::writtenDepth,
+                                        .writeDP = FailingCalls::Write<&HostSaveState::writeDP>::call} {}
 
 } // namespace velm

@@ -1,6 +1,7 @@
 // Level 6: many render threads. What each thread gets must be what it gets alone, as far as that is the same each time.
 #include "host/check/blackboard.h"
 #include "host/check/levels.h"
+#include "host/check/render_threads.h"
 #include "host/check/stage.h"
 #include "host/thread_role.h"
 
@@ -12,7 +13,7 @@ namespace velm {
 
 namespace {
 
-constexpr int kSettings = 6, kSamples = 60, kOracleRuns = 3, kBatches = 5, kInstances = 8;
+constexpr int kSettings = 6, kSamples = 60, kOracleRuns = 3, kBatches = 5, kInstances = 8, kOthers = 6;
 
 using Results = std::vector<Result>;
 
@@ -81,14 +82,14 @@ void shareWithAll(const CheckTask &task, Run run) {
         const std::vector<Results> expected = steadyAlone(stage, work);
         std::vector<Results> found(kMaxThreads);
         begin(stage);
-        run(stage, work, found);
+        run(module, stage, work, found);
         stage.end();
         mustAgree(expected, found);
     }
 }
 
 void shareOneInstance(const CheckTask &task) {
-    shareWithAll(task, [](Stage &stage, const Work &work, std::vector<Results> &found) {
+    shareWithAll(task, [](WatchedModule &, Stage &stage, const Work &work, std::vector<Results> &found) {
         onAllThreads([&](std::size_t index) { found[index] = stage.evaluate(work[index]); });
     });
 }
@@ -115,15 +116,57 @@ void useManyInstances(const CheckTask &task) {
     for (std::size_t i = 0; i < stages.size(); ++i) mustAgree(expected[i], found[i]);
 }
 
+// A thread's part of one of the slices that the work is done in.
+void evaluateSlice(Stage &stage, const std::vector<ShadingSample> &samples, int slice, Results &found) {
+    const auto from = samples.begin() + slice * (kSamples / kBatches);
+    const Results some = stage.evaluate({from, from + kSamples / kBatches});
+    found.insert(found.end(), some.begin(), some.end());
+}
+
 // The number of a thread stands for its state, whichever thread has it.
 void comeAndGo(const CheckTask &task) {
-    shareWithAll(task, [](Stage &stage, const Work &work, std::vector<Results> &found) {
+    shareWithAll(task, [](WatchedModule &, Stage &stage, const Work &work, std::vector<Results> &found) {
         for (int batch = 0; batch < kBatches; ++batch)
-            onAllThreads([&](std::size_t index) {
-                const auto from = work[index].begin() + batch * (kSamples / kBatches);
-                const Results some = stage.evaluate({from, from + kSamples / kBatches});
-                found[index].insert(found[index].end(), some.begin(), some.end());
+            onAllThreads([&](std::size_t index) { evaluateSlice(stage, work[index], batch, found[index]); });
+    });
+}
+
+// Instances of any of the module's nodes that live while another is rendered.
+class Others {
+  public:
+    Others(WatchedModule &module, std::uint64_t seed) : module_(module), names_(module.names()), dice_(seed) {}
+
+    void change() {
+        if (!stages_.empty() && dice_.chance(0.5)) stages_.erase(stages_.begin() + dice_.below(stages_.size()));
+        while (stages_.size() < kOthers && dice_.chance(0.7)) {
+            const std::string &server = names_[static_cast<std::size_t>(dice_.below(names_.size()))];
+            Stage &made = *stages_.emplace_back(std::make_unique<Stage>(module_, server));
+            made.randomSettings(dice_);
+            Stage like(module_, server);
+            like.copyFrom(made);
+            made.load(like.save());
+        }
+    }
+
+  private:
+    WatchedModule &module_;
+    std::vector<std::string> names_;
+    Dice dice_;
+    std::vector<std::unique_ptr<Stage>> stages_;
+};
+
+// Nothing may be made or destroyed while samples are evaluated; between the slices of a picture it may.
+void othersComeAndGo(const CheckTask &task) {
+    RenderThreads threads;
+    shareWithAll(task, [&](WatchedModule &module, Stage &stage, const Work &work, std::vector<Results> &found) {
+        Others others(module, task.seed);
+        for (int slice = 0; slice < kBatches; ++slice) {
+            others.change();
+            threads.run(kMaxThreads, [&](int index) {
+                const auto own = static_cast<std::size_t>(index);
+                evaluateSlice(stage, work[own], slice, found[own]);
             });
+        }
     });
 }
 
@@ -149,6 +192,8 @@ constexpr Check kChecks[] = {
     {"threads.many", 6, CheckScope::node, "sixteen threads on many instances get what each gets alone",
      useManyInstances},
     {"threads.new", 6, CheckScope::node, "a new thread takes over where another with its number ended", comeAndGo},
+    {"threads.others", 6, CheckScope::node, "other instances may come and go between the slices of a picture",
+     othersComeAndGo},
     {"threads.first", 6, CheckScope::node, "sixteen threads may ask a new instance at once", startTogether},
 };
 

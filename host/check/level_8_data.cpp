@@ -5,6 +5,7 @@
 #include "host/check/stage.h"
 #include "host/error.h"
 #include "host/state/load_state.h"
+#include "host/state/save_state.h"
 
 #include <algorithm>
 
@@ -159,6 +160,32 @@ void standsFailingReads(const CheckTask &task) {
     }
 }
 
+// Saves with every write failing in turn; false when none was left to fail.
+bool saveUntil(Stage &stage, int mode, long writes) {
+    StateWriter writer(mode);
+    const FailingWrites failing(writer.state(), writes);
+    stage.node().handler->instance->save(stage.node().instance, failing.state());
+    return failing.ranDry();
+}
+
+void standsFailingWrites(const CheckTask &task) {
+    WatchedModule module(task.module);
+    Dice dice(task.seed);
+    Stage stage(module, task.server);
+    if (!stage.node().handler->instance->save) return;
+    for (int i = 0; i < kSeeds; ++i) {
+        if (i > 0) stage.randomSettings(dice);
+        const int mode = kModes[i % 2];
+        const std::string whole = stage.save(mode);
+        for (long writes = 0; saveUntil(stage, mode, writes); ++writes) {
+            noteRound(static_cast<std::uint64_t>(writes));
+            if (const std::string again = stage.save(mode); again != whole)
+                failCheck("saved again after its writes had failed it is not the same: " + difference(whole, again));
+        }
+        use(stage, dice);
+    }
+}
+
 // A block that no module knows, as a later version of the host may write one.
 std::string strangeBlock(int mode) {
     using namespace std::string_literals;
@@ -187,6 +214,7 @@ constexpr Check kChecks[] = {
     {"data.mutations", 8, CheckScope::node, "ten thousand damaged states are loaded or refused", standsMutations},
     {"data.cuts", 8, CheckScope::node, "states that lack a piece anywhere are loaded or refused", standsCuts},
     {"data.reads", 8, CheckScope::node, "every read may fail", standsFailingReads},
+    {"data.writes", 8, CheckScope::node, "every write may fail, and the next time all is saved", standsFailingWrites},
     {"data.unknown", 8, CheckScope::node, "unknown blocks are passed over", standsUnknownBlocks},
 };
 

@@ -78,6 +78,7 @@ enum Fault {
     kKnowsOneInstance,
     kNeedsItsThread,
     kFillsLate,
+    kForgetsWithOthers,
     // With odd inputs
     kTrustsMode,
     kTrustsSettings,
@@ -89,6 +90,7 @@ enum Fault {
     kTrustsData,
     kTrustsText,
     kReadsOn,
+    kTrustsBlocks,
     // With little memory, and in a long time
     kLeavesNoMessage,
     kNeedsRoomToCopy,
@@ -164,7 +166,11 @@ inline void activated(HostNodeHandler *handler) {
 inline void *newest = nullptr;
 
 inline const char *outputName(const char *right) { return is(kNamesInTurns) && ++counted % 2 == 0 ? "Other" : right; }
-inline void created(void *instance) { newest = instance; }
+inline int generation = 0; // counts the instances made
+inline void created(void *instance) {
+    newest = instance;
+    ++generation;
+}
 inline void destroyed() { newest = nullptr; }
 constexpr bool keepsInstance() { return is(kLeaksInstance); }
 
@@ -211,6 +217,14 @@ inline const void *lastInstance = nullptr; // that was asked, by whichever threa
 inline volatile int filled = 0;            // a table that is made when it is first asked for: 1 while it is
 inline pthread_t owners[kMaxThreads];
 inline bool owned[kMaxThreads];
+
+// Whether a thread has yet to meet its first sample.
+inline int isFresh(int right, int thread) {
+    static int known[kMaxThreads];
+    const bool isOld = is(kForgetsWithOthers) && known[thread] != generation;
+    known[thread] = generation;
+    return isOld ? 1 : right;
+}
 
 inline double withThreads(double right, const void *instance, int thread) {
     if (is(kCountsForAll)) return right + ++countForAll;
@@ -308,6 +322,14 @@ inline int savedMode(int right) {
 }
 inline void saved(int &mode) {
     if (is(kChangesOnSave)) mode = (mode + 1) % 3;
+}
+inline void wroteName(const HostSaveState *state) {
+    if (!is(kTrustsBlocks)) return;
+    constexpr HostBlockId kBlock{.id = 0x4d4f5245, .token = "More"};
+    const int depth = state->depth(state->data);
+    state->beginBlock(state->data, &kBlock, 0);
+    if (state->depth(state->data) <= depth) fall();
+    state->endBlock(state->data);
 }
 inline int loadedMode(int right, int before, int count) {
     if (is(kTrustsLength) && count != 1) fall();

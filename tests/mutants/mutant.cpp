@@ -87,6 +87,7 @@ HostError save(void *instance, const HostSaveState *state) {
     const short mode = static_cast<short>(faults::savedMode(own.mode));
     state->writeI2(state->data, &mode, 1);
     state->writeString(state->data, own.name);
+    faults::wroteName(state);
     faults::saved(own.mode);
     return parameters->save(own.parameter, state);
 }
@@ -130,7 +131,7 @@ void evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNod
     inputs->evaluate(own.amountInput, sample, &amount);
     inputs->evaluate(own.modeInput, sample, &mode);
     const int thread = sample->threadIndex;
-    if (own.fresh[thread]) {
+    if (faults::isFresh(own.fresh[thread], thread)) {
         own.fresh[thread] = 0;
         own.first[thread] = sample->position[0];
     }
