@@ -39,9 +39,7 @@ std::string steadyResults(Stage &stage, std::uint64_t seed) {
     for (int i = 1; i < kProbes; ++i)
         if (renderOnce(stage, samples) != first) return {};
     std::string bytes;
-    for (const Result &result : first)
-        bytes.append(reinterpret_cast<const char *>(result.words.data()),
-                     static_cast<std::size_t>(valueSize(result.type)));
+    for (const Result &result : first) bytes += result.bytes();
     return bytes;
 }
 
@@ -188,20 +186,6 @@ void standsMissingValues(const CheckTask &task) {
     }
 }
 
-void readPanel(Stage &stage) {
-    const CallScope noted(stage.server(), "reading the panel");
-    HostPanel *panel = stage.panel();
-    if (!panel) return;
-    panel->check();
-    for (const unsigned int id : panel->controls()) {
-        const PanelItem &control = *panel->find(id);
-        panel->value(control.valueId);
-        panel->isEnabled(control);
-        if (control.type && control.type->kind == ControlKind::choice) panel->entries(control);
-        panel->pendingValue(id);
-    }
-}
-
 void readingChangesNothing(const CheckTask &task) {
     WatchedModule module(task.module);
     Dice dice(task.seed);
@@ -210,7 +194,7 @@ void readingChangesNothing(const CheckTask &task) {
         noteRound(static_cast<std::uint64_t>(round));
         if (round > 0) stage.randomSettings(dice);
         const std::string saved = stage.save();
-        readPanel(stage);
+        readPanel(stage.node(), stage.server());
         mustBeSame(saved, stage.save(), "reading the panel changes the settings");
     }
 }

@@ -3,7 +3,6 @@
 #include "host/check/feeder.h"
 #include "host/check/levels.h"
 #include "host/check/stage.h"
-#include "host/error.h"
 
 #include <climits>
 #include <cmath>
@@ -148,20 +147,6 @@ void standsOddSamples(const CheckTask &task) {
             makeOdd(sample, dice);
         renderSome(stage, {sample});
     }
-}
-
-void connectAtRandom(HostNodeEditor &editor, Dice &dice) {
-    const auto &nodes = editor.nodes();
-    for (const auto &node : nodes)
-        for (const auto &input : node->inputs) {
-            const HostNode &from = *nodes[static_cast<std::size_t>(dice.below(nodes.size()))];
-            if (from.outputs.empty() || !dice.chance(0.3)) continue;
-            HostOutput &output = *from.outputs[static_cast<std::size_t>(dice.below(from.outputs.size()))];
-            try {
-                editor.connect(output, *input);
-            } catch (const InputError &) { // it would have closed a circle
-            }
-        }
 }
 
 void standsWirings(const CheckTask &task) {

@@ -1,6 +1,7 @@
 #include "host/check/stage.h"
 
 #include "host/check/blackboard.h"
+#include "host/error.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 
 namespace velm {
 
@@ -38,9 +38,10 @@ void shiftAddresses(std::uint64_t seed) {
     }
 }
 
-bool Result::operator==(const Result &other) const {
-    return type == other.type &&
-           std::memcmp(words.data(), other.words.data(), static_cast<std::size_t>(valueSize(type))) == 0;
+bool Result::operator==(const Result &other) const { return type == other.type && bytes() == other.bytes(); }
+
+std::string_view Result::bytes() const {
+    return {reinterpret_cast<const char *>(words.data()), static_cast<std::size_t>(valueSize(type))};
 }
 
 bool Result::isFinite() const {
@@ -60,6 +61,43 @@ Result evaluateOutput(HostOutput &output, const ShadingSample &sample) {
     result.sets = currentEvaluation().sets;
     currentEvaluation() = {};
     return result;
+}
+
+std::string saveNode(HostNode &node, int mode) {
+    if (!node.handler->instance->save) return {};
+    StateWriter writer(mode);
+    if (const HostError error = node.handler->instance->save(node.instance, writer.state()))
+        failCheck("saving gives the error: " + std::string(error));
+    return writer.finish();
+}
+
+HostError loadNode(HostNode &node, std::string_view bytes, int mode) {
+    if (!node.handler->instance->load) return nullptr;
+    StateReader reader(mode, bytes, "saved");
+    return node.handler->instance->load(node.instance, reader.state());
+}
+
+HostError copyNode(HostNode &to, HostNode &from) {
+    if (!to.handler->instance->copy) return nullptr;
+    return to.handler->instance->copy(to.instance, from.instance);
+}
+
+void connectAtRandom(HostNodeEditor &editor, Dice &dice) {
+    const auto &nodes = editor.nodes();
+    if (nodes.empty()) return;
+    const auto feedInputs = [&](const HostNode &node) {
+        for (const auto &input : node.inputs) {
+            const HostNode &from = *nodes[static_cast<std::size_t>(dice.below(nodes.size()))];
+            if (from.outputs.empty() || !dice.chance(0.3)) continue;
+            HostOutput &output = *from.outputs[static_cast<std::size_t>(dice.below(from.outputs.size()))];
+            try {
+                editor.connect(output, *input);
+            } catch (const InputError &) { // it would have closed a circle
+            }
+        }
+    };
+    for (const auto &node : nodes) feedInputs(*node);
+    feedInputs(editor.root());
 }
 
 Stage::Stage(WatchedModule &module, const std::string &server)
@@ -82,33 +120,9 @@ std::vector<Result> Stage::evaluate(const std::vector<ShadingSample> &samples) {
     return results;
 }
 
-std::string Stage::save(int mode) {
-    if (!node_->handler->instance->save) return {};
-    StateWriter writer(mode);
-    if (const HostError error = node_->handler->instance->save(node_->instance, writer.state()))
-        failCheck("saving gives the error: " + std::string(error));
-    return writer.finish();
-}
-
-HostError Stage::load(std::string_view bytes, int mode) {
-    if (!node_->handler->instance->load) return nullptr;
-    StateReader reader(mode, bytes, "saved");
-    return node_->handler->instance->load(node_->instance, reader.state());
-}
-
-HostError Stage::copyFrom(Stage &other) {
-    if (!node_->handler->instance->copy) return nullptr;
-    return node_->handler->instance->copy(node_->instance, other.node_->instance);
-}
-
 void Stage::randomSettings(Dice &dice, bool keys) {
-    HostPanel *shown = panel();
-    if (!shown) return;
-    for (const unsigned int id : shown->controls()) {
-        const CallScope noted(server_, "a change on the panel");
-        randomSetting(*shown, *shown->find(id), dice, keys);
-    }
-    frame(0, 0.0); // animated values are read when a frame starts
+    velm::randomSettings(*node_, server_, dice, keys);
+    if (panel()) frame(0, 0.0); // animated values are read when a frame starts
 }
 
 std::string difference(std::string_view one, std::string_view other) {

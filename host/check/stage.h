@@ -26,6 +26,7 @@ struct Result {
 
     // Bit for bit, as far as the type goes.
     bool operator==(const Result &other) const;
+    std::string_view bytes() const; // of the value, as far as the type goes
     bool isFinite() const;
 };
 
@@ -36,6 +37,24 @@ void withoutRays(ShadingSample &sample); // null ray functions
 
 // Evaluates one output. [render threads]
 Result evaluateOutput(HostOutput &output, const ShadingSample &sample);
+
+// What a host does with any one node, wherever it stands. [interface thread; not while rendering]
+// What it saves. Fails the check when the node reports an error or writes what no state can hold.
+std::string saveNode(HostNode &node, int mode);
+// What the node says of loading and copying; null is success.
+HostError loadNode(HostNode &node, std::string_view bytes, int mode);
+HostError copyNode(HostNode &to, HostNode &from);
+// Reads everything that a panel shows; nothing without a panel. `server` is the node's place among the module's.
+void readPanel(HostNode &node, int server);
+// Sets one control to something within its limits; nothing for buttons, drawings and what is fed by a connection.
+void randomSetting(HostPanel &panel, const PanelItem &control, Dice &dice, bool keys);
+// Sets all controls of a node's panel so. `keys` also gives animated ones keys.
+void randomSettings(HostNode &node, int server, Dice &dice, bool keys);
+// Sets a number, of a setting's own unit, whatever the limits; integers are cut.
+void setNumber(HostPanel &panel, const PanelItem &control, double number);
+
+// Connects some of a network's inputs to outputs of chance. [interface thread; not while rendering]
+void connectAtRandom(HostNodeEditor &editor, Dice &dice);
 
 class Stage {
   public:
@@ -56,14 +75,12 @@ class Stage {
     // All outputs, for each sample in turn. [render threads]
     std::vector<Result> evaluate(const std::vector<ShadingSample> &samples);
 
-    // What it saves. Fails the check when the node reports an error or writes what no state can hold.
-    std::string save(int mode = kStateBinary);
-    // What the node says of loading; null is success.
-    HostError load(std::string_view bytes, int mode = kStateBinary);
-    HostError copyFrom(Stage &other);
+    // As saveNode and so on.
+    std::string save(int mode = kStateBinary) { return saveNode(*node_, mode); }
+    HostError load(std::string_view bytes, int mode = kStateBinary) { return loadNode(*node_, bytes, mode); }
+    HostError copyFrom(Stage &other) { return copyNode(*node_, *other.node_); }
 
-    // Sets every control that can be set to something within its limits, through the panel. `keys` also gives animated
-    // ones keys. Then reads everything back at time 0.
+    // As randomSettings; then what is animated is read at time 0.
     void randomSettings(Dice &dice, bool keys = true);
 
   private:
@@ -71,11 +88,6 @@ class Stage {
     HostNode *node_;
     int server_;
 };
-
-// Sets one control to something within its limits; nothing for buttons, drawings and what is fed by a connection.
-void randomSetting(HostPanel &panel, const PanelItem &control, Dice &dice, bool keys);
-// Sets a number, of a setting's own unit, whatever the limits; integers are cut.
-void setNumber(HostPanel &panel, const PanelItem &control, double number);
 
 // For messages: the first place where two texts of bytes differ.
 std::string difference(std::string_view one, std::string_view other);

@@ -1,4 +1,5 @@
 // Settings, as a hand that knows nothing of them would make them.
+#include "host/check/blackboard.h"
 #include "host/check/stage.h"
 #include "host/services/channel.h"
 #include "host/services/vparm.h"
@@ -88,6 +89,29 @@ void randomSetting(HostPanel &panel, const PanelItem &control, Dice &dice, bool 
         for (double &number : numbers) number = randomNumber(control, dice);
         panel.edit(control, numbers);
     }
+    }
+}
+
+void randomSettings(HostNode &node, int server, Dice &dice, bool keys) {
+    HostPanel *panel = panelOf(node);
+    if (!panel) return;
+    for (const unsigned int id : panel->controls()) {
+        const CallScope noted(server, "a change on the panel");
+        randomSetting(*panel, *panel->find(id), dice, keys);
+    }
+}
+
+void readPanel(HostNode &node, int server) {
+    const CallScope noted(server, "reading the panel");
+    HostPanel *panel = panelOf(node);
+    if (!panel) return;
+    panel->check();
+    for (const unsigned int id : panel->controls()) {
+        const PanelItem &control = *panel->find(id);
+        panel->value(control.valueId);
+        panel->isEnabled(control);
+        if (control.type && control.type->kind == ControlKind::choice) panel->entries(control);
+        panel->pendingValue(id);
     }
 }
 

@@ -39,6 +39,17 @@ class PhaseScope {
 };
 Phase currentPhase();
 
+// How many inputs the calling thread's evaluations may follow while this lives; from then on, inputs count as
+// unconnected. Networks may reach themselves through a module's own pointers, of which the host knows nothing, and each
+// way round would be taken as often as there are ways.
+class InputBudget {
+  public:
+    explicit InputBudget(long inputs);
+    ~InputBudget();
+    InputBudget(const InputBudget &) = delete;
+    InputBudget &operator=(const InputBudget &) = delete;
+};
+
 // Puts watched tables in place of the host's own services, for the rest of the process. Calling again does nothing.
 // [interface thread; before anything is activated]
 void watchServices();
@@ -49,24 +60,40 @@ struct HandlesInUse {
 };
 HandlesInUse handlesInUse();
 
-// A loaded module whose servers stand in the host's list under functions that watch. One at a time.
+// The servers of a started module, in the host's list under functions that watch. One module at a time.
 // [interface thread]
+class WatchedServers {
+  public:
+    // `table` stays the caller's. InputError when the servers cannot be listed.
+    WatchedServers(const HostServer *table, std::string origin);
+    ~WatchedServers();
+    WatchedServers(const WatchedServers &) = delete;
+    WatchedServers &operator=(const WatchedServers &) = delete;
+
+    ServerClass &server(const std::string &name) const { return serverList().get(name); }
+    std::vector<std::string> names() const; // of the nodes, in the table's order
+
+  private:
+    const HostServer *own_;
+    std::string origin_;
+    std::vector<HostServer> table_;
+};
+
+// A loaded module with its servers, whose own requests for memory and so on are watched, too.
 class WatchedModule {
   public:
     // InputError when it is no module, or its servers cannot be listed. A check that looks at more than the handlers'
     // results says so by the failure of its own.
     explicit WatchedModule(const std::string &file);
-    ~WatchedModule();
-    WatchedModule(const WatchedModule &) = delete;
-    WatchedModule &operator=(const WatchedModule &) = delete;
 
     const Module &module() const { return module_; }
-    ServerClass &server(const std::string &name) const { return serverList().get(name); }
-    std::vector<std::string> names() const;
+    const WatchedServers &servers() const { return servers_; }
+    ServerClass &server(const std::string &name) const { return servers_.server(name); }
+    std::vector<std::string> names() const { return servers_.names(); }
 
   private:
     Module module_;
-    std::vector<HostServer> table_;
+    WatchedServers servers_;
 };
 
 // The module's own servers by class and name; null when there is none.

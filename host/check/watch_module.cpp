@@ -115,7 +115,9 @@ constexpr auto kActivations = makeActivations(std::make_integer_sequence<int, kM
 // A module's tables are in the module's hands while it is opened.
 Module openNoted(const std::string &file) {
     const CallScope noted(-1, "loading the module");
-    return Module::open(file);
+    Module module = Module::open(file);
+    watchImports(&module.descriptor());
+    return module;
 }
 
 } // namespace
@@ -141,13 +143,12 @@ std::vector<std::string> nodeNames(const HostServer *table) {
     return names;
 }
 
-WatchedModule::WatchedModule(const std::string &file) : module_(openNoted(file)) {
-    watchImports(&module_.descriptor());
+WatchedServers::WatchedServers(const HostServer *table, std::string origin) : own_(table), origin_(std::move(origin)) {
     watchServices();
     const std::vector<std::string> nodes = names();
     for (std::size_t i = 0; i < nodes.size(); ++i) {
-        const HostServer *handler = findServer(module_.servers(), HOST_CLASS_NODE_HANDLER, nodes[i]);
-        const HostServer *interface = findServer(module_.servers(), HOST_CLASS_NODE_INTERFACE, nodes[i]);
+        const HostServer *handler = findServer(own_, HOST_CLASS_NODE_HANDLER, nodes[i]);
+        const HostServer *interface = findServer(own_, HOST_CLASS_NODE_INTERFACE, nodes[i]);
         watched[i] = {.handler = handler, .interface = interface};
         table_.push_back(*handler);
         table_.back().activate = kActivations[i].handler;
@@ -156,11 +157,14 @@ WatchedModule::WatchedModule(const std::string &file) : module_(openNoted(file))
         if (interface->activate) table_.back().activate = kActivations[i].interface;
     }
     table_.push_back({nullptr, nullptr, nullptr, nullptr});
-    serverList().add(table_.data(), module_.path());
+    serverList().add(table_.data(), origin_);
 }
 
-WatchedModule::~WatchedModule() { serverList().remove(module_.path()); }
+WatchedServers::~WatchedServers() { serverList().remove(origin_); }
 
-std::vector<std::string> WatchedModule::names() const { return nodeNames(module_.servers()); }
+std::vector<std::string> WatchedServers::names() const { return nodeNames(own_); }
+
+WatchedModule::WatchedModule(const std::string &file)
+    : module_(openNoted(file)), servers_(module_.servers(), module_.path()) {}
 
 } // namespace velm

@@ -151,6 +151,15 @@ void setValue(HostNodeValue *value, const void *result) {
     real<HostNodeOutputFuncs>.setValue(value, result);
 }
 
+thread_local long inputsLeft = -1; // below 0: as many as there are
+
+int evaluateInput(HostInput *input, ShadingSample *sample, void *value) {
+    mayCall("NodeInputFuncs evaluate", Allowed::render);
+    if (inputsLeft == 0) return 0;
+    if (inputsLeft > 0) --inputsLeft;
+    return real<HostNodeInputFuncs>.evaluate(input, sample, value);
+}
+
 HostInstanceUpdate *realUpdate;
 void update(const char *className, void *instance) {
     mayCall("Instance Update", Allowed::interface);
@@ -176,7 +185,7 @@ void watchNodes() {
     watchTable<HostNodeInputFuncs>(HOST_NODE_INPUT_FUNCS, [] {
         pass<&HostNodeInputFuncs::create>("NodeInputFuncs create");
         pass<&HostNodeInputFuncs::destroy>("NodeInputFuncs destroy");
-        pass<&HostNodeInputFuncs::evaluate>("NodeInputFuncs evaluate", Allowed::render);
+        passing<HostNodeInputFuncs>.evaluate = evaluateInput;
         pass<&HostNodeInputFuncs::isConnected>("NodeInputFuncs is connected");
         pass<&HostNodeInputFuncs::disconnect>("NodeInputFuncs disconnect");
     });
@@ -277,6 +286,9 @@ void watchImages() {
 }
 
 } // namespace
+
+InputBudget::InputBudget(long inputs) { inputsLeft = inputs; }
+InputBudget::~InputBudget() { inputsLeft = -1; }
 
 void watchServices() {
     isHostThread = true;
