@@ -123,11 +123,12 @@ bool takeEvaluationTooDeep();
 inline int evaluateInput(const HostInput *input, ShadingSample *sample, void *value) {
     HostOutput *source = input->source;
     if (!source) return 0;
-    if (detail::evaluationDepth >= detail::kMaxEvaluationDepth) [[unlikely]] {
+    const int depth = detail::evaluationDepth;
+    if (depth >= detail::kMaxEvaluationDepth) [[unlikely]] {
         detail::evaluationTooDeep();
         return 0;
     }
-    ++detail::evaluationDepth;
+    detail::evaluationDepth = depth + 1;
     if (source->type == input->type) {
         HostNodeValue result{value, input->type, source->type};
         const HostNode *node = source->node;
@@ -135,7 +136,7 @@ inline int evaluateInput(const HostInput *input, ShadingSample *sample, void *va
     } else {
         detail::evaluateUnlike(source, input->type, sample, value);
     }
-    --detail::evaluationDepth;
+    detail::evaluationDepth = depth; // put back, not counted down: a count would wait for those of the inner ones
     return 1;
 }
 

@@ -19,13 +19,28 @@ void destroy(HostNode *, HostOutput *output) {
     if (output) destroyOutput(*output);
 }
 
+// `to` and `from` may be the same place. By way of a copy of a size that the compiler knows: a few moves, and no call.
+template <class Value>
+void copyValue(void *to, const void *from) {
+    Value copy;
+    std::memcpy(&copy, from, sizeof copy);
+    std::memcpy(to, &copy, sizeof copy);
+}
+
 // Where the types are alike, the result goes straight into what the asking node holds; it may be that very place.
 void setValue(HostNodeValue *value, const void *result) {
     assertRender();
-    if (value->outputType == value->askingType)
-        std::memmove(value->holder, result, static_cast<std::size_t>(valueSize(value->outputType)));
-    else
+    if (value->outputType != value->askingType) {
         convertValue(value->outputType, result, value->askingType, value->holder);
+        return;
+    }
+    switch (value->outputType) {
+    case kConnectColour:
+    case kConnectVector: copyValue<double[3]>(value->holder, result); break;
+    case kConnectInteger: copyValue<int>(value->holder, result); break;
+    case kConnectMaterial: copyValue<HostMaterial>(value->holder, result); break;
+    default: copyValue<double>(value->holder, result); // a scalar, and what a function made of one
+    }
 }
 
 void *getValue(HostNodeValue *value) {
