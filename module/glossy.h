@@ -61,15 +61,14 @@ struct GlossyRay {
 };
 
 // The part of the settings after the tint colour. A further parameter is read between the two.
-inline double readSeamAngle(const GlossyServices &g, const GlossyLook &look, const GlossyHandles &handles,
-                            ShadingSample *sample) {
-    return read(g.services, look.seamAngle.value, handles.angleInput, sample);
+inline double readSeamAngle(const Inputs &inputs, const GlossyLook &look, const GlossyHandles &handles) {
+    return inputs.read(look.seamAngle, handles.angleInput);
 }
-inline void readSpread(const GlossyServices &g, const GlossySpread &spread, const GlossyHandles &handles,
-                       ShadingSample *sample, GlossySettings &settings) {
-    settings.blur = read(g.services, spread.blur.value, handles.blurInput, sample);
-    settings.samples = read(g.services, spread.samples, handles.samplesInput, sample);
-    settings.blurDepth = read(g.services, spread.blurDepth, handles.blurDepthInput, sample);
+inline void readSpread(const Inputs &inputs, const GlossySpread &spread, const GlossyHandles &handles,
+                       GlossySettings &settings) {
+    settings.blur = inputs.read(spread.blur, handles.blurInput);
+    settings.samples = inputs.read(spread.samples, handles.samplesInput);
+    settings.blurDepth = inputs.read(spread.blurDepth, handles.blurDepthInput);
 }
 
 // How many rays a sample is worth: one where there is no blur, for rays that are themselves one of many beyond the blur
@@ -108,7 +107,7 @@ void gatherGlossy(const GlossyServices &g, const GlossyLook &look, const GlossyS
                   const GlossyHandles &handles, unsigned int traceKind, ShadingSample *sample, Bend bend,
                   double result[3]) {
     double normal[3], view[3];
-    read(g.services, sample->shadingNormal, handles.normalInput, sample, normal);
+    Inputs(g.services, sample).read(sample->shadingNormal, handles.normalInput, normal);
     normalise(normal);
     for (int i = 0; i < 3; ++i) view[i] = sample->position[i] - sample->raySource[i];
     normalise(view);

@@ -175,27 +175,46 @@ Field &fieldAt(void *instance, size_t offset) {
 }
 
 // ---- Reading parameters while rendering --------------------------------------------------------------------------
-// Each gives the stored value, or what is connected to the input, for this sample only. [render threads]
 
-inline double read(const NodeServices &services, double stored, HostInput *input, ShadingSample *sample) {
-    services.nodeInputFunc->evaluate(input, sample, &stored);
-    return stored;
-}
-inline int read(const NodeServices &services, int stored, HostInput *input, ShadingSample *sample) {
-    services.nodeInputFunc->evaluate(input, sample, &stored);
-    return stored;
-}
-inline void read(const NodeServices &services, const double stored[3], HostInput *input, ShadingSample *sample,
-                 double value[3]) {
-    for (int i = 0; i < 3; ++i) value[i] = stored[i];
-    services.nodeInputFunc->evaluate(input, sample, value);
-}
+// Reads a node's inputs at one sample: each read gives the stored value, or what is connected to the input, for this
+// sample only. It lives as long as the evaluation. The way into the host is looked up once, since a sample reads up to
+// twenty inputs. [render threads]
+class Inputs {
+  public:
+    Inputs(const NodeServices &services, ShadingSample *sample)
+        : evaluate_(services.nodeInputFunc->evaluate), sample_(sample) {}
 
-// A popup's index, clamped into its list of `count` entries.
-inline int readChoice(const NodeServices &services, int stored, HostInput *input, ShadingSample *sample, int count) {
-    const int index = read(services, stored, input, sample);
-    return index < 0 ? 0 : index >= count ? count - 1 : index;
-}
+    ShadingSample *sample() const { return sample_; }
+
+    // Overwrites *value, of the input's type, where something is connected.
+    void evaluate(HostInput *input, void *value) const { evaluate_(input, sample_, value); }
+
+    double read(const ScalarParameter &stored, HostInput *input) const {
+        double value = stored.value;
+        evaluate(input, &value);
+        return value;
+    }
+    int read(int stored, HostInput *input) const {
+        evaluate(input, &stored);
+        return stored;
+    }
+    void read(const double (&stored)[3], HostInput *input, double (&value)[3]) const {
+        for (int i = 0; i < 3; ++i) value[i] = stored[i];
+        evaluate(input, value);
+    }
+    void read(const TripleParameter &stored, HostInput *input, double (&value)[3]) const {
+        read(stored.value, input, value);
+    }
+    // A popup's index, clamped into its list of `count` entries.
+    int readChoice(int stored, HostInput *input, int count) const {
+        const int index = read(stored, input);
+        return index < 0 ? 0 : index >= count ? count - 1 : index;
+    }
+
+  private:
+    int (*evaluate_)(HostInput *input, ShadingSample *sample, void *value);
+    ShadingSample *sample_;
+};
 
 // Hands what an input delivers on as the result; `preset`, which is of the input's type, where nothing is connected.
 template <class Value>

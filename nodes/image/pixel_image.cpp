@@ -166,10 +166,11 @@ bool isOutside(int coordinate, int tiling, int size) {
 
 static void PixelImage_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const PixelImage *>(instance);
+    const velm::Inputs inputs(services, sample);
     double background[3];
     double alpha = 1;
-    velm::read(services, self.background.value, self.backgroundInput, sample, background);
-    velm::read(services, self.image.index, self.imageInput, sample); // read, as ever, and not heeded
+    inputs.read(self.background, self.backgroundInput, background);
+    inputs.read(self.image.index, self.imageInput); // read, as ever, and not heeded
     const bool wantsColour = output == self.colorOutput;
     const auto deliver = [&](const double *colour) {
         services.nodeOutputFunc->setValue(value, wantsColour ? colour : &alpha);
@@ -177,12 +178,12 @@ static void PixelImage_Evaluate(void *instance, ShadingSample *sample, HostOutpu
     if (self.image.index < 1) return deliver(background);
 
     HostImage *image = chosenImage(self);
-    const int blending = velm::readChoice(services, self.blending, self.blendingInput, sample, kBlendBlue + 1);
-    const double opacity = velm::read(services, self.opacity.value, self.opacityInput, sample);
-    const int uTiling = velm::readChoice(services, self.uTiling, self.uTilingInput, sample, kTilings);
-    const int vTiling = velm::readChoice(services, self.vTiling, self.vTilingInput, sample, kTilings);
-    int x = velm::read(services, self.x, self.xInput, sample);
-    int y = velm::read(services, self.y, self.yInput, sample);
+    const int blending = inputs.readChoice(self.blending, self.blendingInput, kBlendBlue + 1);
+    const double opacity = inputs.read(self.opacity, self.opacityInput);
+    const int uTiling = inputs.readChoice(self.uTiling, self.uTilingInput, kTilings);
+    const int vTiling = inputs.readChoice(self.vTiling, self.vTilingInput, kTilings);
+    int x = inputs.read(self.x, self.xInput);
+    int y = inputs.read(self.y, self.yInput);
 
     int width = 0, height = 0;
     imglist->size(image, &width, &height);

@@ -225,28 +225,24 @@ struct Resolved {
     Tinted surface, background, occlusion, limit;
 };
 
-double scalar(const velm::ScalarParameter &parameter, HostInput *input, ShadingSample *sample) {
-    return velm::read(services, parameter.value, input, sample);
-}
-
-void tinted(const ColourSettings &settings, HostInput *colour, HostInput *brightness, ShadingSample *sample,
+void tinted(const ColourSettings &settings, HostInput *colour, HostInput *brightness, const velm::Inputs &inputs,
             Tinted &result) {
-    velm::read(services, settings.colour.value, colour, sample, result.colour);
-    result.brightness = scalar(settings.brightness, brightness, sample);
+    inputs.read(settings.colour, colour, result.colour);
+    result.brightness = inputs.read(settings.brightness, brightness);
 }
 
-void resolve(const AmbientOcclusion &self, ShadingSample *sample, Resolved &r) {
-    r.coneAngle = scalar(self.coneAngle, self.coneAngleInput, sample);
-    r.max = scalar(self.max, self.maxInput, sample);
-    r.shift = scalar(self.shift, self.shiftInput, sample);
-    r.low = scalar(self.low, self.lowInput, sample);
-    r.high = scalar(self.high, self.highInput, sample);
-    r.offset = scalar(self.offset, self.offsetInput, sample);
-    r.sampleDepth = velm::read(services, self.sampleDepth, self.sampleDepthInput, sample);
-    tinted(self.surface, self.surfaceColourInput, self.surfaceBrightnessInput, sample, r.surface);
-    tinted(self.background, self.backgroundColourInput, self.backgroundBrightnessInput, sample, r.background);
-    tinted(self.occlusion, self.occlusionColourInput, self.occlusionBrightnessInput, sample, r.occlusion);
-    tinted(self.limit, self.limitColourInput, self.limitBrightnessInput, sample, r.limit);
+void resolve(const AmbientOcclusion &self, const velm::Inputs &inputs, Resolved &r) {
+    r.coneAngle = inputs.read(self.coneAngle, self.coneAngleInput);
+    r.max = inputs.read(self.max, self.maxInput);
+    r.shift = inputs.read(self.shift, self.shiftInput);
+    r.low = inputs.read(self.low, self.lowInput);
+    r.high = inputs.read(self.high, self.highInput);
+    r.offset = inputs.read(self.offset, self.offsetInput);
+    r.sampleDepth = inputs.read(self.sampleDepth, self.sampleDepthInput);
+    tinted(self.surface, self.surfaceColourInput, self.surfaceBrightnessInput, inputs, r.surface);
+    tinted(self.background, self.backgroundColourInput, self.backgroundBrightnessInput, inputs, r.background);
+    tinted(self.occlusion, self.occlusionColourInput, self.occlusionBrightnessInput, inputs, r.occlusion);
+    tinted(self.limit, self.limitColourInput, self.limitBrightnessInput, inputs, r.limit);
 }
 
 // Writes the backdrop's colour in a unit direction; where there is no backdrop, the colour stays as it was.
@@ -262,22 +258,23 @@ double AmbientOcclusion_weightSample(bool ranged, double distance, double max, d
 }
 
 // The weight after the curve connected to "Function" and the two clamps. A low clamp that takes hold ends the matter.
-double shapedWeight(const AmbientOcclusion &self, ShadingSample *sample, double distance, const Resolved &r) {
+double shapedWeight(const AmbientOcclusion &self, const velm::Inputs &inputs, double distance, const Resolved &r) {
     double weight = AmbientOcclusion_weightSample(self.ranged != 0, distance, r.max, r.shift);
-    services.nodeInputFunc->evaluate(self.functionInput, sample, &weight);
+    inputs.evaluate(self.functionInput, &weight);
     if (self.clampLow && weight > 1 - r.low) return 1 - r.low;
     if (self.clampHigh && weight < 1 - r.high) return 1 - r.high;
     return weight;
 }
 
-void sampleColour(const AmbientOcclusion &self, ShadingSample *sample, const double origin[3],
+void sampleColour(const AmbientOcclusion &self, const velm::Inputs &inputs, const double origin[3],
                   const double direction[3], const Resolved &r, double accumulator[3]) {
+    const ShadingSample &sample = *inputs.sample();
     double traced[3] = {0, 0, 0};
     const bool traces = (self.ranged && self.surface.mode == kTrace) || self.occlusion.mode == kTrace;
     const double distance = traces
-                                ? velm::traceRay(*sample, origin, direction, traced, sample->refractionIndex, kTraceRay)
-                                : velm::castRay(*sample, origin, direction);
-    const double weight = shapedWeight(self, sample, distance, r);
+                                ? velm::traceRay(sample, origin, direction, traced, sample.refractionIndex, kTraceRay)
+                                : velm::castRay(sample, origin, direction);
+    const double weight = shapedWeight(self, inputs, distance, r);
 
     Tinted occlusion = r.occlusion;
     if (self.occlusion.mode == kBackdrop) lookUpBackdrop(direction, occlusion.colour);
@@ -292,13 +289,13 @@ void sampleColour(const AmbientOcclusion &self, ShadingSample *sample, const dou
 }
 
 // Casts one ray and adds what it brings: for "Scalar", its weight in the first component.
-void AmbientOcclusion_sample(const AmbientOcclusion &self, ShadingSample *sample, const HostOutput *output,
+void AmbientOcclusion_sample(const AmbientOcclusion &self, const velm::Inputs &inputs, const HostOutput *output,
                              const double origin[3], const double direction[3], const Resolved &r,
                              double accumulator[3]) {
     if (output == self.scalarOutput)
-        accumulator[0] += shapedWeight(self, sample, velm::castRay(*sample, origin, direction), r);
+        accumulator[0] += shapedWeight(self, inputs, velm::castRay(*inputs.sample(), origin, direction), r);
     else
-        sampleColour(self, sample, origin, direction, r, accumulator);
+        sampleColour(self, inputs, origin, direction, r, accumulator);
 }
 
 void AmbientOcclusion_sampleLimit(const AmbientOcclusion &self, const ShadingSample *sample, const Tinted &limit,
@@ -347,7 +344,7 @@ void AmbientOcclusion_rotateAroundVector(Run &run, int count, const Turn &turn) 
 // The rays of one evaluation: where they start, how they are counted, what they have brought.
 struct Gathering {
     const AmbientOcclusion &self;
-    ShadingSample *sample;
+    const velm::Inputs &inputs;
     const HostOutput *output;
     const Resolved &resolved;
     double origin[3];
@@ -356,7 +353,7 @@ struct Gathering {
     double count = 0;
 
     void add(const double direction[3]) {
-        AmbientOcclusion_sample(self, sample, output, origin, direction, resolved, accumulator);
+        AmbientOcclusion_sample(self, inputs, output, origin, direction, resolved, accumulator);
         count += 1;
     }
     Turn turn() const {
@@ -392,7 +389,7 @@ void gather(Gathering &rays, int64_t count, Aim aim) {
 
 void gatherRandom(Gathering &rays) {
     const AmbientOcclusion &self = rays.self;
-    const int samples = atLeastOne(velm::read(services, self.samples, self.samplesInput, rays.sample));
+    const int samples = atLeastOne(rays.inputs.read(self.samples, self.samplesInput));
     const double cone = rays.resolved.coneAngle;
     gather(rays, samples, [cone](int64_t, double r1, double r2, double &theta, double &phi) {
         theta = r2 * cone;
@@ -402,9 +399,9 @@ void gatherRandom(Gathering &rays) {
 
 void gatherPolar(Gathering &rays) {
     const AmbientOcclusion &self = rays.self;
-    const int rings = atLeastOne(velm::read(services, self.polarSamples1, self.polar1Input, rays.sample));
-    const int perRing = atLeastOne(velm::read(services, self.polarSamples2, self.polar2Input, rays.sample));
-    const double jitter = scalar(self.jitterAngle, self.jitterAngleInput, rays.sample);
+    const int rings = atLeastOne(rays.inputs.read(self.polarSamples1, self.polar1Input));
+    const int perRing = atLeastOne(rays.inputs.read(self.polarSamples2, self.polar2Input));
+    const double jitter = rays.inputs.read(self.jitterAngle, self.jitterAngleInput);
     rays.add(rays.axis); // as it was given, not normalised
     const double ringStep = rays.resolved.coneAngle / (rings - 1), azimuthStep = kFullTurn / perRing;
     const auto aim = [=](int64_t ray, double r1, double r2, double &theta, double &phi) {
@@ -424,11 +421,12 @@ static void AmbientOcclusion_Evaluate(void *instance, ShadingSample *sample, Hos
         services.nodeOutputFunc->setValue(value, result);
         return;
     }
+    const velm::Inputs inputs(services, sample);
     Resolved resolved;
-    resolve(self, sample, resolved);
-    Gathering rays = {.self = self, .sample = sample, .output = output, .resolved = resolved, .origin = {}, .axis = {}};
+    resolve(self, inputs, resolved);
+    Gathering rays = {.self = self, .inputs = inputs, .output = output, .resolved = resolved, .origin = {}, .axis = {}};
     for (int i = 0; i < 3; ++i) rays.origin[i] = sample->position[i] + resolved.offset * sample->geometricNormal[i];
-    velm::read(services, sample->shadingNormal, self.normalInput, sample, rays.axis);
+    inputs.read(sample->shadingNormal, self.normalInput, rays.axis);
 
     if ((sample->rayFlags & kRaySampled) && sample->rayDepth > resolved.sampleDepth) {
         AmbientOcclusion_sampleLimit(self, sample, resolved.limit, result);

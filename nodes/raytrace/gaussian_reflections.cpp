@@ -93,9 +93,10 @@ static void GaussianReflections_Evaluate(void *instance, ShadingSample *sample, 
     double result[3] = {0, 0, 0};
     if (!(sample->rayFlags & kRayShadow)) {
         velm::GlossySettings settings;
-        velm::read(services, self.look.colour.value, self.handles.colourInput, sample, settings.colour);
-        settings.seamAngle = velm::readSeamAngle(glossy, self.look, self.handles, sample);
-        velm::readSpread(glossy, self.spread, self.handles, sample, settings);
+        const velm::Inputs inputs(services, sample);
+        inputs.read(self.look.colour, self.handles.colourInput, settings.colour);
+        settings.seamAngle = velm::readSeamAngle(inputs, self.look, self.handles);
+        velm::readSpread(inputs, self.spread, self.handles, settings);
         const auto bend = [sample](const double view[3], const double normal[3]) {
             return velm::mirrored(view, normal, sample->refractionIndex);
         };

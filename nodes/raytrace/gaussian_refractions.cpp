@@ -112,15 +112,16 @@ velm::GlossyRay refracted(const double view[3], const double normal[3], double f
 static void GaussianRefractions_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const GaussianRefractions *>(instance);
     velm::GlossySettings settings;
-    velm::read(services, self.look.colour.value, self.handles.colourInput, sample, settings.colour);
+    const velm::Inputs inputs(services, sample);
+    inputs.read(self.look.colour, self.handles.colourInput, settings.colour);
     double result[3] = {1, 1, 1};
     if (sample->rayFlags & kRayShadow) {
         services.nodeOutputFunc->setValue(value, self.look.tint ? settings.colour : result);
         return;
     }
-    settings.seamAngle = velm::readSeamAngle(glossy, self.look, self.handles, sample);
-    const double index = velm::read(services, self.refractionIndex.value, self.iorInput, sample);
-    velm::readSpread(glossy, self.spread, self.handles, sample, settings);
+    settings.seamAngle = velm::readSeamAngle(inputs, self.look, self.handles);
+    const double index = inputs.read(self.refractionIndex, self.iorInput);
+    velm::readSpread(inputs, self.spread, self.handles, settings);
     const auto bend = [sample, index](const double view[3], const double normal[3]) {
         return refracted(view, normal, sample->refractionIndex, index);
     };

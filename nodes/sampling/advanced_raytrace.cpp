@@ -122,11 +122,12 @@ unsigned int modeWord(const AdvRayTrace &self) {
 
 static void AdvRayTrace_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const AdvRayTrace *>(instance);
+    const velm::Inputs inputs(services, sample);
     double position[3], direction[3], color[3];
-    velm::read(services, self.position.value, self.positionInput, sample, position);
-    velm::read(services, self.direction.value, self.directionInput, sample, direction);
-    const double eta = velm::read(services, self.ior.value, self.iorInput, sample);
-    velm::read(services, self.color.value, self.colorInput, sample, color);
+    inputs.read(self.position, self.positionInput, position);
+    inputs.read(self.direction, self.directionInput, direction);
+    const double eta = inputs.read(self.ior, self.iorInput);
+    inputs.read(self.color, self.colorInput, color);
     const double length = velm::traceRay(*sample, position, direction, color, eta, modeWord(self));
     if (output == self.colorOutput)
         services.nodeOutputFunc->setValue(value, color);

@@ -59,8 +59,9 @@ constexpr velm::NodeUnit unit = {
 
 static void Random_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const Random *>(instance);
-    const double low = velm::read(services, self.min.value, self.minInput, sample);
-    const double high = velm::read(services, self.max.value, self.maxInput, sample);
+    const velm::Inputs inputs(services, sample);
+    const double low = inputs.read(self.min, self.minInput);
+    const double high = inputs.read(self.max, self.maxInput);
     const double result = low + (high - low) * genrand_real1();
     services.nodeOutputFunc->setValue(value, &result);
 }

@@ -56,9 +56,10 @@ constexpr velm::NodeUnit unit = {
 
 static void RayShade_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const RayShade *>(instance);
+    const velm::Inputs inputs(services, sample);
     double position[3], direction[3];
-    velm::read(services, self.position.value, self.positionInput, sample, position);
-    velm::read(services, self.direction.value, self.directionInput, sample, direction);
+    inputs.read(self.position, self.positionInput, position);
+    inputs.read(self.direction, self.directionInput, direction);
     HostRayHitRoom room;
     for (double &component : room.hit.colour) component = 0;
     const double length = velm::shadeRay(*sample, position, direction, &room.hit);

@@ -117,10 +117,10 @@ struct ChannelRule {
     bool clampLow, clampHigh;
 };
 
-ChannelRule resolve(const Channel &channel, const ChannelInputs &inputs, ShadingSample *sample) {
-    return {.shift = velm::read(services, channel.shift.value, inputs.shift, sample),
-            .low = velm::read(services, channel.low.value, inputs.low, sample),
-            .high = velm::read(services, channel.high.value, inputs.high, sample),
+ChannelRule resolve(const Channel &channel, const ChannelInputs &handles, const velm::Inputs &inputs) {
+    return {.shift = inputs.read(channel.shift, handles.shift),
+            .low = inputs.read(channel.low, handles.low),
+            .high = inputs.read(channel.high, handles.high),
             .clampLow = channel.clampLow != 0,
             .clampHigh = channel.clampHigh != 0};
 }
@@ -132,9 +132,9 @@ struct Colour {
 double brightness(const Colour &colour) { return (colour.c[0] + colour.c[1] + colour.c[2]) * 0.3333333333333333; }
 
 // One evaluation of the input, shifted and clamped.
-Colour TakeSamples_sampleHandler(const TakeSamples &self, ShadingSample *sample, const ChannelRule (&rules)[3]) {
+Colour TakeSamples_sampleHandler(const TakeSamples &self, const velm::Inputs &inputs, const ChannelRule (&rules)[3]) {
     Colour colour = {};
-    services.nodeInputFunc->evaluate(self.colorInput, sample, colour.c);
+    inputs.evaluate(self.colorInput, colour.c);
     for (int i = 0; i < 3; ++i) {
         const ChannelRule &rule = rules[i];
         double value = rule.shift + colour.c[i];
@@ -171,19 +171,20 @@ void combine(int mode, Colour &all, double &kept, const Colour &next) {
 
 static void TakeSamples_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const TakeSamples *>(instance);
-    const int mode = velm::readChoice(services, self.mode, self.modeInput, sample, kModes);
-    int samples = velm::read(services, self.samples, self.samplesInput, sample);
+    const velm::Inputs inputs(services, sample);
+    const int mode = inputs.readChoice(self.mode, self.modeInput, kModes);
+    int samples = inputs.read(self.samples, self.samplesInput);
     if (samples < 1) samples = 1;
-    const ChannelRule rules[3] = {resolve(self.red, self.redInputs, sample),
-                                  resolve(self.green, self.greenInputs, sample),
-                                  resolve(self.blue, self.blueInputs, sample)};
+    const ChannelRule rules[3] = {resolve(self.red, self.redInputs, inputs),
+                                  resolve(self.green, self.greenInputs, inputs),
+                                  resolve(self.blue, self.blueInputs, inputs)};
 
     // Sums start at black, and everything else at the first sample.
     const bool sums = mode == kAverage || mode == kAdditive;
-    Colour all = sums ? Colour{} : TakeSamples_sampleHandler(self, sample, rules);
+    Colour all = sums ? Colour{} : TakeSamples_sampleHandler(self, inputs, rules);
     double kept = brightness(all);
     for (int i = sums ? 0 : 1; i < samples; ++i)
-        combine(mode, all, kept, TakeSamples_sampleHandler(self, sample, rules));
+        combine(mode, all, kept, TakeSamples_sampleHandler(self, inputs, rules));
     if (mode == kAverage)
         for (double &component : all.c) component *= 1.0 / samples;
     services.nodeOutputFunc->setValue(value, all.c);

@@ -106,11 +106,12 @@ bool resets(int mode, double count, double a, double b, double lastA) {
 
 static void Counter_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     auto &self = *static_cast<Counter *>(instance);
-    const int mode = velm::readChoice(services, self.mode, self.modeInput, sample, kModes);
-    const double start = velm::read(services, self.start.value, self.startInput, sample);
-    const double increase = velm::read(services, self.increase.value, self.increaseInput, sample);
-    const double a = velm::read(services, self.a.value, self.aInput, sample);
-    const double b = velm::read(services, self.b.value, self.bInput, sample);
+    const velm::Inputs inputs(services, sample);
+    const int mode = inputs.readChoice(self.mode, self.modeInput, kModes);
+    const double start = inputs.read(self.start, self.startInput);
+    const double increase = inputs.read(self.increase, self.increaseInput);
+    const double a = inputs.read(self.a, self.aInput);
+    const double b = inputs.read(self.b, self.bInput);
 
     const int thread = sample->threadIndex;
     double &count = self.count[thread];

@@ -89,9 +89,9 @@ double guarded(double divisor) {
 
 // The distance in nominal distances: the exponent of both nodes.
 template <class Node>
-double exponent(const Node &self, const velm::NodeServices &services, ShadingSample *sample) {
-    const double distance = velm::read(services, self.distance.value, self.distanceInput, sample);
-    const double nominal = velm::read(services, self.nominalDistance.value, self.nominalDistanceInput, sample);
+double exponent(const Node &self, const velm::Inputs &inputs) {
+    const double distance = inputs.read(self.distance, self.distanceInput);
+    const double nominal = inputs.read(self.nominalDistance, self.nominalDistanceInput);
     return 1.0 / guarded(nominal) * distance;
 }
 
@@ -107,17 +107,19 @@ double decayed(double power, bool clamp) {
 
 static void ExpDecayScalar_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const ExpDecayScalar *>(instance);
-    const double e = exponent(self, scalarServices, sample);
-    const double scalar = velm::read(scalarServices, self.quantity.value, self.quantityInput, sample);
+    const velm::Inputs inputs(scalarServices, sample);
+    const double e = exponent(self, inputs);
+    const double scalar = inputs.read(self.quantity, self.quantityInput);
     const double result = decayed(std::pow(scalar, e), self.clamp != 0);
     scalarServices.nodeOutputFunc->setValue(value, &result);
 }
 
 static void ExpDecayColor_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const ExpDecayColor *>(instance);
-    const double e = exponent(self, colourServices, sample);
+    const velm::Inputs inputs(colourServices, sample);
+    const double e = exponent(self, inputs);
     double colour[3];
-    velm::read(colourServices, self.quantity.value, self.quantityInput, sample, colour);
+    inputs.read(self.quantity, self.quantityInput, colour);
     for (double &component : colour) component = decayed(std::pow(1.0 / component, e), self.clamp != 0);
     colourServices.nodeOutputFunc->setValue(value, colour);
 }

@@ -90,10 +90,11 @@ constexpr velm::NodeUnit unit = {
 
 static void HoldValue_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     auto &self = *static_cast<HoldValue *>(instance);
-    const int mode = velm::readChoice(services, self.mode, self.modeInput, sample, kModes);
-    const double passed = velm::read(services, self.passed.value, self.in, sample);
-    const double a = velm::read(services, self.a.value, self.aInput, sample);
-    const double b = velm::read(services, self.b.value, self.bInput, sample);
+    const velm::Inputs inputs(services, sample);
+    const int mode = inputs.readChoice(self.mode, self.modeInput, kModes);
+    const double passed = inputs.read(self.passed, self.in);
+    const double a = inputs.read(self.a, self.aInput);
+    const double b = inputs.read(self.b, self.bInput);
 
     const int thread = sample->threadIndex;
     double &held = self.held[thread];

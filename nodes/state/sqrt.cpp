@@ -50,7 +50,7 @@ constexpr velm::NodeUnit unit = {
 
 static void Sqrt_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const Sqrt *>(instance);
-    const double operand = velm::read(services, self.operand.value, self.in, sample);
+    const double operand = velm::Inputs(services, sample).read(self.operand, self.in);
     const double root = std::sqrt(std::fabs(operand));
     services.nodeOutputFunc->setValue(value, &root);
 }
