@@ -9,6 +9,8 @@
 #include "module/vectors.h"
 #include "random/random.h"
 
+#include <algorithm>
+
 namespace velm {
 
 enum GlossyMode { kBackdropOnly, kRaysAndBackdrop, kSphericalMap, kRaysAndMap };
@@ -54,6 +56,8 @@ struct GlossySettings {
     double seamAngle, blur;
     int samples, blurDepth;
 };
+
+inline constexpr int kWordsOfGlossyRay = 3 * kWordsOfNoise; // a noise value for each component of the normal
 
 struct GlossyRay {
     double direction[3];
@@ -117,9 +121,17 @@ void gatherGlossy(const GlossyServices &g, const GlossyLook &look, const GlossyS
 
     const int rays = glossyRayCount(settings, *sample);
     double sum[3] = {0, 0, 0};
+    // The words of a run of rays are taken ahead; a ray whose hit draws words itself is given them first, and the rays
+    // after it get later ones, as if each had drawn its own.
+    constexpr int kRun = WordsAhead::kMost / kWordsOfGlossyRay;
+    WordsAhead ahead;
     for (int i = 0; i < rays; ++i) {
-        double jittered[3]; // three draws for every ray, also without blur: the stream goes on as it always has
-        for (int k = 0; k < 3; ++k) jittered[k] = normal[k] - gaussianNoise() * settings.blur;
+        if (ahead.left() < kWordsOfGlossyRay) ahead.fill(kWordsOfGlossyRay * std::min(kRun, rays - i));
+        double jittered[3]; // three noise values for every ray, also without blur: the stream goes on as it always has
+        const uint32_t *words = ahead.words();
+        for (int k = 0; k < 3; ++k, words += kWordsOfNoise)
+            jittered[k] = normal[k] - noiseOfWords(words[0], words[1], words[2]) * settings.blur;
+        ahead.use(kWordsOfGlossyRay);
         normalise(jittered);
         double colour[3] = {0, 0, 0};
         lookUpRay(g, look.mode, image, settings.seamAngle, traceKind, *sample, bend(view, jittered), colour);

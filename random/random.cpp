@@ -8,7 +8,6 @@ constexpr int kShiftWords = 397; // M of the publication
 constexpr uint32_t kUpperMask = 0x80000000u, kLowerMask = 0x7fffffffu;
 constexpr uint32_t mag01[2] = {0, 0x9908b0dfu}; // the twist matrix row, selected by the low bit
 constexpr uint32_t kDefaultSeed = 5489;
-constexpr int q = 15; // bit depth of the noise quantiser
 
 uint32_t word(int index) { return mt[index].load(std::memory_order_relaxed); }
 void setWord(int index, uint32_t value) { mt[index].store(value, std::memory_order_relaxed); }
@@ -111,19 +110,8 @@ void WordsAhead::fill(int count) {
     end_ = count;
 }
 
-double noiseOfWords(const uint32_t (&words)[3]) {
-    // The constants are single precision, as the noise has always been made; the sums are double.
-    constexpr float c1 = static_cast<float>((1 << q) - 1);
-    constexpr float c2 = static_cast<float>(static_cast<int>(c1 * 0.33333334f) + 1);
-    constexpr float c3 = 1.0f / c1;
-    constexpr float d = (c2 - 1.0f) * -3.0f;
-    const double s =
-        words[0] * kPerInt32HalfOpen * c2 + words[1] * kPerInt32HalfOpen * c2 + words[2] * kPerInt32HalfOpen * c2;
-    return (s + s + d) * c3;
-}
-
 double gaussianNoise() {
-    uint32_t words[3];
+    uint32_t words[kWordsOfNoise];
     genrand_words(words);
-    return noiseOfWords(words);
+    return noiseOfWords(words[0], words[1], words[2]);
 }

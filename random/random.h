@@ -65,7 +65,7 @@ inline uint32_t temper(uint32_t y) {
 // Scopes nest as evaluations do. One belongs to the thread that made it.
 class WordsAhead {
   public:
-    static constexpr int kMost = 64;
+    static constexpr int kMost = 72; // eight rays of three noise values each
 
     WordsAhead() : outer_(innermost) { innermost = this; }
     ~WordsAhead() { innermost = outer_; }
@@ -131,7 +131,17 @@ inline double genrand_real1() { return genrand_int32() * kPerInt32Closed; }
 inline double genrand_real2() { return genrand_int32() * kPerInt32HalfOpen; }
 
 // The noise value of three words; gaussianNoise draws them from the stream.
-double noiseOfWords(const uint32_t (&words)[3]);
+inline constexpr int kWordsOfNoise = 3;
+inline double noiseOfWords(uint32_t first, uint32_t second, uint32_t third) {
+    // The constants are single precision, as the noise has always been made; the sums are double.
+    constexpr int q = 15; // bit depth of the noise quantiser
+    constexpr float c1 = static_cast<float>((1 << q) - 1);
+    constexpr float c2 = static_cast<float>(static_cast<int>(c1 * 0.33333334f) + 1);
+    constexpr float c3 = 1.0f / c1;
+    constexpr float d = (c2 - 1.0f) * -3.0f;
+    const double s = first * kPerInt32HalfOpen * c2 + second * kPerInt32HalfOpen * c2 + third * kPerInt32HalfOpen * c2;
+    return (s + s + d) * c3;
+}
 
 // Approximately normal noise from -32766/32767 to just under 32772/32767, with a standard deviation of about 1/3: the
 // sum of three uniform draws (an Irwin-Hall approximation), rescaled. Its mean is 3/32767, not 0: a bias so small that

@@ -1,6 +1,7 @@
 // Reading images, and the pyramid of smaller ones that wide spots are looked up in.
 #include "host/image/image.h"
 
+#include "host/direction.h"
 #include "host/error.h"
 #include "host/image/transfer.h"
 #include "host/state/files.h"
@@ -204,7 +205,7 @@ std::unique_ptr<HostImage> readImage(const std::string &file, const std::string 
 
 void directionToImage(double seamAngle, const double direction[3], double *u, double *v) {
     const double x = direction[0], y = direction[1], z = direction[2];
-    const double across = std::hypot(x, z);
+    const double across = levelLength(direction);
     *u = 0.5;
     *v = 0.5;
     if (!std::isfinite(across + y) || !std::isfinite(seamAngle) || (across == 0 && y == 0)) return;

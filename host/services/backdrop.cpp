@@ -1,5 +1,6 @@
 #include "host/services/backdrop.h"
 
+#include "host/direction.h"
 #include "host/image/image.h"
 #include "host/suggest.h"
 
@@ -8,6 +9,20 @@
 #include <numbers>
 
 namespace velm {
+
+namespace {
+
+// base ^ exponent, of an exponent above 0. Most squeezes are small whole numbers, which take a few multiplications.
+double power(double base, double exponent) {
+    constexpr double kMostFactors = 16;
+    if (!(exponent <= kMostFactors) || exponent != static_cast<int>(exponent)) return std::pow(base, exponent);
+    double result = 1;
+    for (int left = static_cast<int>(exponent); left > 0; left /= 2, base *= base)
+        if (left % 2 != 0) result *= base;
+    return result;
+}
+
+} // namespace
 
 Backdrop::Backdrop(const BackdropDescription &description) : description_(description) {
     if (!(description.skySqueeze > 0) || !(description.groundSqueeze > 0)) {
@@ -32,12 +47,12 @@ Backdrop::Type Backdrop::type() const {
 }
 
 void Backdrop::gradient(const double direction[3], double colour[3]) const {
-    const double elevation = std::atan2(direction[1], std::hypot(direction[0], direction[2]));
+    const double elevation = std::atan2(direction[1], levelLength(direction));
     const bool above = elevation >= 0;
     const Triple &pole = above ? description_.zenith : description_.nadir;
     const Triple &horizon = above ? description_.sky : description_.ground;
     const double squeeze = above ? description_.skySqueeze : description_.groundSqueeze;
-    const double share = std::pow(std::max(0.0, 1 - std::abs(elevation) / (std::numbers::pi / 2)), squeeze);
+    const double share = power(std::max(0.0, 1 - std::abs(elevation) / (std::numbers::pi / 2)), squeeze);
     for (std::size_t i = 0; i < 3; ++i) colour[i] = pole[i] + share * (horizon[i] - pole[i]);
 }
 

@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <limits>
+#include <string>
 
 namespace velm::test {
 namespace {
@@ -59,6 +60,27 @@ TEST(Backdrop, GradientRunsOverTheElevation) {
     expectNear(seen(backdrop, 1, -1, 0), {2, 6, 2}, "half down, even");
     expectNear(seen(backdrop, 0, -1, 0), {0, 8, 0}, "nadir");
     expectNear(seen(backdrop, 0, -1e-12, 1), {4, 4, 4}, "just under the horizon", 1e-6);
+}
+
+TEST(Backdrop, SqueezesOfEveryKindArePowers) {
+    // From black straight up to white at the horizon: the share itself. At 30 degrees, two thirds of the way.
+    for (const double squeeze : {0.25, 1.0, 1.5, 2.0, 3.0, 6.0, 7.0, 15.0, 16.0, 16.5, 17.0, 40.0}) {
+        const Backdrop backdrop(describe(Kind::gradient, [squeeze](BackdropDescription &each) {
+            each.zenith = {0, 0, 0};
+            each.sky = {1, 1, 1};
+            each.skySqueeze = squeeze;
+        }));
+        const double share = std::pow(2.0 / 3.0, squeeze);
+        const std::string what = "squeeze " + std::to_string(squeeze);
+        expectNear(seen(backdrop, 0, 0.5, std::sqrt(0.75)), {share, share, share}, what.c_str(), 1e-14);
+    }
+}
+
+TEST(Backdrop, TheLengthOfADirectionTellsNothing) {
+    const Backdrop backdrop(describe(Kind::gradient, [](BackdropDescription &each) { each.skySqueeze = 1.5; }));
+    const Triple one = seen(backdrop, 0.3, 0.4, -0.5);
+    for (const double length : {1e-300, 1e-170, 1e-140, 1e-6, 1e6, 1e139, 1e170, 1e300})
+        expectNear(seen(backdrop, 0.3 * length, 0.4 * length, -0.5 * length), one, "of another length", 1e-14);
 }
 
 TEST(Backdrop, DirectionsWithoutOneAreAhead) {

@@ -105,6 +105,7 @@ FakeRays::Call call(const double position[3], const double direction[3], const d
 }
 
 double answer(double colour[3]) {
+    if (currentRays->met) currentRays->met();
     if (currentRays->colour) std::copy(currentRays->colour->begin(), currentRays->colour->end(), colour);
     return currentRays->distance;
 }

@@ -62,6 +62,8 @@ class FakeRays {
     };
     std::vector<Call> shades, traces;
 
+    std::function<void()> met; // called for each ray, once it is noted
+
     double distance = 1;                         // what both functions return
     std::optional<std::array<double, 3>> colour; // what both leave; none: the colour as it is
 

@@ -85,6 +85,25 @@ TEST_P(GlossyNode, JittersTheNormalByNoiseInOrder) {
     }
 }
 
+// What a ray meets may evaluate nodes that draw: the words come in the order of the calls all the same.
+TEST_P(GlossyNode, SharesTheStreamWithWhatItsRaysMeet) {
+    node.set(tested.blur, 0.25);
+    node.set(tested.samples, 50);
+    init_genrand(77);
+    std::mt19937 stream(77);
+    int met = 0;
+    // Draws now and then, sometimes more than the node itself has ahead of it.
+    rays.met = [&] {
+        expectNear(rays.traces.back().direction, bent(jittered({0, 1, 0}, 0.25, stream)), kNoiseTolerance);
+        constexpr int kCounts[] = {0, 1, 0, 0, 5, 0, 2, 90, 0, 70, 3};
+        for (int i = 0; i < kCounts[met % 11]; ++i) EXPECT_EQ(genrand_int32(), stream());
+        ++met;
+    };
+    evaluate();
+    EXPECT_EQ(met, 50);
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(genrand_int32(), stream()) << "nothing is taken that is not used";
+}
+
 TEST_P(GlossyNode, StartsAtThePositionWithBlack) {
     evaluate();
     ASSERT_EQ(rays.traces.size(), 1u);

@@ -21,15 +21,15 @@ TEST(Noise, FollowsItsFormula) {
     for (int i = 0; i < 2000; ++i) {
         const uint32_t words[3] = {static_cast<uint32_t>(reference()), static_cast<uint32_t>(reference()),
                                    static_cast<uint32_t>(reference())};
-        ASSERT_NEAR(noiseOfWords(words), expectedNoise(words), kRounding);
+        ASSERT_NEAR(noiseOfWords(words[0], words[1], words[2]), expectedNoise(words), kRounding);
     }
 }
 
 TEST(Noise, UsesSinglePrecisionForItsConstants) {
     constexpr float c3 = 1.0f / 32767.0f;
-    EXPECT_EQ(noiseOfWords({0, 0, 0}), -32766.0 * static_cast<double>(c3));
-    EXPECT_EQ(noiseOfWords({0x80000000, 0x80000000, 0x80000000}), 3.0 * static_cast<double>(c3));
-    EXPECT_EQ(noiseOfWords({0x80000000, 0, 0}), (10923.0 - 32766.0) * static_cast<double>(c3));
+    EXPECT_EQ(noiseOfWords(0, 0, 0), -32766.0 * static_cast<double>(c3));
+    EXPECT_EQ(noiseOfWords(0x80000000, 0x80000000, 0x80000000), 3.0 * static_cast<double>(c3));
+    EXPECT_EQ(noiseOfWords(0x80000000, 0, 0), (10923.0 - 32766.0) * static_cast<double>(c3));
 }
 
 TEST(Noise, IsLeastWithoutAnyBit) {
@@ -46,9 +46,9 @@ TEST(Noise, IsJustBelowItsBoundWithEveryBit) {
 }
 
 TEST(Noise, TreatsItsThreeWordsAlike) {
-    const double first = noiseOfWords({0xc0000000, 0, 0});
-    EXPECT_EQ(noiseOfWords({0, 0xc0000000, 0}), first);
-    EXPECT_EQ(noiseOfWords({0, 0, 0xc0000000}), first);
+    const double first = noiseOfWords(0xc0000000, 0, 0);
+    EXPECT_EQ(noiseOfWords(0, 0xc0000000, 0), first);
+    EXPECT_EQ(noiseOfWords(0, 0, 0xc0000000), first);
 }
 
 TEST(Noise, TakesThreeWordsInOrder) {
@@ -57,7 +57,7 @@ TEST(Noise, TakesThreeWordsInOrder) {
     for (int i = 0; i < 1000; ++i) {
         uint32_t words[3];
         for (uint32_t &word : words) word = static_cast<uint32_t>(reference());
-        ASSERT_EQ(gaussianNoise(), noiseOfWords(words));
+        ASSERT_EQ(gaussianNoise(), noiseOfWords(words[0], words[1], words[2]));
     }
 }
 

@@ -153,7 +153,7 @@ TEST(Random, PairsAndTriplesAreSingleDrawsAtEveryOffset) {
 
         restart();
         const uint32_t next[3] = {words[offset], words[offset + 1], words[offset + 2]};
-        ASSERT_EQ(gaussianNoise(), noiseOfWords(next)) << offset;
+        ASSERT_EQ(gaussianNoise(), noiseOfWords(next[0], next[1], next[2])) << offset;
         ASSERT_EQ(genrand_int32(), words[offset + 3]) << offset;
     }
 }

@@ -47,7 +47,7 @@ TEST_F(WordsAheadTest, GoToWhoeverDrawsBeforeTheyAreUsed) {
     EXPECT_EQ(take(ahead), reference());
     const uint32_t next[3] = {static_cast<uint32_t>(reference()), static_cast<uint32_t>(reference()),
                               static_cast<uint32_t>(reference())};
-    EXPECT_EQ(gaussianNoise(), noiseOfWords(next)) << "noise in between";
+    EXPECT_EQ(gaussianNoise(), noiseOfWords(next[0], next[1], next[2])) << "noise in between";
     ahead.fill(10);
     while (ahead.left() > 0) EXPECT_EQ(take(ahead), reference()) << "filled up again";
     EXPECT_EQ(genrand_int32(), reference()) << "none is left, the scope is still there";
