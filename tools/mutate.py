@@ -61,6 +61,7 @@ FILES = {
     "nodes/state/render_info.cpp": "test_nodes_rays_and_state",
     "nodes/state/sqrt.cpp": "test_nodes_rays_and_state",
     "random/random.cpp": "test_random",
+    "random/random.h": "test_random",
     "share/registry.cpp": "test_share",
 }
 FEWEST_PER_FILE = 4
