@@ -54,6 +54,7 @@ OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, co
     spec.attribute("oiio:ColorSpace", format.isFloat ? "Linear" : "sRGB");
     spec.attribute("jpeg:subsampling", "4:4:4");
     spec.attribute("tiff:write_exif", 0); // cannot be written to memory, and there is nothing in it
+    spec.attribute("DateTime", ""); // else the library puts in the time: the same picture is to be the same file
     if (format.compression != nullptr) spec.attribute("Compression", format.compression);
     const std::array<std::pair<const char *, const std::string *>, 4> header = {{{"scene", &metadata.scene},
                                                                                  {"module", &metadata.module},

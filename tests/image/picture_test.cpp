@@ -126,6 +126,21 @@ TEST(Picture, ExrHeaderTellsWhatMadeIt) {
     EXPECT_EQ(input->spec().format, OIIO::TypeDesc::FLOAT);
 }
 
+TEST(Picture, NoFileHoldsTheTime) {
+    const TemporaryDirectory directory;
+    for (const char *ending : {"exr", "hdr", "jpg", "png", "tif"}) {
+        const std::string file = directory / (std::string("a.") + ending);
+        writePicture(ramp(), file, {});
+        const auto input = OIIO::ImageInput::open(file);
+        ASSERT_TRUE(input) << OIIO::geterror();
+        for (const auto &attribute : input->spec().extra_attribs) {
+            if (OIIO::Strutil::icontains(attribute.name(), "date")) {
+                EXPECT_EQ(attribute.get_string(), "") << ending << ": " << attribute.name();
+            }
+        }
+    }
+}
+
 TEST(Picture, UnknownEndingNamesTheKnownOnes) {
     const TemporaryDirectory directory;
     for (const char *name : {"a.gif", "a", "a.pngx", ".png"}) {

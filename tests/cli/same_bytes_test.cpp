@@ -1,0 +1,134 @@
+// One thread renders the same bytes every time, in a process of its own as in one that has rendered before: the
+// module's random stream begins anew with the module, and nothing else that comes by chance gets into a picture or its
+// header.
+#include "tests/cli/command.h"
+#include "tests/scene/scene_text.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace velm {
+namespace {
+
+namespace fs = std::filesystem;
+using test::TemporaryDirectory;
+
+std::string bytesOf(const fs::path &file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// The demonstration, its occlusion by random rays.
+std::string demonstration() {
+    std::string text = bytesOf(VELM_SOURCE_DIR "/examples/occlusion.json");
+    const std::string polar = R"("Mode": "Polar")", random = R"("Mode": "Random")";
+    std::size_t changed = 0, at = 0;
+    while ((at = text.find(polar)) != std::string::npos) {
+        text.replace(at, polar.size(), random);
+        ++changed;
+    }
+    EXPECT_EQ(changed, 2U);
+    return text;
+}
+
+// A room with a ball, each with its own network.
+std::string room(const std::string &ball, const std::string &wall) {
+    return R"({"cameras": {"Main": {"position": [0, 0.5, -4], "target": [0, 0, 0]}},
+               "backdrop": {"kind": "gradient"},
+               "objects": {"Ball": {"sphere": {"segments": 24}, "surface": "Ball"},
+                           "Wall": {"box": {"size": [12, 12, 12], "inward": true}, "surface": "Wall"}},
+               "surfaces": {"Ball": {"settings": {"Luminosity": 1, "Diffuse": 0}, )" +
+           ball + R"(}, "Wall": {"settings": {"Luminosity": 1, "Diffuse": 0}, )" + wall + "}}}";
+}
+
+// The wall's colour is the mean of several draws.
+std::string noisyWall() {
+    return R"("nodes": {"R": {"server": "Velm Random"}, "Join": {"server": "Make Color"},
+                        "T": {"server": "Velm Take Samples", "settings": {"Samples": 4}}},
+              "connections": ["R.Out -> Join.Red", "Join.Color -> T.Color", "T.Color -> Wall.Color"])";
+}
+
+std::string blurred(const std::string &kind) {
+    return R"("nodes": {"G": {"server": "Velm Gaussian )" + kind + R"(s", "settings": {")" + kind +
+           R"( Blur": 30, "Samples": 4}}}, "connections": ["G.Color -> Ball.Color"])";
+}
+
+struct Scene {
+    const char *name;
+    std::string (*text)();
+};
+
+const Scene kScenes[] = {
+    {.name = "Occlusion", .text = demonstration},
+    {.name = "Reflections", .text = [] { return room(blurred("Reflection"), noisyWall()); }},
+    {.name = "Refractions", .text = [] { return room(blurred("Refraction"), noisyWall()); }},
+};
+
+// Runs the program itself, in a process of its own; gives its status.
+int spawnVelm(const std::vector<std::string> &words) {
+    std::vector<std::string> all = {VELM_PROGRAM};
+    all.insert(all.end(), words.begin(), words.end());
+    std::vector<char *> arguments;
+    for (std::string &word : all) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    pid_t child = 0;
+    if (posix_spawn(&child, VELM_PROGRAM, nullptr, nullptr, arguments.data(), environ) != 0) return -1;
+    int status = 0;
+    if (waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
+    return WEXITSTATUS(status);
+}
+
+class SameBytes : public testing::TestWithParam<Scene> {
+  protected:
+    // The pictures stand under the same names every time, since their headers hold the command line.
+    std::vector<std::string> words(const char *ending) const {
+        return {"render",   scene_,  "-o",        directory_.file(std::string("#") + ending),
+                "--size",   "64x36", "--samples", "1",
+                "--frames", "1-2",   "--threads", "1",
+                "--quiet"};
+    }
+    // What the two frames hold, one behind the other; the files are gone after that.
+    std::string takeFrames(const char *ending) const {
+        const fs::path first = directory_.file(std::string("1") + ending);
+        const fs::path second = directory_.file(std::string("2") + ending);
+        const std::string one = bytesOf(first), two = bytesOf(second);
+        EXPECT_FALSE(one.empty());
+        EXPECT_NE(one, two) << "no random numbers are in play";
+        fs::remove(first);
+        fs::remove(second);
+        return one + two;
+    }
+
+    const TemporaryDirectory directory_;
+    const std::string scene_ = directory_.write("scene.json", GetParam().text());
+};
+
+TEST_P(SameBytes, InProcessesOfTheirOwn) {
+    for (const char *ending : {".exr", ".png"}) {
+        ASSERT_EQ(spawnVelm(words(ending)), kExitDone);
+        const std::string before = takeFrames(ending);
+        ASSERT_EQ(spawnVelm(words(ending)), kExitDone);
+        EXPECT_TRUE(takeFrames(ending) == before) << ending;
+    }
+}
+
+TEST_P(SameBytes, InOneProcess) {
+    for (const char *ending : {".exr", ".png"}) {
+        const test::Outcome first = test::velm(words(ending));
+        ASSERT_EQ(first.status, kExitDone) << first.err;
+        const std::string before = takeFrames(ending);
+        const test::Outcome second = test::velm(words(ending));
+        ASSERT_EQ(second.status, kExitDone) << second.err;
+        EXPECT_TRUE(takeFrames(ending) == before) << ending;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SameBytes, testing::ValuesIn(kScenes),
+                         [](const auto &scene) { return scene.param.name; });
+
+} // namespace
+} // namespace velm
