@@ -233,6 +233,7 @@ def main():
     for measured in report["cases"]:
         groups.setdefault(measured["varied"], []).append(Case(measured))
     blocks = {
+        "plot": f"![Time and memory by triangles, rate by threads, time by rays]({os.path.basename(PLOT)})",
         "machine": machine_table(report),
         "triangles": triangles_table(groups["triangles"]),
         "threads": threads_table(groups["threads"]),
