@@ -30,4 +30,11 @@ class MachineError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// A module crashed, hung, threw or ended the process. The message names its file, its server and the call. Exit
+// status 3.
+class ModuleError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
 } // namespace velm

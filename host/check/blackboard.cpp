@@ -1,9 +1,8 @@
 #include "host/check/blackboard.h"
 
-#include <sys/mman.h>
 #include <unistd.h>
 
-#include <csignal>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -15,7 +14,6 @@ namespace {
 Blackboard ownBoard{};
 Blackboard *board = &ownBoard;
 bool reproducing = false;
-thread_local int slotIndex = 0;
 
 constexpr auto kRelaxed = std::memory_order_relaxed; // the record must not order what threads do
 
@@ -44,42 +42,23 @@ std::string callText(const Blackboard &from, int index, const char *call) {
         text += "node \"" + std::string(from.servers[server]) + "\", ";
     text += call;
     text += index == 0 ? ", interface thread" : ", render thread " + std::to_string(index - 1);
-    return text + ", round " + std::to_string(slot.round.load(kRelaxed));
+    return text + ", round " + std::to_string(from.rounds[index].load(kRelaxed));
 }
-
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-void fell(int signal) {
-    board->fallen.store(slotIndex + 1, kRelaxed);
-    std::signal(signal, SIG_DFL);
-    raise(signal);
-}
-#endif
 
 } // namespace
 
 Blackboard &blackboard() { return *board; }
-void useBlackboard(Blackboard *shared) { board = shared; }
-
-SlotScope::SlotScope(int threadIndex) { slotIndex = threadIndex + 1; }
-SlotScope::~SlotScope() { slotIndex = 0; }
-
-CallScope::CallScope(int server, const char *call)
-    : slot_(board->slots[slotIndex]), outerCall_(slot_.call.load(kRelaxed)), outerServer_(slot_.server.load(kRelaxed)) {
-    slot_.server.store(server, kRelaxed);
-    slot_.last.store(call, kRelaxed);
-    slot_.call.store(call, kRelaxed);
+void useBlackboard(Blackboard *shared) {
+    board = shared;
+    useCallBoard(shared);
 }
 
-CallScope::~CallScope() {
-    slot_.call.store(outerCall_, kRelaxed);
-    if (outerCall_) slot_.server.store(outerServer_, kRelaxed);
-}
-
-void noteRound(std::uint64_t round) { board->slots[slotIndex].round.store(round, kRelaxed); }
+void noteRound(std::uint64_t round) { board->rounds[std::max(0, ownSlot())].store(round, kRelaxed); }
 
 std::string lastCalls(const Blackboard &from) {
     std::string calls;
-    const int fallen = from.fallen.load() - 1;
+    const FallRecord &fall = from.fall;
+    const int fallen = fall.filled.load() ? std::max(0, fall.slot) : -1;
     for (int i = 0; i < kSlots; ++i) {
         const char *call = from.slots[i].call.load(kRelaxed);
         if (!call || (fallen >= 0 && fallen != i)) continue;
@@ -101,20 +80,5 @@ void warnCheck(const std::string &message) {
 }
 
 void reproduceHere(bool here) { reproducing = here; }
-
-void watchSignals() {
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    // A stack of its own, for what falls because its stack ran out.
-    static char stack[1 << 16];
-    stack_t other{};
-    other.ss_sp = stack;
-    other.ss_size = sizeof stack;
-    sigaltstack(&other, nullptr);
-    struct sigaction action {};
-    action.sa_handler = fell;
-    action.sa_flags = SA_ONSTACK;
-    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) sigaction(signal, &action, nullptr);
-#endif
-}
 
 } // namespace velm

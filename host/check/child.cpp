@@ -1,9 +1,10 @@
 #include "host/check/child.h"
 
 #include "host/error.h"
+#include "host/guard/witness.h"
 
 #include <poll.h>
-#include <sys/mman.h>
+#include <sys/mman.h> // memfd_create
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -14,7 +15,6 @@
 #include <cmath>
 #include <csignal>
 #include <cstring>
-#include <new>
 
 namespace velm {
 
@@ -30,14 +30,6 @@ std::string signalText(int signal) {
 }
 
 } // namespace
-
-SharedBoard::SharedBoard() {
-    void *memory = mmap(nullptr, sizeof(Blackboard), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) throw MachineError("no memory to share with a check: " + reason());
-    board_ = new (memory) Blackboard{};
-}
-
-SharedBoard::~SharedBoard() { munmap(board_, sizeof(Blackboard)); }
 
 Child::Child(const Blackboard &names, const std::function<void()> &work, double limitSeconds)
     : start_(Clock::now()),

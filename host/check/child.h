@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/check/blackboard.h"
+#include "host/guard/shared_record.h"
 
 #include <sys/types.h>
 
@@ -12,19 +13,7 @@
 
 namespace velm {
 
-// Memory that this process and those that it starts share; zeroed.
-class SharedBoard {
-  public:
-    SharedBoard(); // MachineError when there is none
-    ~SharedBoard();
-    SharedBoard(const SharedBoard &) = delete;
-    SharedBoard &operator=(const SharedBoard &) = delete;
-    Blackboard &operator*() const { return *board_; }
-    Blackboard *operator->() const { return board_; }
-
-  private:
-    Blackboard *board_;
-};
+using SharedBoard = SharedRecord<Blackboard>;
 
 struct ChildEnd {
     Outcome outcome;

@@ -56,6 +56,19 @@ void addCommon(CLI::App &app, Options &options) {
         ->type_name("FILE");
 }
 
+void addGuard(CLI::App &command, GuardOptions &guard) {
+    constexpr double kLongest = 1e6;
+    command
+        .add_option("--call-limit", guard.callLimit,
+                    "Seconds after which a call of the module that has not returned, or samples of\n"
+                    "which none is finished, count as hung; 0 for any time")
+        ->check(CLI::Range(0.0, kLongest))
+        ->capture_default_str()
+        ->type_name("SECONDS");
+    command.add_flag("!--unguarded", guard.on,
+                     "Run the module in this process, for a debugger: when it crashes, so does velm");
+}
+
 void addData(CLI::App &command, std::vector<std::string> &directories) {
     command
         .add_option("--data", directories,
@@ -220,7 +233,7 @@ Region parseRegion(const std::string &text) {
 }
 
 std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostream &out) {
-    Options options{.module = defaultModule(), .command = {}, .commandLine = joined(argc, argv)};
+    Options options{.module = defaultModule(), .guard = {}, .command = {}, .commandLine = joined(argc, argv)};
     NodesOptions nodes;
     ShowOptions show;
     RenderOptions render;
@@ -247,8 +260,10 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     addPack(*packCommand, pack);
     CLI::App *unpackCommand = app.add_subcommand("unpack", "Print the networks of an object file as a scene file");
     addUnpack(*unpackCommand, unpack);
-    for (CLI::App *command : {nodesCommand, showCommand, renderCommand, packCommand, unpackCommand})
+    for (CLI::App *command : {nodesCommand, showCommand, renderCommand, packCommand, unpackCommand}) {
         addCommon(*command, options);
+        addGuard(*command, options.guard);
+    }
 
     try {
         app.parse(argc, argv);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/check/check.h"
+#include "host/guard/guarded.h"
 #include "host/image/compare.h"
 #include "host/render/renderer.h"
 
@@ -71,6 +72,7 @@ struct CheckCommandOptions {
 
 struct Options {
     std::string module; // the file to load
+    GuardOptions guard; // of the commands that load it to work with it
     std::variant<NodesOptions, ShowOptions, RenderOptions, CompareOptions, PackOptions, UnpackOptions,
                  CheckCommandOptions>
         command;

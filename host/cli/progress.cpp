@@ -15,8 +15,6 @@ namespace {
 constexpr int kBarWidth = 40;
 constexpr int kPercentStep = 10; // of the lines in logs
 
-constexpr const char *kClearLine = "\r\033[K";
-
 } // namespace
 
 ProgressStyle progressStyle(const std::ostream &stream, bool quiet) {

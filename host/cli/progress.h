@@ -18,6 +18,9 @@ enum class ProgressStyle {
 // The style that suits a stream: a bar when it is the process's standard error and that is a terminal.
 ProgressStyle progressStyle(const std::ostream &stream, bool quiet);
 
+// Takes a bar away that is standing on a terminal.
+constexpr const char *kClearLine = "\r\033[K";
+
 // Shows the progress of frames one after another, and stops a render that was interrupted.
 class ProgressReport : public ProgressSink {
   public:

@@ -1,9 +1,11 @@
 #include "host/cli/run.h"
 
 #include "host/cli/commands.h"
+#include "host/cli/progress.h"
 #include "host/error.h"
 #include "host/render/scene_services.h"
 
+#include <functional>
 #include <new>
 #include <ostream>
 
@@ -27,15 +29,10 @@ int fail(std::ostream &err, const std::string &message, int status) {
     return status;
 }
 
-} // namespace
-
-int run(int argc, const char *const *argv, std::ostream &out, std::ostream &err) {
+// Gives the status of some work, and what it throws as a line and a status.
+int toldStatus(std::ostream &err, const std::function<int()> &work) {
     try {
-        const std::optional<Options> options = parseOptions(argc, argv, out);
-        const int status = options ? dispatch(*options, out, err) : kExitDone;
-        out.flush();
-        if (!out) throw MachineError("the results could not be written to standard output");
-        return status;
+        return work();
     } catch (const UsageError &error) {
         return fail(err, std::string(error.what()) + " (see velm --help)", error.status());
     } catch (const InputError &error) {
@@ -45,6 +42,60 @@ int run(int argc, const char *const *argv, std::ostream &out, std::ostream &err)
     } catch (const std::exception &error) {
         return fail(err, error.what(), kExitMachine);
     }
+}
+
+void flush(std::ostream &out) {
+    out.flush();
+    if (!out) throw MachineError("the results could not be written to standard output");
+}
+
+int runCommand(const Options &options, std::ostream &out, std::ostream &err) {
+    return toldStatus(err, [&] {
+        const int status = dispatch(options, out, err);
+        flush(out);
+        return status;
+    });
+}
+
+bool worksWithModule(const Options &options) {
+    return !std::holds_alternative<CheckCommandOptions>(options.command) &&
+           !std::holds_alternative<CompareOptions>(options.command);
+}
+
+using RunCommand = int(const Options &options, std::ostream &out, std::ostream &err);
+
+int parseAndRun(int argc, const char *const *argv, std::ostream &out, std::ostream &err, RunCommand *runIt) {
+    return toldStatus(err, [&] {
+        const std::optional<Options> options = parseOptions(argc, argv, out);
+        if (options) return runIt(*options, out, err);
+        flush(out);
+        return int{kExitDone};
+    });
+}
+
+// A line that was drawn over and over may stand unfinished.
+void leaveLine(std::ostream &err) {
+    if (progressStyle(err, false) == ProgressStyle::bar) err << kClearLine;
+}
+
+int runCommandGuarded(const Options &options, std::ostream &out, std::ostream &err) {
+    if (!worksWithModule(options)) return runCommand(options, out, err);
+    try {
+        return runGuarded(options.module, options.guard, [&] { return runCommand(options, out, err); });
+    } catch (...) {
+        leaveLine(err);
+        throw;
+    }
+}
+
+} // namespace
+
+int run(int argc, const char *const *argv, std::ostream &out, std::ostream &err) {
+    return parseAndRun(argc, argv, out, err, runCommand);
+}
+
+int runGuarded(int argc, const char *const *argv, std::ostream &out, std::ostream &err) {
+    return parseAndRun(argc, argv, out, err, runCommandGuarded);
 }
 
 } // namespace velm

@@ -12,7 +12,7 @@ enum ExitStatus {
     kExitDone = 0,
     kExitInput = 1,         // a scene, a module or a file in them is wrong
     kExitUsage = 2,         // the command line is wrong
-    kExitMachine = 3,       // disk full, no memory, a file that cannot be written
+    kExitMachine = 3,       // disk full, no memory, a file that cannot be written, a module that fell
     kExitInterrupted = 130, // ended by SIGINT, as shells count it
 };
 
@@ -35,8 +35,13 @@ class UsageError : public std::runtime_error {
     int status_;
 };
 
-// Runs one command. Results go to `out`; progress and errors, each in one line that starts with "velm: ", to `err`.
-// [interface thread; one call at a time]
+// Runs one command in this process, without a guard. Results go to `out`; progress and errors, each in one line that
+// starts with "velm: ", to `err`. [interface thread; one call at a time]
 int run(int argc, const char *const *argv, std::ostream &out, std::ostream &err);
+
+// The same, but that commands that work with a module do so in another process, as the options say: what the module
+// makes of that one is an error here, with status 3. The streams have to go where both processes can write.
+// [main thread; others are idle]
+int runGuarded(int argc, const char *const *argv, std::ostream &out, std::ostream &err);
 
 } // namespace velm

@@ -1,6 +1,7 @@
 // Making and breaking connections.
 #include "host/graph/names.h"
 #include "host/graph/network.h"
+#include "host/guard/module_call.h"
 #include "host/thread_role.h"
 
 #include <algorithm>
@@ -17,7 +18,9 @@ namespace {
 void *instanceOf(const HostNode &node) { return node.instance ? node.instance : node.editor->userData(); }
 
 void tell(HostInput &input, int event, int type) {
-    if (input.event) input.event(instanceOf(*input.node), &input, event, type);
+    if (!input.event) return;
+    const int server = input.node->server ? input.node->server->number() : input.node->editor->maker();
+    velm::callModule(server, "input event", [&] { return input.event(instanceOf(*input.node), &input, event, type); });
 }
 
 std::string fullName(const HostOutput &output) { return quoted(output.node->name + "." + output.name); }

@@ -2,6 +2,7 @@
 
 #include "host/graph/names.h"
 #include "host/graph/stand_in.h"
+#include "host/guard/module_call.h"
 #include "host/panel/panel.h"
 #include "host/services/channel.h"
 #include "host/thread_role.h"
@@ -12,6 +13,7 @@
 using velm::assertBetweenFrames;
 using velm::assertInterface;
 using velm::assertRender;
+using velm::callModule;
 using velm::InputError;
 using velm::quoted;
 
@@ -107,7 +109,8 @@ std::unique_ptr<HostNode> HostNodeEditor::makeNode(velm::ServerClass &server, st
     node->name = std::move(name);
     const char *error = nullptr;
     Making making(*node);
-    node->instance = handler.instance->create(handler.instance->priv, node.get(), &error);
+    node->instance = callModule(server.number(), "create",
+                                [&] { return handler.instance->create(handler.instance->priv, node.get(), &error); });
     if (!node->instance)
         throw InputError("cannot make the node " + quoted(node->name) + ": " +
                          (making.refusal.empty() ? messageOr(error, "its server gives no reason") : making.refusal));
@@ -145,7 +148,8 @@ void HostNodeEditor::dismantle(HostNode &node) {
     }
     if (node.panel) velm::panelFuncs()->destroy(node.panel);
     node.panel = nullptr;
-    if (node.handler) node.handler->instance->destroy(node.instance);
+    if (node.handler)
+        callModule(node.server->number(), "destroy", [&] { node.handler->instance->destroy(node.instance); });
     node.instance = nullptr;
 }
 
@@ -199,21 +203,29 @@ std::vector<HostNode *> HostNodeEditor::all() const {
 
 // A node without a server is a root that is described by functions.
 HostError HostNodeEditor::initNode(HostNode &node, int mode) {
-    if (node.handler) return node.handler->render->init ? node.handler->render->init(node.instance, mode) : nullptr;
-    return description_.init ? description_.init(this, mode) : nullptr;
+    if (node.handler) {
+        const auto init = node.handler->render->init;
+        return init ? callModule(node.server->number(), "init", [&] { return init(node.instance, mode); }) : nullptr;
+    }
+    if (!description_.init) return nullptr;
+    return callModule(maker_, "root init", [&] { return description_.init(this, mode); });
 }
 
 HostError HostNodeEditor::newTimeNode(HostNode &node, int frame, double time) {
-    if (node.handler)
-        return node.handler->render->newTime ? node.handler->render->newTime(node.instance, frame, time) : nullptr;
-    return description_.newTime ? description_.newTime(this, frame, time) : nullptr;
+    if (node.handler) {
+        const auto set = node.handler->render->newTime;
+        return set ? callModule(node.server->number(), "newTime", [&] { return set(node.instance, frame, time); })
+                   : nullptr;
+    }
+    if (!description_.newTime) return nullptr;
+    return callModule(maker_, "root newTime", [&] { return description_.newTime(this, frame, time); });
 }
 
 void HostNodeEditor::cleanupNode(HostNode &node) {
     if (!node.handler) {
-        if (description_.cleanup) description_.cleanup(this);
+        if (description_.cleanup) callModule(maker_, "root cleanup", [&] { description_.cleanup(this); });
     } else if (node.handler->render->cleanup) {
-        node.handler->render->cleanup(node.instance);
+        callModule(node.server->number(), "cleanup", [&] { node.handler->render->cleanup(node.instance); });
     }
 }
 
@@ -252,7 +264,7 @@ void HostNodeEditor::bounds(double result[3][2]) {
         result[axis][0] = -0.5;
         result[axis][1] = 0.5;
     }
-    if (autosize_) autosize_(this, userData_, result);
+    if (autosize_) callModule(maker_, "autosize", [&] { autosize_(this, userData_, result); });
 }
 
 bool HostNodeEditor::previewSample(ShadingSample *sample, double colour[3]) {
@@ -263,7 +275,7 @@ bool HostNodeEditor::previewSample(ShadingSample *sample, double colour[3]) {
 }
 
 void HostNodeEditor::changed() {
-    if (event_) event_(this);
+    if (event_) callModule(maker_, "network event", [&] { event_(this); });
 }
 
 namespace velm {
@@ -286,7 +298,8 @@ HostPanel *panelOf(HostNode &node) {
         return node.panel;
     }
     const HostRootDescription &description = node.editor->description();
-    return description.panel ? description.panel(node.editor) : nullptr;
+    if (!description.panel) return nullptr;
+    return callModule(node.editor->maker(), "root panel", [&] { return description.panel(node.editor); });
 }
 
 } // namespace velm

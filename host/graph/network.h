@@ -34,6 +34,8 @@ struct HostNodeEditor {
     // The node that holds this network inside itself; null for a network of its own.
     HostNode *holder() const { return holder_; }
     void loseHolder() { holder_ = nullptr; }
+    // The server in whose call it was made, by its number on the call board: its functions are the server's.
+    int maker() const { return maker_; }
     // True when the other is this network or one inside it, at any depth.
     bool contains(const HostNodeEditor &other) const;
     HostNode &root() { return *root_; }
@@ -134,6 +136,7 @@ struct HostNodeEditor {
 
     std::string name_, title_;
     HostNode *holder_ = nullptr;
+    const int maker_ = velm::serverInCall();
     HostRootDescription description_{};
     std::unique_ptr<HostNode> root_;
     std::vector<std::unique_ptr<HostNode>> nodes_;

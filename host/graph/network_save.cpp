@@ -4,6 +4,7 @@
 #include "host/graph/network_blocks.h"
 #include "host/graph/node_data.h"
 #include "host/graph/stand_in.h"
+#include "host/guard/module_call.h"
 #include "host/thread_role.h"
 
 using namespace velm::blocks;
@@ -53,7 +54,9 @@ void copySettings(HostNode &to, const HostNode &from) {
     to.savesData = from.savesData;
     to.keptData = from.keptData;
     if (!to.handler || !to.handler->instance->copy) return;
-    if (const auto error = velm::failureOf(to, to.handler->instance->copy(to.instance, from.instance)))
+    const HostError said = velm::callModule(to.server->number(), "copy",
+                                            [&] { return to.handler->instance->copy(to.instance, from.instance); });
+    if (const auto error = velm::failureOf(to, said))
         throw InputError("cannot copy the node " + quoted(from.name) + ": " + *error);
 }
 

@@ -2,6 +2,7 @@
 
 #include "host/graph/names.h"
 #include "host/graph/network.h"
+#include "host/guard/module_call.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 #include "host/thread_role.h"
@@ -14,7 +15,9 @@ namespace {
 void saveOwn(const HostNode &node, const HostSaveState &state) {
     if (!node.handler || !node.handler->instance->save) return;
     const int depth = state.depth(state.data);
-    if (const auto error = failureOf(node, node.handler->instance->save(node.instance, &state)))
+    const HostError said =
+        callModule(node.server->number(), "save", [&] { return node.handler->instance->save(node.instance, &state); });
+    if (const auto error = failureOf(node, said))
         throw InputError("cannot save the node " + quoted(node.name) + ": " + *error);
     while (state.depth(state.data) > depth) state.endBlock(state.data); // blocks that the server left open
 }
@@ -32,7 +35,9 @@ void loadData(HostNode &node, const HostLoadState &state) {
     if (!node.handler || !node.handler->instance->load) return;
     std::string contents = state.mode == kStateBinary ? unreadContents(state) : std::string();
     const int depth = state.depth(state.data);
-    if (const auto error = failureOf(node, node.handler->instance->load(node.instance, &state)))
+    const HostError said =
+        callModule(node.server->number(), "load", [&] { return node.handler->instance->load(node.instance, &state); });
+    if (const auto error = failureOf(node, said))
         throw InputError("cannot load the node " + quoted(node.name) + ": " + *error);
     while (state.depth(state.data) > depth) state.endBlock(state.data); // that the server left open
     node.keptData.reset();

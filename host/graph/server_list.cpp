@@ -3,6 +3,8 @@
 #include "host/error.h"
 #include "host/graph/builtin/builtin.h"
 #include "host/graph/names.h"
+#include "host/guard/module_call.h"
+#include "host/guard/witness.h"
 #include "host/services/lookup.h"
 #include "host/services/system.h"
 #include "host/thread_role.h"
@@ -40,19 +42,19 @@ std::string refusal(int result, const char *className, int version) {
     }
 }
 
-void activate(const HostServer &server, int version, void *local, const std::string &origin) {
+void activate(const HostServer &server, int version, void *local, const ServerClass &of, const char *call) {
     clearMissingService();
-    const int result = server.activate(version, lookup, local, nullptr);
+    const int result = callModule(of.number(), call, [&] { return server.activate(version, lookup, local, nullptr); });
     if (result != kActivateOk)
-        throw InputError("node " + quoted(server.name) + " (" + origin +
+        throw InputError("node " + quoted(server.name) + " (" + of.origin() +
                          ") refuses to work: " + refusal(result, server.className, version));
 }
 
 } // namespace
 
-ServerClass::ServerClass(const HostServer &handler, const HostServer *interface, std::string origin)
+ServerClass::ServerClass(const HostServer &handler, const HostServer *interface, std::string origin, int number)
     : handler_(&handler), interface_(interface), name_(handler.name), displayName_(tagText(handler, kTagUserName)),
-      menuGroup_(tagText(handler, kTagMenu)), origin_(std::move(origin)) {
+      menuGroup_(tagText(handler, kTagMenu)), origin_(std::move(origin)), number_(number) {
     if (displayName_.empty()) displayName_ = name_;
 }
 
@@ -69,10 +71,11 @@ const HostNodeHandler &ServerClass::handler() {
                .evaluate = nullptr,
                .customPreview = nullptr,
                .flags = nullptr};
-    activate(*handler_, kNodeHandlerVersion, &record_, origin_);
+    activate(*handler_, kNodeHandlerVersion, &record_, *this, "activate");
     if (!instanceOps_.create || !instanceOps_.destroy || !record_.evaluate)
         throw InputError("node " + quoted(name_) + " (" + origin_ +
                          ") does not say how it is created, destroyed and evaluated");
+    noteEvaluate(number_, record_.evaluate);
     active_ = true;
     return record_;
 }
@@ -81,7 +84,7 @@ HostPanel *ServerClass::panel(void *instance) {
     assertInterface();
     if (!hasPanel()) return nullptr;
     HostNodeInterface local{.instance = instance, .panel = nullptr, .options = nullptr, .command = nullptr};
-    activate(*interface_, kNodeInterfaceVersion, &local, origin_);
+    activate(*interface_, kNodeInterfaceVersion, &local, *this, "activate the panel");
     return local.panel;
 }
 
@@ -108,7 +111,8 @@ void ServerList::add(const HostServer *table, const std::string &origin) {
         if (!server->activate) throw InputError(origin + ": node " + quoted(server->name) + " has no activation");
         if (find(server->name) || isNamed(added, server->name))
             throw InputError(origin + ": there is already a node " + quoted(server->name));
-        added.push_back(std::make_unique<ServerClass>(*server, findInterface(table, server->name), origin));
+        const int number = origin == kBuiltinOrigin ? kHostsOwn : numberOfServer(server->name);
+        added.push_back(std::make_unique<ServerClass>(*server, findInterface(table, server->name), origin, number));
     }
     for (const HostServer *server = table; server && server->className; ++server) {
         if (!isClass(*server, HOST_CLASS_NODE_INTERFACE)) continue;

@@ -1,6 +1,7 @@
 // The servers that the host knows: its own and those of loaded modules, all registered by the same records.
 #pragma once
 
+#include "host/guard/call_board.h"
 #include "module/host.h"
 
 #include <memory>
@@ -13,8 +14,9 @@ namespace velm {
 // One kind of node: a "NodeHandler" server and, where there is one, the "NodeInterface" server of the same name.
 class ServerClass {
   public:
-    // The records stay the caller's and outlive the class. `interface` may be null.
-    ServerClass(const HostServer &handler, const HostServer *interface, std::string origin);
+    // The records stay the caller's and outlive the class. `interface` may be null. `number` is the server's on the
+    // call board.
+    ServerClass(const HostServer &handler, const HostServer *interface, std::string origin, int number = kHostsOwn);
     ServerClass(const ServerClass &) = delete;
     ServerClass &operator=(const ServerClass &) = delete;
 
@@ -22,6 +24,7 @@ class ServerClass {
     const std::string &displayName() const { return displayName_; } // "Counter": the user-name tag, else the name
     const std::string &menuGroup() const { return menuGroup_; }     // "" when there is no tag for it
     const std::string &origin() const { return origin_; }           // the module's file, or "built in"
+    int number() const { return number_; }                          // for calls of its functions: see module_call.h
 
     // False when there is no interface server, or one without an activation: the node has no panel.
     bool hasPanel() const { return interface_ && interface_->activate; }
@@ -38,6 +41,7 @@ class ServerClass {
     const HostServer *handler_;
     const HostServer *interface_;
     std::string name_, displayName_, menuGroup_, origin_;
+    int number_;
     bool active_ = false;
     HostInstanceOps instanceOps_{};
     HostItemOps itemOps_{};

@@ -1,6 +1,8 @@
 #include "host/load/module.h"
 
 #include "host/error.h"
+#include "host/guard/module_call.h"
+#include "host/guard/witness.h"
 #include "host/load/shared_object.h"
 
 #include <dlfcn.h>
@@ -12,6 +14,8 @@
 namespace velm {
 
 namespace {
+
+constexpr const char *kLoading = "loading the module";
 
 std::string hex(unsigned int value) {
     char text[16];
@@ -40,9 +44,12 @@ void checkDescriptor(const std::string &path, const HostModuleDescriptor &descri
 
 Module Module::open(const std::string &path) {
     checkSharedObject(path);
+    nameModule(path);
     // A bare name would be looked for in the system's directories.
     const std::string absolute = std::filesystem::absolute(path).string();
-    void *library = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // It is declared to throw nothing, which does not bind what runs while a module is loaded.
+    void *(*volatile const load)(const char *, int) = dlopen;
+    void *library = callModule(kModuleItself, kLoading, [&] { return load(absolute.c_str(), RTLD_NOW | RTLD_LOCAL); });
     if (!library) {
         const char *reason = dlerror();
         fail(path, reason ? reason : "the system gives no reason");
@@ -51,8 +58,9 @@ Module Module::open(const std::string &path) {
     const auto *descriptor = static_cast<const HostModuleDescriptor *>(dlsym(library, HOST_MODULE_SYMBOL));
     if (!descriptor) fail(path, "it has no module descriptor " HOST_MODULE_SYMBOL);
     checkDescriptor(path, *descriptor);
+    noteModuleCode(descriptor);
     module.descriptor_ = descriptor;
-    module.word_ = descriptor->startup();
+    module.word_ = callModule(kModuleItself, "startup", descriptor->startup);
     if (!module.word_) fail(path, "it refuses to start");
     return module;
 }
@@ -74,11 +82,11 @@ Module &Module::operator=(Module &&other) noexcept {
 }
 
 void Module::close() {
-    if (word_) descriptor_->shutdown(std::exchange(word_, nullptr));
+    if (word_) callModule(kModuleItself, "shutdown", [&] { descriptor_->shutdown(std::exchange(word_, nullptr)); });
     descriptor_ = nullptr;
     void *library = std::exchange(library_, nullptr);
 #ifndef __SANITIZE_ADDRESS__ // the leak check at the program's end must still find the module's own pointers and names
-    if (library) dlclose(library);
+    if (library) callModule(kModuleItself, "unloading the module", [&] { dlclose(library); });
 #else
     static_cast<void>(library);
 #endif

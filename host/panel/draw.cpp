@@ -1,5 +1,7 @@
 #include "host/panel/draw.h"
 
+#include "host/guard/module_call.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -139,7 +141,9 @@ DrawSize thumbnailSize(const PanelItem &control) {
 }
 
 void drawControl(HostPanel &panel, const PanelItem &control, HostDrawArea &area) {
-    if (control.draw != nullptr) control.draw(&panel, control.id, &area, area.width, area.height);
+    if (control.draw != nullptr)
+        callModule(panel.maker, "panel draw",
+                   [&] { control.draw(&panel, control.id, &area, area.width, area.height); });
 }
 
 } // namespace velm

@@ -1,11 +1,15 @@
 #include "host/panel/panel.h"
 
+#include "host/guard/module_call.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
+using velm::callModule;
+
 HostPanel::~HostPanel() {
-    if (destroyed_ != nullptr) destroyed_(data(0));
+    if (destroyed_ != nullptr) callModule(maker, "panel destroyed", [&] { destroyed_(data(0)); });
 }
 
 void HostPanel::problem(const std::string &text) {
@@ -58,9 +62,9 @@ std::string HostPanel::uniqueLabel(const velm::PanelItem &control) const {
 std::vector<std::string> HostPanel::entries(const velm::PanelItem &control) const {
     if (control.popupCount == nullptr || control.popupName == nullptr) return control.entries;
     std::vector<std::string> all;
-    const int count = control.popupCount(instance_);
+    const int count = entryCount(control);
     for (int i = 0; i < count; ++i) {
-        const char *name = control.popupName(instance_, i);
+        const char *name = callModule(maker, "panel popup name", [&] { return control.popupName(instance_, i); });
         all.emplace_back(name != nullptr ? name : "");
     }
     return all;
@@ -77,7 +81,8 @@ std::optional<int> HostPanel::chosenEntry(const velm::PanelItem &control) {
 }
 
 int HostPanel::entryCount(const velm::PanelItem &control) const {
-    if (control.popupCount != nullptr) return control.popupCount(instance_);
+    if (control.popupCount != nullptr)
+        return callModule(maker, "panel popup count", [&] { return control.popupCount(instance_); });
     return static_cast<int>(control.entries.size());
 }
 
@@ -109,7 +114,8 @@ void HostPanel::storeOwn(const velm::PanelItem &control, const void *newValue) {
 
 void *HostPanel::value(unsigned int valueId) {
     if (kind == kPanelOwn) return ownValue(valueId);
-    return get_ != nullptr && instance_ != nullptr && valueId != 0 ? get_(instance_, valueId) : nullptr;
+    if (get_ == nullptr || instance_ == nullptr || valueId == 0) return nullptr;
+    return callModule(maker, "panel getter", [&] { return get_(instance_, valueId); });
 }
 
 bool HostPanel::isAvailable(const velm::PanelItem &control) {
@@ -139,7 +145,7 @@ bool HostPanel::store(const velm::PanelItem &control, void *newValue) {
     }
     if (set_ == nullptr) return false;
     const Pending before = std::exchange(pending_, {.controlId = control.id, .value = newValue});
-    const int result = set_(instance_, control.valueId, newValue);
+    const int result = callModule(maker, "panel setter", [&] { return set_(instance_, control.valueId, newValue); });
     pending_ = before;
     if (result == kSetRedraw || result == kSetRebuild) refresh();
     return result != kSetUnknown;
@@ -152,13 +158,16 @@ bool HostPanel::edit(const velm::PanelItem &control, void *newValue) {
 }
 
 int HostPanel::notify(const velm::PanelItem &control, int event) {
-    const int result = change_ != nullptr ? change_(this, control.id, control.valueId, event) : 0;
+    int result = 0;
+    if (change_ != nullptr)
+        result = callModule(maker, "panel change", [&] { return change_(this, control.id, control.valueId, event); });
     if (result == kSetRedraw || result == kSetRebuild) refresh();
     return result;
 }
 
 void HostPanel::press(const velm::PanelItem &control) {
-    if (control.button != nullptr) control.button(this, static_cast<int>(control.id));
+    if (control.button != nullptr)
+        callModule(maker, "panel button", [&] { control.button(this, static_cast<int>(control.id)); });
 }
 
 // ---- Rules ----

@@ -3,6 +3,7 @@
 // person's hand would. Everything here is for the interface thread, not while rendering.
 #pragma once
 
+#include "host/guard/call_board.h"
 #include "host/panel/control_type.h"
 #include "module/host.h"
 
@@ -82,6 +83,8 @@ struct HostPanel {
     static constexpr std::size_t kLongestText = 255;
 
     const int kind; // kPanelForm or kPanelOwn
+    // The server in whose call it was made, by its number on the call board: its functions are the server's.
+    const int maker = velm::serverInCall();
 
     // Building. Mistakes (unknown tags, lists without an end) are kept for `check`.
     void addHints(const HostHint *list);

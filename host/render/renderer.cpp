@@ -3,6 +3,7 @@
 
 #include "host/error.h"
 #include "host/graph/surface.h"
+#include "host/guard/call_board.h"
 #include "host/render/camera.h"
 #include "host/render/sampling.h"
 #include "host/render/scene_services.h"
@@ -18,7 +19,6 @@
 #include <cassert>
 #include <chrono>
 #include <condition_variable>
-#include <exception>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -114,7 +114,6 @@ class FrameRender {
         for (int index = 0; index < threads; ++index) workers.emplace_back([this, index] { work(index); });
         watch(threads, sink);
         workers.clear();
-        if (failure_) std::rethrow_exception(failure_);
     }
 
     int tileCount() const { return columns_ * rows_; }
@@ -143,24 +142,20 @@ class FrameRender {
         }
     }
 
+    // Catches nothing: what a node throws is to end the program while the stack still tells whose evaluation it was.
     void work(int threadIndex) {
         const RoleScope role(ThreadRole::render);
+        SlotScope slot(threadIndex);
         // As Embree asks for: denormal numbers are slow and tell nothing here.
         _MM_SET_FLUSH_ZERO_MODE(_MM_FLUSH_ZERO_ON);
         _MM_SET_DENORMALS_ZERO_MODE(_MM_DENORMALS_ZERO_ON);
         RayState &state = rayState;
         state = initialState(threadIndex);
-        try {
-            for (int tile = next_++; tile < tileCount(); tile = next_++) {
-                renderTile(state, tile);
-                const std::lock_guard lock(mutex_);
-                ++done_;
-                changed_.notify_one();
-            }
-        } catch (...) {
-            next_.store(tileCount());
+        for (int tile = next_++; tile < tileCount(); tile = next_++) {
+            renderTile(state, slot, tile);
             const std::lock_guard lock(mutex_);
-            if (!failure_) failure_ = std::current_exception();
+            ++done_;
+            changed_.notify_one();
         }
         const std::lock_guard lock(mutex_);
         rays_ += state.counts;
@@ -181,14 +176,14 @@ class FrameRender {
         return state;
     }
 
-    void renderTile(RayState &state, int tile) {
+    void renderTile(RayState &state, SlotScope &slot, int tile) {
         const int left = region_.left + tile % columns_ * kTileSize, top = region_.top + tile / columns_ * kTileSize;
         for (int y = top; y < std::min(top + kTileSize, region_.bottom); ++y) {
-            for (int x = left; x < std::min(left + kTileSize, region_.right); ++x) renderPixel(state, x, y);
+            for (int x = left; x < std::min(left + kTileSize, region_.right); ++x) renderPixel(state, slot, x, y);
         }
     }
 
-    void renderPixel(RayState &state, int x, int y) {
+    void renderPixel(RayState &state, SlotScope &slot, int x, int y) {
         state.pixelX = x;
         state.pixelY = y;
         const std::uint32_t pixelSeed =
@@ -203,6 +198,7 @@ class FrameRender {
             state.seed = combine(pixelSeed, index);
             state.drawnSets = 0;
             if (renderSample(state, camera_.ray(x + point.x, y + point.y), sum)) ++covered;
+            slot.step();
         }
         float *pixel = picture_.pixel(x, y);
         const double share = 1.0 / job_.samples;
@@ -250,7 +246,6 @@ class FrameRender {
     int done_ = 0, finishedThreads_ = 0;
     RayCounts rays_;
     std::uint64_t samples_ = 0;
-    std::exception_ptr failure_;
 };
 
 int threadsFor(const RenderJob &job) {

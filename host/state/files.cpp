@@ -1,6 +1,7 @@
 #include "host/state/files.h"
 
 #include "host/error.h"
+#include "host/guard/call_board.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -38,7 +39,10 @@ class Descriptor {
 class Beside {
   public:
     explicit Beside(const std::string &path) : name_(path + ".XXXXXX"), file_(::mkstemp(name_.data())) {
-        if (file_.number() < 0) name_.clear();
+        if (file_.number() < 0)
+            name_.clear();
+        else
+            unfinished_.emplace(name_);
     }
     ~Beside() {
         if (!name_.empty()) ::unlink(name_.c_str());
@@ -56,6 +60,7 @@ class Beside {
   private:
     std::string name_;
     Descriptor file_;
+    std::optional<UnfinishedFile> unfinished_;
 };
 
 bool writeAll(int file, std::string_view bytes) {

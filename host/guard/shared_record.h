@@ -1,0 +1,35 @@
+// Memory that this process and those that it starts share.
+#pragma once
+
+#include "host/error.h"
+
+#include <sys/mman.h>
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <string>
+
+namespace velm {
+
+// A record in such memory; zeroed.
+template <class Record>
+class SharedRecord {
+  public:
+    SharedRecord() { // MachineError when there is no memory
+        void *memory = mmap(nullptr, sizeof(Record), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        if (memory == MAP_FAILED)
+            throw MachineError("no memory to share with another process: " + std::string(std::strerror(errno)));
+        record_ = new (memory) Record{};
+    }
+    ~SharedRecord() { munmap(record_, sizeof(Record)); }
+    SharedRecord(const SharedRecord &) = delete;
+    SharedRecord &operator=(const SharedRecord &) = delete;
+    Record &operator*() const { return *record_; }
+    Record *operator->() const { return record_; }
+
+  private:
+    Record *record_;
+};
+
+} // namespace velm

@@ -1,0 +1,228 @@
+// A module that falls in the way and at the place that the environment variable VELM_FAULT names, as in "crash create";
+// without it, it does no harm. Its nodes hand their input on: "Faulty Node" falls, "Sound Node" never does, and "Tail
+// Node" falls in a function that its evaluation goes over to as its last deed.
+#include "module/host.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+namespace {
+
+const HostNodeInputFuncs *inputs;
+const HostNodeOutputFuncs *outputs;
+
+// ---- Faults
+// -----------------------------------------------------------------------------------------------------------
+
+int deeper(volatile int *from) {
+    volatile int room[1000];
+    room[0] = *from + 1;
+    return room[0] == 0 ? 0 : deeper(room) + room[0];
+}
+
+void callNothing() {
+    void (*volatile nothing)() = nullptr;
+    nothing();
+}
+
+void crash() {
+    volatile int *volatile nowhere = nullptr;
+    *nowhere = 1;
+}
+
+void divide() {
+    volatile int seven = 7, zero = 0;
+    volatile int result = seven / zero;
+    static_cast<void>(result);
+}
+
+void recur() {
+    volatile int none = 0;
+    deeper(&none);
+}
+
+[[noreturn]] void hang() {
+    for (;;) sleep(1);
+}
+
+[[noreturn]] void toss() { throw std::runtime_error("no luck"); }
+
+// The destructor makes of whatever calls it something that is tidied up on an exception's way.
+struct Tidy {
+    ~Tidy() { asm volatile("" ::: "memory"); }
+};
+
+struct Fault {
+    const char *name;
+    void (*act)();
+};
+constexpr Fault kFaults[] = {
+    {"crash", crash},
+    {"null", callNothing},
+    {"recursion", recur},
+    {"division", divide},
+    {"illegal", [] { raise(SIGILL); }},
+    {"bus", [] { raise(SIGBUS); }},
+    {"abort", [] { std::abort(); }},
+    {"exit", [] { std::exit(0); }},
+    {"_exit", [] { _exit(0); }},
+    {"hang", hang},
+    {"throw", toss},
+    {"busy",
+     [] {
+         for (volatile bool on = true; on;) {
+         }
+     }},
+};
+
+[[gnu::noinline]] void faultAt(const char *place) {
+    const char *wanted = std::getenv("VELM_FAULT");
+    if (!wanted) return;
+    const char *blank = std::strchr(wanted, ' ');
+    if (!blank || std::strcmp(blank + 1, place) != 0) return;
+    for (const Fault &fault : kFaults)
+        if (std::strncmp(fault.name, wanted, static_cast<std::size_t>(blank - wanted)) == 0 &&
+            std::strlen(fault.name) == static_cast<std::size_t>(blank - wanted))
+            fault.act();
+}
+
+struct AtLoad {
+    AtLoad() { faultAt("loading"); }
+} atLoad;
+
+// Both threads are to come by, however the machine shares out its time.
+std::atomic<bool> secondCame = false;
+
+void fallOnTheSecondThread(int thread, const char *place) {
+    if (!std::getenv("VELM_FAULT")) return;
+    constexpr int kMostWaits = 20000;
+    if (thread == 1) secondCame = true;
+    for (int waits = 0; thread == 0 && !secondCame && waits < kMostWaits; ++waits) usleep(1000);
+    if (thread == 1) faultAt(place);
+}
+
+// ---- Nodes
+// ------------------------------------------------------------------------------------------------------------
+
+struct Instance {
+    HostInput *in;
+    HostOutput *out;
+};
+
+void *make(void *node) {
+    auto *own = static_cast<Instance *>(std::malloc(sizeof(Instance)));
+    if (!own) return nullptr;
+    own->in = inputs->create(static_cast<HostNode *>(node), kConnectColour, "In", nullptr);
+    own->out = outputs->create(static_cast<HostNode *>(node), kConnectColour, "Out");
+    return own;
+}
+
+void *create(void *, void *node, const char **) {
+    faultAt("create");
+    return make(node);
+}
+void *createSound(void *, void *node, const char **) { return make(node); }
+
+void destroy(void *instance) {
+    faultAt("destroy");
+    std::free(instance);
+}
+void destroySound(void *instance) { std::free(instance); }
+
+HostError init(void *, int) {
+    faultAt("init");
+    return nullptr;
+}
+HostError newTime(void *, int, double) {
+    faultAt("newTime");
+    return nullptr;
+}
+void cleanup(void *) { faultAt("cleanup"); }
+
+void handOn(void *instance, ShadingSample *sample, HostNodeValue *value) {
+    double colour[3] = {1, 1, 1};
+    inputs->evaluate(static_cast<Instance *>(instance)->in, sample, colour);
+    outputs->setValue(value, colour);
+}
+
+void evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const Tidy tidy;
+    handOn(instance, sample, value);
+    fallOnTheSecondThread(sample->threadIndex, "evaluate");
+}
+
+void evaluateSound(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    handOn(instance, sample, value);
+    asm volatile("" ::: "memory");
+}
+
+[[gnu::noinline]] void finish(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    handOn(instance, sample, value);
+    fallOnTheSecondThread(sample->threadIndex, "tail");
+}
+void evaluateTail(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+    finish(instance, sample, output, value);
+}
+
+// ---- Activation
+// -------------------------------------------------------------------------------------------------------
+
+int activateWith(int version, HostLookup *lookup, void *local, decltype(&evaluate) evaluation) {
+    if (version != kNodeHandlerVersion) return kActivateBadVersion;
+    inputs = static_cast<const HostNodeInputFuncs *>(lookup(HOST_NODE_INPUT_FUNCS, kUseTransient));
+    outputs = static_cast<const HostNodeOutputFuncs *>(lookup(HOST_NODE_OUTPUT_FUNCS, kUseTransient));
+    if (!inputs || !outputs) return kActivateBadGlobal;
+    auto *handler = static_cast<HostNodeHandler *>(local);
+    handler->instance->create = createSound;
+    handler->instance->destroy = destroySound;
+    handler->evaluate = evaluation;
+    return kActivateOk;
+}
+
+int activate(int version, HostLookup *lookup, void *local, void *) {
+    faultAt("activate");
+    const int result = activateWith(version, lookup, local, evaluate);
+    if (result != kActivateOk) return result;
+    auto *handler = static_cast<HostNodeHandler *>(local);
+    handler->instance->create = create;
+    handler->instance->destroy = destroy;
+    *handler->render = {.init = init, .cleanup = cleanup, .newTime = newTime};
+    return result;
+}
+int activateSound(int version, HostLookup *lookup, void *local, void *) {
+    return activateWith(version, lookup, local, evaluateSound);
+}
+int activateTail(int version, HostLookup *lookup, void *local, void *) {
+    return activateWith(version, lookup, local, evaluateTail);
+}
+
+const HostServer kServers[] = {
+    {HOST_CLASS_NODE_HANDLER, "Faulty Node", activate, nullptr},
+    {HOST_CLASS_NODE_HANDLER, "Sound Node", activateSound, nullptr},
+    {HOST_CLASS_NODE_HANDLER, "Tail Node", activateTail, nullptr},
+    {nullptr, nullptr, nullptr, nullptr},
+};
+
+void *startup() {
+    faultAt("startup");
+    static int word;
+    return &word;
+}
+void shutdown(void *) { faultAt("shutdown"); }
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) const HostModuleDescriptor _mod_descrip = {
+    .syncWord = kModuleSyncWord,
+    .version = kModuleVersion,
+    .platform = kPlatformMacintosh,
+    .startup = startup,
+    .shutdown = shutdown,
+    .servers = kServers,
+};
