@@ -85,7 +85,9 @@ std::vector<std::string> RecordedState::lines() const {
         case Kind::integer: result.push_back("I2 " + std::to_string(entry.integer)); break;
         case Kind::text: result.push_back("text " + entry.text); break;
         case Kind::begin:
-            result.push_back("begin " + fourCharacters(entry.id) + " " + entry.text + (entry.integer ? " leaf" : ""));
+            result.push_back("begin " + fourCharacters(entry.id) + " " + entry.text);
+            if (entry.integer == 1) result.back() += " leaf";
+            if (entry.integer != 0 && entry.integer != 1) result.back() += " odd";
             break;
         case Kind::end: result.emplace_back("end"); break;
         case Kind::parm: result.push_back("parm " + entry.text); break;

@@ -175,6 +175,23 @@ TEST_F(OcclusionPanel, GivesEachContainerAnIdOfItsOwn) {
         }
 }
 
+TEST_F(OcclusionPanel, TellsOfAContainerBeforeWhatHoldsOrNamesIt) {
+    std::set<HostWord> told;
+    for (const Hint &hint : hintsOf(panel.hints)) {
+        const bool isContainer = hint.tag == kHintGroup || hint.tag == kHintStack || hint.tag == kHintTabs;
+        if (hint.tag == kHintLabel && hint.arguments[0].word >= 0x9000) {
+            EXPECT_EQ(told.count(hint.arguments[0].word), 1u) << hint.arguments[0].word;
+        }
+        if (!isContainer) continue;
+        for (const unsigned int member : hint.ids)
+            if (member >= 0x9000) {
+                EXPECT_EQ(told.count(member), 1u) << member;
+            }
+        told.insert(hint.arguments[0].word);
+    }
+    EXPECT_EQ(told.size(), 6u);
+}
+
 TEST_F(OcclusionPanel, GreysWhatIsConnected) {
     struct Row {
         unsigned int id;

@@ -90,6 +90,7 @@ TEST_F(ExponentialDecay, OfANumberDividesByItPerNominalDistance) {
         {"half of one", 1, 2, 4, 0.5, 0.5},
         {"backwards", -1, 1, 2, 1, 2},
         {"growth", 1, 1, 0.5, 1, 2},
+        {"a little growth", 1, 1, 0.9996, 1, 1 / 0.9996},
         {"no nominal distance", 1, 0, 2, 0, 0},
         {"no nominal distance, a small one", 1e-12, 0, 2, 0.5, 0.5},
         {"no nominal distance, a negative zero", 1e-12, -0.0, 2, 0.5, 0.5},
