@@ -128,7 +128,11 @@ void watchSignals() {
     static const AlternateStack stack; // for good
     watched = getpid();
     searchStack(nullptr); // what goes through stacks may have to be loaded first
-    for (std::size_t i = 0; i < kFalls.size(); ++i) onSignal(kFalls[i], fell, 0, &before[i]);
+    for (std::size_t i = 0; i < kFalls.size(); ++i) {
+        struct sigaction previous {};
+        onSignal(kFalls[i], fell, 0, &previous);
+        if (previous.sa_sigaction != fell) before[i] = previous; // a process that watches may have started this one
+    }
     onSignal(askingSignal(), asked, SA_RESTART, nullptr);
 }
 
