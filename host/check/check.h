@@ -31,6 +31,7 @@ struct Check {
     CheckScope scope;    // once for the module, or once for each of its nodes
     const char *demands; // what is demanded, in a line
     void (*run)(const CheckTask &task);
+    int turns = 1; // how often it runs, each time with another seed; above 1 it may go on for as long as wanted
 };
 
 // All checks, by level. Unique names.
@@ -42,6 +43,7 @@ struct CheckOptions {
     std::string filter;     // only checks whose "name/server" is this text, else those that have it in it
     std::uint64_t seed = 1; // what all choices are drawn from
     double limit = 60;      // seconds that one check may take
+    double minutes = 0;     // how long checks that run more than once go on, from the start of all; 0: no longer
 };
 
 struct CheckResult {
@@ -52,18 +54,20 @@ struct CheckResult {
     std::string printed;    // the end of what the process wrote while it ran, when it ended badly
     std::uint64_t seed = 0; // of this one check
     double seconds = 0;
+    std::uint64_t master = 0; // the seed for everything that brings this one about as its first turn
 
     std::string fullName() const; // "life.balance/Velm Counter", "file.loads"
 };
 
 // Runs what the options select, two at a time, and gives the results in the order of `allChecks`, a node after the
-// other. `done` hears of each one as it ends, in any order. InputError when the filter selects nothing.
-// The module is never loaded into the calling process. That one's other threads must be idle: libraries have some, and
-// the processes of the checks are born without them.
+// other, and one turn after the other. `done` hears of each one as it ends, in any order. InputError when the filter
+// selects nothing, or nothing that could go on for some minutes. The module is never loaded into the calling process.
+// That one's other threads must be idle: libraries have some, and the processes of the checks are born without them.
 std::vector<CheckResult> runChecks(const CheckOptions &options, const std::function<void(const CheckResult &)> &done);
 
-// Runs the one check that the options select here in this process, without limits, and ends the process by SIGABRT at
-// the place where it fails. InputError unless the options select one check and, of a check of nodes, one node.
+// Runs the first turn of the one check that the options select here in this process, without limits, and ends the
+// process by SIGABRT at the place where it fails. InputError unless the options select one check and, of a check of
+// nodes, one node.
 CheckResult reproduceCheck(const CheckOptions &options);
 
 // Without FAIL, CRASH and HANG.

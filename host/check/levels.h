@@ -16,10 +16,11 @@ std::span<const Check> threadChecks();   // 6
 std::span<const Check> inputChecks();    // 7
 std::span<const Check> dataChecks();     // 8
 std::span<const Check> resourceChecks(); // 9
+std::span<const Check> togetherChecks(); // 10
 
-constexpr std::span<const Check> (*kLevels[])() = {fileChecks,     identityChecks, lifeChecks,
-                                                   evaluateChecks, settingsChecks, threadChecks,
-                                                   inputChecks,    dataChecks,     resourceChecks};
+constexpr std::span<const Check> (*kLevels[])() = {fileChecks,     identityChecks, lifeChecks,  evaluateChecks,
+                                                   settingsChecks, threadChecks,   inputChecks, dataChecks,
+                                                   resourceChecks, togetherChecks};
 constexpr int kHighestLevel = static_cast<int>(sizeof kLevels / sizeof *kLevels);
 
 } // namespace velm

@@ -38,7 +38,7 @@ std::string shellQuoted(const std::string &word) {
 
 std::string reproduction(const CheckResult &one, const CheckOptions &options) {
     return "velm check " + shellQuoted(options.module) + " --level " + std::to_string(one.check->level) + " --seed " +
-           std::to_string(options.seed) + " --filter " + shellQuoted(one.fullName()) + " --reproduce";
+           std::to_string(one.master) + " --filter " + shellQuoted(one.fullName()) + " --reproduce";
 }
 
 std::string indented(const std::string &text) {
@@ -65,8 +65,9 @@ void printBad(std::span<const CheckResult> some, const CheckOptions &options, st
         };
         if (std::any_of(some.begin(), one, isLike)) continue; // told with the first of them
         std::string who = one->server.empty() ? "the module" : one->server;
+        std::string last = one->server; // turns of one node follow each other
         for (auto other = one + 1; other != some.end(); ++other)
-            if (isLike(*other)) who += ", " + other->server;
+            if (isLike(*other) && other->server != last) who += ", " + (last = other->server);
         printOne(*one, who, options, out);
     }
 }
@@ -93,9 +94,10 @@ std::string secondsText(double seconds) {
 }
 
 std::string testCase(const CheckResult &one, const CheckOptions &options) {
-    std::string text = "    <testcase classname=\"" + xml(one.check->name) + "\" name=\"" +
-                       xml(one.server.empty() ? "module" : one.server) + "\" time=\"" + secondsText(one.seconds) +
-                       "\">";
+    std::string name = one.server.empty() ? "module" : one.server;
+    if (one.master != options.seed) name += " (seed " + std::to_string(one.master) + ")"; // a further turn
+    std::string text = "    <testcase classname=\"" + xml(one.check->name) + "\" name=\"" + xml(name) + "\" time=\"" +
+                       secondsText(one.seconds) + "\">";
     const std::string message = xml(one.message);
     if (isBad(one.outcome))
         text += "<failure type=\"" + std::string(outcomeName(one.outcome)) + "\" message=\"" + message + "\">" +
@@ -140,6 +142,7 @@ std::string resultsAsJson(std::span<const CheckResult> results, const CheckOptio
                         {"message", one.message},
                         {"printed", one.printed},
                         {"seed", one.seed},
+                        {"master", one.master},
                         {"seconds", one.seconds}});
     const nlohmann::ordered_json all = {{"module", options.module},
                                         {"seed", options.seed},

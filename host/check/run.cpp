@@ -11,9 +11,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <thread>
+#include <utility>
 
 namespace velm {
 
@@ -63,11 +65,16 @@ bool isSelected(const CheckResult &one, const CheckOptions &options) {
     return one.check->level <= options.level && one.fullName().find(options.filter) != std::string::npos;
 }
 
+CheckResult makeResult(const Check &check, const std::string &server, std::uint64_t master) {
+    CheckResult one{.check = &check, .server = server, .outcome = {}, .message = {}, .printed = {}, .master = master};
+    one.seed = seedFor(master, one.fullName());
+    return one;
+}
+
 std::vector<CheckResult> select(const CheckOptions &options, const Discovery &found) {
     std::vector<CheckResult> selected;
     const auto add = [&](const Check &check, const std::string &server) {
-        CheckResult one{.check = &check, .server = server, .outcome = {}, .message = {}, .printed = {}};
-        one.seed = seedFor(options.seed, one.fullName());
+        CheckResult one = makeResult(check, server, options.seed);
         if (isSelected(one, options)) selected.push_back(std::move(one));
     };
     for (const Check &check : allChecks()) {
@@ -86,17 +93,61 @@ std::vector<CheckResult> select(const CheckOptions &options, const Discovery &fo
     return selected;
 }
 
+// Further turns of the checks that run more than once: one after the other has its second turn, then its third.
+class FurtherTurns {
+  public:
+    FurtherTurns(const CheckOptions &options, const std::vector<CheckResult> &first)
+        : seed_(options.seed), hasTime_(options.minutes > 0),
+          end_(Child::Clock::now() + std::chrono::duration_cast<Child::Clock::duration>(
+                                         std::chrono::duration<double>(60 * options.minutes))) {
+        for (const CheckResult &one : first)
+            if (one.check->turns > 1) again_.push_back(one);
+        for (const CheckResult &one : again_) turns_ = std::max(turns_, one.check->turns);
+        if (hasTime_ && again_.empty())
+            throw InputError("none of the selected checks goes on with new seeds, as those of level 10 do");
+    }
+
+    // Nothing when all have had theirs, and the time is over.
+    std::optional<CheckResult> next() {
+        for (; turn_ < turns_ || isTimeLeft(); ++turn_, at_ = 0)
+            while (at_ < again_.size()) {
+                const CheckResult &one = again_[at_++];
+                if (turn_ < one.check->turns || isTimeLeft())
+                    return makeResult(*one.check, one.server, seedFor(seed_, "turn " + std::to_string(turn_)));
+            }
+        return {};
+    }
+
+  private:
+    bool isTimeLeft() const { return hasTime_ && Child::Clock::now() < end_; }
+
+    std::uint64_t seed_;
+    bool hasTime_;
+    Child::Clock::time_point end_;
+    std::vector<CheckResult> again_;
+    int turns_ = 1, turn_ = 1; // counted from 0
+    std::size_t at_ = 0;
+};
+
 class Runner {
   public:
-    Runner(const CheckOptions &options, const Discovery &found, std::vector<CheckResult> &results,
+    Runner(const CheckOptions &options, const Discovery &found, std::vector<CheckResult> first,
            const std::function<void(const CheckResult &)> &done)
-        : options_(options), found_(found), results_(results), done_(done) {}
+        : options_(options), found_(found), further_(options, first), results_(first.begin(), first.end()),
+          done_(done) {}
 
-    void run() {
-        while (next_ < results_.size() || !running_.empty()) {
-            while (next_ < results_.size() && running_.size() < atOnce()) start(results_[next_++]);
+    std::vector<CheckResult> run() {
+        for (;;) {
+            while (running_.size() < atOnce() && hasNext()) start(results_[next_++]);
+            if (running_.empty()) break;
             waitForOne();
         }
+        std::vector<CheckResult> all(results_.begin(), results_.end());
+        // All turns of a node together.
+        std::stable_sort(all.begin(), all.end(), [&](const CheckResult &one, const CheckResult &other) {
+            return std::pair(one.check, placeOf(one)) < std::pair(other.check, placeOf(other));
+        });
+        return all;
     }
 
   private:
@@ -104,6 +155,17 @@ class Runner {
         CheckResult *result;
         std::unique_ptr<Child> child;
     };
+
+    bool hasNext() {
+        if (next_ == results_.size())
+            if (std::optional<CheckResult> further = further_.next()) results_.push_back(std::move(*further));
+        return next_ < results_.size();
+    }
+
+    std::size_t placeOf(const CheckResult &one) const {
+        return static_cast<std::size_t>(std::find(found_.servers.begin(), found_.servers.end(), one.server) -
+                                        found_.servers.begin());
+    }
 
     static unsigned atOnce() { return std::clamp(std::thread::hardware_concurrency(), 1U, kMostAtOnce); }
 
@@ -121,7 +183,6 @@ class Runner {
     }
 
     void waitForOne() {
-        if (running_.empty()) return;
         std::vector<pollfd> ends;
         auto deadline = Child::Clock::time_point::max();
         for (const Running &one : running_) {
@@ -147,7 +208,8 @@ class Runner {
 
     const CheckOptions &options_;
     const Discovery &found_;
-    std::vector<CheckResult> &results_;
+    FurtherTurns further_;
+    std::deque<CheckResult> results_; // those that run are pointed at
     const std::function<void(const CheckResult &)> &done_;
     std::vector<Running> running_;
     std::size_t next_ = 0;
@@ -170,9 +232,7 @@ std::string CheckResult::fullName() const { return server.empty() ? check->name 
 std::vector<CheckResult> runChecks(const CheckOptions &options, const std::function<void(const CheckResult &)> &done) {
     Discovery found;
     discover(found, options.module);
-    std::vector<CheckResult> results = select(options, found);
-    Runner(options, found, results, done).run();
-    return results;
+    return Runner(options, found, select(options, found), done).run();
 }
 
 CheckResult reproduceCheck(const CheckOptions &options) {

@@ -17,7 +17,7 @@ namespace {
 
 constexpr double kPoison = -7.25e77; // what a value holds before it is set
 
-int placeOf(const WatchedModule &module, const std::string &server) {
+int placeOf(const WatchedServers &module, const std::string &server) {
     const std::vector<std::string> names = module.names();
     return static_cast<int>(std::find(names.begin(), names.end(), server) - names.begin());
 }
@@ -100,7 +100,7 @@ void connectAtRandom(HostNodeEditor &editor, Dice &dice) {
     feedInputs(editor.root());
 }
 
-Stage::Stage(WatchedModule &module, const std::string &server)
+Stage::Stage(const WatchedServers &module, const std::string &server)
     : editor_("Check", "Check", nullptr, nullptr), node_(&editor_.addNode(module.server(server))),
       server_(placeOf(module, server)) {}
 

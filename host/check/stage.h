@@ -59,7 +59,7 @@ void connectAtRandom(HostNodeEditor &editor, Dice &dice);
 class Stage {
   public:
     // InputError when the server makes no instance.
-    Stage(WatchedModule &module, const std::string &server);
+    Stage(const WatchedServers &module, const std::string &server);
     ~Stage();
 
     HostNode &node() { return *node_; }

@@ -39,15 +39,16 @@ class PhaseScope {
 };
 Phase currentPhase();
 
-// How many inputs the calling thread's evaluations may follow while this lives; from then on, inputs count as
-// unconnected. Networks may reach themselves through a module's own pointers, of which the host knows nothing, and each
-// way round would be taken as often as there are ways.
-class InputBudget {
+// Keeps the calling thread's evaluations short while it lives. They may follow so many inputs; from then on inputs
+// count as unconnected: networks may reach themselves through a module's own pointers, of which the host knows nothing,
+// and each way round would be taken as often as there are ways. Whole numbers that come through inputs stay within
+// +-`largest`: counts of samples may be among them.
+class ShortEvaluation {
   public:
-    explicit InputBudget(long inputs);
-    ~InputBudget();
-    InputBudget(const InputBudget &) = delete;
-    InputBudget &operator=(const InputBudget &) = delete;
+    ShortEvaluation(long inputs, int largest);
+    ~ShortEvaluation();
+    ShortEvaluation(const ShortEvaluation &) = delete;
+    ShortEvaluation &operator=(const ShortEvaluation &) = delete;
 };
 
 // Puts watched tables in place of the host's own services, for the rest of the process. Calling again does nothing.
@@ -79,21 +80,21 @@ class WatchedServers {
     std::vector<HostServer> table_;
 };
 
-// A loaded module with its servers, whose own requests for memory and so on are watched, too.
-class WatchedModule {
+// A loaded module, and its own requests for memory and so on under functions that watch.
+class LoadedModule {
   public:
-    // InputError when it is no module, or its servers cannot be listed. A check that looks at more than the handlers'
-    // results says so by the failure of its own.
-    explicit WatchedModule(const std::string &file);
-
+    explicit LoadedModule(const std::string &file); // InputError when it is no module
     const Module &module() const { return module_; }
-    const WatchedServers &servers() const { return servers_; }
-    ServerClass &server(const std::string &name) const { return servers_.server(name); }
-    std::vector<std::string> names() const { return servers_.names(); }
 
   private:
     Module module_;
-    WatchedServers servers_;
+};
+
+// A loaded module with its servers. A check that looks at more than the handlers' results says so by the failure of its
+// own.
+class WatchedModule : public LoadedModule, public WatchedServers {
+  public:
+    explicit WatchedModule(const std::string &file); // InputError, as above
 };
 
 // The module's own servers by class and name; null when there is none.

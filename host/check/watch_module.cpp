@@ -164,7 +164,9 @@ WatchedServers::~WatchedServers() { serverList().remove(origin_); }
 
 std::vector<std::string> WatchedServers::names() const { return nodeNames(own_); }
 
+LoadedModule::LoadedModule(const std::string &file) : module_(openNoted(file)) {}
+
 WatchedModule::WatchedModule(const std::string &file)
-    : module_(openNoted(file)), servers_(module_.servers(), module_.path()) {}
+    : LoadedModule(file), WatchedServers(module().servers(), module().path()) {}
 
 } // namespace velm

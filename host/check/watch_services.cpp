@@ -1,8 +1,10 @@
 // The calls of the module into the host.
 #include "host/check/blackboard.h"
 #include "host/check/watch.h"
+#include "host/graph/node.h"
 #include "host/services/lookup.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -151,13 +153,21 @@ void setValue(HostNodeValue *value, const void *result) {
     real<HostNodeOutputFuncs>.setValue(value, result);
 }
 
-thread_local long inputsLeft = -1; // below 0: as many as there are
+// Of a ShortEvaluation; below 0: as many as there are.
+thread_local long inputsLeft = -1;
+thread_local int largestWhole = 0;
 
 int evaluateInput(HostInput *input, ShadingSample *sample, void *value) {
     mayCall("NodeInputFuncs evaluate", Allowed::render);
+    if (inputsLeft < 0) return real<HostNodeInputFuncs>.evaluate(input, sample, value);
     if (inputsLeft == 0) return 0;
-    if (inputsLeft > 0) --inputsLeft;
-    return real<HostNodeInputFuncs>.evaluate(input, sample, value);
+    --inputsLeft;
+    const int given = real<HostNodeInputFuncs>.evaluate(input, sample, value);
+    if (given && input->type == kConnectInteger) {
+        int &whole = *static_cast<int *>(value);
+        whole = std::clamp(whole, -largestWhole, largestWhole);
+    }
+    return given;
 }
 
 HostInstanceUpdate *realUpdate;
@@ -287,8 +297,11 @@ void watchImages() {
 
 } // namespace
 
-InputBudget::InputBudget(long inputs) { inputsLeft = inputs; }
-InputBudget::~InputBudget() { inputsLeft = -1; }
+ShortEvaluation::ShortEvaluation(long inputs, int largest) {
+    inputsLeft = inputs;
+    largestWhole = largest;
+}
+ShortEvaluation::~ShortEvaluation() { inputsLeft = -1; }
 
 void watchServices() {
     isHostThread = true;

@@ -167,9 +167,17 @@ void addCheck(CLI::App &command, Options &options, CheckCommandOptions &check) {
     command.add_option("--seed", check.run.seed, "What all choices are drawn from")
         ->capture_default_str()
         ->type_name("N");
-    command.add_flag("--reproduce", check.reproduce,
-                     "Run one check in this process, for a debugger: no limits, and SIGABRT\n"
-                     "where it fails");
+    constexpr double kLeastMinutes = 1e-6, kMostMinutes = 1e6;
+    CLI::Option *minutes = command
+                               .add_option("--minutes", check.run.minutes,
+                                           "How long level 10 goes on with new seeds, from the start of all checks")
+                               ->check(CLI::Range(kLeastMinutes, kMostMinutes))
+                               ->type_name("N");
+    command
+        .add_flag("--reproduce", check.reproduce,
+                  "Run one check in this process, for a debugger: no limits, and SIGABRT\n"
+                  "where it fails")
+        ->excludes(minutes);
     command.add_option("--json", check.json, "A file for the results")->type_name("FILE");
     command.add_option("--junit", check.junit, "A file for the results, as JUnit writes them")->type_name("FILE");
     command.set_version_flag("--version", kVersionText);

@@ -47,6 +47,11 @@ INSTANTIATE_TEST_SUITE_P(Checks, ThreadedModule, ::testing::ValuesIn(threadCheck
     return name;
 });
 
+TEST(ThreadedWalk, TheModuleStandsIt) {
+    const CheckResult one = reproduceCheck(optionsFor(VELM_MODULE_FILE, "together.all"));
+    EXPECT_TRUE(allWell({one})) << one.message;
+}
+
 // The thread sanitizer tells of the race itself, all others of what comes of it.
 TEST(ThreadedMutantDeathTest, ARaceIsTold) {
     GTEST_FLAG_SET(death_test_style, "threadsafe"); // a new program

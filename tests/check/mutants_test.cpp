@@ -80,6 +80,13 @@ const Mutant kMutants[] = {
     {"grows_by_frame", "resources.frames", Outcome::warn, "998 blocks of memory more after 1000 frames"},
     {"grows_by_load", "resources.cycles", Outcome::warn, "9900 blocks of memory more"},
     {"grows_by_start", "resources.starts", Outcome::warn, "1000 blocks of memory more"},
+    {"reads_original", "together.one", Outcome::crash, "evaluate, interface thread"},
+    {"keeps_mode_once_copied", "together.one", Outcome::fail, "than one that is built anew from what it saves"},
+    {"counts_starts", "together.one", Outcome::fail, "gives other results than"},
+    {"ends_for_all", "together.all", Outcome::fail, "than one that is built anew from what it saves"},
+    {"counts_for_all", "together.all", Outcome::fail, "gives other results than with one"},
+    {"leaks_instance", "together.one", Outcome::fail, "blocks of memory are left behind when all is destroyed"},
+    {"leaks_parameter", "together.one", Outcome::warn, "parameters are left behind when all is destroyed"},
     {"reads_on", "data.unknown", Outcome::fail, "behind the data changes what is loaded"},
 };
 
@@ -114,6 +121,21 @@ TEST(CleanModule, PassesEveryCheck) {
             << one.fullName() << ": " << outcomeName(one.outcome) << ' ' << one.message << '\n'
             << one.printed;
 }
+
+// What single checks cannot see.
+class OnlyTogether : public ::testing::TestWithParam<const char *> {};
+
+TEST_P(OnlyTogether, IsItBlamed) {
+    CheckOptions options = optionsFor(mutantFile(GetParam()));
+    options.level = kHighestLevel - 1;
+    for (const CheckResult &one : resultsOf(options))
+        EXPECT_TRUE(one.outcome == Outcome::pass || one.outcome == Outcome::skip)
+            << one.fullName() << ": " << outcomeName(one.outcome) << ' ' << one.message;
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, OnlyTogether,
+                         ::testing::Values("reads_original", "keeps_mode_once_copied", "counts_starts", "ends_for_all"),
+                         [](const auto &row) { return std::string(row.param); });
 
 TEST(Mutants, EveryCheckHasOne) {
     for (const Check &check : allChecks())

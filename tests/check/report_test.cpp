@@ -22,9 +22,9 @@ CheckOptions options() {
 }
 
 std::vector<CheckResult> results() {
-    return {{&kFirst, "One", Outcome::pass, "", "", 1, 0.5},
-            {&kFirst, "Two", Outcome::crash, "SIGSEGV: node \"Two\", <evaluate>", "trace", 2, 0.25},
-            {&kSecond, "", Outcome::warn, "it is odd", "", 3, 0.125}};
+    return {{&kFirst, "One", Outcome::pass, "", "", 1, 0.5, 77},
+            {&kFirst, "Two", Outcome::crash, "SIGSEGV: node \"Two\", <evaluate>", "trace", 2, 0.25, 77},
+            {&kSecond, "", Outcome::warn, "it is odd", "", 3, 0.125, 77}};
 }
 
 TEST(CheckReport, TableTellsTheWorstAndHowToSeeItAgain) {
@@ -42,11 +42,25 @@ TEST(CheckReport, TableTellsTheWorstAndHowToSeeItAgain) {
 }
 
 TEST(CheckReport, TableTellsTheSameOnce) {
-    const std::vector<CheckResult> same = {{&kFirst, "One", Outcome::skip, "nothing to try", "", 1, 0},
-                                           {&kFirst, "Two", Outcome::skip, "nothing to try", "", 1, 0}};
+    const std::vector<CheckResult> same = {{&kFirst, "One", Outcome::skip, "nothing to try", "", 1, 0, 77},
+                                           {&kFirst, "Two", Outcome::skip, "nothing to try", "", 1, 0, 77}};
     std::ostringstream out;
     printResults(same, options(), out);
     EXPECT_NE(out.str().find("    SKIP  One, Two: nothing to try\n\n"), std::string::npos) << out.str();
+}
+
+TEST(CheckReport, AFurtherTurnIsToldWithItsOwnSeed) {
+    std::vector<CheckResult> turns(2, results()[1]);
+    turns[1].master = 4711;
+    std::ostringstream out;
+    printResults(turns, options(), out);
+    for (const char *part : {"--seed 77 --filter", "--seed 4711 --filter"})
+        EXPECT_NE(out.str().find(part), std::string::npos) << out.str();
+    EXPECT_NE(resultsAsJunit(turns, options()).find("name=\"Two (seed 4711)\""), std::string::npos);
+    turns[0].outcome = turns[1].outcome = Outcome::warn; // needs no seed, and is told once
+    std::ostringstream warned;
+    printResults(turns, options(), warned);
+    EXPECT_NE(warned.str().find("    WARN  Two: SIGSEGV"), std::string::npos) << warned.str();
 }
 
 TEST(CheckReport, JsonHoldsEverything) {
@@ -61,6 +75,8 @@ TEST(CheckReport, JsonHoldsEverything) {
     EXPECT_EQ(json["results"][1]["outcome"], "CRASH");
     EXPECT_EQ(json["results"][1]["printed"], "trace");
     EXPECT_EQ(json["results"][1]["seconds"], 0.25);
+    EXPECT_EQ(json["results"][1]["seed"], 2);
+    EXPECT_EQ(json["results"][1]["master"], 77);
 }
 
 TEST(CheckReport, JunitHasASuiteForEachCheck) {

@@ -46,6 +46,30 @@ TEST(CheckRun, SeedsGoByNameAndMasterSeed) {
     EXPECT_NE(first[0].seed, other[0].seed);
 }
 
+TEST(CheckRun, EachTurnCanBeHadAgainAsTheFirst) {
+    CheckOptions options = optionsFor(mutantFile("clean"), "together.one/Mutant Pass");
+    const auto turns = resultsOf(options);
+    ASSERT_EQ(turns.size(), static_cast<std::size_t>(turns[0].check->turns));
+    ASSERT_GT(turns.size(), 1u);
+    EXPECT_EQ(turns[0].master, options.seed);
+    EXPECT_NE(turns[1].seed, turns[0].seed);
+    options.seed = turns[1].master;
+    EXPECT_EQ(resultsOf(options)[0].seed, turns[1].seed);
+}
+
+TEST(CheckRun, GoesOnForMinutes) {
+    CheckOptions options = optionsFor(mutantFile("clean"), "together.one/Mutant Pass");
+    options.minutes = 60;
+    int turns = 0;
+    const auto stopAfterFive = [&](const CheckResult &one) {
+        EXPECT_EQ(one.fullName(), options.filter);
+        if (++turns == 5) throw MachineError("enough");
+    };
+    EXPECT_THROW(runChecks(options, stopAfterFive), MachineError);
+    options.filter = "identity.table";
+    EXPECT_THROW(resultsOf(options), InputError);
+}
+
 TEST(CheckRun, AModuleThatFallsFailsTheChecksOfItsNodes) {
     const auto results = resultsOf(optionsFor(mutantFile("falls_at_load"), "life.balance"));
     ASSERT_EQ(results.size(), 1u);

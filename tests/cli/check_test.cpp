@@ -53,6 +53,11 @@ TEST(CheckCommand, WhatSelectsNothingIsWrong) {
     EXPECT_EQ(outcome.status, kExitInput);
     EXPECT_NE(outcome.err.find("is selected by \"no such check\""), std::string::npos) << outcome.err;
     EXPECT_EQ(velm({"check", "--level", "99"}, false).status, kExitUsage);
+    const Outcome minutes = velm({"check", VELM_MODULE_FILE, "--level", "1", "--minutes", "1"}, false);
+    EXPECT_EQ(minutes.status, kExitInput);
+    EXPECT_NE(minutes.err.find("goes on with new seeds"), std::string::npos) << minutes.err;
+    EXPECT_EQ(velm({"check", "--minutes", "0"}, false).status, kExitUsage);
+    EXPECT_EQ(velm({"check", "--minutes", "1", "--reproduce"}, false).status, kExitUsage);
 }
 
 } // namespace

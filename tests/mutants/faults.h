@@ -97,6 +97,11 @@ enum Fault {
     kGrowsByFrame,
     kGrowsByLoad,
     kGrowsByStart,
+    // In sequences of calls alone
+    kReadsOriginal,
+    kKeepsModeOnceCopied,
+    kCountsStarts,
+    kEndsForAll,
 };
 
 constexpr bool is(Fault fault) { return FAULT == fault; }
@@ -166,10 +171,10 @@ inline void activated(HostNodeHandler *handler) {
 inline void *newest = nullptr;
 
 inline const char *outputName(const char *right) { return is(kNamesInTurns) && ++counted % 2 == 0 ? "Other" : right; }
-inline int generation = 0; // counts the instances made
+inline int generation = 0; // counts what the fault takes for a new beginning
 inline void created(void *instance) {
     newest = instance;
-    ++generation;
+    if (is(kForgetsWithOthers)) ++generation;
 }
 inline void destroyed() { newest = nullptr; }
 constexpr bool keepsInstance() { return is(kLeaksInstance); }
@@ -221,7 +226,7 @@ inline bool owned[kMaxThreads];
 // Whether a thread has yet to meet its first sample.
 inline int isFresh(int right, int thread) {
     static int known[kMaxThreads];
-    const bool isOld = is(kForgetsWithOthers) && known[thread] != generation;
+    const bool isOld = (is(kForgetsWithOthers) || is(kEndsForAll)) && known[thread] != generation;
     known[thread] = generation;
     return isOld ? 1 : right;
 }

@@ -4,6 +4,7 @@
 #include "module/host.h"
 
 #include "tests/mutants/faults.h"
+#include "tests/mutants/sequences.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -22,6 +23,7 @@ struct Sum {
     HostOutput *sum, *tint;
     int fresh[kMaxThreads];
     double first[kMaxThreads]; // of each thread, since init
+    faults::Past past;
 };
 
 const HostNodeFuncs *nodes;
@@ -71,6 +73,7 @@ void *create(void *, void *node, const char **error) {
 void destroy(void *instance) {
     if (!instance) return;
     faults::destroyed();
+    faults::destroyed(self(instance).past);
     for (int i = 0; i < faults::destructions(); ++i) parameters->destroy(self(instance).parameter);
     if (!faults::keepsInstance()) std::free(instance);
 }
@@ -79,6 +82,7 @@ HostError copy(void *to, void *from) {
     self(to).mode = self(from).mode;
     std::strcpy(self(to).name, self(from).name);
     faults::copied(self(to).mode, self(from).mode);
+    faults::copied(self(to).past, self(from).past, self(from).mode);
     return parameters->copy(self(to).parameter, self(from).parameter);
 }
 
@@ -108,10 +112,11 @@ HostError load(void *instance, const HostLoadState *state) {
 HostError init(void *instance, int) {
     for (int &fresh : self(instance).fresh) fresh = 1;
     faults::initialised();
+    faults::started(self(instance).past);
     return nullptr;
 }
 
-void cleanup(void *) {}
+void cleanup(void *) { faults::ended(); }
 
 HostError newTime(void *instance, int, double time) {
     faults::newTime(time);
@@ -126,8 +131,8 @@ int within(int mode) { return mode < 0 ? 0 : mode >= kModeCount ? kModeCount - 1
 
 void evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     Sum &own = self(instance);
-    double amount = own.amount;
-    int mode = own.mode;
+    double amount = faults::amountAfter(own.past, own.amount);
+    int mode = faults::modeAfter(own.past, own.mode);
     inputs->evaluate(own.amountInput, sample, &amount);
     inputs->evaluate(own.modeInput, sample, &mode);
     const int thread = sample->threadIndex;
