@@ -146,7 +146,7 @@ class HostNodeEditor::Loader {
     // A root may have its values elsewhere in the file.
     void readData(HostNode &node) {
         const bool isRoot = &node == &editor_.root();
-        if (isRoot) node.savesData = node.standIn || !velm::unreadContents(state_).empty();
+        if (isRoot) node.savesData = node.standIn || !velm::isOfReader(state_) || !velm::unreadContents(state_).empty();
         if (node.savesData) velm::loadData(node, state_);
     }
 

@@ -33,7 +33,8 @@ std::string ownData(const HostNode &node) {
 void loadData(HostNode &node, const HostLoadState &state) {
     assertInterface();
     if (!node.handler || !node.handler->instance->load) return;
-    std::string contents = state.mode == kStateBinary ? unreadContents(state) : std::string();
+    const bool isKept = state.mode == kStateBinary && isOfReader(state);
+    std::string contents = isKept ? unreadContents(state) : std::string();
     const int depth = state.depth(state.data);
     const HostError said =
         callModule(node.server->number(), "load", [&] { return node.handler->instance->load(node.instance, &state); });
@@ -41,7 +42,7 @@ void loadData(HostNode &node, const HostLoadState &state) {
         throw InputError("cannot load the node " + quoted(node.name) + ": " + *error);
     while (state.depth(state.data) > depth) state.endBlock(state.data); // that the server left open
     node.keptData.reset();
-    if (state.mode != kStateBinary) return;
+    if (!isKept) return;
     std::string own = ownData(node);
     if (own == contents) return;
     node.keptData = {.inFile = std::move(contents), .asSaved = std::move(own)};

@@ -19,6 +19,7 @@ class LoadForm {
     const HostLoadState *state() const { return &state_; }
     const std::string &damage() const { return damage_; }
     virtual std::string unread() const = 0; // as unreadContents
+    static bool owns(const HostLoadState &state) { return state.readI2 == readValues<short>; }
 
   protected:
     LoadForm(int mode, std::string_view bytes, std::string name, std::size_t before);

@@ -116,6 +116,10 @@ const HostLoadState *StateReader::state() const { return form_->state(); }
 bool StateReader::failed() const { return !form_->damage().empty(); }
 std::string StateReader::error() const { return form_->damage(); }
 
-std::string unreadContents(const HostLoadState &state) { return static_cast<const LoadForm *>(state.data)->unread(); }
+bool isOfReader(const HostLoadState &state) { return LoadForm::owns(state); }
+
+std::string unreadContents(const HostLoadState &state) {
+    return isOfReader(state) ? static_cast<const LoadForm *>(state.data)->unread() : std::string();
+}
 
 } // namespace velm

@@ -45,8 +45,12 @@ class StateReader {
     std::unique_ptr<LoadForm> form_;
 };
 
+// Whether a state is one of a StateReader. A module may hand on a state of its own making, which reads from another.
+bool isOfReader(const HostLoadState &state);
+
 // What stands unread in the innermost block, or at the outermost level, of a state of a StateReader; it stays unread.
-// In text form whole lines, each with its end, without the blanks by which the block's contents are indented.
+// Nothing for another state, which gives only what it is asked to read. In text form whole lines, each with its end,
+// without the blanks by which the block's contents are indented.
 std::string unreadContents(const HostLoadState &state);
 
 } // namespace velm

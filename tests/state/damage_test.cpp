@@ -57,6 +57,17 @@ TEST(DamagedState, TruncationAtEveryByteIsNoticed) {
     }
 }
 
+TEST(ForeignState, HasNothingUnread) {
+    const StateReader reader(kStateBinary, "abcd", "saved");
+    HostLoadState foreign = *reader.state();
+    EXPECT_TRUE(isOfReader(foreign));
+    EXPECT_EQ(unreadContents(foreign), "abcd");
+    foreign.data = nullptr; // whatever its maker puts there
+    foreign.readI2 = [](void *, short *, int) { return 0; };
+    EXPECT_FALSE(isOfReader(foreign));
+    EXPECT_EQ(unreadContents(foreign), "");
+}
+
 TEST(DamagedState, AnyReadingOfTruncatedDataEnds) {
     for (const int mode : {kStateBinary, kStateText}) {
         const std::string whole = everything(mode);
