@@ -3,7 +3,6 @@
 #include "fuzz/promise.h"
 
 #include "host/graph/server_list.h"
-#include "module/host.h"
 
 extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
@@ -11,10 +10,15 @@ extern const HostModuleDescriptor _mod_descrip;
 
 namespace velm::fuzz {
 
+const HostServer *moduleServers() {
+    static const bool started = _mod_descrip.startup() != nullptr;
+    demand(started, "the module starts");
+    return _mod_descrip.servers;
+}
+
 void listModuleNodes() {
     static const bool listed = [] {
-        demand(_mod_descrip.startup() != nullptr, "the module starts");
-        serverList().add(_mod_descrip.servers, "velm.p");
+        serverList().add(moduleServers(), "velm.p");
         return true;
     }();
     static_cast<void>(listed);

@@ -3,6 +3,7 @@
 // save when nothing has been set.
 #include "fuzz/module_nodes.h"
 
+#include "host/check/script.h"
 #include "host/files/object_file.h"
 #include "host/graph/network.h"
 #include "host/graph/node_data.h"
@@ -18,7 +19,8 @@ using namespace velm;
 
 namespace {
 
-constexpr std::size_t kLargest = 100'000; // a small input is tried more often
+constexpr std::size_t kScripts = 30, kScript = 400; // and their bytes
+constexpr std::size_t kLargest = 100'000;           // a small input is tried more often
 
 class Corpus {
   public:
@@ -108,6 +110,10 @@ void addNodes(Corpus &corpus) {
     corpus.add("scene_text", "LWSC\n5\n" + text.finish());
 }
 
+void addScripts(Corpus &corpus) {
+    for (std::size_t i = 0; i < kScripts; ++i) corpus.add("call_script", randomScript(i, kScript));
+}
+
 void addFile(Corpus &corpus, const fs::path &path) {
     const std::string bytes = readFile(path.string());
     if (path.extension() == ".lwo") addObject(corpus, bytes, path.string());
@@ -127,6 +133,7 @@ int main(int count, char **arguments) {
         velm::fuzz::listModuleNodes();
         Corpus corpus(arguments[1]);
         addNodes(corpus);
+        addScripts(corpus);
         for (int i = 2; i < count; ++i) addFile(corpus, arguments[i]);
         return 0;
     } catch (const std::exception &error) {
