@@ -2,30 +2,16 @@
 #include "host/check/report.h"
 #include "host/cli/commands.h"
 #include "host/cli/run.h"
-#include "host/error.h"
+#include "host/state/files.h"
 
-#include <filesystem>
-#include <fstream>
 #include <ostream>
 
 namespace velm {
 
 namespace {
 
-// Whole or not at all.
 void writeReport(const std::string &file, const std::string &text) {
-    if (file.empty()) return;
-    const std::string part = file + ".part";
-    std::ofstream stream(part, std::ios::binary);
-    stream << text;
-    stream.close();
-    std::error_code error;
-    if (stream) std::filesystem::rename(part, file, error);
-    if (!stream || error) {
-        std::error_code ignored; // there may be no such file
-        std::filesystem::remove(part, ignored);
-        throw MachineError("cannot write " + file);
-    }
+    if (!file.empty()) writeFileAtomically(file, text);
 }
 
 int report(const std::vector<CheckResult> &results, const CheckOptions &options, std::ostream &out) {

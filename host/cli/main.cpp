@@ -1,6 +1,10 @@
 // The program "velm".
 #include "host/cli/run.h"
 
+#include <csignal>
 #include <iostream>
 
-int main(int argc, char **argv) { return velm::runGuarded(argc, argv, std::cout, std::cerr); }
+int main(int argc, char **argv) {
+    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error with a name, as a full disk is
+    return velm::runGuarded(argc, argv, std::cout, std::cerr);
+}

@@ -1,6 +1,6 @@
 // "velm nodes": the nodes as a table.
 #include "host/cli/commands.h"
-#include "host/cli/loaded_module.h"
+#include "host/cli/listed_module.h"
 #include "host/graph/network.h"
 
 #include <algorithm>
@@ -49,7 +49,7 @@ void printTable(const std::vector<Row> &rows, std::ostream &out) {
 } // namespace
 
 int runNodes(const Options &options, const NodesOptions &nodes, std::ostream &out) {
-    const LoadedModule module(options.module);
+    const ListedModule module(options.module);
     std::vector<Row> rows{{"Name", "Shown as", "Menu group", "Panel", "Inputs", "Outputs"}};
     for (const auto &server : serverList().all())
         if (nodes.all || server->origin() == module.path()) rows.push_back(rowOf(*server));

@@ -150,6 +150,7 @@ void addPack(CLI::App &command, PackOptions &options) {
 
 void addUnpack(CLI::App &command, UnpackOptions &options) {
     command.add_option("OBJECT", options.object, "The object file (.lwo)")->required()->type_name("");
+    command.add_option("-o,--output", options.output, "The scene file; printed by default")->type_name("FILE");
     addData(command, options.data);
     command.add_flag("--strict", options.strict,
                      "Take whatever is warned of, such as a node that is not there, for an error");

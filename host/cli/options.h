@@ -60,6 +60,7 @@ struct PackOptions {
 
 struct UnpackOptions {
     std::string object;
+    std::string output; // empty: standard output
     std::vector<std::string> data;
     bool strict = false;
 };

@@ -1,6 +1,6 @@
 // "velm pack" and "velm unpack": networks between scene files and object files.
 #include "host/cli/commands.h"
-#include "host/cli/loaded_module.h"
+#include "host/cli/listed_module.h"
 #include "host/cli/run.h"
 #include "host/graph/names.h"
 #include "host/scene/object_surfaces.h"
@@ -55,7 +55,7 @@ int runPack(const Options &options, const PackOptions &pack, std::ostream &out, 
     // Nodes keep the names of images, which are to be found from wherever the object is.
     for (ImageDescription &image : scene.images) image.file = std::filesystem::absolute(image.file).string();
     ObjectFile object(readFile(pack.object), pack.object);
-    const LoadedModule module(options.module);
+    const ListedModule module(options.module);
     const BuiltScene built(scene, serverList(), &warnings);
     const UsualSettings usual(serverList());
     for (const PackedSurface &surface : packSurfaces(object, scene, built, usual)) tell(surface, out);
@@ -71,17 +71,21 @@ int runUnpack(const Options &options, const UnpackOptions &unpack, std::ostream 
     warnOfAnimated(object, warnings);
     UnpackedSurfaces unpacked;
     {
-        const LoadedModule module(options.module);
+        const ListedModule module(options.module);
         const SearchPath path = makeSearchPath(unpack.data, std::getenv("VELM_DATA"));
         unpacked = unpackSurfaces(object, path, serverList(), warnings);
     }
     // What settings do not tell comes as data, and where that is not enough, as data alone. Each turn can only take
     // something away, so that the last one finds nothing to do.
     for (bool changed = true; changed;) {
-        const LoadedModule module(options.module);
+        const ListedModule module(options.module);
         changed = completeUnpacked(unpacked, serverList());
     }
-    out << writeSurfaces(unpacked.images, unpacked.surfaces);
+    const std::string scene = writeSurfaces(unpacked.images, unpacked.surfaces);
+    if (unpack.output.empty())
+        out << scene;
+    else
+        writeFileAtomically(unpack.output, scene);
     return kExitDone;
 }
 

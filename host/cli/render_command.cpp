@@ -2,7 +2,7 @@
 #include "host/cli/commands.h"
 #include "host/cli/frame_names.h"
 #include "host/cli/interrupt.h"
-#include "host/cli/loaded_module.h"
+#include "host/cli/listed_module.h"
 #include "host/cli/output_file.h"
 #include "host/cli/progress.h"
 #include "host/cli/run.h"
@@ -139,7 +139,7 @@ int runRender(const Options &options, const RenderOptions &render, std::ostream 
     for (const int frame : plan.frames) prepareOutput(plan.names(frame));
 
     Telling telling(render, err);
-    const LoadedModule module(options.module);
+    const ListedModule module(options.module);
     World world(scene); // before the nodes, whose panels may list what stands in it
     BuiltScene built(scene, serverList(), &telling.warnings);
     world.prepare(scene, [&built](const std::string &name) { return built.surface(name); });

@@ -1,6 +1,6 @@
 // "velm show": one node, its inputs and outputs, its settings and its panel.
 #include "host/cli/commands.h"
-#include "host/cli/loaded_module.h"
+#include "host/cli/listed_module.h"
 #include "host/cli/panel_text.h"
 #include "host/error.h"
 #include "host/graph/names.h"
@@ -48,7 +48,7 @@ void printSockets(const char *title, const Sockets &sockets, std::ostream &out) 
 } // namespace
 
 int runShow(const Options &options, const ShowOptions &show, std::ostream &out) {
-    const LoadedModule module(options.module);
+    const ListedModule module(options.module);
     ServerClass &server = findServer(show.node);
     HostNodeEditor editor("show", "show", nullptr, nullptr);
     HostNode &node = editor.addNode(server);

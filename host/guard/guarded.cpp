@@ -72,6 +72,7 @@ class Guard {
 
     int run(const std::function<int()> &work) {
         const pid_t guard = getpid();
+        std::fflush(nullptr); // or it would be written by both
         process_ = fork();
         if (process_ < 0) throw MachineError("cannot start a process: " + std::string(std::strerror(errno)));
         if (process_ == 0) live(guard, work);
@@ -90,7 +91,6 @@ class Guard {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (getppid() != guard) _exit(kFallenStatus); // it ended before
         signals_.letGo();
-        std::signal(SIGXFSZ, SIG_IGN); // the write that fails is told as an error
         useCallBoard(&*board_);
         watchFalls();
         const int status = work();

@@ -8,15 +8,15 @@ namespace velm {
 
 // Loads a module and lists its servers; takes both back at the end. No node of it may be left then.
 // [interface thread; not while rendering]
-class LoadedModule {
+class ListedModule {
   public:
     // Throws InputError, naming the file, when it is no module or its servers cannot be listed.
-    explicit LoadedModule(const std::string &file) : module_(Module::open(file)) {
+    explicit ListedModule(const std::string &file) : module_(Module::open(file)) {
         serverList().add(module_.servers(), module_.path());
     }
-    ~LoadedModule() { serverList().remove(module_.path()); }
-    LoadedModule(const LoadedModule &) = delete;
-    LoadedModule &operator=(const LoadedModule &) = delete;
+    ~ListedModule() { serverList().remove(module_.path()); }
+    ListedModule(const ListedModule &) = delete;
+    ListedModule &operator=(const ListedModule &) = delete;
 
     const std::string &path() const { return module_.path(); }
 
