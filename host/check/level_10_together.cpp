@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::size_t kScript = 2500; // bytes
 constexpr int kTurnsOfOne = 3, kTurnsOfAll = 24;
-constexpr int kRenders = 3; // of each picture, to see whether it is steady
+constexpr int kRenders = 3;              // of each picture, to see whether it is steady
+constexpr double kOneThreadSeconds = 50; // more than enough for a walk, and less than a check may take
 
 // What a walk with one thread gave, in the process that it was walked in; an empty text for what need not be the same.
 class Keeping : public WalkRecord {
@@ -49,7 +50,7 @@ template <class Work>
 std::vector<std::string> elsewhere(Work work) {
     PassedOn passed;
     Child other(
-        blackboard(), [&] { work(passed); }, kOtherProcessSeconds);
+        blackboard(), [&] { work(passed); }, kOneThreadSeconds);
     const ChildEnd end = waitFor(other);
     if (end.outcome == Outcome::fail || end.outcome == Outcome::crash) work(passed);
     if (end.outcome != Outcome::pass && end.outcome != Outcome::warn)
