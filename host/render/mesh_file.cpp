@@ -12,8 +12,10 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <memory>
+#include <string>
 
 namespace velm {
 namespace {
@@ -45,6 +47,22 @@ std::vector<unsigned> uvChannelsOf(const aiMesh &mesh) {
         if (mesh.HasTextureCoords(channel)) channels.push_back(channel);
     }
     return channels;
+}
+
+// PLY files begin with lines of text up to "end_header"; the importer looks for it for ever where it is not there.
+void requireWholeHeader(const std::string &file) {
+    std::ifstream lines(file, std::ios::binary);
+    std::string line;
+    const auto nextLine = [&] {
+        const bool found = static_cast<bool>(std::getline(lines, line));
+        if (found && line.ends_with('\r')) line.pop_back();
+        return found;
+    };
+    if (!nextLine() || line != "ply") return;
+    while (nextLine())
+        if (line == "end_header") return;
+    throw InputError({.file = file},
+                     "cannot read the mesh: its header does not end; a line \"end_header\" is expected");
 }
 
 // Takes the polygons of a read file over, one mesh of it after the other.
@@ -155,6 +173,7 @@ Mesh readMesh(const std::string &file, const Transform &transform) {
     if (!std::filesystem::exists(file)) throw InputError({.file = file}, "there is no such mesh file");
     if (const auto reason = whyNoRegularFile(file))
         throw InputError({.file = file}, "cannot read the mesh: " + *reason);
+    requireWholeHeader(file);
     Assimp::Importer importer;
     importer.SetIOHandler(std::make_unique<RegularFiles>().release()); // which the importer owns
     const aiScene *scene = importer.ReadFile(file, 0);

@@ -17,8 +17,7 @@ namespace {
 const HostNodeInputFuncs *inputs;
 const HostNodeOutputFuncs *outputs;
 
-// ---- Faults
-// -----------------------------------------------------------------------------------------------------------
+// ---- Faults ----
 
 int deeper(volatile int *from) {
     volatile int room[1000];
@@ -114,8 +113,7 @@ void fallOnTheSecondThread(int thread, const char *place) {
     if (thread == 1) faultAt(place);
 }
 
-// ---- Nodes
-// ------------------------------------------------------------------------------------------------------------
+// ---- Nodes ----
 
 struct Instance {
     HostInput *in;
@@ -177,8 +175,7 @@ void evaluateTail(void *instance, ShadingSample *sample, HostOutput *output, Hos
     finish(instance, sample, output, value);
 }
 
-// ---- Activation
-// -------------------------------------------------------------------------------------------------------
+// ---- Activation ----
 
 int activateWith(int version, HostLookup *lookup, void *local, decltype(&evaluate) evaluation) {
     if (version != kNodeHandlerVersion) return kActivateBadVersion;

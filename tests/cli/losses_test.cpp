@@ -33,8 +33,7 @@ std::vector<std::string> renderWords(const Workplace &place, const std::string &
     return {"render", scene, "-o", place.picture(), "--module", VELM_FAULTY_MODULE, "--threads", "2", "--quiet"};
 }
 
-// ---- Full disks
-// -------------------------------------------------------------------------------------------------------
+// ---- Full disks ----
 
 // The system refuses what goes beyond, as a full disk does. What is told on standard error stays below.
 void keepFilesSmall() {
@@ -95,8 +94,7 @@ TEST(FullDisk, OfStandardOutputIsAnError) {
     EXPECT_EQ(outcome.err, "velm: the results could not be written to standard output\n");
 }
 
-// ---- Processes that are ended
-// -----------------------------------------------------------------------------------------
+// ---- Processes that are ended ----
 
 void waitFor(const std::function<bool()> &condition) {
     constexpr int kMostWaits = 60000;
@@ -197,14 +195,14 @@ TEST(Leftover, OfAKilledProcessDisturbsNobody) {
     EXPECT_EQ(place.files(), (Files{"old.png", "old.png.aB3xYz", "scene.json"}));
 }
 
-// ---- Unreadable meshes
-// ------------------------------------------------------------------------------------------------
+// ---- Unreadable meshes ----
 
 struct MeshCase {
     const char *name;
     std::function<void(const std::string &file)> make;
     const char *message; // a part of it, behind the file's name
 };
+void PrintTo(const MeshCase &mesh, std::ostream *out) { *out << mesh.name; }
 class UnreadableMesh : public testing::TestWithParam<MeshCase> {};
 
 void writeText(const std::string &file, const std::string &text) { std::ofstream(file) << text; }

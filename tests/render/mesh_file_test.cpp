@@ -148,6 +148,23 @@ TEST_F(MeshFileTest, ErrorsNameTheFile) {
     }
 }
 
+// Whatever comes after them, as a file that was cut off may have it.
+TEST_F(MeshFileTest, HeadersHaveToEnd) {
+    const std::string header = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+                               "property float z\nelement face 1\nproperty list uchar int vertex_indices\n";
+    const std::string triangle = "0 0 0\n0 1 0\n1 0 0\n3 0 1 2\n";
+    for (const std::string &rest : {std::string(), std::string("end_head"), triangle}) {
+        writeText(directory / "cut.ply", header + rest);
+        try {
+            readMesh(directory / "cut.ply", Transform());
+            ADD_FAILURE() << rest;
+        } catch (const InputError &error) {
+            EXPECT_NE(std::string(error.what()).find("\"end_header\" is expected"), std::string::npos) << error.what();
+        }
+    }
+    EXPECT_EQ(read("whole.ply", header + "end_header\n" + triangle).triangles.size(), 1u);
+}
+
 // A pipe would keep the program waiting, whether it is the mesh or a file that the mesh names.
 TEST_F(MeshFileTest, OnlyRegularFilesAreRead) {
     const std::string pipe = directory / "pipe.obj";
