@@ -20,6 +20,7 @@ from mutants import mutants_of
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 WORK = os.path.join(ROOT, "build-mutate")
 TREE, BUILD, RESULT = (os.path.join(WORK, name) for name in ("tree", "build", "result.json"))
+PAGE = os.path.join(ROOT, "docs", "mutation.md")
 EQUIVALENT = os.path.join(ROOT, "tools", "equivalent_mutants.txt")
 
 # The programs that test the module without a host around it, each as ninja knows it.
@@ -275,14 +276,15 @@ def main():
     parser.add_argument("--count", type=int, default=400, help="how many mutants, over all files (default: 400)")
     parser.add_argument("--seed", type=int, default=1, help="another number draws other mutants")
     parser.add_argument("--jobs", type=int, default=1, help="how many compilers at once")
-    parser.add_argument("--report", action="store_true", help="only print the last result")
+    parser.add_argument("--report", action="store_true", help="only print the last result, or docs/mutation.md where there is none yet")
     parser.add_argument("--again", action="store_true", help="try the survivors of the last run once more")
     options = parser.parse_args()
     for file in options.files:
         if not os.path.isfile(os.path.join(ROOT, file)):
             parser.error(f"there is no file {file}")
     if options.report:
-        report()
+        # Where nothing has been run yet, the result that was kept with the sources.
+        report() if os.path.exists(RESULT) else print(read(PAGE), end="")
     elif options.again:
         again(options)
     else:
