@@ -21,7 +21,6 @@ static constexpr const char *glossyModes[] = {"Backdrop Only", "Ray Tracing + Ba
 
 // The services of a unit, as its own pointers have them.
 struct GlossyServices {
-    const NodeServices &services;
     const HostImageList *const &imglist;
     const HostNodeUtilityFuncs *const &nodeutilf;
     const HostBackdropInfo *const &bkdropinfo; // null, as the next, in the modelling application
@@ -108,10 +107,11 @@ inline void lookUpRay(const GlossyServices &g, int mode, HostImage *image, doubl
 // Averages the rays that `bend` makes of the view direction and each jittered normal, and tints the result.
 template <class Bend>
 void gatherGlossy(const GlossyServices &g, const GlossyLook &look, const GlossySettings &settings,
-                  const GlossyHandles &handles, unsigned int traceKind, ShadingSample *sample, Bend bend,
+                  const GlossyHandles &handles, unsigned int traceKind, const Inputs &inputs, Bend bend,
                   double result[3]) {
+    const ShadingSample *sample = inputs.sample();
     double normal[3], view[3];
-    Inputs(g.services, sample).read(sample->shadingNormal, handles.normalInput, normal);
+    inputs.read(sample->shadingNormal, handles.normalInput, normal);
     normalise(normal);
     for (int i = 0; i < 3; ++i) view[i] = sample->position[i] - sample->raySource[i];
     normalise(view);

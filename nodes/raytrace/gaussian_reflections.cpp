@@ -84,7 +84,7 @@ constexpr velm::NodeUnit unit = velm::glossyUnit<imagePopup>({
 });
 #undef AT
 
-constexpr velm::GlossyServices glossy = {services, imglist, nodeutilf, bkdropinfo, timeinfo};
+constexpr velm::GlossyServices glossy = {imglist, nodeutilf, bkdropinfo, timeinfo};
 
 } // namespace
 
@@ -100,7 +100,7 @@ static void GaussianReflections_Evaluate(void *instance, ShadingSample *sample, 
         const auto bend = [sample](const double view[3], const double normal[3]) {
             return velm::mirrored(view, normal, sample->refractionIndex);
         };
-        velm::gatherGlossy(glossy, self.look, settings, self.handles, kTraceReflection, sample, bend, result);
+        velm::gatherGlossy(glossy, self.look, settings, self.handles, kTraceReflection, inputs, bend, result);
     }
     services.nodeOutputFunc->setValue(value, result);
 }

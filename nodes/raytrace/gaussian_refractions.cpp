@@ -91,7 +91,7 @@ constexpr velm::NodeUnit unit = velm::glossyUnit<imagePopup>({
 });
 #undef AT
 
-constexpr velm::GlossyServices glossy = {services, imglist, nodeutilf, bkdropinfo, timeinfo};
+constexpr velm::GlossyServices glossy = {imglist, nodeutilf, bkdropinfo, timeinfo};
 
 // Where a view direction goes at a normal, from a medium of index `from` into one of index `into`: Snell's law in
 // vector form, as in Andrew Glassner (ed.), "An Introduction to Ray Tracing", 1989, for a normal on either side.
@@ -125,7 +125,7 @@ static void GaussianRefractions_Evaluate(void *instance, ShadingSample *sample, 
     const auto bend = [sample, index](const double view[3], const double normal[3]) {
         return refracted(view, normal, sample->refractionIndex, index);
     };
-    velm::gatherGlossy(glossy, self.look, settings, self.handles, kTraceRefraction, sample, bend, result);
+    velm::gatherGlossy(glossy, self.look, settings, self.handles, kTraceRefraction, inputs, bend, result);
     services.nodeOutputFunc->setValue(value, result);
 }
 
