@@ -130,16 +130,30 @@ class FrameRender {
         ~CancelScope() { next.store(count); }
     };
 
+    // Tells the sink of tiles soon after they are done, but sleeps in between: being woken for every tile would cost
+    // more than many a tile, and render threads a core.
     void watch(int threads, ProgressSink *sink) {
+        constexpr std::chrono::milliseconds kRest{50};
+        const auto allFinished = [this, threads] { return finishedThreads_ == threads; };
         std::unique_lock lock(mutex_);
-        for (int told = 0; finishedThreads_ < threads || told < done_;) {
-            changed_.wait(lock, [&] { return done_ > told || finishedThreads_ == threads; });
-            if (done_ == told) continue;
+        for (int told = 0; sink != nullptr;) {
+            tileAwaited_ = true;
+            changed_.wait(lock, [&] { return done_ > told || allFinished(); });
+            if (done_ == told) return;
             told = done_;
             lock.unlock();
-            if (sink != nullptr && !sink->progress(told, tileCount())) next_.store(tileCount());
+            if (!sink->progress(told, tileCount())) next_.store(tileCount());
             lock.lock();
+            changed_.wait_for(lock, kRest, allFinished);
         }
+        changed_.wait(lock, allFinished);
+    }
+
+    void endTile() {
+        ++done_;
+        if (!tileAwaited_.exchange(false)) return;
+        const std::lock_guard lock(mutex_); // not between the waiting thread's look at done_ and its sleep
+        changed_.notify_one();
     }
 
     // Catches nothing: what a node throws is to end the program while the stack still tells whose evaluation it was.
@@ -153,9 +167,7 @@ class FrameRender {
         state = initialState(threadIndex);
         for (int tile = next_++; tile < tileCount(); tile = next_++) {
             renderTile(state, slot, tile);
-            const std::lock_guard lock(mutex_);
-            ++done_;
-            changed_.notify_one();
+            endTile();
         }
         const std::lock_guard lock(mutex_);
         rays_ += state.counts;
@@ -240,10 +252,12 @@ class FrameRender {
     const bool allOpaque_;
     const int columns_, rows_;
     std::atomic<int> next_ = 0; // tile to be begun
+    std::atomic<int> done_ = 0; // tiles
+    std::atomic<bool> tileAwaited_ = false;
 
     std::mutex mutex_; // for what follows
     std::condition_variable changed_;
-    int done_ = 0, finishedThreads_ = 0;
+    int finishedThreads_ = 0;
     RayCounts rays_;
     std::uint64_t samples_ = 0;
 };
