@@ -15,9 +15,9 @@ struct ReceivedLight {
 ReceivedLight receiveLight(RayState &state, const SurfaceValues &values, const Vec3 &place, const Vec3 &view) {
     const Vec3 normal(values.normal);
     const bool shines = values.specular > 0;
-    const double exponent = std::exp2(10 * values.glossiness + 2);
     ReceivedLight received;
     if (!(values.diffuse > 0) && !shines) return received;
+    const double exponent = shines ? std::exp2(10 * values.glossiness + 2) : 0;
     for (const Light &light : state.world->lights) {
         gatherLight(state, light, place, &normal, light.sampleCount(), [&](const Vec3 &toLight, const Vec3 &colour) {
             received.diffuse += dot(normal, toLight) * colour;
