@@ -40,23 +40,12 @@ double cosineNearZero(double square) {
 
 constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
 
-bool allNear(const double *angles, int count) {
-    bool near = true;
-    for (int i = 0; i < count; ++i) near &= std::fabs(angles[i]) < kFarthest;
-    return near;
-}
-
-} // namespace
-
-void sinesAndCosines(const double *angles, int count, double *sines, double *cosines) {
-    if (!allNear(angles, count)) {
-        for (int i = 0; i < count; ++i) {
-            sines[i] = std::sin(angles[i]);
-            cosines[i] = std::cos(angles[i]);
-        }
-        return;
-    }
+// False where an angle is not near. Compiled twice: what is done to each angle is the same, only how many are taken in
+// a step is not.
+[[gnu::always_inline]] inline bool computeNear(const double *angles, int count, double *sines, double *cosines) {
+    std::uint64_t far = 0;
     for (int i = 0; i < count; ++i) {
+        far |= std::fabs(angles[i]) < kFarthest ? 0 : 1;
         const double shifted = angles[i] * kQuarterTurns + kRounder;
         const double quarters = shifted - kRounder;
         const auto bits = std::bit_cast<std::uint64_t>(shifted);
@@ -69,6 +58,34 @@ void sinesAndCosines(const double *angles, int count, double *sines, double *cos
         const std::uint64_t mixed = (sine ^ cosine) & swap;
         sines[i] = std::bit_cast<double>(sine ^ mixed ^ ((bits << 62) & kSign));
         cosines[i] = std::bit_cast<double>(cosine ^ mixed ^ (((bits + 1) << 62) & kSign));
+    }
+    return far == 0;
+}
+
+} // namespace
+
+bool nearSinesAndCosinesNarrow(const double *angles, int count, double *sines, double *cosines) {
+    return computeNear(angles, count, sines, cosines);
+}
+
+#if defined(__x86_64__) || defined(__i386__)
+[[gnu::target("avx2")]] bool nearSinesAndCosinesWide(const double *angles, int count, double *sines, double *cosines) {
+    return computeNear(angles, count, sines, cosines);
+}
+bool hasWideVectors() { return __builtin_cpu_supports("avx2") != 0; }
+#else
+bool nearSinesAndCosinesWide(const double *angles, int count, double *sines, double *cosines) {
+    return computeNear(angles, count, sines, cosines);
+}
+bool hasWideVectors() { return false; }
+#endif
+
+void sinesAndCosines(const double *angles, int count, double *sines, double *cosines) {
+    const auto compute = hasWideVectors() ? nearSinesAndCosinesWide : nearSinesAndCosinesNarrow;
+    if (compute(angles, count, sines, cosines)) return;
+    for (int i = 0; i < count; ++i) {
+        sines[i] = std::sin(angles[i]);
+        cosines[i] = std::cos(angles[i]);
     }
 }
 

@@ -9,4 +9,10 @@ namespace velm {
 // for all of them.
 void sinesAndCosines(const double *angles, int count, double *sines, double *cosines);
 
+// The same, bit for bit, by the instructions that every processor has, and by those that only some have. False, and
+// what is written means nothing, where the maths library would be asked. Exposed for tests.
+bool nearSinesAndCosinesNarrow(const double *angles, int count, double *sines, double *cosines);
+bool nearSinesAndCosinesWide(const double *angles, int count, double *sines, double *cosines); // if hasWideVectors()
+bool hasWideVectors();
+
 } // namespace velm

@@ -84,6 +84,34 @@ TEST(SinesAndCosines, OfWhatIsNoAngleAreNoNumbersAndLeaveTheOthersAlone) {
     }
 }
 
+// A picture must not depend on which of a farm's machines rendered it.
+TEST(SinesAndCosines, AreTheSameWithAllProcessorsInstructionsAndWithThoseOfSome) {
+    if (!hasWideVectors()) GTEST_SKIP() << "this processor has one kind";
+    std::mt19937_64 random(2);
+    std::uniform_real_distribution<double> angle(-1.59e6, 1.59e6), aTurn(-7, 7);
+    for (int count = 0; count < 300; ++count) {
+        const auto size = static_cast<size_t>(count);
+        std::vector<double> angles(size), sines(size), cosines(size), wideSines(size), wideCosines(size);
+        for (size_t i = 0; i < size; ++i) angles[i] = i % 2 == 0 ? aTurn(random) : angle(random);
+        EXPECT_TRUE(nearSinesAndCosinesNarrow(angles.data(), count, sines.data(), cosines.data()));
+        EXPECT_TRUE(nearSinesAndCosinesWide(angles.data(), count, wideSines.data(), wideCosines.data()));
+        EXPECT_EQ(sines, wideSines);
+        EXPECT_EQ(cosines, wideCosines);
+    }
+}
+
+TEST(SinesAndCosines, OneAngleTooFarIsSeenWhereverItStands) {
+    for (const double far : {1.6e6, -1e300, std::numeric_limits<double>::quiet_NaN()}) {
+        for (size_t place = 0; place < 11; ++place) {
+            std::vector<double> angles(11, 1.5), sines(11), cosines(11);
+            angles[place] = far;
+            EXPECT_FALSE(nearSinesAndCosinesNarrow(angles.data(), 11, sines.data(), cosines.data())) << place;
+            if (!hasWideVectors()) continue;
+            EXPECT_FALSE(nearSinesAndCosinesWide(angles.data(), 11, sines.data(), cosines.data())) << place;
+        }
+    }
+}
+
 TEST(SinesAndCosines, OfNoAnglesWriteNothing) {
     double sine = 7, cosine = 8;
     sinesAndCosines(nullptr, 0, &sine, &cosine);
