@@ -8,6 +8,8 @@
 #include "module/panel.h"
 #include "module/rows.h"
 
+#include <limits>
+
 VELM_DECLARE_TAGS(TakeSamples);
 VELM_DECLARE_NODE(TakeSamples);
 VELM_DECLARE_PANEL(TakeSamples);
@@ -111,18 +113,17 @@ constexpr velm::NodeUnit unit = {
 };
 #undef AT
 
-// A channel's settings for one sample.
+// A channel's settings for one sample. Limits that do not clamp are infinite.
 struct ChannelRule {
     double shift, low, high;
-    bool clampLow, clampHigh;
 };
 
 ChannelRule resolve(const Channel &channel, const ChannelInputs &handles, const velm::Inputs &inputs) {
-    return {.shift = inputs.read(channel.shift, handles.shift),
-            .low = inputs.read(channel.low, handles.low),
-            .high = inputs.read(channel.high, handles.high),
-            .clampLow = channel.clampLow != 0,
-            .clampHigh = channel.clampHigh != 0};
+    constexpr double kNoLimit = std::numeric_limits<double>::infinity();
+    const double shift = inputs.read(channel.shift, handles.shift);
+    const double low = inputs.read(channel.low, handles.low);
+    const double high = inputs.read(channel.high, handles.high);
+    return {.shift = shift, .low = channel.clampLow ? low : -kNoLimit, .high = channel.clampHigh ? high : kNoLimit};
 }
 
 struct Colour {
@@ -138,8 +139,8 @@ Colour TakeSamples_sampleHandler(const TakeSamples &self, const velm::Inputs &in
     for (int i = 0; i < 3; ++i) {
         const ChannelRule &rule = rules[i];
         double value = rule.shift + colour.c[i];
-        if (rule.clampLow && value < rule.low) value = rule.low;
-        if (rule.clampHigh && value > rule.high) value = rule.high;
+        value = value < rule.low ? rule.low : value;
+        value = value > rule.high ? rule.high : value;
         colour.c[i] = value;
     }
     return colour;
