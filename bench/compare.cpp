@@ -36,7 +36,7 @@ bool Row::held() const {
     case Goal::ratioAtMost: return ratio <= target;
     case Goal::differenceAtMost: break;
     }
-    return ours - reference <= target;
+    return difference <= target;
 }
 
 double median(std::vector<double> values) {
@@ -51,18 +51,22 @@ void Table::compare(Row row, int rounds, const std::function<double()> &ours,
         ours();
         reference();
     }
-    std::vector<double> all, others, ratios;
+    std::vector<double> all, others, ratios, differences;
     for (int round = 0; round < rounds; ++round) {
         all.push_back(ours());
         others.push_back(reference());
         ratios.push_back(all.back() / others.back());
+        differences.push_back(all.back() - others.back());
     }
     row.ours = median(all);
     row.reference = median(others);
     row.ratio = median(ratios);
+    row.difference = median(differences);
+    const bool differs = row.goal == Goal::differenceAtMost;
+    const std::string outcome = differs ? (row.difference < 0 ? "" : "+") + number(row.difference) : number(row.ratio);
     if (rows_.empty()) std::printf(kLine, "what", "against", "ours", "reference", "unit", "ratio", "target", "held");
     std::printf(kLine, row.what.c_str(), row.against.c_str(), number(row.ours).c_str(), number(row.reference).c_str(),
-                row.unit.c_str(), number(row.ratio).c_str(), (textOf(row.goal).sign + number(row.target)).c_str(),
+                row.unit.c_str(), outcome.c_str(), (textOf(row.goal).sign + number(row.target)).c_str(),
                 row.held() ? "yes" : "NO");
     std::fflush(stdout);
     rows_.push_back(std::move(row));
@@ -79,6 +83,7 @@ void Table::writeJson(const std::string &file) const {
                         {"ours", row.ours},
                         {"reference", row.reference},
                         {"ratio", row.ratio},
+                        {"difference", row.difference},
                         {"held", row.held()}});
     std::ofstream stream(file);
     stream << list.dump(2) << '\n';

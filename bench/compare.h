@@ -1,5 +1,6 @@
 // The frame of the benches: two things are measured in turn, ours and a reference, several times; what counts is the
-// ratio of each pair, so that whatever else the machine does falls on both. A bench is a table of such rows.
+// ratio or the difference of each pair, so that whatever else the machine does falls on both. A bench is a table of
+// such rows.
 #pragma once
 
 #include <algorithm>
@@ -22,7 +23,7 @@ struct Row {
     std::string unit; // of ours and of the reference
     Goal goal;
     double target;
-    double ours = 0, reference = 0, ratio = 0; // medians over the rounds
+    double ours = 0, reference = 0, ratio = 0, difference = 0; // medians over the rounds
 
     bool held() const;
 };
@@ -36,7 +37,8 @@ class Table {
     // functions give one figure in the row's unit each.
     void compare(Row row, int rounds, const std::function<double()> &ours, const std::function<double()> &reference);
 
-    // A list of objects: what, against, unit, goal, target, ours, reference, ratio, held. Throws std::runtime_error.
+    // A list of objects: what, against, unit, goal, target, ours, reference, ratio, difference, held. Throws
+    // std::runtime_error.
     void writeJson(const std::string &file) const;
 
   private:
