@@ -1,6 +1,8 @@
 // What goes wrong in the stand-alone host, by who has to act on it. The command line turns each into its exit status.
 #pragma once
 
+#include "host/one_line.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -16,12 +18,13 @@ struct Place {
 };
 
 // The input is wrong: a scene, a module, an image, a name in them. The message says what was found and what was
-// expected, and starts with the place where that is known. Exit status 1.
+// expected, and starts with the place where that is known; it is one line, whatever is in the names that it tells. Exit
+// status 1.
 class InputError : public std::runtime_error {
   public:
-    explicit InputError(const std::string &message) : std::runtime_error(message) {}
+    explicit InputError(const std::string &message) : std::runtime_error(onOneLine(message)) {}
     InputError(const Place &place, const std::string &message)
-        : std::runtime_error(place.file.empty() ? message : place.text() + ": " + message) {}
+        : std::runtime_error(onOneLine(place.file.empty() ? message : place.text() + ": " + message)) {}
 };
 
 // The machine failed: disk full, no memory, a file that cannot be written. Exit status 3.

@@ -10,7 +10,7 @@ std::string Warning::text() const {
     std::string whole;
     for (const std::string &part : {place.text(), path, message})
         if (!part.empty()) whole += (whole.empty() ? "" : ": ") + part;
-    return whole;
+    return onOneLine(whole);
 }
 
 std::string pathTo(const std::string &parent, std::string_view name) {
@@ -39,7 +39,7 @@ std::string Warnings::summary() const {
     if (things.empty()) return {};
     std::string list;
     for (const std::string &thing : things) list += (list.empty() ? "" : "; ") + thing;
-    return std::to_string(things.size()) + (things.size() == 1 ? " warning: " : " warnings: ") + list;
+    return std::to_string(things.size()) + (things.size() == 1 ? " warning: " : " warnings: ") + onOneLine(list);
 }
 
 } // namespace velm

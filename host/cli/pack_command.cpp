@@ -3,6 +3,7 @@
 #include "host/cli/listed_module.h"
 #include "host/cli/run.h"
 #include "host/graph/names.h"
+#include "host/one_line.h"
 #include "host/scene/object_surfaces.h"
 #include "host/scene/read_scene.h"
 #include "host/scene/write_surfaces.h"
@@ -33,7 +34,7 @@ std::string countText(std::size_t count, const char *what) {
 
 void tell(const PackedSurface &surface, std::ostream &out) {
     const char *change = surface.isNew ? ", a new surface" : surface.isUnchanged ? ", as it was" : "";
-    out << fmt::format("{}: {}, {}{}\n", surface.name, countText(surface.nodes, "node"),
+    out << fmt::format("{}: {}, {}{}\n", onOneLine(surface.name), countText(surface.nodes, "node"),
                        countText(surface.bytes, "byte"), change);
 }
 

@@ -1,6 +1,7 @@
 #include "host/cli/progress.h"
 
 #include "host/cli/interrupt.h"
+#include "host/one_line.h"
 
 #include <algorithm>
 #include <cmath>
@@ -69,13 +70,13 @@ void ProgressReport::note(const std::string &line) {
         stream_ << kClearLine;
         shown_ = -1;
     }
-    stream_ << line << '\n' << std::flush;
+    stream_ << onOneLine(line) << '\n' << std::flush;
 }
 
 void ProgressReport::end(const std::string &message) {
     if (style_ == ProgressStyle::none) return;
     if (style_ == ProgressStyle::bar) stream_ << kClearLine;
-    stream_ << message << '\n' << std::flush;
+    stream_ << onOneLine(message) << '\n' << std::flush;
     shown_ = -1;
 }
 

@@ -3,6 +3,7 @@
 #include "host/cli/commands.h"
 #include "host/cli/progress.h"
 #include "host/error.h"
+#include "host/one_line.h"
 #include "host/render/scene_services.h"
 
 #include <functional>
@@ -25,7 +26,7 @@ int dispatch(const Options &options, std::ostream &out, std::ostream &err) {
 }
 
 int fail(std::ostream &err, const std::string &message, int status) {
-    err << "velm: " << message << '\n';
+    err << "velm: " << onOneLine(message) << '\n';
     return status;
 }
 

@@ -69,6 +69,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     bool number_unsigned(number_unsigned_t value) override { return number(static_cast<double>(value)); }
     bool number_float(number_float_t value, const string_t &) override { return number(value); }
     bool string(string_t &text) override {
+        refuseNull(text);
         place(JsonValue::Kind::text).text = std::move(text);
         return true;
     }
@@ -79,6 +80,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     bool end_array() override { return close(); }
 
     bool key(string_t &key) override {
+        refuseNull(key);
         JsonValue &object = *open_.back();
         for (const JsonMember &member : object.members)
             if (member.key == key) fail(fmt::format("\"{}\" stands here twice; first on line {}", key, member.line));
@@ -92,6 +94,11 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
 
   private:
     [[noreturn]] void fail(const std::string &message) const { throw InputError({file_, line_}, message); }
+
+    // Modules and the system take a text to end there.
+    void refuseNull(const std::string &text) const {
+        if (text.find('\0') != std::string::npos) fail("a text cannot hold the character \\u0000");
+    }
 
     JsonValue &place(JsonValue::Kind kind) {
         JsonValue *value = &root_;
