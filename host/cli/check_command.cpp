@@ -2,6 +2,7 @@
 #include "host/check/report.h"
 #include "host/cli/commands.h"
 #include "host/cli/run.h"
+#include "host/error.h"
 #include "host/state/files.h"
 
 #include <ostream>
@@ -24,11 +25,16 @@ int report(const std::vector<CheckResult> &results, const CheckOptions &options,
 int runCheck(const Options &options, const CheckCommandOptions &check, std::ostream &out) {
     CheckOptions run = check.run;
     run.module = options.module;
+    if (const auto reason = whyUnreadable(run.module))
+        throw InputError({.file = run.module}, "cannot read the module: " + *reason);
     if (check.reproduce) return report({reproduceCheck(run)}, run, out);
+    for (const std::string &file : {check.json, check.junit})
+        if (!file.empty()) tryToWrite(file); // hours may pass until there is something to write
     const std::vector<CheckResult> results = runChecks(run, [](const CheckResult &) {});
+    const int status = report(results, run, out); // first, so that they are told whatever becomes of the files
     writeReport(check.json, resultsAsJson(results, run));
     writeReport(check.junit, resultsAsJunit(results, run));
-    return report(results, run, out);
+    return status;
 }
 
 } // namespace velm

@@ -3,48 +3,30 @@
 #include "host/cli/run.h"
 #include "host/error.h"
 #include "host/image/picture.h"
+#include "host/state/files.h"
 
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fmt/format.h>
-#include <unistd.h>
 
 namespace velm {
 
-namespace {
-
-namespace fs = std::filesystem;
-
-[[noreturn]] void failToWrite(const std::string &what, const std::string &reason) {
-    throw MachineError(fmt::format("cannot write {}: {}", what, reason));
-}
-
-// Root may write where nobody else may, and full disks show only when used: so a file is really made.
-void tryDirectory(const fs::path &directory) {
-    std::string probe = (directory / ".velm-XXXXXX").string();
-    const int descriptor = mkstemp(probe.data());
-    if (descriptor < 0) failToWrite("in " + directory.string(), std::strerror(errno));
-    close(descriptor);
-    unlink(probe.c_str());
-}
-
-} // namespace
-
-void prepareOutput(const std::string &file) {
+void checkOutputName(const std::string &file) {
     try {
         checkPictureEnding(file);
     } catch (const InputError &error) {
         throw UsageError(error.what());
     }
+    if (const auto reason = whyIrreplaceable(file))
+        throw UsageError(fmt::format("cannot write \"{}\": {}", file, *reason));
+}
+
+void prepareOutput(const std::string &file) {
+    checkOutputName(file);
     std::error_code error;
-    if (fs::is_directory(file, error)) throw UsageError(fmt::format("\"{}\" is a directory", file));
-    fs::path directory = fs::path(file).parent_path();
-    if (directory.empty()) directory = ".";
-    fs::create_directories(directory, error);
-    if (error) failToWrite(file, error.message());
-    tryDirectory(directory);
+    const std::filesystem::path directory = std::filesystem::path(file).parent_path();
+    if (!directory.empty()) std::filesystem::create_directories(directory, error);
+    if (error) throw MachineError(fmt::format("cannot write \"{}\": {}", file, error.message()));
+    tryToWrite(file);
 }
 
 } // namespace velm

@@ -5,9 +5,12 @@
 
 namespace velm {
 
-// Creates the directories that a picture's file needs and tries that a file can be made there. UsageError for an
-// ending that names no picture format and for a name that is a directory's; MachineError, with the system's reason,
-// when nothing can be written there. Leaves no file behind.
+// UsageError for an ending that names no picture format, and for a name under which something stands that is no file,
+// such as a directory or a device.
+void checkOutputName(const std::string &file);
+
+// The same; creates the directories that a picture's file needs, and tries that the file can be made. MachineError,
+// with the system's reason, when it cannot. Leaves no file behind.
 void prepareOutput(const std::string &file);
 
 } // namespace velm

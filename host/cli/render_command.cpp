@@ -63,6 +63,13 @@ RenderPlan makePlan(const SceneDescription &scene, const RenderOptions &options)
             .names = FrameNames(options.output.empty() ? scene.name + ".png" : options.output, several)};
 }
 
+// Names of frames differ in the number alone, so that the first or the last is the longest: where these two can be
+// written, those between can, unless something else stands there.
+void prepareOutputs(const RenderPlan &plan) {
+    for (const int frame : {plan.frames.front(), plan.frames.back()}) prepareOutput(plan.names(frame));
+    for (const int frame : plan.frames) checkOutputName(plan.names(frame));
+}
+
 // Surfaces between init and cleanup.
 class Rendering {
   public:
@@ -136,7 +143,7 @@ int runRender(const Options &options, const RenderOptions &render, std::ostream 
     SceneDescription scene = readScene(render.scene, makeSearchPath(render.data, std::getenv("VELM_DATA")));
     overrule(scene.render, render);
     const RenderPlan plan = makePlan(scene, render);
-    for (const int frame : plan.frames) prepareOutput(plan.names(frame));
+    prepareOutputs(plan);
 
     Telling telling(render, err);
     const ListedModule module(options.module);

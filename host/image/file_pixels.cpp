@@ -65,7 +65,7 @@ int FilePixels::find(const std::string &name) const {
 }
 
 FilePixels readFilePixels(const std::string &file) {
-    if (const auto reason = whyNoRegularFile(file)) failToRead(file, *reason);
+    if (const auto reason = whyUnreadable(file)) failToRead(file, *reason);
     try {
         OIIO::ImageSpec wishes;
         wishes.attribute("oiio:UnassociatedAlpha", 1);

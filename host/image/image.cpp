@@ -189,7 +189,7 @@ std::unique_ptr<HostImage> readOpened(OIIO::ImageInput &input, const std::string
 } // namespace
 
 std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name) {
-    if (const auto reason = whyNoRegularFile(file)) failToRead(file, *reason);
+    if (const auto reason = whyUnreadable(file)) failToRead(file, *reason);
     try {
         OIIO::ImageSpec wishes;
         wishes.attribute("oiio:UnassociatedAlpha", 1);

@@ -11,7 +11,6 @@
 #include <assimp/scene.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <memory>
@@ -23,9 +22,9 @@ namespace {
 // For the further files that a mesh file names, such as those of its materials: they may be anything, too.
 class RegularFiles final : public Assimp::DefaultIOSystem {
   public:
-    bool Exists(const char *file) const override { return !whyNoRegularFile(file); } // theirs opens the file
+    bool Exists(const char *file) const override { return !whyUnreadable(file); } // theirs opens the file
     Assimp::IOStream *Open(const char *file, const char *mode) override {
-        return whyNoRegularFile(file) ? nullptr : DefaultIOSystem::Open(file, mode);
+        return whyUnreadable(file) ? nullptr : DefaultIOSystem::Open(file, mode);
     }
 };
 
@@ -170,9 +169,7 @@ class FileMesh {
 } // namespace
 
 Mesh readMesh(const std::string &file, const Transform &transform) {
-    if (!std::filesystem::exists(file)) throw InputError({.file = file}, "there is no such mesh file");
-    if (const auto reason = whyNoRegularFile(file))
-        throw InputError({.file = file}, "cannot read the mesh: " + *reason);
+    if (const auto reason = whyUnreadable(file)) throw InputError({.file = file}, "cannot read the mesh: " + *reason);
     requireWholeHeader(file);
     Assimp::Importer importer;
     importer.SetIOHandler(std::make_unique<RegularFiles>().release()); // which the importer owns

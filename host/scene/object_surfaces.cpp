@@ -48,9 +48,11 @@ std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPat
         if (!found) found = findFile(last, directory, path);
         if (found)
             description.file = *found;
+        else if (image.file == last)
+            description.notFound = whyNotFound(last, directory, path);
         else
-            description.notFound = fmt::format("there is no file {}, nor {} in {}", velm::quoted(image.file),
-                                               velm::quoted(last), fmt::join(path.directories, ", "));
+            description.notFound = fmt::format("there is no file {}; and {}", velm::quoted(image.file),
+                                               whyNotFound(last, directory, path));
     }
     return result;
 }

@@ -10,12 +10,6 @@ namespace velm {
 
 namespace {
 
-std::string notFoundMessage(const ReadContext &context, const std::string &name) {
-    std::vector<std::string> looked{context.directory.empty() ? "." : context.directory};
-    looked.insert(looked.end(), context.path.directories.begin(), context.path.directories.end());
-    return fmt::format("there is no file \"{}\"; looked in {}", name, fmt::join(looked, ", "));
-}
-
 constexpr int kLargestSide = 32768, kMostSamples = 4096, kDeepestRecursion = 256, kLastFrameNumber = 999999;
 
 // ---- Render settings ----
@@ -254,7 +248,7 @@ void readImageFile(const ReadContext &context, const JsonMember &found, ImageDes
     if (auto file = findFile(image.file, context.directory, context.path))
         image.file = *file;
     else
-        image.notFound = notFoundMessage(context, image.file);
+        image.notFound = whyNotFound(image.file, context.directory, context.path);
 }
 
 constexpr Field<ImageDescription> kImageFields[] = {
@@ -355,7 +349,7 @@ const Table<SceneDescription> &sceneTable() {
 std::string resolveFile(const ReadContext &context, const JsonValue &value) {
     const std::string name = readText(context, "file", value, textForm());
     if (auto file = findFile(name, context.directory, context.path)) return *file;
-    context.fail(value.line, notFoundMessage(context, name));
+    context.fail(value.line, whyNotFound(name, context.directory, context.path));
 }
 
 } // namespace velm

@@ -1,7 +1,14 @@
 #include "host/scene/search_path.h"
 
+#include "host/graph/names.h"
+#include "host/state/files.h"
+
+#include <cerrno>
 #include <filesystem>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <string_view>
+#include <sys/stat.h>
 
 namespace velm {
 
@@ -16,6 +23,21 @@ constexpr const char *kSystemDirectories[] = {"/usr/share/glmark2/models",
 bool isFile(const fs::path &path) {
     std::error_code error;
     return fs::is_regular_file(path, error);
+}
+
+// Whether there is nothing at all, as far as can be seen.
+bool isAbsent(const std::string &path) {
+    struct stat found {};
+    return ::stat(path.c_str(), &found) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
+// The places in which a name is looked for, in order.
+std::vector<std::string> candidates(const std::string &name, const std::string &sceneDirectory,
+                                    const SearchPath &path) {
+    if (fs::path(name).is_absolute()) return {name};
+    std::vector<std::string> all{(fs::path(sceneDirectory) / name).string()};
+    for (const std::string &directory : path.directories) all.push_back((fs::path(directory) / name).string());
+    return all;
 }
 
 } // namespace
@@ -37,11 +59,21 @@ SearchPath makeSearchPath(const std::vector<std::string> &named, const char *env
 
 std::optional<std::string> findFile(const std::string &name, const std::string &sceneDirectory,
                                     const SearchPath &path) {
-    if (fs::path(name).is_absolute()) return isFile(name) ? std::optional(name) : std::nullopt;
-    if (const fs::path beside = fs::path(sceneDirectory) / name; isFile(beside)) return beside.string();
-    for (const std::string &directory : path.directories)
-        if (const fs::path candidate = fs::path(directory) / name; isFile(candidate)) return candidate.string();
+    for (const std::string &candidate : candidates(name, sceneDirectory, path))
+        if (isFile(candidate)) return candidate;
     return std::nullopt;
+}
+
+std::string whyNotFound(const std::string &name, const std::string &sceneDirectory, const SearchPath &path) {
+    for (const std::string &candidate : candidates(name, sceneDirectory, path)) {
+        if (isAbsent(candidate)) continue;
+        if (const auto reason = whyUnreadable(candidate))
+            return fmt::format("cannot read {}: {}", velm::quoted(candidate), *reason);
+    }
+    if (fs::path(name).is_absolute()) return fmt::format("there is no file {}", velm::quoted(name));
+    return fmt::format("there is no file {}; looked in {}{}{}", velm::quoted(name),
+                       sceneDirectory.empty() ? "." : sceneDirectory, path.directories.empty() ? "" : ", ",
+                       fmt::join(path.directories, ", "));
 }
 
 } // namespace velm

@@ -20,4 +20,7 @@ SearchPath makeSearchPath(const std::vector<std::string> &named, const char *env
 // is looked for beside the scene and then along the path. Nothing when there is no such regular file.
 std::optional<std::string> findFile(const std::string &name, const std::string &sceneDirectory, const SearchPath &path);
 
+// Why that is nothing, for people: what stands there instead, such as a directory, or the places that were looked in.
+std::string whyNotFound(const std::string &name, const std::string &sceneDirectory, const SearchPath &path);
+
 } // namespace velm

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -16,7 +17,30 @@ namespace velm {
 
 namespace {
 
-constexpr const char *kNotRegular = "it is not a regular file";
+// What is neither read nor written as a whole; null for a regular file.
+const char *otherKind(const struct stat &found) {
+    switch (found.st_mode & S_IFMT) {
+    case S_IFREG: return nullptr;
+    case S_IFDIR: return "it is a directory";
+    case S_IFIFO: return "it is a pipe";
+    case S_IFSOCK: return "it is a socket";
+    default: return "it is a device";
+    }
+}
+
+// The file that a link leads to, perhaps one that is yet to be made: the link itself stays what it is.
+std::string behindLinks(const std::string &path) {
+    constexpr int kMostLinks = 40; // no more are followed by the system
+    std::filesystem::path end = path;
+    std::error_code error;
+    for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(end, error); ++links)
+        end = end.parent_path() / std::filesystem::read_symlink(end, error);
+    return end.string();
+}
+
+[[noreturn]] void failToWrite(const std::string &path, const std::string &why) {
+    throw MachineError("cannot write \"" + path + "\": " + why);
+}
 
 // A file descriptor that closes itself.
 class Descriptor {
@@ -84,11 +108,20 @@ mode_t modeFor(const std::string &path) {
 
 } // namespace
 
-std::optional<std::string> whyNoRegularFile(const std::string &path) {
+std::optional<std::string> whyUnreadable(const std::string &path) {
     struct stat found {};
     if (::stat(path.c_str(), &found) != 0) return std::strerror(errno);
-    if (!S_ISREG(found.st_mode)) return kNotRegular;
+    if (const char *kind = otherKind(found)) return kind;
+    if (::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) return std::strerror(errno);
     return std::nullopt;
+}
+
+std::optional<std::string> whyIrreplaceable(const std::string &path) {
+    struct stat found {};
+    if (::stat(path.c_str(), &found) != 0)
+        return errno == ELOOP ? std::optional<std::string>(std::strerror(errno)) : std::nullopt;
+    const char *kind = otherKind(found);
+    return kind ? std::optional<std::string>(kind) : std::nullopt;
 }
 
 std::string readFile(const std::string &path) {
@@ -98,7 +131,7 @@ std::string readFile(const std::string &path) {
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat opened {};
     if (file.number() < 0 || ::fstat(file.number(), &opened) != 0) throw fail();
-    if (!S_ISREG(opened.st_mode)) throw refusal(kNotRegular);
+    if (const char *kind = otherKind(opened)) throw refusal(kind);
     std::string bytes;
     std::vector<char> part(1 << 16);
     for (;;) {
@@ -110,13 +143,21 @@ std::string readFile(const std::string &path) {
     }
 }
 
+void tryToWrite(const std::string &path) {
+    if (const auto reason = whyIrreplaceable(path)) failToWrite(path, *reason);
+    // Root may write where nobody else may, and full disks show only when used: so a file is really made.
+    if (Beside(behindLinks(path)).file().number() < 0) failToWrite(path, std::strerror(errno));
+}
+
 void writeFileAtomically(const std::string &path, std::string_view bytes) {
-    const mode_t mode = modeFor(path);
-    Beside beside(path);
+    if (const auto reason = whyIrreplaceable(path)) failToWrite(path, *reason);
+    const std::string place = behindLinks(path);
+    const mode_t mode = modeFor(place);
+    Beside beside(place);
     const bool written = beside.file().number() >= 0 && writeAll(beside.file().number(), bytes) &&
                          ::fchmod(beside.file().number(), mode) == 0 && ::fsync(beside.file().number()) == 0 &&
-                         beside.file().close() && beside.rename(path);
-    if (!written) throw MachineError("cannot write \"" + path + "\": " + std::strerror(errno));
+                         beside.file().close() && beside.rename(place);
+    if (!written) failToWrite(path, std::strerror(errno));
 }
 
 } // namespace velm

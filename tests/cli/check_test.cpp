@@ -26,10 +26,20 @@ TEST(CheckCommand, TellsOfTheModuleBesideOrTheOneNamed) {
 }
 
 TEST(CheckCommand, AFailureIsStatusOne) {
-    const Outcome outcome = velm({"check", "/nowhere/at/all.p", "--filter", "file.loads"}, false);
+    const Outcome outcome = velm({"check", __FILE__, "--filter", "file.loads"}, false);
     EXPECT_EQ(outcome.status, kExitInput);
-    EXPECT_NE(outcome.out.find("there is no such file"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("it is not a shared object"), std::string::npos) << outcome.out;
     EXPECT_NE(outcome.out.find("--filter 'file.loads' --reproduce"), std::string::npos) << outcome.out;
+}
+
+TEST(CheckCommand, WhatCannotBeReadIsNotChecked) {
+    for (const auto &[file, why] : {std::pair("/nowhere/at/all.p", "No such file or directory"),
+                                    std::pair("/dev/zero", "it is a device"), std::pair("/", "it is a directory")}) {
+        const Outcome outcome = velm({"check", file, "--filter", "file.loads"}, false);
+        EXPECT_EQ(outcome.status, kExitInput);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.err, std::string("velm: ") + file + ": cannot read the module: " + why + '\n');
+    }
 }
 
 TEST(CheckCommand, ReportsGoToFiles) {
@@ -43,9 +53,13 @@ TEST(CheckCommand, ReportsGoToFiles) {
     EXPECT_NE(contentOf(name + ".xml").find("<testsuite name=\"identity.table\""), std::string::npos);
     std::filesystem::remove(name + ".json");
     std::filesystem::remove(name + ".xml");
-    EXPECT_EQ(
-        velm({"check", VELM_MODULE_FILE, "--filter", "identity.table", "--json", "/nowhere/x.json"}, false).status,
-        kExitMachine);
+    for (const char *option : {"--json", "--junit"}) { // told before the checks are run
+        const Outcome wrong =
+            velm({"check", VELM_MODULE_FILE, "--filter", "identity.table", option, "/nowhere/x"}, false);
+        EXPECT_EQ(wrong.status, kExitMachine);
+        EXPECT_EQ(wrong.out, "");
+        EXPECT_EQ(wrong.err, "velm: cannot write \"/nowhere/x\": No such file or directory\n");
+    }
 }
 
 TEST(CheckCommand, WhatSelectsNothingIsWrong) {

@@ -235,14 +235,14 @@ INSTANTIATE_TEST_SUITE_P(
     All, UnreadableMesh,
     testing::Values(
         MeshCase{"Missing", [](const std::string &) {}, "there is no file"},
-        MeshCase{"Directory", [](const std::string &file) { mkdir(file.c_str(), 0755); }, "there is no file"},
-        MeshCase{"Pipe", [](const std::string &file) { mkfifo(file.c_str(), 0644); }, "there is no file"},
+        MeshCase{"Directory", [](const std::string &file) { mkdir(file.c_str(), 0755); }, "it is a directory"},
+        MeshCase{"Pipe", [](const std::string &file) { mkfifo(file.c_str(), 0644); }, "it is a pipe"},
         MeshCase{"Unpermitted",
                  [](const std::string &file) {
                      writeText(file, kHeader);
                      chmod(file.c_str(), 0);
                  },
-                 "ermi"},
+                 "cannot read the mesh: Permission denied"},
         MeshCase{"Empty", [](const std::string &file) { writeText(file, ""); }, "cannot read the mesh"},
         MeshCase{"CutOffInTheHeader", [](const std::string &file) { writeText(file, kHeader); },
                  "cannot read the mesh"},

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace velm {
 namespace {
@@ -239,8 +240,31 @@ INSTANTIATE_TEST_SUITE_P(
               "--region: the region ends at 9,6, outside the picture of 8x6"},
         Wrong{"UnknownEnding", kGlowingWall, {"-o", "picture.bmp7"}, kExitUsage, "bmp7"},
         Wrong{"OutputIsADirectory", kGlowingWall, {"-o", "/tmp"}, kExitUsage, "/tmp"},
+        Wrong{"NameTooLong", // told before anything is rendered
+              kGlowingWall,
+              {"-o", "/tmp/" + std::string(250, 'x') + ".png"},
+              kExitMachine,
+              ".png\": File name too long"},
+        Wrong{"NameOfTheLastFrameTooLong",
+              kGlowingWall,
+              {"-o", "/tmp/" + std::string(243, 'x') + "#.png", "--frames", "9-10"},
+              kExitMachine,
+              "10.png\": File name too long"},
         Wrong{"NoDirectoryPossible", kGlowingWall, {"-o", "/dev/null/a.png"}, kExitMachine, "/dev/null/a.png"}),
     [](const auto &row) { return row.param.name; });
+
+// What stands there stays, and is told before anything is rendered.
+TEST(Render, ReplacesNothingThatIsNoFile) {
+    const TemporaryDirectory directory;
+    const std::string scene = directory.write("wall.json", kGrowingWall);
+    ASSERT_EQ(mkfifo(directory.file("a_0001.png").c_str(), 0600), 0);
+    const test::Outcome outcome = test::velm({"render", scene, "-o", directory.file("a.png")});
+    EXPECT_EQ(outcome.status, kExitUsage);
+    EXPECT_EQ(outcome.err,
+              "velm: cannot write \"" + directory.file("a_0001.png") + "\": it is a pipe (see velm --help)\n");
+    EXPECT_EQ(filesIn(directory.path()), (std::vector<std::string>{"a_0001.png", "wall.json"}));
+    EXPECT_TRUE(fs::is_fifo(directory.file("a_0001.png")));
+}
 
 TEST(Render, ASceneThatIsNotThereIsWrongInput) {
     const test::Outcome outcome = test::velm({"render", "/nowhere/scene.json"});

@@ -128,8 +128,8 @@ TEST(ReadImage, OnlyRegularFilesAreRead) {
     const TemporaryDirectory directory;
     const std::string pipe = directory / "a.png";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    for (const std::string &file : {pipe, std::string("/dev/zero")}) {
-        const std::string expected = file + ": cannot read the image: it is not a regular file";
+    for (const auto &[file, kind] : {std::pair(pipe, "pipe"), std::pair(std::string("/dev/zero"), "device")}) {
+        const std::string expected = file + ": cannot read the image: it is a " + kind;
         const auto expectRefusal = [&](auto read) {
             try {
                 read();

@@ -173,7 +173,7 @@ TEST_F(MeshFileTest, OnlyRegularFilesAreRead) {
         readMesh(pipe, Transform());
         ADD_FAILURE();
     } catch (const InputError &error) {
-        EXPECT_EQ(error.what(), pipe + ": cannot read the mesh: it is not a regular file");
+        EXPECT_EQ(error.what(), pipe + ": cannot read the mesh: it is a pipe");
     }
     const std::string materials = "mtllib pipe.obj\n";
     EXPECT_EQ(read("a.obj", materials + kUpObj).triangles.size(), 1u);

@@ -36,6 +36,11 @@ TEST_P(BadScenes, AreRefusedWithTheirPlace) {
 const BadScene kBadScenes[] = {
     {"NotAnObject", "[]", "1: a scene must be an object in braces; found a list of 0 values"},
     {"NoCameras", "\n{}", "2: a scene needs \"cameras\""},
+    {"NullCharacter", withCamera("\"surfaces\": {\"a\\u0000b\": {}}"), "2: a text cannot hold the character \\u0000"},
+    {"NullCharacterInAValue", light("\"kind\": \"a\\u0000\""), "2: a text cannot hold the character \\u0000"},
+    {"ControlCharacters", withCamera("\"a\\nb\\u001b[31m\": {}"),
+     "2: a scene has no key \"a\\nb\\x1b[31m\", there are \"$schema\", \"render\", \"cameras\", \"lights\", "
+     "\"backdrop\", \"images\", \"objects\" and \"surfaces\""},
     {"EmptyCameras", "{\n\"cameras\": {}}", "2: a scene needs at least one camera"},
     {"UnknownKey", withCamera("\"light\": {}"), "2: a scene has no key \"light\", did you mean \"lights\"?"},
     {"RepeatedKey", withCamera("\"cameras\": {}"), "2: \"cameras\" stands here twice; first on line 1"},
@@ -95,6 +100,10 @@ const BadScene kBadScenes[] = {
      "3: there is no surface \"Cley\", did you mean \"Clay\"?"},
     {"MeshNotThere", object("\"mesh\": {\"file\": \"bunny.obj\"}, \"surface\": \"Clay\""),
      "2: there is no file \"bunny.obj\"; looked in ."},
+    {"MeshNotThereAtAll", object("\"mesh\": {\"file\": \"/nowhere/bunny.obj\"}, \"surface\": \"Clay\""),
+     "2: there is no file \"/nowhere/bunny.obj\""},
+    {"MeshADevice", object("\"mesh\": {\"file\": \"/dev/zero\"}, \"surface\": \"Clay\""),
+     "2: cannot read \"/dev/zero\": it is a device"},
     {"FlatScale", object("\"box\": {}, \"surface\": \"Clay\", \"scale\": [1, 0, 1]"),
      "2: \"scale\" must be a number or a list of three, none of them 0; found a list of 3 values"},
     {"FlatBox", object("\"box\": {\"size\": [1, 0, 1]}, \"surface\": \"Clay\""),

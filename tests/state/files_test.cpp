@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -134,21 +135,93 @@ TEST_F(Files, TellsWhatCannotBeRead) {
 TEST_F(Files, OnlyRegularFilesAreRead) {
     const std::string pipe = (directory_ / "pipe").string();
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    for (const std::string &path : {std::string("/dev/zero"), pipe, directory_.string()}) {
-        EXPECT_EQ(whyNoRegularFile(path), "it is not a regular file") << path;
+    const std::pair<std::string, std::string> others[] = {
+        {"/dev/zero", "it is a device"}, {pipe, "it is a pipe"}, {directory_.string(), "it is a directory"}};
+    for (const auto &[path, kind] : others) {
+        EXPECT_EQ(whyUnreadable(path), kind) << path;
         try {
             readFile(path);
             ADD_FAILURE() << path << " was read";
         } catch (const InputError &error) {
-            EXPECT_EQ(std::string(error.what()), "cannot read \"" + path + "\": it is not a regular file");
+            EXPECT_EQ(std::string(error.what()), "cannot read \"" + path + "\": " + kind);
         }
     }
-    EXPECT_EQ(whyNoRegularFile((directory_ / "missing").string()), "No such file or directory");
+    EXPECT_EQ(whyUnreadable((directory_ / "missing").string()), "No such file or directory");
     const std::filesystem::path file = directory_ / "file", link = directory_ / "link";
     writeFileAtomically(file.string(), "bytes");
     std::filesystem::create_symlink(file, link);
-    EXPECT_EQ(whyNoRegularFile(link.string()), std::nullopt);
+    EXPECT_EQ(whyUnreadable(link.string()), std::nullopt);
     EXPECT_EQ(readFile(link.string()), "bytes");
+}
+
+TEST_F(Files, WhatMayNotBeReadIsTold) {
+    if (::geteuid() == 0) GTEST_SKIP() << "root may read every file";
+    const std::filesystem::path file = directory_ / "file";
+    writeFileAtomically(file.string(), "bytes");
+    std::filesystem::permissions(file, std::filesystem::perms::none);
+    EXPECT_EQ(whyUnreadable(file.string()), "Permission denied");
+}
+
+std::string refusalToWrite(const std::string &path, const std::function<void(const std::string &)> &write) {
+    try {
+        write(path);
+    } catch (const MachineError &error) {
+        return error.what();
+    }
+    return {};
+}
+
+// Nothing here is written to a device: as root, a fault in what is tested would take it from the whole machine.
+TEST_F(Files, OnlyFilesAreReplaced) {
+    const std::string pipe = (directory_ / "pipe").string(), link = (directory_ / "link").string();
+    const std::string circle = (directory_ / "circle").string();
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::filesystem::create_symlink("pipe", link);
+    std::filesystem::create_symlink("circle", circle);
+    const std::pair<std::string, std::string> others[] = {{pipe, "it is a pipe"},
+                                                          {link, "it is a pipe"},
+                                                          {directory_.string(), "it is a directory"},
+                                                          {circle, "Too many levels of symbolic links"}};
+    for (const auto &[path, kind] : others) {
+        EXPECT_EQ(whyIrreplaceable(path), kind);
+        const std::string expected = "cannot write \"" + path + "\": " + kind;
+        EXPECT_EQ(refusalToWrite(path, tryToWrite), expected);
+        EXPECT_EQ(refusalToWrite(path, [](const std::string &file) { writeFileAtomically(file, "bytes"); }), expected);
+    }
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_TRUE(std::filesystem::is_symlink(circle));
+    EXPECT_EQ(entries(), 3U);
+    EXPECT_EQ(whyIrreplaceable("/dev/null"), "it is a device");
+    EXPECT_EQ(whyIrreplaceable((directory_ / "missing").string()), std::nullopt);
+}
+
+TEST_F(Files, LinksStayAndWhatTheyLeadToIsReplaced) {
+    std::filesystem::create_directory(directory_ / "store");
+    const std::filesystem::path first = directory_ / "first", second = directory_ / "second";
+    std::filesystem::create_symlink("second", first);
+    std::filesystem::create_symlink("store/file", second); // not there yet
+    for (const char *bytes : {"new", "newer"}) {
+        writeFileAtomically(first.string(), bytes);
+        EXPECT_EQ(readFile((directory_ / "store" / "file").string()), bytes);
+        EXPECT_TRUE(std::filesystem::is_symlink(first) && std::filesystem::is_symlink(second));
+    }
+    EXPECT_EQ(entries(), 3U);
+}
+
+TEST_F(Files, WritingCanBeTriedBefore) {
+    const std::string path = (directory_ / "file").string();
+    tryToWrite(path);
+    EXPECT_EQ(entries(), 0U);
+    writeFileAtomically(path, "bytes");
+    tryToWrite(path);
+    EXPECT_EQ(readFile(path), "bytes");
+    EXPECT_EQ(entries(), 1U);
+    // Short enough for the system, but not with what is written beside it.
+    const std::string tooLong = (directory_ / std::string(250, 'x')).string();
+    EXPECT_EQ(refusalToWrite(tooLong, tryToWrite), "cannot write \"" + tooLong + "\": File name too long");
+    const std::string nowhere = (directory_ / "missing" / "file").string();
+    EXPECT_EQ(refusalToWrite(nowhere, tryToWrite), "cannot write \"" + nowhere + "\": No such file or directory");
 }
 
 } // namespace

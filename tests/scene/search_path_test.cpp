@@ -1,0 +1,42 @@
+// Where files are looked for, and what is said when they are not found.
+#include "host/scene/search_path.h"
+
+#include "tests/scene/scene_text.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace velm {
+namespace {
+
+using test::TemporaryDirectory;
+
+TEST(SearchPath, PassesOverWhatIsNoFile) {
+    const TemporaryDirectory directory;
+    const std::string found = directory.write("data/wall.obj", "");
+    std::filesystem::create_directories(directory.path() / "scene" / "wall.obj");
+    EXPECT_EQ(findFile("wall.obj", directory.file("scene"), {.directories = {directory.file("data")}}), found);
+}
+
+TEST(SearchPath, SaysWhatStandsThereInstead) {
+    const TemporaryDirectory directory;
+    const std::string scene = directory.file("scene"), data = directory.file("data");
+    std::filesystem::create_directories(directory.path() / "scene");
+    std::filesystem::create_directories(directory.path() / "data" / "wall.obj");
+    const SearchPath path{.directories = {data}};
+    EXPECT_EQ(whyNotFound("wall.obj", scene, path), "cannot read \"" + data + "/wall.obj\": it is a directory");
+    ASSERT_EQ(mkfifo(directory.file("scene/wall.obj").c_str(), 0600), 0);
+    EXPECT_EQ(whyNotFound("wall.obj", scene, path), "cannot read \"" + scene + "/wall.obj\": it is a pipe");
+}
+
+TEST(SearchPath, SaysWhereItLooked) {
+    EXPECT_EQ(whyNotFound("a.obj", "", {}), "there is no file \"a.obj\"; looked in .");
+    EXPECT_EQ(whyNotFound("a.obj", "/nowhere", {.directories = {"/neither", "/nor"}}),
+              "there is no file \"a.obj\"; looked in /nowhere, /neither, /nor");
+    EXPECT_EQ(whyNotFound("/nowhere/a.obj", "scene", {.directories = {"/neither"}}),
+              "there is no file \"/nowhere/a.obj\"");
+}
+
+} // namespace
+} // namespace velm
