@@ -11,9 +11,11 @@
 #include <assimp/scene.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
 #include <limits>
 #include <memory>
+#include <sstream>
 #include <string>
 
 namespace velm {
@@ -48,20 +50,49 @@ std::vector<unsigned> uvChannelsOf(const aiMesh &mesh) {
     return channels;
 }
 
-// PLY files begin with lines of text up to "end_header"; the importer looks for it for ever where it is not there.
-void requireWholeHeader(const std::string &file) {
-    std::ifstream lines(file, std::ios::binary);
-    std::string line;
-    const auto nextLine = [&] {
-        const bool found = static_cast<bool>(std::getline(lines, line));
-        if (found && line.ends_with('\r')) line.pop_back();
-        return found;
+// A text file line by line, however its lines end.
+class Lines {
+  public:
+    explicit Lines(const std::string &file) : stream_(file, std::ios::binary) {}
+
+    // The next line, or false at the end.
+    bool next(std::string &line) {
+        if (!std::getline(stream_, line)) return false;
+        if (line.ends_with('\r')) line.pop_back();
+        return true;
+    }
+
+  private:
+    std::ifstream stream_;
+};
+
+// PLY files begin with lines of text up to "end_header"; the importer looks for it for ever where it is not there. In
+// the text form, a line for each vertex and polygon follows; for lines that are missing the importer takes the last one
+// again.
+void requireWholePly(const std::string &file) {
+    const auto fail = [&file](const std::string &why) {
+        throw InputError({.file = file}, "cannot read the mesh: " + why);
     };
-    if (!nextLine() || line != "ply") return;
-    while (nextLine())
-        if (line == "end_header") return;
-    throw InputError({.file = file},
-                     "cannot read the mesh: its header does not end; a line \"end_header\" is expected");
+    Lines lines(file);
+    std::string line;
+    if (!lines.next(line) || (line != "ply" && line != "PLY")) return;
+    bool isText = false;
+    std::uint64_t expected = 0, found = 0;
+    do {
+        if (!lines.next(line)) fail("its header does not end; a line \"end_header\" is expected");
+        std::istringstream words(line); // such as "format ascii 1.0" and "element vertex 3"
+        std::string keyword, name;
+        std::uint64_t count = 0;
+        words >> keyword >> name >> count;
+        if (keyword == "format") isText = name == "ascii";
+        if (keyword == "element") expected += count;
+    } while (line != "end_header");
+    if (!isText) return;
+    while (found < expected && lines.next(line))
+        if (line.find_first_not_of(" \t") != std::string::npos) ++found;
+    if (found < expected)
+        fail("it ends too early: of " + std::to_string(expected) + " lines behind its header, " +
+             std::to_string(found) + " are there");
 }
 
 // Takes the polygons of a read file over, one mesh of it after the other.
@@ -170,12 +201,14 @@ class FileMesh {
 
 Mesh readMesh(const std::string &file, const Transform &transform) {
     if (const auto reason = whyUnreadable(file)) throw InputError({.file = file}, "cannot read the mesh: " + *reason);
-    requireWholeHeader(file);
+    requireWholePly(file);
     Assimp::Importer importer;
     importer.SetIOHandler(std::make_unique<RegularFiles>().release()); // which the importer owns
     const aiScene *scene = importer.ReadFile(file, 0);
     if (scene == nullptr) {
-        throw InputError({.file = file}, std::string("cannot read the mesh: ") + importer.GetErrorString());
+        const std::string why = importer.GetErrorString();
+        throw InputError({.file = file}, "cannot read the mesh: " +
+                                             (why == "std::bad_alloc" ? "there is not enough memory for it" : why));
     }
     if (scene->mRootNode == nullptr || scene->mNumMeshes == 0) {
         throw InputError({.file = file}, "the mesh has no polygons");

@@ -165,6 +165,30 @@ TEST_F(MeshFileTest, HeadersHaveToEnd) {
     EXPECT_EQ(read("whole.ply", header + "end_header\n" + triangle).triangles.size(), 1u);
 }
 
+// A file that was copied in part only.
+TEST_F(MeshFileTest, TextHasToBeWhole) {
+    const std::string header = "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
+                               "property float z\nelement face 2\nproperty list uchar int vertex_indices\nend_header\n";
+    const std::vector<std::string> lines{"0 0 0\n", "0 1 0\n", "1 0 0\n", "1 1 0\n", "3 0 1 2\n", "3 2 1 3\n"};
+    std::string text = header;
+    for (std::size_t there = 0; there < lines.size(); text += lines[there++]) {
+        try {
+            read("cut.ply", text + "\n"); // an empty line is none
+            ADD_FAILURE() << there;
+        } catch (const InputError &error) {
+            EXPECT_EQ(error.what(), (directory / "cut.ply") +
+                                        ": cannot read the mesh: it ends too early: of 6 lines behind its header, " +
+                                        std::to_string(there) + " are there");
+        }
+    }
+    EXPECT_EQ(read("whole.ply", text).triangles.size(), 2u);
+    text.pop_back(); // the last line need not end
+    EXPECT_EQ(read("whole.ply", text).triangles.size(), 2u);
+    std::string other;
+    for (const char letter : text) other += letter == '\n' ? std::string("\r\n") : std::string(1, letter);
+    EXPECT_EQ(read("other.ply", other).triangles.size(), 2u);
+}
+
 // A pipe would keep the program waiting, whether it is the mesh or a file that the mesh names.
 TEST_F(MeshFileTest, OnlyRegularFilesAreRead) {
     const std::string pipe = directory / "pipe.obj";
