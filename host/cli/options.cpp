@@ -3,8 +3,10 @@
 #include "host/check/levels.h"
 #include "host/cli/run.h"
 #include "host/graph/names.h"
+#include "host/suggest.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <filesystem>
@@ -43,6 +45,16 @@ void addParsed(CLI::App &command, const std::string &name, std::optional<T> &tar
         ->type_name(kind);
 }
 
+// The library's own range lets "nan" through, which compares with nothing.
+CLI::Validator numberFrom(double least, double most) {
+    const auto whatIsWrong = [least, most](const std::string &text) -> std::string {
+        double number = 0;
+        if (CLI::detail::lexical_cast(text, number) && number >= least && number <= most) return {};
+        return fmt::format("\"{}\" is not a number from {} to {}", text, least, most);
+    };
+    return CLI::Validator(whatIsWrong, fmt::format("FLOAT in [{} - {}]", least, most));
+}
+
 std::string defaultModule() {
     std::error_code error;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -62,7 +74,7 @@ void addGuard(CLI::App &command, GuardOptions &guard) {
         .add_option("--call-limit", guard.callLimit,
                     "Seconds after which a call of the module that has not returned, or samples of\n"
                     "which none is finished, count as hung; 0 for any time")
-        ->check(CLI::Range(0.0, kLongest))
+        ->check(numberFrom(0, kLongest))
         ->capture_default_str()
         ->type_name("SECONDS");
     command.add_flag("!--unguarded", guard.on,
@@ -117,19 +129,19 @@ void addCompare(CLI::App &command, CompareOptions &options) {
         .add_option("--tolerance", options.limits.tolerance,
                     "How far a channel of a pixel may be off, absolutely, before the pixel counts\n"
                     "as different")
-        ->check(CLI::Range(0.0, kLargest))
+        ->check(numberFrom(0, kLargest))
         ->capture_default_str()
         ->type_name("T");
     command.add_option("--mean", options.limits.mean, "The largest mean of all differences")
-        ->check(CLI::Range(0.0, kLargest))
+        ->check(numberFrom(0, kLargest))
         ->capture_default_str()
         ->type_name("M");
     command.add_option("--rms", options.limits.rms, "The largest root mean square of all differences")
-        ->check(CLI::Range(0.0, kLargest))
+        ->check(numberFrom(0, kLargest))
         ->capture_default_str()
         ->type_name("R");
     command.add_option("--share", options.limits.share, "The fraction of all pixels that may differ, 0 to 1")
-        ->check(CLI::Range(0.0, 1.0))
+        ->check(numberFrom(0, 1))
         ->capture_default_str()
         ->type_name("S");
     command.add_flag("!--no-alpha", options.limits.alpha, "Leave alpha out");
@@ -172,7 +184,7 @@ void addCheck(CLI::App &command, Options &options, CheckCommandOptions &check) {
     CLI::Option *minutes = command
                                .add_option("--minutes", check.run.minutes,
                                            "How long level 10 goes on with new seeds, from the start of all checks")
-                               ->check(CLI::Range(kLeastMinutes, kMostMinutes))
+                               ->check(numberFrom(kLeastMinutes, kMostMinutes))
                                ->type_name("N");
     command
         .add_flag("--reproduce", check.reproduce,
@@ -199,6 +211,20 @@ std::string joined(int argc, const char *const *argv) {
     std::vector<std::string> words{"velm"};
     words.insert(words.end(), argv + 1, argv + argc);
     return fmt::format("{}", fmt::join(words, " "));
+}
+
+// The library names all words that are left over, the last one first, and suggests nothing.
+[[noreturn]] void failAtLeftWords(const CLI::App &app, const CLI::ParseError &error, int status) {
+    for (std::string word : app.remaining(true)) {
+        if (!word.starts_with('-')) continue;
+        word.resize(std::min(word.find('='), word.size()));
+        std::vector<std::string> known;
+        for (const CLI::App *command : app.get_subcommands())
+            for (const CLI::Option *option : command->get_options())
+                for (const std::string &name : option->get_lnames()) known.push_back("--" + name);
+        throw UsageError(fmt::format("there is no option {}{}", word, didYouMean(word, known)), status);
+    }
+    throw UsageError(error.what(), status);
 }
 
 } // namespace
@@ -282,7 +308,9 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     } catch (const CLI::ParseError &error) {
         if (dynamic_cast<const CLI::RequiredError *>(&error) != nullptr && app.get_subcommands().empty())
             failWithoutCommand(app);
-        throw UsageError(error.what(), compareCommand->parsed() ? int{kCompareFailed} : int{kExitUsage});
+        const int status = compareCommand->parsed() ? int{kCompareFailed} : int{kExitUsage};
+        if (dynamic_cast<const CLI::ExtrasError *>(&error) != nullptr) failAtLeftWords(app, error, status);
+        throw UsageError(error.what(), status);
     }
     if (*nodesCommand) options.command = nodes;
     if (*showCommand) options.command = show;

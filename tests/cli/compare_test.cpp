@@ -67,6 +67,7 @@ TEST_F(CompareCommand, GivesThreeForWhatCannotBeCompared) {
          {compare("a.exr", "none.exr"), compare("none.exr", "a.exr"), compare("text.exr", "a.exr"),
           compare("a.exr", "a.exr", {"--tolerance", "much"}), compare("a.exr", "a.exr", {"--no"}),
           compare("a.exr", "a.exr", {"--share", "1.5"}), compare("a.exr", "a.exr", {"--rms=-1"}),
+          compare("a.exr", "a.exr", {"--tolerance", "nan"}), compare("a.exr", "a.exr", {"--mean", "nan"}),
           compare("a.exr", "a.exr", {"--differences", "d.gif"}), test::velm({"compare"}, false),
           compare("a.exr", "a.exr", {"--differences", "/dev/null/d.png"})}) {
         EXPECT_EQ(outcome.status, 3) << outcome.err;
