@@ -36,7 +36,10 @@ void printFigures(const Comparison &comparison, const CompareLimits &limits, std
 }
 
 int compareFiles(const CompareOptions &options, std::ostream &out) {
-    if (!options.differences.empty()) prepareOutput(options.differences);
+    if (!options.differences.empty()) {
+        prepareOutput(options.differences);
+        for (const std::string &input : {options.first, options.second}) refuseToReplace(options.differences, input);
+    }
     const FilePixels first = readFilePixels(options.first), second = readFilePixels(options.second);
     const Comparison comparison = compareImages(first, second, options.limits);
     if (!comparison.sameSize) {

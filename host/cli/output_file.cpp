@@ -29,4 +29,10 @@ void prepareOutput(const std::string &file) {
     tryToWrite(file);
 }
 
+void refuseToReplace(const std::string &output, const std::string &input) {
+    std::error_code error; // where one of them is not there
+    if (std::filesystem::equivalent(output, input, error))
+        throw UsageError(fmt::format("cannot write \"{}\": it is read, as \"{}\"", output, input));
+}
+
 } // namespace velm

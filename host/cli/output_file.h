@@ -13,4 +13,7 @@ void checkOutputName(const std::string &file);
 // with the system's reason, when it cannot. Leaves no file behind.
 void prepareOutput(const std::string &file);
 
+// UsageError when `input`, which is read, is the same file as `output`, by whatever name.
+void refuseToReplace(const std::string &output, const std::string &input);
+
 } // namespace velm

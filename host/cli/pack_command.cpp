@@ -1,6 +1,7 @@
 // "velm pack" and "velm unpack": networks between scene files and object files.
 #include "host/cli/commands.h"
 #include "host/cli/listed_module.h"
+#include "host/cli/output_file.h"
 #include "host/cli/run.h"
 #include "host/graph/names.h"
 #include "host/one_line.h"
@@ -51,6 +52,8 @@ void warnOfAnimated(const ObjectFile &object, Warnings &warnings) {
 } // namespace
 
 int runPack(const Options &options, const PackOptions &pack, std::ostream &out, std::ostream &err) {
+    const std::string output = pack.output.empty() ? packedName(pack.object) : pack.output;
+    refuseToReplace(output, pack.scene); // the object may be replaced: all that it has is in the new one
     Warnings warnings = warningsOn(err, pack.strict);
     SceneDescription scene = readSurfaces(pack.scene, makeSearchPath(pack.data, std::getenv("VELM_DATA")));
     // Nodes keep the names of images, which are to be found from wherever the object is.
@@ -60,13 +63,13 @@ int runPack(const Options &options, const PackOptions &pack, std::ostream &out, 
     const BuiltScene built(scene, serverList(), &warnings);
     const UsualSettings usual(serverList());
     for (const PackedSurface &surface : packSurfaces(object, scene, built, usual)) tell(surface, out);
-    const std::string output = pack.output.empty() ? packedName(pack.object) : pack.output;
     writeFileAtomically(output, object.write());
     out << output << '\n';
     return kExitDone;
 }
 
 int runUnpack(const Options &options, const UnpackOptions &unpack, std::ostream &out, std::ostream &err) {
+    refuseToReplace(unpack.output, unpack.object);
     Warnings warnings = warningsOn(err, unpack.strict);
     const ObjectFile object(readFile(unpack.object), unpack.object);
     warnOfAnimated(object, warnings);

@@ -65,9 +65,14 @@ RenderPlan makePlan(const SceneDescription &scene, const RenderOptions &options)
 
 // Names of frames differ in the number alone, so that the first or the last is the longest: where these two can be
 // written, those between can, unless something else stands there.
-void prepareOutputs(const RenderPlan &plan) {
+void prepareOutputs(const RenderPlan &plan, const SceneDescription &scene) {
     for (const int frame : {plan.frames.front(), plan.frames.back()}) prepareOutput(plan.names(frame));
-    for (const int frame : plan.frames) checkOutputName(plan.names(frame));
+    for (const int frame : plan.frames) {
+        const std::string file = plan.names(frame);
+        checkOutputName(file);
+        for (const ImageDescription &image : scene.images)
+            if (image.notFound.empty()) refuseToReplace(file, image.file);
+    }
 }
 
 // Surfaces between init and cleanup.
@@ -143,7 +148,7 @@ int runRender(const Options &options, const RenderOptions &render, std::ostream 
     SceneDescription scene = readScene(render.scene, makeSearchPath(render.data, std::getenv("VELM_DATA")));
     overrule(scene.render, render);
     const RenderPlan plan = makePlan(scene, render);
-    prepareOutputs(plan);
+    prepareOutputs(plan, scene);
 
     Telling telling(render, err);
     const ListedModule module(options.module);

@@ -26,7 +26,11 @@ TEST(CheckCommand, TellsOfTheModuleBesideOrTheOneNamed) {
 }
 
 TEST(CheckCommand, AFailureIsStatusOne) {
-    const Outcome outcome = velm({"check", __FILE__, "--filter", "file.loads"}, false);
+    const std::string name =
+        (std::filesystem::temp_directory_path() / ("velm_no_module_" + std::to_string(getpid()))).string();
+    std::ofstream(name) << "no module";
+    const Outcome outcome = velm({"check", name, "--filter", "file.loads"}, false);
+    std::filesystem::remove(name);
     EXPECT_EQ(outcome.status, kExitInput);
     EXPECT_NE(outcome.out.find("it is not a shared object"), std::string::npos) << outcome.out;
     EXPECT_NE(outcome.out.find("--filter 'file.loads' --reproduce"), std::string::npos) << outcome.out;

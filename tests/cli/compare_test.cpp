@@ -104,5 +104,16 @@ TEST_F(CompareCommand, WritesTheDifferences) {
     EXPECT_EQ(colour[1], 0);
 }
 
+TEST_F(CompareCommand, ReplacesNeitherPicture) {
+    for (const char *name : {"a.exr", "b.exr"}) {
+        const auto size = std::filesystem::file_size(file(name));
+        const test::Outcome outcome = compare("a.exr", "b.exr", {"--differences", file(name)});
+        EXPECT_EQ(outcome.status, 3);
+        EXPECT_NE(outcome.err.find("it is read"), std::string::npos) << outcome.err;
+        EXPECT_EQ(std::filesystem::file_size(file(name)), size);
+    }
+    EXPECT_EQ(compare("a.exr", "b.exr").status, 1) << "they are as they were";
+}
+
 } // namespace
 } // namespace velm

@@ -138,5 +138,20 @@ TEST_F(PackTest, WrongFilesSayWhatIsWrong) {
     EXPECT_EQ(velm({"pack", good, kCube, "-o", directory_.file("no/such/directory.lwo")}).status, kExitMachine);
 }
 
+TEST_F(PackTest, NeitherReplacesWhatItReadsByAnotherKindOfFile) {
+    const std::string object = directory_.file("cube.lwo"), scene = directory_.write("a.json", "{\"surfaces\": {}}");
+    std::filesystem::copy_file(kCube, object);
+    const std::string before = readFile(object);
+    EXPECT_EQ(velm({"unpack", object, "-o", directory_.file("./cube.lwo")}).status, kExitUsage);
+    EXPECT_EQ(readFile(object), before);
+    const test::Outcome packed = velm({"pack", scene, object, "-o", scene});
+    EXPECT_EQ(packed.status, kExitUsage);
+    EXPECT_EQ(packed.out, "");
+    EXPECT_EQ(packed.err, "velm: cannot write \"" + scene + "\": it is read, as \"" + scene + "\" (see velm --help)\n");
+    EXPECT_EQ(readFile(scene), "{\"surfaces\": {}}");
+    EXPECT_EQ(velm({"pack", scene, object, "-o", object}).status, kExitDone) << "an object may take its own place";
+    EXPECT_EQ(readFile(object), before);
+}
+
 } // namespace
 } // namespace velm

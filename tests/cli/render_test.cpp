@@ -266,6 +266,23 @@ TEST(Render, ReplacesNothingThatIsNoFile) {
     EXPECT_TRUE(fs::is_fifo(directory.file("a_0001.png")));
 }
 
+// A scene called after its image would replace it by its picture, which is called after the scene.
+TEST(Render, ReplacesNoImageThatItReads) {
+    const TemporaryDirectory directory;
+    std::string text = kGlowingWall;
+    text.insert(text.find('{') + 1, R"("images": {"Sky": {"file": "wall.png"}},)");
+    const std::string scene = directory.write("wall.json", text), file = directory.write("wall.png", "the image");
+    const std::string link = directory.file("link.png");
+    fs::create_symlink("wall.png", link);
+    for (const std::string &output : {file, link, directory.file("./wall.png")}) {
+        const test::Outcome outcome = test::velm({"render", scene, "-o", output});
+        EXPECT_EQ(outcome.status, kExitUsage);
+        EXPECT_EQ(outcome.err,
+                  "velm: cannot write \"" + output + "\": it is read, as \"" + file + "\" (see velm --help)\n");
+        EXPECT_EQ(fs::file_size(file), 9U);
+    }
+}
+
 TEST(Render, ASceneThatIsNotThereIsWrongInput) {
     const test::Outcome outcome = test::velm({"render", "/nowhere/scene.json"});
     EXPECT_EQ(outcome.status, kExitInput);
