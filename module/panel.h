@@ -35,15 +35,19 @@ constexpr HintRun<4> enforceHint(unsigned int id, bool low, bool high) {
     return {word(kHintEnforceLimits), word(id), word(low), word(high)};
 }
 
+// A map from the entries of a popup to whether others are enabled, 1, or not, 0. Panels look a few entries further than
+// the popup's list is long, and are to find zeros there: every map has the same room, whatever the length of its list.
+using EnableStates = int[16];
+
 // `ids` are enabled only while the value of `controlling` is non-zero or, with a map, has a 1 in it; a message is shown
-// when a disabled one is touched.
+// when a disabled one is touched. The message and the map may be null.
 template <class... Ids>
-constexpr auto enableHint(unsigned int controlling, const char *message, const int *map, Ids... ids) {
+constexpr auto enableHint(unsigned int controlling, const char *message, const EnableStates *map, Ids... ids) {
     return HintRun<6 + sizeof...(ids)>{word(kHintEnable),
                                        word(controlling),
                                        HostHint{.text = message},
                                        word(0),
-                                       HostHint{.numbers = map},
+                                       HostHint{.numbers = map ? *map : nullptr},
                                        word(ids)...,
                                        word(0)};
 }

@@ -66,7 +66,7 @@ enum ColourMode { kCustom, kBackdrop, kTrace };
 constexpr const char *modeStrings[] = {"Random", "Polar", nullptr};
 constexpr const char *colorStrings1[] = {"Custom", "Backdrop", "Trace", nullptr};
 constexpr const char *colorStrings2[] = {"Custom", "Backdrop", nullptr};
-constexpr int colorEnableStates[3] = {1, 0, 0}; // a colour is edited only where it is the custom one
+constexpr velm::EnableStates colorEnableStates = {1, 0, 0}; // a colour is edited only where it is the custom one
 constexpr double kTwentyDegrees = 0.3490658503988659, kRightAngle = 1.5707963267948966;
 constexpr const char *kRangedOnly = "This control is only enabled in ranged mode";
 
@@ -167,10 +167,10 @@ constexpr auto layout = velm::joinHints(
     velm::groupHint(kPolarGroup, kPolarSamples1, kPolarSamples2, kJitterAngle),
     velm::stackHint(kModeStack, kMode, kSamples, kPolarGroup), velm::enableHint(kRanged, nullptr, nullptr, kMax),
     velm::enableHint(kClampLow, nullptr, nullptr, kLow), velm::enableHint(kClampHigh, nullptr, nullptr, kHigh),
-    velm::enableHint(kSurfaceMode, nullptr, colorEnableStates, kSurfaceColour),
-    velm::enableHint(kBackgroundMode, nullptr, colorEnableStates, kBackgroundColour),
-    velm::enableHint(kOcclusionMode, nullptr, colorEnableStates, kOcclusionColour),
-    velm::enableHint(kLimitMode, nullptr, colorEnableStates, kLimitColour),
+    velm::enableHint(kSurfaceMode, nullptr, &colorEnableStates, kSurfaceColour),
+    velm::enableHint(kBackgroundMode, nullptr, &colorEnableStates, kBackgroundColour),
+    velm::enableHint(kOcclusionMode, nullptr, &colorEnableStates, kOcclusionColour),
+    velm::enableHint(kLimitMode, nullptr, &colorEnableStates, kLimitColour),
     velm::enableHint(kRanged, kRangedOnly, nullptr, kSurfaceMode, kSurfaceColour, kSurfaceBrightness),
     velm::listHint(kHintNarrow, kRanged, kClampLow, kClampHigh),
     velm::listHint(kHintLeftAlign, kMax, kShift, kLow, kHigh),

@@ -61,8 +61,8 @@ constexpr const char *modeStrings[kModes + 1] = {
     "A Less Than Or Equal To B",
 };
 
-// "B" matters only to the modes that compare A with it. Panels look a few entries further than the list is long.
-constexpr int valueBEnableStates[16] = {0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1};
+// "B" matters only to the modes that compare A with it.
+constexpr velm::EnableStates valueBEnableStates = {0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1};
 
 enum Control : unsigned int { kMode = velm::kFirstControl, kStart, kIncrease, kA, kB };
 
@@ -77,7 +77,7 @@ constexpr velm::Parameter parameters[] = {
 
 constexpr velm::Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(out)}};
 
-constexpr auto layout = velm::joinHints(velm::enableHint(kMode, nullptr, valueBEnableStates, kB));
+constexpr auto layout = velm::joinHints(velm::enableHint(kMode, nullptr, &valueBEnableStates, kB));
 
 constexpr velm::NodeUnit unit = {
     .name = "Counter",

@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+extern "C" {
+extern const HostModuleDescriptor _mod_descrip;
+}
+
 namespace velm {
 namespace {
 
@@ -153,6 +157,33 @@ TEST_F(PanelHints, NotificationsStandAroundRowsAndLayout) {
     EXPECT_EQ(hints[hints.size() - 2].ids, (Ids{0x8008}));
     EXPECT_EQ(hints.back().tag, kHintDestroyNotify);
     EXPECT_EQ(hints.back().arguments[1].word, 0u);
+}
+
+// The servers whose panels stand on nothing but the fake host. The Group Node wants editors, and enables nothing.
+std::vector<const char *> serversWithPanels() {
+    std::vector<const char *> names;
+    for (const HostServer *server = _mod_descrip.servers; server->className; ++server)
+        if (server->className == std::string(HOST_CLASS_NODE_INTERFACE) && server->activate &&
+            server->name != std::string("Velm Group Node"))
+            names.push_back(server->name);
+    return names;
+}
+
+TEST_F(PanelHints, MapsOfWhatIsEnabledGoOnWithZerosBeyondTheirLists) {
+    int maps = 0;
+    for (const char *server : serversWithPanels()) {
+        TestNode node(host, server);
+        for (const Hint &hint : hintsWith(kHintEnable, node.panel()->hints)) {
+            const int *map = hint.arguments[3].numbers;
+            if (!map) continue;
+            ++maps;
+            const auto controlling = static_cast<unsigned int>(hint.arguments[0].word);
+            const size_t entries = entriesOf(*node.panel(), controlling).size();
+            ASSERT_GE(entries, 1u) << server;
+            for (size_t i = entries; i < std::size(EnableStates{}); ++i) EXPECT_EQ(map[i], 0) << server << ", " << i;
+        }
+    }
+    EXPECT_EQ(maps, 6) << "Counter's, Hold Value's, and Ambient Occlusion's four";
 }
 
 TEST_F(PanelHints, ALimitBelowZeroKeepsItsSign) {
