@@ -110,11 +110,19 @@ TEST_F(Creation, CallsTheHostInOrder) {
     }
 }
 
+TEST_F(Creation, GivesTheNodeItsColourAndItsPreviewType) {
+    TestNode node(host, "Velm Counter");
+    EXPECT_EQ(node.node.colour, (std::vector<int>{164, 50, 10}));
+    EXPECT_EQ(node.node.previewType, 2);
+}
+
 TEST_F(Creation, LeavesThePreviewTypeAloneWhereTheUnitNamesNone) {
     const HostInstanceOps ops = activated(Blocks_Activate);
     const char *error = nullptr;
-    void *instance = ops.create(ops.priv, &host.addNode("node"), &error);
+    HostNode &node = host.addNode("node");
+    void *instance = ops.create(ops.priv, &node, &error);
     EXPECT_EQ(host.takeLog().front(), "setColour 4 5 6");
+    EXPECT_EQ(node.previewType, -1);
     ops.destroy(instance);
 }
 

@@ -39,13 +39,22 @@ const HostNodeFuncs kNodeFuncs = [] {
         host().note("channelGroup");
         return node->group;
     };
-    funcs.setColour = [](HostNode *, const int rgb[3]) { host().note("setColour ", rgb[0], " ", rgb[1], " ", rgb[2]); };
-    funcs.setPreviewType = [](HostNode *, int type) { host().note("setPreviewType ", type); };
+    funcs.setColour = [](HostNode *node, const int rgb[3]) {
+        host().note("setColour ", rgb[0], " ", rgb[1], " ", rgb[2]);
+        node->colour.assign(rgb, rgb + 3);
+    };
+    funcs.setPreviewType = [](HostNode *node, int type) {
+        host().note("setPreviewType ", type);
+        node->previewType = type;
+    };
     funcs.updatePreview = [](HostNode *node) { host().note("updatePreview ", node->name); };
     return funcs;
 }();
 
 const HostNodeEditorFuncs kNodeEditorFuncs{}; // looked up by every node and called by none of those tested with this
+
+// What operations give whose result says nothing: callers go by what was written for them, if anything was.
+constexpr int kNoAnswer = 0;
 
 const HostNodeInputFuncs kNodeInputFuncs = [] {
     HostNodeInputFuncs funcs{};
@@ -56,9 +65,9 @@ const HostNodeInputFuncs kNodeInputFuncs = [] {
     funcs.evaluate = [](HostInput *input, ShadingSample *sample, void *value) {
         if (host().logsEvaluation) host().note("evaluate ", input->name);
         if (input->source) input->source(sample, value);
-        return input->source ? 1 : 0;
+        return kNoAnswer;
     };
-    funcs.isConnected = [](HostInput *input) { return input->source ? 1 : 0; };
+    funcs.isConnected = [](HostInput *input) { return input->source ? 2 : 0; }; // any number but 0 says yes
     return funcs;
 }();
 
@@ -117,13 +126,13 @@ constexpr double kBeyondTheValue = 777;
 
 double getParm(HostVParm *parm, double time, ShadingSample *sample, double *value) {
     host().note("getParm ", nameOf(parm), " at ", time, sample ? " with a sample" : "");
-    if (!parm) return 0;
+    if (!parm) return kNoAnswer;
     std::fill(value, value + 3, kBeyondTheValue);
     if (parm->overTime)
         parm->overTime(time, value);
     else
         std::copy(parm->value, parm->value + components(*parm), value);
-    return value[0];
+    return kNoAnswer;
 }
 
 const HostVParmFuncs kVParmFuncs = [] {
@@ -137,7 +146,7 @@ const HostVParmFuncs kVParmFuncs = [] {
     funcs.copy = [](HostVParm *to, HostVParm *from) -> HostError {
         host().note("copyParm ", fullNameOf(to), " <- ", fullNameOf(from));
         if (to && from) std::copy(from->value, from->value + 3, to->value);
-        return nullptr;
+        return host().copiesFail ? FakeHost::kCopyError : nullptr;
     };
     funcs.load = loadParm;
     funcs.save = saveParm;
@@ -187,11 +196,17 @@ const HostPanelFuncs kPanelFuncs = [] {
         host().note("viewInstance");
         panel->viewed = instance;
     };
-    funcs.refresh = [](HostPanel *) { host().note("refresh"); };
+    funcs.refresh = [](HostPanel *panel) {
+        host().note("refresh");
+        ++panel->refreshes;
+    };
     return funcs;
 }();
 
-void instanceUpdate(const char *className, void *) { host().note("instanceUpdate ", className); }
+void instanceUpdate(const char *className, void *instance) {
+    host().note("instanceUpdate ", className);
+    host().updated.push_back(instance);
+}
 
 const HostBackdropInfo kBackdropInfo = [] {
     HostBackdropInfo info{};

@@ -21,6 +21,8 @@ struct HostChannelGroup {
 struct HostNode {
     std::string name;
     HostChannelGroup *group;
+    std::vector<int> colour = {}; // red, green, blue, once it is set
+    int previewType = -1;         // as long as none is set
 };
 
 struct HostInput {
@@ -62,6 +64,7 @@ struct HostPanel {
     HostPanelSetter *set = nullptr;
     const HostHint *hints = nullptr;
     void *viewed = nullptr;
+    int refreshes = 0;
     std::map<unsigned int, void *> data = {};
 };
 
@@ -94,8 +97,10 @@ class FakeHost {
     std::set<int> failingParms; // creations of parameters that give null, counted from 0
     int failingSave = -1;       // the save of a parameter that gives kSaveError, counted from 0
     int failingLoad = -1;
+    bool copiesFail = false; // every copy of a parameter is made all the same
     static constexpr char kSaveError[] = "cannot save";
     static constexpr char kLoadError[] = "cannot load";
+    static constexpr char kCopyError[] = "cannot copy";
 
     HostTimeInfo time{};
     std::function<void(double time, const double *direction, double *colour)> backdrop;
@@ -109,6 +114,7 @@ class FakeHost {
     std::deque<HostOutput> outputs;
     std::deque<HostVParm> parms;
     std::deque<HostPanel> panels;
+    std::vector<void *> updated; // the instances that the host has been told of, in order
     int parmsAsked = 0, parmsSaved = 0, parmsLoaded = 0;
 
   private:

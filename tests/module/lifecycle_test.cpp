@@ -70,6 +70,13 @@ TEST_F(Lifecycle, CopyingGivesTheUnitsOwnError) {
     EXPECT_STREQ(to.ops.copy(to.instance, from.instance), "cannot copy");
 }
 
+TEST_F(Lifecycle, CopyingHeedsNoErrorOfAParameter) {
+    TestNode from(host, "Velm Counter", "from"), to(host, "Velm Counter", "to");
+    host.copiesFail = true;
+    EXPECT_EQ(to.ops.copy(to.instance, from.instance), nullptr);
+    EXPECT_EQ(host.takeLog().size(), 4u) << "and the others are copied all the same";
+}
+
 TEST_F(Lifecycle, CopiesAParameterThatThereIsNotAsItIs) {
     TestNode from(host, "Velm Counter", "from");
     host.failingParms = {host.parmsAsked};
@@ -181,11 +188,12 @@ TEST_F(InputEvent, TellsNobodyWhileThereIsNeitherAPanelNorAService) {
 }
 
 TEST_F(InputEvent, RefreshesThePanelThatThereIsAtEveryEvent) {
-    node.panel();
+    const HostPanel *panel = node.panel();
     everythingServices.lwupdate = nullptr;
     host.takeLog();
     for (const int event : {0, 1, 2}) EXPECT_EQ(tell(event), 1);
     EXPECT_EQ(host.takeLog(), (Lines{"refresh", "refresh", "refresh"}));
+    EXPECT_EQ(panel->refreshes, 3);
 }
 
 TEST_F(InputEvent, TellsTheHostOfADestroyedSource) {
@@ -196,6 +204,7 @@ TEST_F(InputEvent, TellsTheHostOfADestroyedSource) {
     EXPECT_EQ(host.takeLog(), Lines{});
     EXPECT_EQ(tell(kInputSourceDestroyed), 1);
     EXPECT_EQ(host.takeLog(), (Lines{"instanceUpdate NodeHandler"}));
+    EXPECT_EQ(host.updated, std::vector<void *>{node.instance});
 }
 
 TEST_F(InputEvent, RefreshesBeforeItTells) {

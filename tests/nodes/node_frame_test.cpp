@@ -331,6 +331,7 @@ TEST_P(NodePanel, TellsOfChanges) {
         EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "updatePreview node"}));
         EXPECT_EQ(changed(panel, control.id, control.id, kEventSet), 0);
         EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "instanceUpdate NodeHandler"}));
+        EXPECT_EQ(host.updated.back(), node.instance);
         for (const int event : {0, 3, 4, 5}) {
             EXPECT_EQ(changed(panel, control.id, control.id, event), 0);
             EXPECT_EQ(host.takeLog(), (Lines{"getData 0"}));
