@@ -52,6 +52,9 @@ const HostServer ServerDesc[] = {
 #undef WITH_PANEL
 #undef RECORDS
 
+void *Startup();
+void Shutdown(void *word);
+
 // Gives the host the non-null word that it wants; there is nothing to start.
 void *Startup() { return reinterpret_cast<void *>(4); }
 

@@ -1,0 +1,169 @@
+// The functions that each unit shows to the rest of the module, under its own name: they are those that the host gets
+// to know through the server table and the panel. Render Cam's, which no table lists, are told of in its own test.
+#include "module/node.h"
+#include "module/panel.h"
+#include "tests/module/fake_editors.h"
+#include "tests/module/hint_list.h"
+#include "tests/module/test_node.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+#define UNITS_WITH_PANELS(UNIT)                                                                                        \
+    UNIT(AdvRayTrace, "Velm Advanced RayTrace")                                                                        \
+    UNIT(AmbientOcclusion, "Velm Ambient Occlusion")                                                                   \
+    UNIT(Counter, "Velm Counter")                                                                                      \
+    UNIT(ExpDecayColor, "Velm Exponential Decay (Color)")                                                              \
+    UNIT(ExpDecayScalar, "Velm Exponential Decay (Scalar)")                                                            \
+    UNIT(GaussianReflections, "Velm Gaussian Reflections")                                                             \
+    UNIT(GaussianRefractions, "Velm Gaussian Refractions")                                                             \
+    UNIT(GetMaterial, "Velm Get Material")                                                                             \
+    UNIT(GroupNode, "Velm Group Node")                                                                                 \
+    UNIT(HoldValue, "Velm Hold Value")                                                                                 \
+    UNIT(PixelImage, "Velm Pixel Image")                                                                               \
+    UNIT(Random, "Velm Random")                                                                                        \
+    UNIT(RayShade, "Velm RayShade")                                                                                    \
+    UNIT(Sqrt, "Velm Sqrt")                                                                                            \
+    UNIT(StoreMaterial, "Velm Store Material")                                                                         \
+    UNIT(TakeSamples, "Velm Take Samples")
+
+#define DECLARE(Name, server)                                                                                          \
+    VELM_DECLARE_TAGS(Name);                                                                                           \
+    VELM_DECLARE_NODE(Name);                                                                                           \
+    VELM_DECLARE_PANEL(Name);
+UNITS_WITH_PANELS(DECLARE)
+#undef DECLARE
+VELM_DECLARE_TAGS(RenderInfo);
+VELM_DECLARE_NODE(RenderInfo);
+
+extern const HostServer ServerDesc[];
+void *Startup();
+void Shutdown(void *word);
+
+extern "C" {
+extern const HostModuleDescriptor _mod_descrip;
+}
+
+namespace velm {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+struct Names {
+    const char *server;
+    HostActivate *activate;
+    const HostTag *tags;
+    HostVParm *(*createParm)(int type, const char *name, HostChannelGroup *group, const double *value);
+    void (*readParms)(void *instance, double time);
+    // Null where there is no panel:
+    HostActivate *interface;
+    HostPanel *(*panel)(void *instance);
+    HostPanelGetter *get;
+    HostPanelSetter *set;
+    HostPanelChange *changed;
+};
+
+#define NAMES(Name, serverName)                                                                                        \
+    {.server = serverName,                                                                                             \
+     .activate = Name##_Activate,                                                                                      \
+     .tags = Name##_ServerTags,                                                                                        \
+     .createParm = Name##_create_vpenv,                                                                                \
+     .readParms = Name##_get_vpValues,                                                                                 \
+     .interface = Name##_Interface,                                                                                    \
+     .panel = Name##_get_xPanel,                                                                                       \
+     .get = Name##_ui_get,                                                                                             \
+     .set = Name##_ui_set,                                                                                             \
+     .changed = Name##_ui_chgnotify},
+const Names kUnits[] = {UNITS_WITH_PANELS(NAMES){.server = "Velm Render Info",
+                                                 .activate = RenderInfo_Activate,
+                                                 .tags = RenderInfo_ServerTags,
+                                                 .createParm = RenderInfo_create_vpenv,
+                                                 .readParms = RenderInfo_get_vpValues,
+                                                 .interface = nullptr,
+                                                 .panel = nullptr,
+                                                 .get = nullptr,
+                                                 .set = nullptr,
+                                                 .changed = nullptr}};
+#undef NAMES
+
+// A node of each class, of a host that has all that creating one and showing its panel takes.
+class OutsideNames : public testing::TestWithParam<Names> {
+  protected:
+    FakeHost host;
+    FakeEditors editors;
+    const Names names = GetParam();
+    HostNode &node = host.addNode("node");
+    HostInstanceOps ops{};
+    HostRenderOps render{};
+    HostNodeHandler handler = {.instance = &ops,
+                               .item = nullptr,
+                               .render = &render,
+                               .evaluate = nullptr,
+                               .customPreview = nullptr,
+                               .flags = nullptr};
+    void *instance = nullptr;
+
+    void SetUp() override {
+        ASSERT_EQ(names.activate(1, FakeEditors::lookup, &handler, nullptr), 0);
+        const char *error = nullptr;
+        instance = ops.create(ops.priv, &node, &error);
+        ASSERT_NE(instance, nullptr);
+        host.takeLog();
+    }
+    void TearDown() override {
+        if (instance) ops.destroy(instance);
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Units, OutsideNames, testing::ValuesIn(kUnits), [](const auto &row) {
+    std::string name = row.param.server;
+    std::erase_if(name, [](char c) { return c == ' ' || c == '(' || c == ')'; });
+    return name;
+});
+
+TEST_P(OutsideNames, AreThoseOfTheServerTable) {
+    EXPECT_EQ(activationOf(HOST_CLASS_NODE_HANDLER, names.server), names.activate);
+    EXPECT_EQ(activationOf(HOST_CLASS_NODE_INTERFACE, names.server), names.interface);
+    for (const HostServer *server = ServerDesc; server->className; ++server)
+        if (server->name == std::string(names.server)) {
+            EXPECT_EQ(server->tags, names.tags);
+        }
+}
+
+TEST_P(OutsideNames, AreThoseOfThePanel) {
+    if (!names.interface) return;
+    HostNodeInterface record = {.instance = instance, .panel = nullptr, .options = nullptr, .command = nullptr};
+    ASSERT_EQ(names.interface(4, FakeEditors::lookup, &record, nullptr), 0);
+    ASSERT_NE(record.panel, nullptr);
+    EXPECT_EQ(names.panel(instance), record.panel);
+    EXPECT_EQ(record.panel->get, names.get);
+    EXPECT_EQ(record.panel->set, names.set);
+    EXPECT_EQ(hintsWith(kHintChangeNotify, record.panel->hints).at(0).arguments[0].change, names.changed);
+}
+
+TEST_P(OutsideNames, ReadAndCreateParametersByTheUnitsOwnServices) {
+    names.readParms(instance, 1.5);
+    const Lines read = host.takeLog();
+    Lines expected;
+    for (const HostVParm &parm : host.parms)
+        if (!parm.destroyed && parm.type != kParmPlainTriple) expected.push_back("getParm " + parm.channel + " at 1.5");
+    std::vector<std::string> sorted = read;
+    std::sort(sorted.begin(), sorted.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(sorted, expected);
+
+    if (names.server == std::string("Velm Render Info")) return; // it has not fetched the parameter services
+    HostChannelGroup group = {.name = "Group", .parent = nullptr};
+    const double value = 2.5;
+    EXPECT_NE(names.createParm(kParmFloat, "Extra", &group, &value), nullptr);
+    EXPECT_EQ(host.takeLog(), (Lines{"createParm 16 -1", "setUpParm Extra in Group", "setParm Extra 2.5"}));
+}
+
+TEST(OutsideNamesOfTheModule, AreThoseOfTheDescriptor) {
+    EXPECT_EQ(_mod_descrip.servers, ServerDesc);
+    EXPECT_EQ(_mod_descrip.startup, Startup);
+    EXPECT_EQ(_mod_descrip.shutdown, Shutdown);
+}
+
+} // namespace
+} // namespace velm
