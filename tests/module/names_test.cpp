@@ -1,8 +1,9 @@
 // The functions that each unit shows to the rest of the module, under its own name: they are those that the host gets
-// to know through the server table and the panel. Render Cam's, which no table lists, are told of in its own test.
+// to know through the server table and the panel.
 #include "module/node.h"
 #include "module/panel.h"
 #include "tests/module/fake_editors.h"
+#include "tests/module/fake_scene.h"
 #include "tests/module/hint_list.h"
 #include "tests/module/test_node.h"
 
@@ -35,6 +36,8 @@ UNITS_WITH_PANELS(DECLARE)
 #undef DECLARE
 VELM_DECLARE_TAGS(RenderInfo);
 VELM_DECLARE_NODE(RenderInfo);
+VELM_DECLARE_NODE(RenderCam); // neither a server nor tags
+VELM_DECLARE_PANEL(RenderCam);
 
 extern const HostServer ServerDesc[];
 void *Startup();
@@ -50,47 +53,42 @@ namespace {
 using Lines = std::vector<std::string>;
 
 struct Names {
-    const char *server;
+    const char *server; // null where the module's table has none, as the tags then are
     HostActivate *activate;
     const HostTag *tags;
     HostVParm *(*createParm)(int type, const char *name, HostChannelGroup *group, const double *value);
     void (*readParms)(void *instance, double time);
     // Null where there is no panel:
-    HostActivate *interface;
-    HostPanel *(*panel)(void *instance);
-    HostPanelGetter *get;
-    HostPanelSetter *set;
-    HostPanelChange *changed;
+    HostActivate *interface = nullptr;
+    HostPanel *(*panel)(void *instance) = nullptr;
+    HostPanelGetter *get = nullptr;
+    HostPanelSetter *set = nullptr;
+    HostPanelChange *changed = nullptr;
 };
 
-#define NAMES(Name, serverName)                                                                                        \
-    {.server = serverName,                                                                                             \
-     .activate = Name##_Activate,                                                                                      \
-     .tags = Name##_ServerTags,                                                                                        \
-     .createParm = Name##_create_vpenv,                                                                                \
-     .readParms = Name##_get_vpValues,                                                                                 \
-     .interface = Name##_Interface,                                                                                    \
-     .panel = Name##_get_xPanel,                                                                                       \
-     .get = Name##_ui_get,                                                                                             \
-     .set = Name##_ui_set,                                                                                             \
-     .changed = Name##_ui_chgnotify},
-const Names kUnits[] = {UNITS_WITH_PANELS(NAMES){.server = "Velm Render Info",
-                                                 .activate = RenderInfo_Activate,
-                                                 .tags = RenderInfo_ServerTags,
-                                                 .createParm = RenderInfo_create_vpenv,
-                                                 .readParms = RenderInfo_get_vpValues,
-                                                 .interface = nullptr,
-                                                 .panel = nullptr,
-                                                 .get = nullptr,
-                                                 .set = nullptr,
-                                                 .changed = nullptr}};
-#undef NAMES
+#define NODE_NAMES(Name, serverName, serverTags)                                                                       \
+    .server = serverName, .activate = Name##_Activate, .tags = serverTags, .createParm = Name##_create_vpenv,          \
+    .readParms = Name##_get_vpValues
+#define PANEL_NAMES(Name)                                                                                              \
+    .interface = Name##_Interface, .panel = Name##_get_xPanel, .get = Name##_ui_get, .set = Name##_ui_set,             \
+    .changed = Name##_ui_chgnotify
+#define NAMES(Name, server) {NODE_NAMES(Name, server, Name##_ServerTags), PANEL_NAMES(Name)},
+
+// What the scene has, and editors of nested networks.
+void *lookup(const char *service, int use) {
+    return service == std::string(HOST_NODE_EDITOR_FUNCS) ? FakeEditors::lookup(service, use)
+                                                          : FakeScene::lookup(service, use);
+}
+
+const Names kUnits[] = {UNITS_WITH_PANELS(NAMES){NODE_NAMES(RenderInfo, "Velm Render Info", RenderInfo_ServerTags)},
+                        {NODE_NAMES(RenderCam, nullptr, nullptr), PANEL_NAMES(RenderCam)}};
 
 // A node of each class, of a host that has all that creating one and showing its panel takes.
 class OutsideNames : public testing::TestWithParam<Names> {
   protected:
     FakeHost host;
     FakeEditors editors;
+    FakeScene scene;
     const Names names = GetParam();
     HostNode &node = host.addNode("node");
     HostInstanceOps ops{};
@@ -104,7 +102,7 @@ class OutsideNames : public testing::TestWithParam<Names> {
     void *instance = nullptr;
 
     void SetUp() override {
-        ASSERT_EQ(names.activate(1, FakeEditors::lookup, &handler, nullptr), 0);
+        ASSERT_EQ(names.activate(1, lookup, &handler, nullptr), 0);
         const char *error = nullptr;
         instance = ops.create(ops.priv, &node, &error);
         ASSERT_NE(instance, nullptr);
@@ -116,12 +114,13 @@ class OutsideNames : public testing::TestWithParam<Names> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Units, OutsideNames, testing::ValuesIn(kUnits), [](const auto &row) {
-    std::string name = row.param.server;
+    std::string name = row.param.server ? row.param.server : "not listed";
     std::erase_if(name, [](char c) { return c == ' ' || c == '(' || c == ')'; });
     return name;
 });
 
 TEST_P(OutsideNames, AreThoseOfTheServerTable) {
+    if (!names.server) return;
     EXPECT_EQ(activationOf(HOST_CLASS_NODE_HANDLER, names.server), names.activate);
     EXPECT_EQ(activationOf(HOST_CLASS_NODE_INTERFACE, names.server), names.interface);
     for (const HostServer *server = ServerDesc; server->className; ++server)
@@ -133,7 +132,7 @@ TEST_P(OutsideNames, AreThoseOfTheServerTable) {
 TEST_P(OutsideNames, AreThoseOfThePanel) {
     if (!names.interface) return;
     HostNodeInterface record = {.instance = instance, .panel = nullptr, .options = nullptr, .command = nullptr};
-    ASSERT_EQ(names.interface(4, FakeEditors::lookup, &record, nullptr), 0);
+    ASSERT_EQ(names.interface(4, lookup, &record, nullptr), 0);
     ASSERT_NE(record.panel, nullptr);
     EXPECT_EQ(names.panel(instance), record.panel);
     EXPECT_EQ(record.panel->get, names.get);
@@ -152,7 +151,7 @@ TEST_P(OutsideNames, ReadAndCreateParametersByTheUnitsOwnServices) {
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(sorted, expected);
 
-    if (names.server == std::string("Velm Render Info")) return; // it has not fetched the parameter services
+    if (names.activate == RenderInfo_Activate) return; // it has not fetched the parameter services
     HostChannelGroup group = {.name = "Group", .parent = nullptr};
     const double value = 2.5;
     EXPECT_NE(names.createParm(kParmFloat, "Extra", &group, &value), nullptr);
