@@ -67,7 +67,7 @@ struct Names {
 };
 
 #define NODE_NAMES(Name, serverName, serverTags)                                                                       \
-    .server = serverName, .activate = Name##_Activate, .tags = serverTags, .createParm = Name##_create_vpenv,          \
+    .server = (serverName), .activate = Name##_Activate, .tags = (serverTags), .createParm = Name##_create_vpenv,      \
     .readParms = Name##_get_vpValues
 #define PANEL_NAMES(Name)                                                                                              \
     .interface = Name##_Interface, .panel = Name##_get_xPanel, .get = Name##_ui_get, .set = Name##_ui_set,             \
