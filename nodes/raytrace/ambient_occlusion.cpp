@@ -16,6 +16,7 @@
 #include "module/rays.h"
 #include "module/rows.h"
 #include "module/sincos.h"
+#include "module/vectors.h"
 #include "random/random.h"
 
 #include <algorithm>
@@ -266,6 +267,16 @@ double shapedWeight(const AmbientOcclusion &self, const velm::Inputs &inputs, do
     return weight;
 }
 
+// One of the colours as a ray shows it. `traced` is null where it cannot be chosen; `room` holds what is looked up.
+const double *seenColour(int mode, const Tinted &custom, const double direction[3], const double *traced,
+                         double room[3]) {
+    if (mode == kTrace && traced) return traced;
+    if (mode != kBackdrop) return custom.colour;
+    std::copy_n(custom.colour, 3, room);
+    lookUpBackdrop(direction, room);
+    return room;
+}
+
 void sampleColour(const AmbientOcclusion &self, const velm::Inputs &inputs, const double origin[3],
                   const double direction[3], const Resolved &r, double accumulator[3]) {
     const ShadingSample &sample = *inputs.sample();
@@ -276,16 +287,16 @@ void sampleColour(const AmbientOcclusion &self, const velm::Inputs &inputs, cons
                                 : velm::castRay(sample, origin, direction);
     const double weight = shapedWeight(self, inputs, distance, r);
 
-    Tinted occlusion = r.occlusion;
-    if (self.occlusion.mode == kBackdrop) lookUpBackdrop(direction, occlusion.colour);
+    // All three, whether the ray shows them or not: a backdrop may be made of nodes that draw from the random stream.
+    double surfaceRoom[3], backgroundRoom[3], occlusionRoom[3];
+    const double *surface = seenColour(self.surface.mode, r.surface, direction, traced, surfaceRoom);
+    const double *background = seenColour(self.background.mode, r.background, direction, nullptr, backgroundRoom);
+    const double *occlusion = seenColour(self.occlusion.mode, r.occlusion, direction, traced, occlusionRoom);
     const bool hit = distance >= 0;
-    Tinted open = hit ? r.surface : r.background;
-    if ((hit ? self.surface.mode : self.background.mode) == kBackdrop) lookUpBackdrop(direction, open.colour);
-    const double *openColour = hit && self.surface.mode == kTrace ? traced : open.colour;
-    const double *occlusionColour = self.occlusion.mode == kTrace ? traced : occlusion.colour;
+    const double *open = hit ? surface : background;
+    const double openBrightness = hit ? r.surface.brightness : r.background.brightness;
     for (int i = 0; i < 3; ++i)
-        accumulator[i] +=
-            weight * occlusionColour[i] * occlusion.brightness + (1 - weight) * openColour[i] * open.brightness;
+        accumulator[i] += weight * occlusion[i] * r.occlusion.brightness + (1 - weight) * open[i] * openBrightness;
 }
 
 // Casts one ray and adds what it brings: for "Scalar", its weight in the first component.
@@ -304,8 +315,7 @@ void AmbientOcclusion_sampleLimit(const AmbientOcclusion &self, const ShadingSam
     if (self.limit.mode == kBackdrop) {
         double view[3];
         for (int i = 0; i < 3; ++i) view[i] = sample->position[i] - sample->raySource[i];
-        const double length = std::sqrt(view[0] * view[0] + view[1] * view[1] + view[2] * view[2]);
-        for (double &component : view) component /= length;
+        velm::normalise(view);
         lookUpBackdrop(view, colour);
     }
     for (int i = 0; i < 3; ++i) result[i] = colour[i] * limit.brightness;

@@ -277,6 +277,38 @@ TEST_F(OcclusionColour, TakesEachColourFromTheBackdropByItself) {
     expectNear(colour(), mixed(0.5, kOcclusion, kSky, kBackgroundBright));
 }
 
+// A backdrop may be made of nodes that draw from the random stream, so that each look at it counts.
+TEST_F(OcclusionColour, LooksForEachColourOfTheBackdropWhetherItShowsOrNot) {
+    int looks = 0;
+    host.backdrop = [&looks](double, const double *, double *colour) { // a colour that tells which look it is
+        std::fill_n(colour, 3, ++looks);
+    };
+    for (const unsigned int control : {kSurfaceMode, kBackgroundMode, kOcclusionMode})
+        node.set(control, kBackdropColour);
+    const double occluded = 0.5 * 3 * kOcclusionBright;
+    hitWithWeight(0.5);
+    expectNear(colour(), scaled({1, 1, 1}, occluded + 0.5 * 1 * kSurfaceBright)); // the surface's look comes first
+    EXPECT_EQ(looks, 3);
+    looks = 0;
+    missWithWeight(0.5);
+    expectNear(colour(), scaled({1, 1, 1}, occluded + 0.5 * 2 * kBackgroundBright));
+    EXPECT_EQ(looks, 3);
+}
+
+TEST_F(OcclusionColour, LooksForNoColourThatIsNotTheBackdrops) {
+    scalar();
+    colour();
+    EXPECT_TRUE(asked.empty());
+    node.set(kSurfaceMode, kTraced);
+    node.set(kOcclusionMode, kTraced);
+    colour();
+    EXPECT_TRUE(asked.empty());
+    for (const unsigned int control : {kSurfaceMode, kBackgroundMode, kOcclusionMode, kLimitMode})
+        node.set(control, kBackdropColour);
+    scalar();
+    EXPECT_TRUE(asked.empty()) << "the openness shows none";
+}
+
 class OcclusionModelling : public OcclusionColour {
   protected:
     OcclusionModelling() : OcclusionColour(kSystemModelling | 0x123) {}
@@ -358,6 +390,14 @@ TEST_F(OcclusionLimit, IsTheBackdropAlongTheViewWhereThatIsChosen) {
     expectNear(asked[0].direction, {3.0 / 13, 4.0 / 13, -12.0 / 13}, 1e-15);
     EXPECT_NEAR(scalar(), kSky[0] * kLimitBright, 1e-15);
     EXPECT_TRUE(scene.rays.empty());
+}
+
+TEST_F(OcclusionLimit, AViewFromThePointItselfHasNoDirection) {
+    node.set(kLimitMode, kBackdropColour);
+    for (int i = 0; i < 3; ++i) sample.position[i] = sample.raySource[i] = i + 1;
+    expectNear(colour(), scaled(kSky, kLimitBright));
+    ASSERT_EQ(asked.size(), 1u);
+    EXPECT_EQ(asked[0].direction, (Colour{0, 0, 0})) << "and no NaN, by which the host might look a pixel up";
 }
 
 TEST_F(OcclusionLimit, AppliesInEveryMode) {
