@@ -43,7 +43,8 @@ void prepareImageRequest(ImageRequest &request);
 int getImageCount(const ImagePopup &popup, void *instance);
 const char *getImageName(const ImagePopup &popup, void *instance, int index);
 
-// The image of a popup index; null for "(none)", "(load Image)" and whatever names none. [render threads]
+// The image of a popup index; null for "(none)", "(load Image)" and beyond. Below 0 it is the first image, as the names
+// have it; no node asks for that. [render threads]
 HostImage *getImageID(const HostImageList &imglist, int index);
 // The popup index of an image; 0 when it is null or not in the list.
 int getImageIndex(const HostImageList &imglist, const HostImage *image);

@@ -1,0 +1,87 @@
+// What the tests of the popup of images share: the nodes that have one, told as data, and the popup of a node.
+#pragma once
+
+#include "module/image_popup.h"
+#include "module/panel.h"
+#include "tests/module/fake_images.h"
+#include "tests/module/hint_list.h"
+#include "tests/module/recorded_state.h"
+#include "tests/module/test_node.h"
+
+#include <gtest/gtest.h>
+
+VELM_DECLARE_NODE(GaussianReflections);
+VELM_DECLARE_PANEL(GaussianReflections);
+VELM_DECLARE_NODE(GaussianRefractions);
+VELM_DECLARE_PANEL(GaussianRefractions);
+VELM_DECLARE_NODE(PixelImage);
+VELM_DECLARE_PANEL(PixelImage);
+
+namespace velm {
+
+using Lines = std::vector<std::string>;
+
+struct ImageUnit {
+    const char *name;
+    HostActivate *activate, *interface;
+    unsigned int control;
+    int otherResult; // of a change that loads nothing
+};
+
+inline constexpr ImageUnit kReflectionsPopup = {
+    .name = "GaussianReflections",
+    .activate = activatedWith<FakeImages::lookup, GaussianReflections_Activate>,
+    .interface = activatedWith<FakeImages::lookup, GaussianReflections_Interface>,
+    .control = 0x8002,
+    .otherResult = 0};
+inline constexpr ImageUnit kRefractionsPopup = {
+    .name = "GaussianRefractions",
+    .activate = activatedWith<FakeImages::lookup, GaussianRefractions_Activate>,
+    .interface = activatedWith<FakeImages::lookup, GaussianRefractions_Interface>,
+    .control = 0x8002,
+    .otherResult = 0};
+inline constexpr ImageUnit kPixelImagePopup = {.name = "PixelImage",
+                                               .activate = activatedWith<FakeImages::lookup, PixelImage_Activate>,
+                                               .interface = activatedWith<FakeImages::lookup, PixelImage_Interface>,
+                                               .control = 0x8003,
+                                               .otherResult = 2};
+
+// A node of one unit, and its popup.
+struct Popup {
+    FakeHost &host;
+    TestNode node;
+    HostPanel *panel;
+    unsigned int id;
+    HostPopupCount *countOf = nullptr;
+    HostPopupName *nameOf = nullptr;
+
+    Popup(FakeHost &fakeHost, const ImageUnit &unit)
+        : host(fakeHost), node(fakeHost, unit.activate, unit.interface, unit.name), panel(node.panel()),
+          id(unit.control) {
+        for (const Hint &hint : hintsWith(kHintPopupFunctions, panel->hints)) {
+            EXPECT_EQ(hint.arguments[0].word, id);
+            countOf = hint.arguments[1].popupCount;
+            nameOf = hint.arguments[2].popupName;
+        }
+        host.takeLog();
+    }
+
+    int count() const { return countOf(node.instance); }
+    std::string name(int index) const { return nameOf(node.instance, index); }
+    int index() const { return *static_cast<int *>(panel->get(node.instance, id)); }
+    void set(int index) { node.set(id, index); }
+    void startRender() { node.render.init(node.instance, kInitRender); }
+    std::string setTo(int index) const { // as it stands in the log
+        return std::string("setControl ") + (id == 0x8002 ? "8002 " : "8003 ") + std::to_string(index);
+    }
+};
+
+// Each test is run for each of the units.
+class ImagePopups : public testing::TestWithParam<ImageUnit> {
+  protected:
+    FakeHost host;
+    FakeImages images;
+    Popup popup{host, GetParam()};
+};
+
+} // namespace velm
