@@ -13,6 +13,15 @@ namespace {
 
 constexpr int kSeveralRefills = 5 * kStateWords + 17;
 
+// Read before main runs, and so before any test has drawn.
+const int indexAtLoad = mti.load();
+const auto wordsAtLoad = std::count_if(std::begin(mt), std::end(mt), [](const auto &word) { return word != 0; });
+
+TEST(Random, NothingSeedsItAtLoadTime) {
+    EXPECT_EQ(indexAtLoad, 625);
+    EXPECT_EQ(wordsAtLoad, 0);
+}
+
 TEST(Random, GivesThePublishedSequenceOfTheDefaultSeed) {
     init_genrand(5489);
     uint32_t word = genrand_int32();
