@@ -246,11 +246,6 @@ void resolve(const AmbientOcclusion &self, const velm::Inputs &inputs, Resolved 
     tinted(self.limit, self.limitColourInput, self.limitBrightnessInput, inputs, r.limit);
 }
 
-// Writes the backdrop's colour in a unit direction; where there is no backdrop, the colour stays as it was.
-void lookUpBackdrop(const double direction[3], double colour[3]) {
-    if (bkdropinfo && timeinfo) bkdropinfo->backdrop(timeinfo->time, direction, colour);
-}
-
 // The occlusion weight of a ray that hit at `distance`, negative for a miss.
 double AmbientOcclusion_weightSample(bool ranged, double distance, double max, double shift) {
     if (!ranged) return distance >= 0 ? 1 - shift : 0;
@@ -267,13 +262,14 @@ double shapedWeight(const AmbientOcclusion &self, const velm::Inputs &inputs, do
     return weight;
 }
 
-// One of the colours as a ray shows it. `traced` is null where it cannot be chosen; `room` holds what is looked up.
+// One of the colours as it shows in a direction: its own where there is no backdrop. `traced` is null where it
+// cannot be chosen; `room` holds what is looked up.
 const double *seenColour(int mode, const Tinted &custom, const double direction[3], const double *traced,
                          double room[3]) {
     if (mode == kTrace && traced) return traced;
-    if (mode != kBackdrop) return custom.colour;
+    if (mode != kBackdrop || !bkdropinfo || !timeinfo) return custom.colour;
     std::copy_n(custom.colour, 3, room);
-    lookUpBackdrop(direction, room);
+    bkdropinfo->backdrop(timeinfo->time, direction, room);
     return room;
 }
 
@@ -311,13 +307,10 @@ void AmbientOcclusion_sample(const AmbientOcclusion &self, const velm::Inputs &i
 
 void AmbientOcclusion_sampleLimit(const AmbientOcclusion &self, const ShadingSample *sample, const Tinted &limit,
                                   double result[3]) {
-    double colour[3] = {limit.colour[0], limit.colour[1], limit.colour[2]};
-    if (self.limit.mode == kBackdrop) {
-        double view[3];
-        for (int i = 0; i < 3; ++i) view[i] = sample->position[i] - sample->raySource[i];
-        velm::normalise(view);
-        lookUpBackdrop(view, colour);
-    }
+    double view[3], room[3];
+    for (int i = 0; i < 3; ++i) view[i] = sample->position[i] - sample->raySource[i];
+    velm::normalise(view);
+    const double *colour = seenColour(self.limit.mode, limit, view, nullptr, room);
     for (int i = 0; i < 3; ++i) result[i] = colour[i] * limit.brightness;
 }
 

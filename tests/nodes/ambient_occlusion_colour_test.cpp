@@ -391,6 +391,8 @@ TEST_F(OcclusionLimit, AppliesInEveryMode) {
         node.set(kMode, mode);
         expectNear(colour(), scaled(kLimit, kLimitBright));
     }
+    node.set(kLimitMode, kTraced); // not among the limit's choices
+    expectNear(colour(), scaled(kLimit, kLimitBright));
 }
 
 } // namespace
