@@ -16,7 +16,7 @@ namespace velm {
 enum GlossyMode { kBackdropOnly, kRaysAndBackdrop, kSphericalMap, kRaysAndMap };
 // The blank that the last one starts with belongs to it. Each unit has its own list: the address of a shared one is no
 // constant where the undefined-behaviour sanitizer allows for null symbols.
-static constexpr const char *glossyModes[] = {"Backdrop Only", "Ray Tracing + Backdrop", "Spherical Map",
+static constexpr const char *modeStrings[] = {"Backdrop Only", "Ray Tracing + Backdrop", "Spherical Map",
                                               " Ray Tracing + Spherical Map", nullptr};
 
 // The services of a unit, as its own pointers have them.
@@ -176,7 +176,7 @@ constexpr NodeUnit glossyUnit(NodeUnit unit) {
 // though it stands after the seam angle on the panel and in files.
 
 constexpr Row glossyModeRow(unsigned int id, size_t look) {
-    return popup(id, "Mode", glossyModes).at(look + offsetof(GlossyLook, mode)).starting(kRaysAndBackdrop);
+    return popup(id, "Mode", modeStrings).at(look + offsetof(GlossyLook, mode)).starting(kRaysAndBackdrop);
 }
 constexpr Row glossyImageRow(unsigned int id, size_t look, HostPopupCount *count, HostPopupName *name) {
     return popup(id, "Image").entries(count, name).at(look + offsetof(GlossyLook, image.index));

@@ -67,6 +67,25 @@ TEST_P(GlossyNode, CastsAsManyRaysAsTheSampleIsWorth) {
     }
 }
 
+TEST_P(GlossyNode, DrawsItsNoiseWhateverBecomesOfTheRays) {
+    node.set(tested.blur, 0.25);
+    node.set(tested.samples, 3);
+    constexpr int kModes[] = {kBackdrop, kRays, kMap, kRaysAndMap, -1, 4};
+    for (const int mode : kModes) { // there is no image
+        node.set(kMode, mode);
+        init_genrand(5);
+        std::mt19937 stream(5);
+        evaluate();
+        stream.discard(3 * 9);
+        EXPECT_EQ(genrand_int32(), stream()) << mode;
+    }
+    ShadingSample shadow = sample();
+    shadow.rayFlags = kRayShadow;
+    init_genrand(5);
+    evaluate(shadow);
+    EXPECT_EQ(genrand_int32(), std::mt19937(5)()) << "a shadow ray needs none";
+}
+
 // ---- The rays ----
 
 TEST_P(GlossyNode, JittersTheNormalByNoiseInOrder) {
