@@ -78,12 +78,12 @@ void drawThumbnail(HostPanel *panel, unsigned int, HostDrawArea *area, int width
     const auto &self = *static_cast<const PixelImage *>(services.xpanf->getData(panel, 0));
     const HostDrawFuncs &draw = *services.xpanf->draw;
     HostImage *image = chosenImage(self);
-    if (!image) {
+    int imageWidth = 0, imageHeight = 0;
+    if (image) imglist->size(image, &imageWidth, &imageHeight);
+    if (imageWidth < 1 || imageHeight < 1) { // without pixels it counts as missing, as it does in rendering
         draw.rgbBox(area, 0, 0, 0, 0, 0, width, height);
         return;
     }
-    int imageWidth = 0, imageHeight = 0;
-    imglist->size(image, &imageWidth, &imageHeight);
     const float scaleX = static_cast<float>(imageWidth) / static_cast<float>(width);
     const float scaleY = static_cast<float>(imageHeight) / static_cast<float>(height);
     for (int y = 0; y < height; ++y)

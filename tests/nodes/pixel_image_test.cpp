@@ -195,6 +195,18 @@ TEST_F(PixelImageNode, TellsOfChangesAndDrawsItselfAnew) {
     }
 }
 
+TEST_F(PixelImageNode, EveryInputTellsOfItsConnection) {
+    node.panel();
+    host.takeLog();
+    ASSERT_EQ(node.inputs().size(), 8u);
+    for (HostInput &input : host.inputs)
+        for (const int event : {0, 1, 2, 3}) {
+            EXPECT_EQ(input.event(node.instance, &input, event, 0), 1);
+            EXPECT_EQ(host.takeLog(), event == 2 ? (Lines{"refresh", "instanceUpdate NodeHandler"}) : Lines{"refresh"})
+                << input.name;
+        }
+}
+
 // ---- The thumbnail ----
 
 class Thumbnail : public PixelImageNode {
@@ -213,6 +225,14 @@ TEST_F(Thumbnail, IsBlackWithoutAnImage) {
         const HostDrawArea area = draw(12, 7);
         EXPECT_TRUE(area.pixels.empty());
         EXPECT_EQ(area.boxes, (std::vector<std::array<int, 7>>{{0, 0, 0, 0, 0, 12, 7}})) << index;
+    }
+    node.set(kImage, 1);
+    for (const auto &[width, height] : {std::pair{0, 8}, std::pair{10, 0}, std::pair{0, 0}}) {
+        images.list[0]->width = width;
+        images.list[0]->height = height;
+        const HostDrawArea area = draw(12, 7);
+        EXPECT_TRUE(area.pixels.empty()) << "an image without pixels: " << width << " by " << height;
+        EXPECT_EQ(area.boxes, (std::vector<std::array<int, 7>>{{0, 0, 0, 0, 0, 12, 7}}));
     }
 }
 
@@ -247,10 +267,27 @@ TEST_F(Thumbnail, StretchesTheImageOverItsArea) {
     }
 }
 
+// 84 pixels over 20: 84/20 in single precision is a little below 4.2, so that 15 of it fall short of 63.
+TEST_F(Thumbnail, ScalesInSinglePrecision) {
+    constexpr int kTaken[20] = {0, 4, 8, 12, 16, 21, 25, 29, 33, 37, 42, 46, 50, 54, 58, 62, 67, 71, 75, 79};
+    node.set(kImage, 1);
+    HostImage &image = *images.list[0];
+    image.width = image.height = 84;
+    std::vector<std::pair<int, int>> read;
+    image.pixel = [&](int x, int y) {
+        read.emplace_back(x, y);
+        return std::array{0.f, 0.f, 0.f};
+    };
+    draw(20, 20);
+    ASSERT_EQ(read.size(), 400u);
+    for (size_t i = 0; i < 400; ++i)
+        EXPECT_EQ(read[i], (std::pair{kTaken[i % 20], kTaken[i / 20]})) << i % 20 << ", " << i / 20;
+}
+
 TEST_F(Thumbnail, CutsComponentsAboveFullAndNotBelowNone) {
     node.set(kImage, 1);
-    const std::pair<float, int> components[] = {{0.f, 0},      {1.f, 255},    {1.5f, 255}, {900.f, 255},
-                                                {0.999f, 254}, {-0.5f, -127}, {-2.f, -510}};
+    const std::pair<float, int> components[] = {{0.f, 0},      {1.f, 255},    {1.5f, 255},  {900.f, 255},
+                                                {0.999f, 254}, {-0.5f, -127}, {-2.f, -510}, {-20.f, -5100}};
     for (const auto &[component, drawn] : components) {
         images.list[0]->pixel = [value = component](int, int) { return std::array{value, 0.25f, value}; };
         const HostDrawArea area = draw(1, 1);
