@@ -206,6 +206,24 @@ TEST_F(PixelImageNode, GivesThePixelsAlpha) {
     EXPECT_EQ(alpha(), 403);
 }
 
+TEST_F(PixelImageNode, GivesTheAlphaToWhateverIsNotItsColour) {
+    HostOutput foreign = {.node = &node.node, .type = kConnectScalar, .name = "Foreign"};
+    const auto given = [&] {
+        HostNodeValue value = {.asked = &foreign};
+        node.handler.evaluate(node.instance, &sample, &foreign, &value);
+        EXPECT_EQ(value.timesSet, 1);
+        return value.numbers[0];
+    };
+    EXPECT_EQ(given(), 1) << "without an image";
+    node.set(kImage, 2);
+    node.set(kX, 3);
+    node.set(kY, 4);
+    images.list[1]->hasAlpha = true;
+    EXPECT_EQ(given(), 403);
+    node.set(kX, 10);
+    EXPECT_EQ(given(), 1) << "outside";
+}
+
 TEST_F(PixelImageNode, ReadsItsInputsInOrder) {
     host.logsEvaluation = true;
     node.evaluate("Color", sample);
