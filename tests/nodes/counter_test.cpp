@@ -237,6 +237,13 @@ TEST_F(CounterNode, OtherModesDoNotRememberA) {
     EXPECT_EQ(out(), 0) << "the same as when a change mode last looked";
 }
 
+TEST_P(CounterMode, TheFirstEvaluationRemembersAWhateverTheMode) {
+    feed(GetParam(), 0, 1, 4, 9);
+    out();
+    node.connect("Mode", 5);
+    EXPECT_EQ(out(), 0) << "A is what it was at first";
+}
+
 TEST_F(CounterNode, AModeOutsideTheListIsTheNearestInIt) {
     struct Row {
         int given, used;

@@ -131,6 +131,22 @@ TEST_F(HoldValue, ComparingWithBDoesNotNoteA) {
     EXPECT_EQ(next(15, 6), 14) << "equal to what was noted";
 }
 
+TEST_F(HoldValue, TheFirstEvaluationNotesAInEveryMode) {
+    for (int mode = 0; mode < 8; ++mode) {
+        SCOPED_TRACE(mode);
+        setMode(mode);
+        node.render.init(node.instance, kInitRender);
+        next(10, 5 + mode, 3);
+        setMode(1);
+        EXPECT_EQ(next(11, 5 + mode, 3), 10) << "unchanged since then";
+        setMode(mode);
+        node.render.init(node.instance, kInitRender);
+        next(20, 50 + mode, 3);
+        setMode(0);
+        EXPECT_EQ(next(21, 5 + mode, 3), 20) << "changed since then";
+    }
+}
+
 TEST_F(HoldValue, ANanIsNotedLikeAnyA) {
     setMode(0);
     next(10, 1);
