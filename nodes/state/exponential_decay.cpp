@@ -3,8 +3,9 @@
 //
 // Odd on purpose: the two read their quantity in opposite senses. "Scalar" is what the value is divided by per nominal
 // distance, so that 2 halves it; "Color" is the fraction kept per nominal distance, so that after one the colour is the
-// colour itself. Both are how artists have learnt to dial them in. Zeros and NaNs are replaced by a tiny number before
-// anything is divided by them, so that neither node gives an infinity where the distance is finite.
+// colour itself. Both are how artists have learnt to dial them in. A nominal distance or a power that is zero or a NaN
+// is replaced by a tiny number before it divides, so that neither node ever gives a NaN. An infinity it may give where
+// it does not clamp, for a power so small that one over it is infinite.
 #include "module/compare.h"
 #include "module/panel.h"
 #include "module/rows.h"
