@@ -55,6 +55,13 @@ TEST_F(RenderCam, WalksTheListToTheCameraChosen) {
         EXPECT_EQ(host.takeLog().at(0), std::string("createEvaluator ") + names[index - 1]);
         node().render.cleanup(node().instance);
     }
+    for (const int index : {-1, -25536}) { // as a damaged file may have it: no step is taken
+        node().set(kCamera, index);
+        host.takeLog();
+        node().render.init(node().instance, kInitRender);
+        EXPECT_EQ(host.takeLog().at(0), "createEvaluator Front") << index;
+        node().render.cleanup(node().instance);
+    }
 }
 
 // ---- The picture ----
