@@ -186,8 +186,10 @@ TEST_F(PixelImageNode, LaysThePixelOverTheBackground) {
     node.set("Opacity", 0.5);
     node.set(kBlending, 6);
     EXPECT_EQ(colour(), blended(3, 0, 0.5, 6));
-    node.connect("Opacity", 2.5); // not held to 1
-    EXPECT_EQ(colour(), blended(3, 0, 2.5, 6));
+    for (const double opacity : {-1.5, 0.0, 2.5}) { // held to nothing
+        node.connect("Opacity", opacity);
+        EXPECT_EQ(colour(), blended(3, 0, opacity, 6));
+    }
     for (const auto &[connected, mode] :
          {std::pair{20, 13}, std::pair{13, 13}, std::pair{14, 13}, std::pair{-1, 0}, std::pair{5, 5}}) {
         node.connect("Blending", connected);
@@ -228,14 +230,16 @@ TEST_F(PixelImageNode, ReadsItsInputsInOrder) {
     host.logsEvaluation = true;
     node.evaluate("Color", sample);
     EXPECT_EQ(host.takeLog(), (Lines{"evaluate Bg Color", "evaluate Image", "setValue"}));
-    host.logsEvaluation = false;
-    node.set(kImage, 1);
-    host.logsEvaluation = true;
-    for (const char *output : {"Color", "Alpha"}) {
-        node.evaluate(output, sample);
-        EXPECT_EQ(host.takeLog(),
-                  (Lines{"evaluate Bg Color", "evaluate Image", "evaluate Blending", "evaluate Opacity",
-                         "evaluate U Tiling", "evaluate V Tiling", "evaluate X", "evaluate Y", "setValue"}));
+    for (const int index : {1, 4, 9}) { // an image; "(load Image)" and one that has gone, for which it does the same
+        host.logsEvaluation = false;
+        node.set(kImage, index);
+        host.logsEvaluation = true;
+        for (const char *output : {"Color", "Alpha"}) {
+            node.evaluate(output, sample);
+            EXPECT_EQ(host.takeLog(),
+                      (Lines{"evaluate Bg Color", "evaluate Image", "evaluate Blending", "evaluate Opacity",
+                             "evaluate U Tiling", "evaluate V Tiling", "evaluate X", "evaluate Y", "setValue"}));
+        }
     }
 }
 

@@ -183,7 +183,7 @@ TEST_F(PixelImageNode, TakesValues) {
 
 TEST_F(PixelImageNode, TellsOfChangesAndDrawsItselfAnew) {
     HostPanel *panel = node.panel();
-    for (const unsigned int control : {kBg, kImage, kY}) {
+    for (unsigned int control = kThumbnail; control <= kY; ++control) {
         EXPECT_EQ(FakeControls::notify(panel, control, kEventChanging), 0);
         EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "updatePreview node", "refresh"}));
         EXPECT_EQ(FakeControls::notify(panel, control, kEventSet), 2);
