@@ -59,6 +59,26 @@ TEST_F(PixelImageNode, CopiesItsSettings) {
     for (const unsigned int id : kIntegers) EXPECT_EQ(other.integer(id), node.integer(id));
 }
 
+TEST_F(PixelImageNode, ACopyAwaitsItsFrameAndItsRender) {
+    TestNode other(host, activatedWith<FakeImages::lookup, PixelImage_Activate>,
+                   activatedWith<FakeImages::lookup, PixelImage_Interface>, "other");
+    node.set("Opacity", 0.25);
+    node.set(kImage, 3);
+    node.render.init(node.instance, kInitRender); // it counts five entries
+    EXPECT_EQ(node.ops.copy(other.instance, node.instance), nullptr);
+    HostNodeValue seen = other.evaluate("Color", sample);
+    EXPECT_EQ(seen.numbers[2], 0.5 + 10 * 0.0 + 100) << "a black background and full opacity, as it was made";
+    other.render.newTime(other.instance, 0, 0);
+    seen = other.evaluate("Color", sample);
+    EXPECT_EQ(seen.numbers[2], 0.5 - 10 * 3.0 + 25);
+
+    const HostHint *hints = other.panel()->hints;
+    images.remove(1);
+    host.takeLog();
+    EXPECT_EQ(hintsWith(kHintPopupFunctions, hints).at(0).arguments[1].popupCount(other.instance), 4);
+    EXPECT_EQ(host.takeLog(), Lines{}) << "it knows of no image that has gone";
+}
+
 // ---- Files ----
 
 TEST_F(PixelImageNode, SavesInOrder) {
