@@ -3,6 +3,7 @@
 #include "tests/module/test_node.h"
 #include "tests/module/test_units.h"
 
+#include <array>
 #include <gtest/gtest.h>
 
 namespace velm {
@@ -112,7 +113,7 @@ TEST_F(Creation, CallsTheHostInOrder) {
 
 TEST_F(Creation, GivesTheNodeItsColourAndItsPreviewType) {
     TestNode node(host, "Velm Counter");
-    EXPECT_EQ(node.node.colour, (std::vector<int>{164, 50, 10}));
+    EXPECT_EQ(node.node.colour, (std::array{164, 50, 10}));
     EXPECT_EQ(node.node.previewType, 2);
 }
 

@@ -41,7 +41,7 @@ const HostNodeFuncs kNodeFuncs = [] {
     };
     funcs.setColour = [](HostNode *node, const int rgb[3]) {
         host().note("setColour ", rgb[0], " ", rgb[1], " ", rgb[2]);
-        node->colour.assign(rgb, rgb + 3);
+        std::copy_n(rgb, 3, node->colour.begin());
     };
     funcs.setPreviewType = [](HostNode *node, int type) {
         host().note("setPreviewType ", type);

@@ -5,6 +5,7 @@
 
 #include "module/host.h"
 
+#include <array>
 #include <deque>
 #include <functional>
 #include <map>
@@ -21,8 +22,8 @@ struct HostChannelGroup {
 struct HostNode {
     std::string name;
     HostChannelGroup *group;
-    std::vector<int> colour = {}; // red, green, blue, once it is set
-    int previewType = -1;         // as long as none is set
+    std::array<int, 3> colour = {};
+    int previewType = -1; // as long as none is set
 };
 
 struct HostInput {
@@ -115,6 +116,7 @@ class FakeHost {
     std::deque<HostVParm> parms;
     std::deque<HostPanel> panels;
     std::vector<void *> updated; // the instances that the host has been told of, in order
+    void *lastUpdated() const { return updated.empty() ? nullptr : updated.back(); }
     int parmsAsked = 0, parmsSaved = 0, parmsLoaded = 0;
 
   private:

@@ -220,7 +220,7 @@ TEST_F(Panel, ChangesOfTheModulesNodesDoTheSame) {
             expected.insert(expected.end(), row.log.begin(), row.log.end());
             EXPECT_EQ(host.takeLog(), expected) << server;
         }
-        EXPECT_EQ(host.updated.back(), other.instance) << server;
+        EXPECT_EQ(host.lastUpdated(), other.instance) << server;
     }
 }
 

@@ -134,6 +134,8 @@ TEST_P(NodeFrame, IsMadeInOrderWithItsDefaults) {
     ASSERT_NE(instance, nullptr);
     EXPECT_EQ(error, nullptr);
     EXPECT_EQ(host.takeLog(), creation("second"));
+    EXPECT_EQ(second.colour, (std::array{164, 50, 10}));
+    EXPECT_EQ(second.previewType, facts.setsPreview ? 2 : -1);
     EXPECT_EQ(node.inputs(), facts.inputs);
     EXPECT_EQ(node.outputs(), facts.outputs);
     node.ops.destroy(instance);
@@ -329,9 +331,10 @@ TEST_P(NodePanel, TellsOfChanges) {
     for (const ControlFacts &control : facts.panel) {
         EXPECT_EQ(changed(panel, control.id, control.id, kEventChanging), 0);
         EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "updatePreview node"}));
+        host.updated.clear();
         EXPECT_EQ(changed(panel, control.id, control.id, kEventSet), 0);
         EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "instanceUpdate NodeHandler"}));
-        EXPECT_EQ(host.updated.back(), node.instance);
+        EXPECT_EQ(host.lastUpdated(), node.instance);
         for (const int event : {0, 3, 4, 5}) {
             EXPECT_EQ(changed(panel, control.id, control.id, event), 0);
             EXPECT_EQ(host.takeLog(), (Lines{"getData 0"}));
@@ -340,14 +343,19 @@ TEST_P(NodePanel, TellsOfChanges) {
 }
 
 TEST_P(NodePanel, EveryInputTellsOfItsConnection) {
-    shown();
+    const HostPanel *panel = shown();
+    int refreshes = panel->refreshes;
     for (HostInput &input : host.inputs) {
         for (const int event : {0, 1, 3}) {
             EXPECT_EQ(input.event(node.instance, &input, event, 0), 1);
             EXPECT_EQ(host.takeLog(), (Lines{"refresh"})) << input.name;
+            EXPECT_EQ(panel->refreshes, ++refreshes);
         }
+        host.updated.clear();
         EXPECT_EQ(input.event(node.instance, &input, kInputSourceDestroyed, 0), 1);
         EXPECT_EQ(host.takeLog(), (Lines{"refresh", "instanceUpdate NodeHandler"})) << input.name;
+        EXPECT_EQ(panel->refreshes, ++refreshes);
+        EXPECT_EQ(host.lastUpdated(), node.instance);
     }
 }
 

@@ -65,6 +65,7 @@ TEST_P(SharedLife, ConnectionsRedrawThePanelAndTheirLossIsTold) {
         EXPECT_EQ(host.takeLog(), (Lines{"refresh", "refresh"}));
         EXPECT_EQ(input.event(node.instance, &input, kInputSourceDestroyed, 0), 1);
         EXPECT_EQ(host.takeLog(), (Lines{"refresh", "instanceUpdate NodeHandler"}));
+        EXPECT_EQ(host.lastUpdated(), node.instance);
     }
 }
 
