@@ -166,6 +166,7 @@ TEST_F(Get, TellsOfChanges) {
     EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "updatePreview get"}));
     FakeControls::notify(panel, kSlot, kEventSet);
     EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "instanceUpdate NodeHandler"}));
+    EXPECT_EQ(host.lastUpdated(), node.instance);
     FakeControls::notify(panel, kSlot, kEventFocus);
     EXPECT_EQ(host.takeLog(), Lines{"getData 0"});
 }
@@ -203,6 +204,18 @@ TEST_F(Get, EvaluatesTheInputsOfItsStoreWithItsOwnSample) {
     host.logsEvaluation = true;
     first.evaluate("Vector", sample);
     EXPECT_EQ(host.takeLog(), (Lines{"evaluate Vector", "setValue"})) << "the store's own outputs stay out of it";
+}
+
+TEST_F(Get, GivesTheIntegerForAnyOtherOutput) {
+    StoreNode wood(host, "Wood");
+    wood.connect("Integer", 4);
+    GetNode node(host);
+    node.choose(1);
+    node.startRender();
+    HostOutput stranger = {.node = &node.node, .type = kConnectInteger, .name = "Stranger"};
+    HostNodeValue value = {.asked = &stranger};
+    node.handler.evaluate(node.instance, &sample, &stranger, &value);
+    EXPECT_EQ(value.integer, 4);
 }
 
 TEST_F(Get, GivesNullForWhatTheStoreHasNotConnected) {

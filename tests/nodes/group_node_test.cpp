@@ -80,6 +80,8 @@ TEST_F(Group, IsMadeInOrder) {
     EXPECT_EQ(made.description.options, nullptr);
     EXPECT_EQ(made.description.customPreview, nullptr);
     EXPECT_EQ(made.group, second.group);
+    EXPECT_EQ(second.colour, (std::array{164, 50, 10}));
+    EXPECT_EQ(made.root->colour, second.colour);
 
     node.ops.destroy(instance);
     EXPECT_EQ(host.takeLog(), Lines{"destroyEditor"});
@@ -212,8 +214,25 @@ TEST_F(Group, TellsOfChanges) {
     EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "updatePreview Group Node (2)"}));
     FakeControls::notify(panel, 0x8001, kEventSet);
     EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "instanceUpdate NodeHandler"}));
+    EXPECT_EQ(host.lastUpdated(), node.instance);
     FakeControls::notify(panel, 0x8001, kEventHit);
     EXPECT_EQ(host.takeLog(), Lines{"getData 0"});
+}
+
+TEST_F(Group, ItsPanelIsRefusedWithoutItsServicesOrInAnotherVersion) {
+    HostNodeInterface record = {.instance = node.instance, .panel = nullptr, .options = nullptr, .command = nullptr};
+    for (const int version : {0, 1, 3, 5})
+        EXPECT_EQ(GroupNode_Interface(version, FakeEditors::lookup, &record, nullptr), 1);
+    EXPECT_EQ(host.takeLog(), Lines{});
+    for (const char *service : {HOST_INSTANCE_UPDATE, HOST_PANEL_FUNCS}) {
+        host.missing = {service};
+        EXPECT_EQ(GroupNode_Interface(4, FakeEditors::lookup, &record, nullptr), 2) << service;
+        EXPECT_EQ(host.takeLog(), (Lines{"lookup Instance Update", "lookup LWXPanel"}));
+    }
+    EXPECT_EQ(record.panel, nullptr);
+    host.missing = {};
+    EXPECT_EQ(GroupNode_Interface(4, FakeEditors::lookup, &record, nullptr), 0);
+    EXPECT_NE(record.panel, nullptr);
 }
 
 // ---- What the editor calls ----

@@ -50,6 +50,14 @@ TEST_F(RayShade, GivesTheColourAndTheDistanceOfTheHit) {
     EXPECT_EQ(node.scalar("Length", sample), 12.5);
 }
 
+TEST_F(RayShade, GivesTheDistanceForWhateverIsNotTheColour) {
+    rays.distance = 12.5;
+    HostOutput stranger = {.node = &node.node, .type = kConnectScalar, .name = "Stranger"};
+    HostNodeValue value = {.asked = &stranger};
+    node.handler.evaluate(node.instance, &sample, &stranger, &value);
+    EXPECT_EQ(value.numbers[0], 12.5);
+}
+
 TEST_F(RayShade, FiresARayForEachOutputThatIsRead) {
     EXPECT_EQ(node.evaluate("Length", sample).timesSet, 1);
     EXPECT_EQ(rays.shades.size(), 1u);

@@ -186,6 +186,7 @@ TEST_F(Store, TellsOfChanges) {
     EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "updatePreview Wood"}));
     FakeControls::notify(panel, kName, kEventSet);
     EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "instanceUpdate NodeHandler"}));
+    EXPECT_EQ(host.lastUpdated(), node.instance);
     for (const int event : {0, 3, 4, 5}) {
         FakeControls::notify(panel, kName, event);
         EXPECT_EQ(host.takeLog(), Lines{"getData 0"});
@@ -212,6 +213,16 @@ TEST_F(Store, HandsItsInputsOn) {
     }
     EXPECT_EQ(node.scalar("Scalar", sample), 4.5);
     EXPECT_EQ(node.evaluate("Integer", sample).integer, -9);
+}
+
+TEST_F(Store, HandsItsIntegerOnForAnyOtherOutput) {
+    Node node(host, "node");
+    ShadingSample sample = plainSample();
+    node.connect("Integer", -9);
+    HostOutput stranger = {.node = &node.node, .type = kConnectInteger, .name = "Stranger"};
+    HostNodeValue value = {.asked = &stranger};
+    node.handler.evaluate(node.instance, &sample, &stranger, &value);
+    EXPECT_EQ(value.integer, -9);
 }
 
 TEST_F(Store, HandsNothingOnAsNull) {
