@@ -72,6 +72,8 @@ TEST_F(Registry, PointsWaitingGetsAtANewStore) {
     EXPECT_EQ(waiting->storeID, 2);
     listed("loaded", 9);
     EXPECT_EQ(other->slot, 3);
+    listed("odd", 0);
+    EXPECT_EQ(none->slot, 4) << "a number like any other, where a file brings it";
 }
 
 TEST_F(Registry, IgnoresNothing) {
@@ -171,6 +173,24 @@ TEST_F(Registry, LooksStoresUp) {
     b->id = 6;
     EXPECT_EQ(getStoreNodeByID(6), b) << "numbers are the stores' own";
     EXPECT_EQ(getStoreNodeIndexByID(6), 1);
+}
+
+TEST_F(Registry, LooksPastGaps) {
+    const StoreMaterial *gone = listed("a"), *b = listed("b");
+    registry().storeNodes[0] = nullptr;
+    EXPECT_EQ(getStoreNodeByID(b->id), b);
+    EXPECT_EQ(getStoreNodeByID(gone->id), nullptr);
+    EXPECT_EQ(getStoreNodeIndexByID(b->id), 1);
+    EXPECT_EQ(getStoreNodeIndex(b), 1);
+    EXPECT_EQ(getStoreNodeIndex(gone), -1);
+    EXPECT_EQ(containsStoreNode(nodeFuncs, b), 1);
+    EXPECT_EQ(containsStoreNode(nodeFuncs, gone), -1);
+    const GetMaterial *gap = listedGet(), *told = listedGet(b->id);
+    registry().getNodes[0] = nullptr;
+    notifyGetNodes(b->id, 9);
+    EXPECT_EQ(told->slot, 9);
+    EXPECT_EQ(getGetNodeIndex(told), 1);
+    EXPECT_EQ(getGetNodeIndex(gap), -1);
 }
 
 TEST_F(Registry, LooksGetsUp) {

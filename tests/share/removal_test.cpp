@@ -68,6 +68,9 @@ TEST_F(Registry, RemovesGetsWithTheSameQuirk) {
     EXPECT_EQ(c->slot, 1);
     EXPECT_EQ(d->slot, -7) << "beyond the count: not told";
     EXPECT_EQ(b->slot, -7);
+    addGetNodeForced(d); // it is not counted, and so not listed
+    EXPECT_EQ(countedGets(), (Gets{a, c, d}));
+    removeGetNode(d);
     removeGetNode(c);
     EXPECT_EQ(countedGets(), (Gets{a}));
 }
