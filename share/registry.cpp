@@ -120,7 +120,7 @@ void releaseHolders(StoreMaterial *store) {
 }
 
 void forgetGetNode(const GetMaterial *get) {
-    static GetMaterial nobody; // written to, never read
+    static GetMaterial nobody; // its slot is written to, and never read
     ShareRegistry *registry = getShareInst();
     if (!registry) return;
     for (GetMaterial *&entry : registry->getNodes)

@@ -73,8 +73,8 @@ int removeGarbageGetNodes();
 void holdStore(GetMaterial *get, StoreMaterial *store);
 void releaseHolders(StoreMaterial *store);
 
-// A get that is about to be freed keeps its place in the list, since counts and popup positions go by it, but what
-// stands in its place from now on is nobody's instance, and may be written to.
+// A get that is about to be freed keeps its place in the list, since by the count goes which gets are told of a store
+// and when the list is full; but what stands in its place from now on is nobody's instance, and may be written to.
 void forgetGetNode(const GetMaterial *get);
 
 // Sets the slot of every get that refers to a store.

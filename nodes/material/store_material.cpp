@@ -4,8 +4,8 @@
 // node merely hands its inputs on to its outputs.
 //
 // Odd on purpose: a copy is not listed, so that no get can choose it and the original stays the one of its name;
-// loading brings the saved number back without raising the registry's counter and without telling the gets, which have
-// loaded theirs.
+// loading brings the saved number of a listed store back without raising the registry's counter and without telling the
+// gets, which have loaded theirs.
 #include "module/panel.h"
 #include "module/rows.h"
 #include "share/registry.h"
