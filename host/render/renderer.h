@@ -30,7 +30,8 @@ constexpr int kMaxRecursionDepth = 256;
 // The scene's own settings, for its first frame.
 RenderJob renderJob(const RenderDescription &description);
 
-// Told of every piece of finished work, on the thread that called renderFrame.
+// Told of finished work on the thread that called renderFrame: soon after the first tile, about every 50 ms as long as
+// tiles are finished, and of the last one.
 class ProgressSink {
   public:
     virtual ~ProgressSink() = default;
