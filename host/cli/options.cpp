@@ -48,8 +48,10 @@ void addParsed(CLI::App &command, const std::string &name, std::optional<T> &tar
 // The library's own range lets "nan" through, which compares with nothing.
 CLI::Validator numberFrom(double least, double most) {
     const auto whatIsWrong = [least, most](const std::string &text) -> std::string {
+        const char *const end = text.data() + text.size();
         double number = 0;
-        if (CLI::detail::lexical_cast(text, number) && number >= least && number <= most) return {};
+        const auto read = std::from_chars(text.data(), end, number);
+        if (read.ec == std::errc{} && read.ptr == end && number >= least && number <= most) return {};
         return fmt::format("\"{}\" is not a number from {} to {}", text, least, most);
     };
     return CLI::Validator(whatIsWrong, fmt::format("FLOAT in [{} - {}]", least, most));
