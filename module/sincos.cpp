@@ -68,7 +68,8 @@ bool nearSinesAndCosinesNarrow(const double *angles, int count, double *sines, d
     return computeNear(angles, count, sines, cosines);
 }
 
-#if defined(__x86_64__) || defined(__i386__)
+// Not for Windows, where GCC puts 32-byte vectors on a stack that it aligns to 16 bytes only (GCC bug 54412).
+#if (defined(__x86_64__) || defined(__i386__)) && !defined(_WIN32)
 [[gnu::target("avx2")]] bool nearSinesAndCosinesWide(const double *angles, int count, double *sines, double *cosines) {
     return computeNear(angles, count, sines, cosines);
 }
