@@ -117,10 +117,11 @@ GOALS = {"ratio at least": "≥ {} times", "ratio at most": "≤ {} times", "dif
 
 
 def comparison_table(rows):
-    heads = ["what", "against", "ours", "reference", "unit", "ours / reference", "target", "held"]
+    heads = ["what", "against", "ours", "reference", "unit", "ours to reference", "target", "held"]
     lines = []
     for row in rows:
-        figures = [of_three(row["ours"]), of_three(row["reference"]), row["unit"], f"{row['ratio']:.2f}"]
+        outcome = f"+ {row['difference']:.2f}" if row["goal"] == "difference at most" else f"{row['ratio']:.2f}"
+        figures = [of_three(row["ours"]), of_three(row["reference"]), row["unit"], outcome]
         target = GOALS[row["goal"]].format(f"{row['target']:g}")
         lines.append([row["what"], row["against"], *figures, target, "yes" if row["held"] else "**no**"])
     return table(heads, lines, texts=2)
