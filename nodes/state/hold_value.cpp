@@ -54,7 +54,7 @@ constexpr const char *modeStrings[kModes + 1] = {
     "A Less Than Or Equal To B",
 };
 
-// "B" matters only to the modes that compare A with it. Panels look a few entries further than the list is long.
+// "B" matters only to the modes that compare A with it.
 constexpr velm::EnableStates valueBEnableStates = {0, 0, 1, 1, 1, 1, 1, 1};
 
 enum Control : unsigned int { kMode = velm::kFirstControl, kInput, kA, kB };
