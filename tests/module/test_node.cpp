@@ -83,6 +83,14 @@ HostNodeValue TestNode::evaluate(const std::string &outputName, ShadingSample &s
     return value;
 }
 
+HostNodeValue TestNode::evaluateStranger(int type, ShadingSample &sample) {
+    HostOutput stranger = {.node = &node, .type = type, .name = "Stranger"};
+    HostNodeValue value = {.asked = &stranger};
+    handler.evaluate(instance, &sample, value.asked, &value);
+    value.asked = nullptr;
+    return value;
+}
+
 void TestNode::set(unsigned int id, int value) {
     HostPanel *shown = panel();
     if (shown->set(instance, id, &value) != kSetDefault) throw std::runtime_error("the panel refuses the value");

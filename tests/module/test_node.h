@@ -42,6 +42,8 @@ class TestNode {
     void disconnect(const std::string &name) { input(name).source = {}; }
 
     HostNodeValue evaluate(const std::string &outputName, ShadingSample &sample);
+    // What it gives for an output of that connection type which is not one of its own.
+    HostNodeValue evaluateStranger(int type, ShadingSample &sample);
     double scalar(const std::string &outputName, ShadingSample &sample) {
         return evaluate(outputName, sample).numbers[0];
     }

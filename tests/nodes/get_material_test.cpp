@@ -212,10 +212,7 @@ TEST_F(Get, GivesTheIntegerForAnyOtherOutput) {
     GetNode node(host);
     node.choose(1);
     node.startRender();
-    HostOutput stranger = {.node = &node.node, .type = kConnectInteger, .name = "Stranger"};
-    HostNodeValue value = {.asked = &stranger};
-    node.handler.evaluate(node.instance, &sample, &stranger, &value);
-    EXPECT_EQ(value.integer, 4);
+    EXPECT_EQ(node.evaluateStranger(kConnectInteger, sample).integer, 4);
 }
 
 TEST_F(Get, GivesNullForWhatTheStoreHasNotConnected) {

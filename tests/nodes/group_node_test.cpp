@@ -329,11 +329,8 @@ TEST_F(Group, GivesWhatIsWiredInside) {
 }
 
 TEST_F(Group, SetsNothingForAnOutputThatIsNotItsOwn) {
-    HostOutput stranger = {.node = &node.node, .type = kConnectScalar, .name = "Stranger"};
-    HostNodeValue value = {.asked = &stranger};
     host.logsEvaluation = true;
-    node.handler.evaluate(node.instance, &sample, &stranger, &value);
-    EXPECT_EQ(value.timesSet, 0);
+    EXPECT_EQ(node.evaluateStranger(kConnectScalar, sample).timesSet, 0);
     EXPECT_EQ(host.takeLog(), Lines{});
 }
 

@@ -209,10 +209,8 @@ TEST_F(PixelImageNode, GivesThePixelsAlpha) {
 }
 
 TEST_F(PixelImageNode, GivesTheAlphaToWhateverIsNotItsColour) {
-    HostOutput foreign = {.node = &node.node, .type = kConnectScalar, .name = "Foreign"};
     const auto given = [&] {
-        HostNodeValue value = {.asked = &foreign};
-        node.handler.evaluate(node.instance, &sample, &foreign, &value);
+        const HostNodeValue value = node.evaluateStranger(kConnectScalar, sample);
         EXPECT_EQ(value.timesSet, 1);
         return value.numbers[0];
     };

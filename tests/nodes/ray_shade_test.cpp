@@ -52,10 +52,7 @@ TEST_F(RayShade, GivesTheColourAndTheDistanceOfTheHit) {
 
 TEST_F(RayShade, GivesTheDistanceForWhateverIsNotTheColour) {
     rays.distance = 12.5;
-    HostOutput stranger = {.node = &node.node, .type = kConnectScalar, .name = "Stranger"};
-    HostNodeValue value = {.asked = &stranger};
-    node.handler.evaluate(node.instance, &sample, &stranger, &value);
-    EXPECT_EQ(value.numbers[0], 12.5);
+    EXPECT_EQ(node.evaluateStranger(kConnectScalar, sample).numbers[0], 12.5);
 }
 
 TEST_F(RayShade, FiresARayForEachOutputThatIsRead) {

@@ -128,11 +128,8 @@ TEST_F(RenderInfo, TheFirstFrameOfANewNodeCountsAsNone) {
 }
 
 TEST_F(RenderInfo, SetsNothingForAnOutputThatIsNotItsOwn) {
-    HostOutput foreign = {.node = &node.node, .type = kConnectInteger, .name = "Foreign"};
-    HostNodeValue value = {.asked = &foreign};
     node.render.init(node.instance, kInitRender);
-    node.handler.evaluate(node.instance, &sample, &foreign, &value);
-    EXPECT_EQ(value.timesSet, 0);
+    EXPECT_EQ(node.evaluateStranger(kConnectInteger, sample).timesSet, 0);
 }
 
 TEST_F(RenderInfo, HasNothingToKeep) {

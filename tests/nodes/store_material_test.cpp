@@ -219,10 +219,7 @@ TEST_F(Store, HandsItsIntegerOnForAnyOtherOutput) {
     Node node(host, "node");
     ShadingSample sample = plainSample();
     node.connect("Integer", -9);
-    HostOutput stranger = {.node = &node.node, .type = kConnectInteger, .name = "Stranger"};
-    HostNodeValue value = {.asked = &stranger};
-    node.handler.evaluate(node.instance, &sample, &stranger, &value);
-    EXPECT_EQ(value.integer, -9);
+    EXPECT_EQ(node.evaluateStranger(kConnectInteger, sample).integer, -9);
 }
 
 TEST_F(Store, HandsNothingOnAsNull) {
