@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-namespace velm::bench {
+namespace velm::host::bench {
 namespace {
 
 constexpr const char *kLine = "%-54s %-42s %9s %9s  %-12s %6s  %-8s %s\n";
@@ -90,4 +90,4 @@ void Table::writeJson(const std::string &file) const {
     if (!stream.flush()) throw std::runtime_error("cannot write " + file);
 }
 
-} // namespace velm::bench
+} // namespace velm::host::bench

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace velm::bench {
+namespace velm::host::bench {
 
 // What a row promises of ours against the reference.
 enum class Goal {
@@ -78,4 +78,4 @@ void compareStart(Table &table);    // from nothing to the first ray, and the me
 // compareStart starts this program anew for.
 void printHeldBytes(bool ours);
 
-} // namespace velm::bench
+} // namespace velm::host::bench

@@ -5,7 +5,7 @@
 
 #include <random>
 
-namespace velm::bench {
+namespace velm::host::bench {
 namespace {
 
 constexpr int kRounds = 15, kCalls = 4000000;
@@ -43,4 +43,4 @@ void compareDraws(Table &table) {
                   timed([twister = ReferenceTwister(3)]() mutable { return twister.noise(); }));
 }
 
-} // namespace velm::bench
+} // namespace velm::host::bench

@@ -21,7 +21,7 @@
 
 namespace {
 
-using namespace velm;
+using namespace velm::host;
 
 constexpr int kWidth = 1024, kHeight = 512, kListed = 10;
 
@@ -221,12 +221,12 @@ void evaluatePixelImage(benchmark::State &state) {
     const Module module = Module::open(VELM_MODULE_FILE);
     serverList().add(module.servers(), module.path());
     {
-        HostNodeEditor editor("Bench", "Bench", nullptr, nullptr);
+        Network editor("Bench", "Bench", nullptr, nullptr);
         HostNode &node = editor.addNode(serverList().get("Velm Pixel Image"));
         HostInput *input = createInput(editor.root(), kConnectColour, "In", nullptr);
         editor.connect(*node.findOutput("Color"), *input);
-        applySetting(*panelOf(node), {.label = "Image", .value = pictures.image->name, .place = {}});
-        applySetting(*panelOf(node), {.label = "X", .value = 500.0, .place = {}});
+        applySetting(*panelOf(node), {.label = "Image", .value = pictures.image->name, .location = {}});
+        applySetting(*panelOf(node), {.label = "X", .value = 500.0, .location = {}});
         editor.init(kInitRender);
         editor.newTime(0, 0);
         ShadingSample sample{};

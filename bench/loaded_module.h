@@ -4,7 +4,7 @@
 #include "host/graph/server_list.h"
 #include "host/load/module.h"
 
-namespace velm::bench {
+namespace velm::host::bench {
 
 class LoadedModule {
   public:
@@ -17,4 +17,4 @@ class LoadedModule {
     Module module_;
 };
 
-} // namespace velm::bench
+} // namespace velm::host::bench

@@ -8,7 +8,7 @@
 #include <string>
 
 int main(int argc, char **argv) {
-    using namespace velm::bench;
+    using namespace velm::host::bench;
     std::string json, rows, held;
     CLI::App app{"Measures Velm Nodes side by side with hand-written code"};
     app.add_option("--json", json, "write the rows to this file too");

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-namespace velm::bench {
+namespace velm::host::bench {
 namespace {
 
 // Many short rounds, so that both of a pair meet the machine in the same state.
@@ -18,7 +18,7 @@ constexpr const char *kNoise = "Fractal Noise"; // costs something, and gives th
 class Bed {
   public:
     Bed() {
-        editor_ = std::make_unique<HostNodeEditor>("Bench", "Bench", nullptr, nullptr);
+        editor_ = std::make_unique<Network>("Bench", "Bench", nullptr, nullptr);
         sample_.shadingNormal[1] = sample_.geometricNormal[1] = 1;
     }
     ~Bed() {
@@ -45,7 +45,7 @@ class Bed {
     }
 
   private:
-    std::unique_ptr<HostNodeEditor> editor_;
+    std::unique_ptr<Network> editor_;
     HostInput *input_ = nullptr;
     ShadingSample sample_{};
 };
@@ -108,7 +108,7 @@ void compareStores(Table &table) {
     const HostNode &noise = stored.add(kNoise), &store = stored.add("Velm Store Material");
     stored.connect(noise, "Color", store, "Color");
     HostNode &get = stored.add("Velm Get Material");
-    applySetting(*panelOf(get), {.label = "Slot", .value = store.name, .place = {}});
+    applySetting(*panelOf(get), {.label = "Slot", .value = store.name, .location = {}});
     stored.start(get, "Color", kConnectColour);
     constexpr int kCalls = 20000;
     table.compare(
@@ -126,7 +126,7 @@ void compareSampling(Table &table) {
     Bed sampled, plain;
     const HostNode &noise = sampled.add(kNoise);
     HostNode &sampler = sampled.add("Velm Take Samples");
-    applySetting(*panelOf(sampler), {.label = "Samples", .value = double{kSamples}, .place = {}});
+    applySetting(*panelOf(sampler), {.label = "Samples", .value = double{kSamples}, .location = {}});
     sampled.connect(noise, "Color", sampler, "Color");
     sampled.start(sampler, "Color", kConnectColour);
     plain.start(plain.add(kNoise), "Color", kConnectColour);
@@ -153,4 +153,4 @@ void compareNetworks(Table &table) {
     compareSampling(table);
 }
 
-} // namespace velm::bench
+} // namespace velm::host::bench

@@ -2,7 +2,7 @@
 #include "bench/compare.h"
 #include "bench/loaded_module.h"
 #include "bench/plain_picture.h"
-#include "host/scene/build_scene.h"
+#include "host/scene/build/scene_surfaces.h"
 #include "host/scene/read_scene.h"
 #include "host/services/time.h"
 
@@ -12,13 +12,13 @@
 #include <filesystem>
 #include <stdexcept>
 
-namespace velm::bench {
+namespace velm::host::bench {
 namespace {
 
 constexpr int kRounds = 7;
 
 SettingDescription setting(const char *label, SettingValue value) {
-    return {.label = label, .value = std::move(value), .place = {}};
+    return {.label = label, .value = std::move(value), .location = {}};
 }
 
 // Leaves the geometry, the camera and the backdrop, and one node on every surface, which gives the whole colour.
@@ -77,8 +77,8 @@ class Stage {
     }
 
   private:
-    BuiltScene built_;
-    World world_;
+    SceneSurfaces built_;
+    RenderScene world_;
     RenderJob job_;
     PlainShader shader_;
 };
@@ -139,7 +139,7 @@ class EnvironmentFile {
 void compareReflections(Table &table, SceneDescription demonstration) {
     constexpr double kBlur = 0.2;
     const EnvironmentFile environment;
-    demonstration.images.push_back({.name = "Environment", .file = environment.path(), .place = {}});
+    demonstration.images.push_back({.name = "Environment", .file = environment.path(), .location = {}});
     const std::vector<SettingDescription> settings = {setting("Mode", std::string(" Ray Tracing + Spherical Map")),
                                                       setting("Image", std::string("Environment")),
                                                       setting("Reflection Blur", 100 * kBlur)};
@@ -158,4 +158,4 @@ void comparePictures(Table &table) {
     compareReflections(table, demonstration);
 }
 
-} // namespace velm::bench
+} // namespace velm::host::bench

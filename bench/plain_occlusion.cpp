@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace velm::bench {
+namespace velm::host::bench {
 namespace {
 
 constexpr int kSamples = 27, kRings = 3, kPerRing = 9;
@@ -77,4 +77,4 @@ PlainShader plainOcclusion(const OcclusionSettings &settings) {
     return settings.colours ? shade<false, true> : shade<false, false>;
 }
 
-} // namespace velm::bench
+} // namespace velm::host::bench

@@ -1,7 +1,7 @@
 #include "bench/plain_picture.h"
 
-#include "host/render/camera.h"
-#include "host/render/sampling.h"
+#include "host/render/geometry/sampling.h"
+#include "host/render/scene/camera.h"
 
 #include <pmmintrin.h>
 #include <xmmintrin.h>
@@ -13,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-namespace velm::bench {
+namespace velm::host::bench {
 namespace {
 
 constexpr int kTileSize = 16;
@@ -35,7 +35,7 @@ Vec3 pixel(PlainTracer &tracer, const Camera &camera, const RenderJob &job, cons
 
 } // namespace
 
-PlainTracer::PlainTracer(const WorldData &worldData, uint32_t seed) : world(worldData), twister(seed) {
+PlainTracer::PlainTracer(const RenderSceneData &worldData, uint32_t seed) : world(worldData), twister(seed) {
     rtcInitIntersectContext(&context);
 }
 
@@ -75,7 +75,7 @@ Vec3 PlainTracer::normalAt(const RTCRayHit &ray) const {
     return dot(normal, {ray.ray.dir_x, ray.ray.dir_y, ray.ray.dir_z}) > 0 ? -normal : normal;
 }
 
-PlainPicture renderPlain(const World &world, const RenderJob &job, int threads, const PlainShader &shader) {
+PlainPicture renderPlain(const RenderScene &world, const RenderJob &job, int threads, const PlainShader &shader) {
     const Camera camera(world.data().cameras.front().description, job.width, job.height);
     const int columns = (job.width + kTileSize - 1) / kTileSize, rows = (job.height + kTileSize - 1) / kTileSize;
     PlainPicture result;
@@ -105,4 +105,4 @@ PlainPicture renderPlain(const World &world, const RenderJob &job, int threads, 
     return result;
 }
 
-} // namespace velm::bench
+} // namespace velm::host::bench

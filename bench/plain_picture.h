@@ -4,23 +4,23 @@
 #pragma once
 
 #include "bench/reference_mt19937.h"
+#include "host/render/geometry/vector.h"
 #include "host/render/renderer.h"
-#include "host/render/vector.h"
-#include "host/render/world_data.h"
+#include "host/render/scene/render_scene_data.h"
 
 #include <cstdint>
 #include <functional>
 
-namespace velm::bench {
+namespace velm::host::bench {
 
 // What a thread keeps: a random stream of its own, and the count of its rays.
 struct PlainTracer {
-    const WorldData &world;
+    const RenderSceneData &world;
     ReferenceTwister twister;
     RTCIntersectContext context{};
     uint64_t rays = 0;
 
-    PlainTracer(const WorldData &worldData, uint32_t seed);
+    PlainTracer(const RenderSceneData &worldData, uint32_t seed);
 
     // The nearest hit, left in `ray`.
     bool trace(const Vec3 &origin, const Vec3 &direction, RTCRayHit &ray);
@@ -42,7 +42,7 @@ struct PlainPicture {
 };
 
 // Renders the world's first camera, in the tiles of the renderer. `threads` threads.
-PlainPicture renderPlain(const World &world, const RenderJob &job, int threads, const PlainShader &shader);
+PlainPicture renderPlain(const RenderScene &world, const RenderJob &job, int threads, const PlainShader &shader);
 
 // Ambient Occlusion with its defaults, but for what stands here.
 struct OcclusionSettings {
@@ -55,4 +55,4 @@ PlainShader plainOcclusion(const OcclusionSettings &settings);
 // OpenImageIO, those that hit are black.
 PlainShader plainReflections(double blur, const std::string &image);
 
-} // namespace velm::bench
+} // namespace velm::host::bench

@@ -8,7 +8,7 @@
 #include <memory>
 #include <stdexcept>
 
-namespace velm::bench {
+namespace velm::host::bench {
 namespace {
 
 constexpr int kRays = 8;
@@ -43,4 +43,4 @@ PlainShader plainReflections(double blur, const std::string &file) {
     };
 }
 
-} // namespace velm::bench
+} // namespace velm::host::bench

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace velm::bench {
+namespace velm::host::bench {
 
 class ReferenceTwister {
   public:
@@ -47,4 +47,4 @@ class ReferenceTwister {
     int next_ = kWords;
 };
 
-} // namespace velm::bench
+} // namespace velm::host::bench

@@ -2,8 +2,8 @@
 #include "bench/compare.h"
 #include "bench/loaded_module.h"
 #include "host/render/renderer.h"
-#include "host/render/world_data.h"
-#include "host/scene/build_scene.h"
+#include "host/render/scene/render_scene_data.h"
+#include "host/scene/build/scene_surfaces.h"
 #include "host/scene/read_scene.h"
 #include "host/services/time.h"
 
@@ -24,7 +24,7 @@
 #include <unistd.h>
 #include <variant>
 
-namespace velm::bench {
+namespace velm::host::bench {
 namespace {
 
 constexpr const char *kScene = VELM_SOURCE_DIR "/examples/occlusion.json";
@@ -111,8 +111,8 @@ void startPlainly(const std::string &file) {
 void startWithNodes() {
     const LoadedModule module;
     const SceneDescription scene = readScene(kScene, makeSearchPath({}, nullptr));
-    BuiltScene built(scene, serverList());
-    const World world(scene, [&built](const std::string &name) { return built.surface(name); });
+    SceneSurfaces built(scene, serverList());
+    const RenderScene world(scene, [&built](const std::string &name) { return built.surface(name); });
     RenderJob job = renderJob(scene.render);
     job.width = job.height = job.samples = job.threads = 1;
     built.init(kInitRender);
@@ -178,9 +178,9 @@ void printHeldBytes(bool ours) {
         SceneDescription scene;
         ObjectDescription &sphere = scene.objects.emplace_back();
         sphere.shape = SphereShape{.segments = kSegments};
-        sphere.surfaces.push_back({.material = "", .surface = "Clay", .place = {}});
+        sphere.surfaces.push_back({.material = "", .surface = "Clay", .location = {}});
         Surface clay("Clay");
-        const World world(scene, [&clay](const std::string &) { return &clay; });
+        const RenderScene world(scene, [&clay](const std::string &) { return &clay; });
         std::printf("%.0f\n", residentBytes() - before);
     } else {
         PlainMesh mesh;
@@ -209,4 +209,4 @@ void compareStart(Table &table) {
         1, [] { return heldBytesOf("ours"); }, [] { return heldBytesOf("reference"); });
 }
 
-} // namespace velm::bench
+} // namespace velm::host::bench

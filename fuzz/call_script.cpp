@@ -9,8 +9,8 @@
 
 #include <algorithm>
 
-using namespace velm;
-using namespace velm::fuzz;
+using namespace velm::host;
+using namespace velm::host::fuzz;
 
 namespace {
 

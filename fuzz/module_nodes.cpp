@@ -8,7 +8,7 @@ extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
 }
 
-namespace velm::fuzz {
+namespace velm::host::fuzz {
 
 const HostServer *moduleServers() {
     static const bool started = _mod_descrip.startup() != nullptr;
@@ -24,4 +24,4 @@ void listModuleNodes() {
     static_cast<void>(listed);
 }
 
-} // namespace velm::fuzz
+} // namespace velm::host::fuzz

@@ -3,7 +3,7 @@
 
 #include "module/host.h"
 
-namespace velm::fuzz {
+namespace velm::host::fuzz {
 
 // Their table. Starts the module, the first time.
 const HostServer *moduleServers();
@@ -11,4 +11,4 @@ const HostServer *moduleServers();
 // Puts them into the host's list of servers, the first time.
 void listModuleNodes();
 
-} // namespace velm::fuzz
+} // namespace velm::host::fuzz

@@ -3,8 +3,8 @@
 #include "fuzz/networks.h"
 #include "fuzz/promise.h"
 
-using namespace velm;
-using namespace velm::fuzz;
+using namespace velm::host;
+using namespace velm::host::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
     listModuleNodes();

@@ -6,7 +6,7 @@
 #include "host/graph/surface.h"
 #include "host/state/save_state.h"
 
-namespace velm::fuzz {
+namespace velm::host::fuzz {
 
 namespace {
 
@@ -41,4 +41,4 @@ std::string throughSurface(std::string_view block, const std::string &file, std:
     return written;
 }
 
-} // namespace velm::fuzz
+} // namespace velm::host::fuzz

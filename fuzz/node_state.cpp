@@ -8,8 +8,8 @@
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 
-using namespace velm;
-using namespace velm::fuzz;
+using namespace velm::host;
+using namespace velm::host::fuzz;
 
 namespace {
 
@@ -40,7 +40,7 @@ class LoadedNode {
     }
 
   private:
-    HostNodeEditor editor_;
+    Network editor_;
     HostNode &node_;
 };
 

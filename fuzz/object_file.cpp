@@ -5,8 +5,8 @@
 
 #include "host/files/object_file.h"
 
-using namespace velm;
-using namespace velm::fuzz;
+using namespace velm::host;
+using namespace velm::host::fuzz;
 
 namespace {
 

@@ -2,14 +2,14 @@
 // and a test, learn of it.
 #pragma once
 
-#include "host/error.h"
+#include "host/base/error.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
 
-namespace velm::fuzz {
+namespace velm::host::fuzz {
 
 // Ends the program, saying which promise was broken, unless it was kept.
 inline void demand(bool kept, const char *promise, std::string_view instead = {}) {
@@ -34,7 +34,7 @@ inline std::string_view asText(const unsigned char *data, std::size_t size) {
     return {reinterpret_cast<const char *>(data), size};
 }
 
-} // namespace velm::fuzz
+} // namespace velm::host::fuzz
 
 // One input; 0, since every input is worth keeping. The fuzzer and the test of known inputs call it.
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size);

@@ -1,11 +1,11 @@
 // The scenes of the stand-alone host.
 #include "fuzz/promise.h"
 
+#include "host/scene/convert/write_surfaces.h"
 #include "host/scene/read_scene.h"
-#include "host/scene/write_surfaces.h"
 
-using namespace velm;
-using namespace velm::fuzz;
+using namespace velm::host;
+using namespace velm::host::fuzz;
 
 namespace {
 

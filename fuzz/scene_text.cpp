@@ -2,11 +2,11 @@
 #include "fuzz/module_nodes.h"
 #include "fuzz/promise.h"
 
+#include "host/animation/channel.h"
 #include "host/files/network_block.h"
-#include "host/services/channel.h"
 
-using namespace velm;
-using namespace velm::fuzz;
+using namespace velm::host;
+using namespace velm::host::fuzz;
 
 namespace {
 

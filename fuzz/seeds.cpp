@@ -7,7 +7,7 @@
 #include "host/files/object_file.h"
 #include "host/graph/network.h"
 #include "host/graph/node_data.h"
-#include "host/state/files.h"
+#include "host/io/files.h"
 #include "host/state/save_state.h"
 
 #include <filesystem>
@@ -15,7 +15,7 @@
 #include <sstream>
 
 namespace fs = std::filesystem;
-using namespace velm;
+using namespace velm::host;
 
 namespace {
 
@@ -90,7 +90,7 @@ void addSavedData(Corpus &corpus, const std::string &text) {
 
 // Every node by itself, and all nodes in one network.
 void addNodes(Corpus &corpus) {
-    HostNodeEditor editor("Seeds", "Seeds", nullptr, nullptr);
+    Network editor("Seeds", "Seeds", nullptr, nullptr);
     const auto &servers = serverList().all();
     for (std::size_t i = 0; i < servers.size(); ++i) {
         const HostNode &node = editor.addNode(*servers[i]);
@@ -130,7 +130,7 @@ int main(int count, char **arguments) {
         return 2;
     }
     try {
-        velm::fuzz::listModuleNodes();
+        velm::host::fuzz::listModuleNodes();
         Corpus corpus(arguments[1]);
         addNodes(corpus);
         addScripts(corpus);

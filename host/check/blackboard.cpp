@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -50,14 +50,14 @@ std::string callText(const Blackboard &from, int index, const char *call) {
 Blackboard &blackboard() { return *board; }
 void useBlackboard(Blackboard *shared) {
     board = shared;
-    useCallBoard(shared);
+    useCallRecord(shared);
 }
 
 void noteRound(std::uint64_t round) { board->rounds[std::max(0, ownSlot())].store(round, kRelaxed); }
 
 std::string lastCalls(const Blackboard &from) {
     std::string calls;
-    const FallRecord &fall = from.fall;
+    const CrashRecord &fall = from.fall;
     const int fallen = fall.filled.load() ? std::max(0, fall.slot) : -1;
     for (int i = 0; i < kSlots; ++i) {
         const char *call = from.slots[i].call.load(kRelaxed);
@@ -81,4 +81,4 @@ void warnCheck(const std::string &message) {
 
 void reproduceHere(bool here) { reproducing = here; }
 
-} // namespace velm
+} // namespace velm::host

@@ -3,18 +3,18 @@
 #pragma once
 
 #include "host/check/check.h"
-#include "host/guard/call_board.h"
+#include "host/guard/call_record.h"
 
 #include <atomic>
 #include <cstdint>
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 constexpr int kMostServers = 64; // nodes of one module that are checked
-static_assert(kMostServers <= kMostNumbered);
+static_assert(kMostServers <= kMaxServers);
 
-struct Blackboard : CallBoard {
+struct Blackboard : CallRecord {
     std::atomic<std::uint64_t> rounds[kSlots];
     std::atomic<bool> decided;
     Outcome outcome;
@@ -43,4 +43,4 @@ void warnCheck(const std::string &message);
 constexpr int kDecidedStatus = 42;
 void reproduceHere(bool here);
 
-} // namespace velm
+} // namespace velm::host

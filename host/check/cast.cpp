@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <memory>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -84,4 +84,4 @@ Cast makeCast(const WatchedServers &servers, const std::vector<std::string> &nam
     return cast;
 }
 
-} // namespace velm
+} // namespace velm::host

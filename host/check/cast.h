@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // A node is steady when it gives the same each time with settings of chance, and self-contained when it does so
 // whatever becomes of instances of all the module's nodes. In the order of `names`, for each two letters: 'y' or 'n'.
@@ -18,4 +18,4 @@ std::string tryOut(const WatchedServers &servers, const std::vector<std::string>
 // The nodes of these names, as they were tried out, perhaps in another process.
 Cast makeCast(const WatchedServers &servers, const std::vector<std::string> &names, const std::string &triedOut);
 
-} // namespace velm
+} // namespace velm::host

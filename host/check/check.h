@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 enum class Outcome { pass, warn, fail, crash, hang, skip };
 
@@ -73,4 +73,4 @@ CheckResult reproduceCheck(const CheckOptions &options);
 // Without FAIL, CRASH and HANG.
 bool allWell(const std::vector<CheckResult> &results);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,7 +1,7 @@
 #include "host/check/child.h"
 
-#include "host/error.h"
-#include "host/guard/witness.h"
+#include "host/base/error.h"
+#include "host/guard/crash_handler.h"
 
 #include <poll.h>
 #include <sys/mman.h> // memfd_create
@@ -16,7 +16,7 @@
 #include <csignal>
 #include <cstring>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -65,7 +65,7 @@ void Child::live(const std::function<void()> &work, int printed) {
     dup2(printed, STDOUT_FILENO);
     dup2(printed, STDERR_FILENO);
     useBlackboard(&*board_);
-    watchSignals();
+    installSignalHandlers();
     runToTheEnd(work);
 }
 
@@ -119,4 +119,4 @@ void runToTheEnd(const std::function<void()> &work) {
     _exit(kDecidedStatus);
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 using SharedBoard = SharedRecord<Blackboard>;
 
@@ -60,4 +60,4 @@ constexpr double kOtherProcessSeconds = 20;
 // Runs a check as a process does that runs nothing else: what it throws is a failure, and returning is passing.
 [[noreturn]] void runToTheEnd(const std::function<void()> &work);
 
-} // namespace velm
+} // namespace velm::host

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace velm {
+namespace velm::host {
 
 // SplitMix64: Steele, Lea, Flood, "Fast splittable pseudorandom number generators", OOPSLA 2014.
 class Dice {
@@ -42,4 +42,4 @@ inline std::uint64_t seedFor(std::uint64_t master, std::string_view name) {
     return Dice(hash).word();
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,14 +1,14 @@
 #include "host/check/elf_file.h"
 
-#include "host/error.h"
-#include "host/state/files.h"
+#include "host/base/error.h"
+#include "host/io/files.h"
 
 #include <elf.h>
 #include <link.h>
 
 #include <cstring>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -53,4 +53,4 @@ ElfSymbols readSymbols(const std::string &file) {
     return found;
 }
 
-} // namespace velm
+} // namespace velm::host

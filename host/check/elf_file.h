@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 struct ElfSymbols {
     std::vector<std::string> shown;  // that others can bind to
@@ -14,4 +14,4 @@ struct ElfSymbols {
 // The file is a whole shared object for this machine, as loading it has shown. InputError when it has no sections.
 ElfSymbols readSymbols(const std::string &file);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,6 +1,6 @@
 #include "host/check/failing_state.h"
 
-namespace velm {
+namespace velm::host {
 
 struct FailingCalls {
     static FailingReads &self(void *data) { return *static_cast<FailingReads *>(data); }
@@ -92,4 +92,4 @@ FailingWrites::FailingWrites(const HostSaveState *state, long writes)
                                         .depth = FailingCalls::writtenDepth,
                                         .writeDP = FailingCalls::Write<&HostSaveState::writeDP>::call} {}
 
-} // namespace velm
+} // namespace velm::host

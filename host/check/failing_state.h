@@ -4,7 +4,7 @@
 
 #include "module/host.h"
 
-namespace velm {
+namespace velm::host {
 
 // Passes everything on to another state until `reads` reads were answered; from then on every read gives 0 values and
 // no block is found. Leaving blocks and their depth go on as they are. Valid as long as the other state.
@@ -45,4 +45,4 @@ class FailingWrites {
     HostSaveState own_;
 };
 
-} // namespace velm
+} // namespace velm::host

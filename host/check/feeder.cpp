@@ -1,11 +1,11 @@
 #include "host/check/feeder.h"
 
-#include "host/services/lookup.h"
+#include "host/services/services.h"
 
 #include <algorithm>
 #include <cstddef>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -48,7 +48,7 @@ void feed(double number, int whole) {
     fedWhole = whole;
 }
 
-HostNode &addFeeder(HostNodeEditor &editor) {
+HostNode &addFeeder(Network &editor) {
     if (!serverList().find(kName)) serverList().add(kServers, kOrigin);
     return editor.addNode(serverList().get(kName));
 }
@@ -58,4 +58,4 @@ HostOutput &feederFor(HostNode &feeder, const HostInput &input) {
                           [&](const auto &output) { return output->type == input.type; });
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -3,15 +3,15 @@
 
 #include "host/graph/network.h"
 
-namespace velm {
+namespace velm::host {
 
 // What its outputs give from now on. [interface thread; between evaluations]
 void feed(double number, int whole);
 
 // Adds the node to a network. [interface thread; not while rendering]
-HostNode &addFeeder(HostNodeEditor &editor);
+HostNode &addFeeder(Network &editor);
 
 // Its output of an input's type.
 HostOutput &feederFor(HostNode &feeder, const HostInput &input);
 
-} // namespace velm
+} // namespace velm::host

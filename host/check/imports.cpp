@@ -20,7 +20,7 @@
 #include <new>
 #include <string_view>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -254,4 +254,4 @@ void failAllocation(long number) {
 
 bool allocationFailed() { return failed; }
 
-} // namespace velm
+} // namespace velm::host

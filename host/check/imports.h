@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace velm {
+namespace velm::host {
 
 enum class ImportKind { memory, file, thread, environment };
 constexpr int kImportKinds = 4;
@@ -33,4 +33,4 @@ void failAllocation(long number);
 // Whether that has happened.
 bool allocationFailed();
 
-} // namespace velm
+} // namespace velm::host

@@ -7,7 +7,7 @@
 #include "host/check/passed_on.h"
 #include "host/check/walk.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -106,4 +106,4 @@ constexpr Check kChecks[] = {
 
 std::span<const Check> togetherChecks() { return kChecks; }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,10 +1,10 @@
 // Level 1: the module as a file that is loaded and unloaded.
+#include "host/base/error.h"
 #include "host/check/blackboard.h"
 #include "host/check/elf_file.h"
 #include "host/check/levels.h"
 #include "host/check/surroundings.h"
 #include "host/check/watch.h"
-#include "host/error.h"
 
 #include <malloc.h>
 #include <sys/stat.h>
@@ -14,7 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -143,4 +143,4 @@ constexpr Check kChecks[] = {
 
 std::span<const Check> fileChecks() { return kChecks; }
 
-} // namespace velm
+} // namespace velm::host

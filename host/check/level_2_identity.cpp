@@ -3,14 +3,14 @@
 #include "host/check/child.h"
 #include "host/check/levels.h"
 #include "host/check/stage.h"
-#include "host/services/lookup.h"
+#include "host/load/lookup.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstring>
 #include <set>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -262,4 +262,4 @@ constexpr Check kChecks[] = {
 
 std::span<const Check> identityChecks() { return kChecks; }
 
-} // namespace velm
+} // namespace velm::host

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <memory>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -134,4 +134,4 @@ constexpr Check kChecks[] = {
 
 std::span<const Check> lifeChecks() { return kChecks; }
 
-} // namespace velm
+} // namespace velm::host

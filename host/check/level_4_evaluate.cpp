@@ -1,10 +1,10 @@
 // Level 4: single evaluations, on one thread.
+#include "host/base/error.h"
 #include "host/check/blackboard.h"
 #include "host/check/imports.h"
 #include "host/check/levels.h"
 #include "host/check/stage.h"
 #include "host/check/surroundings.h"
-#include "host/error.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -14,7 +14,7 @@
 #include <functional>
 #include <new>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -166,4 +166,4 @@ constexpr Check kChecks[] = {
 
 std::span<const Check> evaluateChecks() { return kChecks; }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,14 +1,14 @@
 // Level 5: settings, as panels set them, files keep them and copies take them over.
+#include "host/base/error.h"
 #include "host/check/blackboard.h"
 #include "host/check/child.h"
 #include "host/check/levels.h"
 #include "host/check/passed_on.h"
 #include "host/check/stage.h"
-#include "host/error.h"
 
 #include <clocale>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -213,4 +213,4 @@ constexpr Check kChecks[] = {
 
 std::span<const Check> settingsChecks() { return kChecks; }
 
-} // namespace velm
+} // namespace velm::host

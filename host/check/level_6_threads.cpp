@@ -1,15 +1,15 @@
 // Level 6: many render threads. What each thread gets must be what it gets alone, as far as that is the same each time.
+#include "host/base/thread_role.h"
 #include "host/check/blackboard.h"
 #include "host/check/levels.h"
 #include "host/check/render_threads.h"
 #include "host/check/stage.h"
-#include "host/thread_role.h"
 
 #include <barrier>
 #include <memory>
 #include <thread>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -201,4 +201,4 @@ constexpr Check kChecks[] = {
 
 std::span<const Check> threadChecks() { return kChecks; }
 
-} // namespace velm
+} // namespace velm::host

@@ -9,7 +9,7 @@
 #include <functional>
 #include <limits>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -155,7 +155,7 @@ void standsWirings(const CheckTask &task) {
     Dice dice(task.seed);
     for (int round = 0; round < kWirings; ++round) {
         noteRound(static_cast<std::uint64_t>(round));
-        HostNodeEditor editor("Check", "Check", nullptr, nullptr);
+        Network editor("Check", "Check", nullptr, nullptr);
         for (int i = 0; i < kNodesWired; ++i)
             editor.addNode(module.server(names[static_cast<std::size_t>(dice.below(names.size()))]));
         connectAtRandom(editor, dice);
@@ -199,4 +199,4 @@ constexpr Check kChecks[] = {
 
 std::span<const Check> inputChecks() { return kChecks; }
 
-} // namespace velm
+} // namespace velm::host

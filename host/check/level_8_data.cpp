@@ -1,15 +1,15 @@
 // Level 8: saved data that somebody damaged, by chance or on purpose. Loading may refuse it, and must not fall over it.
+#include "host/base/error.h"
 #include "host/check/blackboard.h"
 #include "host/check/failing_state.h"
 #include "host/check/levels.h"
 #include "host/check/stage.h"
-#include "host/error.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 
 #include <algorithm>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -222,4 +222,4 @@ constexpr Check kChecks[] = {
 
 std::span<const Check> dataChecks() { return kChecks; }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,11 +1,11 @@
 // Level 9: little memory, and a long time.
+#include "host/base/error.h"
 #include "host/check/blackboard.h"
 #include "host/check/imports.h"
 #include "host/check/levels.h"
 #include "host/check/stage.h"
-#include "host/error.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -151,4 +151,4 @@ constexpr Check kChecks[] = {
 
 std::span<const Check> resourceChecks() { return kChecks; }
 
-} // namespace velm
+} // namespace velm::host

@@ -5,7 +5,7 @@
 
 #include <span>
 
-namespace velm {
+namespace velm::host {
 
 std::span<const Check> fileChecks();     // 1
 std::span<const Check> identityChecks(); // 2
@@ -23,4 +23,4 @@ constexpr std::span<const Check> (*kLevels[])() = {fileChecks,     identityCheck
                                                    resourceChecks, togetherChecks};
 constexpr int kHighestLevel = static_cast<int>(sizeof kLevels / sizeof *kLevels);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,27 +1,25 @@
 #include "host/check/networks.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
-void addNodes(HostNodeEditor &network, std::vector<HostNode *> &nodes) {
+void addNodes(Network &network, std::vector<HostNode *> &nodes) {
     for (const auto &node : network.nodes()) {
         nodes.push_back(node.get());
-        for (HostNodeEditor *inside : node->nested) addNodes(*inside, nodes);
+        for (Network *inside : node->nested) addNodes(*inside, nodes);
     }
 }
 
 } // namespace
 
-std::unique_ptr<HostNodeEditor> makeNetwork() {
-    return std::make_unique<HostNodeEditor>("Walk", "Walk", nullptr, nullptr);
-}
+std::unique_ptr<Network> makeNetwork() { return std::make_unique<Network>("Walk", "Walk", nullptr, nullptr); }
 
-std::vector<HostNode *> nodesIn(HostNodeEditor &network) {
+std::vector<HostNode *> nodesIn(Network &network) {
     std::vector<HostNode *> nodes;
     addNodes(network, nodes);
     return nodes;
@@ -29,7 +27,7 @@ std::vector<HostNode *> nodesIn(HostNodeEditor &network) {
 
 std::size_t instancesIn(const HostNode &node) {
     std::size_t count = 1;
-    for (HostNodeEditor *inside : node.nested) count += nodesIn(*inside).size();
+    for (Network *inside : node.nested) count += nodesIn(*inside).size();
     return count;
 }
 
@@ -39,13 +37,13 @@ bool isInside(const HostNode &node, const HostNode &other) {
     return holder;
 }
 
-std::string namesOf(HostNodeEditor &network) {
+std::string namesOf(Network &network) {
     std::string names;
     for (const HostNode *node : nodesIn(network)) names += (names.empty() ? "" : ", ") + node->name;
     return "the network of " + names;
 }
 
-std::optional<std::string> saveNetwork(HostNodeEditor &network, int mode) {
+std::optional<std::string> saveNetwork(Network &network, int mode) {
     StateWriter writer(mode);
     try {
         network.save(*writer.state());
@@ -55,9 +53,9 @@ std::optional<std::string> saveNetwork(HostNodeEditor &network, int mode) {
     }
 }
 
-void loadNetwork(HostNodeEditor &network, const std::string &bytes, int mode) {
+void loadNetwork(Network &network, const std::string &bytes, int mode) {
     StateReader reader(mode, bytes, "saved");
     network.load(*reader.state());
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -9,22 +9,22 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
-std::unique_ptr<HostNodeEditor> makeNetwork();
+std::unique_ptr<Network> makeNetwork();
 
 // The nodes of a network and of the networks inside them, without roots, in the order in which they are saved.
-std::vector<HostNode *> nodesIn(HostNodeEditor &network);
+std::vector<HostNode *> nodesIn(Network &network);
 // A node and those inside it.
 std::size_t instancesIn(const HostNode &node);
 // Whether a node stands in a network inside another one, at any depth.
 bool isInside(const HostNode &node, const HostNode &other);
 // "the network of Counter, Counter (2)"
-std::string namesOf(HostNodeEditor &network);
+std::string namesOf(Network &network);
 
 // Nothing when it is larger than the form allows.
-std::optional<std::string> saveNetwork(HostNodeEditor &network, int mode);
+std::optional<std::string> saveNetwork(Network &network, int mode);
 // InputError when it cannot be loaded.
-void loadNetwork(HostNodeEditor &network, const std::string &bytes, int mode);
+void loadNetwork(Network &network, const std::string &bytes, int mode);
 
-} // namespace velm
+} // namespace velm::host

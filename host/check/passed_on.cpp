@@ -1,13 +1,13 @@
 #include "host/check/passed_on.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdint>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -44,4 +44,4 @@ std::vector<std::string> PassedOn::all() const {
     return texts;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 class PassedOn {
   public:
@@ -22,4 +22,4 @@ class PassedOn {
     int file_;
 };
 
-} // namespace velm
+} // namespace velm::host

@@ -1,9 +1,9 @@
 #include "host/check/render_threads.h"
 
+#include "host/base/thread_role.h"
 #include "host/check/blackboard.h"
-#include "host/thread_role.h"
 
-namespace velm {
+namespace velm::host {
 
 RenderThreads::~RenderThreads() {
     {
@@ -46,4 +46,4 @@ void RenderThreads::live(int index) {
     }
 }
 
-} // namespace velm
+} // namespace velm::host

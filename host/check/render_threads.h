@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // Between two slices the threads are parked: no sample is being evaluated, and the threads have no role.
 // [interface thread]
@@ -36,4 +36,4 @@ class RenderThreads {
     bool over_ = false;
 };
 
-} // namespace velm
+} // namespace velm::host

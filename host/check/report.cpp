@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <ostream>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -169,4 +169,4 @@ std::string resultsAsJunit(std::span<const CheckResult> results, const CheckOpti
     return text + "</testsuites>\n";
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -7,7 +7,7 @@
 #include <span>
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // A line for each check of the module and for each check of nodes, a further one for each node that is not well, and
 // the sum. A bad end comes with the command that shows it again.
@@ -20,4 +20,4 @@ std::string resultsAsJson(std::span<const CheckResult> results, const CheckOptio
 // One test suite for each check, one test case for each node; WARN passes, with its text as output.
 std::string resultsAsJunit(std::span<const CheckResult> results, const CheckOptions &options);
 
-} // namespace velm
+} // namespace velm::host

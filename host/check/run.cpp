@@ -1,10 +1,10 @@
 // Which checks run, each in its process, and what becomes of them.
+#include "host/base/error.h"
 #include "host/check/check.h"
 #include "host/check/child.h"
 #include "host/check/dice.h"
 #include "host/check/levels.h"
 #include "host/check/watch.h"
-#include "host/error.h"
 #include "host/load/module.h"
 
 #include <poll.h>
@@ -17,7 +17,7 @@
 #include <thread>
 #include <utility>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -260,4 +260,4 @@ bool allWell(const std::vector<CheckResult> &results) {
     });
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -126,4 +126,4 @@ void withoutRays(ShadingSample &sample) {
     sample.rayTraceMode = nullptr;
 }
 
-} // namespace velm
+} // namespace velm::host

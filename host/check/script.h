@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace velm {
+namespace velm::host {
 
 class Script {
   public:
@@ -41,4 +41,4 @@ inline std::string randomScript(std::uint64_t seed, std::size_t size) {
     return bytes;
 }
 
-} // namespace velm
+} // namespace velm::host

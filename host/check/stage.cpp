@@ -1,7 +1,7 @@
 #include "host/check/stage.h"
 
+#include "host/base/error.h"
 #include "host/check/blackboard.h"
-#include "host/error.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 
@@ -11,7 +11,7 @@
 #include <cmath>
 #include <cstdlib>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -82,7 +82,7 @@ HostError copyNode(HostNode &to, HostNode &from) {
     return to.handler->instance->copy(to.instance, from.instance);
 }
 
-void connectAtRandom(HostNodeEditor &editor, Dice &dice) {
+void connectAtRandom(Network &editor, Dice &dice) {
     const auto &nodes = editor.nodes();
     if (nodes.empty()) return;
     const auto feedInputs = [&](const HostNode &node) {
@@ -121,7 +121,7 @@ std::vector<Result> Stage::evaluate(const std::vector<ShadingSample> &samples) {
 }
 
 void Stage::randomSettings(Dice &dice, bool keys) {
-    velm::randomSettings(*node_, server_, dice, keys);
+    velm::host::randomSettings(*node_, server_, dice, keys);
     if (panel()) frame(0, 0.0); // animated values are read when a frame starts
 }
 
@@ -132,4 +132,4 @@ std::string difference(std::string_view one, std::string_view other) {
            std::to_string(other.size());
 }
 
-} // namespace velm
+} // namespace velm::host

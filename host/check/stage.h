@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // Moves what this process gets from now on to other addresses: another process, as far as addresses go.
 void shiftAddresses(std::uint64_t seed);
@@ -54,7 +54,7 @@ void randomSettings(HostNode &node, int server, Dice &dice, bool keys);
 void setNumber(HostPanel &panel, const PanelItem &control, double number);
 
 // Connects some of a network's inputs to outputs of chance. [interface thread; not while rendering]
-void connectAtRandom(HostNodeEditor &editor, Dice &dice);
+void connectAtRandom(Network &editor, Dice &dice);
 
 class Stage {
   public:
@@ -63,7 +63,7 @@ class Stage {
     ~Stage();
 
     HostNode &node() { return *node_; }
-    HostNodeEditor &editor() { return editor_; }
+    Network &editor() { return editor_; }
     int server() const { return server_; } // its place among the module's nodes
     HostPanel *panel();                    // null when there is none
 
@@ -84,7 +84,7 @@ class Stage {
     void randomSettings(Dice &dice, bool keys = true);
 
   private:
-    HostNodeEditor editor_;
+    Network editor_;
     HostNode *node_;
     int server_;
 };
@@ -92,4 +92,4 @@ class Stage {
 // For messages: the first place where two texts of bytes differ.
 std::string difference(std::string_view one, std::string_view other);
 
-} // namespace velm
+} // namespace velm::host

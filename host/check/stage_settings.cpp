@@ -1,14 +1,14 @@
 // Settings, as a hand that knows nothing of them would make them.
+#include "host/animation/channel.h"
+#include "host/animation/vparm.h"
 #include "host/check/blackboard.h"
 #include "host/check/stage.h"
-#include "host/services/channel.h"
-#include "host/services/vparm.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -134,4 +134,4 @@ void setNumber(HostPanel &panel, const PanelItem &control, double number) {
     }
 }
 
-} // namespace velm
+} // namespace velm::host

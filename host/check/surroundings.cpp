@@ -14,7 +14,7 @@
 #include <xmmintrin.h>
 #endif
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -122,4 +122,4 @@ std::string changesBetween(const Surroundings &before, const Surroundings &after
     return changes;
 }
 
-} // namespace velm
+} // namespace velm::host

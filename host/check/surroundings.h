@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // The control bits of the floating-point units: rounding, precision, masks, what becomes of tiny numbers.
 unsigned long floatingPointMode();
@@ -25,4 +25,4 @@ Surroundings lookAround();
 // What is not the same, in words; empty when all is. The floating-point mode is not among it.
 std::string changesBetween(const Surroundings &before, const Surroundings &after);
 
-} // namespace velm
+} // namespace velm::host

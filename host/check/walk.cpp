@@ -1,16 +1,16 @@
 #include "host/check/walk.h"
 
+#include "host/base/error.h"
 #include "host/check/blackboard.h"
 #include "host/check/networks.h"
 #include "host/check/stage.h"
 #include "host/check/walk_picture.h"
-#include "host/error.h"
 
 #include <algorithm>
 #include <deque>
 #include <optional>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -74,8 +74,8 @@ class Walk {
     }
 
     // Networks of their own, and those inside nodes.
-    std::vector<HostNodeEditor *> editors() const {
-        std::vector<HostNodeEditor *> all;
+    std::vector<Network *> editors() const {
+        std::vector<Network *> all;
         for (const auto &network : networks_) all.push_back(network.get());
         for (const HostNode *node : nodes()) all.insert(all.end(), node->nested.begin(), node->nested.end());
         return all;
@@ -86,8 +86,8 @@ class Walk {
         std::vector<HostNode *> all = nodes();
         return all.empty() ? nullptr : pick(all);
     }
-    HostNodeEditor *anyEditor() {
-        std::vector<HostNodeEditor *> all = editors();
+    Network *anyEditor() {
+        std::vector<Network *> all = editors();
         return all.empty() ? nullptr : pick(all);
     }
 
@@ -124,7 +124,7 @@ class Walk {
 
     // ---- Instances ----
 
-    HostNode *addNode(HostNodeEditor &editor, ServerClass &server) {
+    HostNode *addNode(Network &editor, ServerClass &server) {
         if (!hasRoom(1)) return nullptr;
         try {
             HostNode &added = editor.addNode(server);
@@ -138,7 +138,7 @@ class Walk {
     void create() {
         if (networks_.size() < kMostNetworks && script_.below(3) == 0) networks_.push_back(makeNetwork());
         if (networks_.empty()) return;
-        HostNodeEditor &editor = *anyEditor();
+        Network &editor = *anyEditor();
         for (int left = 1 + script_.below(kMostAtOnce); left > 0; --left)
             addNode(editor, *cast_[static_cast<std::size_t>(script_.below(cast_.size()))].server);
     }
@@ -172,7 +172,7 @@ class Walk {
 
     void copyNetwork() {
         if (networks_.size() < 2) return;
-        HostNodeEditor &from = *pick(networks_), &to = *pick(networks_);
+        Network &from = *pick(networks_), &to = *pick(networks_);
         if (&from != &to && hasRoom(nodesIn(from).size(), nodesIn(to).size())) to.copyFrom(from);
     }
 
@@ -216,7 +216,7 @@ class Walk {
 
     void saveWhole() {
         if (networks_.empty()) return;
-        HostNodeEditor &network = *pick(networks_);
+        Network &network = *pick(networks_);
         const int mode = kModes[script_.below(std::size(kModes))];
         std::optional<std::string> saved = saveNetwork(network, mode);
         compareSaved(saved.value_or(""));
@@ -226,7 +226,7 @@ class Walk {
     void loadWhole() {
         const Kept *kept = anyKept(nullptr);
         if (!kept || networks_.empty()) return;
-        HostNodeEditor &network = *pick(networks_);
+        Network &network = *pick(networks_);
         if (hasRoom(kept->instances, nodesIn(network).size())) loadNetwork(network, kept->bytes, kept->mode);
     }
 
@@ -238,7 +238,7 @@ class Walk {
     // ---- Wires ----
 
     void connect() {
-        HostNodeEditor *editor = anyEditor();
+        Network *editor = anyEditor();
         if (!editor || editor->nodes().empty()) return;
         const auto &some = editor->nodes();
         const HostNode &from = *some[static_cast<std::size_t>(script_.below(some.size()))];
@@ -260,15 +260,15 @@ class Walk {
 
     void rewire() {
         Dice dice = script_.dice();
-        if (HostNodeEditor *editor = anyEditor()) connectAtRandom(*editor, dice);
+        if (Network *editor = anyEditor()) connectAtRandom(*editor, dice);
     }
 
     // ---- Pictures ----
 
     void renderPicture();
-    void comparePicture(const Picture &picture, const std::vector<HostNodeEditor *> &networks,
+    void comparePicture(const Picture &picture, const std::vector<Network *> &networks,
                         const std::vector<std::vector<std::string>> &given);
-    void compareWithNew(const Picture &picture, std::size_t place, HostNodeEditor &network, const std::string &given,
+    void compareWithNew(const Picture &picture, std::size_t place, Network &network, const std::string &given,
                         int mode);
 
     Script script_;
@@ -278,7 +278,7 @@ class Walk {
     // loading what it saves, and can be compared with one that is built anew; in the others it begins as it is made.
     const bool isAsSaved_;
     const Cast cast_;
-    std::vector<std::unique_ptr<HostNodeEditor>> networks_;
+    std::vector<std::unique_ptr<Network>> networks_;
     std::deque<Kept> kept_;
 };
 
@@ -310,7 +310,7 @@ std::optional<std::string> steadily(Render renderOnce) {
 }
 
 void Walk::renderPicture() {
-    std::vector<HostNodeEditor *> networks;
+    std::vector<Network *> networks;
     for (const auto &network : networks_)
         if (!script_.flag() || networks_.size() == 1) networks.push_back(network.get());
     if (networks.empty()) return;
@@ -325,7 +325,7 @@ void Walk::renderPicture() {
             compareWithNew(picture, i, *networks[i], given[0][i], mode);
 }
 
-void Walk::comparePicture(const Picture &picture, const std::vector<HostNodeEditor *> &networks,
+void Walk::comparePicture(const Picture &picture, const std::vector<Network *> &networks,
                           const std::vector<std::vector<std::string>> &given) {
     for (std::size_t i = 0; i < networks.size(); ++i) {
         bool isSteady = haveAll(nodesIn(*networks[i]), &CastNode::isSteady);
@@ -337,11 +337,11 @@ void Walk::comparePicture(const Picture &picture, const std::vector<HostNodeEdit
 }
 
 // What a network gives depends on nothing but what it saves: not on its past, on others or on the number of threads.
-void Walk::compareWithNew(const Picture &picture, std::size_t place, HostNodeEditor &network, const std::string &given,
+void Walk::compareWithNew(const Picture &picture, std::size_t place, Network &network, const std::string &given,
                           int mode) {
     const std::optional<std::string> saved = saveNetwork(network, mode);
     if (!saved) return;
-    const std::unique_ptr<HostNodeEditor> made = makeNetwork();
+    const std::unique_ptr<Network> made = makeNetwork();
     loadNetwork(*made, *saved, mode);
     if (nodesIn(*made).size() != nodesIn(network).size())
         failCheck(namesOf(network) + " has other nodes once it was saved and loaded");
@@ -357,4 +357,4 @@ void walk(const Cast &cast, const std::string &script, const WalkManner &manner)
     if (!cast.empty()) Walk(cast, script, manner).run();
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // A kind of node that takes part.
 struct CastNode {
@@ -44,4 +44,4 @@ struct WalkManner {
 // Follows a script to its end, and destroys what is left. Fails the check where something is found. [interface thread]
 void walk(const Cast &cast, const std::string &script, const WalkManner &manner);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,12 +1,12 @@
 #include "host/check/walk_picture.h"
 
+#include "host/base/error.h"
 #include "host/check/networks.h"
 #include "host/check/stage.h"
-#include "host/error.h"
 
 #include <algorithm>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -14,7 +14,7 @@ constexpr long kInputs = 300;     // that one evaluation may follow
 constexpr int kLargestWhole = 50; // that comes through them
 constexpr std::size_t kProbes = 3, kSamples = 2, kCalls = 8;
 
-std::vector<Picture::Probe> chooseProbes(Script &script, HostNodeEditor &network) {
+std::vector<Picture::Probe> chooseProbes(Script &script, Network &network) {
     const std::vector<HostNode *> nodes = nodesIn(network);
     std::vector<Picture::Probe> probes;
     if (nodes.empty()) return probes;
@@ -44,7 +44,7 @@ Picture::Call makeFrame(Script &script) {
 
 // What is under way for one network of a picture.
 struct Part {
-    HostNodeEditor *network = nullptr;
+    Network *network = nullptr;
     bool isRunning = false;
     std::vector<HostOutput *> outputs;
     std::string given;
@@ -52,7 +52,7 @@ struct Part {
 
 class Rendering {
   public:
-    Rendering(const Picture &picture, const std::vector<HostNodeEditor *> &networks, RenderThreads *threads)
+    Rendering(const Picture &picture, const std::vector<Network *> &networks, RenderThreads *threads)
         : picture_(picture), threads_(threads), parts_(networks.size()) {
         for (std::size_t i = 0; i < networks.size(); ++i) {
             Part &part = parts_[i];
@@ -150,10 +150,10 @@ class Rendering {
 
 } // namespace
 
-Picture makePicture(Script &script, const std::vector<HostNodeEditor *> &networks) {
+Picture makePicture(Script &script, const std::vector<Network *> &networks) {
     Picture picture;
     picture.mode = script.below(4) == 0 ? kInitPreview : kInitRender;
-    for (HostNodeEditor *network : networks) picture.probes.push_back(chooseProbes(script, *network));
+    for (Network *network : networks) picture.probes.push_back(chooseProbes(script, *network));
     picture.calls.push_back(makeFrame(script));
     picture.calls.push_back(makeSlice(script));
     for (std::size_t left = static_cast<std::size_t>(script.below(kCalls)); left > 0; --left) {
@@ -169,15 +169,15 @@ Picture makePicture(Script &script, const std::vector<HostNodeEditor *> &network
     return picture;
 }
 
-std::vector<std::string> render(const Picture &picture, const std::vector<HostNodeEditor *> &networks,
+std::vector<std::string> render(const Picture &picture, const std::vector<Network *> &networks,
                                 RenderThreads *threads) {
     return Rendering(picture, networks, threads).run();
 }
 
-std::string renderAlone(const Picture &picture, std::size_t place, HostNodeEditor &network) {
-    std::vector<HostNodeEditor *> networks(picture.probes.size());
+std::string renderAlone(const Picture &picture, std::size_t place, Network &network) {
+    std::vector<Network *> networks(picture.probes.size());
     networks[place] = &network;
     return render(picture, networks, nullptr)[place];
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // Everything that is called for a picture, by the places of networks, nodes and outputs, so that it can be done again
 // with other networks of the same nodes.
@@ -34,14 +34,13 @@ struct Picture {
 };
 
 // `networks`: at least one.
-Picture makePicture(Script &script, const std::vector<HostNodeEditor *> &networks);
+Picture makePicture(Script &script, const std::vector<Network *> &networks);
 
 // What each network gives, as bytes, or "error: ..." where a node reports one. A null network is left out. Without
 // threads, the samples of each are evaluated by the caller, one thread's after the other's. [between frames]
-std::vector<std::string> render(const Picture &picture, const std::vector<HostNodeEditor *> &networks,
-                                RenderThreads *threads);
+std::vector<std::string> render(const Picture &picture, const std::vector<Network *> &networks, RenderThreads *threads);
 
 // The same for one of the networks by itself, or for another of the same nodes in its place.
-std::string renderAlone(const Picture &picture, std::size_t place, HostNodeEditor &network);
+std::string renderAlone(const Picture &picture, std::size_t place, Network &network);
 
-} // namespace velm
+} // namespace velm::host

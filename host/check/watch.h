@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // What the module is doing, by the callback that the calling thread is in.
 enum class Phase {
@@ -105,4 +105,4 @@ const HostServer *findServer(const HostServer *table, const char *className, con
 constexpr int kMostRows = 4096;
 std::vector<std::string> nodeNames(const HostServer *table);
 
-} // namespace velm
+} // namespace velm::host

@@ -9,7 +9,7 @@
 #include <exception>
 #include <utility>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -169,4 +169,4 @@ LoadedModule::LoadedModule(const std::string &file) : module_(openNoted(file)) {
 WatchedModule::WatchedModule(const std::string &file)
     : LoadedModule(file), WatchedServers(module().servers(), module().path()) {}
 
-} // namespace velm
+} // namespace velm::host

@@ -2,7 +2,7 @@
 #include "host/check/blackboard.h"
 #include "host/check/watch.h"
 #include "host/graph/node.h"
-#include "host/services/lookup.h"
+#include "host/load/lookup.h"
 
 #include <algorithm>
 #include <map>
@@ -10,7 +10,7 @@
 #include <string>
 #include <type_traits>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -133,7 +133,12 @@ void pass(const char *name, Allowed allowed = Allowed::interface) {
     if (real<Table>.*member) passing<Table>.*member = Passed<member>::call;
 }
 
-// Puts the watched copy of a table in the place of the host's.
+void replaceService(const char *name, void *(*give)()) {
+    const Service row[] = {{.name = name, .give = give}};
+    offerServices(row);
+}
+
+// Replaces a table of the host by its watched copy.
 template <class Table, class Fill>
 void watchTable(const char *service, Fill fill) {
     const void *table = lookup(service, kUseTransient);
@@ -141,7 +146,7 @@ void watchTable(const char *service, Fill fill) {
     real<Table> = *static_cast<const Table *>(table);
     passing<Table> = real<Table>;
     fill();
-    offerService(service, &passing<Table>);
+    replaceService(service, [] { return static_cast<void *>(&passing<Table>); });
 }
 
 // A result belongs to the evaluation that the thread is in, and to no other.
@@ -273,11 +278,11 @@ void watchPanels() {
     });
     if (void *service = lookup(HOST_INSTANCE_UPDATE, kUseTransient)) {
         realUpdate = reinterpret_cast<HostInstanceUpdate *>(service);
-        offerService(HOST_INSTANCE_UPDATE, reinterpret_cast<void *>(update));
+        replaceService(HOST_INSTANCE_UPDATE, [] { return reinterpret_cast<void *>(update); });
     }
     if (void *service = lookup(HOST_FILE_REQUEST, kUseTransient)) {
         realRequest = reinterpret_cast<HostFileRequestFunc *>(service);
-        offerService(HOST_FILE_REQUEST, reinterpret_cast<void *>(request));
+        replaceService(HOST_FILE_REQUEST, [] { return reinterpret_cast<void *>(request); });
     }
 }
 
@@ -318,4 +323,4 @@ HandlesInUse handlesInUse() {
     return {static_cast<long>(live<HostVParm>().size()), static_cast<long>(live<HostNodeEditor>().size())};
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,13 +1,13 @@
 // "velm check": whether a compiled module keeps to what hosts demand of it.
+#include "host/base/error.h"
 #include "host/check/report.h"
 #include "host/cli/commands.h"
 #include "host/cli/run.h"
-#include "host/error.h"
-#include "host/state/files.h"
+#include "host/io/files.h"
 
 #include <ostream>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -37,4 +37,4 @@ int runCheck(const Options &options, const CheckCommandOptions &check, std::ostr
     return status;
 }
 
-} // namespace velm
+} // namespace velm::host

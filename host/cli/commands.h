@@ -5,7 +5,7 @@
 
 #include <iosfwd>
 
-namespace velm {
+namespace velm::host {
 
 // Each does what its options say and gives the exit status. Errors are thrown: InputError, UsageError, MachineError.
 int runNodes(const Options &options, const NodesOptions &nodes, std::ostream &out);
@@ -16,4 +16,4 @@ int runPack(const Options &options, const PackOptions &pack, std::ostream &out, 
 int runUnpack(const Options &options, const UnpackOptions &unpack, std::ostream &out, std::ostream &err);
 int runRender(const Options &options, const RenderOptions &render, std::ostream &out, std::ostream &err);
 
-} // namespace velm
+} // namespace velm::host

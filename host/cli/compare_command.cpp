@@ -1,14 +1,14 @@
 // "velm compare": whether two pictures are the same, and where they are not.
+#include "host/base/error.h"
 #include "host/cli/commands.h"
 #include "host/cli/output_file.h"
 #include "host/cli/run.h"
-#include "host/error.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <ostream>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -66,4 +66,4 @@ int runCompare(const CompareOptions &compare, std::ostream &out, std::ostream &e
     }
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <regex>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -46,4 +46,4 @@ std::string FrameNames::operator()(int frame) const {
     return fmt::format("{}{}{:0{}}{}", before_, frame < 0 ? "-" : "", frame < 0 ? -frame : frame, digits_, after_);
 }
 
-} // namespace velm
+} // namespace velm::host

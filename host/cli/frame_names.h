@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // Where a frame's number goes in a file's name.
 class FrameNames {
@@ -21,4 +21,4 @@ class FrameNames {
     int digits_ = 0; // at least; zeros fill them up
 };
 
-} // namespace velm
+} // namespace velm::host

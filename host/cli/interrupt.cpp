@@ -1,6 +1,6 @@
 #include "host/cli/interrupt.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -23,4 +23,4 @@ InterruptGuard::~InterruptGuard() { sigaction(SIGINT, &before_, nullptr); }
 
 bool InterruptGuard::interrupted() { return noted != 0; }
 
-} // namespace velm
+} // namespace velm::host

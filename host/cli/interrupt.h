@@ -3,7 +3,7 @@
 
 #include <csignal>
 
-namespace velm {
+namespace velm::host {
 
 // While one lives, the first SIGINT is only noted, so that the render can end in an orderly way; a second one ends the
 // program at once. [interface thread; one at a time]
@@ -21,4 +21,4 @@ class InterruptGuard {
     struct sigaction before_ {};
 };
 
-} // namespace velm
+} // namespace velm::host

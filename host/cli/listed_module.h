@@ -4,7 +4,7 @@
 #include "host/graph/server_list.h"
 #include "host/load/module.h"
 
-namespace velm {
+namespace velm::host {
 
 // Loads a module and lists its servers; takes both back at the end. No node of it may be left then.
 // [interface thread; not while rendering]
@@ -24,4 +24,4 @@ class ListedModule {
     Module module_;
 };
 
-} // namespace velm
+} // namespace velm::host

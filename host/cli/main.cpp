@@ -6,5 +6,5 @@
 
 int main(int argc, char **argv) {
     std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error with a name, as a full disk is
-    return velm::runGuarded(argc, argv, std::cout, std::cerr);
+    return velm::host::runGuarded(argc, argv, std::cout, std::cerr);
 }

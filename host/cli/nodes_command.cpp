@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 #include <ostream>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -24,7 +24,7 @@ std::string outputNames(const HostNode &node) {
 
 // A node's inputs and outputs are known only to an instance.
 Row rowOf(ServerClass &server) {
-    HostNodeEditor editor("nodes", "nodes", nullptr, nullptr);
+    Network editor("nodes", "nodes", nullptr, nullptr);
     const HostNode &node = editor.addNode(server);
     return {server.name(),
             server.displayName(),
@@ -57,4 +57,4 @@ int runNodes(const Options &options, const NodesOptions &nodes, std::ostream &ou
     return 0;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,9 +1,8 @@
 #include "host/cli/options.h"
 
+#include "host/base/names.h"
 #include "host/check/levels.h"
 #include "host/cli/run.h"
-#include "host/graph/names.h"
-#include "host/suggest.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -14,7 +13,7 @@
 #include <fmt/ranges.h>
 #include <ostream>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -206,7 +205,7 @@ void addCheck(CLI::App &command, Options &options, CheckCommandOptions &check) {
     if (rest.empty()) throw UsageError(fmt::format("a command is needed: {}", fmt::join(names, ", ")));
     const std::string &word = rest.front();
     if (word.starts_with('-')) throw UsageError(fmt::format("there is no option {}", word));
-    throw UsageError(fmt::format("there is no command {}{}", velm::quoted(word), suggestion(word, names)));
+    throw UsageError(fmt::format("there is no command {}{}", velm::host::quoted(word), suggestion(word, names)));
 }
 
 std::string joined(int argc, const char *const *argv) {
@@ -324,4 +323,4 @@ std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostr
     return options;
 }
 
-} // namespace velm
+} // namespace velm::host

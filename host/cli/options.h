@@ -12,7 +12,7 @@
 #include <variant>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 struct NodesOptions {
     bool all = false; // the host's own nodes too
@@ -89,4 +89,4 @@ Region parseRegion(const std::string &text);     // "0,0,320,200"
 // wrong.
 std::optional<Options> parseOptions(int argc, const char *const *argv, std::ostream &out);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,14 +1,14 @@
 #include "host/cli/output_file.h"
 
+#include "host/base/error.h"
 #include "host/cli/run.h"
-#include "host/error.h"
 #include "host/image/picture.h"
-#include "host/state/files.h"
+#include "host/io/files.h"
 
 #include <filesystem>
 #include <fmt/format.h>
 
-namespace velm {
+namespace velm::host {
 
 void checkOutputName(const std::string &file) {
     try {
@@ -35,4 +35,4 @@ void refuseToReplace(const std::string &output, const std::string &input) {
         throw UsageError(fmt::format("cannot write \"{}\": it is read, as \"{}\"", output, input));
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // UsageError for an ending that names no picture format, and for a name under which something stands that is no file,
 // such as a directory or a device.
@@ -16,4 +16,4 @@ void prepareOutput(const std::string &file);
 // UsageError when `input`, which is read, is the same file as `output`, by whatever name.
 void refuseToReplace(const std::string &output, const std::string &input);
 
-} // namespace velm
+} // namespace velm::host

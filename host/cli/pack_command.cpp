@@ -1,21 +1,21 @@
 // "velm pack" and "velm unpack": networks between scene files and object files.
+#include "host/base/names.h"
+#include "host/base/one_line.h"
 #include "host/cli/commands.h"
 #include "host/cli/listed_module.h"
 #include "host/cli/output_file.h"
 #include "host/cli/run.h"
-#include "host/graph/names.h"
-#include "host/one_line.h"
-#include "host/scene/object_surfaces.h"
+#include "host/io/files.h"
+#include "host/scene/convert/object_surfaces.h"
+#include "host/scene/convert/write_surfaces.h"
 #include "host/scene/read_scene.h"
-#include "host/scene/write_surfaces.h"
-#include "host/state/files.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
 #include <ostream>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -43,7 +43,7 @@ void warnOfAnimated(const ObjectFile &object, Warnings &warnings) {
     std::vector<std::string> animated;
     surfacesOf(object, &animated);
     for (const std::string &what : animated)
-        warnings.add({.place = {.file = object.name(), .line = 0},
+        warnings.add({.location = {.file = object.name(), .line = 0},
                       .path = "",
                       .brief = "envelopes of surfaces",
                       .message = what + " has an envelope, which is not read; what it is without it counts"});
@@ -60,7 +60,7 @@ int runPack(const Options &options, const PackOptions &pack, std::ostream &out, 
     for (ImageDescription &image : scene.images) image.file = std::filesystem::absolute(image.file).string();
     ObjectFile object(readFile(pack.object), pack.object);
     const ListedModule module(options.module);
-    const BuiltScene built(scene, serverList(), &warnings);
+    const SceneSurfaces built(scene, serverList(), &warnings);
     const UsualSettings usual(serverList());
     for (const PackedSurface &surface : packSurfaces(object, scene, built, usual)) tell(surface, out);
     writeFileAtomically(output, object.write());
@@ -93,4 +93,4 @@ int runUnpack(const Options &options, const UnpackOptions &unpack, std::ostream 
     return kExitDone;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -9,7 +9,7 @@
 #include <map>
 #include <ostream>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -176,4 +176,4 @@ void printPanel(HostPanel &panel, std::ostream &out) {
     LayoutPrinter(controls, out).printItems(layout(panel), 0, 0);
 }
 
-} // namespace velm
+} // namespace velm::host

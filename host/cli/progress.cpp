@@ -1,7 +1,7 @@
 #include "host/cli/progress.h"
 
+#include "host/base/one_line.h"
 #include "host/cli/interrupt.h"
-#include "host/one_line.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +9,7 @@
 #include <iostream>
 #include <unistd.h>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -80,4 +80,4 @@ void ProgressReport::end(const std::string &message) {
     shown_ = -1;
 }
 
-} // namespace velm
+} // namespace velm::host

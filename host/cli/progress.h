@@ -7,7 +7,7 @@
 #include <iosfwd>
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 enum class ProgressStyle {
     none,
@@ -52,4 +52,4 @@ class ProgressReport : public ProgressSink {
 // "1:05" or "1:00:05". Exposed for tests.
 std::string durationText(double seconds);
 
-} // namespace velm
+} // namespace velm::host

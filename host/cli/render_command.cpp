@@ -1,4 +1,5 @@
 // "velm render": the frames of a scene, as pictures.
+#include "host/base/warnings.h"
 #include "host/cli/commands.h"
 #include "host/cli/frame_names.h"
 #include "host/cli/interrupt.h"
@@ -8,16 +9,15 @@
 #include "host/cli/run.h"
 #include "host/cli/statistics.h"
 #include "host/graph/node.h"
-#include "host/scene/build_scene.h"
+#include "host/scene/build/scene_surfaces.h"
 #include "host/scene/read_scene.h"
 #include "host/services/time.h"
-#include "host/warnings.h"
 
 #include <cstdlib>
 #include <fmt/format.h>
 #include <ostream>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -78,13 +78,13 @@ void prepareOutputs(const RenderPlan &plan, const SceneDescription &scene) {
 // Surfaces between init and cleanup.
 class Rendering {
   public:
-    explicit Rendering(BuiltScene &scene) : scene_(scene) { scene_.init(kInitRender); }
+    explicit Rendering(SceneSurfaces &scene) : scene_(scene) { scene_.init(kInitRender); }
     ~Rendering() { scene_.cleanup(); }
     Rendering(const Rendering &) = delete;
     Rendering &operator=(const Rendering &) = delete;
 
   private:
-    BuiltScene &scene_;
+    SceneSurfaces &scene_;
 };
 
 // Who is told what while the frames are rendered.
@@ -109,7 +109,7 @@ struct Telling {
 // Networks can come back to themselves behind the host's back, so that only rendering brings it to light.
 void warnOfCircle(const std::string &sceneFile, Warnings &warnings) {
     if (!takeEvaluationTooDeep()) return;
-    warnings.add({.place = {.file = sceneFile, .line = 0},
+    warnings.add({.location = {.file = sceneFile, .line = 0},
                   .path = "",
                   .brief = "nodes that ask each other in a circle",
                   .message = "nodes ask each other in a circle, by way of a store perhaps; the inputs where it was cut "
@@ -117,8 +117,8 @@ void warnOfCircle(const std::string &sceneFile, Warnings &warnings) {
 }
 
 // Renders all frames and writes each when it is whole; false when it was interrupted.
-bool renderFrames(const RenderPlan &plan, const World &world, BuiltScene &built, const PictureMetadata &metadata,
-                  Telling &telling) {
+bool renderFrames(const RenderPlan &plan, const RenderScene &world, SceneSurfaces &built,
+                  const PictureMetadata &metadata, Telling &telling) {
     const InterruptGuard guard;
     const Rendering rendering(built);
     for (std::size_t i = 0; i < plan.frames.size(); ++i) {
@@ -152,8 +152,8 @@ int runRender(const Options &options, const RenderOptions &render, std::ostream 
 
     Telling telling(render, err);
     const ListedModule module(options.module);
-    World world(scene); // before the nodes, whose panels may list what stands in it
-    BuiltScene built(scene, serverList(), &telling.warnings);
+    RenderScene world(scene); // before the nodes, whose panels may list what stands in it
+    SceneSurfaces built(scene, serverList(), &telling.warnings);
     world.prepare(scene, [&built](const std::string &name) { return built.surface(name); });
     telling.total.prepared(world.pointCount());
     const PictureMetadata metadata{
@@ -168,4 +168,4 @@ int runRender(const Options &options, const RenderOptions &render, std::ostream 
     return kExitDone;
 }
 
-} // namespace velm
+} // namespace velm::host

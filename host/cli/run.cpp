@@ -1,16 +1,16 @@
 #include "host/cli/run.h"
 
+#include "host/base/error.h"
+#include "host/base/one_line.h"
 #include "host/cli/commands.h"
 #include "host/cli/progress.h"
-#include "host/error.h"
-#include "host/one_line.h"
-#include "host/render/scene_services.h"
+#include "host/render/services/scene_services.h"
 
 #include <functional>
 #include <new>
 #include <ostream>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -99,4 +99,4 @@ int runGuarded(int argc, const char *const *argv, std::ostream &out, std::ostrea
     return parseAndRun(argc, argv, out, err, runCommandGuarded);
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // What the program ends with.
 enum ExitStatus {
@@ -44,4 +44,4 @@ int run(int argc, const char *const *argv, std::ostream &out, std::ostream &err)
 // [main thread; others are idle]
 int runGuarded(int argc, const char *const *argv, std::ostream &out, std::ostream &err);
 
-} // namespace velm
+} // namespace velm::host

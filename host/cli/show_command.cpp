@@ -1,9 +1,9 @@
 // "velm show": one node, its inputs and outputs, its settings and its panel.
+#include "host/base/error.h"
+#include "host/base/names.h"
 #include "host/cli/commands.h"
 #include "host/cli/listed_module.h"
 #include "host/cli/panel_text.h"
-#include "host/error.h"
-#include "host/graph/names.h"
 #include "host/graph/network.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 #include <ostream>
 #include <sstream>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -26,12 +26,12 @@ ServerClass &findServer(const std::string &wanted) {
         if (server->displayName() != server->name()) names.push_back(server->displayName());
         if (server->displayName() != wanted) continue;
         found = server.get();
-        fitting.push_back(velm::quoted(server->name()));
+        fitting.push_back(velm::host::quoted(server->name()));
     }
     if (fitting.size() > 1)
         throw InputError(
-            fmt::format("several nodes are shown as {}: {}", velm::quoted(wanted), fmt::join(fitting, ", ")));
-    if (!found) throw InputError(fmt::format("no node {}{}", velm::quoted(wanted), suggestion(wanted, names)));
+            fmt::format("several nodes are shown as {}: {}", velm::host::quoted(wanted), fmt::join(fitting, ", ")));
+    if (!found) throw InputError(fmt::format("no node {}{}", velm::host::quoted(wanted), suggestion(wanted, names)));
     return *found;
 }
 
@@ -50,7 +50,7 @@ void printSockets(const char *title, const Sockets &sockets, std::ostream &out) 
 int runShow(const Options &options, const ShowOptions &show, std::ostream &out) {
     const ListedModule module(options.module);
     ServerClass &server = findServer(show.node);
-    HostNodeEditor editor("show", "show", nullptr, nullptr);
+    Network editor("show", "show", nullptr, nullptr);
     HostNode &node = editor.addNode(server);
 
     std::ostringstream text; // so that nothing is half shown when the panel turns out to be wrong
@@ -67,4 +67,4 @@ int runShow(const Options &options, const ShowOptions &show, std::ostream &out) 
     return 0;
 }
 
-} // namespace velm
+} // namespace velm::host

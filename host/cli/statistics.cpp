@@ -4,7 +4,7 @@
 #include <ostream>
 #include <sys/resource.h>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -58,4 +58,4 @@ void TotalStatistics::print(std::ostream &out) const {
     row("peak memory", fmt::format("{:>14.1f} MiB", peakMemory()));
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <iosfwd>
 
-namespace velm {
+namespace velm::host {
 
 // Sums up the frames of one run.
 class TotalStatistics {
@@ -27,4 +27,4 @@ class TotalStatistics {
     RenderStatistics sum_;
 };
 
-} // namespace velm
+} // namespace velm::host

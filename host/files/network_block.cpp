@@ -1,14 +1,14 @@
 #include "host/files/network_block.h"
 
 #include "host/graph/network_blocks.h"
-#include "host/graph/stand_in.h"
+#include "host/graph/placeholder.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 
 #include <array>
 #include <fmt/format.h>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -38,10 +38,10 @@ void loadNetwork(Surface &surface, std::string_view block, const std::string &fi
     if (reader.failed()) throw InputError(reader.error());
 }
 
-std::unique_ptr<HostNodeEditor> readNetwork(const SceneText &scene, const SceneBlock &block) {
+std::unique_ptr<Network> readNetwork(const SceneText &scene, const SceneBlock &block) {
     StateReader ahead(kStateText, scene.text(block), scene.name(), block.line - 1);
     const std::string server = rootServer(*ahead.state());
-    auto network = std::make_unique<HostNodeEditor>(server, std::make_shared<StandIn>(server, server));
+    auto network = std::make_unique<Network>(server, std::make_shared<Placeholder>(server, server));
     StateReader whole(kStateText, scene.text(block), scene.name(), block.line - 1);
     const HostLoadState &state = *whole.state();
     try {
@@ -56,7 +56,7 @@ std::unique_ptr<HostNodeEditor> readNetwork(const SceneText &scene, const SceneB
     return network;
 }
 
-std::string writeNetwork(HostNodeEditor &network) {
+std::string writeNetwork(Network &network) {
     StateWriter writer(kStateText);
     const HostSaveState &state = *writer.state();
     state.beginBlock(state.data, &blocks::kNetwork, 0);
@@ -65,4 +65,4 @@ std::string writeNetwork(HostNodeEditor &network) {
     return writer.finish();
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,6 +1,7 @@
 #include "host/files/object_file.h"
+#include "host/base/four_cc.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/state/blocks.h"
 
 #include <bit>
@@ -8,18 +9,12 @@
 #include <limits>
 #include <utility>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
-constexpr std::uint32_t id4(const char (&text)[5]) {
-    std::uint32_t id = 0;
-    for (int i = 0; i < 4; ++i) id = id << 8 | static_cast<unsigned char>(text[i]);
-    return id;
-}
-
-constexpr std::uint32_t kForm = id4("FORM"), kObject = id4("LWO2"), kSurface = id4("SURF"), kClip = id4("CLIP"),
-                        kStill = id4("STIL"), kNetwork = id4("NODS");
+constexpr std::uint32_t kForm = fourCC("FORM"), kObject = fourCC("LWO2"), kSurface = fourCC("SURF"),
+                        kClip = fourCC("CLIP"), kStill = fourCC("STIL"), kNetwork = fourCC("NODS");
 constexpr std::size_t kChunkHeader = 8, kSubChunkHeader = 6, kFormHeader = 12;
 constexpr std::size_t kLargestSubChunk = 0xffff;
 
@@ -194,16 +189,16 @@ SurfaceChunkValues ObjectFile::values(std::size_t index) const {
         const auto found = floats<1>(surface, id, &values);
         return found ? std::optional((*found)[0]) : std::nullopt;
     };
-    values.colour = floats<3>(surface, id4("COLR"), &values);
-    values.luminosity = number(id4("LUMI"));
-    values.diffuse = number(id4("DIFF"));
-    values.specular = number(id4("SPEC"));
-    values.glossiness = number(id4("GLOS"));
-    values.reflection = number(id4("REFL"));
-    values.transparency = number(id4("TRAN"));
-    values.refractionIndex = number(id4("RIND"));
-    if (const auto angle = floats<1>(surface, id4("SMAN"), nullptr)) values.smoothingAngle = (*angle)[0];
-    if (const SubChunk *sides = find(surface, id4("SIDE"))) {
+    values.colour = floats<3>(surface, fourCC("COLR"), &values);
+    values.luminosity = number(fourCC("LUMI"));
+    values.diffuse = number(fourCC("DIFF"));
+    values.specular = number(fourCC("SPEC"));
+    values.glossiness = number(fourCC("GLOS"));
+    values.reflection = number(fourCC("REFL"));
+    values.transparency = number(fourCC("TRAN"));
+    values.refractionIndex = number(fourCC("RIND"));
+    if (const auto angle = floats<1>(surface, fourCC("SMAN"), nullptr)) values.smoothingAngle = (*angle)[0];
+    if (const SubChunk *sides = find(surface, fourCC("SIDE"))) {
         if (sides->contents.size < 2) fail(sides->contents.at, "the sub-chunk SIDE is too short");
         values.sides = static_cast<int>(big(sides->contents.at, 2));
     }
@@ -255,4 +250,4 @@ std::string ObjectFile::write() const {
     return bytes_.substr(0, 4) + bigEndian(form.size(), 4) + form + bytes_.substr(end_);
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // Part of an object file: `size` bytes from `at`, counted from the start of the file.
 struct FileRange {
@@ -105,4 +105,4 @@ class ObjectFile {
     std::string added_;                                // chunks
 };
 
-} // namespace velm
+} // namespace velm::host

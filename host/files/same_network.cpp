@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -93,4 +93,4 @@ bool sameNetwork(std::string_view one, std::string_view other) {
     return first.areWhole() && second.areWhole() && first == second;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,7 +1,7 @@
 #include "host/files/scene_text.h"
 
-#include "host/error.h"
-#include "host/services/channel.h"
+#include "host/animation/channel.h"
+#include "host/base/error.h"
 #include "host/state/load_state.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 #include <fmt/format.h>
 #include <utility>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -120,4 +120,4 @@ std::unique_ptr<HostEnvelope> readEnvelope(const SceneText &scene, const SceneBl
     return envelope;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -13,7 +13,7 @@
 
 struct HostEnvelope;
 
-namespace velm {
+namespace velm::host {
 
 // A block from its `{` to the end of the line with its `}`. `line` is counted from 1.
 struct SceneBlock {
@@ -65,4 +65,4 @@ class SceneText {
 // The envelope in a block "Envelope". Throws InputError with the line when it is none.
 std::unique_ptr<HostEnvelope> readEnvelope(const SceneText &scene, const SceneBlock &block);
 
-} // namespace velm
+} // namespace velm::host

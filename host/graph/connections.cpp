@@ -1,16 +1,14 @@
 // Making and breaking connections.
-#include "host/graph/names.h"
+#include "host/base/names.h"
+#include "host/base/thread_role.h"
 #include "host/graph/network.h"
 #include "host/guard/module_call.h"
-#include "host/thread_role.h"
 
 #include <algorithm>
 #include <deque>
 #include <unordered_map>
 
-using velm::assertInterface;
-using velm::InputError;
-using velm::quoted;
+namespace velm::host {
 
 namespace {
 
@@ -20,7 +18,7 @@ void *instanceOf(const HostNode &node) { return node.instance ? node.instance : 
 void tell(HostInput &input, int event, int type) {
     if (!input.event) return;
     const int server = input.node->server ? input.node->server->number() : input.node->editor->maker();
-    velm::callModule(server, "input event", [&] { return input.event(instanceOf(*input.node), &input, event, type); });
+    callModule(server, "input event", [&] { return input.event(instanceOf(*input.node), &input, event, type); });
 }
 
 std::string fullName(const HostOutput &output) { return quoted(output.node->name + "." + output.name); }
@@ -54,7 +52,7 @@ std::vector<std::string> namesOf(const std::vector<std::unique_ptr<T>> &all) {
 
 } // namespace
 
-void HostNodeEditor::connect(HostOutput &output, HostInput &input) {
+void Network::connect(HostOutput &output, HostInput &input) {
     assertInterface();
     if (input.source == &output) return;
     const std::string what = "cannot connect " + fullName(output) + " to " + fullName(input) + ": ";
@@ -63,51 +61,49 @@ void HostNodeEditor::connect(HostOutput &output, HostInput &input) {
     if (output.node == root_.get()) throw InputError(what + "the root node feeds nothing");
     const std::string path = dependence(*input.node, *output.node);
     if (!path.empty()) throw InputError(what + "it would close the circle " + path + " -> " + input.node->name);
-    velm::disconnect(input);
+    breakConnection(input);
     output.consumers.push_back(&input);
     input.source = &output;
     tell(input, kInputConnected, output.type);
     changed();
 }
 
-void HostNodeEditor::disconnect(HostInput &input) {
+void Network::disconnect(HostInput &input) {
     assertInterface();
     if (!input.source) return;
-    velm::disconnect(input);
+    breakConnection(input);
     changed();
 }
 
-void HostNodeEditor::connect(std::string_view fromNode, std::string_view output, std::string_view toNode,
-                             std::string_view input) {
+void Network::connect(std::string_view fromNode, std::string_view output, std::string_view toNode,
+                      std::string_view input) {
     HostNode &from = node(fromNode);
     HostNode &to = node(toNode);
     HostOutput *source = from.findOutput(output);
     if (!source)
         throw InputError("node " + quoted(from.name) + " has no output " + quoted(output) +
-                         velm::suggestion(output, namesOf(from.outputs)));
+                         suggestion(output, namesOf(from.outputs)));
     HostInput *target = to.findInput(input);
     if (!target)
         throw InputError("node " + quoted(to.name) + " has no input " + quoted(input) +
-                         velm::suggestion(input, namesOf(to.inputs)));
+                         suggestion(input, namesOf(to.inputs)));
     connect(*source, *target);
 }
 
 // Both ends of a stand-in take the type of what they are connected to, and another stand-in's are colours.
-void HostNodeEditor::connectAsSaved(std::string_view fromNode, std::string_view output, std::string_view toNode,
-                                    std::string_view input) {
+void Network::connectAsSaved(std::string_view fromNode, std::string_view output, std::string_view toNode,
+                             std::string_view input) {
     HostNode &from = node(fromNode);
     HostNode &to = node(toNode);
     const HostInput *target = to.findInput(input);
-    if (from.standIn && !from.findOutput(output))
-        velm::createOutput(from, target ? target->type : kConnectColour, std::string(output).c_str());
+    if (from.placeholder && !from.findOutput(output))
+        createOutput(from, target ? target->type : kConnectColour, std::string(output).c_str());
     const HostOutput *source = from.findOutput(output);
-    const bool takesMore = to.standIn || (&to == root_.get() && to.server);
+    const bool takesMore = to.placeholder || (&to == root_.get() && to.server);
     if (takesMore && !target && source)
-        velm::createInput(to, source->type, std::string(input).c_str(), nullptr)->isKept = true;
+        createInput(to, source->type, std::string(input).c_str(), nullptr)->isKept = true;
     connect(fromNode, output, toNode, input);
 }
-
-namespace velm {
 
 HostInput *createInput(HostNode &node, int type, const char *name, HostInputEvent *event) {
     assertInterface();
@@ -132,17 +128,17 @@ HostOutput *createOutput(HostNode &node, int type, const char *name) {
 
 void destroyInput(HostInput &input) {
     assertInterface();
-    disconnect(input);
+    breakConnection(input);
     std::erase_if(input.node->inputs, [&](const auto &one) { return one.get() == &input; });
 }
 
 void destroyOutput(HostOutput &output) {
     assertInterface();
-    while (!output.consumers.empty()) disconnect(*output.consumers.front());
+    while (!output.consumers.empty()) breakConnection(*output.consumers.front());
     std::erase_if(output.node->outputs, [&](const auto &one) { return one.get() == &output; });
 }
 
-void disconnect(HostInput &input, int event) {
+void breakConnection(HostInput &input, int event) {
     assertInterface();
     if (!input.source) return;
     std::erase(input.source->consumers, &input);
@@ -150,4 +146,4 @@ void disconnect(HostInput &input, int event) {
     tell(input, event, 0);
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,21 +1,16 @@
 #include "host/graph/network.h"
 
-#include "host/graph/names.h"
-#include "host/graph/stand_in.h"
+#include "host/animation/channel.h"
+#include "host/base/names.h"
+#include "host/base/thread_role.h"
+#include "host/graph/placeholder.h"
 #include "host/guard/module_call.h"
 #include "host/panel/panel.h"
-#include "host/services/channel.h"
-#include "host/thread_role.h"
 
 #include <algorithm>
 #include <utility>
 
-using velm::assertBetweenFrames;
-using velm::assertInterface;
-using velm::assertRender;
-using velm::callModule;
-using velm::InputError;
-using velm::quoted;
+namespace velm::host {
 
 namespace {
 
@@ -42,7 +37,7 @@ class Making {
     static inline Making *innermost_ = nullptr; // creation is for the interface thread alone
 };
 
-int depthOf(const HostNodeEditor *editor) {
+int depthOf(const Network *editor) {
     int depth = 0;
     for (; editor->holder(); editor = editor->holder()->editor) ++depth;
     return depth;
@@ -50,12 +45,12 @@ int depthOf(const HostNodeEditor *editor) {
 
 } // namespace
 
-HostNodeEditor::HostNodeEditor(std::string name, std::string title, const HostRootDescription *root, void *userData)
+Network::Network(std::string name, std::string title, const HostRootDescription *root, void *userData)
     : name_(std::move(name)), title_(std::move(title)), userData_(userData) {
     assertInterface();
     if (Making *making = Making::innermost()) {
-        if (depthOf(making->node().editor) == velm::kDeepestNesting) {
-            making->refusal = "networks cannot be nested deeper than " + std::to_string(velm::kDeepestNesting);
+        if (depthOf(making->node().editor) == kDeepestNesting) {
+            making->refusal = "networks cannot be nested deeper than " + std::to_string(kDeepestNesting);
             throw InputError(making->refusal);
         }
         holder_ = &making->node();
@@ -69,21 +64,20 @@ HostNodeEditor::HostNodeEditor(std::string name, std::string title, const HostRo
     if (holder_) holder_->nested.push_back(this);
 }
 
-HostNodeEditor::HostNodeEditor(std::string name, velm::ServerClass &server) : name_(std::move(name)), title_(name_) {
+Network::Network(std::string name, ServerClass &server) : name_(std::move(name)), title_(name_) {
     assertInterface();
     root_ = makeNode(server, name_);
     names_.add(*root_);
 }
 
-HostNodeEditor::HostNodeEditor(std::string name, std::shared_ptr<velm::StandIn> standIn)
-    : name_(std::move(name)), title_(name_) {
+Network::Network(std::string name, std::shared_ptr<Placeholder> placeholder) : name_(std::move(name)), title_(name_) {
     assertInterface();
-    velm::ServerClass &server = standIn->serverClass();
-    root_ = makeNode(server, name_, std::move(standIn));
+    ServerClass &server = placeholder->serverClass();
+    root_ = makeNode(server, name_, std::move(placeholder));
     names_.add(*root_);
 }
 
-HostNodeEditor::~HostNodeEditor() {
+Network::~Network() {
     assertInterface();
     event_ = nullptr; // its owner is going, too
     clear();
@@ -92,18 +86,18 @@ HostNodeEditor::~HostNodeEditor() {
     if (holder_) std::erase(holder_->nested, this);
 }
 
-bool HostNodeEditor::contains(const HostNodeEditor &other) const {
-    const HostNodeEditor *at = &other;
+bool Network::contains(const Network &other) const {
+    const Network *at = &other;
     while (at != this && at->holder_) at = at->holder_->editor;
     return at == this;
 }
 
-std::unique_ptr<HostNode> HostNodeEditor::makeNode(velm::ServerClass &server, std::string name,
-                                                   std::shared_ptr<velm::StandIn> standIn) {
+std::unique_ptr<HostNode> Network::makeNode(ServerClass &server, std::string name,
+                                            std::shared_ptr<Placeholder> placeholder) {
     const HostNodeHandler &handler = server.handler();
     auto node = std::make_unique<HostNode>();
     node->editor = this;
-    node->standIn = std::move(standIn);
+    node->placeholder = std::move(placeholder);
     node->server = &server;
     node->handler = &handler;
     node->name = std::move(name);
@@ -118,19 +112,19 @@ std::unique_ptr<HostNode> HostNodeEditor::makeNode(velm::ServerClass &server, st
     return node;
 }
 
-HostNode &HostNodeEditor::addNode(velm::ServerClass &server, std::string_view name) {
+HostNode &Network::addNode(ServerClass &server, std::string_view name) {
     assertInterface();
     return take(makeNode(server, names_.unique(name.empty() ? server.displayName() : name)));
 }
 
-HostNode &HostNodeEditor::addStandIn(std::shared_ptr<velm::StandIn> standIn, std::string_view name) {
+HostNode &Network::addPlaceholder(std::shared_ptr<Placeholder> placeholder, std::string_view name) {
     assertInterface();
-    velm::ServerClass &server = standIn->serverClass();
+    ServerClass &server = placeholder->serverClass();
     const std::string unique = names_.unique(name.empty() ? server.displayName() : name);
-    return take(makeNode(server, unique, std::move(standIn)));
+    return take(makeNode(server, unique, std::move(placeholder)));
 }
 
-HostNode &HostNodeEditor::take(std::unique_ptr<HostNode> node) {
+HostNode &Network::take(std::unique_ptr<HostNode> node) {
     HostNode &added = *nodes_.emplace_back(std::move(node));
     names_.add(added);
     changed();
@@ -139,21 +133,21 @@ HostNode &HostNodeEditor::take(std::unique_ptr<HostNode> node) {
 
 // What a node leaves behind is taken apart from the outside in: first whoever reads it, then its panel, which reads
 // its instance, then the instance, which holds parameters in its channel group, and with the record the group.
-void HostNodeEditor::dismantle(HostNode &node) {
+void Network::dismantle(HostNode &node) {
     for (const auto &output : node.outputs)
-        while (!output->consumers.empty()) velm::disconnect(*output->consumers.front(), kInputSourceDestroyed);
+        while (!output->consumers.empty()) breakConnection(*output->consumers.front(), kInputSourceDestroyed);
     for (const auto &input : node.inputs) {
         input->event = nullptr; // the instance is not told any more
-        velm::disconnect(*input);
+        breakConnection(*input);
     }
-    if (node.panel) velm::panelFuncs()->destroy(node.panel);
+    if (node.panel) panelFuncs()->destroy(node.panel);
     node.panel = nullptr;
     if (node.handler)
         callModule(node.server->number(), "destroy", [&] { node.handler->instance->destroy(node.instance); });
     node.instance = nullptr;
 }
 
-void HostNodeEditor::destroyNode(HostNode &node) {
+void Network::destroyNode(HostNode &node) {
     assertInterface();
     const auto found = std::find_if(nodes_.begin(), nodes_.end(), [&](const auto &one) { return one.get() == &node; });
     if (found == nodes_.end())
@@ -164,7 +158,7 @@ void HostNodeEditor::destroyNode(HostNode &node) {
     changed();
 }
 
-void HostNodeEditor::clear() {
+void Network::clear() {
     assertInterface();
     while (!nodes_.empty()) {
         dismantle(*nodes_.back());
@@ -174,35 +168,35 @@ void HostNodeEditor::clear() {
     }
 }
 
-HostNode *HostNodeEditor::findNode(std::string_view wanted) const { return names_.find(wanted); }
+HostNode *Network::findNode(std::string_view wanted) const { return names_.find(wanted); }
 
-HostNode &HostNodeEditor::node(std::string_view wanted) const {
+HostNode &Network::node(std::string_view wanted) const {
     if (HostNode *found = findNode(wanted)) return *found;
     std::vector<std::string> known{root_->name};
     for (const auto &one : nodes_) known.push_back(one->name);
-    throw InputError("no node " + quoted(wanted) + " in " + quoted(name_) + velm::suggestion(wanted, known));
+    throw InputError("no node " + quoted(wanted) + " in " + quoted(name_) + suggestion(wanted, known));
 }
 
-void HostNodeEditor::rename(HostNode &node, std::string_view name) {
+void Network::rename(HostNode &node, std::string_view name) {
     assertInterface();
     giveName(node, name);
     changed();
 }
 
-void HostNodeEditor::giveName(HostNode &node, std::string_view wanted) {
+void Network::giveName(HostNode &node, std::string_view wanted) {
     names_.remove(node);
     node.name = names_.unique(wanted);
     names_.add(node);
 }
 
-std::vector<HostNode *> HostNodeEditor::all() const {
+std::vector<HostNode *> Network::all() const {
     std::vector<HostNode *> every{root_.get()};
     for (const auto &node : nodes_) every.push_back(node.get());
     return every;
 }
 
 // A node without a server is a root that is described by functions.
-HostError HostNodeEditor::initNode(HostNode &node, int mode) {
+HostError Network::initNode(HostNode &node, int mode) {
     if (node.handler) {
         const auto init = node.handler->render->init;
         return init ? callModule(node.server->number(), "init", [&] { return init(node.instance, mode); }) : nullptr;
@@ -211,7 +205,7 @@ HostError HostNodeEditor::initNode(HostNode &node, int mode) {
     return callModule(maker_, "root init", [&] { return description_.init(this, mode); });
 }
 
-HostError HostNodeEditor::newTimeNode(HostNode &node, int frame, double time) {
+HostError Network::newTimeNode(HostNode &node, int frame, double time) {
     if (node.handler) {
         const auto set = node.handler->render->newTime;
         return set ? callModule(node.server->number(), "newTime", [&] { return set(node.instance, frame, time); })
@@ -221,7 +215,7 @@ HostError HostNodeEditor::newTimeNode(HostNode &node, int frame, double time) {
     return callModule(maker_, "root newTime", [&] { return description_.newTime(this, frame, time); });
 }
 
-void HostNodeEditor::cleanupNode(HostNode &node) {
+void Network::cleanupNode(HostNode &node) {
     if (!node.handler) {
         if (description_.cleanup) callModule(maker_, "root cleanup", [&] { description_.cleanup(this); });
     } else if (node.handler->render->cleanup) {
@@ -229,11 +223,11 @@ void HostNodeEditor::cleanupNode(HostNode &node) {
     }
 }
 
-void HostNodeEditor::init(int mode) {
+void Network::init(int mode) {
     assertBetweenFrames();
     const std::vector<HostNode *> every = all();
     for (std::size_t i = 0; i < every.size(); ++i) {
-        const auto error = velm::failureOf(*every[i], initNode(*every[i], mode));
+        const auto error = failureOf(*every[i], initNode(*every[i], mode));
         if (!error) continue;
         const std::string message = "node " + quoted(every[i]->name) + ": " + *error;
         while (i > 0) cleanupNode(*every[--i]);
@@ -241,25 +235,25 @@ void HostNodeEditor::init(int mode) {
     }
 }
 
-void HostNodeEditor::newTime(int frame, double time) {
+void Network::newTime(int frame, double time) {
     assertBetweenFrames();
     for (HostNode *node : all())
-        if (const auto error = velm::failureOf(*node, newTimeNode(*node, frame, time)))
+        if (const auto error = failureOf(*node, newTimeNode(*node, frame, time)))
             throw InputError("node " + quoted(node->name) + ": " + *error);
 }
 
-void HostNodeEditor::cleanup() {
+void Network::cleanup() {
     assertBetweenFrames();
     for (HostNode *node : all()) cleanupNode(*node);
 }
 
-HostChannelGroup *HostNodeEditor::channelGroup() {
+HostChannelGroup *Network::channelGroup() {
     if (group_) return group_;
-    if (!ownGroup_) ownGroup_ = velm::makeRootGroup(name_);
+    if (!ownGroup_) ownGroup_ = makeRootGroup(name_);
     return ownGroup_.get();
 }
 
-void HostNodeEditor::bounds(double result[3][2]) {
+void Network::bounds(double result[3][2]) {
     for (int axis = 0; axis < 3; ++axis) {
         result[axis][0] = -0.5;
         result[axis][1] = 0.5;
@@ -267,23 +261,21 @@ void HostNodeEditor::bounds(double result[3][2]) {
     if (autosize_) callModule(maker_, "autosize", [&] { autosize_(this, userData_, result); });
 }
 
-bool HostNodeEditor::previewSample(ShadingSample *sample, double colour[3]) {
+bool Network::previewSample(ShadingSample *sample, double colour[3]) {
     assertRender();
     if (!description_.preview) return false;
     description_.preview(this, sample, colour);
     return true;
 }
 
-void HostNodeEditor::changed() {
+void Network::changed() {
     if (event_) callModule(maker_, "network event", [&] { event_(this); });
 }
-
-namespace velm {
 
 std::optional<std::string> failureOf(const HostNode &node, HostError said) {
     std::optional<std::string> failure;
     if (said) failure = said;
-    for (HostNodeEditor *inside : node.nested) {
+    for (Network *inside : node.nested) {
         std::string unsaid = inside->takeLastError();
         if (!failure && !unsaid.empty()) failure = std::move(unsaid);
     }
@@ -302,4 +294,4 @@ HostPanel *panelOf(HostNode &node) {
     return callModule(node.editor->maker(), "root panel", [&] { return description.panel(node.editor); });
 }
 
-} // namespace velm
+} // namespace velm::host

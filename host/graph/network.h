@@ -1,7 +1,7 @@
 // A network of nodes with a root node: what a surface has, and what a node may hold inside itself.
 #pragma once
 
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/graph/node.h"
 #include "host/graph/node_names.h"
 #include "host/graph/server_list.h"
@@ -13,20 +13,30 @@
 #include <utility>
 #include <vector>
 
+// The plug-in interface's opaque handle of a network. Every handle is the Network derived from it.
+struct HostNodeEditor {
+  protected:
+    HostNodeEditor() = default;
+    ~HostNodeEditor() = default;
+};
+
+namespace velm::host {
+
 // Everything is for the [interface thread; not while rendering] but what says otherwise. The functions throw
 // InputError; the service functions in front of them turn that into results.
-struct HostNodeEditor {
+class Network final : public HostNodeEditor {
+  public:
     // An editor whose root node is described by functions. The root takes the editor's name. `root` may be null. Made
     // while a server creates a node's instance, the editor is nested: that node holds it. InputError when it would be
     // nested deeper than kDeepestNesting.
-    HostNodeEditor(std::string name, std::string title, const HostRootDescription *root, void *userData);
+    Network(std::string name, std::string title, const HostRootDescription *root, void *userData);
     // An editor whose root node is an instance of a server; `server` outlives the editor.
-    HostNodeEditor(std::string name, velm::ServerClass &server);
+    Network(std::string name, ServerClass &server);
     // An editor whose root node is of a kind that this host does not have, as in scene files.
-    HostNodeEditor(std::string name, std::shared_ptr<velm::StandIn> standIn);
-    ~HostNodeEditor(); // destroys all nodes, the last one made first, then the root
-    HostNodeEditor(const HostNodeEditor &) = delete;
-    HostNodeEditor &operator=(const HostNodeEditor &) = delete;
+    Network(std::string name, std::shared_ptr<Placeholder> placeholder);
+    ~Network(); // destroys all nodes, the last one made first, then the root
+    Network(const Network &) = delete;
+    Network &operator=(const Network &) = delete;
 
     const std::string &name() const { return name_; }
     const std::string &title() const { return title_; } // of its window
@@ -37,7 +47,7 @@ struct HostNodeEditor {
     // The server in whose call it was made, by its number on the call board: its functions are the server's.
     int maker() const { return maker_; }
     // True when the other is this network or one inside it, at any depth.
-    bool contains(const HostNodeEditor &other) const;
+    bool contains(const Network &other) const;
     HostNode &root() { return *root_; }
     const HostNode &root() const { return *root_; }
     // All but the root, in the order in which they were made.
@@ -49,9 +59,9 @@ struct HostNodeEditor {
 
     // Makes a node. An empty name stands for the server's display name; a name that is taken gets a number: "Counter",
     // "Counter (2)". InputError with the server's own message when it makes no instance.
-    HostNode &addNode(velm::ServerClass &server, std::string_view name = {});
+    HostNode &addNode(ServerClass &server, std::string_view name = {});
     // The same for a node whose server is not there.
-    HostNode &addStandIn(std::shared_ptr<velm::StandIn> standIn, std::string_view name);
+    HostNode &addPlaceholder(std::shared_ptr<Placeholder> placeholder, std::string_view name);
     // Destroys a node of this editor other than the root. Inputs that it fed learn of it with event 2.
     void destroyNode(HostNode &node);
     // Destroys all nodes but the root.
@@ -83,7 +93,7 @@ struct HostNodeEditor {
     // Makes this network like another: nodes, settings, connections, names. Both have the same root inputs. InputError
     // when a node cannot be copied; the network then holds what was copied before it. The same goes for loading.
     // InputError, and nothing changed, when one of the networks is inside the other.
-    void copyFrom(HostNodeEditor &from);
+    void copyFrom(Network &from);
     // The contents of a network's block; the caller opens and closes the block itself. Loading replaces the network;
     // nodes whose server is not there come as stand-ins, see stand_in.h.
     void save(const HostSaveState &state);
@@ -123,8 +133,8 @@ struct HostNodeEditor {
   private:
     HostNode &take(std::unique_ptr<HostNode> node);
     void giveName(HostNode &node, std::string_view wanted);
-    std::unique_ptr<HostNode> makeNode(velm::ServerClass &server, std::string name,
-                                       std::shared_ptr<velm::StandIn> standIn = nullptr);
+    std::unique_ptr<HostNode> makeNode(ServerClass &server, std::string name,
+                                       std::shared_ptr<Placeholder> placeholder = nullptr);
     std::string nameInFile(const HostNode &node) const;
     void dismantle(HostNode &node);
     std::vector<HostNode *> all() const; // the root first
@@ -136,11 +146,11 @@ struct HostNodeEditor {
 
     std::string name_, title_;
     HostNode *holder_ = nullptr;
-    const int maker_ = velm::serverInCall();
+    const int maker_ = serverInCall();
     HostRootDescription description_{};
     std::unique_ptr<HostNode> root_;
     std::vector<std::unique_ptr<HostNode>> nodes_;
-    velm::NodeNames names_; // the root's, too
+    NodeNames names_; // the root's, too
     std::unique_ptr<HostChannelGroup> ownGroup_;
     HostChannelGroup *group_ = nullptr;
     void *userData_ = nullptr;
@@ -152,7 +162,9 @@ struct HostNodeEditor {
     std::string lastError_;
 };
 
-namespace velm {
+// The network behind a handle of the plug-in interface.
+inline Network &networkOf(HostNodeEditor &editor) { return static_cast<Network &>(editor); }
+inline Network *networkOf(HostNodeEditor *editor) { return static_cast<Network *>(editor); }
 
 // Networks in networks, counted from one that no node holds. Far beyond need, and shallow enough for whatever walks
 // them by recursion.
@@ -171,6 +183,6 @@ HostOutput *createOutput(HostNode &node, int type, const char *name);
 void destroyInput(HostInput &input);
 void destroyOutput(HostOutput &output);
 // Breaks the connection of an input, if any; the input's node learns of it with `event`, the editor's owner not at all.
-void disconnect(HostInput &input, int event = kInputDisconnected);
+void breakConnection(HostInput &input, int event = kInputDisconnected);
 
-} // namespace velm
+} // namespace velm::host

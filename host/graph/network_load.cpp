@@ -1,21 +1,20 @@
 // A network from a file.
-#include "host/graph/names.h"
+#include "host/base/names.h"
+#include "host/base/thread_role.h"
 #include "host/graph/network.h"
 #include "host/graph/network_blocks.h"
 #include "host/graph/node_data.h"
-#include "host/graph/stand_in.h"
+#include "host/graph/placeholder.h"
 #include "host/state/load_state.h"
-#include "host/thread_role.h"
 
 #include <algorithm>
 #include <map>
 #include <memory>
 #include <optional>
 
-using namespace velm::blocks;
-using velm::assertInterface;
-using velm::InputError;
-using velm::quoted;
+namespace velm::host {
+
+using namespace blocks;
 
 namespace {
 
@@ -32,9 +31,9 @@ void forEachBlock(const HostLoadState &state, const HostBlockId *table, Act act)
 
 } // namespace
 
-class HostNodeEditor::Loader {
+class Network::Loader {
   public:
-    Loader(HostNodeEditor &editor, const HostLoadState &state) : editor_(editor), state_(state) {}
+    Loader(Network &editor, const HostLoadState &state) : editor_(editor), state_(state) {}
 
     void run() {
         static constexpr HostBlockId kTable[] = {kRoot, kVersion, kNodes, kConnections, {0, nullptr}};
@@ -96,7 +95,7 @@ class HostNodeEditor::Loader {
     // The root has the name of what has the network, which nodes of the file may have, too: theirs come first.
     class RootAside {
       public:
-        explicit RootAside(HostNodeEditor &editor) : editor_(editor), name_(editor.root().name) {
+        explicit RootAside(Network &editor) : editor_(editor), name_(editor.root().name) {
             editor_.giveName(editor_.root(), {});
         }
         ~RootAside() { editor_.giveName(editor_.root(), name_); }
@@ -104,7 +103,7 @@ class HostNodeEditor::Loader {
         RootAside &operator=(const RootAside &) = delete;
 
       private:
-        HostNodeEditor &editor_;
+        Network &editor_;
         const std::string name_;
     };
 
@@ -137,17 +136,17 @@ class HostNodeEditor::Loader {
     }
 
     HostNode &makeNode(const std::string &server, const std::string &realName, const std::string &name) {
-        if (velm::ServerClass *known = velm::serverList().find(server)) return editor_.addNode(*known, name);
-        std::shared_ptr<velm::StandIn> &kind = standIns_[server];
-        if (!kind) kind = std::make_shared<velm::StandIn>(server, realName);
-        return editor_.addStandIn(kind, name);
+        if (ServerClass *known = serverList().find(server)) return editor_.addNode(*known, name);
+        std::shared_ptr<Placeholder> &kind = standIns_[server];
+        if (!kind) kind = std::make_shared<Placeholder>(server, realName);
+        return editor_.addPlaceholder(kind, name);
     }
 
     // A root may have its values elsewhere in the file.
     void readData(HostNode &node) {
         const bool isRoot = &node == &editor_.root();
-        if (isRoot) node.savesData = node.standIn || !velm::isOfReader(state_) || !velm::unreadContents(state_).empty();
-        if (node.savesData) velm::loadData(node, state_);
+        if (isRoot) node.savesData = node.placeholder || !isOfReader(state_) || !unreadContents(state_).empty();
+        if (node.savesData) loadData(node, state_);
     }
 
     // Four strings a connection, the output last.
@@ -170,17 +169,19 @@ class HostNodeEditor::Loader {
         return found == names_.end() ? inFile : found->second->name;
     }
 
-    HostNodeEditor &editor_;
+    Network &editor_;
     const HostLoadState &state_;
     // Where each string is read before its length is known; not cleared, so that only what is read is ever touched.
     const std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(kLongestString);
     std::map<std::string, const HostNode *> names_;
-    std::map<std::string, std::shared_ptr<velm::StandIn>> standIns_;
+    std::map<std::string, std::shared_ptr<Placeholder>> standIns_;
     std::vector<Connection> connections_;
 };
 
-void HostNodeEditor::load(const HostLoadState &state) {
+void Network::load(const HostLoadState &state) {
     assertInterface();
     clear();
     Loader(*this, state).run();
 }
+
+} // namespace velm::host

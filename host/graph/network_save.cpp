@@ -1,16 +1,15 @@
 // A network into a file, and from one network to another.
-#include "host/graph/names.h"
+#include "host/base/names.h"
+#include "host/base/thread_role.h"
 #include "host/graph/network.h"
 #include "host/graph/network_blocks.h"
 #include "host/graph/node_data.h"
-#include "host/graph/stand_in.h"
+#include "host/graph/placeholder.h"
 #include "host/guard/module_call.h"
-#include "host/thread_role.h"
 
-using namespace velm::blocks;
-using velm::assertInterface;
-using velm::InputError;
-using velm::quoted;
+namespace velm::host {
+
+using namespace blocks;
 
 namespace {
 
@@ -35,7 +34,7 @@ void saveNode(const HostSaveState &state, const HostNode &node, const std::strin
     saveIntegers(state, kCoordinates, node.coordinates.data(), 2);
     saveIntegers(state, kMode, &node.mode, 1);
     state.beginBlock(state.data, &kData, 0);
-    if (node.savesData) velm::saveData(node, state);
+    if (node.savesData) saveData(node, state);
     state.endBlock(state.data);
     saveString(state, kPreview, node.previewOutput);
     saveString(state, kComment, node.comment);
@@ -54,22 +53,22 @@ void copySettings(HostNode &to, const HostNode &from) {
     to.savesData = from.savesData;
     to.keptData = from.keptData;
     if (!to.handler || !to.handler->instance->copy) return;
-    const HostError said = velm::callModule(to.server->number(), "copy",
-                                            [&] { return to.handler->instance->copy(to.instance, from.instance); });
-    if (const auto error = velm::failureOf(to, said))
+    const HostError said =
+        callModule(to.server->number(), "copy", [&] { return to.handler->instance->copy(to.instance, from.instance); });
+    if (const auto error = failureOf(to, said))
         throw InputError("cannot copy the node " + quoted(from.name) + ": " + *error);
 }
 
 } // namespace
 
 // A root of a server goes by its kind, as long as no other node does.
-std::string HostNodeEditor::nameInFile(const HostNode &node) const {
+std::string Network::nameInFile(const HostNode &node) const {
     if (&node != root_.get() || !node.server) return node.name;
     const HostNode *namesake = findNode(node.server->displayName());
     return namesake && namesake != &node ? node.name : node.server->displayName();
 }
 
-void HostNodeEditor::save(const HostSaveState &state) {
+void Network::save(const HostSaveState &state) {
     assertInterface();
     state.beginBlock(state.data, &kRoot, 0);
     saveIntegers(state, kLocation, location_.data(), 2);
@@ -100,7 +99,7 @@ void HostNodeEditor::save(const HostSaveState &state) {
     state.endBlock(state.data);
 }
 
-void HostNodeEditor::copyFrom(HostNodeEditor &from) {
+void Network::copyFrom(Network &from) {
     assertInterface();
     if (&from == this) return;
     if (from.contains(*this) || contains(from))
@@ -113,7 +112,8 @@ void HostNodeEditor::copyFrom(HostNodeEditor &from) {
     for (const HostNode *node : from.all()) {
         const auto copied = [&]() -> HostNode & {
             if (node == from.root_.get()) return *root_;
-            return node->standIn ? addStandIn(node->standIn, node->name) : addNode(*node->server, node->name);
+            return node->placeholder ? addPlaceholder(node->placeholder, node->name)
+                                     : addNode(*node->server, node->name);
         };
         HostNode &copy = copied();
         if (copy.server == node->server) copySettings(copy, *node);
@@ -130,3 +130,5 @@ void HostNodeEditor::copyFrom(HostNodeEditor &from) {
             connectAsSaved(copyOf(input->source->node)->name, input->source->name, copyOf(node)->name, input->name);
         }
 }
+
+} // namespace velm::host

@@ -1,9 +1,9 @@
 #include "host/graph/node.h"
 
+#include "host/animation/channel.h"
+#include "host/base/colour.h"
+#include "host/base/thread_role.h"
 #include "host/graph/network.h"
-#include "host/image/image.h"
-#include "host/services/channel.h"
-#include "host/thread_role.h"
 
 #include <algorithm>
 #include <atomic>
@@ -25,14 +25,14 @@ T *findByName(const std::vector<std::unique_ptr<T>> &all, std::string_view wante
 HostNode::HostNode() : evaluate(setNothing) {}
 
 HostNode::~HostNode() {
-    for (HostNodeEditor *inside : nested) inside->loseHolder(); // its instance left it behind
-    if (group) velm::envelopeFuncs()->destroyGroup(group);
+    for (velm::host::Network *inside : nested) inside->loseHolder(); // its instance left it behind
+    if (group) velm::host::envelopeFuncs()->destroyGroup(group);
 }
 
 HostInput *HostNode::findInput(std::string_view wanted) const { return findByName(inputs, wanted); }
 HostOutput *HostNode::findOutput(std::string_view wanted) const { return findByName(outputs, wanted); }
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -179,4 +179,4 @@ bool takeEvaluationTooDeep() {
     return tooDeep.exchange(false);
 }
 
-} // namespace velm
+} // namespace velm::host

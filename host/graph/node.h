@@ -11,16 +11,17 @@
 #include <string_view>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
+class Network;
 class ServerClass;
-class StandIn;
+class Placeholder;
 
 // The data of a node as a file had them, which may be none at all, and what the node's server saved once it had read
 // them.
 struct KeptData {
     std::string inFile, asSaved;
 };
-} // namespace velm
+} // namespace velm::host
 
 struct HostOutput {
     HostNode *node = nullptr;
@@ -49,22 +50,23 @@ struct HostNode {
     void (*evaluate)(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) = nullptr;
     void *instance = nullptr; // of the server; null for a root node that only its owner reads
 
-    HostNodeEditor *editor = nullptr;
-    velm::ServerClass *server = nullptr;      // null for a root node made from a root description
-    const HostNodeHandler *handler = nullptr; // null likewise; the server's
-    std::string name;                         // unique in its editor
+    velm::host::Network *editor = nullptr;
+    velm::host::ServerClass *server = nullptr; // null for a root node made from a root description
+    const HostNodeHandler *handler = nullptr;  // null likewise; the server's
+    std::string name;                          // unique in its editor
     std::vector<std::unique_ptr<HostInput>> inputs;
     std::vector<std::unique_ptr<HostOutput>> outputs;
     HostChannelGroup *group = nullptr; // made when first asked for
     HostPanel *panel = nullptr;        // made by the server when first asked for; the host destroys it
     // The networks that the instance holds: what it made while it was being created. The instance destroys them.
-    std::vector<HostNodeEditor *> nested;
+    std::vector<velm::host::Network *> nested;
 
-    std::shared_ptr<velm::StandIn> standIn; // keeps the class of a node whose server is not there; null for others
+    std::shared_ptr<velm::host::Placeholder>
+        placeholder; // keeps the class of a node whose server is not there; null for others
     // A root whose values are kept elsewhere in its file saves none.
     bool savesData = true;
     // The data that a file had, where they are not what the server saves of them. See node_data.h.
-    std::optional<velm::KeptData> keptData;
+    std::optional<velm::host::KeptData> keptData;
 
     // How an editor shows it.
     std::array<int, 3> colour{128, 128, 128};
@@ -85,7 +87,7 @@ struct HostNode {
     HostOutput *findOutput(std::string_view wanted) const;
 };
 
-namespace velm {
+namespace velm::host {
 
 // Converts a value of one connection type to another. `from` and `to` may be the same place.
 //   colour, material -> scalar   luminance, 0.299 R + 0.587 G + 0.114 B (ITU-R BT.601)
@@ -140,4 +142,4 @@ inline int evaluateInput(const HostInput *input, ShadingSample *sample, void *va
     return 1;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,13 +1,13 @@
 #include "host/graph/node_data.h"
 
-#include "host/graph/names.h"
+#include "host/base/names.h"
+#include "host/base/thread_role.h"
 #include "host/graph/network.h"
 #include "host/guard/module_call.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
-#include "host/thread_role.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -68,4 +68,4 @@ std::string savedData(const HostNode &node) {
     return writer.finish();
 }
 
-} // namespace velm
+} // namespace velm::host

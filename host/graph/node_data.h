@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace velm {
+namespace velm::host {
 
 // All of it: [interface thread; not while rendering]; InputError with the node's name when its server reports an error.
 
@@ -19,4 +19,4 @@ void saveData(const HostNode &node, const HostSaveState &state);
 void loadSavedData(HostNode &node, std::string_view data, const std::string &about);
 std::string savedData(const HostNode &node);
 
-} // namespace velm
+} // namespace velm::host

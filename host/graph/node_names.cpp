@@ -2,7 +2,7 @@
 
 #include "host/graph/node.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -37,4 +37,4 @@ std::string NodeNames::unique(std::string_view wanted) {
     }
 }
 
-} // namespace velm
+} // namespace velm::host

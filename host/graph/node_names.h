@@ -7,7 +7,7 @@
 
 struct HostNode;
 
-namespace velm {
+namespace velm::host {
 
 // Refers to the nodes and to their names: a node stands in here as long as it is in its network, and is taken out
 // before its name changes. Everything takes the time of a few look-ups, since files may have thousands of nodes of one
@@ -31,4 +31,4 @@ class NodeNames {
     std::unordered_map<std::string, int> lowestToTry_;
 };
 
-} // namespace velm
+} // namespace velm::host

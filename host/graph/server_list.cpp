@@ -1,20 +1,19 @@
 #include "host/graph/server_list.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
+#include "host/base/names.h"
+#include "host/base/thread_role.h"
 #include "host/graph/builtin/builtin.h"
-#include "host/graph/names.h"
+#include "host/guard/crash_handler.h"
 #include "host/guard/module_call.h"
-#include "host/guard/witness.h"
-#include "host/services/lookup.h"
-#include "host/services/system.h"
-#include "host/thread_role.h"
+#include "host/load/lookup.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -64,7 +63,8 @@ const HostNodeHandler &ServerClass::handler() {
     instanceOps_ = {};
     itemOps_ = {};
     renderOps_ = {};
-    const bool modelling = (reinterpret_cast<std::uintptr_t>(systemId()) & kSystemIdMask) == kSystemModelling;
+    const bool modelling =
+        (reinterpret_cast<std::uintptr_t>(lookup(HOST_SYSTEM_ID, kUseTransient)) & kSystemIdMask) == kSystemModelling;
     record_ = {.instance = &instanceOps_,
                .item = modelling ? nullptr : &itemOps_, // scene items are unknown there
                .render = &renderOps_,
@@ -111,7 +111,7 @@ void ServerList::add(const HostServer *table, const std::string &origin) {
         if (!server->activate) throw InputError(origin + ": node " + quoted(server->name) + " has no activation");
         if (find(server->name) || isNamed(added, server->name))
             throw InputError(origin + ": there is already a node " + quoted(server->name));
-        const int number = origin == kBuiltinOrigin ? kHostsOwn : numberOfServer(server->name);
+        const int number = origin == kBuiltinOrigin ? kHostServer : numberOfServer(server->name);
         added.push_back(std::make_unique<ServerClass>(*server, findInterface(table, server->name), origin, number));
     }
     for (const HostServer *server = table; server && server->className; ++server) {
@@ -147,4 +147,4 @@ ServerList &serverList() {
     return list;
 }
 
-} // namespace velm
+} // namespace velm::host

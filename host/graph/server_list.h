@@ -1,7 +1,7 @@
 // The servers that the host knows: its own and those of loaded modules, all registered by the same records.
 #pragma once
 
-#include "host/guard/call_board.h"
+#include "host/guard/call_record.h"
 #include "module/host.h"
 
 #include <memory>
@@ -9,14 +9,14 @@
 #include <string_view>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // One kind of node: a "NodeHandler" server and, where there is one, the "NodeInterface" server of the same name.
 class ServerClass {
   public:
     // The records stay the caller's and outlive the class. `interface` may be null. `number` is the server's on the
     // call board.
-    ServerClass(const HostServer &handler, const HostServer *interface, std::string origin, int number = kHostsOwn);
+    ServerClass(const HostServer &handler, const HostServer *interface, std::string origin, int number = kHostServer);
     ServerClass(const ServerClass &) = delete;
     ServerClass &operator=(const ServerClass &) = delete;
 
@@ -76,4 +76,4 @@ class ServerList {
 // The host's one list. It holds the built-in nodes from the start. [interface thread; not while rendering]
 ServerList &serverList();
 
-} // namespace velm
+} // namespace velm::host

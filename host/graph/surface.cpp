@@ -1,15 +1,15 @@
 #include "host/graph/surface.h"
 
+#include "host/base/names.h"
 #include "host/graph/builtin/builtin.h"
 #include "host/graph/builtin/frame.h"
-#include "host/graph/names.h"
 #include "host/graph/network_blocks.h"
 #include "host/panel/settings.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -54,17 +54,17 @@ ServerClass &rootClass() {
 
 // What samples read, found once.
 struct Surface::Root {
-    static const builtin::Instance &instance(const HostNodeEditor &editor) {
+    static const builtin::Instance &instance(const Network &editor) {
         return *static_cast<const builtin::Instance *>(editor.root().instance);
     }
-    static void read(const HostNodeEditor &editor, int place, ShadingSample *sample, double *value) {
+    static void read(const Network &editor, int place, ShadingSample *sample, double *value) {
         const HostNode &root = editor.root();
         const auto index = static_cast<std::size_t>(place);
         const auto &own = instance(editor).values[index];
         std::copy_n(own.begin(), place == kColour ? 3 : 1, value);
         if (editor.state() == 0) evaluateInput(root.inputs[index].get(), sample, value);
     }
-    static void readNormal(const HostNodeEditor &editor, ShadingSample *sample, double normal[3]) {
+    static void readNormal(const Network &editor, ShadingSample *sample, double normal[3]) {
         std::copy_n(sample->shadingNormal, 3, normal);
         double found[3] = {normal[0], normal[1], normal[2]};
         if (editor.state() != 0 || !evaluateInput(editor.root().inputs[kNormal].get(), sample, found)) return;
@@ -78,7 +78,7 @@ struct Surface::Root {
     }
 };
 
-Surface::Surface(std::string name) : editor_(std::make_unique<HostNodeEditor>(std::move(name), rootClass())) {
+Surface::Surface(std::string name) : editor_(std::make_unique<Network>(std::move(name), rootClass())) {
     createInput(editor_->root(), kConnectVector, "Normal", nullptr);
     editor_->setUserData(this);
     editor_->setAutosize(Root::autosize);
@@ -151,4 +151,4 @@ void Surface::load(const HostLoadState &state) {
     });
 }
 
-} // namespace velm
+} // namespace velm::host

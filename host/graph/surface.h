@@ -2,12 +2,12 @@
 #pragma once
 
 #include "host/graph/network.h"
-#include "host/scene/description.h"
+#include "host/panel/setting.h"
 
 #include <memory>
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // What the renderer shades with. Fractions are 1.0 for full; nothing is clamped, since networks may overdrive.
 struct SurfaceValues {
@@ -31,7 +31,7 @@ class Surface {
 
     // The root node goes by the surface's name.
     const std::string &name() const { return editor_->name(); }
-    HostNodeEditor &editor() { return *editor_; }
+    Network &editor() { return *editor_; }
 
     // Sets a value of the root as a person would on its panel: "Color" a triple, the others numbers (fractions, not
     // per cent), each also as keys. InputError with the nearest right name, or saying what the value should be.
@@ -58,7 +58,7 @@ class Surface {
   private:
     struct Root;
     double bounds_[3][2] = {{-0.5, 0.5}, {-0.5, 0.5}, {-0.5, 0.5}};
-    std::unique_ptr<HostNodeEditor> editor_;
+    std::unique_ptr<Network> editor_;
 };
 
-} // namespace velm
+} // namespace velm::host

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -27,4 +27,4 @@ AlternateStack::~AlternateStack() {
     munmap(memory_, kSize);
 }
 
-} // namespace velm
+} // namespace velm::host

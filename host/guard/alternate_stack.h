@@ -3,7 +3,7 @@
 
 #include <csignal>
 
-namespace velm {
+namespace velm::host {
 
 // The calling thread's signal handlers run on a stack of its own, for as long as the scope lasts. Where there is no
 // memory for one they go on as before.
@@ -19,4 +19,4 @@ class AlternateStack {
     stack_t before_{};
 };
 
-} // namespace velm
+} // namespace velm::host

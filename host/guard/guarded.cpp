@@ -1,10 +1,10 @@
 #include "host/guard/guarded.h"
 
-#include "host/error.h"
-#include "host/guard/call_board.h"
-#include "host/guard/fall_text.h"
+#include "host/base/error.h"
+#include "host/guard/call_record.h"
+#include "host/guard/crash_handler.h"
+#include "host/guard/crash_text.h"
 #include "host/guard/shared_record.h"
-#include "host/guard/witness.h"
 
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -20,7 +20,7 @@
 #include <cstring>
 #include <optional>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -89,10 +89,10 @@ class Guard {
     // ends would never come, so that it ends without them.
     [[noreturn]] void live(pid_t guard, const std::function<int()> &work) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != guard) _exit(kFallenStatus); // it ended before
+        if (getppid() != guard) _exit(kCrashedStatus); // it ended before
         signals_.letGo();
-        useCallBoard(&*board_);
-        watchFalls();
+        useCallRecord(&*board_);
+        installCrashHandlers();
         const int status = work();
         std::fflush(nullptr);
         board_->finished.store(status + 1);
@@ -148,7 +148,7 @@ class Guard {
         for (CallSlot &slot : board_->slots) {
             slot.answered.store(false);
             const int thread = slot.thread.load();
-            if (thread != 0) syscall(SYS_tgkill, process_, thread, askingSignal());
+            if (thread != 0) syscall(SYS_tgkill, process_, thread, callSiteSignal());
         }
         const auto isOpen = [](const CallSlot &slot) { return slot.thread.load() != 0 && !slot.answered.load(); };
         const auto deadline = Clock::now() + Seconds(kAnswerTime);
@@ -182,14 +182,14 @@ class Guard {
         cleanUp();
         const int finished = board_->finished.load();
         if (WIFEXITED(status_) && finished != 0) return finished - 1;
-        const std::optional<FallText> fall = fallText(*board_, status_);
+        const std::optional<CrashText> fall = crashText(*board_, status_);
         if (!fall) dieOf(WTERMSIG(status_));
         if (fall->isOfModule) throw ModuleError(fall->text);
         throw MachineError(fall->text);
     }
 
     const HeldSignals signals_;
-    const SharedRecord<CallBoard> board_;
+    const SharedRecord<CallRecord> board_;
     const double limit_; // seconds; 0: none
     double tick_;        // likewise
     pid_t process_ = -1;
@@ -206,4 +206,4 @@ int runGuarded(const std::string &module, const GuardOptions &options, const std
     return options.on ? Guard(module, options).run(work) : work();
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 struct GuardOptions {
     bool on = true;        // without it, the work is done in this process
@@ -21,4 +21,4 @@ struct GuardOptions {
 // [main thread; others, which libraries may have, are idle] `module` is the file that errors are to name.
 int runGuarded(const std::string &module, const GuardOptions &options, const std::function<int()> &work);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,12 +1,12 @@
 #include "host/guard/module_call.h"
 
-#include "host/error.h"
-#include "host/guard/witness.h"
+#include "host/base/error.h"
+#include "host/guard/crash_handler.h"
 
-namespace velm {
+namespace velm::host {
 
 void throwModuleError(int server, const char *call) {
-    if (server == kHostsOwn) throw;
+    if (server == kHostServer) throw;
     try {
         throw;
     } catch (const ModuleError &) {
@@ -14,10 +14,10 @@ void throwModuleError(int server, const char *call) {
     } catch (...) {
         ServerSet servers{};
         if (server >= 0) servers.add(server);
-        const CallBoard &board = callBoard();
+        const CallRecord &board = callRecord();
         throw ModuleError(std::string(board.module) + ": " + serversText(board, servers) + ' ' +
                           currentExceptionText() + " in " + call);
     }
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,9 +1,9 @@
 // The host's calls into modules.
 #pragma once
 
-#include "host/guard/call_board.h"
+#include "host/guard/call_record.h"
 
-namespace velm {
+namespace velm::host {
 
 // Turns the exception that is being handled into a ModuleError that tells of the call; one that is a ModuleError
 // already, of a call inside this one, is thrown on, and so is whatever a server of the host's throws.
@@ -21,4 +21,4 @@ auto callModule(int server, const char *name, Call call) -> decltype(call()) {
     }
 }
 
-} // namespace velm
+} // namespace velm::host

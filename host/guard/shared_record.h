@@ -1,7 +1,7 @@
 // Memory that this process and those that it starts share.
 #pragma once
 
-#include "host/error.h"
+#include "host/base/error.h"
 
 #include <sys/mman.h>
 
@@ -10,7 +10,7 @@
 #include <new>
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // A record in such memory; zeroed.
 template <class Record>
@@ -32,4 +32,4 @@ class SharedRecord {
     Record *record_;
 };
 
-} // namespace velm
+} // namespace velm::host

@@ -1,6 +1,6 @@
 #include "host/guard/stack_search.h"
 
-#include "host/guard/witness.h"
+#include "host/guard/crash_handler.h"
 
 #include <link.h>
 #include <ucontext.h>
@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -22,7 +22,7 @@ struct Range {
     bool has(Address address) const { return address >= begin && address < end; }
 };
 Range moduleCode, hostCode;
-std::atomic<Address> evaluations[kMostNumbered];
+std::atomic<Address> evaluations[kMaxServers];
 
 // Where the function starts that has this address in it; 0 where no table knows.
 Address startOf(Address address) {
@@ -31,7 +31,7 @@ Address startOf(Address address) {
 
 ServerSet serversThatStartAt(Address start) {
     ServerSet servers{};
-    for (int number = 0; number < kMostNumbered && start != 0; ++number)
+    for (int number = 0; number < kMaxServers && start != 0; ++number)
         if (evaluations[number].load(std::memory_order_relaxed) == start) servers.add(number);
     return servers;
 }
@@ -77,7 +77,7 @@ bool leadsTo(Address function, Address target, int jumps) {
 ServerSet serversThatLeadTo(Address start) {
     constexpr int kMostJumps = 3;
     ServerSet servers{};
-    for (int number = 0; number < kMostNumbered; ++number) {
+    for (int number = 0; number < kMaxServers; ++number) {
         const Address evaluation = evaluations[number].load(std::memory_order_relaxed);
         if (evaluation != 0 && leadsTo(evaluation, start, kMostJumps)) servers.add(number);
     }
@@ -191,7 +191,7 @@ void noteModuleCode(const void *address) {
 }
 
 void noteEvaluate(int server, EvaluateFunction function) {
-    if (server >= 0 && server < kMostNumbered) evaluations[server] = reinterpret_cast<Address>(function);
+    if (server >= 0 && server < kMaxServers) evaluations[server] = reinterpret_cast<Address>(function);
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,9 +1,9 @@
 // What of a module stands on the calling thread's stack.
 #pragma once
 
-#include "host/guard/call_board.h"
+#include "host/guard/call_record.h"
 
-namespace velm {
+namespace velm::host {
 
 struct StackFinding {
     bool inModule;     // some code of the module is running
@@ -15,4 +15,4 @@ struct StackFinding {
 // signal handlers; allocates nothing but perhaps the first time.
 StackFinding searchStack(void *context);
 
-} // namespace velm
+} // namespace velm::host

@@ -7,7 +7,7 @@
 #include <limits>
 #include <utility>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -155,4 +155,4 @@ bool withinLimits(const Comparison &comparison, const CompareLimits &limits) {
            static_cast<double>(comparison.beyond) <= limits.share * static_cast<double>(comparison.pixels);
 }
 
-} // namespace velm
+} // namespace velm::host

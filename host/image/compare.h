@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // What two images may differ by and be the same. Differences are absolute, in the files' numbers, where integers are
 // 0 to 1.
@@ -57,4 +57,4 @@ Comparison compareImages(const FilePixels &first, const FilePixels &second, cons
 // as nothing, where no channel was left to compare.
 bool withinLimits(const Comparison &comparison, const CompareLimits &limits);
 
-} // namespace velm
+} // namespace velm::host

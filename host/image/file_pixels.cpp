@@ -1,7 +1,7 @@
 #include "host/image/file_pixels.h"
 
-#include "host/error.h"
-#include "host/state/files.h"
+#include "host/base/error.h"
+#include "host/io/files.h"
 
 #include <OpenImageIO/imageio.h>
 
@@ -9,7 +9,7 @@
 #include <memory>
 #include <new>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 // A picture of 16,384 pixels square with four channels; a header that claims more is broken.
@@ -77,4 +77,4 @@ FilePixels readFilePixels(const std::string &file) {
     }
 }
 
-} // namespace velm
+} // namespace velm::host

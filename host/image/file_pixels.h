@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 struct FilePixels {
     int width = 0, height = 0;
@@ -29,4 +29,4 @@ struct FilePixels {
 // file's name when it is missing, broken, empty, deep, or needs more than 4 GiB.
 FilePixels readFilePixels(const std::string &file);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,10 +1,10 @@
 // Reading images, and the pyramid of smaller ones that wide spots are looked up in.
 #include "host/image/image.h"
 
-#include "host/direction.h"
-#include "host/error.h"
+#include "host/base/direction.h"
+#include "host/base/error.h"
 #include "host/image/transfer.h"
-#include "host/state/files.h"
+#include "host/io/files.h"
 
 #include <OpenImageIO/imageio.h>
 
@@ -17,7 +17,7 @@
 #include <numbers>
 #include <span>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 // Which channels of the file make up the image.
@@ -215,4 +215,4 @@ void directionToImage(double seamAngle, const double direction[3], double *u, do
     *v = 0.5 - std::atan2(y, across) / std::numbers::pi;
 }
 
-} // namespace velm
+} // namespace velm::host

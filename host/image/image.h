@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // One level of an image's pyramid: rows from the top, pixels from the left, `channels` floats each.
 struct ImageLevel {
@@ -16,7 +16,7 @@ struct ImageLevel {
     std::vector<float> pixels;
 };
 
-} // namespace velm
+} // namespace velm::host
 
 // An image of the list. The opaque handle of the wall.
 struct HostImage {
@@ -24,11 +24,12 @@ struct HostImage {
     int width = 0, height = 0;
     int channels = 0; // 1 luminance, 2 luminance and alpha, 3 colour, 4 colour and alpha
     bool isColour = false, hasAlpha = false;
-    std::vector<velm::ImageLevel> levels; // the image, then each level half the size of the one before, down to 1 by 1
-    HostImage *next = nullptr;            // in the list's order
+    std::vector<velm::host::ImageLevel>
+        levels;                // the image, then each level half the size of the one before, down to 1 by 1
+    HostImage *next = nullptr; // in the list's order
 };
 
-namespace velm {
+namespace velm::host {
 
 // The memory that reading one image may take: enough for a panorama of 16,384 by 8,192 pixels in colour.
 constexpr std::uint64_t kMostImageBytes = std::uint64_t{4} << 30;
@@ -55,12 +56,6 @@ double sampleBilinearAlpha(const HostImage *image, double u, double v);
 // number, is the bilinear lookup. [render threads]
 void sampleSpot(const HostImage *image, double u, double v, double spotSize, double colour[3]);
 double sampleSpotAlpha(const HostImage *image, double u, double v, double spotSize);
-
-// Brightness of a colour: ITU-R BT.601 weights, 0.299 red, 0.587 green and 0.114 blue, the same as where a colour feeds
-// a scalar. Put so that a grey's is exactly its component.
-constexpr double luminance(double red, double green, double blue) {
-    return green + 0.299 * (red - green) + 0.114 * (blue - green);
-}
 
 // Where a direction (any length but 0) meets an image spread over the sphere, in radians of seam angle:
 // u = 0.5 + (heading - seamAngle) / 2 pi, brought to 0 <= u < 1, with the heading measured about +Y from +Z towards +X;
@@ -112,4 +107,4 @@ class ImageList {
 // when neither is in the list.
 const HostImageList *imageListFuncs();
 
-} // namespace velm
+} // namespace velm::host

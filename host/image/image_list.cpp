@@ -1,14 +1,16 @@
 // The scene's images, and the function table through which nodes reach them.
 #include "host/image/image.h"
 
-#include "host/error.h"
+#include "host/base/colour.h"
+
+#include "host/base/error.h"
 
 #include <algorithm>
 #include <cmath>
 #include <exception>
 #include <filesystem>
 
-namespace velm {
+namespace velm::host {
 
 ImageList &ImageList::instance() {
     static ImageList list;
@@ -191,4 +193,4 @@ constexpr HostImageList kImageListFuncs = {
 
 const HostImageList *imageListFuncs() { return &kImageListFuncs; }
 
-} // namespace velm
+} // namespace velm::host

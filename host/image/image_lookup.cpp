@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 const float *pixelOf(const HostImage &image, const ImageLevel &level, int x, int y) {
@@ -127,4 +127,4 @@ double sampleSpotAlpha(const HostImage *image, double u, double v, double spotSi
     return fine + levels.towardsCoarser * (coarse - fine);
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,8 +1,8 @@
 #include "host/image/picture.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/image/transfer.h"
-#include "host/state/files.h"
+#include "host/io/files.h"
 
 #include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
@@ -15,7 +15,7 @@
 #include <filesystem>
 #include <memory>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 struct PictureFormat {
@@ -54,7 +54,7 @@ OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, co
     spec.attribute("oiio:ColorSpace", format.isFloat ? "Linear" : "sRGB");
     spec.attribute("jpeg:subsampling", "4:4:4");
     spec.attribute("tiff:write_exif", 0); // cannot be written to memory, and there is nothing in it
-    spec.attribute("DateTime", ""); // else the library puts in the time: the same picture is to be the same file
+    spec.attribute("DateTime", "");       // else the library puts in the time: the same picture is to be the same file
     if (format.compression != nullptr) spec.attribute("Compression", format.compression);
     const std::array<std::pair<const char *, const std::string *>, 4> header = {{{"scene", &metadata.scene},
                                                                                  {"module", &metadata.module},
@@ -114,4 +114,4 @@ void writePicture(const Picture &picture, const std::string &file, const Picture
     writeFileAtomically(file, {reinterpret_cast<const char *>(bytes.data()), bytes.size()});
 }
 
-} // namespace velm
+} // namespace velm::host

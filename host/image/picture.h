@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // A picture in memory: red, green, blue in linear light and alpha (the fraction of the pixel that shows an object), as
 // float; rows from the top. Alpha does not multiply the colour: the backdrop is part of the colour.
@@ -49,4 +49,4 @@ void checkPictureEnding(const std::string &file);
 // InputError for an unknown ending and MachineError when the file cannot be written.
 void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata = {});
 
-} // namespace velm
+} // namespace velm::host

@@ -1,8 +1,9 @@
 #include "host/load/module.h"
+#include "host/base/hex.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
+#include "host/guard/crash_handler.h"
 #include "host/guard/module_call.h"
-#include "host/guard/witness.h"
 #include "host/load/shared_object.h"
 
 #include <dlfcn.h>
@@ -11,17 +12,11 @@
 #include <filesystem>
 #include <utility>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
 constexpr const char *kLoading = "loading the module";
-
-std::string hex(unsigned int value) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%x", value);
-    return text;
-}
 
 [[noreturn]] void fail(const std::string &path, const std::string &why) {
     throw InputError("cannot load the module " + path + ": " + why);
@@ -92,4 +87,4 @@ void Module::close() {
 #endif
 }
 
-} // namespace velm
+} // namespace velm::host

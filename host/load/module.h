@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 class Module {
   public:
@@ -35,4 +35,4 @@ class Module {
     void *word_ = nullptr; // what startup gave; null: not started
 };
 
-} // namespace velm
+} // namespace velm::host

@@ -1,6 +1,6 @@
 #include "host/load/shared_object.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 
 #include <elf.h>
 #include <link.h>
@@ -10,7 +10,7 @@
 #include <fstream>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -96,4 +96,4 @@ void checkSharedObject(const std::string &path) {
             file.fail(kCutShort);
 }
 
-} // namespace velm
+} // namespace velm::host

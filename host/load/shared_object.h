@@ -4,9 +4,9 @@
 
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // Throws InputError, naming the file, unless it is a whole shared object for the machine that this program runs on.
 void checkSharedObject(const std::string &path);
 
-} // namespace velm
+} // namespace velm::host

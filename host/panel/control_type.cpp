@@ -3,7 +3,7 @@
 #include <iterator>
 #include <numbers>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -74,4 +74,4 @@ std::string unitName(Unit unit) {
     }
 }
 
-} // namespace velm
+} // namespace velm::host

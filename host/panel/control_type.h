@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace velm {
+namespace velm::host {
 
 enum class ControlKind {
     number,    // one or three numbers
@@ -50,4 +50,4 @@ double shownFactor(Unit unit);
 // "%", "m", "degrees" or "".
 std::string unitName(Unit unit);
 
-} // namespace velm
+} // namespace velm::host

@@ -31,7 +31,7 @@ void HostDrawArea::put(int x, int y, int red, int green, int blue) {
     pixel[2] = static_cast<std::uint8_t>(std::clamp(blue, 0, 255));
 }
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -146,4 +146,4 @@ void drawControl(HostPanel &panel, const PanelItem &control, HostDrawArea &area)
                    [&] { control.draw(&panel, control.id, &area, area.width, area.height); });
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -19,7 +19,7 @@ struct HostDrawArea {
     std::vector<std::uint8_t> rgb;
 };
 
-namespace velm {
+namespace velm::host {
 
 // The drawing functions. Colour numbers: 0 black, 1 grey, 2 light grey, 3 white, 4 red, 5 green, 6 blue, 7 yellow; any
 // other number is black. A border is a frame of one pixel, light above and dark below, the other way round for a
@@ -36,4 +36,4 @@ DrawSize thumbnailSize(const PanelItem &control);
 // Lets a control draw itself over the whole area; does nothing for one without a draw callback.
 void drawControl(HostPanel &panel, const PanelItem &control, HostDrawArea &area);
 
-} // namespace velm
+} // namespace velm::host

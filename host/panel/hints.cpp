@@ -1,22 +1,19 @@
 // Reads hint lists into a panel. A list has no length and an unknown tag no known number of words, so reading stops
 // with a mistake at either sign that something is wrong.
 
+#include "host/base/hex.h"
 #include "host/panel/panel.h"
 
 #include <cstdio>
 #include <utility>
+
+using velm::host::hex;
 
 namespace {
 
 constexpr std::size_t kMostWords = 65536;
 constexpr int kMostNested = 16;
 constexpr std::size_t kMostTexts = 4096;
-
-std::string hex(unsigned long long number) {
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%llX", number);
-    return text;
-}
 
 } // namespace
 
@@ -45,7 +42,7 @@ class HintReader {
     HostWord word() { return hint().word; }
     unsigned int id() { return static_cast<unsigned int>(word()); }
     int number() { return static_cast<int>(static_cast<unsigned int>(word())); }
-    velm::PanelItem &item() { return panel_.itemFor(id()); }
+    velm::host::PanelItem &item() { return panel_.itemFor(id()); }
     // Hands the item whose identifier comes next to `take`, which reads the words behind it. (In `item().x = word()`
     // the right side would be read first.)
     template <class Take>
@@ -64,12 +61,12 @@ class HintReader {
         if (all.size() == kMostTexts) stop("a list of texts has no end");
         return all;
     }
-    void mark(bool velm::PanelItem::*flag) {
+    void mark(bool velm::host::PanelItem::*flag) {
         for (const unsigned int each : ids()) panel_.itemFor(each).*flag = true;
     }
 
     void addControl();
-    void addContainer(velm::ItemKind kind);
+    void addContainer(velm::host::ItemKind kind);
     void readRange();
     void readTransform();
     void readEnable();
@@ -86,25 +83,26 @@ class HintReader {
 };
 
 void HintReader::addControl() {
-    velm::PanelItem &control = item();
+    velm::host::PanelItem &control = item();
     const char *name = hint().text;
     const unsigned int valueId = id();
     if (stopped_) return;
-    if (control.kind != velm::ItemKind::unknown) stop(hex(control.id) + " is added to the panel twice");
-    control.type = name != nullptr ? velm::findControlType(name) : nullptr;
+    if (control.kind != velm::host::ItemKind::unknown) stop(hex(control.id) + " is added to the panel twice");
+    control.type = name != nullptr ? velm::host::findControlType(name) : nullptr;
     if (control.type == nullptr)
         return stop("the control " + hex(control.id) + " has the unknown type \"" + (name != nullptr ? name : "") +
                     "\"");
-    control.kind = velm::ItemKind::control;
+    control.kind = velm::host::ItemKind::control;
     control.valueId = valueId;
     panel_.order_.push_back(control.id);
 }
 
-void HintReader::addContainer(velm::ItemKind kind) {
-    velm::PanelItem &container = item();
-    if (container.kind != velm::ItemKind::unknown) return stop(hex(container.id) + " is added to the panel twice");
+void HintReader::addContainer(velm::host::ItemKind kind) {
+    velm::host::PanelItem &container = item();
+    if (container.kind != velm::host::ItemKind::unknown)
+        return stop(hex(container.id) + " is added to the panel twice");
     container.kind = kind;
-    if (kind == velm::ItemKind::stack) {
+    if (kind == velm::host::ItemKind::stack) {
         container.valueId = id();
         container.map = hint().numbers;
     }
@@ -113,14 +111,14 @@ void HintReader::addContainer(velm::ItemKind kind) {
 }
 
 void HintReader::readRange() {
-    velm::PanelItem &control = item();
+    velm::host::PanelItem &control = item();
     control.minimum = number();
     control.maximum = number();
     control.step = number();
 }
 
 void HintReader::readTransform() {
-    velm::PanelItem &control = item();
+    velm::host::PanelItem &control = item();
     const HostWord count = word();
     const int *numbers = hint().numbers;
     if (stopped_) return;
@@ -130,7 +128,7 @@ void HintReader::readTransform() {
 }
 
 void HintReader::readEnable() {
-    velm::EnableRule rule;
+    velm::host::EnableRule rule;
     rule.valueId = id();
     if (const char *message = hint().text) rule.message = message;
     word(); // reserved
@@ -142,12 +140,12 @@ void HintReader::readEnable() {
 bool HintReader::readLayout(HostWord tag) {
     switch (tag) {
     case kHintAddControl: addControl(); return true;
-    case kHintGroup: addContainer(velm::ItemKind::group); return true;
-    case kHintStack: addContainer(velm::ItemKind::stack); return true;
-    case kHintTabs: addContainer(velm::ItemKind::tabs); return true;
-    case kHintLeftAlign: mark(&velm::PanelItem::leftAligned); return true;
-    case kHintNarrow: mark(&velm::PanelItem::narrow); return true;
-    case kHintDividerAfter: mark(&velm::PanelItem::dividerAfter); return true;
+    case kHintGroup: addContainer(velm::host::ItemKind::group); return true;
+    case kHintStack: addContainer(velm::host::ItemKind::stack); return true;
+    case kHintTabs: addContainer(velm::host::ItemKind::tabs); return true;
+    case kHintLeftAlign: mark(&velm::host::PanelItem::leftAligned); return true;
+    case kHintNarrow: mark(&velm::host::PanelItem::narrow); return true;
+    case kHintDividerAfter: mark(&velm::host::PanelItem::dividerAfter); return true;
     case kHintEnable: readEnable(); return true;
     default: return false;
     }
@@ -155,13 +153,13 @@ bool HintReader::readLayout(HostWord tag) {
 
 bool HintReader::readLimits(HostWord tag) {
     switch (tag) {
-    case kHintMinimum: return withItem([&](velm::PanelItem &control) { control.minimum = number(); });
-    case kHintMaximum: return withItem([&](velm::PanelItem &control) { control.maximum = number(); });
-    case kHintStep: return withItem([&](velm::PanelItem &control) { control.step = number(); });
+    case kHintMinimum: return withItem([&](velm::host::PanelItem &control) { control.minimum = number(); });
+    case kHintMaximum: return withItem([&](velm::host::PanelItem &control) { control.maximum = number(); });
+    case kHintStep: return withItem([&](velm::host::PanelItem &control) { control.step = number(); });
     case kHintRange: readRange(); return true;
-    case kHintSensitivity: return withItem([&](velm::PanelItem &control) { control.sensitivity = number(); });
+    case kHintSensitivity: return withItem([&](velm::host::PanelItem &control) { control.sensitivity = number(); });
     case kHintEnforceLimits: {
-        velm::PanelItem &control = item();
+        velm::host::PanelItem &control = item();
         control.minimumEnforced = word() != 0;
         control.maximumEnforced = word() != 0;
         return true;
@@ -174,7 +172,7 @@ bool HintReader::readControl(HostWord tag) {
     switch (tag) {
     case kHintLabel:
     case kHintStringList: {
-        velm::PanelItem &labelled = item();
+        velm::host::PanelItem &labelled = item();
         const HostHint argument = hint();
         word(); // the closing 0
         if (tag == kHintStringList)
@@ -184,18 +182,18 @@ bool HintReader::readControl(HostWord tag) {
         return true;
     }
     case kHintPopupFunctions: {
-        velm::PanelItem &control = item();
+        velm::host::PanelItem &control = item();
         control.popupCount = hint().popupCount;
         control.popupName = hint().popupName;
         return true;
     }
     case kHintValueTransform: readTransform(); return true;
-    case kHintButton: return withItem([&](velm::PanelItem &control) { control.button = hint().button; });
-    case kHintDraw: return withItem([&](velm::PanelItem &control) { control.draw = hint().draw; });
+    case kHintButton: return withItem([&](velm::host::PanelItem &control) { control.button = hint().button; });
+    case kHintDraw: return withItem([&](velm::host::PanelItem &control) { control.draw = hint().draw; });
     case kHintVectorLabels:
-        return withItem([&](velm::PanelItem &control) { control.vectorLabels = texts(hint().texts, 3); });
+        return withItem([&](velm::host::PanelItem &control) { control.vectorLabels = texts(hint().texts, 3); });
     case kHintControlOptions: {
-        velm::PanelItem &control = item();
+        velm::host::PanelItem &control = item();
         word(); // reserved
         control.options = id();
         return true;

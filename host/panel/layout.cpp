@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <set>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -214,4 +214,4 @@ std::vector<ControlInfo> describeControls(HostPanel &panel) {
     return all;
 }
 
-} // namespace velm
+} // namespace velm::host

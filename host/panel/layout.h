@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // A control, or a group, stack or set of tabs with what stands in it, in order.
 struct LayoutItem {
@@ -53,4 +53,4 @@ struct ControlInfo {
 // Every control in the order of the layout.
 std::vector<ControlInfo> describeControls(HostPanel &panel);
 
-} // namespace velm
+} // namespace velm::host

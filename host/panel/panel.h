@@ -3,7 +3,7 @@
 // person's hand would. Everything here is for the interface thread, not while rendering.
 #pragma once
 
-#include "host/guard/call_board.h"
+#include "host/guard/call_record.h"
 #include "host/panel/control_type.h"
 #include "module/host.h"
 
@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 enum class ItemKind { unknown, control, group, stack, tabs };
 
@@ -67,7 +67,7 @@ struct OwnValue {
     std::string text;
 };
 
-} // namespace velm
+} // namespace velm::host
 
 // Pointers that plug-ins hand in (maps, functions) are kept and must outlive the panel, as static tables do; texts and
 // lists are copied.
@@ -84,7 +84,7 @@ struct HostPanel {
 
     const int kind; // kPanelForm or kPanelOwn
     // The server in whose call it was made, by its number on the call board: its functions are the server's.
-    const int maker = velm::serverInCall();
+    const int maker = velm::host::serverInCall();
 
     // Building. Mistakes (unknown tags, lists without an end) are kept for `check`.
     void addHints(const HostHint *list);
@@ -93,45 +93,45 @@ struct HostPanel {
     void check() const;
 
     // Reading. `find` gives null for what is no control.
-    const velm::PanelItem *find(unsigned int controlId) const;
-    const velm::PanelItem *item(unsigned int id) const;                  // anything a hint spoke of
+    const velm::host::PanelItem *find(unsigned int controlId) const;
+    const velm::host::PanelItem *item(unsigned int id) const;            // anything a hint spoke of
     const std::vector<unsigned int> &controls() const { return order_; } // in the order in which they were added
     const std::vector<unsigned int> &containers() const { return containerOrder_; } // groups and so on, likewise
     // What is shown: the label that a hint gave, else that of the value's description.
-    std::string label(const velm::PanelItem &labelled) const;
+    std::string label(const velm::host::PanelItem &labelled) const;
     // The label, numbered where several controls have it ("Clamp", "Clamp 2"); empty for one without a label.
-    std::string uniqueLabel(const velm::PanelItem &control) const;
+    std::string uniqueLabel(const velm::host::PanelItem &control) const;
     // Null for a value that is not described.
-    const velm::ValueRow *row(unsigned int valueId) const;
+    const velm::host::ValueRow *row(unsigned int valueId) const;
     // The texts of a choice or transform; calls the popup functions with the viewed instance.
-    std::vector<std::string> entries(const velm::PanelItem &control) const;
+    std::vector<std::string> entries(const velm::host::PanelItem &control) const;
     // The place of the current entry, -1 for a value that stands for none, nothing when the control is unavailable.
-    std::optional<int> chosenEntry(const velm::PanelItem &control);
+    std::optional<int> chosenEntry(const velm::host::PanelItem &control);
 
     // Where the value is (Storage tells what it points to). Null when the control is unavailable, since a connection
     // feeds its input, and for a control without a value.
     void *value(unsigned int valueId);
-    bool isAvailable(const velm::PanelItem &control);
+    bool isAvailable(const velm::host::PanelItem &control);
     // Whether every rule that speaks of the control, or of a group around it, enables it; `message` receives the text
     // of the first one that does not. A rule whose own value is fed by a connection enables.
-    bool isEnabled(const velm::PanelItem &control, std::string *message = nullptr);
-    std::vector<const velm::EnableRule *> rulesFor(const velm::PanelItem &control) const;
+    bool isEnabled(const velm::host::PanelItem &control, std::string *message = nullptr);
+    std::vector<const velm::host::EnableRule *> rulesFor(const velm::host::PanelItem &control) const;
     // The groups, stacks and tabs around something, at any distance.
     std::set<unsigned int> around(unsigned int id) const;
     // Which member of a stack shows: its place, -1 for none; nothing when the driving value is fed by a connection.
-    std::optional<int> shownMember(const velm::PanelItem &stack);
-    int shownFor(const velm::PanelItem &stack, int driving) const; // for a value of the driving control
+    std::optional<int> shownMember(const velm::host::PanelItem &stack);
+    int shownFor(const velm::host::PanelItem &stack, int driving) const; // for a value of the driving control
 
     // Editing as a person does: the setter takes the value (an int, doubles, characters, or the HostVParm that was
     // edited) and then the change callback hears event 2. While the setter runs, slot 8 of the service gives this
     // value. False when the setter does not know the value or the control is unavailable.
-    bool edit(const velm::PanelItem &control, void *newValue);
+    bool edit(const velm::host::PanelItem &control, void *newValue);
     // The same without the change callback.
-    bool store(const velm::PanelItem &control, void *newValue);
+    bool store(const velm::host::PanelItem &control, void *newValue);
     // Presses a button; does nothing for one without a function.
-    void press(const velm::PanelItem &control);
+    void press(const velm::host::PanelItem &control);
     // Calls the change callback.
-    int notify(const velm::PanelItem &control, int event);
+    int notify(const velm::host::PanelItem &control, int event);
     // What slot 8 gives: the value being set while a setter runs, else `value`.
     void *pendingValue(unsigned int controlId);
 
@@ -151,21 +151,21 @@ struct HostPanel {
         unsigned int controlId = 0;
         void *value = nullptr;
     };
-    velm::PanelItem &itemFor(unsigned int id);
+    velm::host::PanelItem &itemFor(unsigned int id);
     std::optional<int> wholeValue(unsigned int valueId);
     int mapLength(unsigned int valueId) const;
-    void checkControl(const velm::PanelItem &control) const;
+    void checkControl(const velm::host::PanelItem &control) const;
     void checkRules() const;
     void checkDriver(unsigned int valueId, bool mapped) const;
     void *ownValue(unsigned int valueId);
-    void storeOwn(const velm::PanelItem &control, const void *newValue);
-    int entryCount(const velm::PanelItem &control) const;
+    void storeOwn(const velm::host::PanelItem &control, const void *newValue);
+    int entryCount(const velm::host::PanelItem &control) const;
 
-    std::map<unsigned int, velm::PanelItem> items_;
+    std::map<unsigned int, velm::host::PanelItem> items_;
     std::vector<unsigned int> order_, containerOrder_;
-    std::vector<velm::EnableRule> rules_;
-    std::map<unsigned int, velm::ValueRow> rows_;
-    std::map<unsigned int, velm::OwnValue> own_;
+    std::vector<velm::host::EnableRule> rules_;
+    std::map<unsigned int, velm::host::ValueRow> rows_;
+    std::map<unsigned int, velm::host::OwnValue> own_;
     std::map<unsigned int, void *> data_;
     HostPanelGetter *get_ = nullptr;
     HostPanelSetter *set_ = nullptr;
@@ -177,7 +177,7 @@ struct HostPanel {
     std::string problem_;
 };
 
-namespace velm {
+namespace velm::host {
 
 // The "LWXPanel" table. create gives null for an unknown kind; a non-null list of controls is a mistake that the panel
 // keeps, since controls are added by hints. Null panels give null, 0 or no effect. hint takes the same hints whatever
@@ -187,4 +187,4 @@ namespace velm {
 // and open give 0: this host has no windows.
 const HostPanelFuncs *panelFuncs();
 
-} // namespace velm
+} // namespace velm::host

@@ -1,10 +1,10 @@
 // The "LWXPanel" table.
 
+#include "host/animation/vparm.h"
 #include "host/panel/draw.h"
 #include "host/panel/panel.h"
-#include "host/services/vparm.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -78,4 +78,4 @@ const HostPanelFuncs *panelFuncs() {
     return &funcs;
 }
 
-} // namespace velm
+} // namespace velm::host

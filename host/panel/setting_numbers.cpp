@@ -1,36 +1,38 @@
 #include "host/panel/setting_numbers.h"
 
-#include "host/error.h"
-#include "host/services/channel.h"
-#include "host/services/vparm.h"
+#include "host/animation/channel.h"
+#include "host/animation/vparm.h"
+#include "host/base/error.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
 // The parameter behind an animated control, which must have as many components as the control shows.
-HostVParm &parameterOf(HostPanel &panel, const PanelItem &control, const Place &place, const std::string &about) {
+HostVParm &parameterOf(HostPanel &panel, const PanelItem &control, const SourceLocation &location,
+                       const std::string &about) {
     auto *parm = static_cast<HostVParm *>(panel.value(control.valueId));
     if (parm == nullptr || parm->components() != control.type->components)
-        throw InputError(place, about + "the panel shows a parameter with another number of components");
+        throw InputError(location, about + "the panel shows a parameter with another number of components");
     return *parm;
 }
 
-void storeEdited(HostPanel &panel, const PanelItem &control, void *value, const Place &place,
+void storeEdited(HostPanel &panel, const PanelItem &control, void *value, const SourceLocation &location,
                  const std::string &about) {
-    if (!panel.edit(control, value)) throw InputError(place, about + "the node refused the value");
+    if (!panel.edit(control, value)) throw InputError(location, about + "the node refused the value");
 }
 
 // Which of the four parameters are values, and have the value's unit; the others are times.
 bool isValue(int shape, std::size_t parameter) { return shape != kShapeBezier2 || parameter % 2 == 1; }
 
-void checkKeys(const PanelItem &control, const KeysDescription &keys, const Place &place, const std::string &about) {
-    const auto fail = [&](const std::string &what) { throw InputError(place, about + what); };
+void checkKeys(const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
+               const std::string &about) {
+    const auto fail = [&](const std::string &what) { throw InputError(location, about + what); };
     const int components = control.type->components;
     if (control.type->storage != Storage::animated) fail("this setting cannot have keys");
     if (keys.components != components)
@@ -47,7 +49,8 @@ void checkKeys(const PanelItem &control, const KeysDescription &keys, const Plac
         numbers.insert(numbers.end(), key.parameters.begin(), key.parameters.end());
         if (!std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); }))
             fail("a number of a key is not finite");
-        for (int i = 0; i < components; ++i) checkLimits(control, key.value[static_cast<std::size_t>(i)], place, about);
+        for (int i = 0; i < components; ++i)
+            checkLimits(control, key.value[static_cast<std::size_t>(i)], location, about);
         times.push_back(key.time);
     }
     std::sort(times.begin(), times.end());
@@ -114,8 +117,8 @@ std::string numberText(double number) {
     return {text.data(), written.ptr};
 }
 
-void checkLimits(const PanelItem &control, double shown, const Place &place, const std::string &about) {
-    if (!std::isfinite(shown)) throw InputError(place, about + "the number is not finite");
+void checkLimits(const PanelItem &control, double shown, const SourceLocation &location, const std::string &about) {
+    if (!std::isfinite(shown)) throw InputError(location, about + "the number is not finite");
     const bool low = control.minimum && shown < *control.minimum;
     const bool high = control.maximum && shown > *control.maximum;
     if (!low && !high) return;
@@ -125,31 +128,31 @@ void checkLimits(const PanelItem &control, double shown, const Place &place, con
     else
         limits = low ? "at least " + std::to_string(*control.minimum) : "at most " + std::to_string(*control.maximum);
     const std::string unit = unitName(control.type->unit);
-    throw InputError(place,
+    throw InputError(location,
                      about + numberText(shown) + " is beyond the limits: " + limits + (unit.empty() ? "" : " " + unit));
 }
 
-void applyNumbers(HostPanel &panel, const PanelItem &control, const Triple &shown, const Place &place,
+void applyNumbers(HostPanel &panel, const PanelItem &control, const Double3 &shown, const SourceLocation &location,
                   const std::string &about) {
     const double factor = shownFactor(control.type->unit);
     double values[3] = {};
     for (int i = 0; i < control.type->components; ++i) {
         const auto component = static_cast<std::size_t>(i);
-        checkLimits(control, shown[component], place, about);
+        checkLimits(control, shown[component], location, about);
         values[i] = shown[component] / factor;
     }
-    if (control.type->storage == Storage::real) return storeEdited(panel, control, values, place, about);
-    HostVParm &parm = parameterOf(panel, control, place, about);
+    if (control.type->storage == Storage::real) return storeEdited(panel, control, values, location, about);
+    HostVParm &parm = parameterOf(panel, control, location, about);
     const HostVParmFuncs &funcs = *vparmFuncs();
     funcs.setState(&parm, funcs.state(&parm) & ~kParmHasEnvelope);
     funcs.setValue(&parm, values);
-    storeEdited(panel, control, &parm, place, about);
+    storeEdited(panel, control, &parm, location, about);
 }
 
-void applyKeys(HostPanel &panel, const PanelItem &control, const KeysDescription &keys, const Place &place,
+void applyKeys(HostPanel &panel, const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
                const std::string &about) {
-    checkKeys(control, keys, place, about);
-    HostVParm &parm = parameterOf(panel, control, place, about);
+    checkKeys(control, keys, location, about);
+    HostVParm &parm = parameterOf(panel, control, location, about);
     const HostVParmFuncs &funcs = *vparmFuncs();
     funcs.setState(&parm, funcs.state(&parm) | kParmHasEnvelope);
     HostEnvelope *envelopes[3] = {};
@@ -162,7 +165,7 @@ void applyKeys(HostPanel &panel, const PanelItem &control, const KeysDescription
         envelopeFuncs()->set(&envelope, kEnvelopePreBehaviour, &keys.before);
         envelopeFuncs()->set(&envelope, kEnvelopePostBehaviour, &keys.after);
     }
-    storeEdited(panel, control, &parm, place, about);
+    storeEdited(panel, control, &parm, location, about);
 }
 
 SettingValue readNumbers(HostPanel &panel, const PanelItem &control) {
@@ -176,7 +179,7 @@ SettingValue readNumbers(HostPanel &panel, const PanelItem &control) {
         parm.value(0, values);
     }
     if (control.type->components == 1) return values[0] * factor;
-    return Triple{values[0] * factor, values[1] * factor, values[2] * factor};
+    return Double3{values[0] * factor, values[1] * factor, values[2] * factor};
 }
 
-} // namespace velm
+} // namespace velm::host

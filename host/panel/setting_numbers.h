@@ -2,22 +2,22 @@
 #pragma once
 
 #include "host/panel/panel.h"
-#include "host/scene/description.h"
+#include "host/panel/setting.h"
 
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // A number as people read it, without needless digits.
 std::string numberText(double number);
 
 // Stores numbers in the shown unit, of as many components as the control has, through the panel; a parameter's keys go.
 // Throws InputError, starting with `about`, beyond the limits.
-void applyNumbers(HostPanel &panel, const PanelItem &control, const Triple &shown, const Place &place,
+void applyNumbers(HostPanel &panel, const PanelItem &control, const Double3 &shown, const SourceLocation &location,
                   const std::string &about);
 
 // Gives the control's parameter these keys, whose values (and tangents and handles) are in the shown unit.
-void applyKeys(HostPanel &panel, const PanelItem &control, const KeysDescription &keys, const Place &place,
+void applyKeys(HostPanel &panel, const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
                const std::string &about);
 
 // The control's numbers or keys in the shown unit. Throws InputError when the components' keys differ in anything but
@@ -25,6 +25,6 @@ void applyKeys(HostPanel &panel, const PanelItem &control, const KeysDescription
 SettingValue readNumbers(HostPanel &panel, const PanelItem &control);
 
 // Throws InputError for a number beyond the control's limits or one that is not finite.
-void checkLimits(const PanelItem &control, double shown, const Place &place, const std::string &about);
+void checkLimits(const PanelItem &control, double shown, const SourceLocation &location, const std::string &about);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,25 +1,25 @@
 #include "host/panel/settings.h"
 
-#include "host/error.h"
+#include "host/animation/vparm.h"
+#include "host/base/error.h"
+#include "host/base/names.h"
 #include "host/panel/setting_numbers.h"
-#include "host/services/vparm.h"
-#include "host/suggest.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
-const PanelItem &findSetting(const HostPanel &panel, const std::string &label, const Place &place) {
+const PanelItem &findSetting(const HostPanel &panel, const std::string &label, const SourceLocation &location) {
     panel.check();
     for (const unsigned int id : panel.controls()) {
         const PanelItem &control = *panel.find(id);
         if (!label.empty() && panel.uniqueLabel(control) == label) return control;
     }
-    throw InputError(place, "there is no setting \"" + label + "\"" + didYouMean(label, settingLabels(panel)));
+    throw InputError(location, "there is no setting \"" + label + "\"" + didYouMean(label, settingLabels(panel)));
 }
 
 // Entries may carry blanks around their text, for looks.
@@ -49,7 +49,7 @@ class Application {
     }
 
   private:
-    [[noreturn]] void fail(const std::string &what) const { throw InputError(setting_.place, about_ + what); }
+    [[noreturn]] void fail(const std::string &what) const { throw InputError(setting_.location, about_ + what); }
 
     template <typename Value>
     const Value &wanted(const char *what) const {
@@ -64,7 +64,7 @@ class Application {
 
     void applyWhole() {
         const double number = wanted<double>("a whole number");
-        checkLimits(control_, number, setting_.place, about_);
+        checkLimits(control_, number, setting_.location, about_);
         if (number != std::trunc(number) || number < std::numeric_limits<int>::min() ||
             number > std::numeric_limits<int>::max())
             fail("expected a whole number, not " + numberText(number));
@@ -101,10 +101,10 @@ class Application {
     void applyNumber() {
         const bool triple = control_.type->components == 3;
         if (const auto *keys = std::get_if<KeysDescription>(&setting_.value))
-            return applyKeys(panel_, control_, *keys, setting_.place, about_);
-        const Triple numbers =
-            triple ? wanted<Triple>("three numbers or keys") : Triple{wanted<double>("a number or keys"), 0, 0};
-        applyNumbers(panel_, control_, numbers, setting_.place, about_);
+            return applyKeys(panel_, control_, *keys, setting_.location, about_);
+        const Double3 numbers =
+            triple ? wanted<Double3>("three numbers or keys") : Double3{wanted<double>("a number or keys"), 0, 0};
+        applyNumbers(panel_, control_, numbers, setting_.location, about_);
     }
 
     HostPanel &panel_;
@@ -117,7 +117,7 @@ std::string textOf(const SettingValue &value) {
     struct Text {
         std::string operator()(bool on) const { return on ? "on" : "off"; }
         std::string operator()(double number) const { return numberText(number); }
-        std::string operator()(const Triple &triple) const {
+        std::string operator()(const Double3 &triple) const {
             return numberText(triple[0]) + " " + numberText(triple[1]) + " " + numberText(triple[2]);
         }
         std::string operator()(const std::string &text) const { return text; }
@@ -153,7 +153,7 @@ int entryOf(HostPanel &panel, const PanelItem &control) {
 } // namespace
 
 void applySetting(HostPanel &panel, const SettingDescription &setting) {
-    Application(panel, findSetting(panel, setting.label, setting.place), setting).apply();
+    Application(panel, findSetting(panel, setting.label, setting.location), setting).apply();
 }
 
 std::vector<std::string> settingLabels(const HostPanel &panel) {
@@ -194,4 +194,4 @@ std::string describeValue(HostPanel &panel, const PanelItem &control) {
     return control.type->kind == ControlKind::text ? "\"" + text + "\"" : text;
 }
 
-} // namespace velm
+} // namespace velm::host

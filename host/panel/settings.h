@@ -2,12 +2,12 @@
 #pragma once
 
 #include "host/panel/panel.h"
-#include "host/scene/description.h"
+#include "host/panel/setting.h"
 
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 // Sets one control, through the panel's getter and setter, with the change callback after it. The label is as shown,
 // the second of two equal ones with " 2" after it. Values: numbers in the shown unit (degrees, per cent, metres), one
@@ -29,4 +29,4 @@ SettingValue readSetting(HostPanel &panel, const std::string &label);
 // for no entry of a choice reads "(-25536)"; an unavailable control and one without a value give an empty text.
 std::string describeValue(HostPanel &panel, const PanelItem &control);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,15 +1,15 @@
 // Frames: tiles, threads and the samples of a pixel.
 #include "host/render/renderer.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
+#include "host/base/names.h"
+#include "host/base/thread_role.h"
 #include "host/graph/surface.h"
-#include "host/guard/call_board.h"
-#include "host/render/camera.h"
-#include "host/render/sampling.h"
-#include "host/render/scene_services.h"
-#include "host/render/shade.h"
-#include "host/suggest.h"
-#include "host/thread_role.h"
+#include "host/guard/call_record.h"
+#include "host/render/geometry/sampling.h"
+#include "host/render/scene/camera.h"
+#include "host/render/services/scene_services.h"
+#include "host/render/tracing/shade.h"
 
 #include <pmmintrin.h>
 #include <xmmintrin.h>
@@ -23,27 +23,7 @@
 #include <thread>
 #include <vector>
 
-namespace velm {
-
-RayCounts &RayCounts::operator+=(const RayCounts &other) {
-    camera += other.camera;
-    cast += other.cast;
-    shaded += other.shaded;
-    shadow += other.shadow;
-    return *this;
-}
-
-RenderJob renderJob(const RenderDescription &description) {
-    RenderJob job;
-    job.width = description.width;
-    job.height = description.height;
-    job.samples = description.samples;
-    job.recursionDepth = description.recursionDepth;
-    job.frame = description.firstFrame;
-    job.time = description.firstFrame / description.framesPerSecond;
-    job.camera = description.camera;
-    return job;
-}
+namespace velm::host {
 
 namespace {
 
@@ -74,22 +54,22 @@ void checkJob(const RenderJob &job) {
                 std::to_string(job.height) + " pixels");
 }
 
-const WorldCamera &findCamera(const WorldData &world, const std::string &name) {
-    if (world.cameras.empty()) throw InputError(Place{.file = world.sceneFile}, "the scene has no camera");
+const RenderCamera &findCamera(const RenderSceneData &world, const std::string &name) {
+    if (world.cameras.empty()) throw InputError(SourceLocation{.file = world.sceneFile}, "the scene has no camera");
     if (name.empty()) return world.cameras.front();
     std::vector<std::string> names;
-    for (const WorldCamera &camera : world.cameras) {
+    for (const RenderCamera &camera : world.cameras) {
         if (camera.item.name == name) return camera;
         names.push_back(camera.item.name);
     }
-    throw InputError(Place{.file = world.sceneFile},
+    throw InputError(SourceLocation{.file = world.sceneFile},
                      "the scene has no camera \"" + name + "\"" + didYouMean(name, names));
 }
 
 // Whether nothing in the scene can let light through in this frame: no surface has anything connected to its
 // Transparency, and its own value, which is then the same everywhere, is 0.
-bool isOpaque(const WorldData &world) {
-    return std::all_of(world.surfaces.begin(), world.surfaces.end(), [](const WorldSurface &each) {
+bool isOpaque(const RenderSceneData &world) {
+    return std::all_of(world.surfaces.begin(), world.surfaces.end(), [](const RenderSurface &each) {
         const HostInput *input = each.surface->editor().root().findInput("Transparency");
         if (input == nullptr || input->source != nullptr) return false;
         ShadingSample nowhere{};
@@ -100,7 +80,7 @@ bool isOpaque(const WorldData &world) {
 // One frame under way: shared by the threads that render it and the one that waits for them.
 class FrameRender {
   public:
-    FrameRender(const WorldData &world, const RenderJob &job)
+    FrameRender(const RenderSceneData &world, const RenderJob &job)
         : world_(world), job_(job), region_(regionOf(job)), cameraItem_(findCamera(world, job.camera)),
           camera_(cameraItem_.description, job.width, job.height), picture_(job.width, job.height),
           allOpaque_(isOpaque(world)), columns_((region_.right - region_.left + kTileSize - 1) / kTileSize),
@@ -243,10 +223,10 @@ class FrameRender {
         return true;
     }
 
-    const WorldData &world_;
+    const RenderSceneData &world_;
     const RenderJob &job_;
     const Region region_;
-    const WorldCamera &cameraItem_;
+    const RenderCamera &cameraItem_;
     const Camera camera_;
     Picture picture_; // every pixel is written by one thread only
     const bool allOpaque_;
@@ -269,7 +249,7 @@ int threadsFor(const RenderJob &job) {
 
 } // namespace
 
-Frame renderFrame(const World &world, const RenderJob &job, ProgressSink *sink) {
+Frame renderFrame(const RenderScene &world, const RenderJob &job, ProgressSink *sink) {
     assert(world.data().acceleration && "the World is prepared first");
     checkJob(job);
     const auto begin = std::chrono::steady_clock::now();
@@ -291,4 +271,4 @@ Frame renderFrame(const World &world, const RenderJob &job, ProgressSink *sink) 
     return frame;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,35 +1,38 @@
 #include "host/scene/read_scene.h"
 
-#include "host/graph/names.h"
-#include "host/scene/nested.h"
-#include "host/scene/surface_sources.h"
-#include "host/scene/tables.h"
-#include "host/state/files.h"
+#include "host/base/names.h"
+#include "host/io/files.h"
+#include "host/scene/format/nested.h"
+#include "host/scene/format/tables.h"
+#include "host/scene/own_surfaces.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
 // A name that something in the scene is called by must be there.
 template <class T>
-void wantNamed(const std::vector<T> &all, const std::string &name, std::string_view what, const Place &place) {
+void wantNamed(const std::vector<T> &all, const std::string &name, std::string_view what,
+               const SourceLocation &location) {
     if (std::ranges::find(all, name, &T::name) != all.end()) return;
     std::vector<std::string> known;
     known.reserve(all.size());
     for (const T &one : all) known.push_back(one.name);
-    throw InputError(place, fmt::format("there is no {} {}{}", what, velm::quoted(name), suggestion(name, known)));
+    throw InputError(location,
+                     fmt::format("there is no {} {}{}", what, velm::host::quoted(name), suggestion(name, known)));
 }
 
 void checkNames(const SceneDescription &scene) {
-    if (!scene.render.camera.empty()) wantNamed(scene.cameras, scene.render.camera, "camera", scene.render.cameraPlace);
+    if (!scene.render.camera.empty())
+        wantNamed(scene.cameras, scene.render.camera, "camera", scene.render.cameraLocation);
     if (scene.backdrop.kind == BackdropDescription::Kind::image)
-        wantNamed(scene.images, scene.backdrop.image, "image", scene.backdrop.place);
+        wantNamed(scene.images, scene.backdrop.image, "image", scene.backdrop.location);
     for (const ObjectDescription &object : scene.objects)
-        for (const SurfaceUse &use : object.surfaces) wantNamed(scene.surfaces, use.surface, "surface", use.place);
+        for (const SurfaceUse &use : object.surfaces) wantNamed(scene.surfaces, use.surface, "surface", use.location);
 }
 
 // A scene that is only asked for its surfaces needs nothing to see them by.
@@ -48,7 +51,7 @@ SceneDescription read(std::string_view text, const std::string &file, const Sear
         if (!cameras) context.fail(root.line, "a scene needs \"cameras\"");
         context.fail(cameras->line, "a scene needs at least one camera");
     }
-    addOwnSurfaces(context, scene);
+    addOwnSurfaces(path, scene);
     checkNames(scene);
     return scene;
 }
@@ -76,4 +79,4 @@ std::string sceneSchema() {
     return schema.dump(2) + '\n';
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,6 +1,6 @@
 // Writes the JSON Schema of the scene format to the file named: what keeps docs/scene.schema.json up to date.
+#include "host/io/files.h"
 #include "host/scene/read_scene.h"
-#include "host/state/files.h"
 
 #include <exception>
 #include <iostream>
@@ -11,7 +11,7 @@ int main(int argc, char **argv) {
         return 2;
     }
     try {
-        velm::writeFileAtomically(argv[1], velm::sceneSchema());
+        velm::host::writeFileAtomically(argv[1], velm::host::sceneSchema());
     } catch (const std::exception &error) {
         std::cerr << "velm_schema: " << error.what() << '\n';
         return 3;

@@ -1,14 +1,14 @@
 #include "host/services/backdrop.h"
 
-#include "host/direction.h"
+#include "host/base/direction.h"
+#include "host/base/names.h"
 #include "host/image/image.h"
-#include "host/suggest.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -26,14 +26,15 @@ double power(double base, double exponent) {
 
 Backdrop::Backdrop(const BackdropDescription &description) : description_(description) {
     if (!(description.skySqueeze > 0) || !(description.groundSqueeze > 0)) {
-        throw InputError(description.place, "a backdrop's sky squeeze and ground squeeze have to be above 0");
+        throw InputError(description.location, "a backdrop's sky squeeze and ground squeeze have to be above 0");
     }
     if (description.kind != BackdropDescription::Kind::image) return;
     image_ = ImageList::instance().find(description.image);
     if (image_ == nullptr && !ImageList::instance().isAbsent(description.image)) {
         const std::string near = nearest(description.image, ImageList::instance().names());
-        throw InputError(description.place, "the backdrop's image \"" + description.image + "\" is not in the scene" +
-                                                (near.empty() ? "" : "; did you mean \"" + near + "\"?"));
+        throw InputError(description.location, "the backdrop's image \"" + description.image +
+                                                   "\" is not in the scene" +
+                                                   (near.empty() ? "" : "; did you mean \"" + near + "\"?"));
     }
 }
 
@@ -49,8 +50,8 @@ Backdrop::Type Backdrop::type() const {
 void Backdrop::gradient(const double direction[3], double colour[3]) const {
     const double elevation = std::atan2(direction[1], levelLength(direction));
     const bool above = elevation >= 0;
-    const Triple &pole = above ? description_.zenith : description_.nadir;
-    const Triple &horizon = above ? description_.sky : description_.ground;
+    const Double3 &pole = above ? description_.zenith : description_.nadir;
+    const Double3 &horizon = above ? description_.sky : description_.ground;
     const double squeeze = above ? description_.skySqueeze : description_.groundSqueeze;
     const double share = power(std::max(0.0, 1 - std::abs(elevation) / (std::numbers::pi / 2)), squeeze);
     for (std::size_t i = 0; i < 3; ++i) colour[i] = pole[i] + share * (horizon[i] - pole[i]);
@@ -87,7 +88,7 @@ int backdropType(double) { return current->type(); }
 void backdropColours(double, double zenith[3], double sky[3], double ground[3], double nadir[3]) {
     const BackdropDescription &description = current->description();
     const bool isGradient = current->type() == Backdrop::kGradient;
-    const auto give = [&](const Triple &colour, double result[3]) {
+    const auto give = [&](const Double3 &colour, double result[3]) {
         std::copy_n((isGradient ? colour : description.colour).begin(), 3, result);
     };
     give(description.zenith, zenith);
@@ -114,4 +115,4 @@ const HostBackdropInfo *backdropInfo() { return &kBackdropInfo; }
 
 void setBackdrop(const Backdrop *backdrop) { current = backdrop != nullptr ? backdrop : &kNoBackdrop; }
 
-} // namespace velm
+} // namespace velm::host

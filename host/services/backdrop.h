@@ -1,10 +1,10 @@
 // What rays that hit nothing see.
 #pragma once
 
-#include "host/scene/description.h"
+#include "host/services/backdrop_description.h"
 #include "module/host.h"
 
-namespace velm {
+namespace velm::host {
 
 class Backdrop {
   public:
@@ -41,4 +41,4 @@ const HostBackdropInfo *backdropInfo();
 // [between frames]
 void setBackdrop(const Backdrop *backdrop);
 
-} // namespace velm
+} // namespace velm::host

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -47,4 +47,4 @@ void blend(double result[3], const double top[3], const double bottom[3], double
     }
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,7 +1,7 @@
 // Laying one colour over another.
 #pragma once
 
-namespace velm {
+namespace velm::host {
 
 // result = bottom + opacity (blended - bottom), with the blended colour as the mode has it (kBlendNormal and so on; a
 // mode that is none counts as normal). Colours and opacity are not clamped. Where a formula would divide by nothing or
@@ -10,4 +10,4 @@ namespace velm {
 // may be one of the others. [any thread]
 void blend(double result[3], const double top[3], const double bottom[3], double opacity, int mode);
 
-} // namespace velm
+} // namespace velm::host

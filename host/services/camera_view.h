@@ -1,7 +1,7 @@
 // The camera through which the picture being made is seen, for services that project positions.
 #pragma once
 
-namespace velm {
+namespace velm::host {
 
 struct CameraView {
     double position[3] = {0, 0, 0};                 // world space
@@ -15,4 +15,4 @@ void setCameraView(const CameraView &view);
 // [render threads]
 const CameraView &cameraView();
 
-} // namespace velm
+} // namespace velm::host

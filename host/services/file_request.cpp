@@ -1,12 +1,12 @@
 #include "host/services/file_request.h"
 
-#include "host/thread_role.h"
+#include "host/base/thread_role.h"
 
 #include <cstddef>
 #include <cstring>
 #include <utility>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -48,4 +48,4 @@ HostFileRequestFunc *fileRequest() { return request; }
 
 void prepareFileChoice(std::string path) { prepared = std::move(path); }
 
-} // namespace velm
+} // namespace velm::host

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // The function that the lookup gives. A request finds the file prepared for it, which serves once, or counts as
 // cancelled by the user. A file whose name does not fit the request's buffers gives result -1; another version of the
@@ -15,4 +15,4 @@ HostFileRequestFunc *fileRequest();
 // The file that the next request finds; empty for none.
 void prepareFileChoice(std::string path);
 
-} // namespace velm
+} // namespace velm::host

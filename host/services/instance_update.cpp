@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -39,4 +39,4 @@ UpdateListener::UpdateListener(Call call) : id_(++lastId) { calls().emplace(id_,
 
 UpdateListener::~UpdateListener() { calls().erase(id_); }
 
-} // namespace velm
+} // namespace velm::host

@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // The function that the lookup gives. A null class name counts as an empty one. [interface thread; not while rendering]
 HostInstanceUpdate *instanceUpdate();
@@ -28,4 +28,4 @@ class UpdateListener {
     int id_;
 };
 
-} // namespace velm
+} // namespace velm::host

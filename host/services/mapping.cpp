@@ -6,7 +6,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -75,4 +75,4 @@ void frontMapping(const double position[3], double *u, double *v) {
     *v = 0.5 - 0.5 * dot(offset, view.matrix + 3) / (depth * view.tanHalfHeight);
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -3,7 +3,7 @@
 // metre, centred on the origin.
 #pragma once
 
-namespace velm {
+namespace velm::host {
 
 // Along X: u = 1/2 + z, v = 1/2 - y, which reads the right way round from +X. Along Y: u = 1/2 + x, v = 1/2 - z, from
 // +Y. Along Z: u = 1/2 + x, v = 1/2 - y, from -Z. An axis that is none counts as Z. [any thread]
@@ -26,4 +26,4 @@ void cubicMapping(const double position[3], int axis, double *u, double *v);
 // camera's own plane: (0.5, 0.5). [render threads]
 void frontMapping(const double position[3], double *u, double *v);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,10 +1,10 @@
 // "NodeFuncs": what a node may say and ask of itself.
+#include "host/animation/channel.h"
+#include "host/base/thread_role.h"
 #include "host/graph/network.h"
-#include "host/services/channel.h"
-#include "host/services/lookup.h"
-#include "host/thread_role.h"
+#include "host/services/services.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -57,4 +57,4 @@ const HostNodeFuncs *nodeFuncs() {
     return &kTable;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,11 +1,11 @@
 // "NodeInputFuncs": the inputs of a node. A null input counts as one that is not connected, since a server may ask one
 // that it could not create.
+#include "host/base/thread_role.h"
 #include "host/graph/network.h"
-#include "host/services/lookup.h"
+#include "host/services/services.h"
 #include "host/services/walk.h"
-#include "host/thread_role.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -58,4 +58,4 @@ const HostNodeInputFuncs *nodeInputFuncs() {
     return &kTable;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,12 +1,12 @@
 // "NodeOutputFuncs": the outputs of a node, and the way of a result to whoever asked for it.
+#include "host/base/thread_role.h"
 #include "host/graph/network.h"
-#include "host/services/lookup.h"
+#include "host/services/services.h"
 #include "host/services/walk.h"
-#include "host/thread_role.h"
 
 #include <cstring>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -81,4 +81,4 @@ const HostNodeOutputFuncs *nodeOutputFuncs() {
     return &kTable;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -1,16 +1,16 @@
 // "NodeUtilityFuncs": blending, preview sizes and mappings, as the wall wants them.
+#include "host/base/thread_role.h"
 #include "host/graph/network.h"
 #include "host/image/image.h"
 #include "host/services/blend.h"
 #include "host/services/camera_view.h"
-#include "host/services/lookup.h"
 #include "host/services/mapping.h"
+#include "host/services/services.h"
 #include "host/services/uv_provider.h"
-#include "host/thread_role.h"
 
 #include <algorithm>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -50,4 +50,4 @@ const HostNodeUtilityFuncs *nodeUtilityFuncs() {
     return &kTable;
 }
 
-} // namespace velm
+} // namespace velm::host

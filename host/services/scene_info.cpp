@@ -1,6 +1,6 @@
 #include "host/services/scene_info.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -37,4 +37,4 @@ const HostSceneInfo *sceneInfo() { return &current; }
 
 void setSceneInfo(const HostSceneInfo &facts) { current = facts; }
 
-} // namespace velm
+} // namespace velm::host

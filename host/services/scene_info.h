@@ -3,7 +3,7 @@
 
 #include "module/host.h"
 
-namespace velm {
+namespace velm::host {
 
 // One record for the life of the program; until a scene is set, an empty one of a single frame at 30 a second. Texts
 // are never null. Read on [render threads].
@@ -12,4 +12,4 @@ const HostSceneInfo *sceneInfo();
 // Takes over the facts; the texts stay the caller's and live until other facts are set. [between frames]
 void setSceneInfo(const HostSceneInfo &facts);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,6 +1,6 @@
 #include "host/services/system.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 unsigned int systemWord = kSystemLayout;
@@ -12,4 +12,4 @@ void *systemId() {
 
 void setSystemId(unsigned int word) { systemWord = word; }
 
-} // namespace velm
+} // namespace velm::host

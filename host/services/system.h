@@ -3,7 +3,7 @@
 
 #include "module/host.h"
 
-namespace velm {
+namespace velm::host {
 
 // The word as the lookup gives it. It is no address, and may be null.
 void *systemId();
@@ -12,4 +12,4 @@ void *systemId();
 // serial number of the caller's choice. Holds for the activations that follow. [interface thread; not while rendering]
 void setSystemId(unsigned int word);
 
-} // namespace velm
+} // namespace velm::host

@@ -1,6 +1,6 @@
 #include "host/services/time.h"
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 HostTimeInfo info = {.time = 0, .frame = 0};
@@ -10,4 +10,4 @@ const HostTimeInfo *timeInfo() { return &info; }
 
 void setTime(int frame, double time) { info = {.time = time, .frame = frame}; }
 
-} // namespace velm
+} // namespace velm::host

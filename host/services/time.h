@@ -3,7 +3,7 @@
 
 #include "module/host.h"
 
-namespace velm {
+namespace velm::host {
 
 // One record for the life of the program. Read on [render threads].
 const HostTimeInfo *timeInfo();
@@ -11,4 +11,4 @@ const HostTimeInfo *timeInfo();
 // Seconds. [between frames]
 void setTime(int frame, double time);
 
-} // namespace velm
+} // namespace velm::host

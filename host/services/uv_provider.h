@@ -4,7 +4,7 @@
 
 #include "module/host.h"
 
-namespace velm {
+namespace velm::host {
 
 struct UvProvider {
     // Gives the UV coordinates of the sample's position: u to the right and v up, as in the mesh's file, not wrapped.
@@ -26,4 +26,4 @@ inline bool lookUpUv(const ShadingSample *sample, const char *mapName, double *u
     return provider.lookup != nullptr && provider.lookup(sample, mapName, u, v);
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-namespace velm::walk {
+namespace velm::host::walk {
 
 // 1 for the first; 0 for a stranger.
 template <class T>
@@ -21,4 +21,4 @@ T *byIndex(const std::vector<std::unique_ptr<T>> &all, int index) {
     return all[static_cast<std::size_t>(index) - 1].get();
 }
 
-} // namespace velm::walk
+} // namespace velm::host::walk

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace velm {
+namespace velm::host {
 
 // Blocks that may be open at once, for writing and for reading. It keeps callbacks that load themselves recursively
 // (networks in networks) from running out of stack on a damaged file.
@@ -12,4 +12,4 @@ inline constexpr int kMaxBlockDepth = 256;
 // "VPRM", or "0x00000001" where its bytes are no printable characters.
 std::string blockName(unsigned int id);
 
-} // namespace velm
+} // namespace velm::host

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -155,4 +155,4 @@ std::unique_ptr<LoadForm> makeBinaryLoadForm(std::string_view bytes, std::string
     return std::make_unique<BinaryLoadForm>(bytes, std::move(name), before);
 }
 
-} // namespace velm
+} // namespace velm::host

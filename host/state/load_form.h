@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace velm {
+namespace velm::host {
 
 // Turns the operations of a load state into calls for one value each. A form reads `bytes_` from `at_` on.
 class LoadForm {
@@ -61,4 +61,4 @@ class LoadForm {
 std::unique_ptr<LoadForm> makeBinaryLoadForm(std::string_view bytes, std::string name, std::size_t before);
 std::unique_ptr<LoadForm> makeTextLoadForm(std::string_view bytes, std::string name, std::size_t before);
 
-} // namespace velm
+} // namespace velm::host

@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace velm {
+namespace velm::host {
 
 // The operations are called by plug-ins, which no exception may reach.
 template <typename Result, typename Work>
@@ -122,4 +122,4 @@ std::string unreadContents(const HostLoadState &state) {
     return isOfReader(state) ? static_cast<const LoadForm *>(state.data)->unread() : std::string();
 }
 
-} // namespace velm
+} // namespace velm::host

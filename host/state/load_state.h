@@ -18,7 +18,7 @@
 #include <string>
 #include <string_view>
 
-namespace velm {
+namespace velm::host {
 
 class LoadForm; // one of the two forms, load_form.h
 
@@ -53,4 +53,4 @@ bool isOfReader(const HostLoadState &state);
 // without the blanks by which the block's contents are indented.
 std::string unreadContents(const HostLoadState &state);
 
-} // namespace velm
+} // namespace velm::host

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -293,4 +293,4 @@ std::unique_ptr<LoadForm> makeTextLoadForm(std::string_view bytes, std::string n
     return std::make_unique<TextLoadForm>(bytes, std::move(name), before);
 }
 
-} // namespace velm
+} // namespace velm::host

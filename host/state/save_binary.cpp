@@ -7,7 +7,7 @@
 #include <cstring>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 std::string blockName(unsigned int id) {
     std::string name;
@@ -80,4 +80,4 @@ class BinarySaveForm final : public SaveForm {
 
 std::unique_ptr<SaveForm> makeBinarySaveForm() { return std::make_unique<BinarySaveForm>(); }
 
-} // namespace velm
+} // namespace velm::host

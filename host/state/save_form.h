@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace velm {
+namespace velm::host {
 
 // Turns the operations of a save state into calls for one value each. A form appends to `out_`.
 class SaveForm {
@@ -59,4 +59,4 @@ class SaveForm {
 std::unique_ptr<SaveForm> makeBinarySaveForm();
 std::unique_ptr<SaveForm> makeTextSaveForm();
 
-} // namespace velm
+} // namespace velm::host

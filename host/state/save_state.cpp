@@ -1,13 +1,13 @@
 #include "host/state/save_state.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/state/save_form.h"
 
 #include <new>
 #include <stdexcept>
 #include <type_traits>
 
-namespace velm {
+namespace velm::host {
 
 // The operations are called by plug-ins, which no exception may reach.
 template <typename Work>
@@ -121,4 +121,4 @@ void SaveForm::writeLines(void *data, std::string_view lines) {
 
 void writeLines(const HostSaveState &state, std::string_view lines) { SaveForm::writeLines(state.data, lines); }
 
-} // namespace velm
+} // namespace velm::host

@@ -20,7 +20,7 @@
 #include <string>
 #include <string_view>
 
-namespace velm {
+namespace velm::host {
 
 class SaveForm; // one of the two forms, save_form.h
 
@@ -48,4 +48,4 @@ class StateWriter {
 // block's contents are: what unreadContents gave. In a binary state it is a mistake.
 void writeLines(const HostSaveState &state, std::string_view lines);
 
-} // namespace velm
+} // namespace velm::host

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -140,4 +140,4 @@ void TextSaveForm::close() {
 
 std::unique_ptr<SaveForm> makeTextSaveForm() { return std::make_unique<TextSaveForm>(); }
 
-} // namespace velm
+} // namespace velm::host

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 
 inline std::string mutantFile(const std::string &name) { return VELM_MUTANTS "/" + name + ".p"; }
 
@@ -23,4 +23,4 @@ inline std::vector<CheckResult> resultsOf(const CheckOptions &options) {
     return runChecks(options, [](const CheckResult &) {});
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

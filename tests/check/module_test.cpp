@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 void expectWell(const Check &check) {
@@ -68,4 +68,4 @@ TEST(ThreadedMutantDeathTest, ARaceIsTold) {
 INSTANTIATE_TEST_SUITE_P(Levels, ModuleTest, ::testing::Range(1, std::min(5, kHighestLevel) + 1));
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

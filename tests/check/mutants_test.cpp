@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 struct Mutant {
@@ -145,4 +145,4 @@ TEST(Mutants, EveryCheckHasOne) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

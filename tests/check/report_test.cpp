@@ -7,7 +7,7 @@
 
 #include <sstream>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr Check kFirst{"some.check", 2, CheckScope::node, "something is so", nullptr};
@@ -95,4 +95,4 @@ TEST(CheckReport, OnlyBadEndsAreNotWell) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

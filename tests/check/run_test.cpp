@@ -1,13 +1,13 @@
 // Choosing checks, running them, and running one again.
 #include "tests/check/check_test.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 TEST(CheckList, HasNamesOfItsOwnAndItsLevelsInOrder) {
@@ -96,4 +96,4 @@ TEST(CheckReproduction, TakesOneCheckOnly) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

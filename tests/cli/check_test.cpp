@@ -9,7 +9,7 @@
 #include <fstream>
 #include <iterator>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 std::string contentOf(const std::string &file) {
@@ -79,4 +79,4 @@ TEST(CheckCommand, WhatSelectsNothingIsWrong) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 
 struct Outcome {
     int status;
@@ -25,4 +25,4 @@ inline Outcome velm(std::vector<std::string> words, bool ownModule = true, std::
     return {status, out.str(), err.str()};
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 using test::Outcome;
@@ -116,4 +116,4 @@ TEST_F(CompareCommand, ReplacesNeitherPicture) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

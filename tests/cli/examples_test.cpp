@@ -8,7 +8,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 std::vector<std::string> exampleNames() {
@@ -50,4 +50,4 @@ TEST_P(Example, RendersSomethingToSee) {
 INSTANTIATE_TEST_SUITE_P(All, Example, testing::ValuesIn(exampleNames()), [](const auto &name) { return name.param; });
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 struct Row {
@@ -37,4 +37,4 @@ TEST(FrameNames, HaveOnePlaceForTheNumber) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -8,7 +8,7 @@
 #include <chrono>
 #include <thread>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 using test::runProgram;
@@ -164,4 +164,4 @@ TEST(Guard, PassesStatusesAndErrorsOn) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

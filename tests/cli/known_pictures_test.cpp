@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 #include <numbers>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 using test::TemporaryDirectory;
@@ -167,4 +167,4 @@ TEST(FrostedSphere, LetsNearlyAllOfAWhiteEnvironmentThrough) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

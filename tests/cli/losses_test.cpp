@@ -10,7 +10,7 @@
 #include <csignal>
 #include <thread>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 using test::Outcome;
@@ -252,4 +252,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto &row) { return row.param.name; });
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 // The line of a text that starts so; empty when there is none.
@@ -71,4 +71,4 @@ TEST(Show, ShowsANodeWithoutAPanel) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 Options parse(std::vector<const char *> words) {
@@ -142,4 +142,4 @@ TEST(Version, IsEverywhere) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -1,14 +1,14 @@
 // Networks between scenes and object files, by the commands, with the module's nodes.
 #include "host/files/object_file.h"
 #include "host/image/image.h"
-#include "host/state/files.h"
+#include "host/io/files.h"
 
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 using test::TemporaryDirectory;
@@ -154,4 +154,4 @@ TEST_F(PackTest, NeitherReplacesWhatItReadsByAnotherKindOfFile) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -15,7 +15,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace velm::test {
+namespace velm::host::test {
 
 // A directory with a picture that stood before, and what is in it afterwards.
 class Workplace {
@@ -84,4 +84,4 @@ inline Outcome runProgram(
     return outcome;
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

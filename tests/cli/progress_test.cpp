@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <sstream>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 TEST(Progress, GivesALineForEveryTenthInLogs) {
@@ -91,4 +91,4 @@ TEST(Progress, WritesDurations) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

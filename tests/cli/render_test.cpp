@@ -10,7 +10,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 namespace fs = std::filesystem;
@@ -352,4 +352,4 @@ TEST(Render, AnInterruptLeavesNoPicture) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

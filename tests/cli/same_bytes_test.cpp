@@ -11,7 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 namespace fs = std::filesystem;
@@ -131,4 +131,4 @@ INSTANTIATE_TEST_SUITE_P(All, SameBytes, testing::ValuesIn(kScenes),
                          [](const auto &scene) { return scene.param.name; });
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

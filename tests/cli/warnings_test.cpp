@@ -7,7 +7,7 @@
 #include <array>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 using test::TemporaryDirectory;
@@ -131,4 +131,4 @@ TEST(CircleInEvaluation, IsAnErrorWhenStrict) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -1,12 +1,12 @@
 // Files that are cut, changed or made up: a clear error, or what is left of them, and never a crash.
 #include "tests/files/test_files.h"
 
-#include "host/error.h"
+#include "host/animation/channel.h"
+#include "host/base/error.h"
 #include "host/files/network_block.h"
 #include "host/files/object_file.h"
-#include "host/services/channel.h"
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 // Reads all that there is to read of an object file; empty, or the error.
@@ -145,4 +145,4 @@ TEST(Damage, ANetworkOfZerosIsEmpty) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

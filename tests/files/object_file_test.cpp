@@ -1,11 +1,11 @@
 // Object files: what is found in them, and that all the rest stays.
 #include "tests/files/test_files.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/files/object_file.h"
 #include "host/files/same_network.h"
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 TEST(ObjectFile, TellsSurfacesImagesAndNetworks) {
@@ -150,4 +150,4 @@ TEST(ObjectFile, WrongFilesSayWhereTheyAreWrong) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,17 +1,17 @@
 // Files that other people's programs wrote: those of Debian's package assimp-testmodels.
 #include "tests/files/test_files.h"
 
-#include "host/error.h"
+#include "host/animation/channel.h"
+#include "host/base/error.h"
 #include "host/files/network_block.h"
 #include "host/files/object_file.h"
-#include "host/services/channel.h"
-#include "host/state/files.h"
+#include "host/io/files.h"
 #include "host/state/save_state.h"
 
 #include <cmath>
 #include <memory>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr const char *kMissing = "the package assimp-testmodels is not installed; ./run test does that";
@@ -20,7 +20,7 @@ std::string throughASurface(const ObjectFile &file, std::size_t index, bool *has
     Surface surface(file.surfaces()[index].name);
     loadNetwork(surface, *file.network(index), file.name(), file.networkOffset(index));
     if (hasStandIn)
-        for (const auto &node : surface.editor().nodes()) *hasStandIn |= node->standIn != nullptr;
+        for (const auto &node : surface.editor().nodes()) *hasStandIn |= node->placeholder != nullptr;
     StateWriter writer(kStateBinary);
     surface.save(*writer.state());
     return writer.finish();
@@ -213,4 +213,4 @@ TEST(RealFiles, EachFileOfAPostBehaviourDoesAsItsNameSays) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

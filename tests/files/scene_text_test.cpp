@@ -1,11 +1,11 @@
 // Scene files of the big application: their blocks, and that all the rest stays.
 #include "tests/files/test_files.h"
 
-#include "host/error.h"
+#include "host/animation/channel.h"
+#include "host/base/error.h"
 #include "host/files/scene_text.h"
-#include "host/services/channel.h"
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 const std::string kScene = "LWSC\n5\n\nFramesPerSecond 30\nLoadObjectLayer 1 10000000 cube.lwo\nNumChannels 1\n"
@@ -79,4 +79,4 @@ TEST(SceneText, WrongFilesSayWhereTheyAreWrong) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 
 inline std::string big(std::size_t value, int bytes) {
     std::string text;
@@ -78,4 +78,4 @@ inline std::vector<std::filesystem::path> realFiles(std::string_view ending) {
     return found;
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

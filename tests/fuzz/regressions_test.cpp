@@ -2,7 +2,7 @@
 // program.
 #include "fuzz/promise.h"
 
-#include "host/state/files.h"
+#include "host/io/files.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -41,4 +41,4 @@ TEST_P(Regressions, AreRead) {
 INSTANTIATE_TEST_SUITE_P(, Regressions, ::testing::ValuesIn(keptInputs()), nameOf);
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -4,12 +4,12 @@
 #include "host/files/network_block.h"
 #include "host/files/object_file.h"
 #include "host/image/image.h"
-#include "host/state/files.h"
+#include "host/io/files.h"
 #include "host/state/save_state.h"
 
 #include <gtest/gtest.h>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 class GoldenFiles : public ::testing::Test {
@@ -18,7 +18,7 @@ class GoldenFiles : public ::testing::Test {
     void TearDown() override { ImageList::instance().clear(); }
 };
 
-void expectNothingKeptIn(const HostNodeEditor &editor) {
+void expectNothingKeptIn(const Network &editor) {
     for (const auto &node : editor.nodes()) expectNothingKept(*node);
 }
 
@@ -58,4 +58,4 @@ TEST_F(GoldenFiles, TheSceneOpensAndComesBackToTheByte) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

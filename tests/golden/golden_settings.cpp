@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <span>
 
-namespace velm::test {
+namespace velm::host::test {
 
 namespace {
 
@@ -44,8 +44,8 @@ void expectValue(const SettingValue &found, const SettingValue &wanted, const st
     ASSERT_EQ(found.index(), wanted.index()) << about;
     if (const auto *number = std::get_if<double>(&wanted))
         expectNear(std::get<double>(found), *number, about);
-    else if (const auto *triple = std::get_if<Triple>(&wanted))
-        expectNear(std::get<Triple>(found), *triple, about);
+    else if (const auto *triple = std::get_if<Double3>(&wanted))
+        expectNear(std::get<Double3>(found), *triple, about);
     else if (const auto *keys = std::get_if<KeysDescription>(&wanted))
         expectKeys(std::get<KeysDescription>(found), *keys, about);
     else
@@ -71,7 +71,7 @@ SurfaceDescription describedIn(const std::string &file, const std::string &surfa
 
 void expectNode(HostNode &node, const NodeDescription &description) {
     const std::string about = "node \"" + description.name + "\"";
-    ASSERT_FALSE(node.standIn) << about;
+    ASSERT_FALSE(node.placeholder) << about;
     EXPECT_EQ(node.server->name(), description.server) << about;
     for (const SettingDescription &setting : description.settings) {
         ASSERT_NE(panelOf(node), nullptr) << about;
@@ -82,7 +82,7 @@ void expectNode(HostNode &node, const NodeDescription &description) {
     expectNetwork(*node.nested.front(), description.network.front(), description.name);
 }
 
-void expectNetwork(HostNodeEditor &editor, const NetworkDescription &description, const std::string &root) {
+void expectNetwork(Network &editor, const NetworkDescription &description, const std::string &root) {
     const auto nodeCalled = [&](const std::string &name) {
         return name == root ? &editor.root() : editor.findNode(name);
     };
@@ -109,8 +109,8 @@ void expectNetwork(HostNodeEditor &editor, const NetworkDescription &description
 
 void expectNothingKept(const HostNode &node) {
     EXPECT_FALSE(node.keptData.has_value()) << "what the node \"" << node.name << "\" saves is not what it loaded";
-    for (const HostNodeEditor *inside : node.nested)
+    for (const Network *inside : node.nested)
         for (const auto &one : inside->nodes()) expectNothingKept(*one);
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

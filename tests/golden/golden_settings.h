@@ -2,11 +2,11 @@
 #pragma once
 
 #include "host/graph/network.h"
-#include "host/scene/description.h"
+#include "host/scene/format/description.h"
 
 #include <string>
 
-namespace velm::test {
+namespace velm::host::test {
 
 // The directory of the golden files, with a slash at its end.
 constexpr const char *kGolden = VELM_SOURCE_DIR "/tests/golden/";
@@ -25,10 +25,10 @@ void expectNode(HostNode &node, const NodeDescription &description);
 
 // Expects a network of the described nodes and connections, and no others. `root` is the name that the root goes by in
 // the description.
-void expectNetwork(HostNodeEditor &editor, const NetworkDescription &description, const std::string &root);
+void expectNetwork(Network &editor, const NetworkDescription &description, const std::string &root);
 
 // Expects that the nodes made all of what a file had of them their own, so that what they save next comes from
 // themselves and not from what the host keeps of the file.
 void expectNothingKept(const HostNode &node);
 
-} // namespace velm::test
+} // namespace velm::host::test

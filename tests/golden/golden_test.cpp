@@ -4,10 +4,10 @@
 #include "host/graph/node_data.h"
 #include "host/graph/surface.h"
 #include "host/image/image.h"
+#include "host/io/files.h"
 #include "host/panel/settings.h"
-#include "host/scene/build_scene.h"
+#include "host/scene/build/scene_surfaces.h"
 #include "host/scene/read_scene.h"
-#include "host/state/files.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 
@@ -19,7 +19,7 @@
 #include <ostream>
 #include <set>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 struct GoldenNode {
@@ -118,7 +118,7 @@ class GoldenNodes : public Golden, public ::testing::WithParamInterface<std::tup
     void renew() const {
         ASSERT_NE(std::getenv(kRenew), nullptr) << "there is no golden file " << file();
         const SceneDescription scene = readSurfaces(kSettings, {});
-        const BuiltScene built(scene, serverList());
+        const SceneSurfaces built(scene, serverList());
         const NodeDescription &description = described(scene.surfaces.front(), node().server);
         writeFileAtomically(file(), saved(built.surface(kSurface)->editor().node(description.name), form().mode));
     }
@@ -171,4 +171,4 @@ TEST_F(Golden, EverySettingIsToldAndIsNotThatOfANewNode) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

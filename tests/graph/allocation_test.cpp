@@ -1,7 +1,7 @@
 // A sample's way through a network asks for no memory, and a file for little.
 #include "host/graph/builtin/builtin.h"
 #include "host/graph/surface.h"
-#include "host/services/lookup.h"
+#include "host/load/lookup.h"
 #include "host/state/load_state.h"
 
 #include <gtest/gtest.h>
@@ -37,12 +37,12 @@ void operator delete[](void *memory) noexcept { std::free(memory); }
 void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void *memory, std::size_t) noexcept { std::free(memory); }
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 TEST(Allocation, EvaluatingEveryBuiltInNodeAllocatesNothing) {
     Surface surface("Clay");
-    HostNodeEditor &editor = surface.editor();
+    Network &editor = surface.editor();
     std::vector<HostOutput *> outputs;
     for (const auto &server : serverList().all()) {
         if (server->origin() != kBuiltinOrigin) continue;
@@ -70,7 +70,7 @@ TEST(Allocation, StringsOfANetworkTakeWhatTheyHold) {
     std::string text = "{ Nodes\n  Server \"" + std::string(kLong, 'l') + "\"\n";
     for (std::size_t i = 0; i < kStrings; ++i) text += "  Server \"Rain\"\n";
     text += "  { Tag\n    Name \"Net\"\n    Comment \"" + std::string(kLong, 'c') + "\"\n  }\n}\n";
-    HostNodeEditor editor("Net", "Net", nullptr, nullptr);
+    Network editor("Net", "Net", nullptr, nullptr);
     StateReader reader(kStateText, text, "network");
     const std::size_t before = allocatedBytes;
     editor.load(*reader.state());
@@ -79,4 +79,4 @@ TEST(Allocation, StringsOfANetworkTakeWhatTheyHold) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -3,13 +3,13 @@
 
 #include "host/graph/network.h"
 #include "host/panel/settings.h"
-#include "host/services/lookup.h"
+#include "host/services/services.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-namespace velm::test {
+namespace velm::host::test {
 
 using Settings = std::vector<std::pair<const char *, SettingValue>>;
 
@@ -25,10 +25,10 @@ class BuiltinTest : public ::testing::Test {
         for (const auto &[label, value] : settings) applySetting(*panel, {label, value, {}});
         return node;
     }
-    Triple triple(HostNode &node, const char *output) {
+    Double3 triple(HostNode &node, const char *output) {
         HostInput *input = editor.root().findInput("Color");
         editor.connect(node.name, output, "Net", "Color");
-        Triple value{-9, -9, -9};
+        Double3 value{-9, -9, -9};
         evaluateInput(input, &sample, value.data());
         return value;
     }
@@ -43,12 +43,12 @@ class BuiltinTest : public ::testing::Test {
         std::copy_n(position, 3, sample.objectPosition);
     }
 
-    HostNodeEditor editor;
+    Network editor;
     ShadingSample sample{};
 };
 
-inline void expectTriple(const Triple &value, const Triple &expected) {
+inline void expectTriple(const Double3 &value, const Double3 &expected) {
     for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(value[i], expected[i], 1e-12) << i;
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

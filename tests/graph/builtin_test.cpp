@@ -7,14 +7,14 @@
 
 #include <cmath>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 struct TripleAnswer {
     const char *server;
     Settings settings;
     const char *output;
-    Triple expected;
+    Double3 expected;
 };
 
 struct ScalarAnswer {
@@ -27,13 +27,13 @@ struct ScalarAnswer {
 
 TEST_F(BuiltinTest, TriplesAreAsComputedByHand) {
     const TripleAnswer kRows[] = {
-        {"Constant Color", {{"Color", Triple{0.1, 0.2, 0.3}}}, "Color", {0.1, 0.2, 0.3}},
-        {"Constant Vector", {{"Vector", Triple{-1, 2, 3}}}, "Vector", {-1, 2, 3}},
-        {"Add Color", {{"A", Triple{0.1, 0.2, 0.3}}, {"B", Triple{1, 2, 3}}}, "Color", {1.1, 2.2, 3.3}},
-        {"Multiply Color", {{"A", Triple{2, 3, 4}}, {"B", Triple{0.5, 0, -1}}}, "Color", {1, 0, -4}},
-        {"Mix Color", {{"A", Triple{0, 1, 2}}, {"B", Triple{1, 1, 0}}, {"Mix", 25.0}}, "Color", {0.25, 1, 1.5}},
-        {"Clamp Color", {{"In", Triple{-1, 0.5, 2}}}, "Color", {0, 0.5, 1}},
-        {"Clamp Color", {{"In", Triple{-1, 0.5, 2}}, {"Low", 0.6}, {"High", 3.0}}, "Color", {0.6, 0.6, 2}},
+        {"Constant Color", {{"Color", Double3{0.1, 0.2, 0.3}}}, "Color", {0.1, 0.2, 0.3}},
+        {"Constant Vector", {{"Vector", Double3{-1, 2, 3}}}, "Vector", {-1, 2, 3}},
+        {"Add Color", {{"A", Double3{0.1, 0.2, 0.3}}, {"B", Double3{1, 2, 3}}}, "Color", {1.1, 2.2, 3.3}},
+        {"Multiply Color", {{"A", Double3{2, 3, 4}}, {"B", Double3{0.5, 0, -1}}}, "Color", {1, 0, -4}},
+        {"Mix Color", {{"A", Double3{0, 1, 2}}, {"B", Double3{1, 1, 0}}, {"Mix", 25.0}}, "Color", {0.25, 1, 1.5}},
+        {"Clamp Color", {{"In", Double3{-1, 0.5, 2}}}, "Color", {0, 0.5, 1}},
+        {"Clamp Color", {{"In", Double3{-1, 0.5, 2}}, {"Low", 0.6}, {"High", 3.0}}, "Color", {0.6, 0.6, 2}},
         {"Make Vector", {{"X", 1.0}, {"Y", 2.0}, {"Z", 3.0}}, "Vector", {1, 2, 3}},
         {"Make Color", {{"Red", 0.1}, {"Green", 0.2}, {"Blue", 0.3}}, "Color", {0.1, 0.2, 0.3}},
     };
@@ -58,8 +58,8 @@ TEST_F(BuiltinTest, ScalarsAreAsComputedByHand) {
         {"Mix Scalar", {{"A", 2.0}, {"B", 4.0}, {"Mix", 150.0}}, "Out", 0, 5},
         {"Clamp Scalar", {{"In", 7.0}}, "Out", 0, 1},
         {"Clamp Scalar", {{"In", 7.0}, {"Low", 5.0}, {"High", 3.0}}, "Out", 0, 3},
-        {"Split Vector", {{"Vector", Triple{4, 5, 6}}}, "Z", 0, 6},
-        {"Split Color", {{"Color", Triple{4, 5, 6}}}, "Green", 0, 5},
+        {"Split Vector", {{"Vector", Double3{4, 5, 6}}}, "Z", 0, 6},
+        {"Split Color", {{"Color", Double3{4, 5, 6}}}, "Green", 0, 5},
         {"Curve", {}, "Function", 0.25, 0.15625},
         {"Curve", kRange, "Function", 2.5, 12.5},
         {"Curve", kRange, "Function", 9, 20},
@@ -145,7 +145,7 @@ TEST_F(BuiltinTest, SpotInfoTellsOfTheSample) {
 }
 
 TEST_F(BuiltinTest, TheCheckerChangesFromCellToCell) {
-    HostNode &checker = add("Checker", {{"Size", 2.0}, {"Color 1", Triple{1, 0, 0}}, {"Color 2", Triple{0, 1, 0}}});
+    HostNode &checker = add("Checker", {{"Size", 2.0}, {"Color 1", Double3{1, 0, 0}}, {"Color 2", Double3{0, 1, 0}}});
     const struct {
         double x, y, z, mask;
     } kRows[] = {{1, 1, 1, 0},  {3, 1, 1, 1}, {3, 3, 1, 0},     {-1, 1, 1, 1}, {-1, -1, -1, 1},
@@ -153,7 +153,7 @@ TEST_F(BuiltinTest, TheCheckerChangesFromCellToCell) {
     for (const auto &row : kRows) {
         place(row.x, row.y, row.z);
         EXPECT_EQ(scalar(checker, "Mask"), row.mask) << row.x << ' ' << row.y << ' ' << row.z;
-        expectTriple(triple(checker, "Color"), row.mask > 0 ? Triple{0, 1, 0} : Triple{1, 0, 0});
+        expectTriple(triple(checker, "Color"), row.mask > 0 ? Double3{0, 1, 0} : Double3{1, 0, 0});
     }
     place(1, 1, 1);
     sample.position[0] = 3;
@@ -181,8 +181,8 @@ TEST_F(BuiltinTest, FractalNoiseLayersAndMixes) {
     applySetting(*panelOf(noise), {"Gain", 25.0, {}});
     const double expected = 0.5 + 0.5 * (gradientNoise(0.3, 0.4, 0.5) + 0.25 * gradientNoise(0.9, 1.2, 1.5)) / 1.25;
     EXPECT_NEAR(scalar(noise, "Scalar"), expected, 1e-12);
-    applySetting(*panelOf(noise), {"Color 1", Triple{1, 0, 0}, {}});
-    applySetting(*panelOf(noise), {"Color 2", Triple{0, 1, 0}, {}});
+    applySetting(*panelOf(noise), {"Color 1", Double3{1, 0, 0}, {}});
+    applySetting(*panelOf(noise), {"Color 2", Double3{0, 1, 0}, {}});
     expectTriple(triple(noise, "Color"), {1 - expected, expected, 0});
     applySetting(*panelOf(noise), {"Scale", 0.0, {}});
     EXPECT_EQ(scalar(noise, "Scalar"), 0.5);
@@ -193,4 +193,4 @@ TEST_F(BuiltinTest, FractalNoiseLayersAndMixes) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,11 +1,11 @@
 // Making and breaking connections, and what nodes hear of it.
 #include "tests/graph/test_nodes.h"
 
-#include "host/services/lookup.h"
+#include "host/services/services.h"
 
 #include <algorithm>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -34,7 +34,7 @@ class ConnectionTest : public GraphTest {
         return "no error";
     }
 
-    HostNodeEditor editor;
+    Network editor;
 };
 
 TEST_F(ConnectionTest, EventsTellTheTypeOfTheOutput) {
@@ -91,7 +91,7 @@ TEST_F(ConnectionTest, ADestroyedNodeHearsNothingOfItsOwnInputs) {
 TEST_F(ConnectionTest, AnyOrderOfDestructionIsSafe) {
     std::vector<std::string> names{"A", "B", "C", "D"};
     do {
-        HostNodeEditor net("Net", "Net", nullptr, nullptr);
+        Network net("Net", "Net", nullptr, nullptr);
         addRootInputs(net);
         for (const char *name : {"A", "B", "C", "D"}) add(net, name);
         for (const auto &[from, to] :
@@ -117,7 +117,7 @@ TEST_F(ConnectionTest, CirclesAreRefusedWithTheirPath) {
 }
 
 TEST_F(ConnectionTest, OtherEditorsAndTheRootFeedNothing) {
-    HostNodeEditor other("Other", "Other", nullptr, nullptr);
+    Network other("Other", "Other", nullptr, nullptr);
     HostNode &stranger = add(other, "X");
     EXPECT_EQ(errorOf([&] { editor.connect(*stranger.findOutput("Scalar"), *editor.node("A").findInput("Scalar")); }),
               "cannot connect \"X.Scalar\" to \"A.Scalar\": they are not both nodes of \"Net\"");
@@ -192,4 +192,4 @@ TEST_F(ConnectionTest, UnknownTypesMakeNoInputsAndOutputs) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,8 +1,8 @@
 // Values on their way from outputs to inputs.
 #include "tests/graph/test_nodes.h"
 
-#include "host/services/lookup.h"
-#include "host/thread_role.h"
+#include "host/base/thread_role.h"
+#include "host/services/services.h"
 
 #include <atomic>
 #include <cmath>
@@ -10,7 +10,7 @@
 #include <limits>
 #include <thread>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -120,7 +120,7 @@ class EvaluationTest : public GraphTest {
     HostInput *rootInput(const char *name) { return editor.root().findInput(name); }
     void feed(const char *output, const char *input) { editor.connect("A", output, "Net", input); }
 
-    HostNodeEditor editor;
+    Network editor;
     HostNode *node = nullptr;
 };
 
@@ -212,7 +212,7 @@ TEST_F(EvaluationTest, AFunctionInputTakesAScalarAsItIs) {
 }
 
 // Each of a hundred nodes adds one.
-void makeChain(HostNodeEditor &editor, int length) {
+void makeChain(Network &editor, int length) {
     HostNode *last = editor.findNode("A");
     testNode(*last).step = 1;
     for (int i = 1; i < length; ++i) {
@@ -294,4 +294,4 @@ TEST_F(EvaluationTest, DebugBuildsRefuseTheWrongThread) {
 #endif
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

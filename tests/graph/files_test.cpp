@@ -8,7 +8,7 @@
 
 #include <functional>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 std::string saved(int mode, const std::function<void(const HostSaveState &)> &save) {
@@ -39,7 +39,7 @@ std::string hex(const std::string &bytes) {
 }
 
 void build(Surface &surface) {
-    HostNodeEditor &editor = surface.editor();
+    Network &editor = surface.editor();
     HostNode &level = editor.addNode(serverList().get("Constant Integer"), "Level");
     applySetting(*panelOf(level), {"Integer", 3.0, {}});
     level.coordinates = {-120, 40};
@@ -160,7 +160,7 @@ TEST_F(FilesTest, TextStaysAsItIs) {
 }
 
 TEST_F(FilesTest, BinaryStaysAsItIs) {
-    HostNodeEditor editor("Net", "Net", nullptr, nullptr);
+    Network editor("Net", "Net", nullptr, nullptr);
     addRootInputs(editor);
     testNode(add(editor, "A")).scalar = 1;
     editor.connect("A", "Scalar", "Net", "Scalar");
@@ -199,9 +199,9 @@ TEST_P(FilesTest, ASurfaceComesBackAsItWas) {
 }
 
 TEST_P(FilesTest, NetworksInNetworksComeBack) {
-    HostNodeEditor editor("Net", "Net", nullptr, nullptr);
+    Network editor("Net", "Net", nullptr, nullptr);
     addRootInputs(editor);
-    HostNodeEditor *inside = &editor;
+    Network *inside = &editor;
     for (const char *name : {"One", "Two", "Three"}) {
         HostNode &group = addGroup(*inside, name);
         inside->connect(name, "Scalar", inside->root().name, "Scalar");
@@ -209,12 +209,12 @@ TEST_P(FilesTest, NetworksInNetworksComeBack) {
     }
     testNode(add(*inside, "Source")).scalar = 8;
     inside->connect("Source", "Scalar", "Inside", "Scalar");
-    const auto save = [&](HostNodeEditor &from) {
+    const auto save = [&](Network &from) {
         return saved(GetParam(), [&](const HostSaveState &state) { from.save(state); });
     };
     const std::string bytes = save(editor);
 
-    HostNodeEditor again("Net", "Net", nullptr, nullptr);
+    Network again("Net", "Net", nullptr, nullptr);
     addRootInputs(again);
     loaded(GetParam(), bytes, [&](const HostLoadState &state) { again.load(state); });
     EXPECT_EQ(scalarOf(again.root(), "Scalar"), 8);
@@ -227,7 +227,7 @@ INSTANTIATE_TEST_SUITE_P(Forms, FilesTest, ::testing::Values(kStateBinary, kStat
 // ---- Files that are not right -------------------------------------------------------------------------------------
 
 std::string loadError(const std::string &text) {
-    HostNodeEditor editor("Net", "Net", nullptr, nullptr);
+    Network editor("Net", "Net", nullptr, nullptr);
     addRootInputs(editor);
     StateReader reader(kStateText, text, "network");
     try {
@@ -268,7 +268,7 @@ TEST_F(FilesTest, UnknownBlocksAreSkippedAndOrderIsFree) {
     const std::string text = "{ Connections\n" + connection("Net", "Scalar", "A", "Scalar") +
                              "}\n{ Weather\n  Rain 1\n}\n{ Nodes\n  Server \"Net\"\n  { Tag\n    Name \"Net\"\n  }\n"
                              "  Server \"Test Node\"\n  { Tag\n    Name \"A\"\n    Sunshine 3\n  }\n}\n";
-    HostNodeEditor editor("Net", "Net", nullptr, nullptr);
+    Network editor("Net", "Net", nullptr, nullptr);
     addRootInputs(editor);
     loaded(kStateText, text, [&](const HostLoadState &state) { editor.load(state); });
     EXPECT_NE(editor.root().findInput("Scalar")->source, nullptr);
@@ -285,7 +285,7 @@ TEST_F(FilesTest, ThousandsOfNodesOfOneNameGetTheirNumbers) {
     constexpr int kNodes = 10'000;
     std::string text = "{ Nodes\n  Server \"Net\"\n  { Tag\n    Name \"Gradient\"\n  }\n";
     for (int i = 0; i < kNodes; ++i) text += "  Server \"Weather\"\n  { Tag\n    Name \"Gradient\"\n  }\n";
-    HostNodeEditor editor("Gradient", "Net", nullptr, nullptr);
+    Network editor("Gradient", "Net", nullptr, nullptr);
     loaded(kStateText, text + "}\n", [&](const HostLoadState &state) { editor.load(state); });
     ASSERT_EQ(editor.nodes().size(), static_cast<std::size_t>(kNodes));
     for (int i = 0; i < kNodes; ++i) {
@@ -297,4 +297,4 @@ TEST_F(FilesTest, ThousandsOfNodesOfOneNameGetTheirNumbers) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

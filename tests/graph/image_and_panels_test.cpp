@@ -12,7 +12,7 @@
 
 #include <filesystem>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 // Two by two: red and green above, blue and white below.
@@ -42,7 +42,7 @@ class ImageTest : public BuiltinTest {
 };
 
 TEST_F(ImageTest, IsLaidOnByTheMapUprightAndRepeats) {
-    HostNode &image = add("Image", {{"Image", std::string("Tiles")}, {"Background Color", Triple{0.5, 0.5, 0.5}}});
+    HostNode &image = add("Image", {{"Image", std::string("Tiles")}, {"Background Color", Double3{0.5, 0.5, 0.5}}});
     place(0.25, 0.75, 0);
     expectTriple(triple(image, "Color"), {1, 0, 0});
     place(0.75, 0.75, 0);
@@ -78,7 +78,7 @@ class EveryNode : public ImageTest, public ::testing::WithParamInterface<const c
     static SettingValue other(HostPanel &panel, const std::string &label) {
         const SettingValue now = readSetting(panel, label);
         if (const auto *number = std::get_if<double>(&now)) return *number + 200;
-        if (std::holds_alternative<Triple>(now)) return Triple{0.25, 0.5, 0.75};
+        if (std::holds_alternative<Double3>(now)) return Double3{0.25, 0.5, 0.75};
         for (unsigned int id : panel.controls()) {
             const PanelItem &control = *panel.find(id);
             const std::vector<std::string> entries =
@@ -130,4 +130,4 @@ INSTANTIATE_TEST_SUITE_P(Panels, EveryNode,
                                            "Image", "Curve"));
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

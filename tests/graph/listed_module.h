@@ -4,7 +4,7 @@
 #include "host/graph/server_list.h"
 #include "host/load/module.h"
 
-namespace velm::test {
+namespace velm::host::test {
 
 // Loads and lists the module at the first call, as a host does at its start, and never unloads it, so that what the
 // module keeps for its life stays in reach. Its servers come from "velm.p".
@@ -17,4 +17,4 @@ inline void listModule() {
     static_cast<void>(module);
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,7 +1,7 @@
 // The module's own nodes that hold networks, in this host's networks: their whole life, three deep.
 #include "host/graph/surface.h"
+#include "host/load/lookup.h"
 #include "host/panel/settings.h"
-#include "host/services/lookup.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 #include "tests/graph/listed_module.h"
@@ -9,20 +9,20 @@
 
 #include <functional>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 class ModuleGroups : public GraphTest {
   protected:
     static void SetUpTestSuite() { listModule(); }
-    static HostNode &addModuleGroup(HostNodeEditor &editor, const char *name) {
+    static HostNode &addModuleGroup(Network &editor, const char *name) {
         return editor.addNode(serverList().get("Velm Group Node"), name);
     }
-    static HostNodeEditor &inside(HostNode &group) { return *group.nested.at(0); }
+    static Network &inside(HostNode &group) { return *group.nested.at(0); }
 
     // One, Two and Three, one inside the other, with a test node in the middle that gives `scalar`.
     static HostNode &nest(Surface &surface, double scalar) {
-        HostNodeEditor *at = &surface.editor();
+        Network *at = &surface.editor();
         for (const char *name : {"One", "Two", "Three"}) {
             HostNode &group = addModuleGroup(*at, name);
             at->connect(name, "Scalar", at->root().name, at == &surface.editor() ? "Luminosity" : "Scalar");
@@ -121,11 +121,11 @@ TEST_F(ModuleGroups, TellWhatWentWrongInside) {
 
 TEST_F(ModuleGroups, AreBoundedInDepth) {
     Surface surface("Clay");
-    HostNodeEditor *at = &surface.editor();
+    Network *at = &surface.editor();
     for (int i = 0; i < kDeepestNesting; ++i) at = &inside(addModuleGroup(*at, "Group"));
     EXPECT_EQ(messageOf([&] { addModuleGroup(*at, "More"); }),
               "cannot make the node \"More\": networks cannot be nested deeper than 16");
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,10 +1,10 @@
 // The nodes of the real module in this host's networks: what all of them have to go through, whatever they compute.
+#include "host/base/thread_role.h"
 #include "host/graph/surface.h"
+#include "host/load/lookup.h"
 #include "host/panel/settings.h"
-#include "host/services/lookup.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
-#include "host/thread_role.h"
 #include "tests/graph/listed_module.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 #include <sstream>
 #include <thread>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 class ModuleNodes : public ::testing::Test {
@@ -25,7 +25,7 @@ class ModuleNodes : public ::testing::Test {
             if (one->origin() == "velm.p") found.push_back(one.get());
         return found;
     }
-    static void addAll(HostNodeEditor &editor) {
+    static void addAll(Network &editor) {
         for (ServerClass *server : classes()) editor.addNode(*server);
     }
     static std::string saved(int mode, Surface &surface) {
@@ -42,7 +42,7 @@ class ModuleNodes : public ::testing::Test {
             SettingValue value = 2.0;
             if (control.type->kind == ControlKind::flag) value = true;
             if (control.type->kind == ControlKind::text) value = std::string("Changed");
-            if (control.type->components == 3) value = Triple{0.25, 0.5, 0.75};
+            if (control.type->components == 3) value = Double3{0.25, 0.5, 0.75};
             if (control.type->kind == ControlKind::choice || control.type->kind == ControlKind::transform) {
                 const std::vector<std::string> entries = panel.entries(control);
                 if (entries.empty()) continue;
@@ -118,7 +118,7 @@ class ThreadedModuleNodes : public ModuleNodes {};
 
 TEST_F(ThreadedModuleNodes, EvaluateEveryOutputWithoutASceneOnSixteenThreads) {
     Surface surface("Clay");
-    HostNodeEditor &editor = surface.editor();
+    Network &editor = surface.editor();
     addAll(editor);
     // Each output feeds an input of its own type at a node that only stands there to ask.
     std::vector<HostInput *> asking;
@@ -154,7 +154,7 @@ TEST_F(ThreadedModuleNodes, EvaluateEveryOutputWithoutASceneOnSixteenThreads) {
 
 TEST_F(ModuleNodes, InputsGreyTheirControlsAndLetThemGo) {
     Surface surface("Clay");
-    HostNodeEditor &editor = surface.editor();
+    Network &editor = surface.editor();
     HostNode &source = editor.addNode(serverList().get("Constant Scalar"), "Source");
     int greyed = 0;
     for (ServerClass *server : classes()) {
@@ -179,4 +179,4 @@ TEST_F(ModuleNodes, InputsGreyTheirControlsAndLetThemGo) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,13 +1,13 @@
 // Networks inside nodes: who holds them, how deep, and what they must not do to each other.
 #include "tests/graph/test_nodes.h"
 
-#include "host/services/lookup.h"
+#include "host/services/services.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 
 #include <functional>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 class Nested : public GraphTest {
@@ -18,11 +18,11 @@ class Nested : public GraphTest {
         GraphTest::TearDown();
     }
 
-    static HostNodeEditor &inside(HostNode &group) { return *group.nested.at(0); }
+    static Network &inside(HostNode &group) { return *group.nested.at(0); }
 
     // Groups in groups, as many as are told; the innermost network.
-    HostNodeEditor &nest(int count) {
-        HostNodeEditor *at = &editor;
+    Network &nest(int count) {
+        Network *at = &editor;
         for (int i = 0; i < count; ++i) at = &inside(addGroup(*at, "Group"));
         return *at;
     }
@@ -35,12 +35,12 @@ class Nested : public GraphTest {
         return "no error";
     }
 
-    HostNodeEditor editor{"Net", "Net", nullptr, nullptr};
+    Network editor{"Net", "Net", nullptr, nullptr};
 };
 
 TEST_F(Nested, ANodeKnowsTheNetworkThatItMade) {
     HostNode &group = addGroup(editor, "Outer");
-    ASSERT_EQ(group.nested, std::vector<HostNodeEditor *>{testGroup(group).editor});
+    ASSERT_EQ(group.nested, std::vector<Network *>{testGroup(group).editor});
     EXPECT_EQ(inside(group).holder(), &group);
     EXPECT_EQ(editor.holder(), nullptr);
     HostNode &inner = addGroup(inside(group), "Inner");
@@ -54,7 +54,7 @@ TEST_F(Nested, ANodeKnowsTheNetworkThatItMade) {
 
 TEST_F(Nested, ANetworkMadeOutsideOfCreationIsHeldByNobody) {
     HostNode &group = addGroup(editor, "Outer");
-    HostNodeEditor *loose = nodeEditorFuncs()->create("Loose", nullptr, nullptr, nullptr);
+    Network *loose = nodeEditorFuncs()->create("Loose", nullptr, nullptr, nullptr);
     EXPECT_EQ(loose->holder(), nullptr);
     EXPECT_EQ(group.nested.size(), 1u);
     nodeEditorFuncs()->destroy(loose);
@@ -69,7 +69,7 @@ TEST_F(Nested, ADestroyedNetworkIsForgotten) {
 
 TEST_F(Nested, ANetworkThatItsNodeLeavesBehindOutlivesIt) {
     HostNode &group = addGroup(editor, "Outer");
-    HostNodeEditor *left =
+    Network *left =
         std::exchange(testGroup(group).editor, nodeEditorFuncs()->create("Other", nullptr, nullptr, nullptr));
     editor.destroyNode(group);
     EXPECT_EQ(left->holder(), nullptr);
@@ -77,7 +77,7 @@ TEST_F(Nested, ANetworkThatItsNodeLeavesBehindOutlivesIt) {
 }
 
 TEST_F(Nested, DepthIsBounded) {
-    HostNodeEditor &deepest = nest(kDeepestNesting);
+    Network &deepest = nest(kDeepestNesting);
     EXPECT_EQ(refusal([&] { addGroup(deepest, "More"); }),
               "cannot make the node \"More\": networks cannot be nested deeper than 16");
     EXPECT_TRUE(deepest.nodes().empty());
@@ -90,7 +90,7 @@ TEST_F(Nested, DepthIsBoundedInFilesToo) {
     editor.save(*writer.state());
     const std::string bytes = writer.finish();
 
-    HostNodeEditor other("Other", "Other", nullptr, nullptr);
+    Network other("Other", "Other", nullptr, nullptr);
     HostNode &group = addGroup(other, "Holder");
     StateReader reader(kStateText, bytes, "network");
     const std::string message = refusal([&] { inside(group).load(*reader.state()); });
@@ -135,4 +135,4 @@ TEST_F(Nested, ErrorsThatTheHolderSwallowsAreTold) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,10 +1,10 @@
 // Networks: names, life, rendering, copies, and networks in networks.
 #include "tests/graph/test_nodes.h"
 
-#include "host/services/channel.h"
-#include "host/services/lookup.h"
+#include "host/animation/channel.h"
+#include "host/services/services.h"
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -22,7 +22,7 @@ class NetworkTest : public GraphTest {
     }
     ServerClass &tester() { return serverList().get("Test Node"); }
 
-    HostNodeEditor editor;
+    Network editor;
 };
 
 TEST_F(NetworkTest, NamesAreUniqueInTheirEditor) {
@@ -36,7 +36,7 @@ TEST_F(NetworkTest, NamesAreUniqueInTheirEditor) {
     EXPECT_EQ(add(editor, " (3)").name, " (3)");
     editor.destroyNode(editor.node("Tester (2)"));
     EXPECT_EQ(editor.addNode(tester()).name, "Tester (2)");
-    HostNodeEditor other("Other", "Other", nullptr, nullptr);
+    Network other("Other", "Other", nullptr, nullptr);
     EXPECT_EQ(other.addNode(tester()).name, "Tester");
 }
 
@@ -151,7 +151,7 @@ TEST_F(NetworkTest, CopiesTakeNodesSettingsAndConnections) {
     editor.connect("A", "Scalar", "B", "Scalar");
     editor.connect("B", "Scalar", "Net", "Scalar");
     editor.setState(1);
-    HostNodeEditor other("A", "A", nullptr, nullptr); // the root has the name of a node
+    Network other("A", "A", nullptr, nullptr); // the root has the name of a node
     addRootInputs(other);
     add(other, "Old");
     EXPECT_EQ(nodeEditorFuncs()->copy(&other, &editor), nullptr);
@@ -168,7 +168,7 @@ TEST_F(NetworkTest, CopiesTakeNodesSettingsAndConnections) {
 }
 
 // A group in a group in a group, with a source of 8 inside.
-HostNode &nestThreeDeep(HostNodeEditor &editor, ServerClass &group, ServerClass &node) {
+HostNode &nestThreeDeep(Network &editor, ServerClass &group, ServerClass &node) {
     HostNode &outer = editor.addNode(group, "Outer");
     HostNode &middle = testGroup(outer).editor->addNode(group, "Middle");
     HostNode &inner = testGroup(middle).editor->addNode(group, "Inner");
@@ -191,7 +191,7 @@ TEST_F(NetworkTest, NetworksInNetworksEvaluateRenderCopyAndGo) {
     EXPECT_EQ(journal(), (Lines{"init 1 Source", "time 3 Source", "cleanup Source"}));
     EXPECT_EQ(nodeFuncs()->channelGroup(&source)->parent->name, "Inner");
 
-    HostNodeEditor copy("Copy", "Copy", nullptr, nullptr);
+    Network copy("Copy", "Copy", nullptr, nullptr);
     addRootInputs(copy);
     EXPECT_EQ(nodeEditorFuncs()->copy(&copy, &editor), nullptr);
     EXPECT_EQ(scalarOf(copy.root(), "Scalar"), 8);
@@ -208,7 +208,7 @@ TEST_F(NetworkTest, NetworksInNetworksEvaluateRenderCopyAndGo) {
 // ---- What the service offers besides -----------------------------------------------------------------------------
 
 int events = 0;
-void *countEvent(HostNodeEditor *editor) {
+void *countEvent(Network *editor) {
     ++events;
     return nodeEditorFuncs()->userData(editor);
 }
@@ -232,7 +232,7 @@ TEST_F(NetworkTest, TheOwnerHearsOfChanges) {
 TEST_F(NetworkTest, EditorsKeepWhatTheyAreTold) {
     const HostNodeEditorFuncs &editors = *nodeEditorFuncs();
     int mine = 0;
-    HostNodeEditor *own = editors.create("Name", "Title", nullptr, &mine);
+    Network *own = editors.create("Name", "Title", nullptr, &mine);
     EXPECT_EQ(editors.userData(own), &mine);
     editors.setUserData(own, nullptr);
     EXPECT_EQ(editors.userData(own), nullptr);
@@ -255,16 +255,16 @@ TEST_F(NetworkTest, EditorsKeepWhatTheyAreTold) {
     editors.destroy(own);
 }
 
-HostError rootInit(HostNodeEditor *editor, int mode) {
+HostError rootInit(Network *editor, int mode) {
     journal().push_back("root init " + std::to_string(mode));
     return nodeEditorFuncs()->userData(editor) ? "root refuses" : nullptr;
 }
-HostError rootTime(HostNodeEditor *, int frame, double) {
+HostError rootTime(Network *, int frame, double) {
     journal().push_back("root time " + std::to_string(frame));
     return nullptr;
 }
-void rootCleanup(HostNodeEditor *) { journal().push_back("root cleanup"); }
-void rootPreview(HostNodeEditor *editor, ShadingSample *sample, double colour[3]) {
+void rootCleanup(Network *) { journal().push_back("root cleanup"); }
+void rootPreview(Network *editor, ShadingSample *sample, double colour[3]) {
     nodeInputFuncs()->evaluate(nodeEditorFuncs()->rootInputByName(editor, "Color"), sample, colour);
 }
 
@@ -275,7 +275,7 @@ TEST_F(NetworkTest, TheRootDescriptionIsHeeded) {
     root.newTime = rootTime;
     root.cleanup = rootCleanup;
     root.preview = rootPreview;
-    HostNodeEditor own("Own", "Own", &root, nullptr);
+    Network own("Own", "Own", &root, nullptr);
     addRootInputs(own);
     add(own, "A");
     own.connect("A", "Color", "Own", "Color");
@@ -303,7 +303,7 @@ int rootEvent(void *instance, HostInput *input, int, int) {
 
 TEST_F(NetworkTest, RootInputsTellTheOwner) {
     int count = 0;
-    HostNodeEditor own("Own", "Own", nullptr, &count);
+    Network own("Own", "Own", nullptr, &count);
     HostInput *input = nodeEditorFuncs()->addRootInput(&own, kConnectScalar, "In", rootEvent);
     add(own, "A");
     own.connect("A", "Scalar", "Own", "In");
@@ -312,7 +312,7 @@ TEST_F(NetworkTest, RootInputsTellTheOwner) {
     EXPECT_EQ(count, 2);
 }
 
-void wide(HostNodeEditor *, void *, double bounds[3][2]) {
+void wide(Network *, void *, double bounds[3][2]) {
     bounds[0][0] = -2;
     bounds[0][1] = 6;
 }
@@ -331,4 +331,4 @@ TEST_F(NetworkTest, PreviewsAreSizedByTheOwner) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

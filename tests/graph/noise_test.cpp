@@ -7,7 +7,7 @@
 #include <cmath>
 #include <random>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 TEST(Noise, IsZeroOnTheLattice) {
@@ -61,4 +61,4 @@ TEST(Noise, TakesAnyNumber) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -13,7 +13,7 @@
 
 #include <filesystem>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr int kSide = 4;
@@ -36,12 +36,12 @@ class PixelTables : public testing::Test {
             }
         writePicture(picture, file_);
         ImageList::instance().load(file_, "Chart");
-        editor_ = std::make_unique<HostNodeEditor>("Tables", "Tables", nullptr, nullptr);
+        editor_ = std::make_unique<Network>("Tables", "Tables", nullptr, nullptr);
         node_ = &editor_->addNode(serverList().get("Velm Pixel Image"));
         input_ = createInput(editor_->root(), kConnectColour, "In", nullptr);
         editor_->connect(*node_->findOutput("Color"), *input_);
         set("Image", std::string("Chart"));
-        set("Bg Color", Triple{0.5, 0.75, 0.25});
+        set("Bg Color", Double3{0.5, 0.75, 0.25});
     }
     ~PixelTables() override {
         editor_.reset();
@@ -50,13 +50,13 @@ class PixelTables : public testing::Test {
     }
 
     void set(const char *label, const SettingValue &value) {
-        applySetting(*panelOf(*node_), {.label = label, .value = value, .place = {}});
+        applySetting(*panelOf(*node_), {.label = label, .value = value, .location = {}});
     }
-    Triple colour() {
+    Double3 colour() {
         editor_->init(kInitRender);
         editor_->newTime(0, 0);
         ShadingSample sample{};
-        Triple result{};
+        Double3 result{};
         EXPECT_EQ(evaluateInput(input_, &sample, result.data()), 1);
         editor_->cleanup();
         return result;
@@ -68,7 +68,7 @@ class PixelTables : public testing::Test {
         std::string text;
         for (int coordinate = kFirst; coordinate <= kLast; ++coordinate) {
             set(axis, static_cast<double>(coordinate));
-            const Triple seen = colour();
+            const Double3 seen = colour();
             text += seen[2] == 1 ? static_cast<char>('0' + static_cast<int>(seen[component] / kQuarter)) : 'B';
         }
         return text;
@@ -76,7 +76,7 @@ class PixelTables : public testing::Test {
 
   private:
     std::string file_;
-    std::unique_ptr<HostNodeEditor> editor_;
+    std::unique_ptr<Network> editor_;
     HostNode *node_;
     HostInput *input_;
 };
@@ -109,7 +109,7 @@ TEST_F(PixelTables, EveryTilingInBothAxes) {
 
 struct BlendRow {
     const char *mode;
-    Triple full; // at an opacity of 100 %
+    Double3 full; // at an opacity of 100 %
 };
 // The pixel (0.75, 0.25, 1) over the background (0.5, 0.75, 0.25).
 constexpr BlendRow kBlends[] = {
@@ -121,7 +121,7 @@ constexpr BlendRow kBlends[] = {
 };
 
 TEST_F(PixelTables, EveryBlendAtFullAndHalfOpacity) {
-    constexpr Triple kBackground = {0.5, 0.75, 0.25};
+    constexpr Double3 kBackground = {0.5, 0.75, 0.25};
     set("X", 3.0);
     set("Y", 1.0);
     ASSERT_EQ(std::size(kBlends), static_cast<std::size_t>(kBlendBlue) + 1);
@@ -129,7 +129,7 @@ TEST_F(PixelTables, EveryBlendAtFullAndHalfOpacity) {
         set("Blending", std::string(row.mode));
         for (const double percent : {100.0, 50.0, 0.0}) {
             set("Opacity", percent);
-            const Triple seen = colour();
+            const Double3 seen = colour();
             for (std::size_t i = 0; i < 3; ++i) {
                 const double expected = kBackground[i] + percent / 100 * (row.full[i] - kBackground[i]);
                 EXPECT_NEAR(seen[i], expected, 1e-12) << row.mode << " at " << percent << " %, component " << i;
@@ -156,4 +156,4 @@ TEST_F(PixelTables, TheThumbnailPixelByPixel) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

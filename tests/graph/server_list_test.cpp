@@ -1,13 +1,13 @@
 // Servers: finding them, and what they may refuse.
 #include "host/graph/server_list.h"
 
-#include "host/error.h"
-#include "host/services/lookup.h"
+#include "host/base/error.h"
+#include "host/load/lookup.h"
 #include "host/services/system.h"
 
 #include <gtest/gtest.h>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 int result = kActivateOk;
@@ -188,4 +188,4 @@ TEST(HostServers, HoldTheBuiltInNodesFromTheStart) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

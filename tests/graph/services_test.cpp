@@ -1,7 +1,8 @@
 // The lookup, and the small services beside it.
+#include "host/load/lookup.h"
 #include "host/services/file_request.h"
-#include "host/services/lookup.h"
 #include "host/services/scene_info.h"
+#include "host/services/services.h"
 #include "host/services/system.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +11,7 @@
 #include <cstring>
 #include <string>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 TEST(Lookup, GivesEveryServiceThatNodesFetch) {
@@ -62,12 +63,17 @@ TEST(Lookup, RemembersWhatIsMissing) {
     EXPECT_EQ(lookup(nullptr, kUseTransient), nullptr);
 }
 
-TEST(Lookup, TakesOffersOfOtherLayers) {
-    int service = 0;
-    offerService("Weather Report", &service);
-    EXPECT_EQ(lookup("Weather Report", kUseTransient), &service);
-    offerService("Weather Report", nullptr);
-    EXPECT_EQ(lookup("Weather Report", kUseTransient), nullptr);
+int report = 0;
+void *giveReport() { return &report; }
+void *giveNodeFuncs() { return const_cast<HostNodeFuncs *>(nodeFuncs()); }
+
+TEST(Lookup, FindsWhatARoomOffersAndTheLastOfferOfAName) {
+    const Service report1[] = {{.name = "Weather Report 1", .give = giveReport}};
+    offerServices(report1);
+    EXPECT_EQ(lookup("Weather Report 1", kUseTransient), &report);
+    const Service again[] = {{.name = "Weather Report 1", .give = giveNodeFuncs}};
+    offerServices(again);
+    EXPECT_EQ(lookup("Weather Report 1", kUseTransient), nodeFuncs());
 }
 
 int picks = 0;
@@ -130,4 +136,4 @@ TEST(SceneInfo, HoldsWhatWasSet) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,13 +1,13 @@
 // Surfaces: the root's values, and what networks make of them.
 #include "host/graph/surface.h"
 
-#include "host/services/lookup.h"
+#include "host/services/services.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 class SurfaceTest : public ::testing::Test {
@@ -46,7 +46,7 @@ TEST_F(SurfaceTest, StartsWithSensibleValues) {
 }
 
 TEST_F(SurfaceTest, DefaultsAreSetByName) {
-    surface.setDefault("Color", Triple{0.1, 0.2, 0.3});
+    surface.setDefault("Color", Double3{0.1, 0.2, 0.3});
     const char *names[] = {"Luminosity", "Diffuse",      "Specular",        "Glossiness",
                            "Reflection", "Transparency", "Refraction Index"};
     for (int i = 0; i < 7; ++i) surface.setDefault(names[i], 2.0 + i);
@@ -125,4 +125,4 @@ TEST_F(SurfaceTest, PreviewsAreSizedByWhatCarriesTheSurface) {
 TEST_F(SurfaceTest, TheRootIsNoNodeThatOneCouldAdd) { EXPECT_EQ(serverList().find("Surface"), nullptr); }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

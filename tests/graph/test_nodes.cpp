@@ -1,8 +1,8 @@
 #include "tests/graph/test_nodes.h"
 
-#include "host/services/lookup.h"
+#include "host/services/services.h"
 
-namespace velm::test {
+namespace velm::host::test {
 
 namespace {
 
@@ -215,9 +215,9 @@ double GraphTest::scalarOf(HostNode &node, const char *input) {
     return value;
 }
 
-HostNodeEditor *addRootInputs(HostNodeEditor &editor) {
+Network *addRootInputs(Network &editor) {
     for (const Port &port : kPorts) nodeEditorFuncs()->addRootInput(&editor, port.type, port.name, nullptr);
     return &editor;
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 
 // What happened to test nodes, in order: "create A", "event A.Scalar connected 2", "destroy A".
 std::vector<std::string> &journal();
@@ -42,7 +42,7 @@ LastAsked &lastAsked();
 // A node that holds a network, with an output "Scalar" that gives what the inner root's "Scalar" brings.
 struct TestGroup {
     HostNode *node = nullptr;
-    HostNodeEditor *editor = nullptr;
+    Network *editor = nullptr;
     bool quiet = false; // keeps to itself what the network reports at init and new time
     HostInput *root = nullptr;
     HostOutput *output = nullptr;
@@ -60,10 +60,10 @@ class GraphTest : public ::testing::Test {
     void SetUp() override;
     void TearDown() override;
 
-    static HostNode &add(HostNodeEditor &editor, const std::string &name) {
+    static HostNode &add(Network &editor, const std::string &name) {
         return editor.addNode(serverList().get("Test Node"), name);
     }
-    static HostNode &addGroup(HostNodeEditor &editor, const std::string &name) {
+    static HostNode &addGroup(Network &editor, const std::string &name) {
         return editor.addNode(serverList().get("Test Group"), name);
     }
     static double scalarOf(HostNode &node, const char *input);
@@ -72,6 +72,6 @@ class GraphTest : public ::testing::Test {
 };
 
 // An editor with a root that has one input of each type, by name as TestNode has them.
-HostNodeEditor *addRootInputs(HostNodeEditor &editor);
+Network *addRootInputs(Network &editor);
 
-} // namespace velm::test
+} // namespace velm::host::test

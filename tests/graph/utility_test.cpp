@@ -1,7 +1,7 @@
 // Blending and mappings, by hand.
 #include "host/services/blend.h"
 #include "host/services/camera_view.h"
-#include "host/services/lookup.h"
+#include "host/services/services.h"
 #include "host/services/uv_provider.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include <cstring>
 #include <numbers>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
@@ -192,4 +192,4 @@ TEST(Mappings, UvMapsComeFromTheProvider) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,6 +1,6 @@
 // Work in a process of its own, and what becomes of it.
-#include "host/error.h"
-#include "host/guard/call_board.h"
+#include "host/base/error.h"
+#include "host/guard/call_record.h"
 #include "host/guard/guarded.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 constexpr GuardOptions kQuick{.on = true, .callLimit = 0.1};
@@ -116,4 +116,4 @@ TEST(Guarded, LeavesNoUnfinishedFile) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

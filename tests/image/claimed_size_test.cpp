@@ -1,5 +1,5 @@
 // Image files whose headers claim sizes that cannot be, that are too large, or that are merely odd.
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/image/image.h"
 #include "tests/image/image_files.h"
 #include "tests/image/temporary_directory.h"
@@ -12,7 +12,7 @@
 #include <iterator>
 #include <sys/resource.h>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 using Sides = std::array<std::uint32_t, 2>;
@@ -162,4 +162,4 @@ TEST_P(Line, IsReadWhole) {
 INSTANTIATE_TEST_SUITE_P(RowAndColumn, Line, testing::Values(Sides{100000, 1}, Sides{1, 100000}));
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,5 +1,5 @@
 // Comparing image files: what counts as the same, and what a comparison must not overlook.
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/image/compare.h"
 #include "tests/image/image_files.h"
 #include "tests/image/temporary_directory.h"
@@ -11,7 +11,7 @@
 #include <functional>
 #include <limits>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -286,4 +286,4 @@ TEST(CompareKinds, AlphaIsLightInBoth) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 
 inline OIIO::TypeDesc typeOf(std::uint8_t) { return OIIO::TypeDesc::UINT8; }
 inline OIIO::TypeDesc typeOf(std::uint16_t) { return OIIO::TypeDesc::UINT16; }
@@ -22,4 +22,4 @@ bool writeImageFile(const std::string &file, int width, int height, int channels
     return output && output->open(file, spec) && output->write_image(typeOf(Value{}), values.data()) && output->close();
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

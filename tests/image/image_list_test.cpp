@@ -1,5 +1,5 @@
 // The scene's image list and the table through which nodes see it.
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/image/image.h"
 #include "tests/image/image_files.h"
 #include "tests/image/temporary_directory.h"
@@ -8,7 +8,7 @@
 
 #include <deque>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 class ImageListTest : public testing::Test {
@@ -190,4 +190,4 @@ TEST_F(ImageListTest, PyramidKeepsTheMean) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

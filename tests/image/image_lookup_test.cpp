@@ -7,7 +7,7 @@
 #include <limits>
 #include <numbers>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kTolerance = 1e-6;
@@ -158,4 +158,4 @@ TEST(DirectionToImage, SeamAngleTurnsTheImage) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

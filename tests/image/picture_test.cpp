@@ -1,5 +1,5 @@
 // Pictures to files and back.
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/image/image.h"
 #include "host/image/picture.h"
 #include "tests/image/temporary_directory.h"
@@ -13,7 +13,7 @@
 #include <csignal>
 #include <limits>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 using Names = std::vector<std::string>;
@@ -216,4 +216,4 @@ TEST(Picture, FullDiskLeavesTheOldFileAndNothingElse) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,5 +1,5 @@
 // Images from files: which channels they have, and which numbers become of the file's.
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/image/file_pixels.h"
 #include "host/image/image.h"
 #include "tests/image/image_files.h"
@@ -11,7 +11,7 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 // Screen numbers and the light that they stand for, from the curve's definition: straight below 0.04045, else
@@ -158,4 +158,4 @@ TEST(ReadImage, CutOffFileIsAnError) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace velm::test {
+namespace velm::host::test {
 
 TemporaryDirectory::TemporaryDirectory() {
     std::string pattern = (std::filesystem::temp_directory_path() / "velm-test-XXXXXX").string();
@@ -29,4 +29,4 @@ std::vector<std::string> TemporaryDirectory::names() const {
 
 void writeText(const std::string &file, const std::string &text) { std::ofstream(file, std::ios::binary) << text; }
 
-} // namespace velm::test
+} // namespace velm::host::test

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 
 class TemporaryDirectory {
   public:
@@ -25,4 +25,4 @@ class TemporaryDirectory {
 // Writes a file of those bytes.
 void writeText(const std::string &file, const std::string &text);
 
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,7 +1,7 @@
 // Opening modules, and files that are none.
 #include "host/load/module.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 std::string moduleFile(const std::string &name) { return TEST_MODULES "/" + name + ".p"; }
@@ -191,4 +191,4 @@ TEST(Module, TheNodesModuleOpens) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -6,7 +6,7 @@
 
 #include <climits>
 
-using namespace velm;
+using namespace velm::host;
 
 namespace {
 

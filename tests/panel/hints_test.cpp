@@ -2,11 +2,11 @@
 
 #include "tests/panel/panel_fixture.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 
 #include <gtest/gtest.h>
 
-using namespace velm;
+using namespace velm::host;
 
 namespace {
 

@@ -1,15 +1,15 @@
 // A made-up plug-in with a panel of every kind of control, and words for its hints.
 #pragma once
 
+#include "host/animation/vparm.h"
 #include "host/panel/panel.h"
-#include "host/services/vparm.h"
 
 #include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 inline HostHint word(HostWord value) { return {.word = value}; }
 inline HostHint text(const char *value) { return {.text = value}; }
@@ -217,4 +217,4 @@ inline PanelOwner makePanel(Plug &plug, const Hints &more = {}) {
     return panel;
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -4,19 +4,19 @@
 
 #include "tests/panel/panel_fixture.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <numbers>
 
-using namespace velm;
+using namespace velm::host;
 
 namespace {
 
 SettingDescription setting(const char *label, SettingValue value) {
-    return {.label = label, .value = std::move(value), .place = {.file = "scene.json", .line = 12}};
+    return {.label = label, .value = std::move(value), .location = {.file = "scene.json", .line = 12}};
 }
 
 class Settings : public ::testing::Test {
@@ -66,9 +66,9 @@ TEST_F(Settings, AreStoredInTheUnitsOfThePlugIn) {
     EXPECT_EQ(values(plug_.opacity)[0], 0.2);
     apply("Turn", 45.0);
     EXPECT_NEAR(values(plug_.turn)[0], std::numbers::pi / 4, 1e-15);
-    apply("Tint", Triple{0.1, 0.2, 0.3});
+    apply("Tint", Double3{0.1, 0.2, 0.3});
     EXPECT_EQ(values(plug_.tint), (std::array<double, 3>{0.1, 0.2, 0.3}));
-    apply("Where", Triple{1, -2, 3});
+    apply("Where", Double3{1, -2, 3});
     EXPECT_EQ(values(plug_.where), (std::array<double, 3>{1, -2, 3}));
 }
 
@@ -126,7 +126,7 @@ TEST_F(Settings, KeysOfThreeComponents) {
     apply("Where", keys);
     EXPECT_EQ(values(plug_.where, 0.5), (std::array<double, 3>{2.5, 3.5, 4.5}));
     const auto read = std::get<KeysDescription>(readSetting(*panel_, "Where"));
-    EXPECT_EQ(read.keys[1].value, (Triple{4, 5, 6}));
+    EXPECT_EQ(read.keys[1].value, (Double3{4, 5, 6}));
     plug_.where.envelope(1)->putKey(0.5, 9);
     EXPECT_THROW(readSetting(*panel_, "Where"), InputError) << "no description holds unlike keys";
     EXPECT_EQ(describeValue(*panel_, *panel_->find(Plug::kWhere)), "2 keys");
@@ -148,7 +148,7 @@ TEST_F(Settings, ComplaintsSayWhatAndWhere) {
         {"", 1.0, "there is no setting \"\""},
         {"Switch 3", true, "there is no setting \"Switch 3\", did you mean \"Switch 2\"?"},
         {"Press", true, "\"Press\": this control holds no value"},
-        {"Tint", Triple{}, "\"Tint\": this setting is fed by a connection"},
+        {"Tint", Double3{}, "\"Tint\": this setting is fed by a connection"},
         {"Mode", std::string("Ode"), "\"Mode\": there is no entry \"Ode\", did you mean \"Odd\"?"},
         {"Mode", std::string("Gradient"),
          "\"Mode\": there is no entry \"Gradient\"; there are \"Plain\", \"Odd\", \"Even\""},
@@ -165,9 +165,9 @@ TEST_F(Settings, ComplaintsSayWhatAndWhere) {
         {"Name", 1.0, "\"Name\": expected a text"},
         {"Name", std::string(256, 'x'), "\"Name\": the text has 256 bytes; it may have at most 255"},
         {"Name", std::string(3, '\0'), "\"Name\": the text has a zero character in it"},
-        {"Size", Triple{}, "\"Size\": expected a number or keys"},
+        {"Size", Double3{}, "\"Size\": expected a number or keys"},
         {"Where", 1.0, "\"Where\": expected three numbers or keys"},
-        {"Where", Triple{0, INFINITY, 0}, "\"Where\": the number is not finite"},
+        {"Where", Double3{0, INFINITY, 0}, "\"Where\": the number is not finite"},
         {"Size", empty, "\"Size\": there are no keys"},
         {"Size", triple, "\"Size\": the keys have 3 numbers each, the setting has 1"},
         {"Size", twice, "\"Size\": there are two keys at 0 seconds"},
@@ -204,15 +204,15 @@ TEST_F(Settings, PlainNumbersWorkOnPanelsOfTheirOwn) {
     panelFuncs()->describe(panel.get(), values, nullptr, nullptr);
     applySetting(*panel, setting("Turn", 180.0));
     EXPECT_NEAR(*static_cast<double *>(panel->value(1)), std::numbers::pi, 1e-15);
-    applySetting(*panel, setting("Tint", Triple{1, 2, 3}));
-    EXPECT_EQ(std::get<Triple>(readSetting(*panel, "Tint")), (Triple{1, 2, 3}));
+    applySetting(*panel, setting("Tint", Double3{1, 2, 3}));
+    EXPECT_EQ(std::get<Double3>(readSetting(*panel, "Tint")), (Double3{1, 2, 3}));
     EXPECT_THROW(applySetting(*panel, setting("Turn", KeysDescription{.components = 1, .keys = {{}}})), InputError);
 }
 
 TEST_F(Settings, AreReadAndDescribedInShownUnits) {
     apply("Opacity", 20.0);
     apply("Turn", 20.0);
-    apply("Tint", Triple{1, 0.5, 0});
+    apply("Tint", Double3{1, 0.5, 0});
     plug_.mode = 2;
     plug_.on = 1;
     const struct {
@@ -229,7 +229,7 @@ TEST_F(Settings, AreReadAndDescribedInShownUnits) {
                 {"Picture", Plug::kPicture, std::string("(none)"), "(none)"},
                 {"Size", Plug::kSize, 0.0, "0"},
                 {"Opacity", Plug::kOpacity, 20.0, "20"},
-                {"Tint", Plug::kTint, Triple{1, 0.5, 0}, "1 0.5 0"}};
+                {"Tint", Plug::kTint, Double3{1, 0.5, 0}, "1 0.5 0"}};
     for (const auto &row : rows) {
         const SettingValue read = readSetting(*panel_, row.label);
         EXPECT_EQ(read.index(), row.value.index()) << row.label;

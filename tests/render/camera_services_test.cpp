@@ -1,5 +1,5 @@
 // The cameras of the scene, as nodes see through them.
-#include "host/render/camera.h"
+#include "host/render/scene/camera.h"
 #include "host/services/camera_view.h"
 #include "tests/render/service_table.h"
 #include "tests/render/test_scene.h"
@@ -8,7 +8,7 @@
 #include <memory>
 #include <numbers>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kTolerance = 1e-12;
@@ -41,7 +41,7 @@ class CameraServices : public testing::Test {
         scene_.scene.cameras[0].position = {1, 2, 3};
         scene_.scene.cameras[0].fieldOfView = 90;
         scene_.scene.cameras.push_back(
-            {.name = "Turned", .position = {-4, 5, 6}, .rotation = {30, -40, 50}, .fieldOfView = 65, .place = {}});
+            {.name = "Turned", .position = {-4, 5, 6}, .rotation = {30, -40, 50}, .fieldOfView = 65, .location = {}});
         scene_.world();
     }
     HostItem *camera(const std::string &name) { return const_cast<HostItem *>(scene_.item(kItemCamera, name)); }
@@ -274,4 +274,4 @@ TEST(CameraServicesWithoutAScene, TellOfNothing) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

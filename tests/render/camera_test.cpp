@@ -1,16 +1,16 @@
 // Rotations and the rays of the camera.
-#include "host/error.h"
-#include "host/render/camera.h"
+#include "host/base/error.h"
+#include "host/render/scene/camera.h"
 #include "tests/render/test_scene.h"
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kTolerance = 1e-12;
 
 struct RotationCase {
     const char *what;
-    Triple rotation;
+    Double3 rotation;
     Vec3 right, up, forward; // where the axes go
 };
 
@@ -115,4 +115,4 @@ TEST(Camera, RefusesWhatMakesNoSense) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 double trace(const ShadingSample &sample, unsigned mode, const Vec3 &from, const Vec3 &direction, double colour[3]) {
@@ -144,4 +144,4 @@ TEST(ModeFlags, AllAtOnceAreNoTrouble) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,7 +1,7 @@
 // The illuminate functions of samples.
 #include "tests/render/test_scene.h"
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kTolerance = 1e-6;
@@ -83,4 +83,4 @@ TEST_F(IlluminateTest, NothingArrives) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

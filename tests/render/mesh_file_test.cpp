@@ -1,6 +1,6 @@
 // Meshes from files: axes, polygons, materials, maps and errors.
-#include "host/error.h"
-#include "host/render/mesh.h"
+#include "host/base/error.h"
+#include "host/render/geometry/mesh.h"
 #include "tests/image/temporary_directory.h"
 #include "tests/render/test_scene.h"
 
@@ -8,7 +8,7 @@
 #include <fstream>
 #include <sys/stat.h>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 std::vector<Vec3> cornersOf(const Mesh &mesh, std::uint32_t triangle) {
@@ -43,7 +43,7 @@ TEST_F(MeshFileTest, RightHandedFilesAreMirroredInZ) {
 }
 
 TEST_F(MeshFileTest, TransformsKeepTheFront) {
-    for (const Triple &scale : {Triple{1, 1, 1}, Triple{-1, 1, 1}, Triple{1, 1, -3}, Triple{-2, -1, -1}}) {
+    for (const Double3 &scale : {Double3{1, 1, 1}, Double3{-1, 1, 1}, Double3{1, 1, -3}, Double3{-2, -1, -1}}) {
         const Mesh mesh = read("a.obj", kUpObj, {.position = {5, 6, 7}, .scale = scale});
         expectNear(frontOf(mesh, 0), {0, scale[1] < 0 ? -1.0 : 1.0, 0}, 1e-6);
         expectNear(mesh.corner(0, 0), {5, 6, 7}, 1e-6);
@@ -210,4 +210,4 @@ TEST_F(MeshFileTest, PlacesThatAreNoNumbersAreDropped) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,11 +1,11 @@
 // The shapes without a file: sizes, sides, winding, normals and maps.
-#include "host/error.h"
-#include "host/render/mesh.h"
+#include "host/base/error.h"
+#include "host/render/geometry/mesh.h"
 #include "tests/render/test_scene.h"
 
 #include <algorithm>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 Vec3 areaVector(const Mesh &mesh, std::uint32_t triangle) {
@@ -129,4 +129,4 @@ TEST(Shapes, RefuseSizesThatAreNone) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

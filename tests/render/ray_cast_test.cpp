@@ -5,7 +5,7 @@
 #include <limits>
 #include <random>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kRelative = 3e-6; // of single precision, a few roundings
@@ -219,4 +219,4 @@ TEST(RayCast, DoesNotSeeWhatRaysCannotSee) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

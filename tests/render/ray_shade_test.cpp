@@ -1,7 +1,7 @@
 // Ray shade: the whole record of the place that is hit.
 #include "tests/render/test_scene.h"
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kTolerance = 1e-6;
@@ -100,4 +100,4 @@ TEST(RayShade, FillsNoMoreThanItsRecord) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kTolerance = 1e-6;
@@ -128,4 +128,4 @@ TEST(Refraction, IndicesThatAreNoneCountAsOne) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

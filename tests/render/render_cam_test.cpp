@@ -1,18 +1,18 @@
 // A node that looks through the scene's cameras: Render Cam, loaded as a module and fed by the host's own services.
 #include "host/graph/server_list.h"
 #include "host/load/module.h"
-#include "host/render/camera.h"
-#include "host/render/item.h"
-#include "host/render/mesh.h"
-#include "host/render/scene_services.h"
-#include "host/scene/build_scene.h"
+#include "host/render/geometry/item.h"
+#include "host/render/geometry/mesh.h"
+#include "host/render/scene/camera.h"
+#include "host/render/services/scene_services.h"
+#include "host/scene/build/scene_surfaces.h"
 #include "host/scene/read_scene.h"
 #include "host/services/time.h"
 #include "tests/render/test_scene.h"
 
 #include <fmt/format.h>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr int kWidth = 24, kHeight = 18;
@@ -81,13 +81,13 @@ class RunningScene {
         return renderFrame(world_, job).picture;
     }
     Surface &surface(const std::string &name) { return *built_.surface(name); }
-    const World &world() const { return world_; }
+    const RenderScene &world() const { return world_; }
     const CameraDescription &camera(std::size_t index) const { return scene_.cameras[index]; }
 
   private:
     SceneDescription scene_;
-    World world_;
-    BuiltScene built_;
+    RenderScene world_;
+    SceneSurfaces built_;
 };
 
 // The last ray that a sample's trace function was asked for.
@@ -101,7 +101,7 @@ double noteRay(const double position[3], const double direction[3], double colou
 }
 
 // A sample on the first triangle of the screen.
-ShadingSample onScreen(const World &world, const std::array<float, 3> &weights) {
+ShadingSample onScreen(const RenderScene &world, const std::array<float, 3> &weights) {
     ShadingSample sample{};
     sample.objectItem = const_cast<HostItem *>(world.item(kItemObject, "Screen"));
     sample.polygon = const_cast<HostPolygon *>(sample.objectItem->mesh->triangles.data());
@@ -170,4 +170,4 @@ TEST(RenderCamInScene, IsGreenWithoutACamera) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,5 +1,5 @@
 // Frames: threads, regions, samples, progress and errors.
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/services/backdrop.h"
 #include "host/services/scene_info.h"
 #include "tests/render/test_scene.h"
@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kTolerance = 1e-6;
@@ -324,4 +324,4 @@ TEST(Renderer, JobFromTheScene) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

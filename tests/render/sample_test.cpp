@@ -1,12 +1,12 @@
 // The shading sample, member by member.
 #include "tests/render/test_scene.h"
 
-#include "host/render/mesh.h"
+#include "host/render/geometry/mesh.h"
 #include "host/services/uv_provider.h"
 
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kTolerance = 1e-6;
@@ -204,4 +204,4 @@ TEST(Sample, MapsAreLookedUpByName) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,12 +1,12 @@
 // Sample points: stratified, and scrambled differently for different seeds.
-#include "host/render/sampling.h"
+#include "host/render/geometry/sampling.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 #include <utility>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 // In a (0,2)-sequence, the first 2^k points, and each later block of as many, put one point into each elementary
@@ -48,4 +48,4 @@ TEST(Sampling, SeedsDiffer) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

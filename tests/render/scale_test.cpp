@@ -1,5 +1,5 @@
 // A scene looks the same at any size and, nearly, at any distance from the origin: no hit comes from the arithmetic.
-#include "host/render/transform.h"
+#include "host/render/geometry/transform.h"
 #include "tests/image/temporary_directory.h"
 #include "tests/render/test_scene.h"
 
@@ -7,7 +7,7 @@
 #include <random>
 #include <sstream>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 // A ball on a floor with a mirror behind and a glass box, everything `scale` times as large.
@@ -20,7 +20,7 @@ Picture pictureAt(double scale) {
     scene.surface("Ball", {{"Diffuse", 0.7}, {"Specular", 0.5}, {"Reflection", 0.2}}, {0.9, 0.3, 0.2});
     scene.surface("Mirror", {{"Reflection", 0.9}});
     scene.surface("Glass", {{"Transparency", 0.8}, {"Refraction Index", 1.4}, {"Diffuse", 0.2}});
-    const auto at = [scale](double x, double y, double z) { return Triple{scale * x, scale * y, scale * z}; };
+    const auto at = [scale](double x, double y, double z) { return Double3{scale * x, scale * y, scale * z}; };
     scene.object("Floor", PlaneShape{.width = 40 * scale, .depth = 40 * scale}, "Floor", at(0, -1, 0));
     scene.object("Ball", SphereShape{.radius = scale, .segments = 48}, "Ball", at(-0.8, 0, 0));
     scene.object("Mirror", PlaneShape{.width = 6 * scale, .depth = 6 * scale}, "Mirror", at(0, 0, 4))
@@ -75,7 +75,7 @@ TEST(Scale, ExactlyTheSameAtPowersOfTwo) {
 struct GridCase {
     const char *what;
     double size;
-    Triple position, rotation;
+    Double3 position, rotation;
 };
 
 // A flat grid of many polygons: rays that leave it at any angle must not hit its other polygons.
@@ -139,7 +139,7 @@ TEST(SelfIntersection, FlatGridsDoNotSeeThemselves) {
 // On a convex body, no ray that leaves it comes back.
 TEST(SelfIntersection, ConvexBodiesDoNotSeeThemselves) {
     for (const double radius : {1e-4, 1.0, 1e4}) {
-        for (const Triple &offset : {Triple{0, 0, 0}, Triple{50, -20, 30}}) {
+        for (const Double3 &offset : {Double3{0, 0, 0}, Double3{50, -20, 30}}) {
             TestScene scene;
             scene.job.width = scene.job.height = 24;
             scene.surface("Ball", {{"Luminosity", 1}});
@@ -167,4 +167,4 @@ TEST(SelfIntersection, ConvexBodiesDoNotSeeThemselves) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,14 +1,14 @@
 // What nodes can ask about the scene: its objects, their maps, and its items.
-#include "host/error.h"
-#include "host/render/item.h"
-#include "host/render/mesh.h"
+#include "host/base/error.h"
+#include "host/render/geometry/item.h"
+#include "host/render/geometry/mesh.h"
 #include "tests/image/temporary_directory.h"
 #include "tests/render/service_table.h"
 #include "tests/render/test_scene.h"
 
 #include <algorithm>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 using Names = std::vector<std::string>;
@@ -164,7 +164,7 @@ TEST_F(SceneServicesTest, DescribeTheObjects) {
 
 TEST_F(SceneServicesTest, ListEveryMapOnce) {
     const std::string fromFile = [this] {
-        const World &world = scene_.world();
+        const RenderScene &world = scene_.world();
         const HostItem *lid = world.item(kItemObject, "Lid");
         return lid->mesh->uvMaps.at(0).name;
     }();
@@ -228,7 +228,7 @@ TEST_F(SceneServicesTest, ForgetTheSceneWithItsEnd) {
 }
 
 TEST_F(SceneServicesTest, TellOfTheSceneBeforeItHasSurfaces) {
-    World world(scene_.scene);
+    RenderScene world(scene_.scene);
     EXPECT_EQ(namesOf(kItemObject), (Names{"Box", "Lid", "Floor"}));
     EXPECT_EQ(maps().front(), "UV");
     world.prepare(scene_.scene, [this](const std::string &name) { return scene_.surfaceOf(name); });
@@ -236,4 +236,4 @@ TEST_F(SceneServicesTest, TellOfTheSceneBeforeItHasSurfaces) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,10 +1,10 @@
 // Services as nodes get them: by the lookup.
 #pragma once
 
-#include "host/render/scene_services.h"
-#include "host/services/lookup.h"
+#include "host/load/lookup.h"
+#include "host/render/services/scene_services.h"
 
-namespace velm::test {
+namespace velm::host::test {
 
 template <typename Table>
 const Table &service(const char *name) {
@@ -17,4 +17,4 @@ inline const HostItemInfo &itemService() { return service<HostItemInfo>(HOST_ITE
 inline const HostCameraEvaluation &evaluationService() { return service<HostCameraEvaluation>(HOST_CAMERA_EVALUATION); }
 inline const HostCameraInfo &cameraService() { return service<HostCameraInfo>(HOST_CAMERA_INFO); }
 
-} // namespace velm::test
+} // namespace velm::host::test

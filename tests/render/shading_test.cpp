@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kTolerance = 1e-6;
@@ -209,4 +209,4 @@ TEST(Shading, PenumbraOfAnAreaLightIsHalfWay) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,11 +1,11 @@
 // Smooth normals by angle.
-#include "host/render/mesh.h"
-#include "host/render/mesh_builder.h"
+#include "host/render/geometry/mesh.h"
+#include "host/render/geometry/mesh_builder.h"
 #include "tests/render/test_scene.h"
 
 #include <algorithm>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 // A roof: two slopes that meet in a ridge along Z, inclined against each other by `degrees`.
@@ -108,4 +108,4 @@ TEST(Smoothing, EveryNormalIsOfUnitLength) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

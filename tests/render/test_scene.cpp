@@ -1,10 +1,10 @@
 #include "tests/render/test_scene.h"
 
-#include "host/services/lookup.h"
+#include "host/load/lookup.h"
 
 #include <algorithm>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 // The node that runs probes. Its instance is one of these.
@@ -53,7 +53,7 @@ TestScene::TestScene() {
     job.threads = 1;
 }
 
-SurfaceDescription &TestScene::surface(const std::string &name, Values values, const Triple &colour) {
+SurfaceDescription &TestScene::surface(const std::string &name, Values values, const Double3 &colour) {
     auto surface = std::make_unique<Surface>(name);
     surface->setDefault("Color", colour);
     surface->setDefault("Diffuse", 0.0);
@@ -67,19 +67,19 @@ SurfaceDescription &TestScene::surface(const std::string &name, Values values, c
 }
 
 void TestScene::probe(const std::string &surface, const std::string &input, Probe probe) {
-    HostNodeEditor &editor = surfaces_.at(surface)->editor();
+    Network &editor = surfaces_.at(surface)->editor();
     HostNode &node = editor.addNode(probeClass());
     static_cast<ProbeNode *>(node.instance)->probe = std::move(probe);
     editor.connect(node.name, input == "Color" || input == "Normal" ? "Color" : "Scalar", surface, input);
 }
 
 ObjectDescription &TestScene::object(const std::string &name, const ShapeDescription &shape, const std::string &surface,
-                                     const Triple &position) {
+                                     const Double3 &position) {
     ObjectDescription description;
     description.name = name;
     description.shape = shape;
     description.transform.position = position;
-    description.surfaces.push_back({.material = "", .surface = surface, .place = {}});
+    description.surfaces.push_back({.material = "", .surface = surface, .location = {}});
     return scene.objects.emplace_back(description);
 }
 
@@ -88,8 +88,9 @@ Surface *TestScene::surfaceOf(const std::string &name) {
     return found == surfaces_.end() ? nullptr : found->second.get();
 }
 
-World &TestScene::world() {
-    if (!world_) world_ = std::make_unique<World>(scene, [this](const std::string &name) { return surfaceOf(name); });
+RenderScene &TestScene::world() {
+    if (!world_)
+        world_ = std::make_unique<RenderScene>(scene, [this](const std::string &name) { return surfaceOf(name); });
     return *world_;
 }
 
@@ -115,4 +116,4 @@ Vec3 probeAtOrigin(TestScene &scene, const Probe &probe) {
     return scene.pixel();
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

@@ -3,9 +3,9 @@
 
 #include "host/graph/network.h"
 #include "host/graph/surface.h"
+#include "host/render/geometry/vector.h"
 #include "host/render/renderer.h"
-#include "host/render/vector.h"
-#include "host/render/world.h"
+#include "host/render/scene/render_scene.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@
 #include <string>
 #include <utility>
 
-namespace velm::test {
+namespace velm::host::test {
 
 // Runs as a node, once for each sample of its surface that asks for the value.
 using Probe = std::function<void(ShadingSample &sample, double value[3])>;
@@ -35,15 +35,15 @@ class TestScene {
     // Values of the root by name, "Color" as a triple. Surfaces start black and matt: no value but those given is above
     // 0, apart from the refraction index of 1.
     using Values = std::initializer_list<std::pair<const char *, double>>;
-    SurfaceDescription &surface(const std::string &name, Values values = {}, const Triple &colour = {1, 1, 1});
+    SurfaceDescription &surface(const std::string &name, Values values = {}, const Double3 &colour = {1, 1, 1});
     // Feeds an input of a surface's root, "Color" or a number (of which value[0] counts), from a piece of the test.
     void probe(const std::string &surface, const std::string &input, Probe probe);
 
     ObjectDescription &object(const std::string &name, const ShapeDescription &shape, const std::string &surface,
-                              const Triple &position = {});
+                              const Double3 &position = {});
 
     Surface *surfaceOf(const std::string &name); // null when there is none
-    World &world();                              // built at the first call
+    RenderScene &world();                        // built at the first call
     Frame render();
     // The colour of a picture of one pixel.
     Vec3 pixel();
@@ -51,7 +51,7 @@ class TestScene {
 
   private:
     std::map<std::string, std::unique_ptr<Surface>> surfaces_;
-    std::unique_ptr<World> world_;
+    std::unique_ptr<RenderScene> world_;
 };
 
 // Renders with a glowing surface "Probe" on a sphere of radius 0.001 at the origin, which is all that the camera sees
@@ -64,4 +64,4 @@ inline void expectNear(const Vec3 &found, const Vec3 &expected, double tolerance
     EXPECT_NEAR(found.z, expected.z, tolerance) << what;
 }
 
-} // namespace velm::test
+} // namespace velm::host::test

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 constexpr double kTolerance = 1e-6;
@@ -204,4 +204,4 @@ TEST(TraceMode, ShadowsThatTraceShadowsEnd) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

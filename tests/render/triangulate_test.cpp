@@ -1,8 +1,8 @@
 // Polygons into triangles.
-#include "host/render/mesh_builder.h"
+#include "host/render/geometry/mesh_builder.h"
 #include "tests/render/test_scene.h"
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 using Triangles = std::vector<std::array<std::uint32_t, 3>>;
@@ -60,8 +60,8 @@ TEST(Triangulate, CoversThePolygonOnce) {
     };
     // Each one in several attitudes.
     for (const PolygonCase &each : cases) {
-        for (const Triple &rotation :
-             {Triple{0, 0, 0}, Triple{90, 0, 0}, Triple{0, 90, 0}, Triple{0, 180, 0}, Triple{33, 44, 55}}) {
+        for (const Double3 &rotation :
+             {Double3{0, 0, 0}, Double3{90, 0, 0}, Double3{0, 90, 0}, Double3{0, 180, 0}, Double3{33, 44, 55}}) {
             PolygonCase turned = each;
             for (Vec3 &point : turned.points) point = rotationMatrix(rotation) * point;
             expectCovers(turned, rotationMatrix(rotation) * Vec3{0, 0, 1});
@@ -82,4 +82,4 @@ TEST(Triangulate, EndsOnPolygonsThatCrossThemselvesOrHaveNoArea) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

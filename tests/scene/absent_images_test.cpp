@@ -1,5 +1,5 @@
 // Images that a scene names and that are missing or damaged: told at every place that names them, gone without by all.
-#include "host/scene/build_scene.h"
+#include "host/scene/build/scene_surfaces.h"
 
 #include "host/image/image.h"
 #include "host/load/module.h"
@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 // "Sky" is on line 3, the backdrop on line 5, nodes that choose it on lines 8 and 9.
@@ -38,7 +38,7 @@ Built build(const test::TemporaryDirectory &directory, const std::string &images
     try {
         const SceneDescription scene =
             readSceneText(sceneWith(images), directory.file("scene.json"), {.directories = {"/nowhere/at all"}});
-        BuiltScene built(scene, serverList(), &warnings);
+        SceneSurfaces built(scene, serverList(), &warnings);
         result.images = ImageList::instance().names();
         built.init(kInitRender);
         built.newTime(0, 0);
@@ -129,7 +129,7 @@ TEST(AbsentImages, AreToldInsideOfNetworksToo) {
     std::vector<std::string> paths, shown;
     Warnings warnings(Warnings::Policy::goOn, [&](const Warning &warning) { paths.push_back(warning.path); });
     {
-        const BuiltScene built(scene, serverList(), &warnings);
+        const SceneSurfaces built(scene, serverList(), &warnings);
         HostNode &group = built.surface("Clay")->editor().node("Group");
         const SettingValue chosen = readSetting(*panelOf(group.nested.front()->node("Shine")), "Image");
         EXPECT_EQ(std::get<std::string>(chosen), "(none)");
@@ -140,4 +140,4 @@ TEST(AbsentImages, AreToldInsideOfNetworksToo) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 struct BadScene {
@@ -175,4 +175,4 @@ TEST(BadConnections, AnInputTakesOneConnection) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -1,8 +1,8 @@
-#include "host/scene/connection.h"
+#include "host/scene/format/connection.h"
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 const std::vector<std::string> kNodes{"Clay", "AO", "AO.2", "My Node"};
@@ -15,13 +15,13 @@ class GoodConnection : public testing::TestWithParam<Good> {};
 
 TEST_P(GoodConnection, IsTakenApart) {
     const Good &good = GetParam();
-    const Place place{.file = "f.json", .line = 4};
-    const ConnectionDescription connection = parseConnection(good.text, kNodes, surfaceRoot("Clay"), place);
+    const SourceLocation location{.file = "f.json", .line = 4};
+    const ConnectionDescription connection = parseConnection(good.text, kNodes, surfaceRoot("Clay"), location);
     EXPECT_EQ(connection.fromNode, good.fromNode);
     EXPECT_EQ(connection.output, good.output);
     EXPECT_EQ(connection.toNode, good.toNode);
     EXPECT_EQ(connection.input, good.input);
-    EXPECT_EQ(connection.place.text(), "f.json:4");
+    EXPECT_EQ(connection.location.text(), "f.json:4");
 }
 
 INSTANTIATE_TEST_SUITE_P(All, GoodConnection,
@@ -58,4 +58,4 @@ INSTANTIATE_TEST_SUITE_P(
                     Bad{"Clay.Color -> AO.Max", "\"Clay\" is the surface itself, which has no outputs"}));
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -1,8 +1,8 @@
-#include "host/scene/json.h"
+#include "host/scene/format/json.h"
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 TEST(Json, RemembersTheLineOfEveryKeyAndValue) {
@@ -79,4 +79,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto &row) { return row.param.name; });
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -3,17 +3,17 @@
 #include "tests/scene/scene_text.h"
 
 #include "host/graph/node_data.h"
-#include "host/scene/object_surfaces.h"
+#include "host/io/files.h"
+#include "host/scene/convert/object_surfaces.h"
+#include "host/scene/convert/write_surfaces.h"
+#include "host/scene/format/shortest.h"
 #include "host/scene/read_scene.h"
-#include "host/scene/shortest.h"
-#include "host/scene/write_surfaces.h"
-#include "host/state/files.h"
 
 #include <clocale>
 #include <locale>
 #include <nlohmann/json.hpp>
 
-namespace velm::test {
+namespace velm::host::test {
 namespace {
 
 // The text of a scene that is written from an object, with the data that are needed to give it back.
@@ -32,7 +32,7 @@ std::string packed(const std::string &scene, std::string object) {
     directory.write("scene.json", scene);
     const SceneDescription description = readSurfaces(directory.file("scene.json"), {});
     Warnings warnings(Warnings::Policy::goOn);
-    const BuiltScene built(description, serverList(), &warnings);
+    const SceneSurfaces built(description, serverList(), &warnings);
     ObjectFile file(object, "object.lwo");
     packSurfaces(file, description, built, UsualSettings(serverList()));
     return file.write();
@@ -150,7 +150,7 @@ TEST(ObjectSurfaces, ANetworkThatIsLaidOutOtherwiseStaysAsItIs) {
 
 TEST(ObjectSurfaces, DataThatSettingsDoNotTellAreKept) {
     // An integer that the panel's popup has no entry for, in a node of the host's own.
-    HostNodeEditor editor("Net", "Net", nullptr, nullptr);
+    Network editor("Net", "Net", nullptr, nullptr);
     std::string data = savedData(editor.addNode(serverList().get("Fractal Noise")));
     const std::string longer = data + "of a later version";
     for (const std::string &kept : {data, longer}) {
@@ -236,4 +236,4 @@ TEST(ObjectSurfaces, NumbersAreTheSameInEveryLocale) {
 }
 
 } // namespace
-} // namespace velm::test
+} // namespace velm::host::test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 using test::read;
@@ -62,7 +62,7 @@ TEST(ReadScene, ReadsCamerasAndLightsWithTheirLines) {
     EXPECT_EQ(scene.cameras[0].target, (Triple{0, 1, 0}));
     EXPECT_EQ(scene.cameras[0].fieldOfView, 55);
     EXPECT_EQ(scene.cameras[1].rotation, (Triple{10, 20, 30}));
-    EXPECT_EQ(scene.cameras[1].place.text(), "scene.json:4");
+    EXPECT_EQ(scene.cameras[1].location.text(), "scene.json:4");
     ASSERT_EQ(scene.lights.size(), 3u);
     EXPECT_EQ(scene.lights[0].kind, LightDescription::Kind::distant);
     EXPECT_EQ(scene.lights[0].intensity, 2);
@@ -71,7 +71,7 @@ TEST(ReadScene, ReadsCamerasAndLightsWithTheirLines) {
     EXPECT_EQ(scene.lights[2].kind, LightDescription::Kind::area);
     EXPECT_EQ(scene.lights[2].height, 0.5);
     EXPECT_EQ(scene.lights[2].samples, 9);
-    EXPECT_EQ(scene.lights[2].place.line, 9);
+    EXPECT_EQ(scene.lights[2].location.line, 9);
 }
 
 TEST(ReadScene, ReadsBackdrops) {
@@ -147,7 +147,7 @@ TEST(ReadScene, ReadsSurfacesWithNodesSettingsAndConnections) {
     EXPECT_EQ(std::get<std::string>(node.settings[0].value), "Polar");
     EXPECT_EQ(std::get<double>(node.settings[1].value), 12);
     EXPECT_TRUE(std::get<bool>(node.settings[2].value));
-    EXPECT_EQ(node.settings[2].place.line, 8);
+    EXPECT_EQ(node.settings[2].location.line, 8);
     const auto &max = std::get<KeysDescription>(node.settings[3].value);
     EXPECT_EQ(max.components, 1);
     EXPECT_EQ(max.keys[1].time, 2);
@@ -162,7 +162,7 @@ TEST(ReadScene, ReadsSurfacesWithNodesSettingsAndConnections) {
     EXPECT_EQ(offset.before, kBehaveOffsetRepeat);
     ASSERT_EQ(clay.network.connections.size(), 1u);
     EXPECT_EQ(clay.network.connections[0].fromNode, "AO");
-    EXPECT_EQ(clay.network.connections[0].place.line, 6);
+    EXPECT_EQ(clay.network.connections[0].location.line, 6);
 }
 
 TEST(ReadScene, ReadsNetworksInsideNodes) {
@@ -184,13 +184,13 @@ TEST(ReadScene, ReadsNetworksInsideNodes) {
     })");
     const NodeDescription &outer = scene.surfaces.at(0).network.nodes.at(0);
     ASSERT_EQ(outer.network.size(), 1u);
-    EXPECT_EQ(outer.network[0].place.line, 4);
+    EXPECT_EQ(outer.network[0].location.line, 4);
     ASSERT_EQ(outer.network[0].connections.size(), 1u);
     EXPECT_EQ(outer.network[0].connections[0].toNode, "Outer");
     ASSERT_EQ(outer.network[0].nodes.size(), 2u);
     const NodeDescription &inner = outer.network[0].nodes[0];
     ASSERT_EQ(inner.network.size(), 1u);
-    EXPECT_EQ(inner.network[0].connections.at(0).place.line, 9);
+    EXPECT_EQ(inner.network[0].connections.at(0).location.line, 9);
     EXPECT_EQ(inner.network[0].nodes.at(0).name, "Clay") << "the surface's name is free inside";
     EXPECT_EQ(std::get<double>(inner.network[0].nodes[0].settings.at(0).value), 2);
     EXPECT_TRUE(inner.network[0].nodes[0].network.empty());
@@ -230,4 +230,4 @@ TEST(SearchPath, TakesAbsoluteNamesAsTheyAre) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -1,14 +1,14 @@
 // Scene texts for tests: a good one, and ways to read them.
 #pragma once
 
-#include "host/error.h"
+#include "host/base/error.h"
 #include "host/scene/read_scene.h"
 
 #include <filesystem>
 #include <fstream>
 #include <string>
 
-namespace velm::test {
+namespace velm::host::test {
 
 inline SceneDescription read(const std::string &text) { return readSceneText(text, "scene.json", {}); }
 
@@ -46,4 +46,4 @@ class TemporaryDirectory {
     std::filesystem::path path_;
 };
 
-} // namespace velm::test
+} // namespace velm::host::test

@@ -1,12 +1,12 @@
 // The JSON Schema and the reader say the same.
 #include "tests/scene/scene_text.h"
 
-#include "host/state/files.h"
+#include "host/io/files.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -130,4 +130,4 @@ TEST(Schema, TellsPeopleOfEveryKeyAndAllowsNoOther) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -1,5 +1,5 @@
 // Where files are looked for, and what is said when they are not found.
-#include "host/scene/search_path.h"
+#include "host/scene/format/search_path.h"
 
 #include "tests/scene/scene_text.h"
 
@@ -7,7 +7,7 @@
 
 #include <sys/stat.h>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 using test::TemporaryDirectory;
@@ -39,4 +39,4 @@ TEST(SearchPath, SaysWhereItLooked) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -1,11 +1,11 @@
 // Networks inside nodes and stores shared between surfaces, from scene texts to values, with the nodes of the module.
-#include "host/scene/build_scene.h"
+#include "host/scene/build/scene_surfaces.h"
 
+#include "host/base/thread_role.h"
 #include "host/load/module.h"
 #include "host/panel/settings.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
-#include "host/thread_role.h"
 #include "tests/scene/scene_text.h"
 
 #include <fmt/format.h>
@@ -13,7 +13,7 @@
 
 #include <algorithm>
 
-namespace velm {
+namespace velm::host {
 namespace {
 
 class SharedScene : public testing::Test {
@@ -28,7 +28,7 @@ class SharedScene : public testing::Test {
     }
     static std::string refusal(const std::string &surfaces) {
         try {
-            const BuiltScene built(test::read(scene(surfaces)), serverList());
+            const SceneSurfaces built(test::read(scene(surfaces)), serverList());
         } catch (const InputError &error) {
             return error.what();
         }
@@ -43,7 +43,7 @@ class SharedScene : public testing::Test {
     }
     // The same, of a surface of a scene, rendered at a time.
     static double blueOf(const std::string &surfaces, const char *name, double time = 0) {
-        BuiltScene built(test::read(scene(surfaces)), serverList());
+        SceneSurfaces built(test::read(scene(surfaces)), serverList());
         built.init(kInitRender);
         built.newTime(1, time);
         const double blue = blueOf(*built.surface(name));
@@ -201,7 +201,7 @@ TEST_F(SharedScene, WrongStoresAreRefusedAtTheirPlace) {
 TEST_F(SharedScene, AScenesStoresGoWithIt) {
     const std::string surfaces = std::string(kStoring) + "," + kMisleading;
     for (int round = 0; round < 2; ++round) {
-        const BuiltScene built(test::read(scene(surfaces)), serverList());
+        const SceneSurfaces built(test::read(scene(surfaces)), serverList());
         HostNode &get = built.surface("Storer")->editor().addNode(serverList().get("Velm Get Material"));
         HostPanel &panel = *panelOf(get);
         EXPECT_EQ(panel.entries(*panel.find(panel.controls().at(0))),
@@ -223,7 +223,7 @@ TEST_F(SharedScene, NamesOf255BytesGoThroughPanelsAndFiles) {
     for (const int mode : {kStateBinary, kStateText}) {
         std::string bytes;
         {
-            const BuiltScene built(test::read(scene(getting + "," + storing)), serverList());
+            const SceneSurfaces built(test::read(scene(getting + "," + storing)), serverList());
             HostPanel &slot = *panelOf(built.surface("Getter")->editor().node("Get"));
             EXPECT_EQ(std::get<std::string>(readSetting(slot, "Slot")), name);
             bytes = saved(mode, *built.surface("Storer"));
@@ -242,7 +242,8 @@ TEST_F(SharedScene, SharedNetworksInNetworksComeBackFromFiles) {
     for (const int mode : {kStateBinary, kStateText}) {
         std::string getter, storer;
         {
-            const BuiltScene built(test::read(scene(std::string(kGettingInside) + "," + kStoringInside)), serverList());
+            const SceneSurfaces built(test::read(scene(std::string(kGettingInside) + "," + kStoringInside)),
+                                      serverList());
             getter = saved(mode, *built.surface("Getter"));
             storer = saved(mode, *built.surface("Storer"));
         }
@@ -261,4 +262,4 @@ TEST_F(SharedScene, SharedNetworksInNetworksComeBackFromFiles) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::host

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-using namespace velm;
+using namespace velm::host;
 
 namespace {
 

@@ -2,14 +2,14 @@
 
 #include "tests/state/state_fixture.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
-using namespace velm;
+using namespace velm::host;
 
 namespace {
 

@@ -3,11 +3,11 @@
 
 #include "tests/state/state_fixture.h"
 
-#include "host/error.h"
+#include "host/base/error.h"
 
 #include <gtest/gtest.h>
 
-using namespace velm;
+using namespace velm::host;
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace velm {
+namespace velm::host {
 
 inline constexpr HostBlockId kOuter = {.id = 0x4f555452, .token = "Outer"}; // OUTR
 inline constexpr HostBlockId kInner = {.id = 0x494e4e52, .token = "Inner"}; // INNR
@@ -132,4 +132,4 @@ inline void saveEverything(Saver &saver) {
     saver.end();
 }
 
-} // namespace velm
+} // namespace velm::host

@@ -58,30 +58,6 @@ bool isAllowed(const Rule &rule, const std::string &included) {
     return false;
 }
 
-// The layers of the stand-alone host, lowest first; a layer may include itself and those before it.
-const std::vector<std::vector<std::string>> hostLayers = {
-    {"host/guard/", "host/error.h", "host/one_line.h", "host/one_line.cpp"},
-    {"host/state/", "host/thread_role.h", "host/suggest.h", "host/suggest.cpp", "host/warnings.h", "host/warnings.cpp"},
-    {"host/services/", "host/panel/", "host/image/", "host/scene/description.h"},
-    {"host/graph/"},
-    {"host/files/"},
-    {"host/load/", "host/scene/", "host/render/"},
-    {"host/check/"},
-    {"host/cli/"},
-};
-
-int layerOf(const std::string &path) {
-    int layer = -1;
-    size_t longest = 0;
-    for (size_t i = 0; i < hostLayers.size(); ++i)
-        for (const std::string &prefix : hostLayers[i])
-            if (path.starts_with(prefix) && prefix.size() > longest) {
-                longest = prefix.size();
-                layer = static_cast<int>(i);
-            }
-    return layer;
-}
-
 TEST(IncludeRules, EveryDirectoryIncludesOnlyWhatItMay) {
     const fs::path root = VELM_SOURCE_DIR;
     for (const Rule &rule : rules) {
@@ -92,21 +68,6 @@ TEST(IncludeRules, EveryDirectoryIncludesOnlyWhatItMay) {
         for (const Include &include : includes)
             EXPECT_TRUE(isAllowed(rule, include.included))
                 << include.file << ":" << include.line << " includes " << include.included;
-    }
-}
-
-TEST(IncludeRules, NoLayerOfTheHostIncludesALayerAboveIt) {
-    // The services of nodes are tables over the graph, and stand with the other services all the same.
-    static const std::regex aboveTheGraph(R"(^host/services/(lookup|node_\w+)\.(h|cpp)$)");
-    for (const Include &include : includesBelow(VELM_SOURCE_DIR, "host/")) {
-        if (include.included == "module/host.h" || std::regex_match(include.file, aboveTheGraph)) continue;
-        const int from = layerOf(include.file), to = layerOf(include.included);
-        EXPECT_GE(from, 0) << include.file << " belongs to no layer";
-        if (std::regex_match(include.included, aboveTheGraph)) {
-            EXPECT_GE(from, layerOf("host/graph/")) << include.file << " includes " << include.included;
-            continue;
-        }
-        EXPECT_LE(to, from) << include.file << ":" << include.line << " includes " << include.included;
     }
 }
 

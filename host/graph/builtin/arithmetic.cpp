@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 namespace {
 
@@ -130,4 +130,4 @@ constinit const Definition clampColour{
     .evaluate = limitColour,
 };
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

@@ -3,11 +3,11 @@
 
 #include "module/host.h"
 
-namespace velm {
+namespace velm::host {
 
 inline constexpr char kBuiltinOrigin[] = "built in";
 
 // All nodes that scenes may use; ends with a null class.
 const HostServer *builtinServers();
 
-} // namespace velm
+} // namespace velm::host

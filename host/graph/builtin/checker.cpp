@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 namespace {
 
@@ -55,4 +55,4 @@ constinit const Definition checker{
     .evaluate = give,
 };
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

@@ -1,7 +1,7 @@
 // Triples from their components and back.
 #include "host/graph/builtin/definitions.h"
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 namespace {
 
@@ -47,4 +47,4 @@ constinit const Definition splitColour{
     .evaluate = split,
 };
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

@@ -1,7 +1,7 @@
 // A value to start from, animated where it is a number; what is connected to the input goes before it.
 #include "host/graph/builtin/definitions.h"
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 namespace {
 
@@ -43,4 +43,4 @@ constinit const Definition constantInteger{
     .evaluate = giveInteger,
 };
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 namespace {
 
@@ -61,4 +61,4 @@ constinit const Definition curve{
     .evaluate = give,
 };
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

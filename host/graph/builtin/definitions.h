@@ -3,7 +3,7 @@
 
 #include "host/graph/builtin/frame.h"
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 // constants.cpp
 extern const Definition constantColour, constantScalar, constantVector, constantInteger;
@@ -23,4 +23,4 @@ constexpr std::array<int, 3> kInfoColour{70, 100, 130};
 constexpr std::array<int, 3> kMathColour{120, 100, 60};
 constexpr std::array<int, 3> kTextureColour{60, 110, 130};
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 namespace {
 
@@ -60,4 +60,4 @@ constinit const Definition fractalNoise{
     .evaluate = give,
 };
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <new>
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 namespace {
 
@@ -226,4 +226,4 @@ void Evaluation::set(const std::array<double, 3> &result) const { set(result.dat
 void Evaluation::set(const double result[3]) const { fetched.outputs->setValue(value_, result); }
 double Evaluation::found() const { return *static_cast<double *>(fetched.outputs->getValue(value_)); }
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

@@ -8,7 +8,7 @@
 #include <array>
 #include <string>
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 constexpr int kMaxParameters = 12;
 constexpr int kMaxOutputs = 20;
@@ -120,4 +120,4 @@ int activate(int version, HostLookup *lookup, void *local, void * /*serverData*/
 // The panel of an instance, made once.
 HostPanel *panelOf(Instance &instance);
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

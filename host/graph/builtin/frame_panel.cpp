@@ -5,7 +5,7 @@
 #include <cstring>
 #include <vector>
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 namespace {
 
@@ -137,4 +137,4 @@ HostPanel *panelOf(Instance &instance) {
     return instance.panel = panel;
 }
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 namespace {
 
@@ -48,4 +48,4 @@ constinit const Definition image{
     .evaluate = give,
 };
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

@@ -3,7 +3,7 @@
 
 #include "host/graph/builtin/frame.h"
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 struct KindFacts {
     int parmType;        // 0: not animated
@@ -28,4 +28,4 @@ constexpr KindFacts factsOf(Kind kind) {
     return {};
 }
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

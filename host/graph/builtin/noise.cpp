@@ -1,19 +1,13 @@
 #include "host/graph/builtin/noise.h"
 
+#include "host/base/hash.h"
+
 #include <cmath>
 #include <cstdint>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
-
-// A finaliser of 32 bits with low bias, of the multiply-and-shift kind (C. Wellons, "Prospecting for Hash Functions",
-// 2018).
-std::uint32_t scramble(std::uint32_t bits) {
-    bits = (bits ^ bits >> 16) * 0x7feb352du;
-    bits = (bits ^ bits >> 15) * 0x846ca68bu;
-    return bits ^ bits >> 16;
-}
 
 std::uint32_t hash(std::int64_t x, std::int64_t y, std::int64_t z) {
     const std::uint32_t first = scramble(static_cast<std::uint32_t>(x));
@@ -57,4 +51,4 @@ double gradientNoise(double x, double y, double z) {
     return between(w, plane[0], plane[1]);
 }
 
-} // namespace velm
+} // namespace velm::host

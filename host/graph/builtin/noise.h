@@ -1,7 +1,7 @@
 // Gradient noise.
 #pragma once
 
-namespace velm {
+namespace velm::host {
 
 // Noise over space after K. Perlin, "Improving Noise", SIGGRAPH 2002: gradients towards the twelve edges of a cube,
 // blended by 6 t^5 - 15 t^4 + 10 t^3; the gradient of a lattice point is chosen by an integer hash instead of a table
@@ -9,4 +9,4 @@ namespace velm {
 // position is not finite, the same on every machine. [any thread]
 double gradientNoise(double x, double y, double z);
 
-} // namespace velm
+} // namespace velm::host

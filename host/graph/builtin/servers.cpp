@@ -4,7 +4,7 @@
 #include <iterator>
 #include <vector>
 
-namespace velm {
+namespace velm::host {
 
 namespace {
 
@@ -56,4 +56,4 @@ const HostServer *builtinServers() {
     return servers.data();
 }
 
-} // namespace velm
+} // namespace velm::host

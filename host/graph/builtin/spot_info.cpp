@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-namespace velm::builtin {
+namespace velm::host::builtin {
 
 namespace {
 
@@ -88,4 +88,4 @@ constinit const Definition spotInfo{
     .evaluate = give,
 };
 
-} // namespace velm::builtin
+} // namespace velm::host::builtin

@@ -1,0 +1,88 @@
+// Animatable parameters of one or three components: the "LWVParmFuncs 2" service and the record behind its handles.
+#pragma once
+
+#include "host/animation/channel.h"
+#include "module/host.h"
+
+#include <array>
+#include <memory>
+#include <string>
+
+namespace velm::host {
+
+// Events of a parameter's callback.
+enum {
+    kParmEventValue = 1,    /* a value was set, or keys changed */
+    kParmEventEnvelope = 2, /* envelopes were created or removed */
+    kParmEventReplaced = 3, /* all of it, by copy or load */
+};
+
+} // namespace velm::host
+
+// A parameter: a constant value, or one envelope for each component. The envelopes live in the channel group that the
+// parameter was set up with (in a group of its own when it has none) and go with the parameter; a parameter whose
+// envelopes are destroyed from outside falls back to its constant value. For the interface thread, but for `value`.
+struct HostVParm final : velm::host::ChannelUser {
+    explicit HostVParm(int typeCode); // one that `isType` knows
+    HostVParm(const HostVParm &) = delete;
+    HostVParm &operator=(const HostVParm &) = delete;
+    ~HostVParm();
+
+    static bool isType(int typeCode);
+    int type() const { return type_; }
+    int components() const { return (type_ & 1) != 0 ? 3 : 1; }
+    const std::string &channelName() const { return channelName_; }
+
+    // Moves existing envelopes to the new group.
+    void setUp(const std::string &channelName, HostChannelGroup *group, HostParmEvent *event, void *userData);
+
+    // Writes `components()` values for a time in seconds and gives the first. Allocates nothing. [between frames]
+    double value(double time, double result[3]) const;
+    // Sets the constant; false, and nothing happens, while there are envelopes.
+    bool setConstant(const double *values);
+
+    bool hasEnvelopes() const { return envelopes_[0] != nullptr; }
+    // Creates the envelopes, each with one key of the present value at time 0; nothing when there are some.
+    void createEnvelopes();
+    // Removes them; the constant becomes their value at time 0.
+    void removeEnvelopes();
+    // Null while there are none; `component` below `components()`.
+    HostEnvelope *envelope(int component) const { return envelopes_[static_cast<std::size_t>(component)]; }
+
+    // Takes over constant and envelopes of a parameter of as many components; names, group and callback stay.
+    void assign(const HostVParm &other);
+
+    HostError save(const HostSaveState *state) const;
+    HostError load(const HostLoadState *state); // unchanged on failure
+
+    // Tells the callback, if there is one.
+    void changed(int event);
+
+    void envelopeGone(HostEnvelope &envelope) override;
+    void groupGone(HostChannelGroup &group) override;
+
+  private:
+    HostChannelGroup &home();
+    void addEnvelopes();
+    void dropEnvelopes();
+    void leaveGroup();
+
+    int type_;
+    std::array<double, 3> constant_{};
+    std::array<HostEnvelope *, 3> envelopes_{};
+    std::string channelName_;
+    HostChannelGroup *group_ = nullptr;
+    std::unique_ptr<HostChannelGroup> ownGroup_; // for envelopes of a parameter without a group
+    HostParmEvent *event_ = nullptr;
+    void *userData_ = nullptr;
+};
+
+namespace velm::host {
+
+// The "LWVParmFuncs 2" table. Null handles give null, 0 or no effect; copy, load and save give a message. create gives
+// null for an unknown type code. setState creates or removes envelopes by bit 0; bit 1 has no effect, since this host
+// has no textures: the texture operation gives null. The edit operations give 0: this host has no windows. `envelopes`
+// fills all three handles, with null where there is no envelope, and gives how many there are.
+const HostVParmFuncs *vparmFuncs();
+
+} // namespace velm::host

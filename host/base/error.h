@@ -1,0 +1,43 @@
+// What goes wrong in the stand-alone host, by who has to act on it. The command line turns each into its exit status.
+#pragma once
+
+#include "host/base/one_line.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace velm::host {
+
+// Where in the user's files something stands. A line of 0 means the file as a whole; an empty file, no place.
+struct SourceLocation {
+    std::string file;
+    int line = 0;
+
+    // "scene.json:12", "scene.json" or "".
+    std::string text() const { return line > 0 && !file.empty() ? file + ":" + std::to_string(line) : file; }
+};
+
+// The input is wrong: a scene, a module, an image, a name in them. The message says what was found and what was
+// expected, and starts with the place where that is known; it is one line, whatever is in the names that it tells. Exit
+// status 1.
+class InputError : public std::runtime_error {
+  public:
+    explicit InputError(const std::string &message) : std::runtime_error(onOneLine(message)) {}
+    InputError(const SourceLocation &location, const std::string &message)
+        : std::runtime_error(onOneLine(location.file.empty() ? message : location.text() + ": " + message)) {}
+};
+
+// The machine failed: disk full, no memory, a file that cannot be written. Exit status 3.
+class MachineError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// A module crashed, hung, threw or ended the process. The message names its file, its server and the call. Exit
+// status 3.
+class ModuleError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+} // namespace velm::host

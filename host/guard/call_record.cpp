@@ -1,0 +1,108 @@
+#include "host/guard/call_record.h"
+
+#include "host/guard/crash_handler.h"
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace velm::host {
+
+namespace {
+
+CallRecord ownBoard{};
+CallRecord *board = &ownBoard;
+
+constexpr int kInterfaceSlot = 0;
+constinit thread_local int slotIndex = kInterfaceSlot; // of threads without a scope, too; but see `ownSlot`
+
+constexpr auto kRelaxed = std::memory_order_relaxed; // the record must not order what threads do
+
+// A slot has one thread at a time that writes.
+void count(CallSlot &slot) { slot.steps.store(slot.steps.load(kRelaxed) + 1, kRelaxed); }
+
+} // namespace
+
+bool ServerSet::isEmpty() const {
+    return std::all_of(std::begin(words), std::end(words), [](std::uint64_t word) { return word == 0; });
+}
+
+CallRecord &callRecord() { return *board; }
+void useCallRecord(CallRecord *shared) { board = shared; }
+
+void nameModule(const std::string &file) { std::snprintf(board->module, kLongestPath, "%s", file.c_str()); }
+
+int numberOfServer(const char *name) {
+    const auto *const begin = board->servers, *const end = begin + board->serverCount;
+    const auto *found =
+        std::find_if(begin, end, [&](const auto &known) { return std::strncmp(known, name, kLongestServer - 1) == 0; });
+    if (found != end) return static_cast<int>(found - begin);
+    if (board->serverCount == kMaxServers) return kModuleItself;
+    std::snprintf(board->servers[board->serverCount], kLongestServer, "%s", name);
+    return board->serverCount++;
+}
+
+CallScope::CallScope(int server, const char *call) {
+    if (server == kHostServer) return;
+    slot_ = &board->slots[slotIndex];
+    outerCall_ = slot_->call.load(kRelaxed);
+    outerServer_ = slot_->server.load(kRelaxed);
+    if (server >= 0 && slotIndex == kInterfaceSlot && !board->used.has(server)) board->used.add(server);
+    slot_->server.store(server, kRelaxed);
+    slot_->last.store(call, kRelaxed);
+    slot_->call.store(call, kRelaxed);
+    count(*slot_);
+}
+
+CallScope::~CallScope() {
+    if (!slot_) return;
+    slot_->call.store(outerCall_, kRelaxed);
+    if (outerCall_) slot_->server.store(outerServer_, kRelaxed);
+    count(*slot_);
+}
+
+int serverInCall() {
+    const CallSlot &slot = board->slots[slotIndex];
+    return slot.call.load(kRelaxed) ? slot.server.load(kRelaxed) : kHostServer;
+}
+
+SlotScope::SlotScope(int threadIndex) : slot_(board->slots[threadIndex + 1]) {
+    slotIndex = threadIndex + 1;
+    if (crashHandlersInstalled()) stack_.emplace();
+    slot_.thread.store(systemThread());
+}
+
+SlotScope::~SlotScope() {
+    slot_.thread.store(0);
+    slotIndex = kInterfaceSlot;
+}
+
+int systemThread() { return static_cast<int>(syscall(SYS_gettid)); }
+
+int ownSlot() {
+    if (slotIndex != kInterfaceSlot) return slotIndex;
+    return systemThread() == getpid() ? kInterfaceSlot : -1;
+}
+
+UnfinishedFile::UnfinishedFile(const std::string &path) {
+    if (path.size() < kLongestPath) std::memcpy(board->unfinished, path.c_str(), path.size() + 1);
+}
+
+UnfinishedFile::~UnfinishedFile() { board->unfinished[0] = '\0'; }
+
+std::string serversText(const CallRecord &from, const ServerSet &servers) {
+    std::string names;
+    int count = 0;
+    for (int number = 0; number < from.serverCount; ++number) {
+        if (!servers.has(number)) continue;
+        names += (names.empty() ? "\"" : ", \"") + std::string(from.servers[number]) + '"';
+        ++count;
+    }
+    if (count == 0) return "the module";
+    return (count == 1 ? "server " : "one of the servers ") + names;
+}
+
+} // namespace velm::host

@@ -1,0 +1,163 @@
+#include "host/io/files.h"
+
+#include "host/base/error.h"
+#include "host/guard/call_record.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace velm::host {
+
+namespace {
+
+// What is neither read nor written as a whole; null for a regular file.
+const char *otherKind(const struct stat &found) {
+    switch (found.st_mode & S_IFMT) {
+    case S_IFREG: return nullptr;
+    case S_IFDIR: return "it is a directory";
+    case S_IFIFO: return "it is a pipe";
+    case S_IFSOCK: return "it is a socket";
+    default: return "it is a device";
+    }
+}
+
+// The file that a link leads to, perhaps one that is yet to be made: the link itself stays what it is.
+std::string behindLinks(const std::string &path) {
+    constexpr int kMostLinks = 40; // no more are followed by the system
+    std::filesystem::path end = path;
+    std::error_code error;
+    for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(end, error); ++links)
+        end = end.parent_path() / std::filesystem::read_symlink(end, error);
+    return end.string();
+}
+
+[[noreturn]] void failToWrite(const std::string &path, const std::string &why) {
+    throw MachineError("cannot write \"" + path + "\": " + why);
+}
+
+// A file descriptor that closes itself.
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() {
+        if (number_ >= 0) ::close(number_);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+
+    int number() const { return number_; }
+    bool close() { return ::close(std::exchange(number_, -1)) == 0; }
+
+  private:
+    int number_;
+};
+
+// The new file beside the old one; gone again unless it was renamed.
+class Beside {
+  public:
+    explicit Beside(const std::string &path) : name_(path + ".XXXXXX"), file_(::mkstemp(name_.data())) {
+        if (file_.number() < 0)
+            name_.clear();
+        else
+            unfinished_.emplace(name_);
+    }
+    ~Beside() {
+        if (!name_.empty()) ::unlink(name_.c_str());
+    }
+    Beside(const Beside &) = delete;
+    Beside &operator=(const Beside &) = delete;
+
+    Descriptor &file() { return file_; }
+    bool rename(const std::string &path) {
+        if (::rename(name_.c_str(), path.c_str()) != 0) return false;
+        name_.clear();
+        return true;
+    }
+
+  private:
+    std::string name_;
+    Descriptor file_;
+    std::optional<UnfinishedFile> unfinished_;
+};
+
+bool writeAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+// The mode of the file that is replaced, or what a new file gets. Temporary files are readable by their owner alone.
+mode_t modeFor(const std::string &path) {
+    struct stat old {};
+    if (::stat(path.c_str(), &old) == 0) return old.st_mode & 07777;
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return 0666 & ~mask;
+}
+
+} // namespace
+
+std::optional<std::string> whyUnreadable(const std::string &path) {
+    struct stat found {};
+    if (::stat(path.c_str(), &found) != 0) return std::strerror(errno);
+    if (const char *kind = otherKind(found)) return kind;
+    if (::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) return std::strerror(errno);
+    return std::nullopt;
+}
+
+std::optional<std::string> whyIrreplaceable(const std::string &path) {
+    struct stat found {};
+    if (::stat(path.c_str(), &found) != 0)
+        return errno == ELOOP ? std::optional<std::string>(std::strerror(errno)) : std::nullopt;
+    const char *kind = otherKind(found);
+    return kind ? std::optional<std::string>(kind) : std::nullopt;
+}
+
+std::string readFile(const std::string &path) {
+    const auto refusal = [&path](const char *why) { return InputError("cannot read \"" + path + "\": " + why); };
+    const auto fail = [&]() { return refusal(std::strerror(errno)); };
+    // A pipe is opened without waiting for a writer.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat opened {};
+    if (file.number() < 0 || ::fstat(file.number(), &opened) != 0) throw fail();
+    if (const char *kind = otherKind(opened)) throw refusal(kind);
+    std::string bytes;
+    std::vector<char> part(1 << 16);
+    for (;;) {
+        const ssize_t read = ::read(file.number(), part.data(), part.size());
+        if (read < 0 && errno == EINTR) continue;
+        if (read < 0) throw fail();
+        if (read == 0) return bytes;
+        bytes.append(part.data(), static_cast<std::size_t>(read));
+    }
+}
+
+void tryToWrite(const std::string &path) {
+    if (const auto reason = whyIrreplaceable(path)) failToWrite(path, *reason);
+    // Root may write where nobody else may, and full disks show only when used: so a file is really made.
+    if (Beside(behindLinks(path)).file().number() < 0) failToWrite(path, std::strerror(errno));
+}
+
+void writeFileAtomically(const std::string &path, std::string_view bytes) {
+    if (const auto reason = whyIrreplaceable(path)) failToWrite(path, *reason);
+    const std::string place = behindLinks(path);
+    const mode_t mode = modeFor(place);
+    Beside beside(place);
+    const bool written = beside.file().number() >= 0 && writeAll(beside.file().number(), bytes) &&
+                         ::fchmod(beside.file().number(), mode) == 0 && ::fsync(beside.file().number()) == 0 &&
+                         beside.file().close() && beside.rename(place);
+    if (!written) failToWrite(path, std::strerror(errno));
+}
+
+} // namespace velm::host

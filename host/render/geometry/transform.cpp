@@ -1,0 +1,52 @@
+#include "host/render/geometry/transform.h"
+
+#include <numbers>
+
+namespace velm::host {
+
+double Matrix::determinant() const {
+    return m[0] * (m[4] * m[8] - m[5] * m[7]) - m[1] * (m[3] * m[8] - m[5] * m[6]) + m[2] * (m[3] * m[7] - m[4] * m[6]);
+}
+
+Matrix Matrix::inverse() const {
+    const double factor = 1 / determinant();
+    Matrix result;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            // The cofactor of the transposed place; taking rows and columns in turn gives it its sign.
+            const int r1 = (column + 1) % 3, r2 = (column + 2) % 3, c1 = (row + 1) % 3, c2 = (row + 2) % 3;
+            result.m[3 * row + column] = factor * (m[3 * r1 + c1] * m[3 * r2 + c2] - m[3 * r1 + c2] * m[3 * r2 + c1]);
+        }
+    }
+    return result;
+}
+
+Matrix rotationMatrix(const Double3 &headingPitchBank) {
+    constexpr double kDegree = std::numbers::pi / 180;
+    const double ch = std::cos(headingPitchBank[0] * kDegree), sh = std::sin(headingPitchBank[0] * kDegree);
+    const double cp = std::cos(headingPitchBank[1] * kDegree), sp = std::sin(headingPitchBank[1] * kDegree);
+    const double cb = std::cos(headingPitchBank[2] * kDegree), sb = std::sin(headingPitchBank[2] * kDegree);
+    // Heading times pitch times bank, with heading (ch 0 sh; 0 1 0; -sh 0 ch), pitch (1 0 0; 0 cp -sp; 0 sp cp) and
+    // bank (cb -sb 0; sb cb 0; 0 0 1).
+    return {.m = {ch * cb + sh * sp * sb, -ch * sb + sh * sp * cb, sh * cp, //
+                  cp * sb, cp * cb, -sp,                                    //
+                  -sh * cb + ch * sp * sb, sh * sb + ch * sp * cb, ch * cp}};
+}
+
+Matrix lookAlong(const Vec3 &direction) {
+    const Vec3 forward = normalised(direction);
+    const Vec3 level = cross({0, 1, 0}, forward); // in left-handed axes: up, forward -> right
+    const Vec3 right = normalised(level, {1, 0, 0});
+    const Vec3 up = cross(forward, right);
+    return {.m = {right.x, up.x, forward.x, right.y, up.y, forward.y, right.z, up.z, forward.z}};
+}
+
+Transform::Transform(const TransformDescription &description) : position(description.position) {
+    toWorld = rotationMatrix(description.rotation);
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column) toWorld.m[3 * row + column] *= description.scale[column];
+    }
+    toObject = toWorld.inverse();
+}
+
+} // namespace velm::host

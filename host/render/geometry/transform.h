@@ -1,0 +1,49 @@
+// Where an object or camera stands.
+#pragma once
+
+#include "host/render/geometry/vector.h"
+#include "host/scene/format/description.h"
+
+namespace velm::host {
+
+// A 3 by 3 matrix by row, as shading samples carry it.
+struct Matrix {
+    double m[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+
+    Vec3 operator*(const Vec3 &v) const {
+        return {m[0] * v.x + m[1] * v.y + m[2] * v.z, m[3] * v.x + m[4] * v.y + m[5] * v.z,
+                m[6] * v.x + m[7] * v.y + m[8] * v.z};
+    }
+    // The transposed matrix times a vector.
+    Vec3 transposedTimes(const Vec3 &v) const {
+        return {m[0] * v.x + m[3] * v.y + m[6] * v.z, m[1] * v.x + m[4] * v.y + m[7] * v.z,
+                m[2] * v.x + m[5] * v.y + m[8] * v.z};
+    }
+    double determinant() const;
+    Matrix inverse() const; // of a matrix whose determinant is not 0
+};
+
+// Heading, pitch and bank in degrees: bank is applied first (about +Z, +X towards +Y), then pitch (about +X, +Y towards
+// +Z: positive looks down), then heading (about +Y, +Z towards +X: positive looks to the right).
+Matrix rotationMatrix(const Double3 &headingPitchBank);
+
+// The rotation that turns +Z towards `direction` and keeps +Y as upright as it can. Looking straight up or down, +Y
+// turns to -Z or +Z.
+Matrix lookAlong(const Vec3 &direction);
+
+struct Transform {
+    Matrix toWorld, toObject;
+    Vec3 position;
+
+    Transform() = default;
+    // Scale, then rotation, then position. A scale of 0 gives matrices that are not finite: check before.
+    explicit Transform(const TransformDescription &description);
+
+    Vec3 pointToWorld(const Vec3 &point) const { return toWorld * point + position; }
+    Vec3 pointToObject(const Vec3 &point) const { return toObject * (point - position); }
+    // Not normalised.
+    Vec3 normalToWorld(const Vec3 &normal) const { return toObject.transposedTimes(normal); }
+    bool mirrors() const { return toWorld.determinant() < 0; }
+};
+
+} // namespace velm::host

@@ -1,0 +1,96 @@
+// Polygons into triangles, by clipping ears (Meisters, "Polygons Have Ears", 1975).
+#include "host/render/geometry/mesh_builder.h"
+
+#include <numeric>
+
+namespace velm::host {
+namespace {
+
+struct Point2 {
+    double x, y;
+};
+
+// Twice the signed area; positive where a, b, c turn the way that the whole polygon does.
+double area(const Point2 &a, const Point2 &b, const Point2 &c) {
+    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+}
+
+bool contains(const Point2 &a, const Point2 &b, const Point2 &c, const Point2 &p) {
+    return area(a, b, p) >= 0 && area(b, c, p) >= 0 && area(c, a, p) >= 0;
+}
+
+// Newell's normal: right for polygons that are notched or not quite flat.
+Vec3 newellNormal(const std::vector<Vec3> &points) {
+    Vec3 normal;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const Vec3 &a = points[i], &b = points[(i + 1) % points.size()];
+        normal += {(a.y - b.y) * (a.z + b.z), (a.z - b.z) * (a.x + b.x), (a.x - b.x) * (a.y + b.y)};
+    }
+    return normal;
+}
+
+// The corners seen along the normal's longest component, turning counter-clockwise.
+std::vector<Point2> flatten(const std::vector<Vec3> &points) {
+    const Vec3 normal = newellNormal(points);
+    const Vec3 size{std::fabs(normal.x), std::fabs(normal.y), std::fabs(normal.z)};
+    std::vector<Point2> flat;
+    flat.reserve(points.size());
+    for (const Vec3 &p : points) {
+        if (size.x >= size.y && size.x >= size.z) {
+            flat.push_back(normal.x > 0 ? Point2{p.y, p.z} : Point2{p.z, p.y});
+        } else if (size.y >= size.z) {
+            flat.push_back(normal.y > 0 ? Point2{p.z, p.x} : Point2{p.x, p.z});
+        } else {
+            flat.push_back(normal.z > 0 ? Point2{p.x, p.y} : Point2{p.y, p.x});
+        }
+    }
+    return flat;
+}
+
+// Whether the corner at `place` of what is left can be cut off.
+bool isEar(const std::vector<Point2> &flat, const std::vector<std::uint32_t> &left, std::size_t place) {
+    const std::size_t count = left.size();
+    const std::uint32_t before = left[(place + count - 1) % count], tip = left[place],
+                        after = left[(place + 1) % count];
+    if (area(flat[before], flat[tip], flat[after]) <= 0) return false;
+    for (const std::uint32_t other : left) {
+        if (other == before || other == tip || other == after) continue;
+        const Point2 &p = flat[other];
+        const auto same = [&p](const Point2 &q) { return p.x == q.x && p.y == q.y; };
+        // A corner that only touches one of the ear's, as where a hole is joined to the rim, is not in the way.
+        if (same(flat[before]) || same(flat[tip]) || same(flat[after])) continue;
+        if (contains(flat[before], flat[tip], flat[after], p)) return false;
+    }
+    return true;
+}
+
+} // namespace
+
+void triangulate(const std::vector<Vec3> &points, std::vector<std::array<std::uint32_t, 3>> &triangles) {
+    triangles.clear();
+    if (points.size() < 3) return;
+    if (points.size() == 3) {
+        triangles.push_back({0, 1, 2});
+        return;
+    }
+    const std::vector<Point2> flat = flatten(points);
+    std::vector<std::uint32_t> left(points.size());
+    std::iota(left.begin(), left.end(), 0u);
+    std::size_t place = 0, refused = 0;
+    while (left.size() > 3) {
+        place %= left.size();
+        // A polygon that crosses itself may have no ear left: then any corner has to do.
+        if (!isEar(flat, left, place) && refused < left.size()) {
+            ++place;
+            ++refused;
+            continue;
+        }
+        const std::size_t count = left.size();
+        triangles.push_back({left[(place + count - 1) % count], left[place], left[(place + 1) % count]});
+        left.erase(left.begin() + static_cast<std::ptrdiff_t>(place));
+        refused = 0;
+    }
+    triangles.push_back({left[0], left[1], left[2]});
+}
+
+} // namespace velm::host

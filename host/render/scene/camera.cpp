@@ -1,0 +1,47 @@
+#include "host/render/scene/camera.h"
+
+#include "host/base/error.h"
+
+#include <numbers>
+
+namespace velm::host {
+
+Camera::Camera(const CameraDescription &description, int width, int height)
+    : position_(description.position), middleX_(width / 2.0), middleY_(height / 2.0) {
+    if (!(description.fieldOfView > 0 && description.fieldOfView < 180)) {
+        throw InputError(description.location, "the field of view of the camera \"" + description.name +
+                                                   "\" has to be between 0 and 180 degrees");
+    }
+    if (description.hasTarget && description.target == description.position) {
+        throw InputError(description.location, "the camera \"" + description.name + "\" stands on its own target");
+    }
+    toWorld_ =
+        description.hasTarget ? lookAlong(Vec3(description.target) - position_) : rotationMatrix(description.rotation);
+    pixelSize_ = 2 * std::tan(description.fieldOfView * std::numbers::pi / 360) / width;
+}
+
+CameraRay Camera::ray(double x, double y) const {
+    const Vec3 film{(x - middleX_) * pixelSize_, (middleY_ - y) * pixelSize_, 1};
+    const Vec3 direction = normalised(film);
+    // At a distance along the ray, the film plane through that point is `direction.z` times as far away.
+    return {.origin = position_, .direction = toWorld_ * direction, .spread = pixelSize_ * direction.z};
+}
+
+CameraRay Camera::filmRay(double x, double y) const {
+    const double pixelsPerMetre = 2 * middleX_ / kFilmWidth;
+    return ray(middleX_ + x * pixelsPerMetre, middleY_ - y * pixelsPerMetre);
+}
+
+CameraView Camera::view() const {
+    CameraView view;
+    position_.store(view.position);
+    // Rows are the axes, which stand in the columns of our matrix.
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) view.matrix[3 * row + column] = toWorld_.m[3 * column + row];
+    }
+    view.tanHalfWidth = middleX_ * pixelSize_;
+    view.tanHalfHeight = middleY_ * pixelSize_;
+    return view;
+}
+
+} // namespace velm::host

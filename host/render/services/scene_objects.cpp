@@ -1,0 +1,97 @@
+// The "Scene Objects 6" service: the objects of the scene and the maps of their meshes. An object has one layer, which
+// turns about the object's own origin, and all maps are UV maps.
+#include "host/base/thread_role.h"
+#include "host/render/scene/current_scene.h"
+#include "host/render/services/scene_services.h"
+
+#include <algorithm>
+
+namespace velm::host {
+namespace {
+
+const RenderObject *objectAt(int index) {
+    const RenderSceneData *world = currentScene().world;
+    const auto place = static_cast<std::size_t>(index); // a negative number becomes one beyond the end
+    return world && place < world->objects.size() ? &world->objects[place] : nullptr;
+}
+
+// The object that has the layer.
+const RenderObject *layerAt(int object, int layer) { return layer == 0 ? objectAt(object) : nullptr; }
+
+const std::string *mapAt(int type, int index) {
+    const RenderSceneData *world = currentScene().world;
+    const auto place = static_cast<std::size_t>(index);
+    return world && type == kVertexMapTxuv && place < world->uvMapNames.size() ? &world->uvMapNames[place] : nullptr;
+}
+
+int objectCount() {
+    assertInterface();
+    const RenderSceneData *world = currentScene().world;
+    return world ? static_cast<int>(world->objects.size()) : 0;
+}
+
+const char *fileName(int object) {
+    assertInterface();
+    const RenderObject *found = objectAt(object);
+    return found ? found->file.c_str() : nullptr;
+}
+
+int layerCount(int object) {
+    assertInterface();
+    return objectAt(object) ? 1 : 0;
+}
+
+int layerExists(int object, int layer) {
+    assertInterface();
+    return layerAt(object, layer) ? 1 : 0;
+}
+
+void pivot(int, int, double pivot[3]) { std::fill_n(pivot, 3, 0.0); }
+
+HostMesh *layerMesh(int object, int layer) {
+    assertInterface();
+    const RenderObject *found = layerAt(object, layer);
+    // A handle, for handing back.
+    return found ? reinterpret_cast<HostMesh *>(const_cast<Mesh *>(&found->mesh)) : nullptr;
+}
+
+int vertexMapCount(int type) {
+    assertInterface();
+    const RenderSceneData *world = currentScene().world;
+    return world && type == kVertexMapTxuv ? static_cast<int>(world->uvMapNames.size()) : 0;
+}
+
+const char *vertexMapName(int type, int index) {
+    assertInterface();
+    const std::string *found = mapAt(type, index);
+    return found ? found->c_str() : nullptr;
+}
+
+int vertexMapDimension(int type, int index) {
+    assertInterface();
+    return mapAt(type, index) ? 2 : 0;
+}
+
+int vertexMapType(int index) {
+    assertInterface();
+    return mapAt(kVertexMapTxuv, index) ? kVertexMapTxuv : 0;
+}
+
+constexpr HostSceneObjects kSceneObjects = {
+    .objectCount = objectCount,
+    .fileName = fileName,
+    .layerCount = layerCount,
+    .layerExists = layerExists,
+    .pivot = pivot,
+    .layerMesh = layerMesh,
+    .vertexMapCount = vertexMapCount,
+    .vertexMapName = vertexMapName,
+    .vertexMapDimension = vertexMapDimension,
+    .vertexMapType = vertexMapType,
+};
+
+} // namespace
+
+const HostSceneObjects *sceneObjects() { return &kSceneObjects; }
+
+} // namespace velm::host

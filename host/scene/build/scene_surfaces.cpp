@@ -1,0 +1,248 @@
+#include "host/scene/build/scene_surfaces.h"
+
+#include "host/base/names.h"
+#include "host/image/image.h"
+#include "host/panel/settings.h"
+#include "host/scene/build/saved_networks.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <utility>
+
+namespace velm::host {
+
+namespace {
+
+// A setting that still waits to be made, on its panel.
+struct PendingSetting {
+    HostPanel *panel;
+    const SettingDescription *setting;
+    std::string path; // in the scene file
+};
+
+// A network whose nodes are there; its connections wait until everything is set.
+struct PendingConnections {
+    Network *editor;
+    const NetworkDescription *network;
+};
+
+// What is said without a place gets the one where it was asked for.
+template <class Action>
+void atLocation(const SourceLocation &location, Action action) {
+    try {
+        action();
+    } catch (const InputError &error) {
+        throw InputError(location, error.what());
+    }
+}
+
+// The popup that a setting is made on, when it is one whose entries the node makes up at run time: perhaps of what
+// other nodes' settings name. Null for all other controls.
+const PanelItem *runTimeList(const PendingSetting &pending) {
+    const HostPanel &panel = *pending.panel;
+    for (const unsigned int id : panel.controls()) {
+        const PanelItem &control = *panel.find(id);
+        if (control.popupCount && panel.uniqueLabel(control) == pending.setting->label) return &control;
+    }
+    return nullptr;
+}
+
+// The images of a scene that the list does not have, and the telling of them.
+class AbsentImages {
+  public:
+    explicit AbsentImages(Warnings &warnings) : warnings_(warnings) {}
+
+    // Loads the images of the scene; those that cannot be loaded are the absent ones.
+    void loadOthers(const SceneDescription &scene) {
+        for (const ImageDescription &image : scene.images) {
+            std::string why = image.notFound;
+            try {
+                if (why.empty()) ImageList::instance().load(image.file, image.name);
+            } catch (const InputError &error) {
+                why = error.what();
+            }
+            if (!why.empty()) note(image, why);
+        }
+        const ImageDescription *backdrop =
+            scene.backdrop.kind == BackdropDescription::Kind::image ? find(scene.backdrop.image) : nullptr;
+        if (backdrop) warnOfUse(*backdrop, scene.backdrop.location, "backdrop.image", "the backdrop stays black");
+    }
+
+    // True when the setting chooses an absent image, which is warned of.
+    bool chosenBy(const PendingSetting &pending) {
+        const auto *name = std::get_if<std::string>(&pending.setting->value);
+        const ImageDescription *image = name ? find(*name) : nullptr;
+        const PanelItem *list = image ? runTimeList(pending) : nullptr;
+        if (!list || std::ranges::count(pending.panel->entries(*list), *name) > 0) return false;
+        warnOfUse(*image, pending.setting->location, pending.path, "the node goes without it");
+        return true;
+    }
+
+  private:
+    static std::string briefly(const ImageDescription &image) {
+        return fmt::format("no image {} ({})", velm::host::quoted(image.name), image.file);
+    }
+
+    const ImageDescription *find(const std::string &name) const {
+        const auto found = std::ranges::find(absent_, name, &ImageDescription::name);
+        return found == absent_.end() ? nullptr : *found;
+    }
+
+    void note(const ImageDescription &image, const std::string &why) {
+        absent_.push_back(&image);
+        ImageList::instance().noteAbsent(image.name);
+        const std::string source = image.source.empty() ? "" : "; it comes from " + image.source;
+        warnings_.add({.location = image.fileLocation,
+                       .path = pathTo(pathTo("images", image.name), "file"),
+                       .brief = briefly(image),
+                       .message = why + source});
+    }
+
+    void warnOfUse(const ImageDescription &image, const SourceLocation &location, const std::string &path,
+                   const char *instead) {
+        warnings_.add({.location = location,
+                       .path = path,
+                       .brief = briefly(image),
+                       .message = fmt::format("the image {} ({}) is absent; {}", velm::host::quoted(image.name),
+                                              image.file, instead)});
+    }
+
+    Warnings &warnings_;
+    std::vector<const ImageDescription *> absent_; // of the scene, which outlives this
+};
+
+// What makes names goes before what chooses among them, in whichever surface or network either stands.
+void applyAll(std::vector<PendingSetting> settings, AbsentImages &absentImages) {
+    std::stable_partition(settings.begin(), settings.end(),
+                          [](const PendingSetting &one) { return runTimeList(one) == nullptr; });
+    for (const PendingSetting &one : settings)
+        if (!absentImages.chosenBy(one)) applySetting(*one.panel, *one.setting);
+}
+
+class NetworkBuilder {
+  public:
+    explicit NetworkBuilder(ServerList &servers) : servers_(servers) {}
+
+    // Makes the nodes of a network, and of those inside them; notes what is to be set and connected. `path` is the way
+    // to the network in the scene file.
+    void makeNodes(const NetworkDescription &network, Network &editor, const std::string &path) {
+        connections_.push_back({.editor = &editor, .network = &network});
+        showAs(editor, network.view);
+        for (const NodeDescription &node : network.nodes) {
+            HostNode *made = nullptr;
+            atLocation(node.location, [&] { made = &makeDescribed(node, editor, servers_); });
+            const std::string nodePath = pathTo(pathTo(path, "nodes"), node.name);
+            noteSettings(node.settings, *made, nodePath);
+            for (const NetworkDescription &inside : node.network)
+                makeNodes(inside, networkInside(*made, inside.location), pathTo(nodePath, "network"));
+        }
+    }
+
+    // `path` is the way to what has the settings.
+    void noteSettings(const std::vector<SettingDescription> &settings, HostNode &node, const std::string &path) {
+        for (const SettingDescription &setting : settings) {
+            HostPanel *panel = nullptr;
+            atLocation(setting.location, [&] { panel = panelOf(node); });
+            if (!panel)
+                throw InputError(setting.location,
+                                 fmt::format("the node \"{}\" has no panel, and so no settings", node.name));
+            settings_.push_back(
+                {.panel = panel, .setting = &setting, .path = pathTo(pathTo(path, "settings"), setting.label)});
+        }
+    }
+
+    void setAndConnect(AbsentImages &absentImages) {
+        applyAll(std::move(settings_), absentImages);
+        for (const auto &connected : connections_) {
+            Network &editor = *connected.editor;
+            for (const ConnectionDescription &one : connected.network->connections)
+                atLocation(one.location, [&] { connectDescribed(editor, *connected.network, one); });
+            editor.rename(editor.root(), editor.name());
+        }
+    }
+
+  private:
+    // Its root is called after the node until all is connected, as the root of a surface is after the surface: that is
+    // its name in scene files. In the host's own files it has its editor's.
+    static Network &networkInside(HostNode &node, const SourceLocation &location) {
+        if (node.nested.empty())
+            throw InputError(location, fmt::format("the node \"{}\" holds no network; its kind is \"{}\"", node.name,
+                                                   node.server->name()));
+        if (node.nested.size() > 1)
+            throw InputError(location,
+                             fmt::format("the node \"{}\" holds {} networks, of which none can be told from here",
+                                         node.name, node.nested.size()));
+        Network &inside = *node.nested.front();
+        inside.clear(); // of what the node's saved data brought
+        inside.rename(inside.root(), node.name);
+        return inside;
+    }
+
+    ServerList &servers_;
+    std::vector<PendingSetting> settings_;
+    std::vector<PendingConnections> connections_;
+};
+
+} // namespace
+
+SceneSurfaces::Images::~Images() { ImageList::instance().clear(); }
+
+SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers, Warnings *warnings) {
+    Warnings asErrors(Warnings::Policy::strict);
+    Warnings &told = warnings ? *warnings : asErrors;
+    AbsentImages absentImages(told);
+    absentImages.loadOthers(scene);
+    NetworkBuilder builder(servers);
+    for (const SurfaceDescription &description : scene.surfaces) {
+        Surface &surface = *surfaces_.all.emplace_back(std::make_unique<Surface>(description.name));
+        const std::string path = pathTo("surfaces", description.name);
+        if (!description.saved.file.empty()) {
+            ImageList::instance().setLastError({});
+            loadSaved(surface, description);
+            const std::string &missing = ImageList::instance().lastError();
+            if (!missing.empty())
+                told.add({.location = {.file = description.saved.file, .line = 0},
+                          .path = path,
+                          .brief = "an image of a node",
+                          .message = missing + "; the node goes without it"});
+            continue;
+        }
+        builder.noteSettings(description.settings, surface.editor().root(), path);
+        builder.makeNodes(description.network, surface.editor(), path);
+    }
+    builder.setAndConnect(absentImages);
+    for (std::size_t i = 0; i < scene.surfaces.size(); ++i) warnOfStandIns(*surfaces_.all[i], scene.surfaces[i], told);
+}
+
+SceneSurfaces::Surfaces::~Surfaces() {
+    while (!all.empty()) all.pop_back();
+}
+
+SceneSurfaces::~SceneSurfaces() = default;
+
+Surface *SceneSurfaces::surface(const std::string &name) const {
+    for (const auto &surface : surfaces_.all)
+        if (surface->name() == name) return surface.get();
+    return nullptr;
+}
+
+void SceneSurfaces::init(int mode) {
+    for (std::size_t done = 0; done < surfaces_.all.size(); ++done) {
+        try {
+            surfaces_.all[done]->init(mode);
+        } catch (...) {
+            for (std::size_t i = 0; i < done; ++i) surfaces_.all[i]->cleanup();
+            throw;
+        }
+    }
+}
+
+void SceneSurfaces::newTime(int frame, double time) {
+    for (const auto &surface : surfaces_.all) surface->newTime(frame, time);
+}
+
+void SceneSurfaces::cleanup() {
+    for (const auto &surface : surfaces_.all) surface->cleanup();
+}
+
+} // namespace velm::host

@@ -1,0 +1,101 @@
+#include "host/scene/convert/object_surfaces.h"
+
+#include "host/base/names.h"
+#include "host/files/same_network.h"
+#include "host/scene/convert/surface_chunk.h"
+#include "host/state/save_state.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace velm::host {
+
+std::vector<SurfaceDescription> surfacesOf(const ObjectFile &object, std::vector<std::string> *animated) {
+    std::vector<SurfaceDescription> result;
+    for (std::size_t i = 0; i < object.surfaces().size(); ++i) {
+        SurfaceDescription &surface = result.emplace_back();
+        surface.name = object.surfaces()[i].name;
+        surface.location.file = object.name();
+        surface.saved.file = object.name();
+        surface.saved.name = surface.name;
+        if (const auto block = object.network(i)) {
+            surface.saved.block = *block;
+            surface.saved.offset = object.networkOffset(i);
+        }
+        const SurfaceChunkValues values = object.values(i);
+        describeValues(values, surface);
+        if (!animated) continue;
+        for (const std::string &chunk : values.animated)
+            animated->push_back(fmt::format("the value {} of the surface {}", chunk, velm::host::quoted(surface.name)));
+    }
+    return result;
+}
+
+std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPath &path) {
+    const std::string directory = std::filesystem::path(object.name()).parent_path().string();
+    std::vector<ImageDescription> result;
+    for (const ObjectImage &image : object.images()) {
+        // Parts of names are parted by slashes or backslashes, and a drive by a colon.
+        const std::string last = image.file.substr(image.file.find_last_of("/\\:") + 1);
+        if (last.empty() || std::ranges::count(result, last, &ImageDescription::name) > 0) continue;
+        ImageDescription &description = result.emplace_back();
+        description.name = last;
+        description.file = image.file;
+        description.location.file = description.fileLocation.file = object.name();
+        auto found = findFile(image.file, directory, path);
+        if (!found) found = findFile(last, directory, path);
+        if (found)
+            description.file = *found;
+        else if (image.file == last)
+            description.notFound = whyNotFound(last, directory, path);
+        else
+            description.notFound = fmt::format("there is no file {}; and {}", velm::host::quoted(image.file),
+                                               whyNotFound(last, directory, path));
+    }
+    return result;
+}
+
+namespace {
+
+// Each saved surface's network, to the byte.
+std::string networkBlock(Surface &surface) {
+    StateWriter writer(kStateBinary);
+    surface.save(*writer.state());
+    return writer.finish();
+}
+
+} // namespace
+
+std::vector<PackedSurface> packSurfaces(ObjectFile &object, const SceneDescription &scene, const SceneSurfaces &built,
+                                        const UsualSettings &usual) {
+    std::vector<PackedSurface> result;
+    for (const SurfaceDescription &description : scene.surfaces) {
+        Surface &surface = *built.surface(description.name);
+        HostNode &root = surface.editor().root();
+        const auto location = object.findSurface(description.name);
+        PackedSurface packed{.name = description.name, .nodes = surface.editor().nodes().size()};
+        const bool hasKeys = std::ranges::any_of(description.settings, [](const SettingDescription &setting) {
+            return std::holds_alternative<KeysDescription>(setting.value);
+        });
+        if (location) {
+            root.savesData = !agrees(description, object.values(*location), usual);
+            const std::string block = networkBlock(surface);
+            packed.bytes = block.size();
+            const auto old = object.network(*location);
+            packed.isUnchanged = old && sameNetwork(*old, block);
+            if (!packed.isUnchanged) object.setNetwork(*location, block);
+        } else {
+            root.savesData = hasKeys;
+            const std::string block = networkBlock(surface);
+            packed.isNew = true;
+            packed.bytes = block.size();
+            object.addSurface(description.name, subChunksOf(description, usual), block);
+        }
+        result.push_back(std::move(packed));
+    }
+    return result;
+}
+
+} // namespace velm::host

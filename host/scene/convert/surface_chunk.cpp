@@ -1,0 +1,95 @@
+#include "host/scene/convert/surface_chunk.h"
+
+#include "host/scene/format/shortest.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <numbers>
+
+namespace velm::host {
+
+namespace {
+
+// The settings of a surface that are one number, by sub-chunk.
+struct NumberChunk {
+    const char *id;
+    const char *label;
+    std::optional<float> SurfaceChunkValues::*value;
+};
+constexpr NumberChunk kNumbers[] = {
+    {"LUMI", "Luminosity", &SurfaceChunkValues::luminosity},
+    {"DIFF", "Diffuse", &SurfaceChunkValues::diffuse},
+    {"SPEC", "Specular", &SurfaceChunkValues::specular},
+    {"GLOS", "Glossiness", &SurfaceChunkValues::glossiness},
+    {"REFL", "Reflection", &SurfaceChunkValues::reflection},
+    {"TRAN", "Transparency", &SurfaceChunkValues::transparency},
+    {"RIND", "Refraction Index", &SurfaceChunkValues::refractionIndex},
+};
+constexpr const char *kColour = "Color";
+constexpr int kBothSides = 3;
+constexpr double kDegrees = 180 / std::numbers::pi;
+
+const SettingValue &valueOf(const SurfaceDescription &surface, const std::string &label, const UsualSettings &usual) {
+    const auto found = std::ranges::find(surface.settings, label, &SettingDescription::label);
+    return found != surface.settings.end() ? found->value : *usual.ofSurface(label);
+}
+
+std::string bigEndian(std::uint32_t value, int bytes) {
+    std::string text;
+    for (int shift = (bytes - 1) * 8; shift >= 0; shift -= 8) text += static_cast<char>(value >> shift & 0xff);
+    return text;
+}
+
+std::string floatBytes(double number) { return bigEndian(std::bit_cast<std::uint32_t>(static_cast<float>(number)), 4); }
+
+std::string subChunk(const char *id, const std::string &contents) {
+    return id + bigEndian(static_cast<std::uint32_t>(contents.size()), 2) + contents;
+}
+
+// The first key's value stands for all.
+Double3 numbersOf(const SettingValue &value) {
+    if (const auto *number = std::get_if<double>(&value)) return {*number, 0, 0};
+    if (const auto *keys = std::get_if<KeysDescription>(&value)) return keys->keys.front().value;
+    return std::get<Double3>(value);
+}
+
+} // namespace
+
+void describeValues(const SurfaceChunkValues &values, SurfaceDescription &surface) {
+    if (const auto &colour = values.colour) {
+        const Double3 triple{(*colour)[0], (*colour)[1], (*colour)[2]};
+        surface.settings.push_back({kColour, shortest(SettingValue(triple), 1), {}});
+    }
+    for (const NumberChunk &chunk : kNumbers)
+        if (const auto &value = values.*chunk.value)
+            surface.settings.push_back({chunk.label, shortest(static_cast<double>(*value), 1), {}});
+    const double angle = values.smoothingAngle.value_or(0.0F) * kDegrees;
+    surface.smoothingAngle = std::isfinite(angle) ? shortest(std::clamp(angle, 0.0, 180.0), kDegrees) : 0;
+    surface.doubleSided = values.sides == kBothSides;
+}
+
+bool agrees(const SurfaceDescription &surface, const SurfaceChunkValues &values, const UsualSettings &usual) {
+    SurfaceDescription object;
+    describeValues(values, object);
+    const auto same = [&](const std::string &label) {
+        const SettingValue wanted = shortest(valueOf(surface, label, usual), 1);
+        return wanted == valueOf(object, label, usual);
+    };
+    return same(kColour) && std::ranges::all_of(kNumbers, [&](const NumberChunk &chunk) { return same(chunk.label); });
+}
+
+std::string subChunksOf(const SurfaceDescription &surface, const UsualSettings &usual) {
+    const std::string noEnvelope = bigEndian(0, 2);
+    const Double3 colour = numbersOf(valueOf(surface, kColour, usual));
+    std::string result =
+        subChunk("COLR", floatBytes(colour[0]) + floatBytes(colour[1]) + floatBytes(colour[2]) + noEnvelope);
+    for (const NumberChunk &chunk : kNumbers)
+        result += subChunk(chunk.id, floatBytes(numbersOf(valueOf(surface, chunk.label, usual))[0]) + noEnvelope);
+    result += subChunk("SMAN", floatBytes(surface.smoothingAngle / kDegrees));
+    result += subChunk("SIDE", bigEndian(surface.doubleSided ? kBothSides : 1, 2));
+    return result;
+}
+
+} // namespace velm::host

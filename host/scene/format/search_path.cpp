@@ -1,0 +1,79 @@
+#include "host/scene/format/search_path.h"
+
+#include "host/base/names.h"
+#include "host/io/files.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <string_view>
+#include <sys/stat.h>
+
+namespace velm::host {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Where packages of the system keep models and panoramas: the examples use those of glmark2-data and blender-data.
+constexpr const char *kSystemDirectories[] = {"/usr/share/glmark2/models",
+                                              "/usr/share/blender/datafiles/studiolights/world"};
+
+bool isFile(const fs::path &path) {
+    std::error_code error;
+    return fs::is_regular_file(path, error);
+}
+
+// Whether there is nothing at all, as far as can be seen.
+bool isAbsent(const std::string &path) {
+    struct stat found {};
+    return ::stat(path.c_str(), &found) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
+// The places in which a name is looked for, in order.
+std::vector<std::string> candidates(const std::string &name, const std::string &sceneDirectory,
+                                    const SearchPath &path) {
+    if (fs::path(name).is_absolute()) return {name};
+    std::vector<std::string> all{(fs::path(sceneDirectory) / name).string()};
+    for (const std::string &directory : path.directories) all.push_back((fs::path(directory) / name).string());
+    return all;
+}
+
+} // namespace
+
+SearchPath makeSearchPath(const std::vector<std::string> &named, const char *environment) {
+    SearchPath path{.directories = named};
+    std::string_view rest = environment ? environment : "";
+    while (!rest.empty()) {
+        const auto colon = rest.find(':');
+        if (const auto directory = rest.substr(0, colon); !directory.empty()) path.directories.emplace_back(directory);
+        rest = colon == std::string_view::npos ? std::string_view{} : rest.substr(colon + 1);
+    }
+    for (const char *directory : kSystemDirectories) {
+        std::error_code error;
+        if (fs::is_directory(directory, error)) path.directories.emplace_back(directory);
+    }
+    return path;
+}
+
+std::optional<std::string> findFile(const std::string &name, const std::string &sceneDirectory,
+                                    const SearchPath &path) {
+    for (const std::string &candidate : candidates(name, sceneDirectory, path))
+        if (isFile(candidate)) return candidate;
+    return std::nullopt;
+}
+
+std::string whyNotFound(const std::string &name, const std::string &sceneDirectory, const SearchPath &path) {
+    for (const std::string &candidate : candidates(name, sceneDirectory, path)) {
+        if (isAbsent(candidate)) continue;
+        if (const auto reason = whyUnreadable(candidate))
+            return fmt::format("cannot read {}: {}", velm::host::quoted(candidate), *reason);
+    }
+    if (fs::path(name).is_absolute()) return fmt::format("there is no file {}", velm::host::quoted(name));
+    return fmt::format("there is no file {}; looked in {}{}{}", velm::host::quoted(name),
+                       sceneDirectory.empty() ? "." : sceneDirectory, path.directories.empty() ? "" : ", ",
+                       fmt::join(path.directories, ", "));
+}
+
+} // namespace velm::host

@@ -1,0 +1,89 @@
+// What is noted of calls.
+#include "host/base/error.h"
+#include "host/guard/module_call.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <thread>
+
+namespace velm::host {
+namespace {
+
+const char *callNow() { return callRecord().slots[0].call.load(); }
+
+TEST(CallRecord, NumbersServersByName) {
+    const int first = numberOfServer("First of the board"), second = numberOfServer("Second of the board");
+    EXPECT_NE(first, second);
+    EXPECT_EQ(numberOfServer("First of the board"), first);
+    ServerSet both{};
+    both.add(first);
+    EXPECT_EQ(serversText(callRecord(), both), "server \"First of the board\"");
+    both.add(second);
+    EXPECT_EQ(serversText(callRecord(), both), "one of the servers \"First of the board\", \"Second of the board\"");
+    EXPECT_EQ(serversText(callRecord(), {}), "the module");
+}
+
+TEST(CallRecord, TakesNamesThatAreTooLongByTheirBeginning) {
+    const std::string name(3 * kLongestServer, 'n');
+    const int number = numberOfServer(name.c_str());
+    EXPECT_EQ(numberOfServer(name.c_str()), number);
+    EXPECT_EQ(callRecord().servers[number], name.substr(0, kLongestServer - 1));
+}
+
+TEST(CallScope, NestsAndComesBack) {
+    EXPECT_EQ(serverInCall(), kHostServer);
+    const int number = numberOfServer("Nested");
+    {
+        const CallScope outer(number, "create");
+        const std::uint64_t steps = callRecord().slots[0].steps;
+        {
+            const CallScope inner(kModuleItself, "startup"), unnoted(kHostServer, "destroy");
+            EXPECT_STREQ(callNow(), "startup");
+            EXPECT_EQ(serverInCall(), kModuleItself);
+        }
+        EXPECT_STREQ(callNow(), "create");
+        EXPECT_EQ(serverInCall(), number);
+        EXPECT_EQ(callRecord().slots[0].steps, steps + 2);
+    }
+    EXPECT_EQ(callNow(), nullptr);
+    EXPECT_TRUE(callRecord().used.has(number));
+}
+
+TEST(SlotScope, IsTheThreads) {
+    EXPECT_EQ(ownSlot(), 0);
+    std::thread([] {
+        EXPECT_EQ(ownSlot(), -1);
+        SlotScope slot(3);
+        EXPECT_EQ(ownSlot(), 4);
+        slot.step();
+        EXPECT_NE(callRecord().slots[4].thread, 0);
+    }).join();
+    EXPECT_EQ(callRecord().slots[4].thread, 0);
+    EXPECT_EQ(callRecord().slots[4].steps, 1U);
+}
+
+std::string messageOf(int server, const std::function<void()> &act) {
+    try {
+        callModule(server, "create", act);
+    } catch (const ModuleError &error) {
+        return error.what();
+    }
+    return {};
+}
+
+TEST(CallModule, NamesWhatItThrows) {
+    nameModule("some.p");
+    const int number = numberOfServer("Thrower");
+    EXPECT_EQ(messageOf(number, [] { throw std::runtime_error("oh"); }),
+              "some.p: server \"Thrower\" threw std::runtime_error: oh in create");
+    EXPECT_EQ(messageOf(kModuleItself, [] { throw 7; }), "some.p: the module threw int in create");
+    const auto nested = [&] { callModule(kModuleItself, "startup", [] { throw 7; }); };
+    EXPECT_EQ(messageOf(number, nested), "some.p: the module threw int in startup");
+    EXPECT_THROW(messageOf(kHostServer, [] { throw std::logic_error("the host's"); }), std::logic_error);
+    EXPECT_EQ(callNow(), nullptr);
+    EXPECT_EQ(callModule(number, "create", [] { return 5; }), 5);
+}
+
+} // namespace
+} // namespace velm::host
