@@ -19,10 +19,10 @@ struct Rule {
 // A node's own directory is not among what nodes may include: no node knows another.
 const std::vector<Rule> rules = {
     {"nodes/", {"module/", "random/", "share/"}},
-    {"random/", {"random/", "module/host.h"}},
-    {"share/", {"share/", "module/host.h"}},
+    {"random/", {"random/", "module/host.h", "module/interface/"}},
+    {"share/", {"share/", "module/host.h", "module/interface/"}},
     {"module/", {"module/", "random/random.h"}}, // what glossy nodes share draws noise
-    {"host/", {"host/", "module/host.h"}},
+    {"host/", {"host/", "module/host.h", "module/interface/"}},
 };
 
 struct Include {

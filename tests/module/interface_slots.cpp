@@ -1,6 +1,6 @@
-// Where every member of the host's records stands, one by one. Module and host are compiled against the same header:
-// had two of its members changed places, both would agree, and no test that runs would tell. Checked while compiling,
-// for 64-bit and for 32-bit targets, without any other header.
+// The offset of every member of the plug-in interface's records, one by one. Module and host are compiled against the
+// same headers: if two members of a record were swapped there, both sides would agree, and no running test would fail.
+// Checked while compiling, for 64-bit and for 32-bit targets, without any other header.
 #include "module/host.h"
 
 namespace {
@@ -13,7 +13,7 @@ constexpr bool slots(const size_t (&offsets)[count]) {
     return true;
 }
 
-// What a member takes, and at how many bytes it is aligned.
+// The size of a member and its alignment, in bytes.
 struct Size {
     unsigned int bytes, alignment;
 };
@@ -28,7 +28,7 @@ struct Member {
     Size size;
 };
 
-// Whether the members follow one another from the record's beginning, each where its alignment lets it begin.
+// Whether the members follow one another from the record's start, each at the next offset that its alignment allows.
 template <unsigned int count>
 constexpr bool members(const Member (&list)[count]) {
     size_t next = 0;
@@ -154,6 +154,7 @@ static_assert(slots({AT(create), AT(destroy), AT(init), AT(cleanup), AT(newTime)
                      AT(evaluate)}));
 #undef AT
 
+static_assert(offsetof(HostCameraInfo, reserved) == 0);
 static_assert(offsetof(HostCameraInfo, filmSize) == 22 * sizeof(void *));
 static_assert(offsetof(HostCameraInfo, frameTiming) == 23 * sizeof(void *));
 
@@ -260,7 +261,7 @@ static_assert(members({IS(pixelX, ints(1)),
                        IS(rayFlags, ints(1)),
                        IS(rayDepth, ints(1)),
                        IS(sourceItem, pointers(1))}));
-static_assert(offsetof(HostRayHitRoom, hit) == 0);
+static_assert(offsetof(HostRayHitRoom, hit) == 0 && sizeof(HostRayHitRoom) == 2048);
 #undef RECORD
 
 #define RECORD HostMaterial
@@ -329,4 +330,9 @@ static_assert(members({IS(origin, doubles(3)), IS(direction, doubles(3)), IS(fil
 #define RECORD HostFrameInterval
 static_assert(members({IS(count, ints(1)), IS(offset, doubles(1)), IS(duration, doubles(1)), IS(stride, doubles(1))}));
 #undef RECORD
-static_assert(sizeof(HostFrameTiming) == 5 * sizeof(HostFrameInterval));
+static_assert(offsetof(HostFrameTiming, intervals) == 0 && sizeof(HostFrameTiming) == 5 * sizeof(HostFrameInterval));
+
+// ---- Words ----
+
+static_assert(sizeof(HostWord) == kPointerSize && sizeof(HostHint) == kPointerSize);
+static_assert(sizeof(HostError) == kPointerSize);

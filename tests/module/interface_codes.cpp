@@ -1,6 +1,5 @@
-// Every number and every name that the host and its plug-ins have agreed upon, as literals. Module and host take them
-// from the same header: a slip there would be a slip of both, and no test that runs would tell. Checked while
-// compiling.
+// Every number and every name of the plug-in interface, as literals. Module and host take them from the same headers: a
+// wrong one would be wrong on both sides, and no running test would fail. Checked while compiling.
 #include "module/host.h"
 
 namespace {
@@ -84,6 +83,9 @@ static_assert(kShapeTcb == 0 && kShapeHermite == 1 && kShapeBezier1 == 2 && kSha
 static_assert(kShapeStepped == 4 && kShapeBezier2 == 5);
 static_assert(kBehaveReset == 0 && kBehaveConstant == 1 && kBehaveRepeat == 2 && kBehaveOscillate == 3);
 static_assert(kBehaveOffsetRepeat == 4 && kBehaveLinear == 5);
+static_assert(kKeyValue == 1 && kKeyTime == 2 && kKeyShape == 3 && kKeyTension == 4 && kKeyContinuity == 5);
+static_assert(kKeyBias == 6 && kKeyParameter0 == 7);
+static_assert(kEnvelopePreBehaviour == 1 && kEnvelopePostBehaviour == 2);
 
 // ---- Panels ----
 
@@ -124,3 +126,4 @@ static_assert(kThumbSquare == 0x10000 && kThumb4To3 == 0x20000 && kThumbWide == 
 static_assert(kFileRequestVersion == 3 && kFileRequestLoad == 1);
 static_assert(kVertexMapTxuv == 0x54585556);
 static_assert(kItemObject == 0 && kItemLight == 1 && kItemCamera == 2 && kItemBone == 3);
+static_assert(kCameraInfoFilmSize == 22 && kCameraInfoFrameTiming == 23 && kCameraInfoReserved == 22);
