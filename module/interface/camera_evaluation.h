@@ -22,7 +22,7 @@ typedef struct HostCameraRay {
     double origin[3];     /* world space; metres */
     double direction[3];  /* unit length, world space */
     double filmNormal[3]; /* towards what the camera sees, unit length, world space */
-    double filter[3][3];  /* by row: the matrix to multiply the colour with that the ray brings */
+    double filter[3][3];  /* by row: the matrix that the ray's colour is multiplied with */
 } HostCameraRay;
 
 typedef struct HostCameraEvaluation {

@@ -4,8 +4,8 @@
  * (node_outputs.h). There is no service to look up here.
  *
  * Where a connection joins unlike types, the host converts the value:
- *   - colour or material to scalar: the luminance, 0.299 R + 0.587 G + 0.114 B; a vector likewise, with its components
- *     standing for red, green and blue
+ *   - colour or material to scalar: the luminance, 0.299 R + 0.587 G + 0.114 B; a vector likewise, its components
+ *     taken as red, green and blue
  *   - scalar or integer to colour or vector: the value in each component
  *   - anything to integer: by way of a scalar, truncated towards zero
  *   - material to colour or vector: its diffuse colour

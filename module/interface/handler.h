@@ -1,7 +1,8 @@
 /*
  * What the servers of a node give to the host: the operations of a "NodeHandler" (the life of an instance, rendering,
  * evaluation) and of a "NodeInterface" (its panel). There is no service to look up; an activation (module.h) fills
- * these records. The host allocates them, presets them as told below, and keeps them as long as the module is loaded.
+ * these records, which the host allocates and presets as described below. Functions that it sets must stay valid while
+ * the module is loaded.
  *
  * An instance is the module's own record behind one node. Its life: create; any number of copy, load and save; for each
  * render init, newTime for each frame with evaluate on many threads, and cleanup; destroy. The host runs no other
@@ -27,8 +28,8 @@ typedef struct HostInstanceOps {
     /* Frees an instance and what it made, its parameters and nested editors included. The node's inputs, outputs,
      * channel group and panel are the host's to free. [interface thread; not while rendering] */
     void (*destroy)(void *instance);
-    /* Gives `to` the settings of `from`, another instance of the same class; what rendering left behind is not copied.
-     * A message fails the copy. May be null: nothing is copied. [interface thread; not while rendering] */
+    /* Gives `to` the settings of `from`, another instance of the same class; state left by rendering is not copied. A
+     * message fails the copy. May be null: nothing is copied. [interface thread; not while rendering] */
     HostError (*copy)(void *to, void *from);
     /* Reads settings as save wrote them. The state is inside the node's own block, which the host enters and leaves. A
      * message fails the load. May be null: nothing is loaded. [interface thread; not while rendering] */
@@ -62,13 +63,13 @@ enum {
 
 /* Rendering. All members are null before the activation and may stay so: nothing is called then. */
 typedef struct HostRenderOps {
-    /* A render starts; `mode` is kInitPreview or kInitRender. Resets the per-thread state. A message makes the render
-     * fail before its first frame; cleanup is then not called for this instance. [between frames] */
+    /* A render starts; `mode` is kInitPreview or kInitRender. The instance resets its per-thread state. A message makes
+     * the render fail before its first frame; cleanup is then not called for this instance. [between frames] */
     HostError (*init)(void *instance, int mode);
     /* The render that init began has ended, or has failed. [between frames] */
     void (*cleanup)(void *instance);
-    /* A frame starts: `frame` is its number, `time` its time in seconds. Reads the animated parameters for that time. A
-     * message makes the render fail. [between frames] */
+    /* A frame starts: `frame` is its number, `time` its time in seconds. The instance reads its animated parameters for
+     * that time. A message makes the render fail. [between frames] */
     HostError (*newTime)(void *instance, int frame, double time);
 } HostRenderOps;
 
@@ -84,7 +85,7 @@ typedef struct HostNodeHandler {
     /* Draws the node's preview, `width` by `height` pixels, for a node of the preview type kPreviewDrawnByNode. May be
      * null. The stand-alone host draws no previews and never calls it. [interface thread; not while rendering] */
     void (*customPreview)(void *instance, int width, int height);
-    /* Gives flags of the node; 0 for none, which null stands for. The stand-alone host never asks for them.
+    /* Gives flags of the node, 0 for none. May be null, which means 0. The stand-alone host never asks for them.
      * [interface thread; not while rendering] */
     unsigned int (*flags)(void *instance);
 } HostNodeHandler;

@@ -39,15 +39,15 @@ typedef struct HostImageList {
     void (*needAntialiasing)(HostImage *image);
     /* Leaves the image's size in pixels, 0 and 0 for null. Neither pointer may be null. [any thread] */
     void (*size)(HostImage *image, int *width, int *height);
-    /* Gives the luminance of a pixel. [render threads] */
+    /* Gives the luminance of a pixel. [any thread] */
     float (*luma)(HostImage *image, int x, int y);
-    /* Leaves the colour of a pixel; without colour, its luminance in each component. [render threads] */
+    /* Leaves the colour of a pixel; without colour, its luminance in each component. [any thread] */
     void (*rgb)(HostImage *image, int x, int y, float colour[3]);
     /* Gives the mean luminance of a spot around (u, v), `spotSize` times as wide as the image; with `blend` 0, the
-     * luminance of the pixel at its centre. [render threads] */
+     * luminance of the pixel at its centre. [any thread] */
     double (*lumaSpot)(HostImage *image, double u, double v, double spotSize, int blend);
     /* Leaves the mean colour of a spot around (u, v), `spotSize` times as wide as the image; with `blend` 0, the colour
-     * of the pixel at its centre. [render threads] */
+     * of the pixel at its centre. [any thread] */
     void (*rgbSpot)(HostImage *image, double u, double v, double spotSize, int blend, double colour[3]);
     /* Removes the image from the list and frees it. Null and images that are not in the list are ignored.
      * [interface thread; not while rendering] */
@@ -60,10 +60,10 @@ typedef struct HostImageList {
     void (*saveReference)(const HostSaveState *state, HostImage *image);
     /* Gives non-zero for an image with an alpha channel. [any thread] */
     int (*hasAlpha)(HostImage *image);
-    /* Gives the alpha of a pixel, 0 to 1; 1 without an alpha channel. [render threads] */
+    /* Gives the alpha of a pixel, 0 to 1; 1 without an alpha channel. [any thread] */
     float (*alpha)(HostImage *image, int x, int y);
     /* Gives the mean alpha of a spot around (u, v), `spotSize` times as wide as the image; with `blend` 0, the alpha of
-     * the pixel at its centre; 1 without an alpha channel. [render threads] */
+     * the pixel at its centre; 1 without an alpha channel. [any thread] */
     double (*alphaSpot)(HostImage *image, double u, double v, double spotSize, int blend);
 } HostImageList;
 

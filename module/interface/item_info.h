@@ -2,7 +2,7 @@
  * "LW Item Info 4": the items of the scene, in its order, and how they are linked. The lookup gives a HostItemInfo. The
  * modelling application does not offer it.
  *
- * Null stands for no item: as an argument it is allowed everywhere, and as a result it means that there is none. In the
+ * Null means no item: it is allowed as an argument everywhere, and as a result it says that there is none. In the
  * stand-alone host no item has a parent, a target, a goal or bones.
  */
 #ifndef VELM_MODULE_INTERFACE_ITEM_INFO_H

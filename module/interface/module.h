@@ -47,9 +47,10 @@ enum { kUseTransient = 0 };
 typedef void *HostLookup(const char *service, int use);
 
 /* Prepares a server for use. If `version` is not the class's, it returns kActivateBadVersion and changes nothing.
- * `local` is the class's record (never null; it stays valid as long as the module) and `serverData` is null. Gives one
- * of the results above; with any but kActivateOk the host does not use the server. The host never runs two activations
- * at the same time. [interface thread; not while rendering] */
+ * `local` is the class's record, never null: a HostNodeHandler, which stays valid while the module is loaded, or a
+ * HostNodeInterface, which is valid during the call. `serverData` is null. Gives one of the results above; with any but
+ * kActivateOk the host does not use the server. It never runs two activations at the same time.
+ * [interface thread; not while rendering] */
 typedef int HostActivate(int version, HostLookup *lookup, void *local, void *serverData);
 
 /* Codes of a server's tags. */

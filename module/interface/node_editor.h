@@ -52,7 +52,7 @@ typedef void HostEditorAutosize(HostNodeEditor *editor, void *userData, double b
 
 typedef struct HostNodeEditorFuncs {
     /* Makes a network with a root node of that name. The host copies the texts and *root, which may be null; a null
-     * title stands for the name. The caller owns the editor and destroys it; null when it cannot be made, as in the
+     * title is the same as the name. The caller owns the editor and destroys it; null when it cannot be made, as in the
      * stand-alone host for networks nested more than 16 deep. [interface thread; not while rendering] */
     HostNodeEditor *(*create)(const char *name, const char *title, const HostRootDescription *root, void *userData);
     /* Destroys a network, all its nodes and its root; its events are not called any more. Null is ignored.

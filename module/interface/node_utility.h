@@ -52,7 +52,7 @@ typedef struct HostNodeUtilityFuncs {
      * axis in metres. [render threads] */
     void (*cylindricalMapping)(const double position[3], int axis, double *u, double *v);
     /* As planarMapping, but mirrored on one side of the origin so that the image reads correctly from both. An axis
-     * that does not exist stands for the one along which the position is farthest from the origin. [render threads] */
+     * that does not exist selects the one along which the position is farthest from the origin. [render threads] */
     void (*cubicMapping)(const double position[3], int axis, double *u, double *v);
     /* Projects a world position through the camera of the render onto its picture; on the camera's own plane it gives
      * the middle, (0.5, 0.5). [render threads] */
@@ -62,8 +62,8 @@ typedef struct HostNodeUtilityFuncs {
      * gives (0.5, 0.5). [render threads] */
     void (*directionMapping)(double seamAngle, const double direction[3], double *u, double *v);
     /* Looks up the sample's coordinates in the UV map of that name, u to the right and v up, not wrapped; a null or
-     * empty name stands for the mesh's first map. Gives non-zero, or 0 with *u and *v left alone when the sample is not
-     * on the map. [render threads] */
+     * empty name selects the mesh's first map. Gives non-zero, or 0 with *u and *v left alone when the sample is not on
+     * the map. [render threads] */
     int (*uvMapping)(const char *mapName, ShadingSample *sample, double *u, double *v);
     /* Gives the orientation of the camera of the render: by row, its right, up and forward directions in world space,
      * of unit length. [render threads] */

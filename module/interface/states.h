@@ -74,8 +74,8 @@ typedef struct HostSaveState {
 
 /* Reads settings: the mirror of the save state. Valid during the call that it is handed to. The first argument of every
  * operation is the member `data`. The operations that read values give how many there were, from 0 to `count`, and
- * leave the rest of the array alone; a null array or a count below 1 gives 0. Damaged data ends reading early and never
- * fails harder; the host reports it after the load. */
+ * leave the rest of the array alone; a null array or a count below 1 gives 0. Damaged data only ends reading
+ * early; the host reports it after the load. */
 typedef struct HostLoadState {
     int mode;   /* kStateBinary or kStateText */
     void *data; /* the host's own; handed to every operation */

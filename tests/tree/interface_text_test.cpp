@@ -197,7 +197,9 @@ TEST(InterfaceText, EveryHeaderBeginsWithAnExplanationAndAGuard) {
         guard += "_H";
         const std::string text = read(header);
         EXPECT_TRUE(text.starts_with("/*\n")) << header;
-        EXPECT_NE(text.find(" */\n#ifndef " + guard + "\n#define " + guard + "\n"), std::string::npos) << header;
+        std::string opening = " */\n#ifndef ";
+        opening.append(guard).append("\n#define ").append(guard).append("\n");
+        EXPECT_NE(text.find(opening), std::string::npos) << header;
         EXPECT_LT(std::count(text.begin(), text.end(), '\n'), 400) << header;
     }
 }
