@@ -1,6 +1,7 @@
 // What is to be rendered of a scene, and how.
 #pragma once
 
+#include "host/base/limits.h"
 #include "host/scene/format/description.h"
 
 #include <string>
@@ -22,8 +23,6 @@ struct RenderJob {
     double time = 0;    // seconds
     std::string camera; // by name; the first one when empty
 };
-
-constexpr int kMaxRecursionDepth = 256;
 
 // The scene's own settings, for its first frame.
 RenderJob renderJob(const RenderDescription &description);
