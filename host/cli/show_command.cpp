@@ -4,7 +4,9 @@
 #include "host/cli/commands.h"
 #include "host/cli/listed_module.h"
 #include "host/cli/panel_text.h"
+#include "host/cli/wrapped_text.h"
 #include "host/graph/network.h"
+#include "host/help/help.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -15,6 +17,8 @@
 namespace velm::host {
 
 namespace {
+
+constexpr std::size_t kIndent = 2;
 
 // A node by server name, or by display name where only one node has it.
 ServerClass &findServer(const std::string &wanted) {
@@ -36,13 +40,15 @@ ServerClass &findServer(const std::string &wanted) {
 }
 
 template <class Sockets>
-void printSockets(const char *title, const Sockets &sockets, std::ostream &out) {
+void printSockets(const char *title, const Sockets &sockets, const HelpSentences &sentences, std::ostream &out) {
     out << '\n' << title << '\n';
     if (sockets.empty()) out << "  none\n";
     std::size_t width = 0;
     for (const auto &socket : sockets) width = std::max(width, socket->name.size());
-    for (const auto &socket : sockets)
+    for (const auto &socket : sockets) {
         out << fmt::format("  {:<{}}  {}\n", socket->name, width, typeName(socket->type));
+        printWrapped(findSentence(sentences, socket->name), kIndent + kHelpIndent, out);
+    }
 }
 
 } // namespace
@@ -53,14 +59,19 @@ int runShow(const Options &options, const ShowOptions &show, std::ostream &out) 
     Network editor("show", "show", nullptr, nullptr);
     HostNode &node = editor.addNode(server);
 
+    const NodeHelp *found = findHelp(server.name());
+    const NodeHelp help = found ? *found : NodeHelp{}; // other modules' nodes have none
+
     std::ostringstream text; // so that nothing is half shown when the panel turns out to be wrong
     text << fmt::format("{}\n  shown as    {}\n  menu group  {}\n  from        {}\n", server.name(),
                         server.displayName(), server.menuGroup().empty() ? "none" : server.menuGroup(),
                         server.origin());
-    printSockets("Inputs", node.inputs, text);
-    printSockets("Outputs", node.outputs, text);
+    if (!help.summary.empty()) text << '\n';
+    printWrapped(help.summary, kIndent, text);
+    printSockets("Inputs", node.inputs, help.inputs, text);
+    printSockets("Outputs", node.outputs, help.outputs, text);
     if (HostPanel *panel = panelOf(node))
-        printPanel(*panel, text);
+        printPanel(*panel, help.settings, text);
     else
         text << "\nPanel\n  none\n";
     out << text.str();
