@@ -1,5 +1,6 @@
 #include "host/cli/panel_text.h"
 
+#include "host/cli/wrapped_text.h"
 #include "host/panel/layout.h"
 
 #include <algorithm>
@@ -13,7 +14,7 @@ namespace velm::host {
 
 namespace {
 
-constexpr int kIndent = 2;
+constexpr std::size_t kIndent = 2;
 constexpr std::size_t kLongestLine = 100;
 
 const char *kindText(ControlKind kind) {
@@ -62,7 +63,7 @@ bool isSetting(const ControlInfo &control) {
     return !control.name.empty() && type && type->storage != Storage::none;
 }
 
-void printSettings(const std::vector<ControlInfo> &controls, std::ostream &out) {
+void printSettings(const std::vector<ControlInfo> &controls, const HelpSentences &sentences, std::ostream &out) {
     using Row = std::array<std::string, 4>;
     std::vector<Row> rows{{"Name", "Default", "Kind", "Limits"}};
     for (const ControlInfo &control : controls)
@@ -77,6 +78,7 @@ void printSettings(const std::vector<ControlInfo> &controls, std::ostream &out) 
                                        widths[2], row[3]);
         line.erase(line.find_last_not_of(' ') + 1);
         out << line << '\n';
+        if (&row != &rows.front()) printWrapped(findSentence(sentences, row[0]), kIndent + kHelpIndent, out);
     }
 }
 
@@ -107,11 +109,12 @@ std::string rulesText(const ControlInfo &control) {
 
 class LayoutPrinter {
   public:
-    LayoutPrinter(const std::vector<ControlInfo> &controls, std::ostream &out) : out_(out) {
+    LayoutPrinter(const std::vector<ControlInfo> &controls, const HelpSentences &sentences, std::ostream &out)
+        : sentences_(sentences), out_(out) {
         for (const ControlInfo &control : controls) controls_[control.id] = &control;
     }
 
-    void printItems(const LayoutItem &item, int depth, std::size_t stacks) {
+    void printItems(const LayoutItem &item, std::size_t depth, std::size_t stacks) {
         for (const LayoutItem &child : item.items) {
             if (item.kind == ItemKind::stack) {
                 line(depth, shownFor(child, stacks));
@@ -126,7 +129,7 @@ class LayoutPrinter {
     }
 
   private:
-    void print(const LayoutItem &item, int depth, std::size_t stacks) {
+    void print(const LayoutItem &item, std::size_t depth, std::size_t stacks) {
         if (item.kind != ItemKind::control) {
             const bool titled = item.kind == ItemKind::group && !item.label.empty();
             if (titled) line(depth, fmt::format("group \"{}\"", item.label));
@@ -139,11 +142,14 @@ class LayoutPrinter {
             printLongChoice(control, depth);
         else
             line(depth, text + rulesText(control));
+        // That of a setting stands in the table.
+        if (!isSetting(control))
+            printWrapped(findSentence(sentences_, control.name), indentOf(depth) + kHelpIndent, out_);
         if (control.dividerAfter) line(depth, "----");
     }
 
     // A popup with many entries: one line each.
-    void printLongChoice(const ControlInfo &control, int depth) {
+    void printLongChoice(const ControlInfo &control, std::size_t depth) {
         line(depth, control.label + ':' + rulesText(control));
         for (const std::string &entry : control.entries)
             line(depth + 1, entry == control.value ? '(' + entry + ')' : entry);
@@ -159,21 +165,22 @@ class LayoutPrinter {
         return fmt::format("shown while {} is {}", place.drivenBy, fmt::join(place.shownFor, " or "));
     }
 
-    void line(int depth, const std::string &text) {
-        out_ << std::string(static_cast<std::size_t>(kIndent * (depth + 1)), ' ') << text << '\n';
-    }
+    static std::size_t indentOf(std::size_t depth) { return kIndent * (depth + 1); }
 
+    void line(std::size_t depth, const std::string &text) { out_ << std::string(indentOf(depth), ' ') << text << '\n'; }
+
+    const HelpSentences &sentences_;
     std::ostream &out_;
     std::map<unsigned int, const ControlInfo *> controls_;
 };
 
 } // namespace
 
-void printPanel(HostPanel &panel, std::ostream &out) {
+void printPanel(HostPanel &panel, const HelpSentences &sentences, std::ostream &out) {
     const std::vector<ControlInfo> controls = describeControls(panel);
-    printSettings(controls, out);
+    printSettings(controls, sentences, out);
     out << "\nPanel\n";
-    LayoutPrinter(controls, out).printItems(layout(panel), 0, 0);
+    LayoutPrinter(controls, sentences, out).printItems(layout(panel), 0, 0);
 }
 
 } // namespace velm::host

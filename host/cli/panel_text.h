@@ -1,6 +1,7 @@
 // A panel as text.
 #pragma once
 
+#include "host/help/help.h"
 #include "host/panel/panel.h"
 
 #include <iosfwd>
@@ -8,8 +9,11 @@
 namespace velm::host {
 
 // Prints a table of the panel's settings, under the names that scene files use, with their current values, units and
-// limits, and then the layout of the panel with its rules. Throws InputError for a panel with mistakes.
-// [interface thread; not while rendering]
-void printPanel(HostPanel &panel, std::ostream &out);
+// limits, and then the layout of the panel with its rules. `sentences` are printed below the settings and the buttons
+// that they describe. Throws InputError for a panel with mistakes. [interface thread; not while rendering]
+void printPanel(HostPanel &panel, const HelpSentences &sentences, std::ostream &out);
+
+// How far help is indented below the line that it describes.
+inline constexpr std::size_t kHelpIndent = 4;
 
 } // namespace velm::host

@@ -3,8 +3,10 @@
 #include "host/base/names.h"
 #include "host/cli/commands.h"
 #include "host/cli/panel_text.h"
+#include "host/cli/wrapped_text.h"
 #include "host/graph/listed_module.h"
 #include "host/graph/network.h"
+#include "host/help/help.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -16,6 +18,8 @@
 namespace velm::host {
 
 namespace {
+
+constexpr std::size_t kIndent = 2;
 
 // Finds a node by its server name, or by its display name if only one node has that.
 ServerClass &findServer(const std::string &wanted) {
@@ -37,13 +41,15 @@ ServerClass &findServer(const std::string &wanted) {
 }
 
 template <class Sockets>
-void printSockets(const char *title, const Sockets &sockets, std::ostream &out) {
+void printSockets(const char *title, const Sockets &sockets, const HelpSentences &sentences, std::ostream &out) {
     out << '\n' << title << '\n';
     if (sockets.empty()) out << "  none\n";
     std::size_t width = 0;
     for (const auto &socket : sockets) width = std::max(width, socket->name.size());
-    for (const auto &socket : sockets)
+    for (const auto &socket : sockets) {
         out << fmt::format("  {:<{}}  {}\n", socket->name, width, typeName(socket->type));
+        printWrapped(findSentence(sentences, socket->name), kIndent + kHelpIndent, out);
+    }
 }
 
 struct ShowOptions {
@@ -60,14 +66,19 @@ int run(const ProgramOptions &program, const ShowOptions &show, std::ostream &ou
     Network editor("show", "show", nullptr, nullptr);
     HostNode &node = editor.addNode(server);
 
+    const NodeHelp *found = findHelp(server.name());
+    const NodeHelp help = found ? *found : NodeHelp{}; // nodes of other modules have none
+
     std::ostringstream text; // printed at once at the end: a panel with mistakes throws before that
     text << fmt::format("{}\n  shown as    {}\n  menu group  {}\n  from        {}\n", server.name(),
                         server.displayName(), server.menuGroup().empty() ? "none" : server.menuGroup(),
                         server.origin());
-    printSockets("Inputs", node.inputs, text);
-    printSockets("Outputs", node.outputs, text);
+    if (!help.summary.empty()) text << '\n';
+    printWrapped(help.summary, kIndent, text);
+    printSockets("Inputs", node.inputs, help.inputs, text);
+    printSockets("Outputs", node.outputs, help.outputs, text);
     if (HostPanel *panel = panelOf(node))
-        printPanel(*panel, text);
+        printPanel(*panel, help.settings, text);
     else
         text << "\nPanel\n  none\n";
     out << text.str();

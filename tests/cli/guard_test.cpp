@@ -151,6 +151,15 @@ TEST(FaultyModuleElsewhere, IsNamedByTheOtherCommands) {
     }
 }
 
+TEST(FaultyModuleElsewhere, IsShownWithoutHelp) {
+    const Workplace place;
+    const test::Outcome outcome = runProgram(place, {"show", "Faulty Node", "--module", VELM_FAULTY_MODULE});
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_NE(outcome.out.find("faulty.p\n\nInputs\n  In  colour\n\nOutputs\n  Out  colour\n\nPanel\n"),
+              std::string::npos)
+        << outcome.out;
+}
+
 TEST(Guard, PassesStatusesAndErrorsOn) {
     const Workplace place;
     const test::Outcome input = runProgram(place, {"render", place.file("none.json")});

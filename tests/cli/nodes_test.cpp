@@ -45,6 +45,38 @@ TEST(Show, TellsOfInputsOutputsSettingsAndPanel) {
         EXPECT_NE(outcome.out.find(part), std::string::npos) << part << "\nis not in\n" << outcome.out;
 }
 
+TEST(Show, PrintsHelpBelowWhatItDescribes) {
+    const test::Outcome outcome = test::velm({"show", "Velm Sqrt"});
+    EXPECT_EQ(outcome.out, "Velm Sqrt\n"
+                           "  shown as    Sqrt\n"
+                           "  menu group  Velm's Nodes/Math\n"
+                           "  from        " VELM_MODULE_FILE "\n"
+                           "\n"
+                           "  Gives the square root of a number.\n"
+                           "\n"
+                           "Inputs\n"
+                           "  In  scalar\n"
+                           "      Number to take the root of; overrides the setting Input.\n"
+                           "\n"
+                           "Outputs\n"
+                           "  Out  scalar\n"
+                           "      The square root, which is never negative.\n"
+                           "\n"
+                           "Settings\n"
+                           "  Name   Default  Kind               Limits\n"
+                           "  Input  1        number, with keys\n"
+                           "      Plain number to take the root of; a negative number, on purpose, counts as\n"
+                           "      positive.\n"
+                           "\n"
+                           "Panel\n"
+                           "  Input: 1\n");
+}
+
+TEST(Show, PrintsHelpForButtonsInThePanel) {
+    const std::string out = test::velm({"show", "Velm Group Node"}).out;
+    EXPECT_NE(out.find("  <Edit Nodes>\n      Opens a node editor"), std::string::npos) << out;
+}
+
 TEST(Show, LaysOutTabsStacksAndUnits) {
     const test::Outcome outcome = test::velm({"show", "Velm Ambient Occlusion"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
