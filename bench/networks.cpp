@@ -1,6 +1,6 @@
 // Evaluation of the module's nodes through the stand-alone host.
 #include "bench/compare.h"
-#include "bench/loaded_module.h"
+#include "host/graph/listed_module.h"
 #include "host/graph/network.h"
 #include "host/panel/settings.h"
 
@@ -146,7 +146,7 @@ void compareSampling(Table &table) {
 } // namespace
 
 void compareNetworks(Table &table) {
-    const LoadedModule module;
+    const ListedModule module(VELM_MODULE_FILE);
     compareUnconnected(table);
     compareChains(table);
     compareStores(table);

@@ -1,6 +1,6 @@
 // Whole pictures of the demonstration's bunny, shaded by a node of the module alone, against the same pictures by hand.
 #include "bench/compare.h"
-#include "bench/loaded_module.h"
+#include "host/graph/listed_module.h"
 #include "bench/plain_picture.h"
 #include "host/scene/build/scene_surfaces.h"
 #include "host/scene/read_scene.h"
@@ -153,7 +153,7 @@ void compareReflections(Table &table, SceneDescription demonstration) {
 void comparePictures(Table &table) {
     const SceneDescription demonstration =
         readScene(VELM_SOURCE_DIR "/examples/occlusion.json", makeSearchPath({}, nullptr));
-    const LoadedModule module;
+    const ListedModule module(VELM_MODULE_FILE);
     compareOcclusion(table, demonstration);
     compareReflections(table, demonstration);
 }

@@ -1,6 +1,6 @@
 // From nothing to the first ray, and the memory that a large mesh takes: against Embree and the mesh reader alone.
 #include "bench/compare.h"
-#include "bench/loaded_module.h"
+#include "host/graph/listed_module.h"
 #include "host/render/renderer.h"
 #include "host/render/scene/render_scene_data.h"
 #include "host/scene/build/scene_surfaces.h"
@@ -109,7 +109,7 @@ void startPlainly(const std::string &file) {
 }
 
 void startWithNodes() {
-    const LoadedModule module;
+    const ListedModule module(VELM_MODULE_FILE);
     const SceneDescription scene = readScene(kScene, makeSearchPath({}, nullptr));
     SceneSurfaces built(scene, serverList());
     const RenderScene world(scene, [&built](const std::string &name) { return built.surface(name); });

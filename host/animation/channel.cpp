@@ -5,7 +5,7 @@
 
 namespace {
 
-// The name, numbered from 2 where another one has it already.
+// The name, with a number from 2 on if it is taken.
 template <typename Members>
 std::string uniqueName(const std::string &wanted, const Members &members) {
     const auto taken = [&members](const std::string &name) {
@@ -22,7 +22,7 @@ void remove(std::vector<std::unique_ptr<Member>> &members, const Member &member)
     const auto found =
         std::find_if(members.begin(), members.end(), [&member](const auto &each) { return each.get() == &member; });
     if (found == members.end()) return;
-    // Out of the list before it is destroyed: destroying it calls back.
+    // Removed from the list first, since destroying it calls back.
     const std::unique_ptr<Member> gone = std::move(*found);
     members.erase(found);
 }
@@ -71,13 +71,13 @@ void HostEnvelope::assign(const HostEnvelope &other) {
 
 void HostEnvelope::changed(int event, HostKey *key) {
     ++age;
-    // A listener may add listeners, which hear of the next change.
+    // A listener may add listeners, which are called from the next change on.
     const std::vector<Listener> told = listeners;
     for (const Listener &listener : told) listener.call(listener.userData, this, event, key);
 }
 
 HostChannelGroup::~HostChannelGroup() {
-    // While the envelopes still stand, since their users move or drop them.
+    // While the envelopes still exist, since their users move or drop them.
     const std::vector<velm::host::ChannelUser *> told = std::move(users);
     for (velm::host::ChannelUser *user : told) user->groupGone(*this);
 }

@@ -10,7 +10,7 @@
 
 namespace velm::host {
 
-// What holds on to channels that it does not own is told when they go. Called while the channel is being destroyed.
+// Implemented by owners of pointers to channels that they do not own: called while the channel is being destroyed.
 class ChannelUser {
   public:
     virtual void envelopeGone(HostEnvelope &envelope) = 0;
@@ -20,7 +20,7 @@ class ChannelUser {
     ~ChannelUser() = default;
 };
 
-// Events of an envelope's callback; `data` is the key where there is one, else null.
+// Events of an envelope's callback; `data` is the key that the event is about, or null.
 enum {
     kEnvelopeDestroyed = 0,
     kEnvelopeKeyCreated = 1,
@@ -35,10 +35,10 @@ enum { kChannelFloat = 2, kChannelDistance = 3, kChannelPercent = 4, kChannelAng
 
 } // namespace velm::host
 
-// A key. The shape is that of the span which ends here. Tension, continuity and bias serve TCB. Of the four parameters
-// Hermite uses [0] as the incoming and [1] as the outgoing tangent, in value per span; Bezier 1D [0] and [1] as the
-// values of the incoming and outgoing handles, relative to the key; Bezier 2D [0], [1] as time and value of the
-// incoming handle and [2], [3] as those of the outgoing one, relative to the key.
+// A key. Its shape is that of the span which ends at the key. TCB spans use tension, continuity and bias. Of the four
+// parameters, Hermite uses [0] as the incoming and [1] as the outgoing tangent, in value per span; Bezier 1D [0] and
+// [1] as the values of the incoming and outgoing handles, relative to the key; Bezier 2D [0], [1] as time and value of
+// the incoming handle and [2], [3] as those of the outgoing one, relative to the key.
 struct HostKey {
     double time = 0; // seconds
     double value = 0;
@@ -47,17 +47,17 @@ struct HostKey {
     std::array<double, 4> parameters{};
 };
 
-// An animated channel: keys in order of time, no two at the same time, and what it does before and after them. It lives
-// in its group and is destroyed with it.
+// An animated channel: keys in order of time, no two at the same time, and its behaviour before and after them. Its
+// group owns it.
 struct HostEnvelope {
     std::string name; // unique among the group's envelopes
     HostChannelGroup *group = nullptr;
     int type = velm::host::kChannelFloat;
-    std::vector<std::unique_ptr<HostKey>> keys; // behind pointers, since handles to them stay valid while others move
+    std::vector<std::unique_ptr<HostKey>> keys; // pointers, so that handles of keys stay valid while others move
     int before = kBehaveConstant, after = kBehaveConstant;
-    int age = 0; // counts changes
+    int age = 0; // the number of changes so far
 
-    velm::host::ChannelUser *user = nullptr; // told when the envelope goes
+    velm::host::ChannelUser *user = nullptr; // notified when the envelope is destroyed; may be null
     struct Listener {
         HostEnvelopeEvent *call;
         void *userData;
@@ -72,13 +72,13 @@ struct HostEnvelope {
     // The value at a time in seconds; 0 without keys. Allocates nothing.
     double evaluate(double time) const;
 
-    // The key at that time, created where there is none, with that value.
+    // The key at that time, created if there is none; gets that value.
     HostKey &putKey(double time, double value);
     void removeKey(HostKey &key);
     void clearKeys();
-    // Takes over the other's keys and behaviours; name, group and type stay.
+    // Copies the other's keys and behaviours; name, group and type stay.
     void assign(const HostEnvelope &other);
-    // Counts a change and tells the listeners.
+    // Counts a change and calls the listeners.
     void changed(int event, HostKey *key);
 };
 
@@ -88,14 +88,14 @@ struct HostChannelGroup {
     HostChannelGroup *parent = nullptr;
     std::vector<std::unique_ptr<HostEnvelope>> envelopes;
     std::vector<std::unique_ptr<HostChannelGroup>> groups;
-    std::vector<velm::host::ChannelUser *> users; // told when the group goes
+    std::vector<velm::host::ChannelUser *> users; // notified when the group is destroyed
 
     HostChannelGroup() = default;
     HostChannelGroup(const HostChannelGroup &) = delete;
     HostChannelGroup &operator=(const HostChannelGroup &) = delete;
     ~HostChannelGroup();
 
-    // New ones get the name, with " (2)", " (3)" and so on after it where the name is taken.
+    // The new one gets the wanted name, followed by " (2)", " (3)" and so on if it is taken.
     HostEnvelope &addEnvelope(const std::string &wantedName, int type);
     HostChannelGroup &addGroup(const std::string &wantedName);
     void removeEnvelope(HostEnvelope &envelope);
@@ -105,20 +105,20 @@ struct HostChannelGroup {
 
 namespace velm::host {
 
-// A group without a parent, as for a scene or a network. Whoever holds it owns everything in it.
+// A group without a parent, as for a scene or a network. It owns everything in it.
 std::unique_ptr<HostChannelGroup> makeRootGroup(const std::string &name);
 
-// The "Animation Envelopes" table. Null handles give null, 0 or no effect; copy, load and save give a message. A create
-// with a null group gives null. Groups that the table did not create under a parent (root groups) cannot be destroyed
-// through it. The edit operation gives 0: this host has no windows. findKey finds a key within a millionth of a second.
-// createKey at the time of a key gives that key with the new value. nextKey after null gives the first key,
-// previousKey before null the last. setKey of a time where another key stands, of a shape out of range or of a number
-// that is not finite gives 0 and changes nothing. setEvent adds a callback; the same pair again is kept once.
+// The "Animation Envelopes" table. With a null handle, operations return null or 0 and have no effect; copy, load and
+// save return a message. Creating in a null group returns null. Root groups, which have no parent, cannot be destroyed
+// through the table. The edit operation returns 0: this host has no windows. findKey finds a key within a microsecond.
+// createKey at the time of an existing key gives that key the new value. nextKey after null is the first key, and
+// previousKey before null the last. setKey returns 0 and changes nothing for the time of another key, a shape out of
+// range, or a number that is not finite. setEvent adds a callback; the same pair of function and data is added once.
 const HostEnvelopeFuncs *envelopeFuncs();
 
-// The saved form of an envelope: a block "ENVL" / `{ Envelope`. `component` (0 to 2) is the place among the channels of
-// one parameter. Both give null or a message that is never freed. load reads the next such block into `envelope`, which
-// stays as it was on failure; its name stays in any case.
+// Saves and loads an envelope as a block "ENVL" / `{ Envelope`. `component` (0 to 2) is the index of the channel in its
+// parameter. Both return null, or a static message. loadEnvelope reads the next such block into `envelope`, which is
+// unchanged on failure; its name is never changed.
 HostError saveEnvelope(const HostEnvelope &envelope, const HostSaveState *state, int component);
 HostError loadEnvelope(HostEnvelope &envelope, const HostLoadState *state);
 

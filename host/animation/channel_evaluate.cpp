@@ -7,15 +7,15 @@
 
 namespace {
 
-// Tangents are in value per span, the span being the one on the side that is asked for, as cubic Hermite curves take
-// them. A key at the end of the envelope has no neighbour on one side.
+// Tangents are in value per span, as cubic Hermite curves need them; the span is the one on the side of the tangent. A
+// key at an end of the envelope has no neighbour on one side.
 struct Neighbours {
     const HostKey *previous;
     const HostKey *next;
 };
 
 // Kochanek and Bartels, "Interpolating Splines with Local Tension, Continuity, and Bias Control", 1984, with their
-// adjustment for spans of unlike length: a tangent scales with its span's share of both.
+// adjustment for spans of different length: a tangent is scaled by its span's fraction of both.
 double tcbTangent(const HostKey &key, Neighbours around, bool outgoing) {
     if (around.previous == nullptr && around.next == nullptr) return 0;
     const double continuity = outgoing ? key.continuity : -key.continuity;
@@ -45,7 +45,7 @@ Handle bezierHandle(const HostKey &key, double span, bool outgoing) {
     return {.time = time, .value = outgoing ? key.parameters[3] : key.parameters[1]};
 }
 
-// A key gives its tangents by its own shape, whatever the shape of the span at its other side.
+// The tangents of a key depend on its own shape, whatever the shape of the span on its other side.
 double tangent(const HostKey &key, Neighbours around, bool outgoing) {
     switch (key.shape) {
     case kShapeTcb: return tcbTangent(key, around, outgoing);
@@ -59,7 +59,7 @@ double tangent(const HostKey &key, Neighbours around, bool outgoing) {
         const Handle handle = bezierHandle(key, span, outgoing);
         return handle.time == 0 ? 0 : handle.value / handle.time * span;
     }
-    default: return 0; // stepped: level
+    default: return 0; // stepped: horizontal
     }
 }
 
@@ -68,8 +68,8 @@ double bernstein(double p0, double p1, double p2, double p3, double t) {
     return s * s * s * p0 + 3 * s * s * t * p1 + 3 * s * t * t * p2 + t * t * t * p3;
 }
 
-// The curve's time rises throughout, since no handle leaves the span; halving finds the place for a time to the last
-// bit in as many steps as a double has digits.
+// The curve's time increases monotonically, since no handle leaves the span. Bisection therefore finds the curve
+// parameter for a time to the last bit, in as many steps as a double has binary digits.
 double bezier2(const HostKey &from, const HostKey &to, Handle leaving, Handle arriving, double time) {
     double low = 0, high = 1;
     for (int step = 0; step < 60; ++step) {
@@ -85,7 +85,7 @@ class Curve {
   public:
     explicit Curve(const HostEnvelope &envelope) : keys_(envelope.keys) {}
 
-    // Between two keys; `index` is that of the key at which the span ends.
+    // The value between two keys; `index` is the key at which the span ends.
     double span(std::size_t index, double time) const {
         const HostKey &from = *keys_[index - 1];
         const HostKey &to = *keys_[index];
@@ -105,7 +105,7 @@ class Curve {
                (t3 - t2) * arriving;
     }
 
-    // From the first key's time to the last one's.
+    // From the time of the first key to that of the last.
     double inside(double time) const {
         const auto after = std::upper_bound(keys_.begin(), keys_.end(), time,
                                             [](double wanted, const auto &key) { return wanted < key->time; });
@@ -115,7 +115,7 @@ class Curve {
         return span(static_cast<std::size_t>(after - keys_.begin()), time);
     }
 
-    // Value per second at the first or last key, towards the inside.
+    // The slope in value per second at the first or last key, on its inner side.
     double endSlope(bool last) const {
         if (keys_.size() < 2) return 0;
         const std::size_t end = last ? keys_.size() - 1 : 1; // the key at which the outermost span ends
@@ -149,7 +149,7 @@ double HostEnvelope::evaluate(double time) const {
 
     const HostKey &end = early ? first : last;
     const double length = last.time - first.time;
-    // Whole runs of the keyed range between here and there, downwards, and how far into the last one.
+    // How many whole lengths of the keyed range lie between (rounded down), and the position in the last one.
     const double runs = length > 0 ? std::floor((time - first.time) / length) : 0;
     const double into = length > 0 ? std::clamp(time - first.time - runs * length, 0.0, length) : 0;
     switch (early ? before : after) {

@@ -3,7 +3,7 @@
 // and SPAN (shape identifier and its numbers), and POST (behaviour). Text, `{ Envelope`: the number of keys, a line
 // `Key value time shape p1 ... p6` for each, and `Behaviors pre post`. Of the six numbers the first three are tension,
 // continuity and bias and the next two the tangents or handles of Hermite and Bezier 1D; the first four of Bezier 2D
-// are its handles. A file keeps the numbers that a key's shape uses, and for TCB the text form's order of them.
+// are its handles. A file stores only the numbers that a key's shape uses.
 
 #include "host/animation/channel.h"
 #include "host/base/four_cc.h"
@@ -107,7 +107,7 @@ HostError loadSpan(const HostLoadState &state, HostKey *key) {
         if (kShapes[shape].id == id) key->shape = static_cast<int>(shape);
     }
     for (double *number : shapeNumbers(*key)) {
-        float read = 0; // programs write fewer or more of them
+        float read = 0; // other programs write fewer or more of them
         if (number == nullptr || state.readFP(state.data, &read, 1) != 1) break;
         if (!std::isfinite(read)) return kDamaged;
         *number = read;
@@ -166,7 +166,7 @@ HostError loadTextKey(const HostLoadState &state, HostEnvelope &envelope) {
     if (shape < kShapeTcb || shape > kShapeBezier2) return kDamaged;
     if (!std::isfinite(place[0]) || !std::isfinite(place[1])) return kDamaged;
     std::array<double, 6> numbers{};
-    state.readDP(state.data, numbers.data(), 6); // what is not there is 0
+    state.readDP(state.data, numbers.data(), 6); // missing numbers stay 0
     for (const double number : numbers) {
         if (!std::isfinite(number)) return kDamaged;
     }
@@ -179,7 +179,7 @@ HostError loadTextKey(const HostLoadState &state, HostEnvelope &envelope) {
     key.tension = numbers[0];
     key.continuity = numbers[1];
     key.bias = numbers[2];
-    // Programs leave the tangents of the other shapes there too, which follow from the keys anyway.
+    // Other programs also write the tangents of other shapes there; they follow from the keys.
     if (shape == kShapeHermite || shape == kShapeBezier1) key.parameters = {numbers[3], numbers[4], 0, 0};
     return nullptr;
 }

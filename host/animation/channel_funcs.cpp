@@ -52,7 +52,7 @@ int edit(HostEnvelope *) { return 0; }
 
 int age(HostEnvelope *envelope) { return envelope != nullptr ? envelope->age : 0; }
 
-// Where the key stands; the number of keys for one that is not this envelope's.
+// The index of the key; the number of keys if it is not one of this envelope.
 std::size_t indexOf(const HostEnvelope &envelope, const HostKey *key) {
     const auto found =
         std::find_if(envelope.keys.begin(), envelope.keys.end(), [key](const auto &each) { return each.get() == key; });
@@ -106,7 +106,7 @@ bool moveKey(HostEnvelope &envelope, HostKey &key, double time) {
     return true;
 }
 
-// The number that a tag other than the time's and the shape's addresses; null for an unknown tag.
+// The number that a tag addresses, other than time and shape; null for an unknown tag.
 double *numberOf(HostKey &key, int tag) {
     switch (tag) {
     case kKeyValue: return &key.value;

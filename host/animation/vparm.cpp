@@ -8,7 +8,7 @@ namespace {
 constexpr int kLargestBaseType = 80; // base types are the multiples of 16 up to here
 constexpr int kColourBase = 80;
 
-// How the channels of a parameter are shown. Colours are shown as fractions are.
+// The display type of a parameter's channels. Colours are shown like percentages.
 int channelType(int type) {
     switch (type & ~1) {
     case kParmPercent:
@@ -48,7 +48,7 @@ void HostVParm::setUp(const std::string &channelName, HostChannelGroup *group, H
     channelName_ = channelName;
     group_ = group;
     if (group_ != nullptr) group_->users.push_back(this);
-    event_ = nullptr; // moving is no change of the parameter
+    event_ = nullptr; // moving envelopes does not change the parameter
     assign(before);
     event_ = event;
     userData_ = userData;
@@ -79,7 +79,7 @@ HostChannelGroup &HostVParm::home() {
 
 namespace {
 
-// Hands an envelope's changes on as changes of its parameter. The envelope tells its end through ChannelUser.
+// Passes changes of an envelope on as changes of its parameter. ChannelUser handles the end of an envelope.
 int keysChanged(void *userData, HostEnvelope *, int event, void *) {
     if (event != velm::host::kEnvelopeDestroyed)
         static_cast<HostVParm *>(userData)->changed(velm::host::kParmEventValue);
@@ -149,7 +149,8 @@ void HostVParm::changed(int event) {
     if (event_ != nullptr) event_(userData_, this, event);
 }
 
-// One channel destroyed from outside takes the others with it: a parameter has envelopes for all components or none.
+// When one envelope is destroyed from outside, the others are destroyed, too: a parameter has envelopes for all
+// components or for none.
 void HostVParm::envelopeGone(HostEnvelope &envelope) {
     for (HostEnvelope *&each : envelopes_) {
         if (each == &envelope) each = nullptr;
@@ -160,7 +161,7 @@ void HostVParm::envelopeGone(HostEnvelope &envelope) {
 
 void HostVParm::groupGone(HostChannelGroup &) {
     group_ = nullptr;
-    // The envelopes go with the group; they must not call back for each of them.
+    // The group destroys the envelopes; they must not call back one by one.
     const bool had = hasEnvelopes();
     if (had) value(0, constant_.data());
     dropEnvelopes();

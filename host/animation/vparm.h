@@ -19,11 +19,11 @@ enum {
 
 } // namespace velm::host
 
-// A parameter: a constant value, or one envelope for each component. The envelopes live in the channel group that the
-// parameter was set up with (in a group of its own when it has none) and go with the parameter; a parameter whose
-// envelopes are destroyed from outside falls back to its constant value. For the interface thread, but for `value`.
+// A parameter: a constant value, or one envelope for each component. The envelopes are in the channel group that the
+// parameter was set up with, or in a group of its own without one, and are destroyed with the parameter. If they are
+// destroyed from outside, the parameter gets its constant value back. [interface thread] except for `value`.
 struct HostVParm final : velm::host::ChannelUser {
-    explicit HostVParm(int typeCode); // one that `isType` knows
+    explicit HostVParm(int typeCode); // one for which `isType` is true
     HostVParm(const HostVParm &) = delete;
     HostVParm &operator=(const HostVParm &) = delete;
     ~HostVParm();
@@ -36,26 +36,26 @@ struct HostVParm final : velm::host::ChannelUser {
     // Moves existing envelopes to the new group.
     void setUp(const std::string &channelName, HostChannelGroup *group, HostParmEvent *event, void *userData);
 
-    // Writes `components()` values for a time in seconds and gives the first. Allocates nothing. [between frames]
+    // Writes `components()` values for a time in seconds and returns the first. Allocates nothing. [between frames]
     double value(double time, double result[3]) const;
-    // Sets the constant; false, and nothing happens, while there are envelopes.
+    // Sets the constant. Returns false, without effect, while there are envelopes.
     bool setConstant(const double *values);
 
     bool hasEnvelopes() const { return envelopes_[0] != nullptr; }
-    // Creates the envelopes, each with one key of the present value at time 0; nothing when there are some.
+    // Creates the envelopes, each with one key of the current value at time 0; no effect if they exist.
     void createEnvelopes();
-    // Removes them; the constant becomes their value at time 0.
+    // Removes the envelopes; the constant becomes their value at time 0.
     void removeEnvelopes();
-    // Null while there are none; `component` below `components()`.
+    // Null without envelopes; `component` is less than `components()`.
     HostEnvelope *envelope(int component) const { return envelopes_[static_cast<std::size_t>(component)]; }
 
-    // Takes over constant and envelopes of a parameter of as many components; names, group and callback stay.
+    // Copies the constant and the envelopes of a parameter with as many components; names, group and callback stay.
     void assign(const HostVParm &other);
 
     HostError save(const HostSaveState *state) const;
     HostError load(const HostLoadState *state); // unchanged on failure
 
-    // Tells the callback, if there is one.
+    // Calls the callback, if there is one.
     void changed(int event);
 
     void envelopeGone(HostEnvelope &envelope) override;
@@ -79,10 +79,11 @@ struct HostVParm final : velm::host::ChannelUser {
 
 namespace velm::host {
 
-// The "LWVParmFuncs 2" table. Null handles give null, 0 or no effect; copy, load and save give a message. create gives
-// null for an unknown type code. setState creates or removes envelopes by bit 0; bit 1 has no effect, since this host
-// has no textures: the texture operation gives null. The edit operations give 0: this host has no windows. `envelopes`
-// fills all three handles, with null where there is no envelope, and gives how many there are.
+// The "LWVParmFuncs 2" table. With a null handle, operations return null or 0 and have no effect; copy, load and save
+// return a message. create returns null for an unknown type code. Bit 0 of setState creates or removes envelopes; bit 1
+// has no effect, since this host has no textures, and the texture operation returns null. The edit operations return 0:
+// this host has no windows. `envelopes` fills in three handles, null where there is no envelope, and returns their
+// number.
 const HostVParmFuncs *vparmFuncs();
 
 } // namespace velm::host

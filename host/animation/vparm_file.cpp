@@ -14,7 +14,7 @@ constexpr HostBlockId kValueTable[] = {{.id = 0x5650564c, .token = "ParameterVal
 constexpr const char *kMissing = "a parameter is missing in the file";
 constexpr const char *kDamaged = "a parameter in the file is damaged";
 
-// The value block's contents.
+// The contents of the value block.
 HostError loadValue(const HostLoadState &state, HostVParm &parm) {
     float numbers[3] = {};
     const int components = parm.components();
@@ -41,7 +41,7 @@ HostError HostVParm::save(const HostSaveState *state) const {
     const float numbers[] = {static_cast<float>(values[0]), static_cast<float>(values[1]),
                              static_cast<float>(values[2])};
     state->beginBlock(state->data, &kParameterTable[0], 0);
-    state->writeI4(state->data, &words[0], 1); // a line each in text form
+    state->writeI4(state->data, &words[0], 1); // one line each in text form
     state->writeI4(state->data, &words[1], 1);
     state->beginBlock(state->data, &kValueTable[0], 0);
     state->writeFP(state->data, numbers, components());

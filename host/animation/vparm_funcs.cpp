@@ -54,7 +54,7 @@ void setState(HostVParm *parm, int wanted) {
 
 int edit(HostVParm *) { return 0; }
 
-// Parameters need no preparation in this host; textures, which do, are not offered.
+// Parameters need no preparation in this host. Textures would, but are not offered.
 HostError init(HostVParm *parm) { return parm != nullptr ? nullptr : kNone; }
 
 int envelopes(HostVParm *parm, HostEnvelope *handles[3]) {

@@ -1,12 +1,12 @@
-// The angles of directions, which may have any length: what backdrops and images spread over the sphere go by.
+// Angles of directions of any length, for backdrops and for images that are mapped onto a sphere.
 #pragma once
 
 #include <cmath>
 
 namespace velm::host {
 
-// The length of what is level of a direction; like std::hypot, but for a step that most directions need not take: the
-// squares of numbers beside these limits do not fit a double.
+// The length of the horizontal part (x and z) of a direction, like std::hypot. The fast path covers nearly all
+// directions; beyond the limits, squares would underflow or overflow.
 inline double levelLength(const double direction[3]) {
     constexpr double kSmall = 1e-280, kLarge = 1e280;
     const double square = direction[0] * direction[0] + direction[2] * direction[2];

@@ -5,10 +5,11 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace velm::host {
 
-// Where in the user's files something stands. A line of 0 means the file as a whole; an empty file, no place.
+// Where in the user's files something is. A line of 0 means the file as a whole; an empty file, an unknown location.
 struct SourceLocation {
     std::string file;
     int line = 0;
@@ -18,13 +19,24 @@ struct SourceLocation {
 };
 
 // The input is wrong: a scene, a module, an image, a name in them. The message says what was found and what was
-// expected, and starts with the place where that is known; it is one line, whatever is in the names that it tells. Exit
-// status 1.
+// expected. what() is that message after the location, where one is known; it is one line, whatever characters the
+// quoted names contain. Exit status 1.
 class InputError : public std::runtime_error {
   public:
-    explicit InputError(const std::string &message) : std::runtime_error(onOneLine(message)) {}
-    InputError(const SourceLocation &location, const std::string &message)
-        : std::runtime_error(onOneLine(location.file.empty() ? message : location.text() + ": " + message)) {}
+    explicit InputError(const std::string &message) : InputError(SourceLocation{}, message) {}
+    InputError(const SourceLocation &location, const std::string &message, std::string path = {})
+        : std::runtime_error(onOneLine(location.file.empty() ? message : location.text() + ": " + message)),
+          location_(location), path_(std::move(path)), message_(onOneLine(message)) {}
+
+    const SourceLocation &location() const { return location_; }
+    // The path to what is wrong inside that file, such as "surfaces.Chrome.nodes.Mirror.settings.Image"; may be empty.
+    const std::string &path() const { return path_; }
+    // what() without the location.
+    const std::string &message() const { return message_; }
+
+  private:
+    SourceLocation location_;
+    std::string path_, message_;
 };
 
 // The machine failed: disk full, no memory, a file that cannot be written. Exit status 3.

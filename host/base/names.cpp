@@ -9,7 +9,7 @@ namespace {
 
 char lower(char character) { return static_cast<char>(std::tolower(static_cast<unsigned char>(character))); }
 
-// Optimal string alignment distance: each pair of letters is swapped at most once.
+// The optimal string alignment distance: a pair of letters is swapped at most once.
 std::size_t slips(std::string_view a, std::string_view b) {
     std::vector<std::size_t> before, previous(b.size() + 1), row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j) previous[j] = j;

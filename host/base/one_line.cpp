@@ -5,7 +5,8 @@ namespace velm::host {
 namespace {
 
 constexpr unsigned char kDelete = 0x7f;
-constexpr unsigned char kLead = 0xc2, kFirstC1 = 0x80, kLastC1 = 0x9f; // U+0080 to U+009F, controls too, in UTF-8
+constexpr unsigned char kLead = 0xc2, kFirstC1 = 0x80,
+                        kLastC1 = 0x9f; // U+0080 to U+009F in UTF-8, which are control characters, too
 
 std::string spelt(unsigned char byte) {
     constexpr const char *kDigits = "0123456789abcdef";

@@ -1,4 +1,4 @@
-// Texts from files and command lines, within lines for people.
+// Texts from files and command lines, made fit for messages.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace velm::host {
 
-// The text with its control characters spelt out, "\\n" and "\\x1b": a message stays one line, and no name in a file
-// gives orders to a terminal. All else, UTF-8 or not, stays as it is. [any thread]
+// The text with its control characters as escape sequences, "\\n" and "\\x1b", so that a message stays on one line and
+// no name in a file can control a terminal. All other bytes, valid UTF-8 or not, are unchanged. [any thread]
 std::string onOneLine(std::string_view text);
 
 } // namespace velm::host

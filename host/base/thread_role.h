@@ -1,6 +1,6 @@
-// Which thread may call what. The wall's tags say it in words; in debug builds the host says it in assertions, through
-// the role that each thread carries. A thread is born with the interface role. The render controller takes its role
-// for as long as a render lasts, each render thread for as long as it evaluates samples.
+// Which thread may call what. The tags in the plug-in interface's headers state it; debug builds assert it, by a role
+// that each thread has. A thread starts with the interface role. The render controller has its role while a render
+// runs, and each render thread while it evaluates samples.
 #pragma once
 
 #ifndef NDEBUG
@@ -63,7 +63,7 @@ inline void assertRender() { assert(detail::threadRole != ThreadRole::controller
 class RoleScope {
   public:
     explicit RoleScope(ThreadRole) {}
-    ~RoleScope() {} // not defaulted, so that a scope counts as used
+    ~RoleScope() {} // user-provided, so that compilers do not warn of an unused variable
     RoleScope(const RoleScope &) = delete;
     RoleScope &operator=(const RoleScope &) = delete;
 };

@@ -1,5 +1,5 @@
-// What an input names and does not get. The work goes on without it, and people are told; or, where they asked for it,
-// the work ends there.
+// Warnings: an input names something that is missing or unusable. The work goes on without it and the user is told;
+// under the strict policy the work ends with an error instead.
 #pragma once
 
 #include "host/base/error.h"
@@ -12,33 +12,34 @@
 namespace velm::host {
 
 struct Warning {
-    SourceLocation location; // of what is wrong, in the user's files
-    std::string path;    // the way to it inside that file: "surfaces.Chrome.nodes.Mirror.settings.Image"; may be empty
-    std::string brief;   // a few words for a summary, the same whenever it is the same thing: "no image \"Sky\""
+    SourceLocation location; // of what is wrong
+    std::string path;    // the path to it inside that file: "surfaces.Chrome.nodes.Mirror.settings.Image"; may be empty
+    std::string brief;   // a few words for a summary, equal for equal causes: "no image \"Sky\""
     std::string message; // a line that says what is wrong and what is expected or done instead
 
-    // "scene.json:12: images.Sky.file: message", as far as there is a place.
+    // "scene.json:12: images.Sky.file: message", as far as location and path are known.
     std::string text() const;
 };
 
-// Adds a name to a path inside a file: "images" and "Sky" give "images.Sky"; names that are not plain words are quoted.
+// Appends a name to a path inside a file: "images" and "Sky" give "images.Sky". Names other than plain words are
+// quoted.
 std::string pathTo(const std::string &parent, std::string_view name);
 
-// Collects the warnings of one run, in their order. One thread at a time.
+// Collects the warnings of one run, in order. Not thread-safe.
 class Warnings {
   public:
     enum class Policy { goOn, strict };
 
-    // `tell` is called with each warning as it comes; it may be empty.
+    // `tell` is called with each new warning; it may be empty.
     explicit Warnings(Policy policy, std::function<void(const Warning &)> tell = {});
 
-    // Under the strict policy throws the warning as an InputError. Else keeps it and tells it; one that was told
-    // before, word for word and at the same place, is passed over.
+    // Under the strict policy, throws the warning as an InputError. Otherwise stores it and calls `tell`, unless the
+    // same text was added before.
     void add(Warning warning);
 
     const std::vector<Warning> &all() const { return all_; }
 
-    // "2 warnings: no image \"Sky\"; no image \"Wood\"": each thing once, however often it was met. Empty without any.
+    // "2 warnings: no image \"Sky\"; no image \"Wood\"", with each cause once. Empty if there are none.
     std::string summary() const;
 
   private:

@@ -1,19 +1,20 @@
-// The commands, one file each.
+// All commands of the program. A new command is a file that defines it and a row here.
 #pragma once
 
-#include "host/cli/options.h"
+#include "host/cli/command.h"
 
-#include <iosfwd>
+#include <span>
 
 namespace velm::host {
 
-// Each does what its options say and gives the exit status. Errors are thrown: InputError, UsageError, MachineError.
-int runNodes(const Options &options, const NodesOptions &nodes, std::ostream &out);
-int runShow(const Options &options, const ShowOptions &show, std::ostream &out);
-int runCheck(const Options &options, const CheckCommandOptions &check, std::ostream &out);
-int runCompare(const CompareOptions &compare, std::ostream &out, std::ostream &err); // gives a CompareStatus
-int runPack(const Options &options, const PackOptions &pack, std::ostream &out, std::ostream &err);
-int runUnpack(const Options &options, const UnpackOptions &unpack, std::ostream &out, std::ostream &err);
-int runRender(const Options &options, const RenderOptions &render, std::ostream &out, std::ostream &err);
+// In the order in which the help lists them: row(NAME) stands for the constant NAMECommand.
+#define VELM_COMMANDS(row) row(nodes) row(show) row(render) row(check) row(compare) row(pack) row(unpack)
+
+#define VELM_DECLARE_COMMAND(name) extern const Command name##Command;
+VELM_COMMANDS(VELM_DECLARE_COMMAND)
+#undef VELM_DECLARE_COMMAND
+
+// [any thread]
+std::span<const Command *const> allCommands();
 
 } // namespace velm::host

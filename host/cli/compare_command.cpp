@@ -1,9 +1,11 @@
-// "velm compare": whether two pictures are the same, and where they are not.
+// "velm compare": whether two pictures are the same, and where they differ.
 #include "host/base/error.h"
 #include "host/cli/commands.h"
+#include "host/cli/option_types.h"
 #include "host/cli/output_file.h"
-#include "host/cli/run.h"
+#include "host/image/compare.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <ostream>
@@ -12,13 +14,45 @@ namespace velm::host {
 
 namespace {
 
+struct CompareOptions {
+    std::string first, second;
+    CompareLimits limits;
+    std::string differences; // the file for a picture of the differences; empty: none
+};
+
+void declareOptions(CLI::App &command, ProgramOptions &, CompareOptions &options) {
+    constexpr double kLargest = 1e30;
+    command.add_option("A", options.first, "A picture")->required()->type_name("");
+    command.add_option("B", options.second, "The picture that it is compared with")->required()->type_name("");
+    command
+        .add_option("--tolerance", options.limits.tolerance,
+                    "The absolute difference in a channel above which a pixel counts as different")
+        ->check(numberFrom(0, kLargest))
+        ->capture_default_str()
+        ->type_name("T");
+    command.add_option("--mean", options.limits.mean, "The largest mean of all differences")
+        ->check(numberFrom(0, kLargest))
+        ->capture_default_str()
+        ->type_name("M");
+    command.add_option("--rms", options.limits.rms, "The largest root mean square of all differences")
+        ->check(numberFrom(0, kLargest))
+        ->capture_default_str()
+        ->type_name("R");
+    command.add_option("--share", options.limits.fraction, "The fraction of all pixels that may differ, 0 to 1")
+        ->check(numberFrom(0, 1))
+        ->capture_default_str()
+        ->type_name("S");
+    command.add_flag("!--no-alpha", options.limits.alpha, "Leave alpha out");
+    command.add_option("--differences", options.differences, "A picture file for the differences")->type_name("FILE");
+}
+
 std::string sizeText(const FilePixels &image) {
     const std::string place =
         image.left == 0 && image.top == 0 ? std::string() : fmt::format(" from {},{}", image.left, image.top);
     return fmt::format("{} x {}{}", image.width, image.height, place);
 }
 
-// The figures, each beside the limit that it is held against.
+// Prints each figure beside its limit.
 void printFigures(const Comparison &comparison, const CompareLimits &limits, std::ostream &out) {
     const WorstPixel &worst = comparison.worst;
     if (worst.difference > 0)
@@ -27,7 +61,7 @@ void printFigures(const Comparison &comparison, const CompareLimits &limits, std
     out << fmt::format("  mean    {:.6g}; at most {:.6g}\n", comparison.mean, limits.mean);
     out << fmt::format("  RMS     {:.6g}; at most {:.6g}\n", comparison.rms, limits.rms);
     out << fmt::format("  pixels  {} of {} differ by more than {:.6g}; at most {:.6g} %\n", comparison.beyond,
-                       comparison.pixels, limits.tolerance, 100 * limits.share);
+                       comparison.pixels, limits.tolerance, 100 * limits.fraction);
     if (comparison.notNumbers > 0) out << fmt::format("  NaN     in {} pixels\n", comparison.notNumbers);
     if (!comparison.onlyInOne.empty())
         out << fmt::format("  only in one of them: {}\n", fmt::join(comparison.onlyInOne, ", "));
@@ -53,17 +87,20 @@ int compareFiles(const CompareOptions &options, std::ostream &out) {
     return same ? kCompareSame : kCompareDifferent;
 }
 
-} // namespace
-
-int runCompare(const CompareOptions &compare, std::ostream &out, std::ostream &err) {
+int run(const ProgramOptions &, const CompareOptions &compare, std::ostream &out, std::ostream &err) {
     try {
         return compareFiles(compare, out);
     } catch (const InputError &error) {
         err << "velm: " << error.what() << '\n';
         return kCompareFailed;
-    } catch (const UsageError &error) { // of the difference picture's name
+    } catch (const UsageError &error) { // about the name of the picture of differences
         throw UsageError(error.what(), kCompareFailed);
     }
 }
+
+} // namespace
+
+constinit const Command compareCommand = makeCommand<CompareOptions, declareOptions, run>(
+    {.name = "compare", .help = "Compare two pictures", .needsModule = false, .usageStatus = kCompareFailed});
 
 } // namespace velm::host

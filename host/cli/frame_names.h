@@ -5,12 +5,12 @@
 
 namespace velm::host {
 
-// Where a frame's number goes in a file's name.
+// Inserts the number of a frame into a file name.
 class FrameNames {
   public:
-    // `pattern` is what the user asked for. In its last part, a run of # or a %d with or without a width (%04d) stands
-    // for the number; where there is neither and `several` is set, the number goes before the ending in four digits:
-    // "walk.png" gives "walk_0001.png". UsageError when there are two such places.
+    // `pattern` is the output file that the user gave. In its last path component, a run of # or a %d with or without a
+    // width (%04d) is replaced by the number. Without either, and if `several` is set, the number goes before the
+    // extension in four digits: "walk.png" gives "walk_0001.png". UsageError when there are two such patterns.
     FrameNames(const std::string &pattern, bool several);
 
     std::string operator()(int frame) const;
@@ -18,7 +18,7 @@ class FrameNames {
   private:
     std::string before_, after_;
     bool numbered_ = false;
-    int digits_ = 0; // at least; zeros fill them up
+    int digits_ = 0; // the least number of digits, padded with zeros
 };
 
 } // namespace velm::host

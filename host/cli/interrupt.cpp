@@ -14,7 +14,7 @@ InterruptGuard::InterruptGuard() {
     noted = 0;
     struct sigaction action {};
     action.sa_handler = noteInterrupt;
-    action.sa_flags = static_cast<int>(SA_RESETHAND); // the second signal finds the default again
+    action.sa_flags = static_cast<int>(SA_RESETHAND); // a second signal gets the default action
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, &before_);
 }

@@ -5,12 +5,12 @@
 
 namespace velm::host {
 
-// While one lives, the first SIGINT is only noted, so that the render can end in an orderly way; a second one ends the
-// program at once. [interface thread; one at a time]
+// While an InterruptGuard exists, the first SIGINT only sets a flag, so that the render can end in an orderly way; a
+// second one ends the program at once. [interface thread; one at a time]
 class InterruptGuard {
   public:
     InterruptGuard();
-    ~InterruptGuard(); // puts back what was there before
+    ~InterruptGuard(); // restores the previous signal handler
     InterruptGuard(const InterruptGuard &) = delete;
     InterruptGuard &operator=(const InterruptGuard &) = delete;
 

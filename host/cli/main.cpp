@@ -5,6 +5,6 @@
 #include <iostream>
 
 int main(int argc, char **argv) {
-    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error with a name, as a full disk is
+    std::signal(SIGXFSZ, SIG_IGN); // reaching the file size limit becomes a write error, like a full disk
     return velm::host::runGuarded(argc, argv, std::cout, std::cerr);
 }

@@ -1,8 +1,9 @@
 // "velm nodes": the nodes as a table.
 #include "host/cli/commands.h"
-#include "host/cli/listed_module.h"
+#include "host/graph/listed_module.h"
 #include "host/graph/network.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <fmt/format.h>
@@ -22,7 +23,7 @@ std::string outputNames(const HostNode &node) {
     return names;
 }
 
-// A node's inputs and outputs are known only to an instance.
+// The inputs and outputs of a node are known only once an instance exists.
 Row rowOf(ServerClass &server) {
     Network editor("nodes", "nodes", nullptr, nullptr);
     const HostNode &node = editor.addNode(server);
@@ -46,15 +47,26 @@ void printTable(const std::vector<Row> &rows, std::ostream &out) {
     }
 }
 
-} // namespace
+struct NodesOptions {
+    bool all = false; // the host's own nodes too
+};
 
-int runNodes(const Options &options, const NodesOptions &nodes, std::ostream &out) {
-    const ListedModule module(options.module);
+void declareOptions(CLI::App &command, ProgramOptions &, NodesOptions &options) {
+    command.add_flag("--all", options.all, "The host's own nodes too");
+}
+
+int run(const ProgramOptions &program, const NodesOptions &nodes, std::ostream &out, std::ostream &) {
+    const ListedModule module(program.module);
     std::vector<Row> rows{{"Name", "Shown as", "Menu group", "Panel", "Inputs", "Outputs"}};
     for (const auto &server : serverList().all())
         if (nodes.all || server->origin() == module.path()) rows.push_back(rowOf(*server));
     printTable(rows, out);
-    return 0;
+    return kExitDone;
 }
+
+} // namespace
+
+constinit const Command nodesCommand =
+    makeCommand<NodesOptions, declareOptions, run>({.name = "nodes", .help = "List the module's nodes"});
 
 } // namespace velm::host

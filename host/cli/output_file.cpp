@@ -30,7 +30,7 @@ void prepareOutput(const std::string &file) {
 }
 
 void refuseToReplace(const std::string &output, const std::string &input) {
-    std::error_code error; // where one of them is not there
+    std::error_code error; // for a file that does not exist
     if (std::filesystem::equivalent(output, input, error))
         throw UsageError(fmt::format("cannot write \"{}\": it is read, as \"{}\"", output, input));
 }

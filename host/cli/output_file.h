@@ -1,19 +1,19 @@
-// Making sure, before the work, that its result can be kept.
+// Checks, before the work starts, that its result can be written.
 #pragma once
 
 #include <string>
 
 namespace velm::host {
 
-// UsageError for an ending that names no picture format, and for a name under which something stands that is no file,
+// UsageError for an extension that is not one of a picture format, and where something other than a file has that name,
 // such as a directory or a device.
 void checkOutputName(const std::string &file);
 
-// The same; creates the directories that a picture's file needs, and tries that the file can be made. MachineError,
-// with the system's reason, when it cannot. Leaves no file behind.
+// As checkOutputName; also creates the missing directories of the path, and tries whether the file can be created.
+// MachineError, with the system's reason, when it cannot. Leaves no file behind.
 void prepareOutput(const std::string &file);
 
-// UsageError when `input`, which is read, is the same file as `output`, by whatever name.
+// UsageError when `output` is the same file as `input`, which is read, under whatever name.
 void refuseToReplace(const std::string &output, const std::string &input);
 
 } // namespace velm::host

@@ -2,14 +2,15 @@
 #include "host/base/names.h"
 #include "host/base/one_line.h"
 #include "host/cli/commands.h"
-#include "host/cli/listed_module.h"
+#include "host/cli/option_types.h"
 #include "host/cli/output_file.h"
-#include "host/cli/run.h"
+#include "host/graph/listed_module.h"
 #include "host/io/files.h"
 #include "host/scene/convert/object_surfaces.h"
 #include "host/scene/convert/write_surfaces.h"
 #include "host/scene/read_scene.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
@@ -18,6 +19,40 @@
 namespace velm::host {
 
 namespace {
+
+struct PackOptions {
+    std::string scene, object;
+    std::string output; // empty: the object's name with "_packed", in the current directory
+    std::vector<std::string> data;
+    bool strict = false; // warnings are errors
+};
+
+struct UnpackOptions {
+    std::string object;
+    std::string output; // empty: standard output
+    std::vector<std::string> data;
+    bool strict = false;
+};
+
+void declarePack(CLI::App &command, ProgramOptions &, PackOptions &options) {
+    command.add_option("SCENE", options.scene, "The scene file whose surfaces are packed")->required()->type_name("");
+    command.add_option("OBJECT", options.object, "The object file (.lwo) that is copied")->required()->type_name("");
+    command
+        .add_option("-o,--output", options.output,
+                    "The new object file. Default: the object's name with _packed, in the current\n"
+                    "directory")
+        ->type_name("FILE");
+    addData(command, options.data);
+    command.add_flag("--strict", options.strict, "Treat warnings as errors");
+}
+
+void declareUnpack(CLI::App &command, ProgramOptions &, UnpackOptions &options) {
+    command.add_option("OBJECT", options.object, "The object file (.lwo)")->required()->type_name("");
+    command.add_option("-o,--output", options.output, "The scene file; printed by default")->type_name("FILE");
+    addData(command, options.data);
+    command.add_flag("--strict", options.strict,
+                     "Treat warnings, such as of a node whose server is missing, as errors");
+}
 
 Warnings warningsOn(std::ostream &err, bool strict) {
     return Warnings(strict ? Warnings::Policy::strict : Warnings::Policy::goOn,
@@ -49,17 +84,15 @@ void warnOfAnimated(const ObjectFile &object, Warnings &warnings) {
                       .message = what + " has an envelope, which is not read; what it is without it counts"});
 }
 
-} // namespace
-
-int runPack(const Options &options, const PackOptions &pack, std::ostream &out, std::ostream &err) {
+int runPack(const ProgramOptions &program, const PackOptions &pack, std::ostream &out, std::ostream &err) {
     const std::string output = pack.output.empty() ? packedName(pack.object) : pack.output;
-    refuseToReplace(output, pack.scene); // the object may be replaced: all that it has is in the new one
+    refuseToReplace(output, pack.scene); // replacing the object is fine: the new one contains everything it had
     Warnings warnings = warningsOn(err, pack.strict);
     SceneDescription scene = readSurfaces(pack.scene, makeSearchPath(pack.data, std::getenv("VELM_DATA")));
-    // Nodes keep the names of images, which are to be found from wherever the object is.
+    // Nodes save the file names of images, which have to be valid wherever the object is.
     for (ImageDescription &image : scene.images) image.file = std::filesystem::absolute(image.file).string();
     ObjectFile object(readFile(pack.object), pack.object);
-    const ListedModule module(options.module);
+    const ListedModule module(program.module);
     const SceneSurfaces built(scene, serverList(), &warnings);
     const UsualSettings usual(serverList());
     for (const PackedSurface &surface : packSurfaces(object, scene, built, usual)) tell(surface, out);
@@ -68,21 +101,21 @@ int runPack(const Options &options, const PackOptions &pack, std::ostream &out, 
     return kExitDone;
 }
 
-int runUnpack(const Options &options, const UnpackOptions &unpack, std::ostream &out, std::ostream &err) {
+int runUnpack(const ProgramOptions &program, const UnpackOptions &unpack, std::ostream &out, std::ostream &err) {
     refuseToReplace(unpack.output, unpack.object);
     Warnings warnings = warningsOn(err, unpack.strict);
     const ObjectFile object(readFile(unpack.object), unpack.object);
     warnOfAnimated(object, warnings);
     UnpackedSurfaces unpacked;
     {
-        const ListedModule module(options.module);
+        const ListedModule module(program.module);
         const SearchPath path = makeSearchPath(unpack.data, std::getenv("VELM_DATA"));
         unpacked = unpackSurfaces(object, path, serverList(), warnings);
     }
-    // What settings do not tell comes as data, and where that is not enough, as data alone. Each turn can only take
-    // something away, so that the last one finds nothing to do.
+    // What the settings cannot express is added as data; where that is not enough, the settings are dropped and the
+    // data remains. Each turn only removes settings, so that the loop ends.
     for (bool changed = true; changed;) {
-        const ListedModule module(options.module);
+        const ListedModule module(program.module);
         changed = completeUnpacked(unpacked, serverList());
     }
     const std::string scene = writeSurfaces(unpacked.images, unpacked.surfaces);
@@ -92,5 +125,13 @@ int runUnpack(const Options &options, const UnpackOptions &unpack, std::ostream 
         writeFileAtomically(unpack.output, scene);
     return kExitDone;
 }
+
+} // namespace
+
+constinit const Command packCommand = makeCommand<PackOptions, declarePack, runPack>(
+    {.name = "pack", .help = "Write a scene's networks into a copy of an object file"});
+
+constinit const Command unpackCommand = makeCommand<UnpackOptions, declareUnpack, runUnpack>(
+    {.name = "unpack", .help = "Print the networks of an object file as a scene file"});
 
 } // namespace velm::host

@@ -80,7 +80,7 @@ void printSettings(const std::vector<ControlInfo> &controls, std::ostream &out) 
     }
 }
 
-// "Mode: (Random) | Polar"; what is chosen stands in brackets.
+// "Mode: (Random) | Polar", with the chosen entry in parentheses.
 std::string entriesText(const ControlInfo &control) {
     std::vector<std::string> entries;
     for (const std::string &entry : control.entries)
@@ -142,14 +142,14 @@ class LayoutPrinter {
         if (control.dividerAfter) line(depth, "----");
     }
 
-    // A popup with many entries, one below the other.
+    // A popup with many entries: one line each.
     void printLongChoice(const ControlInfo &control, int depth) {
         line(depth, control.label + ':' + rulesText(control));
         for (const std::string &entry : control.entries)
             line(depth + 1, entry == control.value ? '(' + entry + ')' : entry);
     }
 
-    // When a member of a stack shows, as any control in it knows; `stacks` are around the stack.
+    // When a member of a stack is shown, which every control in it knows; `stacks` are the stacks around it.
     std::string shownFor(const LayoutItem &member, std::size_t stacks) const {
         const LayoutItem *item = &member;
         while (item->kind != ItemKind::control && !item->items.empty()) item = &item->items.front();

@@ -14,7 +14,7 @@ namespace velm::host {
 namespace {
 
 constexpr int kBarWidth = 40;
-constexpr int kPercentStep = 10; // of the lines in logs
+constexpr int kPercentStep = 10; // between the lines of a log
 
 } // namespace
 

@@ -3,11 +3,11 @@
 #include "host/cli/commands.h"
 #include "host/cli/frame_names.h"
 #include "host/cli/interrupt.h"
-#include "host/cli/listed_module.h"
 #include "host/cli/output_file.h"
 #include "host/cli/progress.h"
-#include "host/cli/run.h"
+#include "host/cli/render_options.h"
 #include "host/cli/statistics.h"
+#include "host/graph/listed_module.h"
 #include "host/graph/node.h"
 #include "host/scene/build/scene_surfaces.h"
 #include "host/scene/read_scene.h"
@@ -142,9 +142,7 @@ bool renderFrames(const RenderPlan &plan, const RenderScene &world, SceneSurface
     return true;
 }
 
-} // namespace
-
-int runRender(const Options &options, const RenderOptions &render, std::ostream &out, std::ostream &err) {
+int run(const ProgramOptions &options, const RenderOptions &render, std::ostream &out, std::ostream &err) {
     SceneDescription scene = readScene(render.scene, makeSearchPath(render.data, std::getenv("VELM_DATA")));
     overrule(scene.render, render);
     const RenderPlan plan = makePlan(scene, render);
@@ -167,5 +165,10 @@ int runRender(const Options &options, const RenderOptions &render, std::ostream 
     if (render.stats) telling.total.print(out);
     return kExitDone;
 }
+
+} // namespace
+
+constinit const Command renderCommand =
+    makeCommand<RenderOptions, declareRenderOptions, run>({.name = "render", .help = "Render a scene"});
 
 } // namespace velm::host

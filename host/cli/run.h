@@ -7,16 +7,16 @@
 
 namespace velm::host {
 
-// What the program ends with.
+// The exit status of the program.
 enum ExitStatus {
     kExitDone = 0,
     kExitInput = 1,         // a scene, a module or a file in them is wrong
     kExitUsage = 2,         // the command line is wrong
-    kExitMachine = 3,       // disk full, no memory, a file that cannot be written, a module that fell
+    kExitMachine = 3,       // disk full, no memory, a file that cannot be written, a module that crashed
     kExitInterrupted = 130, // ended by SIGINT, as shells count it
 };
 
-// What "velm compare" ends with instead, so that a script can tell "not the same" from "not compared".
+// The exit status of "velm compare" instead, so that a script can tell "different" from "not compared".
 enum CompareStatus {
     kCompareSame = 0,
     kCompareDifferent = 1,
@@ -24,7 +24,7 @@ enum CompareStatus {
     kCompareFailed = 3, // a file that cannot be read, a wrong command line, a difference picture that cannot be written
 };
 
-// The command line asks for what cannot be. Status 2, but for "velm compare".
+// The command line is wrong. Status 2, except for "velm compare".
 class UsageError : public std::runtime_error {
   public:
     explicit UsageError(const std::string &message, int status = kExitUsage)
@@ -39,8 +39,9 @@ class UsageError : public std::runtime_error {
 // starts with "velm: ", to `err`. [interface thread; one call at a time]
 int run(int argc, const char *const *argv, std::ostream &out, std::ostream &err);
 
-// The same, but that commands that work with a module do so in another process, as the options say: what the module
-// makes of that one is an error here, with status 3. The streams have to go where both processes can write.
+// The same, but commands that load a module run in a process of their own unless the options say otherwise. If the
+// module crashes or hangs in that process, this one reports it as an error with status 3. Both processes write to the
+// streams, which therefore have to be backed by file descriptors.
 // [main thread; others are idle]
 int runGuarded(int argc, const char *const *argv, std::ostream &out, std::ostream &err);
 

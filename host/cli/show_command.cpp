@@ -2,10 +2,11 @@
 #include "host/base/error.h"
 #include "host/base/names.h"
 #include "host/cli/commands.h"
-#include "host/cli/listed_module.h"
 #include "host/cli/panel_text.h"
+#include "host/graph/listed_module.h"
 #include "host/graph/network.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -16,7 +17,7 @@ namespace velm::host {
 
 namespace {
 
-// A node by server name, or by display name where only one node has it.
+// Finds a node by its server name, or by its display name if only one node has that.
 ServerClass &findServer(const std::string &wanted) {
     if (ServerClass *server = serverList().find(wanted)) return *server;
     std::vector<std::string> names, fitting;
@@ -45,15 +46,21 @@ void printSockets(const char *title, const Sockets &sockets, std::ostream &out) 
         out << fmt::format("  {:<{}}  {}\n", socket->name, width, typeName(socket->type));
 }
 
-} // namespace
+struct ShowOptions {
+    std::string node; // server name or display name
+};
 
-int runShow(const Options &options, const ShowOptions &show, std::ostream &out) {
-    const ListedModule module(options.module);
+void declareOptions(CLI::App &command, ProgramOptions &, ShowOptions &options) {
+    command.add_option("NODE", options.node, "Its name, as listed by \"velm nodes\"")->required()->type_name("");
+}
+
+int run(const ProgramOptions &program, const ShowOptions &show, std::ostream &out, std::ostream &) {
+    const ListedModule module(program.module);
     ServerClass &server = findServer(show.node);
     Network editor("show", "show", nullptr, nullptr);
     HostNode &node = editor.addNode(server);
 
-    std::ostringstream text; // so that nothing is half shown when the panel turns out to be wrong
+    std::ostringstream text; // printed at once at the end: a panel with mistakes throws before that
     text << fmt::format("{}\n  shown as    {}\n  menu group  {}\n  from        {}\n", server.name(),
                         server.displayName(), server.menuGroup().empty() ? "none" : server.menuGroup(),
                         server.origin());
@@ -64,7 +71,12 @@ int runShow(const Options &options, const ShowOptions &show, std::ostream &out) 
     else
         text << "\nPanel\n  none\n";
     out << text.str();
-    return 0;
+    return kExitDone;
 }
+
+} // namespace
+
+constinit const Command showCommand = makeCommand<ShowOptions, declareOptions, run>(
+    {.name = "show", .help = "Show a node: inputs, outputs, settings, panel"});
 
 } // namespace velm::host

@@ -14,7 +14,7 @@ constexpr double kMebibyte = 1024.0 * 1024.0;
 double peakMemory() { // in MiB
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024.0; // Linux gives KiB
+    return static_cast<double>(usage.ru_maxrss) / 1024.0; // in KiB on Linux
 }
 
 } // namespace

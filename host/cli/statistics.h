@@ -1,4 +1,4 @@
-// What a render took.
+// Statistics of a render run.
 #pragma once
 
 #include "host/render/renderer.h"
@@ -11,11 +11,11 @@ namespace velm::host {
 // Sums up the frames of one run.
 class TotalStatistics {
   public:
-    // Preparation is over; `points` are the meshes' vertices.
+    // Ends the time of preparation. `points` is the number of vertices of all meshes.
     void prepared(std::size_t points);
     void add(const RenderStatistics &frame);
 
-    // Rays by kind and second, triangles, times and memory, for people.
+    // Prints rays by kind and per second, triangles, times and memory, for people.
     void print(std::ostream &out) const;
 
   private:

@@ -11,14 +11,14 @@ namespace velm::host {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr int kOpaque = -2; // in place of a channel: 1 everywhere
+constexpr int kOpaque = -2; // instead of a channel index: 1 everywhere
 
-// A channel that both images have, by where each keeps it.
+// A channel that both images have: its index in each.
 struct Pair {
     std::string name;
     int first, second;
-    int colour;     // 0, 1, 2 for red, green and blue; -1 for what is no colour
-    bool isEncoded; // goes through the screen's curve where the images are of different kinds
+    int colour;     // 0, 1, 2 for red, green and blue; -1 for other channels
+    bool isEncoded; // converted by the sRGB curve if one image is light and the other is not
 };
 
 int colourOf(const std::string &name) {
@@ -26,7 +26,7 @@ int colourOf(const std::string &name) {
     return name.size() == 1 && place != std::string::npos ? static_cast<int>(place) : -1;
 }
 
-// Where an image keeps what the other calls by that name; -1 when it does not.
+// The index of the channel that corresponds to a name of the other image; -1 if there is none.
 int counterpart(const FilePixels &image, const std::string &name, bool isAlpha) {
     if (isAlpha) return image.alpha >= 0 ? image.alpha : kOpaque;
     const int found = image.find(name);
@@ -44,7 +44,7 @@ void addPairs(const FilePixels &from, const FilePixels &first, const FilePixels 
     for (int channel = 0; channel < static_cast<int>(from.channels.size()); ++channel) {
         const bool isAlpha = channel == from.alpha, isGrey = channel == from.grey;
         if ((isAlpha && !withAlpha) || (isGrey && hasColours(other))) continue;
-        // Two grey channels are the same thing, whatever each file calls it.
+        // Two grey channels correspond, whatever their names.
         const bool bothGrey = isGrey && other.grey >= 0;
         const std::string name = isAlpha ? "A" : bothGrey ? "Y" : from.channels[static_cast<std::size_t>(channel)];
         if (std::any_of(pairs.begin(), pairs.end(), [&](const Pair &pair) { return pair.name == name; })) continue;
@@ -61,18 +61,18 @@ void addPairs(const FilePixels &from, const FilePixels &first, const FilePixels 
 }
 
 double difference(float first, float second) {
-    if (first == second) return 0; // equal infinities too
+    if (first == second) return 0; // also equal infinities
     const double apart = std::abs(static_cast<double>(first) - second);
     return std::isfinite(apart) ? apart : kInfinity;
 }
 
-// What is infinite or no number stays so: the screen's curve would make it look like a number.
+// Infinities and NaNs stay as they are: the sRGB curve would turn them into ordinary numbers.
 float throughScreen(float light) { return std::isfinite(light) ? static_cast<float>(linearToSrgb(light)) : light; }
 
 // Reads one side of the pairs.
 struct Side {
     const FilePixels &image;
-    bool encodes; // its light goes through the screen's curve
+    bool encodes; // its light is converted by the sRGB curve
 
     float value(int x, int y, int channel, bool isEncoded) const {
         if (channel == kOpaque) return 1;
@@ -81,7 +81,7 @@ struct Side {
     }
 };
 
-// The sums over all that was looked at. By rows, so that small numbers are not lost in large sums.
+// Sums over all pixels, row by row, so that small numbers are not lost in large sums.
 struct Sums {
     double row = 0, rowOfSquares = 0, all = 0, allOfSquares = 0;
 
@@ -152,7 +152,7 @@ Comparison compareImages(const FilePixels &first, const FilePixels &second, cons
 bool withinLimits(const Comparison &comparison, const CompareLimits &limits) {
     return comparison.sameSize && comparison.channels > 0 && comparison.onlyInOne.empty() &&
            comparison.notNumbers == 0 && comparison.mean <= limits.mean && comparison.rms <= limits.rms &&
-           static_cast<double>(comparison.beyond) <= limits.share * static_cast<double>(comparison.pixels);
+           static_cast<double>(comparison.beyond) <= limits.fraction * static_cast<double>(comparison.pixels);
 }
 
 } // namespace velm::host

@@ -12,7 +12,7 @@
 namespace velm::host {
 namespace {
 
-// A picture of 16,384 pixels square with four channels; a header that claims more is broken.
+// Enough for 16,384 x 16,384 pixels with four channels. A header that claims more is treated as damaged.
 constexpr double kMostBytes = 4.0 * (1U << 30);
 
 [[noreturn]] void failToRead(const std::string &file, const std::string &why) {
@@ -24,7 +24,7 @@ bool isFloat(const OIIO::TypeDesc &format) {
            format.basetype == OIIO::TypeDesc::DOUBLE;
 }
 
-// The one channel beside alpha, where there is one only and it is no red, green or blue.
+// The only channel beside alpha, if there is just one and it is not red, green or blue.
 int greyChannel(const OIIO::ImageSpec &spec) {
     int grey = -1;
     for (int channel = 0; channel < spec.nchannels; ++channel) {

@@ -1,5 +1,5 @@
-// An image file's numbers as they stand in it: nothing made linear, nothing left out. For whoever compares files;
-// nodes and scenes read images with readImage.
+// The numbers of an image file as they are in it: not converted to linear light, with all channels. For comparing
+// files; nodes and scenes read images by readImage.
 #pragma once
 
 #include <cstddef>
@@ -10,13 +10,13 @@ namespace velm::host {
 
 struct FilePixels {
     int width = 0, height = 0;
-    int left = 0, top = 0; // where the pixels begin in the file's own coordinates; 0 in most formats
-    bool isLight = false;  // float numbers, which are light; else integers, meant for screens, as 0 to 1
+    int left = 0, top = 0; // the origin of the pixels in the coordinates of the file; 0 in most formats
+    bool isLight = false;  // float numbers are light; integers are display values, mapped to 0..1
     std::vector<std::string> channels;
-    int alpha = -1, grey = -1; // which channel is alpha, and which stands for red, green and blue alike; -1: none
-    std::vector<float> values; // a number for each channel, pixel by pixel, rows from the top
+    int alpha = -1, grey = -1; // the indices of alpha, and of a channel for red, green and blue alike; -1: none
+    std::vector<float> values; // interleaved channels, pixel by pixel, rows from the top
 
-    // Which channel has that name, or -1.
+    // The index of the channel with that name, or -1.
     int find(const std::string &name) const;
     const float *pixel(int x, int y) const {
         const std::size_t index =

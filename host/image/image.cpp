@@ -1,4 +1,4 @@
-// Reading images, and the pyramid of smaller ones that wide spots are looked up in.
+// Reads images and builds their pyramids (mip maps), in which wide spots are looked up.
 #include "host/image/image.h"
 
 #include "host/base/direction.h"
@@ -46,7 +46,7 @@ ChannelChoice chooseChannels(const OIIO::ImageSpec &spec) {
     return choice;
 }
 
-// Screen numbers of 8 or 16 bits to linear light, by table: every 8-bit number is also a 16-bit one.
+// Converts display values of 8 or 16 bits to linear light by a table; every 8-bit value is also a 16-bit one.
 class LinearTable {
   public:
     LinearTable() : values_(65536) {
@@ -67,7 +67,7 @@ bool isScreenEncoded(const OIIO::TypeDesc &format) {
            format.basetype == OIIO::TypeDesc::UINT16 || format.basetype == OIIO::TypeDesc::INT16;
 }
 
-// From the file's channels to ours.
+// Converts the channels of the file to ours.
 std::vector<float> arrange(std::span<const float> read, int fileChannels, const ChannelChoice &choice, bool linearise) {
     const std::size_t stride = static_cast<std::size_t>(fileChannels), count = read.size() / stride;
     const std::size_t channels = choice.source.size(), colours = channels - (choice.hasAlpha ? 1 : 0);
@@ -82,8 +82,8 @@ std::vector<float> arrange(std::span<const float> read, int fileChannels, const 
     return pixels;
 }
 
-// One axis of a level that is half the size: which source pixels a pixel covers, and how much of each. Areas are
-// covered exactly, also where the size is odd.
+// One axis of a level of half the size: which source pixels a pixel covers, and the fraction of each. The areas are
+// exact, also for odd sizes.
 struct Coverage {
     int first = 0;
     std::array<float, 4> weight{};
@@ -151,8 +151,8 @@ std::string sizeText(const OIIO::ImageSpec &spec) {
            std::to_string(spec.nchannels) + " channels";
 }
 
-// Throws when reading the image would take too much: the file's numbers, and the image with its levels, which are a
-// third more than itself.
+// Throws if reading the image would take too much memory: the numbers of the file, and the image with its levels, which
+// add a third.
 void checkMemory(const OIIO::ImageSpec &spec, const ChannelChoice &choice, const std::string &file) {
     const double pixels = static_cast<double>(spec.width) * spec.height;
     const double values = spec.nchannels + static_cast<double>(choice.source.size()) * 4 / 3;
@@ -169,7 +169,7 @@ std::unique_ptr<HostImage> readOpened(OIIO::ImageInput &input, const std::string
     if (choice.source.empty()) failToRead(file, "it has no colour or luminance channel");
     checkMemory(spec, choice, file);
 
-    // Not cleared: a header that claims more than the file holds then costs nothing.
+    // Not initialised, so that a header that claims more than the file contains costs no memory.
     const std::size_t values = static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(spec.height) *
                                static_cast<std::size_t>(spec.nchannels);
     const auto read = std::make_unique_for_overwrite<float[]>(values);
@@ -211,7 +211,7 @@ void directionToImage(double seamAngle, const double direction[3], double *u, do
     if (!std::isfinite(across + y) || !std::isfinite(seamAngle) || (across == 0 && y == 0)) return;
     const double turned = 0.5 + (std::atan2(x, z) - seamAngle) / (2 * std::numbers::pi);
     *u = turned - std::floor(turned);
-    if (*u >= 1) *u = 0; // a tiny negative number less its floor rounds up to 1
+    if (*u >= 1) *u = 0; // a tiny negative number minus its floor rounds up to 1
     *v = 0.5 - std::atan2(y, across) / std::numbers::pi;
 }
 

@@ -1,4 +1,4 @@
-// Images that scenes and nodes read: kept in memory as float, in linear light, and looked up from render threads.
+// Images that scenes and nodes read: stored as floats in linear light, and looked up from render threads.
 #pragma once
 
 #include "module/host.h"
@@ -18,7 +18,7 @@ struct ImageLevel {
 
 } // namespace velm::host
 
-// An image of the list. The opaque handle of the wall.
+// An image of the list: what the opaque handle of the plug-in interface refers to.
 struct HostImage {
     std::string name, file;
     int width = 0, height = 0;
@@ -31,23 +31,23 @@ struct HostImage {
 
 namespace velm::host {
 
-// The memory that reading one image may take: enough for a panorama of 16,384 by 8,192 pixels in colour.
+// The memory that reading one image may need: enough for a panorama of 16,384 by 8,192 pixels in colour.
 constexpr std::uint64_t kMostImageBytes = std::uint64_t{4} << 30;
 
-// Reads any format that OpenImageIO knows. The colour channels of 8-bit and 16-bit integer files are taken as sRGB and
-// made linear; float files, and alpha always, are taken as they are. Colours are not multiplied by alpha where the file
-// does not multiply them. Animated and multi-part files give their first picture.
-// Throws InputError with the file's name for a missing, broken or empty file, and for one whose header claims a size
-// for which reading would take more than kMostImageBytes of memory; that is checked before any of it is taken.
+// Reads any format that OpenImageIO supports. Colour channels of 8-bit and 16-bit integer files are converted from sRGB
+// to linear light; float files, and alpha, are used as they are. Colours that the file does not multiply by alpha stay
+// so. Of animated and multi-part files, the first picture is read.
+// Throws InputError with the name of the file if it is missing, damaged or empty, and if reading it at the size that
+// its header claims would need more than kMostImageBytes; this is checked before any memory is allocated.
 std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name);
 
-// Pixel lookups. The null image is black and without alpha; beyond the edges the nearest pixel counts. `colour` gets
-// three components, equal ones from an image without colour. [render threads]
+// Pixel lookups. The null image is black and has no alpha; outside the image, the nearest pixel is returned. `colour`
+// receives three components, which are equal for an image without colour. [render threads]
 void pixel(const HostImage *image, int x, int y, float colour[3]);
 float pixelAlpha(const HostImage *image, int x, int y); // 1 without an alpha channel
 
 // Map lookups: u runs from the left edge (0) to the right edge (1) and wraps around, v from the top edge (0) to the
-// bottom edge (1) and is clamped; pixel centres stand half a pixel from the edges. Bilinear. [render threads]
+// bottom edge (1) and is clamped; pixel centres are half a pixel from the edges. Bilinear. [render threads]
 void sampleBilinear(const HostImage *image, double u, double v, double colour[3]);
 double sampleBilinearAlpha(const HostImage *image, double u, double v);
 
@@ -63,21 +63,21 @@ double sampleSpotAlpha(const HostImage *image, double u, double v, double spotSi
 // A zero or non-finite direction gives (0.5, 0.5). [any thread]
 void directionToImage(double seamAngle, const double direction[3], double *u, double *v);
 
-// The scene's images, in the order in which they were added: one list for the whole program, as nodes expect. Adding
-// and removing: [interface thread; not while rendering]. Walking: [render threads]
+// The images of the scene, in the order in which they were added: one list for the whole program, as nodes expect.
+// Adding and removing: [interface thread; not while rendering]. Reading: [render threads]
 class ImageList {
   public:
     static ImageList &instance();
 
-    // Gives the image of that file and name, which is read when it is not yet in the list. An empty name stands for any
-    // image of that file, and for a new one for the file's own name without directories, numbered when that is taken:
-    // "wood.png (2)". The list owns it. Throws InputError as readImage, and when another image has the name.
+    // Returns the image of that file and name, and reads it if it is not in the list. An empty name matches any image
+    // of that file; a new image then gets the file name without directories, numbered if it is taken: "wood.png (2)".
+    // The list owns the image. Throws InputError as readImage does, and if an image of another file has the name.
     HostImage &load(const std::string &file, const std::string &name = {});
 
     HostImage *first() const { return first_; }
     static HostImage *next(const HostImage *image) { return image != nullptr ? image->next : nullptr; }
 
-    // An image that goes by this name could not be read: the list does not have it, and who asks for it goes without.
+    // Notes that the image of this name could not be read: it is not in the list, and those who ask for it do without.
     void noteAbsent(const std::string &name) { absent_.push_back(name); }
     bool isAbsent(const std::string &name) const;
 
@@ -85,11 +85,11 @@ class ImageList {
     HostImage *find(const std::string &name) const;
     std::vector<std::string> names() const;
 
-    // Takes one image out of the list and frees it; null and strangers are ignored.
+    // Removes an image from the list and frees it; null and images of no list are ignored.
     void remove(const HostImage *image);
-    void clear(); // of absent ones too
+    void clear(); // also the absent ones
 
-    // Why the last load through the wall's function table gave null; empty after one that worked.
+    // Why the last load through the plug-in interface returned null; empty after a successful one.
     const std::string &lastError() const { return lastError_; }
     void setLastError(std::string message) { lastError_ = std::move(message); }
 
@@ -102,9 +102,9 @@ class ImageList {
     std::string lastError_;
 };
 
-// The table of "LW Image List 5" over ImageList::instance(). A saved reference is two strings: the image's name and its
-// file, both empty for the null image; loading one finds the image by name and file, then by file, and reads the file
-// when neither is in the list.
+// The table of "LW Image List 5" for ImageList::instance(). A saved reference is two strings, the name of the image and
+// its file, both empty for the null image. Loading a reference finds the image by name and file, else by file, else
+// reads the file.
 const HostImageList *imageListFuncs();
 
 } // namespace velm::host

@@ -1,4 +1,4 @@
-// The scene's images, and the function table through which nodes reach them.
+// The images of the scene, and the function table that nodes use.
 #include "host/image/image.h"
 
 #include "host/base/colour.h"
@@ -91,7 +91,7 @@ HostImage *loadImage(const char *fileName) { return loadNamed(fileName, {}); }
 const char *imageName(HostImage *image) { return image == nullptr ? "" : image->name.c_str(); }
 const char *imageFileName(HostImage *image, int) { return image == nullptr ? "" : image->file.c_str(); }
 int imageIsColour(HostImage *image) { return image != nullptr && image->isColour; }
-// Every image has its pyramid from the start, so there is nothing to prepare.
+// Every image has a pyramid from the start, so that nothing has to be prepared.
 void imageNeedsAntialiasing(HostImage *) {}
 
 void imageSize(HostImage *image, int *width, int *height) {
@@ -107,7 +107,7 @@ float luma(HostImage *image, int x, int y) {
 
 void rgb(HostImage *image, int x, int y, float colour[3]) { pixel(image, x, y, colour); }
 
-// Without blending, the pixel under the spot's middle.
+// Without blending: the pixel under the centre of the spot.
 int nearestColumn(const HostImage *image, double u) {
     return std::isfinite(u) ? static_cast<int>((u - std::floor(u)) * image->width) : 0;
 }
@@ -147,7 +147,7 @@ HostImage *loadReference(const HostLoadState *state) {
     if (named != nullptr && named->file == file) return named;
     while (sameFile != nullptr && sameFile->file != file) sameFile = ImageList::next(sameFile);
     if (sameFile != nullptr) return sameFile;
-    // It gets the name back that it had, where no other image has it; that another one failed is remembered.
+    // The image gets its saved name if no other image has it. A failure is remembered as the last error.
     const std::string failed = list.lastError();
     HostImage *read = loadNamed(file.c_str(), named == nullptr ? name : std::string());
     if (read != nullptr) list.setLastError(failed);

@@ -13,7 +13,7 @@ const float *pixelOf(const HostImage &image, const ImageLevel &level, int x, int
     return level.pixels.data() + place * image.channels;
 }
 
-// The four pixels about a place in the map, and how far the place lies between them.
+// The four pixels around a point of the map, and the interpolation weights.
 struct Neighbours {
     const float *upperLeft, *upperRight, *lowerLeft, *lowerRight;
     double across, down;
@@ -25,8 +25,8 @@ struct Neighbours {
     }
 };
 
-// What is left of a number above the whole number below it; 0 for what is none or too large to have a fraction. By
-// casts, since rounding functions are calls on the plainest of our processors, and cost more than all the rest.
+// The fractional part of a number, relative to its floor; 0 for NaN and for numbers too large to have one. By casts:
+// without SSE4.1, rounding functions are library calls that cost more than all the rest.
 double fraction(double number) {
     constexpr double kNoFractions = 4e15;
     if (!(std::fabs(number) < kNoFractions)) return 0;
@@ -34,7 +34,7 @@ double fraction(double number) {
     return rest < 0 ? rest + 1 : rest;
 }
 
-// Of a number above -1.
+// For numbers above -1.
 int wholeBelow(double number) { return static_cast<int>(number + 1) - 1; }
 
 Neighbours neighbours(const HostImage &image, const ImageLevel &level, double u, double v) {
@@ -59,7 +59,7 @@ void readColour(const HostImage &image, const Neighbours &four, double colour[3]
         std::fill_n(colour, 3, four.mean(0));
 }
 
-// The pyramid levels that a spot's width lies between, and how far.
+// The two pyramid levels around the width of a spot, and the weight of the coarser one.
 struct LevelPair {
     std::size_t finer = 0, coarser = 0;
     double towardsCoarser = 0;

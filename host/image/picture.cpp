@@ -22,7 +22,7 @@ struct PictureFormat {
     const char *ending;
     bool isFloat;
     int channels;
-    const char *compression; // in the library's words; null: as the format has it
+    const char *compression; // as the library names it; null: the default of the format
 };
 
 constexpr std::array<PictureFormat, 7> kFormats = {{
@@ -53,8 +53,8 @@ OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, co
                          format.isFloat ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT8);
     spec.attribute("oiio:ColorSpace", format.isFloat ? "Linear" : "sRGB");
     spec.attribute("jpeg:subsampling", "4:4:4");
-    spec.attribute("tiff:write_exif", 0); // cannot be written to memory, and there is nothing in it
-    spec.attribute("DateTime", "");       // else the library puts in the time: the same picture is to be the same file
+    spec.attribute("tiff:write_exif", 0); // cannot be written to memory, and would be empty
+    spec.attribute("DateTime", ""); // otherwise the library adds the time, and equal pictures would not be equal files
     if (format.compression != nullptr) spec.attribute("Compression", format.compression);
     const std::array<std::pair<const char *, const std::string *>, 4> header = {{{"scene", &metadata.scene},
                                                                                  {"module", &metadata.module},
@@ -66,7 +66,7 @@ OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, co
     return spec;
 }
 
-// One row, in the numbers that the file keeps.
+// One row, in the number format of the file.
 template <typename Value, typename Convert>
 std::vector<Value> convertRow(const Picture &picture, int y, int channels, Convert convert) {
     std::vector<Value> row;
@@ -101,7 +101,7 @@ void writePicture(const Picture &picture, const std::string &file, const Picture
     const PictureFormat &format = formatOf(file);
     const auto fail = [&](const std::string &why) { throw MachineError("cannot write " + file + ": " + why); };
 
-    // Through memory: the format libraries do not all tell when a disk is full, and one ends the program.
+    // Written to memory first: some format libraries do not report a full disk, and one ends the program.
     std::vector<unsigned char> bytes;
     OIIO::Filesystem::IOVecOutput memory(bytes);
     const char *formatName = format.ending + 1;

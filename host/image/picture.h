@@ -1,4 +1,4 @@
-// Rendered pictures, and the files they are written to.
+// Rendered pictures, and writing them to files.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 
 namespace velm::host {
 
-// A picture in memory: red, green, blue in linear light and alpha (the fraction of the pixel that shows an object), as
-// float; rows from the top. Alpha does not multiply the colour: the backdrop is part of the colour.
+// A picture in memory: red, green and blue in linear light, and alpha (the fraction of the pixel that shows an object),
+// as floats; rows from the top. The colour is not multiplied by alpha: it includes the backdrop.
 class Picture {
   public:
     static constexpr int kChannels = 4;
@@ -34,19 +34,19 @@ class Picture {
     std::vector<float> pixels_;
 };
 
-// What made a picture; kept in the headers of files that have room for it. Empty members are left out.
+// How a picture was made, for the headers of files that have room for it. Empty members are left out.
 struct PictureMetadata {
     std::string scene, module, version, command;
 };
 
-// Throws InputError, naming the known endings, unless the file's ending is one of them. For asking before the work.
+// Throws InputError, listing the known extensions, if the file has none of them. To be called before the work.
 void checkPictureEnding(const std::string &file);
 
-// Writes in the format that the ending names, in any case: .png, .jpg, .jpeg, .tif, .tiff (8 bits, sRGB, no alpha),
-// .exr (float, linear, with alpha), .hdr (shared exponent, linear, no alpha). 8-bit components are clamped to 0..1;
-// what is not a number becomes 0 there. The metadata stands in EXR headers as scene, module, version and command. The
-// picture is written under a temporary name beside `file` and renamed, so that `file` is whole or as it was. Throws
-// InputError for an unknown ending and MachineError when the file cannot be written.
+// Writes a picture in the format of the file name's extension, in upper or lower case: .png, .jpg, .jpeg, .tif, .tiff
+// (8 bits, sRGB, no alpha), .exr (float, linear, with alpha), .hdr (shared exponent, linear, no alpha). 8-bit
+// components are clamped to 0..1; NaN becomes 0 there. EXR headers contain the metadata as scene, module, version and
+// command. The picture is written to a temporary file beside `file` and renamed, so that `file` is never incomplete.
+// Throws InputError for an unknown extension, and MachineError if the file cannot be written.
 void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata = {});
 
 } // namespace velm::host

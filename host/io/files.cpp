@@ -17,7 +17,7 @@ namespace velm::host {
 
 namespace {
 
-// What is neither read nor written as a whole; null for a regular file.
+// The kind of a file that cannot be read or replaced as a whole, such as a device; null for a regular file.
 const char *otherKind(const struct stat &found) {
     switch (found.st_mode & S_IFMT) {
     case S_IFREG: return nullptr;
@@ -28,9 +28,9 @@ const char *otherKind(const struct stat &found) {
     }
 }
 
-// The file that a link leads to, perhaps one that is yet to be made: the link itself stays what it is.
+// The target of a link, which need not exist yet: replacing the target keeps the link.
 std::string behindLinks(const std::string &path) {
-    constexpr int kMostLinks = 40; // no more are followed by the system
+    constexpr int kMostLinks = 40; // the limit of the system
     std::filesystem::path end = path;
     std::error_code error;
     for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(end, error); ++links)
@@ -59,7 +59,7 @@ class Descriptor {
     int number_;
 };
 
-// The new file beside the old one; gone again unless it was renamed.
+// The new file beside the old one. The destructor removes it unless it was renamed.
 class Beside {
   public:
     explicit Beside(const std::string &path) : name_(path + ".XXXXXX"), file_(::mkstemp(name_.data())) {
@@ -97,7 +97,7 @@ bool writeAll(int file, std::string_view bytes) {
     return true;
 }
 
-// The mode of the file that is replaced, or what a new file gets. Temporary files are readable by their owner alone.
+// The mode of the file that is replaced, or the default of a new file: a temporary file is readable by its owner only.
 mode_t modeFor(const std::string &path) {
     struct stat old {};
     if (::stat(path.c_str(), &old) == 0) return old.st_mode & 07777;
@@ -127,7 +127,7 @@ std::optional<std::string> whyIrreplaceable(const std::string &path) {
 std::string readFile(const std::string &path) {
     const auto refusal = [&path](const char *why) { return InputError("cannot read \"" + path + "\": " + why); };
     const auto fail = [&]() { return refusal(std::strerror(errno)); };
-    // A pipe is opened without waiting for a writer.
+    // Opening a pipe must not wait for a writer.
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat opened {};
     if (file.number() < 0 || ::fstat(file.number(), &opened) != 0) throw fail();
@@ -145,7 +145,7 @@ std::string readFile(const std::string &path) {
 
 void tryToWrite(const std::string &path) {
     if (const auto reason = whyIrreplaceable(path)) failToWrite(path, *reason);
-    // Root may write where nobody else may, and full disks show only when used: so a file is really made.
+    // Permissions do not bind root, and a full disk shows only on writing: so this really creates a file.
     if (Beside(behindLinks(path)).file().number() < 0) failToWrite(path, std::strerror(errno));
 }
 

@@ -1,4 +1,4 @@
-// Whole files in and out of memory.
+// Reads and writes whole files.
 #pragma once
 
 #include <optional>
@@ -7,24 +7,24 @@
 
 namespace velm::host {
 
-// What speaks against reading the file whole: "it is a directory", "it is a pipe", or the system's reason; nothing when
-// it is a regular file that may be read. Names in files from outside may be those of devices, which never end, and of
-// pipes, which keep whoever opens them waiting: to be asked before a library opens a file by its name.
+// Why a file cannot be read as a whole: "it is a directory", "it is a pipe", or the system's reason; nothing for a
+// regular file that may be read. To be called before a library opens a file by a name that comes from another file: it
+// may be the name of a device, which has no end, or of a pipe, on which opening blocks.
 std::optional<std::string> whyUnreadable(const std::string &path);
 
-// What speaks against a new file in the place of what stands there: "it is a device" and so on, or that links lead in a
-// circle; nothing when a regular file stands there, or nothing that can be seen.
+// Why the file of that name cannot be replaced: "it is a device" and so on, or that links form a circle; nothing for a
+// regular file, and where no file is visible under that name.
 std::optional<std::string> whyIrreplaceable(const std::string &path);
 
-// The bytes of a regular file. Throws InputError, naming the file and the reason, when it is none or cannot be read.
+// The bytes of a regular file. Throws InputError, naming the file and the reason, if it is not one or cannot be read.
 std::string readFile(const std::string &path);
 
-// Replaces or creates the file as a whole: writes beside it, makes sure that the bytes are on the disk, and renames. A
-// link stays, and the file that it leads to is replaced. On failure throws MachineError with the system's reason; the
-// old file, if any, is untouched and nothing is left behind. A device or a pipe is no file, and a failure.
+// Replaces or creates the file atomically: writes a temporary file beside it, syncs it to the disk, and renames it. A
+// link is kept, and its target is replaced. On failure, and for a device or a pipe, throws MachineError with the
+// reason; the old file, if any, is unchanged and no temporary file is left.
 void writeFileAtomically(const std::string &path, std::string_view bytes);
 
-// What can be told of that beforehand: tries that a file can be made in its place. Throws as above; leaves nothing.
+// Tries beforehand whether writeFileAtomically can create the file. Throws as it does; leaves no file behind.
 void tryToWrite(const std::string &path);
 
 } // namespace velm::host

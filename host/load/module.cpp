@@ -40,16 +40,16 @@ void checkDescriptor(const std::string &path, const HostModuleDescriptor &descri
 Module Module::open(const std::string &path) {
     checkSharedObject(path);
     nameModule(path);
-    // A bare name would be looked for in the system's directories.
+    // The loader would search the system directories for a name without a slash.
     const std::string absolute = std::filesystem::absolute(path).string();
-    // It is declared to throw nothing, which does not bind what runs while a module is loaded.
+    // dlopen is declared as not throwing, but constructors of the module run inside it and may throw.
     void *(*volatile const load)(const char *, int) = dlopen;
     void *library = callModule(kModuleItself, kLoading, [&] { return load(absolute.c_str(), RTLD_NOW | RTLD_LOCAL); });
     if (!library) {
         const char *reason = dlerror();
         fail(path, reason ? reason : "the system gives no reason");
     }
-    Module module(path, library); // closes the library where a check fails
+    Module module(path, library); // closes the library if a check fails
     const auto *descriptor = static_cast<const HostModuleDescriptor *>(dlsym(library, HOST_MODULE_SYMBOL));
     if (!descriptor) fail(path, "it has no module descriptor " HOST_MODULE_SYMBOL);
     checkDescriptor(path, *descriptor);
@@ -80,7 +80,7 @@ void Module::close() {
     if (word_) callModule(kModuleItself, "shutdown", [&] { descriptor_->shutdown(std::exchange(word_, nullptr)); });
     descriptor_ = nullptr;
     void *library = std::exchange(library_, nullptr);
-#ifndef __SANITIZE_ADDRESS__ // the leak check at the program's end must still find the module's own pointers and names
+#ifndef __SANITIZE_ADDRESS__ // the leak check at exit needs the module's pointers and symbol names
     if (library) callModule(kModuleItself, "unloading the module", [&] { dlclose(library); });
 #else
     static_cast<void>(library);

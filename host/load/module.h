@@ -14,7 +14,7 @@ class Module {
     // word, version or platform code, or refusing to start. [interface thread]
     static Module open(const std::string &path);
 
-    // Shuts the module down, once, and unloads it. No node of it may be left, nor its entries in a server list.
+    // Shuts the module down and unloads it. No node of it may exist then, and no entry in a server list.
     ~Module();
     Module(Module &&other) noexcept;
     Module &operator=(Module &&other) noexcept;
@@ -22,7 +22,7 @@ class Module {
     Module &operator=(const Module &) = delete;
 
     const std::string &path() const { return path_; }
-    const HostServer *servers() const { return descriptor_->servers; } // ends with a null class
+    const HostServer *servers() const { return descriptor_->servers; } // the end is marked by a null class
     const HostModuleDescriptor &descriptor() const { return *descriptor_; }
 
   private:
@@ -32,7 +32,7 @@ class Module {
     std::string path_;
     void *library_ = nullptr;
     const HostModuleDescriptor *descriptor_ = nullptr;
-    void *word_ = nullptr; // what startup gave; null: not started
+    void *word_ = nullptr; // the result of startup; null: not started
 };
 
 } // namespace velm::host

@@ -38,7 +38,7 @@ class File {
         std::error_code error;
         if (!std::filesystem::exists(path, error)) fail("there is no such file");
         if (std::filesystem::is_directory(path, error)) fail("it is a directory");
-        // A pipe would keep whoever opens it waiting.
+        // Opening a pipe would block.
         if (!std::filesystem::is_regular_file(path, error)) fail("it is not a regular file");
         size_ = std::filesystem::file_size(path, error);
         stream_.open(path, std::ios::binary);
@@ -51,7 +51,7 @@ class File {
 
     std::uintmax_t size() const { return size_; }
 
-    // False when the file ends before.
+    // False if the file is shorter.
     bool read(std::uintmax_t offset, void *to, std::size_t bytes) {
         if (offset > size_ || bytes > size_ - offset) return false;
         stream_.seekg(static_cast<std::streamoff>(offset));
@@ -65,7 +65,7 @@ class File {
     std::uintmax_t size_ = 0;
 };
 
-// The identification stands alike in files of either width; what follows it does not.
+// The identification has the same layout in 32-bit and 64-bit files; the rest of the header does not.
 void checkIdentification(File &file) {
     unsigned char identification[EI_NIDENT];
     if (!file.read(0, identification, sizeof identification) || std::memcmp(identification, ELFMAG, SELFMAG) != 0)

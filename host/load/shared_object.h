@@ -1,5 +1,4 @@
-// What a file is, before the system's loader is let at it: the loader says little, and may crash on a file that was cut
-// short.
+// Checks a file before the system loader opens it: the loader gives poor messages, and may crash on a truncated file.
 #pragma once
 
 #include <string>

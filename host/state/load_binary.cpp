@@ -21,7 +21,7 @@ bool isPrintable(unsigned int id) {
     return (id >> 24) != ' ';
 }
 
-// As all identifiers in common use are: capitals, digits and blanks, a capital first.
+// All identifiers in common use consist of capitals, digits and blanks, and start with a capital.
 bool isUsual(unsigned int id) {
     for (int shift = 0; shift < 32; shift += 8) {
         const unsigned int character = (id >> shift) & 0xff;
@@ -117,7 +117,7 @@ class BinaryLoadForm final : public LoadForm {
     }
     int depth() const override { return static_cast<int>(ends_.size()); }
     std::string unread() const override { return at_ < limit() ? bytes_.substr(at_, limit() - at_) : std::string(); }
-    std::string place(std::size_t at) const override { return name_ + ": byte " + std::to_string(before_ + at); }
+    std::string position(std::size_t at) const override { return name_ + ": byte " + std::to_string(before_ + at); }
 
     std::vector<std::size_t> starts_, ends_; // of the contents of the open blocks
 };

@@ -1,4 +1,4 @@
-// What the two forms of loading have in common: the table of operations and the first damage.
+// The base of the two forms of loading: the table of operations, and the first damage that was found.
 #pragma once
 
 #include "module/host.h"
@@ -9,7 +9,7 @@
 
 namespace velm::host {
 
-// Turns the operations of a load state into calls for one value each. A form reads `bytes_` from `at_` on.
+// Turns the operations of a load state into calls that read one value each. A form reads `bytes_` from index `at_` on.
 class LoadForm {
   public:
     virtual ~LoadForm() = default;
@@ -18,15 +18,15 @@ class LoadForm {
 
     const HostLoadState *state() const { return &state_; }
     const std::string &damage() const { return damage_; }
-    virtual std::string unread() const = 0; // as unreadContents
+    virtual std::string unread() const = 0; // see unreadContents
     static bool owns(const HostLoadState &state) { return state.readI2 == readValues<short>; }
 
   protected:
     LoadForm(int mode, std::string_view bytes, std::string name, std::size_t before);
 
-    // Before the values of one operation; false when there can be none.
+    // Called before the values of one operation; false if no value can follow.
     virtual bool startRead() = 0;
-    // One value each; false when none is left, or when what stands there is none, which is then damage.
+    // Read one value each; false if none is left, or if the bytes there are not such a value, which counts as damage.
     virtual bool getSigned(int bytes, long long &value) = 0;
     virtual bool getUnsigned(int bytes, unsigned long long &value) = 0;
     virtual bool getFloat(float &value) = 0;
@@ -36,13 +36,13 @@ class LoadForm {
     virtual unsigned int enter(const HostBlockId *table) = 0;
     virtual void leave() = 0;
     virtual int depth() const = 0;
-    virtual std::string place(std::size_t at) const = 0; // "name: byte 12" or "name:3"
+    virtual std::string position(std::size_t at) const = 0; // "name: byte 12" or "name:3"
 
-    void damaged(std::size_t at, const std::string &what); // keeps the first
+    void damaged(std::size_t at, const std::string &what); // only the first is remembered
 
     const std::string bytes_;
     const std::string name_;
-    const std::size_t before_; // bytes or lines of the file that stand before
+    const std::size_t before_; // bytes or lines of the file that precede `bytes_`
     std::size_t at_ = 0;
 
   private:

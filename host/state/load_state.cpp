@@ -10,14 +10,14 @@
 
 namespace velm::host {
 
-// The operations are called by plug-ins, which no exception may reach.
+// Plug-ins call the operations, and no exception may propagate into a plug-in.
 template <typename Result, typename Work>
 Result LoadForm::guarded(void *data, Result failed, Work work) {
     auto &form = *static_cast<LoadForm *>(data);
     try {
         return work(form);
     } catch (const std::bad_alloc &) {
-        // Short enough to need no memory of its own.
+        // Short enough for the small-string optimisation: it allocates nothing.
         if (form.damage_.empty()) form.damage_ = "out of memory";
         return failed;
     }
@@ -105,7 +105,7 @@ LoadForm::LoadForm(int mode, std::string_view bytes, std::string name, std::size
       } {}
 
 void LoadForm::damaged(std::size_t at, const std::string &what) {
-    if (damage_.empty()) damage_ = place(at) + ": " + what;
+    if (damage_.empty()) damage_ = position(at) + ": " + what;
 }
 
 StateReader::StateReader(int mode, std::string_view bytes, std::string name, std::size_t before)

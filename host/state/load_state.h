@@ -1,14 +1,16 @@
 // Reads saved settings: the load state that is handed to every load callback, over bytes that `StateWriter` or another
-// program wrote. save_state.h tells the two forms.
+// program wrote. save_state.h describes the two forms.
 //
-// Reads give the number of values that were there and stop at the end of their block or, in text form, of their line;
-// running out of values is no error, a half value or a word that is no value is one. Text integers too large for their
-// type keep their low bits, as the binary form does. `findBlock` enters the next block of the current level that its
-// table knows, passing over unread values and unknown blocks; where there is none it stays where it was and gives 0.
-// In binary form unread values carry no mark, so it takes the first place where a known identifier and a size that fits
-// stand, steps over what looks like an unknown block (four printable characters and a size that fits), takes four
-// capitals or digits with a size that does not fit for damage, and otherwise moves on by one byte. In text form a token
-// with blanks is found as well; the longest token of the table that fits wins.
+// Reads return the number of values that they found, and stop at the end of their block or, in text form, of their
+// line. Running out of values is not an error; half a value, or a word that is not a value, is one. Integers in text
+// that are too large for their type keep their low bits, as in binary form.
+//
+// `findBlock` enters the next block of the current level whose identifier is in the given table, and skips unread
+// values and unknown blocks before it. If there is none, it does not move and returns 0. In binary form, unread values
+// are not marked as such. It therefore searches for the first known identifier with a size that fits, skips what looks
+// like an unknown block (four printable characters and a size that fits), reports damage for four capitals or digits
+// with a size that does not fit, and otherwise moves on by one byte. In text form, tokens may contain blanks; the
+// longest token of the table that matches wins.
 #pragma once
 
 #include "host/state/blocks.h"
@@ -22,21 +24,22 @@ namespace velm::host {
 
 class LoadForm; // one of the two forms, load_form.h
 
-// Reads one state. Holds its own copy of the bytes; memory is bounded by their size. For the interface thread.
+// Reads one state. It holds its own copy of the bytes; the memory it needs is bounded by their size.
+// [interface thread]
 class StateReader {
   public:
-    // `name` stands before error texts: a file's name, or what the bytes are. `before` is how much of the file stands
-    // before the bytes, for the places in error texts: a number of bytes, or of lines in text form.
+    // `name` starts error texts: the name of the file, or a description of the bytes. `before` is how much of the file
+    // precedes the bytes, for the positions in error texts: a number of bytes or, in text form, of lines.
     StateReader(int mode, std::string_view bytes, std::string name, std::size_t before = 0);
     ~StateReader();
     StateReader(const StateReader &) = delete;
     StateReader &operator=(const StateReader &) = delete;
 
-    // The state for the callbacks; valid as long as the reader. Damaged data gives counts of 0, never a crash.
+    // The state to be passed to callbacks; valid as long as the reader. Damaged data yields counts of 0, never a crash.
     const HostLoadState *state() const;
 
-    // Whether damage was met so far: a block that is larger than what holds it, braces that do not match, a string
-    // without an end, half a value, blocks nested deeper than kMaxBlockDepth.
+    // Whether damage was found so far: a block that is larger than the one around it, braces that do not match, a
+    // string without an end, half a value, blocks nested deeper than kMaxBlockDepth.
     bool failed() const;
     // The first damage: "name: byte 12: ..." or "name:3: ..."; empty when there was none.
     std::string error() const;
@@ -45,12 +48,12 @@ class StateReader {
     std::unique_ptr<LoadForm> form_;
 };
 
-// Whether a state is one of a StateReader. A module may hand on a state of its own making, which reads from another.
+// Whether a state belongs to a StateReader. A module may pass a state of its own that reads from another one.
 bool isOfReader(const HostLoadState &state);
 
-// What stands unread in the innermost block, or at the outermost level, of a state of a StateReader; it stays unread.
-// Nothing for another state, which gives only what it is asked to read. In text form whole lines, each with its end,
-// without the blanks by which the block's contents are indented.
+// The unread contents of the innermost block, or of the outermost level, of a state of a StateReader, without reading
+// them. Nothing for any other state. In text form: whole lines with their line ends, without the indentation of the
+// block's contents.
 std::string unreadContents(const HostLoadState &state);
 
 } // namespace velm::host

@@ -34,7 +34,7 @@ class TextLoadForm final : public LoadForm {
         std::string token;
         bool leaf;
     };
-    enum class Line { end, close, open, other }; // what a line is by its first character
+    enum class Line { end, close, open, other }; // the kind of a line, by its first character
 
     bool atEnd() const { return at_ >= bytes_.size(); }
     bool atLineEnd() const { return atEnd() || bytes_[at_] == '\n'; }
@@ -81,18 +81,17 @@ class TextLoadForm final : public LoadForm {
     void leave() override;
     int depth() const override { return static_cast<int>(blocks_.size()); }
     std::string unread() const override;
-    std::string place(std::size_t at) const override {
+    std::string position(std::size_t at) const override {
         const auto end = bytes_.begin() + static_cast<std::ptrdiff_t>(std::min(at, bytes_.size()));
         return name_ + ":" +
                std::to_string(before_ + 1 + static_cast<std::size_t>(std::count(bytes_.begin(), end, '\n')));
     }
 
     std::vector<Block> blocks_;
-    bool lineStarted_ = false; // whether something of the present line was read already
+    bool lineStarted_ = false; // whether a part of the current line was read already
 };
 
-// Moves to the first character of the next line that holds something, or stays at the one of the present line when
-// nothing of it was read.
+// Moves to the first character of the next line that is not empty; stays at the current line if nothing of it was read.
 TextLoadForm::Line TextLoadForm::nextLine() {
     if (lineStarted_) {
         at_ = std::min(bytes_.find('\n', at_), bytes_.size());
@@ -117,8 +116,8 @@ std::string_view TextLoadForm::word() const {
     return std::string_view(bytes_).substr(at_, end - at_);
 }
 
-// A line that starts with a letter and holds no value of the wanted kind is a block: the values have ended. Anything
-// else that is no such value is damage, and is passed over, so that what follows is read as what it is.
+// A line that starts with a letter and holds no value of the wanted kind is a block, which ends the values. Anything
+// else that is not such a value is damage and is skipped, so that reading can go on after it.
 bool TextLoadForm::notAValue(std::size_t start, const char *wanted) {
     if (!lineStarted_ && isLetter(bytes_[start])) {
         at_ = start;
@@ -150,7 +149,7 @@ bool TextLoadForm::number(Value &value, const char *wanted, Parse parse) {
     return true;
 }
 
-// The string in quotes that starts here; nothing, and the rest of the line is passed over, when it has no end.
+// The quoted string that starts here. If it has no end: nothing, and the rest of the line is skipped.
 std::optional<std::string> TextLoadForm::quoted() {
     std::string text;
     for (++at_; !atLineEnd(); ++at_) {
@@ -194,7 +193,7 @@ bool TextLoadForm::getString(std::string &text) {
     return true;
 }
 
-// The longest token of the table that stands here as a whole.
+// The longest token of the table that matches a whole word here.
 const HostBlockId *TextLoadForm::match(const HostBlockId *table) const {
     const HostBlockId *best = nullptr;
     std::size_t bestLength = 0;
@@ -218,7 +217,7 @@ unsigned int TextLoadForm::getId(const HostBlockId *table) {
     return found->id;
 }
 
-// Passes the closing brace that belongs to the block in which the reader stands. Damage when there is none.
+// Skips to the end of the current block, behind its closing brace. Damage if there is none.
 bool TextLoadForm::skipToClose() {
     std::size_t open = 1;
     while (open > 0) {

@@ -1,4 +1,4 @@
-// What the two forms of saving have in common: the table of operations and the first mistake.
+// The base of the two forms of saving: the table of operations, and the first mistake of the caller.
 #pragma once
 
 #include "module/host.h"
@@ -9,7 +9,7 @@
 
 namespace velm::host {
 
-// Turns the operations of a save state into calls for one value each. A form appends to `out_`.
+// Turns the operations of a save state into calls that write one value each. A form appends to `out_`.
 class SaveForm {
   public:
     virtual ~SaveForm() = default;
@@ -17,13 +17,13 @@ class SaveForm {
     SaveForm &operator=(const SaveForm &) = delete;
 
     const HostSaveState *state() const { return &state_; }
-    std::string finish(); // as StateWriter::finish
+    std::string finish(); // see StateWriter::finish
     static void writeLines(void *data, std::string_view lines);
 
   protected:
     explicit SaveForm(int mode);
 
-    virtual void startWrite() {} // around the values of one operation
+    virtual void startWrite() {} // called before the values of one operation
     virtual void endWrite() {}
     virtual void putSigned(long long value, int bytes) = 0;
     virtual void putUnsigned(unsigned long long value, int bytes) = 0;
@@ -35,9 +35,9 @@ class SaveForm {
     virtual void open(const HostBlockId &id, bool leaf) = 0;
     virtual void close() = 0;
     virtual int depth() const = 0;
-    virtual std::string innermost() const = 0; // name of the innermost open block
+    virtual std::string innermost() const = 0; // the name of the innermost open block
 
-    void mistake(const std::string &text); // keeps the first
+    void mistake(const std::string &text); // only the first is remembered
 
     std::string out_;
 

@@ -9,7 +9,7 @@
 
 namespace velm::host {
 
-// The operations are called by plug-ins, which no exception may reach.
+// Plug-ins call the operations, and no exception may propagate into a plug-in.
 template <typename Work>
 void SaveForm::guarded(void *data, Work work) {
     auto &form = *static_cast<SaveForm *>(data);

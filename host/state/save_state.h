@@ -8,9 +8,9 @@
 // Text form: every write outside a leaf block is a line of its own; a leaf block is one line, its token and then its
 // values; another block is `{ Token`, its contents indented by two blanks, and `}`. Signed integers are decimal,
 // unsigned ones (and raw bytes) bare hexadecimal digits, floats the shortest decimal that reads back to the same float.
-// Strings stand in double quotes, with \" \\ \n \r \t for those characters and \xHH for every other control character,
-// so that a string never breaks its line; all other bytes stand as they are. A leaf block in which a further block is
-// begun becomes a block in braces, whose first line holds the values that it had until then.
+// Strings are in double quotes, with \" \\ \n \r \t for those characters and \xHH for every other control character,
+// so that a string never breaks its line; all other bytes are written unchanged. If another block begins inside a leaf
+// block, the leaf becomes a block in braces whose first line holds the values written so far.
 #pragma once
 
 #include "host/state/blocks.h"
@@ -24,7 +24,7 @@ namespace velm::host {
 
 class SaveForm; // one of the two forms, save_form.h
 
-// Collects what save callbacks write. For one thread, the interface thread.
+// Collects what save callbacks write. [interface thread]
 class StateWriter {
   public:
     explicit StateWriter(int mode); // kStateBinary or kStateText
@@ -32,20 +32,20 @@ class StateWriter {
     StateWriter(const StateWriter &) = delete;
     StateWriter &operator=(const StateWriter &) = delete;
 
-    // The state for the callbacks; valid as long as the writer. Its operations never fail visibly: mistakes are kept
-    // for `finish`. Null texts count as empty, counts below 1 write nothing.
+    // The state to be passed to callbacks; valid as long as the writer. Its operations report no errors: `finish`
+    // reports the first mistake. Null texts are written as empty strings; counts below 1 write nothing.
     const HostSaveState *state() const;
 
-    // What was written. Throws InputError when a block was larger than its form allows, was left open, was closed
-    // without being open or was nested too deeply, and MachineError when memory ran out; the first mistake is told.
+    // The bytes written. Throws InputError for the first mistake: a block larger than its form allows, left open,
+    // closed without being open, or nested too deeply. Throws MachineError if memory ran out.
     std::string finish();
 
   private:
     std::unique_ptr<SaveForm> form_;
 };
 
-// Writes whole lines, each with its end, into the innermost block of a text state of a StateWriter, indented as the
-// block's contents are: what unreadContents gave. In a binary state it is a mistake.
+// Writes lines, as unreadContents returned them, into the innermost block of a text state of a StateWriter, with the
+// indentation of the block's contents. In a binary state it is a mistake.
 void writeLines(const HostSaveState &state, std::string_view lines);
 
 } // namespace velm::host

@@ -24,7 +24,7 @@ class TextSaveForm final : public SaveForm {
 
     bool inLeaf() const { return !blocks_.empty() && blocks_.back().leaf; }
 
-    // Only the innermost block can be a leaf; a leaf does not indent.
+    // Only the innermost block can be a leaf, and a leaf adds no indentation.
     void indent(std::size_t levels) { out_.append(2 * levels, ' '); }
 
     void startWrite() override {
@@ -68,7 +68,7 @@ class TextSaveForm final : public SaveForm {
     int depth() const override { return static_cast<int>(blocks_.size()); }
     std::string innermost() const override { return blocks_.back().token; }
 
-    // A token that a reader could take for something else would come back as another file.
+    // A token that a reader could mistake for a value would make the file read differently.
     void checkToken(std::string_view token) {
         const bool blankEnds = token.empty() || token.front() == ' ' || token.back() == ' ';
         const bool isMark = !token.empty() && std::string_view("{}\"").find(token.front()) != std::string_view::npos;

@@ -1,4 +1,5 @@
-#include "host/cli/options.h"
+#include "host/cli/command_line.h"
+#include "host/cli/render_options.h"
 
 #include "tests/cli/command.h"
 
@@ -8,32 +9,35 @@
 namespace velm::host {
 namespace {
 
-Options parse(std::vector<const char *> words) {
+CommandLine parse(std::vector<const char *> words) {
     words.insert(words.begin(), "velm");
     std::ostringstream out;
-    return parseOptions(static_cast<int>(words.size()), words.data(), out).value();
+    return parseCommandLine(static_cast<int>(words.size()), words.data(), out).value();
+}
+
+const RenderOptions &renderOptions(const CommandLine &line) {
+    return *std::any_cast<const std::shared_ptr<RenderOptions> &>(line.record);
 }
 
 TEST(Options, HaveDefaults) {
-    const Options options = parse({"render", "a.json"});
-    EXPECT_TRUE(options.module.ends_with("/velm.p")) << options.module;
-    const auto &render = std::get<RenderOptions>(options.command);
+    const CommandLine line = parse({"render", "a.json"});
+    EXPECT_TRUE(line.program.module.ends_with("/velm.p")) << line.program.module;
+    const RenderOptions &render = renderOptions(line);
     EXPECT_EQ(render.scene, "a.json");
     EXPECT_EQ(render.output, "");
     EXPECT_FALSE(render.frames || render.size || render.region);
     EXPECT_EQ(render.samples, 0);
     EXPECT_EQ(render.threads, 0);
     EXPECT_FALSE(render.strict || render.quiet || render.stats);
-    EXPECT_FALSE(std::get<NodesOptions>(parse({"nodes"}).command).all);
 }
 
 TEST(Options, OfRenderAreAllTaken) {
-    const Options options =
+    const CommandLine line =
         parse({"render",    "a.json", "-o",        "b.exr",  "--frames", "3-7",       "--size",  "320x200",
                "--samples", "9",      "--threads", "16",     "--region", "1,2,30,40", "--quiet", "--stats",
                "--strict",  "--data", "/tmp",      "--data", "/",        "--module",  "m.p"});
-    const auto &render = std::get<RenderOptions>(options.command);
-    EXPECT_EQ(options.module, "m.p");
+    const RenderOptions &render = renderOptions(line);
+    EXPECT_EQ(line.program.module, "m.p");
     EXPECT_EQ(render.output, "b.exr");
     EXPECT_EQ(render.frames->first, 3);
     EXPECT_EQ(render.frames->last, 7);
@@ -47,12 +51,12 @@ TEST(Options, OfRenderAreAllTaken) {
     EXPECT_EQ(render.region->bottom, 40);
     EXPECT_TRUE(render.strict && render.quiet && render.stats);
     EXPECT_EQ(render.data, (std::vector<std::string>{"/tmp", "/"}));
-    EXPECT_EQ(options.commandLine.substr(0, 22), "velm render a.json -o ");
+    EXPECT_EQ(line.program.commandLine.substr(0, 22), "velm render a.json -o ");
 }
 
 TEST(Options, TheModuleMayStandBeforeTheCommand) {
-    EXPECT_EQ(parse({"--module", "m.p", "nodes", "--all"}).module, "m.p");
-    EXPECT_EQ(parse({"show", "--module", "m.p", "Velm Counter"}).module, "m.p");
+    EXPECT_EQ(parse({"--module", "m.p", "nodes", "--all"}).program.module, "m.p");
+    EXPECT_EQ(parse({"show", "--module", "m.p", "Velm Counter"}).program.module, "m.p");
 }
 
 TEST(Options, FramesAreOneOrARange) {

@@ -78,11 +78,11 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"OnePixelInThirtyTwo",
                true,
                [](auto &, auto &b) { at(b, 0, 0, 0) += 0.01F; },
-               {.share = 1.0 / 32}},
+               {.fraction = 1.0 / 32}},
         Change{"TwoPixelsInThirtyTwo",
                false,
                [](auto &, auto &b) { at(b, 0, 0, 0) += 0.01F, at(b, 1, 0, 0) += 0.01F; },
-               {.share = 1.0 / 32}},
+               {.fraction = 1.0 / 32}},
         Change{"OnlyAlpha", false, [](auto &, auto &b) { at(b, 7, 3, 3) -= 0.5F; }},
         Change{"OnlyAlphaLeftOut", true, [](auto &, auto &b) { at(b, 7, 3, 3) -= 0.5F; }, {.alpha = false}},
         Change{"NaNInOne", false, [](auto &, auto &b) { at(b, 5, 1, 2) = kNaN; }},
@@ -90,8 +90,8 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"NaNWhereAllMayDiffer",
                false,
                [](auto &, auto &b) { at(b, 5, 1, 2) = kNaN; },
-               {.tolerance = 1e30, .mean = 1e30, .rms = 1e30, .share = 1}},
-        Change{"InfinityInOne", false, [](auto &, auto &b) { at(b, 5, 1, 2) = kInfinity; }, {.mean = 1e30, .rms = 1e30, .share = 1}},
+               {.tolerance = 1e30, .mean = 1e30, .rms = 1e30, .fraction = 1}},
+        Change{"InfinityInOne", false, [](auto &, auto &b) { at(b, 5, 1, 2) = kInfinity; }, {.mean = 1e30, .rms = 1e30, .fraction = 1}},
         Change{"InfinityInBoth", true, [](auto &a, auto &b) { at(a, 5, 1, 2) = at(b, 5, 1, 2) = kInfinity; }},
         Change{"InfinitiesOfBothSigns", false,
                [](auto &a, auto &b) { at(a, 5, 1, 2) = kInfinity, at(b, 5, 1, 2) = -kInfinity; }},
@@ -273,7 +273,7 @@ TEST(CompareKinds, LightIsTakenThroughTheScreensCurve) {
 TEST(CompareKinds, WhatIsNoNumberDoesNotHideBehindTheCurve) {
     for (const float level : {kNaN, kInfinity, -kInfinity}) {
         const BothKinds kinds(level);
-        EXPECT_FALSE(same(kinds.screen, kinds.light, {.tolerance = 1e30, .mean = 1e30, .rms = 1e30, .share = 1}))
+        EXPECT_FALSE(same(kinds.screen, kinds.light, {.tolerance = 1e30, .mean = 1e30, .rms = 1e30, .fraction = 1}))
             << level;
     }
 }

@@ -6,7 +6,8 @@
 
 namespace velm::host {
 
-// Loads a module and lists its servers; takes both back at the end. No node of it may be left then.
+// Loads a module and adds its servers to the host's list. The destructor removes them and unloads the module: no node of
+// it may exist then.
 // [interface thread; not while rendering]
 class ListedModule {
   public:

@@ -1,0 +1,30 @@
+#include "host/cli/option_types.h"
+
+#include <fmt/format.h>
+
+namespace velm::host {
+
+CLI::Validator numberFrom(double least, double most) {
+    const auto whatIsWrong = [least, most](const std::string &text) -> std::string {
+        const char *const end = text.data() + text.size();
+        double number = 0;
+        const auto read = std::from_chars(text.data(), end, number);
+        if (read.ec == std::errc{} && read.ptr == end && number >= least && number <= most) return {};
+        return fmt::format("\"{}\" is not a number from {} to {}", text, least, most);
+    };
+    return CLI::Validator(whatIsWrong, fmt::format("FLOAT in [{} - {}]", least, most));
+}
+
+void addData(CLI::App &command, std::vector<std::string> &directories) {
+    command
+        .add_option("--data", directories,
+                    "A directory to look for meshes and images in, after the directory of the scene;\n"
+                    "may be given several times. The directories in the environment variable\n"
+                    "VELM_DATA, separated by colons, follow")
+        ->check(CLI::ExistingDirectory)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("DIR");
+}
+
+} // namespace velm::host

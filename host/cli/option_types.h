@@ -1,0 +1,44 @@
+// Options that several commands have, and the texts of options that are more than a word or a number.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <charconv>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velm::host {
+
+// Integers with `separator` between them, such as "960x540"; nothing when the text is not exactly that.
+template <std::size_t n>
+std::optional<std::array<int, n>> parseIntegers(std::string_view text, char separator) {
+    std::array<int, n> numbers{};
+    const char *at = text.data(), *const end = text.data() + text.size();
+    for (std::size_t i = 0; i < n; ++i) {
+        if (i > 0 && (at == end || *at++ != separator)) return std::nullopt;
+        const auto [next, error] = std::from_chars(at, end, numbers[i]);
+        if (error != std::errc{}) return std::nullopt;
+        at = next;
+    }
+    return at == end ? std::optional(numbers) : std::nullopt;
+}
+
+// Adds an option whose text `parse` turns into the target's type. `parse` throws UsageError.
+template <class T>
+void addParsed(CLI::App &command, const std::string &name, std::optional<T> &target, T (*parse)(const std::string &),
+               const std::string &kind, const std::string &help) {
+    command
+        .add_option_function<std::string>(
+            name, [&target, parse](const std::string &text) { target = parse(text); }, help)
+        ->type_name(kind);
+}
+
+// Accepts numbers from `least` to `most`. The library's own range accepts "nan", which is neither below nor above.
+CLI::Validator numberFrom(double least, double most);
+
+// The option --data: directories to look for meshes and images in.
+void addData(CLI::App &command, std::vector<std::string> &directories);
+
+} // namespace velm::host
