@@ -12,7 +12,7 @@
 #include <span>
 #include <type_traits>
 
-namespace velm {
+namespace velm::plugin {
 
 // ---- Services --------------------------------------------------------------------------------------------------
 
@@ -53,7 +53,7 @@ void storeIn(void *found) {
 // ---- Parameters and outputs --------------------------------------------------------------------------------------
 
 // A colour or a vector, as a value that connections carry.
-struct Triple {
+struct Vec3 {
     double c[3];
 };
 
@@ -62,7 +62,7 @@ struct ScalarParameter {
     double value;
     HostVParm *parm;
 };
-struct TripleParameter {
+struct Vec3Parameter {
     double value[3];
     HostVParm *parm;
 };
@@ -71,13 +71,13 @@ inline constexpr size_t kNowhere = static_cast<size_t>(-1); // an offset that a 
 
 // What a row of a parameter table holds in the instance.
 enum class Holds : unsigned char {
-    nothing,    // an input, a button, a drawing
-    integer,    // an int: a popup, a check box, a count
-    scalar,     // a ScalarParameter
-    triple,     // a TripleParameter
-    bareTriple, // a TripleParameter that is created with the node and then left alone: neither read nor saved, loaded,
-                // copied or released
-    text,       // a zero-terminated char array
+    nothing,  // an input, a button, a drawing
+    integer,  // an int: a popup, a check box, a count
+    scalar,   // a ScalarParameter
+    vec3,     // a Vec3Parameter
+    bareVec3, // a Vec3Parameter that is created with the node and then left alone: neither read nor saved, loaded,
+              // copied or released
+    text,     // a zero-terminated char array
 };
 
 // One parameter: one field of the instance and one row here. The order of the rows is the order of the panel, and that
@@ -87,10 +87,10 @@ struct Parameter {
     const char *channel = nullptr; // name of the channel where it is not the label
     Holds holds = Holds::nothing;
     bool copied = true;       // false: an integer or a text of which a copy keeps its own
-    bool createdLate = false; // its parameter and its input are created after those of all other rows
+    bool createdLast = false; // its parameter and its input are created after those of all other rows
     int parmType = 0;         // kParmFloat and so on, of an animated parameter
     double initial[3] = {0, 0, 0};
-    size_t field = kNowhere;          // the int, ScalarParameter, TripleParameter or char array
+    size_t field = kNowhere;          // the int, ScalarParameter, Vec3Parameter or char array
     size_t textSize = 0;              // bytes of a char array, 256 at least
     HostBlockId block = {0, nullptr}; // in a unit that saves tagged blocks: the row's own
 
@@ -119,7 +119,7 @@ struct Output {
 inline constexpr int kNoPreviewType = -1; // the unit leaves its node's preview as the host has it
 
 // A node class. What a unit leaves null it does as every node does.
-struct NodeUnit {
+struct NodeClass {
     const char *name;                // display name
     const char *groupName = nullptr; // of the envelope group where it is not the display name
     size_t size;                     // of an instance
@@ -161,9 +161,9 @@ struct NodeUnit {
 // A unit that saves in blocks has no more of them than this; loading keeps its table on the stack.
 inline constexpr size_t kMostBlocks = 32;
 
-constexpr size_t blockCount(const NodeUnit &unit) {
+constexpr size_t blockCount(const NodeClass &nodeClass) {
     size_t count = 0;
-    for (const Parameter &row : unit.parameters)
+    for (const Parameter &row : nodeClass.parameters)
         if (row.block.id != 0) ++count;
     return count;
 }
@@ -202,7 +202,7 @@ class Inputs {
         for (int i = 0; i < 3; ++i) value[i] = stored[i];
         evaluate(input, value);
     }
-    void read(const TripleParameter &stored, HostInput *input, double (&value)[3]) const {
+    void read(const Vec3Parameter &stored, HostInput *input, double (&value)[3]) const {
         read(stored.value, input, value);
     }
     // A popup's index, clamped into its list of `count` entries.
@@ -218,7 +218,8 @@ class Inputs {
 
 // Hands what an input delivers on as the result; `preset`, which is of the input's type, where nothing is connected.
 template <class Value>
-void handOn(const NodeServices &services, HostInput *input, ShadingSample *sample, HostNodeValue *value, Value preset) {
+void passThrough(const NodeServices &services, HostInput *input, ShadingSample *sample, HostNodeValue *value,
+                 Value preset) {
     services.nodeInputFunc->evaluate(input, sample, &preset);
     services.nodeOutputFunc->setValue(value, &preset);
 }
@@ -237,25 +238,27 @@ struct NodeCallbacks {
     void (*evaluate)(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value);
 };
 
-int activateHandler(const NodeUnit &unit, const NodeCallbacks &callbacks, int version, HostLookup *lookup, void *local);
-void *createInstance(const NodeUnit &unit, HostInputEvent *inputEvent, void *priv, void *node, const char **error);
-void destroyInstance(const NodeUnit &unit, void *instance);
-HostError copyInstance(const NodeUnit &unit, void *to, void *from);
-HostError loadInstance(const NodeUnit &unit, void *instance, const HostLoadState *state);
-HostError saveInstance(const NodeUnit &unit, void *instance, const HostSaveState *state);
-HostError initInstance(const NodeUnit &unit, void *instance, int mode);
-void cleanUpInstance(const NodeUnit &unit, void *instance);
-HostError newTimeInstance(const NodeUnit &unit, void *instance, int frame, double time);
-int inputEvent(const NodeUnit &unit, void *instance, int event);
+int activateHandler(const NodeClass &nodeClass, const NodeCallbacks &callbacks, int version, HostLookup *lookup,
+                    void *local);
+void *createInstance(const NodeClass &nodeClass, HostInputEvent *inputEvent, void *priv, void *node,
+                     const char **error);
+void destroyInstance(const NodeClass &nodeClass, void *instance);
+HostError copyInstance(const NodeClass &nodeClass, void *to, void *from);
+HostError loadInstance(const NodeClass &nodeClass, void *instance, const HostLoadState *state);
+HostError saveInstance(const NodeClass &nodeClass, void *instance, const HostSaveState *state);
+HostError initInstance(const NodeClass &nodeClass, void *instance, int mode);
+void cleanUpInstance(const NodeClass &nodeClass, void *instance);
+HostError newTimeInstance(const NodeClass &nodeClass, void *instance, int frame, double time);
+int inputEvent(const NodeClass &nodeClass, void *instance, int event);
 
 // Reads every animated parameter at a time into its stored value.
-void readParameters(const NodeUnit &unit, void *instance, double time);
+void readParameters(const NodeClass &nodeClass, void *instance, double time);
 
 // Creates and sets up one animated parameter with its value; null when the host cannot. Not for rendering.
 HostVParm *createParameter(const NodeServices &services, int type, const char *name, HostChannelGroup *group,
                            const double *value);
 
-} // namespace velm
+} // namespace velm::plugin
 
 // Declares what a unit shows to the rest of the module.
 #define VELM_DECLARE_TAGS(Name) extern const HostTag Name##_ServerTags[]
@@ -265,47 +268,47 @@ HostVParm *createParameter(const NodeServices &services, int type, const char *n
     HostVParm *Name##_create_vpenv(int type, const char *name, HostChannelGroup *group, const double *value)
 
 // Defines the tags of a unit that the host is to offer: its display name, and its group of the node menu.
-#define VELM_DEFINE_TAGS(Name, unit, menu)                                                                             \
-    const HostTag Name##_ServerTags[] = {{.text = (unit).name, .code = kTagUserName},                                  \
+#define VELM_DEFINE_TAGS(Name, nodeClass, menu)                                                                        \
+    const HostTag Name##_ServerTags[] = {{.text = (nodeClass).name, .code = kTagUserName},                             \
                                          {.text = (menu), .code = kTagMenu},                                           \
                                          {.text = nullptr, .code = 0}};
 
-// Defines the callbacks of a unit under their outside names. `unit` is its NodeUnit, which the frame walks; the unit's
+// Defines the callbacks of a unit under their outside names. `unit` is its NodeClass, which the frame walks; the unit's
 // own file defines Name_Evaluate before this.
-#define VELM_DEFINE_NODE(Name, unit)                                                                                   \
-    static_assert(velm::blockCount(unit) <= velm::kMostBlocks, #Name " has more blocks than loading has room for");    \
+#define VELM_DEFINE_NODE(Name, nodeClass)                                                                              \
+    static_assert(blockCount(nodeClass) <= kMostBlocks, #Name " has more blocks than loading has room for");           \
     static int Name##_nodeInputEvent(void *instance, HostInput *, int event, int) {                                    \
-        return velm::inputEvent(unit, instance, event);                                                                \
+        return inputEvent(nodeClass, instance, event);                                                                 \
     }                                                                                                                  \
     static void *Name##_Create(void *priv, void *node, const char **error) {                                           \
-        return velm::createInstance(unit, Name##_nodeInputEvent, priv, node, error);                                   \
+        return createInstance(nodeClass, Name##_nodeInputEvent, priv, node, error);                                    \
     }                                                                                                                  \
-    static void Name##_Destroy(void *instance) { velm::destroyInstance(unit, instance); }                              \
-    static HostError Name##_Copy(void *to, void *from) { return velm::copyInstance(unit, to, from); }                  \
+    static void Name##_Destroy(void *instance) { destroyInstance(nodeClass, instance); }                               \
+    static HostError Name##_Copy(void *to, void *from) { return copyInstance(nodeClass, to, from); }                   \
     static HostError Name##_Load(void *instance, const HostLoadState *state) {                                         \
-        return velm::loadInstance(unit, instance, state);                                                              \
+        return loadInstance(nodeClass, instance, state);                                                               \
     }                                                                                                                  \
     static HostError Name##_Save(void *instance, const HostSaveState *state) {                                         \
-        return velm::saveInstance(unit, instance, state);                                                              \
+        return saveInstance(nodeClass, instance, state);                                                               \
     }                                                                                                                  \
-    static HostError Name##_Init(void *instance, int mode) { return velm::initInstance(unit, instance, mode); }        \
-    static void Name##_Cleanup(void *instance) { velm::cleanUpInstance(unit, instance); }                              \
+    static HostError Name##_Init(void *instance, int mode) { return initInstance(nodeClass, instance, mode); }         \
+    static void Name##_Cleanup(void *instance) { cleanUpInstance(nodeClass, instance); }                               \
     static HostError Name##_NewTime(void *instance, int frame, double time) {                                          \
-        return velm::newTimeInstance(unit, instance, frame, time);                                                     \
+        return newTimeInstance(nodeClass, instance, frame, time);                                                      \
     }                                                                                                                  \
-    void Name##_get_vpValues(void *instance, double time) { velm::readParameters(unit, instance, time); }              \
+    void Name##_get_vpValues(void *instance, double time) { readParameters(nodeClass, instance, time); }               \
     HostVParm *Name##_create_vpenv(int type, const char *name, HostChannelGroup *group, const double *value) {         \
-        return velm::createParameter(*(unit).services, type, name, group, value);                                      \
+        return createParameter(*(nodeClass).services, type, name, group, value);                                       \
     }                                                                                                                  \
     int Name##_Activate(int version, HostLookup *lookup, void *local, void *) {                                        \
-        static constexpr velm::NodeCallbacks callbacks = {.create = Name##_Create,                                     \
-                                                          .destroy = Name##_Destroy,                                   \
-                                                          .copy = Name##_Copy,                                         \
-                                                          .load = Name##_Load,                                         \
-                                                          .save = Name##_Save,                                         \
-                                                          .init = Name##_Init,                                         \
-                                                          .cleanup = Name##_Cleanup,                                   \
-                                                          .newTime = Name##_NewTime,                                   \
-                                                          .evaluate = Name##_Evaluate};                                \
-        return velm::activateHandler(unit, callbacks, version, lookup, local);                                         \
+        static constexpr NodeCallbacks callbacks = {.create = Name##_Create,                                           \
+                                                    .destroy = Name##_Destroy,                                         \
+                                                    .copy = Name##_Copy,                                               \
+                                                    .load = Name##_Load,                                               \
+                                                    .save = Name##_Save,                                               \
+                                                    .init = Name##_Init,                                               \
+                                                    .cleanup = Name##_Cleanup,                                         \
+                                                    .newTime = Name##_NewTime,                                         \
+                                                    .evaluate = Name##_Evaluate};                                      \
+        return activateHandler(nodeClass, callbacks, version, lookup, local);                                          \
     }

@@ -11,7 +11,7 @@
 #include <array>
 #include <string_view>
 
-namespace velm {
+namespace velm::plugin {
 
 // ---- Layout: what a unit adds to its rows ------------------------------------------------------------------------
 // Each of these is a short run of hint words; joinHints strings them together.
@@ -170,14 +170,14 @@ struct PanelTables {
     HostPanelSetter *set;
 };
 
-int activateInterface(const NodeUnit &unit, HostPanel *(*getPanel)(void *instance), int version, HostLookup *lookup,
-                      void *local);
-HostPanel *getPanel(const NodeUnit &unit, const PanelTables &tables, void *instance);
-void *getPanelValue(const NodeUnit &unit, void *instance, unsigned int id);
-int setPanelValue(const NodeUnit &unit, void *instance, unsigned int id, void *value);
-int panelChanged(const NodeUnit &unit, HostPanel *panel, unsigned int control, int event);
+int activateInterface(const NodeClass &nodeClass, HostPanel *(*getPanel)(void *instance), int version,
+                      HostLookup *lookup, void *local);
+HostPanel *getPanel(const NodeClass &nodeClass, const PanelTables &tables, void *instance);
+void *getPanelValue(const NodeClass &nodeClass, void *instance, unsigned int id);
+int setPanelValue(const NodeClass &nodeClass, void *instance, unsigned int id, void *value);
+int panelChanged(const NodeClass &nodeClass, HostPanel *panel, unsigned int control, int event);
 
-} // namespace velm
+} // namespace velm::plugin
 
 #define VELM_DECLARE_PANEL(Name)                                                                                       \
     int Name##_Interface(int version, HostLookup *lookup, void *local, void *serverData);                              \
@@ -188,24 +188,23 @@ int panelChanged(const NodeUnit &unit, HostPanel *panel, unsigned int control, i
 
 // Defines a unit's panel under its outside names, from its parameter rows and its layout. Nothing is done when the host
 // destroys a panel: the instance keeps its handle, as it always has.
-#define VELM_DEFINE_PANEL(Name, unit, parameters, layout)                                                              \
-    static_assert(velm::idsAscend(parameters), "controls number from 0x8001 in row order");                            \
-    void *Name##_ui_get(void *instance, unsigned int id) { return velm::getPanelValue(unit, instance, id); }           \
+#define VELM_DEFINE_PANEL(Name, nodeClass, parameters, layout)                                                         \
+    static_assert(idsAscend(parameters), "controls number from 0x8001 in row order");                                  \
+    void *Name##_ui_get(void *instance, unsigned int id) { return getPanelValue(nodeClass, instance, id); }            \
     int Name##_ui_set(void *instance, unsigned int id, void *value) {                                                  \
-        return velm::setPanelValue(unit, instance, id, value);                                                         \
+        return setPanelValue(nodeClass, instance, id, value);                                                          \
     }                                                                                                                  \
     int Name##_ui_chgnotify(HostPanel *panel, unsigned int control, unsigned int, int event) {                         \
-        return velm::panelChanged(unit, panel, control, event);                                                        \
+        return panelChanged(nodeClass, panel, control, event);                                                         \
     }                                                                                                                  \
     static void Name##_ui_destroynotify(void *) {}                                                                     \
-    static constexpr auto Name##_xdata = velm::panelValues(parameters);                                                \
-    static constexpr auto Name##_xhint =                                                                               \
-        velm::panelHints(parameters, layout, Name##_ui_chgnotify, Name##_ui_destroynotify);                            \
+    static constexpr auto Name##_xdata = panelValues(parameters);                                                      \
+    static constexpr auto Name##_xhint = panelHints(parameters, layout, Name##_ui_chgnotify, Name##_ui_destroynotify); \
     HostPanel *Name##_get_xPanel(void *instance) {                                                                     \
-        static constexpr velm::PanelTables tables = {                                                                  \
+        static constexpr PanelTables tables = {                                                                        \
             .values = Name##_xdata.data(), .hints = Name##_xhint.data(), .get = Name##_ui_get, .set = Name##_ui_set};  \
-        return velm::getPanel(unit, tables, instance);                                                                 \
+        return getPanel(nodeClass, tables, instance);                                                                  \
     }                                                                                                                  \
     int Name##_Interface(int version, HostLookup *lookup, void *local, void *) {                                       \
-        return velm::activateInterface(unit, Name##_get_xPanel, version, lookup, local);                               \
+        return activateInterface(nodeClass, Name##_get_xPanel, version, lookup, local);                                \
     }

@@ -6,7 +6,7 @@
 
 #include "module/node.h"
 
-namespace velm {
+namespace velm::plugin {
 
 struct Row : Parameter {
     // Where the row's field sits in the instance.
@@ -29,9 +29,9 @@ struct Row : Parameter {
         return row;
     }
     // Created after the parameters and inputs of the other rows.
-    constexpr Row late() const {
+    constexpr Row createdLast() const {
         Row row = *this;
-        row.createdLate = true;
+        row.Parameter::createdLast = true;
         return row;
     }
     // A copy keeps its own.
@@ -94,7 +94,7 @@ constexpr Row makeRow(unsigned int id, const char *label, const char *control, H
 }
 
 // Integers.
-constexpr Row wholeNumber(unsigned int id, const char *label) { return makeRow(id, label, "integer", Holds::integer); }
+constexpr Row integer(unsigned int id, const char *label) { return makeRow(id, label, "integer", Holds::integer); }
 constexpr Row checkBox(unsigned int id, const char *label) { return makeRow(id, label, "iBoolean", Holds::integer); }
 constexpr Row popup(unsigned int id, const char *label, const char *const *texts = nullptr) {
     Row row = makeRow(id, label, "iPopChoice", Holds::integer);
@@ -121,13 +121,13 @@ constexpr Row angle(unsigned int id, const char *label) {
     return makeRow(id, label, "angle-env", Holds::scalar, kParmAngle);
 }
 constexpr Row colour(unsigned int id, const char *label) {
-    return makeRow(id, label, "color-env", Holds::triple, kParmColour);
+    return makeRow(id, label, "color-env", Holds::vec3, kParmColour);
 }
 constexpr Row position(unsigned int id, const char *label) { // shown as lengths, kept as plain numbers
-    return makeRow(id, label, "distance3-env", Holds::triple, kParmFloatTriple);
+    return makeRow(id, label, "distance3-env", Holds::vec3, kParmFloatTriple);
 }
 constexpr Row direction(unsigned int id, const char *label) {
-    return makeRow(id, label, "float3-env", Holds::triple, kParmFloatTriple);
+    return makeRow(id, label, "float3-env", Holds::vec3, kParmFloatTriple);
 }
 
 // Controls without a value, and a text.
@@ -149,9 +149,7 @@ constexpr Row text(unsigned int id, const char *label, size_t size) {
 
 // Fields that are saved and copied, but are not on the panel; a parameter that is created and left alone.
 constexpr Row hiddenInteger(size_t offset) { return makeRow(0, nullptr, nullptr, Holds::integer).at(offset); }
-constexpr Row bareTriple(const char *name, int parmType) {
-    return makeRow(0, name, nullptr, Holds::bareTriple, parmType);
-}
+constexpr Row bareVec3(const char *name, int parmType) { return makeRow(0, name, nullptr, Holds::bareVec3, parmType); }
 
 // An input that has no value of its own and is not on the panel.
 constexpr Row plainInput(const char *name, int type, size_t offset) {
@@ -162,4 +160,4 @@ constexpr Row plainInput(const char *name, int type, size_t offset) {
     return row;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -5,35 +5,33 @@
 //
 // Odd on purpose: the "Image" input is read and has no effect, the panel's choice alone counts; and "Repeat" maps a
 // negative multiple of the size to the size itself, one past the last pixel, which is read as it is.
-#include "module/image_popup.h"
-#include "module/panel.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/image_popup.h"
 
-VELM_DECLARE_TAGS(PixelImage);
-VELM_DECLARE_NODE(PixelImage);
-VELM_DECLARE_PANEL(PixelImage);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static const HostImageList *imglist;
 static const HostNodeUtilityFuncs *nodeutilf;
 static HostFileRequestFunc *filereq;
-static velm::ImageRequest imageRequest;
+static ImageRequest imageRequest;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
 
 struct PixelImage {
-    velm::TripleParameter background;
-    velm::ImageChoice image;
+    Vec3Parameter background;
+    ImageChoice image;
     int blending;
-    velm::ScalarParameter opacity;
+    ScalarParameter opacity;
     int uTiling, vTiling, x, y;
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
     HostInput *backgroundInput, *imageInput, *blendingInput, *opacityInput, *uTilingInput, *vTilingInput, *xInput,
         *yInput;
-    HostOutput *colorOutput, *alphaOutput;
+    HostOutput *colourOutput, *alphaOutput;
 };
 
 constexpr const char *blendStrings[] = {"Normal",     "Additive", "Subtractive", "Multiply", "Screen",
@@ -43,7 +41,7 @@ enum Tiling { kReset, kRepeat, kMirror, kEdge, kTilings };
 constexpr const char *tileStrings[] = {"Reset", "Repeat", "Mirror", "Edge", nullptr};
 
 enum Control : unsigned int {
-    kThumbnail = velm::kFirstControl,
+    kThumbnail = kFirstControl,
     kBackground,
     kImage,
     kBlending,
@@ -55,18 +53,18 @@ enum Control : unsigned int {
 };
 
 #define AT(field) offsetof(PixelImage, field)
-constexpr velm::ImagePopup imagePopup = {.services = services,
-                                         .imglist = imglist,
-                                         .filereq = filereq,
-                                         .request = imageRequest,
-                                         .control = kImage,
-                                         .choice = AT(image),
-                                         .panel = AT(panel)};
+constexpr ImagePopup imagePopup = {.services = services,
+                                   .imglist = imglist,
+                                   .filereq = filereq,
+                                   .request = imageRequest,
+                                   .control = kImage,
+                                   .choice = AT(image),
+                                   .panel = AT(panel)};
 
-int getImageCount(void *instance) { return velm::getImageCount(imagePopup, instance); }
-const char *getImageName(void *instance, int index) { return velm::getImageName(imagePopup, instance, index); }
+int getImageCount(void *instance) { return getImageCount(imagePopup, instance); }
+const char *getImageName(void *instance, int index) { return getImageName(imagePopup, instance, index); }
 HostImage *chosenImage(const PixelImage &self) {
-    return self.image.index < 1 ? nullptr : velm::getImageID(*imglist, self.image.index);
+    return self.image.index < 1 ? nullptr : getImageID(*imglist, self.image.index);
 }
 
 // ---- The thumbnail ----
@@ -95,36 +93,36 @@ void drawThumbnail(HostPanel *panel, unsigned int, HostDrawArea *area, int width
         }
 }
 
-constexpr velm::Parameter parameters[] = {
-    velm::thumbnail(kThumbnail, drawThumbnail),
-    velm::colour(kBackground, "Bg Color").at(AT(background)).input(AT(backgroundInput)),
-    velm::popup(kImage, "Image").entries(getImageCount, getImageName).at(AT(image.index)).input(AT(imageInput)),
-    velm::popup(kBlending, "Blending", blendStrings).at(AT(blending)).input(AT(blendingInput)),
-    velm::percent(kOpacity, "Opacity").at(AT(opacity)).starting(1.0).input(AT(opacityInput)),
-    velm::popup(kUTiling, "U Tiling", tileStrings).at(AT(uTiling)).input(AT(uTilingInput)),
-    velm::popup(kVTiling, "V Tiling", tileStrings).at(AT(vTiling)).input(AT(vTilingInput)),
-    velm::wholeNumber(kX, "X").at(AT(x)).input(AT(xInput)),
-    velm::wholeNumber(kY, "Y").at(AT(y)).input(AT(yInput)),
+constexpr Parameter parameters[] = {
+    thumbnail(kThumbnail, drawThumbnail),
+    colour(kBackground, "Bg Color").at(AT(background)).input(AT(backgroundInput)),
+    popup(kImage, "Image").entries(getImageCount, getImageName).at(AT(image.index)).input(AT(imageInput)),
+    popup(kBlending, "Blending", blendStrings).at(AT(blending)).input(AT(blendingInput)),
+    percent(kOpacity, "Opacity").at(AT(opacity)).starting(1.0).input(AT(opacityInput)),
+    popup(kUTiling, "U Tiling", tileStrings).at(AT(uTiling)).input(AT(uTilingInput)),
+    popup(kVTiling, "V Tiling", tileStrings).at(AT(vTiling)).input(AT(vTilingInput)),
+    integer(kX, "X").at(AT(x)).input(AT(xInput)),
+    integer(kY, "Y").at(AT(y)).input(AT(yInput)),
 };
 
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
     {.name = "Alpha", .type = kConnectScalar, .field = AT(alphaOutput)},
 };
 
 // Every change refreshes the panel, so that the thumbnail follows.
 int changed(void *instance, HostPanel *panel, unsigned int control, int event) {
-    if (!velm::loadChosenImage(imagePopup, instance, panel, control, event)) services.xpanf->refresh(panel);
+    if (!loadChosenImage(imagePopup, instance, panel, control, event)) services.xpanf->refresh(panel);
     return event == kEventSet ? 2 : 0;
 }
 
-constexpr velm::FurtherService furtherServices[] = {
-    {.name = HOST_IMAGE_LIST, .store = velm::storeIn<imglist>},
-    {.name = HOST_NODE_UTILITY_FUNCS, .store = velm::storeIn<nodeutilf>},
-    {.name = HOST_FILE_REQUEST, .store = velm::storeIn<filereq>},
+constexpr FurtherService furtherServices[] = {
+    {.name = HOST_IMAGE_LIST, .store = storeIn<imglist>},
+    {.name = HOST_NODE_UTILITY_FUNCS, .store = storeIn<nodeutilf>},
+    {.name = HOST_FILE_REQUEST, .store = storeIn<filereq>},
 };
 
-constexpr velm::NodeUnit unit = velm::withImages<imagePopup>({
+constexpr NodeClass nodeClass = withImages<imagePopup>({
     .name = "Pixel Image",
     .groupName = "PixelImage",
     .size = sizeof(PixelImage),
@@ -166,12 +164,12 @@ bool isOutside(int coordinate, int tiling, int size) {
 
 static void PixelImage_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const PixelImage *>(instance);
-    const velm::Inputs inputs(services, sample);
+    const Inputs inputs(services, sample);
     double background[3];
     double alpha = 1;
     inputs.read(self.background, self.backgroundInput, background);
     inputs.read(self.image.index, self.imageInput); // read, as ever, and not heeded
-    const bool wantsColour = output == self.colorOutput;
+    const bool wantsColour = output == self.colourOutput;
     const auto deliver = [&](const double *colour) {
         services.nodeOutputFunc->setValue(value, wantsColour ? colour : &alpha);
     };
@@ -204,6 +202,8 @@ static void PixelImage_Evaluate(void *instance, ShadingSample *sample, HostOutpu
     deliver(nullptr);
 }
 
-VELM_DEFINE_TAGS(PixelImage, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(PixelImage, unit)
-VELM_DEFINE_PANEL(PixelImage, unit, parameters, velm::kPlainLayout)
+VELM_DEFINE_TAGS(PixelImage, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(PixelImage, nodeClass)
+VELM_DEFINE_PANEL(PixelImage, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

@@ -5,20 +5,18 @@
 // effect with the next render. Without a store the outputs are left unset, and what asks keeps its own value.
 //
 // Odd on purpose: a copy is taken off the registry's list, so that stores that come later leave its slot alone.
-#include "module/panel.h"
 #include "module/rows.h"
+#include "module/servers.h"
 #include "share/registry.h"
 
-VELM_DECLARE_TAGS(GetMaterial);
-VELM_DECLARE_NODE(GetMaterial);
-VELM_DECLARE_PANEL(GetMaterial);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
 
-enum Control : unsigned int { kSlot = velm::kFirstControl };
+enum Control : unsigned int { kSlot = kFirstControl };
 
 int slotCount(void *) { return getStoreNodeCount(); }
 
@@ -51,19 +49,19 @@ int setValue(void *instance, unsigned int id, void *value) {
 }
 
 #define AT(field) offsetof(GetMaterial, field)
-constexpr velm::Parameter parameters[] = {
-    velm::popup(kSlot, "Slot").at(AT(slot)).entries(slotCount, getStoreNodeName),
-    velm::hiddenInteger(AT(storeID)),
+constexpr Parameter parameters[] = {
+    popup(kSlot, "Slot").at(AT(slot)).entries(slotCount, getStoreNodeName),
+    hiddenInteger(AT(storeID)),
 };
 
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
     {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
     {.name = "Vector", .type = kConnectVector, .field = AT(vectorOutput)},
     {.name = "Integer", .type = kConnectInteger, .field = AT(integerOutput)},
 };
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Get Material",
     .size = sizeof(GetMaterial),
     .colour = nodeColor,
@@ -86,16 +84,18 @@ static void GetMaterial_Evaluate(void *instance, ShadingSample *sample, HostOutp
     const auto &self = *static_cast<const GetMaterial *>(instance);
     const StoreMaterial *store = self.store;
     if (!store) return;
-    if (output == self.colorOutput)
-        velm::handOn(services, store->colorInput, sample, value, velm::Triple{});
+    if (output == self.colourOutput)
+        passThrough(services, store->colourInput, sample, value, Vec3{});
     else if (output == self.scalarOutput)
-        velm::handOn(services, store->scalarInput, sample, value, 0.0);
+        passThrough(services, store->scalarInput, sample, value, 0.0);
     else if (output == self.vectorOutput)
-        velm::handOn(services, store->vectorInput, sample, value, velm::Triple{});
+        passThrough(services, store->vectorInput, sample, value, Vec3{});
     else
-        velm::handOn(services, store->integerInput, sample, value, 0);
+        passThrough(services, store->integerInput, sample, value, 0);
 }
 
-VELM_DEFINE_TAGS(GetMaterial, unit, "Velm's Nodes/Tools")
-VELM_DEFINE_NODE(GetMaterial, unit)
-VELM_DEFINE_PANEL(GetMaterial, unit, parameters, velm::kPlainLayout)
+VELM_DEFINE_TAGS(GetMaterial, nodeClass, "Velm's Nodes/Tools")
+VELM_DEFINE_NODE(GetMaterial, nodeClass)
+VELM_DEFINE_PANEL(GetMaterial, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

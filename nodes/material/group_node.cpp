@@ -3,14 +3,12 @@
 //
 // The nested network lives, is initialised, stepped in time, cleaned up, copied and saved with the node. What is not
 // wired inside gives a light grey, 1, a null vector, 1, and a light grey material.
-#include "module/panel.h"
 #include "module/rows.h"
+#include "module/servers.h"
 
-VELM_DECLARE_TAGS(GroupNode);
-VELM_DECLARE_NODE(GroupNode);
-VELM_DECLARE_PANEL(GroupNode);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static const HostNodeUtilityFuncs *nodeutilf;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
@@ -22,8 +20,8 @@ struct GroupNode {
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
-    HostInput *colorInput, *scalarInput, *vectorInput, *integerInput, *materialInput; // of the nested root
-    HostOutput *colorOutput, *scalarOutput, *vectorOutput, *integerOutput, *materialOutput;
+    HostInput *colourInput, *scalarInput, *vectorInput, *integerInput, *materialInput; // of the nested root
+    HostOutput *colourOutput, *scalarOutput, *vectorOutput, *integerOutput, *materialOutput;
 };
 
 constexpr char kTitle[] = "Group Node";
@@ -37,7 +35,7 @@ constexpr HostBlockId idroot[] = {{.id = 0x4e4f4445, .token = "NodeEditor"}, {.i
 void GroupNode_rootNodePreview(HostNodeEditor *editor, ShadingSample *sample, double colour[3]) {
     const auto &self = *static_cast<const GroupNode *>(services.nodeEditorFunc->userData(editor));
     for (int i = 0; i < 3; ++i) colour[i] = kGrey;
-    services.nodeInputFunc->evaluate(self.colorInput, sample, colour);
+    services.nodeInputFunc->evaluate(self.colourInput, sample, colour);
 }
 
 // A box of the outer node's extent about the origin.
@@ -70,7 +68,7 @@ const char *prepare(void *instance, void *) {
     services.nodeFunc->setColour(self.root, nodeColor);
     editors.setEvent(self.editor, GroupNode_EventFunc);
     editors.setAutosize(self.editor, GroupNode_Autosize);
-    self.colorInput = editors.addRootInput(self.editor, kConnectColour, "Color", nullptr);
+    self.colourInput = editors.addRootInput(self.editor, kConnectColour, "Color", nullptr);
     self.scalarInput = editors.addRootInput(self.editor, kConnectScalar, "Scalar", nullptr);
     self.vectorInput = editors.addRootInput(self.editor, kConnectVector, "Vector", nullptr);
     self.integerInput = editors.addRootInput(self.editor, kConnectInteger, "Integer", nullptr);
@@ -125,21 +123,20 @@ void buttonCallback(HostPanel *panel, int) {
     services.nodeEditorFunc->openWindow(self.editor);
 }
 
-constexpr velm::Parameter parameters[] = {velm::button(velm::kFirstControl, "Edit Nodes", buttonCallback)};
+constexpr Parameter parameters[] = {button(kFirstControl, "Edit Nodes", buttonCallback)};
 
 #define AT(field) offsetof(GroupNode, field)
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
     {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
     {.name = "Vector", .type = kConnectVector, .field = AT(vectorOutput)},
     {.name = "Integer", .type = kConnectInteger, .field = AT(integerOutput)},
     {.name = "Material", .type = kConnectMaterial, .field = AT(materialOutput)},
 };
 
-constexpr velm::FurtherService furtherServices[] = {
-    {.name = HOST_NODE_UTILITY_FUNCS, .store = velm::storeIn<nodeutilf>}};
+constexpr FurtherService furtherServices[] = {{.name = HOST_NODE_UTILITY_FUNCS, .store = storeIn<nodeutilf>}};
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = kTitle,
     .size = sizeof(GroupNode),
     .colour = nodeColor,
@@ -164,18 +161,20 @@ constexpr velm::NodeUnit unit = {
 
 static void GroupNode_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const GroupNode *>(instance);
-    if (output == self.colorOutput)
-        velm::handOn(services, self.colorInput, sample, value, velm::Triple{{kGrey, kGrey, kGrey}});
+    if (output == self.colourOutput)
+        passThrough(services, self.colourInput, sample, value, Vec3{{kGrey, kGrey, kGrey}});
     else if (output == self.scalarOutput)
-        velm::handOn(services, self.scalarInput, sample, value, 1.0);
+        passThrough(services, self.scalarInput, sample, value, 1.0);
     else if (output == self.vectorOutput)
-        velm::handOn(services, self.vectorInput, sample, value, velm::Triple{});
+        passThrough(services, self.vectorInput, sample, value, Vec3{});
     else if (output == self.integerOutput)
-        velm::handOn(services, self.integerInput, sample, value, 1);
+        passThrough(services, self.integerInput, sample, value, 1);
     else if (output == self.materialOutput)
-        velm::handOn(services, self.materialInput, sample, value, kGreyMaterial);
+        passThrough(services, self.materialInput, sample, value, kGreyMaterial);
 }
 
-VELM_DEFINE_TAGS(GroupNode, unit, "Velm's Nodes/Tools")
-VELM_DEFINE_NODE(GroupNode, unit)
-VELM_DEFINE_PANEL(GroupNode, unit, parameters, velm::kPlainLayout)
+VELM_DEFINE_TAGS(GroupNode, nodeClass, "Velm's Nodes/Tools")
+VELM_DEFINE_NODE(GroupNode, nodeClass)
+VELM_DEFINE_PANEL(GroupNode, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

@@ -6,22 +6,20 @@
 // Odd on purpose: a copy is not listed, so that no get can choose it and the original stays the one of its name;
 // loading brings the saved number of a listed store back without raising the registry's counter and without telling the
 // gets, which have loaded theirs.
-#include "module/panel.h"
 #include "module/rows.h"
+#include "module/servers.h"
 #include "share/registry.h"
 
 #include <cstring>
 
-VELM_DECLARE_TAGS(StoreMaterial);
-VELM_DECLARE_NODE(StoreMaterial);
-VELM_DECLARE_PANEL(StoreMaterial);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
 
-enum Control : unsigned int { kName = velm::kFirstControl };
+enum Control : unsigned int { kName = kFirstControl };
 
 void setName(StoreMaterial &self, const char *name) {
     std::strncpy(self.name, name, sizeof self.name - 1);
@@ -57,23 +55,23 @@ int setValue(void *instance, unsigned int id, void *) {
 }
 
 #define AT(field) offsetof(StoreMaterial, field)
-constexpr velm::Parameter parameters[] = {
-    velm::hiddenInteger(AT(id)).notCopied(),
-    velm::text(kName, "Name", kStoreNameSize).at(AT(name)),
-    velm::plainInput("Color", kConnectColour, AT(colorInput)),
-    velm::plainInput("Scalar", kConnectScalar, AT(scalarInput)),
-    velm::plainInput("Vector", kConnectVector, AT(vectorInput)),
-    velm::plainInput("Integer", kConnectInteger, AT(integerInput)),
+constexpr Parameter parameters[] = {
+    hiddenInteger(AT(id)).notCopied(),
+    text(kName, "Name", kStoreNameSize).at(AT(name)),
+    plainInput("Color", kConnectColour, AT(colourInput)),
+    plainInput("Scalar", kConnectScalar, AT(scalarInput)),
+    plainInput("Vector", kConnectVector, AT(vectorInput)),
+    plainInput("Integer", kConnectInteger, AT(integerInput)),
 };
 
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
     {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
     {.name = "Vector", .type = kConnectVector, .field = AT(vectorOutput)},
     {.name = "Integer", .type = kConnectInteger, .field = AT(integerOutput)},
 };
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Store Material",
     .size = sizeof(StoreMaterial),
     .colour = nodeColor,
@@ -95,16 +93,18 @@ constexpr velm::NodeUnit unit = {
 
 static void StoreMaterial_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const StoreMaterial *>(instance);
-    if (output == self.colorOutput)
-        velm::handOn(services, self.colorInput, sample, value, velm::Triple{});
+    if (output == self.colourOutput)
+        passThrough(services, self.colourInput, sample, value, Vec3{});
     else if (output == self.scalarOutput)
-        velm::handOn(services, self.scalarInput, sample, value, 0.0);
+        passThrough(services, self.scalarInput, sample, value, 0.0);
     else if (output == self.vectorOutput)
-        velm::handOn(services, self.vectorInput, sample, value, velm::Triple{});
+        passThrough(services, self.vectorInput, sample, value, Vec3{});
     else
-        velm::handOn(services, self.integerInput, sample, value, 0);
+        passThrough(services, self.integerInput, sample, value, 0);
 }
 
-VELM_DEFINE_TAGS(StoreMaterial, unit, "Velm's Nodes/Tools")
-VELM_DEFINE_NODE(StoreMaterial, unit)
-VELM_DEFINE_PANEL(StoreMaterial, unit, parameters, velm::kPlainLayout)
+VELM_DEFINE_TAGS(StoreMaterial, nodeClass, "Velm's Nodes/Tools")
+VELM_DEFINE_NODE(StoreMaterial, nodeClass)
+VELM_DEFINE_PANEL(StoreMaterial, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

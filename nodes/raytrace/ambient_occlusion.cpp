@@ -12,23 +12,21 @@
 //     occlusion colour is traced as well.
 //   - The jitter of "Polar" turns rays both ways about the axis but tilts them only towards it.
 //   - Creating a node restarts the module's random stream, so that a scene opened afresh renders the same again.
-#include "module/panel.h"
-#include "module/rays.h"
 #include "module/rows.h"
-#include "module/sincos.h"
-#include "module/vectors.h"
+#include "module/servers.h"
 #include "random/random.h"
+#include "shading/rays.h"
+#include "shading/sincos.h"
+#include "shading/vectors.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <numbers>
 
-VELM_DECLARE_TAGS(AmbientOcclusion);
-VELM_DECLARE_NODE(AmbientOcclusion);
-VELM_DECLARE_PANEL(AmbientOcclusion);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static const HostBackdropInfo *bkdropinfo; // null, as the next, in the modelling application
 static const HostTimeInfo *timeinfo;
 static constexpr int nodeColor[3] = {164, 50, 10};
@@ -37,19 +35,19 @@ namespace {
 
 struct ColourSettings {
     int mode;
-    velm::TripleParameter colour;
-    velm::ScalarParameter brightness;
+    Vec3Parameter colour;
+    ScalarParameter brightness;
 };
 
 struct AmbientOcclusion {
     int mode, samples, polarSamples1, polarSamples2;
-    velm::ScalarParameter jitterAngle, coneAngle;
+    ScalarParameter jitterAngle, coneAngle;
     int ranged;
-    velm::ScalarParameter max, shift;
+    ScalarParameter max, shift;
     int clampLow;
-    velm::ScalarParameter low;
+    ScalarParameter low;
     int clampHigh;
-    velm::ScalarParameter high, offset;
+    ScalarParameter high, offset;
     int sampleDepth;
     ColourSettings surface, background, occlusion, limit;
     HostChannelGroup *group;
@@ -67,7 +65,7 @@ enum ColourMode { kCustom, kBackdrop, kTrace };
 constexpr const char *modeStrings[] = {"Random", "Polar", nullptr};
 constexpr const char *colorStrings1[] = {"Custom", "Backdrop", "Trace", nullptr};
 constexpr const char *colorStrings2[] = {"Custom", "Backdrop", nullptr};
-constexpr velm::EnableStates colorEnableStates = {1, 0, 0}; // a colour is edited only where it is the custom one
+constexpr EnableStates colorEnableStates = {1, 0, 0}; // a colour is edited only where it is the custom one
 constexpr double kTwentyDegrees = 0.3490658503988659, kRightAngle = 1.5707963267948966;
 constexpr const char *kRangedOnly = "This control is only enabled in ranged mode";
 
@@ -75,7 +73,7 @@ constexpr const char *kRangedOnly = "This control is only enabled in ranged mode
 constexpr unsigned int kTraceRay = kTraceSampled | kTraceReflection;
 
 enum Control : unsigned int {
-    kMode = velm::kFirstControl,
+    kMode = kFirstControl,
     kSamples,
     kPolarSamples1,
     kPolarSamples2,
@@ -106,90 +104,77 @@ enum Control : unsigned int {
 enum Group : unsigned int { kPolarGroup = 0x9001, kModeStack, kBrightnessGroup, kSampleGroup, kColourGroup, kTabs };
 
 // All four are labelled "Brightness"; channel and input tell them apart.
-constexpr velm::Row brightness(unsigned int id, const char *name, size_t field, size_t input) {
-    return velm::percent(id, "Brightness").named(name).at(field).starting(1.0).input(input, name);
+constexpr Row brightness(unsigned int id, const char *name, size_t field, size_t input) {
+    return percent(id, "Brightness").named(name).at(field).starting(1.0).input(input, name);
 }
 
 #define AT(field) offsetof(AmbientOcclusion, field)
-constexpr velm::Parameter parameters[] = {
-    velm::choice(kMode, "Mode", modeStrings).at(AT(mode)),
-    velm::wholeNumber(kSamples, "Samples").at(AT(samples)).starting(27).input(AT(samplesInput)),
-    velm::wholeNumber(kPolarSamples1, "Polar Samples 1")
-        .at(AT(polarSamples1))
-        .starting(3)
-        .input(AT(polar1Input), "Polar 1"),
-    velm::wholeNumber(kPolarSamples2, "Polar Samples 2")
-        .at(AT(polarSamples2))
-        .starting(9)
-        .input(AT(polar2Input), "Polar 2"),
-    velm::angle(kJitterAngle, "Jitter Angle").at(AT(jitterAngle)).starting(kTwentyDegrees).input(AT(jitterAngleInput)),
-    velm::angle(kConeAngle, "Cone Angle").at(AT(coneAngle)).starting(kRightAngle).input(AT(coneAngleInput)),
-    velm::checkBox(kRanged, "Ranged").at(AT(ranged)).starting(1),
-    velm::distance(kMax, "Max").at(AT(max)).starting(5.0).input(AT(maxInput)),
-    velm::number(kShift, "Shift").at(AT(shift)).input(AT(shiftInput)),
-    velm::checkBox(kClampLow, "Clamp").at(AT(clampLow)),
-    velm::number(kLow, "Low").at(AT(low)).input(AT(lowInput)),
-    velm::checkBox(kClampHigh, "Clamp").at(AT(clampHigh)),
-    velm::number(kHigh, "High").at(AT(high)).starting(1.0).input(AT(highInput)),
-    velm::distance(kOffset, "Offset").at(AT(offset)).input(AT(offsetInput)),
-    velm::wholeNumber(kSampleDepth, "Sample Depth").at(AT(sampleDepth)).input(AT(sampleDepthInput)),
-    velm::choice(kSurfaceMode, "Color Mode", colorStrings1).at(AT(surface.mode)),
-    velm::colour(kSurfaceColour, "Srf Color").at(AT(surface.colour)).starting(1.0).input(AT(surfaceColourInput)),
+constexpr Parameter parameters[] = {
+    choice(kMode, "Mode", modeStrings).at(AT(mode)),
+    integer(kSamples, "Samples").at(AT(samples)).starting(27).input(AT(samplesInput)),
+    integer(kPolarSamples1, "Polar Samples 1").at(AT(polarSamples1)).starting(3).input(AT(polar1Input), "Polar 1"),
+    integer(kPolarSamples2, "Polar Samples 2").at(AT(polarSamples2)).starting(9).input(AT(polar2Input), "Polar 2"),
+    angle(kJitterAngle, "Jitter Angle").at(AT(jitterAngle)).starting(kTwentyDegrees).input(AT(jitterAngleInput)),
+    angle(kConeAngle, "Cone Angle").at(AT(coneAngle)).starting(kRightAngle).input(AT(coneAngleInput)),
+    checkBox(kRanged, "Ranged").at(AT(ranged)).starting(1),
+    distance(kMax, "Max").at(AT(max)).starting(5.0).input(AT(maxInput)),
+    number(kShift, "Shift").at(AT(shift)).input(AT(shiftInput)),
+    checkBox(kClampLow, "Clamp").at(AT(clampLow)),
+    number(kLow, "Low").at(AT(low)).input(AT(lowInput)),
+    checkBox(kClampHigh, "Clamp").at(AT(clampHigh)),
+    number(kHigh, "High").at(AT(high)).starting(1.0).input(AT(highInput)),
+    distance(kOffset, "Offset").at(AT(offset)).input(AT(offsetInput)),
+    integer(kSampleDepth, "Sample Depth").at(AT(sampleDepth)).input(AT(sampleDepthInput)),
+    choice(kSurfaceMode, "Color Mode", colorStrings1).at(AT(surface.mode)),
+    colour(kSurfaceColour, "Srf Color").at(AT(surface.colour)).starting(1.0).input(AT(surfaceColourInput)),
     brightness(kSurfaceBrightness, "Srf Brightness", AT(surface.brightness), AT(surfaceBrightnessInput)),
-    velm::choice(kBackgroundMode, "Color Mode", colorStrings2).at(AT(background.mode)),
-    velm::colour(kBackgroundColour, "Bg Color")
-        .at(AT(background.colour))
-        .starting(1.0)
-        .input(AT(backgroundColourInput)),
+    choice(kBackgroundMode, "Color Mode", colorStrings2).at(AT(background.mode)),
+    colour(kBackgroundColour, "Bg Color").at(AT(background.colour)).starting(1.0).input(AT(backgroundColourInput)),
     brightness(kBackgroundBrightness, "Bg Brightness", AT(background.brightness), AT(backgroundBrightnessInput)),
-    velm::choice(kOcclusionMode, "Color Mode", colorStrings1).at(AT(occlusion.mode)),
-    velm::colour(kOcclusionColour, "Occ Color").at(AT(occlusion.colour)).input(AT(occlusionColourInput)),
+    choice(kOcclusionMode, "Color Mode", colorStrings1).at(AT(occlusion.mode)),
+    colour(kOcclusionColour, "Occ Color").at(AT(occlusion.colour)).input(AT(occlusionColourInput)),
     brightness(kOcclusionBrightness, "Occ Brightness", AT(occlusion.brightness), AT(occlusionBrightnessInput)),
-    velm::choice(kLimitMode, "Color Mode", colorStrings2).at(AT(limit.mode)),
-    velm::colour(kLimitColour, "Limit Color").at(AT(limit.colour)).input(AT(limitColourInput)),
+    choice(kLimitMode, "Color Mode", colorStrings2).at(AT(limit.mode)),
+    colour(kLimitColour, "Limit Color").at(AT(limit.colour)).input(AT(limitColourInput)),
     brightness(kLimitBrightness, "Limit Brightness", AT(limit.brightness), AT(limitBrightnessInput)),
-    velm::plainInput("Function", kConnectFunction, AT(functionInput)),
-    velm::plainInput("Normal", kConnectVector, AT(normalInput)),
+    plainInput("Function", kConnectFunction, AT(functionInput)),
+    plainInput("Normal", kConnectVector, AT(normalInput)),
 };
 
-constexpr velm::Output outputs[] = {
+constexpr Output outputs[] = {
     {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
     {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
 };
 
-constexpr auto layout = velm::joinHints(
-    velm::minimumHint(kSamples, 1), velm::minimumHint(kPolarSamples1, 1), velm::minimumHint(kPolarSamples2, 1),
-    velm::rangeHint(kJitterAngle, 0, 90, 1), velm::rangeHint(kConeAngle, 0, 90, 1), velm::minimumHint(kMax, 0),
-    velm::minimumHint(kSampleDepth, 0), velm::minimumHint(kSurfaceBrightness, 0),
-    velm::minimumHint(kBackgroundBrightness, 0), velm::minimumHint(kOcclusionBrightness, 0),
-    velm::minimumHint(kLimitBrightness, 0), velm::stepHint(kShift, 1), velm::stepHint(kLow, 1),
-    velm::stepHint(kHigh, 1), velm::enforceHint(kSamples, true, false), velm::enforceHint(kPolarSamples1, true, false),
-    velm::enforceHint(kPolarSamples2, true, false), velm::enforceHint(kSampleDepth, true, false),
-    velm::groupHint(kPolarGroup, kPolarSamples1, kPolarSamples2, kJitterAngle),
-    velm::stackHint(kModeStack, kMode, kSamples, kPolarGroup), velm::enableHint(kRanged, nullptr, nullptr, kMax),
-    velm::enableHint(kClampLow, nullptr, nullptr, kLow), velm::enableHint(kClampHigh, nullptr, nullptr, kHigh),
-    velm::enableHint(kSurfaceMode, nullptr, &colorEnableStates, kSurfaceColour),
-    velm::enableHint(kBackgroundMode, nullptr, &colorEnableStates, kBackgroundColour),
-    velm::enableHint(kOcclusionMode, nullptr, &colorEnableStates, kOcclusionColour),
-    velm::enableHint(kLimitMode, nullptr, &colorEnableStates, kLimitColour),
-    velm::enableHint(kRanged, kRangedOnly, nullptr, kSurfaceMode, kSurfaceColour, kSurfaceBrightness),
-    velm::listHint(kHintNarrow, kRanged, kClampLow, kClampHigh),
-    velm::listHint(kHintLeftAlign, kMax, kShift, kLow, kHigh),
-    velm::groupHint(kBrightnessGroup, kSurfaceBrightness, kBackgroundBrightness, kOcclusionBrightness),
-    velm::groupHint(kSampleGroup, kMode, kModeStack, kConeAngle, kRanged, kMax, kShift, kClampLow, kLow, kClampHigh,
-                    kHigh, kOffset, kSampleDepth),
-    velm::labelHint(kSampleGroup, "Sample Settings"),
-    velm::groupHint(kColourGroup, kSurfaceMode, kSurfaceColour, kSurfaceBrightness, kBackgroundMode, kBackgroundColour,
-                    kBackgroundBrightness, kOcclusionMode, kOcclusionColour, kOcclusionBrightness, kLimitMode,
-                    kLimitColour, kLimitBrightness),
-    velm::labelHint(kColourGroup, "Color Settings"), velm::tabsHint(kTabs, kSampleGroup, kColourGroup));
+constexpr auto layout = joinHints(
+    minimumHint(kSamples, 1), minimumHint(kPolarSamples1, 1), minimumHint(kPolarSamples2, 1),
+    rangeHint(kJitterAngle, 0, 90, 1), rangeHint(kConeAngle, 0, 90, 1), minimumHint(kMax, 0),
+    minimumHint(kSampleDepth, 0), minimumHint(kSurfaceBrightness, 0), minimumHint(kBackgroundBrightness, 0),
+    minimumHint(kOcclusionBrightness, 0), minimumHint(kLimitBrightness, 0), stepHint(kShift, 1), stepHint(kLow, 1),
+    stepHint(kHigh, 1), enforceHint(kSamples, true, false), enforceHint(kPolarSamples1, true, false),
+    enforceHint(kPolarSamples2, true, false), enforceHint(kSampleDepth, true, false),
+    groupHint(kPolarGroup, kPolarSamples1, kPolarSamples2, kJitterAngle),
+    stackHint(kModeStack, kMode, kSamples, kPolarGroup), enableHint(kRanged, nullptr, nullptr, kMax),
+    enableHint(kClampLow, nullptr, nullptr, kLow), enableHint(kClampHigh, nullptr, nullptr, kHigh),
+    enableHint(kSurfaceMode, nullptr, &colorEnableStates, kSurfaceColour),
+    enableHint(kBackgroundMode, nullptr, &colorEnableStates, kBackgroundColour),
+    enableHint(kOcclusionMode, nullptr, &colorEnableStates, kOcclusionColour),
+    enableHint(kLimitMode, nullptr, &colorEnableStates, kLimitColour),
+    enableHint(kRanged, kRangedOnly, nullptr, kSurfaceMode, kSurfaceColour, kSurfaceBrightness),
+    listHint(kHintNarrow, kRanged, kClampLow, kClampHigh), listHint(kHintLeftAlign, kMax, kShift, kLow, kHigh),
+    groupHint(kBrightnessGroup, kSurfaceBrightness, kBackgroundBrightness, kOcclusionBrightness),
+    groupHint(kSampleGroup, kMode, kModeStack, kConeAngle, kRanged, kMax, kShift, kClampLow, kLow, kClampHigh, kHigh,
+              kOffset, kSampleDepth),
+    labelHint(kSampleGroup, "Sample Settings"),
+    groupHint(kColourGroup, kSurfaceMode, kSurfaceColour, kSurfaceBrightness, kBackgroundMode, kBackgroundColour,
+              kBackgroundBrightness, kOcclusionMode, kOcclusionColour, kOcclusionBrightness, kLimitMode, kLimitColour,
+              kLimitBrightness),
+    labelHint(kColourGroup, "Color Settings"), tabsHint(kTabs, kSampleGroup, kColourGroup));
 
-constexpr velm::FurtherService furtherServices[] = {
-    {.name = HOST_SYSTEM_ID, .rule = velm::FurtherService::Rule::systemWord},
-    {.name = HOST_BACKDROP_INFO,
-     .rule = velm::FurtherService::Rule::unlessModelling,
-     .store = velm::storeIn<bkdropinfo>},
-    {.name = HOST_TIME_INFO, .rule = velm::FurtherService::Rule::unlessModelling, .store = velm::storeIn<timeinfo>},
+constexpr FurtherService furtherServices[] = {
+    {.name = HOST_SYSTEM_ID, .rule = FurtherService::Rule::systemWord},
+    {.name = HOST_BACKDROP_INFO, .rule = FurtherService::Rule::unlessModelling, .store = storeIn<bkdropinfo>},
+    {.name = HOST_TIME_INFO, .rule = FurtherService::Rule::unlessModelling, .store = storeIn<timeinfo>},
 };
 
 const char *restartRandomStream(void *, void *) {
@@ -197,7 +182,7 @@ const char *restartRandomStream(void *, void *) {
     return nullptr;
 }
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Ambient Occlusion",
     .size = sizeof(AmbientOcclusion),
     .colour = nodeColor,
@@ -226,13 +211,13 @@ struct Resolved {
     Tinted surface, background, occlusion, limit;
 };
 
-void tinted(const ColourSettings &settings, HostInput *colour, HostInput *brightness, const velm::Inputs &inputs,
+void tinted(const ColourSettings &settings, HostInput *colour, HostInput *brightness, const Inputs &inputs,
             Tinted &result) {
     inputs.read(settings.colour, colour, result.colour);
     result.brightness = inputs.read(settings.brightness, brightness);
 }
 
-void resolve(const AmbientOcclusion &self, const velm::Inputs &inputs, Resolved &r) {
+void resolve(const AmbientOcclusion &self, const Inputs &inputs, Resolved &r) {
     r.coneAngle = inputs.read(self.coneAngle, self.coneAngleInput);
     r.max = inputs.read(self.max, self.maxInput);
     r.shift = inputs.read(self.shift, self.shiftInput);
@@ -254,7 +239,7 @@ double AmbientOcclusion_weightSample(bool ranged, double distance, double max, d
 }
 
 // The weight after the curve connected to "Function" and the two clamps. A low clamp that takes hold ends the matter.
-double shapedWeight(const AmbientOcclusion &self, const velm::Inputs &inputs, double distance, const Resolved &r) {
+double shapedWeight(const AmbientOcclusion &self, const Inputs &inputs, double distance, const Resolved &r) {
     double weight = AmbientOcclusion_weightSample(self.ranged != 0, distance, r.max, r.shift);
     inputs.evaluate(self.functionInput, &weight);
     if (self.clampLow && weight > 1 - r.low) return 1 - r.low;
@@ -273,14 +258,13 @@ const double *seenColour(int mode, const Tinted &custom, const double direction[
     return room;
 }
 
-void sampleColour(const AmbientOcclusion &self, const velm::Inputs &inputs, const double origin[3],
-                  const double direction[3], const Resolved &r, double accumulator[3]) {
+void sampleColour(const AmbientOcclusion &self, const Inputs &inputs, const double origin[3], const double direction[3],
+                  const Resolved &r, double accumulator[3]) {
     const ShadingSample &sample = *inputs.sample();
     double traced[3] = {0, 0, 0};
     const bool traces = (self.ranged && self.surface.mode == kTrace) || self.occlusion.mode == kTrace;
-    const double distance = traces
-                                ? velm::traceRay(sample, origin, direction, traced, sample.refractionIndex, kTraceRay)
-                                : velm::castRay(sample, origin, direction);
+    const double distance = traces ? traceRay(sample, origin, direction, traced, sample.refractionIndex, kTraceRay)
+                                   : castRay(sample, origin, direction);
     const double weight = shapedWeight(self, inputs, distance, r);
 
     // All three, whether the ray shows them or not: a backdrop may be made of nodes that draw from the random stream.
@@ -296,11 +280,11 @@ void sampleColour(const AmbientOcclusion &self, const velm::Inputs &inputs, cons
 }
 
 // Casts one ray and adds what it brings: for "Scalar", its weight in the first component.
-void AmbientOcclusion_sample(const AmbientOcclusion &self, const velm::Inputs &inputs, const HostOutput *output,
+void AmbientOcclusion_sample(const AmbientOcclusion &self, const Inputs &inputs, const HostOutput *output,
                              const double origin[3], const double direction[3], const Resolved &r,
                              double accumulator[3]) {
     if (output == self.scalarOutput)
-        accumulator[0] += shapedWeight(self, inputs, velm::castRay(*inputs.sample(), origin, direction), r);
+        accumulator[0] += shapedWeight(self, inputs, castRay(*inputs.sample(), origin, direction), r);
     else
         sampleColour(self, inputs, origin, direction, r, accumulator);
 }
@@ -309,7 +293,7 @@ void AmbientOcclusion_sampleLimit(const AmbientOcclusion &self, const ShadingSam
                                   double result[3]) {
     double view[3], room[3];
     for (int i = 0; i < 3; ++i) view[i] = sample->position[i] - sample->raySource[i];
-    velm::normalise(view);
+    normalise(view);
     const double *colour = seenColour(self.limit.mode, limit, view, nullptr, room);
     for (int i = 0; i < 3; ++i) result[i] = colour[i] * limit.brightness;
 }
@@ -333,8 +317,8 @@ struct Run {
 // With theta 0, the axis.
 void AmbientOcclusion_rotateAroundVector(Run &run, int count, const Turn &turn) {
     double sinTheta[kRun], cosTheta[kRun], sinPhi[kRun], cosPhi[kRun];
-    velm::sinesAndCosines(run.theta, count, sinTheta, cosTheta);
-    velm::sinesAndCosines(run.phi, count, sinPhi, cosPhi);
+    sinesAndCosines(run.theta, count, sinTheta, cosTheta);
+    sinesAndCosines(run.phi, count, sinPhi, cosPhi);
     for (int i = 0; i < count; ++i) {
         const double x = cosTheta[i], y = sinTheta[i] * sinPhi[i], z = sinTheta[i] * cosPhi[i];
         const double level = x * turn.cosPitch - y * turn.sinPitch;
@@ -347,7 +331,7 @@ void AmbientOcclusion_rotateAroundVector(Run &run, int count, const Turn &turn) 
 // The rays of one evaluation: where they start, how they are counted, what they have brought.
 struct Gathering {
     const AmbientOcclusion &self;
-    const velm::Inputs &inputs;
+    const Inputs &inputs;
     const HostOutput *output;
     const Resolved &resolved;
     double origin[3];
@@ -424,7 +408,7 @@ static void AmbientOcclusion_Evaluate(void *instance, ShadingSample *sample, Hos
         services.nodeOutputFunc->setValue(value, result);
         return;
     }
-    const velm::Inputs inputs(services, sample);
+    const Inputs inputs(services, sample);
     Resolved resolved;
     resolve(self, inputs, resolved);
     Gathering rays = {.self = self, .inputs = inputs, .output = output, .resolved = resolved, .origin = {}, .axis = {}};
@@ -441,6 +425,8 @@ static void AmbientOcclusion_Evaluate(void *instance, ShadingSample *sample, Hos
     services.nodeOutputFunc->setValue(value, result);
 }
 
-VELM_DEFINE_TAGS(AmbientOcclusion, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(AmbientOcclusion, unit)
-VELM_DEFINE_PANEL(AmbientOcclusion, unit, parameters, layout)
+VELM_DEFINE_TAGS(AmbientOcclusion, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(AmbientOcclusion, nodeClass)
+VELM_DEFINE_PANEL(AmbientOcclusion, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

@@ -5,77 +5,76 @@
 // Odd on purpose: the "Normal" parameter is created and takes part in nothing, only the input of that name does; a
 // miss sends the map to work only when the host reports it as exactly -1; and without blur a single ray still draws its
 // noise, so that the module's random stream runs as it always has.
-#include "module/glossy.h"
+#include "module/servers.h"
+#include "shading/glossy.h"
 
-VELM_DECLARE_TAGS(GaussianReflections);
-VELM_DECLARE_NODE(GaussianReflections);
-VELM_DECLARE_PANEL(GaussianReflections);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static const HostImageList *imglist;
 static const HostNodeUtilityFuncs *nodeutilf;
 static HostFileRequestFunc *filereq;
 static const HostBackdropInfo *bkdropinfo;
 static const HostTimeInfo *timeinfo;
-static velm::ImageRequest imageRequest;
+static ImageRequest imageRequest;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
 
 struct GaussianReflections {
-    velm::GlossyLook look;
-    velm::GlossySpread spread;
-    velm::GlossyHandles handles;
+    GlossyLook look;
+    GlossySpread spread;
+    GlossyHandles handles;
 };
 
 enum Control : unsigned int {
-    kMode = velm::kFirstControl,
+    kMode = kFirstControl,
     kImage,
     kSeamAngle,
     kTint,
-    kColor,
+    kColour,
     kBlur,
     kSamples,
     kBlurDepth,
 };
 
 #define AT(field) offsetof(GaussianReflections, field)
-constexpr velm::ImagePopup imagePopup = {.services = services,
-                                         .imglist = imglist,
-                                         .filereq = filereq,
-                                         .request = imageRequest,
-                                         .control = kImage,
-                                         .choice = AT(look.image),
-                                         .panel = AT(handles.panel)};
+constexpr ImagePopup imagePopup = {.services = services,
+                                   .imglist = imglist,
+                                   .filereq = filereq,
+                                   .request = imageRequest,
+                                   .control = kImage,
+                                   .choice = AT(look.image),
+                                   .panel = AT(handles.panel)};
 
-int GaussianReflections_getImageCount(void *instance) { return velm::getImageCount(imagePopup, instance); }
+int GaussianReflections_getImageCount(void *instance) { return getImageCount(imagePopup, instance); }
 const char *GaussianReflections_getImageName(void *instance, int index) {
-    return velm::getImageName(imagePopup, instance, index);
+    return getImageName(imagePopup, instance, index);
 }
 
-constexpr velm::Parameter parameters[] = {
-    velm::glossyModeRow(kMode, AT(look)),
-    velm::glossyImageRow(kImage, AT(look), GaussianReflections_getImageCount, GaussianReflections_getImageName),
-    velm::glossySeamRow(kSeamAngle, AT(look), AT(handles)),
-    velm::checkBox(kTint, "Tint Reflections").at(AT(look.tint)),
-    velm::glossyColourRow(kColor, AT(look), AT(handles)),
-    velm::glossyBlurRow(kBlur, "Reflection Blur", AT(spread), AT(handles)),
-    velm::glossySamplesRow(kSamples, AT(spread), AT(handles)),
-    velm::glossyDepthRow(kBlurDepth, AT(spread), AT(handles)),
-    velm::glossyNormalRow(AT(spread), AT(handles)),
+constexpr Parameter parameters[] = {
+    glossyModeRow(kMode, AT(look)),
+    glossyImageRow(kImage, AT(look), GaussianReflections_getImageCount, GaussianReflections_getImageName),
+    glossySeamRow(kSeamAngle, AT(look), AT(handles)),
+    checkBox(kTint, "Tint Reflections").at(AT(look.tint)),
+    glossyColourRow(kColour, AT(look), AT(handles)),
+    glossyBlurRow(kBlur, "Reflection Blur", AT(spread), AT(handles)),
+    glossySamplesRow(kSamples, AT(spread), AT(handles)),
+    glossyDepthRow(kBlurDepth, AT(spread), AT(handles)),
+    glossyNormalRow(AT(spread), AT(handles)),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(handles.output)}};
+constexpr Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(handles.output)}};
 
-constexpr auto layout = velm::joinHints(velm::minimumHint(kSamples, 1), velm::minimumHint(kBlurDepth, 0),
-                                        velm::enableHint(kTint, nullptr, nullptr, kColor));
+constexpr auto layout =
+    joinHints(minimumHint(kSamples, 1), minimumHint(kBlurDepth, 0), enableHint(kTint, nullptr, nullptr, kColour));
 
-constexpr velm::NodeUnit unit = velm::glossyUnit<imagePopup>({
+constexpr NodeClass nodeClass = glossyClass<imagePopup>({
     .name = "Gaussian Reflections",
     .size = sizeof(GaussianReflections),
     .colour = nodeColor,
     .services = &services,
-    .furtherServices = velm::glossyServiceRows<imglist, nodeutilf, filereq, bkdropinfo, timeinfo>,
+    .furtherServices = glossyServiceRows<imglist, nodeutilf, filereq, bkdropinfo, timeinfo>,
     .parameters = parameters,
     .outputs = outputs,
     .node = AT(handles.node),
@@ -84,7 +83,7 @@ constexpr velm::NodeUnit unit = velm::glossyUnit<imagePopup>({
 });
 #undef AT
 
-constexpr velm::GlossyServices glossy = {imglist, nodeutilf, bkdropinfo, timeinfo};
+constexpr GlossyServices glossy = {imglist, nodeutilf, bkdropinfo, timeinfo};
 
 } // namespace
 
@@ -92,19 +91,21 @@ static void GaussianReflections_Evaluate(void *instance, ShadingSample *sample, 
     const auto &self = *static_cast<const GaussianReflections *>(instance);
     double result[3] = {0, 0, 0};
     if (!(sample->rayFlags & kRayShadow)) {
-        velm::GlossySettings settings;
-        const velm::Inputs inputs(services, sample);
+        GlossySettings settings;
+        const Inputs inputs(services, sample);
         inputs.read(self.look.colour, self.handles.colourInput, settings.colour);
-        settings.seamAngle = velm::readSeamAngle(inputs, self.look, self.handles);
-        velm::readSpread(inputs, self.spread, self.handles, settings);
+        settings.seamAngle = readSeamAngle(inputs, self.look, self.handles);
+        readSpread(inputs, self.spread, self.handles, settings);
         const auto bend = [sample](const double view[3], const double normal[3]) {
-            return velm::mirrored(view, normal, sample->refractionIndex);
+            return mirrored(view, normal, sample->refractionIndex);
         };
-        velm::gatherGlossy(glossy, self.look, settings, self.handles, kTraceReflection, inputs, bend, result);
+        gatherGlossy(glossy, self.look, settings, self.handles, kTraceReflection, inputs, bend, result);
     }
     services.nodeOutputFunc->setValue(value, result);
 }
 
-VELM_DEFINE_TAGS(GaussianReflections, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(GaussianReflections, unit)
-VELM_DEFINE_PANEL(GaussianReflections, unit, parameters, layout)
+VELM_DEFINE_TAGS(GaussianReflections, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(GaussianReflections, nodeClass)
+VELM_DEFINE_PANEL(GaussianReflections, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

@@ -4,85 +4,84 @@
 //
 // Odd on purpose: a shadow ray gets white, or the tint, so that a refracting surface never blocks one; at exactly the
 // critical angle the ray refracts; and, as there, the "Normal" parameter takes part in nothing.
-#include "module/glossy.h"
+#include "module/servers.h"
+#include "shading/glossy.h"
 
-VELM_DECLARE_TAGS(GaussianRefractions);
-VELM_DECLARE_NODE(GaussianRefractions);
-VELM_DECLARE_PANEL(GaussianRefractions);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static const HostImageList *imglist;
 static const HostNodeUtilityFuncs *nodeutilf;
 static HostFileRequestFunc *filereq;
 static const HostBackdropInfo *bkdropinfo;
 static const HostTimeInfo *timeinfo;
-static velm::ImageRequest imageRequest;
+static ImageRequest imageRequest;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
 
 struct GaussianRefractions {
-    velm::GlossyLook look;
-    velm::ScalarParameter refractionIndex;
-    velm::GlossySpread spread;
-    velm::GlossyHandles handles;
+    GlossyLook look;
+    ScalarParameter refractionIndex;
+    GlossySpread spread;
+    GlossyHandles handles;
     HostInput *iorInput;
 };
 
 enum Control : unsigned int {
-    kMode = velm::kFirstControl,
+    kMode = kFirstControl,
     kImage,
     kSeamAngle,
     kRefractionIndex,
     kTint,
-    kColor,
+    kColour,
     kBlur,
     kSamples,
     kBlurDepth,
 };
 
 #define AT(field) offsetof(GaussianRefractions, field)
-constexpr velm::ImagePopup imagePopup = {.services = services,
-                                         .imglist = imglist,
-                                         .filereq = filereq,
-                                         .request = imageRequest,
-                                         .control = kImage,
-                                         .choice = AT(look.image),
-                                         .panel = AT(handles.panel)};
+constexpr ImagePopup imagePopup = {.services = services,
+                                   .imglist = imglist,
+                                   .filereq = filereq,
+                                   .request = imageRequest,
+                                   .control = kImage,
+                                   .choice = AT(look.image),
+                                   .panel = AT(handles.panel)};
 
-int GaussianRefractions_getImageCount(void *instance) { return velm::getImageCount(imagePopup, instance); }
+int GaussianRefractions_getImageCount(void *instance) { return getImageCount(imagePopup, instance); }
 const char *GaussianRefractions_getImageName(void *instance, int index) {
-    return velm::getImageName(imagePopup, instance, index);
+    return getImageName(imagePopup, instance, index);
 }
 
-constexpr velm::Parameter parameters[] = {
-    velm::glossyModeRow(kMode, AT(look)),
-    velm::glossyImageRow(kImage, AT(look), GaussianRefractions_getImageCount, GaussianRefractions_getImageName),
-    velm::glossySeamRow(kSeamAngle, AT(look), AT(handles)),
-    velm::number(kRefractionIndex, "Refraction Index")
+constexpr Parameter parameters[] = {
+    glossyModeRow(kMode, AT(look)),
+    glossyImageRow(kImage, AT(look), GaussianRefractions_getImageCount, GaussianRefractions_getImageName),
+    glossySeamRow(kSeamAngle, AT(look), AT(handles)),
+    number(kRefractionIndex, "Refraction Index")
         .at(AT(refractionIndex))
         .starting(1.0)
         .input(AT(iorInput), "IOR")
-        .late(),
-    velm::checkBox(kTint, "Tint Refractions").at(AT(look.tint)),
-    velm::glossyColourRow(kColor, AT(look), AT(handles)),
-    velm::glossyBlurRow(kBlur, "Refraction Blur", AT(spread), AT(handles)),
-    velm::glossySamplesRow(kSamples, AT(spread), AT(handles)),
-    velm::glossyDepthRow(kBlurDepth, AT(spread), AT(handles)),
-    velm::glossyNormalRow(AT(spread), AT(handles)),
+        .createdLast(),
+    checkBox(kTint, "Tint Refractions").at(AT(look.tint)),
+    glossyColourRow(kColour, AT(look), AT(handles)),
+    glossyBlurRow(kBlur, "Refraction Blur", AT(spread), AT(handles)),
+    glossySamplesRow(kSamples, AT(spread), AT(handles)),
+    glossyDepthRow(kBlurDepth, AT(spread), AT(handles)),
+    glossyNormalRow(AT(spread), AT(handles)),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(handles.output)}};
+constexpr Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(handles.output)}};
 
-constexpr auto layout = velm::joinHints(velm::minimumHint(kSamples, 1), velm::minimumHint(kBlurDepth, 0),
-                                        velm::enableHint(kTint, nullptr, nullptr, kColor));
+constexpr auto layout =
+    joinHints(minimumHint(kSamples, 1), minimumHint(kBlurDepth, 0), enableHint(kTint, nullptr, nullptr, kColour));
 
-constexpr velm::NodeUnit unit = velm::glossyUnit<imagePopup>({
+constexpr NodeClass nodeClass = glossyClass<imagePopup>({
     .name = "Gaussian Refractions",
     .size = sizeof(GaussianRefractions),
     .colour = nodeColor,
     .services = &services,
-    .furtherServices = velm::glossyServiceRows<imglist, nodeutilf, filereq, bkdropinfo, timeinfo>,
+    .furtherServices = glossyServiceRows<imglist, nodeutilf, filereq, bkdropinfo, timeinfo>,
     .parameters = parameters,
     .outputs = outputs,
     .node = AT(handles.node),
@@ -91,18 +90,18 @@ constexpr velm::NodeUnit unit = velm::glossyUnit<imagePopup>({
 });
 #undef AT
 
-constexpr velm::GlossyServices glossy = {imglist, nodeutilf, bkdropinfo, timeinfo};
+constexpr GlossyServices glossy = {imglist, nodeutilf, bkdropinfo, timeinfo};
 
 // Where a view direction goes at a normal, from a medium of index `from` into one of index `into`: Snell's law in
 // vector form, as in Andrew Glassner (ed.), "An Introduction to Ray Tracing", 1989, for a normal on either side.
-velm::GlossyRay refracted(const double view[3], const double normal[3], double from, double into) {
-    const double cosine = velm::dot(view, normal);
-    if (from > into && std::asin(into / from) < std::acos(-cosine)) return velm::mirrored(view, normal, from);
+GlossyRay refracted(const double view[3], const double normal[3], double from, double into) {
+    const double cosine = dot(view, normal);
+    if (from > into && std::asin(into / from) < std::acos(-cosine)) return mirrored(view, normal, from);
     const double ratio = from / into;
     const double inside = ratio * ratio * (cosine * cosine - 1) + 1;
     const double k = inside > 0 ? std::sqrt(inside) : 0; // 0 at the critical angle, where rounding may go below
     const double along = (cosine >= 0 ? k : -k) - ratio * cosine;
-    velm::GlossyRay ray = {.direction = {}, .eta = into};
+    GlossyRay ray = {.direction = {}, .eta = into};
     for (int i = 0; i < 3; ++i) ray.direction[i] = ratio * view[i] + along * normal[i];
     return ray;
 }
@@ -111,24 +110,26 @@ velm::GlossyRay refracted(const double view[3], const double normal[3], double f
 
 static void GaussianRefractions_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const GaussianRefractions *>(instance);
-    velm::GlossySettings settings;
-    const velm::Inputs inputs(services, sample);
+    GlossySettings settings;
+    const Inputs inputs(services, sample);
     inputs.read(self.look.colour, self.handles.colourInput, settings.colour);
     double result[3] = {1, 1, 1};
     if (sample->rayFlags & kRayShadow) {
         services.nodeOutputFunc->setValue(value, self.look.tint ? settings.colour : result);
         return;
     }
-    settings.seamAngle = velm::readSeamAngle(inputs, self.look, self.handles);
+    settings.seamAngle = readSeamAngle(inputs, self.look, self.handles);
     const double index = inputs.read(self.refractionIndex, self.iorInput);
-    velm::readSpread(inputs, self.spread, self.handles, settings);
+    readSpread(inputs, self.spread, self.handles, settings);
     const auto bend = [sample, index](const double view[3], const double normal[3]) {
         return refracted(view, normal, sample->refractionIndex, index);
     };
-    velm::gatherGlossy(glossy, self.look, settings, self.handles, kTraceRefraction, inputs, bend, result);
+    gatherGlossy(glossy, self.look, settings, self.handles, kTraceRefraction, inputs, bend, result);
     services.nodeOutputFunc->setValue(value, result);
 }
 
-VELM_DEFINE_TAGS(GaussianRefractions, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(GaussianRefractions, unit)
-VELM_DEFINE_PANEL(GaussianRefractions, unit, parameters, layout)
+VELM_DEFINE_TAGS(GaussianRefractions, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(GaussianRefractions, nodeClass)
+VELM_DEFINE_PANEL(GaussianRefractions, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

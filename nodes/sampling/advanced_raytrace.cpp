@@ -6,30 +6,28 @@
 //
 // Odd on purpose: nothing is normalised or offset, and each output that is read traces a ray of its own; the refraction
 // index is "IOR" as an input and in files; a mode that a file holds and the list does not is handed on as it is.
-#include "module/panel.h"
-#include "module/rays.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/rays.h"
 
-VELM_DECLARE_TAGS(AdvRayTrace);
-VELM_DECLARE_NODE(AdvRayTrace);
-VELM_DECLARE_PANEL(AdvRayTrace);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
 
 struct AdvRayTrace {
-    velm::TripleParameter position, direction;
+    Vec3Parameter position, direction;
     int mode;
-    velm::ScalarParameter ior;
-    velm::TripleParameter color;
+    ScalarParameter ior;
+    Vec3Parameter colour;
     int backshade, backdrop, object, sampledRay, noPolygon;
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
-    HostInput *positionInput, *directionInput, *iorInput, *colorInput;
-    HostOutput *colorOutput, *lengthOutput;
+    HostInput *positionInput, *directionInput, *iorInput, *colourInput;
+    HostOutput *colourOutput, *lengthOutput;
 };
 
 constexpr const char *modeStrings[] = {"Distance", "Reflection", "Refraction", "Dissolve",
@@ -38,11 +36,11 @@ constexpr int modeValues[] = {kTraceDistance, kTraceReflection, kTraceRefraction
                               kTraceShadow,   kTraceOcclusion,  kTraceBackdrop};
 
 enum Control : unsigned int {
-    kPosition = velm::kFirstControl,
+    kPosition = kFirstControl,
     kDirection,
     kMode,
     kRefractionIndex,
-    kColor,
+    kColour,
     kBackshade,
     kBackdrop,
     kObject,
@@ -57,7 +55,7 @@ enum Block : unsigned int {
     kBlockDirection = 0x52444952,  // "RDIR"
     kBlockMode = 0x4d4f4445,       // "MODE"
     kBlockIor = 0x52494f52,        // "RIOR"
-    kBlockColor = 0x434f4c4f,      // "COLO"
+    kBlockColour = 0x434f4c4f,     // "COLO"
     kBlockBackshade = 0x42534841,  // "BSHA"
     kBlockBackdrop = 0x4244524f,   // "BDRO"
     kBlockObject = 0x4f424a45,     // "OBJE"
@@ -66,38 +64,38 @@ enum Block : unsigned int {
 };
 
 #define AT(field) offsetof(AdvRayTrace, field)
-constexpr velm::Parameter parameters[] = {
-    velm::position(kPosition, "Position").at(AT(position)).input(AT(positionInput)).inBlock(kBlockPosition, "Position"),
-    velm::direction(kDirection, "Direction")
+constexpr Parameter parameters[] = {
+    position(kPosition, "Position").at(AT(position)).input(AT(positionInput)).inBlock(kBlockPosition, "Position"),
+    direction(kDirection, "Direction")
         .at(AT(direction))
         .input(AT(directionInput))
         .inBlock(kBlockDirection, "Direction"),
-    velm::popup(kMode, "Mode", modeStrings).storing(modeValues).at(AT(mode)).inBlock(kBlockMode, "Mode"),
-    velm::number(kRefractionIndex, "Refraction Index")
+    popup(kMode, "Mode", modeStrings).storing(modeValues).at(AT(mode)).inBlock(kBlockMode, "Mode"),
+    number(kRefractionIndex, "Refraction Index")
         .at(AT(ior))
         .starting(1.0)
         .input(AT(iorInput), "IOR")
         .inBlock(kBlockIor, "IOR"),
-    velm::colour(kColor, "Color").at(AT(color)).starting(0.78431).input(AT(colorInput)).inBlock(kBlockColor, "Color"),
-    velm::checkBox(kBackshade, "Backshade").at(AT(backshade)).inBlock(kBlockBackshade, "Backshade"),
-    velm::checkBox(kBackdrop, "Backdrop").at(AT(backdrop)).inBlock(kBlockBackdrop, "Backdrop"),
-    velm::checkBox(kObject, "Object").at(AT(object)).inBlock(kBlockObject, "Object"),
-    velm::checkBox(kSampledRay, "Sampled Ray").at(AT(sampledRay)).inBlock(kBlockSampledRay, "Sampled Ray"),
-    velm::checkBox(kNoPolygon, "No Polygon").at(AT(noPolygon)).inBlock(kBlockNoPolygon, "No Polygon"),
+    colour(kColour, "Color").at(AT(colour)).starting(0.78431).input(AT(colourInput)).inBlock(kBlockColour, "Color"),
+    checkBox(kBackshade, "Backshade").at(AT(backshade)).inBlock(kBlockBackshade, "Backshade"),
+    checkBox(kBackdrop, "Backdrop").at(AT(backdrop)).inBlock(kBlockBackdrop, "Backdrop"),
+    checkBox(kObject, "Object").at(AT(object)).inBlock(kBlockObject, "Object"),
+    checkBox(kSampledRay, "Sampled Ray").at(AT(sampledRay)).inBlock(kBlockSampledRay, "Sampled Ray"),
+    checkBox(kNoPolygon, "No Polygon").at(AT(noPolygon)).inBlock(kBlockNoPolygon, "No Polygon"),
 };
 
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
     {.name = "Length", .type = kConnectScalar, .field = AT(lengthOutput)},
 };
 
 constexpr auto layout =
-    velm::joinHints(velm::groupHint(kSettingsGroup, kPosition, kDirection), velm::labelHint(kSettingsGroup, "Settings"),
-                    velm::groupHint(kAdvancedGroup, kMode, kRefractionIndex, kColor, kBackshade, kBackdrop, kObject,
-                                    kSampledRay, kNoPolygon),
-                    velm::labelHint(kAdvancedGroup, "Advanced"), velm::tabsHint(kTabs, kSettingsGroup, kAdvancedGroup));
+    joinHints(groupHint(kSettingsGroup, kPosition, kDirection), labelHint(kSettingsGroup, "Settings"),
+              groupHint(kAdvancedGroup, kMode, kRefractionIndex, kColour, kBackshade, kBackdrop, kObject, kSampledRay,
+                        kNoPolygon),
+              labelHint(kAdvancedGroup, "Advanced"), tabsHint(kTabs, kSettingsGroup, kAdvancedGroup));
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Advanced RayTrace",
     .size = sizeof(AdvRayTrace),
     .colour = nodeColor,
@@ -122,19 +120,21 @@ unsigned int modeWord(const AdvRayTrace &self) {
 
 static void AdvRayTrace_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const AdvRayTrace *>(instance);
-    const velm::Inputs inputs(services, sample);
-    double position[3], direction[3], color[3];
+    const Inputs inputs(services, sample);
+    double position[3], direction[3], colour[3];
     inputs.read(self.position, self.positionInput, position);
     inputs.read(self.direction, self.directionInput, direction);
     const double eta = inputs.read(self.ior, self.iorInput);
-    inputs.read(self.color, self.colorInput, color);
-    const double length = velm::traceRay(*sample, position, direction, color, eta, modeWord(self));
-    if (output == self.colorOutput)
-        services.nodeOutputFunc->setValue(value, color);
+    inputs.read(self.colour, self.colourInput, colour);
+    const double length = traceRay(*sample, position, direction, colour, eta, modeWord(self));
+    if (output == self.colourOutput)
+        services.nodeOutputFunc->setValue(value, colour);
     else
         services.nodeOutputFunc->setValue(value, &length);
 }
 
-VELM_DEFINE_TAGS(AdvRayTrace, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(AdvRayTrace, unit)
-VELM_DEFINE_PANEL(AdvRayTrace, unit, parameters, layout)
+VELM_DEFINE_TAGS(AdvRayTrace, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(AdvRayTrace, nodeClass)
+VELM_DEFINE_PANEL(AdvRayTrace, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

@@ -4,20 +4,18 @@
 // for every user of it, so that a scene opened afresh renders the same again; and bounds the wrong way round are no
 // mistake, but give the numbers between them.
 #include "random/random.h"
-#include "module/panel.h"
 #include "module/rows.h"
+#include "module/servers.h"
 
-VELM_DECLARE_TAGS(Random);
-VELM_DECLARE_NODE(Random);
-VELM_DECLARE_PANEL(Random);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
 
 struct Random {
-    velm::ScalarParameter min, max;
+    ScalarParameter min, max;
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
@@ -25,22 +23,22 @@ struct Random {
     HostOutput *output;
 };
 
-enum Control : unsigned int { kMin = velm::kFirstControl, kMax };
+enum Control : unsigned int { kMin = kFirstControl, kMax };
 
 #define AT(field) offsetof(Random, field)
-constexpr velm::Parameter parameters[] = {
-    velm::number(kMin, "Min").at(AT(min)).input(AT(minInput)),
-    velm::number(kMax, "Max").at(AT(max)).starting(1.0).input(AT(maxInput)),
+constexpr Parameter parameters[] = {
+    number(kMin, "Min").at(AT(min)).input(AT(minInput)),
+    number(kMax, "Max").at(AT(max)).starting(1.0).input(AT(maxInput)),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(output)}};
+constexpr Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(output)}};
 
 const char *restartRandomStream(void *, void *) {
     init_genrand(kCreationSeed);
     return nullptr;
 }
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Random",
     .size = sizeof(Random),
     .colour = nodeColor,
@@ -59,13 +57,15 @@ constexpr velm::NodeUnit unit = {
 
 static void Random_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const Random *>(instance);
-    const velm::Inputs inputs(services, sample);
+    const Inputs inputs(services, sample);
     const double low = inputs.read(self.min, self.minInput);
     const double high = inputs.read(self.max, self.maxInput);
     const double result = low + (high - low) * genrand_real1();
     services.nodeOutputFunc->setValue(value, &result);
 }
 
-VELM_DEFINE_TAGS(Random, unit, "Velm's Nodes/Math")
-VELM_DEFINE_NODE(Random, unit)
-VELM_DEFINE_PANEL(Random, unit, parameters, velm::kPlainLayout)
+VELM_DEFINE_TAGS(Random, nodeClass, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(Random, nodeClass)
+VELM_DEFINE_PANEL(Random, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

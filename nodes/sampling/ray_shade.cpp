@@ -3,42 +3,40 @@
 //
 // Odd on purpose: nothing is normalised or offset, so that the artist's own network decides; each output that is read
 // fires a ray of its own; and "Position" is shown as lengths though its parameter holds plain numbers.
-#include "module/panel.h"
-#include "module/rays.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/rays.h"
 
-VELM_DECLARE_TAGS(RayShade);
-VELM_DECLARE_NODE(RayShade);
-VELM_DECLARE_PANEL(RayShade);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
 
 struct RayShade {
-    velm::TripleParameter position, direction;
+    Vec3Parameter position, direction;
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
     HostInput *positionInput, *directionInput;
-    HostOutput *colorOutput, *lengthOutput;
+    HostOutput *colourOutput, *lengthOutput;
 };
 
-enum Control : unsigned int { kPosition = velm::kFirstControl, kDirection };
+enum Control : unsigned int { kPosition = kFirstControl, kDirection };
 
 #define AT(field) offsetof(RayShade, field)
-constexpr velm::Parameter parameters[] = {
-    velm::position(kPosition, "Position").at(AT(position)).input(AT(positionInput)),
-    velm::direction(kDirection, "Direction").at(AT(direction)).input(AT(directionInput)),
+constexpr Parameter parameters[] = {
+    position(kPosition, "Position").at(AT(position)).input(AT(positionInput)),
+    direction(kDirection, "Direction").at(AT(direction)).input(AT(directionInput)),
 };
 
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
     {.name = "Length", .type = kConnectScalar, .field = AT(lengthOutput)},
 };
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "RayShade",
     .size = sizeof(RayShade),
     .colour = nodeColor,
@@ -56,19 +54,21 @@ constexpr velm::NodeUnit unit = {
 
 static void RayShade_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const RayShade *>(instance);
-    const velm::Inputs inputs(services, sample);
+    const Inputs inputs(services, sample);
     double position[3], direction[3];
     inputs.read(self.position, self.positionInput, position);
     inputs.read(self.direction, self.directionInput, direction);
     HostRayHitRoom room;
     for (double &component : room.hit.colour) component = 0;
-    const double length = velm::shadeRay(*sample, position, direction, &room.hit);
-    if (output == self.colorOutput)
+    const double length = shadeRay(*sample, position, direction, &room.hit);
+    if (output == self.colourOutput)
         services.nodeOutputFunc->setValue(value, room.hit.colour);
     else
         services.nodeOutputFunc->setValue(value, &length);
 }
 
-VELM_DEFINE_TAGS(RayShade, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(RayShade, unit)
-VELM_DEFINE_PANEL(RayShade, unit, parameters, velm::kPlainLayout)
+VELM_DEFINE_TAGS(RayShade, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(RayShade, nodeClass)
+VELM_DEFINE_PANEL(RayShade, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

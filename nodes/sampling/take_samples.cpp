@@ -5,26 +5,24 @@
 // first, so that with a low above the high the high wins. The cost is the input's, times "Samples"; there is no limit.
 //
 // Odd on purpose: the last two modes of the list do what "Additive" does, as they always have in saved scenes.
-#include "module/panel.h"
 #include "module/rows.h"
+#include "module/servers.h"
 
 #include <limits>
 
-VELM_DECLARE_TAGS(TakeSamples);
-VELM_DECLARE_NODE(TakeSamples);
-VELM_DECLARE_PANEL(TakeSamples);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
 
 struct Channel {
-    velm::ScalarParameter shift;
+    ScalarParameter shift;
     int clampLow;
-    velm::ScalarParameter low;
+    ScalarParameter low;
     int clampHigh;
-    velm::ScalarParameter high;
+    ScalarParameter high;
 };
 struct ChannelInputs {
     HostInput *shift, *low, *high;
@@ -38,7 +36,7 @@ struct TakeSamples {
     HostNode *node;
     HostInput *modeInput, *samplesInput;
     ChannelInputs redInputs, greenInputs, blueInputs;
-    HostInput *colorInput;
+    HostInput *colourInput;
     HostOutput *output;
 };
 
@@ -47,7 +45,7 @@ constexpr const char *modeStrings[] = {"Average",  "Minimum",     "Maximum",  "D
                                        "Additive", "Subtractive", "Multiply", nullptr};
 
 enum Control : unsigned int {
-    kMode = velm::kFirstControl,
+    kMode = kFirstControl,
     kSamples,
     kRedShift,
     kRedClampLow,
@@ -69,38 +67,34 @@ enum Control : unsigned int {
 #define AT(field) offsetof(TakeSamples, field)
 // NOLINTBEGIN(bugprone-macro-parentheses): `channel` names a member
 #define CHANNEL(letter, first, channel)                                                                                \
-    velm::number(first, letter " Shift").at(AT(channel.shift)).input(AT(channel##Inputs.shift)),                       \
-        velm::checkBox(first + 1, "Clamp").at(AT(channel.clampLow)),                                                   \
-        velm::number(first + 2, letter " Low").at(AT(channel.low)).input(AT(channel##Inputs.low)),                     \
-        velm::checkBox(first + 3, "Clamp").at(AT(channel.clampHigh)),                                                  \
-        velm::number(first + 4, letter " High").at(AT(channel.high)).starting(1.0).input(AT(channel##Inputs.high))
+    number(first, letter " Shift").at(AT(channel.shift)).input(AT(channel##Inputs.shift)),                             \
+        checkBox(first + 1, "Clamp").at(AT(channel.clampLow)),                                                         \
+        number(first + 2, letter " Low").at(AT(channel.low)).input(AT(channel##Inputs.low)),                           \
+        checkBox(first + 3, "Clamp").at(AT(channel.clampHigh)),                                                        \
+        number(first + 4, letter " High").at(AT(channel.high)).starting(1.0).input(AT(channel##Inputs.high))
 // NOLINTEND(bugprone-macro-parentheses)
-constexpr velm::Parameter parameters[] = {
-    velm::popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
-    velm::wholeNumber(kSamples, "Samples").at(AT(samples)).starting(12).input(AT(samplesInput)),
-    velm::plainInput("Color", kConnectColour, AT(colorInput)),
+constexpr Parameter parameters[] = {
+    popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
+    integer(kSamples, "Samples").at(AT(samples)).starting(12).input(AT(samplesInput)),
+    plainInput("Color", kConnectColour, AT(colourInput)),
     CHANNEL("R", kRedShift, red),
     CHANNEL("G", kGreenShift, green),
     CHANNEL("B", kBlueShift, blue),
 };
 #undef CHANNEL
 
-constexpr velm::Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(output)}};
+constexpr Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(output)}};
 
-constexpr auto layout =
-    velm::joinHints(velm::minimumHint(kSamples, 1), velm::enforceHint(kSamples, true, false),
-                    velm::enableHint(kRedClampLow, nullptr, nullptr, kRedLow),
-                    velm::enableHint(kRedClampHigh, nullptr, nullptr, kRedHigh),
-                    velm::enableHint(kGreenClampLow, nullptr, nullptr, kGreenLow),
-                    velm::enableHint(kGreenClampHigh, nullptr, nullptr, kGreenHigh),
-                    velm::enableHint(kBlueClampLow, nullptr, nullptr, kBlueLow),
-                    velm::enableHint(kBlueClampHigh, nullptr, nullptr, kBlueHigh),
-                    velm::listHint(kHintNarrow, kRedClampLow, kRedClampHigh, kGreenClampLow, kGreenClampHigh,
-                                   kBlueClampLow, kBlueClampHigh),
-                    velm::listHint(kHintLeftAlign, kRedLow, kRedHigh, kGreenLow, kGreenHigh, kBlueLow, kBlueHigh),
-                    velm::listHint(kHintDividerAfter, kSamples, kRedHigh, kGreenHigh));
+constexpr auto layout = joinHints(
+    minimumHint(kSamples, 1), enforceHint(kSamples, true, false), enableHint(kRedClampLow, nullptr, nullptr, kRedLow),
+    enableHint(kRedClampHigh, nullptr, nullptr, kRedHigh), enableHint(kGreenClampLow, nullptr, nullptr, kGreenLow),
+    enableHint(kGreenClampHigh, nullptr, nullptr, kGreenHigh), enableHint(kBlueClampLow, nullptr, nullptr, kBlueLow),
+    enableHint(kBlueClampHigh, nullptr, nullptr, kBlueHigh),
+    listHint(kHintNarrow, kRedClampLow, kRedClampHigh, kGreenClampLow, kGreenClampHigh, kBlueClampLow, kBlueClampHigh),
+    listHint(kHintLeftAlign, kRedLow, kRedHigh, kGreenLow, kGreenHigh, kBlueLow, kBlueHigh),
+    listHint(kHintDividerAfter, kSamples, kRedHigh, kGreenHigh));
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Take Samples",
     .size = sizeof(TakeSamples),
     .colour = nodeColor,
@@ -118,7 +112,7 @@ struct ChannelRule {
     double shift, low, high;
 };
 
-ChannelRule resolve(const Channel &channel, const ChannelInputs &handles, const velm::Inputs &inputs) {
+ChannelRule resolve(const Channel &channel, const ChannelInputs &handles, const Inputs &inputs) {
     constexpr double kNoLimit = std::numeric_limits<double>::infinity();
     const double shift = inputs.read(channel.shift, handles.shift);
     const double low = inputs.read(channel.low, handles.low);
@@ -133,9 +127,9 @@ struct Colour {
 double brightness(const Colour &colour) { return (colour.c[0] + colour.c[1] + colour.c[2]) * 0.3333333333333333; }
 
 // One evaluation of the input, shifted and clamped.
-Colour TakeSamples_sampleHandler(const TakeSamples &self, const velm::Inputs &inputs, const ChannelRule (&rules)[3]) {
+Colour TakeSamples_sampleHandler(const TakeSamples &self, const Inputs &inputs, const ChannelRule (&rules)[3]) {
     Colour colour = {};
-    inputs.evaluate(self.colorInput, colour.c);
+    inputs.evaluate(self.colourInput, colour.c);
     for (int i = 0; i < 3; ++i) {
         const ChannelRule &rule = rules[i];
         double value = rule.shift + colour.c[i];
@@ -172,7 +166,7 @@ void combine(int mode, Colour &all, double &kept, const Colour &next) {
 
 static void TakeSamples_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const TakeSamples *>(instance);
-    const velm::Inputs inputs(services, sample);
+    const Inputs inputs(services, sample);
     const int mode = inputs.readChoice(self.mode, self.modeInput, kModes);
     int samples = inputs.read(self.samples, self.samplesInput);
     if (samples < 1) samples = 1;
@@ -191,6 +185,8 @@ static void TakeSamples_Evaluate(void *instance, ShadingSample *sample, HostOutp
     services.nodeOutputFunc->setValue(value, all.c);
 }
 
-VELM_DEFINE_TAGS(TakeSamples, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(TakeSamples, unit)
-VELM_DEFINE_PANEL(TakeSamples, unit, parameters, layout)
+VELM_DEFINE_TAGS(TakeSamples, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(TakeSamples, nodeClass)
+VELM_DEFINE_PANEL(TakeSamples, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

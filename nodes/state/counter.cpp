@@ -8,17 +8,15 @@
 // Odd on purpose, because scenes rely on it: "A Does Change" resets while A stays the *same*, and "A Does Not Change"
 // resets when A changes. The other texts say when the counter is reset. The first evaluation on a thread always gives
 // the start value, whatever the mode.
-#include "module/compare.h"
-#include "module/panel.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/compare.h"
 
 #include <iterator>
 
-VELM_DECLARE_TAGS(Counter);
-VELM_DECLARE_NODE(Counter);
-VELM_DECLARE_PANEL(Counter);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
@@ -28,15 +26,13 @@ struct Counter {
     double count[kMaxThreads];
     double lastA[kMaxThreads]; // "A" at the fresh start, and then at each evaluation in the two change modes
     int mode;
-    velm::ScalarParameter start, increase, a, b;
+    ScalarParameter start, increase, a, b;
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
     HostInput *modeInput, *startInput, *increaseInput, *aInput, *bInput;
     HostOutput *out;
 };
-
-using velm::Relation;
 
 // How the count compares with A, and then A with B, where the counter is to reset. The two change modes lie between.
 constexpr Relation countResets[] = {Relation::equal, Relation::greater, Relation::less, Relation::greaterOrEqual,
@@ -62,24 +58,24 @@ constexpr const char *modeStrings[kModes + 1] = {
 };
 
 // "B" matters only to the modes that compare A with it.
-constexpr velm::EnableStates valueBEnableStates = {0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1};
+constexpr EnableStates valueBEnableStates = {0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1};
 
-enum Control : unsigned int { kMode = velm::kFirstControl, kStart, kIncrease, kA, kB };
+enum Control : unsigned int { kMode = kFirstControl, kStart, kIncrease, kA, kB };
 
 #define AT(field) offsetof(Counter, field)
-constexpr velm::Parameter parameters[] = {
-    velm::popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
-    velm::number(kStart, "Start Value").at(AT(start)).input(AT(startInput)),
-    velm::number(kIncrease, "Increase Value").at(AT(increase)).starting(1.0).input(AT(increaseInput)),
-    velm::number(kA, "A").at(AT(a)).input(AT(aInput)),
-    velm::number(kB, "B").at(AT(b)).input(AT(bInput)),
+constexpr Parameter parameters[] = {
+    popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
+    number(kStart, "Start Value").at(AT(start)).input(AT(startInput)),
+    number(kIncrease, "Increase Value").at(AT(increase)).starting(1.0).input(AT(increaseInput)),
+    number(kA, "A").at(AT(a)).input(AT(aInput)),
+    number(kB, "B").at(AT(b)).input(AT(bInput)),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(out)}};
+constexpr Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(out)}};
 
-constexpr auto layout = velm::joinHints(velm::enableHint(kMode, nullptr, &valueBEnableStates, kB));
+constexpr auto layout = joinHints(enableHint(kMode, nullptr, &valueBEnableStates, kB));
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Counter",
     .size = sizeof(Counter),
     .colour = nodeColor,
@@ -106,7 +102,7 @@ bool resets(int mode, double count, double a, double b, double lastA) {
 
 static void Counter_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     auto &self = *static_cast<Counter *>(instance);
-    const velm::Inputs inputs(services, sample);
+    const Inputs inputs(services, sample);
     const int mode = inputs.readChoice(self.mode, self.modeInput, kModes);
     const double start = inputs.read(self.start, self.startInput);
     const double increase = inputs.read(self.increase, self.increaseInput);
@@ -127,6 +123,8 @@ static void Counter_Evaluate(void *instance, ShadingSample *sample, HostOutput *
     services.nodeOutputFunc->setValue(value, &count);
 }
 
-VELM_DEFINE_TAGS(Counter, unit, "Velm's Nodes/Math")
-VELM_DEFINE_NODE(Counter, unit)
-VELM_DEFINE_PANEL(Counter, unit, parameters, layout)
+VELM_DEFINE_TAGS(Counter, nodeClass, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(Counter, nodeClass)
+VELM_DEFINE_PANEL(Counter, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

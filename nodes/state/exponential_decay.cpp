@@ -6,27 +6,22 @@
 // colour itself. Both are how artists have learnt to dial them in. A nominal distance or a power that is zero or a NaN
 // is replaced by a tiny number before it divides, so that neither node ever gives a NaN. An infinity it may give where
 // it does not clamp, for a power so small that one over it is infinite.
-#include "module/compare.h"
-#include "module/panel.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/compare.h"
 
 #include <cmath>
 
-VELM_DECLARE_TAGS(ExpDecayScalar);
-VELM_DECLARE_NODE(ExpDecayScalar);
-VELM_DECLARE_PANEL(ExpDecayScalar);
-VELM_DECLARE_TAGS(ExpDecayColor);
-VELM_DECLARE_NODE(ExpDecayColor);
-VELM_DECLARE_PANEL(ExpDecayColor);
+namespace velm::plugin {
 
-static velm::NodeServices scalarServices, colourServices; // each node keeps its own
+static NodeServices scalarServices, colourServices; // each node keeps its own
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
 
 template <class Quantity>
 struct ExpDecay {
-    velm::ScalarParameter distance, nominalDistance;
+    ScalarParameter distance, nominalDistance;
     Quantity quantity;
     int clamp;
     HostChannelGroup *group;
@@ -35,34 +30,34 @@ struct ExpDecay {
     HostInput *distanceInput, *nominalDistanceInput, *quantityInput;
     HostOutput *output;
 };
-using ExpDecayScalar = ExpDecay<velm::ScalarParameter>;
-using ExpDecayColor = ExpDecay<velm::TripleParameter>;
+using ExpDecayScalar = ExpDecay<ScalarParameter>;
+using ExpDecayColor = ExpDecay<Vec3Parameter>;
 
-enum Control : unsigned int { kDistance = velm::kFirstControl, kNominalDistance, kQuantity, kClamp };
+enum Control : unsigned int { kDistance = kFirstControl, kNominalDistance, kQuantity, kClamp };
 
 #define AT(field) offsetof(Node, field)
 template <class Node>
 struct Tables {
-    static constexpr velm::Row quantityRow() {
+    static constexpr Row quantityRow() {
         if constexpr (std::is_same_v<Node, ExpDecayScalar>)
-            return velm::number(kQuantity, "Scalar").starting(2.0);
+            return number(kQuantity, "Scalar").starting(2.0);
         else
-            return velm::colour(kQuantity, "Color").starting(0.78431);
+            return colour(kQuantity, "Color").starting(0.78431);
     }
-    static constexpr velm::Parameter parameters[] = {
-        velm::distance(kDistance, "Distance").at(AT(distance)).starting(1.0).input(AT(distanceInput)),
-        velm::distance(kNominalDistance, "Nominal Distance")
+    static constexpr Parameter parameters[] = {
+        distance(kDistance, "Distance").at(AT(distance)).starting(1.0).input(AT(distanceInput)),
+        distance(kNominalDistance, "Nominal Distance")
             .at(AT(nominalDistance))
             .starting(1.0)
             .input(AT(nominalDistanceInput)),
         quantityRow().at(AT(quantity)).input(AT(quantityInput)),
-        velm::checkBox(kClamp, "Clamp").at(AT(clamp)).starting(1),
+        checkBox(kClamp, "Clamp").at(AT(clamp)).starting(1),
     };
     // The output is named like the third input.
-    static constexpr velm::Output outputs[] = {
+    static constexpr Output outputs[] = {
         {.name = quantityRow().label, .type = parameters[2].input, .field = AT(output)}};
 
-    static constexpr velm::NodeUnit unit(const char *name, velm::NodeServices &services) {
+    static constexpr NodeClass unit(const char *name, NodeServices &services) {
         return {
             .name = name,
             .size = sizeof(Node),
@@ -79,18 +74,18 @@ struct Tables {
 };
 #undef AT
 
-constexpr velm::NodeUnit scalarUnit = Tables<ExpDecayScalar>::unit("Exponential Decay (Scalar)", scalarServices);
-constexpr velm::NodeUnit colourUnit = Tables<ExpDecayColor>::unit("Exponential Decay (Color)", colourServices);
+constexpr NodeClass scalarClass = Tables<ExpDecayScalar>::unit("Exponential Decay (Scalar)", scalarServices);
+constexpr NodeClass colourClass = Tables<ExpDecayColor>::unit("Exponential Decay (Color)", colourServices);
 
 // The guard: what stands in for a zero, or a NaN, below a fraction line.
 double guarded(double divisor) {
     constexpr double guard = 1e-12;
-    return velm::related(divisor, velm::Relation::equal, 0) ? guard : divisor;
+    return related(divisor, Relation::equal, 0) ? guard : divisor;
 }
 
 // The distance in nominal distances: the exponent of both nodes.
 template <class Node>
-double exponent(const Node &self, const velm::Inputs &inputs) {
+double exponent(const Node &self, const Inputs &inputs) {
     const double distance = inputs.read(self.distance, self.distanceInput);
     const double nominal = inputs.read(self.nominalDistance, self.nominalDistanceInput);
     return 1.0 / guarded(nominal) * distance;
@@ -100,7 +95,7 @@ double exponent(const Node &self, const velm::Inputs &inputs) {
 double decayed(double power, bool clamp) {
     const double rest = 1.0 / guarded(power);
     if (!clamp) return rest;
-    if (velm::related(rest, velm::Relation::less, 0)) return 0;
+    if (related(rest, Relation::less, 0)) return 0;
     return rest > 1.0 ? 1.0 : rest;
 }
 
@@ -108,7 +103,7 @@ double decayed(double power, bool clamp) {
 
 static void ExpDecayScalar_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const ExpDecayScalar *>(instance);
-    const velm::Inputs inputs(scalarServices, sample);
+    const Inputs inputs(scalarServices, sample);
     const double e = exponent(self, inputs);
     const double scalar = inputs.read(self.quantity, self.quantityInput);
     const double result = decayed(std::pow(scalar, e), self.clamp != 0);
@@ -117,7 +112,7 @@ static void ExpDecayScalar_Evaluate(void *instance, ShadingSample *sample, HostO
 
 static void ExpDecayColor_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const ExpDecayColor *>(instance);
-    const velm::Inputs inputs(colourServices, sample);
+    const Inputs inputs(colourServices, sample);
     const double e = exponent(self, inputs);
     double colour[3];
     inputs.read(self.quantity, self.quantityInput, colour);
@@ -125,9 +120,11 @@ static void ExpDecayColor_Evaluate(void *instance, ShadingSample *sample, HostOu
     colourServices.nodeOutputFunc->setValue(value, colour);
 }
 
-VELM_DEFINE_TAGS(ExpDecayScalar, scalarUnit, "Velm's Nodes/Math")
-VELM_DEFINE_NODE(ExpDecayScalar, scalarUnit)
-VELM_DEFINE_PANEL(ExpDecayScalar, scalarUnit, Tables<ExpDecayScalar>::parameters, velm::kPlainLayout)
-VELM_DEFINE_TAGS(ExpDecayColor, colourUnit, "Velm's Nodes/Math")
-VELM_DEFINE_NODE(ExpDecayColor, colourUnit)
-VELM_DEFINE_PANEL(ExpDecayColor, colourUnit, Tables<ExpDecayColor>::parameters, velm::kPlainLayout)
+VELM_DEFINE_TAGS(ExpDecayScalar, scalarClass, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(ExpDecayScalar, scalarClass)
+VELM_DEFINE_PANEL(ExpDecayScalar, scalarClass, Tables<ExpDecayScalar>::parameters, kPlainLayout)
+VELM_DEFINE_TAGS(ExpDecayColor, colourClass, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(ExpDecayColor, colourClass)
+VELM_DEFINE_PANEL(ExpDecayColor, colourClass, Tables<ExpDecayColor>::parameters, kPlainLayout)
+
+} // namespace velm::plugin

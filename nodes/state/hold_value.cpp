@@ -7,17 +7,15 @@
 //
 // Odd on purpose: the parameter is "Input" on the panel and "In" as an input, as saved scenes have it; and the modes
 // that compare A with B do not note A, so that switching back to a change mode compares with what was noted before.
-#include "module/compare.h"
-#include "module/panel.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/compare.h"
 
 #include <iterator>
 
-VELM_DECLARE_TAGS(HoldValue);
-VELM_DECLARE_NODE(HoldValue);
-VELM_DECLARE_PANEL(HoldValue);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static constexpr int nodeColor[3] = {164, 50, 10};
 
 namespace {
@@ -27,15 +25,13 @@ struct HoldValue {
     double held[kMaxThreads];
     double lastA[kMaxThreads]; // "A" at the fresh start, and then at each evaluation in the two change modes
     int mode;
-    velm::ScalarParameter passed, a, b;
+    ScalarParameter passed, a, b;
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
     HostInput *modeInput, *in, *aInput, *bInput;
     HostOutput *out;
 };
-
-using velm::Relation;
 
 // How A compares with its last value, and then with B, where the node is to hold.
 constexpr Relation changeHolds[] = {Relation::notEqual, Relation::equal};
@@ -55,23 +51,23 @@ constexpr const char *modeStrings[kModes + 1] = {
 };
 
 // "B" matters only to the modes that compare A with it.
-constexpr velm::EnableStates valueBEnableStates = {0, 0, 1, 1, 1, 1, 1, 1};
+constexpr EnableStates valueBEnableStates = {0, 0, 1, 1, 1, 1, 1, 1};
 
-enum Control : unsigned int { kMode = velm::kFirstControl, kInput, kA, kB };
+enum Control : unsigned int { kMode = kFirstControl, kInput, kA, kB };
 
 #define AT(field) offsetof(HoldValue, field)
-constexpr velm::Parameter parameters[] = {
-    velm::popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
-    velm::number(kInput, "Input").at(AT(passed)).starting(1.0).input(AT(in), "In"),
-    velm::number(kA, "A").at(AT(a)).input(AT(aInput)),
-    velm::number(kB, "B").at(AT(b)).input(AT(bInput)),
+constexpr Parameter parameters[] = {
+    popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
+    number(kInput, "Input").at(AT(passed)).starting(1.0).input(AT(in), "In"),
+    number(kA, "A").at(AT(a)).input(AT(aInput)),
+    number(kB, "B").at(AT(b)).input(AT(bInput)),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(out)}};
+constexpr Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(out)}};
 
-constexpr auto layout = velm::joinHints(velm::enableHint(kMode, nullptr, &valueBEnableStates, kB));
+constexpr auto layout = joinHints(enableHint(kMode, nullptr, &valueBEnableStates, kB));
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Hold Value",
     .size = sizeof(HoldValue),
     .colour = nodeColor,
@@ -90,7 +86,7 @@ constexpr velm::NodeUnit unit = {
 
 static void HoldValue_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     auto &self = *static_cast<HoldValue *>(instance);
-    const velm::Inputs inputs(services, sample);
+    const Inputs inputs(services, sample);
     const int mode = inputs.readChoice(self.mode, self.modeInput, kModes);
     const double passed = inputs.read(self.passed, self.in);
     const double a = inputs.read(self.a, self.aInput);
@@ -113,6 +109,8 @@ static void HoldValue_Evaluate(void *instance, ShadingSample *sample, HostOutput
     services.nodeOutputFunc->setValue(value, &held);
 }
 
-VELM_DEFINE_TAGS(HoldValue, unit, "Velm's Nodes/Math")
-VELM_DEFINE_NODE(HoldValue, unit)
-VELM_DEFINE_PANEL(HoldValue, unit, parameters, layout)
+VELM_DEFINE_TAGS(HoldValue, nodeClass, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(HoldValue, nodeClass)
+VELM_DEFINE_PANEL(HoldValue, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

@@ -8,15 +8,17 @@
 // trace left no colour; the filter is applied in place, so that its later rows see components already filtered; and
 // loading a scene brings back the two choices but not the camera behind them, until the panel sets them again.
 #include "module/panel.h"
-#include "module/rays.h"
 #include "module/rows.h"
+#include "shading/rays.h"
 
 #include <cstring>
+
+namespace velm::plugin {
 
 VELM_DECLARE_NODE(RenderCam);
 VELM_DECLARE_PANEL(RenderCam);
 
-static velm::NodeServices services;
+static NodeServices services;
 static const HostNodeUtilityFuncs *nodeutilf;
 static const HostSceneObjects *objfunc;
 static const HostItemInfo *iteminfo; // null, as the next two, in an application without scene cameras
@@ -72,7 +74,7 @@ const char *popName_CAMERA(void *, int index) {
     return camera ? iteminfo->name(camera) : "(error)";
 }
 
-enum Control : unsigned int { kUvMap = velm::kFirstControl, kCamera };
+enum Control : unsigned int { kUvMap = kFirstControl, kCamera };
 
 int setValue(void *instance, unsigned int id, void *value) {
     auto &self = *static_cast<RenderCam *>(instance);
@@ -121,24 +123,24 @@ HostError newTime(void *instance, int frame, double time) {
 }
 
 #define AT(field) offsetof(RenderCam, field)
-constexpr velm::Parameter parameters[] = {
-    velm::popup(kUvMap, "UV Map").at(AT(uvMapIndex)).entries(popCnt_VMAP, popName_VMAP),
-    velm::popup(kCamera, "Camera").at(AT(cameraIndex)).entries(popCnt_CAMERA, popName_CAMERA),
+constexpr Parameter parameters[] = {
+    popup(kUvMap, "UV Map").at(AT(uvMapIndex)).entries(popCnt_VMAP, popName_VMAP),
+    popup(kCamera, "Camera").at(AT(cameraIndex)).entries(popCnt_CAMERA, popName_CAMERA),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(output)}};
+constexpr Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(output)}};
 
-using Rule = velm::FurtherService::Rule;
-constexpr velm::FurtherService furtherServices[] = {
-    {.name = HOST_NODE_UTILITY_FUNCS, .store = velm::storeIn<nodeutilf>},
-    {.name = HOST_SCENE_OBJECTS, .store = velm::storeIn<objfunc>},
+using Rule = FurtherService::Rule;
+constexpr FurtherService furtherServices[] = {
+    {.name = HOST_NODE_UTILITY_FUNCS, .store = storeIn<nodeutilf>},
+    {.name = HOST_SCENE_OBJECTS, .store = storeIn<objfunc>},
     {.name = HOST_SYSTEM_ID, .rule = Rule::systemWord},
-    {.name = HOST_ITEM_INFO, .rule = Rule::unlessModelling, .store = velm::storeIn<iteminfo>},
-    {.name = HOST_CAMERA_EVALUATION, .rule = Rule::unlessModelling, .store = velm::storeIn<camevalfuncs>},
-    {.name = HOST_CAMERA_INFO, .rule = Rule::unlessModelling, .store = velm::storeIn<caminfo>},
+    {.name = HOST_ITEM_INFO, .rule = Rule::unlessModelling, .store = storeIn<iteminfo>},
+    {.name = HOST_CAMERA_EVALUATION, .rule = Rule::unlessModelling, .store = storeIn<camevalfuncs>},
+    {.name = HOST_CAMERA_INFO, .rule = Rule::unlessModelling, .store = storeIn<caminfo>},
 };
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Render Cam",
     .size = sizeof(RenderCam),
     .colour = nodeColor,
@@ -165,8 +167,8 @@ void seenAt(const RenderCam &self, const ShadingSample &sample, double u, double
     if (!camevalfuncs->evaluate(self.evaluator, (u - 0.5) * width, (v - 0.5) * height, 2 * u - 1, 2 * v - 1,
                                 timeFraction, &ray))
         return;
-    velm::traceRay(sample, ray.origin, ray.direction, colour, sample.refractionIndex,
-                   kTraceMayHitOwnPolygon | kTraceReflection);
+    traceRay(sample, ray.origin, ray.direction, colour, sample.refractionIndex,
+             kTraceMayHitOwnPolygon | kTraceReflection);
     for (int row = 0; row < 3; ++row)
         colour[row] = colour[0] * ray.filter[row][0] + colour[1] * ray.filter[row][1] + colour[2] * ray.filter[row][2];
 }
@@ -185,5 +187,7 @@ static void RenderCam_Evaluate(void *instance, ShadingSample *sample, HostOutput
     services.nodeOutputFunc->setValue(value, colour);
 }
 
-VELM_DEFINE_NODE(RenderCam, unit)
-VELM_DEFINE_PANEL(RenderCam, unit, parameters, velm::kPlainLayout)
+VELM_DEFINE_NODE(RenderCam, nodeClass)
+VELM_DEFINE_PANEL(RenderCam, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

@@ -3,12 +3,11 @@
 //
 // The node has no settings and no panel. Before the first render, as in a preview, the scene's facts are 0. A frame
 // that is rendered twice in a row counts once.
-#include "module/node.h"
+#include "module/servers.h"
 
-VELM_DECLARE_TAGS(RenderInfo);
-VELM_DECLARE_NODE(RenderInfo);
+namespace velm::plugin {
 
-static velm::NodeServices services;
+static NodeServices services;
 static const HostSceneInfo *sceneinfo; // looked up anew whenever a render starts
 static constexpr int nodeColor[3] = {164, 50, 10};
 
@@ -24,7 +23,7 @@ struct RenderInfo {
 };
 
 #define AT(field) offsetof(RenderInfo, field)
-constexpr velm::Output outputs[] = {
+constexpr Output outputs[] = {
     {.name = "Render X", .type = kConnectInteger, .field = AT(renderX)},
     {.name = "Render Y", .type = kConnectInteger, .field = AT(renderY)},
     {.name = "Start Frame", .type = kConnectInteger, .field = AT(startFrame)},
@@ -62,7 +61,7 @@ HostError newTime(void *instance, int frame, double) {
     return nullptr;
 }
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Render Info",
     .size = sizeof(RenderInfo),
     .colour = nodeColor,
@@ -107,5 +106,7 @@ static void RenderInfo_Evaluate(void *instance, ShadingSample *sample, HostOutpu
         services.nodeOutputFunc->setValue(value, &result);
 }
 
-VELM_DEFINE_TAGS(RenderInfo, unit, "Velm's Nodes/Info")
-VELM_DEFINE_NODE(RenderInfo, unit)
+VELM_DEFINE_TAGS(RenderInfo, nodeClass, "Velm's Nodes/Info")
+VELM_DEFINE_NODE(RenderInfo, nodeClass)
+
+} // namespace velm::plugin

@@ -1,12 +1,12 @@
 // Activation: what is looked up and in which order, what each missing service does, and what of the host's records is
 // filled. Node classes and their panels.
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -345,4 +345,4 @@ TEST_P(PanelActivation, SucceedsWithoutAPanelWhereThereIsNoInstance) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,12 +1,12 @@
 // Creating and destroying instances: every call on the host in its order, what a failure leaves behind.
 #include "tests/module/allocation.h"
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <array>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -265,4 +265,4 @@ TEST_F(Creation, OneParameterCanBeMadeOnItsOwn) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

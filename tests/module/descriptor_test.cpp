@@ -12,7 +12,7 @@ extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
 }
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 struct ExpectedNode {
@@ -166,4 +166,4 @@ TEST(ServerTable, DoesNotOfferTheRenderCamera) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

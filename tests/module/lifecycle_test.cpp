@@ -1,12 +1,12 @@
 // The life of an instance between its creation and its end: copying, the start and end of a render, new frames, and
 // what a change of a connection sets off.
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -239,4 +239,4 @@ TEST_F(InputEvent, IsWiredIntoTheModulesNodes) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -2,7 +2,7 @@
 // word.
 #include "tests/module/hint_list.h"
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
 }
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -192,4 +192,4 @@ TEST_F(PanelHints, ALimitBelowZeroKeepsItsSign) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,10 +1,10 @@
 // Panels as the host uses them: how one is built, what its getter and setter give, what its notifications set off.
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -237,4 +237,4 @@ TEST_F(Panel, AConnectionGreysACountersControlAtOnce) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,13 +1,13 @@
 // What nodes write into the host's files and read back: order, width, and what an error stops.
 #include "tests/module/recorded_state.h"
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -303,4 +303,4 @@ TEST_F(SaveLoad, AnErrorInABlockStopsAtOnce) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,9 +1,9 @@
 #include "module/rows.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <array>
 
-namespace velm {
+namespace velm::plugin {
 
 NodeServices fullBlocksServices;
 
@@ -25,7 +25,7 @@ constexpr Parameter blocksRows[] = {
     text(0x8005, "Name", sizeof(Blocks::name)).at(AT(name)).inBlock(0x4e414d45, "Name"),
 };
 
-constexpr NodeUnit blocks = {
+constexpr NodeClass blocks = {
     .name = "Blocks",
     .size = sizeof(Blocks),
     .colour = nodeColor,
@@ -55,7 +55,7 @@ constexpr auto fullBlocksRows = [] {
     return rows;
 }();
 
-constexpr NodeUnit fullBlocks = {
+constexpr NodeClass fullBlocks = {
     .name = "Full Blocks",
     .size = sizeof(FullBlocks),
     .colour = nodeColor,
@@ -75,7 +75,7 @@ NodeServices bareServices;
 #define AT(field) offsetof(Bare, field)
 constexpr Output bareOutputs[] = {{.name = "Pixel", .type = kConnectInteger, .field = AT(output)}};
 
-constexpr NodeUnit bare = {
+constexpr NodeClass bare = {
     .name = "Bare",
     .size = sizeof(Bare),
     .colour = nodeColor,
@@ -104,4 +104,4 @@ VELM_DEFINE_PANEL(Blocks, blocks, blocksRows, kPlainLayout)
 VELM_DEFINE_NODE(FullBlocks, fullBlocks)
 VELM_DEFINE_NODE(Bare, bare)
 
-} // namespace velm
+} // namespace velm::plugin

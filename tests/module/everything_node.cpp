@@ -1,9 +1,9 @@
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include "module/rows.h"
 #include "tests/module/fake_host.h"
 
-namespace velm {
+namespace velm::plugin {
 
 NodeServices everythingServices;
 const HostImageList *everythingImages;
@@ -28,11 +28,11 @@ void note(const char *hook) { FakeHost::current().note("hook ", hook); }
 #define AT(field) offsetof(Everything, field)
 constexpr Parameter everythingRows[] = {
     popup(0x8001, "Kind", everythingKinds).at(AT(kind)).input(AT(kindInput)),
-    wholeNumber(0x8002, "Count").at(AT(count)).starting(12).input(AT(countInput), "Number"),
+    integer(0x8002, "Count").at(AT(count)).starting(12).input(AT(countInput), "Number"),
     checkBox(0x8003, "Switch").at(AT(on)).starting(1),
     text(0x8004, "Name", sizeof(Everything::name)).at(AT(name)),
     number(0x8005, "Level").named("Level Channel").at(AT(level)).starting(1.5).input(AT(levelInput), "In"),
-    percent(0x8006, "Late").at(AT(late)).starting(0.25).input(AT(lateInput)).late(),
+    percent(0x8006, "Late").at(AT(late)).starting(0.25).input(AT(lateInput)).createdLast(),
     direction(0x8007, "Place").at(AT(place)).input(AT(placeInput)),
     colour(0x8008, "Tint").at(AT(tint)).starting(0.5).input(AT(tintInput)),
     popup(0x8009, "Image").at(AT(image)).entries(everythingImageCount, everythingImageName),
@@ -40,7 +40,7 @@ constexpr Parameter everythingRows[] = {
     button(0x800b, "Open", everythingButton),
     thumbnail(0x800c, everythingDraw),
     hiddenInteger(AT(serial)).notCopied(),
-    bareTriple("Normal", kParmPlainTriple).at(AT(normal)).starting(0, 1, 0).input(AT(normalInput)).late(),
+    bareVec3("Normal", kParmPlainTriple).at(AT(normal)).starting(0, 1, 0).input(AT(normalInput)).createdLast(),
     plainInput("Function", kConnectFunction, AT(functionInput)),
 };
 
@@ -57,7 +57,7 @@ constexpr FurtherService everythingFurther[] = {
     {.name = HOST_TIME_INFO, .rule = FurtherService::Rule::unlessModelling, .store = storeIn<everythingTime>},
 };
 
-constexpr NodeUnit everything = {
+constexpr NodeClass everything = {
     .name = "Everything",
     .groupName = "Everything's Channels",
     .size = sizeof(Everything),
@@ -131,4 +131,4 @@ static constexpr auto layout = joinHints(minimumHint(0x8002, 1), listHint(kHintD
 VELM_DEFINE_NODE(Everything, everything)
 VELM_DEFINE_PANEL(Everything, everything, everythingRows, layout)
 
-} // namespace velm
+} // namespace velm::plugin

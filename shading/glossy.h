@@ -2,16 +2,16 @@
 // and four ways of looking up where that ray goes. Averaged over several rays, and tinted.
 #pragma once
 
-#include "module/image_popup.h"
 #include "module/panel.h"
-#include "module/rays.h"
 #include "module/rows.h"
-#include "module/vectors.h"
 #include "random/random.h"
+#include "shading/image_popup.h"
+#include "shading/rays.h"
+#include "shading/vectors.h"
 
 #include <algorithm>
 
-namespace velm {
+namespace velm::plugin {
 
 enum GlossyMode { kBackdropOnly, kRaysAndBackdrop, kSphericalMap, kRaysAndMap };
 // The blank that the last one starts with belongs to it. Each unit has its own list: the address of a shared one is no
@@ -32,14 +32,14 @@ struct GlossyLook {
     int mode;
     ImageChoice image;
     int tint;
-    TripleParameter colour;
+    Vec3Parameter colour;
     ScalarParameter seamAngle;
 };
 struct GlossySpread {
     ScalarParameter blur;
     int samples;
     int blurDepth;
-    TripleParameter normal; // created with the node and left alone: it takes no part in anything
+    Vec3Parameter normal; // created with the node and left alone: it takes no part in anything
 };
 struct GlossyHandles {
     HostChannelGroup *group;
@@ -163,12 +163,12 @@ inline constexpr FurtherService glossyServiceRows[] = {
 
 // The image popup of a glossy unit, complete.
 template <const ImagePopup &imagePopup>
-constexpr NodeUnit glossyUnit(NodeUnit unit) {
-    unit = withImages<imagePopup>(unit);
-    unit.changed = [](void *instance, HostPanel *panel, unsigned int control, int event) {
+constexpr NodeClass glossyClass(NodeClass nodeClass) {
+    nodeClass = withImages<imagePopup>(nodeClass);
+    nodeClass.changed = [](void *instance, HostPanel *panel, unsigned int control, int event) {
         return loadChosenImage(imagePopup, instance, panel, control, event) ? 2 : 0;
     };
-    return unit;
+    return nodeClass;
 }
 
 // Parameter rows.
@@ -185,7 +185,7 @@ constexpr Row glossySeamRow(unsigned int id, size_t look, size_t handles) {
     return angle(id, "Image Seam Angle")
         .at(look + offsetof(GlossyLook, seamAngle))
         .input(handles + offsetof(GlossyHandles, angleInput), "Angle")
-        .late();
+        .createdLast();
 }
 constexpr Row glossyColourRow(unsigned int id, size_t look, size_t handles) {
     return colour(id, "Color")
@@ -197,27 +197,27 @@ constexpr Row glossyBlurRow(unsigned int id, const char *label, size_t spread, s
     return percent(id, label)
         .at(spread + offsetof(GlossySpread, blur))
         .input(handles + offsetof(GlossyHandles, blurInput), "Blur")
-        .late();
+        .createdLast();
 }
 constexpr Row glossySamplesRow(unsigned int id, size_t spread, size_t handles) {
-    return wholeNumber(id, "Samples")
+    return integer(id, "Samples")
         .at(spread + offsetof(GlossySpread, samples))
         .starting(8)
         .input(handles + offsetof(GlossyHandles, samplesInput))
-        .late();
+        .createdLast();
 }
 constexpr Row glossyDepthRow(unsigned int id, size_t spread, size_t handles) {
-    return wholeNumber(id, "Blur Depth")
+    return integer(id, "Blur Depth")
         .at(spread + offsetof(GlossySpread, blurDepth))
         .input(handles + offsetof(GlossyHandles, blurDepthInput))
-        .late();
+        .createdLast();
 }
 constexpr Row glossyNormalRow(size_t spread, size_t handles) {
-    return bareTriple("Normal", kParmPlainTriple)
+    return bareVec3("Normal", kParmPlainTriple)
         .at(spread + offsetof(GlossySpread, normal))
         .starting(0, 1, 0)
         .input(handles + offsetof(GlossyHandles, normalInput))
-        .late();
+        .createdLast();
 }
 
-} // namespace velm
+} // namespace velm::plugin
