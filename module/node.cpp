@@ -6,21 +6,21 @@ namespace velm::plugin {
 namespace {
 
 constexpr char kOutOfMemory[] = "Couldn't allocate memory for instance.";
-constexpr int kLoadedText = 256; // bytes of a saved text that are read back, with its terminator
+constexpr int kLoadedText = 256; // the most bytes of a saved text that are loaded, with its terminator
 
 bool isAnimated(const Parameter &row) {
     return row.holds == Holds::scalar || row.holds == Holds::vec3 || row.holds == Holds::bareVec3;
 }
 
-// The animated parameters that are read, saved, loaded, copied and released.
-bool isKept(const Parameter &row) { return row.holds == Holds::scalar || row.holds == Holds::vec3; }
+// Whether the row's animated parameter is read, saved, loaded, copied and destroyed.
+bool isPersisted(const Parameter &row) { return row.holds == Holds::scalar || row.holds == Holds::vec3; }
 
 double *storedValue(void *instance, const Parameter &row) {
     return row.holds == Holds::scalar ? &fieldAt<ScalarParameter>(instance, row.field).value
                                       : fieldAt<Vec3Parameter>(instance, row.field).value;
 }
 
-// The handle of an animated parameter, null where the host could not create it.
+// The host parameter of an animated parameter; null if the host could not create it.
 HostVParm *&handle(void *instance, const Parameter &row) {
     return row.holds == Holds::scalar ? fieldAt<ScalarParameter>(instance, row.field).parm
                                       : fieldAt<Vec3Parameter>(instance, row.field).parm;
@@ -85,11 +85,12 @@ void setFresh(const NodeClass &nodeClass, void *instance) {
     for (int thread = 0; thread < kMaxThreads; ++thread) fresh[thread] = 1;
 }
 
-void createParameters(const NodeClass &nodeClass, void *instance, bool late) {
-    if (nodeClass.group == kNowhere) return;
-    HostChannelGroup *group = fieldAt<HostChannelGroup *>(instance, nodeClass.group);
+// Creates the host parameters of the rows that are created last, or of those that are not.
+void createParameters(const NodeClass &nodeClass, void *instance, bool last) {
+    if (nodeClass.record.group == kNowhere) return;
+    HostChannelGroup *group = fieldAt<HostChannelGroup *>(instance, nodeClass.record.group);
     for (const Parameter &row : nodeClass.parameters) {
-        if (!isAnimated(row) || row.createdLast != late) continue;
+        if (!isAnimated(row) || row.createdLast != last) continue;
         handle(instance, row) =
             createParameter(*nodeClass.services, row.parmType, row.channel ? row.channel : row.label, group,
                             storedValue(instance, row));
@@ -97,35 +98,36 @@ void createParameters(const NodeClass &nodeClass, void *instance, bool late) {
 }
 
 void createGroup(const NodeClass &nodeClass, void *instance, HostNode *node) {
-    if (nodeClass.group == kNowhere) return;
+    if (nodeClass.record.group == kNowhere) return;
     HostChannelGroup *parent = nodeClass.services->nodeFunc->channelGroup(node);
-    fieldAt<HostChannelGroup *>(instance, nodeClass.group) =
+    fieldAt<HostChannelGroup *>(instance, nodeClass.record.group) =
         nodeClass.services->envf->createGroup(parent, nodeClass.groupName ? nodeClass.groupName : nodeClass.name);
 }
 
-void createInputs(const NodeClass &nodeClass, void *instance, HostNode *node, HostInputEvent *event, bool late) {
-    for (const Parameter &row : nodeClass.parameters) {
-        if (row.input == 0 || row.createdLast != late) continue;
-        fieldAt<HostInput *>(instance, row.inputField) = nodeClass.services->nodeInputFunc->create(
+void createInputs(const NodeClass &nodeClass, void *instance, HostNode *node, HostInputEvent *event, bool last) {
+    for (size_t i = 0; i < nodeClass.parameters.size(); ++i) {
+        const Parameter &row = nodeClass.parameters[i];
+        if (row.input == 0 || row.createdLast != last) continue;
+        fieldAt<HostInput *>(instance, inputOffset(nodeClass, i)) = nodeClass.services->nodeInputFunc->create(
             node, row.input, row.inputName ? row.inputName : row.label, event);
     }
 }
 
 void createOutputs(const NodeClass &nodeClass, void *instance, HostNode *node) {
     for (const Output &row : nodeClass.outputs)
-        fieldAt<HostOutput *>(instance, row.field) =
+        fieldAt<HostOutput *>(instance, nodeClass.record.connections + row.field) =
             nodeClass.services->nodeOutputFunc->create(node, row.type, row.name);
 }
 
 // ---- Saving and loading ----
 
-// Only the low 16 bits of an integer are kept. Files have always been written so, and must stay readable.
+// Only the low 16 bits of an integer are saved: existing files are written so and must stay readable.
 void saveInteger(void *instance, const Parameter &row, const HostSaveState *state) {
     const auto value = static_cast<short>(fieldAt<int>(instance, row.field));
     state->writeI2(state->data, &value, 1);
 }
 
-// Sign-extended; where the file has run out, what was there stays, cut like any other.
+// Sign-extends the saved 16 bits. If the file ends before, the value stays as it is, cut to 16 bits like any other.
 void loadInteger(void *instance, const Parameter &row, const HostLoadState *state) {
     auto value = static_cast<short>(fieldAt<int>(instance, row.field));
     state->readI2(state->data, &value, 1);
@@ -135,16 +137,17 @@ void loadInteger(void *instance, const Parameter &row, const HostLoadState *stat
 HostError saveRow(const NodeClass &nodeClass, void *instance, const Parameter &row, const HostSaveState *state) {
     if (row.holds == Holds::integer) saveInteger(instance, row, state);
     if (row.holds == Holds::text) state->writeString(state->data, &fieldAt<char>(instance, row.field));
-    return isKept(row) ? nodeClass.services->vparmf->save(handle(instance, row), state) : nullptr;
+    return isPersisted(row) ? nodeClass.services->vparmf->save(handle(instance, row), state) : nullptr;
 }
 
 HostError loadRow(const NodeClass &nodeClass, void *instance, const Parameter &row, const HostLoadState *state) {
     if (row.holds == Holds::integer) loadInteger(instance, row, state);
     if (row.holds == Holds::text) state->readString(state->data, &fieldAt<char>(instance, row.field), kLoadedText);
-    return isKept(row) ? nodeClass.services->vparmf->load(handle(instance, row), state) : nullptr;
+    return isPersisted(row) ? nodeClass.services->vparmf->load(handle(instance, row), state) : nullptr;
 }
 
-// Calls `row` for the integers, then the texts, then `between`, then the animated parameters, until one gives an error.
+// Calls `row` for the integers, then for the texts, then `between`, then `row` for the animated parameters. Stops at
+// the first error of the last two and returns it.
 template <class Row, class Between>
 HostError inSavedOrder(const NodeClass &nodeClass, Row row, Between between) {
     for (const Holds holds : {Holds::integer, Holds::text})
@@ -152,12 +155,12 @@ HostError inSavedOrder(const NodeClass &nodeClass, Row row, Between between) {
             if (parameter.holds == holds) row(parameter);
     if (HostError error = between()) return error;
     for (const Parameter &parameter : nodeClass.parameters)
-        if (isKept(parameter))
+        if (isPersisted(parameter))
             if (HostError error = row(parameter)) return error;
     return nullptr;
 }
 
-// A failing parameter leaves its block open: the host drops the rest of the node's data with it.
+// If a parameter fails, its block stays open: the host discards the rest of the node's data with it.
 HostError saveBlocks(const NodeClass &nodeClass, void *instance, const HostSaveState *state) {
     for (const Parameter &row : nodeClass.parameters) {
         if (row.block.id == 0) continue;
@@ -209,13 +212,13 @@ int activateHandler(const NodeClass &nodeClass, const NodeCallbacks &callbacks, 
 
 void *createInstance(const NodeClass &nodeClass, HostInputEvent *inputEvent, void *priv, void *node,
                      const char **error) {
-    void *instance = std::calloc(1, nodeClass.size);
+    void *instance = std::calloc(1, nodeClass.record.size);
     if (!instance) {
         *error = kOutOfMemory;
         return nullptr;
     }
     auto *hostNode = static_cast<HostNode *>(node);
-    fieldAt<HostNode *>(instance, nodeClass.node) = hostNode;
+    fieldAt<HostNode *>(instance, nodeClass.record.node) = hostNode;
     if (nodeClass.previewType != kNoPreviewType)
         nodeClass.services->nodeFunc->setPreviewType(hostNode, nodeClass.previewType);
     nodeClass.services->nodeFunc->setColour(hostNode, nodeClass.colour);
@@ -227,8 +230,8 @@ void *createInstance(const NodeClass &nodeClass, HostInputEvent *inputEvent, voi
         return nullptr;
     }
     createGroup(nodeClass, instance, hostNode);
-    for (const bool late : {false, true}) createParameters(nodeClass, instance, late);
-    for (const bool late : {false, true}) createInputs(nodeClass, instance, hostNode, inputEvent, late);
+    for (const bool last : {false, true}) createParameters(nodeClass, instance, last);
+    for (const bool last : {false, true}) createInputs(nodeClass, instance, hostNode, inputEvent, last);
     createOutputs(nodeClass, instance, hostNode);
     if (nodeClass.created) nodeClass.created(instance);
     return instance;
@@ -238,11 +241,11 @@ void destroyInstance(const NodeClass &nodeClass, void *instance) {
     if (!instance) return;
     if (nodeClass.destroying) nodeClass.destroying(instance);
     for (const Parameter &row : nodeClass.parameters)
-        if (isKept(row) && handle(instance, row)) nodeClass.services->vparmf->destroy(handle(instance, row));
+        if (isPersisted(row) && handle(instance, row)) nodeClass.services->vparmf->destroy(handle(instance, row));
     std::free(instance);
 }
 
-// Stored values are not copied: the next frame reads them anew. Neither is the state of the render threads.
+// Stored values are not copied, since the next frame reads them anew. Neither is the state of the render threads.
 HostError copyInstance(const NodeClass &nodeClass, void *to, void *from) {
     for (const Parameter &row : nodeClass.parameters) {
         if (!row.copied) continue;
@@ -252,7 +255,7 @@ HostError copyInstance(const NodeClass &nodeClass, void *to, void *from) {
                 (&fieldAt<char>(to, row.field))[i] = (&fieldAt<char>(from, row.field))[i];
     }
     for (const Parameter &row : nodeClass.parameters)
-        if (isKept(row)) nodeClass.services->vparmf->copy(handle(to, row), handle(from, row));
+        if (isPersisted(row)) nodeClass.services->vparmf->copy(handle(to, row), handle(from, row));
     return nodeClass.copied ? nodeClass.copied(to, from) : nullptr;
 }
 
@@ -288,7 +291,8 @@ HostError newTimeInstance(const NodeClass &nodeClass, void *instance, int frame,
 }
 
 int inputEvent(const NodeClass &nodeClass, void *instance, int event) {
-    HostPanel *panel = nodeClass.panel != kNowhere ? fieldAt<HostPanel *>(instance, nodeClass.panel) : nullptr;
+    HostPanel *panel =
+        nodeClass.record.panel != kNowhere ? fieldAt<HostPanel *>(instance, nodeClass.record.panel) : nullptr;
     if (panel) nodeClass.services->xpanf->refresh(panel);
     if (nodeClass.services->lwupdate && event == kInputSourceDestroyed)
         nodeClass.services->lwupdate(HOST_CLASS_NODE_HANDLER, instance);
@@ -297,8 +301,8 @@ int inputEvent(const NodeClass &nodeClass, void *instance, int event) {
 
 void readParameters(const NodeClass &nodeClass, void *instance, double time) {
     for (const Parameter &row : nodeClass.parameters) {
-        if (!isKept(row)) continue;
-        double value[3] = {}; // room for three, whatever the parameter has
+        if (!isPersisted(row)) continue;
+        double value[3] = {}; // large enough for every type
         nodeClass.services->vparmf->getValue(handle(instance, row), time, nullptr, value);
         const int components = row.holds == Holds::scalar ? 1 : 3;
         for (int i = 0; i < components; ++i) storedValue(instance, row)[i] = value[i];

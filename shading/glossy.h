@@ -1,7 +1,8 @@
-// What glossy reflections and glossy refractions have in common: a normal jittered by noise, a ray that leaves by it,
-// and four ways of looking up where that ray goes. Averaged over several rays, and tinted.
+// What glossy reflections and glossy refractions have in common: a normal jittered by noise, a ray that is mirrored or
+// bent at it, and four ways to find what the ray sees; averaged over several rays, and tinted.
 #pragma once
 
+#include "module/inputs.h"
 #include "module/panel.h"
 #include "module/rows.h"
 #include "random/random.h"
@@ -14,12 +15,12 @@
 namespace velm::plugin {
 
 enum GlossyMode { kBackdropOnly, kRaysAndBackdrop, kSphericalMap, kRaysAndMap };
-// The blank that the last one starts with belongs to it. Each unit has its own list: the address of a shared one is no
-// constant where the undefined-behaviour sanitizer allows for null symbols.
+// The leading blank of the last entry belongs to it. Each node class has a list of its own: the address of a shared one
+// is not a constant expression under the undefined-behaviour sanitizer, which allows for null symbols.
 static constexpr const char *modeStrings[] = {"Backdrop Only", "Ray Tracing + Backdrop", "Spherical Map",
                                               " Ray Tracing + Spherical Map", nullptr};
 
-// The services of a unit, as its own pointers have them.
+// References to the service pointers of a node class.
 struct GlossyServices {
     const HostImageList *const &imglist;
     const HostNodeUtilityFuncs *const &nodeutilf;
@@ -27,7 +28,7 @@ struct GlossyServices {
     const HostTimeInfo *const &timeinfo;
 };
 
-// The first fields of an instance, and the last.
+// The first fields of an instance, and the last. Refractions have their refraction index between them.
 struct GlossyLook {
     int mode;
     ImageChoice image;
@@ -39,19 +40,15 @@ struct GlossySpread {
     ScalarParameter blur;
     int samples;
     int blurDepth;
-    Vec3Parameter normal; // created with the node and left alone: it takes no part in anything
+    Vec3Parameter normal; // created with the node; only its input has an effect
 };
-struct GlossyHandles {
-    HostChannelGroup *group;
-    HostPanel *panel;
-    HostNode *node;
-    HostInput *colourInput, *angleInput, *blurInput, *samplesInput, *blurDepthInput, *normalInput;
+struct GlossyConnections {
     HostOutput *output;
 };
 
-// One sample's settings.
+// The settings of one sample.
 struct GlossySettings {
-    double colour[3];
+    Vec3 colour;
     double seamAngle, blur;
     int samples, blurDepth;
 };
@@ -60,29 +57,26 @@ inline constexpr int kWordsOfGlossyRay = 3 * kWordsOfNoise; // a noise value for
 
 struct GlossyRay {
     double direction[3];
-    double eta;
+    double eta; // the index of refraction of the medium that the ray is in
 };
 
-// The part of the settings after the tint colour. A further parameter is read between the two.
-inline double readSeamAngle(const Inputs &inputs, const GlossyLook &look, const GlossyHandles &handles) {
-    return inputs.read(look.seamAngle, handles.angleInput);
-}
-inline void readSpread(const Inputs &inputs, const GlossySpread &spread, const GlossyHandles &handles,
-                       GlossySettings &settings) {
-    settings.blur = inputs.read(spread.blur, handles.blurInput);
-    settings.samples = inputs.read(spread.samples, handles.samplesInput);
-    settings.blurDepth = inputs.read(spread.blurDepth, handles.blurDepthInput);
+// Reads the settings of the GlossySpread at an offset of the instance. [render threads]
+template <size_t spread, const NodeClass &nodeClass>
+void readSpread(const ParameterInputs<nodeClass> &inputs, GlossySettings &settings) {
+    settings.blur = inputs.template read<spread + offsetof(GlossySpread, blur)>();
+    settings.samples = inputs.template read<spread + offsetof(GlossySpread, samples)>();
+    settings.blurDepth = inputs.template read<spread + offsetof(GlossySpread, blurDepth)>();
 }
 
-// How many rays a sample is worth: one where there is no blur, for rays that are themselves one of many beyond the blur
-// depth, and for pre-process rays.
+// The number of rays of a sample: 1 without blur, for rays that are themselves one of many beyond the blur depth, and
+// for pre-process rays.
 inline int glossyRayCount(const GlossySettings &settings, const ShadingSample &sample) {
     if (settings.blur == 0 || settings.samples <= 0) return 1;
     if ((sample.rayFlags & kRaySampled) && sample.rayDepth > settings.blurDepth) return 1;
     return sample.rayFlags & kRayPreprocess ? 1 : settings.samples;
 }
 
-// The spherical map, as seen in a direction.
+// Stores the colour of the spherical map in a direction.
 inline void lookUpMap(const GlossyServices &g, HostImage *image, double seamAngle, const ShadingSample &sample,
                       const double direction[3], double colour[3]) {
     double u = 0, v = 0;
@@ -90,7 +84,8 @@ inline void lookUpMap(const GlossyServices &g, HostImage *image, double seamAngl
     g.imglist->rgbSpot(image, u, v, sample.spotSize, 1, colour);
 }
 
-// What one ray brings. `traceKind` is kTraceReflection or kTraceRefraction, flagged as sampled where there is blur.
+// Stores the colour that one ray sees; `colour` is unchanged if it sees nothing. `image` may be null. `traceKind` is
+// kTraceReflection or kTraceRefraction, with kTraceSampled if there is blur.
 inline void lookUpRay(const GlossyServices &g, int mode, HostImage *image, double seamAngle, unsigned int traceKind,
                       const ShadingSample &sample, const GlossyRay &ray, double colour[3]) {
     if (mode == kBackdropOnly) {
@@ -104,40 +99,39 @@ inline void lookUpRay(const GlossyServices &g, int mode, HostImage *image, doubl
     if (missed && image) lookUpMap(g, image, seamAngle, sample, ray.direction, colour);
 }
 
-// Averages the rays that `bend` makes of the view direction and each jittered normal, and tints the result.
+// Averages the colours of the rays that `bend(view, jittered)` gives for the view direction and each jittered normal,
+// both of unit length, and tints the result. `normal` may have any length. [render threads]
 template <class Bend>
-void gatherGlossy(const GlossyServices &g, const GlossyLook &look, const GlossySettings &settings,
-                  const GlossyHandles &handles, unsigned int traceKind, const Inputs &inputs, Bend bend,
-                  double result[3]) {
-    const ShadingSample *sample = inputs.sample();
-    double normal[3], view[3];
-    inputs.read(sample->shadingNormal, handles.normalInput, normal);
-    normalise(normal);
-    for (int i = 0; i < 3; ++i) view[i] = sample->position[i] - sample->raySource[i];
+Vec3 gatherGlossy(const GlossyServices &g, const GlossyLook &look, const GlossySettings &settings, Vec3 normal,
+                  unsigned int traceKind, const ShadingSample &sample, Bend bend) {
+    normalise(normal.c);
+    double view[3];
+    for (int i = 0; i < 3; ++i) view[i] = sample.position[i] - sample.raySource[i];
     normalise(view);
     HostImage *image =
         look.mode >= kSphericalMap && look.image.index >= 1 ? getImageID(*g.imglist, look.image.index) : nullptr;
     if (settings.blur != 0) traceKind |= kTraceSampled;
 
-    const int rays = glossyRayCount(settings, *sample);
-    double sum[3] = {0, 0, 0};
-    // The words of a run of rays are taken ahead; a ray whose hit draws words itself is given them first, and the rays
-    // after it get later ones, as if each had drawn its own.
-    constexpr int kRun = WordsAhead::kMost / kWordsOfGlossyRay;
+    const int rays = glossyRayCount(settings, sample);
+    Vec3 sum = {};
+    // The random words of several rays are taken ahead. If shading a hit draws words itself, it gets these first and
+    // the rays after it get later ones, as if each ray had drawn its own.
+    constexpr int kMostRays = WordsAhead::kMost / kWordsOfGlossyRay;
     WordsAhead ahead;
     for (int i = 0; i < rays; ++i) {
-        if (ahead.left() < kWordsOfGlossyRay) ahead.fill(kWordsOfGlossyRay * std::min(kRun, rays - i));
-        double jittered[3]; // three noise values for every ray, also without blur: the stream goes on as it always has
+        if (ahead.left() < kWordsOfGlossyRay) ahead.fill(kWordsOfGlossyRay * std::min(kMostRays, rays - i));
+        double jittered[3]; // draws three noise values without blur too, since scenes rely on the state of the stream
         const uint32_t *words = ahead.words();
         for (int k = 0; k < 3; ++k, words += kWordsOfNoise)
-            jittered[k] = normal[k] - noiseOfWords(words[0], words[1], words[2]) * settings.blur;
+            jittered[k] = normal.c[k] - noiseOfWords(words[0], words[1], words[2]) * settings.blur;
         ahead.use(kWordsOfGlossyRay);
         normalise(jittered);
         double colour[3] = {0, 0, 0};
-        lookUpRay(g, look.mode, image, settings.seamAngle, traceKind, *sample, bend(view, jittered), colour);
-        for (int k = 0; k < 3; ++k) sum[k] += colour[k];
+        lookUpRay(g, look.mode, image, settings.seamAngle, traceKind, sample, bend(view, jittered), colour);
+        for (int k = 0; k < 3; ++k) sum.c[k] += colour[k];
     }
-    for (int k = 0; k < 3; ++k) result[k] = sum[k] / rays * (look.tint ? settings.colour[k] : 1.0);
+    for (int k = 0; k < 3; ++k) sum.c[k] = sum.c[k] / rays * (look.tint ? settings.colour.c[k] : 1.0);
+    return sum;
 }
 
 // The mirrored view direction.
@@ -150,7 +144,7 @@ inline GlossyRay mirrored(const double view[3], const double normal[3], double e
 
 // ---- Tables ----
 
-// The services that a unit fetches, stored in its own pointers.
+// The services of a glossy node class, stored in the class's own pointers.
 template <auto &imglist, auto &nodeutilf, auto &filereq, auto &bkdropinfo, auto &timeinfo>
 inline constexpr FurtherService glossyServiceRows[] = {
     {.name = HOST_IMAGE_LIST, .store = storeIn<imglist>},
@@ -161,7 +155,7 @@ inline constexpr FurtherService glossyServiceRows[] = {
     {.name = HOST_TIME_INFO, .rule = FurtherService::Rule::unlessModelling, .store = storeIn<timeinfo>},
 };
 
-// The image popup of a glossy unit, complete.
+// A glossy node class, with the hooks of its image popup filled in.
 template <const ImagePopup &imagePopup>
 constexpr NodeClass glossyClass(NodeClass nodeClass) {
     nodeClass = withImages<imagePopup>(nodeClass);
@@ -171,52 +165,34 @@ constexpr NodeClass glossyClass(NodeClass nodeClass) {
     return nodeClass;
 }
 
-// Parameter rows.
-// `look`, `spread` and `handles` are the offsets of the three records. The colour and its input are created first,
-// though it stands after the seam angle on the panel and in files.
+// The parameter rows, from the offset of the GlossyLook or the GlossySpread. The colour and its input are created
+// before the other animated parameters and their inputs, though the seam angle precedes it on the panel and in files.
 
-constexpr Row glossyModeRow(unsigned int id, size_t look) {
-    return popup(id, "Mode", modeStrings).at(look + offsetof(GlossyLook, mode)).starting(kRaysAndBackdrop);
+constexpr Row glossyModeRow(size_t look) {
+    return popup(look + offsetof(GlossyLook, mode), "Mode", modeStrings).starting(kRaysAndBackdrop);
 }
-constexpr Row glossyImageRow(unsigned int id, size_t look, HostPopupCount *count, HostPopupName *name) {
-    return popup(id, "Image").entries(count, name).at(look + offsetof(GlossyLook, image.index));
+constexpr Row glossyImageRow(size_t look, HostPopupCount *count, HostPopupName *name) {
+    return popup(look + offsetof(GlossyLook, image.index), "Image").entries(count, name);
 }
-constexpr Row glossySeamRow(unsigned int id, size_t look, size_t handles) {
-    return angle(id, "Image Seam Angle")
-        .at(look + offsetof(GlossyLook, seamAngle))
-        .input(handles + offsetof(GlossyHandles, angleInput), "Angle")
-        .createdLast();
+constexpr Row glossySeamRow(size_t look) {
+    return angle(look + offsetof(GlossyLook, seamAngle), "Image Seam Angle").input("Angle").createdLast();
 }
-constexpr Row glossyColourRow(unsigned int id, size_t look, size_t handles) {
-    return colour(id, "Color")
-        .at(look + offsetof(GlossyLook, colour))
-        .starting(0.78431)
-        .input(handles + offsetof(GlossyHandles, colourInput));
+constexpr Row glossyColourRow(size_t look) {
+    return colour(look + offsetof(GlossyLook, colour), "Color").starting(0.78431).input();
 }
-constexpr Row glossyBlurRow(unsigned int id, const char *label, size_t spread, size_t handles) {
-    return percent(id, label)
-        .at(spread + offsetof(GlossySpread, blur))
-        .input(handles + offsetof(GlossyHandles, blurInput), "Blur")
-        .createdLast();
+constexpr Row glossyBlurRow(size_t spread, const char *label) {
+    return percent(spread + offsetof(GlossySpread, blur), label).input("Blur").createdLast();
 }
-constexpr Row glossySamplesRow(unsigned int id, size_t spread, size_t handles) {
-    return integer(id, "Samples")
-        .at(spread + offsetof(GlossySpread, samples))
-        .starting(8)
-        .input(handles + offsetof(GlossyHandles, samplesInput))
-        .createdLast();
+constexpr Row glossySamplesRow(size_t spread) {
+    return integer(spread + offsetof(GlossySpread, samples), "Samples").starting(8).input().createdLast();
 }
-constexpr Row glossyDepthRow(unsigned int id, size_t spread, size_t handles) {
-    return integer(id, "Blur Depth")
-        .at(spread + offsetof(GlossySpread, blurDepth))
-        .input(handles + offsetof(GlossyHandles, blurDepthInput))
-        .createdLast();
+constexpr Row glossyDepthRow(size_t spread) {
+    return integer(spread + offsetof(GlossySpread, blurDepth), "Blur Depth").input().createdLast();
 }
-constexpr Row glossyNormalRow(size_t spread, size_t handles) {
-    return bareVec3("Normal", kParmPlainTriple)
-        .at(spread + offsetof(GlossySpread, normal))
+constexpr Row glossyNormalRow(size_t spread) {
+    return bareVec3(spread + offsetof(GlossySpread, normal), "Normal", kParmPlainTriple)
         .starting(0, 1, 0)
-        .input(handles + offsetof(GlossyHandles, normalInput))
+        .input()
         .createdLast();
 }
 

@@ -1,24 +1,30 @@
-// Get Material: reuses the network that feeds a Store Material node, perhaps of another surface.
+// Get Material: how do I use the same network on several surfaces? Gives what is connected to a Store Material node,
+// which may belong to another surface.
 //
-// The store's inputs are evaluated with this node's own sample, so that the shared network is shaded where the get is
-// used. The link is the store's number, looked up when rendering starts: a store may be renamed, and a new choice takes
-// effect with the next render. Without a store the outputs are left unset, and what asks keeps its own value.
+// The store's inputs are evaluated with this node's own sample, so that the shared network is shaded where this node is
+// used. A store is identified by a number, which is looked up when rendering starts: a store may be renamed, and a new
+// choice takes effect with the next render. Without a store the outputs are left unset, and the node that reads them
+// uses its own value.
 //
-// Odd on purpose: a copy is taken off the registry's list, so that stores that come later leave its slot alone.
+// Odd on purpose: a copy is removed from the registry's list, so that stores listed later leave its slot unchanged.
+#include "module/inputs.h"
 #include "module/rows.h"
 #include "module/servers.h"
 #include "share/registry.h"
 
 namespace velm::plugin {
-
-static NodeServices services;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
 namespace {
 
-enum Control : unsigned int { kSlot = kFirstControl };
+NodeServices services;
+constexpr int nodeColor[3] = {164, 50, 10};
 
 int slotCount(void *) { return getStoreNodeCount(); }
+
+#define AT(field) offsetof(GetMaterial, field)
+constexpr Parameter parameters[] = {
+    popup(AT(slot), "Slot").entries(slotCount, getStoreNodeName),
+    hiddenInteger(AT(storeID)),
+};
 
 void list(void *instance) { addGetNodeForced(static_cast<GetMaterial *>(instance)); }
 
@@ -40,19 +46,13 @@ HostError init(void *instance, int) {
 }
 
 int setValue(void *instance, unsigned int id, void *value) {
-    if (id != kSlot) return kSetUnknown;
+    if (id != controlOf(parameters, AT(slot))) return kSetUnknown;
     auto &self = *static_cast<GetMaterial *>(instance);
     self.slot = *static_cast<const int *>(value);
     const StoreMaterial *store = self.slot < 1 ? nullptr : getStoreNode(self.slot - 1);
     self.storeID = store ? store->id : 0;
     return kSetDefault;
 }
-
-#define AT(field) offsetof(GetMaterial, field)
-constexpr Parameter parameters[] = {
-    popup(kSlot, "Slot").at(AT(slot)).entries(slotCount, getStoreNodeName),
-    hiddenInteger(AT(storeID)),
-};
 
 constexpr Output outputs[] = {
     {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
@@ -63,24 +63,19 @@ constexpr Output outputs[] = {
 
 constexpr NodeClass nodeClass = {
     .name = "Get Material",
-    .size = sizeof(GetMaterial),
     .colour = nodeColor,
     .services = &services,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
+    .record = {.size = sizeof(GetMaterial), .node = AT(node), .panel = AT(panel)},
     .created = list,
     .destroying = leave,
     .copied = copied,
     .init = init,
     .setValue = setValue,
 };
-#undef AT
 
-} // namespace
-
-static void GetMaterial_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+void GetMaterial_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const GetMaterial *>(instance);
     const StoreMaterial *store = self.store;
     if (!store) return;
@@ -93,6 +88,8 @@ static void GetMaterial_Evaluate(void *instance, ShadingSample *sample, HostOutp
     else
         passThrough(services, store->integerInput, sample, value, 0);
 }
+
+} // namespace
 
 VELM_DEFINE_TAGS(GetMaterial, nodeClass, "Velm's Nodes/Tools")
 VELM_DEFINE_NODE(GetMaterial, nodeClass)

@@ -1,18 +1,19 @@
-// Group Node: packs a network into one node. Each instance owns a nested editor of the host, whose root node's inputs
-// are wired inside the group; the node's outputs of the same names give what those inputs evaluate to.
+// Group Node: how do I put a whole network into one node? Each instance owns a nested node editor of the host. The
+// network in it is connected to the inputs of its root node, and the outputs of the Group Node have the same names and
+// give the values of these inputs.
 //
-// The nested network lives, is initialised, stepped in time, cleaned up, copied and saved with the node. What is not
-// wired inside gives a light grey, 1, a null vector, 1, and a light grey material.
+// The nested network is initialised, stepped in time, cleaned up, copied and saved with the node, and destroyed with
+// it. An input that is not connected inside gives a light grey, 1, a zero vector, 1, or a light grey material.
+#include "module/inputs.h"
 #include "module/rows.h"
 #include "module/servers.h"
 
 namespace velm::plugin {
-
-static NodeServices services;
-static const HostNodeUtilityFuncs *nodeutilf;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
 namespace {
+
+NodeServices services;
+const HostNodeUtilityFuncs *nodeutilf;
+constexpr int nodeColor[3] = {164, 50, 10};
 
 struct GroupNode {
     HostNodeEditor *editor;
@@ -38,7 +39,7 @@ void GroupNode_rootNodePreview(HostNodeEditor *editor, ShadingSample *sample, do
     services.nodeInputFunc->evaluate(self.colourInput, sample, colour);
 }
 
-// A box of the outer node's extent about the origin.
+// The bounds are a box about the origin, of the size that the host gives for the outer node.
 void GroupNode_Autosize(HostNodeEditor *, void *userData, double bounds[3][2]) {
     if (!userData || !nodeutilf) return;
     double scale[3] = {}, position[3] = {};
@@ -82,7 +83,7 @@ void destroying(void *instance) {
     if (HostNodeEditor *editor = editorOf(instance)) services.nodeEditorFunc->destroy(editor);
 }
 
-// The node itself always succeeds in copying, starting and stepping; what a node inside reports is the host's to tell.
+// Copying, starting and stepping always succeed for the node itself. The host reports the errors of the nodes inside.
 HostError copied(void *to, void *from) {
     services.nodeEditorFunc->copy(editorOf(to), editorOf(from));
     return nullptr;
@@ -123,7 +124,7 @@ void buttonCallback(HostPanel *panel, int) {
     services.nodeEditorFunc->openWindow(self.editor);
 }
 
-constexpr Parameter parameters[] = {button(kFirstControl, "Edit Nodes", buttonCallback)};
+constexpr Parameter parameters[] = {button("Edit Nodes", buttonCallback)};
 
 #define AT(field) offsetof(GroupNode, field)
 constexpr Output outputs[] = {
@@ -138,14 +139,12 @@ constexpr FurtherService furtherServices[] = {{.name = HOST_NODE_UTILITY_FUNCS, 
 
 constexpr NodeClass nodeClass = {
     .name = kTitle,
-    .size = sizeof(GroupNode),
     .colour = nodeColor,
     .services = &services,
     .furtherServices = furtherServices,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
+    .record = {.size = sizeof(GroupNode), .node = AT(node), .panel = AT(panel)},
     .prepare = prepare,
     .destroying = destroying,
     .copied = copied,
@@ -155,11 +154,8 @@ constexpr NodeClass nodeClass = {
     .cleanup = cleanup,
     .newTime = newTime,
 };
-#undef AT
 
-} // namespace
-
-static void GroupNode_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+void GroupNode_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const GroupNode *>(instance);
     if (output == self.colourOutput)
         passThrough(services, self.colourInput, sample, value, Vec3{{kGrey, kGrey, kGrey}});
@@ -172,6 +168,8 @@ static void GroupNode_Evaluate(void *instance, ShadingSample *sample, HostOutput
     else if (output == self.materialOutput)
         passThrough(services, self.materialInput, sample, value, kGreyMaterial);
 }
+
+} // namespace
 
 VELM_DEFINE_TAGS(GroupNode, nodeClass, "Velm's Nodes/Tools")
 VELM_DEFINE_NODE(GroupNode, nodeClass)

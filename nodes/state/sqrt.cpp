@@ -1,57 +1,52 @@
 // Sqrt: the square root of the magnitude of a number.
 //
-// Odd on purpose: a negative number gives the root of its magnitude, never a NaN, so that no stray sign upstream can
-// blacken a picture. The parameter is "Input" on the panel and "In" as an input, as saved scenes have it.
+// Odd on purpose: a negative number gives the root of its magnitude, never a NaN, so that a stray sign in the network
+// cannot blacken a picture. The parameter is "Input" on the panel and "In" as an input, as saved scenes have it.
+#include "module/inputs.h"
 #include "module/rows.h"
 #include "module/servers.h"
 
 #include <cmath>
 
 namespace velm::plugin {
-
-static NodeServices services;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
 namespace {
+
+NodeServices services;
+constexpr int nodeColor[3] = {164, 50, 10};
 
 struct Sqrt {
     ScalarParameter operand;
-    HostChannelGroup *group;
-    HostPanel *panel;
-    HostNode *node;
-    HostInput *in;
+};
+struct Connections {
     HostOutput *out;
 };
 
 #define AT(field) offsetof(Sqrt, field)
 constexpr Parameter parameters[] = {
-    number(kFirstControl, "Input").at(AT(operand)).starting(1.0).input(AT(in), "In"),
+    number(AT(operand), "Input").starting(1.0).input("In"),
 };
 
-constexpr Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(out)}};
+constexpr Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = offsetof(Connections, out)}};
+
+using Instance = InstanceRecord<Sqrt, inputCount(parameters), Connections>;
 
 constexpr NodeClass nodeClass = {
     .name = "Sqrt",
-    .size = sizeof(Sqrt),
     .colour = nodeColor,
     .previewType = kPreviewOff,
     .services = &services,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record = layoutOf<Instance>,
 };
-#undef AT
 
-} // namespace
-
-static void Sqrt_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    const auto &self = *static_cast<const Sqrt *>(instance);
-    const double operand = Inputs(services, sample).read(self.operand, self.in);
+void Sqrt_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const double operand = ParameterInputs<nodeClass>(instance, sample).read<AT(operand)>();
     const double root = std::sqrt(std::fabs(operand));
     services.nodeOutputFunc->setValue(value, &root);
 }
+
+} // namespace
 
 VELM_DEFINE_TAGS(Sqrt, nodeClass, "Velm's Nodes/Math")
 VELM_DEFINE_NODE(Sqrt, nodeClass)

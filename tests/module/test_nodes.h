@@ -19,12 +19,13 @@ struct Everything {
     int fresh[kMaxThreads];
     int kind, count, on, image, ray, serial;
     char name[260];
-    ScalarParameter level, late;
+    ScalarParameter level, last;
     Vec3Parameter place, tint, normal;
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
-    HostInput *kindInput, *countInput, *levelInput, *lateInput, *placeInput, *tintInput, *normalInput, *functionInput;
+    HostInput *kindInput, *countInput, *levelInput, *placeInput, *tintInput, *lastInput, *normalInput; // as created
+    HostInput *functionInput;
     HostOutput *colourOutput, *wordOutput;
 };
 
