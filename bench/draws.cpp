@@ -8,6 +8,8 @@
 namespace velm::host::bench {
 namespace {
 
+using plugin::gaussianNoise, plugin::genrand_real1;
+
 constexpr int kRounds = 15, kCalls = 4000000;
 
 template <class Draw>
@@ -18,7 +20,7 @@ auto timed(Draw draw) {
 } // namespace
 
 void compareDraws(Table &table) {
-    init_genrand(3);
+    plugin::init_genrand(3);
     const auto stream = timed([] { return genrand_real1(); });
     table.compare({.what = "one genrand_real1",
                    .against = "the published generator in plain C",

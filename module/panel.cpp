@@ -1,26 +1,29 @@
 #include "module/panel.h"
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
-const Parameter *rowOf(const NodeUnit &unit, unsigned int id) {
-    if (id == 0) return nullptr;
-    for (const Parameter &row : unit.parameters)
-        if (row.id == id) return &row;
-    return nullptr;
+constexpr size_t kNoRow = static_cast<size_t>(-1);
+
+// The index of the row whose control has an identifier.
+size_t rowOf(const NodeClass &nodeClass, unsigned int id) {
+    const auto parameters = nodeClass.parameters;
+    for (size_t i = 0; i < parameters.size(); ++i)
+        if (parameters[i].control && controlId(parameters, i) == id) return i;
+    return kNoRow;
 }
 
-// What is fed by a connection cannot be edited: its control shows nothing.
-bool isConnected(const NodeUnit &unit, void *instance, const Parameter &row) {
-    return row.input != 0 && unit.services->nodeInputFunc->isConnected(fieldAt<HostInput *>(instance, row.inputField));
+bool isConnected(const NodeClass &nodeClass, void *instance, size_t row) {
+    if (nodeClass.parameters[row].input == 0) return false;
+    return nodeClass.services->nodeInputFunc->isConnected(fieldAt<HostInput *>(instance, inputOffset(nodeClass, row)));
 }
 
 } // namespace
 
-int activateInterface(const NodeUnit &unit, HostPanel *(*getPanel)(void *instance), int version, HostLookup *lookup,
-                      void *local) {
+int activateInterface(const NodeClass &nodeClass, HostPanel *(*getPanel)(void *instance), int version,
+                      HostLookup *lookup, void *local) {
     if (version != kNodeInterfaceVersion) return kActivateBadVersion;
-    NodeServices &services = *unit.services;
+    NodeServices &services = *nodeClass.services;
     services.lwupdate = reinterpret_cast<HostInstanceUpdate *>(lookup(HOST_INSTANCE_UPDATE, kUseTransient));
     services.xpanf = static_cast<const HostPanelFuncs *>(lookup(HOST_PANEL_FUNCS, kUseTransient));
     if (!services.lwupdate || !services.xpanf) return kActivateBadGlobal;
@@ -32,47 +35,51 @@ int activateInterface(const NodeUnit &unit, HostPanel *(*getPanel)(void *instanc
     return kActivateOk;
 }
 
-HostPanel *getPanel(const NodeUnit &unit, const PanelTables &tables, void *instance) {
+HostPanel *getPanel(const NodeClass &nodeClass, const PanelTables &tables, void *instance) {
     if (!instance) return nullptr;
-    HostPanel *&panel = fieldAt<HostPanel *>(instance, unit.panel);
+    HostPanel *&panel = fieldAt<HostPanel *>(instance, nodeClass.record.panel);
     if (panel) return panel;
-    const HostPanelFuncs &xpanf = *unit.services->xpanf;
+    const HostPanelFuncs &xpanf = *nodeClass.services->xpanf;
     panel = xpanf.create(kPanelForm, nullptr);
     if (!panel) return nullptr;
-    xpanf.hint(panel, 0, tables.hints); // hints before the description: the host reads them in this order
+    xpanf.hint(panel, 0, tables.hints); // the host wants the hints before the description
     xpanf.describe(panel, tables.values, tables.get, tables.set);
     xpanf.viewInstance(panel, instance);
     xpanf.setData(panel, 0, instance);
     return panel;
 }
 
-void *getPanelValue(const NodeUnit &unit, void *instance, unsigned int id) {
-    const Parameter *row = rowOf(unit, id);
-    if (!row || isConnected(unit, instance, *row)) return nullptr;
-    switch (row->holds) {
+void *getPanelValue(const NodeClass &nodeClass, void *instance, unsigned int id) {
+    const size_t index = rowOf(nodeClass, id);
+    if (index == kNoRow || isConnected(nodeClass, instance, index)) return nullptr;
+    const Parameter &row = nodeClass.parameters[index];
+    switch (row.holds) {
     case Holds::integer:
-    case Holds::text: return &fieldAt<char>(instance, row->field);
-    case Holds::scalar: return fieldAt<ScalarParameter>(instance, row->field).parm;
-    case Holds::triple: return fieldAt<TripleParameter>(instance, row->field).parm;
-    case Holds::bareTriple:
+    case Holds::text: return &fieldAt<char>(instance, row.field);
+    case Holds::scalar: return fieldAt<ScalarParameter>(instance, row.field).parm;
+    case Holds::vec3: return fieldAt<Vec3Parameter>(instance, row.field).parm;
+    case Holds::bareVec3:
     case Holds::nothing: break;
     }
     return nullptr;
 }
 
-int setPanelValue(const NodeUnit &unit, void *instance, unsigned int id, void *value) {
-    if (const int handled = unit.setValue ? unit.setValue(instance, id, value) : kSetUnknown) return handled;
-    const Parameter *row = rowOf(unit, id);
-    if (!row || row->holds == Holds::nothing) return kSetUnknown;
-    if (row->holds == Holds::integer) fieldAt<int>(instance, row->field) = *static_cast<const int *>(value);
-    return kSetDefault; // an animated parameter has been changed by the host already
+int setPanelValue(const NodeClass &nodeClass, void *instance, unsigned int id, void *value) {
+    if (const int handled = nodeClass.setValue ? nodeClass.setValue(instance, id, value) : kSetUnknown) return handled;
+    const size_t index = rowOf(nodeClass, id);
+    if (index == kNoRow) return kSetUnknown;
+    const Parameter &row = nodeClass.parameters[index];
+    if (row.holds == Holds::nothing) return kSetUnknown;
+    if (row.holds == Holds::integer) fieldAt<int>(instance, row.field) = *static_cast<const int *>(value);
+    return kSetDefault; // the host has already changed an animated parameter
 }
 
-int panelChanged(const NodeUnit &unit, HostPanel *panel, unsigned int control, int event) {
-    void *instance = unit.services->xpanf->getData(panel, 0);
-    if (event == kEventChanging) unit.services->nodeFunc->updatePreview(fieldAt<HostNode *>(instance, unit.node));
-    if (event == kEventSet) unit.services->lwupdate(HOST_CLASS_NODE_HANDLER, instance);
-    return unit.changed ? unit.changed(instance, panel, control, event) : 0;
+int panelChanged(const NodeClass &nodeClass, HostPanel *panel, unsigned int control, int event) {
+    void *instance = nodeClass.services->xpanf->getData(panel, 0);
+    if (event == kEventChanging)
+        nodeClass.services->nodeFunc->updatePreview(fieldAt<HostNode *>(instance, nodeClass.record.node));
+    if (event == kEventSet) nodeClass.services->lwupdate(HOST_CLASS_NODE_HANDLER, instance);
+    return nodeClass.changed ? nodeClass.changed(instance, panel, control, event) : 0;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -1,26 +1,16 @@
-// How a unit writes its parameter rows: the kind of control first, then, by name, what differs from its kind. Each
-// function gives a row for the panel; the steps after it fill in the rest:
+// The rows of a parameter table: each function here makes the row of one kind of control, from the offset of the
+// parameter's field and its label. The steps after it, by name, state what differs from the kind's defaults:
 //
-//     angle(kCone, "Cone Angle").at(offsetof(Node, cone)).starting(0.5).input(offsetof(Node, coneInput)),
+//     angle(offsetof(Cone, angle), "Cone Angle").starting(0.5).input(),
 #pragma once
 
 #include "module/node.h"
 
-namespace velm {
+namespace velm::plugin {
 
 struct Row : Parameter {
-    // Where the row's field sits in the instance.
-    constexpr Row at(size_t offset) const {
-        Row row = *this;
-        row.field = offset;
-        return row;
-    }
-    // Its default; a colour's is the same in each component.
-    constexpr Row starting(double value) const {
-        Row row = *this;
-        for (double &component : row.initial) component = value;
-        return row;
-    }
+    // The default; a colour's is the same in each component.
+    constexpr Row starting(double value) const { return starting(value, value, value); }
     constexpr Row starting(double x, double y, double z) const {
         Row row = *this;
         row.initial[0] = x;
@@ -28,19 +18,19 @@ struct Row : Parameter {
         row.initial[2] = z;
         return row;
     }
-    // Created after the parameters and inputs of the other rows.
-    constexpr Row late() const {
+    // The host parameter and the input are created after those of the rows without this.
+    constexpr Row createdLast() const {
         Row row = *this;
-        row.createdLate = true;
+        row.Parameter::createdLast = true;
         return row;
     }
-    // A copy keeps its own.
+    // Copying an instance leaves the value of the copy as it is.
     constexpr Row notCopied() const {
         Row row = *this;
         row.copied = false;
         return row;
     }
-    // Saved in a block of its own.
+    // Saved in a tagged block, for a class that saves blocks.
     constexpr Row inBlock(unsigned int blockId, const char *token) const {
         Row row = *this;
         row.block = {.id = blockId, .token = token};
@@ -53,11 +43,10 @@ struct Row : Parameter {
         row.transform = values;
         return row;
     }
-    // It has an input, of the kind's own connection type, and named like the label unless a name is given.
-    constexpr Row input(size_t offset, const char *name = nullptr) const {
+    // The parameter has an input, of the parameter's own connection type, named like its label or as given.
+    constexpr Row input(const char *name = nullptr) const {
         Row row = *this;
         row.Parameter::input = inputType(holds, parmType);
-        row.inputField = offset;
         row.inputName = name;
         return row;
     }
@@ -68,7 +57,7 @@ struct Row : Parameter {
         row.popupName = name;
         return row;
     }
-    // The channel is not named like the label.
+    // The channel has another name than the label.
     constexpr Row named(const char *channelName) const {
         Row row = *this;
         row.channel = channelName;
@@ -83,9 +72,9 @@ struct Row : Parameter {
     }
 };
 
-constexpr Row makeRow(unsigned int id, const char *label, const char *control, Holds holds, int parmType = 0) {
+constexpr Row makeRow(size_t field, const char *label, const char *control, Holds holds, int parmType = 0) {
     Row row{};
-    row.id = id;
+    row.field = field;
     row.label = label;
     row.control = control;
     row.holds = holds;
@@ -94,72 +83,75 @@ constexpr Row makeRow(unsigned int id, const char *label, const char *control, H
 }
 
 // Integers.
-constexpr Row wholeNumber(unsigned int id, const char *label) { return makeRow(id, label, "integer", Holds::integer); }
-constexpr Row checkBox(unsigned int id, const char *label) { return makeRow(id, label, "iBoolean", Holds::integer); }
-constexpr Row popup(unsigned int id, const char *label, const char *const *texts = nullptr) {
-    Row row = makeRow(id, label, "iPopChoice", Holds::integer);
+constexpr Row integer(size_t field, const char *label) { return makeRow(field, label, "integer", Holds::integer); }
+constexpr Row checkBox(size_t field, const char *label) { return makeRow(field, label, "iBoolean", Holds::integer); }
+constexpr Row popup(size_t field, const char *label, const char *const *texts = nullptr) {
+    Row row = makeRow(field, label, "iPopChoice", Holds::integer);
     row.texts = texts;
     return row;
 }
-constexpr Row choice(unsigned int id, const char *label, const char *const *texts) { // a row of buttons
-    Row row = popup(id, label, texts);
+constexpr Row choice(size_t field, const char *label, const char *const *texts) { // a row of buttons
+    Row row = popup(field, label, texts);
     row.control = "iChoice";
     return row;
 }
 
-// Animated parameters.
-constexpr Row number(unsigned int id, const char *label) {
-    return makeRow(id, label, "float-env", Holds::scalar, kParmFloat);
+// Animated parameters. Angles are in radians, and percentages are fractions; the panel shows degrees and per cent.
+constexpr Row number(size_t field, const char *label) {
+    return makeRow(field, label, "float-env", Holds::scalar, kParmFloat);
 }
-constexpr Row percent(unsigned int id, const char *label) {
-    return makeRow(id, label, "percent-env", Holds::scalar, kParmPercent);
+constexpr Row percent(size_t field, const char *label) {
+    return makeRow(field, label, "percent-env", Holds::scalar, kParmPercent);
 }
-constexpr Row distance(unsigned int id, const char *label) {
-    return makeRow(id, label, "distance-env", Holds::scalar, kParmDistance);
+constexpr Row distance(size_t field, const char *label) {
+    return makeRow(field, label, "distance-env", Holds::scalar, kParmDistance);
 }
-constexpr Row angle(unsigned int id, const char *label) {
-    return makeRow(id, label, "angle-env", Holds::scalar, kParmAngle);
+constexpr Row angle(size_t field, const char *label) {
+    return makeRow(field, label, "angle-env", Holds::scalar, kParmAngle);
 }
-constexpr Row colour(unsigned int id, const char *label) {
-    return makeRow(id, label, "color-env", Holds::triple, kParmColour);
+constexpr Row colour(size_t field, const char *label) {
+    return makeRow(field, label, "color-env", Holds::vec3, kParmColour);
 }
-constexpr Row position(unsigned int id, const char *label) { // shown as lengths, kept as plain numbers
-    return makeRow(id, label, "distance3-env", Holds::triple, kParmFloatTriple);
+constexpr Row position(size_t field, const char *label) { // shown as lengths, stored as plain numbers
+    return makeRow(field, label, "distance3-env", Holds::vec3, kParmFloatTriple);
 }
-constexpr Row direction(unsigned int id, const char *label) {
-    return makeRow(id, label, "float3-env", Holds::triple, kParmFloatTriple);
+constexpr Row direction(size_t field, const char *label) {
+    return makeRow(field, label, "float3-env", Holds::vec3, kParmFloatTriple);
+}
+// An animated parameter that is created and otherwise left alone; it is not on the panel. See Holds::bareVec3.
+constexpr Row bareVec3(size_t field, const char *name, int parmType) {
+    return makeRow(field, name, nullptr, Holds::bareVec3, parmType);
 }
 
-// Controls without a value, and a text.
-constexpr Row button(unsigned int id, const char *label, HostPanelButton *pressed) {
-    Row row = makeRow(id, label, "vButton", Holds::nothing);
-    row.button = pressed;
-    return row;
-}
-constexpr Row thumbnail(unsigned int id, HostPanelDraw *draw) {
-    Row row = makeRow(id, nullptr, "dThumbnail", Holds::nothing);
-    row.draw = draw;
-    return row;
-}
-constexpr Row text(unsigned int id, const char *label, size_t size) {
-    Row row = makeRow(id, label, "string", Holds::text);
+// A text of `size` bytes with its terminator.
+constexpr Row text(size_t field, const char *label, size_t size) {
+    Row row = makeRow(field, label, "string", Holds::text);
     row.textSize = size;
     return row;
 }
 
-// Fields that are saved and copied, but are not on the panel; a parameter that is created and left alone.
-constexpr Row hiddenInteger(size_t offset) { return makeRow(0, nullptr, nullptr, Holds::integer).at(offset); }
-constexpr Row bareTriple(const char *name, int parmType) {
-    return makeRow(0, name, nullptr, Holds::bareTriple, parmType);
-}
+// An integer that is saved and copied but not on the panel.
+constexpr Row hiddenInteger(size_t field) { return makeRow(field, nullptr, nullptr, Holds::integer); }
 
-// An input that has no value of its own and is not on the panel.
-constexpr Row plainInput(const char *name, int type, size_t offset) {
-    Row row{};
-    row.label = name;
-    row.Parameter::input = type;
-    row.inputField = offset;
+// Controls without a value.
+constexpr Row button(const char *label, HostPanelButton *pressed) {
+    Row row = makeRow(kNowhere, label, "vButton", Holds::nothing);
+    row.button = pressed;
+    return row;
+}
+constexpr Row thumbnail(HostPanelDraw *draw) {
+    Row row = makeRow(kNowhere, nullptr, "dThumbnail", Holds::nothing);
+    row.draw = draw;
     return row;
 }
 
-} // namespace velm
+// An input without a parameter; `handle` is the offset of its HostInput * in the connections.
+constexpr Row plainInput(const char *name, int type, size_t handle) {
+    Row row{};
+    row.label = name;
+    row.Parameter::input = type;
+    row.inputField = handle;
+    return row;
+}
+
+} // namespace velm::plugin

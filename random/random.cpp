@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace velm::plugin {
+
 namespace {
 
 constexpr int kShiftWords = 397; // M of the publication
@@ -91,6 +93,8 @@ void drawFromStream(uint32_t *words, int count) {
 
 } // namespace
 
+VELM_FIXED_PLACE constinit thread_local WordsAhead *WordsAhead::innermost = nullptr;
+
 void WordsAhead::drawFrom(WordsAhead *scope, uint32_t *words, int count) {
     for (; scope != nullptr && count > 0; scope = scope->outer_) {
         const int here = std::min(count, scope->left());
@@ -115,3 +119,5 @@ double gaussianNoise() {
     genrand_words(words);
     return noiseOfWords(words[0], words[1], words[2]);
 }
+
+} // namespace velm::plugin

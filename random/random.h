@@ -18,6 +18,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace velm::plugin {
+
 inline constexpr int kStateWords = 624;
 inline constexpr int kNeverSeeded = kStateWords + 1;
 inline constexpr uint32_t kCreationSeed = 3; // what the creation of a node that draws restarts the stream from
@@ -94,8 +96,6 @@ class WordsAhead {
     uint32_t words_[kMost]; // from next_ to end_
 };
 
-VELM_FIXED_PLACE inline constinit thread_local WordsAhead *WordsAhead::innermost = nullptr;
-
 // Takes `count` successive words: the same words in the same order as so many single draws.
 template <int count>
 inline void genrand_words(uint32_t (&words)[count]) {
@@ -147,3 +147,5 @@ inline double noiseOfWords(uint32_t first, uint32_t second, uint32_t third) {
 // sum of three uniform draws (an Irwin-Hall approximation), rescaled. Its mean is 3/32767, not 0: a bias so small that
 // no picture shows it, kept because scenes have been tuned with it.
 double gaussianNoise();
+
+} // namespace velm::plugin

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace velm::plugin {
+
 static ShareRegistry *shareInst;
 
 namespace {
@@ -182,3 +184,5 @@ int getStoreNodeIndexByID(int id) {
     return findEntry(registry->storeNodes, registry->storeNodeCount,
                      [id](const StoreMaterial &store) { return store.id == id; });
 }
+
+} // namespace velm::plugin

@@ -11,6 +11,8 @@
 
 #include "module/host.h"
 
+namespace velm::plugin {
+
 constexpr int kShareCapacity = 64;   // of each list; a further registration is dropped without a word
 constexpr int kStoreNameSize = 260;  // bytes of a name's field
 constexpr int kUnassignedStore = -1; // the id of a store that has not been given one
@@ -23,8 +25,8 @@ struct StoreMaterial {
     char name[kStoreNameSize];
     HostPanel *panel;
     HostNode *node;
-    HostInput *colorInput, *scalarInput, *vectorInput, *integerInput;
-    HostOutput *colorOutput, *scalarOutput, *vectorOutput, *integerOutput;
+    HostInput *colourInput, *scalarInput, *vectorInput, *integerInput;
+    HostOutput *colourOutput, *scalarOutput, *vectorOutput, *integerOutput;
     GetMaterial *firstHolder; // the gets that hold this store for a render, linked by nextHolder
 };
 
@@ -35,7 +37,7 @@ struct GetMaterial {
     StoreMaterial *store; // what that was when rendering started
     HostPanel *panel;
     HostNode *node;
-    HostOutput *colorOutput, *scalarOutput, *vectorOutput, *integerOutput;
+    HostOutput *colourOutput, *scalarOutput, *vectorOutput, *integerOutput;
     GetMaterial *nextHolder;
 };
 
@@ -92,3 +94,5 @@ int containsStoreNode(const HostNodeFuncs *nodeFunc, const StoreMaterial *store)
 int getStoreNodeIndex(const StoreMaterial *store);
 int getGetNodeIndex(const GetMaterial *get);
 int getStoreNodeIndexByID(int id);
+
+} // namespace velm::plugin

@@ -6,9 +6,11 @@ does not compile is none, and another is drawn in its place.
 """
 
 import argparse
+import glob
 import json
 import os
 import random
+import re
 import resource
 import shutil
 import subprocess
@@ -31,40 +33,43 @@ PROGRAMS = {
     "test_nodes_images_and_sharing": "tests/nodes",
     "test_share": "tests/share",
     "test_random": "tests/random",
+    "test_shading": "tests/shading",
 }
-# What is mutated, and the program that is most likely to notice; all others are asked when it does not.
+# The program most likely to notice a mutant of a file outside nodes/. If it does not, all others are run.
 FILES = {
-    "module/compare.h": "test_nodes",
     "module/descriptor.cpp": "test_module",
-    "module/glossy.h": "test_nodes_images_and_sharing",
-    "module/image_popup.cpp": "test_nodes_images_and_sharing",
-    "module/image_popup.h": "test_nodes_images_and_sharing",
+    "module/inputs.h": "test_nodes_rays_and_state",
     "module/node.cpp": "test_module",
+    "module/node.h": "test_module",
     "module/panel.cpp": "test_module",
-    "module/rays.h": "test_nodes",
-    "module/sincos.cpp": "test_module",
-    "module/vectors.h": "test_nodes_images_and_sharing",
-    "nodes/image/pixel_image.cpp": "test_nodes_images_and_sharing",
-    "nodes/material/get_material.cpp": "test_nodes_images_and_sharing",
-    "nodes/material/group_node.cpp": "test_nodes_images_and_sharing",
-    "nodes/material/store_material.cpp": "test_nodes_images_and_sharing",
-    "nodes/raytrace/ambient_occlusion.cpp": "test_nodes",
-    "nodes/raytrace/gaussian_reflections.cpp": "test_nodes_images_and_sharing",
-    "nodes/raytrace/gaussian_refractions.cpp": "test_nodes_images_and_sharing",
-    "nodes/sampling/advanced_raytrace.cpp": "test_nodes_rays_and_state",
-    "nodes/sampling/random.cpp": "test_nodes_rays_and_state",
-    "nodes/sampling/ray_shade.cpp": "test_nodes_rays_and_state",
-    "nodes/sampling/take_samples.cpp": "test_nodes_rays_and_state",
-    "nodes/state/counter.cpp": "test_nodes",
-    "nodes/state/exponential_decay.cpp": "test_nodes_rays_and_state",
-    "nodes/state/hold_value.cpp": "test_nodes_rays_and_state",
-    "nodes/state/render_cam.cpp": "test_nodes_rays_and_state",
-    "nodes/state/render_info.cpp": "test_nodes_rays_and_state",
-    "nodes/state/sqrt.cpp": "test_nodes_rays_and_state",
     "random/random.cpp": "test_random",
     "random/random.h": "test_random",
+    "shading/compare.h": "test_nodes",
+    "shading/directions.cpp": "test_nodes",
+    "shading/directions.h": "test_nodes",
+    "shading/glossy.h": "test_nodes_images_and_sharing",
+    "shading/image_popup.cpp": "test_nodes_images_and_sharing",
+    "shading/image_popup.h": "test_nodes_images_and_sharing",
+    "shading/rays.h": "test_nodes",
+    "shading/sincos.cpp": "test_shading",
+    "shading/vectors.h": "test_nodes_images_and_sharing",
     "share/registry.cpp": "test_share",
 }
+
+
+def node_files():
+    """The files of the nodes, each with the program that has the test named like it."""
+    with open(os.path.join(ROOT, "tests", "nodes", "CMakeLists.txt"), encoding="utf-8") as stream:
+        programs = re.findall(r"velm_test\((\w+)(.*?)LIBRARIES", stream.read(), re.DOTALL)
+    found = {}
+    for path in sorted(glob.glob(os.path.join(ROOT, "nodes", "*", "*.cpp"))):
+        test = os.path.basename(path).replace(".cpp", "_test.cpp")
+        named = [program for program, sources in programs if test in sources.split()]
+        found[os.path.relpath(path, ROOT)] = named[0] if named else "test_module"
+    return found
+
+
+FILES.update(node_files())
 FEWEST_PER_FILE = 4
 MEMORY = 4 << 30  # of a test program; a mutant may allocate without end
 

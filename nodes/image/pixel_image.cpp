@@ -1,39 +1,35 @@
-// Pixel Image: one pixel of an image, by its column and row, blended over a background; and its alpha.
+// Pixel Image: what colour is this pixel of an image? Gives the pixel at a column and a row, blended over a
+// background, and its alpha.
 //
-// Nothing is filtered: "X" and "Y" are whole pixels, and beyond the image the tiling rule of each axis decides. Without
-// an image the colour is the background's and the alpha 1.
+// Nothing is filtered: "X" and "Y" are whole pixels, and beyond the image each axis has its own tiling rule. Without an
+// image the result is the background colour, with an alpha of 1.
 //
-// Odd on purpose: the "Image" input is read and has no effect, the panel's choice alone counts; and "Repeat" maps a
-// negative multiple of the size to the size itself, one past the last pixel, which is read as it is.
-#include "module/image_popup.h"
-#include "module/panel.h"
+// Odd on purpose: the "Image" input is read and has no effect, since only the panel's choice counts; and "Repeat" maps
+// a negative multiple of the size to the size itself, one past the last pixel, and the image is asked for that pixel.
+#include "module/inputs.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/image_popup.h"
 
-VELM_DECLARE_TAGS(PixelImage);
-VELM_DECLARE_NODE(PixelImage);
-VELM_DECLARE_PANEL(PixelImage);
-
-static velm::NodeServices services;
-static const HostImageList *imglist;
-static const HostNodeUtilityFuncs *nodeutilf;
-static HostFileRequestFunc *filereq;
-static velm::ImageRequest imageRequest;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
 
+NodeServices services;
+const HostImageList *imglist;
+const HostNodeUtilityFuncs *nodeutilf;
+HostFileRequestFunc *filereq;
+ImageRequest imageRequest;
+constexpr int nodeColor[3] = {164, 50, 10};
+
 struct PixelImage {
-    velm::TripleParameter background;
-    velm::ImageChoice image;
+    Vec3Parameter background;
+    ImageChoice image;
     int blending;
-    velm::ScalarParameter opacity;
+    ScalarParameter opacity;
     int uTiling, vTiling, x, y;
-    HostChannelGroup *group;
-    HostPanel *panel;
-    HostNode *node;
-    HostInput *backgroundInput, *imageInput, *blendingInput, *opacityInput, *uTilingInput, *vTilingInput, *xInput,
-        *yInput;
-    HostOutput *colorOutput, *alphaOutput;
+};
+struct Connections {
+    HostOutput *colour, *alpha;
 };
 
 constexpr const char *blendStrings[] = {"Normal",     "Additive", "Subtractive", "Multiply", "Screen",
@@ -42,45 +38,56 @@ constexpr const char *blendStrings[] = {"Normal",     "Additive", "Subtractive",
 enum Tiling { kReset, kRepeat, kMirror, kEdge, kTilings };
 constexpr const char *tileStrings[] = {"Reset", "Repeat", "Mirror", "Edge", nullptr};
 
-enum Control : unsigned int {
-    kThumbnail = velm::kFirstControl,
-    kBackground,
-    kImage,
-    kBlending,
-    kOpacity,
-    kUTiling,
-    kVTiling,
-    kX,
-    kY,
-};
+int getImageCount(void *instance);
+const char *getImageName(void *instance, int index);
+void drawThumbnail(HostPanel *panel, unsigned int control, HostDrawArea *area, int width, int height);
 
 #define AT(field) offsetof(PixelImage, field)
-constexpr velm::ImagePopup imagePopup = {.services = services,
-                                         .imglist = imglist,
-                                         .filereq = filereq,
-                                         .request = imageRequest,
-                                         .control = kImage,
-                                         .choice = AT(image),
-                                         .panel = AT(panel)};
+constexpr Parameter parameters[] = {
+    thumbnail(drawThumbnail),
+    colour(AT(background), "Bg Color").input(),
+    popup(AT(image.index), "Image").entries(getImageCount, getImageName).input(),
+    popup(AT(blending), "Blending", blendStrings).input(),
+    percent(AT(opacity), "Opacity").starting(1.0).input(),
+    popup(AT(uTiling), "U Tiling", tileStrings).input(),
+    popup(AT(vTiling), "V Tiling", tileStrings).input(),
+    integer(AT(x), "X").input(),
+    integer(AT(y), "Y").input(),
+};
 
-int getImageCount(void *instance) { return velm::getImageCount(imagePopup, instance); }
-const char *getImageName(void *instance, int index) { return velm::getImageName(imagePopup, instance, index); }
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = offsetof(Connections, colour)},
+    {.name = "Alpha", .type = kConnectScalar, .field = offsetof(Connections, alpha)},
+};
+
+using Instance = InstanceRecord<PixelImage, inputCount(parameters), Connections>;
+
+constexpr ImagePopup imagePopup = {.services = services,
+                                   .imglist = imglist,
+                                   .filereq = filereq,
+                                   .request = imageRequest,
+                                   .control = controlOf(parameters, AT(image.index)),
+                                   .choice = AT(image),
+                                   .panel = offsetof(Instance, panel)};
+
+int getImageCount(void *instance) { return getImageCount(imagePopup, instance); }
+const char *getImageName(void *instance, int index) { return getImageName(imagePopup, instance, index); }
 HostImage *chosenImage(const PixelImage &self) {
-    return self.image.index < 1 ? nullptr : velm::getImageID(*imglist, self.image.index);
+    return self.image.index < 1 ? nullptr : getImageID(*imglist, self.image.index);
 }
 
 // ---- The thumbnail ----
 
 int byteOf(float component) { return static_cast<int>(255 * (component > 1.0f ? 1.0f : component)); }
 
-// Draws the image stretched to the area, one pixel read for each one drawn; black where there is none.
+// Draws the image stretched to the area, without filtering; black if there is no image.
 void drawThumbnail(HostPanel *panel, unsigned int, HostDrawArea *area, int width, int height) {
     const auto &self = *static_cast<const PixelImage *>(services.xpanf->getData(panel, 0));
     const HostDrawFuncs &draw = *services.xpanf->draw;
     HostImage *image = chosenImage(self);
     int imageWidth = 0, imageHeight = 0;
     if (image) imglist->size(image, &imageWidth, &imageHeight);
-    if (imageWidth < 1 || imageHeight < 1) { // without pixels it counts as missing, as it does in rendering
+    if (imageWidth < 1 || imageHeight < 1) { // an image without pixels counts as missing, as in rendering
         draw.rgbBox(area, 0, 0, 0, 0, 0, width, height);
         return;
     }
@@ -95,54 +102,33 @@ void drawThumbnail(HostPanel *panel, unsigned int, HostDrawArea *area, int width
         }
 }
 
-constexpr velm::Parameter parameters[] = {
-    velm::thumbnail(kThumbnail, drawThumbnail),
-    velm::colour(kBackground, "Bg Color").at(AT(background)).input(AT(backgroundInput)),
-    velm::popup(kImage, "Image").entries(getImageCount, getImageName).at(AT(image.index)).input(AT(imageInput)),
-    velm::popup(kBlending, "Blending", blendStrings).at(AT(blending)).input(AT(blendingInput)),
-    velm::percent(kOpacity, "Opacity").at(AT(opacity)).starting(1.0).input(AT(opacityInput)),
-    velm::popup(kUTiling, "U Tiling", tileStrings).at(AT(uTiling)).input(AT(uTilingInput)),
-    velm::popup(kVTiling, "V Tiling", tileStrings).at(AT(vTiling)).input(AT(vTilingInput)),
-    velm::wholeNumber(kX, "X").at(AT(x)).input(AT(xInput)),
-    velm::wholeNumber(kY, "Y").at(AT(y)).input(AT(yInput)),
-};
-
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
-    {.name = "Alpha", .type = kConnectScalar, .field = AT(alphaOutput)},
-};
-
-// Every change refreshes the panel, so that the thumbnail follows.
+// Every change refreshes the panel, and with it the thumbnail.
 int changed(void *instance, HostPanel *panel, unsigned int control, int event) {
-    if (!velm::loadChosenImage(imagePopup, instance, panel, control, event)) services.xpanf->refresh(panel);
+    if (!loadChosenImage(imagePopup, instance, panel, control, event)) services.xpanf->refresh(panel);
     return event == kEventSet ? 2 : 0;
 }
 
-constexpr velm::FurtherService furtherServices[] = {
-    {.name = HOST_IMAGE_LIST, .store = velm::storeIn<imglist>},
-    {.name = HOST_NODE_UTILITY_FUNCS, .store = velm::storeIn<nodeutilf>},
-    {.name = HOST_FILE_REQUEST, .store = velm::storeIn<filereq>},
+constexpr FurtherService furtherServices[] = {
+    {.name = HOST_IMAGE_LIST, .store = storeIn<imglist>},
+    {.name = HOST_NODE_UTILITY_FUNCS, .store = storeIn<nodeutilf>},
+    {.name = HOST_FILE_REQUEST, .store = storeIn<filereq>},
 };
 
-constexpr velm::NodeUnit unit = velm::withImages<imagePopup>({
+constexpr NodeClass nodeClass = withImages<imagePopup>({
     .name = "Pixel Image",
     .groupName = "PixelImage",
-    .size = sizeof(PixelImage),
     .colour = nodeColor,
     .services = &services,
     .furtherServices = furtherServices,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record = layoutOf<Instance>,
     .changed = changed,
 });
-#undef AT
 
 // ---- Evaluation ----
 
-// A coordinate after an axis's tiling. `size` is above 0.
+// A coordinate after the tiling of its axis. `size` must be above 0.
 int tiled(int coordinate, int tiling, int size) {
     switch (tiling) {
     case kRepeat:
@@ -162,48 +148,49 @@ bool isOutside(int coordinate, int tiling, int size) {
     return tiling == kReset && (coordinate < 0 || coordinate >= size);
 }
 
-} // namespace
-
-static void PixelImage_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
-    const auto &self = *static_cast<const PixelImage *>(instance);
-    const velm::Inputs inputs(services, sample);
-    double background[3];
+void PixelImage_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+    const auto &self = *static_cast<const Instance *>(instance);
+    const ParameterInputs<nodeClass> inputs(instance, sample);
+    const Vec3 background = inputs.read<AT(background)>();
+    inputs.read<AT(image.index)>(); // has no effect; the input has always been evaluated
     double alpha = 1;
-    inputs.read(self.background, self.backgroundInput, background);
-    inputs.read(self.image.index, self.imageInput); // read, as ever, and not heeded
-    const bool wantsColour = output == self.colorOutput;
+    const bool wantsColour = output == self.connections.colour;
     const auto deliver = [&](const double *colour) {
         services.nodeOutputFunc->setValue(value, wantsColour ? colour : &alpha);
     };
-    if (self.image.index < 1) return deliver(background);
+    if (self.fields.image.index < 1) return deliver(background.c);
 
-    HostImage *image = chosenImage(self);
-    const int blending = inputs.readChoice(self.blending, self.blendingInput, kBlendBlue + 1);
-    const double opacity = inputs.read(self.opacity, self.opacityInput);
-    const int uTiling = inputs.readChoice(self.uTiling, self.uTilingInput, kTilings);
-    const int vTiling = inputs.readChoice(self.vTiling, self.vTilingInput, kTilings);
-    int x = inputs.read(self.x, self.xInput);
-    int y = inputs.read(self.y, self.yInput);
+    HostImage *image = chosenImage(self.fields);
+    const int blending = inputs.choice<AT(blending)>(kBlendBlue + 1);
+    const double opacity = inputs.read<AT(opacity)>();
+    const int uTiling = inputs.choice<AT(uTiling)>(kTilings);
+    const int vTiling = inputs.choice<AT(vTiling)>(kTilings);
+    int x = inputs.read<AT(x)>();
+    int y = inputs.read<AT(y)>();
 
     int width = 0, height = 0;
     imglist->size(image, &width, &height);
-    if (width < 1 || height < 1) return deliver(background); // nothing to tile: the image is missing
+    if (width < 1 || height < 1) return deliver(background.c); // the image is missing: there is nothing to tile
     x = tiled(x, uTiling, width);
     y = tiled(y, vTiling, height);
-    if (isOutside(x, uTiling, width) || isOutside(y, vTiling, height)) return deliver(background);
+    if (isOutside(x, uTiling, width) || isOutside(y, vTiling, height)) return deliver(background.c);
 
     if (wantsColour) {
         float pixel[3];
         imglist->rgb(image, x, y, pixel);
         const double top[3] = {pixel[0], pixel[1], pixel[2]};
         double blended[3];
-        nodeutilf->blend(blended, top, background, opacity, blending);
+        nodeutilf->blend(blended, top, background.c, opacity, blending);
         return deliver(blended);
     }
     if (imglist->hasAlpha(image)) alpha = imglist->alpha(image, x, y);
     deliver(nullptr);
 }
 
-VELM_DEFINE_TAGS(PixelImage, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(PixelImage, unit)
-VELM_DEFINE_PANEL(PixelImage, unit, parameters, velm::kPlainLayout)
+} // namespace
+
+VELM_DEFINE_TAGS(PixelImage, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(PixelImage, nodeClass)
+VELM_DEFINE_PANEL(PixelImage, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

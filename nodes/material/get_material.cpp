@@ -1,26 +1,30 @@
-// Get Material: reuses the network that feeds a Store Material node, perhaps of another surface.
+// Get Material: how do I use the same network on several surfaces? Gives what is connected to a Store Material node,
+// which may belong to another surface.
 //
-// The store's inputs are evaluated with this node's own sample, so that the shared network is shaded where the get is
-// used. The link is the store's number, looked up when rendering starts: a store may be renamed, and a new choice takes
-// effect with the next render. Without a store the outputs are left unset, and what asks keeps its own value.
+// The store's inputs are evaluated with this node's own sample, so that the shared network is shaded where this node is
+// used. A store is identified by a number, which is looked up when rendering starts: a store may be renamed, and a new
+// choice takes effect with the next render. Without a store the outputs are left unset, and the node that reads them
+// uses its own value.
 //
-// Odd on purpose: a copy is taken off the registry's list, so that stores that come later leave its slot alone.
-#include "module/panel.h"
+// Odd on purpose: a copy is removed from the registry's list, so that stores listed later leave its slot unchanged.
+#include "module/inputs.h"
 #include "module/rows.h"
+#include "module/servers.h"
 #include "share/registry.h"
 
-VELM_DECLARE_TAGS(GetMaterial);
-VELM_DECLARE_NODE(GetMaterial);
-VELM_DECLARE_PANEL(GetMaterial);
-
-static velm::NodeServices services;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
 
-enum Control : unsigned int { kSlot = velm::kFirstControl };
+NodeServices services;
+constexpr int nodeColor[3] = {164, 50, 10};
 
 int slotCount(void *) { return getStoreNodeCount(); }
+
+#define AT(field) offsetof(GetMaterial, field)
+constexpr Parameter parameters[] = {
+    popup(AT(slot), "Slot").entries(slotCount, getStoreNodeName),
+    hiddenInteger(AT(storeID)),
+};
 
 void list(void *instance) { addGetNodeForced(static_cast<GetMaterial *>(instance)); }
 
@@ -42,7 +46,7 @@ HostError init(void *instance, int) {
 }
 
 int setValue(void *instance, unsigned int id, void *value) {
-    if (id != kSlot) return kSetUnknown;
+    if (id != controlOf(parameters, AT(slot))) return kSetUnknown;
     auto &self = *static_cast<GetMaterial *>(instance);
     self.slot = *static_cast<const int *>(value);
     const StoreMaterial *store = self.slot < 1 ? nullptr : getStoreNode(self.slot - 1);
@@ -50,52 +54,45 @@ int setValue(void *instance, unsigned int id, void *value) {
     return kSetDefault;
 }
 
-#define AT(field) offsetof(GetMaterial, field)
-constexpr velm::Parameter parameters[] = {
-    velm::popup(kSlot, "Slot").at(AT(slot)).entries(slotCount, getStoreNodeName),
-    velm::hiddenInteger(AT(storeID)),
-};
-
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
     {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
     {.name = "Vector", .type = kConnectVector, .field = AT(vectorOutput)},
     {.name = "Integer", .type = kConnectInteger, .field = AT(integerOutput)},
 };
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Get Material",
-    .size = sizeof(GetMaterial),
     .colour = nodeColor,
     .services = &services,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
+    .record = {.size = sizeof(GetMaterial), .node = AT(node), .panel = AT(panel)},
     .created = list,
     .destroying = leave,
     .copied = copied,
     .init = init,
     .setValue = setValue,
 };
-#undef AT
 
-} // namespace
-
-static void GetMaterial_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+void GetMaterial_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const auto &self = *static_cast<const GetMaterial *>(instance);
     const StoreMaterial *store = self.store;
     if (!store) return;
-    if (output == self.colorOutput)
-        velm::handOn(services, store->colorInput, sample, value, velm::Triple{});
+    if (output == self.colourOutput)
+        passThrough(services, store->colourInput, sample, value, Vec3{});
     else if (output == self.scalarOutput)
-        velm::handOn(services, store->scalarInput, sample, value, 0.0);
+        passThrough(services, store->scalarInput, sample, value, 0.0);
     else if (output == self.vectorOutput)
-        velm::handOn(services, store->vectorInput, sample, value, velm::Triple{});
+        passThrough(services, store->vectorInput, sample, value, Vec3{});
     else
-        velm::handOn(services, store->integerInput, sample, value, 0);
+        passThrough(services, store->integerInput, sample, value, 0);
 }
 
-VELM_DEFINE_TAGS(GetMaterial, unit, "Velm's Nodes/Tools")
-VELM_DEFINE_NODE(GetMaterial, unit)
-VELM_DEFINE_PANEL(GetMaterial, unit, parameters, velm::kPlainLayout)
+} // namespace
+
+VELM_DEFINE_TAGS(GetMaterial, nodeClass, "Velm's Nodes/Tools")
+VELM_DEFINE_NODE(GetMaterial, nodeClass)
+VELM_DEFINE_PANEL(GetMaterial, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

@@ -1,20 +1,19 @@
-// Group Node: packs a network into one node. Each instance owns a nested editor of the host, whose root node's inputs
-// are wired inside the group; the node's outputs of the same names give what those inputs evaluate to.
+// Group Node: how do I put a whole network into one node? Each instance owns a nested node editor of the host. The
+// network in it is connected to the inputs of its root node, and the outputs of the Group Node have the same names and
+// give the values of these inputs.
 //
-// The nested network lives, is initialised, stepped in time, cleaned up, copied and saved with the node. What is not
-// wired inside gives a light grey, 1, a null vector, 1, and a light grey material.
-#include "module/panel.h"
+// The nested network is initialised, stepped in time, cleaned up, copied and saved with the node, and destroyed with
+// it. An input that is not connected inside gives a light grey, 1, a zero vector, 1, or a light grey material.
+#include "module/inputs.h"
 #include "module/rows.h"
+#include "module/servers.h"
 
-VELM_DECLARE_TAGS(GroupNode);
-VELM_DECLARE_NODE(GroupNode);
-VELM_DECLARE_PANEL(GroupNode);
-
-static velm::NodeServices services;
-static const HostNodeUtilityFuncs *nodeutilf;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
+
+NodeServices services;
+const HostNodeUtilityFuncs *nodeutilf;
+constexpr int nodeColor[3] = {164, 50, 10};
 
 struct GroupNode {
     HostNodeEditor *editor;
@@ -22,8 +21,8 @@ struct GroupNode {
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
-    HostInput *colorInput, *scalarInput, *vectorInput, *integerInput, *materialInput; // of the nested root
-    HostOutput *colorOutput, *scalarOutput, *vectorOutput, *integerOutput, *materialOutput;
+    HostInput *colourInput, *scalarInput, *vectorInput, *integerInput, *materialInput; // of the nested root
+    HostOutput *colourOutput, *scalarOutput, *vectorOutput, *integerOutput, *materialOutput;
 };
 
 constexpr char kTitle[] = "Group Node";
@@ -37,10 +36,10 @@ constexpr HostBlockId idroot[] = {{.id = 0x4e4f4445, .token = "NodeEditor"}, {.i
 void GroupNode_rootNodePreview(HostNodeEditor *editor, ShadingSample *sample, double colour[3]) {
     const auto &self = *static_cast<const GroupNode *>(services.nodeEditorFunc->userData(editor));
     for (int i = 0; i < 3; ++i) colour[i] = kGrey;
-    services.nodeInputFunc->evaluate(self.colorInput, sample, colour);
+    services.nodeInputFunc->evaluate(self.colourInput, sample, colour);
 }
 
-// A box of the outer node's extent about the origin.
+// The bounds are a box about the origin, of the size that the host gives for the outer node.
 void GroupNode_Autosize(HostNodeEditor *, void *userData, double bounds[3][2]) {
     if (!userData || !nodeutilf) return;
     double scale[3] = {}, position[3] = {};
@@ -70,7 +69,7 @@ const char *prepare(void *instance, void *) {
     services.nodeFunc->setColour(self.root, nodeColor);
     editors.setEvent(self.editor, GroupNode_EventFunc);
     editors.setAutosize(self.editor, GroupNode_Autosize);
-    self.colorInput = editors.addRootInput(self.editor, kConnectColour, "Color", nullptr);
+    self.colourInput = editors.addRootInput(self.editor, kConnectColour, "Color", nullptr);
     self.scalarInput = editors.addRootInput(self.editor, kConnectScalar, "Scalar", nullptr);
     self.vectorInput = editors.addRootInput(self.editor, kConnectVector, "Vector", nullptr);
     self.integerInput = editors.addRootInput(self.editor, kConnectInteger, "Integer", nullptr);
@@ -84,7 +83,7 @@ void destroying(void *instance) {
     if (HostNodeEditor *editor = editorOf(instance)) services.nodeEditorFunc->destroy(editor);
 }
 
-// The node itself always succeeds in copying, starting and stepping; what a node inside reports is the host's to tell.
+// Copying, starting and stepping always succeed for the node itself. The host reports the errors of the nodes inside.
 HostError copied(void *to, void *from) {
     services.nodeEditorFunc->copy(editorOf(to), editorOf(from));
     return nullptr;
@@ -125,30 +124,27 @@ void buttonCallback(HostPanel *panel, int) {
     services.nodeEditorFunc->openWindow(self.editor);
 }
 
-constexpr velm::Parameter parameters[] = {velm::button(velm::kFirstControl, "Edit Nodes", buttonCallback)};
+constexpr Parameter parameters[] = {button("Edit Nodes", buttonCallback)};
 
 #define AT(field) offsetof(GroupNode, field)
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
     {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
     {.name = "Vector", .type = kConnectVector, .field = AT(vectorOutput)},
     {.name = "Integer", .type = kConnectInteger, .field = AT(integerOutput)},
     {.name = "Material", .type = kConnectMaterial, .field = AT(materialOutput)},
 };
 
-constexpr velm::FurtherService furtherServices[] = {
-    {.name = HOST_NODE_UTILITY_FUNCS, .store = velm::storeIn<nodeutilf>}};
+constexpr FurtherService furtherServices[] = {{.name = HOST_NODE_UTILITY_FUNCS, .store = storeIn<nodeutilf>}};
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = kTitle,
-    .size = sizeof(GroupNode),
     .colour = nodeColor,
     .services = &services,
     .furtherServices = furtherServices,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
+    .record = {.size = sizeof(GroupNode), .node = AT(node), .panel = AT(panel)},
     .prepare = prepare,
     .destroying = destroying,
     .copied = copied,
@@ -158,24 +154,25 @@ constexpr velm::NodeUnit unit = {
     .cleanup = cleanup,
     .newTime = newTime,
 };
-#undef AT
+
+void GroupNode_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+    const auto &self = *static_cast<const GroupNode *>(instance);
+    if (output == self.colourOutput)
+        passThrough(services, self.colourInput, sample, value, Vec3{{kGrey, kGrey, kGrey}});
+    else if (output == self.scalarOutput)
+        passThrough(services, self.scalarInput, sample, value, 1.0);
+    else if (output == self.vectorOutput)
+        passThrough(services, self.vectorInput, sample, value, Vec3{});
+    else if (output == self.integerOutput)
+        passThrough(services, self.integerInput, sample, value, 1);
+    else if (output == self.materialOutput)
+        passThrough(services, self.materialInput, sample, value, kGreyMaterial);
+}
 
 } // namespace
 
-static void GroupNode_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
-    const auto &self = *static_cast<const GroupNode *>(instance);
-    if (output == self.colorOutput)
-        velm::handOn(services, self.colorInput, sample, value, velm::Triple{{kGrey, kGrey, kGrey}});
-    else if (output == self.scalarOutput)
-        velm::handOn(services, self.scalarInput, sample, value, 1.0);
-    else if (output == self.vectorOutput)
-        velm::handOn(services, self.vectorInput, sample, value, velm::Triple{});
-    else if (output == self.integerOutput)
-        velm::handOn(services, self.integerInput, sample, value, 1);
-    else if (output == self.materialOutput)
-        velm::handOn(services, self.materialInput, sample, value, kGreyMaterial);
-}
+VELM_DEFINE_TAGS(GroupNode, nodeClass, "Velm's Nodes/Tools")
+VELM_DEFINE_NODE(GroupNode, nodeClass)
+VELM_DEFINE_PANEL(GroupNode, nodeClass, parameters, kPlainLayout)
 
-VELM_DEFINE_TAGS(GroupNode, unit, "Velm's Nodes/Tools")
-VELM_DEFINE_NODE(GroupNode, unit)
-VELM_DEFINE_PANEL(GroupNode, unit, parameters, velm::kPlainLayout)
+} // namespace velm::plugin

@@ -1,27 +1,35 @@
-// Store Material: publishes what is connected to it under a name, for Get Material nodes of any surface.
+// Store Material: how do I give a network a name, so that other surfaces can use it too? Publishes what is connected to
+// it, for Get Material nodes of any surface.
 //
-// What is shared is not a value but the connections: a get evaluates this node's inputs with its own sample. Here, the
-// node merely hands its inputs on to its outputs.
+// The connections are shared, not their values: a Get Material node evaluates this node's inputs with its own sample.
+// This node itself passes its inputs through to its outputs.
 //
-// Odd on purpose: a copy is not listed, so that no get can choose it and the original stays the one of its name;
-// loading brings the saved number of a listed store back without raising the registry's counter and without telling the
-// gets, which have loaded theirs.
-#include "module/panel.h"
+// Odd on purpose: a copy is not listed, so that no Get Material node can choose it, and the original remains the only
+// store of its name; and loading restores the saved number of a listed store without raising the registry's counter and
+// without notifying the Get Material nodes, which load their own numbers.
+#include "module/inputs.h"
 #include "module/rows.h"
+#include "module/servers.h"
 #include "share/registry.h"
 
 #include <cstring>
 
-VELM_DECLARE_TAGS(StoreMaterial);
-VELM_DECLARE_NODE(StoreMaterial);
-VELM_DECLARE_PANEL(StoreMaterial);
-
-static velm::NodeServices services;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
 
-enum Control : unsigned int { kName = velm::kFirstControl };
+NodeServices services;
+constexpr int nodeColor[3] = {164, 50, 10};
+
+#define AT(field) offsetof(StoreMaterial, field)
+constexpr Parameter parameters[] = {
+    hiddenInteger(AT(id)).notCopied(),
+    text(AT(name), "Name", kStoreNameSize),
+    plainInput("Color", kConnectColour, AT(colourInput)),
+    plainInput("Scalar", kConnectScalar, AT(scalarInput)),
+    plainInput("Vector", kConnectVector, AT(vectorInput)),
+    plainInput("Integer", kConnectInteger, AT(integerInput)),
+};
+constexpr unsigned int kName = controlOf(parameters, AT(name));
 
 void setName(StoreMaterial &self, const char *name) {
     std::strncpy(self.name, name, sizeof self.name - 1);
@@ -48,7 +56,7 @@ HostError copied(void *to, void *) {
     return nullptr;
 }
 
-// The text is taken from the control itself: what the panel hands over may be an older one.
+// Takes the text from the control itself: the value that the panel passes may be an older one.
 int setValue(void *instance, unsigned int id, void *) {
     if (id != kName) return kSetUnknown;
     auto &self = *static_cast<StoreMaterial *>(instance);
@@ -56,32 +64,20 @@ int setValue(void *instance, unsigned int id, void *) {
     return kSetDefault;
 }
 
-#define AT(field) offsetof(StoreMaterial, field)
-constexpr velm::Parameter parameters[] = {
-    velm::hiddenInteger(AT(id)).notCopied(),
-    velm::text(kName, "Name", kStoreNameSize).at(AT(name)),
-    velm::plainInput("Color", kConnectColour, AT(colorInput)),
-    velm::plainInput("Scalar", kConnectScalar, AT(scalarInput)),
-    velm::plainInput("Vector", kConnectVector, AT(vectorInput)),
-    velm::plainInput("Integer", kConnectInteger, AT(integerInput)),
-};
-
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
     {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
     {.name = "Vector", .type = kConnectVector, .field = AT(vectorOutput)},
     {.name = "Integer", .type = kConnectInteger, .field = AT(integerOutput)},
 };
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Store Material",
-    .size = sizeof(StoreMaterial),
     .colour = nodeColor,
     .services = &services,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
+    .record = {.size = sizeof(StoreMaterial), .node = AT(node), .panel = AT(panel)},
     .prepare = prepare,
     .created = list,
     .destroying = unlist,
@@ -89,22 +85,23 @@ constexpr velm::NodeUnit unit = {
     .loaded = list,
     .setValue = setValue,
 };
-#undef AT
+
+void StoreMaterial_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+    const auto &self = *static_cast<const StoreMaterial *>(instance);
+    if (output == self.colourOutput)
+        passThrough(services, self.colourInput, sample, value, Vec3{});
+    else if (output == self.scalarOutput)
+        passThrough(services, self.scalarInput, sample, value, 0.0);
+    else if (output == self.vectorOutput)
+        passThrough(services, self.vectorInput, sample, value, Vec3{});
+    else
+        passThrough(services, self.integerInput, sample, value, 0);
+}
 
 } // namespace
 
-static void StoreMaterial_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
-    const auto &self = *static_cast<const StoreMaterial *>(instance);
-    if (output == self.colorOutput)
-        velm::handOn(services, self.colorInput, sample, value, velm::Triple{});
-    else if (output == self.scalarOutput)
-        velm::handOn(services, self.scalarInput, sample, value, 0.0);
-    else if (output == self.vectorOutput)
-        velm::handOn(services, self.vectorInput, sample, value, velm::Triple{});
-    else
-        velm::handOn(services, self.integerInput, sample, value, 0);
-}
+VELM_DEFINE_TAGS(StoreMaterial, nodeClass, "Velm's Nodes/Tools")
+VELM_DEFINE_NODE(StoreMaterial, nodeClass)
+VELM_DEFINE_PANEL(StoreMaterial, nodeClass, parameters, kPlainLayout)
 
-VELM_DEFINE_TAGS(StoreMaterial, unit, "Velm's Nodes/Tools")
-VELM_DEFINE_NODE(StoreMaterial, unit)
-VELM_DEFINE_PANEL(StoreMaterial, unit, parameters, velm::kPlainLayout)
+} // namespace velm::plugin

@@ -1,9 +1,9 @@
-// Ambient Occlusion: "how much of the sky does this point see?"
+// Ambient Occlusion: how much of the sky does this point see?
 //
-// Casts rays from the point into a cone about its normal and weighs each hit: 1 in plain mode, less the farther it lies
-// in ranged mode. "Scalar" is the openness, 1 for a free point; "Color" mixes four colours by the weights: that of the
-// surface, of the background, of what occludes, and, for secondary rays beyond "Sample Depth", of the limit.
-// Angles are radians here and degrees on the panel.
+// Casts rays from the point into a cone about its normal and weighs each hit: as 1 in plain mode, and in ranged mode
+// less the farther away it is. "Scalar" is the openness, 1 for a free point. "Color" mixes four colours by the weights:
+// the colour of the surface, of the background, of what occludes, and, for secondary rays beyond "Sample Depth", of the
+// limit. Angles are radians here and degrees on the panel.
 //
 // Odd on purpose, because pictures rely on it:
 //   - Directions are uniform in the angle from the normal, not weighted by its cosine.
@@ -11,55 +11,47 @@
 //   - In plain mode a surface colour mode of "Trace" traces nothing, so the surface colour is black, unless the
 //     occlusion colour is traced as well.
 //   - The jitter of "Polar" turns rays both ways about the axis but tilts them only towards it.
-//   - Creating a node restarts the module's random stream, so that a scene opened afresh renders the same again.
-#include "module/panel.h"
-#include "module/rays.h"
+//   - Creating a node restarts the module's random stream, so that a newly opened scene always renders the same.
+#include "module/inputs.h"
 #include "module/rows.h"
-#include "module/sincos.h"
-#include "module/vectors.h"
+#include "module/servers.h"
 #include "random/random.h"
+#include "shading/directions.h"
+#include "shading/rays.h"
+#include "shading/vectors.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <numbers>
 
-VELM_DECLARE_TAGS(AmbientOcclusion);
-VELM_DECLARE_NODE(AmbientOcclusion);
-VELM_DECLARE_PANEL(AmbientOcclusion);
-
-static velm::NodeServices services;
-static const HostBackdropInfo *bkdropinfo; // null, as the next, in the modelling application
-static const HostTimeInfo *timeinfo;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
+
+NodeServices services;
+const HostBackdropInfo *bkdropinfo; // null, as the next, in the modelling application
+const HostTimeInfo *timeinfo;
+constexpr int nodeColor[3] = {164, 50, 10};
 
 struct ColourSettings {
     int mode;
-    velm::TripleParameter colour;
-    velm::ScalarParameter brightness;
+    Vec3Parameter colour;
+    ScalarParameter brightness;
 };
-
 struct AmbientOcclusion {
     int mode, samples, polarSamples1, polarSamples2;
-    velm::ScalarParameter jitterAngle, coneAngle;
+    ScalarParameter jitterAngle, coneAngle;
     int ranged;
-    velm::ScalarParameter max, shift;
+    ScalarParameter max, shift;
     int clampLow;
-    velm::ScalarParameter low;
+    ScalarParameter low;
     int clampHigh;
-    velm::ScalarParameter high, offset;
+    ScalarParameter high, offset;
     int sampleDepth;
     ColourSettings surface, background, occlusion, limit;
-    HostChannelGroup *group;
-    HostPanel *panel;
-    HostNode *node;
-    HostInput *samplesInput, *polar1Input, *polar2Input, *jitterAngleInput, *coneAngleInput, *maxInput, *shiftInput,
-        *lowInput, *highInput, *offsetInput, *sampleDepthInput, *surfaceColourInput, *surfaceBrightnessInput,
-        *backgroundColourInput, *backgroundBrightnessInput, *occlusionColourInput, *occlusionBrightnessInput,
-        *limitColourInput, *limitBrightnessInput, *functionInput, *normalInput;
-    HostOutput *colourOutput, *scalarOutput;
+};
+struct Connections {
+    HostInput *function, *normal;
+    HostOutput *colour, *scalar;
 };
 
 enum Mode { kRandom, kPolar };
@@ -67,129 +59,91 @@ enum ColourMode { kCustom, kBackdrop, kTrace };
 constexpr const char *modeStrings[] = {"Random", "Polar", nullptr};
 constexpr const char *colorStrings1[] = {"Custom", "Backdrop", "Trace", nullptr};
 constexpr const char *colorStrings2[] = {"Custom", "Backdrop", nullptr};
-constexpr velm::EnableStates colorEnableStates = {1, 0, 0}; // a colour is edited only where it is the custom one
+constexpr EnableStates colorEnableStates = {1, 0, 0}; // a colour can be edited only in the mode "Custom"
 constexpr double kTwentyDegrees = 0.3490658503988659, kRightAngle = 1.5707963267948966;
 constexpr const char *kRangedOnly = "This control is only enabled in ranged mode";
 
-// A ray as this node traces it: shaded as a reflection, and one of many.
+// The mode of a ray that this node traces: shaded as a reflection, and one of many.
 constexpr unsigned int kTraceRay = kTraceSampled | kTraceReflection;
 
-enum Control : unsigned int {
-    kMode = velm::kFirstControl,
-    kSamples,
-    kPolarSamples1,
-    kPolarSamples2,
-    kJitterAngle,
-    kConeAngle,
-    kRanged,
-    kMax,
-    kShift,
-    kClampLow,
-    kLow,
-    kClampHigh,
-    kHigh,
-    kOffset,
-    kSampleDepth,
-    kSurfaceMode,
-    kSurfaceColour,
-    kSurfaceBrightness,
-    kBackgroundMode,
-    kBackgroundColour,
-    kBackgroundBrightness,
-    kOcclusionMode,
-    kOcclusionColour,
-    kOcclusionBrightness,
-    kLimitMode,
-    kLimitColour,
-    kLimitBrightness,
-};
-enum Group : unsigned int { kPolarGroup = 0x9001, kModeStack, kBrightnessGroup, kSampleGroup, kColourGroup, kTabs };
-
-// All four are labelled "Brightness"; channel and input tell them apart.
-constexpr velm::Row brightness(unsigned int id, const char *name, size_t field, size_t input) {
-    return velm::percent(id, "Brightness").named(name).at(field).starting(1.0).input(input, name);
+// All four are labelled "Brightness"; the names of the channel and the input tell them apart.
+constexpr Row brightness(size_t field, const char *name) {
+    return percent(field, "Brightness").named(name).starting(1.0).input(name);
 }
 
 #define AT(field) offsetof(AmbientOcclusion, field)
-constexpr velm::Parameter parameters[] = {
-    velm::choice(kMode, "Mode", modeStrings).at(AT(mode)),
-    velm::wholeNumber(kSamples, "Samples").at(AT(samples)).starting(27).input(AT(samplesInput)),
-    velm::wholeNumber(kPolarSamples1, "Polar Samples 1")
-        .at(AT(polarSamples1))
-        .starting(3)
-        .input(AT(polar1Input), "Polar 1"),
-    velm::wholeNumber(kPolarSamples2, "Polar Samples 2")
-        .at(AT(polarSamples2))
-        .starting(9)
-        .input(AT(polar2Input), "Polar 2"),
-    velm::angle(kJitterAngle, "Jitter Angle").at(AT(jitterAngle)).starting(kTwentyDegrees).input(AT(jitterAngleInput)),
-    velm::angle(kConeAngle, "Cone Angle").at(AT(coneAngle)).starting(kRightAngle).input(AT(coneAngleInput)),
-    velm::checkBox(kRanged, "Ranged").at(AT(ranged)).starting(1),
-    velm::distance(kMax, "Max").at(AT(max)).starting(5.0).input(AT(maxInput)),
-    velm::number(kShift, "Shift").at(AT(shift)).input(AT(shiftInput)),
-    velm::checkBox(kClampLow, "Clamp").at(AT(clampLow)),
-    velm::number(kLow, "Low").at(AT(low)).input(AT(lowInput)),
-    velm::checkBox(kClampHigh, "Clamp").at(AT(clampHigh)),
-    velm::number(kHigh, "High").at(AT(high)).starting(1.0).input(AT(highInput)),
-    velm::distance(kOffset, "Offset").at(AT(offset)).input(AT(offsetInput)),
-    velm::wholeNumber(kSampleDepth, "Sample Depth").at(AT(sampleDepth)).input(AT(sampleDepthInput)),
-    velm::choice(kSurfaceMode, "Color Mode", colorStrings1).at(AT(surface.mode)),
-    velm::colour(kSurfaceColour, "Srf Color").at(AT(surface.colour)).starting(1.0).input(AT(surfaceColourInput)),
-    brightness(kSurfaceBrightness, "Srf Brightness", AT(surface.brightness), AT(surfaceBrightnessInput)),
-    velm::choice(kBackgroundMode, "Color Mode", colorStrings2).at(AT(background.mode)),
-    velm::colour(kBackgroundColour, "Bg Color")
-        .at(AT(background.colour))
-        .starting(1.0)
-        .input(AT(backgroundColourInput)),
-    brightness(kBackgroundBrightness, "Bg Brightness", AT(background.brightness), AT(backgroundBrightnessInput)),
-    velm::choice(kOcclusionMode, "Color Mode", colorStrings1).at(AT(occlusion.mode)),
-    velm::colour(kOcclusionColour, "Occ Color").at(AT(occlusion.colour)).input(AT(occlusionColourInput)),
-    brightness(kOcclusionBrightness, "Occ Brightness", AT(occlusion.brightness), AT(occlusionBrightnessInput)),
-    velm::choice(kLimitMode, "Color Mode", colorStrings2).at(AT(limit.mode)),
-    velm::colour(kLimitColour, "Limit Color").at(AT(limit.colour)).input(AT(limitColourInput)),
-    brightness(kLimitBrightness, "Limit Brightness", AT(limit.brightness), AT(limitBrightnessInput)),
-    velm::plainInput("Function", kConnectFunction, AT(functionInput)),
-    velm::plainInput("Normal", kConnectVector, AT(normalInput)),
+constexpr Parameter parameters[] = {
+    choice(AT(mode), "Mode", modeStrings),
+    integer(AT(samples), "Samples").starting(27).input(),
+    integer(AT(polarSamples1), "Polar Samples 1").starting(3).input("Polar 1"),
+    integer(AT(polarSamples2), "Polar Samples 2").starting(9).input("Polar 2"),
+    angle(AT(jitterAngle), "Jitter Angle").starting(kTwentyDegrees).input(),
+    angle(AT(coneAngle), "Cone Angle").starting(kRightAngle).input(),
+    checkBox(AT(ranged), "Ranged").starting(1),
+    distance(AT(max), "Max").starting(5.0).input(),
+    number(AT(shift), "Shift").input(),
+    checkBox(AT(clampLow), "Clamp"),
+    number(AT(low), "Low").input(),
+    checkBox(AT(clampHigh), "Clamp"),
+    number(AT(high), "High").starting(1.0).input(),
+    distance(AT(offset), "Offset").input(),
+    integer(AT(sampleDepth), "Sample Depth").input(),
+    choice(AT(surface.mode), "Color Mode", colorStrings1),
+    colour(AT(surface.colour), "Srf Color").starting(1.0).input(),
+    brightness(AT(surface.brightness), "Srf Brightness"),
+    choice(AT(background.mode), "Color Mode", colorStrings2),
+    colour(AT(background.colour), "Bg Color").starting(1.0).input(),
+    brightness(AT(background.brightness), "Bg Brightness"),
+    choice(AT(occlusion.mode), "Color Mode", colorStrings1),
+    colour(AT(occlusion.colour), "Occ Color").input(),
+    brightness(AT(occlusion.brightness), "Occ Brightness"),
+    choice(AT(limit.mode), "Color Mode", colorStrings2),
+    colour(AT(limit.colour), "Limit Color").input(),
+    brightness(AT(limit.brightness), "Limit Brightness"),
+    plainInput("Function", kConnectFunction, offsetof(Connections, function)),
+    plainInput("Normal", kConnectVector, offsetof(Connections, normal)),
 };
 
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colourOutput)},
-    {.name = "Scalar", .type = kConnectScalar, .field = AT(scalarOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = offsetof(Connections, colour)},
+    {.name = "Scalar", .type = kConnectScalar, .field = offsetof(Connections, scalar)},
 };
 
-constexpr auto layout = velm::joinHints(
-    velm::minimumHint(kSamples, 1), velm::minimumHint(kPolarSamples1, 1), velm::minimumHint(kPolarSamples2, 1),
-    velm::rangeHint(kJitterAngle, 0, 90, 1), velm::rangeHint(kConeAngle, 0, 90, 1), velm::minimumHint(kMax, 0),
-    velm::minimumHint(kSampleDepth, 0), velm::minimumHint(kSurfaceBrightness, 0),
-    velm::minimumHint(kBackgroundBrightness, 0), velm::minimumHint(kOcclusionBrightness, 0),
-    velm::minimumHint(kLimitBrightness, 0), velm::stepHint(kShift, 1), velm::stepHint(kLow, 1),
-    velm::stepHint(kHigh, 1), velm::enforceHint(kSamples, true, false), velm::enforceHint(kPolarSamples1, true, false),
-    velm::enforceHint(kPolarSamples2, true, false), velm::enforceHint(kSampleDepth, true, false),
-    velm::groupHint(kPolarGroup, kPolarSamples1, kPolarSamples2, kJitterAngle),
-    velm::stackHint(kModeStack, kMode, kSamples, kPolarGroup), velm::enableHint(kRanged, nullptr, nullptr, kMax),
-    velm::enableHint(kClampLow, nullptr, nullptr, kLow), velm::enableHint(kClampHigh, nullptr, nullptr, kHigh),
-    velm::enableHint(kSurfaceMode, nullptr, &colorEnableStates, kSurfaceColour),
-    velm::enableHint(kBackgroundMode, nullptr, &colorEnableStates, kBackgroundColour),
-    velm::enableHint(kOcclusionMode, nullptr, &colorEnableStates, kOcclusionColour),
-    velm::enableHint(kLimitMode, nullptr, &colorEnableStates, kLimitColour),
-    velm::enableHint(kRanged, kRangedOnly, nullptr, kSurfaceMode, kSurfaceColour, kSurfaceBrightness),
-    velm::listHint(kHintNarrow, kRanged, kClampLow, kClampHigh),
-    velm::listHint(kHintLeftAlign, kMax, kShift, kLow, kHigh),
-    velm::groupHint(kBrightnessGroup, kSurfaceBrightness, kBackgroundBrightness, kOcclusionBrightness),
-    velm::groupHint(kSampleGroup, kMode, kModeStack, kConeAngle, kRanged, kMax, kShift, kClampLow, kLow, kClampHigh,
-                    kHigh, kOffset, kSampleDepth),
-    velm::labelHint(kSampleGroup, "Sample Settings"),
-    velm::groupHint(kColourGroup, kSurfaceMode, kSurfaceColour, kSurfaceBrightness, kBackgroundMode, kBackgroundColour,
-                    kBackgroundBrightness, kOcclusionMode, kOcclusionColour, kOcclusionBrightness, kLimitMode,
-                    kLimitColour, kLimitBrightness),
-    velm::labelHint(kColourGroup, "Color Settings"), velm::tabsHint(kTabs, kSampleGroup, kColourGroup));
+using Instance = InstanceRecord<AmbientOcclusion, inputCount(parameters), Connections>;
 
-constexpr velm::FurtherService furtherServices[] = {
-    {.name = HOST_SYSTEM_ID, .rule = velm::FurtherService::Rule::systemWord},
-    {.name = HOST_BACKDROP_INFO,
-     .rule = velm::FurtherService::Rule::unlessModelling,
-     .store = velm::storeIn<bkdropinfo>},
-    {.name = HOST_TIME_INFO, .rule = velm::FurtherService::Rule::unlessModelling, .store = velm::storeIn<timeinfo>},
+enum Group : unsigned int { kPolarGroup = 0x9001, kModeStack, kBrightnessGroup, kSampleGroup, kColourGroup, kTabs };
+#define ID(field) controlOf(parameters, AT(field))
+constexpr auto layout = joinHints(
+    minimumHint(ID(samples), 1), minimumHint(ID(polarSamples1), 1), minimumHint(ID(polarSamples2), 1),
+    rangeHint(ID(jitterAngle), 0, 90, 1), rangeHint(ID(coneAngle), 0, 90, 1), minimumHint(ID(max), 0),
+    minimumHint(ID(sampleDepth), 0), minimumHint(ID(surface.brightness), 0), minimumHint(ID(background.brightness), 0),
+    minimumHint(ID(occlusion.brightness), 0), minimumHint(ID(limit.brightness), 0), stepHint(ID(shift), 1),
+    stepHint(ID(low), 1), stepHint(ID(high), 1), enforceHint(ID(samples), true, false),
+    enforceHint(ID(polarSamples1), true, false), enforceHint(ID(polarSamples2), true, false),
+    enforceHint(ID(sampleDepth), true, false),
+    groupHint(kPolarGroup, ID(polarSamples1), ID(polarSamples2), ID(jitterAngle)),
+    stackHint(kModeStack, ID(mode), ID(samples), kPolarGroup), enableHint(ID(ranged), nullptr, nullptr, ID(max)),
+    enableHint(ID(clampLow), nullptr, nullptr, ID(low)), enableHint(ID(clampHigh), nullptr, nullptr, ID(high)),
+    enableHint(ID(surface.mode), nullptr, &colorEnableStates, ID(surface.colour)),
+    enableHint(ID(background.mode), nullptr, &colorEnableStates, ID(background.colour)),
+    enableHint(ID(occlusion.mode), nullptr, &colorEnableStates, ID(occlusion.colour)),
+    enableHint(ID(limit.mode), nullptr, &colorEnableStates, ID(limit.colour)),
+    enableHint(ID(ranged), kRangedOnly, nullptr, ID(surface.mode), ID(surface.colour), ID(surface.brightness)),
+    listHint(kHintNarrow, ID(ranged), ID(clampLow), ID(clampHigh)),
+    listHint(kHintLeftAlign, ID(max), ID(shift), ID(low), ID(high)),
+    groupHint(kBrightnessGroup, ID(surface.brightness), ID(background.brightness), ID(occlusion.brightness)),
+    groupHint(kSampleGroup, ID(mode), kModeStack, ID(coneAngle), ID(ranged), ID(max), ID(shift), ID(clampLow), ID(low),
+              ID(clampHigh), ID(high), ID(offset), ID(sampleDepth)),
+    labelHint(kSampleGroup, "Sample Settings"),
+    groupHint(kColourGroup, ID(surface.mode), ID(surface.colour), ID(surface.brightness), ID(background.mode),
+              ID(background.colour), ID(background.brightness), ID(occlusion.mode), ID(occlusion.colour),
+              ID(occlusion.brightness), ID(limit.mode), ID(limit.colour), ID(limit.brightness)),
+    labelHint(kColourGroup, "Color Settings"), tabsHint(kTabs, kSampleGroup, kColourGroup));
+
+constexpr FurtherService furtherServices[] = {
+    {.name = HOST_SYSTEM_ID, .rule = FurtherService::Rule::systemWord},
+    {.name = HOST_BACKDROP_INFO, .rule = FurtherService::Rule::unlessModelling, .store = storeIn<bkdropinfo>},
+    {.name = HOST_TIME_INFO, .rule = FurtherService::Rule::unlessModelling, .store = storeIn<timeinfo>},
 };
 
 const char *restartRandomStream(void *, void *) {
@@ -197,53 +151,51 @@ const char *restartRandomStream(void *, void *) {
     return nullptr;
 }
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Ambient Occlusion",
-    .size = sizeof(AmbientOcclusion),
     .colour = nodeColor,
     .services = &services,
     .furtherServices = furtherServices,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record = layoutOf<Instance>,
     .prepare = restartRandomStream,
 };
-#undef AT
 
 // ---- Evaluation ----
 
+using OcclusionInputs = ParameterInputs<nodeClass>;
+
 struct Tinted {
-    double colour[3];
+    Vec3 colour;
     double brightness;
 };
 
-// The settings of one sample: the instance's, with what is connected laid over.
+// The settings of one sample: the instance's, or what is connected to their inputs.
 struct Resolved {
     double coneAngle, max, shift, low, high, offset;
     int sampleDepth;
     Tinted surface, background, occlusion, limit;
 };
 
-void tinted(const ColourSettings &settings, HostInput *colour, HostInput *brightness, const velm::Inputs &inputs,
-            Tinted &result) {
-    inputs.read(settings.colour, colour, result.colour);
-    result.brightness = inputs.read(settings.brightness, brightness);
+template <size_t settings>
+void resolveTinted(const OcclusionInputs &inputs, Tinted &result) {
+    result.colour = inputs.read<settings + offsetof(ColourSettings, colour)>();
+    result.brightness = inputs.read<settings + offsetof(ColourSettings, brightness)>();
 }
 
-void resolve(const AmbientOcclusion &self, const velm::Inputs &inputs, Resolved &r) {
-    r.coneAngle = inputs.read(self.coneAngle, self.coneAngleInput);
-    r.max = inputs.read(self.max, self.maxInput);
-    r.shift = inputs.read(self.shift, self.shiftInput);
-    r.low = inputs.read(self.low, self.lowInput);
-    r.high = inputs.read(self.high, self.highInput);
-    r.offset = inputs.read(self.offset, self.offsetInput);
-    r.sampleDepth = inputs.read(self.sampleDepth, self.sampleDepthInput);
-    tinted(self.surface, self.surfaceColourInput, self.surfaceBrightnessInput, inputs, r.surface);
-    tinted(self.background, self.backgroundColourInput, self.backgroundBrightnessInput, inputs, r.background);
-    tinted(self.occlusion, self.occlusionColourInput, self.occlusionBrightnessInput, inputs, r.occlusion);
-    tinted(self.limit, self.limitColourInput, self.limitBrightnessInput, inputs, r.limit);
+void resolve(const OcclusionInputs &inputs, Resolved &r) {
+    r.coneAngle = inputs.read<AT(coneAngle)>();
+    r.max = inputs.read<AT(max)>();
+    r.shift = inputs.read<AT(shift)>();
+    r.low = inputs.read<AT(low)>();
+    r.high = inputs.read<AT(high)>();
+    r.offset = inputs.read<AT(offset)>();
+    r.sampleDepth = inputs.read<AT(sampleDepth)>();
+    resolveTinted<AT(surface)>(inputs, r.surface);
+    resolveTinted<AT(background)>(inputs, r.background);
+    resolveTinted<AT(occlusion)>(inputs, r.occlusion);
+    resolveTinted<AT(limit)>(inputs, r.limit);
 }
 
 // The occlusion weight of a ray that hit at `distance`, negative for a miss.
@@ -253,37 +205,53 @@ double AmbientOcclusion_weightSample(bool ranged, double distance, double max, d
     return distance >= 0 ? 1 - distance / max - shift : 0;
 }
 
-// The weight after the curve connected to "Function" and the two clamps. A low clamp that takes hold ends the matter.
-double shapedWeight(const AmbientOcclusion &self, const velm::Inputs &inputs, double distance, const Resolved &r) {
+// The rays of one evaluation: where they start, and the sum and the number of those sent so far.
+struct Gathering {
+    const Instance &self;
+    const OcclusionInputs &inputs;
+    const HostOutput *output;
+    const Resolved &resolved;
+    double origin[3];
+    Vec3 axis;
+    double accumulator[3] = {0, 0, 0};
+    double count = 0;
+};
+
+// The weight after the curve connected to "Function" and the two clamps. If the low clamp applies, the high one does
+// not.
+double shapedWeight(const Gathering &rays, double distance) {
+    const AmbientOcclusion &self = rays.self.fields;
+    const Resolved &r = rays.resolved;
     double weight = AmbientOcclusion_weightSample(self.ranged != 0, distance, r.max, r.shift);
-    inputs.evaluate(self.functionInput, &weight);
+    rays.inputs.evaluate(rays.self.connections.function, &weight);
     if (self.clampLow && weight > 1 - r.low) return 1 - r.low;
     if (self.clampHigh && weight < 1 - r.high) return 1 - r.high;
     return weight;
 }
 
-// One of the colours as it shows in a direction: its own where there is no backdrop. `traced` is null where it
-// cannot be chosen; `room` holds what is looked up.
+// One of the colours as seen in a direction. Without a backdrop it is the custom one. `traced` is the colour that the
+// ray brought, or null if the mode "Trace" cannot be chosen; `room` receives a backdrop colour.
 const double *seenColour(int mode, const Tinted &custom, const double direction[3], const double *traced,
                          double room[3]) {
     if (mode == kTrace && traced) return traced;
-    if (mode != kBackdrop || !bkdropinfo || !timeinfo) return custom.colour;
-    std::copy_n(custom.colour, 3, room);
+    if (mode != kBackdrop || !bkdropinfo || !timeinfo) return custom.colour.c;
+    std::copy_n(custom.colour.c, 3, room);
     bkdropinfo->backdrop(timeinfo->time, direction, room);
     return room;
 }
 
-void sampleColour(const AmbientOcclusion &self, const velm::Inputs &inputs, const double origin[3],
-                  const double direction[3], const Resolved &r, double accumulator[3]) {
-    const ShadingSample &sample = *inputs.sample();
+// Sends one ray and adds its colour.
+void sampleColour(Gathering &rays, const double direction[3]) {
+    const AmbientOcclusion &self = rays.self.fields;
+    const Resolved &r = rays.resolved;
+    const ShadingSample &sample = *rays.inputs.sample();
     double traced[3] = {0, 0, 0};
     const bool traces = (self.ranged && self.surface.mode == kTrace) || self.occlusion.mode == kTrace;
-    const double distance = traces
-                                ? velm::traceRay(sample, origin, direction, traced, sample.refractionIndex, kTraceRay)
-                                : velm::castRay(sample, origin, direction);
-    const double weight = shapedWeight(self, inputs, distance, r);
+    const double distance = traces ? traceRay(sample, rays.origin, direction, traced, sample.refractionIndex, kTraceRay)
+                                   : castRay(sample, rays.origin, direction);
+    const double weight = shapedWeight(rays, distance);
 
-    // All three, whether the ray shows them or not: a backdrop may be made of nodes that draw from the random stream.
+    // All three are looked up, used or not: a backdrop may be made of nodes that draw from the random stream.
     double surfaceRoom[3], backgroundRoom[3], occlusionRoom[3];
     const double *surface = seenColour(self.surface.mode, r.surface, direction, traced, surfaceRoom);
     const double *background = seenColour(self.background.mode, r.background, direction, nullptr, backgroundRoom);
@@ -292,107 +260,47 @@ void sampleColour(const AmbientOcclusion &self, const velm::Inputs &inputs, cons
     const double *open = hit ? surface : background;
     const double openBrightness = hit ? r.surface.brightness : r.background.brightness;
     for (int i = 0; i < 3; ++i)
-        accumulator[i] += weight * occlusion[i] * r.occlusion.brightness + (1 - weight) * open[i] * openBrightness;
+        rays.accumulator[i] += weight * occlusion[i] * r.occlusion.brightness + (1 - weight) * open[i] * openBrightness;
 }
 
-// Casts one ray and adds what it brings: for "Scalar", its weight in the first component.
-void AmbientOcclusion_sample(const AmbientOcclusion &self, const velm::Inputs &inputs, const HostOutput *output,
-                             const double origin[3], const double direction[3], const Resolved &r,
-                             double accumulator[3]) {
-    if (output == self.scalarOutput)
-        accumulator[0] += shapedWeight(self, inputs, velm::castRay(*inputs.sample(), origin, direction), r);
+// Sends one ray and adds its contribution: for "Scalar" its weight, in the first component.
+void AmbientOcclusion_sample(Gathering &rays, const double direction[3]) {
+    if (rays.output == rays.self.connections.scalar)
+        rays.accumulator[0] += shapedWeight(rays, castRay(*rays.inputs.sample(), rays.origin, direction));
     else
-        sampleColour(self, inputs, origin, direction, r, accumulator);
+        sampleColour(rays, direction);
+    rays.count += 1;
 }
 
 void AmbientOcclusion_sampleLimit(const AmbientOcclusion &self, const ShadingSample *sample, const Tinted &limit,
                                   double result[3]) {
     double view[3], room[3];
     for (int i = 0; i < 3; ++i) view[i] = sample->position[i] - sample->raySource[i];
-    velm::normalise(view);
+    normalise(view);
     const double *colour = seenColour(self.limit.mode, limit, view, nullptr, room);
     for (int i = 0; i < 3; ++i) result[i] = colour[i] * limit.brightness;
 }
 
-// The turn of a cone about +X onto an axis, by the axis's pitch and then its heading.
-struct Turn {
-    double cosPitch, sinPitch, cosHeading, sinHeading;
-
-    Turn(double heading, double pitch)
-        : cosPitch(std::cos(pitch)), sinPitch(std::sin(pitch)), cosHeading(std::cos(heading)),
-          sinHeading(std::sin(heading)) {}
-};
-
-// A run of rays: the angle from the axis and the angle about it of each, and their unit directions.
-constexpr int kRun = WordsAhead::kMost / 2; // two words for each ray
-struct Run {
-    double theta[kRun], phi[kRun];
-    double directions[kRun][3];
-};
-
-// With theta 0, the axis.
-void AmbientOcclusion_rotateAroundVector(Run &run, int count, const Turn &turn) {
-    double sinTheta[kRun], cosTheta[kRun], sinPhi[kRun], cosPhi[kRun];
-    velm::sinesAndCosines(run.theta, count, sinTheta, cosTheta);
-    velm::sinesAndCosines(run.phi, count, sinPhi, cosPhi);
-    for (int i = 0; i < count; ++i) {
-        const double x = cosTheta[i], y = sinTheta[i] * sinPhi[i], z = sinTheta[i] * cosPhi[i];
-        const double level = x * turn.cosPitch - y * turn.sinPitch;
-        run.directions[i][0] = level * turn.cosHeading - z * turn.sinHeading;
-        run.directions[i][1] = x * turn.sinPitch + y * turn.cosPitch;
-        run.directions[i][2] = level * turn.sinHeading + z * turn.cosHeading;
-    }
+void AmbientOcclusion_rotateAroundVector(DirectionBatch &batch, int count, const AxisRotation &rotation) {
+    rotateBatch(batch, count, rotation);
 }
 
-// The rays of one evaluation: where they start, how they are counted, what they have brought.
-struct Gathering {
-    const AmbientOcclusion &self;
-    const velm::Inputs &inputs;
-    const HostOutput *output;
-    const Resolved &resolved;
-    double origin[3];
-    double axis[3];
-    double accumulator[3] = {0, 0, 0};
-    double count = 0;
-
-    void add(const double direction[3]) {
-        AmbientOcclusion_sample(self, inputs, output, origin, direction, resolved, accumulator);
-        count += 1;
-    }
-    Turn turn() const {
-        return {std::atan2(axis[2], axis[0]), std::atan2(axis[1], std::sqrt(axis[0] * axis[0] + axis[2] * axis[2]))};
-    }
-};
+// Sends `count` rays about the axis, aimed by `aim`; see sendInBatches.
+template <class Aim>
+void gather(Gathering &rays, int64_t count, Aim aim) {
+    const AxisRotation rotation = rotationTo(rays.axis.c);
+    const auto rotate = [&](DirectionBatch &batch, int length) {
+        AmbientOcclusion_rotateAroundVector(batch, length, rotation);
+    };
+    sendInBatches(count, aim, rotate, [&](const double direction[3]) { AmbientOcclusion_sample(rays, direction); });
+}
 
 constexpr double kFullTurn = 2 * std::numbers::pi;
 
 int atLeastOne(int count) { return count < 1 ? 1 : count; }
 
-// Sends `count` rays. `aim` sets the two angles of a ray from its number and its two random values. The words of a run
-// of rays are taken ahead and its directions computed together; should anything that a ray calls draw words itself,
-// the rays after it get later ones, as if each had drawn its own.
-template <class Aim>
-void gather(Gathering &rays, int64_t count, Aim aim) {
-    const Turn turn = rays.turn();
-    WordsAhead ahead;
-    Run run;
-    for (int64_t sent = 0; sent < count;) {
-        const int length = static_cast<int>(std::min<int64_t>(count - sent, kRun));
-        ahead.fill(2 * length);
-        const uint32_t *words = ahead.words();
-        for (int i = 0; i < length; ++i)
-            aim(sent + i, words[2 * i] * kPerInt32Closed, words[2 * i + 1] * kPerInt32Closed, run.theta[i], run.phi[i]);
-        AmbientOcclusion_rotateAroundVector(run, length, turn);
-        for (int i = 0; i < length && ahead.left() == 2 * (length - i); ++i, ++sent) {
-            ahead.use(2);
-            rays.add(run.directions[i]);
-        }
-    }
-}
-
 void gatherRandom(Gathering &rays) {
-    const AmbientOcclusion &self = rays.self;
-    const int samples = atLeastOne(rays.inputs.read(self.samples, self.samplesInput));
+    const int samples = atLeastOne(rays.inputs.read<AT(samples)>());
     const double cone = rays.resolved.coneAngle;
     gather(rays, samples, [cone](int64_t, double r1, double r2, double &theta, double &phi) {
         theta = r2 * cone;
@@ -401,46 +309,48 @@ void gatherRandom(Gathering &rays) {
 }
 
 void gatherPolar(Gathering &rays) {
-    const AmbientOcclusion &self = rays.self;
-    const int rings = atLeastOne(rays.inputs.read(self.polarSamples1, self.polar1Input));
-    const int perRing = atLeastOne(rays.inputs.read(self.polarSamples2, self.polar2Input));
-    const double jitter = rays.inputs.read(self.jitterAngle, self.jitterAngleInput);
-    rays.add(rays.axis); // as it was given, not normalised
+    const int rings = atLeastOne(rays.inputs.read<AT(polarSamples1)>());
+    const int perRing = atLeastOne(rays.inputs.read<AT(polarSamples2)>());
+    const double jitter = rays.inputs.read<AT(jitterAngle)>();
+    AmbientOcclusion_sample(rays, rays.axis.c); // not normalised
     const double ringStep = rays.resolved.coneAngle / (rings - 1), azimuthStep = kFullTurn / perRing;
     const auto aim = [=](int64_t ray, double r1, double r2, double &theta, double &phi) {
-        const auto ring = static_cast<double>(1 + ray / perRing), place = static_cast<double>(ray % perRing);
+        const auto ring = static_cast<double>(1 + ray / perRing), index = static_cast<double>(ray % perRing);
         theta = ringStep * ring - jitter * r2;
-        phi = azimuthStep * place - jitter + 2 * jitter * r1;
+        phi = azimuthStep * index - jitter + 2 * jitter * r1;
     };
     gather(rays, int64_t{rings - 1} * perRing, aim);
 }
 
-} // namespace
-
-static void AmbientOcclusion_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
-    const auto &self = *static_cast<const AmbientOcclusion *>(instance);
+void AmbientOcclusion_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+    const auto &self = *static_cast<const Instance *>(instance);
     double result[3] = {0, 0, 0};
     if (sample->rayFlags & kRayShadow) {
         services.nodeOutputFunc->setValue(value, result);
         return;
     }
-    const velm::Inputs inputs(services, sample);
+    const OcclusionInputs inputs(instance, sample);
     Resolved resolved;
-    resolve(self, inputs, resolved);
+    resolve(inputs, resolved);
     Gathering rays = {.self = self, .inputs = inputs, .output = output, .resolved = resolved, .origin = {}, .axis = {}};
     for (int i = 0; i < 3; ++i) rays.origin[i] = sample->position[i] + resolved.offset * sample->geometricNormal[i];
-    inputs.read(sample->shadingNormal, self.normalInput, rays.axis);
+    rays.axis = inputs.evaluateOr(self.connections.normal, sample->shadingNormal);
 
+    const int mode = self.fields.mode;
     if ((sample->rayFlags & kRaySampled) && sample->rayDepth > resolved.sampleDepth) {
-        AmbientOcclusion_sampleLimit(self, sample, resolved.limit, result);
-    } else if (self.mode == kRandom || self.mode == kPolar) {
-        self.mode == kRandom ? gatherRandom(rays) : gatherPolar(rays);
+        AmbientOcclusion_sampleLimit(self.fields, sample, resolved.limit, result);
+    } else if (mode == kRandom || mode == kPolar) {
+        mode == kRandom ? gatherRandom(rays) : gatherPolar(rays);
         for (int i = 0; i < 3; ++i) result[i] = rays.accumulator[i] / rays.count;
-        if (output == self.scalarOutput) result[0] = 1 - result[0];
+        if (output == self.connections.scalar) result[0] = 1 - result[0];
     }
     services.nodeOutputFunc->setValue(value, result);
 }
 
-VELM_DEFINE_TAGS(AmbientOcclusion, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(AmbientOcclusion, unit)
-VELM_DEFINE_PANEL(AmbientOcclusion, unit, parameters, layout)
+} // namespace
+
+VELM_DEFINE_TAGS(AmbientOcclusion, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(AmbientOcclusion, nodeClass)
+VELM_DEFINE_PANEL(AmbientOcclusion, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

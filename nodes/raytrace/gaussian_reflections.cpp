@@ -1,110 +1,102 @@
-// Gaussian Reflections: a blurred reflection. The view is mirrored at the normal, jittered by noise that "Reflection
-// Blur" scales, and looked up by ray tracing, in the backdrop, in an environment image, or in the image where rays
-// miss.
+// Gaussian Reflections: what does this surface mirror, if it is not perfectly smooth?
 //
-// Odd on purpose: the "Normal" parameter is created and takes part in nothing, only the input of that name does; a
-// miss sends the map to work only when the host reports it as exactly -1; and without blur a single ray still draws its
-// noise, so that the module's random stream runs as it always has.
-#include "module/glossy.h"
+// Gives a blurred reflection. The view is mirrored at the normal, which noise scaled by "Reflection Blur" jitters, and
+// looked up by ray tracing, in the backdrop, in an environment image, or in the image where rays miss.
+//
+// Odd on purpose: the "Normal" parameter has no effect, only the input of that name has; a miss is looked up in the
+// image only if the host reports it as exactly -1; and without blur a single ray still draws its noise, since scenes
+// rely on the state of the module's random stream.
+#include "module/servers.h"
+#include "shading/glossy.h"
 
-VELM_DECLARE_TAGS(GaussianReflections);
-VELM_DECLARE_NODE(GaussianReflections);
-VELM_DECLARE_PANEL(GaussianReflections);
-
-static velm::NodeServices services;
-static const HostImageList *imglist;
-static const HostNodeUtilityFuncs *nodeutilf;
-static HostFileRequestFunc *filereq;
-static const HostBackdropInfo *bkdropinfo;
-static const HostTimeInfo *timeinfo;
-static velm::ImageRequest imageRequest;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
 
+NodeServices services;
+const HostImageList *imglist;
+const HostNodeUtilityFuncs *nodeutilf;
+HostFileRequestFunc *filereq;
+const HostBackdropInfo *bkdropinfo;
+const HostTimeInfo *timeinfo;
+ImageRequest imageRequest;
+constexpr int nodeColor[3] = {164, 50, 10};
+
 struct GaussianReflections {
-    velm::GlossyLook look;
-    velm::GlossySpread spread;
-    velm::GlossyHandles handles;
+    GlossyLook look;
+    GlossySpread spread;
 };
 
-enum Control : unsigned int {
-    kMode = velm::kFirstControl,
-    kImage,
-    kSeamAngle,
-    kTint,
-    kColor,
-    kBlur,
-    kSamples,
-    kBlurDepth,
-};
+int GaussianReflections_getImageCount(void *instance);
+const char *GaussianReflections_getImageName(void *instance, int index);
 
 #define AT(field) offsetof(GaussianReflections, field)
-constexpr velm::ImagePopup imagePopup = {.services = services,
-                                         .imglist = imglist,
-                                         .filereq = filereq,
-                                         .request = imageRequest,
-                                         .control = kImage,
-                                         .choice = AT(look.image),
-                                         .panel = AT(handles.panel)};
-
-int GaussianReflections_getImageCount(void *instance) { return velm::getImageCount(imagePopup, instance); }
-const char *GaussianReflections_getImageName(void *instance, int index) {
-    return velm::getImageName(imagePopup, instance, index);
-}
-
-constexpr velm::Parameter parameters[] = {
-    velm::glossyModeRow(kMode, AT(look)),
-    velm::glossyImageRow(kImage, AT(look), GaussianReflections_getImageCount, GaussianReflections_getImageName),
-    velm::glossySeamRow(kSeamAngle, AT(look), AT(handles)),
-    velm::checkBox(kTint, "Tint Reflections").at(AT(look.tint)),
-    velm::glossyColourRow(kColor, AT(look), AT(handles)),
-    velm::glossyBlurRow(kBlur, "Reflection Blur", AT(spread), AT(handles)),
-    velm::glossySamplesRow(kSamples, AT(spread), AT(handles)),
-    velm::glossyDepthRow(kBlurDepth, AT(spread), AT(handles)),
-    velm::glossyNormalRow(AT(spread), AT(handles)),
+constexpr Parameter parameters[] = {
+    glossyModeRow(AT(look)),
+    glossyImageRow(AT(look), GaussianReflections_getImageCount, GaussianReflections_getImageName),
+    glossySeamRow(AT(look)),
+    checkBox(AT(look.tint), "Tint Reflections"),
+    glossyColourRow(AT(look)),
+    glossyBlurRow(AT(spread), "Reflection Blur"),
+    glossySamplesRow(AT(spread)),
+    glossyDepthRow(AT(spread)),
+    glossyNormalRow(AT(spread)),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(handles.output)}};
+constexpr Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = offsetof(GlossyConnections, output)}};
 
-constexpr auto layout = velm::joinHints(velm::minimumHint(kSamples, 1), velm::minimumHint(kBlurDepth, 0),
-                                        velm::enableHint(kTint, nullptr, nullptr, kColor));
+using Instance = InstanceRecord<GaussianReflections, inputCount(parameters), GlossyConnections>;
 
-constexpr velm::NodeUnit unit = velm::glossyUnit<imagePopup>({
+#define ID(field) controlOf(parameters, AT(field))
+constexpr auto layout = joinHints(minimumHint(ID(spread.samples), 1), minimumHint(ID(spread.blurDepth), 0),
+                                  enableHint(ID(look.tint), nullptr, nullptr, ID(look.colour)));
+
+constexpr ImagePopup imagePopup = {.services = services,
+                                   .imglist = imglist,
+                                   .filereq = filereq,
+                                   .request = imageRequest,
+                                   .control = ID(look.image.index),
+                                   .choice = AT(look.image),
+                                   .panel = offsetof(Instance, panel)};
+
+int GaussianReflections_getImageCount(void *instance) { return getImageCount(imagePopup, instance); }
+const char *GaussianReflections_getImageName(void *instance, int index) {
+    return getImageName(imagePopup, instance, index);
+}
+
+constexpr NodeClass nodeClass = glossyClass<imagePopup>({
     .name = "Gaussian Reflections",
-    .size = sizeof(GaussianReflections),
     .colour = nodeColor,
     .services = &services,
-    .furtherServices = velm::glossyServiceRows<imglist, nodeutilf, filereq, bkdropinfo, timeinfo>,
+    .furtherServices = glossyServiceRows<imglist, nodeutilf, filereq, bkdropinfo, timeinfo>,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(handles.node),
-    .panel = AT(handles.panel),
-    .group = AT(handles.group),
+    .record = layoutOf<Instance>,
 });
-#undef AT
 
-constexpr velm::GlossyServices glossy = {imglist, nodeutilf, bkdropinfo, timeinfo};
+constexpr GlossyServices glossy = {imglist, nodeutilf, bkdropinfo, timeinfo};
+
+void GaussianReflections_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const auto &self = *static_cast<const GaussianReflections *>(instance);
+    Vec3 result = {};
+    if (!(sample->rayFlags & kRayShadow)) {
+        const ParameterInputs<nodeClass> inputs(instance, sample);
+        GlossySettings settings;
+        settings.colour = inputs.read<AT(look.colour)>();
+        settings.seamAngle = inputs.read<AT(look.seamAngle)>();
+        readSpread<AT(spread)>(inputs, settings);
+        const Vec3 normal = inputs.readOr<AT(spread.normal)>(sample->shadingNormal);
+        const auto bend = [sample](const double view[3], const double jittered[3]) {
+            return mirrored(view, jittered, sample->refractionIndex);
+        };
+        result = gatherGlossy(glossy, self.look, settings, normal, kTraceReflection, *sample, bend);
+    }
+    services.nodeOutputFunc->setValue(value, result.c);
+}
 
 } // namespace
 
-static void GaussianReflections_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    const auto &self = *static_cast<const GaussianReflections *>(instance);
-    double result[3] = {0, 0, 0};
-    if (!(sample->rayFlags & kRayShadow)) {
-        velm::GlossySettings settings;
-        const velm::Inputs inputs(services, sample);
-        inputs.read(self.look.colour, self.handles.colourInput, settings.colour);
-        settings.seamAngle = velm::readSeamAngle(inputs, self.look, self.handles);
-        velm::readSpread(inputs, self.spread, self.handles, settings);
-        const auto bend = [sample](const double view[3], const double normal[3]) {
-            return velm::mirrored(view, normal, sample->refractionIndex);
-        };
-        velm::gatherGlossy(glossy, self.look, settings, self.handles, kTraceReflection, inputs, bend, result);
-    }
-    services.nodeOutputFunc->setValue(value, result);
-}
+VELM_DEFINE_TAGS(GaussianReflections, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(GaussianReflections, nodeClass)
+VELM_DEFINE_PANEL(GaussianReflections, nodeClass, parameters, layout)
 
-VELM_DEFINE_TAGS(GaussianReflections, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(GaussianReflections, unit)
-VELM_DEFINE_PANEL(GaussianReflections, unit, parameters, layout)
+} // namespace velm::plugin

@@ -1,134 +1,121 @@
-// Gaussian Refractions: a blurred refraction. The view is bent through the surface by Snell's law, at the normal
-// jittered by noise that "Refraction Blur" scales, or mirrored inside where it cannot leave the denser medium; then it
-// is looked up as in Gaussian Reflections.
+// Gaussian Refractions: what is seen through this surface, if it is not perfectly smooth?
+//
+// Gives a blurred refraction. The view is bent through the surface by Snell's law, at the normal jittered by noise that
+// "Refraction Blur" scales, or mirrored inside where it cannot leave the denser medium; then it is looked up as in
+// Gaussian Reflections.
 //
 // Odd on purpose: a shadow ray gets white, or the tint, so that a refracting surface never blocks one; at exactly the
-// critical angle the ray refracts; and, as there, the "Normal" parameter takes part in nothing.
-#include "module/glossy.h"
+// critical angle the ray refracts; and the "Normal" parameter has no effect, only the input of that name has.
+#include "module/servers.h"
+#include "shading/glossy.h"
 
-VELM_DECLARE_TAGS(GaussianRefractions);
-VELM_DECLARE_NODE(GaussianRefractions);
-VELM_DECLARE_PANEL(GaussianRefractions);
-
-static velm::NodeServices services;
-static const HostImageList *imglist;
-static const HostNodeUtilityFuncs *nodeutilf;
-static HostFileRequestFunc *filereq;
-static const HostBackdropInfo *bkdropinfo;
-static const HostTimeInfo *timeinfo;
-static velm::ImageRequest imageRequest;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
 
+NodeServices services;
+const HostImageList *imglist;
+const HostNodeUtilityFuncs *nodeutilf;
+HostFileRequestFunc *filereq;
+const HostBackdropInfo *bkdropinfo;
+const HostTimeInfo *timeinfo;
+ImageRequest imageRequest;
+constexpr int nodeColor[3] = {164, 50, 10};
+
 struct GaussianRefractions {
-    velm::GlossyLook look;
-    velm::ScalarParameter refractionIndex;
-    velm::GlossySpread spread;
-    velm::GlossyHandles handles;
-    HostInput *iorInput;
+    GlossyLook look;
+    ScalarParameter refractionIndex;
+    GlossySpread spread;
 };
 
-enum Control : unsigned int {
-    kMode = velm::kFirstControl,
-    kImage,
-    kSeamAngle,
-    kRefractionIndex,
-    kTint,
-    kColor,
-    kBlur,
-    kSamples,
-    kBlurDepth,
-};
+int GaussianRefractions_getImageCount(void *instance);
+const char *GaussianRefractions_getImageName(void *instance, int index);
 
 #define AT(field) offsetof(GaussianRefractions, field)
-constexpr velm::ImagePopup imagePopup = {.services = services,
-                                         .imglist = imglist,
-                                         .filereq = filereq,
-                                         .request = imageRequest,
-                                         .control = kImage,
-                                         .choice = AT(look.image),
-                                         .panel = AT(handles.panel)};
-
-int GaussianRefractions_getImageCount(void *instance) { return velm::getImageCount(imagePopup, instance); }
-const char *GaussianRefractions_getImageName(void *instance, int index) {
-    return velm::getImageName(imagePopup, instance, index);
-}
-
-constexpr velm::Parameter parameters[] = {
-    velm::glossyModeRow(kMode, AT(look)),
-    velm::glossyImageRow(kImage, AT(look), GaussianRefractions_getImageCount, GaussianRefractions_getImageName),
-    velm::glossySeamRow(kSeamAngle, AT(look), AT(handles)),
-    velm::number(kRefractionIndex, "Refraction Index")
-        .at(AT(refractionIndex))
-        .starting(1.0)
-        .input(AT(iorInput), "IOR")
-        .late(),
-    velm::checkBox(kTint, "Tint Refractions").at(AT(look.tint)),
-    velm::glossyColourRow(kColor, AT(look), AT(handles)),
-    velm::glossyBlurRow(kBlur, "Refraction Blur", AT(spread), AT(handles)),
-    velm::glossySamplesRow(kSamples, AT(spread), AT(handles)),
-    velm::glossyDepthRow(kBlurDepth, AT(spread), AT(handles)),
-    velm::glossyNormalRow(AT(spread), AT(handles)),
+constexpr Parameter parameters[] = {
+    glossyModeRow(AT(look)),
+    glossyImageRow(AT(look), GaussianRefractions_getImageCount, GaussianRefractions_getImageName),
+    glossySeamRow(AT(look)),
+    number(AT(refractionIndex), "Refraction Index").starting(1.0).input("IOR").createdLast(),
+    checkBox(AT(look.tint), "Tint Refractions"),
+    glossyColourRow(AT(look)),
+    glossyBlurRow(AT(spread), "Refraction Blur"),
+    glossySamplesRow(AT(spread)),
+    glossyDepthRow(AT(spread)),
+    glossyNormalRow(AT(spread)),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(handles.output)}};
+constexpr Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = offsetof(GlossyConnections, output)}};
 
-constexpr auto layout = velm::joinHints(velm::minimumHint(kSamples, 1), velm::minimumHint(kBlurDepth, 0),
-                                        velm::enableHint(kTint, nullptr, nullptr, kColor));
+using Instance = InstanceRecord<GaussianRefractions, inputCount(parameters), GlossyConnections>;
 
-constexpr velm::NodeUnit unit = velm::glossyUnit<imagePopup>({
+#define ID(field) controlOf(parameters, AT(field))
+constexpr auto layout = joinHints(minimumHint(ID(spread.samples), 1), minimumHint(ID(spread.blurDepth), 0),
+                                  enableHint(ID(look.tint), nullptr, nullptr, ID(look.colour)));
+
+constexpr ImagePopup imagePopup = {.services = services,
+                                   .imglist = imglist,
+                                   .filereq = filereq,
+                                   .request = imageRequest,
+                                   .control = ID(look.image.index),
+                                   .choice = AT(look.image),
+                                   .panel = offsetof(Instance, panel)};
+
+int GaussianRefractions_getImageCount(void *instance) { return getImageCount(imagePopup, instance); }
+const char *GaussianRefractions_getImageName(void *instance, int index) {
+    return getImageName(imagePopup, instance, index);
+}
+
+constexpr NodeClass nodeClass = glossyClass<imagePopup>({
     .name = "Gaussian Refractions",
-    .size = sizeof(GaussianRefractions),
     .colour = nodeColor,
     .services = &services,
-    .furtherServices = velm::glossyServiceRows<imglist, nodeutilf, filereq, bkdropinfo, timeinfo>,
+    .furtherServices = glossyServiceRows<imglist, nodeutilf, filereq, bkdropinfo, timeinfo>,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(handles.node),
-    .panel = AT(handles.panel),
-    .group = AT(handles.group),
+    .record = layoutOf<Instance>,
 });
-#undef AT
 
-constexpr velm::GlossyServices glossy = {imglist, nodeutilf, bkdropinfo, timeinfo};
+constexpr GlossyServices glossy = {imglist, nodeutilf, bkdropinfo, timeinfo};
 
-// Where a view direction goes at a normal, from a medium of index `from` into one of index `into`: Snell's law in
-// vector form, as in Andrew Glassner (ed.), "An Introduction to Ray Tracing", 1989, for a normal on either side.
-velm::GlossyRay refracted(const double view[3], const double normal[3], double from, double into) {
-    const double cosine = velm::dot(view, normal);
-    if (from > into && std::asin(into / from) < std::acos(-cosine)) return velm::mirrored(view, normal, from);
+// The ray of a view direction that meets a normal, from a medium of index `from` into one of index `into`. Snell's law
+// in vector form, for a normal on either side: Andrew Glassner (ed.), "An Introduction to Ray Tracing", 1989.
+GlossyRay refracted(const double view[3], const double normal[3], double from, double into) {
+    const double cosine = dot(view, normal);
+    if (from > into && std::asin(into / from) < std::acos(-cosine)) return mirrored(view, normal, from);
     const double ratio = from / into;
     const double inside = ratio * ratio * (cosine * cosine - 1) + 1;
     const double k = inside > 0 ? std::sqrt(inside) : 0; // 0 at the critical angle, where rounding may go below
     const double along = (cosine >= 0 ? k : -k) - ratio * cosine;
-    velm::GlossyRay ray = {.direction = {}, .eta = into};
+    GlossyRay ray = {.direction = {}, .eta = into};
     for (int i = 0; i < 3; ++i) ray.direction[i] = ratio * view[i] + along * normal[i];
     return ray;
 }
 
-} // namespace
-
-static void GaussianRefractions_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+void GaussianRefractions_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const GaussianRefractions *>(instance);
-    velm::GlossySettings settings;
-    const velm::Inputs inputs(services, sample);
-    inputs.read(self.look.colour, self.handles.colourInput, settings.colour);
-    double result[3] = {1, 1, 1};
+    const ParameterInputs<nodeClass> inputs(instance, sample);
+    GlossySettings settings;
+    settings.colour = inputs.read<AT(look.colour)>();
+    Vec3 result = {{1, 1, 1}};
     if (sample->rayFlags & kRayShadow) {
-        services.nodeOutputFunc->setValue(value, self.look.tint ? settings.colour : result);
+        services.nodeOutputFunc->setValue(value, self.look.tint ? settings.colour.c : result.c);
         return;
     }
-    settings.seamAngle = velm::readSeamAngle(inputs, self.look, self.handles);
-    const double index = inputs.read(self.refractionIndex, self.iorInput);
-    velm::readSpread(inputs, self.spread, self.handles, settings);
-    const auto bend = [sample, index](const double view[3], const double normal[3]) {
-        return refracted(view, normal, sample->refractionIndex, index);
+    settings.seamAngle = inputs.read<AT(look.seamAngle)>();
+    const double index = inputs.read<AT(refractionIndex)>();
+    readSpread<AT(spread)>(inputs, settings);
+    const Vec3 normal = inputs.readOr<AT(spread.normal)>(sample->shadingNormal);
+    const auto bend = [sample, index](const double view[3], const double jittered[3]) {
+        return refracted(view, jittered, sample->refractionIndex, index);
     };
-    velm::gatherGlossy(glossy, self.look, settings, self.handles, kTraceRefraction, inputs, bend, result);
-    services.nodeOutputFunc->setValue(value, result);
+    result = gatherGlossy(glossy, self.look, settings, normal, kTraceRefraction, *sample, bend);
+    services.nodeOutputFunc->setValue(value, result.c);
 }
 
-VELM_DEFINE_TAGS(GaussianRefractions, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(GaussianRefractions, unit)
-VELM_DEFINE_PANEL(GaussianRefractions, unit, parameters, layout)
+} // namespace
+
+VELM_DEFINE_TAGS(GaussianRefractions, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(GaussianRefractions, nodeClass)
+VELM_DEFINE_PANEL(GaussianRefractions, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

@@ -1,35 +1,32 @@
-// Advanced RayTrace: traces one ray with every choice that the host offers: its kind, its refraction index, the colour
-// it starts with, and five switches. Gives the colour that the trace leaves, and the distance.
+// Advanced RayTrace: what does a ray of this kind bring, and how far does it go?
 //
-// The node gives the switches no meaning of its own: they are the high bits of the host's mode word. Its settings are
-// saved in tagged blocks, so that a file may hold any of them in any order.
+// Traces one ray with every choice that the host offers: its kind, its refraction index, the colour that it starts
+// with, and five switches. Gives the colour that the trace leaves, and the distance. The node gives the switches no
+// meaning of its own: they are the high bits of the host's mode word. The settings are saved in tagged blocks, so that
+// a file may hold any of them, in any order.
 //
 // Odd on purpose: nothing is normalised or offset, and each output that is read traces a ray of its own; the refraction
-// index is "IOR" as an input and in files; a mode that a file holds and the list does not is handed on as it is.
-#include "module/panel.h"
-#include "module/rays.h"
+// index is "IOR" as an input and in files; and a mode that is in a file but not in the list is passed on unchanged.
+#include "module/inputs.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/rays.h"
 
-VELM_DECLARE_TAGS(AdvRayTrace);
-VELM_DECLARE_NODE(AdvRayTrace);
-VELM_DECLARE_PANEL(AdvRayTrace);
-
-static velm::NodeServices services;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
 
+NodeServices services;
+constexpr int nodeColor[3] = {164, 50, 10};
+
 struct AdvRayTrace {
-    velm::TripleParameter position, direction;
+    Vec3Parameter position, direction;
     int mode;
-    velm::ScalarParameter ior;
-    velm::TripleParameter color;
+    ScalarParameter ior;
+    Vec3Parameter colour;
     int backshade, backdrop, object, sampledRay, noPolygon;
-    HostChannelGroup *group;
-    HostPanel *panel;
-    HostNode *node;
-    HostInput *positionInput, *directionInput, *iorInput, *colorInput;
-    HostOutput *colorOutput, *lengthOutput;
+};
+struct Connections {
+    HostOutput *colour, *length;
 };
 
 constexpr const char *modeStrings[] = {"Distance", "Reflection", "Refraction", "Dissolve",
@@ -37,80 +34,52 @@ constexpr const char *modeStrings[] = {"Distance", "Reflection", "Refraction", "
 constexpr int modeValues[] = {kTraceDistance, kTraceReflection, kTraceRefraction, kTraceDissolve,
                               kTraceShadow,   kTraceOcclusion,  kTraceBackdrop};
 
-enum Control : unsigned int {
-    kPosition = velm::kFirstControl,
-    kDirection,
-    kMode,
-    kRefractionIndex,
-    kColor,
-    kBackshade,
-    kBackdrop,
-    kObject,
-    kSampledRay,
-    kNoPolygon,
-};
-enum Group : unsigned int { kSettingsGroup = 0x9001, kAdvancedGroup, kTabs };
-
-// Block identifiers: four characters, the first in the high byte.
-enum Block : unsigned int {
-    kBlockPosition = 0x52504f53,   // "RPOS"
-    kBlockDirection = 0x52444952,  // "RDIR"
-    kBlockMode = 0x4d4f4445,       // "MODE"
-    kBlockIor = 0x52494f52,        // "RIOR"
-    kBlockColor = 0x434f4c4f,      // "COLO"
-    kBlockBackshade = 0x42534841,  // "BSHA"
-    kBlockBackdrop = 0x4244524f,   // "BDRO"
-    kBlockObject = 0x4f424a45,     // "OBJE"
-    kBlockSampledRay = 0x53524159, // "SRAY"
-    kBlockNoPolygon = 0x504f4c59,  // "POLY"
-};
+// A block identifier: four characters, the first in the high byte.
+constexpr unsigned int tag(const char (&text)[5]) {
+    unsigned int id = 0;
+    for (int i = 0; i < 4; ++i) id = id << 8 | static_cast<unsigned char>(text[i]);
+    return id;
+}
 
 #define AT(field) offsetof(AdvRayTrace, field)
-constexpr velm::Parameter parameters[] = {
-    velm::position(kPosition, "Position").at(AT(position)).input(AT(positionInput)).inBlock(kBlockPosition, "Position"),
-    velm::direction(kDirection, "Direction")
-        .at(AT(direction))
-        .input(AT(directionInput))
-        .inBlock(kBlockDirection, "Direction"),
-    velm::popup(kMode, "Mode", modeStrings).storing(modeValues).at(AT(mode)).inBlock(kBlockMode, "Mode"),
-    velm::number(kRefractionIndex, "Refraction Index")
-        .at(AT(ior))
-        .starting(1.0)
-        .input(AT(iorInput), "IOR")
-        .inBlock(kBlockIor, "IOR"),
-    velm::colour(kColor, "Color").at(AT(color)).starting(0.78431).input(AT(colorInput)).inBlock(kBlockColor, "Color"),
-    velm::checkBox(kBackshade, "Backshade").at(AT(backshade)).inBlock(kBlockBackshade, "Backshade"),
-    velm::checkBox(kBackdrop, "Backdrop").at(AT(backdrop)).inBlock(kBlockBackdrop, "Backdrop"),
-    velm::checkBox(kObject, "Object").at(AT(object)).inBlock(kBlockObject, "Object"),
-    velm::checkBox(kSampledRay, "Sampled Ray").at(AT(sampledRay)).inBlock(kBlockSampledRay, "Sampled Ray"),
-    velm::checkBox(kNoPolygon, "No Polygon").at(AT(noPolygon)).inBlock(kBlockNoPolygon, "No Polygon"),
+constexpr Parameter parameters[] = {
+    position(AT(position), "Position").input().inBlock(tag("RPOS"), "Position"),
+    direction(AT(direction), "Direction").input().inBlock(tag("RDIR"), "Direction"),
+    popup(AT(mode), "Mode", modeStrings).storing(modeValues).inBlock(tag("MODE"), "Mode"),
+    number(AT(ior), "Refraction Index").starting(1.0).input("IOR").inBlock(tag("RIOR"), "IOR"),
+    colour(AT(colour), "Color").starting(0.78431).input().inBlock(tag("COLO"), "Color"),
+    checkBox(AT(backshade), "Backshade").inBlock(tag("BSHA"), "Backshade"),
+    checkBox(AT(backdrop), "Backdrop").inBlock(tag("BDRO"), "Backdrop"),
+    checkBox(AT(object), "Object").inBlock(tag("OBJE"), "Object"),
+    checkBox(AT(sampledRay), "Sampled Ray").inBlock(tag("SRAY"), "Sampled Ray"),
+    checkBox(AT(noPolygon), "No Polygon").inBlock(tag("POLY"), "No Polygon"),
 };
 
-constexpr velm::Output outputs[] = {
-    {.name = "Color", .type = kConnectColour, .field = AT(colorOutput)},
-    {.name = "Length", .type = kConnectScalar, .field = AT(lengthOutput)},
+constexpr Output outputs[] = {
+    {.name = "Color", .type = kConnectColour, .field = offsetof(Connections, colour)},
+    {.name = "Length", .type = kConnectScalar, .field = offsetof(Connections, length)},
 };
 
+using Instance = InstanceRecord<AdvRayTrace, inputCount(parameters), Connections>;
+
+enum Group : unsigned int { kSettingsGroup = 0x9001, kAdvancedGroup, kTabs };
+#define ID(field) controlOf(parameters, AT(field))
 constexpr auto layout =
-    velm::joinHints(velm::groupHint(kSettingsGroup, kPosition, kDirection), velm::labelHint(kSettingsGroup, "Settings"),
-                    velm::groupHint(kAdvancedGroup, kMode, kRefractionIndex, kColor, kBackshade, kBackdrop, kObject,
-                                    kSampledRay, kNoPolygon),
-                    velm::labelHint(kAdvancedGroup, "Advanced"), velm::tabsHint(kTabs, kSettingsGroup, kAdvancedGroup));
+    joinHints(groupHint(kSettingsGroup, ID(position), ID(direction)), labelHint(kSettingsGroup, "Settings"),
+              groupHint(kAdvancedGroup, ID(mode), ID(ior), ID(colour), ID(backshade), ID(backdrop), ID(object),
+                        ID(sampledRay), ID(noPolygon)),
+              labelHint(kAdvancedGroup, "Advanced"), tabsHint(kTabs, kSettingsGroup, kAdvancedGroup));
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Advanced RayTrace",
-    .size = sizeof(AdvRayTrace),
     .colour = nodeColor,
     .previewType = kPreviewOff,
     .services = &services,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record = layoutOf<Instance>,
     .savesBlocks = true,
 };
-#undef AT
 
 unsigned int modeWord(const AdvRayTrace &self) {
     return static_cast<unsigned int>(self.mode) | (self.backshade ? kTraceShadeBackSides : 0) |
@@ -118,23 +87,24 @@ unsigned int modeWord(const AdvRayTrace &self) {
            (self.sampledRay ? kTraceSampled : 0) | (self.noPolygon ? kTraceMayHitOwnPolygon : 0);
 }
 
-} // namespace
-
-static void AdvRayTrace_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
-    const auto &self = *static_cast<const AdvRayTrace *>(instance);
-    const velm::Inputs inputs(services, sample);
-    double position[3], direction[3], color[3];
-    inputs.read(self.position, self.positionInput, position);
-    inputs.read(self.direction, self.directionInput, direction);
-    const double eta = inputs.read(self.ior, self.iorInput);
-    inputs.read(self.color, self.colorInput, color);
-    const double length = velm::traceRay(*sample, position, direction, color, eta, modeWord(self));
-    if (output == self.colorOutput)
-        services.nodeOutputFunc->setValue(value, color);
+void AdvRayTrace_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+    const ParameterInputs<nodeClass> inputs(instance, sample);
+    const Vec3 position = inputs.read<AT(position)>();
+    const Vec3 direction = inputs.read<AT(direction)>();
+    const double eta = inputs.read<AT(ior)>();
+    Vec3 colour = inputs.read<AT(colour)>();
+    const auto &self = *static_cast<const Instance *>(instance);
+    const double length = traceRay(*sample, position.c, direction.c, colour.c, eta, modeWord(self.fields));
+    if (output == self.connections.colour)
+        services.nodeOutputFunc->setValue(value, colour.c);
     else
         services.nodeOutputFunc->setValue(value, &length);
 }
 
-VELM_DEFINE_TAGS(AdvRayTrace, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(AdvRayTrace, unit)
-VELM_DEFINE_PANEL(AdvRayTrace, unit, parameters, layout)
+} // namespace
+
+VELM_DEFINE_TAGS(AdvRayTrace, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(AdvRayTrace, nodeClass)
+VELM_DEFINE_PANEL(AdvRayTrace, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

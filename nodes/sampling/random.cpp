@@ -1,71 +1,65 @@
-// Random: a fresh uniform random number between two bounds, both included, each time it is evaluated.
+// Random: a new random number between two bounds at each evaluation. The numbers are uniform, and both bounds are among
+// them.
 //
-// All numbers come from the module's one stream. Odd on purpose: creating a node restarts the stream from a fixed seed,
-// for every user of it, so that a scene opened afresh renders the same again; and bounds the wrong way round are no
-// mistake, but give the numbers between them.
+// All numbers come from the module's one random stream. Odd on purpose: creating this node restarts the stream from a
+// fixed seed, for all nodes that use it, so that a newly opened scene always renders the same; and bounds in the wrong
+// order are no error, but give the numbers between them.
 #include "random/random.h"
-#include "module/panel.h"
+#include "module/inputs.h"
 #include "module/rows.h"
+#include "module/servers.h"
 
-VELM_DECLARE_TAGS(Random);
-VELM_DECLARE_NODE(Random);
-VELM_DECLARE_PANEL(Random);
-
-static velm::NodeServices services;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
 
+NodeServices services;
+constexpr int nodeColor[3] = {164, 50, 10};
+
 struct Random {
-    velm::ScalarParameter min, max;
-    HostChannelGroup *group;
-    HostPanel *panel;
-    HostNode *node;
-    HostInput *minInput, *maxInput;
+    ScalarParameter min, max;
+};
+struct Connections {
     HostOutput *output;
 };
 
-enum Control : unsigned int { kMin = velm::kFirstControl, kMax };
-
 #define AT(field) offsetof(Random, field)
-constexpr velm::Parameter parameters[] = {
-    velm::number(kMin, "Min").at(AT(min)).input(AT(minInput)),
-    velm::number(kMax, "Max").at(AT(max)).starting(1.0).input(AT(maxInput)),
+constexpr Parameter parameters[] = {
+    number(AT(min), "Min").input(),
+    number(AT(max), "Max").starting(1.0).input(),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(output)}};
+constexpr Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = offsetof(Connections, output)}};
+
+using Instance = InstanceRecord<Random, inputCount(parameters), Connections>;
 
 const char *restartRandomStream(void *, void *) {
     init_genrand(kCreationSeed);
     return nullptr;
 }
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Random",
-    .size = sizeof(Random),
     .colour = nodeColor,
     .previewType = kPreviewOff,
     .services = &services,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record = layoutOf<Instance>,
     .prepare = restartRandomStream,
 };
-#undef AT
 
-} // namespace
-
-static void Random_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    const auto &self = *static_cast<const Random *>(instance);
-    const velm::Inputs inputs(services, sample);
-    const double low = inputs.read(self.min, self.minInput);
-    const double high = inputs.read(self.max, self.maxInput);
+void Random_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const ParameterInputs<nodeClass> inputs(instance, sample);
+    const double low = inputs.read<AT(min)>();
+    const double high = inputs.read<AT(max)>();
     const double result = low + (high - low) * genrand_real1();
     services.nodeOutputFunc->setValue(value, &result);
 }
 
-VELM_DEFINE_TAGS(Random, unit, "Velm's Nodes/Math")
-VELM_DEFINE_NODE(Random, unit)
-VELM_DEFINE_PANEL(Random, unit, parameters, velm::kPlainLayout)
+} // namespace
+
+VELM_DEFINE_TAGS(Random, nodeClass, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(Random, nodeClass)
+VELM_DEFINE_PANEL(Random, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

@@ -1,44 +1,36 @@
-// Take Samples: evaluates its "Color" input many times for one sample and combines the results: for what gives another
-// value each time, such as random numbers or jittered rays.
+// Take Samples: what does this noisy network give on average, or at its darkest, or its brightest?
 //
-// Each colour is shifted and, where asked for, clamped, channel by channel, before it is combined. The low clamp comes
-// first, so that with a low above the high the high wins. The cost is the input's, times "Samples"; there is no limit.
+// Evaluates its "Color" input many times for one sample and combines the results. The input is meant to give another
+// value each time, as random numbers or jittered rays do. Each colour is shifted and, if asked for, clamped, channel by
+// channel, before it is combined. The low clamp comes first: with a low limit above the high one, the high one wins.
+// The cost is that of the input times "Samples", without a limit.
 //
 // Odd on purpose: the last two modes of the list do what "Additive" does, as they always have in saved scenes.
-#include "module/panel.h"
+#include "module/inputs.h"
 #include "module/rows.h"
+#include "module/servers.h"
 
 #include <limits>
 
-VELM_DECLARE_TAGS(TakeSamples);
-VELM_DECLARE_NODE(TakeSamples);
-VELM_DECLARE_PANEL(TakeSamples);
-
-static velm::NodeServices services;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
 
-struct Channel {
-    velm::ScalarParameter shift;
-    int clampLow;
-    velm::ScalarParameter low;
-    int clampHigh;
-    velm::ScalarParameter high;
-};
-struct ChannelInputs {
-    HostInput *shift, *low, *high;
-};
+NodeServices services;
+constexpr int nodeColor[3] = {164, 50, 10};
 
+struct Channel {
+    ScalarParameter shift;
+    int clampLow;
+    ScalarParameter low;
+    int clampHigh;
+    ScalarParameter high;
+};
 struct TakeSamples {
     int mode, samples;
     Channel red, green, blue;
-    HostChannelGroup *group;
-    HostPanel *panel;
-    HostNode *node;
-    HostInput *modeInput, *samplesInput;
-    ChannelInputs redInputs, greenInputs, blueInputs;
-    HostInput *colorInput;
+};
+struct Connections {
+    HostInput *colour;
     HostOutput *output;
 };
 
@@ -46,96 +38,70 @@ enum Mode { kAverage, kMinimum, kMaximum, kDarkest, kBrightest, kAdditive, kMode
 constexpr const char *modeStrings[] = {"Average",  "Minimum",     "Maximum",  "Darkest", "Brightest",
                                        "Additive", "Subtractive", "Multiply", nullptr};
 
-enum Control : unsigned int {
-    kMode = velm::kFirstControl,
-    kSamples,
-    kRedShift,
-    kRedClampLow,
-    kRedLow,
-    kRedClampHigh,
-    kRedHigh,
-    kGreenShift,
-    kGreenClampLow,
-    kGreenLow,
-    kGreenClampHigh,
-    kGreenHigh,
-    kBlueShift,
-    kBlueClampLow,
-    kBlueLow,
-    kBlueClampHigh,
-    kBlueHigh,
-};
-
 #define AT(field) offsetof(TakeSamples, field)
 // NOLINTBEGIN(bugprone-macro-parentheses): `channel` names a member
-#define CHANNEL(letter, first, channel)                                                                                \
-    velm::number(first, letter " Shift").at(AT(channel.shift)).input(AT(channel##Inputs.shift)),                       \
-        velm::checkBox(first + 1, "Clamp").at(AT(channel.clampLow)),                                                   \
-        velm::number(first + 2, letter " Low").at(AT(channel.low)).input(AT(channel##Inputs.low)),                     \
-        velm::checkBox(first + 3, "Clamp").at(AT(channel.clampHigh)),                                                  \
-        velm::number(first + 4, letter " High").at(AT(channel.high)).starting(1.0).input(AT(channel##Inputs.high))
+#define CHANNEL(letter, channel)                                                                                       \
+    number(AT(channel.shift), letter " Shift").input(), checkBox(AT(channel.clampLow), "Clamp"),                       \
+        number(AT(channel.low), letter " Low").input(), checkBox(AT(channel.clampHigh), "Clamp"),                      \
+        number(AT(channel.high), letter " High").starting(1.0).input()
 // NOLINTEND(bugprone-macro-parentheses)
-constexpr velm::Parameter parameters[] = {
-    velm::popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
-    velm::wholeNumber(kSamples, "Samples").at(AT(samples)).starting(12).input(AT(samplesInput)),
-    velm::plainInput("Color", kConnectColour, AT(colorInput)),
-    CHANNEL("R", kRedShift, red),
-    CHANNEL("G", kGreenShift, green),
-    CHANNEL("B", kBlueShift, blue),
+constexpr Parameter parameters[] = {
+    popup(AT(mode), "Mode", modeStrings).input(),
+    integer(AT(samples), "Samples").starting(12).input(),
+    plainInput("Color", kConnectColour, offsetof(Connections, colour)),
+    CHANNEL("R", red),
+    CHANNEL("G", green),
+    CHANNEL("B", blue),
 };
-#undef CHANNEL
 
-constexpr velm::Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(output)}};
+constexpr Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = offsetof(Connections, output)}};
 
-constexpr auto layout =
-    velm::joinHints(velm::minimumHint(kSamples, 1), velm::enforceHint(kSamples, true, false),
-                    velm::enableHint(kRedClampLow, nullptr, nullptr, kRedLow),
-                    velm::enableHint(kRedClampHigh, nullptr, nullptr, kRedHigh),
-                    velm::enableHint(kGreenClampLow, nullptr, nullptr, kGreenLow),
-                    velm::enableHint(kGreenClampHigh, nullptr, nullptr, kGreenHigh),
-                    velm::enableHint(kBlueClampLow, nullptr, nullptr, kBlueLow),
-                    velm::enableHint(kBlueClampHigh, nullptr, nullptr, kBlueHigh),
-                    velm::listHint(kHintNarrow, kRedClampLow, kRedClampHigh, kGreenClampLow, kGreenClampHigh,
-                                   kBlueClampLow, kBlueClampHigh),
-                    velm::listHint(kHintLeftAlign, kRedLow, kRedHigh, kGreenLow, kGreenHigh, kBlueLow, kBlueHigh),
-                    velm::listHint(kHintDividerAfter, kSamples, kRedHigh, kGreenHigh));
+using Instance = InstanceRecord<TakeSamples, inputCount(parameters), Connections>;
 
-constexpr velm::NodeUnit unit = {
+#define ID(field) controlOf(parameters, AT(field))
+constexpr auto layout = joinHints(
+    minimumHint(ID(samples), 1), enforceHint(ID(samples), true, false),
+    enableHint(ID(red.clampLow), nullptr, nullptr, ID(red.low)),
+    enableHint(ID(red.clampHigh), nullptr, nullptr, ID(red.high)),
+    enableHint(ID(green.clampLow), nullptr, nullptr, ID(green.low)),
+    enableHint(ID(green.clampHigh), nullptr, nullptr, ID(green.high)),
+    enableHint(ID(blue.clampLow), nullptr, nullptr, ID(blue.low)),
+    enableHint(ID(blue.clampHigh), nullptr, nullptr, ID(blue.high)),
+    listHint(kHintNarrow, ID(red.clampLow), ID(red.clampHigh), ID(green.clampLow), ID(green.clampHigh),
+             ID(blue.clampLow), ID(blue.clampHigh)),
+    listHint(kHintLeftAlign, ID(red.low), ID(red.high), ID(green.low), ID(green.high), ID(blue.low), ID(blue.high)),
+    listHint(kHintDividerAfter, ID(samples), ID(red.high), ID(green.high)));
+
+constexpr NodeClass nodeClass = {
     .name = "Take Samples",
-    .size = sizeof(TakeSamples),
     .colour = nodeColor,
     .services = &services,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record = layoutOf<Instance>,
 };
-#undef AT
 
-// A channel's settings for one sample. Limits that do not clamp are infinite.
+// A channel's settings for one sample. A limit that does not clamp is infinite.
 struct ChannelRule {
     double shift, low, high;
 };
 
-ChannelRule resolve(const Channel &channel, const ChannelInputs &handles, const velm::Inputs &inputs) {
+template <size_t channel>
+ChannelRule resolve(const TakeSamples &self, const ParameterInputs<nodeClass> &inputs) {
     constexpr double kNoLimit = std::numeric_limits<double>::infinity();
-    const double shift = inputs.read(channel.shift, handles.shift);
-    const double low = inputs.read(channel.low, handles.low);
-    const double high = inputs.read(channel.high, handles.high);
-    return {.shift = shift, .low = channel.clampLow ? low : -kNoLimit, .high = channel.clampHigh ? high : kNoLimit};
+    const double shift = inputs.read<channel + offsetof(Channel, shift)>();
+    const double low = inputs.read<channel + offsetof(Channel, low)>();
+    const double high = inputs.read<channel + offsetof(Channel, high)>();
+    const auto &switches = fieldAt<Channel>(&self, channel);
+    return {.shift = shift, .low = switches.clampLow ? low : -kNoLimit, .high = switches.clampHigh ? high : kNoLimit};
 }
 
-struct Colour {
-    double c[3];
-};
+double brightness(const Vec3 &colour) { return (colour.c[0] + colour.c[1] + colour.c[2]) * 0.3333333333333333; }
 
-double brightness(const Colour &colour) { return (colour.c[0] + colour.c[1] + colour.c[2]) * 0.3333333333333333; }
-
-// One evaluation of the input, shifted and clamped.
-Colour TakeSamples_sampleHandler(const TakeSamples &self, const velm::Inputs &inputs, const ChannelRule (&rules)[3]) {
-    Colour colour = {};
-    inputs.evaluate(self.colorInput, colour.c);
+// Evaluates the input once, and shifts and clamps the result.
+Vec3 TakeSamples_sampleHandler(HostInput *input, const Inputs &inputs, const ChannelRule (&rules)[3]) {
+    Vec3 colour = {};
+    inputs.evaluate(input, colour.c);
     for (int i = 0; i < 3; ++i) {
         const ChannelRule &rule = rules[i];
         double value = rule.shift + colour.c[i];
@@ -146,19 +112,20 @@ Colour TakeSamples_sampleHandler(const TakeSamples &self, const velm::Inputs &in
     return colour;
 }
 
-// Lays one more sample into what has been combined so far. Ties keep the earlier sample.
-void combine(int mode, Colour &all, double &kept, const Colour &next) {
+// Adds a sample to the result so far. `light` is the brightness of the result in the two modes that compare whole
+// samples. Ties keep the earlier sample.
+void combine(int mode, Vec3 &result, double &light, const Vec3 &sample) {
     if (mode == kDarkest || mode == kBrightest) {
-        const double light = brightness(next);
-        if (mode == kDarkest ? light < kept : light > kept) {
-            all = next;
-            kept = light;
+        const double next = brightness(sample);
+        if (mode == kDarkest ? next < light : next > light) {
+            result = sample;
+            light = next;
         }
         return;
     }
     for (int i = 0; i < 3; ++i) {
-        double &a = all.c[i];
-        const double s = next.c[i];
+        double &a = result.c[i];
+        const double s = sample.c[i];
         if (mode == kMinimum)
             a = s < a ? s : a;
         else if (mode == kMaximum)
@@ -168,29 +135,30 @@ void combine(int mode, Colour &all, double &kept, const Colour &next) {
     }
 }
 
-} // namespace
-
-static void TakeSamples_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    const auto &self = *static_cast<const TakeSamples *>(instance);
-    const velm::Inputs inputs(services, sample);
-    const int mode = inputs.readChoice(self.mode, self.modeInput, kModes);
-    int samples = inputs.read(self.samples, self.samplesInput);
+void TakeSamples_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const auto &self = *static_cast<const Instance *>(instance);
+    const ParameterInputs<nodeClass> inputs(instance, sample);
+    const int mode = inputs.choice<AT(mode)>(kModes);
+    int samples = inputs.read<AT(samples)>();
     if (samples < 1) samples = 1;
-    const ChannelRule rules[3] = {resolve(self.red, self.redInputs, inputs),
-                                  resolve(self.green, self.greenInputs, inputs),
-                                  resolve(self.blue, self.blueInputs, inputs)};
+    const ChannelRule rules[3] = {resolve<AT(red)>(self.fields, inputs), resolve<AT(green)>(self.fields, inputs),
+                                  resolve<AT(blue)>(self.fields, inputs)};
 
-    // Sums start at black, and everything else at the first sample.
+    // Sums start at black, everything else at the first sample.
+    const auto next = [&] { return TakeSamples_sampleHandler(self.connections.colour, inputs, rules); };
     const bool sums = mode == kAverage || mode == kAdditive;
-    Colour all = sums ? Colour{} : TakeSamples_sampleHandler(self, inputs, rules);
-    double kept = brightness(all);
-    for (int i = sums ? 0 : 1; i < samples; ++i)
-        combine(mode, all, kept, TakeSamples_sampleHandler(self, inputs, rules));
+    Vec3 result = sums ? Vec3{} : next();
+    double light = brightness(result);
+    for (int i = sums ? 0 : 1; i < samples; ++i) combine(mode, result, light, next());
     if (mode == kAverage)
-        for (double &component : all.c) component *= 1.0 / samples;
-    services.nodeOutputFunc->setValue(value, all.c);
+        for (double &component : result.c) component *= 1.0 / samples;
+    services.nodeOutputFunc->setValue(value, result.c);
 }
 
-VELM_DEFINE_TAGS(TakeSamples, unit, "Velm's Nodes/Surfacing")
-VELM_DEFINE_NODE(TakeSamples, unit)
-VELM_DEFINE_PANEL(TakeSamples, unit, parameters, layout)
+} // namespace
+
+VELM_DEFINE_TAGS(TakeSamples, nodeClass, "Velm's Nodes/Surfacing")
+VELM_DEFINE_NODE(TakeSamples, nodeClass)
+VELM_DEFINE_PANEL(TakeSamples, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

@@ -1,44 +1,39 @@
-// Counter: "how many times has this been asked?"
+// Counter: how many times has this node been asked for its value?
 //
-// A running count that grows by "Increase Value" each time the node is evaluated on a render thread, and falls back to
-// "Start Value" when the chosen condition holds. It counts evaluations, not pixels or frames: whoever reads "Out" twice
-// in one sample advances it twice. Every render thread counts for itself, so that no thread waits for another, and the
-// counts go on from frame to frame until the next render starts.
+// Gives a count that grows by "Increase Value" at each evaluation, and returns to "Start Value" when the chosen
+// condition holds. It counts evaluations, not pixels or frames: a network that reads "Out" twice in one sample advances
+// the count twice. Each render thread has a count of its own, so that no thread waits for another, and the counts go on
+// from frame to frame until the next render starts.
 //
-// Odd on purpose, because scenes rely on it: "A Does Change" resets while A stays the *same*, and "A Does Not Change"
-// resets when A changes. The other texts say when the counter is reset. The first evaluation on a thread always gives
-// the start value, whatever the mode.
-#include "module/compare.h"
-#include "module/panel.h"
+// Odd on purpose, because scenes rely on it: "A Does Change" resets the count while A stays the same, and "A Does Not
+// Change" resets it when A changes. All other texts say when the count is reset. The first evaluation on a thread gives
+// the start value in every mode.
+#include "module/inputs.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/compare.h"
 
 #include <iterator>
 
-VELM_DECLARE_TAGS(Counter);
-VELM_DECLARE_NODE(Counter);
-VELM_DECLARE_PANEL(Counter);
-
-static velm::NodeServices services;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
+
+NodeServices services;
+constexpr int nodeColor[3] = {164, 50, 10};
 
 struct Counter {
     int fresh[kMaxThreads]; // 1 until the thread's first evaluation
     double count[kMaxThreads];
-    double lastA[kMaxThreads]; // "A" at the fresh start, and then at each evaluation in the two change modes
+    double lastA[kMaxThreads]; // "A" at the first evaluation, and then at each evaluation in the two change modes
     int mode;
-    velm::ScalarParameter start, increase, a, b;
-    HostChannelGroup *group;
-    HostPanel *panel;
-    HostNode *node;
-    HostInput *modeInput, *startInput, *increaseInput, *aInput, *bInput;
+    ScalarParameter start, increase, a, b;
+};
+struct Connections {
     HostOutput *out;
 };
 
-using velm::Relation;
-
-// How the count compares with A, and then A with B, where the counter is to reset. The two change modes lie between.
+// The modes compare the count with A, or A with its last value, or A with B. These are the relations that reset the
+// count in the first and the third group; the two change modes lie between them.
 constexpr Relation countResets[] = {Relation::equal, Relation::greater, Relation::less, Relation::greaterOrEqual,
                                     Relation::lessOrEqual};
 constexpr Relation bResets[] = {Relation::equal, Relation::notEqual,       Relation::greater,
@@ -61,40 +56,37 @@ constexpr const char *modeStrings[kModes + 1] = {
     "A Less Than Or Equal To B",
 };
 
-// "B" matters only to the modes that compare A with it.
-constexpr velm::EnableStates valueBEnableStates = {0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1};
-
-enum Control : unsigned int { kMode = velm::kFirstControl, kStart, kIncrease, kA, kB };
+// "B" matters only in the modes that compare A with it.
+constexpr EnableStates valueBEnableStates = {0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1};
 
 #define AT(field) offsetof(Counter, field)
-constexpr velm::Parameter parameters[] = {
-    velm::popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
-    velm::number(kStart, "Start Value").at(AT(start)).input(AT(startInput)),
-    velm::number(kIncrease, "Increase Value").at(AT(increase)).starting(1.0).input(AT(increaseInput)),
-    velm::number(kA, "A").at(AT(a)).input(AT(aInput)),
-    velm::number(kB, "B").at(AT(b)).input(AT(bInput)),
+constexpr Parameter parameters[] = {
+    popup(AT(mode), "Mode", modeStrings).input(),
+    number(AT(start), "Start Value").input(),
+    number(AT(increase), "Increase Value").starting(1.0).input(),
+    number(AT(a), "A").input(),
+    number(AT(b), "B").input(),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(out)}};
+constexpr Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = offsetof(Connections, out)}};
 
-constexpr auto layout = velm::joinHints(velm::enableHint(kMode, nullptr, &valueBEnableStates, kB));
+using Instance = InstanceRecord<Counter, inputCount(parameters), Connections>;
 
-constexpr velm::NodeUnit unit = {
+#define ID(field) controlOf(parameters, AT(field))
+constexpr auto layout = joinHints(enableHint(ID(mode), nullptr, &valueBEnableStates, ID(b)));
+
+constexpr NodeClass nodeClass = {
     .name = "Counter",
-    .size = sizeof(Counter),
     .colour = nodeColor,
     .previewType = kPreviewOff,
     .services = &services,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record = layoutOf<Instance>,
     .freshFlags = AT(fresh),
 };
-#undef AT
 
-// Whether the counter falls back to its start value. The two change modes are the reverse of what their texts say.
+// Whether the count returns to its start value. The two change modes do the opposite of what their texts say.
 bool resets(int mode, double count, double a, double b, double lastA) {
     if (mode < kAChanges) return related(count, countResets[mode], a);
     if (mode == kAChanges) return related(a, Relation::equal, lastA);
@@ -102,17 +94,15 @@ bool resets(int mode, double count, double a, double b, double lastA) {
     return related(a, bResets[mode - kFirstOfB], b);
 }
 
-} // namespace
+void Counter_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const ParameterInputs<nodeClass> inputs(instance, sample);
+    const int mode = inputs.choice<AT(mode)>(kModes);
+    const double start = inputs.read<AT(start)>();
+    const double increase = inputs.read<AT(increase)>();
+    const double a = inputs.read<AT(a)>();
+    const double b = inputs.read<AT(b)>();
 
-static void Counter_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    auto &self = *static_cast<Counter *>(instance);
-    const velm::Inputs inputs(services, sample);
-    const int mode = inputs.readChoice(self.mode, self.modeInput, kModes);
-    const double start = inputs.read(self.start, self.startInput);
-    const double increase = inputs.read(self.increase, self.increaseInput);
-    const double a = inputs.read(self.a, self.aInput);
-    const double b = inputs.read(self.b, self.bInput);
-
+    auto &self = static_cast<Instance *>(instance)->fields;
     const int thread = sample->threadIndex;
     double &count = self.count[thread];
     count += increase;
@@ -127,6 +117,10 @@ static void Counter_Evaluate(void *instance, ShadingSample *sample, HostOutput *
     services.nodeOutputFunc->setValue(value, &count);
 }
 
-VELM_DEFINE_TAGS(Counter, unit, "Velm's Nodes/Math")
-VELM_DEFINE_NODE(Counter, unit)
-VELM_DEFINE_PANEL(Counter, unit, parameters, layout)
+} // namespace
+
+VELM_DEFINE_TAGS(Counter, nodeClass, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(Counter, nodeClass)
+VELM_DEFINE_PANEL(Counter, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

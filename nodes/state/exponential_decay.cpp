@@ -1,133 +1,125 @@
-// Exponential Decay: what is left of a quantity after a distance, as of light absorbed through a medium. Two nodes of
+// Exponential Decay: how much of a quantity is left after a distance, as of light that a medium absorbs? Two nodes of
 // one design: one for a number, one for a colour.
 //
 // Odd on purpose: the two read their quantity in opposite senses. "Scalar" is what the value is divided by per nominal
-// distance, so that 2 halves it; "Color" is the fraction kept per nominal distance, so that after one the colour is the
-// colour itself. Both are how artists have learnt to dial them in. A nominal distance or a power that is zero or a NaN
-// is replaced by a tiny number before it divides, so that neither node ever gives a NaN. An infinity it may give where
-// it does not clamp, for a power so small that one over it is infinite.
-#include "module/compare.h"
-#include "module/panel.h"
+// distance, so that 2 halves it; "Color" is the fraction that is left after one nominal distance, so that the result
+// there is the colour itself. Both are how artists have learnt to set them. A nominal distance or a power that is zero
+// or a NaN is replaced by a tiny number before dividing by it, so that neither node gives a NaN. Without "Clamp" the
+// result may be infinite, for a power so small that one over it overflows.
+#include "module/inputs.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/compare.h"
 
 #include <cmath>
 
-VELM_DECLARE_TAGS(ExpDecayScalar);
-VELM_DECLARE_NODE(ExpDecayScalar);
-VELM_DECLARE_PANEL(ExpDecayScalar);
-VELM_DECLARE_TAGS(ExpDecayColor);
-VELM_DECLARE_NODE(ExpDecayColor);
-VELM_DECLARE_PANEL(ExpDecayColor);
-
-static velm::NodeServices scalarServices, colourServices; // each node keeps its own
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
+
+NodeServices scalarServices, colourServices;
+constexpr int nodeColor[3] = {164, 50, 10};
 
 template <class Quantity>
 struct ExpDecay {
-    velm::ScalarParameter distance, nominalDistance;
+    ScalarParameter distance, nominalDistance;
     Quantity quantity;
     int clamp;
-    HostChannelGroup *group;
-    HostPanel *panel;
-    HostNode *node;
-    HostInput *distanceInput, *nominalDistanceInput, *quantityInput;
+};
+struct Connections {
     HostOutput *output;
 };
-using ExpDecayScalar = ExpDecay<velm::ScalarParameter>;
-using ExpDecayColor = ExpDecay<velm::TripleParameter>;
 
-enum Control : unsigned int { kDistance = velm::kFirstControl, kNominalDistance, kQuantity, kClamp };
-
-#define AT(field) offsetof(Node, field)
-template <class Node>
+// The tables of both nodes.
+template <class Quantity>
 struct Tables {
-    static constexpr velm::Row quantityRow() {
-        if constexpr (std::is_same_v<Node, ExpDecayScalar>)
-            return velm::number(kQuantity, "Scalar").starting(2.0);
+    using Fields = ExpDecay<Quantity>;
+
+    static constexpr Row quantityRow() {
+        constexpr size_t field = offsetof(Fields, quantity);
+        if constexpr (std::is_same_v<Quantity, ScalarParameter>)
+            return number(field, "Scalar").starting(2.0).input();
         else
-            return velm::colour(kQuantity, "Color").starting(0.78431);
+            return colour(field, "Color").starting(0.78431).input();
     }
-    static constexpr velm::Parameter parameters[] = {
-        velm::distance(kDistance, "Distance").at(AT(distance)).starting(1.0).input(AT(distanceInput)),
-        velm::distance(kNominalDistance, "Nominal Distance")
-            .at(AT(nominalDistance))
-            .starting(1.0)
-            .input(AT(nominalDistanceInput)),
-        quantityRow().at(AT(quantity)).input(AT(quantityInput)),
-        velm::checkBox(kClamp, "Clamp").at(AT(clamp)).starting(1),
+    static constexpr Parameter parameters[] = {
+        distance(offsetof(Fields, distance), "Distance").starting(1.0).input(),
+        distance(offsetof(Fields, nominalDistance), "Nominal Distance").starting(1.0).input(),
+        quantityRow(),
+        checkBox(offsetof(Fields, clamp), "Clamp").starting(1),
     };
     // The output is named like the third input.
-    static constexpr velm::Output outputs[] = {
-        {.name = quantityRow().label, .type = parameters[2].input, .field = AT(output)}};
+    static constexpr Output outputs[] = {
+        {.name = quantityRow().label, .type = quantityRow().Parameter::input, .field = offsetof(Connections, output)}};
 
-    static constexpr velm::NodeUnit unit(const char *name, velm::NodeServices &services) {
+    using Instance = InstanceRecord<Fields, inputCount(parameters), Connections>;
+
+    static constexpr NodeClass nodeClass(const char *name, NodeServices &services) {
         return {
             .name = name,
-            .size = sizeof(Node),
             .colour = nodeColor,
             .previewType = kPreviewOff,
             .services = &services,
             .parameters = parameters,
             .outputs = outputs,
-            .node = AT(node),
-            .panel = AT(panel),
-            .group = AT(group),
+            .record = layoutOf<Instance>,
         };
     }
 };
-#undef AT
+using ScalarTables = Tables<ScalarParameter>;
+using ColourTables = Tables<Vec3Parameter>;
 
-constexpr velm::NodeUnit scalarUnit = Tables<ExpDecayScalar>::unit("Exponential Decay (Scalar)", scalarServices);
-constexpr velm::NodeUnit colourUnit = Tables<ExpDecayColor>::unit("Exponential Decay (Color)", colourServices);
+constexpr NodeClass scalarClass = ScalarTables::nodeClass("Exponential Decay (Scalar)", scalarServices);
+constexpr NodeClass colourClass = ColourTables::nodeClass("Exponential Decay (Color)", colourServices);
 
-// The guard: what stands in for a zero, or a NaN, below a fraction line.
+// A divisor, replaced by a tiny number if it is zero or a NaN.
 double guarded(double divisor) {
     constexpr double guard = 1e-12;
-    return velm::related(divisor, velm::Relation::equal, 0) ? guard : divisor;
+    return related(divisor, Relation::equal, 0) ? guard : divisor;
 }
 
 // The distance in nominal distances: the exponent of both nodes.
-template <class Node>
-double exponent(const Node &self, const velm::Inputs &inputs) {
-    const double distance = inputs.read(self.distance, self.distanceInput);
-    const double nominal = inputs.read(self.nominalDistance, self.nominalDistanceInput);
+template <class Fields, const NodeClass &nodeClass>
+double exponent(const ParameterInputs<nodeClass> &inputs) {
+    const double distance = inputs.template read<offsetof(Fields, distance)>();
+    const double nominal = inputs.template read<offsetof(Fields, nominalDistance)>();
     return 1.0 / guarded(nominal) * distance;
 }
 
-// One over the power, clamped to [0, 1] where that is asked for; a NaN becomes 0.
+// One over the power, clamped to [0, 1] if asked for; then a NaN becomes 0.
 double decayed(double power, bool clamp) {
     const double rest = 1.0 / guarded(power);
     if (!clamp) return rest;
-    if (velm::related(rest, velm::Relation::less, 0)) return 0;
+    if (related(rest, Relation::less, 0)) return 0;
     return rest > 1.0 ? 1.0 : rest;
+}
+
+void ExpDecayScalar_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    using Fields = ScalarTables::Fields;
+    const ParameterInputs<scalarClass> inputs(instance, sample);
+    const double e = exponent<Fields>(inputs);
+    const double scalar = inputs.read<offsetof(Fields, quantity)>();
+    const bool clamp = static_cast<const Fields *>(instance)->clamp != 0;
+    const double result = decayed(std::pow(scalar, e), clamp);
+    scalarServices.nodeOutputFunc->setValue(value, &result);
+}
+
+void ExpDecayColor_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    using Fields = ColourTables::Fields;
+    const ParameterInputs<colourClass> inputs(instance, sample);
+    const double e = exponent<Fields>(inputs);
+    Vec3 colour = inputs.read<offsetof(Fields, quantity)>();
+    const bool clamp = static_cast<const Fields *>(instance)->clamp != 0;
+    for (double &component : colour.c) component = decayed(std::pow(1.0 / component, e), clamp);
+    colourServices.nodeOutputFunc->setValue(value, colour.c);
 }
 
 } // namespace
 
-static void ExpDecayScalar_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    const auto &self = *static_cast<const ExpDecayScalar *>(instance);
-    const velm::Inputs inputs(scalarServices, sample);
-    const double e = exponent(self, inputs);
-    const double scalar = inputs.read(self.quantity, self.quantityInput);
-    const double result = decayed(std::pow(scalar, e), self.clamp != 0);
-    scalarServices.nodeOutputFunc->setValue(value, &result);
-}
+VELM_DEFINE_TAGS(ExpDecayScalar, scalarClass, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(ExpDecayScalar, scalarClass)
+VELM_DEFINE_PANEL(ExpDecayScalar, scalarClass, ScalarTables::parameters, kPlainLayout)
+VELM_DEFINE_TAGS(ExpDecayColor, colourClass, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(ExpDecayColor, colourClass)
+VELM_DEFINE_PANEL(ExpDecayColor, colourClass, ColourTables::parameters, kPlainLayout)
 
-static void ExpDecayColor_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    const auto &self = *static_cast<const ExpDecayColor *>(instance);
-    const velm::Inputs inputs(colourServices, sample);
-    const double e = exponent(self, inputs);
-    double colour[3];
-    inputs.read(self.quantity, self.quantityInput, colour);
-    for (double &component : colour) component = decayed(std::pow(1.0 / component, e), self.clamp != 0);
-    colourServices.nodeOutputFunc->setValue(value, colour);
-}
-
-VELM_DEFINE_TAGS(ExpDecayScalar, scalarUnit, "Velm's Nodes/Math")
-VELM_DEFINE_NODE(ExpDecayScalar, scalarUnit)
-VELM_DEFINE_PANEL(ExpDecayScalar, scalarUnit, Tables<ExpDecayScalar>::parameters, velm::kPlainLayout)
-VELM_DEFINE_TAGS(ExpDecayColor, colourUnit, "Velm's Nodes/Math")
-VELM_DEFINE_NODE(ExpDecayColor, colourUnit)
-VELM_DEFINE_PANEL(ExpDecayColor, colourUnit, Tables<ExpDecayColor>::parameters, velm::kPlainLayout)
+} // namespace velm::plugin

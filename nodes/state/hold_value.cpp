@@ -1,43 +1,38 @@
-// Hold Value: a sample-and-hold. Passes its input through, except while the chosen condition holds, when it keeps
-// giving the value that it had before.
+// Hold Value: when does this value stop changing? A sample-and-hold.
 //
-// Every render thread holds a value of its own, which lives on from frame to frame until the next render starts; the
-// first evaluation on a thread passes the input through, whatever the mode. Here, unlike in Counter, each text names
-// the condition under which the node holds.
+// Passes its input through, except while the chosen condition holds: then it keeps giving the value that it gave
+// before. Here, unlike in Counter, each text names the condition under which the node holds. Each render thread holds a
+// value of its own, which lasts from frame to frame until the next render starts. The first evaluation on a thread
+// passes the input through in every mode.
 //
-// Odd on purpose: the parameter is "Input" on the panel and "In" as an input, as saved scenes have it; and the modes
-// that compare A with B do not note A, so that switching back to a change mode compares with what was noted before.
-#include "module/compare.h"
-#include "module/panel.h"
+// Odd on purpose, because scenes rely on it: the parameter is "Input" on the panel and "In" as an input; and the modes
+// that compare A with B do not store A, so that after switching back to a change mode, A is compared with what was
+// stored before.
+#include "module/inputs.h"
 #include "module/rows.h"
+#include "module/servers.h"
+#include "shading/compare.h"
 
 #include <iterator>
 
-VELM_DECLARE_TAGS(HoldValue);
-VELM_DECLARE_NODE(HoldValue);
-VELM_DECLARE_PANEL(HoldValue);
-
-static velm::NodeServices services;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
+
+NodeServices services;
+constexpr int nodeColor[3] = {164, 50, 10};
 
 struct HoldValue {
     int fresh[kMaxThreads]; // 1 until the thread's first evaluation
     double held[kMaxThreads];
-    double lastA[kMaxThreads]; // "A" at the fresh start, and then at each evaluation in the two change modes
+    double lastA[kMaxThreads]; // "A" at the first evaluation, and then at each evaluation in the two change modes
     int mode;
-    velm::ScalarParameter passed, a, b;
-    HostChannelGroup *group;
-    HostPanel *panel;
-    HostNode *node;
-    HostInput *modeInput, *in, *aInput, *bInput;
+    ScalarParameter passed, a, b;
+};
+struct Connections {
     HostOutput *out;
 };
 
-using velm::Relation;
-
-// How A compares with its last value, and then with B, where the node is to hold.
+// The relations under which the node holds: of A to its last value, and then of A to B.
 constexpr Relation changeHolds[] = {Relation::notEqual, Relation::equal};
 constexpr Relation bHolds[] = {Relation::equal, Relation::notEqual,       Relation::greater,
                                Relation::less,  Relation::greaterOrEqual, Relation::lessOrEqual};
@@ -54,48 +49,43 @@ constexpr const char *modeStrings[kModes + 1] = {
     "A Less Than Or Equal To B",
 };
 
-// "B" matters only to the modes that compare A with it.
-constexpr velm::EnableStates valueBEnableStates = {0, 0, 1, 1, 1, 1, 1, 1};
-
-enum Control : unsigned int { kMode = velm::kFirstControl, kInput, kA, kB };
+// "B" matters only in the modes that compare A with it.
+constexpr EnableStates valueBEnableStates = {0, 0, 1, 1, 1, 1, 1, 1};
 
 #define AT(field) offsetof(HoldValue, field)
-constexpr velm::Parameter parameters[] = {
-    velm::popup(kMode, "Mode", modeStrings).at(AT(mode)).input(AT(modeInput)),
-    velm::number(kInput, "Input").at(AT(passed)).starting(1.0).input(AT(in), "In"),
-    velm::number(kA, "A").at(AT(a)).input(AT(aInput)),
-    velm::number(kB, "B").at(AT(b)).input(AT(bInput)),
+constexpr Parameter parameters[] = {
+    popup(AT(mode), "Mode", modeStrings).input(),
+    number(AT(passed), "Input").starting(1.0).input("In"),
+    number(AT(a), "A").input(),
+    number(AT(b), "B").input(),
 };
 
-constexpr velm::Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = AT(out)}};
+constexpr Output outputs[] = {{.name = "Out", .type = kConnectScalar, .field = offsetof(Connections, out)}};
 
-constexpr auto layout = velm::joinHints(velm::enableHint(kMode, nullptr, &valueBEnableStates, kB));
+using Instance = InstanceRecord<HoldValue, inputCount(parameters), Connections>;
 
-constexpr velm::NodeUnit unit = {
+#define ID(field) controlOf(parameters, AT(field))
+constexpr auto layout = joinHints(enableHint(ID(mode), nullptr, &valueBEnableStates, ID(b)));
+
+constexpr NodeClass nodeClass = {
     .name = "Hold Value",
-    .size = sizeof(HoldValue),
     .colour = nodeColor,
     .previewType = kPreviewOff,
     .services = &services,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record = layoutOf<Instance>,
     .freshFlags = AT(fresh),
 };
-#undef AT
 
-} // namespace
+void HoldValue_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+    const ParameterInputs<nodeClass> inputs(instance, sample);
+    const int mode = inputs.choice<AT(mode)>(kModes);
+    const double passed = inputs.read<AT(passed)>();
+    const double a = inputs.read<AT(a)>();
+    const double b = inputs.read<AT(b)>();
 
-static void HoldValue_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    auto &self = *static_cast<HoldValue *>(instance);
-    const velm::Inputs inputs(services, sample);
-    const int mode = inputs.readChoice(self.mode, self.modeInput, kModes);
-    const double passed = inputs.read(self.passed, self.in);
-    const double a = inputs.read(self.a, self.aInput);
-    const double b = inputs.read(self.b, self.bInput);
-
+    auto &self = static_cast<Instance *>(instance)->fields;
     const int thread = sample->threadIndex;
     double &held = self.held[thread];
     double &lastA = self.lastA[thread];
@@ -113,6 +103,10 @@ static void HoldValue_Evaluate(void *instance, ShadingSample *sample, HostOutput
     services.nodeOutputFunc->setValue(value, &held);
 }
 
-VELM_DEFINE_TAGS(HoldValue, unit, "Velm's Nodes/Math")
-VELM_DEFINE_NODE(HoldValue, unit)
-VELM_DEFINE_PANEL(HoldValue, unit, parameters, layout)
+} // namespace
+
+VELM_DEFINE_TAGS(HoldValue, nodeClass, "Velm's Nodes/Math")
+VELM_DEFINE_NODE(HoldValue, nodeClass)
+VELM_DEFINE_PANEL(HoldValue, nodeClass, parameters, layout)
+
+} // namespace velm::plugin

@@ -1,30 +1,33 @@
-// Render Cam: the scene as a chosen camera sees it, laid on a surface through a UV map, as on a monitor.
+// Render Cam: what does a camera of the scene see, as on a monitor? Shows its picture on a surface through a UV map.
 //
-// Each sample's place on the map is a place on the camera's film; the ray through it is traced, and its colour goes
-// through the camera's filter. The unit is complete, and deliberately not listed among the module's servers, so that
-// no host can create it.
+// A sample's coordinates on the map are coordinates on the camera's film. The ray through this point is traced, and its
+// colour goes through the camera's filter. The node is complete and deliberately not listed among the module's servers,
+// so that no host can create it.
 //
-// Odd on purpose: pure green tells that the node cannot work (no camera, or a sample off the map), yellow that the
-// trace left no colour; the filter is applied in place, so that its later rows see components already filtered; and
-// loading a scene brings back the two choices but not the camera behind them, until the panel sets them again.
+// Odd on purpose: pure green means that the node cannot work (no camera, or a sample off the map), and yellow that the
+// trace left no colour; the filter is applied in place, so that its later rows use components that are already
+// filtered; and loading a scene restores the two choices but not the camera behind them, until the panel sets them
+// again.
 #include "module/panel.h"
-#include "module/rays.h"
 #include "module/rows.h"
+#include "shading/rays.h"
 
 #include <cstring>
+
+namespace velm::plugin {
 
 VELM_DECLARE_NODE(RenderCam);
 VELM_DECLARE_PANEL(RenderCam);
 
-static velm::NodeServices services;
-static const HostNodeUtilityFuncs *nodeutilf;
-static const HostSceneObjects *objfunc;
-static const HostItemInfo *iteminfo; // null, as the next two, in an application without scene cameras
-static const HostCameraEvaluation *camevalfuncs;
-static const HostCameraInfo *caminfo;
-static constexpr int nodeColor[3] = {164, 50, 10};
-
 namespace {
+
+NodeServices services;
+const HostNodeUtilityFuncs *nodeutilf;
+const HostSceneObjects *objfunc;
+const HostItemInfo *iteminfo; // null, as the next two, in the modelling application
+const HostCameraEvaluation *camevalfuncs;
+const HostCameraInfo *caminfo;
+constexpr int nodeColor[3] = {164, 50, 10};
 
 constexpr size_t kNameSize = 256;
 
@@ -57,7 +60,7 @@ int popCnt_CAMERA(void *) {
     return count;
 }
 
-// The index-th camera of the scene, from 1; null for 0, and where the list ends before.
+// The camera of a popup index, from 1. Null for 0 and beyond the end of the list.
 HostItem *cameraID(int index) {
     if (index == 0) return nullptr;
     HostItem *camera = firstCamera();
@@ -72,17 +75,22 @@ const char *popName_CAMERA(void *, int index) {
     return camera ? iteminfo->name(camera) : "(error)";
 }
 
-enum Control : unsigned int { kUvMap = velm::kFirstControl, kCamera };
+#define AT(field) offsetof(RenderCam, field)
+constexpr Parameter parameters[] = {
+    popup(AT(uvMapIndex), "UV Map").entries(popCnt_VMAP, popName_VMAP),
+    popup(AT(cameraIndex), "Camera").entries(popCnt_CAMERA, popName_CAMERA),
+};
 
+#define ID(field) controlOf(parameters, AT(field))
 int setValue(void *instance, unsigned int id, void *value) {
     auto &self = *static_cast<RenderCam *>(instance);
-    if (id == kUvMap) {
+    if (id == ID(uvMapIndex)) {
         self.uvMapIndex = *static_cast<const int *>(value);
         const char *name = popName_VMAP(nullptr, self.uvMapIndex);
         std::strncpy(self.uvMapName, name ? name : "", kNameSize - 1);
         return kSetDefault;
     }
-    if (id == kCamera) {
+    if (id == ID(cameraIndex)) {
         self.cameraIndex = *static_cast<const int *>(value);
         self.camera = cameraID(self.cameraIndex);
         return kSetDefault;
@@ -120,43 +128,34 @@ HostError newTime(void *instance, int frame, double time) {
     return nullptr;
 }
 
-#define AT(field) offsetof(RenderCam, field)
-constexpr velm::Parameter parameters[] = {
-    velm::popup(kUvMap, "UV Map").at(AT(uvMapIndex)).entries(popCnt_VMAP, popName_VMAP),
-    velm::popup(kCamera, "Camera").at(AT(cameraIndex)).entries(popCnt_CAMERA, popName_CAMERA),
-};
+constexpr Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(output)}};
 
-constexpr velm::Output outputs[] = {{.name = "Color", .type = kConnectColour, .field = AT(output)}};
-
-using Rule = velm::FurtherService::Rule;
-constexpr velm::FurtherService furtherServices[] = {
-    {.name = HOST_NODE_UTILITY_FUNCS, .store = velm::storeIn<nodeutilf>},
-    {.name = HOST_SCENE_OBJECTS, .store = velm::storeIn<objfunc>},
+using Rule = FurtherService::Rule;
+constexpr FurtherService furtherServices[] = {
+    {.name = HOST_NODE_UTILITY_FUNCS, .store = storeIn<nodeutilf>},
+    {.name = HOST_SCENE_OBJECTS, .store = storeIn<objfunc>},
     {.name = HOST_SYSTEM_ID, .rule = Rule::systemWord},
-    {.name = HOST_ITEM_INFO, .rule = Rule::unlessModelling, .store = velm::storeIn<iteminfo>},
-    {.name = HOST_CAMERA_EVALUATION, .rule = Rule::unlessModelling, .store = velm::storeIn<camevalfuncs>},
-    {.name = HOST_CAMERA_INFO, .rule = Rule::unlessModelling, .store = velm::storeIn<caminfo>},
+    {.name = HOST_ITEM_INFO, .rule = Rule::unlessModelling, .store = storeIn<iteminfo>},
+    {.name = HOST_CAMERA_EVALUATION, .rule = Rule::unlessModelling, .store = storeIn<camevalfuncs>},
+    {.name = HOST_CAMERA_INFO, .rule = Rule::unlessModelling, .store = storeIn<caminfo>},
 };
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Render Cam",
-    .size = sizeof(RenderCam),
     .colour = nodeColor,
     .services = &services,
     .furtherServices = furtherServices,
     .parameters = parameters,
     .outputs = outputs,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record = {.size = sizeof(RenderCam), .node = AT(node), .panel = AT(panel), .group = AT(group)},
     .init = init,
     .cleanup = cleanup,
     .newTime = newTime,
     .setValue = setValue,
 };
-#undef AT
 
-// The colour that the camera sees at (u, v) of its picture; what is in `colour` where its ray brings none.
+// Stores the colour that the camera sees at (u, v) of its picture, from 0 to 1. If its ray brings none, `colour` keeps
+// what it has, filtered if there is a ray.
 void seenAt(const RenderCam &self, const ShadingSample &sample, double u, double v, double colour[3]) {
     double width = 0, height = 0;
     caminfo->filmSize(self.camera, &width, &height);
@@ -165,15 +164,13 @@ void seenAt(const RenderCam &self, const ShadingSample &sample, double u, double
     if (!camevalfuncs->evaluate(self.evaluator, (u - 0.5) * width, (v - 0.5) * height, 2 * u - 1, 2 * v - 1,
                                 timeFraction, &ray))
         return;
-    velm::traceRay(sample, ray.origin, ray.direction, colour, sample.refractionIndex,
-                   kTraceMayHitOwnPolygon | kTraceReflection);
+    traceRay(sample, ray.origin, ray.direction, colour, sample.refractionIndex,
+             kTraceMayHitOwnPolygon | kTraceReflection);
     for (int row = 0; row < 3; ++row)
         colour[row] = colour[0] * ray.filter[row][0] + colour[1] * ray.filter[row][1] + colour[2] * ray.filter[row][2];
 }
 
-} // namespace
-
-static void RenderCam_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
+void RenderCam_Evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     const auto &self = *static_cast<const RenderCam *>(instance);
     double colour[3] = {0, 1, 0};
     double u = 0, v = 0;
@@ -185,5 +182,9 @@ static void RenderCam_Evaluate(void *instance, ShadingSample *sample, HostOutput
     services.nodeOutputFunc->setValue(value, colour);
 }
 
-VELM_DEFINE_NODE(RenderCam, unit)
-VELM_DEFINE_PANEL(RenderCam, unit, parameters, velm::kPlainLayout)
+} // namespace
+
+VELM_DEFINE_NODE(RenderCam, nodeClass)
+VELM_DEFINE_PANEL(RenderCam, nodeClass, parameters, kPlainLayout)
+
+} // namespace velm::plugin

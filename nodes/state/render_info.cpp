@@ -1,22 +1,20 @@
-// Render Info: facts about the running render, as whole numbers: the sample's pixel, the frame range, the frame, how
-// many frames have been rendered, and how often a ray may bounce.
+// Render Info: which pixel of which frame is this? Facts about the running render, as integers: the sample's pixel, the
+// frame range, the frame, the number of frames rendered so far, and how often a ray may bounce.
 //
 // The node has no settings and no panel. Before the first render, as in a preview, the scene's facts are 0. A frame
 // that is rendered twice in a row counts once.
-#include "module/node.h"
+#include "module/servers.h"
 
-VELM_DECLARE_TAGS(RenderInfo);
-VELM_DECLARE_NODE(RenderInfo);
-
-static velm::NodeServices services;
-static const HostSceneInfo *sceneinfo; // looked up anew whenever a render starts
-static constexpr int nodeColor[3] = {164, 50, 10};
-
+namespace velm::plugin {
 namespace {
 
+NodeServices services;
+const HostSceneInfo *sceneinfo; // looked up anew whenever a render starts
+constexpr int nodeColor[3] = {164, 50, 10};
+
 struct RenderInfo {
-    int newRender; // 1 until the first frame after creation or the start of a render
-    HostLookup *lookup;
+    int newRender;      // 1 until the first frame after creation or the start of a render
+    HostLookup *lookup; // the host's, of Create
     int currentFrame;
     int renderedFrames;
     HostNode *node;
@@ -24,7 +22,7 @@ struct RenderInfo {
 };
 
 #define AT(field) offsetof(RenderInfo, field)
-constexpr velm::Output outputs[] = {
+constexpr Output outputs[] = {
     {.name = "Render X", .type = kConnectInteger, .field = AT(renderX)},
     {.name = "Render Y", .type = kConnectInteger, .field = AT(renderY)},
     {.name = "Start Frame", .type = kConnectInteger, .field = AT(startFrame)},
@@ -62,22 +60,20 @@ HostError newTime(void *instance, int frame, double) {
     return nullptr;
 }
 
-constexpr velm::NodeUnit unit = {
+constexpr NodeClass nodeClass = {
     .name = "Render Info",
-    .size = sizeof(RenderInfo),
     .colour = nodeColor,
     .previewType = kPreviewOff,
     .fetchesParameterServices = false,
     .services = &services,
     .outputs = outputs,
-    .node = AT(node),
+    .record = {.size = sizeof(RenderInfo), .node = AT(node)},
     .prepare = prepare,
     .init = init,
     .newTime = newTime,
 };
-#undef AT
 
-// Leaves the number that an output gives in `result`; false for an output that is none of the node's.
+// Stores the number of an output in `result`. False if the output is not one of this node.
 bool fact(const RenderInfo &self, const ShadingSample &sample, const HostOutput *output, int &result) {
     const auto scene = [](int HostSceneInfo::*member) { return sceneinfo ? sceneinfo->*member : 0; };
     if (output == self.renderX)
@@ -99,13 +95,15 @@ bool fact(const RenderInfo &self, const ShadingSample &sample, const HostOutput 
     return true;
 }
 
-} // namespace
-
-static void RenderInfo_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
+void RenderInfo_Evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     int result = 0;
     if (fact(*static_cast<const RenderInfo *>(instance), *sample, output, result))
         services.nodeOutputFunc->setValue(value, &result);
 }
 
-VELM_DEFINE_TAGS(RenderInfo, unit, "Velm's Nodes/Info")
-VELM_DEFINE_NODE(RenderInfo, unit)
+} // namespace
+
+VELM_DEFINE_TAGS(RenderInfo, nodeClass, "Velm's Nodes/Info")
+VELM_DEFINE_NODE(RenderInfo, nodeClass)
+
+} // namespace velm::plugin

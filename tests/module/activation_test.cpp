@@ -1,12 +1,14 @@
-// Activation: what is looked up and in which order, what each missing service does, and what of the host's records is
-// filled. Node classes and their panels.
+// Activation of node classes and their panels: the services that are looked up and their order, the effect of each
+// missing service, and the fields of the host's records that are filled.
+#include "module/servers.h"
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -42,9 +44,9 @@ struct HandlerRecord {
     }
 };
 
-// A node class, and what it looks up between the node services and the parameter services.
+// A node class, and the services that it looks up between the node services and the parameter services.
 struct Class {
-    const char *server; // or the name of a class made up for these tests
+    std::string server; // or the name of a class made up for these tests
     Lines further = {};
     bool parameters = true;
 };
@@ -52,27 +54,24 @@ struct Class {
 const Lines kScene = {"lookup System ID", "lookup LW Backdrop Info 2", "lookup LW Time Info"};
 const Lines kImages = {"lookup LW Image List 5", "lookup NodeUtilityFuncs", "lookup File Request 2"};
 
-const Class kClasses[] = {
-    {.server = "Everything", .further = joined({{"lookup LW Image List 5", "lookup File Request 2"}, kScene})},
-    {.server = "Bare", .parameters = false},
-    {.server = "Velm Advanced RayTrace"},
-    {.server = "Velm Ambient Occlusion", .further = kScene},
-    {.server = "Velm Counter"},
-    {.server = "Velm Exponential Decay (Color)"},
-    {.server = "Velm Exponential Decay (Scalar)"},
-    {.server = "Velm Gaussian Reflections", .further = joined({kImages, kScene})},
-    {.server = "Velm Gaussian Refractions", .further = joined({kImages, kScene})},
-    {.server = "Velm Get Material"},
-    {.server = "Velm Group Node", .further = {"lookup NodeUtilityFuncs"}},
-    {.server = "Velm Hold Value"},
-    {.server = "Velm Pixel Image", .further = kImages},
-    {.server = "Velm Render Info", .parameters = false},
-    {.server = "Velm Random"},
-    {.server = "Velm RayShade"},
-    {.server = "Velm Sqrt"},
-    {.server = "Velm Store Material"},
-    {.server = "Velm Take Samples"},
-};
+// Two classes made up for these tests, and every node of the module. Those that are not listed here look up the node
+// services and the parameter services, and nothing else.
+std::vector<Class> allClasses() {
+    std::vector<Class> classes = {
+        {.server = "Everything", .further = joined({{"lookup LW Image List 5", "lookup File Request 2"}, kScene})},
+        {.server = "Bare", .parameters = false},
+        {.server = "Velm Ambient Occlusion", .further = kScene},
+        {.server = "Velm Gaussian Reflections", .further = joined({kImages, kScene})},
+        {.server = "Velm Gaussian Refractions", .further = joined({kImages, kScene})},
+        {.server = "Velm Group Node", .further = {"lookup NodeUtilityFuncs"}},
+        {.server = "Velm Pixel Image", .further = kImages},
+        {.server = "Velm Render Info", .parameters = false},
+    };
+    for (const HostServer *server = ServerDesc; server->className; server += 2)
+        if (std::ranges::find(classes, std::string(server->name), &Class::server) == classes.end())
+            classes.push_back({.server = server->name});
+    return classes;
+}
 
 HostActivate *handlerOf(const std::string &server) {
     if (server == "Everything") return Everything_Activate;
@@ -99,7 +98,7 @@ class Activation : public testing::TestWithParam<Class> {
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Classes, Activation, testing::ValuesIn(kClasses),
+INSTANTIATE_TEST_SUITE_P(Classes, Activation, testing::ValuesIn(allClasses()),
                          [](const auto &row) { return plain(row.param.server); });
 
 TEST_P(Activation, RefusesOtherVersionsAndTouchesNothing) {
@@ -113,7 +112,7 @@ TEST_P(Activation, RefusesOtherVersionsAndTouchesNothing) {
 TEST_P(Activation, LooksItsServicesUpInOrder) {
     EXPECT_EQ(activate(), 0);
     Lines log = host.takeLog();
-    if (std::string("Everything") == tested.server) {
+    if (tested.server == "Everything") {
         EXPECT_EQ(log.back(), "hook activated") << "once all services are there";
         log.pop_back();
     }
@@ -267,12 +266,21 @@ TEST(SceneServices, AServiceForAllIsNeededInEveryApplication) {
 
 // ---- Panels ----
 
-class PanelActivation : public testing::TestWithParam<const char *> {
+// Every class with a panel, except the one whose nodes need a host with node editors.
+std::vector<std::string> classesWithPanels() {
+    std::vector<std::string> names = {"Everything"};
+    for (const HostServer *server = ServerDesc; server->className; ++server)
+        if (server->className == std::string(HOST_CLASS_NODE_INTERFACE) && server->activate &&
+            server->name != std::string("Velm Group Node"))
+            names.emplace_back(server->name);
+    return names;
+}
+
+class PanelActivation : public testing::TestWithParam<std::string> {
   protected:
     FakeHost host;
-    HostActivate *interface = std::string("Everything") == GetParam()
-                                  ? Everything_Interface
-                                  : activationOf(HOST_CLASS_NODE_INTERFACE, GetParam());
+    HostActivate *interface =
+        GetParam() == "Everything" ? Everything_Interface : activationOf(HOST_CLASS_NODE_INTERFACE, GetParam().c_str());
     TestNode node{host, handlerOf(GetParam()), interface};
     char mark = 0;
     HostNodeInterface record = {.instance = node.instance,
@@ -289,13 +297,7 @@ class PanelActivation : public testing::TestWithParam<const char *> {
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Classes, PanelActivation,
-                         testing::Values("Everything", "Velm Advanced RayTrace", "Velm Ambient Occlusion",
-                                         "Velm Counter", "Velm Exponential Decay (Color)",
-                                         "Velm Exponential Decay (Scalar)", "Velm Gaussian Reflections",
-                                         "Velm Gaussian Refractions", "Velm Get Material", "Velm Hold Value",
-                                         "Velm Pixel Image", "Velm Random", "Velm RayShade", "Velm Sqrt",
-                                         "Velm Store Material", "Velm Take Samples"),
+INSTANTIATE_TEST_SUITE_P(Classes, PanelActivation, testing::ValuesIn(classesWithPanels()),
                          [](const auto &row) { return plain(row.param); });
 
 TEST_P(PanelActivation, RefusesOtherVersionsAndTouchesNothing) {
@@ -345,4 +347,4 @@ TEST_P(PanelActivation, SucceedsWithoutAPanelWhereThereIsNoInstance) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

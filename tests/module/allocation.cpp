@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 bool failing = false;
@@ -36,4 +36,4 @@ void __wrap_free(void *memory) {
 
 } // extern "C"
 
-} // namespace velm
+} // namespace velm::plugin

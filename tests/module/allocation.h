@@ -1,7 +1,7 @@
 // The allocations of instances, watched: the test program wraps calloc and free.
 #pragma once
 
-namespace velm {
+namespace velm::plugin {
 
 // Makes the next calloc of this program give null.
 void failNextAllocation();
@@ -13,4 +13,4 @@ struct LastAllocation {
 };
 LastAllocation lastAllocation();
 
-} // namespace velm
+} // namespace velm::plugin

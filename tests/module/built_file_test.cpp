@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 bool startsWith(const std::string &text, const char *start) { return text.rfind(start, 0) == 0; }
@@ -73,4 +73,4 @@ TEST(BuiltFile, IsBoundWhenItIsOpenedAndReadOnlyThen) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

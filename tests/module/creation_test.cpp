@@ -1,12 +1,12 @@
 // Creating and destroying instances: every call on the host in its order, what a failure leaves behind.
 #include "tests/module/allocation.h"
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <array>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -52,8 +52,8 @@ const Lines kEverythingCreation = {
     "setUpParm Tint in Everything's Channels",
     "setParm Tint 0.5 0.5 0.5",
     "createParm 32 -1",
-    "setUpParm Late in Everything's Channels",
-    "setParm Late 0.25",
+    "setUpParm Last in Everything's Channels",
+    "setParm Last 0.25",
     "createParm 1 -1",
     "setUpParm Normal in Everything's Channels",
     "setParm Normal 0 1 0",
@@ -63,7 +63,7 @@ const Lines kEverythingCreation = {
     "createInput Place 3",
     "createInput Tint 1",
     "createInput Function 5",
-    "createInput Late 2",
+    "createInput Last 2",
     "createInput Normal 3",
     "createOutput Color 1",
     "createOutput Word 4",
@@ -136,12 +136,15 @@ TEST_F(Creation, KeepsHandlesWhereTheTablesSay) {
     EXPECT_EQ(self.group->name, "Everything's Channels");
     EXPECT_EQ(self.group->parent, node.node.group);
     EXPECT_EQ(self.level.parm, &node.parm("Level Channel"));
-    EXPECT_EQ(self.late.parm, &node.parm("Late"));
+    EXPECT_EQ(self.last.parm, &node.parm("Last"));
     EXPECT_EQ(self.tint.parm, &node.parm("Tint"));
     EXPECT_EQ(self.normal.parm, &node.parm("Normal"));
     EXPECT_EQ(self.kindInput, &node.input("Kind"));
     EXPECT_EQ(self.countInput, &node.input("Number"));
     EXPECT_EQ(self.levelInput, &node.input("In"));
+    EXPECT_EQ(self.placeInput, &node.input("Place"));
+    EXPECT_EQ(self.tintInput, &node.input("Tint"));
+    EXPECT_EQ(self.lastInput, &node.input("Last"));
     EXPECT_EQ(self.normalInput, &node.input("Normal"));
     EXPECT_EQ(self.functionInput, &node.input("Function"));
     EXPECT_EQ(self.colourOutput, &node.output("Color"));
@@ -156,7 +159,7 @@ TEST_F(Creation, StartsWithDefaultsAndZeros) {
     EXPECT_EQ(self.on, 1);
     EXPECT_STREQ(self.name, "");
     EXPECT_EQ(self.level.value, 1.5);
-    EXPECT_EQ(self.late.value, 0.25);
+    EXPECT_EQ(self.last.value, 0.25);
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(self.place.value[i], 0);
         EXPECT_EQ(self.tint.value[i], 0.5);
@@ -229,7 +232,7 @@ TEST_F(Creation, DestroysWhatItKeepsAndLeavesTheRestToTheHost) {
     void *instance = ops.create(ops.priv, &host.addNode("node"), &error);
     host.takeLog();
     ops.destroy(instance);
-    EXPECT_EQ(host.takeLog(), (Lines{"hook destroying", "destroyParm Level Channel", "destroyParm Late",
+    EXPECT_EQ(host.takeLog(), (Lines{"hook destroying", "destroyParm Level Channel", "destroyParm Last",
                                      "destroyParm Place", "destroyParm Tint"}))
         << "neither the bare triple nor the group nor a panel";
     EXPECT_TRUE(lastAllocation().freed);
@@ -265,4 +268,4 @@ TEST_F(Creation, OneParameterCanBeMadeOnItsOwn) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace velm {
+namespace velm::plugin {
 
 template <class Record>
 std::span<const Record> ElfFile::at(size_t offset, size_t count) const {
@@ -86,4 +86,4 @@ bool ElfFile::hasReadOnlyRelocations() const {
     return false;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 
 class ElfFile {
   public:
@@ -39,4 +39,4 @@ class ElfFile {
     std::vector<Symbol> symbolsOf(unsigned int sectionType, bool locals) const;
 };
 
-} // namespace velm
+} // namespace velm::plugin

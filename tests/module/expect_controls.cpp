@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 
 void expectControls(const HostPanel &panel, std::span<const Control> expected) {
     const HostPanelValue *value = panel.values;
@@ -33,4 +33,4 @@ void expectControls(const HostPanel &panel, std::span<const Control> expected) {
     EXPECT_EQ(value->type, nullptr);
 }
 
-} // namespace velm
+} // namespace velm::plugin

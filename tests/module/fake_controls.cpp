@@ -2,7 +2,7 @@
 
 #include "tests/module/hint_list.h"
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 FakeControls *currentControls = nullptr;
@@ -57,4 +57,4 @@ int FakeControls::notify(HostPanel *panel, unsigned int id, int event) {
     return hintsWith(kHintChangeNotify, panel->hints).at(0).arguments[0].change(panel, id, id, event);
 }
 
-} // namespace velm
+} // namespace velm::plugin

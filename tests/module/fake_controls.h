@@ -15,7 +15,7 @@ struct HostDrawArea {
     std::vector<std::array<int, 7>> boxes = {}; // red, green, blue, left, top, width, height
 };
 
-namespace velm {
+namespace velm::plugin {
 
 // Stands beside a FakeHost, and notes its calls in that host's log. One at a time.
 class FakeControls {
@@ -43,4 +43,4 @@ int activatedWith(int version, HostLookup *, void *local, void *serverData) {
     return activate(version, lookup, local, serverData);
 }
 
-} // namespace velm
+} // namespace velm::plugin

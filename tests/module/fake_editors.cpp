@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 FakeEditors *currentEditors = nullptr;
@@ -124,4 +124,4 @@ void *FakeEditors::lookup(const char *service, int use) {
     return &outputs;
 }
 
-} // namespace velm
+} // namespace velm::plugin

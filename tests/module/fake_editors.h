@@ -14,7 +14,7 @@ struct HostNodeEditor {
     bool destroyed = false;
 };
 
-namespace velm {
+namespace velm::plugin {
 
 // Stands beside a FakeHost, and notes its calls in that host's log. One at a time.
 class FakeEditors {
@@ -35,4 +35,4 @@ class FakeEditors {
     double extent[3] = {2, 3, 4};             // of every node
 };
 
-} // namespace velm
+} // namespace velm::plugin

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <utility>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 FakeHost *currentHost = nullptr;
@@ -266,4 +266,4 @@ int FakeHost::liveParms() const {
         std::count_if(parms.begin(), parms.end(), [](const HostVParm &parm) { return !parm.destroyed; }));
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -69,7 +69,7 @@ struct HostPanel {
     std::map<unsigned int, void *> data = {};
 };
 
-namespace velm {
+namespace velm::plugin {
 
 // One at a time: the services, which are plain functions, find it through `current`. Inputs may be evaluated and values
 // set by several threads; everything else is for the test's own thread.
@@ -123,4 +123,4 @@ class FakeHost {
     std::vector<std::string> log_;
 };
 
-} // namespace velm
+} // namespace velm::plugin

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <stdexcept>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 FakeImages *currentImages = nullptr;
@@ -122,4 +122,4 @@ void FakeImages::add(int count) {
     for (int i = 0; i < count; ++i) add("picture" + std::to_string(list.size() + 1));
 }
 
-} // namespace velm
+} // namespace velm::plugin

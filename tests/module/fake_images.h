@@ -14,7 +14,7 @@ struct HostImage {
     std::function<std::array<float, 3>(int x, int y)> pixel = {}; // empty: its column, its row and a half
 };
 
-namespace velm {
+namespace velm::plugin {
 
 // Stands beside a FakeHost, and notes its calls in that host's log. One at a time. The null image is 0 by 0, and to
 // read a pixel of it is a mistake that ends the test.
@@ -46,4 +46,4 @@ class FakeImages {
     // colour (u, v, spot size); blending gives top + 10 bottom + 100 opacity + 1000 mode in each component.
 };
 
-} // namespace velm
+} // namespace velm::plugin

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 FakeScene *currentScene = nullptr;
@@ -150,4 +150,4 @@ ShadingSample FakeRays::sample() const {
     return sample;
 }
 
-} // namespace velm
+} // namespace velm::plugin

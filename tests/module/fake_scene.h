@@ -18,7 +18,7 @@ struct HostCameraEvaluator {
     bool destroyed = false;
 };
 
-namespace velm {
+namespace velm::plugin {
 
 // Stands beside a FakeHost, and notes its calls in that host's log. One at a time.
 class FakeScene {
@@ -71,4 +71,4 @@ class FakeRays {
     ShadingSample sample() const;
 };
 
-} // namespace velm
+} // namespace velm::plugin

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <stdexcept>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 struct Form {
@@ -96,4 +96,4 @@ std::vector<std::string> entriesOf(const HostPanel &panel, unsigned int id) {
     return entries;
 }
 
-} // namespace velm
+} // namespace velm::plugin

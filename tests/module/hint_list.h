@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 
 struct Hint {
     HostWord tag;
@@ -38,4 +38,4 @@ struct Control {
 // Expects a panel to have these controls and values, in this order, and no others.
 void expectControls(const HostPanel &panel, std::span<const Control> expected);
 
-} // namespace velm
+} // namespace velm::plugin

@@ -1,12 +1,12 @@
 // The life of an instance between its creation and its end: copying, the start and end of a render, new frames, and
 // what a change of a connection sets off.
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -46,7 +46,7 @@ TEST_F(Lifecycle, CopiesSettingsAndNothingElse) {
 
     EXPECT_EQ(to.ops.copy(to.instance, from.instance), nullptr);
     EXPECT_EQ(host.takeLog(),
-              (Lines{"copyParm to/Level Channel <- from/Level Channel", "copyParm to/Late <- from/Late",
+              (Lines{"copyParm to/Level Channel <- from/Level Channel", "copyParm to/Last <- from/Last",
                      "copyParm to/Place <- from/Place", "copyParm to/Tint <- from/Tint", "hook copied"}));
     EXPECT_EQ(everything(to).kind, 1);
     EXPECT_EQ(everything(to).count, 70000) << "all 32 bits";
@@ -113,12 +113,12 @@ TEST_F(Lifecycle, AFrameStoresWhatItReads) {
     };
     for (int &fresh : everything(node).fresh) fresh = 0;
     EXPECT_EQ(node.render.newTime(node.instance, 7, 0.5), nullptr);
-    EXPECT_EQ(host.takeLog(), (Lines{"getParm Level Channel at 0.5", "getParm Late at 0.5", "getParm Place at 0.5",
+    EXPECT_EQ(host.takeLog(), (Lines{"getParm Level Channel at 0.5", "getParm Last at 0.5", "getParm Place at 0.5",
                                      "getParm Tint at 0.5", "hook newTime 7 0.5"}))
         << "not the bare triple";
     EXPECT_EQ(everything(node).level.value, 5.0);
     EXPECT_EQ(everything(node).level.parm, &node.parm("Level Channel")) << "one component does not spill over";
-    EXPECT_EQ(everything(node).late.parm, &node.parm("Late"));
+    EXPECT_EQ(everything(node).last.parm, &node.parm("Last"));
     for (int i = 0; i < 3; ++i) EXPECT_EQ(everything(node).tint.value[i], 0.5 + i);
     for (const int fresh : everything(node).fresh) EXPECT_EQ(fresh, 0) << "counts go on from frame to frame";
 }
@@ -126,7 +126,7 @@ TEST_F(Lifecycle, AFrameStoresWhatItReads) {
 TEST_F(Lifecycle, ValuesCanBeReadOnTheirOwn) {
     TestNode node(host, Everything_Activate, nullptr);
     Everything_get_vpValues(node.instance, 1.25);
-    EXPECT_EQ(host.takeLog(), (Lines{"getParm Level Channel at 1.25", "getParm Late at 1.25", "getParm Place at 1.25",
+    EXPECT_EQ(host.takeLog(), (Lines{"getParm Level Channel at 1.25", "getParm Last at 1.25", "getParm Place at 1.25",
                                      "getParm Tint at 1.25"}));
 }
 
@@ -239,4 +239,4 @@ TEST_F(InputEvent, IsWiredIntoTheModulesNodes) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

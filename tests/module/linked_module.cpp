@@ -7,7 +7,7 @@ extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
 }
 
-namespace velm {
+namespace velm::plugin {
 
 HostActivate *activationOf(const char *className, const char *serverName) {
     for (const HostServer *server = _mod_descrip.servers; server->className; ++server)
@@ -20,4 +20,4 @@ TestNode::TestNode(FakeHost &fakeHost, const char *serverName, const std::string
     : TestNode(fakeHost, activationOf(HOST_CLASS_NODE_HANDLER, serverName),
                activationOf(HOST_CLASS_NODE_INTERFACE, serverName), nodeName) {}
 
-} // namespace velm
+} // namespace velm::plugin

@@ -1,7 +1,6 @@
 // The functions that each unit shows to the rest of the module, under its own name: they are those that the host gets
 // to know through the server table and the panel.
-#include "module/node.h"
-#include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/fake_editors.h"
 #include "tests/module/fake_scene.h"
 #include "tests/module/hint_list.h"
@@ -10,44 +9,16 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#define UNITS_WITH_PANELS(UNIT)                                                                                        \
-    UNIT(AdvRayTrace, "Velm Advanced RayTrace")                                                                        \
-    UNIT(AmbientOcclusion, "Velm Ambient Occlusion")                                                                   \
-    UNIT(Counter, "Velm Counter")                                                                                      \
-    UNIT(ExpDecayColor, "Velm Exponential Decay (Color)")                                                              \
-    UNIT(ExpDecayScalar, "Velm Exponential Decay (Scalar)")                                                            \
-    UNIT(GaussianReflections, "Velm Gaussian Reflections")                                                             \
-    UNIT(GaussianRefractions, "Velm Gaussian Refractions")                                                             \
-    UNIT(GetMaterial, "Velm Get Material")                                                                             \
-    UNIT(GroupNode, "Velm Group Node")                                                                                 \
-    UNIT(HoldValue, "Velm Hold Value")                                                                                 \
-    UNIT(PixelImage, "Velm Pixel Image")                                                                               \
-    UNIT(Random, "Velm Random")                                                                                        \
-    UNIT(RayShade, "Velm RayShade")                                                                                    \
-    UNIT(Sqrt, "Velm Sqrt")                                                                                            \
-    UNIT(StoreMaterial, "Velm Store Material")                                                                         \
-    UNIT(TakeSamples, "Velm Take Samples")
-
-#define DECLARE(Name, server)                                                                                          \
-    VELM_DECLARE_TAGS(Name);                                                                                           \
-    VELM_DECLARE_NODE(Name);                                                                                           \
-    VELM_DECLARE_PANEL(Name);
-UNITS_WITH_PANELS(DECLARE)
-#undef DECLARE
-VELM_DECLARE_TAGS(RenderInfo);
-VELM_DECLARE_NODE(RenderInfo);
-VELM_DECLARE_NODE(RenderCam); // neither a server nor tags
-VELM_DECLARE_PANEL(RenderCam);
-
-extern const HostServer ServerDesc[];
-void *Startup();
-void Shutdown(void *word);
-
 extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
 }
 
-namespace velm {
+namespace velm::plugin {
+
+// Neither a server nor tags.
+VELM_DECLARE_NODE(RenderCam);
+VELM_DECLARE_PANEL(RenderCam);
+
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -72,7 +43,8 @@ struct Names {
 #define PANEL_NAMES(Name)                                                                                              \
     .interface = Name##_Interface, .panel = Name##_get_xPanel, .get = Name##_ui_get, .set = Name##_ui_set,             \
     .changed = Name##_ui_chgnotify
-#define NAMES(Name, server) {NODE_NAMES(Name, server, Name##_ServerTags), PANEL_NAMES(Name)},
+#define WITH_PANEL(Name, server) {NODE_NAMES(Name, server, Name##_ServerTags), PANEL_NAMES(Name)},
+#define WITHOUT_PANEL(Name, server) {NODE_NAMES(Name, server, Name##_ServerTags)},
 
 // What the scene has, and editors of nested networks.
 void *lookup(const char *service, int use) {
@@ -80,8 +52,8 @@ void *lookup(const char *service, int use) {
                                                           : FakeScene::lookup(service, use);
 }
 
-const Names kUnits[] = {UNITS_WITH_PANELS(NAMES){NODE_NAMES(RenderInfo, "Velm Render Info", RenderInfo_ServerTags)},
-                        {NODE_NAMES(RenderCam, nullptr, nullptr), PANEL_NAMES(RenderCam)}};
+const Names kNodeClasses[] = {
+    VELM_SERVERS(WITH_PANEL, WITHOUT_PANEL){NODE_NAMES(RenderCam, nullptr, nullptr), PANEL_NAMES(RenderCam)}};
 
 // A node of each class, of a host that has all that creating one and showing its panel takes.
 class OutsideNames : public testing::TestWithParam<Names> {
@@ -113,7 +85,7 @@ class OutsideNames : public testing::TestWithParam<Names> {
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Units, OutsideNames, testing::ValuesIn(kUnits), [](const auto &row) {
+INSTANTIATE_TEST_SUITE_P(NodeClasses, OutsideNames, testing::ValuesIn(kNodeClasses), [](const auto &row) {
     std::string name = row.param.server ? row.param.server : "not listed";
     std::erase_if(name, [](char c) { return c == ' ' || c == '(' || c == ')'; });
     return name;
@@ -165,4 +137,4 @@ TEST(OutsideNamesOfTheModule, AreThoseOfTheDescriptor) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

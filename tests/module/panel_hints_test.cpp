@@ -2,7 +2,7 @@
 // word.
 #include "tests/module/hint_list.h"
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
 }
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -105,7 +105,7 @@ TEST_F(PanelHints, RowsBecomeControls) {
         {.id = 0x8003, .label = "Switch", .value = "integer", .control = "iBoolean"},
         {.id = 0x8004, .label = "Name", .value = "string", .control = "string"},
         {.id = 0x8005, .label = "Level", .value = "float-env", .control = "float-env"},
-        {.id = 0x8006, .label = "Late", .value = "percent-env", .control = "percent-env"},
+        {.id = 0x8006, .label = "Last", .value = "percent-env", .control = "percent-env"},
         {.id = 0x8007, .label = "Place", .value = "float3-env", .control = "float3-env"},
         {.id = 0x8008, .label = "Tint", .value = "color-env", .control = "color-env"},
         {.id = 0x8009, .label = "Image", .value = "integer", .control = "iPopChoice"},
@@ -192,4 +192,4 @@ TEST_F(PanelHints, ALimitBelowZeroKeepsItsSign) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

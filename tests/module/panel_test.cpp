@@ -1,10 +1,10 @@
 // Panels as the host uses them: how one is built, what its getter and setter give, what its notifications set off.
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -89,7 +89,7 @@ TEST_F(Panel, GetterGivesIntegersTextsAndParametersOfWhatIsNotConnected) {
     };
     const Row rows[] = {
         {0x8001, &self().kind},      {0x8002, &self().count},     {0x8003, &self().on},
-        {0x8004, &self().name},      {0x8005, self().level.parm}, {0x8006, self().late.parm},
+        {0x8004, &self().name},      {0x8005, self().level.parm}, {0x8006, self().last.parm},
         {0x8007, self().place.parm}, {0x8008, self().tint.parm},  {0x8009, &self().image},
         {0x800a, &self().ray},
     };
@@ -103,7 +103,7 @@ TEST_F(Panel, GetterGivesNothingForWhatIsConnected) {
         const char *input;
     };
     const Row rows[] = {{0x8001, "Kind"}, {0x8002, "Number"}, {0x8005, "In"},
-                        {0x8006, "Late"}, {0x8007, "Place"},  {0x8008, "Tint"}};
+                        {0x8006, "Last"}, {0x8007, "Place"},  {0x8008, "Tint"}};
     for (const Row &row : rows) {
         SCOPED_TRACE(row.input);
         const void *value = panel.get(node.instance, row.id);
@@ -119,7 +119,7 @@ TEST_F(Panel, GetterGivesNothingForWhatIsConnected) {
 
 TEST_F(Panel, GetterGivesWhatHasNoInputWhateverIsConnected) {
     HostPanel &panel = shown();
-    for (const char *input : {"Kind", "Number", "In", "Late", "Place", "Tint", "Normal", "Function"})
+    for (const char *input : {"Kind", "Number", "In", "Last", "Place", "Tint", "Normal", "Function"})
         node.connect(input, 1);
     EXPECT_EQ(panel.get(node.instance, 0x8003), &self().on);
     EXPECT_EQ(panel.get(node.instance, 0x8004), &self().name);
@@ -237,4 +237,4 @@ TEST_F(Panel, AConnectionGreysACountersControlAtOnce) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

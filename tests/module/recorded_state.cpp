@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Kind = RecordedState::Entry::Kind;
@@ -119,4 +119,4 @@ void RecordedState::skipToBlockEnd() {
     }
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 
 class RecordedState {
   public:
@@ -54,4 +54,4 @@ class RecordedState {
     void skipToBlockEnd();
 };
 
-} // namespace velm
+} // namespace velm::plugin

@@ -1,13 +1,13 @@
 // What nodes write into the host's files and read back: order, width, and what an error stops.
 #include "tests/module/recorded_state.h"
 #include "tests/module/test_node.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -141,7 +141,7 @@ TEST_F(SaveLoad, WritesIntegersThenTextsThenTheUnitsOwnThenParameters) {
     RecordedState state;
     EXPECT_EQ(node.ops.save(node.instance, state.save()), nullptr);
     EXPECT_EQ(state.lines(), (Lines{"I2 0", "I2 12", "I2 1", "I2 0", "I2 9", "I2 -6", "text Oak", "I2 4242",
-                                    "parm Level Channel", "parm Late", "parm Place", "parm Tint"}));
+                                    "parm Level Channel", "parm Last", "parm Place", "parm Tint"}));
 }
 
 TEST_F(SaveLoad, ReadsTheSameAndThenItsValues) {
@@ -154,8 +154,8 @@ TEST_F(SaveLoad, ReadsTheSameAndThenItsValues) {
     ASSERT_EQ(from.ops.save(from.instance, state.save()), nullptr);
     host.takeLog();
     EXPECT_EQ(to.ops.load(to.instance, state.load()), nullptr);
-    EXPECT_EQ(host.takeLog(), (Lines{"hook loadMore 4242", "loadParm Level Channel", "loadParm Late", "loadParm Place",
-                                     "loadParm Tint", "getParm Level Channel at 0", "getParm Late at 0",
+    EXPECT_EQ(host.takeLog(), (Lines{"hook loadMore 4242", "loadParm Level Channel", "loadParm Last", "loadParm Place",
+                                     "loadParm Tint", "getParm Level Channel at 0", "getParm Last at 0",
                                      "getParm Place at 0", "getParm Tint at 0", "hook loaded"}));
     EXPECT_EQ(everything(to).kind, 1);
     EXPECT_EQ(everything(to).on, 0);
@@ -303,4 +303,4 @@ TEST_F(SaveLoad, AnErrorInABlockStopsAtOnce) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

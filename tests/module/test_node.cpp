@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // The one of a list with this name; a test that asks for another has a mistake.
@@ -125,4 +125,4 @@ ShadingSample plainSample() {
     return sample;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -4,7 +4,7 @@
 
 #include "tests/module/fake_host.h"
 
-namespace velm {
+namespace velm::plugin {
 
 // The activation of a server of the module that is linked in, found through the descriptor; null when the server has
 // none.
@@ -63,4 +63,4 @@ class TestNode {
 // A sample at the origin of a scene without anything in it, its normals pointing up.
 ShadingSample plainSample();
 
-} // namespace velm
+} // namespace velm::plugin

@@ -1,8 +1,8 @@
 // Advanced RayTrace: the class, the ray that it traces, and its tagged blocks.
 #include "tests/nodes/node_frame.h"
 
-#include "module/node.h"
 #include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/fake_scene.h"
 #include "tests/module/hint_list.h"
 #include "tests/module/recorded_state.h"
@@ -11,10 +11,7 @@
 #include <array>
 #include <thread>
 
-VELM_DECLARE_NODE(AdvRayTrace);
-VELM_DECLARE_PANEL(AdvRayTrace);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr double kGrey = 0.78431;
@@ -382,4 +379,4 @@ TEST(AdvancedRayTraceThreaded, EveryThreadHasItsOwnRay) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <utility>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // Brings the settings to where all four colours and brightnesses differ.
@@ -396,4 +396,4 @@ TEST_F(OcclusionLimit, AppliesInEveryMode) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -8,7 +8,7 @@
 #include <numbers>
 #include <thread>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr double kRightAngle = std::numbers::pi / 2;
@@ -152,4 +152,4 @@ TEST_F(ThreadedAmbientOcclusion, EveryThreadGetsASoundAnswer) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

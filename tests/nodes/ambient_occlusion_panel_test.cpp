@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <set>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -229,4 +229,4 @@ TEST_F(OcclusionPanel, GreysWhatIsConnected) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -8,7 +8,7 @@
 #include <numbers>
 #include <random>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
@@ -392,4 +392,4 @@ TEST_F(OcclusionRays, WithoutRayFunctionsNothingIsHit) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

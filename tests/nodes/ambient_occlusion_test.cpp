@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -263,4 +263,4 @@ TEST_F(AmbientOcclusionNode, ReadsNoSamplingInputForTheLimit) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

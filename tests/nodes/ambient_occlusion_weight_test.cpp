@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 class OcclusionWeight : public OcclusionNode {
@@ -193,4 +193,4 @@ TEST_F(OcclusionWeight, AveragesItsRays) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -8,7 +8,7 @@
 #include <random>
 #include <thread>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr unsigned int kMode = 0x8001;
@@ -357,4 +357,4 @@ TEST_F(ThreadedCounter, EveryThreadSeesItsOwnCount) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

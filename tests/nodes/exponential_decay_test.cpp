@@ -1,20 +1,15 @@
 // Exponential Decay, of a number and of a colour: the classes, and what is left after a distance.
 #include "tests/nodes/node_frame.h"
 
-#include "module/node.h"
 #include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/hint_list.h"
 #include "tests/module/recorded_state.h"
 
 #include <cmath>
 #include <limits>
 
-VELM_DECLARE_NODE(ExpDecayScalar);
-VELM_DECLARE_PANEL(ExpDecayScalar);
-VELM_DECLARE_NODE(ExpDecayColor);
-VELM_DECLARE_PANEL(ExpDecayColor);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 const NodeFacts kScalarFacts = {
@@ -207,4 +202,4 @@ TEST_F(ExponentialDecay, ThePanelsArePlain) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 class Reflections : public Glossy {
@@ -319,4 +319,4 @@ TEST_F(Reflections, ReadsItsInputsInOrder) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <optional>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 class Refractions : public Glossy {
@@ -363,4 +363,4 @@ TEST_F(Refractions, ReadsItsInputsInOrder) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,6 +1,6 @@
 // Get Material: it evaluates what is connected to the store that was chosen, with its own sample. What the registry
 // makes of its slots is walked through with the registry.
-#include "module/panel.h"
+#include "module/servers.h"
 #include "share/registry.h"
 #include "tests/module/fake_controls.h"
 #include "tests/module/hint_list.h"
@@ -10,12 +10,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 
-VELM_DECLARE_NODE(StoreMaterial);
-VELM_DECLARE_PANEL(StoreMaterial);
-VELM_DECLARE_NODE(GetMaterial);
-VELM_DECLARE_PANEL(GetMaterial);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -310,4 +305,4 @@ TEST_F(Get, LetsGoAlsoOfAStoreThatIsNotListed) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

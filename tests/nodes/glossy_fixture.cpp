@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace velm {
+namespace velm::plugin {
 
 double dotOf(const Vector &a, const Vector &b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
@@ -54,7 +54,8 @@ void expectNear(const Vector &have, const Vector &wanted, double tolerance) {
     for (size_t i = 0; i < 3; ++i) EXPECT_NEAR(have[i], wanted[i], tolerance) << "component " << i;
 }
 
-Glossy::Glossy(const GlossyUnit &unit) : tested(unit), node(host, unit.activate, unit.interface) {
+Glossy::Glossy(const GlossyNodeClass &nodeClass)
+    : tested(nodeClass), node(host, nodeClass.activate, nodeClass.interface) {
     rays.distance = 5;
     rays.colour = {0.5, 0.25, 0.125};
 }
@@ -76,4 +77,4 @@ Vector Glossy::bent(const Vector &normal) const {
     return leaves ? snellOf(kView, normal, kIndex, 1) : mirrorOf(kView, normal);
 }
 
-} // namespace velm
+} // namespace velm::plugin

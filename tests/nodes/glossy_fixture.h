@@ -2,7 +2,7 @@
 // the bent rays worked out once more, and a sample that is looked at from the side.
 #pragma once
 
-#include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/fake_images.h"
 #include "tests/module/fake_scene.h"
 #include "tests/module/recorded_state.h"
@@ -12,17 +12,12 @@
 #include <gtest/gtest.h>
 #include <random>
 
-VELM_DECLARE_NODE(GaussianReflections);
-VELM_DECLARE_PANEL(GaussianReflections);
-VELM_DECLARE_NODE(GaussianRefractions);
-VELM_DECLARE_PANEL(GaussianRefractions);
-
-namespace velm {
+namespace velm::plugin {
 
 using Lines = std::vector<std::string>;
 using Vector = std::array<double, 3>;
 
-struct GlossyUnit {
+struct GlossyNodeClass {
     const char *name;
     HostActivate *activate, *interface;
     bool refracts;
@@ -30,24 +25,24 @@ struct GlossyUnit {
     unsigned int tint, samples, blurDepth; // controls; the mode is 0x8001, the image 0x8002
 };
 
-inline constexpr GlossyUnit kReflections = {.name = "GaussianReflections",
-                                            .activate = activatedWith<FakeImages::lookup, GaussianReflections_Activate>,
-                                            .interface =
-                                                activatedWith<FakeImages::lookup, GaussianReflections_Interface>,
-                                            .refracts = false,
-                                            .blur = "Reflection Blur",
-                                            .tint = 0x8004,
-                                            .samples = 0x8007,
-                                            .blurDepth = 0x8008};
-inline constexpr GlossyUnit kRefractions = {.name = "GaussianRefractions",
-                                            .activate = activatedWith<FakeImages::lookup, GaussianRefractions_Activate>,
-                                            .interface =
-                                                activatedWith<FakeImages::lookup, GaussianRefractions_Interface>,
-                                            .refracts = true,
-                                            .blur = "Refraction Blur",
-                                            .tint = 0x8005,
-                                            .samples = 0x8008,
-                                            .blurDepth = 0x8009};
+inline constexpr GlossyNodeClass kReflections = {
+    .name = "GaussianReflections",
+    .activate = activatedWith<FakeImages::lookup, GaussianReflections_Activate>,
+    .interface = activatedWith<FakeImages::lookup, GaussianReflections_Interface>,
+    .refracts = false,
+    .blur = "Reflection Blur",
+    .tint = 0x8004,
+    .samples = 0x8007,
+    .blurDepth = 0x8008};
+inline constexpr GlossyNodeClass kRefractions = {
+    .name = "GaussianRefractions",
+    .activate = activatedWith<FakeImages::lookup, GaussianRefractions_Activate>,
+    .interface = activatedWith<FakeImages::lookup, GaussianRefractions_Interface>,
+    .refracts = true,
+    .blur = "Refraction Blur",
+    .tint = 0x8005,
+    .samples = 0x8008,
+    .blurDepth = 0x8009};
 
 enum GlossyControl : unsigned int { kMode = 0x8001, kImage = 0x8002 };
 enum Mode { kBackdrop, kRays, kMap, kRaysAndMap };
@@ -76,10 +71,10 @@ class Glossy : public testing::Test {
     FakeHost host;
     FakeImages images;
     FakeRays rays;
-    const GlossyUnit &tested;
+    const GlossyNodeClass &tested;
     TestNode node;
 
-    explicit Glossy(const GlossyUnit &unit);
+    explicit Glossy(const GlossyNodeClass &nodeClass);
     // At (1, 2, 3), its normal up, seen from the left and above.
     ShadingSample sample() const;
     Vector evaluate(ShadingSample shaded) { return colourOf(node.evaluate("Color", shaded)); }
@@ -88,4 +83,4 @@ class Glossy : public testing::Test {
     Vector bent(const Vector &normal) const;
 };
 
-} // namespace velm
+} // namespace velm::plugin

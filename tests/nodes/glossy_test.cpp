@@ -6,18 +6,18 @@
 
 #include <cmath>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr double kNoiseTolerance = 1e-6; // the module scales its noise in single precision
 
-class GlossyNode : public Glossy, public testing::WithParamInterface<GlossyUnit> {
+class GlossyNode : public Glossy, public testing::WithParamInterface<GlossyNodeClass> {
   protected:
     GlossyNode() : Glossy(GetParam()) {}
     unsigned int traceKind() const { return tested.refracts ? 2 : 1; }
 };
 
-INSTANTIATE_TEST_SUITE_P(Units, GlossyNode, testing::Values(kReflections, kRefractions),
+INSTANTIATE_TEST_SUITE_P(NodeClasses, GlossyNode, testing::Values(kReflections, kRefractions),
                          [](const auto &row) { return std::string(row.param.name); });
 
 // ---- The number of rays ----
@@ -335,4 +335,4 @@ TEST_P(GlossyNode, StartsAsALightGreyTint) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,5 +1,5 @@
 // Group Node: its nested editor, call by call, and what its outputs give.
-#include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/allocation.h"
 #include "tests/module/fake_editors.h"
 #include "tests/module/hint_list.h"
@@ -9,10 +9,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-VELM_DECLARE_NODE(GroupNode);
-VELM_DECLARE_PANEL(GroupNode);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -335,4 +332,4 @@ TEST_F(Group, SetsNothingForAnOutputThatIsNotItsOwn) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

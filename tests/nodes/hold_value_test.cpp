@@ -1,8 +1,8 @@
 // Hold Value: the class, its modes, and what each thread remembers.
 #include "tests/nodes/node_frame.h"
 
-#include "module/node.h"
 #include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/hint_list.h"
 #include "tests/module/recorded_state.h"
 
@@ -11,10 +11,7 @@
 #include <limits>
 #include <thread>
 
-VELM_DECLARE_NODE(HoldValue);
-VELM_DECLARE_PANEL(HoldValue);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 const NodeFacts kFacts = {
@@ -293,4 +290,4 @@ TEST(HoldValueThreaded, EveryThreadHoldsItsOwn) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,7 +1,7 @@
 // The popup of images, while images come and go: what becomes of a choice, and what a node knows of the list.
 #include "tests/nodes/image_popup_fixture.h"
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // ---- Images that go while they are chosen ----
@@ -170,4 +170,4 @@ TEST_P(ImagePopups, ARequestThatChoosesNothingDoesNotCount) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,8 +1,8 @@
 // What the tests of the popup of images share: the nodes that have one, told as data, and the popup of a node.
 #pragma once
 
-#include "module/image_popup.h"
-#include "module/panel.h"
+#include "module/servers.h"
+#include "shading/image_popup.h"
 #include "tests/module/fake_images.h"
 #include "tests/module/hint_list.h"
 #include "tests/module/recorded_state.h"
@@ -10,41 +10,35 @@
 
 #include <gtest/gtest.h>
 
-VELM_DECLARE_NODE(GaussianReflections);
-VELM_DECLARE_PANEL(GaussianReflections);
-VELM_DECLARE_NODE(GaussianRefractions);
-VELM_DECLARE_PANEL(GaussianRefractions);
-VELM_DECLARE_NODE(PixelImage);
-VELM_DECLARE_PANEL(PixelImage);
-
-namespace velm {
+namespace velm::plugin {
 
 using Lines = std::vector<std::string>;
 
-struct ImageUnit {
+struct ImageNodeClass {
     const char *name;
     HostActivate *activate, *interface;
     unsigned int control;
     int otherResult; // of a change that loads nothing
 };
 
-inline constexpr ImageUnit kReflectionsPopup = {
+inline constexpr ImageNodeClass kReflectionsPopup = {
     .name = "GaussianReflections",
     .activate = activatedWith<FakeImages::lookup, GaussianReflections_Activate>,
     .interface = activatedWith<FakeImages::lookup, GaussianReflections_Interface>,
     .control = 0x8002,
     .otherResult = 0};
-inline constexpr ImageUnit kRefractionsPopup = {
+inline constexpr ImageNodeClass kRefractionsPopup = {
     .name = "GaussianRefractions",
     .activate = activatedWith<FakeImages::lookup, GaussianRefractions_Activate>,
     .interface = activatedWith<FakeImages::lookup, GaussianRefractions_Interface>,
     .control = 0x8002,
     .otherResult = 0};
-inline constexpr ImageUnit kPixelImagePopup = {.name = "PixelImage",
-                                               .activate = activatedWith<FakeImages::lookup, PixelImage_Activate>,
-                                               .interface = activatedWith<FakeImages::lookup, PixelImage_Interface>,
-                                               .control = 0x8003,
-                                               .otherResult = 2};
+inline constexpr ImageNodeClass kPixelImagePopup = {.name = "PixelImage",
+                                                    .activate = activatedWith<FakeImages::lookup, PixelImage_Activate>,
+                                                    .interface =
+                                                        activatedWith<FakeImages::lookup, PixelImage_Interface>,
+                                                    .control = 0x8003,
+                                                    .otherResult = 2};
 
 // A node of one unit, and its popup.
 struct Popup {
@@ -55,9 +49,9 @@ struct Popup {
     HostPopupCount *countOf = nullptr;
     HostPopupName *nameOf = nullptr;
 
-    Popup(FakeHost &fakeHost, const ImageUnit &unit)
-        : host(fakeHost), node(fakeHost, unit.activate, unit.interface, unit.name), panel(node.panel()),
-          id(unit.control) {
+    Popup(FakeHost &fakeHost, const ImageNodeClass &nodeClass)
+        : host(fakeHost), node(fakeHost, nodeClass.activate, nodeClass.interface, nodeClass.name), panel(node.panel()),
+          id(nodeClass.control) {
         for (const Hint &hint : hintsWith(kHintPopupFunctions, panel->hints)) {
             EXPECT_EQ(hint.arguments[0].word, id);
             countOf = hint.arguments[1].popupCount;
@@ -77,11 +71,11 @@ struct Popup {
 };
 
 // Each test is run for each of the units.
-class ImagePopups : public testing::TestWithParam<ImageUnit> {
+class ImagePopups : public testing::TestWithParam<ImageNodeClass> {
   protected:
     FakeHost host;
     FakeImages images;
     Popup popup{host, GetParam()};
 };
 
-} // namespace velm
+} // namespace velm::plugin

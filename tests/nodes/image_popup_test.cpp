@@ -3,10 +3,11 @@
 
 #include <algorithm>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
-INSTANTIATE_TEST_SUITE_P(Units, ImagePopups, testing::Values(kReflectionsPopup, kRefractionsPopup, kPixelImagePopup),
+INSTANTIATE_TEST_SUITE_P(NodeClasses, ImagePopups,
+                         testing::Values(kReflectionsPopup, kRefractionsPopup, kPixelImagePopup),
                          [](const auto &row) { return std::string(row.param.name); });
 
 // ---- Entries ----
@@ -181,17 +182,17 @@ TEST_P(ImagePopups, DescribesItsRequest) {
 
 // ---- Each unit's own folder ----
 
-TEST_P(ImagePopups, KeepsItsFolderFromOtherUnits) {
+TEST_P(ImagePopups, KeepsItsFolderFromOtherNodeClasses) {
     images.chosenFolder = std::string("/folder of ") + GetParam().name;
     FakeControls::choose(popup.panel, popup.id, 1);
     const std::string folder = images.chosenFolder;
-    for (const ImageUnit &unit : {kReflectionsPopup, kRefractionsPopup, kPixelImagePopup}) {
-        if (unit.name == std::string(GetParam().name)) continue;
+    for (const ImageNodeClass &nodeClass : {kReflectionsPopup, kRefractionsPopup, kPixelImagePopup}) {
+        if (nodeClass.name == std::string(GetParam().name)) continue;
         images.list.clear();
-        Popup other(host, unit);
+        Popup other(host, nodeClass);
         images.chosenFolder = "/elsewhere";
         FakeControls::choose(other.panel, other.id, 1);
-        EXPECT_NE(images.startedIn, folder) << unit.name;
+        EXPECT_NE(images.startedIn, folder) << nodeClass.name;
     }
     images.list.clear();
     Popup same(host, GetParam()); // activated anew
@@ -200,4 +201,4 @@ TEST_P(ImagePopups, KeepsItsFolderFromOtherUnits) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 
 using Lines = std::vector<std::string>;
 
@@ -73,4 +73,4 @@ class NodePanel : public NodeFrame {};
 
 Lines joined(std::initializer_list<Lines> parts);
 
-} // namespace velm
+} // namespace velm::plugin

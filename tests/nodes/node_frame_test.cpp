@@ -11,7 +11,7 @@ extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
 }
 
-namespace velm {
+namespace velm::plugin {
 
 Lines joined(std::initializer_list<Lines> parts) {
     Lines all;
@@ -360,4 +360,4 @@ TEST_P(NodePanel, EveryInputTellsOfItsConnection) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -7,7 +7,7 @@
 #include <array>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 
 // Controls of the integers.
 enum OcclusionControl : unsigned int {
@@ -64,4 +64,4 @@ inline void expectNear(const Colour &actual, const Colour &expected, double tole
     for (size_t i = 0; i < 3; ++i) EXPECT_NEAR(actual[i], expected[i], tolerance) << "component " << i;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -1,16 +1,13 @@
 // A Pixel Image in front of a list of images, for tests.
 #pragma once
 
-#include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/fake_images.h"
 #include "tests/module/test_node.h"
 
 #include <gtest/gtest.h>
 
-VELM_DECLARE_NODE(PixelImage);
-VELM_DECLARE_PANEL(PixelImage);
-
-namespace velm {
+namespace velm::plugin {
 
 using Lines = std::vector<std::string>;
 using Colour = std::array<double, 3>;
@@ -50,4 +47,4 @@ class PixelImageNode : public testing::Test {
     static constexpr Colour kBackground = {-1, -2, -3};
 };
 
-} // namespace velm
+} // namespace velm::plugin

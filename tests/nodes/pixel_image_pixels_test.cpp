@@ -3,7 +3,7 @@
 
 #include <climits>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // ---- Which pixel ----
@@ -242,4 +242,4 @@ TEST_F(PixelImageNode, ReadsItsInputsInOrder) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

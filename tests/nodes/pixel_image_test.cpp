@@ -3,7 +3,7 @@
 #include "tests/module/recorded_state.h"
 #include "tests/nodes/pixel_image_fixture.h"
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // ---- Life ----
@@ -319,4 +319,4 @@ TEST_F(Thumbnail, CutsComponentsAboveFullAndNotBelowNone) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,8 +1,8 @@
 // Random: the class, its bounds, and the stream that it shares.
 #include "tests/nodes/node_frame.h"
 
-#include "module/node.h"
 #include "module/panel.h"
+#include "module/servers.h"
 #include "random/random.h"
 #include "tests/module/hint_list.h"
 #include "tests/module/recorded_state.h"
@@ -11,10 +11,7 @@
 #include <random>
 #include <thread>
 
-VELM_DECLARE_NODE(Random);
-VELM_DECLARE_PANEL(Random);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 const NodeFacts kFacts = {
@@ -178,4 +175,4 @@ TEST(RandomThreaded, DrawsOnManyThreadsStayBetweenTheBounds) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

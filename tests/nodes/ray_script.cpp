@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 RayScript *current = nullptr;
@@ -39,4 +39,4 @@ void RayScript::attach(ShadingSample &sample) const {
     sample.rayTraceMode = trace;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 
 struct SentRay {
     bool traced; // with a colour; false: cast
@@ -33,4 +33,4 @@ class RayScript {
     void attach(ShadingSample &sample) const;
 };
 
-} // namespace velm
+} // namespace velm::plugin

@@ -1,8 +1,8 @@
 // RayShade: the class, and the ray that it fires.
 #include "tests/nodes/node_frame.h"
 
-#include "module/node.h"
 #include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/fake_scene.h"
 #include "tests/module/hint_list.h"
 #include "tests/module/recorded_state.h"
@@ -11,10 +11,7 @@
 #include <cstring>
 #include <thread>
 
-VELM_DECLARE_NODE(RayShade);
-VELM_DECLARE_PANEL(RayShade);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 const NodeFacts kFacts = {
@@ -180,4 +177,4 @@ TEST(RayShadeThreaded, EveryThreadHasItsOwnRay) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

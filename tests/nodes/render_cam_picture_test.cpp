@@ -3,7 +3,7 @@
 
 #include <limits>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // ---- A render ----
@@ -180,4 +180,4 @@ TEST_F(RenderCam, IsGreenAgainAfterTheRender) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

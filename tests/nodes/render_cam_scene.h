@@ -11,10 +11,10 @@
 #include <gtest/gtest.h>
 #include <optional>
 
+namespace velm::plugin {
+
 VELM_DECLARE_NODE(RenderCam);
 VELM_DECLARE_PANEL(RenderCam);
-
-namespace velm {
 
 using Lines = std::vector<std::string>;
 
@@ -81,4 +81,4 @@ class RenderCam : public testing::Test {
     }
 };
 
-} // namespace velm
+} // namespace velm::plugin

@@ -6,7 +6,7 @@ extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
 }
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // ---- The class ----
@@ -219,4 +219,4 @@ TEST_F(RenderCam, ACopyHasTheChoicesAndNothingBehindThem) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,16 +1,14 @@
 // Render Info: the class, and the facts that it gives.
 #include "tests/nodes/node_frame.h"
 
-#include "module/node.h"
+#include "module/servers.h"
 #include "tests/module/fake_scene.h"
 #include "tests/module/recorded_state.h"
 
 #include <array>
 #include <thread>
 
-VELM_DECLARE_NODE(RenderInfo);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 const NodeFacts kFacts = {
@@ -175,4 +173,4 @@ TEST_F(RenderInfoThreaded, EveryThreadSeesItsOwnPixelAndTheOneScene) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

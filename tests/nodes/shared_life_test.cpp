@@ -1,23 +1,12 @@
 // What the nodes of images, materials and groups do alike: creation without memory, and connections that come and go.
-#include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/allocation.h"
 #include "tests/module/fake_editors.h"
 #include "tests/module/test_node.h"
 
 #include <gtest/gtest.h>
 
-VELM_DECLARE_NODE(GaussianReflections);
-VELM_DECLARE_PANEL(GaussianReflections);
-VELM_DECLARE_NODE(GaussianRefractions);
-VELM_DECLARE_PANEL(GaussianRefractions);
-VELM_DECLARE_NODE(PixelImage);
-VELM_DECLARE_PANEL(PixelImage);
-VELM_DECLARE_NODE(StoreMaterial);
-VELM_DECLARE_PANEL(StoreMaterial);
-VELM_DECLARE_NODE(GetMaterial);
-VELM_DECLARE_PANEL(GetMaterial);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -70,4 +59,4 @@ TEST_P(SharedLife, ConnectionsRedrawThePanelAndTheirLossIsTold) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

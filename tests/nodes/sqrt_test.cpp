@@ -1,18 +1,15 @@
 // Sqrt: the class and its one operation.
 #include "tests/nodes/node_frame.h"
 
-#include "module/node.h"
 #include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/hint_list.h"
 #include "tests/module/recorded_state.h"
 
 #include <cmath>
 #include <limits>
 
-VELM_DECLARE_NODE(Sqrt);
-VELM_DECLARE_PANEL(Sqrt);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 const NodeFacts kFacts = {
@@ -121,4 +118,4 @@ TEST_F(Sqrt, ThePanelIsPlain) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

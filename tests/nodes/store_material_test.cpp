@@ -1,5 +1,5 @@
 // Store Material: it hands its inputs on, keeps its name and number, and lists itself in the registry.
-#include "module/panel.h"
+#include "module/servers.h"
 #include "share/registry.h"
 #include "tests/module/fake_controls.h"
 #include "tests/module/hint_list.h"
@@ -9,10 +9,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-VELM_DECLARE_NODE(StoreMaterial);
-VELM_DECLARE_PANEL(StoreMaterial);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -238,4 +235,4 @@ TEST_F(Store, HandsNothingOnAsNull) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

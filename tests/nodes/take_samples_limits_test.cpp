@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Colour = std::array<double, 3>;
@@ -94,4 +94,4 @@ TEST_F(TakeSamplesLimits, ASampleWithoutABrightnessReplacesNoneAndIsReplacedByNo
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <thread>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 TEST(TakeSamplesThreaded, EveryThreadCombinesItsOwn) {
@@ -64,4 +64,4 @@ TEST(TakeSamplesConvergence, AveragesOfNoiseScatterByTheRootOfTheirNumber) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

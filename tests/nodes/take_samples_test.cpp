@@ -1,8 +1,8 @@
 // Take Samples: the class, and its modes against a plain reference.
 #include "tests/nodes/node_frame.h"
 
-#include "module/node.h"
 #include "module/panel.h"
+#include "module/servers.h"
 #include "tests/module/hint_list.h"
 #include "tests/module/recorded_state.h"
 
@@ -10,10 +10,7 @@
 #include <array>
 #include <cmath>
 
-VELM_DECLARE_NODE(TakeSamples);
-VELM_DECLARE_PANEL(TakeSamples);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 #define CHANNEL_PARMS(c)                                                                                               \
@@ -385,4 +382,4 @@ TEST_F(TakeSamples, ThePanelIsLaidOutByChannel) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -13,7 +13,7 @@
 #include <iterator>
 #include <sstream>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr size_t kNodes = 17;
@@ -142,4 +142,4 @@ INSTANTIATE_TEST_SUITE_P(Of, BuiltModule, testing::ValuesIn(modules(false)), nam
 INSTANTIATE_TEST_SUITE_P(Of, WindowsModule, testing::ValuesIn(modules(true)), nameOf);
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <sstream>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 std::vector<std::string> wordsOf(const std::string &line) {
@@ -75,4 +75,4 @@ std::vector<Comparison> compare(const Report &report, const Report &reference, s
     return nodes;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -11,9 +11,8 @@
 #include <cstdio>
 #include <stdexcept>
 
+namespace velm::plugin {
 namespace {
-
-using namespace velm;
 
 #ifdef _WIN32
 constexpr unsigned int kExpectedPlatform = kPlatformWindows;
@@ -88,9 +87,7 @@ int compareWith(const Report &report, const std::string &path) {
     return faults.empty() ? 0 : 1;
 }
 
-} // namespace
-
-int main(int count, char **arguments) {
+int run(int count, char **arguments) {
     if (count != 2 && count != 3) {
         std::fprintf(stderr, "usage: velm_conformance MODULE [REFERENCE]\n");
         return 2;
@@ -105,3 +102,8 @@ int main(int count, char **arguments) {
         return 1;
     }
 }
+
+} // namespace
+} // namespace velm::plugin
+
+int main(int count, char **arguments) { return velm::plugin::run(count, arguments); }

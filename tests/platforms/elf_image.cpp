@@ -3,7 +3,7 @@
 
 #include <elf.h>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 struct Class32 {
@@ -109,4 +109,4 @@ ModuleImage readElf(std::string file) {
     return image;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -5,7 +5,7 @@
 #include <limits>
 #include <stdexcept>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr int kFractionBits = 52, kFractionDigits = kFractionBits / 4, kBias = 1023, kMostExponent = 2047;
@@ -76,4 +76,4 @@ uint64_t unitsApart(double a, double b) {
                      : static_cast<uint64_t>(from) - static_cast<uint64_t>(to);
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-namespace velm {
+namespace velm::plugin {
 
 // "0x1.8p+1", "-0x0p+0", "inf", "nan" (of any sign and payload: processors differ there).
 std::string hexFloat(double value);
@@ -15,4 +15,4 @@ double fromHexFloat(const std::string &text);
 // How many doubles further the one is than the other; 0 for two NaNs, and the most there is for a NaN and a number.
 uint64_t unitsApart(double a, double b);
 
-} // namespace velm
+} // namespace velm::plugin

@@ -8,7 +8,7 @@
 #include <dlfcn.h>
 #endif
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 #ifdef _WIN32
@@ -42,4 +42,4 @@ LoadedModule::LoadedModule(const std::string &path) {
     if (!descriptor_) throw std::runtime_error(path + " does not show " HOST_MODULE_SYMBOL ": " + reason());
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace velm {
+namespace velm::plugin {
 
 class LoadedModule {
   public:
@@ -19,4 +19,4 @@ class LoadedModule {
     const HostModuleDescriptor *descriptor_ = nullptr;
 };
 
-} // namespace velm
+} // namespace velm::plugin

@@ -3,7 +3,7 @@
 #include <fstream>
 #include <iterator>
 
-namespace velm {
+namespace velm::plugin {
 
 uint32_t ModuleImage::word32(uint64_t address) const { return recordAt<uint32_t>(memory, address - base); }
 
@@ -25,4 +25,4 @@ ModuleImage readModule(const std::string &path) {
     throw std::runtime_error(path + " is no module of a platform that is known here");
 }
 
-} // namespace velm
+} // namespace velm::plugin

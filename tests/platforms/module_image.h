@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 
 struct ModuleImage {
     std::string file; // its bytes
@@ -38,13 +38,13 @@ Record recordAt(std::string_view bytes, uint64_t offset);
 ModuleImage readElf(std::string file);
 ModuleImage readPe(std::string file);
 
-} // namespace velm
+} // namespace velm::plugin
 
 #include <cstring>
 #include <stdexcept>
 
 template <class Record>
-Record velm::recordAt(std::string_view bytes, uint64_t offset) {
+Record velm::plugin::recordAt(std::string_view bytes, uint64_t offset) {
     if (offset > bytes.size() || bytes.size() - offset < sizeof(Record))
         throw std::runtime_error("a record lies outside the file");
     Record record;

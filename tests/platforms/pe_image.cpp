@@ -1,7 +1,7 @@
 // Files for Windows, as "PE Format" in Microsoft's documentation describes them.
 #include "tests/platforms/module_image.h"
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr uint32_t kHeaderPlace = 0x3c; // where the file says where its header starts
@@ -102,4 +102,4 @@ ModuleImage readPe(std::string file) {
     return image;
 }
 
-} // namespace velm
+} // namespace velm::plugin

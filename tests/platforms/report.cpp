@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <stdexcept>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Kind = RecordedState::Entry::Kind;
@@ -166,4 +166,4 @@ Report reportOf(WholeHost &whole) {
     return report;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 
 using Report = std::vector<std::string>; // lines
 
@@ -44,4 +44,4 @@ struct Comparison {
 // Compares number by number. What differs by more than its node allows, or is no number, is added to `faults`.
 std::vector<Comparison> compare(const Report &report, const Report &reference, std::vector<std::string> &faults);
 
-} // namespace velm
+} // namespace velm::plugin

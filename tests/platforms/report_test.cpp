@@ -8,7 +8,7 @@
 #include <limits>
 #include <stdexcept>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 using Limits = std::numeric_limits<double>;
@@ -91,4 +91,4 @@ TEST(Compare, CountsWhatDiffers) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // ---- Activation: the test's own nodes hand the plain fake host to an activation; these hand it the whole one ----
@@ -170,4 +170,4 @@ void feed(TestNode &node, unsigned int turn) {
     }
 }
 
-} // namespace velm
+} // namespace velm::plugin

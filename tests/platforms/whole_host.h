@@ -9,7 +9,7 @@
 
 #include <list>
 
-namespace velm {
+namespace velm::plugin {
 
 // One at a time, and for one thread.
 class WholeHost {
@@ -49,4 +49,4 @@ ShadingSample someSample(unsigned int turn);
 // which overrule the choices on the panel, with nothing.
 void feed(TestNode &node, unsigned int turn);
 
-} // namespace velm
+} // namespace velm::plugin

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // Twice 10923 times the sum of three uniform values, less 32766, over 32767.
@@ -101,4 +101,4 @@ TEST(Noise, IsASumOfThree) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

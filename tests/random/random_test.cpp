@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr int kSeveralRefills = 5 * kStateWords + 17;
@@ -188,4 +188,4 @@ TEST(Random, TheIndexStaysWithinTheState) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -4,7 +4,7 @@
 
 #include "random/random.h"
 
-namespace velm {
+namespace velm::plugin {
 
 // As if the module had just been loaded.
 inline void forgetSeed() {
@@ -31,4 +31,4 @@ void setNextWords(Words... words) {
     mti = 0;
 }
 
-} // namespace velm
+} // namespace velm::plugin

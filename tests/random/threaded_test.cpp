@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr int kThreads = 16; // as many as a host has
@@ -92,4 +92,4 @@ TEST_F(ThreadedRandom, ASeedAfterwardsStartsTheSequenceAgain) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -5,7 +5,7 @@
 #include <random>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 class WordsAheadTest : public testing::Test {
@@ -104,4 +104,4 @@ TEST_F(WordsAheadTest, EvaluationsThatCallEachOtherAgreeWithSingleDraws) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,16 +1,25 @@
-// A module with one server, the Render Cam unit, which the module proper leaves out of its table.
+// A module with one server, the Render Cam node, which the module proper leaves out of its table.
 #include "module/node.h"
 #include "module/panel.h"
+
+namespace velm::plugin {
 
 VELM_DECLARE_NODE(RenderCam);
 VELM_DECLARE_PANEL(RenderCam);
 
+} // namespace velm::plugin
+
 namespace {
 
-const HostServer servers[] = {
-    {.className = HOST_CLASS_NODE_HANDLER, .name = "Render Cam", .activate = RenderCam_Activate, .tags = nullptr},
-    {.className = HOST_CLASS_NODE_INTERFACE, .name = "Render Cam", .activate = RenderCam_Interface, .tags = nullptr},
-    {.className = nullptr, .name = nullptr, .activate = nullptr, .tags = nullptr}};
+const HostServer servers[] = {{.className = HOST_CLASS_NODE_HANDLER,
+                               .name = "Render Cam",
+                               .activate = velm::plugin::RenderCam_Activate,
+                               .tags = nullptr},
+                              {.className = HOST_CLASS_NODE_INTERFACE,
+                               .name = "Render Cam",
+                               .activate = velm::plugin::RenderCam_Interface,
+                               .tags = nullptr},
+                              {.className = nullptr, .name = nullptr, .activate = nullptr, .tags = nullptr}};
 
 int word;
 

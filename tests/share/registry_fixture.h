@@ -8,7 +8,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace velm {
+namespace velm::plugin {
 
 using Stores = std::vector<StoreMaterial *>;
 using Gets = std::vector<GetMaterial *>;
@@ -58,4 +58,4 @@ class Registry : public testing::Test {
     }
 };
 
-} // namespace velm
+} // namespace velm::plugin

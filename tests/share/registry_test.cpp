@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // ---- Adding ----
@@ -302,4 +302,4 @@ TEST(RegistryWithoutMemoryDeathTest, RecordsNothing) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -2,7 +2,7 @@
 // on.
 #include "tests/share/registry_fixture.h"
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 TEST_F(Registry, RemovingTheLastShortensByOne) {
@@ -127,4 +127,4 @@ TEST_F(Registry, LeavesACountBelowOneAlone) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

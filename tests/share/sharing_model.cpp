@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace velm {
+namespace velm::plugin {
 
 int SharingModel::List::placeOf(int serial) const {
     const auto place = std::find(entries.begin(), entries.begin() + count, serial);
@@ -102,4 +102,4 @@ std::vector<std::string> SharingModel::popup() const {
     return items;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 
 inline constexpr int kNobody = -1; // no store, no get
 
@@ -64,4 +64,4 @@ class SharingModel {
     void list(int store);
 };
 
-} // namespace velm
+} // namespace velm::plugin

@@ -3,7 +3,7 @@
 //
 // Under the address sanitizer the walks also show that no evaluation reaches a store that has been destroyed, and that
 // nothing is written to a get that has been.
-#include "module/panel.h"
+#include "module/servers.h"
 #include "share/registry.h"
 #include "tests/module/fake_controls.h"
 #include "tests/module/recorded_state.h"
@@ -14,12 +14,7 @@
 #include <memory>
 #include <random>
 
-VELM_DECLARE_NODE(StoreMaterial);
-VELM_DECLARE_PANEL(StoreMaterial);
-VELM_DECLARE_NODE(GetMaterial);
-VELM_DECLARE_PANEL(GetMaterial);
-
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 enum class Act {
@@ -293,4 +288,4 @@ TEST_P(SharingWalk, GoesAsTheModel) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -6,7 +6,7 @@
 #include "module/node.h"
 #include "module/panel.h"
 
-namespace velm {
+namespace velm::plugin {
 
 VELM_DECLARE_NODE(Everything);
 VELM_DECLARE_PANEL(Everything);
@@ -19,12 +19,13 @@ struct Everything {
     int fresh[kMaxThreads];
     int kind, count, on, image, ray, serial;
     char name[260];
-    ScalarParameter level, late;
-    TripleParameter place, tint, normal;
+    ScalarParameter level, last;
+    Vec3Parameter place, tint, normal;
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
-    HostInput *kindInput, *countInput, *levelInput, *lateInput, *placeInput, *tintInput, *normalInput, *functionInput;
+    HostInput *kindInput, *countInput, *levelInput, *placeInput, *tintInput, *lastInput, *normalInput; // as created
+    HostInput *functionInput;
     HostOutput *colourOutput, *wordOutput;
 };
 
@@ -32,7 +33,7 @@ struct Blocks {
     int mode, on;
     char name[260];
     ScalarParameter level;
-    TripleParameter place;
+    Vec3Parameter place;
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
@@ -79,4 +80,4 @@ const char *everythingImageName(void *, int index);
 void everythingButton(HostPanel *panel, int control);
 void everythingDraw(HostPanel *panel, unsigned int control, HostDrawArea *area, int width, int height);
 
-} // namespace velm
+} // namespace velm::plugin

@@ -4,7 +4,7 @@
 
 #include "module/host.h"
 
-namespace velm {
+namespace velm::plugin {
 
 inline double castRay(const ShadingSample &sample, const double origin[3], const double direction[3]) {
     return sample.rayCast ? sample.rayCast(origin, direction) : HOST_RAY_MISS;
@@ -21,4 +21,4 @@ inline double shadeRay(const ShadingSample &sample, const double origin[3], cons
     return sample.rayShade ? sample.rayShade(origin, direction, hit) : HOST_RAY_MISS;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -1,10 +1,10 @@
-#include "module/sincos.h"
+#include "shading/sincos.h"
 
 #include <bit>
 #include <cmath>
 #include <cstdint>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 // A quarter turn in three parts, the first two of 33 bits, so that their products with a count of quarter turns below
@@ -90,4 +90,4 @@ void sinesAndCosines(const double *angles, int count, double *sines, double *cos
     }
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -1,6 +1,6 @@
-#include "module/image_popup.h"
+#include "shading/image_popup.h"
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 int countImages(const HostImageList &imglist) {
@@ -107,4 +107,4 @@ HostError loadImageReference(const ImagePopup &popup, void *instance, const Host
     return nullptr;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -2,7 +2,7 @@
 // that the compiler computes several of them in one step.
 #pragma once
 
-namespace velm {
+namespace velm::plugin {
 
 // Radians. Correct to within 2 units in the last place of a result near 1, that is to 3e-16; 0 gives exactly 0 and 1.
 // Where one of the angles is beyond a quarter of a million turns, infinite or not a number, the maths library is asked
@@ -15,4 +15,4 @@ bool nearSinesAndCosinesNarrow(const double *angles, int count, double *sines, d
 bool nearSinesAndCosinesWide(const double *angles, int count, double *sines, double *cosines); // if hasWideVectors()
 bool hasWideVectors();
 
-} // namespace velm
+} // namespace velm::plugin

@@ -7,7 +7,7 @@
 
 #include "module/node.h"
 
-namespace velm {
+namespace velm::plugin {
 
 inline constexpr int kFileNameSize = 512;
 
@@ -62,19 +62,19 @@ HostError loadImageReference(const ImagePopup &popup, void *instance, const Host
 
 // A unit with an image popup: the frame's hooks, filled with the above.
 template <const ImagePopup &popup>
-constexpr NodeUnit withImages(NodeUnit unit) {
-    unit.activated = [] { prepareImageRequest(popup.request); };
-    unit.saveMore = [](void *instance, const HostSaveState *state) {
+constexpr NodeClass withImages(NodeClass nodeClass) {
+    nodeClass.activated = [] { prepareImageRequest(popup.request); };
+    nodeClass.saveMore = [](void *instance, const HostSaveState *state) {
         return saveImageReference(popup, instance, state);
     };
-    unit.loadMore = [](void *instance, const HostLoadState *state) {
+    nodeClass.loadMore = [](void *instance, const HostLoadState *state) {
         return loadImageReference(popup, instance, state);
     };
-    unit.init = [](void *instance, int) -> HostError {
+    nodeClass.init = [](void *instance, int) -> HostError {
         recountImages(popup, instance);
         return nullptr;
     };
-    return unit;
+    return nodeClass;
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-namespace velm {
+namespace velm::plugin {
 
 inline double dot(const double a[3], const double b[3]) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
@@ -14,4 +14,4 @@ inline void normalise(double v[3]) {
         for (int i = 0; i < 3; ++i) v[i] /= length;
 }
 
-} // namespace velm
+} // namespace velm::plugin

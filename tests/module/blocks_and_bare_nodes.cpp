@@ -1,9 +1,9 @@
 #include "module/rows.h"
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include <array>
 
-namespace velm {
+namespace velm::plugin {
 
 NodeServices fullBlocksServices;
 
@@ -18,22 +18,20 @@ NodeServices blocksServices;
 
 #define AT(field) offsetof(Blocks, field)
 constexpr Parameter blocksRows[] = {
-    position(0x8001, "Place").at(AT(place)).input(AT(placeInput)).inBlock(0x52504f53, "Position"),
-    popup(0x8002, "Mode", kModes).at(AT(mode)).inBlock(0x4d4f4445, "Mode"),
-    number(0x8003, "Level").at(AT(level)).starting(1).inBlock(0x4c45564c, "Level"),
-    checkBox(0x8004, "Switch").at(AT(on)).inBlock(0x53574954, "Switch"),
-    text(0x8005, "Name", sizeof(Blocks::name)).at(AT(name)).inBlock(0x4e414d45, "Name"),
+    position(AT(place), "Place").input().inBlock(0x52504f53, "Position"),
+    popup(AT(mode), "Mode", kModes).inBlock(0x4d4f4445, "Mode"),
+    number(AT(level), "Level").starting(1).inBlock(0x4c45564c, "Level"),
+    checkBox(AT(on), "Switch").inBlock(0x53574954, "Switch"),
+    text(AT(name), "Name", sizeof(Blocks::name)).inBlock(0x4e414d45, "Name"),
 };
 
-constexpr NodeUnit blocks = {
+constexpr NodeClass blocks = {
     .name = "Blocks",
-    .size = sizeof(Blocks),
     .colour = nodeColor,
     .services = &blocksServices,
     .parameters = blocksRows,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record =
+        {.size = sizeof(Blocks), .node = AT(node), .panel = AT(panel), .group = AT(group), .inputs = AT(placeInput)},
     .savesBlocks = true,
 };
 #undef AT
@@ -48,22 +46,19 @@ constexpr FurtherService fullBlocksFurther[] = {
 
 #define AT(field) offsetof(FullBlocks, field)
 constexpr auto fullBlocksRows = [] {
-    std::array<Parameter, kMostBlocks + 1> rows = {checkBox(0x8001, "Unsaved").at(AT(unsaved)).input(AT(input))};
+    std::array<Parameter, kMostBlocks + 1> rows = {checkBox(AT(unsaved), "Unsaved").input()};
     for (unsigned int i = 0; i < kMostBlocks; ++i)
-        rows[i + 1] =
-            checkBox(0x8002 + i, "Value").at(AT(values) + i * sizeof(int)).inBlock(kFirstFullBlock + i, "Value");
+        rows[i + 1] = checkBox(AT(values) + i * sizeof(int), "Value").inBlock(kFirstFullBlock + i, "Value");
     return rows;
 }();
 
-constexpr NodeUnit fullBlocks = {
+constexpr NodeClass fullBlocks = {
     .name = "Full Blocks",
-    .size = sizeof(FullBlocks),
     .colour = nodeColor,
     .services = &fullBlocksServices,
     .furtherServices = fullBlocksFurther,
     .parameters = fullBlocksRows,
-    .node = AT(node),
-    .group = AT(group),
+    .record = {.size = sizeof(FullBlocks), .node = AT(node), .group = AT(group), .inputs = AT(input)},
     .savesBlocks = true,
 };
 #undef AT
@@ -75,15 +70,14 @@ NodeServices bareServices;
 #define AT(field) offsetof(Bare, field)
 constexpr Output bareOutputs[] = {{.name = "Pixel", .type = kConnectInteger, .field = AT(output)}};
 
-constexpr NodeUnit bare = {
+constexpr NodeClass bare = {
     .name = "Bare",
-    .size = sizeof(Bare),
     .colour = nodeColor,
     .previewType = kPreviewOff,
     .fetchesParameterServices = false,
     .services = &bareServices,
     .outputs = bareOutputs,
-    .node = AT(node),
+    .record = {.size = sizeof(Bare), .node = AT(node)},
     .prepare = [](void *instance, void *priv) -> const char * {
         static_cast<Bare *>(instance)->lookup = reinterpret_cast<HostLookup *>(priv);
         return nullptr;
@@ -104,4 +98,4 @@ VELM_DEFINE_PANEL(Blocks, blocks, blocksRows, kPlainLayout)
 VELM_DEFINE_NODE(FullBlocks, fullBlocks)
 VELM_DEFINE_NODE(Bare, bare)
 
-} // namespace velm
+} // namespace velm::plugin

@@ -3,7 +3,7 @@
 // rely on it; it needs a build that keeps NaN semantics.
 #pragma once
 
-namespace velm {
+namespace velm::plugin {
 
 enum class Relation { equal, notEqual, greater, less, greaterOrEqual, lessOrEqual };
 
@@ -19,4 +19,4 @@ inline bool related(double a, Relation relation, double b) {
     return !(a > b);
 }
 
-} // namespace velm
+} // namespace velm::plugin

@@ -1,5 +1,5 @@
 // Sines and cosines of many angles at once, against the maths library and what is known of them.
-#include "module/sincos.h"
+#include "shading/sincos.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-namespace velm {
+namespace velm::plugin {
 namespace {
 
 constexpr double kRounding = 3e-16; // stated: 2 units in the last place of results just below 1
@@ -120,4 +120,4 @@ TEST(SinesAndCosines, OfNoAnglesWriteNothing) {
 }
 
 } // namespace
-} // namespace velm
+} // namespace velm::plugin

@@ -1,9 +1,9 @@
-#include "tests/module/test_units.h"
+#include "tests/module/test_nodes.h"
 
 #include "module/rows.h"
 #include "tests/module/fake_host.h"
 
-namespace velm {
+namespace velm::plugin {
 
 NodeServices everythingServices;
 const HostImageList *everythingImages;
@@ -27,20 +27,20 @@ void note(const char *hook) { FakeHost::current().note("hook ", hook); }
 
 #define AT(field) offsetof(Everything, field)
 constexpr Parameter everythingRows[] = {
-    popup(0x8001, "Kind", everythingKinds).at(AT(kind)).input(AT(kindInput)),
-    wholeNumber(0x8002, "Count").at(AT(count)).starting(12).input(AT(countInput), "Number"),
-    checkBox(0x8003, "Switch").at(AT(on)).starting(1),
-    text(0x8004, "Name", sizeof(Everything::name)).at(AT(name)),
-    number(0x8005, "Level").named("Level Channel").at(AT(level)).starting(1.5).input(AT(levelInput), "In"),
-    percent(0x8006, "Late").at(AT(late)).starting(0.25).input(AT(lateInput)).late(),
-    direction(0x8007, "Place").at(AT(place)).input(AT(placeInput)),
-    colour(0x8008, "Tint").at(AT(tint)).starting(0.5).input(AT(tintInput)),
-    popup(0x8009, "Image").at(AT(image)).entries(everythingImageCount, everythingImageName),
-    popup(0x800a, "Ray", everythingKinds).storing(everythingRays).at(AT(ray)),
-    button(0x800b, "Open", everythingButton),
-    thumbnail(0x800c, everythingDraw),
+    popup(AT(kind), "Kind", everythingKinds).input(),
+    integer(AT(count), "Count").starting(12).input("Number"),
+    checkBox(AT(on), "Switch").starting(1),
+    text(AT(name), "Name", sizeof(Everything::name)),
+    number(AT(level), "Level").named("Level Channel").starting(1.5).input("In"),
+    percent(AT(last), "Last").starting(0.25).input().createdLast(),
+    direction(AT(place), "Place").input(),
+    colour(AT(tint), "Tint").starting(0.5).input(),
+    popup(AT(image), "Image").entries(everythingImageCount, everythingImageName),
+    popup(AT(ray), "Ray", everythingKinds).storing(everythingRays),
+    button("Open", everythingButton),
+    thumbnail(everythingDraw),
     hiddenInteger(AT(serial)).notCopied(),
-    bareTriple("Normal", kParmPlainTriple).at(AT(normal)).starting(0, 1, 0).input(AT(normalInput)).late(),
+    bareVec3(AT(normal), "Normal", kParmPlainTriple).starting(0, 1, 0).input().createdLast(),
     plainInput("Function", kConnectFunction, AT(functionInput)),
 };
 
@@ -57,19 +57,17 @@ constexpr FurtherService everythingFurther[] = {
     {.name = HOST_TIME_INFO, .rule = FurtherService::Rule::unlessModelling, .store = storeIn<everythingTime>},
 };
 
-constexpr NodeUnit everything = {
+constexpr NodeClass everything = {
     .name = "Everything",
     .groupName = "Everything's Channels",
-    .size = sizeof(Everything),
     .colour = nodeColor,
     .previewType = kPreviewDrawnByNode,
     .services = &everythingServices,
     .furtherServices = everythingFurther,
     .parameters = everythingRows,
     .outputs = everythingOutputs,
-    .node = AT(node),
-    .panel = AT(panel),
-    .group = AT(group),
+    .record =
+        {.size = sizeof(Everything), .node = AT(node), .panel = AT(panel), .group = AT(group), .inputs = AT(kindInput)},
     .freshFlags = AT(fresh),
     .activated = [] { note("activated"); },
     .prepare =
@@ -126,9 +124,11 @@ constexpr NodeUnit everything = {
 
 static void Everything_Evaluate(void *, ShadingSample *, HostOutput *, HostNodeValue *) {}
 
-static constexpr auto layout = joinHints(minimumHint(0x8002, 1), listHint(kHintDividerAfter, 0x8008u));
+static constexpr auto layout =
+    joinHints(minimumHint(controlOf(everythingRows, offsetof(Everything, count)), 1),
+              listHint(kHintDividerAfter, controlOf(everythingRows, offsetof(Everything, tint))));
 
 VELM_DEFINE_NODE(Everything, everything)
 VELM_DEFINE_PANEL(Everything, everything, everythingRows, layout)
 
-} // namespace velm
+} // namespace velm::plugin
