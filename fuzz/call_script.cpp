@@ -3,9 +3,9 @@
 #include "fuzz/module_nodes.h"
 #include "fuzz/promise.h"
 
-#include "host/check/blackboard.h"
-#include "host/check/cast.h"
-#include "host/check/walk.h"
+#include "host/check/process/check_record.h"
+#include "host/check/random_walk/node_set.h"
+#include "host/check/random_walk/random_walk.h"
 
 #include <algorithm>
 

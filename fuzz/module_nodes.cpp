@@ -3,6 +3,7 @@
 #include "fuzz/promise.h"
 
 #include "host/graph/server_list.h"
+#include "host/services/services.h"
 
 extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
@@ -11,7 +12,10 @@ extern const HostModuleDescriptor _mod_descrip;
 namespace velm::host::fuzz {
 
 const HostServer *moduleServers() {
-    static const bool started = _mod_descrip.startup() != nullptr;
+    static const bool started = [] {
+        offerNodeServices();
+        return _mod_descrip.startup() != nullptr;
+    }();
     demand(started, "the module starts");
     return _mod_descrip.servers;
 }

@@ -3,7 +3,7 @@
 // save when nothing has been set.
 #include "fuzz/module_nodes.h"
 
-#include "host/check/script.h"
+#include "host/check/random_walk/call_script.h"
 #include "host/files/object_file.h"
 #include "host/graph/network.h"
 #include "host/graph/node_data.h"

@@ -1,10 +1,10 @@
 // Which checks run, each in its process, and what becomes of them.
 #include "host/base/error.h"
 #include "host/check/check.h"
-#include "host/check/child.h"
-#include "host/check/dice.h"
-#include "host/check/levels.h"
-#include "host/check/watch.h"
+#include "host/check/process/child.h"
+#include "host/check/fixture/generator.h"
+#include "host/check/levels/levels.h"
+#include "host/check/watch/watch.h"
 #include "host/load/module.h"
 
 #include <poll.h>
@@ -220,11 +220,6 @@ class Runner {
 std::span<const Check> allChecks() {
     static const std::vector<Check> list = makeList();
     return list;
-}
-
-const char *outcomeName(Outcome outcome) {
-    constexpr const char *kNames[] = {"PASS", "WARN", "FAIL", "CRASH", "HANG", "SKIP"};
-    return kNames[static_cast<int>(outcome)];
 }
 
 std::string CheckResult::fullName() const { return server.empty() ? check->name : check->name + ("/" + server); }

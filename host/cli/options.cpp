@@ -1,7 +1,6 @@
 #include "host/cli/options.h"
 
 #include "host/base/names.h"
-#include "host/check/levels.h"
 #include "host/cli/run.h"
 
 #include <CLI/CLI.hpp>

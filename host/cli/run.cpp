@@ -5,6 +5,7 @@
 #include "host/cli/commands.h"
 #include "host/cli/progress.h"
 #include "host/render/services/scene_services.h"
+#include "host/services/services.h"
 
 #include <functional>
 #include <new>
@@ -15,6 +16,7 @@ namespace velm::host {
 namespace {
 
 int dispatch(const Options &options, std::ostream &out, std::ostream &err) {
+    offerNodeServices();
     offerSceneServices();
     if (const auto *nodes = std::get_if<NodesOptions>(&options.command)) return runNodes(options, *nodes, out);
     if (const auto *check = std::get_if<CheckCommandOptions>(&options.command)) return runCheck(options, *check, out);

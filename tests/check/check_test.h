@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/check/check.h"
-#include "host/check/levels.h"
+#include "host/check/levels/levels.h"
 
 #include <string>
 #include <vector>
