@@ -1,6 +1,6 @@
 #include "fuzz/module_nodes.h"
 
-#include "fuzz/promise.h"
+#include "fuzz/require.h"
 
 #include "host/graph/server_list.h"
 #include "host/services/services.h"
@@ -16,7 +16,7 @@ const HostServer *moduleServers() {
         offerNodeServices();
         return _mod_descrip.startup() != nullptr;
     }();
-    demand(started, "the module starts");
+    require(started, "the module starts");
     return _mod_descrip.servers;
 }
 

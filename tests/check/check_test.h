@@ -1,4 +1,4 @@
-// Running checks on modules of the tests.
+// Helpers for running checks on the test modules.
 #pragma once
 
 #include "host/check/check.h"

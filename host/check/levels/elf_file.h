@@ -1,4 +1,4 @@
-// The names in a shared object's file, without loading it.
+// Reads symbol and library names from the file of a shared object without loading it.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@
 namespace velm::host {
 
 struct ElfSymbols {
-    std::vector<std::string> shown;  // that others can bind to
-    std::vector<std::string> needed; // libraries, as "libm.so.6"
+    std::vector<std::string> exported; // functions and objects
+    std::vector<std::string> needed;   // libraries: "libm.so.6"
 };
 
-// The file is a whole shared object for this machine, as loading it has shown. InputError when it has no sections.
+// `file` has to be a shared object that this machine can load. InputError if it exports nothing or is truncated.
 ElfSymbols readSymbols(const std::string &file);
 
 } // namespace velm::host

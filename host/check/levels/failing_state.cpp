@@ -3,10 +3,10 @@
 namespace velm::host {
 
 struct FailingCalls {
-    static FailingReads &self(void *data) { return *static_cast<FailingReads *>(data); }
-    static FailingWrites &writer(void *data) { return *static_cast<FailingWrites *>(data); }
+    static FailingLoadState &self(void *data) { return *static_cast<FailingLoadState *>(data); }
+    static FailingSaveState &writer(void *data) { return *static_cast<FailingSaveState *>(data); }
 
-    // Whether there is still a read or a write to be had.
+    // Counts a read or write, and tells whether it still succeeds.
     template <class State>
     static bool take(State &own) {
         if (own.left_ > 0) return --own.left_, true;
@@ -14,13 +14,13 @@ struct FailingCalls {
         return false;
     }
 
-    // The function that stands for a read of values, of a text or for a block.
+    // The function that replaces a member for reading values or text or for finding a block.
     template <auto member>
     struct Read;
     template <class Result, class... Arguments, Result (*HostLoadState::*member)(void *, Arguments...)>
     struct Read<member> {
         static Result call(void *data, Arguments... arguments) {
-            FailingReads &own = self(data);
+            FailingLoadState &own = self(data);
             return take(own) ? (own.real_->*member)(own.real_->data, arguments...) : Result{0};
         }
     };
@@ -28,35 +28,35 @@ struct FailingCalls {
     static void endBlock(void *data) { self(data).real_->endBlock(self(data).real_->data); }
     static int depth(void *data) { return self(data).real_->depth(self(data).real_->data); }
 
-    // The function that stands for a write of values or of a text.
+    // The function that replaces a member for writing values or text.
     template <auto member>
     struct Write;
     template <class... Arguments, void (*HostSaveState::*member)(void *, Arguments...)>
     struct Write<member> {
         static void call(void *data, Arguments... arguments) {
-            FailingWrites &own = writer(data);
+            FailingSaveState &own = writer(data);
             if (take(own)) (own.real_->*member)(own.real_->data, arguments...);
         }
     };
 
     static void begin(void *data, const HostBlockId *id, int leaf) {
-        FailingWrites &own = writer(data);
+        FailingSaveState &own = writer(data);
         if (take(own))
             own.real_->beginBlock(own.real_->data, id, leaf);
         else
-            ++own.unopened_;
+            ++own.unopenedBlocks_;
     }
     static void end(void *data) {
-        FailingWrites &own = writer(data);
-        if (own.unopened_ > 0)
-            --own.unopened_;
+        FailingSaveState &own = writer(data);
+        if (own.unopenedBlocks_ > 0)
+            --own.unopenedBlocks_;
         else
             own.real_->endBlock(own.real_->data);
     }
     static int writtenDepth(void *data) { return writer(data).real_->depth(writer(data).real_->data); }
 };
 
-FailingReads::FailingReads(const HostLoadState *state, long reads)
+FailingLoadState::FailingLoadState(const HostLoadState *state, long reads)
     : real_(state), left_(reads), own_{.mode = state->mode,
                                        .data = this,
                                        .read = FailingCalls::Read<&HostLoadState::read>::call,
@@ -74,7 +74,7 @@ FailingReads::FailingReads(const HostLoadState *state, long reads)
                                        .depth = FailingCalls::depth,
                                        .readDP = FailingCalls::Read<&HostLoadState::readDP>::call} {}
 
-FailingWrites::FailingWrites(const HostSaveState *state, long writes)
+FailingSaveState::FailingSaveState(const HostSaveState *state, long writes)
     : real_(state), left_(writes), own_{.mode = state->mode,
                                         .data = this,
                                         .write = FailingCalls::Write<&HostSaveState::write>::call,

@@ -1,21 +1,20 @@
-// States that fail after a while: a load state that gives nothing more, as a file does that cannot be read on, and a
-// save state that takes nothing more, as a full disk does.
+// Load and save states that fail after a number of reads or writes, as on an unreadable file or a full disk.
 #pragma once
 
 #include "module/host.h"
 
 namespace velm::host {
 
-// Passes everything on to another state until `reads` reads were answered; from then on every read gives 0 values and
-// no block is found. Leaving blocks and their depth go on as they are. Valid as long as the other state.
-class FailingReads {
+// Passes the first `reads` reads on to another state, which has to outlive this one. Later reads return 0 values and
+// find no block; leaving a block and asking for the depth still work.
+class FailingLoadState {
   public:
-    FailingReads(const HostLoadState *state, long reads);
-    FailingReads(const FailingReads &) = delete;
-    FailingReads &operator=(const FailingReads &) = delete;
+    FailingLoadState(const HostLoadState *state, long reads);
+    FailingLoadState(const FailingLoadState &) = delete;
+    FailingLoadState &operator=(const FailingLoadState &) = delete;
 
     const HostLoadState *state() const { return &own_; }
-    bool ranDry() const { return left_ < 0; }
+    bool hasFailed() const { return left_ < 0; } // whether a read has failed
 
   private:
     friend struct FailingCalls;
@@ -25,23 +24,23 @@ class FailingReads {
     HostLoadState own_;
 };
 
-// The same for a save state: from then on nothing is written, which writes have no way to tell, and no block is begun,
-// so that it is not deeper either; the end of such a block ends no other.
-class FailingWrites {
+// Passes the first `writes` writes on to another state, which has to outlive this one. Later ones write nothing, which
+// they cannot report, and begin no block, so that the depth stays as it is; the end of such a block ends no other.
+class FailingSaveState {
   public:
-    FailingWrites(const HostSaveState *state, long writes);
-    FailingWrites(const FailingWrites &) = delete;
-    FailingWrites &operator=(const FailingWrites &) = delete;
+    FailingSaveState(const HostSaveState *state, long writes);
+    FailingSaveState(const FailingSaveState &) = delete;
+    FailingSaveState &operator=(const FailingSaveState &) = delete;
 
     const HostSaveState *state() const { return &own_; }
-    bool ranDry() const { return left_ < 0; }
+    bool hasFailed() const { return left_ < 0; } // whether a write has failed
 
   private:
     friend struct FailingCalls;
 
     const HostSaveState *real_;
     long left_;
-    int unopened_ = 0; // blocks that were to be begun, innermost
+    int unopenedBlocks_ = 0; // innermost blocks that were not begun
     HostSaveState own_;
 };
 

@@ -1,11 +1,15 @@
-// Level 10: everything together, for long. Walks through all that a host may call, as chance has it.
+// Level 10: random walks through everything that a host may call.
 #include "host/check/process/check_record.h"
-#include "host/check/random_walk/node_set.h"
 #include "host/check/process/child.h"
+#include "host/check/random_walk/call_script.h"
+#include "host/check/random_walk/node_set.h"
 #include "host/check/watch/imports.h"
+
 #include "host/check/levels/levels.h"
 #include "host/check/process/shared_strings.h"
 #include "host/check/random_walk/random_walk.h"
+
+#include <fmt/format.h>
 
 namespace velm::host {
 
@@ -13,30 +17,30 @@ namespace {
 
 constexpr std::size_t kScript = 2500; // bytes
 constexpr int kTurnsOfOne = 3, kTurnsOfAll = 24;
-constexpr int kRenders = 3;              // of each picture, to see whether it is steady
-constexpr double kOneThreadSeconds = 50; // more than enough for a walk, and less than a check may take
+constexpr int kRenders = 3;              // of each picture, to see whether it is deterministic
+constexpr double kOneThreadSeconds = 50; // ample for a walk, and less than the time limit of a check
 
-// What a walk with one thread gave, in the process that it was walked in; an empty text for what need not be the same.
-class Keeping : public WalkRecord {
+// Records the texts of a walk; an empty one in place of each that is not deterministic.
+class RecordingJournal : public WalkJournal {
   public:
-    explicit Keeping(PassedOn &passed) : passed_(passed) {}
-    bool agrees(const std::string &text, bool isSteady) override {
-        passed_.add(isSteady ? text : std::string());
+    explicit RecordingJournal(SharedStrings &strings) : strings_(strings) {}
+    bool agrees(const std::string &text, bool isDeterministic) override {
+        strings_.add(isDeterministic ? text : std::string());
         return true;
     }
 
   private:
-    PassedOn &passed_;
+    SharedStrings &strings_;
 };
 
-class Comparing : public WalkRecord {
+// Compares the texts of a walk with recorded ones.
+class ComparingJournal : public WalkJournal {
   public:
-    explicit Comparing(std::vector<std::string> expected) : expected_(std::move(expected)) {}
+    explicit ComparingJournal(std::vector<std::string> expected) : expected_(std::move(expected)) {}
     bool agrees(const std::string &text, bool) override {
-        if (next_ == expected_.size())
-            failCheck("with several threads the same calls have other results: there are more");
-        const std::string &there = expected_[next_++];
-        return there.empty() || there == text;
+        if (next_ == expected_.size()) failCheck("with several threads the same calls give more results than with one");
+        const std::string &recorded = expected_[next_++];
+        return recorded.empty() || recorded == text;
     }
 
   private:
@@ -44,61 +48,64 @@ class Comparing : public WalkRecord {
     std::size_t next_ = 0;
 };
 
-// Does something in a process of its own that leaves texts. Where that ends badly, it is done again in this one, so
-// that it ends at its place.
+// Does some work in another process and returns the strings that it hands over. If that process fails or crashes, the
+// work is done again in this one, so that the check ends at the call that failed.
 template <class Work>
-std::vector<std::string> elsewhere(Work work) {
-    PassedOn passed;
+std::vector<std::string> inOtherProcess(Work work) {
+    SharedStrings strings;
     Child other(
-        blackboard(), [&] { work(passed); }, kOneThreadSeconds);
+        checkRecord(), [&] { work(strings); }, kOneThreadSeconds);
     const ChildEnd end = waitFor(other);
-    if (end.outcome == Outcome::fail || end.outcome == Outcome::crash) work(passed);
+    if (end.outcome == Outcome::fail || end.outcome == Outcome::crash) work(strings);
     if (end.outcome != Outcome::pass && end.outcome != Outcome::warn)
-        failCheck("with one thread, in a process of its own: " + end.message);
-    return passed.all();
+        failCheck("with one thread, in another process: " + end.message);
+    return strings.all();
 }
 
-void mustLeaveNothing(const MemoryInUse &before, const HandlesInUse &handlesBefore) {
+void requireNothingLeft(const MemoryInUse &before, const LiveHandles &handlesBefore) {
     if (const long blocks = moduleMemory().blocks - before.blocks; blocks > 0)
-        failCheck(std::to_string(blocks) + " blocks of memory are left behind when all is destroyed");
-    const HandlesInUse handles = handlesInUse();
-    if (handles.parameters > handlesBefore.parameters) warnCheck("parameters are left behind when all is destroyed");
-    if (handles.editors > handlesBefore.editors) warnCheck("networks are left behind when all is destroyed");
+        failCheck(fmt::format("{} blocks of memory are left behind after everything is destroyed", blocks));
+    const LiveHandles handles = liveHandles();
+    if (handles.parameters > handlesBefore.parameters)
+        warnCheck("parameters are left behind after everything is destroyed");
+    if (handles.editors > handlesBefore.editors) warnCheck("networks are left behind after everything is destroyed");
 }
 
-// `names`: the nodes that take part; without any, all.
-void walkWith(const CheckTask &task, std::vector<std::string> names) {
-    const std::string script = randomScript(task.seed, kScript);
-    const auto nodes = [&](const WatchedModule &module) { return names.empty() ? module.names() : names; };
-    const std::string triedOut = elsewhere([&](PassedOn &passed) {
-                                     WatchedModule module(task.module);
-                                     passed.add(tryOut(module, nodes(module), task.seed));
-                                 }).at(0);
-    std::vector<std::string> expected = elsewhere([&](PassedOn &passed) {
+// Walks one script three times: with one thread in another process, which records the results; with several threads,
+// compared with the record; and again, to see that no memory is leaked. `names` are the nodes that take part; all if it
+// is empty.
+void walkWithNodes(const CheckTask &task, std::vector<std::string> names) {
+    const std::string script = randomCallScript(task.seed, kScript);
+    const auto namesIn = [&](const WatchedModule &module) { return names.empty() ? module.names() : names; };
+    const std::string classes = inOtherProcess([&](SharedStrings &strings) {
+                                    WatchedModule module(task.module);
+                                    strings.add(classifyNodes(module, namesIn(module), task.seed));
+                                }).at(0);
+    std::vector<std::string> expected = inOtherProcess([&](SharedStrings &strings) {
         WatchedModule module(task.module);
-        Keeping record(passed);
-        const WalkManner manner{.threads = nullptr, .renders = kRenders, .record = &record};
-        walk(makeCast(module, nodes(module), triedOut), script, manner);
+        RecordingJournal journal(strings);
+        const WalkOptions options{.threads = nullptr, .renders = kRenders, .journal = &journal};
+        randomWalk(makeNodeSet(module, namesIn(module), classes), script, options);
     });
     WatchedModule module(task.module);
-    const Cast cast = makeCast(module, nodes(module), triedOut);
+    const NodeSet nodes = makeNodeSet(module, namesIn(module), classes);
     RenderThreads threads;
-    Comparing record(std::move(expected));
-    walk(cast, script, {.threads = &threads, .renders = 1, .record = &record});
-    // What is made once and kept is there by now; a second time, nothing more may stay.
+    ComparingJournal journal(std::move(expected));
+    randomWalk(nodes, script, {.threads = &threads, .renders = 1, .journal = &journal});
+    // By now, everything that the module allocates once and keeps exists; the same walk again may leave nothing more.
     const MemoryInUse memory = moduleMemory();
-    const HandlesInUse handles = handlesInUse();
-    walk(cast, script, {.threads = &threads, .renders = 1, .record = nullptr});
-    mustLeaveNothing(memory, handles);
+    const LiveHandles handles = liveHandles();
+    randomWalk(nodes, script, {.threads = &threads, .renders = 1, .journal = nullptr});
+    requireNothingLeft(memory, handles);
 }
 
-void walkWithOne(const CheckTask &task) { walkWith(task, {task.server}); }
-void walkWithAll(const CheckTask &task) { walkWith(task, {}); }
+void walkWithOne(const CheckTask &task) { walkWithNodes(task, {task.server}); }
+void walkWithAll(const CheckTask &task) { walkWithNodes(task, {}); }
 
 constexpr Check kChecks[] = {
-    {"together.one", 10, CheckScope::node, "any legal calls, among up to 64 instances of one node", walkWithOne,
+    {"together.one", 10, CheckScope::node, "any legal calls among up to 64 instances of one node", walkWithOne,
      kTurnsOfOne},
-    {"together.all", 10, CheckScope::module, "any legal calls, among up to 64 instances of all nodes", walkWithAll,
+    {"together.all", 10, CheckScope::module, "any legal calls among up to 64 instances of all nodes", walkWithAll,
      kTurnsOfAll},
 };
 

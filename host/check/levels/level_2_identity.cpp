@@ -1,9 +1,11 @@
-// Level 2: what the module says of itself, and how its servers are activated.
+// Level 2: the server table, and the activation of the servers.
+#include "host/check/fixture/fixture.h"
+#include "host/check/levels/levels.h"
 #include "host/check/process/check_record.h"
 #include "host/check/process/child.h"
-#include "host/check/levels/levels.h"
-#include "host/check/fixture/fixture.h"
 #include "host/load/lookup.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <climits>
@@ -17,7 +19,7 @@ namespace {
 constexpr std::size_t kLongestText = 255;
 constexpr int kMostTags = 256, kActivations = 100;
 
-// A text that people and files can do with.
+// Whether a text can be shown and saved: not empty, not too long, no control characters.
 bool isUsable(const char *text) {
     const std::size_t length = strnlen(text, kLongestText + 1);
     return length > 0 && length <= kLongestText &&
@@ -28,22 +30,22 @@ void checkTags(const HostServer &server) {
     bool named = false;
     int count = 0;
     for (const HostTag *tag = server.tags; tag && tag->text; ++tag) {
-        if (++count > kMostTags) failCheck("the tags of \"" + std::string(server.name) + "\" have no end");
-        if (!isUsable(tag->text)) failCheck("a tag of \"" + std::string(server.name) + "\" is no text");
+        if (++count > kMostTags) failCheck(fmt::format("the tag list of \"{}\" has no end", server.name));
+        if (!isUsable(tag->text)) failCheck(fmt::format("a tag of \"{}\" is not a usable text", server.name));
         named = named || tag->code == kTagUserName;
     }
-    if (!named) warnCheck("\"" + std::string(server.name) + "\" has no display name");
+    if (!named) warnCheck(fmt::format("\"{}\" has no display name", server.name));
 }
 
 void checkRow(const HostServer &server, std::set<std::pair<std::string, std::string>> &seen) {
     if (!server.name || !isUsable(server.name)) failCheck("a server has no usable name");
     if (!seen.emplace(server.className, server.name).second)
-        failCheck("two servers of the class " + std::string(server.className) + " are called \"" + server.name + "\"");
+        failCheck(fmt::format("two servers of the class {} are called \"{}\"", server.className, server.name));
     checkTags(server);
 }
 
-void tableIsInOrder(const CheckTask &task) {
-    const CallScope noted(-1, "reading the server table");
+void tableIsValid(const CheckTask &task) {
+    const CallScope scope(kModuleItself, "reading the server table");
     const Module module = Module::open(task.module);
     const HostServer *table = module.servers();
     std::set<std::pair<std::string, std::string>> seen;
@@ -54,15 +56,15 @@ void tableIsInOrder(const CheckTask &task) {
         if (className != HOST_CLASS_NODE_HANDLER && className != HOST_CLASS_NODE_INTERFACE)
             warnCheck("this host knows no servers of the class " + className);
         else if (className == HOST_CLASS_NODE_HANDLER && !table[i].activate)
-            warnCheck("\"" + std::string(table[i].name) + "\" is listed without an activation");
+            warnCheck(fmt::format("\"{}\" is listed without an activation", table[i].name));
         else if (className == HOST_CLASS_NODE_INTERFACE && !findServer(table, HOST_CLASS_NODE_HANDLER, table[i].name))
-            failCheck("there is a panel for \"" + std::string(table[i].name) + "\", but no such node");
+            failCheck(fmt::format("there is a panel for \"{}\", but no such node", table[i].name));
     }
     if (nodeNames(table).size() == kMostServers)
-        warnCheck("only the first " + std::to_string(kMostServers) + " nodes are checked");
+        warnCheck(fmt::format("only the first {} nodes are checked", kMostServers));
 }
 
-// All texts of the table, one after the other.
+// The contents of the server table as text, for comparison.
 std::string tableText(const std::string &file) {
     const Module module = Module::open(file);
     std::string text;
@@ -77,12 +79,12 @@ std::string tableText(const std::string &file) {
 }
 
 void sameInTwoProcesses(const CheckTask &task) {
-    SharedBoard names;
+    SharedCheckRecord names;
     Child other(
         *names,
         [&] {
             shiftAddresses(task.seed);
-            warnCheck(tableText(task.module)); // the way back to us
+            warnCheck(tableText(task.module)); // the warning carries the text to this process
         },
         kOtherProcessSeconds);
     const ChildEnd end = waitFor(other);
@@ -92,8 +94,8 @@ void sameInTwoProcesses(const CheckTask &task) {
         failCheck("another process finds another server table, from " + difference(here, end.message));
 }
 
-// Records for an activation, with marks before, between and behind them.
-struct Marked {
+// The records that an activation fills in, between marks that it must not overwrite.
+struct MarkedRecords {
     unsigned char before[64];
     HostInstanceOps instance;
     unsigned char second[64];
@@ -104,15 +106,15 @@ struct Marked {
     HostNodeInterface interface;
     unsigned char after[64];
 
-    explicit Marked(void *ofInstance) {
+    explicit MarkedRecords(void *ofInstance) {
         std::memset(static_cast<void *>(this), 0xa5, sizeof *this);
         handler.instance = &instance;
         handler.item = &item;
         handler.render = &render;
         interface = {.instance = ofInstance, .panel = nullptr, .options = nullptr, .command = nullptr};
     }
-    bool operator==(const Marked &other) const {
-        Marked moved = other;
+    bool operator==(const MarkedRecords &other) const {
+        MarkedRecords moved = other;
         moved.handler.instance = handler.instance;
         moved.handler.item = handler.item;
         moved.handler.render = handler.render;
@@ -120,53 +122,54 @@ struct Marked {
     }
 };
 
-bool marksStand(const Marked &marked) {
-    const Marked fresh(nullptr);
-    return std::memcmp(marked.before, fresh.before, sizeof fresh.before) == 0 &&
-           std::memcmp(marked.second, fresh.second, sizeof fresh.second) == 0 &&
-           std::memcmp(&marked.item, &fresh.item, sizeof fresh.item) == 0 &&
-           std::memcmp(marked.third, fresh.third, sizeof fresh.third) == 0 &&
-           std::memcmp(marked.after, fresh.after, sizeof fresh.after) == 0;
+bool marksAreIntact(const MarkedRecords &records) {
+    const MarkedRecords fresh(nullptr);
+    return std::memcmp(records.before, fresh.before, sizeof fresh.before) == 0 &&
+           std::memcmp(records.second, fresh.second, sizeof fresh.second) == 0 &&
+           std::memcmp(&records.item, &fresh.item, sizeof fresh.item) == 0 &&
+           std::memcmp(records.third, fresh.third, sizeof fresh.third) == 0 &&
+           std::memcmp(records.after, fresh.after, sizeof fresh.after) == 0;
 }
 
-// The two servers of a node, and how they are activated by hand.
+// The two servers of a node, which the checks activate themselves.
 class Servers {
   public:
     explicit Servers(const CheckTask &task)
-        : module_(task.module), stage_(module_, task.server),
+        : module_(task.module), fixture_(module_, task.server),
           handler_(findServer(module_.module().servers(), HOST_CLASS_NODE_HANDLER, task.server)),
           interface_(findServer(module_.module().servers(), HOST_CLASS_NODE_INTERFACE, task.server)) {
         if (interface_ && !interface_->activate) interface_ = nullptr;
     }
 
     bool hasInterface() const { return interface_ != nullptr; }
-    Marked fresh() { return Marked(stage_.node().instance); }
-    int activate(bool handler, int version, HostLookup *services, Marked &marked) {
+    MarkedRecords fresh() { return MarkedRecords(fixture_.node().instance); }
+    int activate(bool handler, int version, HostLookup *services, MarkedRecords &records) {
         const HostServer &server = handler ? *handler_ : *interface_;
-        const CallScope noted(stage_.server(), handler ? "activate" : "activate the panel");
+        const CallScope callScope(fixture_.server(), handler ? "activate" : "activate the panel");
         const PhaseScope phase(Phase::interface);
-        void *local = handler ? static_cast<void *>(&marked.handler) : &marked.interface;
-        marked.handler.instance = &marked.instance;
-        marked.handler.item = &marked.item;
-        marked.handler.render = &marked.render;
+        void *local = handler ? static_cast<void *>(&records.handler) : &records.interface;
+        records.handler.instance = &records.instance;
+        records.handler.item = &records.item;
+        records.handler.render = &records.render;
         const int result = server.activate(version, services, local, nullptr);
         if (result < kActivateOk || result > kActivateBadApplicationQuiet)
-            failCheck("an activation gives " + std::to_string(result) + ", which is no result");
-        if (!marksStand(marked)) failCheck("an activation writes to what is not for it to fill");
+            failCheck(fmt::format("an activation returns {}, which is not an activation result", result));
+        if (!marksAreIntact(records)) failCheck("an activation writes to memory that it must leave alone");
         return result;
     }
-    // A refusal leaves the record alone.
+    // Activates, and fails the check if an activation that refuses has changed the records.
     int activateOrRefuse(bool handler, int version, HostLookup *services) {
-        const Marked before = fresh();
-        Marked marked = before;
-        const int result = activate(handler, version, services, marked);
-        if (result != kActivateOk && !(before == marked)) failCheck("an activation that refuses has filled its record");
+        const MarkedRecords before = fresh();
+        MarkedRecords records = before;
+        const int result = activate(handler, version, services, records);
+        if (result != kActivateOk && !(before == records))
+            failCheck("an activation that refuses has filled in its record");
         return result;
     }
 
   private:
     WatchedModule module_;
-    Stage stage_;
+    Fixture fixture_;
     const HostServer *handler_, *interface_;
 };
 
@@ -177,85 +180,84 @@ void refusesWrongVersions(const CheckTask &task) {
         const int right = handler ? int{kNodeHandlerVersion} : int{kNodeInterfaceVersion};
         for (const int version : {0, -1, right - 1, right + 1, 1000, INT_MAX, INT_MIN})
             if (version != right && servers.activateOrRefuse(handler, version, lookup) == kActivateOk)
-                failCheck("it takes version " + std::to_string(version) + " of " +
-                          (handler ? HOST_CLASS_NODE_HANDLER : HOST_CLASS_NODE_INTERFACE));
+                failCheck(fmt::format("it accepts version {} of {}", version,
+                                      handler ? HOST_CLASS_NODE_HANDLER : HOST_CLASS_NODE_INTERFACE));
         if (servers.activateOrRefuse(handler, right, lookup) != kActivateOk)
             failCheck("it refuses the right version after wrong ones");
     }
 }
 
-// A host that lacks services.
-std::set<std::string> asked, denied;
-bool denyAll;
+// A lookup function that withholds some services, and notes which ones are requested.
+std::set<std::string> requested, withheld;
+bool withholdsAll;
 
 void *partialLookup(const char *service, int use) {
-    asked.insert(service ? service : "");
-    return denyAll || denied.contains(service ? service : "") ? nullptr : lookup(service, use);
+    requested.insert(service ? service : "");
+    return withholdsAll || withheld.contains(service ? service : "") ? nullptr : lookup(service, use);
 }
 
-void denyEach(Servers &servers, bool handler) {
-    asked.clear();
-    denied.clear();
-    denyAll = false;
+void withholdEach(Servers &servers, bool handler) {
+    requested.clear();
+    withheld.clear();
+    withholdsAll = false;
     if (servers.activateOrRefuse(handler, handler ? kNodeHandlerVersion : kNodeInterfaceVersion, partialLookup) !=
         kActivateOk)
-        failCheck("it refuses to work with all services there");
-    const std::set<std::string> all = asked;
+        failCheck("it refuses although all services are there");
+    const std::set<std::string> all = requested;
     const int version = handler ? int{kNodeHandlerVersion} : int{kNodeInterfaceVersion};
     for (const std::string &service : all) {
-        denied = {service};
+        withheld = {service};
         const int result = servers.activateOrRefuse(handler, version, partialLookup);
         if (result != kActivateOk && result != kActivateBadGlobal)
-            failCheck("without the service \"" + service + "\" an activation gives " + std::to_string(result) +
-                      " instead of " + std::to_string(kActivateBadGlobal));
+            failCheck(fmt::format("without the service \"{}\" an activation returns {} instead of {}", service, result,
+                                  int{kActivateBadGlobal}));
     }
-    denyAll = true;
+    withholdsAll = true;
     const int result = servers.activateOrRefuse(handler, version, partialLookup);
     if (result != kActivateBadGlobal && !all.empty())
-        failCheck("without any service an activation gives " + std::to_string(result));
-    denyAll = false;
-    denied.clear();
+        failCheck("without any service an activation returns " + std::to_string(result));
+    withholdsAll = false;
+    withheld.clear();
     if (servers.activateOrRefuse(handler, version, partialLookup) != kActivateOk)
-        failCheck("it refuses to work once services are back");
+        failCheck("it refuses when the services are available again");
 }
 
-void standsMissingServices(const CheckTask &task) {
+void refusesMissingServices(const CheckTask &task) {
     Servers servers(task);
-    denyEach(servers, true);
-    if (servers.hasInterface()) denyEach(servers, false);
+    withholdEach(servers, true);
+    if (servers.hasInterface()) withholdEach(servers, false);
 }
 
-void activatesAlike(const CheckTask &task) {
+void activatesRepeatably(const CheckTask &task) {
     Servers servers(task);
-    Marked first = servers.fresh();
+    MarkedRecords first = servers.fresh();
     servers.activate(true, kNodeHandlerVersion, lookup, first);
     if (!first.instance.create || !first.instance.destroy || !first.handler.evaluate)
-        failCheck("the handler does not say how it is created, destroyed and evaluated");
+        failCheck("the handler lacks a function to create, destroy or evaluate");
     for (int i = 1; i < kActivations; ++i) {
-        Marked again = servers.fresh();
+        MarkedRecords again = servers.fresh();
         servers.activate(true, kNodeHandlerVersion, lookup, again);
-        if (!(first == again))
-            failCheck("activation " + std::to_string(i + 1) + " fills another record than the first");
+        if (!(first == again)) failCheck(fmt::format("activation {} fills in another record than the first", i + 1));
     }
     if (!servers.hasInterface()) return;
-    Marked shown = servers.fresh();
+    MarkedRecords shown = servers.fresh();
     servers.activate(false, kNodeInterfaceVersion, lookup, shown);
     for (int i = 1; i < kActivations; ++i) {
-        Marked again = servers.fresh();
+        MarkedRecords again = servers.fresh();
         servers.activate(false, kNodeInterfaceVersion, lookup, again);
-        if (again.interface.panel != shown.interface.panel) warnCheck("each activation makes a new panel");
+        if (again.interface.panel != shown.interface.panel) warnCheck("each activation creates a new panel");
     }
 }
 
 constexpr Check kChecks[] = {
-    {"identity.table", 2, CheckScope::module, "the server table ends, with names of their own and texts in it",
-     tableIsInOrder},
+    {"identity.table", 2, CheckScope::module, "the server table has an end, unique names and usable texts",
+     tableIsValid},
     {"identity.processes", 2, CheckScope::module, "the server table is the same in two processes", sameInTwoProcesses},
-    {"identity.versions", 2, CheckScope::node, "wrong versions are refused, and the record left alone",
+    {"identity.versions", 2, CheckScope::node, "wrong versions are refused and the record is left alone",
      refusesWrongVersions},
-    {"identity.services", 2, CheckScope::node, "missing services are told, and the record left alone",
-     standsMissingServices},
-    {"identity.repeats", 2, CheckScope::node, "a hundred activations fill the same record", activatesAlike},
+    {"identity.services", 2, CheckScope::node, "missing services are reported and the record is left alone",
+     refusesMissingServices},
+    {"identity.repeats", 2, CheckScope::node, "a hundred activations fill in the same record", activatesRepeatably},
 };
 
 } // namespace

@@ -1,8 +1,10 @@
-// Level 3: instances come and go.
+// Level 3: the life of instances, from creation to destruction.
+#include "host/check/fixture/fixture.h"
+#include "host/check/levels/levels.h"
 #include "host/check/process/check_record.h"
 #include "host/check/watch/imports.h"
-#include "host/check/levels/levels.h"
-#include "host/check/fixture/fixture.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <memory>
@@ -13,121 +15,123 @@ namespace {
 
 constexpr int kFirstLives = 20, kLives = 1000, kInstances = 8, kRounds = 40, kSamples = 4;
 
-struct Held {
+struct Resources {
     MemoryInUse memory;
-    HandlesInUse handles;
+    LiveHandles handles;
 };
 
-Held heldAfter(WatchedModule &module, const std::string &server, int lives) {
+Resources resourcesAfter(WatchedModule &module, const std::string &server, int lives) {
     for (int i = 0; i < lives; ++i) {
         noteRound(static_cast<std::uint64_t>(i));
-        Stage stage(module, server);
-        if (i % 2 == 1) stage.panel();
+        Fixture fixture(module, server);
+        if (i % 2 == 1) fixture.panel();
     }
-    return {moduleMemory(), handlesInUse()};
+    return {moduleMemory(), liveHandles()};
 }
 
 void leavesNothingBehind(const CheckTask &task) {
     WatchedModule module(task.module);
-    const Held before = heldAfter(module, task.server, kFirstLives);
-    const Held after = heldAfter(module, task.server, kLives);
+    const Resources before = resourcesAfter(module, task.server, kFirstLives);
+    const Resources after = resourcesAfter(module, task.server, kLives);
     const long blocks = after.memory.blocks - before.memory.blocks;
-    const std::string each = " are left behind by " + std::to_string(kLives) + " instances";
-    if (blocks >= kLives) failCheck(std::to_string(blocks) + " blocks of memory" + each);
-    if (blocks > 0) warnCheck(std::to_string(blocks) + " blocks of memory" + each);
+    const auto leaked = [](long count, const char *what) {
+        return fmt::format("{} {} are left behind by {} instances", count, what, kLives);
+    };
+    if (blocks >= kLives) failCheck(leaked(blocks, "blocks of memory"));
+    if (blocks > 0) warnCheck(leaked(blocks, "blocks of memory"));
     if (const long left = after.handles.parameters - before.handles.parameters; left > 0)
-        warnCheck(std::to_string(left) + " parameters" + each);
-    if (const long left = after.handles.editors - before.handles.editors; left > 0)
-        warnCheck(std::to_string(left) + " networks" + each);
+        warnCheck(leaked(left, "parameters"));
+    if (const long left = after.handles.editors - before.handles.editors; left > 0) warnCheck(leaked(left, "networks"));
 }
 
-std::vector<ShadingSample> samplesOnThreads(Dice &dice, int count) {
+std::vector<ShadingSample> samplesOnThreads(Generator &random, int count) {
     std::vector<ShadingSample> samples;
-    for (int i = 0; i < count; ++i) samples.push_back(makeSample(dice, i % kMaxThreads));
+    for (int i = 0; i < count; ++i) samples.push_back(makeSample(random, i % kMaxThreads));
     return samples;
 }
 
-void render(Stage &stage, Dice &dice, int mode) {
-    stage.start(mode);
+void render(Fixture &fixture, Generator &random, int mode) {
+    fixture.start(mode);
     for (int frame = 1; frame <= 2; ++frame) {
-        stage.frame(frame, frame / 25.0);
-        stage.evaluate(samplesOnThreads(dice, kSamples));
+        fixture.frame(frame, frame / 25.0);
+        fixture.evaluate(samplesOnThreads(random, kSamples));
     }
-    stage.end();
+    fixture.end();
 }
 
-void must(HostError error, const char *what) {
-    if (error) failCheck(std::string(what) + " gives the error: " + error);
+void requireSuccess(HostError error, const char *what) {
+    if (error) failCheck(fmt::format("{} reports the error: {}", what, error));
 }
 
-// Everything that a host calls in a node's life, in its order.
-void wholeLife(WatchedModule &module, const std::string &server, Dice &dice) {
-    Stage stage(module, server), copy(module, server);
-    stage.panel();
-    render(stage, dice, kInitPreview);
-    stage.randomSettings(dice);
-    render(stage, dice, kInitRender);
+// All calls that a host makes in a node's life, in their usual order.
+void fullLife(WatchedModule &module, const std::string &server, Generator &random) {
+    Fixture fixture(module, server), copy(module, server);
+    fixture.panel();
+    render(fixture, random, kInitPreview);
+    fixture.randomSettings(random);
+    render(fixture, random, kInitRender);
     for (const int mode : {kStateBinary, kStateText}) {
-        const std::string saved = stage.save(mode);
-        must(copy.load(saved, mode), "loading");
+        const std::string saved = fixture.save(mode);
+        requireSuccess(copy.load(saved, mode), "loading");
     }
-    must(copy.copyFrom(stage), "copying");
-    render(copy, dice, kInitRender);
-    render(stage, dice, kInitRender);
+    requireSuccess(copy.copyFrom(fixture), "copying");
+    render(copy, random, kInitRender);
+    render(fixture, random, kInitRender);
 }
 
-void livesTwice(const CheckTask &task) {
+void followsTheRules(const CheckTask &task) {
     WatchedModule module(task.module);
-    Dice dice(task.seed);
+    Generator random(task.seed);
     for (std::uint64_t life = 0; life < 2; ++life) {
         noteRound(life);
-        wholeLife(module, task.server, dice);
+        fullLife(module, task.server, random);
     }
 }
 
 std::string connectors(HostNode &node) {
     std::string text;
-    for (const auto &input : node.inputs) text += "in " + input->name + ' ' + typeName(input->type) + '\n';
-    for (const auto &output : node.outputs) text += "out " + output->name + ' ' + typeName(output->type) + '\n';
+    for (const auto &input : node.inputs) text += fmt::format("in {} {}\n", input->name, typeName(input->type));
+    for (const auto &output : node.outputs) text += fmt::format("out {} {}\n", output->name, typeName(output->type));
     return text;
 }
 
 void hasTheSameConnectors(const CheckTask &task) {
     WatchedModule module(task.module);
-    Dice dice(task.seed);
-    Stage first(module, task.server);
+    Generator random(task.seed);
+    Fixture first(module, task.server);
     const std::string expected = connectors(first.node());
     if (first.node().outputs.empty()) warnCheck("it has no output");
     for (int i = 1; i < kInstances; ++i) {
-        Stage other(module, task.server);
+        Fixture other(module, task.server);
         if (connectors(other.node()) != expected)
-            failCheck("instance " + std::to_string(i + 1) + " has other inputs or outputs than the first");
-        if (i % 2 == 1) other.randomSettings(dice);
+            failCheck(fmt::format("instance {} has other inputs or outputs than the first", i + 1));
+        if (i % 2 == 1) other.randomSettings(random);
     }
 }
 
-void diesInAnyOrder(const CheckTask &task) {
+void endsInAnyOrder(const CheckTask &task) {
     WatchedModule module(task.module);
-    Dice dice(task.seed);
-    std::vector<std::unique_ptr<Stage>> stages;
+    Generator random(task.seed);
+    std::vector<std::unique_ptr<Fixture>> fixtures;
     for (int round = 0; round < kRounds * kInstances; ++round) {
         noteRound(static_cast<std::uint64_t>(round));
-        if (stages.size() < kInstances && dice.chance(0.55)) {
-            stages.push_back(std::make_unique<Stage>(module, task.server));
-            stages.back()->panel();
-        } else if (!stages.empty()) {
-            stages.erase(stages.begin() + dice.below(stages.size()));
+        if (fixtures.size() < kInstances && random.chance(0.55)) {
+            fixtures.push_back(std::make_unique<Fixture>(module, task.server));
+            fixtures.back()->panel();
+        } else if (!fixtures.empty()) {
+            fixtures.erase(fixtures.begin() + random.below(fixtures.size()));
         }
-        for (const auto &stage : stages) render(*stage, dice, kInitRender);
+        for (const auto &fixture : fixtures) render(*fixture, random, kInitRender);
     }
 }
 
 constexpr Check kChecks[] = {
     {"life.balance", 3, CheckScope::node, "a thousand instances leave neither memory nor host objects behind",
      leavesNothingBehind},
-    {"life.calls", 3, CheckScope::node, "two whole lives keep to the wall's threads, phases and handles", livesTwice},
+    {"life.calls", 3, CheckScope::node, "two full lives keep to the interface's rules on threads, phases and handles",
+     followsTheRules},
     {"life.connectors", 3, CheckScope::node, "all instances have the same inputs and outputs", hasTheSameConnectors},
-    {"life.order", 3, CheckScope::node, "instances end in any order without harm to the others", diesInAnyOrder},
+    {"life.order", 3, CheckScope::node, "instances may be destroyed in any order", endsInAnyOrder},
 };
 
 } // namespace

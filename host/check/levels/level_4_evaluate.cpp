@@ -1,11 +1,12 @@
 // Level 4: single evaluations, on one thread.
 #include "host/base/error.h"
+#include "host/check/fixture/fixture.h"
+#include "host/check/levels/levels.h"
 #include "host/check/process/check_record.h"
 #include "host/check/watch/imports.h"
-#include "host/check/levels/levels.h"
-#include "host/check/fixture/fixture.h"
 #include "host/check/watch/process_state.h"
 
+#include <fmt/format.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -20,30 +21,30 @@ namespace {
 
 constexpr int kSettings = 4, kSamples = 64, kConfirmations = 8;
 
-// Runs something with the defaults, and then with settings of chance.
-void withSettings(Stage &stage, Dice &dice, const std::function<void()> &run) {
+// Runs something with the default settings, and then with random ones.
+void withSettings(Fixture &fixture, Generator &random, const std::function<void()> &run) {
     for (int i = 0; i < kSettings; ++i) {
         noteRound(static_cast<std::uint64_t>(i));
-        if (i > 0) stage.randomSettings(dice);
+        if (i > 0) fixture.randomSettings(random);
         run();
     }
 }
 
-void setsWhatWasAsked(const CheckTask &task) {
+void setsItsOutputs(const CheckTask &task) {
     WatchedModule module(task.module);
-    Stage stage(module, task.server);
-    Dice dice(task.seed);
-    withSettings(stage, dice, [&] {
-        stage.start();
-        stage.frame(1, 0.04);
-        for (const auto &output : stage.node().outputs)
-            if (evaluateOutput(*output, makeSample(dice)).sets == 0)
-                warnCheck("output \"" + output->name + "\" is not always set");
-        stage.end();
+    Fixture fixture(module, task.server);
+    Generator random(task.seed);
+    withSettings(fixture, random, [&] {
+        fixture.start();
+        fixture.frame(1, 0.04);
+        for (const auto &output : fixture.node().outputs)
+            if (evaluateOutput(*output, makeSample(random)).sets == 0)
+                warnCheck(fmt::format("output \"{}\" is not always set", output->name));
+        fixture.end();
     });
 }
 
-// A sample at the very end of what may be read.
+// A sample at the end of readable memory, so that reading beyond it crashes.
 class GuardedSample {
   public:
     GuardedSample() : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
@@ -66,99 +67,99 @@ class GuardedSample {
 
 void leavesTheSampleAlone(const CheckTask &task) {
     WatchedModule module(task.module);
-    Stage stage(module, task.server);
-    Dice dice(task.seed);
+    Fixture fixture(module, task.server);
+    Generator random(task.seed);
     const GuardedSample guarded;
-    withSettings(stage, dice, [&] {
-        stage.start();
-        stage.frame(1, 0.04);
+    withSettings(fixture, random, [&] {
+        fixture.start();
+        fixture.frame(1, 0.04);
         for (int i = 0; i < kSamples; ++i) {
-            const ShadingSample sample = *guarded = makeSample(dice);
-            for (const auto &output : stage.node().outputs) evaluateOutput(*output, *guarded);
+            const ShadingSample sample = *guarded = makeSample(random);
+            for (const auto &output : fixture.node().outputs) evaluateOutput(*output, *guarded);
             if (std::memcmp(&sample, &*guarded, sizeof sample) != 0) failCheck("it writes to the sample");
         }
-        stage.end();
+        fixture.end();
     });
 }
 
-void isFiniteAtFirst(const CheckTask &task) {
+void isFiniteByDefault(const CheckTask &task) {
     WatchedModule module(task.module);
-    Stage stage(module, task.server);
-    Dice dice(task.seed);
-    stage.start();
-    stage.frame(1, 0.04);
+    Fixture fixture(module, task.server);
+    Generator random(task.seed);
+    fixture.start();
+    fixture.frame(1, 0.04);
     for (int i = 0; i < kSamples; ++i)
-        for (const auto &output : stage.node().outputs)
-            if (const Result result = evaluateOutput(*output, makeSample(dice)); !result.isFinite())
-                warnCheck("output \"" + output->name + "\" is not finite with the settings of a new instance");
-    stage.end();
+        for (const auto &output : fixture.node().outputs)
+            if (const Result result = evaluateOutput(*output, makeSample(random)); !result.isFinite())
+                warnCheck(fmt::format("output \"{}\" is not finite with the default settings", output->name));
+    fixture.end();
 }
 
-// Each sample is the first one on its render thread, so that nothing but chance may tell the orders apart.
-std::vector<Result> firstOnEachThread(Stage &stage, const std::vector<ShadingSample> &samples, bool backwards) {
-    stage.start();
-    stage.frame(1, 0.04);
+// Evaluates samples of different render threads in order or in reverse order, and returns the results in order. As each
+// is the first sample of its thread, both orders must give the same results unless the node draws random numbers.
+std::vector<Result> firstOnEachThread(Fixture &fixture, const std::vector<ShadingSample> &samples, bool backwards) {
+    fixture.start();
+    fixture.frame(1, 0.04);
     std::vector<ShadingSample> ordered = samples;
     if (backwards) std::reverse(ordered.begin(), ordered.end());
     std::vector<Result> results;
     for (const ShadingSample &sample : ordered) {
-        const std::vector<Result> some = stage.evaluate({sample});
+        const std::vector<Result> some = fixture.evaluate({sample});
         results.insert(backwards ? results.begin() : results.end(), some.begin(), some.end());
     }
-    stage.end();
+    fixture.end();
     return results;
 }
 
 void keepsThreadsApart(const CheckTask &task) {
     WatchedModule module(task.module);
-    Stage stage(module, task.server);
-    Dice dice(task.seed);
-    withSettings(stage, dice, [&] {
+    Fixture fixture(module, task.server);
+    Generator random(task.seed);
+    withSettings(fixture, random, [&] {
         std::vector<ShadingSample> samples;
-        for (int i = 0; i < kMaxThreads; ++i) samples.push_back(makeSample(dice, i));
-        const std::vector<Result> forwards = firstOnEachThread(stage, samples, false);
-        const std::vector<Result> backwards = firstOnEachThread(stage, samples, true);
+        for (int i = 0; i < kMaxThreads; ++i) samples.push_back(makeSample(random, i));
+        const std::vector<Result> forwards = firstOnEachThread(fixture, samples, false);
+        const std::vector<Result> backwards = firstOnEachThread(fixture, samples, true);
         if (forwards == backwards) return;
-        // A node that draws numbers gives something else each time; one that mixes up its threads gives the same.
+        // A node that draws random numbers gives other results each time. One that mixes up its threads repeats them.
         for (int i = 0; i < kConfirmations; ++i)
-            if (firstOnEachThread(stage, samples, false) != forwards ||
-                firstOnEachThread(stage, samples, true) != backwards)
+            if (firstOnEachThread(fixture, samples, false) != forwards ||
+                firstOnEachThread(fixture, samples, true) != backwards)
                 return;
-        failCheck("what a render thread gets depends on the samples of others");
+        failCheck("a render thread's results depend on the samples of others");
     });
 }
 
 void changesNothingElse(const CheckTask &task) {
     WatchedModule module(task.module);
-    Stage stage(module, task.server);
-    Dice dice(task.seed);
-    withSettings(stage, dice, [&] {
-        stage.start();
-        stage.frame(1, 0.04);
-        const Surroundings before = lookAround();
+    Fixture fixture(module, task.server);
+    Generator random(task.seed);
+    withSettings(fixture, random, [&] {
+        fixture.start();
+        fixture.frame(1, 0.04);
+        const ProcessState before = captureProcessState();
         long calls[kImportKinds];
         for (int kind = 0; kind < kImportKinds; ++kind) calls[kind] = importCalls(ImportKind{kind});
-        for (int i = 0; i < kSamples; ++i) stage.evaluate({makeSample(dice)});
+        for (int i = 0; i < kSamples; ++i) fixture.evaluate({makeSample(random)});
         for (int kind = 0; kind < kImportKinds; ++kind)
             if (importCalls(ImportKind{kind}) > calls[kind])
-                warnCheck("evaluating asks for " + std::string(importKindName(ImportKind{kind})) + " (" +
-                          lastImport(ImportKind{kind}) + ")");
-        const Surroundings after = lookAround();
+                warnCheck(fmt::format("evaluating requests {} ({})", importKindName(ImportKind{kind}),
+                                      lastImport(ImportKind{kind})));
+        const ProcessState after = captureProcessState();
         if (after.floatingPoint != before.floatingPoint) failCheck("evaluating changes the floating-point mode");
-        if (const std::string changes = changesBetween(before, after); !changes.empty())
+        if (const std::string changes = describeChanges(before, after); !changes.empty())
             failCheck("after evaluating " + changes);
-        stage.end();
+        fixture.end();
     });
 }
 
 constexpr Check kChecks[] = {
-    {"evaluate.sets", 4, CheckScope::node, "what is asked for is set, and nothing else", setsWhatWasAsked},
-    {"evaluate.sample", 4, CheckScope::node, "the sample is only read, and only as far as it goes",
-     leavesTheSampleAlone},
-    {"evaluate.finite", 4, CheckScope::node, "a new instance gives finite numbers", isFiniteAtFirst},
+    {"evaluate.sets", 4, CheckScope::node, "the requested output is set, and nothing else", setsItsOutputs},
+    {"evaluate.sample", 4, CheckScope::node, "the sample is only read, and not beyond its end", leavesTheSampleAlone},
+    {"evaluate.finite", 4, CheckScope::node, "a new instance gives finite numbers", isFiniteByDefault},
     {"evaluate.slots", 4, CheckScope::node, "a render thread's results do not depend on other threads' samples",
      keepsThreadsApart},
-    {"evaluate.process", 4, CheckScope::node, "evaluating changes nothing in the process, and asks it for nothing",
+    {"evaluate.process", 4, CheckScope::node, "evaluating changes nothing in the process and requests nothing from it",
      changesNothingElse},
 };
 

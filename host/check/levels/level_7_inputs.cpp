@@ -1,8 +1,8 @@
-// Level 7: whatever people and networks may feed a node. It may give anything, but has to come to an end of it.
-#include "host/check/process/check_record.h"
+// Level 7: extreme settings, inputs and samples. A node may give any result for them, but must not crash or hang.
+#include "host/check/fixture/fixture.h"
 #include "host/check/fixture/source_node.h"
 #include "host/check/levels/levels.h"
-#include "host/check/fixture/fixture.h"
+#include "host/check/process/check_record.h"
 
 #include <climits>
 #include <cmath>
@@ -13,8 +13,9 @@ namespace velm::host {
 
 namespace {
 
-constexpr int kSettings = 300, kFewSettings = 20, kWirings = 100, kNodesWired = 4, kTimes = 200, kOddSamples = 300;
-constexpr int kLongest = 1000; // of an odd whole number: counts of samples make an evaluation long
+constexpr int kSettings = 300, kFewSettings = 20, kNetworks = 100, kNodesPerNetwork = 4, kTimes = 200,
+              kOddSamples = 300;
+constexpr int kLongest = 1000; // largest odd integer, since sample counts make an evaluation slow
 
 using Limits = std::numeric_limits<double>;
 constexpr double kOddNumbers[] = {0.0,
@@ -36,163 +37,164 @@ constexpr double kOddNumbers[] = {0.0,
                                   Limits::infinity(),
                                   -Limits::infinity(),
                                   Limits::quiet_NaN()};
-constexpr int kOddWholes[] = {0, -1, 1, 2, 7, -2, 70, kLongest, -kLongest, INT_MIN, INT_MIN + 1, -32768};
+constexpr int kOddIntegers[] = {0, -1, 1, 2, 7, -2, 70, kLongest, -kLongest, INT_MIN, INT_MIN + 1, -32768};
 
-void renderSome(Stage &stage, const std::vector<ShadingSample> &samples) {
-    stage.start();
-    stage.frame(1, 0.04);
-    stage.evaluate(samples);
-    stage.end();
+void renderSome(Fixture &fixture, const std::vector<ShadingSample> &samples) {
+    fixture.start();
+    fixture.frame(1, 0.04);
+    fixture.evaluate(samples);
+    fixture.end();
 }
 
-std::vector<ShadingSample> someSamples(Dice &dice) { return {makeSample(dice, 0), makeSample(dice, 15)}; }
+std::vector<ShadingSample> someSamples(Generator &random) { return {makeSample(random, 0), makeSample(random, 15)}; }
 
-// What a control is tried with: its ends, what lies just beyond, and odd numbers.
-std::vector<double> endsOf(const PanelItem &control) {
+// The numbers that a control is tried with: its limits, their neighbours, and odd numbers.
+std::vector<double> limitsOf(const PanelItem &control) {
     std::vector<double> numbers;
     const double factor = control.type ? shownFactor(control.type->unit) : 1;
-    for (const auto &end : {control.minimum, control.maximum})
-        if (end)
-            for (const int beside : {-1, 0, 1}) numbers.push_back((*end + beside) / factor);
+    for (const auto &limit : {control.minimum, control.maximum})
+        if (limit)
+            for (const int offset : {-1, 0, 1}) numbers.push_back((*limit + offset) / factor);
     if (control.type && control.type->storage == Storage::whole)
-        numbers.insert(numbers.end(), std::begin(kOddWholes), std::end(kOddWholes));
+        numbers.insert(numbers.end(), std::begin(kOddIntegers), std::end(kOddIntegers));
     else
         for (const double number : kOddNumbers)
             if (std::isfinite(number)) numbers.push_back(number);
     return numbers;
 }
 
-void standsEnds(const CheckTask &task) {
+void survivesLimits(const CheckTask &task) {
     WatchedModule module(task.module);
-    Dice dice(task.seed);
+    Generator random(task.seed);
     std::uint64_t round = 0;
-    Stage shown(module, task.server);
+    Fixture shown(module, task.server);
     HostPanel *panel = shown.panel();
     if (!panel) return;
     for (const unsigned int id : panel->controls())
-        for (const double number : endsOf(*panel->find(id))) {
+        for (const double number : limitsOf(*panel->find(id))) {
             noteRound(++round);
-            Stage stage(module, task.server);
-            setNumber(*stage.panel(), *stage.panel()->find(id), number);
-            renderSome(stage, someSamples(dice));
-            stage.save();
+            Fixture fixture(module, task.server);
+            setNumber(*fixture.panel(), *fixture.panel()->find(id), number);
+            renderSome(fixture, someSamples(random));
+            fixture.save();
         }
 }
 
-void standsSettings(const CheckTask &task) {
+void survivesSettings(const CheckTask &task) {
     WatchedModule module(task.module);
-    Stage stage(module, task.server);
-    Dice dice(task.seed);
+    Fixture fixture(module, task.server);
+    Generator random(task.seed);
     for (int round = 0; round < kSettings; ++round) {
         noteRound(static_cast<std::uint64_t>(round));
-        stage.randomSettings(dice);
-        renderSome(stage, someSamples(dice));
+        fixture.randomSettings(random);
+        renderSome(fixture, someSamples(random));
     }
 }
 
-void connectAll(Stage &stage, HostNode &feeder, Dice &dice, double part) {
-    for (const auto &input : stage.node().inputs) {
-        stage.editor().disconnect(*input);
-        if (dice.chance(part)) stage.editor().connect(feederFor(feeder, *input), *input);
+void connectInputs(Fixture &fixture, HostNode &source, Generator &random, double probability) {
+    for (const auto &input : fixture.node().inputs) {
+        fixture.network().disconnect(*input);
+        if (random.chance(probability)) fixture.network().connect(sourceOutputFor(source, *input), *input);
     }
 }
 
-void standsOddInputs(const CheckTask &task) {
+void survivesOddInputs(const CheckTask &task) {
     WatchedModule module(task.module);
-    Stage stage(module, task.server);
-    HostNode &feeder = addFeeder(stage.editor());
-    Dice dice(task.seed);
+    Fixture fixture(module, task.server);
+    HostNode &source = addSourceNode(fixture.network());
+    Generator random(task.seed);
     std::uint64_t round = 0;
     for (int settings = 0; settings < kFewSettings; ++settings) {
-        if (settings > 0) stage.randomSettings(dice);
+        if (settings > 0) fixture.randomSettings(random);
         for (const double number : kOddNumbers) {
             noteRound(++round);
-            connectAll(stage, feeder, dice, settings == 0 ? 1 : 0.5);
-            feed(number, kOddWholes[dice.below(std::size(kOddWholes))]);
-            renderSome(stage, someSamples(dice));
+            connectInputs(fixture, source, random, settings == 0 ? 1 : 0.5);
+            setSourceValues(number, kOddIntegers[random.below(std::size(kOddIntegers))]);
+            renderSome(fixture, someSamples(random));
         }
     }
 }
 
-void makeOdd(ShadingSample &sample, Dice &dice) {
-    const auto odd = [&] { return kOddNumbers[dice.below(std::size(kOddNumbers))]; };
-    const auto maybe = [&](double(&triple)[3]) {
-        const bool zero = dice.chance(0.3);
-        if (dice.chance(0.3))
-            for (double &component : triple) component = zero ? 0 : odd();
+void makeOdd(ShadingSample &sample, Generator &random) {
+    const auto odd = [&] { return kOddNumbers[random.below(std::size(kOddNumbers))]; };
+    const auto maybe = [&](double(&vector)[3]) {
+        const bool zero = random.chance(0.3);
+        if (random.chance(0.3))
+            for (double &component : vector) component = zero ? 0 : odd();
     };
-    for (auto *triple : {&sample.position, &sample.geometricNormal, &sample.shadingNormal, &sample.raySource,
+    for (auto *vector : {&sample.position, &sample.geometricNormal, &sample.shadingNormal, &sample.raySource,
                          &sample.unbumpedNormal, &sample.objectPosition})
-        maybe(*triple);
-    if (dice.chance(0.3)) sample.rayLength = sample.spotSize = sample.cosine = odd();
-    if (dice.chance(0.3)) sample.refractionIndex = odd();
-    if (dice.chance(0.3)) sample.rayDepth = kOddWholes[dice.below(std::size(kOddWholes))];
-    if (dice.chance(0.3)) sample.pixelX = sample.pixelY = kOddWholes[dice.below(std::size(kOddWholes))];
-    if (dice.chance(0.3)) withoutRays(sample);
-    sample.rayFlags = dice.between(0, 127);
-    sample.threadIndex = dice.below(kMaxThreads);
+        maybe(*vector);
+    if (random.chance(0.3)) sample.rayLength = sample.spotSize = sample.cosine = odd();
+    if (random.chance(0.3)) sample.refractionIndex = odd();
+    if (random.chance(0.3)) sample.rayDepth = kOddIntegers[random.below(std::size(kOddIntegers))];
+    if (random.chance(0.3)) sample.pixelX = sample.pixelY = kOddIntegers[random.below(std::size(kOddIntegers))];
+    if (random.chance(0.3)) removeRays(sample);
+    sample.rayFlags = random.between(0, 127);
+    sample.threadIndex = random.below(kMaxThreads);
 }
 
-void standsOddSamples(const CheckTask &task) {
+void survivesOddSamples(const CheckTask &task) {
     WatchedModule module(task.module);
-    Stage stage(module, task.server);
-    Dice dice(task.seed);
+    Fixture fixture(module, task.server);
+    Generator random(task.seed);
     for (int round = 0; round < kOddSamples; ++round) {
         noteRound(static_cast<std::uint64_t>(round));
-        if (round % 5 == 4) stage.randomSettings(dice);
-        ShadingSample sample = makeSample(dice);
+        if (round % 5 == 4) fixture.randomSettings(random);
+        ShadingSample sample = makeSample(random);
         if (round == 0)
-            withoutRays(sample);
+            removeRays(sample);
         else
-            makeOdd(sample, dice);
-        renderSome(stage, {sample});
+            makeOdd(sample, random);
+        renderSome(fixture, {sample});
     }
 }
 
-void standsWirings(const CheckTask &task) {
+void survivesConnections(const CheckTask &task) {
     WatchedModule module(task.module);
     const std::vector<std::string> names = module.names();
-    Dice dice(task.seed);
-    for (int round = 0; round < kWirings; ++round) {
+    Generator random(task.seed);
+    for (int round = 0; round < kNetworks; ++round) {
         noteRound(static_cast<std::uint64_t>(round));
-        Network editor("Check", "Check", nullptr, nullptr);
-        for (int i = 0; i < kNodesWired; ++i)
-            editor.addNode(module.server(names[static_cast<std::size_t>(dice.below(names.size()))]));
-        connectAtRandom(editor, dice);
-        editor.init(kInitRender);
-        editor.newTime(1, 0.04);
-        const ShadingSample sample = makeSample(dice);
-        for (const auto &node : editor.nodes())
+        Network network("Check", "Check", nullptr, nullptr);
+        for (int i = 0; i < kNodesPerNetwork; ++i)
+            network.addNode(module.server(names[static_cast<std::size_t>(random.below(names.size()))]));
+        connectAtRandom(network, random);
+        network.init(kInitRender);
+        network.newTime(1, 0.04);
+        const ShadingSample sample = makeSample(random);
+        for (const auto &node : network.nodes())
             for (const auto &output : node->outputs) evaluateOutput(*output, sample);
-        editor.cleanup();
+        network.cleanup();
     }
 }
 
-void standsTimes(const CheckTask &task) {
+void survivesTimes(const CheckTask &task) {
     WatchedModule module(task.module);
-    Stage stage(module, task.server);
-    Dice dice(task.seed);
-    stage.randomSettings(dice);
-    stage.start();
+    Fixture fixture(module, task.server);
+    Generator random(task.seed);
+    fixture.randomSettings(random);
+    fixture.start();
     int frame = 10;
     for (int round = 0; round < kTimes; ++round) {
         noteRound(static_cast<std::uint64_t>(round));
-        if (dice.chance(0.2)) frame = dice.between(-1000, 1000000); // else one back, one on, or the same again
-        frame += dice.between(-1, 1);
-        stage.frame(frame, frame / 25.0);
-        stage.evaluate(someSamples(dice));
+        if (random.chance(0.2))
+            frame = random.between(-1000, 1000000); // else one frame back, one on, or the same again
+        frame += random.between(-1, 1);
+        fixture.frame(frame, frame / 25.0);
+        fixture.evaluate(someSamples(random));
     }
-    stage.end();
+    fixture.end();
 }
 
 constexpr Check kChecks[] = {
-    {"inputs.ends", 7, CheckScope::node, "every control may be set to its ends and beyond", standsEnds},
-    {"inputs.settings", 7, CheckScope::node, "hundreds of settings come to a result", standsSettings},
-    {"inputs.values", 7, CheckScope::node, "inputs may bring NaN, infinities, huge and tiny numbers", standsOddInputs},
-    {"inputs.samples", 7, CheckScope::node, "odd points, and samples without ray functions, come to a result",
-     standsOddSamples},
-    {"inputs.wirings", 7, CheckScope::module, "the module's nodes may be wired in any way", standsWirings},
-    {"inputs.times", 7, CheckScope::node, "time may go back, stand and leap", standsTimes},
+    {"inputs.ends", 7, CheckScope::node, "every control may be set to its limits and beyond", survivesLimits},
+    {"inputs.settings", 7, CheckScope::node, "hundreds of random settings give a result", survivesSettings},
+    {"inputs.values", 7, CheckScope::node, "inputs may give NaN, infinities, huge and tiny numbers", survivesOddInputs},
+    {"inputs.samples", 7, CheckScope::node, "odd samples, and samples without ray functions, give a result",
+     survivesOddSamples},
+    {"inputs.wirings", 7, CheckScope::module, "the module's nodes may be connected in any way", survivesConnections},
+    {"inputs.times", 7, CheckScope::node, "time may go back, stand still and jump", survivesTimes},
 };
 
 } // namespace

@@ -1,9 +1,9 @@
-// Level 8: saved data that somebody damaged, by chance or on purpose. Loading may refuse it, and must not fall over it.
+// Level 8: damaged saved data. Loading may refuse it, but must not crash or hang.
 #include "host/base/error.h"
-#include "host/check/process/check_record.h"
+#include "host/check/fixture/fixture.h"
 #include "host/check/levels/failing_state.h"
 #include "host/check/levels/levels.h"
-#include "host/check/fixture/fixture.h"
+#include "host/check/process/check_record.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 
@@ -15,74 +15,74 @@ namespace {
 
 constexpr int kMutations = 10000, kOneInstance = 50, kSeeds = 20;
 constexpr int kModes[] = {kStateBinary, kStateText};
-constexpr int kLongest = 1000; // a whole number beyond this may ask for an evaluation that takes long by right
+constexpr int kLongest = 1000; // larger integers may be sample counts, with which an evaluation is legitimately slow
 
 struct Saved {
     int mode;
     std::string bytes;
 };
 
-std::vector<Saved> savedBy(WatchedModule &module, const std::string &server, Dice &dice) {
+std::vector<Saved> makeSaved(WatchedModule &module, const std::string &server, Generator &random) {
     std::vector<Saved> all;
     for (int i = 0; i < kSeeds; ++i) {
-        Stage stage(module, server);
-        if (i > 0) stage.randomSettings(dice);
+        Fixture fixture(module, server);
+        if (i > 0) fixture.randomSettings(random);
         const int mode = kModes[i % 2];
-        all.push_back({mode, stage.save(mode)});
+        all.push_back({mode, fixture.save(mode)});
     }
     return all;
 }
 
-std::string oddToken(Dice &dice) {
+std::string oddToken(Generator &random) {
     static const char *const kTokens[] = {"",      "-1",     "0",   "32767", "-32768",     "65536", "2147483648",
                                           "1e999", "-1e999", "nan", "inf",   "1e-320",     "\"",    "\"\"",
                                           "{",     "}",      "%n",  "\\",    "{ Envelope", "VPRM",  "ffffffff"};
-    return kTokens[dice.below(std::size(kTokens))];
+    return kTokens[random.below(std::size(kTokens))];
 }
 
-// Another token in the place of one, as a text has them between blanks.
-void replaceToken(std::string &text, Dice &dice) {
+// Replaces a token of the text form, which separates them by blanks.
+void replaceToken(std::string &text, Generator &random) {
     if (text.empty()) return;
-    const auto at = static_cast<std::size_t>(dice.below(text.size()));
+    const auto at = static_cast<std::size_t>(random.below(text.size()));
     const std::size_t from = text.find_last_of(" \n", at) + 1;
     const std::size_t end = std::min(text.find_first_of(" \n", std::max(at, from)), text.size());
-    text.replace(from, std::max(end, from) - from, oddToken(dice));
+    text.replace(from, std::max(end, from) - from, oddToken(random));
 }
 
-// Another number in the place of one, as binary data has them.
-void replaceNumber(std::string &bytes, Dice &dice) {
+// Overwrites two or four bytes of the binary form, which are its numbers.
+void replaceNumber(std::string &bytes, Generator &random) {
     static constexpr unsigned int kNumbers[] = {0,          1,          0xffffffff, 0x7fffffff, 0x80000000,
                                                 0x7fff7fff, 0x80008000, 0x7f800000, 0x7fc00000, 0xff800000,
                                                 0x00000001, 0x0000ffff, 0xffff0000};
     if (bytes.empty()) return;
-    const unsigned int number = kNumbers[dice.below(std::size(kNumbers))];
-    const std::size_t width = dice.chance(0.5) ? 2 : 4, at = static_cast<std::size_t>(dice.below(bytes.size()));
+    const unsigned int number = kNumbers[random.below(std::size(kNumbers))];
+    const std::size_t width = random.chance(0.5) ? 2 : 4, at = static_cast<std::size_t>(random.below(bytes.size()));
     for (std::size_t i = 0; i < width && at + i < bytes.size(); ++i)
         bytes[at + i] = static_cast<char>(number >> (24 - 8 * i) & 0xff);
 }
 
-void mutate(Saved &saved, Dice &dice) {
+void mutate(Saved &saved, Generator &random) {
     std::string &bytes = saved.bytes;
-    for (int left = dice.between(1, 4); left > 0; --left) {
-        const auto at = static_cast<std::size_t>(bytes.empty() ? 0 : dice.below(bytes.size()));
-        switch (dice.below(5)) {
+    for (int left = random.between(1, 4); left > 0; --left) {
+        const auto at = static_cast<std::size_t>(bytes.empty() ? 0 : random.below(bytes.size()));
+        switch (random.below(5)) {
         case 0:
-            if (!bytes.empty()) bytes[at] = static_cast<char>(dice.below(256));
+            if (!bytes.empty()) bytes[at] = static_cast<char>(random.below(256));
             break;
-        case 1: bytes.erase(at, static_cast<std::size_t>(dice.between(1, 8))); break;
-        case 2: bytes.insert(at, bytes.substr(at, static_cast<std::size_t>(dice.between(1, 40)))); break;
+        case 1: bytes.erase(at, static_cast<std::size_t>(random.between(1, 8))); break;
+        case 2: bytes.insert(at, bytes.substr(at, static_cast<std::size_t>(random.between(1, 40)))); break;
         default:
             if (saved.mode == kStateText)
-                replaceToken(bytes, dice);
+                replaceToken(bytes, random);
             else
-                replaceNumber(bytes, dice);
+                replaceNumber(bytes, random);
         }
     }
 }
 
-// No count is so large that evaluating would take long.
-bool isQuick(Stage &stage) {
-    HostPanel *panel = stage.panel();
+// Whether all integer settings are small, so that evaluating is fast.
+bool isFast(Fixture &fixture) {
+    HostPanel *panel = fixture.panel();
     if (!panel) return true;
     return std::all_of(panel->controls().begin(), panel->controls().end(), [&](unsigned int id) {
         const PanelItem &control = *panel->find(id);
@@ -92,130 +92,132 @@ bool isQuick(Stage &stage) {
     });
 }
 
-// What a host does with a node that it has loaded, whatever became of it.
-void use(Stage &stage, Dice &dice) {
-    stage.save(kStateBinary);
-    if (!isQuick(stage)) return;
+// Saves and renders a node, as a host does after loading.
+void use(Fixture &fixture, Generator &random) {
+    fixture.save(kStateBinary);
+    if (!isFast(fixture)) return;
     try {
-        stage.start();
-        stage.frame(1, 0.04);
-        stage.evaluate({makeSample(dice)});
-        stage.end();
-    } catch (const InputError &) { // told by a node that holds a network, of what it could not load
+        fixture.start();
+        fixture.frame(1, 0.04);
+        fixture.evaluate({makeSample(random)});
+        fixture.end();
+    } catch (const InputError &) { // from a node whose nested network could not be loaded
     }
 }
 
-void standsMutations(const CheckTask &task) {
+void survivesMutations(const CheckTask &task) {
     WatchedModule module(task.module);
-    Dice dice(task.seed);
-    const std::vector<Saved> originals = savedBy(module, task.server, dice);
+    Generator random(task.seed);
+    const std::vector<Saved> originals = makeSaved(module, task.server, random);
     for (int round = 0; round < kMutations; round += kOneInstance) {
-        Stage stage(module, task.server);
+        Fixture fixture(module, task.server);
         for (int i = 0; i < kOneInstance; ++i) {
             noteRound(static_cast<std::uint64_t>(round + i));
-            Saved damaged = originals[static_cast<std::size_t>(dice.below(originals.size()))];
-            mutate(damaged, dice);
-            stage.load(damaged.bytes, damaged.mode);
-            if (i % 5 == 0) use(stage, dice);
+            Saved damaged = originals[static_cast<std::size_t>(random.below(originals.size()))];
+            mutate(damaged, random);
+            fixture.load(damaged.bytes, damaged.mode);
+            if (i % 5 == 0) use(fixture, random);
         }
-        use(stage, dice);
+        use(fixture, random);
     }
 }
 
-void standsCuts(const CheckTask &task) {
+void survivesCuts(const CheckTask &task) {
     WatchedModule module(task.module);
-    Dice dice(task.seed);
-    std::vector<Saved> originals = savedBy(module, task.server, dice);
+    Generator random(task.seed);
+    std::vector<Saved> originals = makeSaved(module, task.server, random);
     originals.resize(6);
-    Stage stage(module, task.server);
+    Fixture fixture(module, task.server);
     for (const Saved &original : originals)
         for (std::size_t from = 0; from < original.bytes.size(); ++from) {
             noteRound(from);
-            // The beginning is missing.
-            stage.load(std::string_view(original.bytes).substr(from), original.mode);
-            // A piece is missing.
-            std::string holed = original.bytes;
-            holed.erase(from, static_cast<std::size_t>(dice.between(1, 6)));
-            stage.load(holed, original.mode);
-            if (from % 16 == 0) use(stage, dice);
+            // Without its beginning.
+            fixture.load(std::string_view(original.bytes).substr(from), original.mode);
+            // Without a piece.
+            std::string cut = original.bytes;
+            cut.erase(from, static_cast<std::size_t>(random.between(1, 6)));
+            fixture.load(cut, original.mode);
+            if (from % 16 == 0) use(fixture, random);
         }
 }
 
-void standsFailingReads(const CheckTask &task) {
+void survivesFailingReads(const CheckTask &task) {
     WatchedModule module(task.module);
-    Dice dice(task.seed);
-    for (const Saved &original : savedBy(module, task.server, dice)) {
-        bool dry = true;
-        for (long reads = 0; dry; ++reads) {
+    Generator random(task.seed);
+    for (const Saved &original : makeSaved(module, task.server, random)) {
+        bool hasFailed = true;
+        for (long reads = 0; hasFailed; ++reads) {
             noteRound(static_cast<std::uint64_t>(reads));
-            Stage stage(module, task.server);
-            const auto load = stage.node().handler->instance->load;
+            Fixture fixture(module, task.server);
+            const auto load = fixture.node().handler->instance->load;
             if (!load) return;
             StateReader reader(original.mode, original.bytes, "saved");
-            const FailingReads failing(reader.state(), reads);
-            load(stage.node().instance, failing.state());
-            dry = failing.ranDry();
-            use(stage, dice);
+            const FailingLoadState failing(reader.state(), reads);
+            load(fixture.node().instance, failing.state());
+            hasFailed = failing.hasFailed();
+            use(fixture, random);
         }
     }
 }
 
-// Saves with every write failing in turn; false when none was left to fail.
-bool saveUntil(Stage &stage, int mode, long writes) {
+// Saves with the first `writes` writes succeeding. False if all succeeded.
+bool saveFailingAfter(Fixture &fixture, int mode, long writes) {
     StateWriter writer(mode);
-    const FailingWrites failing(writer.state(), writes);
-    stage.node().handler->instance->save(stage.node().instance, failing.state());
-    return failing.ranDry();
+    const FailingSaveState failing(writer.state(), writes);
+    fixture.node().handler->instance->save(fixture.node().instance, failing.state());
+    return failing.hasFailed();
 }
 
-void standsFailingWrites(const CheckTask &task) {
+void survivesFailingWrites(const CheckTask &task) {
     WatchedModule module(task.module);
-    Dice dice(task.seed);
-    Stage stage(module, task.server);
-    if (!stage.node().handler->instance->save) return;
+    Generator random(task.seed);
+    Fixture fixture(module, task.server);
+    if (!fixture.node().handler->instance->save) return;
     for (int i = 0; i < kSeeds; ++i) {
-        if (i > 0) stage.randomSettings(dice);
+        if (i > 0) fixture.randomSettings(random);
         const int mode = kModes[i % 2];
-        const std::string whole = stage.save(mode);
-        for (long writes = 0; saveUntil(stage, mode, writes); ++writes) {
+        const std::string expected = fixture.save(mode);
+        for (long writes = 0; saveFailingAfter(fixture, mode, writes); ++writes) {
             noteRound(static_cast<std::uint64_t>(writes));
-            if (const std::string again = stage.save(mode); again != whole)
-                failCheck("saved again after its writes had failed it is not the same: " + difference(whole, again));
+            if (const std::string again = fixture.save(mode); again != expected)
+                failCheck("saving again after failed writes does not give the same data: " +
+                          difference(expected, again));
         }
-        use(stage, dice);
+        use(fixture, random);
     }
 }
 
-// A block that no module knows, as a later version of the host may write one.
-std::string strangeBlock(int mode) {
+// A block that the module does not know, as a later version of the host may write.
+std::string unknownBlock(int mode) {
     using namespace std::string_literals;
     return mode == kStateBinary ? "ZZZZ\0\4\1\2\3\4"s : "{ StrangeBlock\n  Strange 1 2 3\n}\n"s;
 }
 
-void standsUnknownBlocks(const CheckTask &task) {
+void skipsUnknownBlocks(const CheckTask &task) {
     WatchedModule module(task.module);
-    Dice dice(task.seed);
-    for (const Saved &original : savedBy(module, task.server, dice)) {
-        Stage plain(module, task.server), behind(module, task.server), between(module, task.server);
+    Generator random(task.seed);
+    for (const Saved &original : makeSaved(module, task.server, random)) {
+        Fixture plain(module, task.server), behind(module, task.server), between(module, task.server);
         plain.load(original.bytes, original.mode);
-        behind.load(original.bytes + strangeBlock(original.mode), original.mode);
-        if (plain.save() != behind.save()) failCheck("an unknown block behind the data changes what is loaded");
+        behind.load(original.bytes + unknownBlock(original.mode), original.mode);
+        if (plain.save() != behind.save()) failCheck("an unknown block after the data changes the loaded settings");
         for (std::size_t at = 0; at < original.bytes.size(); at += 3) {
             noteRound(at);
-            std::string strange = original.bytes;
-            strange.insert(at, strangeBlock(original.mode));
-            between.load(strange, original.mode);
+            std::string extended = original.bytes;
+            extended.insert(at, unknownBlock(original.mode));
+            between.load(extended, original.mode);
         }
-        use(between, dice);
+        use(between, random);
     }
 }
 
 constexpr Check kChecks[] = {
-    {"data.mutations", 8, CheckScope::node, "ten thousand damaged states are loaded or refused", standsMutations},
-    {"data.cuts", 8, CheckScope::node, "states that lack a piece anywhere are loaded or refused", standsCuts},
-    {"data.reads", 8, CheckScope::node, "every read may fail", standsFailingReads},
-    {"data.writes", 8, CheckScope::node, "every write may fail, and the next time all is saved", standsFailingWrites},
-    {"data.unknown", 8, CheckScope::node, "unknown blocks are passed over", standsUnknownBlocks},
+    {"data.mutations", 8, CheckScope::node, "ten thousand damaged states are loaded or refused", survivesMutations},
+    {"data.cuts", 8, CheckScope::node, "states with a piece missing anywhere are loaded or refused", survivesCuts},
+    {"data.reads", 8, CheckScope::node, "any read may fail", survivesFailingReads},
+    {"data.writes", 8, CheckScope::node, "any write may fail, and saving again gives the full data",
+     survivesFailingWrites},
+    {"data.unknown", 8, CheckScope::node, "unknown blocks are skipped", skipsUnknownBlocks},
 };
 
 } // namespace

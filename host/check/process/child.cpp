@@ -3,8 +3,9 @@
 #include "host/base/error.h"
 #include "host/guard/crash_handler.h"
 
+#include <fmt/format.h>
 #include <poll.h>
-#include <sys/mman.h> // memfd_create
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -20,7 +21,7 @@ namespace velm::host {
 
 namespace {
 
-constexpr off_t kPrintedTail = 3000; // bytes of a bad end's output that are told
+constexpr off_t kPrintedTail = 3000; // bytes of output reported after a crash or a hang
 
 std::string reason() { return std::strerror(errno); }
 
@@ -31,12 +32,12 @@ std::string signalText(int signal) {
 
 } // namespace
 
-Child::Child(const Blackboard &names, const std::function<void()> &work, double limitSeconds)
+Child::Child(const CheckRecord &names, const std::function<void()> &work, double limitSeconds)
     : start_(Clock::now()),
       deadline_(start_ + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(limitSeconds))),
       limit_(limitSeconds) {
-    board_->serverCount = names.serverCount;
-    std::memcpy(board_->servers, names.servers, sizeof names.servers);
+    record_->serverCount = names.serverCount;
+    std::memcpy(record_->servers, names.servers, sizeof names.servers);
     printed_ = memfd_create("printed", MFD_CLOEXEC);
     int ends[2];
     if (printed_ < 0 || pipe(ends) != 0) throw MachineError("cannot start a check: " + reason());
@@ -46,7 +47,7 @@ Child::Child(const Blackboard &names, const std::function<void()> &work, double 
         close(ends[0]);
         live(work, printed_);
     }
-    setpgid(process_, process_); // on both sides, since either may come first
+    setpgid(process_, process_); // in parent and child, since either may run first
     close(ends[1]);
     pipe_ = ends[0];
 }
@@ -64,7 +65,7 @@ void Child::live(const std::function<void()> &work, int printed) {
     setrlimit(RLIMIT_CORE, &noCore);
     dup2(printed, STDOUT_FILENO);
     dup2(printed, STDERR_FILENO);
-    useBlackboard(&*board_);
+    useCheckRecord(&*record_);
     installSignalHandlers();
     runToTheEnd(work);
 }
@@ -77,11 +78,11 @@ ChildEnd Child::finish() {
     while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {
     }
     process_ = -1;
-    if (ended && WIFEXITED(status) && WEXITSTATUS(status) == kDecidedStatus && board_->decided.load())
-        return {board_->outcome, board_->message, {}};
-    const std::string last = lastCalls(*board_);
+    if (ended && WIFEXITED(status) && WEXITSTATUS(status) == kDecidedStatus && record_->decided.load())
+        return {record_->outcome, record_->message, {}};
+    const std::string last = lastCalls(*record_);
     if (!ended)
-        return {Outcome::hang, "not done after " + std::to_string(std::lround(limit_)) + " s: " + last, printedText()};
+        return {Outcome::hang, fmt::format("not done after {} s: {}", std::lround(limit_), last), printedText()};
     const std::string how =
         WIFSIGNALED(status) ? signalText(WTERMSIG(status)) : "ended with status " + std::to_string(WEXITSTATUS(status));
     return {Outcome::crash, how + ": " + last, printedText()};
@@ -111,10 +112,10 @@ void runToTheEnd(const std::function<void()> &work) {
     } catch (const std::exception &error) {
         failCheck(error.what());
     }
-    Blackboard &board = blackboard();
-    if (!board.decided.exchange(true)) {
-        board.outcome = board.notes[0] != '\0' ? Outcome::warn : Outcome::pass;
-        std::memcpy(board.message, board.notes, sizeof board.notes);
+    CheckRecord &record = checkRecord();
+    if (!record.decided.exchange(true)) {
+        record.outcome = record.notes[0] != '\0' ? Outcome::warn : Outcome::pass;
+        std::memcpy(record.message, record.notes, sizeof record.notes);
     }
     _exit(kDecidedStatus);
 }

@@ -1,4 +1,4 @@
-// A check in a process of its own.
+// A check, or a part of one, in a process of its own.
 #pragma once
 
 #include "host/check/process/check_record.h"
@@ -8,56 +8,60 @@
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <string>
 
 namespace velm::host {
 
-using SharedBoard = SharedRecord<Blackboard>;
+using SharedCheckRecord = SharedRecord<CheckRecord>;
 
+// How a child process ended.
 struct ChildEnd {
     Outcome outcome;
-    std::string message, printed;
+    std::string message;
+    std::string printed; // the end of its output, after a crash or a hang
 };
 
-// Runs `work` in a process group of its own, which has the server names of `names` on its blackboard, its own address
-// layout, and nobody to write to. The group is killed when the limit is over, and at the end in any case.
+// A forked process that runs some work, in a process group of its own and with its output captured. The group is killed
+// when the time limit is over, and at the end in any case, so that no process is left behind.
+// [interface thread; other threads idle]
 class Child {
   public:
     using Clock = std::chrono::steady_clock;
 
-    Child(const Blackboard &names, const std::function<void()> &work, double limitSeconds); // MachineError
-    ~Child();
+    // Starts the process. Its check record begins with the server names of `names`. MachineError if it cannot start.
+    Child(const CheckRecord &names, const std::function<void()> &work, double limitSeconds);
+    ~Child(); // kills the group if `finish` was not called
     Child(const Child &) = delete;
     Child &operator=(const Child &) = delete;
 
-    // Readable at the child's end.
-    int descriptor() const { return pipe_; }
-    bool isOver() const { return Clock::now() >= deadline_; }
+    int descriptor() const { return pipe_; } // becomes readable when the process ends; owned by this object
+    bool isOver() const { return Clock::now() >= deadline_; } // whether the time limit is over
     Clock::time_point deadline() const { return deadline_; }
-    double seconds() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
-    Blackboard &board() const { return *board_; }
-    // To be called once, after the end or the limit: makes sure of the end, and tells what became of it.
+    double seconds() const { return std::chrono::duration<double>(Clock::now() - start_).count(); } // since the start
+    CheckRecord &record() const { return *record_; } // owned by this object
+    // Kills the process group, waits for the process and returns how it ended. Call it once, after the process has
+    // ended or the limit is over; a process that still runs counts as a hang.
     ChildEnd finish();
 
   private:
     [[noreturn]] void live(const std::function<void()> &work, int printed);
     std::string printedText() const;
 
-    SharedBoard board_;
+    SharedCheckRecord record_;
     Clock::time_point start_, deadline_;
     double limit_;
     pid_t process_ = -1;
     int pipe_ = -1, printed_ = -1;
 };
 
-// Waits until the child ends or its time is over.
+// Waits until the child ends or its time limit is over, and finishes it.
 ChildEnd waitFor(Child &child);
 
-// How long another process may take that a check asks for something.
+// The time limit, in seconds, of a second process that a check starts.
 constexpr double kOtherProcessSeconds = 20;
 
-// Runs a check as a process does that runs nothing else: what it throws is a failure, and returning is passing.
+// Runs a check and ends this process with the outcome: an exception counts as a failure, returning as a pass, or as a
+// warning if there are warnings.
 [[noreturn]] void runToTheEnd(const std::function<void()> &work);
 
 } // namespace velm::host

@@ -11,7 +11,7 @@ namespace velm::host {
 
 namespace {
 
-[[noreturn]] void fail() { throw MachineError("what a check passes on cannot be kept"); }
+[[noreturn]] void fail() { throw MachineError("no memory for what the processes of a check share"); }
 
 void writeAll(int file, const void *bytes, std::size_t size) {
     if (write(file, bytes, size) != static_cast<ssize_t>(size)) fail();
@@ -19,19 +19,19 @@ void writeAll(int file, const void *bytes, std::size_t size) {
 
 } // namespace
 
-PassedOn::PassedOn() : file_(memfd_create("passed on", MFD_CLOEXEC)) {
+SharedStrings::SharedStrings() : file_(memfd_create("shared strings", MFD_CLOEXEC)) {
     if (file_ < 0) fail();
 }
 
-PassedOn::~PassedOn() { close(file_); }
+SharedStrings::~SharedStrings() { close(file_); }
 
-void PassedOn::add(std::string_view text) {
+void SharedStrings::add(std::string_view text) {
     const std::uint64_t size = text.size();
     writeAll(file_, &size, sizeof size);
     writeAll(file_, text.data(), text.size());
 }
 
-std::vector<std::string> PassedOn::all() const {
+std::vector<std::string> SharedStrings::all() const {
     std::vector<std::string> texts;
     off_t at = 0;
     std::uint64_t size = 0;

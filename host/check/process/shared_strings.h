@@ -1,4 +1,4 @@
-// What one process of a check leaves for another: texts of bytes, in their order.
+// A list of byte strings in shared memory, by which a child process hands its results to its parent.
 #pragma once
 
 #include <string>
@@ -7,16 +7,16 @@
 
 namespace velm::host {
 
-class PassedOn {
+// Create the list before forking; parent and child then share it. [one process at a time]
+class SharedStrings {
   public:
-    PassedOn(); // before the processes part; MachineError
-    ~PassedOn();
-    PassedOn(const PassedOn &) = delete;
-    PassedOn &operator=(const PassedOn &) = delete;
+    SharedStrings(); // MachineError if there is no memory
+    ~SharedStrings();
+    SharedStrings(const SharedStrings &) = delete;
+    SharedStrings &operator=(const SharedStrings &) = delete;
 
-    void add(std::string_view text); // MachineError
-    // All that were added, by whichever process.
-    std::vector<std::string> all() const; // MachineError
+    void add(std::string_view text);      // appends; MachineError if there is no memory
+    std::vector<std::string> all() const; // those that any process has added, in order; MachineError
 
   private:
     int file_;

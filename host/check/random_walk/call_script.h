@@ -1,5 +1,5 @@
-// A script of calls as bytes: whoever follows one takes each choice from the next bytes. Any bytes are a script, so
-// that chance can write one, and so can a fuzzer that changes those that led somewhere.
+// A call script: a byte string that encodes a sequence of calls. Whoever follows one takes each choice from the next
+// bytes. Any byte string is a valid script, so one can be made at random, and a fuzzer can mutate one.
 #pragma once
 
 #include "host/check/fixture/generator.h"
@@ -9,18 +9,18 @@
 
 namespace velm::host {
 
-class Script {
+class CallScript {
   public:
-    explicit Script(std::string_view bytes) : rest_(bytes) {}
+    explicit CallScript(std::string_view bytes) : rest_(bytes) {} // `bytes` has to outlive the script
 
     bool isOver() const { return rest_.empty(); }
-    // 0 to n - 1 from one byte, n from 1 to 256; 0 when the script is over.
+    // A choice from 0 to n - 1, n from 1 to 256, taken from one byte; 0 when the script is over.
     int below(std::size_t n) { return static_cast<int>(byte() % n); }
     bool flag() { return below(2) == 1; }
-    // For what takes many numbers, of which none is worth a byte.
-    Dice dice() {
+    // A generator seeded from two bytes, where a step needs many numbers that are not worth a byte each.
+    Generator generator() {
         const unsigned int high = byte();
-        return Dice(high << 8 | byte());
+        return Generator(high << 8 | byte());
     }
 
   private:
@@ -34,10 +34,11 @@ class Script {
     std::string_view rest_;
 };
 
-inline std::string randomScript(std::uint64_t seed, std::size_t size) {
-    Dice dice(seed);
+// A random script of `size` bytes.
+inline std::string randomCallScript(std::uint64_t seed, std::size_t size) {
+    Generator random(seed);
     std::string bytes(size, '\0');
-    for (char &each : bytes) each = static_cast<char>(dice.below(256));
+    for (char &each : bytes) each = static_cast<char>(random.below(256));
     return bytes;
 }
 

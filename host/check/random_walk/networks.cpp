@@ -32,9 +32,9 @@ std::size_t instancesIn(const HostNode &node) {
 }
 
 bool isInside(const HostNode &node, const HostNode &other) {
-    const HostNode *holder = node.editor->holder();
-    while (holder && holder != &other) holder = holder->editor->holder();
-    return holder;
+    const HostNode *owner = node.editor->holder();
+    while (owner && owner != &other) owner = owner->editor->holder();
+    return owner;
 }
 
 std::string namesOf(Network &network) {

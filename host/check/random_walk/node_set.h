@@ -1,7 +1,6 @@
-// What a module's nodes can be held to in a walk, which is tried out before it.
+// The nodes that take part in a random walk, and which of their results can be compared.
 #pragma once
 
-#include "host/check/random_walk/random_walk.h"
 #include "host/check/watch/watch.h"
 
 #include <cstdint>
@@ -10,12 +9,21 @@
 
 namespace velm::host {
 
-// A node is steady when it gives the same each time with settings of chance, and self-contained when it does so
-// whatever becomes of instances of all the module's nodes. In the order of `names`, for each two letters: 'y' or 'n'.
-// Makes and destroys instances. [interface thread]
-std::string tryOut(const WatchedServers &servers, const std::vector<std::string> &names, std::uint64_t seed);
+// A node class that takes part.
+struct NodeSetEntry {
+    ServerClass *server;  // in the server list, which owns it
+    int index;            // among the module's nodes
+    bool isDeterministic; // gives the same results each time
+    bool isIndependent;   // deterministic, whichever other instances are created and destroyed
+};
+using NodeSet = std::vector<NodeSetEntry>;
 
-// The nodes of these names, as they were tried out, perhaps in another process.
-Cast makeCast(const WatchedServers &servers, const std::vector<std::string> &names, const std::string &triedOut);
+// Finds out by experiments with random settings which of the named nodes are deterministic and independent. The result
+// has two letters for each name in order, 'y' or 'n', so that it can be handed to another process. Creates and destroys
+// instances of all the module's nodes. [interface thread; not while rendering]
+std::string classifyNodes(const WatchedServers &servers, const std::vector<std::string> &names, std::uint64_t seed);
+
+// The set of the named nodes. `classes` is the result of classifyNodes for the same names.
+NodeSet makeNodeSet(const WatchedServers &servers, const std::vector<std::string> &names, const std::string &classes);
 
 } // namespace velm::host

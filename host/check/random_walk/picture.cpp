@@ -1,8 +1,8 @@
 #include "host/check/random_walk/picture.h"
 
 #include "host/base/error.h"
-#include "host/check/random_walk/networks.h"
 #include "host/check/fixture/fixture.h"
+#include "host/check/random_walk/networks.h"
 
 #include <algorithm>
 
@@ -10,11 +10,12 @@ namespace velm::host {
 
 namespace {
 
-constexpr long kInputs = 300;     // that one evaluation may follow
-constexpr int kLargestWhole = 50; // that comes through them
+// The budget of one evaluation.
+constexpr long kInputs = 300;
+constexpr int kLargestInteger = 50;
 constexpr std::size_t kProbes = 3, kSamples = 2, kCalls = 8;
 
-std::vector<Picture::Probe> chooseProbes(Script &script, Network &network) {
+std::vector<Picture::Probe> chooseProbes(CallScript &script, Network &network) {
     const std::vector<HostNode *> nodes = nodesIn(network);
     std::vector<Picture::Probe> probes;
     if (nodes.empty()) return probes;
@@ -26,28 +27,28 @@ std::vector<Picture::Probe> chooseProbes(Script &script, Network &network) {
     return probes;
 }
 
-Picture::Call makeSlice(Script &script) {
+Picture::Call makeSlice(CallScript &script) {
     Picture::Call slice{.step = Picture::Step::slice, .samples = {}};
     const int threads = 1 + script.below(kMaxThreads);
-    Dice dice = script.dice();
+    Generator random = script.generator();
     for (int thread = 0; thread < threads; ++thread) {
         auto &samples = slice.samples.emplace_back();
-        for (std::size_t i = 0; i < kSamples; ++i) samples.push_back(makeSample(dice, thread));
+        for (std::size_t i = 0; i < kSamples; ++i) samples.push_back(makeSample(random, thread));
     }
     return slice;
 }
 
-Picture::Call makeFrame(Script &script) {
+Picture::Call makeFrame(CallScript &script) {
     const int frame = script.below(100) - 10;
     return {.step = Picture::Step::frame, .frame = frame, .time = frame / 25.0, .samples = {}};
 }
 
-// What is under way for one network of a picture.
+// The rendering of one network of a picture.
 struct Part {
     Network *network = nullptr;
     bool isRunning = false;
     std::vector<HostOutput *> outputs;
-    std::string given;
+    std::string results;
 };
 
 class Rendering {
@@ -69,9 +70,9 @@ class Rendering {
             if (part.network) start(part);
         for (const Picture::Call &call : picture_.calls) make(call);
         for (Part &part : parts_) end(part);
-        std::vector<std::string> given;
-        for (Part &part : parts_) given.push_back(std::move(part.given));
-        return given;
+        std::vector<std::string> results;
+        for (Part &part : parts_) results.push_back(std::move(part.results));
+        return results;
     }
 
   private:
@@ -88,7 +89,7 @@ class Rendering {
         }
     }
 
-    // An error is an answer, too; what had started before it has been cleaned up by the network.
+    // An error counts as a result. The network has then cleaned up the nodes that it had initialised.
     void start(Part &part) {
         try {
             part.network->init(picture_.mode);
@@ -96,7 +97,7 @@ class Rendering {
             beginFrame(part, 0, 0.0);
         } catch (const InputError &error) {
             part.isRunning = false;
-            part.given += std::string("error: ") + error.what();
+            part.results += std::string("error: ") + error.what();
         }
     }
 
@@ -105,7 +106,7 @@ class Rendering {
             part.network->newTime(frame, time);
         } catch (const InputError &error) {
             end(part);
-            part.given += std::string("error: ") + error.what();
+            part.results += std::string("error: ") + error.what();
         }
     }
 
@@ -118,7 +119,7 @@ class Rendering {
         std::vector<std::vector<std::string>> found(samples.size(), std::vector<std::string>(parts_.size()));
         const auto work = [&](int thread) {
             const auto own = static_cast<std::size_t>(thread);
-            // Not all threads are in the same network at the same time.
+            // Each thread begins with another network, so that they evaluate several at the same time.
             for (std::size_t i = 0; i < parts_.size(); ++i) {
                 const std::size_t which = (i + own) % parts_.size();
                 if (parts_[which].isRunning) found[own][which] = evaluatePart(parts_[which], samples[own]);
@@ -130,17 +131,17 @@ class Rendering {
         else
             for (int thread = 0; thread < count; ++thread) work(thread);
         for (const auto &ofThread : found)
-            for (std::size_t i = 0; i < parts_.size(); ++i) parts_[i].given += ofThread[i];
+            for (std::size_t i = 0; i < parts_.size(); ++i) parts_[i].results += ofThread[i];
     }
 
     static std::string evaluatePart(const Part &part, const std::vector<ShadingSample> &samples) {
-        std::string given;
+        std::string results;
         for (const ShadingSample &sample : samples)
             for (HostOutput *output : part.outputs) {
-                const ShortEvaluation kept(kInputs, kLargestWhole);
-                given += evaluateOutput(*output, sample).bytes();
+                const EvaluationBudget budget(kInputs, kLargestInteger);
+                results += evaluateOutput(*output, sample).bytes();
             }
-        return given;
+        return results;
     }
 
     const Picture &picture_;
@@ -150,7 +151,7 @@ class Rendering {
 
 } // namespace
 
-Picture makePicture(Script &script, const std::vector<Network *> &networks) {
+Picture makePicture(CallScript &script, const std::vector<Network *> &networks) {
     Picture picture;
     picture.mode = script.below(4) == 0 ? kInitPreview : kInitRender;
     for (Network *network : networks) picture.probes.push_back(chooseProbes(script, *network));
@@ -174,10 +175,10 @@ std::vector<std::string> render(const Picture &picture, const std::vector<Networ
     return Rendering(picture, networks, threads).run();
 }
 
-std::string renderAlone(const Picture &picture, std::size_t place, Network &network) {
+std::string renderAlone(const Picture &picture, std::size_t index, Network &network) {
     std::vector<Network *> networks(picture.probes.size());
-    networks[place] = &network;
-    return render(picture, networks, nullptr)[place];
+    networks[index] = &network;
+    return render(picture, networks, nullptr)[index];
 }
 
 } // namespace velm::host

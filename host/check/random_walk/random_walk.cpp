@@ -1,9 +1,9 @@
 #include "host/check/random_walk/random_walk.h"
 
 #include "host/base/error.h"
+#include "host/check/fixture/fixture.h"
 #include "host/check/process/check_record.h"
 #include "host/check/random_walk/networks.h"
-#include "host/check/fixture/fixture.h"
 #include "host/check/random_walk/picture.h"
 
 #include <algorithm>
@@ -14,24 +14,24 @@ namespace velm::host {
 
 namespace {
 
-constexpr std::size_t kMostInstances[] = {4, 16, 64}; // few are met often, many by many others
-constexpr std::size_t kMostNetworks = 8, kMostKept = 16;
+constexpr std::size_t kMostInstances[] = {4, 16, 64}; // few are chosen often, many interact
+constexpr std::size_t kMostNetworks = 8, kMostSavedData = 16;
 constexpr int kConfirmations = 12, kMostAtOnce = 4;
 constexpr int kModes[] = {kStateBinary, kStateText};
 
-// Data that a node or a whole network saved.
-struct Kept {
+// Data that a node or a whole network has saved.
+struct SavedData {
     const ServerClass *server; // null: a network
     int mode;
     std::string bytes;
-    std::size_t instances; // with those inside
+    std::size_t instances; // those nested in them included
 };
 
-class Walk {
+class RandomWalk {
   public:
-    Walk(const Cast &cast, const std::string &script, const WalkManner &manner)
-        : script_(script), manner_(manner), most_(kMostInstances[script_.below(std::size(kMostInstances))]),
-          isAsSaved_(script_.below(4) > 0), cast_(choose(cast)) {}
+    RandomWalk(const NodeSet &candidates, const std::string &script, const WalkOptions &options)
+        : script_(script), options_(options), mostInstances_(kMostInstances[script_.below(std::size(kMostInstances))]),
+          startsAsSaved_(script_.below(4) > 0), nodeSet_(choose(candidates)) {}
 
     void run() {
         for (std::uint64_t step = 1; !script_.isOver(); ++step) {
@@ -42,7 +42,7 @@ class Walk {
     }
 
   private:
-    using Step = void (Walk::*)();
+    using Step = void (RandomWalk::*)();
     struct Choice {
         Step step;
         int weight;
@@ -50,13 +50,14 @@ class Walk {
 
     Step chooseStep();
 
-    // ---- What there is ----
+    // ---- The current nodes and networks ----
 
-    // In half of the walks, only nodes whose networks can be held to everything take part, where there are any.
-    Cast choose(const Cast &cast) {
-        Cast some = cast;
-        if (script_.flag()) std::erase_if(some, [](const CastNode &one) { return !one.isSelfContained; });
-        return some.empty() ? cast : some;
+    // In half of the walks only independent nodes take part, if there are any: only their networks can be compared with
+    // rebuilt ones.
+    NodeSet choose(const NodeSet &candidates) {
+        NodeSet some = candidates;
+        if (script_.flag()) std::erase_if(some, [](const NodeSetEntry &one) { return !one.isIndependent; });
+        return some.empty() ? candidates : some;
     }
 
     template <class Item>
@@ -73,64 +74,64 @@ class Walk {
         return all;
     }
 
-    // Networks of their own, and those inside nodes.
-    std::vector<Network *> editors() const {
+    // The top-level networks, and those nested in nodes.
+    std::vector<Network *> allNetworks() const {
         std::vector<Network *> all;
         for (const auto &network : networks_) all.push_back(network.get());
         for (const HostNode *node : nodes()) all.insert(all.end(), node->nested.begin(), node->nested.end());
         return all;
     }
 
-    // Null when there is none.
+    // A node, or a network at any depth; null if there is none.
     HostNode *anyNode() {
         std::vector<HostNode *> all = nodes();
         return all.empty() ? nullptr : pick(all);
     }
-    Network *anyEditor() {
-        std::vector<Network *> all = editors();
+    Network *anyNetwork() {
+        std::vector<Network *> all = allNetworks();
         return all.empty() ? nullptr : pick(all);
     }
 
-    const CastNode *castOf(const HostNode &node) const {
-        const auto found =
-            std::find_if(cast_.begin(), cast_.end(), [&](const CastNode &one) { return one.server == node.server; });
-        return found == cast_.end() ? nullptr : &*found;
+    const NodeSetEntry *entryOf(const HostNode &node) const {
+        const auto found = std::find_if(nodeSet_.begin(), nodeSet_.end(),
+                                        [&](const NodeSetEntry &one) { return one.server == node.server; });
+        return found == nodeSet_.end() ? nullptr : &*found;
     }
-    bool haveAll(const std::vector<HostNode *> &some, bool CastNode::*quality) const {
+    bool haveAll(const std::vector<HostNode *> &some, bool NodeSetEntry::*property) const {
         return std::all_of(some.begin(), some.end(), [&](const HostNode *node) {
-            const CastNode *known = castOf(*node);
-            return known && known->*quality;
+            const NodeSetEntry *known = entryOf(*node);
+            return known && known->*property;
         });
     }
-    int placeOf(const HostNode &node) const { return castOf(node) ? castOf(node)->place : -1; }
+    int indexOf(const HostNode &node) const { return entryOf(node) ? entryOf(node)->index : -1; }
 
-    // Whether there is room for so many instances in the place of others.
-    bool hasRoom(std::size_t instances, std::size_t insteadOf = 0) const {
-        return nodes().size() + instances - insteadOf <= most_;
+    // Whether so many instances may be added when so many others are removed.
+    bool hasRoom(std::size_t instances, std::size_t removed = 0) const {
+        return nodes().size() + instances - removed <= mostInstances_;
     }
 
-    void keep(Kept one) {
-        if (kept_.size() == kMostKept) kept_.pop_front();
-        kept_.push_back(std::move(one));
+    void store(SavedData one) {
+        if (savedData_.size() == kMostSavedData) savedData_.pop_front();
+        savedData_.push_back(std::move(one));
     }
 
-    // Any that fits what it is to be loaded into; null when there is none.
-    const Kept *anyKept(const ServerClass *server) {
-        std::vector<const Kept *> fitting;
-        for (const Kept &one : kept_)
+    // Saved data for a node of that server, or for a network if it is null; null if there is none.
+    const SavedData *anySavedData(const ServerClass *server) {
+        std::vector<const SavedData *> fitting;
+        for (const SavedData &one : savedData_)
             if (one.server == server) fitting.push_back(&one);
         return fitting.empty() ? nullptr : pick(fitting);
     }
 
     // ---- Instances ----
 
-    HostNode *addNode(Network &editor, ServerClass &server) {
+    HostNode *addNode(Network &network, ServerClass &server) {
         if (!hasRoom(1)) return nullptr;
         try {
-            HostNode &added = editor.addNode(server);
-            if (isAsSaved_) loadNode(added, saveNode(added, kStateBinary), kStateBinary);
+            HostNode &added = network.addNode(server);
+            if (startsAsSaved_) loadNode(added, saveNode(added, kStateBinary), kStateBinary);
             return &added;
-        } catch (const InputError &) { // networks are nested too deeply
+        } catch (const InputError &) { // the networks are nested too deeply
             return nullptr;
         }
     }
@@ -138,9 +139,9 @@ class Walk {
     void create() {
         if (networks_.size() < kMostNetworks && script_.below(3) == 0) networks_.push_back(makeNetwork());
         if (networks_.empty()) return;
-        Network &editor = *anyEditor();
+        Network &network = *anyNetwork();
         for (int left = 1 + script_.below(kMostAtOnce); left > 0; --left)
-            addNode(editor, *cast_[static_cast<std::size_t>(script_.below(cast_.size()))].server);
+            addNode(network, *nodeSet_[static_cast<std::size_t>(script_.below(nodeSet_.size()))].server);
     }
 
     void destroy() {
@@ -183,19 +184,19 @@ class Walk {
         HostPanel *panel = node ? panelOf(*node) : nullptr;
         if (!panel || panel->controls().empty()) return;
         const unsigned int id = panel->controls()[static_cast<std::size_t>(script_.below(panel->controls().size()))];
-        const CallScope noted(placeOf(*node), "a change on the panel");
-        Dice dice = script_.dice();
-        randomSetting(*panel, *panel->find(id), dice, true);
+        const CallScope scope(indexOf(*node), "a change on the panel");
+        Generator random = script_.generator();
+        randomSetting(*panel, *panel->find(id), random, true);
         panel->press(*panel->find(id));
     }
 
     void setAll() {
-        Dice dice = script_.dice();
-        if (HostNode *node = anyNode()) randomSettings(*node, placeOf(*node), dice, true);
+        Generator random = script_.generator();
+        if (HostNode *node = anyNode()) randomSettings(*node, indexOf(*node), random, true);
     }
 
     void read() {
-        if (HostNode *node = anyNode()) readPanel(*node, placeOf(*node));
+        if (HostNode *node = anyNode()) readPanel(*node, indexOf(*node));
     }
 
     void save() {
@@ -204,51 +205,51 @@ class Walk {
         for (const int mode : kModes) {
             std::string saved = saveNode(*node, mode);
             compareSaved(saved);
-            keep({node->server, mode, std::move(saved), instancesIn(*node)});
+            store({node->server, mode, std::move(saved), instancesIn(*node)});
         }
     }
 
     void load() {
         HostNode *node = anyNode();
-        const Kept *kept = node ? anyKept(node->server) : nullptr;
-        if (kept && hasRoom(kept->instances, instancesIn(*node))) loadNode(*node, kept->bytes, kept->mode);
+        const SavedData *saved = node ? anySavedData(node->server) : nullptr;
+        if (saved && hasRoom(saved->instances, instancesIn(*node))) loadNode(*node, saved->bytes, saved->mode);
     }
 
-    void saveWhole() {
+    void saveWholeNetwork() {
         if (networks_.empty()) return;
         Network &network = *pick(networks_);
         const int mode = kModes[script_.below(std::size(kModes))];
         std::optional<std::string> saved = saveNetwork(network, mode);
         compareSaved(saved.value_or(""));
-        if (saved) keep({nullptr, mode, std::move(*saved), nodesIn(network).size()});
+        if (saved) store({nullptr, mode, std::move(*saved), nodesIn(network).size()});
     }
 
-    void loadWhole() {
-        const Kept *kept = anyKept(nullptr);
-        if (!kept || networks_.empty()) return;
+    void loadWholeNetwork() {
+        const SavedData *saved = anySavedData(nullptr);
+        if (!saved || networks_.empty()) return;
         Network &network = *pick(networks_);
-        if (hasRoom(kept->instances, nodesIn(network).size())) loadNetwork(network, kept->bytes, kept->mode);
+        if (hasRoom(saved->instances, nodesIn(network).size())) loadNetwork(network, saved->bytes, saved->mode);
     }
 
     void compareSaved(const std::string &saved) {
-        if (manner_.record && !manner_.record->agrees(saved, true))
+        if (options_.journal && !options_.journal->agrees(saved, true))
             failCheck("after the same calls with one thread, in another process, it saves something else");
     }
 
-    // ---- Wires ----
+    // ---- Connections ----
 
     void connect() {
-        Network *editor = anyEditor();
-        if (!editor || editor->nodes().empty()) return;
-        const auto &some = editor->nodes();
+        Network *network = anyNetwork();
+        if (!network || network->nodes().empty()) return;
+        const auto &some = network->nodes();
         const HostNode &from = *some[static_cast<std::size_t>(script_.below(some.size()))];
-        const int place = script_.below(some.size() + 1);
-        const HostNode &to = place == 0 ? editor->root() : *some[static_cast<std::size_t>(place - 1)];
+        const int index = script_.below(some.size() + 1);
+        const HostNode &to = index == 0 ? network->root() : *some[static_cast<std::size_t>(index - 1)];
         if (from.outputs.empty() || to.inputs.empty()) return;
         try {
-            editor->connect(*from.outputs[static_cast<std::size_t>(script_.below(from.outputs.size()))],
-                            *to.inputs[static_cast<std::size_t>(script_.below(to.inputs.size()))]);
-        } catch (const InputError &) { // it would have closed a circle
+            network->connect(*from.outputs[static_cast<std::size_t>(script_.below(from.outputs.size()))],
+                             *to.inputs[static_cast<std::size_t>(script_.below(to.inputs.size()))]);
+        } catch (const InputError &) { // it would close a cycle
         }
     }
 
@@ -259,35 +260,47 @@ class Walk {
     }
 
     void rewire() {
-        Dice dice = script_.dice();
-        if (Network *editor = anyEditor()) connectAtRandom(*editor, dice);
+        Generator random = script_.generator();
+        if (Network *network = anyNetwork()) connectAtRandom(*network, random);
     }
 
     // ---- Pictures ----
 
     void renderPicture();
     void comparePicture(const Picture &picture, const std::vector<Network *> &networks,
-                        const std::vector<std::vector<std::string>> &given);
-    void compareWithNew(const Picture &picture, std::size_t place, Network &network, const std::string &given,
-                        int mode);
+                        const std::vector<std::vector<std::string>> &results);
+    void compareWithRebuilt(const Picture &picture, std::size_t index, Network &network, const std::string &results,
+                            int mode);
 
-    Script script_;
-    WalkManner manner_;
-    const std::size_t most_;
-    // Defaults may be no numbers that files keep to the last digit. In most walks every instance therefore begins by
-    // loading what it saves, and can be compared with one that is built anew; in the others it begins as it is made.
-    const bool isAsSaved_;
-    const Cast cast_;
+    CallScript script_;
+    WalkOptions options_;
+    const std::size_t mostInstances_;
+    // A default such as 0.1 changes when it is saved and loaded. In most walks every instance therefore loads its own
+    // saved data first, so that it can be compared with a rebuilt one. In the others it starts as it is created.
+    const bool startsAsSaved_;
+    const NodeSet nodeSet_;
     std::vector<std::unique_ptr<Network>> networks_;
-    std::deque<Kept> kept_;
+    std::deque<SavedData> savedData_;
 };
 
-Walk::Step Walk::chooseStep() {
+RandomWalk::Step RandomWalk::chooseStep() {
     static constexpr Choice kChoices[] = {
-        {&Walk::create, 9},      {&Walk::destroy, 3},    {&Walk::destroyNetwork, 1}, {&Walk::copy, 5},
-        {&Walk::copyNetwork, 1}, {&Walk::set, 4},        {&Walk::setAll, 4},         {&Walk::read, 2},
-        {&Walk::save, 4},        {&Walk::load, 4},       {&Walk::saveWhole, 1},      {&Walk::loadWhole, 1},
-        {&Walk::connect, 5},     {&Walk::disconnect, 2}, {&Walk::rewire, 2},         {&Walk::renderPicture, 9},
+        {&RandomWalk::create, 9},
+        {&RandomWalk::destroy, 3},
+        {&RandomWalk::destroyNetwork, 1},
+        {&RandomWalk::copy, 5},
+        {&RandomWalk::copyNetwork, 1},
+        {&RandomWalk::set, 4},
+        {&RandomWalk::setAll, 4},
+        {&RandomWalk::read, 2},
+        {&RandomWalk::save, 4},
+        {&RandomWalk::load, 4},
+        {&RandomWalk::saveWholeNetwork, 1},
+        {&RandomWalk::loadWholeNetwork, 1},
+        {&RandomWalk::connect, 5},
+        {&RandomWalk::disconnect, 2},
+        {&RandomWalk::rewire, 2},
+        {&RandomWalk::renderPicture, 9},
     };
     static constexpr int kWeights = [] {
         int sum = 0;
@@ -300,61 +313,62 @@ Walk::Step Walk::chooseStep() {
     return chosen->step;
 }
 
-// The same result each time, with one thread and nothing else done; nothing when it is not the same.
+// Renders repeatedly. Returns the result if it is the same each time, else nothing.
 template <class Render>
-std::optional<std::string> steadily(Render renderOnce) {
+std::optional<std::string> deterministicResult(Render renderOnce) {
     const std::string first = renderOnce();
     for (int i = 1; i < kConfirmations; ++i)
         if (renderOnce() != first) return {};
     return first;
 }
 
-void Walk::renderPicture() {
+void RandomWalk::renderPicture() {
     std::vector<Network *> networks;
     for (const auto &network : networks_)
         if (!script_.flag() || networks_.size() == 1) networks.push_back(network.get());
     if (networks.empty()) return;
     const Picture picture = makePicture(script_, networks);
-    std::vector<std::vector<std::string>> given;
-    for (int i = 0; i < manner_.renders; ++i) given.push_back(render(picture, networks, manner_.threads));
-    if (manner_.record) comparePicture(picture, networks, given);
-    // What is built anew here is built in all walks by this script.
+    std::vector<std::vector<std::string>> results;
+    for (int i = 0; i < options_.renders; ++i) results.push_back(render(picture, networks, options_.threads));
+    if (options_.journal) comparePicture(picture, networks, results);
+    // Done whether or not there is a journal, so that all walks of a script make the same calls.
     const int mode = kModes[script_.below(std::size(kModes))];
-    for (std::size_t i = 0; isAsSaved_ && i < networks.size(); ++i)
-        if (const auto inside = nodesIn(*networks[i]); !inside.empty() && haveAll(inside, &CastNode::isSelfContained))
-            compareWithNew(picture, i, *networks[i], given[0][i], mode);
+    for (std::size_t i = 0; startsAsSaved_ && i < networks.size(); ++i)
+        if (const auto inside = nodesIn(*networks[i]); !inside.empty() && haveAll(inside, &NodeSetEntry::isIndependent))
+            compareWithRebuilt(picture, i, *networks[i], results[0][i], mode);
 }
 
-void Walk::comparePicture(const Picture &picture, const std::vector<Network *> &networks,
-                          const std::vector<std::vector<std::string>> &given) {
+void RandomWalk::comparePicture(const Picture &picture, const std::vector<Network *> &networks,
+                                const std::vector<std::vector<std::string>> &results) {
     for (std::size_t i = 0; i < networks.size(); ++i) {
-        bool isSteady = haveAll(nodesIn(*networks[i]), &CastNode::isSteady);
-        for (const auto &again : given) isSteady = isSteady && again[i] == given[0][i];
-        if (manner_.record->agrees(given[0][i], isSteady)) continue;
-        if (steadily([&] { return render(picture, networks, nullptr)[i]; }))
+        bool isDeterministic = haveAll(nodesIn(*networks[i]), &NodeSetEntry::isDeterministic);
+        for (const auto &again : results) isDeterministic = isDeterministic && again[i] == results[0][i];
+        if (options_.journal->agrees(results[0][i], isDeterministic)) continue;
+        if (deterministicResult([&] { return render(picture, networks, nullptr)[i]; }))
             failCheck("with several threads " + namesOf(*networks[i]) + " gives other results than with one");
     }
 }
 
-// What a network gives depends on nothing but what it saves: not on its past, on others or on the number of threads.
-void Walk::compareWithNew(const Picture &picture, std::size_t place, Network &network, const std::string &given,
-                          int mode) {
+// The results of a network may depend only on its saved data: not on its past, on other networks or on the number of
+// threads.
+void RandomWalk::compareWithRebuilt(const Picture &picture, std::size_t index, Network &network,
+                                    const std::string &results, int mode) {
     const std::optional<std::string> saved = saveNetwork(network, mode);
     if (!saved) return;
-    const std::unique_ptr<Network> made = makeNetwork();
-    loadNetwork(*made, *saved, mode);
-    if (nodesIn(*made).size() != nodesIn(network).size())
-        failCheck(namesOf(network) + " has other nodes once it was saved and loaded");
-    if (renderAlone(picture, place, *made) == given) return;
-    if (steadily([&] { return renderAlone(picture, place, *made); }) &&
-        steadily([&] { return renderAlone(picture, place, network); }))
-        failCheck(namesOf(network) + " gives other results than one that is built anew from what it saves");
+    const std::unique_ptr<Network> rebuilt = makeNetwork();
+    loadNetwork(*rebuilt, *saved, mode);
+    if (nodesIn(*rebuilt).size() != nodesIn(network).size())
+        failCheck(namesOf(network) + " has other nodes after it was saved and loaded");
+    if (renderAlone(picture, index, *rebuilt) == results) return;
+    if (deterministicResult([&] { return renderAlone(picture, index, *rebuilt); }) &&
+        deterministicResult([&] { return renderAlone(picture, index, network); }))
+        failCheck(namesOf(network) + " gives other results than one that is rebuilt from its saved data");
 }
 
 } // namespace
 
-void walk(const Cast &cast, const std::string &script, const WalkManner &manner) {
-    if (!cast.empty()) Walk(cast, script, manner).run();
+void randomWalk(const NodeSet &nodes, const std::string &script, const WalkOptions &options) {
+    if (!nodes.empty()) RandomWalk(nodes, script, options).run();
 }
 
 } // namespace velm::host

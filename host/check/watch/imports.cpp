@@ -29,7 +29,7 @@ constexpr auto kRelaxed = std::memory_order_relaxed; // counting must not order 
 std::atomic<long> blocksInUse, bytesInUse;
 thread_local long calls[kImportKinds];
 thread_local const char *lastCall[kImportKinds] = {"", "", "", ""};
-thread_local long allocationsLeft = -1; // before the one that fails
+thread_local long allocationsLeft = -1; // to succeed before the one that fails; negative: none fails
 thread_local bool failed = false;
 
 void note(ImportKind kind, const char *name) {
@@ -37,15 +37,15 @@ void note(ImportKind kind, const char *name) {
     lastCall[static_cast<int>(kind)] = name;
 }
 
-// Whether this request is the one that fails.
-bool denied(const char *name) {
+// Counts an allocation, and tells whether it is the one that has to fail.
+bool isDenied(const char *name) {
     note(ImportKind::memory, name);
     if (allocationsLeft < 0 || allocationsLeft-- > 0) return false;
     failed = true;
     return true;
 }
 
-void *given(void *memory) {
+void *countAllocated(void *memory) {
     if (memory) {
         blocksInUse.fetch_add(1, kRelaxed);
         bytesInUse.fetch_add(static_cast<long>(malloc_usable_size(memory)), kRelaxed);
@@ -53,46 +53,48 @@ void *given(void *memory) {
     return memory;
 }
 
-void taken(void *memory) {
+void countFreed(void *memory) {
     if (!memory) return;
     blocksInUse.fetch_sub(1, kRelaxed);
     bytesInUse.fetch_sub(static_cast<long>(malloc_usable_size(memory)), kRelaxed);
 }
 
-void *watchedMalloc(std::size_t size) { return denied("malloc") ? nullptr : given(std::malloc(size)); }
+void *watchedMalloc(std::size_t size) { return isDenied("malloc") ? nullptr : countAllocated(std::malloc(size)); }
 void *watchedCalloc(std::size_t count, std::size_t size) {
-    return denied("calloc") ? nullptr : given(std::calloc(count, size));
+    return isDenied("calloc") ? nullptr : countAllocated(std::calloc(count, size));
 }
 void *watchedRealloc(void *memory, std::size_t size) {
-    if (denied("realloc")) return nullptr;
-    taken(memory);
+    if (isDenied("realloc")) return nullptr;
+    countFreed(memory);
     void *moved = std::realloc(memory, size);
-    if (!moved && size > 0) return given(memory), nullptr; // the old block stays
-    return given(moved);
+    if (!moved && size > 0) return countAllocated(memory), nullptr; // the old block remains
+    return countAllocated(moved);
 }
 int watchedAlign(void **memory, std::size_t alignment, std::size_t size) {
-    if (denied("posix_memalign")) return ENOMEM;
+    if (isDenied("posix_memalign")) return ENOMEM;
     const int result = posix_memalign(memory, alignment, size);
-    if (result == 0) given(*memory);
+    if (result == 0) countAllocated(*memory);
     return result;
 }
 void *watchedAlignedAlloc(std::size_t alignment, std::size_t size) {
-    return denied("aligned_alloc") ? nullptr : given(std::aligned_alloc(alignment, size));
+    return isDenied("aligned_alloc") ? nullptr : countAllocated(std::aligned_alloc(alignment, size));
 }
-char *watchedStrdup(const char *text) { return denied("strdup") ? nullptr : static_cast<char *>(given(strdup(text))); }
+char *watchedStrdup(const char *text) {
+    return isDenied("strdup") ? nullptr : static_cast<char *>(countAllocated(strdup(text)));
+}
 void watchedFree(void *memory) {
-    taken(memory);
+    countFreed(memory);
     std::free(memory);
 }
 void *watchedNewNothrow(std::size_t size, const std::nothrow_t &nothrow) {
-    return denied("operator new") ? nullptr : given(::operator new(size, nothrow));
+    return isDenied("operator new") ? nullptr : countAllocated(::operator new(size, nothrow));
 }
 void *watchedNew(std::size_t size) {
-    if (denied("operator new")) throw std::bad_alloc();
-    return given(::operator new(size));
+    if (isDenied("operator new")) throw std::bad_alloc();
+    return countAllocated(::operator new(size));
 }
 void watchedDelete(void *memory) {
-    taken(memory);
+    countFreed(memory);
     ::operator delete(memory);
 }
 void watchedSizedDelete(void *memory, std::size_t) { watchedDelete(memory); }
@@ -181,11 +183,11 @@ std::size_t symbolOf(const Relocation &entry) { return ELF32_R_SYM(entry.r_info)
 struct Dynamic {
     const ElfW(Sym) *symbols = nullptr;
     const char *names = nullptr;
-    const char *table = nullptr, *calls = nullptr; // relocations of data, and of calls
+    const char *table = nullptr, *calls = nullptr; // the relocations of data and those of calls
     std::size_t tableSize = 0, callsSize = 0;
 };
 
-// The loader has made the addresses of this section absolute.
+// Reads the dynamic section, in which the loader has made all addresses absolute.
 Dynamic readDynamic(const ElfW(Dyn) * entry) {
     Dynamic found;
     for (; entry->d_tag != DT_NULL; ++entry) {
@@ -203,8 +205,8 @@ Dynamic readDynamic(const ElfW(Dyn) * entry) {
     return found;
 }
 
-// Where the loader has put an address, and write-protected it afterwards.
-void replace(void **entry, void *function) {
+// Overwrites an address that the loader has resolved, in a page that it may have write-protected since.
+void replaceEntry(void **entry, void *function) {
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
     auto *start = reinterpret_cast<void *>(reinterpret_cast<std::uintptr_t>(entry) & ~(page - 1));
     if (mprotect(start, page, PROT_READ | PROT_WRITE) == 0) *entry = function;
@@ -220,7 +222,7 @@ int watchTable(const Dynamic &dynamic, const char *table, std::size_t size, ElfW
         const auto *found = std::find_if(std::begin(kImports), std::end(kImports),
                                          [&](const Import &import) { return import.name == name; });
         if (found == std::end(kImports)) continue;
-        replace(reinterpret_cast<void **>(base + entries[i].r_offset), found->function);
+        replaceEntry(reinterpret_cast<void **>(base + entries[i].r_offset), found->function);
         ++count;
     }
     return count;

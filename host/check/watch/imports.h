@@ -1,6 +1,6 @@
-// What a loaded module asks of the system's libraries: its calls of malloc, fopen, pthread_create and so on are led
-// through functions of ours, which count them and can let a chosen one fail. Only the module's own calls are seen, by
-// the entries of its tables of imported functions; what the C++ library asks for on its behalf is not.
+// Watches a loaded module's calls to the system's libraries: malloc, fopen, pthread_create and so on are redirected to
+// functions that count them and can make a chosen allocation fail. The redirection replaces entries of the module's own
+// import tables, so calls that the C++ library makes on the module's behalf are not seen.
 #pragma once
 
 #include <cstddef>
@@ -10,27 +10,28 @@ namespace velm::host {
 enum class ImportKind { memory, file, thread, environment };
 constexpr int kImportKinds = 4;
 
-const char *importKindName(ImportKind kind);
+const char *importKindName(ImportKind kind); // for messages: "memory", "a file", ...
 
-// Leads the imports of the shared object that holds `inside` through here. Gives how many entries were changed.
-// Undone by unloading. [interface thread]
+// Redirects the imports of the shared object that contains the address `inside` and returns the number of redirected
+// entries. Lasts until the object is unloaded. [interface thread]
 int watchImports(const void *inside);
 
 struct MemoryInUse {
     long blocks, bytes;
 };
 
-// What the watched module holds of the heap.
+// The heap memory that the watched module has allocated and not freed. [any thread]
 MemoryInUse moduleMemory();
 
-// Calls of a kind by the calling thread since it started.
+// The number of watched calls of a kind that the calling thread has made since it started.
 long importCalls(ImportKind kind);
-// The name of the last one, "calloc"; empty when there was none.
+// The function of the last such call, "calloc"; empty if there was none.
 const char *lastImport(ImportKind kind);
 
-// Lets the n-th request for memory by the calling thread from now on (from 0) be answered with null; below 0, none.
+// Makes the calling thread's n-th allocation from now on (counted from 0) fail with a null pointer; a negative number
+// makes none fail.
 void failAllocation(long number);
-// Whether that has happened.
+// Whether that allocation has been requested since the last call of failAllocation on this thread.
 bool allocationFailed();
 
 } // namespace velm::host

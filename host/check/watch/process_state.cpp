@@ -1,5 +1,6 @@
 #include "host/check/watch/process_state.h"
 
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,7 +26,7 @@ std::vector<std::string> openFiles() {
     std::error_code error;
     for (const auto &entry : fs::directory_iterator("/proc/self/fd", error)) {
         const fs::path target = fs::read_symlink(entry.path(), error);
-        // The directory that is being read is open itself.
+        // Leaves out the directory that is being read.
         if (!error && !target.string().ends_with("/fd"))
             open.push_back(entry.path().filename().string() + " " + target.string());
     }
@@ -47,7 +48,7 @@ std::vector<std::string> signalHandlers() {
         if (sigaction(number, nullptr, &action) != 0) continue;
         char text[64];
         std::snprintf(text, sizeof text, "signal %d: %p", number,
-                      reinterpret_cast<void *>(action.sa_handler)); // shares its place with sa_sigaction
+                      reinterpret_cast<void *>(action.sa_handler)); // a union with sa_sigaction
         handlers.emplace_back(text);
     }
     return handlers;
@@ -64,15 +65,16 @@ long writtenTo(int descriptor) {
     return fstat(descriptor, &facts) == 0 && S_ISREG(facts.st_mode) ? static_cast<long>(facts.st_size) : 0;
 }
 
-void tell(std::string &changes, bool changed, const std::string &what) {
-    if (changed) changes += (changes.empty() ? "" : ", ") + what;
+void addChange(std::string &changes, bool isChanged, const std::string &change) {
+    if (isChanged) changes += (changes.empty() ? "" : ", ") + change;
 }
 
-// The first entry that only the second has, or lacks.
+// The first entry that only one of the lists has, in parentheses; empty if they are equal.
 std::string firstChange(const std::vector<std::string> &before, const std::vector<std::string> &after) {
-    std::vector<std::string> apart;
-    std::set_symmetric_difference(before.begin(), before.end(), after.begin(), after.end(), std::back_inserter(apart));
-    return apart.empty() ? "" : " (" + apart.front() + ")";
+    std::vector<std::string> differences;
+    std::set_symmetric_difference(before.begin(), before.end(), after.begin(), after.end(),
+                                  std::back_inserter(differences));
+    return differences.empty() ? "" : fmt::format(" ({})", differences.front());
 }
 
 } // namespace
@@ -88,9 +90,9 @@ unsigned long floatingPointMode() {
     return mode;
 }
 
-Surroundings lookAround() {
+ProcessState captureProcessState() {
     std::fflush(nullptr);
-    Surroundings now;
+    ProcessState now;
     now.floatingPoint = floatingPointMode();
     now.locale = std::setlocale(LC_ALL, nullptr);
     std::error_code error;
@@ -105,20 +107,21 @@ Surroundings lookAround() {
     return now;
 }
 
-std::string changesBetween(const Surroundings &before, const Surroundings &after) {
+std::string describeChanges(const ProcessState &before, const ProcessState &after) {
     std::string changes;
-    tell(changes, before.locale != after.locale, "the locale is " + after.locale + " instead of " + before.locale);
-    tell(changes, before.directory != after.directory, "the working directory is " + after.directory);
-    tell(changes, before.environment != after.environment, "the environment is another");
-    tell(changes, before.descriptors != after.descriptors,
-         "other files are open" + firstChange(before.descriptors, after.descriptors));
-    tell(changes, before.signals != after.signals,
-         "signals are handled otherwise" + firstChange(before.signals, after.signals));
-    tell(changes, before.threads != after.threads,
-         "there are " + std::to_string(after.threads) + " threads instead of " + std::to_string(before.threads));
-    tell(changes, before.printed != after.printed,
-         std::to_string(after.printed - before.printed) + " bytes were printed");
-    tell(changes, before.fileMask != after.fileMask, "the file mask is another");
+    addChange(changes, before.locale != after.locale,
+              fmt::format("the locale is {} instead of {}", after.locale, before.locale));
+    addChange(changes, before.directory != after.directory, "the working directory is " + after.directory);
+    addChange(changes, before.environment != after.environment, "the environment variables differ");
+    addChange(changes, before.descriptors != after.descriptors,
+              "the open files differ" + firstChange(before.descriptors, after.descriptors));
+    addChange(changes, before.signals != after.signals,
+              "the signal handlers differ" + firstChange(before.signals, after.signals));
+    addChange(changes, before.threads != after.threads,
+              fmt::format("there are {} threads instead of {}", after.threads, before.threads));
+    addChange(changes, before.printed != after.printed,
+              std::to_string(after.printed - before.printed) + " bytes were printed");
+    addChange(changes, before.fileMask != after.fileMask, "the file mask differs");
     return changes;
 }
 

@@ -1,4 +1,4 @@
-// What a process has about it that a module could change behind its host's back.
+// The state of the process that a module could change without its host noticing.
 #pragma once
 
 #include <string>
@@ -6,23 +6,24 @@
 
 namespace velm::host {
 
-// The control bits of the floating-point units: rounding, precision, masks, what becomes of tiny numbers.
+// The control bits of the calling thread's floating-point units: rounding, precision, exception masks, flushing of
+// denormals.
 unsigned long floatingPointMode();
 
-struct Surroundings {
-    unsigned long floatingPoint = 0;
+struct ProcessState {
+    unsigned long floatingPoint = 0; // see floatingPointMode
     std::string locale, directory, environment;
-    std::vector<std::string> descriptors; // open files: number and what it is
-    std::vector<std::string> signals;     // the handlers, by number
+    std::vector<std::string> descriptors; // open files: number and target, sorted
+    std::vector<std::string> signals;     // the signal handlers, by number
     int threads = 0;
-    long printed = 0; // bytes written to standard output and standard error, where they are files
+    long printed = 0; // size of standard output and standard error in bytes, where they are regular files
     unsigned int fileMask = 0;
 };
 
-// As it is now. [interface thread]
-Surroundings lookAround();
+// The current state. Flushes all output streams. [interface thread]
+ProcessState captureProcessState();
 
-// What is not the same, in words; empty when all is. The floating-point mode is not among it.
-std::string changesBetween(const Surroundings &before, const Surroundings &after);
+// Describes all differences but those of the floating-point mode; empty if there are none.
+std::string describeChanges(const ProcessState &before, const ProcessState &after);
 
 } // namespace velm::host

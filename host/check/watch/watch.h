@@ -1,6 +1,6 @@
-// The host as a module under check sees it: every call of the module into the host, and of the host into the module,
-// passes through functions that note it and hold it against the wall's tags: which of the module's callbacks may call
-// what, on which thread, and with which handles. A breach ends the check as a failure.
+// Observes a module under check: every call of the module into the host, and of the host into the module, passes
+// through functions that record it and check it against the thread tags of the plug-in interface: which callbacks of
+// the module may call what, on which thread, and with which handles. A violation fails the check.
 #pragma once
 
 #include "host/graph/server_list.h"
@@ -11,25 +11,26 @@
 
 namespace velm::host {
 
-// What the module is doing, by the callback that the calling thread is in.
+// The kind of callback of the module that a thread is inside.
 enum class Phase {
-    none,      // in no callback
-    interface, // activation, creation, copy, load, save and so on
+    none,      // outside all callbacks
+    interface, // activate, create, copy, load, save and so on
     between,   // init, newTime, cleanup
     render,    // evaluate
 };
 
-// Where the result of the evaluation that the thread is in belongs, and how often it was set.
+// The evaluation that a thread is inside.
 struct EvaluationWatch {
-    const HostNodeValue *value = nullptr;
-    int sets = 0;
+    const HostNodeValue *value = nullptr; // the only value that it may set; null outside all evaluations
+    int sets = 0;                         // how often it has set the value
 };
+// That of the calling thread. After an outermost evaluation it keeps that one's state until it is reset.
 EvaluationWatch &currentEvaluation();
 
-// The calls from the host are entered here. `call` is a literal. Scopes nest.
+// Marks the calling thread as inside a callback of that kind. Scopes nest.
 class PhaseScope {
   public:
-    explicit PhaseScope(Phase phase);
+    explicit PhaseScope(Phase entered);
     ~PhaseScope();
     PhaseScope(const PhaseScope &) = delete;
     PhaseScope &operator=(const PhaseScope &) = delete;
@@ -37,41 +38,42 @@ class PhaseScope {
   private:
     Phase outer_;
 };
-Phase currentPhase();
+Phase currentPhase(); // of the calling thread
 
-// Keeps the calling thread's evaluations short while it lives. They may follow so many inputs; from then on inputs
-// count as unconnected: networks may reach themselves through a module's own pointers, of which the host knows nothing,
-// and each way round would be taken as often as there are ways. Whole numbers that come through inputs stay within
-// +-`largest`: counts of samples may be among them.
-class ShortEvaluation {
+// Bounds the cost of the calling thread's evaluations while it lives. A module may connect networks through its own
+// pointers, in cycles that the host cannot see, so that an evaluation would take exponential time. From the first
+// `inputs` evaluated inputs on, further inputs count as unconnected. Integers that come through inputs are clamped to
+// +-`largest`, since they may be sample counts. Scopes do not nest.
+class EvaluationBudget {
   public:
-    ShortEvaluation(long inputs, int largest);
-    ~ShortEvaluation();
-    ShortEvaluation(const ShortEvaluation &) = delete;
-    ShortEvaluation &operator=(const ShortEvaluation &) = delete;
+    EvaluationBudget(long inputs, int largest);
+    ~EvaluationBudget();
+    EvaluationBudget(const EvaluationBudget &) = delete;
+    EvaluationBudget &operator=(const EvaluationBudget &) = delete;
 };
 
-// Puts watched tables in place of the host's own services, for the rest of the process. Calling again does nothing.
-// [interface thread; before anything is activated]
+// Replaces the host's services by watched copies for the rest of the process. Only the first call has an effect.
+// [interface thread; before any server is activated]
 void watchServices();
 
-// Handles that the module has had made and not destroyed.
-struct HandlesInUse {
+// Counts of handles that the module has created and not destroyed.
+struct LiveHandles {
     long parameters, editors;
 };
-HandlesInUse handlesInUse();
+LiveHandles liveHandles(); // [interface thread]
 
-// The servers of a started module, in the host's list under functions that watch. One module at a time.
-// [interface thread]
+// Adds the servers of a started module to the host's server list, with watched callbacks. Only one object may exist at
+// a time. [interface thread]
 class WatchedServers {
   public:
-    // `table` stays the caller's. InputError when the servers cannot be listed.
+    // `table` has to outlive this object; `origin` names the module in the list. InputError if the servers cannot be
+    // listed.
     WatchedServers(const HostServer *table, std::string origin);
-    ~WatchedServers();
+    ~WatchedServers(); // removes the servers from the list
     WatchedServers(const WatchedServers &) = delete;
     WatchedServers &operator=(const WatchedServers &) = delete;
 
-    ServerClass &server(const std::string &name) const { return serverList().get(name); }
+    ServerClass &server(const std::string &name) const { return serverList().get(name); } // InputError if unknown
     std::vector<std::string> names() const; // of the nodes, in the table's order
 
   private:
@@ -80,28 +82,27 @@ class WatchedServers {
     std::vector<HostServer> table_;
 };
 
-// A loaded module, and its own requests for memory and so on under functions that watch.
+// A loaded module whose calls to the system's libraries are watched (imports.h).
 class LoadedModule {
   public:
-    explicit LoadedModule(const std::string &file); // InputError when it is no module
+    explicit LoadedModule(const std::string &file); // InputError if it is not a module
     const Module &module() const { return module_; }
 
   private:
     Module module_;
 };
 
-// A loaded module with its servers. A check that looks at more than the handlers' results says so by the failure of its
-// own.
+// A loaded module with its servers in the host's list.
 class WatchedModule : public LoadedModule, public WatchedServers {
   public:
     explicit WatchedModule(const std::string &file); // InputError, as above
 };
 
-// The module's own servers by class and name; null when there is none.
+// Finds a server by class and name in a module's table; null if there is none. Reads at most kMostRows rows.
 const HostServer *findServer(const HostServer *table, const char *className, const std::string &name);
 
-// The names of the handler servers with an activation, in order, no more than are checked; reads no more than
-// kMostRows rows.
+// The names of the node handlers that have an activation, in the table's order and without repetition: at most
+// kMostServers. Reads at most kMostRows rows.
 constexpr int kMostRows = 4096;
 std::vector<std::string> nodeNames(const HostServer *table);
 

@@ -1,7 +1,9 @@
-// The calls of the host into the module.
+// Watches the calls of the host into the module.
 #include "host/check/process/check_record.h"
 #include "host/check/watch/imports.h"
 #include "host/check/watch/watch.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
@@ -16,68 +18,69 @@ namespace {
 thread_local Phase phase = Phase::none;
 thread_local EvaluationWatch evaluation;
 
-// What a node's servers are, and what their activations filled in.
-struct Watched {
+// A node's servers, and the callbacks that their activations have filled in.
+struct WatchedNode {
     const HostServer *handler = nullptr, *interface = nullptr;
     HostInstanceOps instance{};
     HostRenderOps render{};
     HostNodeHandler record{};
 };
-Watched watched[kMostServers];
+WatchedNode watchedNodes[kMostServers];
 
-// What crosses the wall as an exception takes a host down that is written in C.
+// Calls a callback of the module. An exception that leaves it would crash a host written in C, so it fails the check.
 template <class Call>
-auto enter(int server, Phase entered, const char *name, Call call) -> decltype(call()) {
-    const CallScope noted(server, name);
-    const PhaseScope scope(entered);
+auto callModule(int server, Phase entered, const char *name, Call call) -> decltype(call()) {
+    const CallScope callScope(server, name);
+    const PhaseScope phaseScope(entered);
     try {
         return call();
     } catch (const std::exception &error) {
-        failCheck("an exception left the callback " + std::string(name) + ": " + error.what());
+        failCheck(fmt::format("an exception left the callback {}: {}", name, error.what()));
     } catch (...) {
         failCheck("an exception left the callback " + std::string(name));
     }
 }
 
-// The functions that stand for those of one node: the wall's callbacks carry nothing that would tell the nodes apart.
+// The functions that replace the callbacks of node `i`. Each node needs functions of its own, since the callbacks take
+// nothing that identifies the node class.
 template <int i>
 struct Node {
-    static constexpr Watched &own = watched[i];
+    static constexpr WatchedNode &own = watchedNodes[i];
 
     static void *create(void *, void *node, const char **error) {
-        return enter(i, Phase::interface, "create",
-                     [&] { return own.instance.create(own.instance.priv, node, error); });
+        return callModule(i, Phase::interface, "create",
+                          [&] { return own.instance.create(own.instance.priv, node, error); });
     }
     static void destroy(void *instance) {
-        enter(i, Phase::interface, "destroy", [&] { own.instance.destroy(instance); });
+        callModule(i, Phase::interface, "destroy", [&] { own.instance.destroy(instance); });
     }
     static HostError copy(void *to, void *from) {
-        return enter(i, Phase::interface, "copy", [&] { return own.instance.copy(to, from); });
+        return callModule(i, Phase::interface, "copy", [&] { return own.instance.copy(to, from); });
     }
     static HostError load(void *instance, const HostLoadState *state) {
-        return enter(i, Phase::interface, "load", [&] { return own.instance.load(instance, state); });
+        return callModule(i, Phase::interface, "load", [&] { return own.instance.load(instance, state); });
     }
     static HostError save(void *instance, const HostSaveState *state) {
-        return enter(i, Phase::interface, "save", [&] { return own.instance.save(instance, state); });
+        return callModule(i, Phase::interface, "save", [&] { return own.instance.save(instance, state); });
     }
     static HostError init(void *instance, int mode) {
-        return enter(i, Phase::between, "init", [&] { return own.render.init(instance, mode); });
+        return callModule(i, Phase::between, "init", [&] { return own.render.init(instance, mode); });
     }
     static void cleanup(void *instance) {
-        enter(i, Phase::between, "cleanup", [&] { own.render.cleanup(instance); });
+        callModule(i, Phase::between, "cleanup", [&] { own.render.cleanup(instance); });
     }
     static HostError newTime(void *instance, int frame, double time) {
-        return enter(i, Phase::between, "newTime", [&] { return own.render.newTime(instance, frame, time); });
+        return callModule(i, Phase::between, "newTime", [&] { return own.render.newTime(instance, frame, time); });
     }
     static void evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
         const EvaluationWatch outer = std::exchange(evaluation, {.value = value, .sets = 0});
-        enter(i, Phase::render, "evaluate", [&] { own.record.evaluate(instance, sample, output, value); });
-        if (outer.value) evaluation = outer; // the outermost one is left for the check to look at
+        callModule(i, Phase::render, "evaluate", [&] { own.record.evaluate(instance, sample, output, value); });
+        if (outer.value) evaluation = outer; // the check reads the state of the outermost evaluation afterwards
     }
 
     static int activateHandler(int version, HostLookup *lookup, void *local, void *data) {
-        const int result =
-            enter(i, Phase::interface, "activate", [&] { return own.handler->activate(version, lookup, local, data); });
+        const int result = callModule(i, Phase::interface, "activate",
+                                      [&] { return own.handler->activate(version, lookup, local, data); });
         if (result != kActivateOk) return result;
         auto *record = static_cast<HostNodeHandler *>(local);
         own.instance = *record->instance;
@@ -97,8 +100,8 @@ struct Node {
         return result;
     }
     static int activateInterface(int version, HostLookup *lookup, void *local, void *data) {
-        return enter(i, Phase::interface, "activate the panel",
-                     [&] { return own.interface->activate(version, lookup, local, data); });
+        return callModule(i, Phase::interface, "activate the panel",
+                          [&] { return own.interface->activate(version, lookup, local, data); });
     }
 };
 
@@ -112,9 +115,9 @@ constexpr std::array<Activations, sizeof...(i)> makeActivations(std::integer_seq
 }
 constexpr auto kActivations = makeActivations(std::make_integer_sequence<int, kMostServers>{});
 
-// A module's tables are in the module's hands while it is opened.
-Module openNoted(const std::string &file) {
-    const CallScope noted(-1, "loading the module");
+// Opening a module runs its code, so a crash there is reported as one of the module.
+Module openWatched(const std::string &file) {
+    const CallScope scope(kModuleItself, "loading the module");
     Module module = Module::open(file);
     watchImports(&module.descriptor());
     return module;
@@ -149,7 +152,7 @@ WatchedServers::WatchedServers(const HostServer *table, std::string origin) : ow
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         const HostServer *handler = findServer(own_, HOST_CLASS_NODE_HANDLER, nodes[i]);
         const HostServer *interface = findServer(own_, HOST_CLASS_NODE_INTERFACE, nodes[i]);
-        watched[i] = {.handler = handler, .interface = interface};
+        watchedNodes[i] = {.handler = handler, .interface = interface};
         table_.push_back(*handler);
         table_.back().activate = kActivations[i].handler;
         if (!interface) continue;
@@ -164,7 +167,7 @@ WatchedServers::~WatchedServers() { serverList().remove(origin_); }
 
 std::vector<std::string> WatchedServers::names() const { return nodeNames(own_); }
 
-LoadedModule::LoadedModule(const std::string &file) : module_(openNoted(file)) {}
+LoadedModule::LoadedModule(const std::string &file) : module_(openWatched(file)) {}
 
 WatchedModule::WatchedModule(const std::string &file)
     : LoadedModule(file), WatchedServers(module().servers(), module().path()) {}

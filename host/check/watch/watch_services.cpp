@@ -1,8 +1,10 @@
-// The calls of the module into the host.
+// Watches the calls of the module into the host.
 #include "host/check/process/check_record.h"
 #include "host/check/watch/watch.h"
 #include "host/graph/node.h"
 #include "host/load/lookup.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <map>
@@ -14,15 +16,15 @@ namespace velm::host {
 
 namespace {
 
-// Which of the module's callbacks may call, after the wall's tags.
+// When a module may call a function, by the thread tags of the plug-in interface.
 enum class Allowed {
     interface, // [interface thread; not while rendering]
-    between,   // [between frames], and the interface thread where nothing is rendered
-    render,    // [render threads], and the interface thread for previews
+    between,   // [between frames], or on the interface thread while nothing is rendered
+    render,    // [render threads], or on the interface thread for previews
     always,
 };
 
-const char *const kPhaseNames[] = {"outside of all callbacks, on a thread that the host did not call",
+const char *const kPhaseNames[] = {"outside all callbacks, on a thread that the host did not call",
                                    "in a callback of the interface thread", "between frames", "while rendering"};
 
 bool isAllowed(Allowed allowed, Phase phase) {
@@ -35,17 +37,18 @@ bool isAllowed(Allowed allowed, Phase phase) {
     return false;
 }
 
-// Callbacks of panels and inputs are called by the host's own code, on the interface thread.
+// Whether this is the host's interface thread. The host also calls the callbacks of panels and inputs there, which are
+// not watched, so calls outside all watched callbacks are legal on this thread.
 thread_local bool isHostThread = false;
 
-void mayCall(const char *name, Allowed allowed) {
+void requireAllowed(const char *name, Allowed allowed) {
     const Phase phase = currentPhase();
     if (phase == Phase::none && isHostThread) return;
     if (!isAllowed(allowed, phase))
-        failCheck("it calls " + std::string(name) + " " + kPhaseNames[static_cast<int>(phase)]);
+        failCheck(fmt::format("it calls {} {}", name, kPhaseNames[static_cast<int>(phase)]));
 }
 
-// Handles of the kinds that a module can have destroyed. Only what is called on the interface thread looks here.
+// The live handles of a kind that modules can destroy. [interface thread]
 template <class Handle>
 std::set<const Handle *> &live() {
     static std::set<const Handle *> handles;
@@ -60,17 +63,17 @@ template <>
 struct IsTracked<HostNodeEditor> : std::true_type {};
 
 template <class Value>
-void mustLive(const char *name, Value value) {
+void requireLive(const char *name, Value value) {
     if constexpr (std::is_pointer_v<Value>) {
         using Handle = std::remove_cv_t<std::remove_pointer_t<Value>>;
         if constexpr (IsTracked<Handle>::value)
             if (value && !live<Handle>().contains(value))
-                failCheck("it hands " + std::string(name) + " a handle that was destroyed or never made");
+                failCheck(fmt::format("it passes {} a handle that was destroyed or never created", name));
     }
 }
 
 template <class Value>
-void nowLives(Value value) {
+void markLive(Value value) {
     if constexpr (std::is_pointer_v<Value>) {
         using Handle = std::remove_cv_t<std::remove_pointer_t<Value>>;
         if constexpr (IsTracked<Handle>::value)
@@ -79,7 +82,7 @@ void nowLives(Value value) {
 }
 
 template <class Value>
-void nowGone(Value value) {
+void markDestroyed(Value value) {
     if constexpr (std::is_pointer_v<Value>) {
         using Handle = std::remove_cv_t<std::remove_pointer_t<Value>>;
         if constexpr (IsTracked<Handle>::value) live<Handle>().erase(value);
@@ -87,28 +90,27 @@ void nowGone(Value value) {
 }
 
 template <class Table>
-Table real{};
+Table realTable{}; // the host's own
 
 template <auto member>
-struct Passed;
+struct WatchedMember;
 
-// The function that stands for one member of a table.
+// The watched function that replaces one member of a table.
 template <class Table, class Result, class... Arguments, Result (*Table::*member)(Arguments...)>
-struct Passed<member> {
+struct WatchedMember<member> {
     static inline const char *name = "";
     static inline Allowed allowed = Allowed::interface;
     static inline bool destroys = false;
 
     static Result call(Arguments... arguments) {
-        mayCall(name, allowed);
-        if (allowed == Allowed::interface) (mustLive(name, arguments), ...);
-        if (destroys) (nowGone(arguments), ...);
-        // What the host calls in its turn is the interface thread's, or an evaluation that is entered anew.
+        requireAllowed(name, allowed);
+        if (allowed == Allowed::interface) (requireLive(name, arguments), ...);
+        if (destroys) (markDestroyed(arguments), ...);
         if constexpr (std::is_void_v<Result>) {
-            (real<Table>.*member)(arguments...);
+            (realTable<Table>.*member)(arguments...);
         } else {
-            Result result = (real<Table>.*member)(arguments...);
-            if (allowed == Allowed::interface) nowLives(result);
+            Result result = (realTable<Table>.*member)(arguments...);
+            if (allowed == Allowed::interface) markLive(result);
             return result;
         }
     }
@@ -122,15 +124,15 @@ struct TableOf<member> {
 };
 
 template <class Table>
-Table passing{}; // what the module is given
+Table watchedTable{}; // what the module gets
 
 template <auto member>
-void pass(const char *name, Allowed allowed = Allowed::interface) {
+void watch(const char *name, Allowed allowed = Allowed::interface) {
     using Table = typename TableOf<member>::Type;
-    Passed<member>::name = name;
-    Passed<member>::allowed = allowed;
-    Passed<member>::destroys = std::string_view(name).ends_with(" destroy");
-    if (real<Table>.*member) passing<Table>.*member = Passed<member>::call;
+    WatchedMember<member>::name = name;
+    WatchedMember<member>::allowed = allowed;
+    WatchedMember<member>::destroys = std::string_view(name).ends_with(" destroy");
+    if (realTable<Table>.*member) watchedTable<Table>.*member = WatchedMember<member>::call;
 }
 
 void replaceService(const char *name, void *(*give)()) {
@@ -138,143 +140,143 @@ void replaceService(const char *name, void *(*give)()) {
     offerServices(row);
 }
 
-// Replaces a table of the host by its watched copy.
+// Replaces a service of the host by a watched copy of its table. `fill` replaces the members of the copy.
 template <class Table, class Fill>
 void watchTable(const char *service, Fill fill) {
     const void *table = lookup(service, kUseTransient);
     if (!table) return;
-    real<Table> = *static_cast<const Table *>(table);
-    passing<Table> = real<Table>;
+    realTable<Table> = *static_cast<const Table *>(table);
+    watchedTable<Table> = realTable<Table>;
     fill();
-    replaceService(service, [] { return static_cast<void *>(&passing<Table>); });
+    replaceService(service, [] { return static_cast<void *>(&watchedTable<Table>); });
 }
 
-// A result belongs to the evaluation that the thread is in, and to no other.
+// Fails the check if the value belongs to another evaluation than the one that the thread is in.
 void setValue(HostNodeValue *value, const void *result) {
-    mayCall("NodeOutputFuncs set value", Allowed::render);
+    requireAllowed("NodeOutputFuncs set value", Allowed::render);
     EvaluationWatch &now = currentEvaluation();
-    if (value != now.value) failCheck("it sets the value of another evaluation than the one that it was called for");
+    if (value != now.value) failCheck("it sets the value of another evaluation than the one it was called for");
     ++now.sets;
-    real<HostNodeOutputFuncs>.setValue(value, result);
+    realTable<HostNodeOutputFuncs>.setValue(value, result);
 }
 
-// Of a ShortEvaluation; below 0: as many as there are.
+// The budget of the calling thread; negative: unlimited.
 thread_local long inputsLeft = -1;
-thread_local int largestWhole = 0;
+thread_local int largestInteger = 0;
 
 int evaluateInput(HostInput *input, ShadingSample *sample, void *value) {
-    mayCall("NodeInputFuncs evaluate", Allowed::render);
-    if (inputsLeft < 0) return real<HostNodeInputFuncs>.evaluate(input, sample, value);
+    requireAllowed("NodeInputFuncs evaluate", Allowed::render);
+    if (inputsLeft < 0) return realTable<HostNodeInputFuncs>.evaluate(input, sample, value);
     if (inputsLeft == 0) return 0;
     --inputsLeft;
-    const int given = real<HostNodeInputFuncs>.evaluate(input, sample, value);
-    if (given && input->type == kConnectInteger) {
-        int &whole = *static_cast<int *>(value);
-        whole = std::clamp(whole, -largestWhole, largestWhole);
+    const int isConnected = realTable<HostNodeInputFuncs>.evaluate(input, sample, value);
+    if (isConnected && input->type == kConnectInteger) {
+        int &integer = *static_cast<int *>(value);
+        integer = std::clamp(integer, -largestInteger, largestInteger);
     }
-    return given;
+    return isConnected;
 }
 
 HostInstanceUpdate *realUpdate;
 void update(const char *className, void *instance) {
-    mayCall("Instance Update", Allowed::interface);
+    requireAllowed("Instance Update", Allowed::interface);
     realUpdate(className, instance);
 }
 
 HostFileRequestFunc *realRequest;
 int request(int version, HostFileRequest *record) {
-    mayCall("File Request 2", Allowed::interface);
+    requireAllowed("File Request 2", Allowed::interface);
     return realRequest(version, record);
 }
 
 void watchNodes() {
     watchTable<HostNodeFuncs>(HOST_NODE_FUNCS, [] {
-        pass<&HostNodeFuncs::nodeName>("NodeFuncs node name");
-        pass<&HostNodeFuncs::serverUserName>("NodeFuncs server's user name");
-        pass<&HostNodeFuncs::channelGroup>("NodeFuncs channel group");
-        pass<&HostNodeFuncs::setColour>("NodeFuncs set colour");
-        pass<&HostNodeFuncs::setColourRgb>("NodeFuncs set colour by three");
-        pass<&HostNodeFuncs::setPreviewType>("NodeFuncs set preview type");
-        pass<&HostNodeFuncs::updatePreview>("NodeFuncs update preview");
+        watch<&HostNodeFuncs::nodeName>("NodeFuncs node name");
+        watch<&HostNodeFuncs::serverUserName>("NodeFuncs server's user name");
+        watch<&HostNodeFuncs::channelGroup>("NodeFuncs channel group");
+        watch<&HostNodeFuncs::setColour>("NodeFuncs set colour");
+        watch<&HostNodeFuncs::setColourRgb>("NodeFuncs set colour by three");
+        watch<&HostNodeFuncs::setPreviewType>("NodeFuncs set preview type");
+        watch<&HostNodeFuncs::updatePreview>("NodeFuncs update preview");
     });
     watchTable<HostNodeInputFuncs>(HOST_NODE_INPUT_FUNCS, [] {
-        pass<&HostNodeInputFuncs::create>("NodeInputFuncs create");
-        pass<&HostNodeInputFuncs::destroy>("NodeInputFuncs destroy");
-        passing<HostNodeInputFuncs>.evaluate = evaluateInput;
-        pass<&HostNodeInputFuncs::isConnected>("NodeInputFuncs is connected");
-        pass<&HostNodeInputFuncs::disconnect>("NodeInputFuncs disconnect");
+        watch<&HostNodeInputFuncs::create>("NodeInputFuncs create");
+        watch<&HostNodeInputFuncs::destroy>("NodeInputFuncs destroy");
+        watchedTable<HostNodeInputFuncs>.evaluate = evaluateInput;
+        watch<&HostNodeInputFuncs::isConnected>("NodeInputFuncs is connected");
+        watch<&HostNodeInputFuncs::disconnect>("NodeInputFuncs disconnect");
     });
     watchTable<HostNodeOutputFuncs>(HOST_NODE_OUTPUT_FUNCS, [] {
-        pass<&HostNodeOutputFuncs::create>("NodeOutputFuncs create");
-        pass<&HostNodeOutputFuncs::destroy>("NodeOutputFuncs destroy");
-        passing<HostNodeOutputFuncs>.setValue = setValue;
-        pass<&HostNodeOutputFuncs::getValue>("NodeOutputFuncs get value", Allowed::render);
-        pass<&HostNodeOutputFuncs::askingType>("NodeOutputFuncs asking type", Allowed::render);
+        watch<&HostNodeOutputFuncs::create>("NodeOutputFuncs create");
+        watch<&HostNodeOutputFuncs::destroy>("NodeOutputFuncs destroy");
+        watchedTable<HostNodeOutputFuncs>.setValue = setValue;
+        watch<&HostNodeOutputFuncs::getValue>("NodeOutputFuncs get value", Allowed::render);
+        watch<&HostNodeOutputFuncs::askingType>("NodeOutputFuncs asking type", Allowed::render);
     });
     watchTable<HostNodeEditorFuncs>(HOST_NODE_EDITOR_FUNCS, [] {
-        pass<&HostNodeEditorFuncs::create>("NodeEditorFuncs create");
-        pass<&HostNodeEditorFuncs::destroy>("NodeEditorFuncs destroy");
-        pass<&HostNodeEditorFuncs::rename>("NodeEditorFuncs rename");
-        pass<&HostNodeEditorFuncs::setEvent>("NodeEditorFuncs set event");
-        pass<&HostNodeEditorFuncs::copy>("NodeEditorFuncs copy");
-        pass<&HostNodeEditorFuncs::save>("NodeEditorFuncs save");
-        pass<&HostNodeEditorFuncs::load>("NodeEditorFuncs load");
-        pass<&HostNodeEditorFuncs::init>("NodeEditorFuncs init", Allowed::between);
-        pass<&HostNodeEditorFuncs::newTime>("NodeEditorFuncs new time", Allowed::between);
-        pass<&HostNodeEditorFuncs::cleanup>("NodeEditorFuncs clean up", Allowed::between);
-        pass<&HostNodeEditorFuncs::addRootInput>("NodeEditorFuncs add root input");
-        pass<&HostNodeEditorFuncs::setChannelGroup>("NodeEditorFuncs set channel group");
-        pass<&HostNodeEditorFuncs::setAutosize>("NodeEditorFuncs set autosize");
-        pass<&HostNodeEditorFuncs::openWindow>("NodeEditorFuncs open window");
-        pass<&HostNodeEditorFuncs::connect>("NodeEditorFuncs connect");
+        watch<&HostNodeEditorFuncs::create>("NodeEditorFuncs create");
+        watch<&HostNodeEditorFuncs::destroy>("NodeEditorFuncs destroy");
+        watch<&HostNodeEditorFuncs::rename>("NodeEditorFuncs rename");
+        watch<&HostNodeEditorFuncs::setEvent>("NodeEditorFuncs set event");
+        watch<&HostNodeEditorFuncs::copy>("NodeEditorFuncs copy");
+        watch<&HostNodeEditorFuncs::save>("NodeEditorFuncs save");
+        watch<&HostNodeEditorFuncs::load>("NodeEditorFuncs load");
+        watch<&HostNodeEditorFuncs::init>("NodeEditorFuncs init", Allowed::between);
+        watch<&HostNodeEditorFuncs::newTime>("NodeEditorFuncs new time", Allowed::between);
+        watch<&HostNodeEditorFuncs::cleanup>("NodeEditorFuncs clean up", Allowed::between);
+        watch<&HostNodeEditorFuncs::addRootInput>("NodeEditorFuncs add root input");
+        watch<&HostNodeEditorFuncs::setChannelGroup>("NodeEditorFuncs set channel group");
+        watch<&HostNodeEditorFuncs::setAutosize>("NodeEditorFuncs set autosize");
+        watch<&HostNodeEditorFuncs::openWindow>("NodeEditorFuncs open window");
+        watch<&HostNodeEditorFuncs::connect>("NodeEditorFuncs connect");
     });
     watchTable<HostNodeUtilityFuncs>(HOST_NODE_UTILITY_FUNCS, [] {
-        pass<&HostNodeUtilityFuncs::blend>("NodeUtilityFuncs blend", Allowed::render);
-        pass<&HostNodeUtilityFuncs::autosize>("NodeUtilityFuncs autosize");
-        pass<&HostNodeUtilityFuncs::directionMapping>("NodeUtilityFuncs direction mapping", Allowed::render);
-        pass<&HostNodeUtilityFuncs::uvMapping>("NodeUtilityFuncs UV mapping", Allowed::render);
-        pass<&HostNodeUtilityFuncs::cameraMatrix>("NodeUtilityFuncs camera matrix", Allowed::render);
+        watch<&HostNodeUtilityFuncs::blend>("NodeUtilityFuncs blend", Allowed::render);
+        watch<&HostNodeUtilityFuncs::autosize>("NodeUtilityFuncs autosize");
+        watch<&HostNodeUtilityFuncs::directionMapping>("NodeUtilityFuncs direction mapping", Allowed::render);
+        watch<&HostNodeUtilityFuncs::uvMapping>("NodeUtilityFuncs UV mapping", Allowed::render);
+        watch<&HostNodeUtilityFuncs::cameraMatrix>("NodeUtilityFuncs camera matrix", Allowed::render);
     });
 }
 
 void watchParameters() {
     watchTable<HostVParmFuncs>(HOST_VPARM_FUNCS, [] {
-        pass<&HostVParmFuncs::create>("LWVParmFuncs create");
-        pass<&HostVParmFuncs::destroy>("LWVParmFuncs destroy");
-        pass<&HostVParmFuncs::setUp>("LWVParmFuncs set up");
-        pass<&HostVParmFuncs::copy>("LWVParmFuncs copy");
-        pass<&HostVParmFuncs::load>("LWVParmFuncs load");
-        pass<&HostVParmFuncs::save>("LWVParmFuncs save");
-        pass<&HostVParmFuncs::getValue>("LWVParmFuncs get value", Allowed::between);
-        pass<&HostVParmFuncs::setValue>("LWVParmFuncs set value");
-        pass<&HostVParmFuncs::setState>("LWVParmFuncs set state");
-        pass<&HostVParmFuncs::init>("LWVParmFuncs init");
-        pass<&HostVParmFuncs::envelopes>("LWVParmFuncs envelopes");
+        watch<&HostVParmFuncs::create>("LWVParmFuncs create");
+        watch<&HostVParmFuncs::destroy>("LWVParmFuncs destroy");
+        watch<&HostVParmFuncs::setUp>("LWVParmFuncs set up");
+        watch<&HostVParmFuncs::copy>("LWVParmFuncs copy");
+        watch<&HostVParmFuncs::load>("LWVParmFuncs load");
+        watch<&HostVParmFuncs::save>("LWVParmFuncs save");
+        watch<&HostVParmFuncs::getValue>("LWVParmFuncs get value", Allowed::between);
+        watch<&HostVParmFuncs::setValue>("LWVParmFuncs set value");
+        watch<&HostVParmFuncs::setState>("LWVParmFuncs set state");
+        watch<&HostVParmFuncs::init>("LWVParmFuncs init");
+        watch<&HostVParmFuncs::envelopes>("LWVParmFuncs envelopes");
     });
     watchTable<HostEnvelopeFuncs>(HOST_ENVELOPE_FUNCS, [] {
-        pass<&HostEnvelopeFuncs::create>("Animation Envelopes create");
-        pass<&HostEnvelopeFuncs::destroy>("Animation Envelopes destroy");
-        pass<&HostEnvelopeFuncs::createGroup>("Animation Envelopes create group");
-        pass<&HostEnvelopeFuncs::destroyGroup>("Animation Envelopes destroy group");
-        pass<&HostEnvelopeFuncs::evaluate>("Animation Envelopes evaluate", Allowed::between);
-        pass<&HostEnvelopeFuncs::createKey>("Animation Envelopes create key");
+        watch<&HostEnvelopeFuncs::create>("Animation Envelopes create");
+        watch<&HostEnvelopeFuncs::destroy>("Animation Envelopes destroy");
+        watch<&HostEnvelopeFuncs::createGroup>("Animation Envelopes create group");
+        watch<&HostEnvelopeFuncs::destroyGroup>("Animation Envelopes destroy group");
+        watch<&HostEnvelopeFuncs::evaluate>("Animation Envelopes evaluate", Allowed::between);
+        watch<&HostEnvelopeFuncs::createKey>("Animation Envelopes create key");
     });
 }
 
 void watchPanels() {
     watchTable<HostPanelFuncs>(HOST_PANEL_FUNCS, [] {
-        pass<&HostPanelFuncs::create>("LWXPanel create");
-        pass<&HostPanelFuncs::destroy>("LWXPanel destroy");
-        pass<&HostPanelFuncs::describe>("LWXPanel describe");
-        pass<&HostPanelFuncs::hint>("LWXPanel hint");
-        pass<&HostPanelFuncs::getData>("LWXPanel get data");
-        pass<&HostPanelFuncs::setData>("LWXPanel set data");
-        pass<&HostPanelFuncs::getValue>("LWXPanel get value");
-        pass<&HostPanelFuncs::setValue>("LWXPanel set value");
-        pass<&HostPanelFuncs::viewInstance>("LWXPanel view instance");
-        pass<&HostPanelFuncs::refresh>("LWXPanel refresh");
-        pass<&HostPanelFuncs::post>("LWXPanel post");
-        pass<&HostPanelFuncs::open>("LWXPanel open");
+        watch<&HostPanelFuncs::create>("LWXPanel create");
+        watch<&HostPanelFuncs::destroy>("LWXPanel destroy");
+        watch<&HostPanelFuncs::describe>("LWXPanel describe");
+        watch<&HostPanelFuncs::hint>("LWXPanel hint");
+        watch<&HostPanelFuncs::getData>("LWXPanel get data");
+        watch<&HostPanelFuncs::setData>("LWXPanel set data");
+        watch<&HostPanelFuncs::getValue>("LWXPanel get value");
+        watch<&HostPanelFuncs::setValue>("LWXPanel set value");
+        watch<&HostPanelFuncs::viewInstance>("LWXPanel view instance");
+        watch<&HostPanelFuncs::refresh>("LWXPanel refresh");
+        watch<&HostPanelFuncs::post>("LWXPanel post");
+        watch<&HostPanelFuncs::open>("LWXPanel open");
     });
     if (void *service = lookup(HOST_INSTANCE_UPDATE, kUseTransient)) {
         realUpdate = reinterpret_cast<HostInstanceUpdate *>(service);
@@ -288,25 +290,25 @@ void watchPanels() {
 
 void watchImages() {
     watchTable<HostImageList>(HOST_IMAGE_LIST, [] {
-        pass<&HostImageList::load>("LW Image List load");
-        pass<&HostImageList::needAntialiasing>("LW Image List need antialiasing");
-        pass<&HostImageList::clear>("LW Image List clear");
-        pass<&HostImageList::loadReference>("LW Image List load reference");
-        pass<&HostImageList::saveReference>("LW Image List save reference");
-        pass<&HostImageList::size>("LW Image List size", Allowed::always);
-        pass<&HostImageList::rgb>("LW Image List rgb", Allowed::render);
-        pass<&HostImageList::rgbSpot>("LW Image List rgb spot", Allowed::render);
-        pass<&HostImageList::alpha>("LW Image List alpha", Allowed::render);
+        watch<&HostImageList::load>("LW Image List load");
+        watch<&HostImageList::needAntialiasing>("LW Image List need antialiasing");
+        watch<&HostImageList::clear>("LW Image List clear");
+        watch<&HostImageList::loadReference>("LW Image List load reference");
+        watch<&HostImageList::saveReference>("LW Image List save reference");
+        watch<&HostImageList::size>("LW Image List size", Allowed::always);
+        watch<&HostImageList::rgb>("LW Image List rgb", Allowed::render);
+        watch<&HostImageList::rgbSpot>("LW Image List rgb spot", Allowed::render);
+        watch<&HostImageList::alpha>("LW Image List alpha", Allowed::render);
     });
 }
 
 } // namespace
 
-ShortEvaluation::ShortEvaluation(long inputs, int largest) {
+EvaluationBudget::EvaluationBudget(long inputs, int largest) {
     inputsLeft = inputs;
-    largestWhole = largest;
+    largestInteger = largest;
 }
-ShortEvaluation::~ShortEvaluation() { inputsLeft = -1; }
+EvaluationBudget::~EvaluationBudget() { inputsLeft = -1; }
 
 void watchServices() {
     isHostThread = true;
@@ -319,7 +321,7 @@ void watchServices() {
     watchImages();
 }
 
-HandlesInUse handlesInUse() {
+LiveHandles liveHandles() {
     return {static_cast<long>(live<HostVParm>().size()), static_cast<long>(live<HostNodeEditor>().size())};
 }
 
