@@ -6,6 +6,7 @@
 #include "host/image/picture.h"
 #include "host/load/module.h"
 #include "host/panel/settings.h"
+#include "host/services/services.h"
 
 #include <OpenImageIO/imagecache.h>
 #include <OpenImageIO/texture.h>
@@ -218,6 +219,7 @@ BENCHMARK(walkOfTheHostsList);
 
 void evaluatePixelImage(benchmark::State &state) {
     const Pictures &pictures = Pictures::all();
+    offerNodeServices();
     const Module module = Module::open(VELM_MODULE_FILE);
     serverList().add(module.servers(), module.path());
     {

@@ -1,6 +1,8 @@
 // Measures this system against what it could at best be: a table on standard output, and the same as JSON.
 #include "bench/compare.h"
 
+#include "host/services/services.h"
+
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
@@ -16,6 +18,7 @@ int main(int argc, char **argv) {
     app.add_option("--held-bytes", held, "print the bytes that a large mesh takes, and nothing else")
         ->check(CLI::IsMember({"ours", "reference"}));
     CLI11_PARSE(app, argc, argv);
+    velm::host::offerNodeServices();
     try {
         if (!held.empty()) {
             printHeldBytes(held == "ours");

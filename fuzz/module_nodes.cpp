@@ -1,8 +1,9 @@
 #include "fuzz/module_nodes.h"
 
-#include "fuzz/promise.h"
+#include "fuzz/require.h"
 
 #include "host/graph/server_list.h"
+#include "host/services/services.h"
 
 extern "C" {
 extern const HostModuleDescriptor _mod_descrip;
@@ -11,8 +12,11 @@ extern const HostModuleDescriptor _mod_descrip;
 namespace velm::host::fuzz {
 
 const HostServer *moduleServers() {
-    static const bool started = _mod_descrip.startup() != nullptr;
-    demand(started, "the module starts");
+    static const bool started = [] {
+        offerNodeServices();
+        return _mod_descrip.startup() != nullptr;
+    }();
+    require(started, "the module starts");
     return _mod_descrip.servers;
 }
 

@@ -1,6 +1,6 @@
 #include "fuzz/networks.h"
 
-#include "fuzz/promise.h"
+#include "fuzz/require.h"
 
 #include "host/files/network_block.h"
 #include "host/graph/surface.h"
@@ -15,7 +15,7 @@ std::string write(Surface &surface, const std::string &file) {
     surface.save(*writer.state());
     try {
         return writer.finish();
-    } catch (const InputError &error) { // what has become too long for a block
+    } catch (const InputError &error) { // it has become too long for a block
         throw InputError(file + ": " + error.what());
     }
 }
@@ -26,7 +26,7 @@ std::string writtenAgain(const std::string &block, const std::string &file) {
         loadNetwork(surface, block, file, 0);
         return write(surface, file);
     } catch (const InputError &error) {
-        demand(false, "a network that was written can be read", error.what());
+        require(false, "a written network can be read", error.what());
         throw;
     }
 }
@@ -37,7 +37,7 @@ std::string throughSurface(std::string_view block, const std::string &file, std:
     Surface surface("Fuzzed");
     loadNetwork(surface, block, file, offset);
     const std::string written = write(surface, file);
-    demand(writtenAgain(written, file) == written, "a network that was written is written alike once read");
+    require(writtenAgain(written, file) == written, "a written network is written again without a change");
     return written;
 }
 

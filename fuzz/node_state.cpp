@@ -1,7 +1,7 @@
-// What a node keeps in files, in the binary and in the text form. The first byte of the input says which node of the
-// module reads, its highest bit which form.
+// Fuzzes the saved data of single nodes in the binary and the text form. The low bits of the input's first byte select
+// the node, its highest bit the form.
 #include "fuzz/module_nodes.h"
-#include "fuzz/promise.h"
+#include "fuzz/require.h"
 
 #include "host/graph/network.h"
 #include "host/graph/node_data.h"
@@ -15,11 +15,11 @@ namespace {
 
 const std::string kName = "fuzzed";
 
-// A node that has loaded some data, in a network of its own.
+// A node that has loaded some data, in a network of its own. The functions throw InputError.
 class LoadedNode {
   public:
     LoadedNode(ServerClass &server, int mode, std::string_view bytes)
-        : editor_("Fuzzed", "Fuzzed", nullptr, nullptr), node_(editor_.addNode(server)) {
+        : network_("Fuzzed", "Fuzzed", nullptr, nullptr), node_(network_.addNode(server)) {
         StateReader reader(mode, bytes, kName);
         try {
             loadData(node_, *reader.state());
@@ -40,7 +40,7 @@ class LoadedNode {
     }
 
   private:
-    Network editor_;
+    Network network_;
     HostNode &node_;
 };
 
@@ -53,13 +53,13 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
     ServerClass &server = *servers[(data[0] & 0x7f) % servers.size()];
     const int mode = (data[0] & 0x80) != 0 ? kStateText : kStateBinary;
     const std::string_view bytes = asText(data, size).substr(1);
-    done(kName, [&] {
+    acceptsInput(kName, [&] {
         const std::string first = LoadedNode(server, mode, bytes).saved(mode);
-        if (mode == kStateBinary) demand(first == bytes, "data that nobody changed are saved as they were");
+        if (mode == kStateBinary) require(first == bytes, "unchanged data is saved as it was");
         std::string second;
-        const bool read = done(kName, [&] { second = LoadedNode(server, mode, first).saved(mode); });
-        demand(read, "data that were saved can be loaded", first);
-        demand(first == second, "data that were saved are saved alike once loaded", first + '\n' + second);
+        const bool read = acceptsInput(kName, [&] { second = LoadedNode(server, mode, first).saved(mode); });
+        require(read, "saved data can be loaded", first);
+        require(first == second, "saved data is saved again without a change", first + '\n' + second);
     });
     return 0;
 }

@@ -1,5 +1,5 @@
-// The scenes of the stand-alone host.
-#include "fuzz/promise.h"
+// Fuzzes the scenes of the stand-alone host.
+#include "fuzz/require.h"
 
 #include "host/scene/convert/write_surfaces.h"
 #include "host/scene/read_scene.h"
@@ -20,13 +20,13 @@ std::string surfacesOf(const std::string &text) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
-    done(kName, [&] {
+    acceptsInput(kName, [&] {
         const SceneDescription scene = readSceneText(asText(data, size), kName, {});
         const std::string written = writeSurfaces(scene.images, scene.surfaces);
         try {
-            demand(surfacesOf(written) == written, "surfaces that were written are written alike once read", written);
+            require(surfacesOf(written) == written, "written surfaces are written again without a change", written);
         } catch (const InputError &error) {
-            demand(false, "surfaces that were written can be read", error.what() + ('\n' + written));
+            require(false, "written surfaces can be read", error.what() + ('\n' + written));
         }
     });
     return 0;

@@ -1,9 +1,9 @@
-// Makes what the fuzzers start from: velm_fuzz_seeds DIRECTORY FILE ... sorts object files, scene files, scenes in JSON
-// and saved data (the output of velm_conformance) into one directory for each reader, and adds what the module's nodes
-// save when nothing has been set.
+// Makes the seed corpora of the fuzzers: velm_fuzz_seeds DIRECTORY FILE ... sorts object files, scene files, JSON
+// scenes and saved data (the output of velm_conformance) into one directory for each fuzzer, and adds the saved data of
+// the module's nodes with their default settings, and random call scripts.
 #include "fuzz/module_nodes.h"
 
-#include "host/check/script.h"
+#include "host/check/random_walk/call_script.h"
 #include "host/files/object_file.h"
 #include "host/graph/network.h"
 #include "host/graph/node_data.h"
@@ -19,8 +19,8 @@ using namespace velm::host;
 
 namespace {
 
-constexpr std::size_t kScripts = 30, kScript = 400; // and their bytes
-constexpr std::size_t kLargest = 100'000;           // a small input is tried more often
+constexpr std::size_t kScripts = 30, kScriptSize = 400; // bytes
+constexpr std::size_t kLargest = 100'000; // bytes; larger inputs are left out, since small ones are tried faster
 
 class Corpus {
   public:
@@ -37,10 +37,10 @@ class Corpus {
     int count_ = 0;
 };
 
-// An object of surfaces alone, so that a change is likely to meet one.
+// Adds an object, its networks, and an object that has only its surfaces, so that most mutations change one.
 void addObject(Corpus &corpus, const std::string &bytes, const std::string &name) {
     corpus.add("object_file", bytes);
-    if (bytes.substr(0, 4) != "FORM" || bytes.substr(8, 4) != "LWO2") return; // an older form, which is refused
+    if (bytes.substr(0, 4) != "FORM" || bytes.substr(8, 4) != "LWO2") return; // an older format, which is refused
     const ObjectFile file(bytes, name);
     ObjectFile surfaces(std::string("FORM\0\0\0\4LWO2", 12), name);
     for (std::size_t i = 0; i < file.surfaces().size(); ++i) {
@@ -52,16 +52,16 @@ void addObject(Corpus &corpus, const std::string &bytes, const std::string &name
     corpus.add("object_file", surfaces.write());
 }
 
-// How the fuzz target of node states tells nodes and forms.
+// The input of the node_state target for saved data.
 std::string stateInput(std::size_t server, int mode, const std::string &bytes) {
     return static_cast<char>(server | (mode == kStateText ? 0x80U : 0U)) + bytes;
 }
 
-std::size_t placeOf(std::string_view server) {
+std::size_t indexOf(std::string_view server) {
     const auto &servers = serverList().all();
-    std::size_t place = 0;
-    while (place < servers.size() && servers[place]->name() != server) ++place;
-    return place;
+    std::size_t index = 0;
+    while (index < servers.size() && servers[index]->name() != server) ++index;
+    return index;
 }
 
 std::string bytesOf(std::string_view hexadecimal) {
@@ -77,23 +77,23 @@ std::string bytesOf(std::string_view hexadecimal) {
     return bytes;
 }
 
-// Lines "node SERVER", and "saved" with the bytes that it saved.
+// Adds the saved data in a conformance report, from its lines "node SERVER" and "saved BYTES".
 void addSavedData(Corpus &corpus, const std::string &text) {
     std::istringstream lines(text);
     std::size_t server = 0;
     for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with("node ")) server = placeOf(line.substr(5));
+        if (line.starts_with("node ")) server = indexOf(line.substr(5));
         if (line.starts_with("saved ") && server < serverList().all().size())
             corpus.add("node_state", stateInput(server, kStateBinary, bytesOf(line.substr(6))));
     }
 }
 
-// Every node by itself, and all nodes in one network.
+// Adds the saved data of each node, and of a network of all nodes.
 void addNodes(Corpus &corpus) {
-    Network editor("Seeds", "Seeds", nullptr, nullptr);
+    Network network("Seeds", "Seeds", nullptr, nullptr);
     const auto &servers = serverList().all();
     for (std::size_t i = 0; i < servers.size(); ++i) {
-        const HostNode &node = editor.addNode(*servers[i]);
+        const HostNode &node = network.addNode(*servers[i]);
         for (const int mode : {kStateBinary, kStateText}) {
             StateWriter writer(mode);
             saveData(node, *writer.state());
@@ -101,17 +101,17 @@ void addNodes(Corpus &corpus) {
         }
     }
     StateWriter binary(kStateBinary), text(kStateText);
-    editor.save(*binary.state());
+    network.save(*binary.state());
     corpus.add("network", binary.finish());
     const HostBlockId block{.id = 0x4e4f4453, .token = "Nodal_Block"};
     text.state()->beginBlock(text.state()->data, &block, 0);
-    editor.save(*text.state());
+    network.save(*text.state());
     text.state()->endBlock(text.state()->data);
     corpus.add("scene_text", "LWSC\n5\n" + text.finish());
 }
 
 void addScripts(Corpus &corpus) {
-    for (std::size_t i = 0; i < kScripts; ++i) corpus.add("call_script", randomScript(i, kScript));
+    for (std::size_t i = 0; i < kScripts; ++i) corpus.add("call_script", randomCallScript(i, kScriptSize));
 }
 
 void addFile(Corpus &corpus, const fs::path &path) {

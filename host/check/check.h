@@ -1,6 +1,9 @@
-// Checks of a compiled module as a black box: what the wall demands of every module, tried from the host's side. Each
-// check runs in a process of its own with a limit of time, so that a crash or a hang is a result and not an end.
+// The validator: checks a compiled module as a black box against what the plug-in interface demands of every module.
+// Each check runs in a process of its own with a time limit, so that a crash or a hang is a result like any other.
 #pragma once
+
+#include "host/check/levels/levels.h"
+#include "host/check/process/outcome.h"
 
 #include <cstdint>
 #include <functional>
@@ -10,67 +13,43 @@
 
 namespace velm::host {
 
-enum class Outcome { pass, warn, fail, crash, hang, skip };
-
-// "PASS" and so on.
-const char *outcomeName(Outcome outcome);
-
-// What a check is told. `server` is the node's server name, empty for a check of the module as a whole.
-struct CheckTask {
-    std::string module; // the file
-    std::string server;
-    std::uint64_t seed = 0;
-};
-
-enum class CheckScope { module, node };
-
-// A check ends by returning, or by `failCheck` and `skipCheck` (blackboard.h). What it throws counts as a failure.
-struct Check {
-    const char *name;    // "life.balance"; unique
-    int level;           // 1 to kHighestLevel
-    CheckScope scope;    // once for the module, or once for each of its nodes
-    const char *demands; // what is demanded, in a line
-    void (*run)(const CheckTask &task);
-    int turns = 1; // how often it runs, each time with another seed; above 1 it may go on for as long as wanted
-};
-
-// All checks, by level. Unique names.
+// All checks in the order of their levels, with unique names. [any thread]
 std::span<const Check> allChecks();
 
 struct CheckOptions {
-    std::string module;
-    int level = 5;          // the highest one that runs
-    std::string filter;     // only checks whose "name/server" is this text, else those that have it in it
-    std::uint64_t seed = 1; // what all choices are drawn from
+    std::string module;     // path of the module's file
+    int level = 5;          // the highest level that runs
+    std::string filter;     // the check whose "name/server" equals this text; if there is none, all that contain it
+    std::uint64_t seed = 1; // all random choices derive from it
     double limit = 60;      // seconds that one check may take
-    double minutes = 0;     // how long checks that run more than once go on, from the start of all; 0: no longer
+    double minutes = 0;     // how long checks of several turns go on, from the start of the run; 0: only their turns
 };
 
 struct CheckResult {
     const Check *check = nullptr;
-    std::string server;
+    std::string server; // the node's server name; empty for a check of the module
     Outcome outcome = Outcome::pass;
-    std::string message;    // what was found; of a crash or a hang with the last call made
-    std::string printed;    // the end of what the process wrote while it ran, when it ended badly
-    std::uint64_t seed = 0; // of this one check
-    double seconds = 0;
-    std::uint64_t master = 0; // the seed for everything that brings this one about as its first turn
+    std::string message;      // the finding; for a crash or a hang, with the last call into the module
+    std::string printed;      // the end of the process's output, after a crash or a hang
+    std::uint64_t seed = 0;   // the seed of this run, derived from `master`
+    double seconds = 0;       // how long it ran
+    std::uint64_t master = 0; // with this as CheckOptions::seed, the run is repeated as the check's first turn
 
     std::string fullName() const; // "life.balance/Velm Counter", "file.loads"
 };
 
-// Runs what the options select, two at a time, and gives the results in the order of `allChecks`, a node after the
-// other, and one turn after the other. `done` hears of each one as it ends, in any order. InputError when the filter
-// selects nothing, or nothing that could go on for some minutes. The module is never loaded into the calling process.
-// That one's other threads must be idle: libraries have some, and the processes of the checks are born without them.
+// Runs the selected checks, at most two at a time, and returns their results in the order of `allChecks`, then by node,
+// then by turn. `done` is called with each result as its check ends, in any order. The module is never loaded into the
+// calling process. The calling process forks: its other threads must be idle. Throws InputError if the filter selects
+// nothing or, with `minutes`, no check of several turns; MachineError if no process can be started. [interface thread]
 std::vector<CheckResult> runChecks(const CheckOptions &options, const std::function<void(const CheckResult &)> &done);
 
-// Runs the first turn of the one check that the options select here in this process, without limits, and ends the
-// process by SIGABRT at the place where it fails. InputError unless the options select one check and, of a check of
-// nodes, one node.
+// Runs the first turn of the one selected check in the calling process without a time limit, for a debugger. A failure
+// ends the process by SIGABRT at the call that failed, and a skipped check ends it with status 0. Throws InputError
+// unless the options select exactly one check and, for a check of nodes, one node. [interface thread]
 CheckResult reproduceCheck(const CheckOptions &options);
 
-// Without FAIL, CRASH and HANG.
+// True if there is no FAIL, CRASH or HANG.
 bool allWell(const std::vector<CheckResult> &results);
 
 } // namespace velm::host

@@ -1,10 +1,10 @@
 #include "host/check/report.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <ostream>
 
 namespace velm::host {
@@ -22,10 +22,10 @@ bool isBad(Outcome outcome) {
     return outcome == Outcome::fail || outcome == Outcome::crash || outcome == Outcome::hang;
 }
 
-// The worst of some outcomes; they count as skipped where all are.
+// The worst of some outcomes; SKIP only if all are skipped.
 Outcome worst(std::span<const CheckResult> some) {
-    constexpr std::array kByWeight = {Outcome::crash, Outcome::hang, Outcome::fail, Outcome::warn, Outcome::pass};
-    for (const Outcome outcome : kByWeight)
+    constexpr std::array kBySeverity = {Outcome::crash, Outcome::hang, Outcome::fail, Outcome::warn, Outcome::pass};
+    for (const Outcome outcome : kBySeverity)
         if (countOf(some, outcome) > 0) return outcome;
     return Outcome::skip;
 }
@@ -37,8 +37,8 @@ std::string shellQuoted(const std::string &word) {
 }
 
 std::string reproduction(const CheckResult &one, const CheckOptions &options) {
-    return "velm check " + shellQuoted(options.module) + " --level " + std::to_string(one.check->level) + " --seed " +
-           std::to_string(one.master) + " --filter " + shellQuoted(one.fullName()) + " --reproduce";
+    return fmt::format("velm check {} --level {} --seed {} --filter {} --reproduce", shellQuoted(options.module),
+                       one.check->level, one.master, shellQuoted(one.fullName()));
 }
 
 std::string indented(const std::string &text) {
@@ -50,9 +50,9 @@ std::string indented(const std::string &text) {
     return result;
 }
 
-// `who`: the nodes of which all this is the same.
-void printOne(const CheckResult &one, const std::string &who, const CheckOptions &options, std::ostream &out) {
-    out << "    " << outcomeName(one.outcome) << "  " << who << ": " << one.message << '\n';
+// Prints a result that is the same for all of the named nodes.
+void printOne(const CheckResult &one, const std::string &nodes, const CheckOptions &options, std::ostream &out) {
+    out << "    " << outcomeName(one.outcome) << "  " << nodes << ": " << one.message << '\n';
     if (!one.printed.empty()) out << indented(one.printed) << '\n';
     if (isBad(one.outcome)) out << "        again: " << reproduction(one, options) << '\n';
 }
@@ -63,16 +63,16 @@ void printBad(std::span<const CheckResult> some, const CheckOptions &options, st
         const auto isLike = [&](const CheckResult &other) {
             return !isBad(one->outcome) && other.outcome == one->outcome && other.message == one->message;
         };
-        if (std::any_of(some.begin(), one, isLike)) continue; // told with the first of them
-        std::string who = one->server.empty() ? "the module" : one->server;
+        if (std::any_of(some.begin(), one, isLike)) continue; // printed with the first of them
+        std::string nodes = one->server.empty() ? "the module" : one->server;
         std::string last = one->server; // turns of one node follow each other
         for (auto other = one + 1; other != some.end(); ++other)
-            if (isLike(*other) && other->server != last) who += ", " + (last = other->server);
-        printOne(*one, who, options, out);
+            if (isLike(*other) && other->server != last) nodes += ", " + (last = other->server);
+        printOne(*one, nodes, options, out);
     }
 }
 
-// As XML takes it in attributes and texts; control characters have no place there.
+// Escapes a text for XML attributes and contents. Control characters, which XML does not allow, are dropped.
 std::string xml(const std::string &text) {
     std::string escaped;
     for (const char character : text) switch (character) {
@@ -87,25 +87,19 @@ std::string xml(const std::string &text) {
     return escaped;
 }
 
-std::string secondsText(double seconds) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.3f", seconds);
-    return text;
-}
-
 std::string testCase(const CheckResult &one, const CheckOptions &options) {
     std::string name = one.server.empty() ? "module" : one.server;
-    if (one.master != options.seed) name += " (seed " + std::to_string(one.master) + ")"; // a further turn
-    std::string text = "    <testcase classname=\"" + xml(one.check->name) + "\" name=\"" + xml(name) + "\" time=\"" +
-                       secondsText(one.seconds) + "\">";
+    if (one.master != options.seed) name += fmt::format(" (seed {})", one.master); // a further turn
+    std::string text = fmt::format("    <testcase classname=\"{}\" name=\"{}\" time=\"{:.3f}\">", xml(one.check->name),
+                                   xml(name), one.seconds);
     const std::string message = xml(one.message);
     if (isBad(one.outcome))
-        text += "<failure type=\"" + std::string(outcomeName(one.outcome)) + "\" message=\"" + message + "\">" +
-                xml(reproduction(one, options) + "\n" + one.printed) + "</failure>";
+        text += fmt::format("<failure type=\"{}\" message=\"{}\">{}</failure>", outcomeName(one.outcome), message,
+                            xml(reproduction(one, options) + "\n" + one.printed));
     else if (one.outcome == Outcome::skip)
-        text += "<skipped message=\"" + message + "\"/>";
+        text += fmt::format("<skipped message=\"{}\"/>", message);
     else if (one.outcome == Outcome::warn)
-        text += "<system-out>" + message + "</system-out>";
+        text += fmt::format("<system-out>{}</system-out>", message);
     return text + "</testcase>\n";
 }
 
@@ -117,9 +111,7 @@ void printResults(std::span<const CheckResult> results, const CheckOptions &opti
         end = first + 1;
         while (end < results.size() && results[end].check == &check) ++end;
         const std::span<const CheckResult> some = results.subspan(first, end - first);
-        char start[80];
-        std::snprintf(start, sizeof start, "%2d  %-5s  %-26s ", check.level, outcomeName(worst(some)), check.name);
-        out << start << check.demands << '\n';
+        out << fmt::format("{:2}  {:5}  {:26} {}\n", check.level, outcomeName(worst(some)), check.name, check.demands);
         printBad(some, options, out);
     }
     out << '\n';
@@ -149,7 +141,7 @@ std::string resultsAsJson(std::span<const CheckResult> results, const CheckOptio
                                         {"level", options.level},
                                         {"counts", counts},
                                         {"results", list}};
-    // A module's texts may be anything.
+    // A module's texts may be invalid UTF-8.
     return all.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
@@ -162,9 +154,8 @@ std::string resultsAsJunit(std::span<const CheckResult> results, const CheckOpti
             cases += testCase(results[end], options);
         const auto some = results.subspan(first, end - first);
         const auto bad = std::count_if(some.begin(), some.end(), [](const auto &one) { return isBad(one.outcome); });
-        text += "  <testsuite name=\"" + xml(check.name) + "\" tests=\"" + std::to_string(some.size()) +
-                "\" failures=\"" + std::to_string(bad) + "\" skipped=\"" +
-                std::to_string(countOf(some, Outcome::skip)) + "\">\n" + cases + "  </testsuite>\n";
+        text += fmt::format("  <testsuite name=\"{}\" tests=\"{}\" failures=\"{}\" skipped=\"{}\">\n{}  </testsuite>\n",
+                            xml(check.name), some.size(), bad, countOf(some, Outcome::skip), cases);
     }
     return text + "</testsuites>\n";
 }

@@ -1,4 +1,4 @@
-// The results of checks, for people and for programs.
+// Reports of check results, for people and for programs.
 #pragma once
 
 #include "host/check/check.h"
@@ -9,15 +9,16 @@
 
 namespace velm::host {
 
-// A line for each check of the module and for each check of nodes, a further one for each node that is not well, and
-// the sum. A bad end comes with the command that shows it again.
+// Prints a table: a line for each check, further lines for each result other than PASS, and the counts. Failures,
+// crashes and hangs come with the command that reproduces them.
 void printResults(std::span<const CheckResult> results, const CheckOptions &options, std::ostream &out);
 
 // {"module", "seed", "level", "counts": {"PASS": ...}, "results": [{"name", "level", "server", "demands", "outcome",
-// "message", "printed", "seed", "seconds"}]}
+// "message", "printed", "seed", "master", "seconds"}]}
 std::string resultsAsJson(std::span<const CheckResult> results, const CheckOptions &options);
 
-// One test suite for each check, one test case for each node; WARN passes, with its text as output.
+// JUnit's XML: a test suite for each check, with a test case for each node and turn. WARN passes, with its message as
+// output.
 std::string resultsAsJunit(std::span<const CheckResult> results, const CheckOptions &options);
 
 } // namespace velm::host

@@ -1,12 +1,13 @@
-// Which checks run, each in its process, and what becomes of them.
-#include "host/base/error.h"
 #include "host/check/check.h"
-#include "host/check/child.h"
-#include "host/check/dice.h"
-#include "host/check/levels.h"
-#include "host/check/watch.h"
+
+#include "host/base/error.h"
+#include "host/check/fixture/generator.h"
+#include "host/check/levels/levels.h"
+#include "host/check/process/child.h"
+#include "host/check/watch/watch.h"
 #include "host/load/module.h"
 
+#include <fmt/format.h>
 #include <poll.h>
 
 #include <algorithm>
@@ -33,32 +34,32 @@ std::vector<Check> makeList() {
     return all;
 }
 
-// What the checks of nodes are run with.
+// The module's nodes, as listed by a process of its own.
 struct Discovery {
-    SharedBoard board;
+    SharedCheckRecord record; // with the nodes' server names
     std::vector<std::string> servers;
-    std::optional<ChildEnd> failure;
+    std::optional<ChildEnd> failure; // how that process ended, unless it passed
 };
 
 void writeNames(const std::string &file) {
-    const CallScope noted(-1, "loading the module");
+    const CallScope scope(kModuleItself, "loading the module");
     const Module module = Module::open(file);
-    Blackboard &board = blackboard();
+    CheckRecord &record = checkRecord();
     for (const std::string &name : nodeNames(module.servers()))
-        std::snprintf(board.servers[board.serverCount++], kLongestServer, "%s", name.c_str());
+        std::snprintf(record.servers[record.serverCount++], kLongestServer, "%s", name.c_str());
 }
 
 void discover(Discovery &found, const std::string &file) {
     Child child(
-        *found.board, [&] { writeNames(file); }, kDiscoveryLimit);
+        *found.record, [&] { writeNames(file); }, kDiscoveryLimit);
     const ChildEnd end = waitFor(child);
     if (end.outcome != Outcome::pass) {
         found.failure = end;
         return;
     }
-    found.board->serverCount = child.board().serverCount;
-    std::copy_n(&child.board().servers[0][0], sizeof child.board().servers, &found.board->servers[0][0]);
-    for (int i = 0; i < found.board->serverCount; ++i) found.servers.emplace_back(found.board->servers[i]);
+    found.record->serverCount = child.record().serverCount;
+    std::copy_n(&child.record().servers[0][0], sizeof child.record().servers, &found.record->servers[0][0]);
+    for (int i = 0; i < found.record->serverCount; ++i) found.servers.emplace_back(found.record->servers[i]);
 }
 
 bool isSelected(const CheckResult &one, const CheckOptions &options) {
@@ -88,12 +89,12 @@ std::vector<CheckResult> select(const CheckOptions &options, const Discovery &fo
     if (std::any_of(selected.begin(), selected.end(), exact))
         std::erase_if(selected, [&](const CheckResult &one) { return !exact(one); });
     if (selected.empty())
-        throw InputError("no check up to level " + std::to_string(options.level) + " is selected by \"" +
-                         options.filter + "\"");
+        throw InputError(fmt::format("no check up to level {} is selected by \"{}\"", options.level, options.filter));
     return selected;
 }
 
-// Further turns of the checks that run more than once: one after the other has its second turn, then its third.
+// The further turns of the checks that run more than once: the second turns of all these checks, then the third ones,
+// and so on; with a duration, until it is over.
 class FurtherTurns {
   public:
     FurtherTurns(const CheckOptions &options, const std::vector<CheckResult> &first)
@@ -101,17 +102,17 @@ class FurtherTurns {
           end_(Child::Clock::now() + std::chrono::duration_cast<Child::Clock::duration>(
                                          std::chrono::duration<double>(60 * options.minutes))) {
         for (const CheckResult &one : first)
-            if (one.check->turns > 1) again_.push_back(one);
-        for (const CheckResult &one : again_) turns_ = std::max(turns_, one.check->turns);
-        if (hasTime_ && again_.empty())
-            throw InputError("none of the selected checks goes on with new seeds, as those of level 10 do");
+            if (one.check->turns > 1) repeated_.push_back(one);
+        for (const CheckResult &one : repeated_) turns_ = std::max(turns_, one.check->turns);
+        if (hasTime_ && repeated_.empty())
+            throw InputError("none of the selected checks goes on with new seeds; those of level 10 do");
     }
 
-    // Nothing when all have had theirs, and the time is over.
+    // The next turn to run; nothing when there is none left.
     std::optional<CheckResult> next() {
-        for (; turn_ < turns_ || isTimeLeft(); ++turn_, at_ = 0)
-            while (at_ < again_.size()) {
-                const CheckResult &one = again_[at_++];
+        for (; turn_ < turns_ || isTimeLeft(); ++turn_, next_ = 0)
+            while (next_ < repeated_.size()) {
+                const CheckResult &one = repeated_[next_++];
                 if (turn_ < one.check->turns || isTimeLeft())
                     return makeResult(*one.check, one.server, seedFor(seed_, "turn " + std::to_string(turn_)));
             }
@@ -124,9 +125,9 @@ class FurtherTurns {
     std::uint64_t seed_;
     bool hasTime_;
     Child::Clock::time_point end_;
-    std::vector<CheckResult> again_;
-    int turns_ = 1, turn_ = 1; // counted from 0
-    std::size_t at_ = 0;
+    std::vector<CheckResult> repeated_;
+    int turns_ = 1, turn_ = 1; // the number of turns, and the current one from 0
+    std::size_t next_ = 0;     // index of the check whose turn is next
 };
 
 class Runner {
@@ -143,9 +144,9 @@ class Runner {
             waitForOne();
         }
         std::vector<CheckResult> all(results_.begin(), results_.end());
-        // All turns of a node together.
+        // Puts all turns of a node together.
         std::stable_sort(all.begin(), all.end(), [&](const CheckResult &one, const CheckResult &other) {
-            return std::pair(one.check, placeOf(one)) < std::pair(other.check, placeOf(other));
+            return std::pair(one.check, indexOf(one)) < std::pair(other.check, indexOf(other));
         });
         return all;
     }
@@ -162,7 +163,7 @@ class Runner {
         return next_ < results_.size();
     }
 
-    std::size_t placeOf(const CheckResult &one) const {
+    std::size_t indexOf(const CheckResult &one) const {
         return static_cast<std::size_t>(std::find(found_.servers.begin(), found_.servers.end(), one.server) -
                                         found_.servers.begin());
     }
@@ -179,7 +180,7 @@ class Runner {
         const CheckTask task{.module = options_.module, .server = result.server, .seed = result.seed};
         const Check &check = *result.check;
         running_.push_back({&result, std::make_unique<Child>(
-                                         *found_.board, [&check, task] { check.run(task); }, options_.limit)});
+                                         *found_.record, [&check, task] { check.run(task); }, options_.limit)});
     }
 
     void waitForOne() {
@@ -209,7 +210,7 @@ class Runner {
     const CheckOptions &options_;
     const Discovery &found_;
     FurtherTurns further_;
-    std::deque<CheckResult> results_; // those that run are pointed at
+    std::deque<CheckResult> results_; // a deque, since running checks point at their results
     const std::function<void(const CheckResult &)> &done_;
     std::vector<Running> running_;
     std::size_t next_ = 0;
@@ -220,11 +221,6 @@ class Runner {
 std::span<const Check> allChecks() {
     static const std::vector<Check> list = makeList();
     return list;
-}
-
-const char *outcomeName(Outcome outcome) {
-    constexpr const char *kNames[] = {"PASS", "WARN", "FAIL", "CRASH", "HANG", "SKIP"};
-    return kNames[static_cast<int>(outcome)];
 }
 
 std::string CheckResult::fullName() const { return server.empty() ? check->name : check->name + ("/" + server); }
@@ -240,17 +236,18 @@ CheckResult reproduceCheck(const CheckOptions &options) {
     discover(found, options.module);
     std::vector<CheckResult> selected = select(options, found);
     if (selected.size() != 1)
-        throw InputError(std::to_string(selected.size()) + " checks are selected, \"" + selected[0].fullName() +
-                         "\" and \"" + selected[1].fullName() + "\" among them; one can be reproduced at a time");
+        throw InputError(
+            fmt::format("{} checks are selected, \"{}\" and \"{}\" among them; only one can be reproduced at a time",
+                        selected.size(), selected[0].fullName(), selected[1].fullName()));
     CheckResult result = selected[0];
-    useBlackboard(&*found.board);
-    reproduceHere(true);
+    useCheckRecord(&*found.record);
+    setReproducing(true);
     result.check->run({.module = options.module, .server = result.server, .seed = result.seed});
-    reproduceHere(false);
-    result.message = found.board->notes;
+    setReproducing(false);
+    result.message = found.record->notes;
     result.outcome = result.message.empty() ? Outcome::pass : Outcome::warn;
-    static Blackboard own{};
-    useBlackboard(&own);
+    static CheckRecord ownRecord{}; // the shared one ends with this function
+    useCheckRecord(&ownRecord);
     return result;
 }
 

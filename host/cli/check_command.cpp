@@ -1,6 +1,6 @@
 // "velm check": whether a compiled module fulfils what hosts demand of it.
 #include "host/base/error.h"
-#include "host/check/levels.h"
+#include "host/check/levels/levels.h"
 #include "host/check/report.h"
 #include "host/cli/commands.h"
 #include "host/cli/option_types.h"

@@ -1,8 +1,8 @@
-// Running checks on modules of the tests.
+// Helpers for running checks on the test modules.
 #pragma once
 
 #include "host/check/check.h"
-#include "host/check/levels.h"
+#include "host/check/levels/levels.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-// The module of shading nodes stands every check.
+// The module of shading nodes passes every check.
 #include "tests/check/check_test.h"
 
 #include <gtest/gtest.h>
@@ -16,22 +16,22 @@ void expectWell(const Check &check) {
 
 class ModuleTest : public ::testing::TestWithParam<int> {};
 
-TEST_P(ModuleTest, StandsTheLevel) {
+TEST_P(ModuleTest, PassesTheLevel) {
     for (const Check &check : allChecks())
         if (check.level == GetParam()) expectWell(check);
 }
 
-// Networks inside nodes read and write through states that are not the host's own here.
+// In these checks, networks inside nodes read and write through states that are not the host's own.
 TEST(ModuleStates, MayFail) {
     for (const Check &check : dataChecks())
         if (const std::string name = check.name; name == "data.reads" || name == "data.writes") expectWell(check);
 }
 
-// In this process, since the thread sanitizer cannot follow threads into processes that are born without a new program.
-// There a race ends the program.
+// These checks run in this process: the thread sanitizer, which ends the program at a race, cannot follow threads into
+// a forked process.
 class ThreadedModule : public ::testing::TestWithParam<const char *> {};
 
-TEST_P(ThreadedModule, StandsTheCheck) {
+TEST_P(ThreadedModule, PassesTheCheck) {
     const std::vector<CheckResult> nodes = resultsOf(optionsFor(VELM_MODULE_FILE, "life.connectors"));
     ASSERT_EQ(nodes.size(), 17u);
     for (const CheckResult &node : nodes) {
@@ -53,16 +53,16 @@ INSTANTIATE_TEST_SUITE_P(Checks, ThreadedModule, ::testing::ValuesIn(threadCheck
     return name;
 });
 
-TEST(ThreadedWalk, TheModuleStandsIt) {
+TEST(ThreadedRandomWalk, TheModulePassesIt) {
     const CheckResult one = reproduceCheck(optionsFor(VELM_MODULE_FILE, "together.all"));
     EXPECT_TRUE(allWell({one})) << one.message;
 }
 
-// The thread sanitizer tells of the race itself, all others of what comes of it.
-TEST(ThreadedMutantDeathTest, ARaceIsTold) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe"); // a new program
+// The thread sanitizer reports the race itself, other builds the wrong results.
+TEST(ThreadedMutantDeathTest, ARaceIsReported) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // a new process
     EXPECT_DEATH(reproduceCheck(optionsFor(mutantFile("counts_for_all"), "threads.one/Mutant Sum")),
-                 "data race|other results than alone");
+                 "data race|other results than each alone");
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, ModuleTest, ::testing::Range(1, std::min(5, kHighestLevel) + 1));

@@ -1,4 +1,4 @@
-// Results as a table, as JSON and as JUnit's XML.
+// Reports as a table, as JSON and as JUnit's XML.
 #include "host/check/report.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ std::vector<CheckResult> results() {
             {&kSecond, "", Outcome::warn, "it is odd", "", 3, 0.125, 77}};
 }
 
-TEST(CheckReport, TableTellsTheWorstAndHowToSeeItAgain) {
+TEST(CheckReport, TableShowsTheWorstResultAndHowToReproduceIt) {
     std::ostringstream out;
     printResults(results(), options(), out);
     const std::string text = out.str();
@@ -38,10 +38,10 @@ TEST(CheckReport, TableTellsTheWorstAndHowToSeeItAgain) {
           " 3  WARN   other.check", "    WARN  the module: it is odd\n",
           "PASS 1  WARN 1  CRASH 1  (level 4, seed 77)\n"})
         EXPECT_NE(text.find(part), std::string::npos) << part << "\nis not in\n" << text;
-    EXPECT_EQ(text.find("One"), std::string::npos); // what passes needs no line
+    EXPECT_EQ(text.find("One"), std::string::npos); // results that pass have no line
 }
 
-TEST(CheckReport, TableTellsTheSameOnce) {
+TEST(CheckReport, TableListsEqualResultsOnce) {
     const std::vector<CheckResult> same = {{&kFirst, "One", Outcome::skip, "nothing to try", "", 1, 0, 77},
                                            {&kFirst, "Two", Outcome::skip, "nothing to try", "", 1, 0, 77}};
     std::ostringstream out;
@@ -49,7 +49,7 @@ TEST(CheckReport, TableTellsTheSameOnce) {
     EXPECT_NE(out.str().find("    SKIP  One, Two: nothing to try\n\n"), std::string::npos) << out.str();
 }
 
-TEST(CheckReport, AFurtherTurnIsToldWithItsOwnSeed) {
+TEST(CheckReport, AFurtherTurnIsReportedWithItsOwnSeed) {
     std::vector<CheckResult> turns(2, results()[1]);
     turns[1].master = 4711;
     std::ostringstream out;
@@ -57,7 +57,7 @@ TEST(CheckReport, AFurtherTurnIsToldWithItsOwnSeed) {
     for (const char *part : {"--seed 77 --filter", "--seed 4711 --filter"})
         EXPECT_NE(out.str().find(part), std::string::npos) << out.str();
     EXPECT_NE(resultsAsJunit(turns, options()).find("name=\"Two (seed 4711)\""), std::string::npos);
-    turns[0].outcome = turns[1].outcome = Outcome::warn; // needs no seed, and is told once
+    turns[0].outcome = turns[1].outcome = Outcome::warn; // needs no seed and is printed once
     std::ostringstream warned;
     printResults(turns, options(), warned);
     EXPECT_NE(warned.str().find("    WARN  Two: SIGSEGV"), std::string::npos) << warned.str();
@@ -89,7 +89,7 @@ TEST(CheckReport, JunitHasASuiteForEachCheck) {
         EXPECT_NE(text.find(part), std::string::npos) << part << "\nis not in\n" << text;
 }
 
-TEST(CheckReport, OnlyBadEndsAreNotWell) {
+TEST(CheckReport, OnlyFailuresCrashesAndHangsAreNotWell) {
     EXPECT_FALSE(allWell(results()));
     EXPECT_TRUE(allWell({results()[0], results()[2]}));
 }

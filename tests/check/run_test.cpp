@@ -1,4 +1,4 @@
-// Choosing checks, running them, and running one again.
+// Selecting checks, running them, and reproducing one.
 #include "tests/check/check_test.h"
 
 #include "host/base/error.h"
@@ -10,7 +10,7 @@
 namespace velm::host::test {
 namespace {
 
-TEST(CheckList, HasNamesOfItsOwnAndItsLevelsInOrder) {
+TEST(CheckList, HasUniqueNamesInOrderOfLevels) {
     std::set<std::string> names;
     int level = 1;
     for (const Check &check : allChecks()) {
@@ -21,7 +21,7 @@ TEST(CheckList, HasNamesOfItsOwnAndItsLevelsInOrder) {
     EXPECT_EQ(level, kHighestLevel);
 }
 
-TEST(CheckRun, LevelAndFilterChoose) {
+TEST(CheckRun, LevelAndFilterSelect) {
     CheckOptions options = optionsFor(mutantFile("clean"), "identity.versions");
     const auto both = resultsOf(options);
     ASSERT_EQ(both.size(), 2u);
@@ -37,7 +37,7 @@ TEST(CheckRun, LevelAndFilterChoose) {
     EXPECT_THROW(resultsOf(options), InputError);
 }
 
-TEST(CheckRun, SeedsGoByNameAndMasterSeed) {
+TEST(CheckRun, SeedsDependOnNameAndMasterSeed) {
     CheckOptions options = optionsFor(mutantFile("clean"), "identity.versions/Mutant Sum");
     const auto first = resultsOf(options), again = resultsOf(options);
     options.seed = 2;
@@ -46,7 +46,7 @@ TEST(CheckRun, SeedsGoByNameAndMasterSeed) {
     EXPECT_NE(first[0].seed, other[0].seed);
 }
 
-TEST(CheckRun, EachTurnCanBeHadAgainAsTheFirst) {
+TEST(CheckRun, AnyTurnCanBeRepeatedAsTheFirst) {
     CheckOptions options = optionsFor(mutantFile("clean"), "together.one/Mutant Pass");
     const auto turns = resultsOf(options);
     ASSERT_EQ(turns.size(), static_cast<std::size_t>(turns[0].check->turns));
@@ -70,14 +70,14 @@ TEST(CheckRun, GoesOnForMinutes) {
     EXPECT_THROW(resultsOf(options), InputError);
 }
 
-TEST(CheckRun, AModuleThatFallsFailsTheChecksOfItsNodes) {
+TEST(CheckRun, AModuleThatCrashesFailsTheChecksOfItsNodes) {
     const auto results = resultsOf(optionsFor(mutantFile("falls_at_load"), "life.balance"));
     ASSERT_EQ(results.size(), 1u);
     EXPECT_FALSE(allWell(results));
     EXPECT_NE(results[0].message.find("the module's nodes cannot be listed"), std::string::npos) << results[0].message;
 }
 
-TEST(CheckRun, WhatIsNoModuleFails) {
+TEST(CheckRun, AFileThatIsNoModuleFails) {
     const auto results = resultsOf(optionsFor("/nowhere/at/all.p", "file.loads"));
     ASSERT_EQ(results.size(), 1u);
     EXPECT_EQ(results[0].outcome, Outcome::fail);
@@ -88,7 +88,7 @@ using CheckReproductionDeathTest = ::testing::Test;
 
 TEST(CheckReproductionDeathTest, EndsWhereTheCheckFails) {
     EXPECT_DEATH(reproduceCheck(optionsFor(mutantFile("takes_any_version"), "identity.versions/Mutant Sum")),
-                 "FAIL: it takes version 0 of NodeHandler");
+                 "FAIL: it accepts version 0 of NodeHandler");
 }
 
 TEST(CheckReproduction, TakesOneCheckOnly) {

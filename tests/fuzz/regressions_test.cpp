@@ -1,6 +1,5 @@
-// Inputs that were trouble once, and small whole ones, read by the fuzz targets. A promise that is not kept ends the
-// program.
-#include "fuzz/promise.h"
+// The fuzz targets read inputs that once failed, and small valid ones. A requirement that is not met ends the program.
+#include "fuzz/require.h"
 
 #include "host/io/files.h"
 
@@ -16,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<std::string> keptInputs() {
+std::vector<std::string> savedInputs() {
     std::vector<std::string> files;
     for (const auto &entry : fs::directory_iterator(VELM_SOURCE_DIR "/fuzz/regressions/" VELM_FUZZ_READER))
         files.push_back(entry.path().string());
@@ -38,7 +37,7 @@ TEST_P(Regressions, AreRead) {
     EXPECT_EQ(LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char *>(bytes.data()), bytes.size()), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(, Regressions, ::testing::ValuesIn(keptInputs()), nameOf);
+INSTANTIATE_TEST_SUITE_P(, Regressions, ::testing::ValuesIn(savedInputs()), nameOf);
 
 } // namespace
 } // namespace velm::host::test

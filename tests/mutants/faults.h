@@ -1,5 +1,5 @@
-// What each mutant does wrong, by the name that its build defines as FAULT, or by a macro where the compiler must not
-// see it otherwise. In a build without one everything here gives what it was given.
+// The faults of the mutants. A build selects one by defining FAULT as its name, or by a macro of its own where the other
+// builds must not even compile it. Without a fault, every function here does nothing or returns its argument.
 #pragma once
 
 #include "module/host.h"
@@ -33,7 +33,7 @@ enum Fault {
     kFlushesToZeroAtStart,
     kLeavesFileOpen,
     kLeaksAtStart,
-    // In what it says of itself
+    // In the server table and activation
     kTwoOfAName,
     kNamedByAddress,
     kTakesAnyVersion,
@@ -91,13 +91,13 @@ enum Fault {
     kTrustsText,
     kReadsOn,
     kTrustsBlocks,
-    // With little memory, and in a long time
+    // With little memory, and in long runs
     kLeavesNoMessage,
     kNeedsRoomToCopy,
     kGrowsByFrame,
     kGrowsByLoad,
     kGrowsByStart,
-    // In sequences of calls alone
+    // Only in sequences of calls
     kReadsOriginal,
     kKeepsModeOnceCopied,
     kCountsStarts,
@@ -106,14 +106,14 @@ enum Fault {
 
 constexpr bool is(Fault fault) { return FAULT == fault; }
 
-inline int counted = 0; // whatever a fault counts
+inline int counted = 0; // whatever the fault counts
 
 [[noreturn]] inline void fall() {
     std::raise(SIGSEGV);
     std::abort();
 }
 
-// What grows while it should not.
+// Leaks memory where the fault does.
 inline void grow(Fault fault) {
     if (FAULT == fault) *static_cast<volatile char *>(std::malloc(10)) = 0;
 }
@@ -136,7 +136,7 @@ struct AtLoad {
 };
 inline const AtLoad atLoad;
 
-// ---- In what it says of itself --------------------------------------------------------------------------------------
+// ---- In the server table and activation -----------------------------------------------------------------------------
 
 constexpr const char *secondName(const char *right) { return is(kTwoOfAName) ? "Mutant Sum" : right; }
 
@@ -171,7 +171,7 @@ inline void activated(HostNodeHandler *handler) {
 inline void *newest = nullptr;
 
 inline const char *outputName(const char *right) { return is(kNamesInTurns) && ++counted % 2 == 0 ? "Other" : right; }
-inline int generation = 0; // counts what the fault takes for a new beginning
+inline int generation = 0; // counts the events after which the fault resets its per-thread state
 inline void created(void *instance) {
     newest = instance;
     if (is(kForgetsWithOthers)) ++generation;
@@ -218,12 +218,12 @@ inline void *nothing(void *argument) { return argument; }
 // ---- With threads ---------------------------------------------------------------------------------------------------
 
 inline int countForAll = 0;
-inline const void *lastInstance = nullptr; // that was asked, by whichever thread
-inline volatile int filled = 0;            // a table that is made when it is first asked for: 1 while it is
+inline const void *lastInstance = nullptr; // the one evaluated last, on any thread
+inline volatile int filled = 0;            // state of a table that is filled on first use: 1 while it is being filled, then 2
 inline pthread_t owners[kMaxThreads];
 inline bool owned[kMaxThreads];
 
-// Whether a thread has yet to meet its first sample.
+// Whether a thread has not yet evaluated a sample.
 inline int isFresh(int right, int thread) {
     static int known[kMaxThreads];
     const bool isOld = (is(kForgetsWithOthers) || is(kEndsForAll)) && known[thread] != generation;
@@ -239,7 +239,7 @@ inline double withThreads(double right, const void *instance, int thread) {
         return isKnown ? right : 0;
     }
     if (is(kFillsLate) && filled != 2) {
-        if (filled == 1) fall(); // another thread is at it
+        if (filled == 1) fall(); // another thread is filling it
         filled = 1;
         for (int i = 0; i < 20; ++i) sched_yield();
         filled = 2;
@@ -272,14 +272,14 @@ inline void evaluating(const HostNodeFuncs *nodes, HostNode *node, ShadingSample
     if (is(kSetsLocale)) std::setlocale(LC_NUMERIC, "C.UTF-8");
     if (is(kStartsThread)) onThread(nothing, nullptr);
     if (is(kAllocates)) {
-        void *volatile room = std::calloc(1, 10); // volatile: or the compiler leaves the pair out
+        void *volatile room = std::calloc(1, 10); // volatile, or the compiler removes the pair of calls
         std::free(room);
     }
     if (is(kOpensFile))
         if (std::FILE *file = std::fopen("/dev/null", "r")) std::fclose(file);
 }
 
-inline double remembered = 0; // of the sample before, whichever thread had it
+inline double remembered = 0; // of the previous sample, on any thread
 inline void initialised() {
     remembered = 0;
     countForAll = 0;
@@ -299,7 +299,7 @@ inline double result(double right, const ShadingSample *sample) {
 constexpr bool leavesOut(bool isTint) { return is(kSetsNothing) && isTint; }
 
 inline HostNodeValue *target(HostNodeValue *right) {
-    static double other[64]; // no more than an address: what a value is only the host knows
+    static double other[64]; // only an address; the host alone knows the type of a value
     return is(kSetsOther) ? reinterpret_cast<HostNodeValue *>(other) : right;
 }
 
@@ -354,7 +354,7 @@ inline void wasRead(int &mode) {
 
 } // namespace faults
 
-// A variable of the module's file that others can see.
+// A second exported symbol.
 extern "C" {
 #if defined SHOWS_MORE
 __attribute__((visibility("default"))) int shown_too = 1;

@@ -1,6 +1,5 @@
-// A small module that keeps to everything that the host demands; and, built with one of the FAULT_ names defined, does
-// not in one way. Two nodes: "Mutant Sum", with parameters, a panel and a slot for each render thread, and "Mutant
-// Pass", without any.
+// A small module that meets all requirements of the host or, built with a fault (faults.h), violates one of them. It has
+// two nodes: "Mutant Sum", with parameters, a panel and state for each render thread, and "Mutant Pass", without any.
 #include "module/host.h"
 
 #include "tests/mutants/faults.h"
@@ -22,7 +21,7 @@ struct Sum {
     HostInput *amountInput, *modeInput;
     HostOutput *sum, *tint;
     int fresh[kMaxThreads];
-    double first[kMaxThreads]; // of each thread, since init
+    double first[kMaxThreads]; // x of each thread's first sample since init
     faults::Past past;
 };
 
@@ -202,7 +201,7 @@ HostPanel *panelOf(Sum &own) {
     return own.panel;
 }
 
-// The second node hands its input on.
+// The second node passes its input through.
 struct Pass {
     HostInput *in;
     HostOutput *out;

@@ -1,16 +1,16 @@
-// Faults that only a sequence of calls brings out, none of which is wrong by itself.
+// Faults that only show in a sequence of calls.
 #pragma once
 
 #include "tests/mutants/faults.h"
 
 namespace faults {
 
-// What became of an instance so far.
+// The history of an instance.
 struct Past {
-    const Past *original; // that it is a copy of
+    const Past *original; // the instance that it was copied from
     int isOriginalGone;
-    int isCopied, modeThen; // it has been copied, when it had that mode
-    int starts;             // since it became a copy; 0 before
+    int isCopied, modeThen; // whether it has been copied, and its mode at that time
+    int starts;             // renderings started, and one more, since it became a copy; 0 before
 };
 
 inline Past *copies[256];
