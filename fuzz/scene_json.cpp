@@ -1,7 +1,8 @@
-// The scenes of the stand-alone host.
+// The scenes of the stand-alone host: reading, and writing what was read.
 #include "fuzz/promise.h"
 
 #include "host/scene/convert/write_surfaces.h"
+#include "host/scene/format/write_scene.h"
 #include "host/scene/read_scene.h"
 
 using namespace velm::host;
@@ -27,6 +28,13 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
             demand(surfacesOf(written) == written, "surfaces that were written are written alike once read", written);
         } catch (const InputError &error) {
             demand(false, "surfaces that were written can be read", error.what() + ('\n' + written));
+        }
+        const std::string whole = writeScene(scene, "");
+        try {
+            const SceneDescription again = readSceneText(whole, kName, {});
+            demand(writeScene(again, "") == whole, "a scene that was written is written alike once read", whole);
+        } catch (const InputError &error) {
+            demand(false, "a scene that was written can be read", error.what() + ('\n' + whole));
         }
     });
     return 0;

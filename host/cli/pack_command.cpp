@@ -61,7 +61,7 @@ int runPack(const Options &options, const PackOptions &pack, std::ostream &out, 
     ObjectFile object(readFile(pack.object), pack.object);
     const ListedModule module(options.module);
     const SceneSurfaces built(scene, serverList(), &warnings);
-    const UsualSettings usual(serverList());
+    const DefaultSettings usual(serverList());
     for (const PackedSurface &surface : packSurfaces(object, scene, built, usual)) tell(surface, out);
     writeFileAtomically(output, object.write());
     out << output << '\n';
