@@ -14,6 +14,8 @@ struct SourceLocation {
     std::string file;
     int line = 0;
 
+    bool operator==(const SourceLocation &) const = default;
+
     // "scene.json:12", "scene.json" or "".
     std::string text() const { return line > 0 && !file.empty() ? file + ":" + std::to_string(line) : file; }
 };

@@ -94,7 +94,7 @@ int runPack(const ProgramOptions &program, const PackOptions &pack, std::ostream
     ObjectFile object(readFile(pack.object), pack.object);
     const ListedModule module(program.module);
     const SceneSurfaces built(scene, serverList(), &warnings);
-    const UsualSettings usual(serverList());
+    const DefaultSettings usual(serverList());
     for (const PackedSurface &surface : packSurfaces(object, scene, built, usual)) tell(surface, out);
     writeFileAtomically(output, object.write());
     out << output << '\n';

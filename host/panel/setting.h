@@ -36,6 +36,8 @@ struct SettingDescription {
     std::string label; // as on the panel; the second of two equal labels is "Clamp 2"
     SettingValue value;
     SourceLocation location;
+
+    bool operator==(const SettingDescription &) const = default;
 };
 
 } // namespace velm::host

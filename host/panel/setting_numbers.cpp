@@ -30,8 +30,8 @@ void storeEdited(HostPanel &panel, const PanelItem &control, void *value, const 
 // Which of the four parameters are values, and have the value's unit; the others are times.
 bool isValue(int shape, std::size_t parameter) { return shape != kShapeBezier2 || parameter % 2 == 1; }
 
-void checkKeys(const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
-               const std::string &about) {
+void checkKeyValues(const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
+                    const std::string &about) {
     const auto fail = [&](const std::string &what) { throw InputError(location, about + what); };
     const int components = control.type->components;
     if (control.type->storage != Storage::animated) fail("this setting cannot have keys");
@@ -132,15 +132,25 @@ void checkLimits(const PanelItem &control, double shown, const SourceLocation &l
                      about + numberText(shown) + " is beyond the limits: " + limits + (unit.empty() ? "" : " " + unit));
 }
 
+void checkNumbers(HostPanel &panel, const PanelItem &control, const Double3 &shown, const SourceLocation &location,
+                  const std::string &about) {
+    for (int i = 0; i < control.type->components; ++i)
+        checkLimits(control, shown[static_cast<std::size_t>(i)], location, about);
+    if (control.type->storage != Storage::real) parameterOf(panel, control, location, about);
+}
+
+void checkKeys(HostPanel &panel, const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
+               const std::string &about) {
+    checkKeyValues(control, keys, location, about);
+    parameterOf(panel, control, location, about);
+}
+
 void applyNumbers(HostPanel &panel, const PanelItem &control, const Double3 &shown, const SourceLocation &location,
                   const std::string &about) {
+    checkNumbers(panel, control, shown, location, about);
     const double factor = shownFactor(control.type->unit);
     double values[3] = {};
-    for (int i = 0; i < control.type->components; ++i) {
-        const auto component = static_cast<std::size_t>(i);
-        checkLimits(control, shown[component], location, about);
-        values[i] = shown[component] / factor;
-    }
+    for (int i = 0; i < control.type->components; ++i) values[i] = shown[static_cast<std::size_t>(i)] / factor;
     if (control.type->storage == Storage::real) return storeEdited(panel, control, values, location, about);
     HostVParm &parm = parameterOf(panel, control, location, about);
     const HostVParmFuncs &funcs = *vparmFuncs();
@@ -151,7 +161,7 @@ void applyNumbers(HostPanel &panel, const PanelItem &control, const Double3 &sho
 
 void applyKeys(HostPanel &panel, const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
                const std::string &about) {
-    checkKeys(control, keys, location, about);
+    checkKeys(panel, control, keys, location, about);
     HostVParm &parm = parameterOf(panel, control, location, about);
     const HostVParmFuncs &funcs = *vparmFuncs();
     funcs.setState(&parm, funcs.state(&parm) | kParmHasEnvelope);

@@ -20,6 +20,12 @@ void applyNumbers(HostPanel &panel, const PanelItem &control, const Double3 &sho
 void applyKeys(HostPanel &panel, const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
                const std::string &about);
 
+// Throw what applyNumbers and applyKeys would throw, but for a refusal by the node itself. Change nothing.
+void checkNumbers(HostPanel &panel, const PanelItem &control, const Double3 &shown, const SourceLocation &location,
+                  const std::string &about);
+void checkKeys(HostPanel &panel, const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
+               const std::string &about);
+
 // The control's numbers or keys in the shown unit. Throws InputError when the components' keys differ in anything but
 // their values, which no description can hold.
 SettingValue readNumbers(HostPanel &panel, const PanelItem &control);

@@ -31,8 +31,9 @@ std::string trimmed(const std::string &text) {
 // One setting on its way to one control; `fail` says what is wrong with it.
 class Application {
   public:
-    Application(HostPanel &panel, const PanelItem &control, const SettingDescription &setting)
-        : panel_(panel), control_(control), setting_(setting), about_("\"" + setting.label + "\": ") {}
+    // `stores`: whether the value is set; otherwise it is only checked.
+    Application(HostPanel &panel, const PanelItem &control, const SettingDescription &setting, bool stores)
+        : panel_(panel), control_(control), setting_(setting), stores_(stores), about_("\"" + setting.label + "\": ") {}
 
     void apply() {
         const ControlKind kind = control_.type->kind;
@@ -59,7 +60,7 @@ class Application {
     }
 
     void store(int value) {
-        if (!panel_.edit(control_, &value)) fail("the node refused the value");
+        if (stores_ && !panel_.edit(control_, &value)) fail("the node refused the value");
     }
 
     void applyWhole() {
@@ -95,21 +96,24 @@ class Application {
             fail("the text has " + std::to_string(text.size()) + " bytes; it may have at most " +
                  std::to_string(HostPanel::kLongestText));
         if (text.find('\0') != std::string::npos) fail("the text has a zero character in it");
-        if (!panel_.edit(control_, text.data())) fail("the node refused the value");
+        if (stores_ && !panel_.edit(control_, text.data())) fail("the node refused the value");
     }
 
     void applyNumber() {
         const bool triple = control_.type->components == 3;
         if (const auto *keys = std::get_if<KeysDescription>(&setting_.value))
-            return applyKeys(panel_, control_, *keys, setting_.location, about_);
+            return stores_ ? applyKeys(panel_, control_, *keys, setting_.location, about_)
+                           : checkKeys(panel_, control_, *keys, setting_.location, about_);
         const Double3 numbers =
             triple ? wanted<Double3>("three numbers or keys") : Double3{wanted<double>("a number or keys"), 0, 0};
-        applyNumbers(panel_, control_, numbers, setting_.location, about_);
+        stores_ ? applyNumbers(panel_, control_, numbers, setting_.location, about_)
+                : checkNumbers(panel_, control_, numbers, setting_.location, about_);
     }
 
     HostPanel &panel_;
     const PanelItem &control_;
     const SettingDescription &setting_;
+    const bool stores_;
     std::string about_;
 };
 
@@ -153,7 +157,11 @@ int entryOf(HostPanel &panel, const PanelItem &control) {
 } // namespace
 
 void applySetting(HostPanel &panel, const SettingDescription &setting) {
-    Application(panel, findSetting(panel, setting.label, setting.location), setting).apply();
+    Application(panel, findSetting(panel, setting.label, setting.location), setting, true).apply();
+}
+
+void checkSetting(HostPanel &panel, const SettingDescription &setting) {
+    Application(panel, findSetting(panel, setting.label, setting.location), setting, false).apply();
 }
 
 std::vector<std::string> settingLabels(const HostPanel &panel) {

@@ -18,6 +18,10 @@ namespace velm::host {
 // limits, a button or drawing, and a control that a connection feeds; then nothing was changed.
 void applySetting(HostPanel &panel, const SettingDescription &setting);
 
+// Throws what applySetting would throw, but for a refusal by the node itself, which only its setter can tell. Changes
+// nothing.
+void checkSetting(HostPanel &panel, const SettingDescription &setting);
+
 // The labels that applySetting takes, in the order in which the controls were added.
 std::vector<std::string> settingLabels(const HostPanel &panel);
 

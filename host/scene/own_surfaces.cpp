@@ -2,10 +2,9 @@
 
 #include "host/io/files.h"
 #include "host/scene/convert/object_surfaces.h"
+#include "host/scene/format/surface_collection.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fmt/format.h>
 #include <map>
 
 namespace velm::host {
@@ -17,10 +16,10 @@ SurfaceDescription *findSurface(SceneDescription &scene, const std::string &name
     return found == scene.surfaces.end() ? nullptr : &*found;
 }
 
-// The surfaces of object files on their way into a scene; each file is read once.
-class Sources {
+// Adds the surfaces and images of object files to a scene. Reads each file once.
+class ObjectFiles {
   public:
-    Sources(const SearchPath &path, SceneDescription &scene) : path_(path), scene_(scene) {}
+    ObjectFiles(const SearchPath &path, SceneDescription &scene) : path_(path), scene_(scene) {}
 
     const std::vector<SurfaceDescription> &surfacesIn(const std::string &file, const SourceLocation &location) {
         const auto known = files_.find(file);
@@ -36,15 +35,12 @@ class Sources {
         }
     }
 
-    // The name by which the scene has that surface of a file; added where it is not there yet.
+    // The name that the scene has for a surface of a file. Adds the surface to the scene if it is not there yet.
     std::string nameOf(const SurfaceDescription &surface) {
         for (const SurfaceDescription &one : scene_.surfaces)
             if (one.saved.file == surface.saved.file && one.saved.name == surface.saved.name) return one.name;
-        const std::string file = std::filesystem::path(surface.saved.file).filename().string();
-        std::string name = surface.name;
-        for (int number = 1; findSurface(scene_, name); ++number)
-            name = number == 1 ? fmt::format("{} ({})", surface.name, file)
-                               : fmt::format("{} ({}, {})", surface.name, file, number);
+        const std::string name =
+            nameInScene(surface.saved, [this](const std::string &wanted) { return findSurface(scene_, wanted); });
         scene_.surfaces.push_back(surface);
         scene_.surfaces.back().name = name;
         return name;
@@ -59,17 +55,19 @@ class Sources {
 } // namespace
 
 void addOwnSurfaces(const SearchPath &path, SceneDescription &scene) {
-    Sources sources(path, scene);
+    ObjectFiles files(path, scene);
     if (!scene.surfaceFile.empty())
-        for (const SurfaceDescription &surface : sources.surfacesIn(scene.surfaceFile, scene.surfaceFileLocation))
+        for (const SurfaceDescription &surface : files.surfacesIn(scene.surfaceFile, scene.surfaceFileLocation))
             if (!findSurface(scene, surface.name)) scene.surfaces.push_back(surface);
     for (ObjectDescription &object : scene.objects) {
         if (std::ranges::count(object.surfaces, "", &SurfaceUse::material) > 0) continue;
         const std::string &file = std::get<MeshFile>(object.shape).file;
-        for (const SurfaceDescription &surface : sources.surfacesIn(file, object.location))
+        for (const SurfaceDescription &surface : files.surfacesIn(file, object.location))
             if (std::ranges::count(object.surfaces, surface.saved.name, &SurfaceUse::material) == 0)
-                object.surfaces.push_back(
-                    {.material = surface.saved.name, .surface = sources.nameOf(surface), .location = object.location});
+                object.surfaces.push_back({.material = surface.saved.name,
+                                           .surface = files.nameOf(surface),
+                                           .location = object.location,
+                                           .fromObject = true});
     }
 }
 

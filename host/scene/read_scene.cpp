@@ -14,10 +14,10 @@ namespace velm::host {
 
 namespace {
 
-// A name that something in the scene is called by must be there.
+// Throws InputError unless something in the scene has the name that is used at `location`.
 template <class T>
-void wantNamed(const std::vector<T> &all, const std::string &name, std::string_view what,
-               const SourceLocation &location) {
+void requireNamed(const std::vector<T> &all, const std::string &name, std::string_view what,
+                  const SourceLocation &location) {
     if (std::ranges::find(all, name, &T::name) != all.end()) return;
     std::vector<std::string> known;
     known.reserve(all.size());
@@ -28,14 +28,15 @@ void wantNamed(const std::vector<T> &all, const std::string &name, std::string_v
 
 void checkNames(const SceneDescription &scene) {
     if (!scene.render.camera.empty())
-        wantNamed(scene.cameras, scene.render.camera, "camera", scene.render.cameraLocation);
+        requireNamed(scene.cameras, scene.render.camera, "camera", scene.render.cameraLocation);
     if (scene.backdrop.kind == BackdropDescription::Kind::image)
-        wantNamed(scene.images, scene.backdrop.image, "image", scene.backdrop.location);
+        requireNamed(scene.images, scene.backdrop.image, "image", scene.backdrop.location);
     for (const ObjectDescription &object : scene.objects)
-        for (const SurfaceUse &use : object.surfaces) wantNamed(scene.surfaces, use.surface, "surface", use.location);
+        for (const SurfaceUse &use : object.surfaces)
+            requireNamed(scene.surfaces, use.surface, "surface", use.location);
 }
 
-// A scene that is only asked for its surfaces needs nothing to see them by.
+// A scene of which only the surfaces are used needs no camera.
 enum class Purpose { rendering, surfaces };
 
 SceneDescription read(std::string_view text, const std::string &file, const SearchPath &path, Purpose purpose) {
@@ -74,7 +75,7 @@ std::string sceneSchema() {
     nlohmann::ordered_json schema = {{"$schema", "https://json-schema.org/draft/2020-12/schema"},
                                      {"title", "A scene of the stand-alone host"}};
     schema.update(objectSchema(sceneTable()));
-    schema["required"] = {"cameras"}; // to be rendered; see Purpose
+    schema["required"] = {"cameras"}; // for rendering; see Purpose
     schema["$defs"] = {{"settings", settingsDefinition()}, {"node", nodeDefinition()}};
     return schema.dump(2) + '\n';
 }

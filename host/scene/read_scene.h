@@ -9,19 +9,19 @@
 
 namespace velm::host {
 
-// Reads a scene file whole. Throws InputError with the file's name as given, the line, what was found and what was
-// expected: for a file that cannot be read or is no JSON, unknown or repeated keys, wrong values, meshes that are not
-// there, and names (of surfaces, images, cameras, nodes) that the scene does not have. An image's file that is not
-// there is noted in its description.
+// Reads a whole scene file. Throws InputError with the file's name as given, the line, what was found and what was
+// expected: for a file that cannot be read or is not JSON, unknown or repeated keys, wrong values, missing meshes, and
+// names (of surfaces, images, cameras, nodes) that the scene does not have. A missing image file is no error; the
+// image's description says why it was not found.
 SceneDescription readScene(const std::string &file, const SearchPath &path);
 
-// The same for a text that stands in `file`.
+// The same for the text of a file named `file`, which is not read.
 SceneDescription readSceneText(std::string_view text, const std::string &file, const SearchPath &path);
 
-// The same for a scene that may be without cameras, as one is that tells surfaces alone.
+// The same for a scene that may have no cameras, such as one that only describes surfaces.
 SceneDescription readSurfaces(const std::string &file, const SearchPath &path);
 
-// The JSON Schema of the format, as kept in docs/scene.schema.json; ends with a line break.
+// The JSON Schema of the format, which is published as docs/scene.schema.json. Ends with a line break.
 std::string sceneSchema();
 
 } // namespace velm::host

@@ -1,4 +1,4 @@
-// Writes the JSON Schema of the scene format to the file named: what keeps docs/scene.schema.json up to date.
+// Writes the JSON Schema of the scene format to a file: the target "schema" updates docs/scene.schema.json by it.
 #include "host/io/files.h"
 #include "host/scene/read_scene.h"
 

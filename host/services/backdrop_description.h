@@ -18,6 +18,8 @@ struct BackdropDescription {
     double seamAngle = 0;  // degrees
     double brightness = 1; // of the image
     SourceLocation location;
+
+    bool operator==(const BackdropDescription &) const = default;
 };
 
 } // namespace velm::host

@@ -50,7 +50,8 @@ TEST_P(BadConnection, IsRefused) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, BadConnection,
-    testing::Values(Bad{"AO.Color", "\"AO.Color\" is no connection; it must read \"Node.Output -> Node.Input\""},
+    testing::Values(Bad{"AO.Color",
+                        "\"AO.Color\" is not a connection; it must have the form \"Node.Output -> Node.Input\""},
                     Bad{"AO -> Clay.Color", "\"AO\" must be a node's name, a dot, and one of its inputs or outputs"},
                     Bad{"AO. -> Clay.Color", "\"AO.\" names nothing after its dot"},
                     Bad{"AO.Color -> Caly.Color", "there is no node \"Caly\" here, did you mean \"Clay\"?"},

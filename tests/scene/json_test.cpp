@@ -31,7 +31,7 @@ TEST(Json, KeepsValuesOfEveryKind) {
     const JsonValue root = parseJson(R"([null, true, -3, 2.5e2, "caf\u00e9", [], {}])", "f.json");
     ASSERT_EQ(root.list.size(), 7u);
     EXPECT_EQ(root.list[0].kind, JsonValue::Kind::null);
-    EXPECT_TRUE(root.list[1].truth);
+    EXPECT_TRUE(root.list[1].boolean);
     EXPECT_EQ(root.list[2].number, -3);
     EXPECT_EQ(root.list[3].number, 250);
     EXPECT_EQ(root.list[4].text, "café");
@@ -72,8 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadText{"OpenString", "[\n\"abc\n]", "f.json:2: ", "invalid string"},
         BadText{"Comment", "{\n// no\n}", "f.json:2: ", "invalid literal"},
         BadText{"HugeNumber", "[1,\n1e999]", "f.json:2: ", "number overflow parsing '1e999'"},
-        BadText{"RepeatedKey", "{\"a\": 1,\n\"b\": 2,\n\"a\": 3}",
-                "f.json:3: ", "\"a\" stands here twice; first on line 1"},
+        BadText{"RepeatedKey", "{\"a\": 1,\n\"b\": 2,\n\"a\": 3}", "f.json:3: ", "\"a\" occurs twice; first on line 1"},
         BadText{"TooDeep", "[\n" + std::string(70, '['), "f.json:2: ", "nested deeper than 64"},
         BadText{"NotUtf8", "[\"\xff\"]", "f.json:1: ", "ill-formed UTF-8"}),
     [](const auto &row) { return row.param.name; });

@@ -34,7 +34,7 @@ std::string packed(const std::string &scene, std::string object) {
     Warnings warnings(Warnings::Policy::goOn);
     const SceneSurfaces built(description, serverList(), &warnings);
     ObjectFile file(object, "object.lwo");
-    packSurfaces(file, description, built, UsualSettings(serverList()));
+    packSurfaces(file, description, built, DefaultSettings(serverList()));
     return file.write();
 }
 

@@ -41,7 +41,7 @@ TEST(ReadScene, PutsRenderSettingsInTheirPlaces) {
     EXPECT_EQ(render.frameStep, 5);
     EXPECT_EQ(render.framesPerSecond, 25);
     EXPECT_EQ(render.camera, "B");
-    EXPECT_EQ(render.ambientColour, (Triple{1, 0.5, 0}));
+    EXPECT_EQ(render.ambientColour, (Double3{1, 0.5, 0}));
     EXPECT_EQ(render.ambientIntensity, 0.25);
 }
 
@@ -59,9 +59,9 @@ TEST(ReadScene, ReadsCamerasAndLightsWithTheirLines) {
     })");
     ASSERT_EQ(scene.cameras.size(), 2u);
     EXPECT_TRUE(scene.cameras[0].hasTarget);
-    EXPECT_EQ(scene.cameras[0].target, (Triple{0, 1, 0}));
+    EXPECT_EQ(scene.cameras[0].target, (Double3{0, 1, 0}));
     EXPECT_EQ(scene.cameras[0].fieldOfView, 55);
-    EXPECT_EQ(scene.cameras[1].rotation, (Triple{10, 20, 30}));
+    EXPECT_EQ(scene.cameras[1].rotation, (Double3{10, 20, 30}));
     EXPECT_EQ(scene.cameras[1].location.text(), "scene.json:4");
     ASSERT_EQ(scene.lights.size(), 3u);
     EXPECT_EQ(scene.lights[0].kind, LightDescription::Kind::distant);
@@ -79,13 +79,13 @@ TEST(ReadScene, ReadsBackdrops) {
         read(R"({"cameras": {"Main": {}}, "backdrop": {"kind": "gradient", "zenith": [0, 0, 1], "skySqueeze": 3}})")
             .backdrop;
     EXPECT_EQ(gradient.kind, BackdropDescription::Kind::gradient);
-    EXPECT_EQ(gradient.zenith, (Triple{0, 0, 1}));
+    EXPECT_EQ(gradient.zenith, (Double3{0, 0, 1}));
     EXPECT_EQ(gradient.skySqueeze, 3);
     EXPECT_EQ(gradient.nadir, BackdropDescription{}.nadir);
     const BackdropDescription plain =
         read(R"({"cameras": {"Main": {}}, "backdrop": {"kind": "plain", "colour": [1, 2, 3]}})").backdrop;
     EXPECT_EQ(plain.kind, BackdropDescription::Kind::plain);
-    EXPECT_EQ(plain.colour, (Triple{1, 2, 3}));
+    EXPECT_EQ(plain.colour, (Double3{1, 2, 3}));
 }
 
 TEST(ReadScene, ReadsObjectsOfEveryShape) {
@@ -105,17 +105,17 @@ TEST(ReadScene, ReadsObjectsOfEveryShape) {
     EXPECT_EQ(std::get<PlaneShape>(floor.shape).depth, 5);
     EXPECT_FALSE(floor.seenByRays);
     EXPECT_TRUE(floor.seenByCamera);
-    EXPECT_EQ(std::get<BoxShape>(crate.shape).size, (Triple{1, 2, 3}));
+    EXPECT_EQ(std::get<BoxShape>(crate.shape).size, (Double3{1, 2, 3}));
     EXPECT_TRUE(std::get<BoxShape>(crate.shape).inward);
-    EXPECT_EQ(crate.transform.rotation, (Triple{4, 5, 6}));
-    EXPECT_EQ(crate.transform.scale, (Triple{2, 2, 2}));
+    EXPECT_EQ(crate.transform.rotation, (Double3{4, 5, 6}));
+    EXPECT_EQ(crate.transform.scale, (Double3{2, 2, 2}));
     ASSERT_EQ(crate.surfaces.size(), 2u);
     EXPECT_EQ(crate.surfaces[0].material, "");
     EXPECT_EQ(crate.surfaces[0].surface, "Steel");
     EXPECT_EQ(crate.surfaces[1].material, "Lid");
     EXPECT_EQ(crate.surfaces[1].surface, "Clay");
     EXPECT_EQ(std::get<SphereShape>(ball.shape).segments, 12);
-    EXPECT_EQ(ball.transform.scale, (Triple{1, 2, -1}));
+    EXPECT_EQ(ball.transform.scale, (Double3{1, 2, -1}));
     EXPECT_FALSE(ball.castsShadows);
 }
 
@@ -138,7 +138,7 @@ TEST(ReadScene, ReadsSurfacesWithNodesSettingsAndConnections) {
     const SurfaceDescription &clay = scene.surfaces.at(0);
     EXPECT_EQ(clay.smoothingAngle, 30);
     EXPECT_FALSE(clay.doubleSided);
-    EXPECT_EQ(std::get<Triple>(clay.settings[0].value), (Triple{0.5, 0.25, 0}));
+    EXPECT_EQ(std::get<Double3>(clay.settings[0].value), (Double3{0.5, 0.25, 0}));
     EXPECT_EQ(std::get<double>(clay.settings[1].value), 0.8);
     const NodeDescription &node = clay.network.nodes.at(0);
     EXPECT_EQ(node.name, "AO");
@@ -157,7 +157,7 @@ TEST(ReadScene, ReadsSurfacesWithNodesSettingsAndConnections) {
     EXPECT_EQ(max.after, kBehaveRepeat);
     const auto &offset = std::get<KeysDescription>(node.settings[4].value);
     EXPECT_EQ(offset.components, 3);
-    EXPECT_EQ(offset.keys[0].value, (Triple{1, 2, 3}));
+    EXPECT_EQ(offset.keys[0].value, (Double3{1, 2, 3}));
     EXPECT_EQ(offset.keys[0].parameters[3], 4);
     EXPECT_EQ(offset.before, kBehaveOffsetRepeat);
     ASSERT_EQ(clay.network.connections.size(), 1u);

@@ -51,9 +51,9 @@ TEST(BuildScene, GivesAnInputItsSettingAlthoughItIsConnected) {
         "nodes": {"Level": {"server": "Constant Scalar"}, "Sum": {"server": "Add Scalar", "settings": {"A": 3}}},
         "connections": ["Level.Scalar -> Sum.A"])")),
                               serverList());
-    Network &editor = built.surface("Clay")->editor();
-    HostNode &sum = editor.node("Sum");
-    disconnect(*sum.findInput("A"));
+    Network &network = built.surface("Clay")->editor();
+    HostNode &sum = network.node("Sum");
+    network.disconnect(*sum.findInput("A"));
     EXPECT_EQ(std::get<double>(readSetting(*panelOf(sum), "A")), 3);
 }
 

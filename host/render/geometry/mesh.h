@@ -64,6 +64,10 @@ Mesh readMesh(const std::string &file, const Transform &transform);
 Mesh shapeMesh(const PlaneShape &shape, const Transform &transform);
 Mesh shapeMesh(const BoxShape &shape, const Transform &transform);
 Mesh shapeMesh(const SphereShape &shape, const Transform &transform);
+inline Mesh shapeMesh(const MeshFile &shape, const Transform &transform) { return readMesh(shape.file, transform); }
+
+// The mesh of any shape: each alternative of ShapeDescription has its overload of shapeMesh.
+Mesh makeMesh(const ShapeDescription &shape, const Transform &transform);
 
 // Computes the normals of a mesh that has none: at a corner, the mean of the normals of the triangles about it that
 // have the same material and are inclined against the corner's own triangle by no more than the material's smoothing

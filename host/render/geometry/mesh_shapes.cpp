@@ -107,4 +107,8 @@ Mesh shapeMesh(const SphereShape &shape, const Transform &transform) {
     return builder.finish();
 }
 
+Mesh makeMesh(const ShapeDescription &shape, const Transform &transform) {
+    return std::visit([&transform](const auto &one) { return shapeMesh(one, transform); }, shape);
+}
+
 } // namespace velm::host

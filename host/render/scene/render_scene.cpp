@@ -86,13 +86,6 @@ class ContentBuilder {
         }
     }
 
-    static Mesh makeMesh(const ShapeDescription &shape, const Transform &transform) {
-        if (const auto *file = std::get_if<MeshFile>(&shape)) return readMesh(file->file, transform);
-        if (const auto *plane = std::get_if<PlaneShape>(&shape)) return shapeMesh(*plane, transform);
-        if (const auto *box = std::get_if<BoxShape>(&shape)) return shapeMesh(*box, transform);
-        return shapeMesh(std::get<SphereShape>(shape), transform);
-    }
-
     const SceneDescription &scene_;
     RenderSceneData &data_;
 };

@@ -8,11 +8,46 @@
 
 #include <cmath>
 #include <fmt/format.h>
+#include <unordered_map>
 #include <utility>
 
 namespace velm::host {
 
 namespace {
+
+// A panel gives no value for a control whose input is connected. While an object of this class exists, the inputs of a
+// network, and of the networks inside its nodes, appear unconnected. Nothing else changes: no input event is sent, and
+// outputs keep their lists of consumers. Nothing may connect, disconnect or destroy inputs in the meantime.
+class HiddenConnections {
+  public:
+    explicit HiddenConnections(Network &network) { hide(network); }
+    ~HiddenConnections() {
+        for (const auto &[input, source] : sources_) input->source = source;
+    }
+    HiddenConnections(const HiddenConnections &) = delete;
+    HiddenConnections &operator=(const HiddenConnections &) = delete;
+
+    // The output that is connected to an input; null when there is none.
+    const HostOutput *sourceOf(HostInput &input) const {
+        const auto found = sources_.find(&input);
+        return found == sources_.end() ? nullptr : found->second;
+    }
+
+  private:
+    void hide(Network &network) {
+        hide(network.root());
+        for (const auto &node : network.nodes()) {
+            hide(*node);
+            for (Network *inside : node->nested) hide(*inside);
+        }
+    }
+    void hide(HostNode &node) {
+        for (const auto &input : node.inputs)
+            if (input->source) sources_[input.get()] = std::exchange(input->source, nullptr);
+    }
+
+    std::unordered_map<HostInput *, HostOutput *> sources_;
+};
 
 const PanelItem *controlOf(const HostPanel &panel, const std::string &label) {
     for (const unsigned int id : panel.controls()) {
@@ -22,8 +57,8 @@ const PanelItem *controlOf(const HostPanel &panel, const std::string &label) {
     return nullptr;
 }
 
-// All settings that the panel tells; what it cannot tell (a value that is no entry, components with unlike keys) is
-// left out.
+// The settings on a node's panel. Those without a value that a description can hold (an integer that stands for no
+// entry, components with different keys) are left out.
 std::vector<SettingDescription> allSettings(HostNode &node) {
     std::vector<SettingDescription> settings;
     HostPanel *panel = panelOf(node);
@@ -41,9 +76,9 @@ std::vector<SettingDescription> allSettings(HostNode &node) {
     return settings;
 }
 
-bool canBeMade(HostNode &node, const SettingDescription &setting) {
+bool isApplicable(HostNode &node, const SettingDescription &setting) {
     try {
-        applySetting(*panelOf(node), setting);
+        checkSetting(*panelOf(node), setting);
         return true;
     } catch (const InputError &) {
         return false;
@@ -52,39 +87,42 @@ bool canBeMade(HostNode &node, const SettingDescription &setting) {
 
 class Describer {
   public:
-    explicit Describer(const UsualSettings &usual) : usual_(usual) {}
+    Describer(const DefaultSettings &defaults, const HiddenConnections &connections)
+        : defaults_(defaults), connections_(connections) {}
 
-    NetworkDescription network(Network &editor, const std::string &rootName) {
+    // `rootName` is the name of the surface or node that owns the network.
+    NetworkDescription network(const Network &network, const std::string &rootName) const {
         NetworkDescription result;
-        result.view = {.location = editor.location(),
-                       .zoom = zoomOf(editor),
-                       .disabled = editor.state(),
-                       .root = look(editor.root())};
-        for (const auto &input : editor.root().inputs)
+        result.view = {.location = network.location(),
+                       .zoom = zoomOf(network),
+                       .disabled = network.state(),
+                       .root = look(network.root())};
+        for (const auto &input : network.root().inputs)
             if (input->isKept) result.otherInputs.push_back(input->name);
-        for (const auto &node : editor.nodes()) addConnections(editor, *node, node->name, result);
-        addConnections(editor, editor.root(), rootName, result);
-        for (const auto &node : editor.nodes()) {
+        for (const auto &node : network.nodes()) addConnections(*node, node->name, result);
+        addConnections(network.root(), rootName, result);
+        for (const auto &node : network.nodes()) {
             if (node->name == rootName)
-                throw InputError(fmt::format("the node {} has the name of what holds its network, which a scene file "
-                                             "cannot tell from it",
+                throw InputError(fmt::format("the node {} has the name of the owner of its network, which a scene file "
+                                             "cannot tell apart",
                                              velm::host::quoted(node->name)));
             result.nodes.push_back(describe(*node));
         }
         return result;
     }
 
-    std::vector<SettingDescription> settings(HostNode &node) {
+    std::vector<SettingDescription> settings(HostNode &node) const {
         std::vector<SettingDescription> result;
         for (const SettingDescription &setting : allSettings(node))
-            if (!usual_.isUsual(node.server->name(), setting) && canBeMade(node, setting)) result.push_back(setting);
+            if (!defaults_.isDefault(node.server->name(), setting) && isApplicable(node, setting))
+                result.push_back(setting);
         return result;
     }
 
   private:
-    // A scene file cannot tell a number that is none.
-    static double zoomOf(const Network &editor) {
-        const double zoom = editor.zoom();
+    // JSON has no infinities and no NaN.
+    static double zoomOf(const Network &network) {
+        const double zoom = network.zoom();
         return std::isfinite(zoom) ? shortest(zoom, 1) : NetworkView{}.zoom;
     }
 
@@ -92,20 +130,17 @@ class Describer {
         return {.at = node.coordinates, .mode = node.mode, .preview = node.previewOutput, .comment = node.comment};
     }
 
-    // A control that a connection feeds tells nothing; so the connections are broken as they are noted.
-    static void addConnections(Network &editor, HostNode &node, const std::string &name, NetworkDescription &result) {
-        for (const auto &input : node.inputs) {
-            if (!input->source) continue;
-            result.connections.push_back({.fromNode = input->source->node->name,
-                                          .output = input->source->name,
-                                          .toNode = name,
-                                          .input = input->name,
-                                          .location = {}});
-            editor.disconnect(*input);
-        }
+    void addConnections(const HostNode &node, const std::string &name, NetworkDescription &result) const {
+        for (const auto &input : node.inputs)
+            if (const HostOutput *source = connections_.sourceOf(*input))
+                result.connections.push_back({.fromNode = source->node->name,
+                                              .output = source->name,
+                                              .toNode = name,
+                                              .input = input->name,
+                                              .location = {}});
     }
 
-    NodeDescription describe(HostNode &node) {
+    NodeDescription describe(HostNode &node) const {
         NodeDescription result;
         result.name = node.name;
         result.server = node.server->name();
@@ -123,48 +158,51 @@ class Describer {
         return result;
     }
 
-    const UsualSettings &usual_;
+    const DefaultSettings &defaults_;
+    const HiddenConnections &connections_;
 };
 
 } // namespace
 
-UsualSettings::UsualSettings(const ServerList &servers) {
-    Network editor("Usual", "Usual", nullptr, nullptr);
+DefaultSettings::DefaultSettings(const ServerList &servers) {
+    Network network("Defaults", "Defaults", nullptr, nullptr);
     const auto note = [&](HostNode &node) {
         for (const SettingDescription &setting : allSettings(node))
             values_[node.server->name()].emplace(setting.label, setting.value);
     };
     for (const auto &server : servers.all()) {
-        HostNode &node = editor.addNode(*server);
+        HostNode &node = network.addNode(*server);
         note(node);
-        editor.destroyNode(node);
+        network.destroyNode(node);
     }
-    note(Surface("Usual").editor().root());
+    note(Surface("Defaults").editor().root());
 }
 
-bool UsualSettings::isUsual(const std::string &server, const SettingDescription &setting) const {
+bool DefaultSettings::isDefault(const std::string &server, const SettingDescription &setting) const {
     const auto found = values_.find(server);
     if (found == values_.end()) return false;
     const auto value = found->second.find(setting.label);
     return value != found->second.end() && value->second == setting.value;
 }
 
-const SettingValue *UsualSettings::ofSurface(const std::string &label) const {
+const SettingValue *DefaultSettings::ofSurface(const std::string &label) const {
     const auto &values = values_.at("Surface");
     const auto value = values.find(label);
     return value == values.end() ? nullptr : &value->second;
 }
 
-SurfaceDescription describeSurface(Surface &surface, const UsualSettings &usual) {
-    Describer describer(usual);
+SurfaceDescription describeSurface(Surface &surface, const DefaultSettings &defaults) {
+    Network &network = surface.editor();
+    const HiddenConnections connections(network);
+    const Describer describer(defaults, connections);
     SurfaceDescription result;
     result.name = surface.name();
     try {
-        result.network = describer.network(surface.editor(), surface.name());
+        result.network = describer.network(network, surface.name());
     } catch (const InputError &error) {
         throw InputError(fmt::format("surface {}: {}", velm::host::quoted(surface.name()), error.what()));
     }
-    result.settings = describer.settings(surface.editor().root());
+    result.settings = describer.settings(network.root());
     return result;
 }
 

@@ -12,21 +12,22 @@ namespace velm::host {
 
 namespace {
 
-void showNode(HostNode &node, const NodeLook &look) {
+void setLook(HostNode &node, const NodeLook &look) {
     node.coordinates = look.at;
     node.mode = look.mode;
     node.previewOutput = look.preview;
     node.comment = look.comment;
 }
 
-class StandInWarnings {
+class PlaceholderWarnings {
   public:
-    StandInWarnings(const SurfaceDescription &surface, Warnings &warnings) : surface_(surface), warnings_(warnings) {}
+    PlaceholderWarnings(const SurfaceDescription &surface, Warnings &warnings)
+        : surface_(surface), warnings_(warnings) {}
 
-    void addAll(const Network &editor, const std::string &path) {
-        for (const auto &input : editor.root().inputs)
-            if (input->isKept) addInput(editor, *input, path);
-        for (const auto &node : editor.nodes()) {
+    void addAll(const Network &network, const std::string &path) {
+        for (const auto &input : network.root().inputs)
+            if (input->isKept) addInput(network, *input, path);
+        for (const auto &node : network.nodes()) {
             const std::string nodePath = pathTo(pathTo(path, "nodes"), node->name);
             if (node->placeholder) addNode(*node, nodePath);
             for (const Network *inside : node->nested) addAll(*inside, pathTo(nodePath, "network"));
@@ -44,19 +45,20 @@ class StandInWarnings {
             {.location = location(),
              .path = path,
              .brief = "no node " + server,
-             .message = fmt::format("surface {}, node {}: there is no node {} here; it is kept as it is, and "
-                                    "its colours are magenta",
+             .message = fmt::format("surface {}, node {}: there is no node {} here; its data are preserved, "
+                                    "and its colours are magenta",
                                     velm::host::quoted(surface_.name), velm::host::quoted(node.name), server)});
     }
 
-    void addInput(const Network &editor, const HostInput &input, const std::string &path) {
-        warnings_.add({.location = location(),
-                       .path = path,
-                       .brief = fmt::format("no input {} of a surface", velm::host::quoted(input.name)),
-                       .message = fmt::format("surface {}: {} has no input {} here; what is connected to it is kept, "
-                                              "and not evaluated",
-                                              velm::host::quoted(surface_.name), velm::host::quoted(editor.root().name),
-                                              velm::host::quoted(input.name))});
+    void addInput(const Network &network, const HostInput &input, const std::string &path) {
+        warnings_.add(
+            {.location = location(),
+             .path = path,
+             .brief = fmt::format("no input {} of a surface", velm::host::quoted(input.name)),
+             .message = fmt::format("surface {}: {} has no input {} here; its connection is preserved, but "
+                                    "not evaluated",
+                                    velm::host::quoted(surface_.name), velm::host::quoted(network.root().name),
+                                    velm::host::quoted(input.name))});
     }
 
     const SurfaceDescription &surface_;
@@ -65,44 +67,47 @@ class StandInWarnings {
 
 } // namespace
 
-HostNode &makeDescribed(const NodeDescription &node, Network &editor, ServerList &servers) {
+HostNode &makeDescribed(const NodeDescription &node, Network &network, ServerList &servers) {
     HostNode &made = servers.find(node.server) || node.kind.empty()
-                         ? editor.addNode(servers.get(node.server), node.name)
-                         : editor.addPlaceholder(std::make_shared<Placeholder>(node.server, node.kind), node.name);
+                         ? network.addNode(servers.get(node.server), node.name)
+                         : network.addPlaceholder(std::make_shared<Placeholder>(node.server, node.kind), node.name);
     if (!node.data.empty())
         loadSavedData(made, node.data, fmt::format("the data of the node {}", velm::host::quoted(node.name)));
-    showNode(made, node.look);
+    setLook(made, node.look);
     return made;
 }
 
-void showAs(Network &editor, const NetworkView &view) {
-    editor.setView(view.location, static_cast<float>(view.zoom));
-    editor.setState(view.disabled);
-    showNode(editor.root(), view.root);
+void setView(Network &network, const NetworkView &view) {
+    network.setView(view.location, static_cast<float>(view.zoom));
+    network.setState(view.disabled);
+    setLook(network.root(), view.root);
 }
 
-void connectDescribed(Network &editor, const NetworkDescription &network, const ConnectionDescription &one) {
-    const HostNode &to = editor.node(one.toNode);
-    const bool isOther = &to == &editor.root() && std::ranges::count(network.otherInputs, one.input) > 0;
-    if (isOther || to.placeholder || editor.node(one.fromNode).placeholder)
-        editor.connectAsSaved(one.fromNode, one.output, one.toNode, one.input);
+void connectDescribed(Network &network, const NetworkDescription &description,
+                      const ConnectionDescription &connection) {
+    const auto &[fromNode, output, toNode, input, location] = connection;
+    const HostNode &to = network.node(toNode);
+    const bool isOther = &to == &network.root() && std::ranges::count(description.otherInputs, input) > 0;
+    if (isOther || to.placeholder || network.node(fromNode).placeholder)
+        network.connectAsSaved(fromNode, output, toNode, input);
     else
-        editor.connect(one.fromNode, one.output, one.toNode, one.input);
+        network.connect(fromNode, output, toNode, input);
 }
 
 void loadSaved(Surface &surface, const SurfaceDescription &description) {
     const SavedNetwork &saved = description.saved;
-    // A setting can be made only while nothing is connected to it; what the network holds of the root comes over it.
+    // Before the network is loaded: a setting can be applied only while nothing is connected to its input, and what the
+    // network holds of the root overrides these values.
     for (SettingDescription setting : description.settings) {
         setting.location.file = saved.file;
         surface.setDefault(setting);
     }
-    surface.editor().root().savesData = false; // until the network says otherwise
+    surface.editor().root().savesData = false; // unless the network has data of the root
     if (!saved.block.empty()) loadNetwork(surface, saved.block, saved.file, saved.offset);
 }
 
-void warnOfStandIns(Surface &surface, const SurfaceDescription &description, Warnings &warnings) {
-    StandInWarnings(description, warnings).addAll(surface.editor(), pathTo("surfaces", description.name));
+void warnOfPlaceholders(Surface &surface, const SurfaceDescription &description, Warnings &warnings) {
+    PlaceholderWarnings(description, warnings).addAll(surface.editor(), pathTo("surfaces", description.name));
 }
 
 } // namespace velm::host

@@ -1,4 +1,4 @@
-// What scene files and object files keep of networks besides settings and connections, on its way to the nodes.
+// Makes nodes, connections and surfaces from what scene files and object files save of them besides settings.
 #pragma once
 
 #include "host/base/warnings.h"
@@ -9,24 +9,26 @@
 
 namespace velm::host {
 
-// All of it: [interface thread; not while rendering]; InputError without a place in the scene file.
+// All of it: [interface thread; not while rendering]; InputErrors have no location in the scene file unless said
+// otherwise.
 
-// Makes a node: of its server, or a stand-in where there is none and the description tells the node's kind. Gives it
-// its saved data and its look.
-HostNode &makeDescribed(const NodeDescription &node, Network &editor, ServerList &servers);
+// Makes a node of its server, or a placeholder if there is no such server and the description has the node's kind.
+// Gives it its saved data and its look.
+HostNode &makeDescribed(const NodeDescription &node, Network &network, ServerList &servers);
 
-// How an editor shows the network and its root.
-void showAs(Network &editor, const NetworkView &view);
+// Sets how an editor shows the network and its root.
+void setView(Network &network, const NetworkView &view);
 
-// Connects; an end that is a stand-in, or one of the root's other inputs, is made where it is missing.
-void connectDescribed(Network &editor, const NetworkDescription &network, const ConnectionDescription &connection);
+// Connects. Creates a missing input or output of a placeholder, and a missing input of the root that the description
+// lists in `otherInputs`.
+void connectDescribed(Network &network, const NetworkDescription &description, const ConnectionDescription &connection);
 
-// Gives a surface what an object file has of it: its own values, and its network when it has one. InputError with the
-// byte's offset.
+// Gives a surface its own values from an object file, and its network if the file has one. InputError with the byte's
+// offset.
 void loadSaved(Surface &surface, const SurfaceDescription &description);
 
-// Warns of each node in a surface, and in the networks inside its nodes, whose server is not there, and of each input
-// of the surface that means nothing here.
-void warnOfStandIns(Surface &surface, const SurfaceDescription &description, Warnings &warnings);
+// Warns of each placeholder in a surface and in the networks inside its nodes, and of each input of the surface that is
+// not evaluated here.
+void warnOfPlaceholders(Surface &surface, const SurfaceDescription &description, Warnings &warnings);
 
 } // namespace velm::host

@@ -13,20 +13,20 @@ namespace velm::host {
 
 namespace {
 
-// A setting that still waits to be made, on its panel.
+// A setting that is still to be applied to its panel.
 struct PendingSetting {
     HostPanel *panel;
     const SettingDescription *setting;
     std::string path; // in the scene file
 };
 
-// A network whose nodes are there; its connections wait until everything is set.
+// A network whose nodes exist; they are connected when all settings are applied.
 struct PendingConnections {
-    Network *editor;
-    const NetworkDescription *network;
+    Network *network;
+    const NetworkDescription *description;
 };
 
-// What is said without a place gets the one where it was asked for.
+// Adds a location to the InputErrors of an action.
 template <class Action>
 void atLocation(const SourceLocation &location, Action action) {
     try {
@@ -36,9 +36,9 @@ void atLocation(const SourceLocation &location, Action action) {
     }
 }
 
-// The popup that a setting is made on, when it is one whose entries the node makes up at run time: perhaps of what
-// other nodes' settings name. Null for all other controls.
-const PanelItem *runTimeList(const PendingSetting &pending) {
+// The control of a setting if it is a popup whose entries the node lists at run time: they may depend on other nodes'
+// settings. Null for all other controls.
+const PanelItem *dynamicPopup(const PendingSetting &pending) {
     const HostPanel &panel = *pending.panel;
     for (const unsigned int id : panel.controls()) {
         const PanelItem &control = *panel.find(id);
@@ -47,13 +47,13 @@ const PanelItem *runTimeList(const PendingSetting &pending) {
     return nullptr;
 }
 
-// The images of a scene that the list does not have, and the telling of them.
+// The images of a scene that could not be loaded, and the warnings about them.
 class AbsentImages {
   public:
     explicit AbsentImages(Warnings &warnings) : warnings_(warnings) {}
 
     // Loads the images of the scene; those that cannot be loaded are the absent ones.
-    void loadOthers(const SceneDescription &scene) {
+    void load(const SceneDescription &scene) {
         for (const ImageDescription &image : scene.images) {
             std::string why = image.notFound;
             try {
@@ -68,11 +68,11 @@ class AbsentImages {
         if (backdrop) warnOfUse(*backdrop, scene.backdrop.location, "backdrop.image", "the backdrop stays black");
     }
 
-    // True when the setting chooses an absent image, which is warned of.
+    // True when the setting chooses an absent image; adds a warning then.
     bool chosenBy(const PendingSetting &pending) {
         const auto *name = std::get_if<std::string>(&pending.setting->value);
         const ImageDescription *image = name ? find(*name) : nullptr;
-        const PanelItem *list = image ? runTimeList(pending) : nullptr;
+        const PanelItem *list = image ? dynamicPopup(pending) : nullptr;
         if (!list || std::ranges::count(pending.panel->entries(*list), *name) > 0) return false;
         warnOfUse(*image, pending.setting->location, pending.path, "the node goes without it");
         return true;
@@ -108,13 +108,13 @@ class AbsentImages {
     }
 
     Warnings &warnings_;
-    std::vector<const ImageDescription *> absent_; // of the scene, which outlives this
+    std::vector<const ImageDescription *> absent_; // of the scene, which outlives this object
 };
 
-// What makes names goes before what chooses among them, in whichever surface or network either stands.
+// Settings that create names come before those that choose among them, in whichever surface or network they are.
 void applyAll(std::vector<PendingSetting> settings, AbsentImages &absentImages) {
     std::stable_partition(settings.begin(), settings.end(),
-                          [](const PendingSetting &one) { return runTimeList(one) == nullptr; });
+                          [](const PendingSetting &one) { return dynamicPopup(one) == nullptr; });
     for (const PendingSetting &one : settings)
         if (!absentImages.chosenBy(one)) applySetting(*one.panel, *one.setting);
 }
@@ -123,14 +123,14 @@ class NetworkBuilder {
   public:
     explicit NetworkBuilder(ServerList &servers) : servers_(servers) {}
 
-    // Makes the nodes of a network, and of those inside them; notes what is to be set and connected. `path` is the way
-    // to the network in the scene file.
-    void makeNodes(const NetworkDescription &network, Network &editor, const std::string &path) {
-        connections_.push_back({.editor = &editor, .network = &network});
-        showAs(editor, network.view);
-        for (const NodeDescription &node : network.nodes) {
+    // Makes the nodes of a network and of the networks inside them, and notes their settings and connections. `path` is
+    // that of the network in the scene file.
+    void makeNodes(const NetworkDescription &description, Network &network, const std::string &path) {
+        connections_.push_back({.network = &network, .description = &description});
+        setView(network, description.view);
+        for (const NodeDescription &node : description.nodes) {
             HostNode *made = nullptr;
-            atLocation(node.location, [&] { made = &makeDescribed(node, editor, servers_); });
+            atLocation(node.location, [&] { made = &makeDescribed(node, network, servers_); });
             const std::string nodePath = pathTo(pathTo(path, "nodes"), node.name);
             noteSettings(node.settings, *made, nodePath);
             for (const NetworkDescription &inside : node.network)
@@ -138,7 +138,7 @@ class NetworkBuilder {
         }
     }
 
-    // `path` is the way to what has the settings.
+    // `path` is that of the surface or node that has the settings.
     void noteSettings(const std::vector<SettingDescription> &settings, HostNode &node, const std::string &path) {
         for (const SettingDescription &setting : settings) {
             HostPanel *panel = nullptr;
@@ -153,27 +153,27 @@ class NetworkBuilder {
 
     void setAndConnect(AbsentImages &absentImages) {
         applyAll(std::move(settings_), absentImages);
-        for (const auto &connected : connections_) {
-            Network &editor = *connected.editor;
-            for (const ConnectionDescription &one : connected.network->connections)
-                atLocation(one.location, [&] { connectDescribed(editor, *connected.network, one); });
-            editor.rename(editor.root(), editor.name());
+        for (const PendingConnections &connected : connections_) {
+            Network &network = *connected.network;
+            for (const ConnectionDescription &one : connected.description->connections)
+                atLocation(one.location, [&] { connectDescribed(network, *connected.description, one); });
+            network.rename(network.root(), network.name());
         }
     }
 
   private:
-    // Its root is called after the node until all is connected, as the root of a surface is after the surface: that is
-    // its name in scene files. In the host's own files it has its editor's.
+    // In scene files, the root of a network inside a node has the node's name, so it keeps that name until all nodes
+    // are connected. Everywhere else it has the network's name.
     static Network &networkInside(HostNode &node, const SourceLocation &location) {
         if (node.nested.empty())
             throw InputError(location, fmt::format("the node \"{}\" holds no network; its kind is \"{}\"", node.name,
                                                    node.server->name()));
         if (node.nested.size() > 1)
             throw InputError(location,
-                             fmt::format("the node \"{}\" holds {} networks, of which none can be told from here",
+                             fmt::format("the node \"{}\" holds {} networks, and a scene file can describe only one",
                                          node.name, node.nested.size()));
         Network &inside = *node.nested.front();
-        inside.clear(); // of what the node's saved data brought
+        inside.clear(); // the nodes that came with the node's saved data
         inside.rename(inside.root(), node.name);
         return inside;
     }
@@ -191,7 +191,7 @@ SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers,
     Warnings asErrors(Warnings::Policy::strict);
     Warnings &told = warnings ? *warnings : asErrors;
     AbsentImages absentImages(told);
-    absentImages.loadOthers(scene);
+    absentImages.load(scene);
     NetworkBuilder builder(servers);
     for (const SurfaceDescription &description : scene.surfaces) {
         Surface &surface = *surfaces_.all.emplace_back(std::make_unique<Surface>(description.name));
@@ -211,7 +211,8 @@ SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers,
         builder.makeNodes(description.network, surface.editor(), path);
     }
     builder.setAndConnect(absentImages);
-    for (std::size_t i = 0; i < scene.surfaces.size(); ++i) warnOfStandIns(*surfaces_.all[i], scene.surfaces[i], told);
+    for (std::size_t i = 0; i < scene.surfaces.size(); ++i)
+        warnOfPlaceholders(*surfaces_.all[i], scene.surfaces[i], told);
 }
 
 SceneSurfaces::Surfaces::~Surfaces() {

@@ -12,35 +12,37 @@
 
 namespace velm::host {
 
-// The surfaces of a scene, ready to be initialised, and its images in the image list. One at a time, since the image
-// list is the program's one. Everything is for the [interface thread; not while rendering] but what says otherwise.
+// The surfaces of a scene, ready to be initialised, and its images in the image list. Only one object of this class may
+// exist at a time, since a program has one image list. Everything is [interface thread; not while rendering] unless
+// tagged otherwise.
 class SceneSurfaces {
   public:
-    // Reads the images, makes the nodes, sets them through their panels and then connects them: a panel does not let
-    // go of a control that a connection feeds. Networks inside nodes are made with the nodes. Where one node's popup
-    // lists what another node's setting names, the naming comes first, wherever the two stand. Throws InputError with
-    // the place in the scene file, what was found and the nearest right name. Images that are missing or damaged, and
-    // settings that choose them, are warned of: they stay out of the image list and the settings unmade. Without
-    // `warnings` they are errors. `scene` and `warnings` need not outlive the call; `servers` does.
+    // Reads the images, makes the nodes and the networks inside them, applies the settings through the nodes' panels,
+    // and then connects the nodes: a panel does not set a control that a connection feeds. Settings that create names,
+    // such as those of stores, are applied before popups that choose among the names. Throws InputError with the
+    // location in the scene file, what was found and the nearest right name. An image that is missing or damaged is
+    // left out of the image list, settings that choose it are not applied, and both are added to `warnings`; with null
+    // `warnings` they are errors. `servers` must outlive this object; `scene` and `warnings` need not.
     SceneSurfaces(const SceneDescription &scene, ServerList &servers, Warnings *warnings = nullptr);
     ~SceneSurfaces(); // empties the image list
     SceneSurfaces(const SceneSurfaces &) = delete;
     SceneSurfaces &operator=(const SceneSurfaces &) = delete;
 
-    // By name; null when there is none. Lives as long as this.
+    // By name; null when there is none. Owned by this object.
     Surface *surface(const std::string &name) const;
 
-    // Forwarded to all surfaces. When the init of one fails, those before it are cleaned up. [between frames]
+    // Forwarded to all surfaces. When one fails to initialise, those before it are cleaned up, and the InputError is
+    // passed on. [between frames]
     void init(int mode);
     void newTime(int frame, double time); // seconds
     void cleanup();
 
   private:
-    // Gives the images back also when the constructor throws.
+    // Empties the image list, also when the constructor throws.
     struct Images {
         ~Images();
     };
-    // Taken down from the last to the first, as the nodes of a network are.
+    // Destroyed from the last to the first, like the nodes of a network.
     struct Surfaces {
         ~Surfaces();
         std::vector<std::unique_ptr<Surface>> all;

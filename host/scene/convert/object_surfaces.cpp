@@ -26,6 +26,9 @@ std::vector<SurfaceDescription> surfacesOf(const ObjectFile &object, std::vector
         }
         const SurfaceChunkValues values = object.values(i);
         describeValues(values, surface);
+        surface.saved.settings = surface.settings;
+        surface.saved.smoothingAngle = surface.smoothingAngle;
+        surface.saved.doubleSided = surface.doubleSided;
         if (!animated) continue;
         for (const std::string &chunk : values.animated)
             animated->push_back(fmt::format("the value {} of the surface {}", chunk, velm::host::quoted(surface.name)));
@@ -37,12 +40,13 @@ std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPat
     const std::string directory = std::filesystem::path(object.name()).parent_path().string();
     std::vector<ImageDescription> result;
     for (const ObjectImage &image : object.images()) {
-        // Parts of names are parted by slashes or backslashes, and a drive by a colon.
+        // The last part of the name, after slashes or backslashes, or after the colon of a drive.
         const std::string last = image.file.substr(image.file.find_last_of("/\\:") + 1);
         if (last.empty() || std::ranges::count(result, last, &ImageDescription::name) > 0) continue;
         ImageDescription &description = result.emplace_back();
         description.name = last;
         description.file = image.file;
+        description.objectFile = object.name();
         description.location.file = description.fileLocation.file = object.name();
         auto found = findFile(image.file, directory, path);
         if (!found) found = findFile(last, directory, path);
@@ -59,7 +63,7 @@ std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPat
 
 namespace {
 
-// Each saved surface's network, to the byte.
+// The network as a block of an object file.
 std::string networkBlock(Surface &surface) {
     StateWriter writer(kStateBinary);
     surface.save(*writer.state());
@@ -68,30 +72,30 @@ std::string networkBlock(Surface &surface) {
 
 } // namespace
 
-std::vector<PackedSurface> packSurfaces(ObjectFile &object, const SceneDescription &scene, const SceneSurfaces &built,
-                                        const UsualSettings &usual) {
+std::vector<PackedSurface> packSurfaces(ObjectFile &object, const SceneDescription &scene,
+                                        const SceneSurfaces &surfaces, const DefaultSettings &defaults) {
     std::vector<PackedSurface> result;
     for (const SurfaceDescription &description : scene.surfaces) {
-        Surface &surface = *built.surface(description.name);
+        Surface &surface = *surfaces.surface(description.name);
         HostNode &root = surface.editor().root();
-        const auto location = object.findSurface(description.name);
+        const auto index = object.findSurface(description.name);
         PackedSurface packed{.name = description.name, .nodes = surface.editor().nodes().size()};
         const bool hasKeys = std::ranges::any_of(description.settings, [](const SettingDescription &setting) {
             return std::holds_alternative<KeysDescription>(setting.value);
         });
-        if (location) {
-            root.savesData = !agrees(description, object.values(*location), usual);
+        if (index) {
+            root.savesData = !hasValues(description, object.values(*index), defaults);
             const std::string block = networkBlock(surface);
             packed.bytes = block.size();
-            const auto old = object.network(*location);
+            const auto old = object.network(*index);
             packed.isUnchanged = old && sameNetwork(*old, block);
-            if (!packed.isUnchanged) object.setNetwork(*location, block);
+            if (!packed.isUnchanged) object.setNetwork(*index, block);
         } else {
             root.savesData = hasKeys;
             const std::string block = networkBlock(surface);
             packed.isNew = true;
             packed.bytes = block.size();
-            object.addSurface(description.name, subChunksOf(description, usual), block);
+            object.addSurface(description.name, subChunksOf(description, defaults), block);
         }
         result.push_back(std::move(packed));
     }

@@ -15,45 +15,48 @@
 
 namespace velm::host {
 
-// The surfaces of an object, with their networks as saved blocks and their own values as settings. Values that an
-// envelope drives are told in `animated`, by surface and sub-chunk; what they are without it counts. InputError with
-// the byte's offset.
+// The surfaces of an object: their networks as saved blocks, their own values as settings. A value that an envelope
+// drives is described without the envelope; `animated`, if not null, receives its name ("the value COLR of the surface
+// \"Clay\""). InputError with the byte's offset.
 std::vector<SurfaceDescription> surfacesOf(const ObjectFile &object, std::vector<std::string> *animated = nullptr);
 
-// The images of an object. Objects name them as they were called on the machine that wrote them: a file is looked for
-// under that name, and by its last part beside the object and along the path. An image that is not there says where it
-// was looked for.
+// The images of an object. The object has the file names of the machine that wrote it. A file is looked for under that
+// name, then by the name's last part, beside the object and along the path. The description of an image that was not
+// found says where it was looked for.
 std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPath &path);
 
-// What `unpack` is at: descriptions, and what each node of the object saved, by the way to it.
+// Surfaces of an object as descriptions, with the data that each node has in the object, by the node's path.
 struct UnpackedSurfaces {
     std::vector<ImageDescription> images;
     std::vector<SurfaceDescription> surfaces;
     std::map<std::string, std::string> data;
 };
 
-// Describes the surfaces of an object that have a network. [interface thread; not while rendering]
+// Describes the surfaces of an object that have a network. InputError for a damaged network, and for two surfaces of
+// one name. [interface thread; not while rendering]
 UnpackedSurfaces unpackSurfaces(const ObjectFile &object, const SearchPath &path, ServerList &servers,
                                 Warnings &warnings);
 
-// Makes the described surfaces and gives every node that would not be saved as it was its data from the object; one
-// that has them already goes by its data alone. True when there was such a node. Nodes may number what they make, so
-// that the module must have made nothing before: load it anew. [interface thread; not while rendering]
+// Builds the described surfaces and compares the data that each node saves with the data in the object. A node whose
+// data differ gets those of the object besides its settings; a node that has them already loses its settings. True when
+// anything changed: call it again. Nodes may number the instances that they create, so load the module anew before each
+// call. [interface thread; not while rendering]
 bool completeUnpacked(UnpackedSurfaces &unpacked, ServerList &servers);
 
-// What packing did with a surface.
+// What packing did to a surface.
 struct PackedSurface {
     std::string name;
-    std::size_t nodes = 0; // beside the root
-    std::size_t bytes = 0; // of the network
+    std::size_t nodes = 0; // without the root
+    std::size_t bytes = 0; // size of the network
     bool isNew = false;    // the object had no such surface
     bool isUnchanged = false;
 };
 
-// Writes the networks of a scene's surfaces into the object: a surface that it has keeps all but its network; one that
-// it does not have is added. A surface's own values go into the network where they are other than the object's.
-// InputError for a network that is too large. [interface thread; not while rendering]
-std::vector<PackedSurface> packSurfaces(ObjectFile &object, const SceneDescription &scene, const SceneSurfaces &built,
-                                        const UsualSettings &usual);
+// Puts the networks of a scene's surfaces into the object. `surfaces` are those of the scene. A surface that the object
+// has keeps everything but its network; one that it does not have is added. Where a surface's own values differ from
+// those in the object, they are saved in the network. InputError when a node cannot be saved. [interface thread; not
+// while rendering]
+std::vector<PackedSurface> packSurfaces(ObjectFile &object, const SceneDescription &scene,
+                                        const SceneSurfaces &surfaces, const DefaultSettings &defaults);
 
 } // namespace velm::host

@@ -12,7 +12,7 @@ namespace velm::host {
 
 namespace {
 
-// The settings of a surface that are one number, by sub-chunk.
+// A setting of a surface that is one number, and its sub-chunk.
 struct NumberChunk {
     const char *id;
     const char *label;
@@ -31,9 +31,10 @@ constexpr const char *kColour = "Color";
 constexpr int kBothSides = 3;
 constexpr double kDegrees = 180 / std::numbers::pi;
 
-const SettingValue &valueOf(const SurfaceDescription &surface, const std::string &label, const UsualSettings &usual) {
+const SettingValue &valueOf(const SurfaceDescription &surface, const std::string &label,
+                            const DefaultSettings &defaults) {
     const auto found = std::ranges::find(surface.settings, label, &SettingDescription::label);
-    return found != surface.settings.end() ? found->value : *usual.ofSurface(label);
+    return found != surface.settings.end() ? found->value : *defaults.ofSurface(label);
 }
 
 std::string bigEndian(std::uint32_t value, int bytes) {
@@ -48,7 +49,7 @@ std::string subChunk(const char *id, const std::string &contents) {
     return id + bigEndian(static_cast<std::uint32_t>(contents.size()), 2) + contents;
 }
 
-// The first key's value stands for all.
+// An animated value counts as the value of its first key.
 Double3 numbersOf(const SettingValue &value) {
     if (const auto *number = std::get_if<double>(&value)) return {*number, 0, 0};
     if (const auto *keys = std::get_if<KeysDescription>(&value)) return keys->keys.front().value;
@@ -59,8 +60,8 @@ Double3 numbersOf(const SettingValue &value) {
 
 void describeValues(const SurfaceChunkValues &values, SurfaceDescription &surface) {
     if (const auto &colour = values.colour) {
-        const Double3 triple{(*colour)[0], (*colour)[1], (*colour)[2]};
-        surface.settings.push_back({kColour, shortest(SettingValue(triple), 1), {}});
+        const Double3 numbers{(*colour)[0], (*colour)[1], (*colour)[2]};
+        surface.settings.push_back({kColour, shortest(SettingValue(numbers), 1), {}});
     }
     for (const NumberChunk &chunk : kNumbers)
         if (const auto &value = values.*chunk.value)
@@ -70,23 +71,23 @@ void describeValues(const SurfaceChunkValues &values, SurfaceDescription &surfac
     surface.doubleSided = values.sides == kBothSides;
 }
 
-bool agrees(const SurfaceDescription &surface, const SurfaceChunkValues &values, const UsualSettings &usual) {
+bool hasValues(const SurfaceDescription &surface, const SurfaceChunkValues &values, const DefaultSettings &defaults) {
     SurfaceDescription object;
     describeValues(values, object);
     const auto same = [&](const std::string &label) {
-        const SettingValue wanted = shortest(valueOf(surface, label, usual), 1);
-        return wanted == valueOf(object, label, usual);
+        const SettingValue described = shortest(valueOf(surface, label, defaults), 1);
+        return described == valueOf(object, label, defaults);
     };
     return same(kColour) && std::ranges::all_of(kNumbers, [&](const NumberChunk &chunk) { return same(chunk.label); });
 }
 
-std::string subChunksOf(const SurfaceDescription &surface, const UsualSettings &usual) {
+std::string subChunksOf(const SurfaceDescription &surface, const DefaultSettings &defaults) {
     const std::string noEnvelope = bigEndian(0, 2);
-    const Double3 colour = numbersOf(valueOf(surface, kColour, usual));
+    const Double3 colour = numbersOf(valueOf(surface, kColour, defaults));
     std::string result =
         subChunk("COLR", floatBytes(colour[0]) + floatBytes(colour[1]) + floatBytes(colour[2]) + noEnvelope);
     for (const NumberChunk &chunk : kNumbers)
-        result += subChunk(chunk.id, floatBytes(numbersOf(valueOf(surface, chunk.label, usual))[0]) + noEnvelope);
+        result += subChunk(chunk.id, floatBytes(numbersOf(valueOf(surface, chunk.label, defaults))[0]) + noEnvelope);
     result += subChunk("SMAN", floatBytes(surface.smoothingAngle / kDegrees));
     result += subChunk("SIDE", bigEndian(surface.doubleSided ? kBothSides : 1, 2));
     return result;

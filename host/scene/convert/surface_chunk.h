@@ -1,4 +1,4 @@
-// A surface's own values: settings of a scene file, sub-chunks of an object file.
+// A surface's own values, which are settings in a scene file and sub-chunks in an object file.
 #pragma once
 
 #include "host/files/object_file.h"
@@ -9,14 +9,14 @@
 
 namespace velm::host {
 
-// Puts the values of a surface's sub-chunks into its description; what has no sub-chunk stays. A surface without an
-// angle is flat.
+// Puts the values of a surface's sub-chunks into its description. Values without a sub-chunk stay as they are, except
+// the smoothing angle: a surface without it is flat.
 void describeValues(const SurfaceChunkValues &values, SurfaceDescription &surface);
 
-// Whether the settings of the description, with what is usual for the others, are those values.
-bool agrees(const SurfaceDescription &surface, const SurfaceChunkValues &values, const UsualSettings &usual);
+// Whether the description's settings, and the defaults of settings that it does not mention, are those values.
+bool hasValues(const SurfaceDescription &surface, const SurfaceChunkValues &values, const DefaultSettings &defaults);
 
-// The sub-chunks of a new surface: values, angle and sides. A value that has keys gets that of the first.
-std::string subChunksOf(const SurfaceDescription &surface, const UsualSettings &usual);
+// The sub-chunks of a new surface: values, smoothing angle and sides. An animated value becomes that of its first key.
+std::string subChunksOf(const SurfaceDescription &surface, const DefaultSettings &defaults);
 
 } // namespace velm::host

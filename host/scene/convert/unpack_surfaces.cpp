@@ -1,4 +1,4 @@
-// From the networks of an object to a description that gives them back to the byte.
+// From the networks of an object to descriptions that give them back to the byte.
 #include "host/base/names.h"
 #include "host/graph/node_data.h"
 #include "host/image/image.h"
@@ -12,16 +12,17 @@ namespace velm::host {
 
 namespace {
 
-// Calls `act` with each node of a network, and of those inside its nodes, and the way to it.
-void forEachNode(const Network &editor, const std::string &path,
+// Calls `act` with each node of a network, and of the networks inside its nodes, and with the node's path.
+void forEachNode(const Network &network, const std::string &path,
                  const std::function<void(const HostNode &, const std::string &)> &act) {
-    for (const auto &node : editor.nodes()) {
+    for (const auto &node : network.nodes()) {
         const std::string nodePath = pathTo(path, node->name);
         act(*node, nodePath);
         for (const Network *inside : node->nested) forEachNode(*inside, nodePath, act);
     }
 }
 
+// What each node of the surfaces saves, by the node's path.
 std::map<std::string, std::string> dataOf(const SceneSurfaces &built, const std::vector<SurfaceDescription> &surfaces) {
     std::map<std::string, std::string> data;
     for (const SurfaceDescription &surface : surfaces)
@@ -30,12 +31,15 @@ std::map<std::string, std::string> dataOf(const SceneSurfaces &built, const std:
     return data;
 }
 
-// A node that holds a network differs when a node inside does; it needs data of its own only when none of them does.
+// Completes descriptions with data; see completeUnpacked. The data of a node that holds a network contain those of the
+// nodes inside. Such a node therefore gets data of its own only when no node inside it was changed.
 class Completion {
   public:
+    // What the nodes saved in the object, and what the nodes made from the descriptions save.
     Completion(const std::map<std::string, std::string> &wanted, const std::map<std::string, std::string> &made)
         : wanted_(wanted), made_(made) {}
 
+    // True when a node was changed.
     bool complete(NetworkDescription &network, const std::string &path) {
         bool any = false;
         for (NodeDescription &node : network.nodes) any |= complete(node, pathTo(path, node.name));
@@ -67,7 +71,7 @@ class Completion {
 
 UnpackedSurfaces unpackSurfaces(const ObjectFile &object, const SearchPath &path, ServerList &servers,
                                 Warnings &warnings) {
-    const UsualSettings usual(servers);
+    const DefaultSettings defaults(servers);
     SceneDescription scene;
     scene.file = object.name();
     scene.images = imagesOf(object, path);
@@ -81,11 +85,11 @@ UnpackedSurfaces unpackSurfaces(const ObjectFile &object, const SearchPath &path
     const SceneSurfaces built(scene, servers, &warnings);
     UnpackedSurfaces result;
     result.data = dataOf(built, scene.surfaces);
-    // Those of the object, and what nodes name besides.
+    // The images of the object, and others that its nodes name.
     for (const HostImage *image = ImageList::instance().first(); image; image = ImageList::next(image))
         result.images.push_back({.name = image->name, .file = image->file});
     for (const SurfaceDescription &surface : scene.surfaces)
-        result.surfaces.push_back(describeSurface(*built.surface(surface.name), usual));
+        result.surfaces.push_back(describeSurface(*built.surface(surface.name), defaults));
     return result;
 }
 
@@ -93,8 +97,8 @@ bool completeUnpacked(UnpackedSurfaces &unpacked, ServerList &servers) {
     SceneDescription scene;
     scene.images = unpacked.images;
     scene.surfaces = unpacked.surfaces;
-    Warnings told(Warnings::Policy::goOn); // which unpackSurfaces has told already
-    const SceneSurfaces built(scene, servers, &told);
+    Warnings ignored(Warnings::Policy::goOn); // unpackSurfaces has reported them already
+    const SceneSurfaces built(scene, servers, &ignored);
     const std::map<std::string, std::string> made = dataOf(built, unpacked.surfaces);
     Completion completion(unpacked.data, made);
     bool any = false;

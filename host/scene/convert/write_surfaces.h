@@ -8,9 +8,9 @@
 
 namespace velm::host {
 
-// A scene's text with the images and the surfaces alone: networks, settings, views; without smoothing and sides. What
-// is as a scene file has it without a word is left out. Numbers are the shortest that read back to the same double, in
-// every locale. Ends with a line break.
+// The text of a scene file that holds these images and surfaces alone: names and files of the images, as they are;
+// settings, networks and views of the surfaces, without their smoothing and sides. Otherwise as writeScene writes them.
+// InputError for two images or surfaces of one name.
 std::string writeSurfaces(std::span<const ImageDescription> images, std::span<const SurfaceDescription> surfaces);
 
 } // namespace velm::host

@@ -47,7 +47,7 @@ NetworkRoot surfaceRoot(const std::string &surface) {
     return {.name = surface, .nameOf = "its surface", .feedsNothing = "the surface itself, which has no outputs"};
 }
 
-NetworkRoot holderRoot(const std::string &node) {
+NetworkRoot ownerRoot(const std::string &node) {
     return {.name = node,
             .nameOf = "the node that holds it",
             .feedsNothing = "the node that holds the network, whose outputs are outside"};
@@ -57,8 +57,9 @@ ConnectionDescription parseConnection(std::string_view text, const std::vector<s
                                       const NetworkRoot &root, const SourceLocation &location) {
     const auto arrow = text.find(kArrow);
     if (arrow == std::string_view::npos)
-        throw InputError(location,
-                         fmt::format("\"{}\" is no connection; it must read \"Node.Output -> Node.Input\"", text));
+        throw InputError(
+            location,
+            fmt::format("\"{}\" is not a connection; it must have the form \"Node.Output -> Node.Input\"", text));
     End from = parseEnd(trimmed(text.substr(0, arrow)), nodes, location);
     End to = parseEnd(trimmed(text.substr(arrow + kArrow.size())), nodes, location);
     if (from.node == root.name) throw InputError(location, fmt::format("\"{}\" is {}", root.name, root.feedsNothing));
@@ -67,6 +68,11 @@ ConnectionDescription parseConnection(std::string_view text, const std::vector<s
             .toNode = std::move(to.node),
             .input = std::move(to.socket),
             .location = location};
+}
+
+std::string connectionText(const ConnectionDescription &connection) {
+    return fmt::format("{}.{} {} {}.{}", connection.fromNode, connection.output, kArrow, connection.toNode,
+                       connection.input);
 }
 
 } // namespace velm::host

@@ -1,6 +1,8 @@
-// A scene as its file tells it: plain data, checked for form, not yet built. The reader fills it, the builders of
-// networks and of the renderer's world read it. Units are the file's own, as a person writes them: metres for lengths,
-// degrees for rotations and fields of view, 1.0 for full colour; settings are in the units that the panels show.
+// A scene as its file describes it: plain data, checked against the format's rules, not yet built. The reader fills it;
+// the builders of networks and of the render scene, and the writer, read it. Units are those of the file: metres for
+// lengths, degrees for rotations and fields of view, 1.0 for full colour; settings are in the units that panels show.
+//
+// Two descriptions are equal when all that they hold is equal, source locations included.
 #pragma once
 
 #include "host/base/error.h"
@@ -8,6 +10,7 @@
 #include "host/services/backdrop_description.h"
 
 #include <array>
+#include <cstddef>
 #include <string>
 #include <variant>
 #include <vector>
@@ -16,11 +19,11 @@ namespace velm::host {
 
 struct NetworkDescription;
 
-// How an editor shows a node. It takes no part in what the node computes.
+// How an editor shows a node. It does not influence what the node computes.
 struct NodeLook {
-    std::array<int, 2> at{0, 0}; // place in the editor
-    int mode = 1;                // 1 is a node drawn open
-    std::string preview;         // name of the output that is previewed
+    std::array<int, 2> at{0, 0}; // position in the editor, in the editor's units
+    int mode = 1;                // 1: the node is drawn open
+    std::string preview;         // name of the output that the editor previews; empty: none
     std::string comment;
 
     bool operator==(const NodeLook &) const = default;
@@ -29,18 +32,22 @@ struct NodeLook {
 struct NodeDescription {
     std::string name;   // unique in its network
     std::string server; // "Velm Counter"
-    std::string kind;   // the server's display name, of a node that is kept also where its server is not there
-    std::string data;   // what the server saved of the node, in binary form; settings go over it
+    std::string kind;   // the server's display name; not empty: without the server, the node becomes a placeholder
+    std::string data;   // the binary data that the server saved of the node; `settings` are applied after it
     std::vector<SettingDescription> settings;
-    std::vector<NetworkDescription> network; // that the node holds inside itself: none or one
+    std::vector<NetworkDescription> network; // the network inside the node: none or one
     NodeLook look;
     SourceLocation location;
+
+    bool operator==(const NodeDescription &) const = default;
 };
 
 struct ConnectionDescription {
     std::string fromNode, output; // "AO", "Color"
-    std::string toNode, input;    // the root of the network goes by the name of the surface or node that holds it
+    std::string toNode, input;    // the network's root has the name of the surface or node that owns the network
     SourceLocation location;
+
+    bool operator==(const ConnectionDescription &) const = default;
 };
 
 // How an editor shows a network.
@@ -56,77 +63,106 @@ struct NetworkView {
 struct NetworkDescription {
     std::vector<NodeDescription> nodes;
     std::vector<ConnectionDescription> connections;
-    std::vector<std::string> otherInputs; // of the root, which nothing here reads; kept for other programs
+    std::vector<std::string> otherInputs; // inputs of the root that only other programs read; preserved for them
     NetworkView view;
     SourceLocation location;
+
+    bool operator==(const NetworkDescription &) const = default;
 };
 
-// A surface of an object file: the block of its network as it stands there, and where that is.
+// Where a surface comes from that an object file brings, and what the file has of it.
 struct SavedNetwork {
     std::string block;      // "NODS", its size, its contents; empty where the surface has no network
-    std::string file;       // empty for a surface that is described here
-    std::string name;       // of the surface in the file
-    std::size_t offset = 0; // of the block in the file
+    std::string file;       // the object file; empty for a surface that the scene describes
+    std::string name;       // the surface's name in the file
+    std::size_t offset = 0; // of the block in the file, in bytes
+    // The surface's own values in the file. A surface whose values differ from these was changed by hand.
+    std::vector<SettingDescription> settings;
+    double smoothingAngle = 0;
+    bool doubleSided = true;
+
+    bool operator==(const SavedNetwork &) const = default;
 };
 
 struct SurfaceDescription {
     std::string name;
     std::vector<SettingDescription> settings; // of the root node: "Color", "Diffuse" and so on
     NetworkDescription network;
-    SavedNetwork saved;           // takes the place of `network`; what it says of the root goes before `settings`
+    SavedNetwork saved;           // replaces `network`; the root's data in its block override `settings`
     double smoothingAngle = 89.5; // degrees; 0 gives flat polygons
     bool doubleSided = true;
     SourceLocation location;
+
+    bool operator==(const SurfaceDescription &) const = default;
 };
 
 struct TransformDescription {
     Double3 position{};
     Double3 rotation{}; // heading, pitch, bank
     Double3 scale{1, 1, 1};
+
+    bool operator==(const TransformDescription &) const = default;
 };
 
 struct MeshFile {
-    std::string file; // relative paths are already resolved against the scene file
+    std::string file; // as found: a relative path in the scene file is already resolved
+
+    bool operator==(const MeshFile &) const = default;
 };
 struct PlaneShape { // horizontal, facing +Y, centred on the origin
     double width = 1, depth = 1;
+
+    bool operator==(const PlaneShape &) const = default;
 };
 struct BoxShape { // centred on the origin
     Double3 size{1, 1, 1};
     bool inward = false; // polygons face the inside
+
+    bool operator==(const BoxShape &) const = default;
 };
-struct SphereShape {
+struct SphereShape { // centred on the origin
     double radius = 1;
     int segments = 64;
+
+    bool operator==(const SphereShape &) const = default;
 };
+// A new shape is an alternative here, a row in object_tables.cpp, and a function shapeMesh in the renderer.
 using ShapeDescription = std::variant<MeshFile, PlaneShape, BoxShape, SphereShape>;
 
-// Which surface the polygons of a mesh's material get; an empty material stands for all that are not named.
+// The surface of the polygons that have a material of the mesh. An empty material stands for all polygons whose
+// material no other entry names.
 struct SurfaceUse {
     std::string material, surface;
     SourceLocation location;
+    bool fromObject = false; // the mesh's object file says so, not the scene
+
+    bool operator==(const SurfaceUse &) const = default;
 };
 
 struct ObjectDescription {
     std::string name;
     ShapeDescription shape;
     TransformDescription transform;
-    std::vector<SurfaceUse> surfaces;
+    std::vector<SurfaceUse> surfaces; // the entry with the empty material first, where there is one
     bool seenByCamera = true, seenByRays = true, castsShadows = true;
     SourceLocation location;
+
+    bool operator==(const ObjectDescription &) const = default;
 };
 
 struct LightDescription {
     enum class Kind { point, distant, area } kind = Kind::distant;
     std::string name;
     Double3 position{}; // of point and area lights
-    Double3 target{};   // what a distant or area light looks at; a distant light shines from position to target
+    Double3 target{};   // the point that a distant or area light faces; a distant light shines from position to target
     Double3 colour{1, 1, 1};
     double intensity = 1;         // 1 lights a facing diffuse white surface to 1 (at 1 m for point and area lights)
     double width = 1, height = 1; // of an area light
     int samples = 16;             // shadow rays of an area light
     bool shadows = true;
     SourceLocation location;
+
+    bool operator==(const LightDescription &) const = default;
 };
 
 struct CameraDescription {
@@ -137,30 +173,38 @@ struct CameraDescription {
     Double3 target{};
     double fieldOfView = 40; // horizontal, degrees
     SourceLocation location;
+
+    bool operator==(const CameraDescription &) const = default;
 };
 
 struct ImageDescription {
     std::string name;
-    std::string file;       // resolved; as the scene names it where there is none
-    std::string notFound{}; // why there is none and where it was looked for; empty when there is one
-    std::string source{};   // where people get the file from; may be empty
+    std::string file;         // as found; the name in the scene when there is no such file
+    std::string notFound{};   // why the file was not found and where it was looked for; empty when it was found
+    std::string source{};     // where people get the file from; may be empty
+    std::string objectFile{}; // the object file that brings the image; empty for an image that the scene describes
     SourceLocation location{}, fileLocation{};
+
+    bool operator==(const ImageDescription &) const = default;
 };
 
 struct RenderDescription {
-    int width = 640, height = 360;
-    int samples = 1;        // anti-aliasing samples of a pixel, per pixel
-    int recursionDepth = 8; // bounces
+    int width = 640, height = 360; // pixels
+    int samples = 1;               // anti-aliasing samples of a pixel
+    int recursionDepth = 8;        // bounces
     int firstFrame = 1, lastFrame = 1, frameStep = 1;
     double framesPerSecond = 30;
-    std::string camera; // the first one when empty
+    std::string camera; // empty: the first one
     SourceLocation cameraLocation;
     Double3 ambientColour{1, 1, 1};
     double ambientIntensity = 0;
+
+    bool operator==(const RenderDescription &) const = default;
 };
 
 struct SceneDescription {
     std::string file, name;
+    std::string schema; // the JSON Schema that the file names for editors; may be empty
     RenderDescription render;
     BackdropDescription backdrop;
     std::vector<CameraDescription> cameras;
@@ -170,6 +214,8 @@ struct SceneDescription {
     std::vector<SurfaceDescription> surfaces;
     std::string surfaceFile; // an object file whose surfaces are added to these; empty: none
     SourceLocation surfaceFileLocation;
+
+    bool operator==(const SceneDescription &) const = default;
 };
 
 } // namespace velm::host

@@ -1,172 +1,193 @@
 // The parts from which the tables of the scene format are made. A key of the format is one row of one table: the
-// reader checks a value by it and puts it in its place, and the JSON Schema is written from the same row.
+// reader, the writer and the JSON Schema all follow from the row.
+//
+// To add a key whose value is plain, add a member to the description and a row that names it; what is left is to use
+// the value. A value of another form has a row with three functions of its own: one reads it, one writes it, and one
+// gives its schema.
 #pragma once
 
 #include "host/scene/format/description.h"
-#include "host/scene/format/json.h"
-#include "host/scene/format/search_path.h"
+#include "host/scene/format/value_rule.h"
 
-#include <limits>
-#include <nlohmann/json_fwd.hpp>
-#include <span>
-#include <string>
-#include <string_view>
+#include <optional>
 #include <type_traits>
+#include <utility>
 #include <variant>
-#include <vector>
 
 namespace velm::host {
 
-// What a plain value may be.
-struct Form {
-    enum class Kind {
-        truth,
-        whole,
-        number,
-        triple,  // a list of three numbers, each within the limits
-        scale,   // a triple, or one number that stands for three
-        numbers, // a list of four numbers
-        text,    // never empty
-        choice   // one of the texts; its value is the place in the list
-    };
-    Kind kind = Kind::number;
-    double least = -std::numeric_limits<double>::infinity();
-    double most = std::numeric_limits<double>::infinity();
-    bool aboveLeast = false; // the least itself is not allowed
-    bool belowMost = false;
-    std::span<const char *const> choices{};
-};
-
-constexpr Form truthForm() { return {.kind = Form::Kind::truth}; }
-constexpr Form textForm() { return {.kind = Form::Kind::text}; }
-constexpr Form wholeForm(int least, int most) {
-    return {.kind = Form::Kind::whole, .least = double(least), .most = double(most)};
-}
-constexpr Form numberForm() { return {.kind = Form::Kind::number}; }
-constexpr Form positiveForm() { return {.kind = Form::Kind::number, .least = 0, .aboveLeast = true}; }
-constexpr Form leastForm(double least) { return {.kind = Form::Kind::number, .least = least}; }
-constexpr Form tripleForm() { return {.kind = Form::Kind::triple}; }
-constexpr Form colourForm() { return {.kind = Form::Kind::triple, .least = 0}; }
-constexpr Form choiceForm(std::span<const char *const> choices) {
-    return {.kind = Form::Kind::choice, .choices = choices};
-}
-
-// What a reading goes by: the name of the file for errors, and where the files that it names are looked for.
-struct ReadContext {
-    std::string file;
-    std::string directory; // of the file
-    SearchPath path;
-
-    SourceLocation at(int line) const { return {.file = file, .line = line}; }
-    [[noreturn]] void fail(int line, const std::string &message) const { throw InputError(at(line), message); }
-};
-
-// Reading one plain value. `key` is for messages. All throw InputError, with the value's line, unless the value is as
-// the form wants it.
-bool readTruth(const ReadContext &context, std::string_view key, const JsonValue &value);
-int readWhole(const ReadContext &context, std::string_view key, const JsonValue &value, const Form &form);
-double readNumber(const ReadContext &context, std::string_view key, const JsonValue &value, const Form &form);
-Double3 readTriple(const ReadContext &context, std::string_view key, const JsonValue &value, const Form &form);
-std::array<double, 4> readFour(const ReadContext &context, std::string_view key, const JsonValue &value,
-                               const Form &form);
-std::string readText(const ReadContext &context, std::string_view key, const JsonValue &value, const Form &form);
-int readChoice(const ReadContext &context, std::string_view key, const JsonValue &value, const Form &form);
-
-// Throws unless the value is an object.
-void wantObject(const ReadContext &context, std::string_view what, const JsonValue &value);
+// Throws InputError unless the value is an object; `what` is for the message.
+void requireObject(const ReadContext &context, std::string_view what, const JsonValue &value);
 [[noreturn]] void failUnknownKey(const ReadContext &context, const JsonMember &member, std::string_view what,
                                  const std::vector<std::string> &known);
 
-// The schema of a plain value.
-nlohmann::ordered_json formSchema(const Form &form);
+// What the writer knows of the file that it writes.
+struct WriteContext {
+    // Where the scene file will be: files below this directory get names relative to it, all others absolute names.
+    // Without it, names are written as they are.
+    std::optional<std::string> directory;
 
-// Rows for keys whose values are not plain read and describe themselves.
+    // The name by which the scene file names a file.
+    std::string nameOf(const std::string &file) const;
+};
+
+// ---- Where the value of a row is in a description of type T ----
+
+// A plain value in a member of a member; made by `inside`.
+template <class T, class Value>
+struct InnerMember {
+    Value &(*get)(T &);
+    const Value &(*getConst)(const T &);
+};
+
+// The value that tells which kind of object this is; made by `kindIn`. The value is an index into the rule's choices.
 template <class T>
-using ReadField = void (*)(const ReadContext &, const JsonMember &, T &);
+struct KindMember {
+    int (*get)(const T &);
+    void (*set)(T &, int);
+};
+
+// A value that is not plain: functions that read it into the description, write it, and give its schema. `write` gives
+// nothing for a value that the scene file should leave out because reading gives it anyway.
 template <class T>
-using SetChoice = void (*)(T &, int);
-using FieldSchema = nlohmann::ordered_json (*)();
+struct CustomValue {
+    void (*read)(const ReadContext &, const JsonMember &, T &);
+    std::optional<nlohmann::ordered_json> (*write)(const WriteContext &, const T &);
+    nlohmann::ordered_json (*schema)();
+};
+
+template <class T, class... Values>
+using TargetOf = std::variant<Values T::*..., InnerMember<T, Values>..., KindMember<T>, CustomValue<T>>;
+template <class T>
+using Target = TargetOf<T, bool, int, double, std::string, std::array<int, 2>, Double3, std::array<double, 4>>;
+
+// The way from a description to one of its values: a member, or a member of a member.
+template <auto first, auto... rest>
+struct MemberPath {
+    template <class Class, class Value>
+    static Class classOf(Value Class::*);
+    using Owner = decltype(classOf(first));
+
+    static auto &get(Owner &object) { return ((object.*first).*....*rest); }
+    static const auto &getConst(const Owner &object) { return ((object.*first).*....*rest); }
+    using Value = std::remove_reference_t<decltype(get(std::declval<Owner &>()))>;
+};
+template <auto member>
+using OwnerOf = typename MemberPath<member>::Owner;
+
+// `inside<&ObjectDescription::transform, &TransformDescription::scale>`: a member of a member.
+template <auto first, auto... rest, class Path = MemberPath<first, rest...>>
+consteval auto insideOf() {
+    return InnerMember<typename Path::Owner, typename Path::Value>{.get = Path::get, .getConst = Path::getConst};
+}
+template <auto... members>
+inline constexpr auto inside = insideOf<members...>();
+
+// `kindIn<&LightDescription::kind>`: an enumeration or an int, in a member or a member of a member.
+template <auto first, auto... rest, class Path = MemberPath<first, rest...>>
+consteval auto kindOf() {
+    using Owner = typename Path::Owner;
+    return KindMember<Owner>{
+        .get = [](const Owner &object) { return static_cast<int>(Path::getConst(object)); },
+        .set = [](Owner &object, int kind) { Path::get(object) = static_cast<typename Path::Value>(kind); }};
+}
+template <auto... members>
+inline constexpr auto kindIn = kindOf<members...>();
+
+template <class T, class Value>
+Value &valueAt(Value T::*member, T &object) {
+    return object.*member;
+}
+template <class T, class Value>
+const Value &valueAt(Value T::*member, const T &object) {
+    return object.*member;
+}
+template <class T, class Value>
+Value &valueAt(const InnerMember<T, Value> &member, T &object) {
+    return member.get(object);
+}
+template <class T, class Value>
+const Value &valueAt(const InnerMember<T, Value> &member, const T &object) {
+    return member.getConst(object);
+}
+
+// ---- Rows and tables ----
 
 template <class T>
 struct Field {
     const char *key;
-    const char *help; // a sentence for people, with the unit
-    Form form{};
-    // Where a plain value goes, or the function that reads another.
-    std::variant<bool T::*, int T::*, double T::*, std::string T::*, Double3 T::*, std::array<double, 4> T::*,
-                 SetChoice<T>, ReadField<T>>
-        target;
-    FieldSchema schema = nullptr; // of a value that is not plain
+    const char *help; // one sentence for people, with the unit
+    ValueRule rule{}; // of a plain value
+    Target<T> target;
     bool required = false;
-    unsigned kinds = ~0u; // the kinds of the object that the key goes with, as bits; see Table
+    unsigned kinds = ~0u; // bit n: objects of kind n may have the key; for tables with a kind
 };
 
 // The table of one kind of object.
 template <class T>
 struct Table {
-    const char *what; // "a light"
+    const char *what; // "a light", for messages
     std::span<const Field<T>> fields;
-    // Where the object comes in kinds that have different keys: the texts of its "kind", and which one was read.
-    std::span<const char *const> kinds{};
-    int (*kindOf)(const T &) = nullptr;
-    // Keys of which exactly one must be there.
+    // Keys of which exactly one must be present.
     std::span<const char *const> oneOf{};
-    // Called when all keys are read, for what several of them say together; may be null.
+    // Called when all keys are read, to check what several of them say together; may be null.
     void (*finish)(const ReadContext &, const JsonValue &object, T &) = nullptr;
+
+    // The row that tells the object's kind; null where objects come in one kind only.
+    const Field<T> *kindField() const {
+        for (const Field<T> &field : fields)
+            if (std::holds_alternative<KindMember<T>>(field.target)) return &field;
+        return nullptr;
+    }
+    int kindOf(const T &object) const { return std::get<KindMember<T>>(kindField()->target).get(object); }
+    // Whether the key goes with the object's kind.
+    bool applies(const Field<T> &field, const T &object) const {
+        return !kindField() || (field.kinds >> static_cast<unsigned>(kindOf(object)) & 1u) != 0;
+    }
 };
+
+// ---- Reading ----
 
 template <class T>
 void readField(const ReadContext &context, const Field<T> &field, const JsonMember &member, T &result) {
-    const JsonValue &value = member.value;
     std::visit(
-        [&](auto target) {
-            using Target = decltype(target);
-            if constexpr (std::is_same_v<Target, ReadField<T>>)
-                target(context, member, result);
-            else if constexpr (std::is_same_v<Target, SetChoice<T>>)
-                target(result, readChoice(context, field.key, value, field.form));
-            else if constexpr (std::is_same_v<Target, bool T::*>)
-                result.*target = readTruth(context, field.key, value);
-            else if constexpr (std::is_same_v<Target, int T::*>)
-                result.*target = field.form.kind == Form::Kind::choice
-                                     ? readChoice(context, field.key, value, field.form)
-                                     : readWhole(context, field.key, value, field.form);
-            else if constexpr (std::is_same_v<Target, double T::*>)
-                result.*target = readNumber(context, field.key, value, field.form);
-            else if constexpr (std::is_same_v<Target, std::string T::*>)
-                result.*target = readText(context, field.key, value, field.form);
-            else if constexpr (std::is_same_v<Target, Double3 T::*>)
-                result.*target = readTriple(context, field.key, value, field.form);
+        [&](const auto &target) {
+            using TargetType = std::remove_cvref_t<decltype(target)>;
+            if constexpr (std::is_same_v<TargetType, CustomValue<T>>)
+                target.read(context, member, result);
+            else if constexpr (std::is_same_v<TargetType, KindMember<T>>)
+                target.set(result, readChoice(context, field.key, member.value, field.rule));
             else
-                result.*target = readFour(context, field.key, value, field.form);
+                readPlain(context, field.key, member.value, field.rule, valueAt(target, result));
         },
         field.target);
 }
 
-// Which of the keys in `oneOf` are in the object; throws unless it is one.
-void wantOneOf(const ReadContext &context, std::string_view what, const JsonValue &object,
-               std::span<const char *const> oneOf);
+// Throws InputError unless exactly one of the keys in `oneOf` is in the object.
+void requireOneOf(const ReadContext &context, std::string_view what, const JsonValue &object,
+                  std::span<const char *const> oneOf);
+[[noreturn]] void failWrongKind(const ReadContext &context, const JsonValue &value, const char *key, const char *kind);
+[[noreturn]] void failMissingKey(const ReadContext &context, const JsonValue &object, const char *what,
+                                 const char *key);
 
 template <class T>
 void checkPresence(const ReadContext &context, const Table<T> &table, const JsonValue &object, const T &result) {
     for (const Field<T> &field : table.fields) {
         const JsonValue *value = object.find(field.key);
-        const auto kind = table.kindOf ? static_cast<unsigned>(table.kindOf(result)) : 0u;
-        const bool goes = !table.kindOf || (field.kinds >> kind & 1u) != 0;
-        if (value && !goes)
-            context.fail(value->line,
-                         '"' + std::string(field.key) + "\" does not go with the kind \"" + table.kinds[kind] + '"');
-        if (!value && goes && field.required)
-            context.fail(object.line, std::string(table.what) + " needs \"" + field.key + '"');
+        const bool applies = table.applies(field, result);
+        if (value && !applies)
+            failWrongKind(context, *value, field.key,
+                          table.kindField()->rule.choices[static_cast<std::size_t>(table.kindOf(result))]);
+        if (!value && applies && field.required) failMissingKey(context, object, table.what, field.key);
     }
-    if (!table.oneOf.empty()) wantOneOf(context, table.what, object, table.oneOf);
+    if (!table.oneOf.empty()) requireOneOf(context, table.what, object, table.oneOf);
 }
 
 // Reads an object by its table into `result`, which holds the defaults. Throws InputError on a key that the table does
 // not have, on one that is missing or does not go with the object's kind, and on a wrong value.
 template <class T>
 void readObject(const ReadContext &context, const Table<T> &table, const JsonValue &object, T &result) {
-    wantObject(context, table.what, object);
+    requireObject(context, table.what, object);
     for (const JsonMember &member : object.members) {
         const Field<T> *found = nullptr;
         for (const Field<T> &field : table.fields)
@@ -182,14 +203,14 @@ void readObject(const ReadContext &context, const Table<T> &table, const JsonVal
     if (table.finish) table.finish(context, object, result);
 }
 
-// Throws unless the member's key can be the name of something.
+// Throws InputError unless the member's key may be the name of an object.
 void checkName(const ReadContext &context, const JsonMember &member, std::string_view what);
 
-// Reads an object whose keys are names given by the scene's author: {"Key light": {...}, "Fill": {...}}.
+// Reads an object whose keys are names that the scene's author chose: {"Key light": {...}, "Fill": {...}}.
 template <class T>
 void readNamed(const ReadContext &context, const Table<T> &table, const JsonMember &collection,
                std::vector<T> &result) {
-    wantObject(context, '"' + collection.key + '"', collection.value);
+    requireObject(context, '"' + collection.key + '"', collection.value);
     for (const JsonMember &member : collection.value.members) {
         checkName(context, member, table.what);
         T &element = result.emplace_back();

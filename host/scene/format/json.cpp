@@ -10,11 +10,12 @@ namespace velm::host {
 
 namespace {
 
-// The tree is built, copied and taken down by recursion, so its depth is bounded; a scene needs less than ten.
+// The tree is built, copied and destroyed by recursion, so its depth is limited. Networks inside nodes, which need the
+// most, are nested at most 16 deep.
 constexpr std::size_t kDeepest = 64;
 
-// Reads characters and keeps count of lines. The lexer looks one character past a number; a line break therefore
-// counts only when the character after it is read, and a number's line is right when its event comes.
+// Reads characters and counts lines. The lexer reads one character past a number. A line break therefore counts only
+// when the character after it is read, so that the line is still the number's own when its event comes.
 class LineCountingIterator {
   public:
     using iterator_category = std::input_iterator_tag;
@@ -40,10 +41,10 @@ class LineCountingIterator {
   private:
     const char *at_;
     int *line_;
-    mutable bool pendingBreak_ = false; // the character read last ended a line
+    mutable bool pendingBreak_ = false; // the last character was a line break
 };
 
-// The library's text behind "[json.exception.parse_error.101] parse error at line 1, column 5: ".
+// The part of the library's text after "[json.exception.parse_error.101] parse error at line 1, column 5: ".
 std::string plainMessage(const std::string &message) {
     const auto start = message.find(": ");
     std::string plain = start == std::string::npos ? message : message.substr(start + 2);
@@ -58,11 +59,11 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     JsonValue &root() { return root_; }
 
     bool null() override {
-        location(JsonValue::Kind::null);
+        add(JsonValue::Kind::null);
         return true;
     }
-    bool boolean(bool truth) override {
-        location(JsonValue::Kind::truth).truth = truth;
+    bool boolean(bool value) override {
+        add(JsonValue::Kind::boolean).boolean = value;
         return true;
     }
     bool number_integer(number_integer_t value) override { return number(static_cast<double>(value)); }
@@ -70,10 +71,10 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     bool number_float(number_float_t value, const string_t &) override { return number(value); }
     bool string(string_t &text) override {
         refuseNull(text);
-        location(JsonValue::Kind::text).text = std::move(text);
+        add(JsonValue::Kind::text).text = std::move(text);
         return true;
     }
-    bool binary(binary_t &) override { fail("binary data cannot stand in a text"); }
+    bool binary(binary_t &) override { fail("a text cannot hold binary data"); }
     bool start_object(std::size_t) override { return open(JsonValue::Kind::object); }
     bool start_array(std::size_t) override { return open(JsonValue::Kind::list); }
     bool end_object() override { return close(); }
@@ -83,7 +84,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
         refuseNull(key);
         JsonValue &object = *open_.back();
         for (const JsonMember &member : object.members)
-            if (member.key == key) fail(fmt::format("\"{}\" stands here twice; first on line {}", key, member.line));
+            if (member.key == key) fail(fmt::format("\"{}\" occurs twice; first on line {}", key, member.line));
         object.members.push_back({.key = std::move(key), .line = line_, .value = {}});
         return true;
     }
@@ -95,12 +96,13 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
   private:
     [[noreturn]] void fail(const std::string &message) const { throw InputError({file_, line_}, message); }
 
-    // Modules and the system take a text to end there.
+    // Modules and the system take the character for the end of the text.
     void refuseNull(const std::string &text) const {
         if (text.find('\0') != std::string::npos) fail("a text cannot hold the character \\u0000");
     }
 
-    JsonValue &location(JsonValue::Kind kind) {
+    // Adds a value where the parser stands.
+    JsonValue &add(JsonValue::Kind kind) {
         JsonValue *value = &root_;
         if (!open_.empty()) {
             JsonValue &parent = *open_.back();
@@ -111,13 +113,13 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
         return *value;
     }
     bool number(double number) {
-        location(JsonValue::Kind::number).number = number;
+        add(JsonValue::Kind::number).number = number;
         return true;
     }
-    // Pointers into the tree stay good: a list or an object grows only while its newest child is closed.
+    // Pointers into the tree stay valid: a list or an object grows only while its newest child is closed.
     bool open(JsonValue::Kind kind) {
         if (open_.size() == kDeepest) fail(fmt::format("lists and objects are nested deeper than {}", kDeepest));
-        open_.push_back(&location(kind));
+        open_.push_back(&add(kind));
         return true;
     }
     bool close() {
@@ -142,7 +144,7 @@ std::string JsonValue::shown() const {
     constexpr std::size_t kLongestText = 40;
     switch (kind) {
     case Kind::null: return "null";
-    case Kind::truth: return truth ? "true" : "false";
+    case Kind::boolean: return boolean ? "true" : "false";
     case Kind::number: return fmt::format("{}", number);
     case Kind::text: return text.size() > kLongestText ? "a long text" : '"' + text + '"';
     case Kind::list: return list.size() == 1 ? "a list of 1 value" : fmt::format("a list of {} values", list.size());

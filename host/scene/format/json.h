@@ -1,5 +1,5 @@
-// A JSON text as a tree that remembers on which line everything stands, so that whatever is found wrong later can be
-// reported with its place.
+// A JSON text as a tree that remembers the line of every key and value, so that errors that are found later can be
+// reported with their line.
 #pragma once
 
 #include "host/base/error.h"
@@ -13,20 +13,20 @@ namespace velm::host {
 struct JsonMember;
 
 struct JsonValue {
-    enum class Kind { null, truth, number, text, list, object };
+    enum class Kind { null, boolean, number, text, list, object };
 
     Kind kind = Kind::null;
     int line = 0; // of its first character; from 1
-    bool truth = false;
+    bool boolean = false;
     double number = 0;
     std::string text; // UTF-8
     std::vector<JsonValue> list;
     std::vector<JsonMember> members; // in the order of the file; no key occurs twice
 
-    // The member's value; null when there is none of that key. The tree keeps it.
+    // The value of the member with that key, owned by the tree; null when there is no such member.
     const JsonValue *find(std::string_view key) const;
 
-    // What was found, for messages: `"abc"`, `12`, `a list of 2 values`, `an object`.
+    // The value as messages show it: `"abc"`, `12`, `a list of 2 values`, `an object`.
     std::string shown() const;
 };
 
@@ -36,8 +36,9 @@ struct JsonMember {
     JsonValue value;
 };
 
-// Parses a whole file's text. `file` is the name that errors carry. Throws InputError, with the line and what was
-// expected, on a syntax error, on a key that occurs twice in one object, and on nesting deeper than a scene can need.
+// Parses the text of a whole file. `file` is its name, for errors. Throws InputError, with the line and what was
+// expected, on a syntax error, on a key that occurs twice in one object, on the character U+0000 in a text, and on
+// nesting deeper than a scene can need.
 JsonValue parseJson(std::string_view text, const std::string &file);
 
 } // namespace velm::host

@@ -1,4 +1,4 @@
-// The words of scene files for the shapes of keys and for what happens outside of them, in the order of the codes.
+// The words of scene files for the shapes of keys and for the behaviours outside the keys, in the order of the codes.
 #pragma once
 
 #include "module/host.h"

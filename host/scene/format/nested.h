@@ -1,13 +1,11 @@
 // Rows whose values are objects of another table, and the schema of a table.
 #pragma once
 
-#include "host/scene/format/fields.h"
-
-#include <nlohmann/json.hpp>
+#include "host/scene/format/write_fields.h"
 
 namespace velm::host {
 
-// The keys of a table that go with one of its kinds, as a schema of the object. -1: the table has no kinds.
+// The schema of an object of one kind, with the keys that go with it. -1: the table has no kinds.
 template <class T>
 nlohmann::ordered_json kindSchema(const Table<T> &table, int kind) {
     nlohmann::ordered_json properties = nlohmann::ordered_json::object();
@@ -15,11 +13,12 @@ nlohmann::ordered_json kindSchema(const Table<T> &table, int kind) {
     for (const Field<T> &field : table.fields) {
         if (kind >= 0 && !(field.kinds >> static_cast<unsigned>(kind) & 1u)) continue;
         nlohmann::ordered_json schema = {{"description", field.help}};
-        const bool isKind = kind >= 0 && std::holds_alternative<SetChoice<T>>(field.target);
-        if (isKind)
-            schema["const"] = table.kinds[static_cast<std::size_t>(kind)];
+        if (const auto *custom = std::get_if<CustomValue<T>>(&field.target))
+            schema.update(custom->schema());
+        else if (std::holds_alternative<KindMember<T>>(field.target))
+            schema["const"] = field.rule.choices[static_cast<std::size_t>(kind)];
         else
-            schema.update(field.schema ? field.schema() : formSchema(field.form));
+            schema.update(ruleSchema(field.rule));
         properties[field.key] = schema;
         if (field.required) required.push_back(field.key);
     }
@@ -34,31 +33,67 @@ nlohmann::ordered_json kindSchema(const Table<T> &table, int kind) {
 
 template <class T>
 nlohmann::ordered_json objectSchema(const Table<T> &table) {
-    if (table.kinds.empty()) return kindSchema(table, -1);
+    const Field<T> *kinds = table.kindField();
+    if (!kinds) return kindSchema(table, -1);
     nlohmann::ordered_json alternatives = nlohmann::ordered_json::array();
-    for (std::size_t kind = 0; kind < table.kinds.size(); ++kind)
+    for (std::size_t kind = 0; kind < kinds->rule.choices.size(); ++kind)
         alternatives.push_back(kindSchema(table, static_cast<int>(kind)));
     return {{"oneOf", alternatives}};
 }
 
-// A member that is an object of another table: {"render": {...}}.
-template <auto member, auto table, class T>
-void readNested(const ReadContext &context, const JsonMember &found, T &result) {
-    readObject(context, table(), found.value, result.*member);
-}
-template <auto table>
-nlohmann::ordered_json nestedSchema() {
-    return objectSchema(table());
+inline nlohmann::ordered_json textSchema() { return ruleSchema(textRule()); }
+
+// A text with a member that remembers where in the file it stands. An empty text is left out.
+template <auto text, auto location>
+inline constexpr CustomValue<OwnerOf<text>> locatedText{
+    .read =
+        [](const ReadContext &context, const JsonMember &found, OwnerOf<text> &result) {
+            result.*text = readText(context, found.key, found.value, textRule());
+            result.*location = context.at(found.value.line);
+        },
+    .write = [](const WriteContext &, const OwnerOf<text> &object) -> std::optional<nlohmann::ordered_json> {
+        if ((object.*text).empty()) return std::nullopt;
+        return object.*text;
+    },
+    .schema = textSchema};
+
+// Whether the JSON of an object says nothing that reading does not give without it.
+template <class T>
+bool isDefault(const WriteContext &context, const Table<T> &table, const nlohmann::ordered_json &json) {
+    return json == writeObject(context, table, T{});
 }
 
+// A member that is an object of another table: {"render": {...}}.
+template <auto member, auto table>
+inline constexpr CustomValue<OwnerOf<member>> nested{
+    .read =
+        [](const ReadContext &context, const JsonMember &found, OwnerOf<member> &result) {
+            auto &object = result.*member;
+            if constexpr (requires { object.location = context.at(found.line); })
+                object.location = context.at(found.line);
+            readObject(context, table(), found.value, object);
+        },
+    .write = [](const WriteContext &context, const OwnerOf<member> &object) -> std::optional<nlohmann::ordered_json> {
+        nlohmann::ordered_json json = writeObject(context, table(), object.*member);
+        if (isDefault(context, table(), json)) return std::nullopt;
+        return json;
+    },
+    .schema = [] { return objectSchema(table()); }};
+
 // A member whose keys are names: {"lights": {"Key light": {...}}}.
-template <auto member, auto table, class T>
-void readCollection(const ReadContext &context, const JsonMember &found, T &result) {
-    readNamed(context, table(), found, result.*member);
-}
-template <auto table>
-nlohmann::ordered_json collectionSchema() {
-    return {{"type", "object"}, {"additionalProperties", objectSchema(table())}};
-}
+template <auto member, auto table>
+inline constexpr CustomValue<OwnerOf<member>> collection{
+    .read = [](const ReadContext &context, const JsonMember &found,
+               OwnerOf<member> &result) { readNamed(context, table(), found, result.*member); },
+    .write = [](const WriteContext &context, const OwnerOf<member> &object) -> std::optional<nlohmann::ordered_json> {
+        if ((object.*member).empty()) return std::nullopt;
+        nlohmann::ordered_json json = nlohmann::ordered_json::object();
+        addNamed(context, table(), object.*member, json);
+        return json;
+    },
+    .schema =
+        [] {
+            return nlohmann::ordered_json{{"type", "object"}, {"additionalProperties", objectSchema(table())}};
+        }};
 
 } // namespace velm::host

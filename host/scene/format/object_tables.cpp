@@ -1,156 +1,194 @@
 // The tables of objects and their shapes.
 #include "host/scene/format/nested.h"
+#include "host/scene/format/quoted_list.h"
 #include "host/scene/format/surface_collection.h"
 #include "host/scene/format/tables.h"
+
+#include <algorithm>
+#include <tuple>
 
 namespace velm::host {
 
 namespace {
 
+using Json = nlohmann::ordered_json;
+
+// ---- Shapes ----
+
 constexpr int kFewestSegments = 3, kMostSegments = 4096;
 
 constexpr Field<MeshFile> kMeshFields[] = {
     {.key = "file",
-     .help = "The mesh's file (OBJ, PLY, 3DS, LWO and so on); seen from the scene's directory, or in one of the data "
+     .help = "The mesh's file (OBJ, PLY, 3DS, LWO and so on), relative to the scene's directory or to one of the data "
              "directories.",
-     .target = ReadField<MeshFile>([](const ReadContext &context, const JsonMember &found, MeshFile &mesh) {
-         mesh.file = resolveFile(context, found.value);
-     }),
-     .schema = [] { return formSchema(textForm()); },
+     .target = CustomValue<MeshFile>{.read = [](const ReadContext &context, const JsonMember &found,
+                                                MeshFile &mesh) { mesh.file = resolveFile(context, found.value); },
+                                     .write = [](const WriteContext &context, const MeshFile &mesh)
+                                         -> std::optional<Json> { return context.nameOf(mesh.file); },
+                                     .schema = textSchema},
      .required = true},
 };
 
 constexpr Field<PlaneShape> kPlaneFields[] = {
-    {.key = "width", .help = "Along X, in metres.", .form = positiveForm(), .target = &PlaneShape::width},
-    {.key = "depth", .help = "Along Z, in metres.", .form = positiveForm(), .target = &PlaneShape::depth},
+    {.key = "width", .help = "Size along X, in metres.", .rule = positiveRule(), .target = &PlaneShape::width},
+    {.key = "depth", .help = "Size along Z, in metres.", .rule = positiveRule(), .target = &PlaneShape::depth},
 };
 
-constexpr Form kSizes{.kind = Form::Kind::triple, .least = 0, .aboveLeast = true};
+constexpr ValueRule kSizes{.kind = ValueRule::Kind::vec3, .minimum = 0, .exclusiveMinimum = true};
 
 constexpr Field<BoxShape> kBoxFields[] = {
-    {.key = "size", .help = "Along X, Y and Z, in metres.", .form = kSizes, .target = &BoxShape::size},
+    {.key = "size", .help = "Size along X, Y and Z, in metres.", .rule = kSizes, .target = &BoxShape::size},
     {.key = "inward",
-     .help = "Whether the polygons face the inside, as those of a room do.",
-     .form = truthForm(),
+     .help = "Whether the polygons face the inside, as in a room.",
+     .rule = boolRule(),
      .target = &BoxShape::inward},
 };
 
 constexpr Field<SphereShape> kSphereFields[] = {
-    {.key = "radius", .help = "In metres.", .form = positiveForm(), .target = &SphereShape::radius},
+    {.key = "radius", .help = "Radius, in metres.", .rule = positiveRule(), .target = &SphereShape::radius},
     {.key = "segments",
      .help = "Polygons about the axis.",
-     .form = wholeForm(kFewestSegments, kMostSegments),
+     .rule = integerRule(kFewestSegments, kMostSegments),
      .target = &SphereShape::segments},
 };
 
 template <class Shape>
-const Table<Shape> &shapeTable();
-template <>
-const Table<MeshFile> &shapeTable() {
-    static constexpr Table<MeshFile> table{.what = "\"mesh\"", .fields = kMeshFields};
-    return table;
+struct ShapeRow {
+    const char *key; // of the object that has the shape
+    const char *help;
+    std::span<const Field<Shape>> fields;
+};
+
+// One row for each alternative of ShapeDescription, in their order.
+constexpr std::tuple kShapes{
+    ShapeRow<MeshFile>{.key = "mesh", .help = "A mesh from a file.", .fields = kMeshFields},
+    ShapeRow<PlaneShape>{.key = "plane",
+                         .help = "A horizontal rectangle that faces up, centred on the object's position.",
+                         .fields = kPlaneFields},
+    ShapeRow<BoxShape>{.key = "box", .help = "A box, centred on the object's position.", .fields = kBoxFields},
+    ShapeRow<SphereShape>{
+        .key = "sphere", .help = "A sphere, centred on the object's position.", .fields = kSphereFields},
+};
+
+template <class... Shapes>
+consteval bool areRowsOf(const std::variant<Shapes...> *) {
+    return std::is_same_v<std::remove_const_t<decltype(kShapes)>, std::tuple<ShapeRow<Shapes>...>>;
 }
-template <>
-const Table<PlaneShape> &shapeTable() {
-    static constexpr Table<PlaneShape> table{.what = "\"plane\"", .fields = kPlaneFields};
-    return table;
-}
-template <>
-const Table<BoxShape> &shapeTable() {
-    static constexpr Table<BoxShape> table{.what = "\"box\"", .fields = kBoxFields};
-    return table;
-}
-template <>
-const Table<SphereShape> &shapeTable() {
-    static constexpr Table<SphereShape> table{.what = "\"sphere\"", .fields = kSphereFields};
+static_assert(areRowsOf(static_cast<const ShapeDescription *>(nullptr)), "every shape has its row, in order");
+
+constexpr auto kShapeKeys = std::apply([](const auto &...rows) { return std::array{rows.key...}; }, kShapes);
+
+template <class Shape>
+const Table<Shape> &shapeTable() {
+    static constexpr const ShapeRow<Shape> &row = std::get<ShapeRow<Shape>>(kShapes);
+    static const std::string what = quotedList(std::span(&row.key, 1));
+    static const Table<Shape> table{.what = what.c_str(), .fields = row.fields};
     return table;
 }
 
 template <class Shape>
-void readShape(const ReadContext &context, const JsonMember &found, ObjectDescription &object) {
-    Shape shape;
-    readObject(context, shapeTable<Shape>(), found.value, shape);
-    object.shape = shape;
-}
+constexpr CustomValue<ObjectDescription> kShapeValue{
+    .read =
+        [](const ReadContext &context, const JsonMember &found, ObjectDescription &object) {
+            Shape shape;
+            readObject(context, shapeTable<Shape>(), found.value, shape);
+            object.shape = shape;
+        },
+    .write = [](const WriteContext &context, const ObjectDescription &object) -> std::optional<Json> {
+        const auto *shape = std::get_if<Shape>(&object.shape);
+        if (!shape) return std::nullopt;
+        return writeObject(context, shapeTable<Shape>(), *shape);
+    },
+    .schema = [] { return objectSchema(shapeTable<Shape>()); }};
 
 template <class Shape>
-constexpr Field<ObjectDescription> shapeField(const char *key, const char *help) {
-    return {.key = key,
-            .help = help,
-            .target = ReadField<ObjectDescription>(readShape<Shape>),
-            .schema = nestedSchema<shapeTable<Shape>>};
+constexpr Field<ObjectDescription> shapeField(const ShapeRow<Shape> &row) {
+    return {.key = row.key, .help = row.help, .target = kShapeValue<Shape>};
 }
 
-// Triples of the object's own place are a level down in the description.
-template <Double3 TransformDescription::*member>
-void readTransform(const ReadContext &context, const JsonMember &found, ObjectDescription &object) {
-    object.transform.*member = readTriple(context, found.key, found.value, tripleForm());
-}
-
-constexpr Form kScale{.kind = Form::Kind::scale};
-
-void readScale(const ReadContext &context, const JsonMember &found, ObjectDescription &object) {
-    object.transform.scale = readTriple(context, found.key, found.value, kScale);
-}
+// ---- Surfaces of an object ----
 
 void readSurface(const ReadContext &context, const JsonMember &found, ObjectDescription &object) {
-    object.surfaces.push_back({.material = "",
-                               .surface = readText(context, found.key, found.value, textForm()),
-                               .location = context.at(found.value.line)});
+    object.surfaces.insert(object.surfaces.begin(), {.material = "",
+                                                     .surface = readText(context, found.key, found.value, textRule()),
+                                                     .location = context.at(found.value.line)});
+}
+
+std::optional<Json> writeSurface(const WriteContext &, const ObjectDescription &object) {
+    const auto found = std::ranges::find(object.surfaces, "", &SurfaceUse::material);
+    if (found == object.surfaces.end()) return std::nullopt;
+    return found->surface;
 }
 
 void readMaterials(const ReadContext &context, const JsonMember &found, ObjectDescription &object) {
-    wantObject(context, '"' + found.key + '"', found.value);
+    requireObject(context, '"' + found.key + '"', found.value);
     for (const JsonMember &member : found.value.members) {
         checkName(context, member, "a material");
         object.surfaces.push_back({.material = member.key,
-                                   .surface = readText(context, member.key, member.value, textForm()),
+                                   .surface = readText(context, member.key, member.value, textRule()),
                                    .location = context.at(member.line)});
     }
 }
 
-constexpr Field<ObjectDescription> kObjectFields[] = {
-    shapeField<MeshFile>("mesh", "A mesh from a file."),
-    shapeField<PlaneShape>("plane", "A horizontal rectangle that faces up, centred on the object's position."),
-    shapeField<BoxShape>("box", "A box, centred on the object's position."),
-    shapeField<SphereShape>("sphere", "A sphere, centred on the object's position."),
+std::optional<Json> writeMaterials(const WriteContext &, const ObjectDescription &object) {
+    Json materials = Json::object();
+    for (const SurfaceUse &use : object.surfaces)
+        if (!use.material.empty()) materials[use.material] = use.surface;
+    if (materials.empty()) return std::nullopt;
+    return materials;
+}
+
+// ---- Objects ----
+
+constexpr Field<ObjectDescription> kOtherFields[] = {
     {.key = "position",
-     .help = "Where the shape's origin stands, in metres.",
-     .target = ReadField<ObjectDescription>(readTransform<&TransformDescription::position>),
-     .schema = [] { return formSchema(tripleForm()); }},
+     .help = "Position of the shape's origin, in metres.",
+     .rule = vec3Rule(),
+     .target = inside<&ObjectDescription::transform, &TransformDescription::position>},
     {.key = "rotation",
      .help = "Heading, pitch and bank, in degrees.",
-     .target = ReadField<ObjectDescription>(readTransform<&TransformDescription::rotation>),
-     .schema = [] { return formSchema(tripleForm()); }},
+     .rule = vec3Rule(),
+     .target = inside<&ObjectDescription::transform, &TransformDescription::rotation>},
     {.key = "scale",
-     .help = "What the shape's size is multiplied with: one number, or one along each axis.",
-     .target = ReadField<ObjectDescription>(readScale),
-     .schema = [] { return formSchema(kScale); }},
+     .help = "Factor by which the shape is scaled: one number, or one along each axis.",
+     .rule = scaleRule(),
+     .target = inside<&ObjectDescription::transform, &TransformDescription::scale>},
     {.key = "surface",
-     .help = "Name of the surface of all polygons that \"materials\" does not tell otherwise. A mesh from an object "
-             "file (.lwo) has surfaces of its own, which it gets when there is no word of it; all others need it.",
-     .target = ReadField<ObjectDescription>(readSurface),
-     .schema = [] { return formSchema(textForm()); }},
+     .help = "Name of the surface of all polygons that \"materials\" does not mention. Required, except for a mesh "
+             "from an object file (.lwo), which then gets the file's own surfaces.",
+     .target = CustomValue<ObjectDescription>{.read = readSurface, .write = writeSurface, .schema = textSchema}},
     {.key = "materials",
-     .help = "Surfaces of polygons by the material that the mesh's file gives them.",
-     .target = ReadField<ObjectDescription>(readMaterials),
-     .schema =
-         [] {
-             return nlohmann::ordered_json{{"type", "object"}, {"additionalProperties", formSchema(textForm())}};
-         }},
+     .help = "Surfaces of polygons, by the material that the mesh's file gives them.",
+     .target =
+         CustomValue<ObjectDescription>{.read = readMaterials,
+                                        .write = writeMaterials,
+                                        .schema =
+                                            [] {
+                                                return Json{{"type", "object"}, {"additionalProperties", textSchema()}};
+                                            }}},
     {.key = "seenByCamera",
      .help = "Whether the camera sees the object.",
-     .form = truthForm(),
+     .rule = boolRule(),
      .target = &ObjectDescription::seenByCamera},
     {.key = "seenByRays",
      .help = "Whether reflections, refractions and occlusion see the object.",
-     .form = truthForm(),
+     .rule = boolRule(),
      .target = &ObjectDescription::seenByRays},
     {.key = "castsShadows",
      .help = "Whether the object casts shadows.",
-     .form = truthForm(),
+     .rule = boolRule(),
      .target = &ObjectDescription::castsShadows},
 };
+
+// The rows of the shapes, then the others.
+constexpr auto kObjectFields = []<std::size_t... other>(std::index_sequence<other...>) {
+    return std::apply(
+        [](const auto &...rows) {
+            return std::array{shapeField(rows)..., kOtherFields[other]...};
+        },
+        kShapes);
+}
+(std::make_index_sequence<std::size(kOtherFields)>());
 
 void finishObject(const ReadContext &context, const JsonValue &value, ObjectDescription &object) {
     if (value.find("surface")) return;
@@ -158,13 +196,11 @@ void finishObject(const ReadContext &context, const JsonValue &value, ObjectDesc
     if (!mesh || !isObjectFile(mesh->file)) context.fail(value.line, "an object needs \"surface\"");
 }
 
-constexpr const char *kShapes[] = {"mesh", "plane", "box", "sphere"};
-
 } // namespace
 
 const Table<ObjectDescription> &objectTable() {
     static constexpr Table<ObjectDescription> table{
-        .what = "an object", .fields = kObjectFields, .oneOf = kShapes, .finish = finishObject};
+        .what = "an object", .fields = kObjectFields, .oneOf = kShapeKeys, .finish = finishObject};
     return table;
 }
 

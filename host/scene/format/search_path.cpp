@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Where packages of the system keep models and panoramas: the examples use those of glmark2-data and blender-data.
+// Where system packages install models and panoramas: the examples use those of glmark2-data and blender-data.
 constexpr const char *kSystemDirectories[] = {"/usr/share/glmark2/models",
                                               "/usr/share/blender/datafiles/studiolights/world"};
 
@@ -25,13 +25,13 @@ bool isFile(const fs::path &path) {
     return fs::is_regular_file(path, error);
 }
 
-// Whether there is nothing at all, as far as can be seen.
+// Whether there is no file or directory of that name, as far as this process can see.
 bool isAbsent(const std::string &path) {
     struct stat found {};
     return ::stat(path.c_str(), &found) != 0 && (errno == ENOENT || errno == ENOTDIR);
 }
 
-// The places in which a name is looked for, in order.
+// The paths at which a name is looked for, in order.
 std::vector<std::string> candidates(const std::string &name, const std::string &sceneDirectory,
                                     const SearchPath &path) {
     if (fs::path(name).is_absolute()) return {name};

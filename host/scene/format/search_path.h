@@ -1,4 +1,4 @@
-// Where the files that a scene names are looked for.
+// The directories in which the files of a scene are looked for.
 #pragma once
 
 #include <optional>
@@ -12,15 +12,16 @@ struct SearchPath {
     std::vector<std::string> directories;
 };
 
-// The named directories, then those of `environment` (the value of VELM_DATA: directories parted by colons; may be
-// null), then the system's own that exist on this machine.
+// The named directories, then those of `environment` (the value of VELM_DATA: directories separated by colons; may be
+// null), then those system directories that exist on this machine.
 SearchPath makeSearchPath(const std::vector<std::string> &named, const char *environment);
 
-// The file that `name` stands for, seen from a scene in `sceneDirectory`: an absolute name is taken as it is, another
-// is looked for beside the scene and then along the path. Nothing when there is no such regular file.
+// The file that a scene in `sceneDirectory` calls `name`. An absolute name is used as it is; any other is looked for in
+// the scene's directory and then along the path. Nothing when there is no such regular file.
 std::optional<std::string> findFile(const std::string &name, const std::string &sceneDirectory, const SearchPath &path);
 
-// Why that is nothing, for people: what stands there instead, such as a directory, or the places that were looked in.
+// Why findFile gives nothing, for people: what the name belongs to instead, such as a directory, or the directories
+// that were searched.
 std::string whyNotFound(const std::string &name, const std::string &sceneDirectory, const SearchPath &path);
 
 } // namespace velm::host

@@ -32,7 +32,7 @@ KeyDescription shortest(KeyDescription key, double factor) {
     key.time = velm::host::shortest(key.time, 1);
     key.value = shortest(key.value, factor);
     for (double *number : {&key.tension, &key.continuity, &key.bias}) *number = velm::host::shortest(*number, 1);
-    // Of the two-dimensional handles every other number is a time.
+    // The handles of this shape are two-dimensional: every other number is a time.
     for (std::size_t i = 0; i < key.parameters.size(); ++i)
         key.parameters[i] =
             velm::host::shortest(key.parameters[i], key.shape == kShapeBezier2 && i % 2 == 0 ? 1 : factor);
@@ -43,7 +43,7 @@ KeyDescription shortest(KeyDescription key, double factor) {
 
 SettingValue shortest(SettingValue value, double factor) {
     if (auto *number = std::get_if<double>(&value)) *number = shortest(*number, factor);
-    if (auto *triple = std::get_if<Double3>(&value)) *triple = shortest(*triple, factor);
+    if (auto *vector = std::get_if<Double3>(&value)) *vector = shortest(*vector, factor);
     if (auto *keys = std::get_if<KeysDescription>(&value))
         for (KeyDescription &key : keys->keys) key = shortest(key, factor);
     return value;

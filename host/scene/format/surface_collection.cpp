@@ -5,19 +5,23 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <fmt/format.h>
 
 namespace velm::host {
 
 namespace {
 
-constexpr std::string_view kFrom = "from";
+using Json = nlohmann::ordered_json;
 
+constexpr const char *kFrom = "from";
+
+// A surface may have the name "from", too; its value is an object.
 bool isFrom(const JsonMember &member) { return member.key == kFrom && member.value.kind == JsonValue::Kind::text; }
 
 } // namespace
 
 void readSurfaceCollection(const ReadContext &context, const JsonMember &found, SceneDescription &scene) {
-    wantObject(context, '"' + found.key + '"', found.value);
+    requireObject(context, '"' + found.key + '"', found.value);
     JsonMember described{.key = found.key, .line = found.line, .value = found.value};
     std::erase_if(described.value.members, isFrom);
     readNamed(context, surfaceTable(), described, scene.surfaces);
@@ -27,18 +31,33 @@ void readSurfaceCollection(const ReadContext &context, const JsonMember &found, 
     scene.surfaceFileLocation = context.at(from->line);
 }
 
-nlohmann::ordered_json surfaceCollectionSchema() {
-    nlohmann::ordered_json from = {{"description", "An object file (.lwo) whose surfaces come in addition."}};
-    from["anyOf"] = nlohmann::ordered_json::array({formSchema(textForm()), objectSchema(surfaceTable())});
-    return {{"type", "object"},
-            {"properties", {{std::string(kFrom), from}}},
-            {"additionalProperties", objectSchema(surfaceTable())}};
+std::optional<Json> writeSurfaceCollection(const WriteContext &context, const SceneDescription &scene) {
+    Json all = Json::object();
+    if (!scene.surfaceFile.empty()) all[kFrom] = context.nameOf(scene.surfaceFile);
+    addNamed(context, surfaceTable(), scene.surfaces, all);
+    return all;
+}
+
+Json surfaceCollectionSchema() {
+    Json from = {{"description", "An object file (.lwo) whose surfaces are added."}};
+    from["anyOf"] = Json::array({textSchema(), objectSchema(surfaceTable())});
+    return {
+        {"type", "object"}, {"properties", {{kFrom, from}}}, {"additionalProperties", objectSchema(surfaceTable())}};
 }
 
 bool isObjectFile(const std::string &file) {
     std::string ending = std::filesystem::path(file).extension().string();
     std::ranges::transform(ending, ending.begin(), [](unsigned char letter) { return std::tolower(letter); });
     return ending == ".lwo";
+}
+
+std::string nameInScene(const SavedNetwork &surface, const std::function<bool(const std::string &)> &isTaken) {
+    const std::string file = std::filesystem::path(surface.file).filename().string();
+    std::string name = surface.name;
+    for (int number = 1; isTaken(name); ++number)
+        name = number == 1 ? fmt::format("{} ({})", surface.name, file)
+                           : fmt::format("{} ({}, {})", surface.name, file, number);
+    return name;
 }
 
 } // namespace velm::host

@@ -1,7 +1,8 @@
-// The tables of surfaces: nodes, settings with their keys, connections.
+// The tables of surfaces, of their nodes, and of networks inside nodes.
 #include "host/scene/format/connection.h"
-#include "host/scene/format/key_texts.h"
-#include "host/scene/format/look_tables.h"
+#include "host/scene/format/nested.h"
+#include "host/scene/format/node_data.h"
+#include "host/scene/format/settings_value.h"
 #include "host/scene/format/tables.h"
 
 #include <fmt/format.h>
@@ -12,207 +13,92 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// ---- Keys of an animated setting ----
-
-constexpr unsigned kTcbBit = 1u << kShapeTcb;
-constexpr unsigned kCurveBits = 1u << kShapeHermite | 1u << kShapeBezier1 | 1u << kShapeBezier2;
-
-// A key with the number of components that its value was written with.
-struct KeyReading {
-    KeyDescription key;
-    int components = 1;
-};
-
-void readKeyValue(const ReadContext &context, const JsonMember &found, KeyReading &reading) {
-    if (found.value.kind == JsonValue::Kind::number) {
-        reading.components = 1;
-        reading.key.value[0] = found.value.number;
-        return;
-    }
-    if (found.value.kind != JsonValue::Kind::list)
-        context.fail(found.value.line,
-                     fmt::format("\"value\" must be a number or a list of three; found {}", found.value.shown()));
-    reading.components = 3;
-    reading.key.value = readTriple(context, found.key, found.value, tripleForm());
-}
-
-Json numberOrTripleSchema() { return {{"anyOf", Json::array({formSchema(numberForm()), formSchema(tripleForm())})}}; }
-
-template <double KeyDescription::*member>
-void readKeyNumber(const ReadContext &context, const JsonMember &found, KeyReading &reading) {
-    reading.key.*member = readNumber(context, found.key, found.value, numberForm());
-}
-
-template <double KeyDescription::*member>
-constexpr Field<KeyReading> keyNumber(const char *key, const char *help, bool required, unsigned kinds) {
-    return {.key = key,
-            .help = help,
-            .target = ReadField<KeyReading>(readKeyNumber<member>),
-            .schema = [] { return formSchema(numberForm()); },
-            .required = required,
-            .kinds = kinds};
-}
-
-constexpr Form kFourNumbers{.kind = Form::Kind::numbers};
-
-void readKeyParameters(const ReadContext &context, const JsonMember &found, KeyReading &reading) {
-    reading.key.parameters = readFour(context, found.key, found.value, kFourNumbers);
-}
-
-constexpr Field<KeyReading> kKeyFields[] = {
-    keyNumber<&KeyDescription::time>("time", "When, in seconds.", true, ~0u),
-    {.key = "value",
-     .help = "What the setting is then, in the unit that the panel shows.",
-     .target = ReadField<KeyReading>(readKeyValue),
-     .schema = numberOrTripleSchema,
-     .required = true},
-    {.key = "shape",
-     .help = "How the value comes to this key from the one before; \"tcb\" when there is no word of it.",
-     .form = choiceForm(kShapeTexts),
-     .target = SetChoice<KeyReading>([](KeyReading &reading, int shape) { reading.key.shape = shape; })},
-    keyNumber<&KeyDescription::tension>("tension", "Of the TCB spline, -1 to 1.", false, kTcbBit),
-    keyNumber<&KeyDescription::continuity>("continuity", "Of the TCB spline, -1 to 1.", false, kTcbBit),
-    keyNumber<&KeyDescription::bias>("bias", "Of the TCB spline, -1 to 1.", false, kTcbBit),
-    {.key = "parameters",
-     .help = "The four numbers of a Hermite or Bezier key: tangents in and out, or control points.",
-     .target = ReadField<KeyReading>(readKeyParameters),
-     .schema = [] { return formSchema(kFourNumbers); },
-     .kinds = kCurveBits},
-};
-
-const Table<KeyReading> &keyTable() {
-    static constexpr Table<KeyReading> table{.what = "a key",
-                                             .fields = kKeyFields,
-                                             .kinds = kShapeTexts,
-                                             .kindOf = [](const KeyReading &reading) { return reading.key.shape; }};
-    return table;
-}
-
-void readKeyList(const ReadContext &context, const JsonMember &found, KeysDescription &keys) {
-    const JsonValue &list = found.value;
-    if (list.kind != JsonValue::Kind::list || list.list.empty())
-        context.fail(list.line, fmt::format("\"keys\" must be a list of at least one key; found {}", list.shown()));
-    for (const JsonValue &element : list.list) {
-        KeyReading reading;
-        readObject(context, keyTable(), element, reading);
-        if (!keys.keys.empty() && reading.components != keys.components)
-            context.fail(element.line, "all keys must have values of one kind: a number, or a list of three");
-        if (!keys.keys.empty() && reading.key.time <= keys.keys.back().time)
-            context.fail(element.line, fmt::format("keys must follow one another in time; {} s comes after {} s",
-                                                   reading.key.time, keys.keys.back().time));
-        keys.components = reading.components;
-        keys.keys.push_back(reading.key);
-    }
-}
-
-constexpr Field<KeysDescription> kKeysFields[] = {
-    {.key = "keys",
-     .help = "The keys, in order of time.",
-     .target = ReadField<KeysDescription>(readKeyList),
-     .schema =
-         [] {
-             return Json{{"type", "array"}, {"items", objectSchema(keyTable())}, {"minItems", 1}};
-         },
-     .required = true},
-    {.key = "before",
-     .help = "What the value does before the first key; \"constant\" when there is no word of it.",
-     .form = choiceForm(kBehaviourTexts),
-     .target = &KeysDescription::before},
-    {.key = "after",
-     .help = "What the value does after the last key; \"constant\" when there is no word of it.",
-     .form = choiceForm(kBehaviourTexts),
-     .target = &KeysDescription::after},
-};
-
-// ---- Settings ----
-
-SettingValue readSettingValue(const ReadContext &context, const JsonMember &setting) {
-    const JsonValue &value = setting.value;
-    switch (value.kind) {
-    case JsonValue::Kind::truth: return value.truth;
-    case JsonValue::Kind::number: return value.number;
-    case JsonValue::Kind::text: return value.text;
-    case JsonValue::Kind::list: return readTriple(context, setting.key, value, tripleForm());
-    case JsonValue::Kind::object: {
-        KeysDescription keys;
-        readObject(context, keysTable(), value, keys);
-        return keys;
-    }
-    case JsonValue::Kind::null: break;
-    }
-    context.fail(value.line, fmt::format("\"{}\" must be true or false, a number, a text, a list of three numbers, or "
-                                         "an object with \"keys\"; found null",
-                                         setting.key));
-}
-
-template <class T>
-void readSettings(const ReadContext &context, const JsonMember &found, T &result) {
-    wantObject(context, '"' + found.key + '"', found.value);
-    for (const JsonMember &member : found.value.members)
-        result.settings.push_back(
-            {.label = member.key, .value = readSettingValue(context, member), .location = context.at(member.line)});
-}
-
-// Told once for the whole schema; see settingsDefinition.
-Json settingsSchema() { return {{"$ref", "#/$defs/settings"}}; }
-
-// ---- Networks, nodes and surfaces ----
-
 NetworkDescription &networkOf(SurfaceDescription &surface) { return surface.network; }
 NetworkDescription &networkOf(NetworkDescription &network) { return network; }
+const NetworkDescription &networkOf(const SurfaceDescription &surface) { return surface.network; }
+const NetworkDescription &networkOf(const NetworkDescription &network) { return network; }
 
-template <class T>
-void readNodes(const ReadContext &context, const JsonMember &found, T &result) {
-    readNamed(context, nodeTable(), found, networkOf(result).nodes);
-}
+// ---- Rows that surfaces and networks inside nodes have in common ----
 
+// The schema of nodes stands once, since they may hold nodes; see nodeDefinition.
 template <class T>
-void checkConnectionList(const ReadContext &context, const JsonMember &found, T &) {
+constexpr Field<T> kNodesField{
+    .key = "nodes",
+    .help = "The nodes of the network, by name.",
+    .target =
+        CustomValue<T>{.read = [](const ReadContext &context, const JsonMember &found,
+                                  T &result) { readNamed(context, nodeTable(), found, networkOf(result).nodes); },
+                       .write = [](const WriteContext &context, const T &object) -> std::optional<Json> {
+                           Json nodes = Json::object();
+                           addNamed(context, nodeTable(), networkOf(object).nodes, nodes);
+                           if (nodes.empty()) return std::nullopt;
+                           return nodes;
+                       },
+                       .schema =
+                           [] {
+                               return Json{{"type", "object"}, {"additionalProperties", {{"$ref", "#/$defs/node"}}}};
+                           }}};
+
+// The names in connections can be separated only when all nodes are read; see finishNetwork.
+void checkConnectionList(const ReadContext &context, const JsonMember &found) {
     if (found.value.kind != JsonValue::Kind::list)
         context.fail(found.value.line, fmt::format("\"connections\" must be a list of texts such as "
                                                    "\"Node.Output -> Node.Input\"; found {}",
                                                    found.value.shown()));
 }
 
-// The rows that surfaces and nodes with a network of their own have in common. Nodes are told once for the whole
-// schema, since they may hold nodes; see nodeDefinition.
-template <class T>
-constexpr Field<T> kNodesField{
-    .key = "nodes", .help = "The nodes of the network, by name.", .target = ReadField<T>(readNodes<T>), .schema = [] {
-        return Json{{"type", "object"}, {"additionalProperties", {{"$ref", "#/$defs/node"}}}};
-    }};
 template <class T>
 constexpr Field<T> kConnectionsField{
     .key = "connections",
-    .help =
-        "What is connected, as \"Node.Output -> Node.Input\"; the surface itself, or the node that holds the network, "
-        "goes by its own name and takes the results.",
-    .target = ReadField<T>(checkConnectionList<T>),
-    .schema = [] {
-        return Json{{"type", "array"}, {"items", {{"type", "string"}, {"pattern", "^.+\\..+->.+\\..+$"}}}};
-    }};
+    .help = "The connections, as \"Node.Output -> Node.Input\". The inputs of the surface, or of the node that holds "
+            "the network, take the results; it is referred to by its own name.",
+    .target = CustomValue<T>{
+        .read = [](const ReadContext &context, const JsonMember &found, T &) { checkConnectionList(context, found); },
+        .write = [](const WriteContext &, const T &object) -> std::optional<Json> {
+            Json connections = Json::array();
+            for (const ConnectionDescription &one : networkOf(object).connections)
+                connections.push_back(connectionText(one));
+            if (connections.empty()) return std::nullopt;
+            return connections;
+        },
+        .schema =
+            [] {
+                return Json{{"type", "array"}, {"items", {{"type", "string"}, {"pattern", "^.+\\..+->.+\\..+$"}}}};
+            }}};
 
 template <class T>
-constexpr Field<T> kViewField{.key = "view",
-                              .help = "How an editor shows the network and the node that it ends in.",
-                              .target =
-                                  ReadField<T>([](const ReadContext &context, const JsonMember &found, T &result) {
-                                      readObject(context, viewTable(), found.value, networkOf(result).view);
-                                  }),
-                              .schema = nestedSchema<viewTable>};
-template <class T>
-constexpr Field<T> kOtherInputsField{
-    .key = "otherInputs",
-    .help = "Names of further inputs that the surface has in the big application and that mean nothing here; what is "
-            "connected to them is kept.",
-    .target = ReadField<T>([](const ReadContext &context, const JsonMember &found, T &result) {
-        readOtherInputs(context, found, networkOf(result));
-    }),
-    .schema = otherInputsSchema};
+constexpr Field<T> kViewField{
+    .key = "view",
+    .help = "How an editor shows the network and its root node.",
+    .target =
+        CustomValue<T>{.read = [](const ReadContext &context, const JsonMember &found,
+                                  T &result) { readObject(context, viewTable(), found.value, networkOf(result).view); },
+                       .write = [](const WriteContext &context, const T &object) -> std::optional<Json> {
+                           Json view = writeObject(context, viewTable(), networkOf(object).view);
+                           if (view.empty()) return std::nullopt;
+                           return view;
+                       },
+                       .schema = [] { return objectSchema(viewTable()); }}};
 
-// Connections can be told apart only when the names of all nodes are known, wherever in the object they stand.
-void readConnections(const ReadContext &context, const JsonValue &object, const NetworkRoot &root,
-                     NetworkDescription &network) {
+void readOtherInputs(const ReadContext &context, const JsonMember &found, SurfaceDescription &surface) {
+    if (found.value.kind != JsonValue::Kind::list)
+        context.fail(found.value.line,
+                     fmt::format("\"{}\" must be a list of names; found {}", found.key, found.value.shown()));
+    for (const JsonValue &name : found.value.list)
+        surface.network.otherInputs.push_back(readText(context, found.key, name, textRule()));
+}
+
+std::optional<Json> writeOtherInputs(const WriteContext &, const SurfaceDescription &surface) {
+    if (surface.network.otherInputs.empty()) return std::nullopt;
+    return surface.network.otherInputs;
+}
+
+Json otherInputsSchema() { return {{"type", "array"}, {"items", textSchema()}}; }
+
+// ---- Networks inside nodes ----
+
+void finishNetwork(const ReadContext &context, const JsonValue &object, const NetworkRoot &root,
+                   NetworkDescription &network) {
     std::vector<std::string> names{root.name};
     for (const NodeDescription &node : network.nodes) {
         if (node.name == root.name)
@@ -223,18 +109,13 @@ void readConnections(const ReadContext &context, const JsonValue &object, const 
     if (!connections) return;
     for (const JsonValue &text : connections->list) {
         const ConnectionDescription connection =
-            parseConnection(readText(context, "connections", text, textForm()), names, root, context.at(text.line));
+            parseConnection(readText(context, "connections", text, textRule()), names, root, context.at(text.line));
         for (const ConnectionDescription &earlier : network.connections)
             if (earlier.toNode == connection.toNode && earlier.input == connection.input)
                 context.fail(text.line, fmt::format("\"{}.{}\" is connected twice; first on line {}", earlier.toNode,
                                                     earlier.input, earlier.location.line));
         network.connections.push_back(connection);
     }
-}
-
-void finishSurface(const ReadContext &context, const JsonValue &object, SurfaceDescription &surface) {
-    surface.network.location = surface.location;
-    readConnections(context, object, surfaceRoot(surface.name), surface.network);
 }
 
 constexpr Field<NetworkDescription> kNetworkFields[] = {
@@ -245,74 +126,127 @@ void readNetwork(const ReadContext &context, const JsonMember &found, NodeDescri
     NetworkDescription &network = node.network.emplace_back();
     network.location = context.at(found.line);
     readObject(context, kNetworkTable, found.value, network);
-    readConnections(context, found.value, holderRoot(node.name), network);
+    finishNetwork(context, found.value, ownerRoot(node.name), network);
 }
+
+// An empty network is written: it replaces the one in the node's data.
+std::optional<Json> writeNetwork(const WriteContext &context, const NodeDescription &node) {
+    if (node.network.empty()) return std::nullopt;
+    return writeObject(context, kNetworkTable, node.network.front());
+}
+
+// ---- Looks ----
+
+// The rows of a node and of the root of a network; `look` is the member that holds the NodeLook.
+template <class T, auto look>
+constexpr Field<T> kAtField{.key = "at",
+                            .help = "Position of the node in an editor; [0, 0] by default.",
+                            .rule = int2Rule(),
+                            .target = inside<look, &NodeLook::at>};
+template <class T, auto look>
+constexpr Field<T> kModeField{.key = "mode",
+                              .help = "How an editor shows the node; 1, drawn open, by default.",
+                              .rule = integerRule(),
+                              .target = inside<look, &NodeLook::mode>};
+template <class T, auto look>
+constexpr Field<T> kPreviewField{.key = "preview",
+                                 .help = "Name of the output that an editor previews.",
+                                 .rule = textRule(),
+                                 .target = inside<look, &NodeLook::preview>};
+template <class T, auto look>
+constexpr Field<T> kCommentField{
+    .key = "comment", .help = "A comment.", .rule = textRule(), .target = inside<look, &NodeLook::comment>};
+
+constexpr ValueRule kDisabled = integerRule(0, 0xffff);
+
+constexpr Field<NetworkView> kViewFields[] = {
+    {.key = "location",
+     .help = "Origin of the view in the editor's window, in the editor's units.",
+     .rule = int2Rule(),
+     .target = &NetworkView::location},
+    {.key = "zoom",
+     .help = "Magnification of the view in the editor's window.",
+     .rule = numberRule(),
+     .target = &NetworkView::zoom},
+    {.key = "disabled",
+     .help = "Other than 0: the network is switched off, and only the surface's settings count.",
+     .rule = kDisabled,
+     .target = &NetworkView::disabled},
+    kAtField<NetworkView, &NetworkView::root>,
+    kModeField<NetworkView, &NetworkView::root>,
+    kPreviewField<NetworkView, &NetworkView::root>,
+    kCommentField<NetworkView, &NetworkView::root>,
+};
+
+// ---- Nodes and surfaces ----
 
 constexpr Field<NodeDescription> kNodeFields[] = {
     {.key = "server",
      .help = "The kind of node, as listed by \"velm nodes\": \"Velm Counter\".",
-     .form = textForm(),
+     .rule = textRule(),
      .target = &NodeDescription::server,
      .required = true},
+    {.key = "kind",
+     .help = "The display name of the server. Where the server is missing, a node with this key becomes a placeholder, "
+             "with a warning: it is preserved, and its colours are magenta.",
+     .rule = textRule(),
+     .target = &NodeDescription::kind},
+    {.key = "data",
+     .help = "The data that the node saved in an object file, as hexadecimal digits; only where the settings do not "
+             "describe all of it.",
+     .target = CustomValue<NodeDescription>{.read = readNodeData, .write = writeNodeData, .schema = nodeDataSchema}},
     {.key = "settings",
      .help = "Settings by their labels on the node's panel, in the units that it shows; of labels that repeat, the "
              "second is \"Clamp 2\".",
-     .target = ReadField<NodeDescription>(readSettings<NodeDescription>),
-     .schema = settingsSchema},
+     .target = settingsValue<&NodeDescription::settings>},
     {.key = "network",
-     .help = "Of a node that holds a network: what is inside.",
-     .target = ReadField<NodeDescription>(readNetwork),
-     .schema = [] { return objectSchema(kNetworkTable); }},
-    {.key = "kind",
-     .help = "The display name of the server. A node that tells it is kept, with a warning, also where its server is "
-             "not there; its colours are magenta then.",
-     .form = textForm(),
-     .target = &NodeDescription::kind},
-    {.key = "data",
-     .help = "What the node saved in an object file, as hexadecimal digits, where it is more than the settings tell.",
-     .target = ReadField<NodeDescription>(readNodeData),
-     .schema = nodeDataSchema},
-    kAtField<NodeDescription>,
-    kModeField<NodeDescription>,
-    kPreviewField<NodeDescription>,
-    kCommentField<NodeDescription>,
+     .help = "The network inside a node that holds one.",
+     .target = CustomValue<NodeDescription>{.read = readNetwork,
+                                            .write = writeNetwork,
+                                            .schema = [] { return objectSchema(kNetworkTable); }}},
+    kAtField<NodeDescription, &NodeDescription::look>,
+    kModeField<NodeDescription, &NodeDescription::look>,
+    kPreviewField<NodeDescription, &NodeDescription::look>,
+    kCommentField<NodeDescription, &NodeDescription::look>,
 };
 
-constexpr Form kSmoothingAngle{.kind = Form::Kind::number, .least = 0, .most = 180};
+constexpr ValueRule kSmoothingAngle{.kind = ValueRule::Kind::number, .minimum = 0, .maximum = 180};
 
 constexpr Field<SurfaceDescription> kSurfaceFields[] = {
     {.key = "settings",
      .help = "Values of the surface itself where nothing is connected: Color, Luminosity, Diffuse, Specular, "
              "Glossiness, Reflection, Transparency, Refraction Index; fractions are 1 for full.",
-     .target = ReadField<SurfaceDescription>(readSettings<SurfaceDescription>),
-     .schema = settingsSchema},
+     .target = settingsValue<&SurfaceDescription::settings>},
     kNodesField<SurfaceDescription>,
     kConnectionsField<SurfaceDescription>,
-    kOtherInputsField<SurfaceDescription>,
+    {.key = "otherInputs",
+     .help = "Names of further inputs that the surface has in LightWave and that are not evaluated here; their "
+             "connections are preserved.",
+     .target = CustomValue<SurfaceDescription>{.read = readOtherInputs,
+                                               .write = writeOtherInputs,
+                                               .schema = otherInputsSchema}},
     kViewField<SurfaceDescription>,
     {.key = "smoothingAngle",
      .help = "Edges up to this angle between their polygons are smoothed, in degrees; 0 gives flat polygons.",
-     .form = kSmoothingAngle,
+     .rule = kSmoothingAngle,
      .target = &SurfaceDescription::smoothingAngle},
     {.key = "doubleSided",
-     .help = "Whether polygons are seen from behind.",
-     .form = truthForm(),
+     .help = "Whether polygons are visible from behind.",
+     .rule = boolRule(),
      .target = &SurfaceDescription::doubleSided},
 };
 
-} // namespace
-
-nlohmann::ordered_json settingsDefinition() {
-    const Json value = {
-        {"anyOf", Json::array({formSchema(truthForm()), formSchema(numberForm()), Json{{"type", "string"}},
-                               formSchema(tripleForm()), objectSchema(keysTable())})}};
-    return {{"type", "object"}, {"additionalProperties", value}};
+void finishSurface(const ReadContext &context, const JsonValue &object, SurfaceDescription &surface) {
+    surface.network.location = surface.location;
+    finishNetwork(context, object, surfaceRoot(surface.name), surface.network);
 }
 
-nlohmann::ordered_json nodeDefinition() { return objectSchema(nodeTable()); }
+} // namespace
 
-const Table<KeysDescription> &keysTable() {
-    static constexpr Table<KeysDescription> table{.what = "an animated setting", .fields = kKeysFields};
+Json nodeDefinition() { return objectSchema(nodeTable()); }
+
+const Table<NetworkView> &viewTable() {
+    static constexpr Table<NetworkView> table{.what = "a view", .fields = kViewFields};
     return table;
 }
 

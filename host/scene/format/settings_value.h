@@ -1,0 +1,23 @@
+// "settings" of surfaces and nodes.
+#pragma once
+
+#include "host/scene/format/nested.h"
+
+namespace velm::host {
+
+void readSettings(const ReadContext &context, const JsonMember &found, std::vector<SettingDescription> &settings);
+// Nothing where there are no settings.
+std::optional<nlohmann::ordered_json> writeSettings(const WriteContext &context,
+                                                    const std::vector<SettingDescription> &settings);
+// A reference to settingsDefinition, which stands once in the schema.
+nlohmann::ordered_json settingsReference();
+
+template <auto member>
+inline constexpr CustomValue<OwnerOf<member>> settingsValue{
+    .read = [](const ReadContext &context, const JsonMember &found,
+               OwnerOf<member> &result) { readSettings(context, found, result.*member); },
+    .write = [](const WriteContext &context,
+                const OwnerOf<member> &object) { return writeSettings(context, object.*member); },
+    .schema = settingsReference};
+
+} // namespace velm::host

@@ -1,0 +1,40 @@
+// Comparing descriptions of scenes without their source locations.
+#pragma once
+
+#include "host/scene/format/description.h"
+
+namespace velm::host::test {
+
+inline void clearLocations(std::vector<SettingDescription> &settings) {
+    for (SettingDescription &setting : settings) setting.location = {};
+}
+
+inline void clearLocations(NetworkDescription &network) {
+    network.location = {};
+    for (ConnectionDescription &connection : network.connections) connection.location = {};
+    for (NodeDescription &node : network.nodes) {
+        node.location = {};
+        clearLocations(node.settings);
+        for (NetworkDescription &inside : node.network) clearLocations(inside);
+    }
+}
+
+inline SceneDescription withoutLocations(SceneDescription scene) {
+    scene.surfaceFileLocation = scene.render.cameraLocation = scene.backdrop.location = {};
+    for (CameraDescription &camera : scene.cameras) camera.location = {};
+    for (LightDescription &light : scene.lights) light.location = {};
+    for (ImageDescription &image : scene.images) image.location = image.fileLocation = {};
+    for (ObjectDescription &object : scene.objects) {
+        object.location = {};
+        for (SurfaceUse &use : object.surfaces) use.location = {};
+    }
+    for (SurfaceDescription &surface : scene.surfaces) {
+        surface.location = {};
+        clearLocations(surface.settings);
+        clearLocations(surface.saved.settings);
+        clearLocations(surface.network);
+    }
+    return scene;
+}
+
+} // namespace velm::host::test
