@@ -110,10 +110,11 @@ std::unique_ptr<HostChannelGroup> makeRootGroup(const std::string &name);
 
 // The "Animation Envelopes" table. Null handles give null, 0 or no effect; copy, load and save give a message. A create
 // with a null group gives null. Groups that the table did not create under a parent (root groups) cannot be destroyed
-// through it. The edit operation gives 0: this host has no windows. findKey finds a key within a millionth of a second.
-// createKey at the time of a key gives that key with the new value. nextKey after null gives the first key,
-// previousKey before null the last. setKey of a time where another key stands, of a shape out of range or of a number
-// that is not finite gives 0 and changes nothing. setEvent adds a callback; the same pair again is kept once.
+// through it. The edit operation asks Dialogs (host/load/dialogs.h) and gives 1 when an editor was opened, else 0.
+// findKey finds a key within a millionth of a second. createKey at the time of a key gives that key with the new value.
+// nextKey after null gives the first key, previousKey before null the last. setKey of a time where another key stands,
+// of a shape out of range or of a number that is not finite gives 0 and changes nothing. setEvent adds a callback; the
+// same pair again is kept once.
 const HostEnvelopeFuncs *envelopeFuncs();
 
 // The saved form of an envelope: a block "ENVL" / `{ Envelope`. `component` (0 to 2) is the place among the channels of

@@ -81,8 +81,9 @@ namespace velm::host {
 
 // The "LWVParmFuncs 2" table. Null handles give null, 0 or no effect; copy, load and save give a message. create gives
 // null for an unknown type code. setState creates or removes envelopes by bit 0; bit 1 has no effect, since this host
-// has no textures: the texture operation gives null. The edit operations give 0: this host has no windows. `envelopes`
-// fills all three handles, with null where there is no envelope, and gives how many there are.
+// has no textures: the texture operation gives null. The edit operations ask Dialogs (host/load/dialogs.h) and give 1
+// when an editor was opened, else 0. `envelopes` fills all three handles, with null where there is no envelope, and
+// gives how many there are.
 const HostVParmFuncs *vparmFuncs();
 
 } // namespace velm::host
