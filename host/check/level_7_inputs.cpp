@@ -54,7 +54,7 @@ std::vector<double> endsOf(const PanelItem &control) {
     for (const auto &end : {control.minimum, control.maximum})
         if (end)
             for (const int beside : {-1, 0, 1}) numbers.push_back((*end + beside) / factor);
-    if (control.type && control.type->storage == Storage::whole)
+    if (control.type && control.type->storage == Storage::integer)
         numbers.insert(numbers.end(), std::begin(kOddWholes), std::end(kOddWholes));
     else
         for (const double number : kOddNumbers)

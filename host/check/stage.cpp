@@ -54,7 +54,7 @@ Result evaluateOutput(HostOutput &output, const ShadingSample &sample) {
     Result result;
     result.type = output.type;
     result.words.fill(kPoison);
-    HostNodeValue value{.holder = result.words.data(), .askingType = output.type, .outputType = output.type};
+    HostNodeValue value{.target = result.words.data(), .askingType = output.type, .outputType = output.type};
     currentEvaluation() = {};
     // The wall's type is older than const; the module only reads.
     output.node->evaluate(output.node->instance, const_cast<ShadingSample *>(&sample), &output, &value);

@@ -83,7 +83,7 @@ void randomSetting(HostPanel &panel, const PanelItem &control, Dice &dice, bool 
     case Storage::none: return;
     case Storage::animated: return randomParameter(panel, control, dice, keys);
     case Storage::text: return randomText(panel, control, dice);
-    case Storage::whole: return randomWhole(panel, control, dice);
+    case Storage::integer: return randomWhole(panel, control, dice);
     case Storage::real: {
         double numbers[3];
         for (double &number : numbers) number = randomNumber(control, dice);
@@ -121,7 +121,7 @@ void setNumber(HostPanel &panel, const PanelItem &control, double number) {
     const double inRange = std::clamp<double>(number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
     int whole = std::isnan(number) ? 0 : static_cast<int>(inRange);
     switch (control.type->storage) {
-    case Storage::whole: panel.edit(control, &whole); return;
+    case Storage::integer: panel.edit(control, &whole); return;
     case Storage::real: panel.edit(control, numbers); return;
     case Storage::animated:
         if (auto *parameter = static_cast<HostVParm *>(panel.value(control.valueId))) {

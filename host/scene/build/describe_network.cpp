@@ -59,9 +59,9 @@ class Describer {
         result.view = {.location = editor.location(),
                        .zoom = zoomOf(editor),
                        .disabled = editor.state(),
-                       .root = look(editor.root())};
+                       .root = editor.root().look};
         for (const auto &input : editor.root().inputs)
-            if (input->isKept) result.otherInputs.push_back(input->name);
+            if (input->isForeign) result.otherInputs.push_back(input->name);
         for (const auto &node : editor.nodes()) addConnections(editor, *node, node->name, result);
         addConnections(editor, editor.root(), rootName, result);
         for (const auto &node : editor.nodes()) {
@@ -88,10 +88,6 @@ class Describer {
         return std::isfinite(zoom) ? shortest(zoom, 1) : NetworkView{}.zoom;
     }
 
-    static NodeLook look(const HostNode &node) {
-        return {.at = node.coordinates, .mode = node.mode, .preview = node.previewOutput, .comment = node.comment};
-    }
-
     // A control that a connection feeds tells nothing; so the connections are broken as they are noted.
     static void addConnections(Network &editor, HostNode &node, const std::string &name, NetworkDescription &result) {
         for (const auto &input : node.inputs) {
@@ -109,15 +105,15 @@ class Describer {
         NodeDescription result;
         result.name = node.name;
         result.server = node.server->name();
-        result.look = look(node);
+        result.look = node.look;
         if (node.placeholder) {
             result.kind = node.server->displayName();
             result.data = savedData(node);
             return result;
         }
         result.settings = settings(node);
-        if (node.nested.size() != 1) return result;
-        NetworkDescription inside = network(*node.nested.front(), node.name);
+        if (node.nestedNetworks.size() != 1) return result;
+        NetworkDescription inside = network(*node.nestedNetworks.front(), node.name);
         const bool isEmpty = inside.nodes.empty() && inside.connections.empty() && inside.view == NetworkView{};
         if (!isEmpty) result.network.push_back(std::move(inside));
         return result;
@@ -139,7 +135,7 @@ UsualSettings::UsualSettings(const ServerList &servers) {
         note(node);
         editor.destroyNode(node);
     }
-    note(Surface("Usual").editor().root());
+    note(Surface("Usual").network().root());
 }
 
 bool UsualSettings::isUsual(const std::string &server, const SettingDescription &setting) const {
@@ -160,11 +156,11 @@ SurfaceDescription describeSurface(Surface &surface, const UsualSettings &usual)
     SurfaceDescription result;
     result.name = surface.name();
     try {
-        result.network = describer.network(surface.editor(), surface.name());
+        result.network = describer.network(surface.network(), surface.name());
     } catch (const InputError &error) {
         throw InputError(fmt::format("surface {}: {}", velm::host::quoted(surface.name()), error.what()));
     }
-    result.settings = describer.settings(surface.editor().root());
+    result.settings = describer.settings(surface.network().root());
     return result;
 }
 

@@ -12,24 +12,17 @@ namespace velm::host {
 
 namespace {
 
-void showNode(HostNode &node, const NodeLook &look) {
-    node.coordinates = look.at;
-    node.mode = look.mode;
-    node.previewOutput = look.preview;
-    node.comment = look.comment;
-}
-
 class StandInWarnings {
   public:
     StandInWarnings(const SurfaceDescription &surface, Warnings &warnings) : surface_(surface), warnings_(warnings) {}
 
     void addAll(const Network &editor, const std::string &path) {
         for (const auto &input : editor.root().inputs)
-            if (input->isKept) addInput(editor, *input, path);
+            if (input->isForeign) addInput(editor, *input, path);
         for (const auto &node : editor.nodes()) {
             const std::string nodePath = pathTo(pathTo(path, "nodes"), node->name);
             if (node->placeholder) addNode(*node, nodePath);
-            for (const Network *inside : node->nested) addAll(*inside, pathTo(nodePath, "network"));
+            for (const Network *inside : node->nestedNetworks) addAll(*inside, pathTo(nodePath, "network"));
         }
     }
 
@@ -71,14 +64,14 @@ HostNode &makeDescribed(const NodeDescription &node, Network &editor, ServerList
                          : editor.addPlaceholder(std::make_shared<Placeholder>(node.server, node.kind), node.name);
     if (!node.data.empty())
         loadSavedData(made, node.data, fmt::format("the data of the node {}", velm::host::quoted(node.name)));
-    showNode(made, node.look);
+    editor.setLook(made, node.look);
     return made;
 }
 
 void showAs(Network &editor, const NetworkView &view) {
     editor.setView(view.location, static_cast<float>(view.zoom));
     editor.setState(view.disabled);
-    showNode(editor.root(), view.root);
+    editor.setLook(editor.root(), view.root);
 }
 
 void connectDescribed(Network &editor, const NetworkDescription &network, const ConnectionDescription &one) {
@@ -97,12 +90,12 @@ void loadSaved(Surface &surface, const SurfaceDescription &description) {
         setting.location.file = saved.file;
         surface.setDefault(setting);
     }
-    surface.editor().root().savesData = false; // until the network says otherwise
+    surface.network().root().savesData = false; // until the network says otherwise
     if (!saved.block.empty()) loadNetwork(surface, saved.block, saved.file, saved.offset);
 }
 
 void warnOfStandIns(Surface &surface, const SurfaceDescription &description, Warnings &warnings) {
-    StandInWarnings(description, warnings).addAll(surface.editor(), pathTo("surfaces", description.name));
+    StandInWarnings(description, warnings).addAll(surface.network(), pathTo("surfaces", description.name));
 }
 
 } // namespace velm::host

@@ -165,14 +165,14 @@ class NetworkBuilder {
     // Its root is called after the node until all is connected, as the root of a surface is after the surface: that is
     // its name in scene files. In the host's own files it has its editor's.
     static Network &networkInside(HostNode &node, const SourceLocation &location) {
-        if (node.nested.empty())
+        if (node.nestedNetworks.empty())
             throw InputError(location, fmt::format("the node \"{}\" holds no network; its kind is \"{}\"", node.name,
                                                    node.server->name()));
-        if (node.nested.size() > 1)
+        if (node.nestedNetworks.size() > 1)
             throw InputError(location,
                              fmt::format("the node \"{}\" holds {} networks, of which none can be told from here",
-                                         node.name, node.nested.size()));
-        Network &inside = *node.nested.front();
+                                         node.name, node.nestedNetworks.size()));
+        Network &inside = *node.nestedNetworks.front();
         inside.clear(); // of what the node's saved data brought
         inside.rename(inside.root(), node.name);
         return inside;
@@ -207,8 +207,8 @@ SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers,
                           .message = missing + "; the node goes without it"});
             continue;
         }
-        builder.noteSettings(description.settings, surface.editor().root(), path);
-        builder.makeNodes(description.network, surface.editor(), path);
+        builder.noteSettings(description.settings, surface.network().root(), path);
+        builder.makeNodes(description.network, surface.network(), path);
     }
     builder.setAndConnect(absentImages);
     for (std::size_t i = 0; i < scene.surfaces.size(); ++i) warnOfStandIns(*surfaces_.all[i], scene.surfaces[i], told);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "host/base/error.h"
+#include "host/graph/node_look.h"
 #include "host/panel/setting.h"
 #include "host/services/backdrop_description.h"
 
@@ -15,16 +16,6 @@
 namespace velm::host {
 
 struct NetworkDescription;
-
-// How an editor shows a node. It takes no part in what the node computes.
-struct NodeLook {
-    std::array<int, 2> at{0, 0}; // place in the editor
-    int mode = 1;                // 1 is a node drawn open
-    std::string preview;         // name of the output that is previewed
-    std::string comment;
-
-    bool operator==(const NodeLook &) const = default;
-};
 
 struct NodeDescription {
     std::string name;   // unique in its network
