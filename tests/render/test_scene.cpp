@@ -1,6 +1,7 @@
 #include "tests/render/test_scene.h"
 
 #include "host/load/lookup.h"
+#include "host/services/services.h"
 
 #include <algorithm>
 

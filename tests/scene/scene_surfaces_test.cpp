@@ -53,7 +53,7 @@ TEST(BuildScene, GivesAnInputItsSettingAlthoughItIsConnected) {
                               serverList());
     Network &editor = built.surface("Clay")->network();
     HostNode &sum = editor.node("Sum");
-    disconnect(*sum.findInput("A"));
+    editor.disconnect(*sum.findInput("A"));
     EXPECT_EQ(std::get<double>(readSetting(*panelOf(sum), "A")), 3);
 }
 
