@@ -1,6 +1,7 @@
 // The "Animation Envelopes" table.
 
 #include "host/animation/channel.h"
+#include "host/load/dialogs.h"
 
 #include <algorithm>
 #include <cmath>
@@ -48,7 +49,9 @@ HostError save(HostEnvelope *envelope, const HostSaveState *state) {
 
 double evaluate(HostEnvelope *envelope, double time) { return envelope != nullptr ? envelope->evaluate(time) : 0; }
 
-int edit(HostEnvelope *) { return 0; }
+int edit(HostEnvelope *envelope) {
+    return envelope && showDialog([&](Dialogs &dialogs) { return dialogs.editEnvelope(*envelope); }) ? 1 : 0;
+}
 
 int age(HostEnvelope *envelope) { return envelope != nullptr ? envelope->age : 0; }
 

@@ -1,6 +1,7 @@
 // The "LWVParmFuncs 2" table.
 
 #include "host/animation/vparm.h"
+#include "host/load/dialogs.h"
 
 namespace velm::host {
 
@@ -52,7 +53,13 @@ void setState(HostVParm *parm, int wanted) {
         parm->removeEnvelopes();
 }
 
-int edit(HostVParm *) { return 0; }
+int editEnvelope(HostVParm *parm) {
+    return parm && showDialog([&](Dialogs &dialogs) { return dialogs.editEnvelopes(*parm); }) ? 1 : 0;
+}
+
+int editTexture(HostVParm *parm) {
+    return parm && showDialog([&](Dialogs &dialogs) { return dialogs.editTexture(*parm); }) ? 1 : 0;
+}
 
 // Parameters need no preparation in this host. Textures would, but are not offered.
 HostError init(HostVParm *parm) { return parm != nullptr ? nullptr : kNone; }
@@ -83,8 +90,8 @@ const HostVParmFuncs *vparmFuncs() {
         .setValue = setValue,
         .state = state,
         .setState = setState,
-        .editEnvelope = edit,
-        .editTexture = edit,
+        .editEnvelope = editEnvelope,
+        .editTexture = editTexture,
         .init = init,
         .envelopes = envelopes,
         .texture = texture,

@@ -42,9 +42,14 @@ class RoleScope {
     ThreadRole previous_, role_;
 };
 
+// [interface thread]
+inline void assertInterfaceThread() {
+    assert(detail::threadRole == ThreadRole::interface && "for the interface thread");
+}
+
 // [interface thread; not while rendering]
 inline void assertInterface() {
-    assert(detail::threadRole == ThreadRole::interface && "for the interface thread");
+    assertInterfaceThread();
     assert(detail::controllers == 0 && detail::renderThreads == 0 && "not while rendering");
 }
 
@@ -68,6 +73,7 @@ class RoleScope {
     RoleScope &operator=(const RoleScope &) = delete;
 };
 
+inline void assertInterfaceThread() {}
 inline void assertInterface() {}
 inline void assertBetweenFrames() {}
 inline void assertRender() {}

@@ -20,7 +20,7 @@ constexpr std::size_t kLongestLine = 100;
 const char *kindText(ControlKind kind) {
     switch (kind) {
     case ControlKind::number: return "number";
-    case ControlKind::whole: return "whole number";
+    case ControlKind::integer: return "whole number";
     case ControlKind::choice:
     case ControlKind::transform: return "choice";
     case ControlKind::flag: return "true or false";
@@ -161,7 +161,7 @@ class LayoutPrinter {
         while (item->kind != ItemKind::control && !item->items.empty()) item = &item->items.front();
         const auto found = controls_.find(item->id);
         if (found == controls_.end() || found->second->stacks.size() <= stacks) return "never shown";
-        const StackPlace &place = found->second->stacks[stacks];
+        const StackPosition &place = found->second->stacks[stacks];
         return fmt::format("shown while {} is {}", place.drivenBy, fmt::join(place.shownFor, " or "));
     }
 

@@ -1,31 +1,34 @@
-// Making and breaking connections.
+// Inputs, outputs, and the connections between them.
 #include "host/base/names.h"
 #include "host/base/thread_role.h"
 #include "host/graph/network.h"
 #include "host/guard/module_call.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <deque>
 #include <unordered_map>
+#include <utility>
 
 namespace velm::host {
 
 namespace {
 
-// Root nodes without a server speak for whoever owns the editor.
-void *instanceOf(const HostNode &node) { return node.instance ? node.instance : node.editor->userData(); }
+// What the input events of a node are called with: a root without a server has its network's user data.
+void *instanceOf(const HostNode &node) { return node.instance ? node.instance : node.network->userData(); }
 
-void tell(HostInput &input, int event, int type) {
+void callEvent(HostInput &input, int event, int type) {
     if (!input.event) return;
-    const int server = input.node->server ? input.node->server->number() : input.node->editor->maker();
+    const int server = input.node->server ? input.node->server->number() : input.node->network->owningServer();
     callModule(server, "input event", [&] { return input.event(instanceOf(*input.node), &input, event, type); });
 }
 
 std::string fullName(const HostOutput &output) { return quoted(output.node->name + "." + output.name); }
 std::string fullName(const HostInput &input) { return quoted(input.node->name + "." + input.name); }
 
-// The way by which `source` depends on `node`, in the direction in which values flow: "node -> ... -> source". Empty
-// when it does not.
+// The shortest path by which `source` depends on `node`, in the direction in which values flow: "node -> ... ->
+// source". Empty when it does not depend on it.
 std::string dependence(HostNode &node, HostNode &source) {
     std::unordered_map<HostNode *, HostNode *> consumerOf{{&source, nullptr}};
     std::deque<HostNode *> open{&source};
@@ -55,16 +58,19 @@ std::vector<std::string> namesOf(const std::vector<std::unique_ptr<T>> &all) {
 void Network::connect(HostOutput &output, HostInput &input) {
     assertInterface();
     if (input.source == &output) return;
-    const std::string what = "cannot connect " + fullName(output) + " to " + fullName(input) + ": ";
-    if (output.node->editor != this || input.node->editor != this)
-        throw InputError(what + "they are not both nodes of " + quoted(name_));
-    if (output.node == root_.get()) throw InputError(what + "the root node feeds nothing");
+    const auto refuse = [&](const std::string &reason) {
+        throw InputError(fmt::format("cannot connect {} to {}: {}", fullName(output), fullName(input), reason));
+    };
+    if (output.node->network != this || input.node->network != this)
+        refuse("they are not both nodes of " + quoted(name_));
+    if (output.node == root_.get()) refuse("the root node feeds nothing");
     const std::string path = dependence(*input.node, *output.node);
-    if (!path.empty()) throw InputError(what + "it would close the circle " + path + " -> " + input.node->name);
+    if (!path.empty()) refuse(fmt::format("it would close the cycle {} -> {}", path, input.node->name));
     breakConnection(input);
     output.consumers.push_back(&input);
     input.source = &output;
-    tell(input, kInputConnected, output.type);
+    callEvent(input, kInputConnected, output.type);
+    observers_.notify([&](NetworkObserver &observer) { observer.connected(output, input); });
     changed();
 }
 
@@ -81,16 +87,17 @@ void Network::connect(std::string_view fromNode, std::string_view output, std::s
     HostNode &to = node(toNode);
     HostOutput *source = from.findOutput(output);
     if (!source)
-        throw InputError("node " + quoted(from.name) + " has no output " + quoted(output) +
-                         suggestion(output, namesOf(from.outputs)));
+        throw InputError(fmt::format("node {} has no output {}{}", quoted(from.name), quoted(output),
+                                     suggestion(output, namesOf(from.outputs))));
     HostInput *target = to.findInput(input);
     if (!target)
-        throw InputError("node " + quoted(to.name) + " has no input " + quoted(input) +
-                         suggestion(input, namesOf(to.inputs)));
+        throw InputError(fmt::format("node {} has no input {}{}", quoted(to.name), quoted(input),
+                                     suggestion(input, namesOf(to.inputs))));
     connect(*source, *target);
 }
 
-// Both ends of a stand-in take the type of what they are connected to, and another stand-in's are colours.
+// A placeholder's new input or output gets the type of what it is connected to. An output that feeds another
+// placeholder, whose type is unknown as well, is a colour.
 void Network::connectAsSaved(std::string_view fromNode, std::string_view output, std::string_view toNode,
                              std::string_view input) {
     HostNode &from = node(fromNode);
@@ -101,7 +108,7 @@ void Network::connectAsSaved(std::string_view fromNode, std::string_view output,
     const HostOutput *source = from.findOutput(output);
     const bool takesMore = to.placeholder || (&to == root_.get() && to.server);
     if (takesMore && !target && source)
-        createInput(to, source->type, std::string(input).c_str(), nullptr)->isKept = true;
+        createInput(to, source->type, std::string(input).c_str(), nullptr)->isForeign = true;
     connect(fromNode, output, toNode, input);
 }
 
@@ -112,8 +119,9 @@ HostInput *createInput(HostNode &node, int type, const char *name, HostInputEven
     input->node = &node;
     input->event = event;
     input->name = name ? name : "";
-    node.inputs.push_back(std::move(input));
-    return node.inputs.back().get();
+    HostInput *created = node.inputs.emplace_back(std::move(input)).get();
+    node.network->noteSocketsChanged(node);
+    return created;
 }
 
 HostOutput *createOutput(HostNode &node, int type, const char *name) {
@@ -122,28 +130,34 @@ HostOutput *createOutput(HostNode &node, int type, const char *name) {
     output->type = type;
     output->node = &node;
     output->name = name ? name : "";
-    node.outputs.push_back(std::move(output));
-    return node.outputs.back().get();
+    HostOutput *created = node.outputs.emplace_back(std::move(output)).get();
+    node.network->noteSocketsChanged(node);
+    return created;
 }
 
 void destroyInput(HostInput &input) {
     assertInterface();
     breakConnection(input);
-    std::erase_if(input.node->inputs, [&](const auto &one) { return one.get() == &input; });
+    HostNode &node = *input.node;
+    std::erase_if(node.inputs, [&](const auto &one) { return one.get() == &input; });
+    node.network->noteSocketsChanged(node);
 }
 
 void destroyOutput(HostOutput &output) {
     assertInterface();
     while (!output.consumers.empty()) breakConnection(*output.consumers.front());
-    std::erase_if(output.node->outputs, [&](const auto &one) { return one.get() == &output; });
+    HostNode &node = *output.node;
+    std::erase_if(node.outputs, [&](const auto &one) { return one.get() == &output; });
+    node.network->noteSocketsChanged(node);
 }
 
 void breakConnection(HostInput &input, int event) {
     assertInterface();
     if (!input.source) return;
-    std::erase(input.source->consumers, &input);
-    input.source = nullptr;
-    tell(input, event, 0);
+    HostOutput &source = *std::exchange(input.source, nullptr);
+    std::erase(source.consumers, &input);
+    callEvent(input, event, 0);
+    input.node->network->observers().notify([&](NetworkObserver &observer) { observer.disconnected(source, input); });
 }
 
 } // namespace velm::host

@@ -1,4 +1,4 @@
-// A network from a file.
+// Loading a network from a file.
 #include "host/base/names.h"
 #include "host/base/thread_role.h"
 #include "host/graph/network.h"
@@ -6,6 +6,8 @@
 #include "host/graph/node_data.h"
 #include "host/graph/placeholder.h"
 #include "host/state/load_state.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <map>
@@ -18,9 +20,9 @@ using namespace blocks;
 
 namespace {
 
-constexpr int kLongestString = 65536; // with its end; as long as a block can be
+constexpr int kLongestString = 65536; // with its terminating zero; no block is longer
 
-// Calls `act` with the identifier of each known block in turn; it finds the block entered.
+// Enters each block of the table's kinds in turn, calls `act` with its identifier, and leaves it.
 template <class Act>
 void forEachBlock(const HostLoadState &state, const HostBlockId *table, Act act) {
     while (const unsigned int id = state.findBlock(state.data, table)) {
@@ -33,7 +35,7 @@ void forEachBlock(const HostLoadState &state, const HostBlockId *table, Act act)
 
 class Network::Loader {
   public:
-    Loader(Network &editor, const HostLoadState &state) : editor_(editor), state_(state) {}
+    Loader(Network &network, const HostLoadState &state) : network_(network), state_(state) {}
 
     void run() {
         static constexpr HostBlockId kTable[] = {kRoot, kVersion, kNodes, kConnections, {0, nullptr}};
@@ -44,8 +46,8 @@ class Network::Loader {
             if (id == kConnections.id) readConnections();
         });
         for (const Connection &connection : connections_)
-            editor_.connectAsSaved(nameNow(connection.fromNode), connection.output, nameNow(connection.toNode),
-                                   connection.input);
+            network_.connectAsSaved(nameNow(connection.fromNode), connection.output, nameNow(connection.toNode),
+                                    connection.input);
     }
 
   private:
@@ -61,10 +63,10 @@ class Network::Loader {
     void readView() {
         static constexpr HostBlockId kTable[] = {kLocation, kZoom, kDisabled, {0, nullptr}};
         forEachBlock(state_, kTable, [&](unsigned int id) {
-            if (id == kLocation.id) state_.readI4(state_.data, editor_.location_.data(), 2);
-            if (id == kZoom.id) state_.readFP(state_.data, &editor_.zoom_, 1);
+            if (id == kLocation.id) state_.readI4(state_.data, network_.location_.data(), 2);
+            if (id == kZoom.id) state_.readFP(state_.data, &network_.zoom_, 1);
             unsigned short disabled = 0;
-            if (id == kDisabled.id && state_.readU2(state_.data, &disabled, 1) == 1) editor_.state_ = disabled;
+            if (id == kDisabled.id && state_.readU2(state_.data, &disabled, 1) == 1) network_.state_ = disabled;
         });
     }
 
@@ -72,16 +74,16 @@ class Network::Loader {
         int version = 0;
         state_.readI4(state_.data, &version, 1);
         if (version != kFormatVersion)
-            throw InputError("the network has version " + std::to_string(version) + " of the format; only version " +
-                             std::to_string(kFormatVersion) + " is known");
+            throw InputError(fmt::format("the network has version {} of the format; only version {} is known", version,
+                                         kFormatVersion));
     }
 
-    // Each node is the name of its server and then a tag.
+    // Each node has two blocks: the name of its server, then its tag.
     void readNodes() {
         static constexpr HostBlockId kTable[] = {kServer, kTag, {0, nullptr}};
         std::string server;
         bool isRoot = true;
-        const RootAside aside(editor_);
+        const UnnamedRoot unnamed(network_);
         forEachBlock(state_, kTable, [&](unsigned int id) {
             if (id == kServer.id) {
                 server = readString();
@@ -92,64 +94,66 @@ class Network::Loader {
         });
     }
 
-    // The root has the name of what has the network, which nodes of the file may have, too: theirs come first.
-    class RootAside {
+    // Takes the name away from the root until the end of the scope. The root is named after the network's owner, and a
+    // node of the file may have the same name: the node then keeps it, and the root gets a number.
+    class UnnamedRoot {
       public:
-        explicit RootAside(Network &editor) : editor_(editor), name_(editor.root().name) {
-            editor_.giveName(editor_.root(), {});
+        explicit UnnamedRoot(Network &network) : network_(network), name_(network.root().name) {
+            network_.giveName(network_.root(), {});
         }
-        ~RootAside() { editor_.giveName(editor_.root(), name_); }
-        RootAside(const RootAside &) = delete;
-        RootAside &operator=(const RootAside &) = delete;
+        ~UnnamedRoot() {
+            HostNode &root = network_.root();
+            network_.giveName(root, name_);
+            if (root.name == name_) return;
+            network_.observers_.notify([&](NetworkObserver &observer) { observer.nodeRenamed(root, name_); });
+        }
+        UnnamedRoot(const UnnamedRoot &) = delete;
+        UnnamedRoot &operator=(const UnnamedRoot &) = delete;
 
       private:
-        Network &editor_;
+        Network &network_;
         const std::string name_;
     };
 
-    // A node is made when its data come, or at the end of its tag when there are none. Its name stands before them.
+    // A node is created when its data are reached, or at the end of its tag when it has none. Its name precedes them.
     void readNode(const std::string &server, bool isRoot) {
         static constexpr HostBlockId kTable[] = {kRealName, kName,    kCoordinates, kMode,
                                                  kData,     kPreview, kComment,     {0, nullptr}};
-        HostNode *made = isRoot ? &editor_.root() : nullptr;
-        std::string realName, name, preview, comment;
-        std::array<int, 2> coordinates{};
-        int mode = 1;
+        HostNode *created = isRoot ? &network_.root() : nullptr;
+        std::string realName, name;
+        NodeLook look;
         const auto node = [&]() -> HostNode & {
-            if (!made) made = &makeNode(server, realName, name);
-            return *made;
+            if (!created) created = &createNode(server, realName, name);
+            return *created;
         };
         forEachBlock(state_, kTable, [&](unsigned int id) {
             if (id == kRealName.id) realName = readString();
             if (id == kName.id) name = readString();
-            if (id == kCoordinates.id) state_.readI4(state_.data, coordinates.data(), 2);
-            if (id == kMode.id) state_.readI4(state_.data, &mode, 1);
+            if (id == kCoordinates.id) state_.readI4(state_.data, look.at.data(), 2);
+            if (id == kMode.id) state_.readI4(state_.data, &look.mode, 1);
             if (id == kData.id) readData(node());
-            if (id == kPreview.id) preview = readString();
-            if (id == kComment.id) comment = readString();
+            if (id == kPreview.id) look.preview = readString();
+            if (id == kComment.id) look.comment = readString();
         });
-        node().coordinates = coordinates;
-        node().mode = mode;
-        node().previewOutput = preview;
-        node().comment = comment;
-        names_.emplace(name, &node()); // the first of a name, should a file have two
+        network_.setLook(node(), look);
+        names_.emplace(name, &node()); // should two nodes of a file have one name, connections mean the first
     }
 
-    HostNode &makeNode(const std::string &server, const std::string &realName, const std::string &name) {
-        if (ServerClass *known = serverList().find(server)) return editor_.addNode(*known, name);
-        std::shared_ptr<Placeholder> &kind = standIns_[server];
+    HostNode &createNode(const std::string &server, const std::string &realName, const std::string &name) {
+        if (ServerClass *known = serverList().find(server)) return network_.addNode(*known, name);
+        std::shared_ptr<Placeholder> &kind = placeholders_[server];
         if (!kind) kind = std::make_shared<Placeholder>(server, realName);
-        return editor_.addPlaceholder(kind, name);
+        return network_.addPlaceholder(kind, name);
     }
 
-    // A root may have its values elsewhere in the file.
+    // A root's values may be saved in another part of the file; its data are then empty.
     void readData(HostNode &node) {
-        const bool isRoot = &node == &editor_.root();
+        const bool isRoot = &node == &network_.root();
         if (isRoot) node.savesData = node.placeholder || !isOfReader(state_) || !unreadContents(state_).empty();
         if (node.savesData) loadData(node, state_);
     }
 
-    // Four strings a connection, the output last.
+    // Each connection has four strings, the output last.
     void readConnections() {
         static constexpr HostBlockId kTable[] = {kInputNode, kInput, kOutputNode, kOutput, {0, nullptr}};
         Connection next;
@@ -163,18 +167,18 @@ class Network::Loader {
         });
     }
 
-    // What a node of the file is called here.
+    // The name that a node of the file has got here.
     std::string nameNow(const std::string &inFile) const {
         const auto found = names_.find(inFile);
         return found == names_.end() ? inFile : found->second->name;
     }
 
-    Network &editor_;
+    Network &network_;
     const HostLoadState &state_;
-    // Where each string is read before its length is known; not cleared, so that only what is read is ever touched.
+    // Receives each string before its length is known. Not cleared, so that only the pages that are read are touched.
     const std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(kLongestString);
-    std::map<std::string, const HostNode *> names_;
-    std::map<std::string, std::shared_ptr<Placeholder>> standIns_;
+    std::map<std::string, const HostNode *> names_;                    // by name in the file
+    std::map<std::string, std::shared_ptr<Placeholder>> placeholders_; // by server
     std::vector<Connection> connections_;
 };
 

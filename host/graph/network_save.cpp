@@ -1,4 +1,4 @@
-// A network into a file, and from one network to another.
+// Saving a network to a file, and copying it to another network.
 #include "host/base/names.h"
 #include "host/base/thread_role.h"
 #include "host/graph/network.h"
@@ -6,6 +6,8 @@
 #include "host/graph/node_data.h"
 #include "host/graph/placeholder.h"
 #include "host/guard/module_call.h"
+
+#include <fmt/format.h>
 
 namespace velm::host {
 
@@ -26,42 +28,35 @@ void saveIntegers(const HostSaveState &state, const HostBlockId &id, const int *
 }
 
 void saveNode(const HostSaveState &state, const HostNode &node, const std::string &name) {
-    // A root without a server goes by its editor's name.
-    saveString(state, kServer, node.server ? node.server->name() : node.editor->name());
+    // A root without a server is saved under its network's name.
+    saveString(state, kServer, node.server ? node.server->name() : node.network->name());
     state.beginBlock(state.data, &kTag, 0);
-    saveString(state, kRealName, node.server ? node.server->displayName() : node.editor->name());
+    saveString(state, kRealName, node.server ? node.server->displayName() : node.network->name());
     saveString(state, kName, name);
-    saveIntegers(state, kCoordinates, node.coordinates.data(), 2);
-    saveIntegers(state, kMode, &node.mode, 1);
+    saveIntegers(state, kCoordinates, node.look.at.data(), 2);
+    saveIntegers(state, kMode, &node.look.mode, 1);
     state.beginBlock(state.data, &kData, 0);
     if (node.savesData) saveData(node, state);
     state.endBlock(state.data);
-    saveString(state, kPreview, node.previewOutput);
-    saveString(state, kComment, node.comment);
+    saveString(state, kPreview, node.look.preview);
+    saveString(state, kComment, node.look.comment);
     state.endBlock(state.data);
 }
 
-void copyAppearance(HostNode &to, const HostNode &from) {
-    to.coordinates = from.coordinates;
-    to.mode = from.mode;
-    to.previewOutput = from.previewOutput;
-    to.comment = from.comment;
-}
-
 void copySettings(HostNode &to, const HostNode &from) {
-    copyAppearance(to, from);
+    to.network->setLook(to, from.look);
     to.savesData = from.savesData;
-    to.keptData = from.keptData;
+    to.savedCopy = from.savedCopy;
     if (!to.handler || !to.handler->instance->copy) return;
     const HostError said =
         callModule(to.server->number(), "copy", [&] { return to.handler->instance->copy(to.instance, from.instance); });
     if (const auto error = failureOf(to, said))
-        throw InputError("cannot copy the node " + quoted(from.name) + ": " + *error);
+        throw InputError(fmt::format("cannot copy the node {}: {}", quoted(from.name), *error));
 }
 
 } // namespace
 
-// A root of a server goes by its kind, as long as no other node does.
+// A root that has a server is saved under the server's display name, unless another node has that name.
 std::string Network::nameInFile(const HostNode &node) const {
     if (&node != root_.get() || !node.server) return node.name;
     const HostNode *namesake = findNode(node.server->displayName());
@@ -103,7 +98,8 @@ void Network::copyFrom(Network &from) {
     assertInterface();
     if (&from == this) return;
     if (from.contains(*this) || contains(from))
-        throw InputError("cannot copy " + quoted(from.name_) + " to " + quoted(name_) + ": one is inside the other");
+        throw InputError(
+            fmt::format("cannot copy {} to {}: one is inside the other", quoted(from.name_), quoted(name_)));
     clear();
     state_ = from.state_;
     location_ = from.location_;

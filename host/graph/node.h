@@ -1,7 +1,9 @@
-// Nodes, their inputs and outputs, and the way of a sample through them. What stands first in each record is what
-// render threads read; from an input to the node that feeds it are two steps: input -> output -> node.
+// Nodes, their inputs and outputs, and the evaluation of an input. Each record begins with the members that render
+// threads read. From an input to the node that feeds it there are two steps: input -> output -> node.
 #pragma once
 
+#include "host/graph/node_look.h"
+#include "host/graph/values.h"
 #include "module/host.h"
 
 #include <array>
@@ -16,10 +18,10 @@ class Network;
 class ServerClass;
 class Placeholder;
 
-// The data of a node as a file had them, which may be none at all, and what the node's server saved once it had read
-// them.
-struct KeptData {
-    std::string inFile, asSaved;
+// A saved copy of a node's data, for data that the node's server does not save as they were read. See node_data.h.
+struct SavedCopy {
+    std::string inFile;  // the data as the file has them; may be empty
+    std::string asSaved; // what the server saved right after it had read them
 };
 } // namespace velm::host
 
@@ -36,49 +38,49 @@ struct HostInput {
     HostNode *node = nullptr;
     HostInputEvent *event = nullptr; // may be null
     std::string name;
-    bool isKept = false; // of no use here: a file says that it is connected, and so will the next one
+    // Unknown to this host: nothing evaluates it. It exists because a file connects it, and saves the connection again.
+    bool isForeign = false;
 };
 
-// Lives on the stack of one evaluation: where the result goes, and what it is converted from and to.
+// One evaluation of an output. It lives on the stack of the thread that evaluates.
 struct HostNodeValue {
-    void *holder;   // what the asking input holds, of type askingType
-    int askingType; // connection types
+    void *target;   // the value of the asking input, of type askingType; the result replaces it
+    int askingType; // a connection type, as the next
     int outputType;
 };
 
 struct HostNode {
+    // The server's function; one that sets nothing while there is no instance. Never null.
     void (*evaluate)(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) = nullptr;
     void *instance = nullptr; // of the server; null for a root node that only its owner reads
 
-    velm::host::Network *editor = nullptr;
-    velm::host::ServerClass *server = nullptr; // null for a root node made from a root description
-    const HostNodeHandler *handler = nullptr;  // null likewise; the server's
-    std::string name;                          // unique in its editor
+    velm::host::Network *network = nullptr;    // that the node belongs to
+    velm::host::ServerClass *server = nullptr; // null for a root node that is described by functions
+    const HostNodeHandler *handler = nullptr;  // the server's; null likewise
+    std::string name;                          // unique in its network
     std::vector<std::unique_ptr<HostInput>> inputs;
     std::vector<std::unique_ptr<HostOutput>> outputs;
-    HostChannelGroup *group = nullptr; // made when first asked for
-    HostPanel *panel = nullptr;        // made by the server when first asked for; the host destroys it
-    // The networks that the instance holds: what it made while it was being created. The instance destroys them.
-    std::vector<velm::host::Network *> nested;
+    HostChannelGroup *group = nullptr; // owned; created when it is first asked for
+    HostPanel *panel = nullptr;        // created by the server when it is first asked for; the host destroys it
+    // The networks that the instance created while it was being created itself. The instance owns and destroys them.
+    std::vector<velm::host::Network *> nestedNetworks;
 
-    std::shared_ptr<velm::host::Placeholder>
-        placeholder; // keeps the class of a node whose server is not there; null for others
-    // A root whose values are kept elsewhere in its file saves none.
+    // Keeps the class of a node whose server is missing; null for other nodes.
+    std::shared_ptr<velm::host::Placeholder> placeholder;
+    // False for a root whose values are saved in another part of the file.
     bool savesData = true;
-    // The data that a file had, where they are not what the server saves of them. See node_data.h.
-    std::optional<velm::host::KeptData> keptData;
+    // Present where the server saves the node's data differently from how it read them.
+    std::optional<velm::host::SavedCopy> savedCopy;
 
-    // How an editor shows it.
-    std::array<int, 3> colour{128, 128, 128};
+    // Set by the node itself; not saved. Change it through the network, which tells its observers.
+    std::array<int, 3> colour{128, 128, 128}; // red, green and blue of its title, 0 to 255
     int previewType = kPreviewRendered;
-    int previewUpdates = 0; // how often the preview was to be redrawn
-    std::array<int, 2> coordinates{0, 0};
-    int mode = 1;              // as saved; 1 is a node drawn open
-    std::string previewOutput; // name of the output that is previewed
-    std::string comment;
+    // Set by the artist; saved. Change it through Network::setLook.
+    velm::host::NodeLook look;
 
     HostNode();
-    ~HostNode(); // releases the group; the editor has destroyed instance, panel and connections before
+    // Releases the group. The network has destroyed instance, panel and connections before.
+    ~HostNode();
     HostNode(const HostNode &) = delete;
     HostNode &operator=(const HostNode &) = delete;
 
@@ -89,39 +91,23 @@ struct HostNode {
 
 namespace velm::host {
 
-// Converts a value of one connection type to another. `from` and `to` may be the same place.
-//   colour, material -> scalar   luminance, 0.299 R + 0.587 G + 0.114 B (ITU-R BT.601)
-//   vector -> scalar             the same, its components standing for red, green and blue
-//   scalar, integer -> triple    the value in each component
-//   anything -> integer          through the scalar, truncated towards zero; beyond an int the nearest int; NaN gives 0
-//   material -> colour, vector   the diffuse colour
-//   anything -> material         the diffuse colour from it, the rest 0
-//   function                     a scalar; but see evaluateInput
-void convertValue(int fromType, const void *from, int toType, void *to);
-
-// Size in bytes of a value of a connection type; 0 for a code that is none.
-int valueSize(int type);
-
-// "colour", "scalar" and so on; "unknown".
-const char *typeName(int type);
-
 namespace detail {
-// Unlike types, and functions. Out of line to keep the usual way short.
+// Evaluates an output whose type differs from the input's, or a function. Out of line to keep the usual case short.
 void evaluateUnlike(HostOutput *source, int askingType, ShadingSample *sample, void *value);
-// Networks that reach themselves through a server's own pointers, behind the host's back, would recurse for ever.
+// A network that reaches itself through a server's own pointers, which the host cannot see, would recurse for ever.
 constexpr int kMaxEvaluationDepth = 4000;
 inline constinit thread_local int evaluationDepth = 0;
 void evaluationTooDeep();
 } // namespace detail
 
-// True when an evaluation was cut off since the last call because nodes asked each other in a circle; the inputs
+// True when an evaluation was cut off since the last call because nodes evaluated each other in a cycle. The inputs
 // involved counted as unconnected. [between frames]
 bool takeEvaluationTooDeep();
 
-// Evaluates what is connected to an input into *value, which is of the input's type. 1 when connected. Unconnected,
-// *value stays as it is and the result is 0; it also stays when the node sets none. A function transforms the value
-// found: each component of a triple by itself, the diffuse colour of a material, an integer by way of a double; the
-// function's node is then asked for a function. [render threads]
+// Evaluates what is connected to an input into *value, which has the input's type. Returns 1 when the input is
+// connected. Otherwise returns 0 and leaves *value alone; *value also stays when the node sets no result. A function
+// transforms *value: each component of a colour or vector by itself, the diffuse colour of a material, an integer by
+// way of a double; the function's node finds kConnectFunction as the asking type. [render threads]
 inline int evaluateInput(const HostInput *input, ShadingSample *sample, void *value) {
     HostOutput *source = input->source;
     if (!source) return 0;
@@ -138,7 +124,7 @@ inline int evaluateInput(const HostInput *input, ShadingSample *sample, void *va
     } else {
         detail::evaluateUnlike(source, input->type, sample, value);
     }
-    detail::evaluationDepth = depth; // put back, not counted down: a count would wait for those of the inner ones
+    detail::evaluationDepth = depth; // not decremented, which would have to wait for the stores of inner evaluations
     return 1;
 }
 

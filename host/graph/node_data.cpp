@@ -7,24 +7,26 @@
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 
+#include <fmt/format.h>
+
 namespace velm::host {
 
 namespace {
 
-// As the server saves it.
-void saveOwn(const HostNode &node, const HostSaveState &state) {
+// Without the saved copy.
+void saveByServer(const HostNode &node, const HostSaveState &state) {
     if (!node.handler || !node.handler->instance->save) return;
     const int depth = state.depth(state.data);
     const HostError said =
         callModule(node.server->number(), "save", [&] { return node.handler->instance->save(node.instance, &state); });
     if (const auto error = failureOf(node, said))
-        throw InputError("cannot save the node " + quoted(node.name) + ": " + *error);
-    while (state.depth(state.data) > depth) state.endBlock(state.data); // blocks that the server left open
+        throw InputError(fmt::format("cannot save the node {}: {}", quoted(node.name), *error));
+    while (state.depth(state.data) > depth) state.endBlock(state.data); // that the server left open
 }
 
-std::string ownData(const HostNode &node) {
+std::string dataByServer(const HostNode &node) {
     StateWriter writer(kStateBinary);
-    saveOwn(node, *writer.state());
+    saveByServer(node, *writer.state());
     return writer.finish();
 }
 
@@ -33,27 +35,27 @@ std::string ownData(const HostNode &node) {
 void loadData(HostNode &node, const HostLoadState &state) {
     assertInterface();
     if (!node.handler || !node.handler->instance->load) return;
-    const bool isKept = state.mode == kStateBinary && isOfReader(state);
-    std::string contents = isKept ? unreadContents(state) : std::string();
+    const bool canCopy = state.mode == kStateBinary && isOfReader(state);
+    std::string inFile = canCopy ? unreadContents(state) : std::string();
     const int depth = state.depth(state.data);
     const HostError said =
         callModule(node.server->number(), "load", [&] { return node.handler->instance->load(node.instance, &state); });
     if (const auto error = failureOf(node, said))
-        throw InputError("cannot load the node " + quoted(node.name) + ": " + *error);
+        throw InputError(fmt::format("cannot load the node {}: {}", quoted(node.name), *error));
     while (state.depth(state.data) > depth) state.endBlock(state.data); // that the server left open
-    node.keptData.reset();
-    if (!isKept) return;
-    std::string own = ownData(node);
-    if (own == contents) return;
-    node.keptData = {.inFile = std::move(contents), .asSaved = std::move(own)};
+    node.savedCopy.reset();
+    if (!canCopy) return;
+    std::string asSaved = dataByServer(node);
+    if (asSaved == inFile) return;
+    node.savedCopy = {.inFile = std::move(inFile), .asSaved = std::move(asSaved)};
 }
 
 void saveData(const HostNode &node, const HostSaveState &state) {
     assertInterface();
-    if (state.mode == kStateBinary && node.keptData && ownData(node) == node.keptData->asSaved)
-        state.write(state.data, node.keptData->inFile.data(), static_cast<int>(node.keptData->inFile.size()));
+    if (state.mode == kStateBinary && node.savedCopy && dataByServer(node) == node.savedCopy->asSaved)
+        state.write(state.data, node.savedCopy->inFile.data(), static_cast<int>(node.savedCopy->inFile.size()));
     else
-        saveOwn(node, state);
+        saveByServer(node, state);
 }
 
 void loadSavedData(HostNode &node, std::string_view data, const std::string &about) {

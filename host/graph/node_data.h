@@ -1,4 +1,4 @@
-// What a node's server saves of a node, by itself: the contents of its block in the network's.
+// The data that a server saves of a node: the contents of the node's data block.
 #pragma once
 
 #include "host/graph/node.h"
@@ -8,14 +8,15 @@
 
 namespace velm::host {
 
-// All of it: [interface thread; not while rendering]; InputError with the node's name when its server reports an error.
+// All functions: [interface thread; not while rendering]; InputError, with the node's name, when its server reports an
+// error.
 
-// Reads what stands unread in the innermost block. What the server does not make its own of binary data is kept with
-// the node: as long as the node is as it was loaded, it is saved to the byte as it was.
+// Reads the rest of the innermost open block. Where the server does not save binary data byte for byte as it read them,
+// the node keeps a saved copy (HostNode::savedCopy), which is saved for as long as the node is not changed.
 void loadData(HostNode &node, const HostLoadState &state);
 void saveData(const HostNode &node, const HostSaveState &state);
 
-// The same for data that stand by themselves, in binary form. `about` stands before what is wrong in damaged ones.
+// The same for data in binary form that are not in a file. `about` begins the messages about damaged data.
 void loadSavedData(HostNode &node, std::string_view data, const std::string &about);
 std::string savedData(const HostNode &node);
 

@@ -2,6 +2,8 @@
 
 #include "host/graph/node.h"
 
+#include <fmt/format.h>
+
 namespace velm::host {
 
 namespace {
@@ -19,7 +21,7 @@ void NodeNames::add(HostNode &node) { nodes_.emplace(node.name, &node); }
 
 void NodeNames::remove(const HostNode &node) {
     nodes_.erase(node.name);
-    lowestToTry_.erase(std::string(withoutNumber(node.name))); // its number may be the lowest free one now
+    lowestToTry_.erase(std::string(withoutNumber(node.name))); // its number may now be the lowest free one
 }
 
 HostNode *NodeNames::find(std::string_view name) const {
@@ -30,9 +32,9 @@ HostNode *NodeNames::find(std::string_view name) const {
 std::string NodeNames::unique(std::string_view wanted) {
     if (!find(wanted)) return std::string(wanted);
     const std::string base(withoutNumber(wanted));
-    // The number that is found stays the one to try first: whoever asked need not come to take it.
+    // The number that is found remains the first to try, since the caller may not use it after all.
     for (int &number = lowestToTry_.emplace(base, 2).first->second;; ++number) {
-        std::string name = base + " (" + std::to_string(number) + ")";
+        std::string name = fmt::format("{} ({})", base, number);
         if (!find(name)) return name;
     }
 }

@@ -1,4 +1,4 @@
-// The names of the nodes of one network: who has which, and which are free.
+// The names of the nodes of one network: which node has which name, and which names are free.
 #pragma once
 
 #include <string>
@@ -9,25 +9,25 @@ struct HostNode;
 
 namespace velm::host {
 
-// Refers to the nodes and to their names: a node stands in here as long as it is in its network, and is taken out
-// before its name changes. Everything takes the time of a few look-ups, since files may have thousands of nodes of one
-// name. For the interface thread.
+// Refers to the nodes and to their names. A node is listed here for as long as it is in its network, and is removed
+// before its name changes. Each function takes a few look-ups, whatever the number of nodes: files may have thousands
+// of nodes of one name. [interface thread; not while rendering]
 class NodeNames {
   public:
-    // The node's name is one that `unique` gave.
+    // The name must be one that `unique` returned.
     void add(HostNode &node);
     void remove(const HostNode &node);
 
     // Null when there is none.
     HostNode *find(std::string_view name) const;
 
-    // The name itself when it is free, else the name with the lowest free number from 2 on: "Counter (2)". A number
-    // that is there already is replaced instead of getting a second one behind it.
+    // The name itself when it is free; otherwise the name with the lowest free number from 2 on: "Counter (2)". A
+    // number that the name already ends in is replaced.
     std::string unique(std::string_view wanted);
 
   private:
     std::unordered_map<std::string_view, HostNode *> nodes_;
-    // By name without number: all numbers from 2 to below this one are taken.
+    // By name without number: all numbers from 2 to the one before this are taken.
     std::unordered_map<std::string, int> lowestToTry_;
 };
 

@@ -11,18 +11,18 @@ namespace velm::host {
 
 namespace {
 
-// What the node saved, in the form in which it was read.
-struct Kept {
-    int mode = kStateBinary;
+// The node's data, as they were read.
+struct SavedData {
+    int mode = kStateBinary; // or kStateText
     std::string data;
 };
 
-Kept &self(void *instance) { return *static_cast<Kept *>(instance); }
+SavedData &self(void *instance) { return *static_cast<SavedData *>(instance); }
 
 void *create(void *, void *, const char **error) {
-    auto *kept = new (std::nothrow) Kept;
-    if (!kept) *error = "there is no memory for it";
-    return kept;
+    auto *saved = new (std::nothrow) SavedData;
+    if (!saved) *error = "there is no memory for it";
+    return saved;
 }
 
 void destroy(void *instance) { delete &self(instance); }
@@ -38,20 +38,20 @@ HostError load(void *instance, const HostLoadState *state) {
 }
 
 HostError save(void *instance, const HostSaveState *state) {
-    const Kept &kept = self(instance);
-    if (kept.data.empty()) return nullptr;
-    if (kept.mode != state->mode)
-        return "its server is not there, and without it text cannot become binary data, nor the other way round";
-    if (kept.mode == kStateText)
-        writeLines(*state, kept.data);
+    const SavedData &saved = self(instance);
+    if (saved.data.empty()) return nullptr;
+    if (saved.mode != state->mode)
+        return "its server is missing, and without it text cannot be converted to binary data, nor binary data to text";
+    if (saved.mode == kStateText)
+        writeLines(*state, saved.data);
     else
-        state->write(state->data, kept.data.data(), static_cast<int>(kept.data.size()));
+        state->write(state->data, saved.data.data(), static_cast<int>(saved.data.size()));
     return nullptr;
 }
 
 void evaluate(void *, ShadingSample *, HostOutput *, HostNodeValue *value) {
     if (value->askingType == kConnectColour || value->askingType == kConnectMaterial)
-        convertValue(kConnectColour, kMagenta.data(), value->askingType, value->holder);
+        convertValue(kConnectColour, kMagenta.data(), value->askingType, value->target);
 }
 
 int activate(int version, HostLookup *, void *local, void *) {

@@ -1,6 +1,6 @@
-// Nodes whose server is not there, as of a module that is not loaded. They keep what a file says of them, take part in
-// connections, and evaluate to something that cannot be overlooked: magenta where a colour or a material is asked for.
-// Where a number, a vector or an integer is asked for they set nothing, and whoever asks keeps its own value.
+// Nodes whose server is missing, such as those of a module that is not loaded. They keep what a file says of them, and
+// can be connected. They evaluate to magenta, which cannot be overlooked, for an input that is a colour or a material.
+// For any other input they set nothing, so that the input keeps its own value.
 #pragma once
 
 #include "host/graph/server_list.h"
@@ -13,15 +13,15 @@ namespace velm::host {
 
 constexpr std::array<double, 3> kMagenta{1, 0, 1};
 
-// A kind of node that no server offers. Its nodes share it.
+// A node class that no server offers. Its nodes share it.
 class Placeholder {
   public:
-    // The server's name, and the name that its nodes are shown by.
+    // The server's name, and the name under which its nodes are shown.
     Placeholder(std::string server, std::string displayName);
     Placeholder(const Placeholder &) = delete;
     Placeholder &operator=(const Placeholder &) = delete;
 
-    // Its nodes are made without inputs and outputs; they get them as connections are made, see connectAsSaved.
+    // Its nodes are created without inputs and outputs, and get them from connections; see Network::connectAsSaved.
     ServerClass &serverClass() { return class_; }
 
   private:

@@ -8,6 +8,8 @@
 #include "host/guard/module_call.h"
 #include "host/load/lookup.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -25,13 +27,13 @@ std::string tagText(const HostServer &server, unsigned int code) {
 
 bool isClass(const HostServer &server, const char *className) { return std::strcmp(server.className, className) == 0; }
 
-// Why an activation came to nothing, in words.
+// Describes why an activation failed, from its result.
 std::string refusal(int result, const char *className, int version) {
     switch (result) {
-    case kActivateBadVersion: return "it does not know version " + std::to_string(version) + " of " + quoted(className);
+    case kActivateBadVersion: return fmt::format("it does not know version {} of {}", version, quoted(className));
     case kActivateBadGlobal: {
         const char *missing = lastMissingService();
-        return missing ? "it needs the service " + quoted(missing) + ", which this host does not offer"
+        return missing ? fmt::format("it needs the service {}, which this host does not offer", quoted(missing))
                        : "a service that it needs is missing";
     }
     case kActivateBadLocal: return "it cannot use the record that it was given";
@@ -41,12 +43,13 @@ std::string refusal(int result, const char *className, int version) {
     }
 }
 
-void activate(const HostServer &server, int version, void *local, const ServerClass &of, const char *call) {
+void activate(const HostServer &server, int version, void *local, const ServerClass &owner, const char *call) {
     clearMissingService();
-    const int result = callModule(of.number(), call, [&] { return server.activate(version, lookup, local, nullptr); });
+    const int result =
+        callModule(owner.number(), call, [&] { return server.activate(version, lookup, local, nullptr); });
     if (result != kActivateOk)
-        throw InputError("node " + quoted(server.name) + " (" + of.origin() +
-                         ") refuses to work: " + refusal(result, server.className, version));
+        throw InputError(fmt::format("node {} ({}) refuses to work: {}", quoted(server.name), owner.origin(),
+                                     refusal(result, server.className, version)));
 }
 
 } // namespace
@@ -73,8 +76,8 @@ const HostNodeHandler &ServerClass::handler() {
                .flags = nullptr};
     activate(*handler_, kNodeHandlerVersion, &record_, *this, "activate");
     if (!instanceOps_.create || !instanceOps_.destroy || !record_.evaluate)
-        throw InputError("node " + quoted(name_) + " (" + origin_ +
-                         ") does not say how it is created, destroyed and evaluated");
+        throw InputError(fmt::format("node {} ({}) does not say how it is created, destroyed and evaluated",
+                                     quoted(name_), origin_));
     noteEvaluate(number_, record_.evaluate);
     active_ = true;
     return record_;
@@ -108,17 +111,18 @@ void ServerList::add(const HostServer *table, const std::string &origin) {
     for (const HostServer *server = table; server && server->className; ++server) {
         if (!isClass(*server, HOST_CLASS_NODE_HANDLER)) continue;
         if (!server->name || !*server->name) throw InputError(origin + ": a node server has no name");
-        if (!server->activate) throw InputError(origin + ": node " + quoted(server->name) + " has no activation");
+        if (!server->activate)
+            throw InputError(fmt::format("{}: node {} has no activation", origin, quoted(server->name)));
         if (find(server->name) || isNamed(added, server->name))
-            throw InputError(origin + ": there is already a node " + quoted(server->name));
+            throw InputError(fmt::format("{}: there is already a node {}", origin, quoted(server->name)));
         const int number = origin == kBuiltinOrigin ? kHostServer : numberOfServer(server->name);
         added.push_back(std::make_unique<ServerClass>(*server, findInterface(table, server->name), origin, number));
     }
     for (const HostServer *server = table; server && server->className; ++server) {
         if (!isClass(*server, HOST_CLASS_NODE_INTERFACE)) continue;
         if (!server->name || !isNamed(added, server->name))
-            throw InputError(origin + ": there is a panel for " + quoted(server->name ? server->name : "") +
-                             ", but no such node");
+            throw InputError(fmt::format("{}: there is a panel for {}, but no such node", origin,
+                                         quoted(server->name ? server->name : "")));
     }
     std::move(added.begin(), added.end(), std::back_inserter(classes_));
 }
@@ -137,7 +141,7 @@ ServerClass &ServerList::get(std::string_view name) const {
     if (ServerClass *found = find(name)) return *found;
     std::vector<std::string> known;
     for (const auto &one : classes_) known.push_back(one->name());
-    throw InputError("no node " + quoted(name) + suggestion(name, known));
+    throw InputError(fmt::format("no node {}{}", quoted(name), suggestion(name, known)));
 }
 
 ServerList &serverList() {

@@ -6,6 +6,8 @@
 #include "host/graph/network_blocks.h"
 #include "host/panel/settings.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -24,11 +26,11 @@ enum {
     kReflection,
     kTransparency,
     kRefractionIndex,
-    kNormal // an input alone
+    kNormal // an input without a value
 };
 
-// The root stands on the same frame as the host's own nodes, but is no node that one could add. Its numbers are plain
-// fractions, not percentages.
+// The root is described in the same way as the host's own nodes, but is in no server list: it cannot be added to a
+// network. Its numbers are plain fractions, not percentages.
 constinit const builtin::Definition kRoot{
     .name = "Surface",
     .colour = {100, 100, 100},
@@ -52,22 +54,22 @@ ServerClass &rootClass() {
 
 } // namespace
 
-// What samples read, found once.
+// Reads the root's values; has access to the surface.
 struct Surface::Root {
-    static const builtin::Instance &instance(const Network &editor) {
-        return *static_cast<const builtin::Instance *>(editor.root().instance);
+    static const builtin::Instance &instance(const Network &network) {
+        return *static_cast<const builtin::Instance *>(network.root().instance);
     }
-    static void read(const Network &editor, int place, ShadingSample *sample, double *value) {
-        const HostNode &root = editor.root();
-        const auto index = static_cast<std::size_t>(place);
-        const auto &own = instance(editor).values[index];
-        std::copy_n(own.begin(), place == kColour ? 3 : 1, value);
-        if (editor.state() == 0) evaluateInput(root.inputs[index].get(), sample, value);
+    static void read(const Network &network, int parameter, ShadingSample *sample, double *value) {
+        const HostNode &root = network.root();
+        const auto index = static_cast<std::size_t>(parameter);
+        const auto &own = instance(network).values[index];
+        std::copy_n(own.begin(), parameter == kColour ? 3 : 1, value);
+        if (network.state() == 0) evaluateInput(root.inputs[index].get(), sample, value);
     }
-    static void readNormal(const Network &editor, ShadingSample *sample, double normal[3]) {
+    static void readNormal(const Network &network, ShadingSample *sample, double normal[3]) {
         std::copy_n(sample->shadingNormal, 3, normal);
         double found[3] = {normal[0], normal[1], normal[2]};
-        if (editor.state() != 0 || !evaluateInput(editor.root().inputs[kNormal].get(), sample, found)) return;
+        if (network.state() != 0 || !evaluateInput(network.root().inputs[kNormal].get(), sample, found)) return;
         const double length = std::hypot(found[0], found[1], found[2]);
         if (!(length > 0) || !std::isfinite(length)) return;
         for (int i = 0; i < 3; ++i) normal[i] = found[i] / length;
@@ -78,75 +80,75 @@ struct Surface::Root {
     }
 };
 
-Surface::Surface(std::string name) : editor_(std::make_unique<Network>(std::move(name), rootClass())) {
-    createInput(editor_->root(), kConnectVector, "Normal", nullptr);
-    editor_->setUserData(this);
-    editor_->setAutosize(Root::autosize);
+Surface::Surface(std::string name) : network_(std::make_unique<Network>(std::move(name), rootClass())) {
+    createInput(network_->root(), kConnectVector, "Normal", nullptr);
+    network_->setUserData(this);
+    network_->setAutosize(Root::autosize);
 }
 
 Surface::~Surface() = default;
 
-void Surface::setDefault(const SettingDescription &setting) { applySetting(*panelOf(editor_->root()), setting); }
+void Surface::setDefault(const SettingDescription &setting) { applySetting(*panelOf(network_->root()), setting); }
 
 SurfaceValues Surface::evaluate(ShadingSample *sample) const {
     SurfaceValues values;
-    Root::read(*editor_, kColour, sample, values.colour);
-    Root::read(*editor_, kLuminosity, sample, &values.luminosity);
-    Root::read(*editor_, kDiffuse, sample, &values.diffuse);
-    Root::read(*editor_, kSpecular, sample, &values.specular);
-    Root::read(*editor_, kGlossiness, sample, &values.glossiness);
-    Root::read(*editor_, kReflection, sample, &values.reflection);
-    Root::read(*editor_, kTransparency, sample, &values.transparency);
-    Root::read(*editor_, kRefractionIndex, sample, &values.refractionIndex);
-    Root::readNormal(*editor_, sample, values.normal);
+    Root::read(*network_, kColour, sample, values.colour);
+    Root::read(*network_, kLuminosity, sample, &values.luminosity);
+    Root::read(*network_, kDiffuse, sample, &values.diffuse);
+    Root::read(*network_, kSpecular, sample, &values.specular);
+    Root::read(*network_, kGlossiness, sample, &values.glossiness);
+    Root::read(*network_, kReflection, sample, &values.reflection);
+    Root::read(*network_, kTransparency, sample, &values.transparency);
+    Root::read(*network_, kRefractionIndex, sample, &values.refractionIndex);
+    Root::readNormal(*network_, sample, values.normal);
     return values;
 }
 
 double Surface::evaluateTransparency(ShadingSample *sample) const {
     double transparency;
-    Root::read(*editor_, kTransparency, sample, &transparency);
+    Root::read(*network_, kTransparency, sample, &transparency);
     return transparency;
 }
 
 namespace {
 
-// Adds the surface's name to what went wrong in its network.
+// Adds the surface's name to the errors of its network.
 template <class Act>
-void named(const std::string &surface, Act act) {
+void withName(const std::string &surface, Act act) {
     try {
         act();
     } catch (const InputError &error) {
-        throw InputError("surface " + quoted(surface) + ": " + error.what());
+        throw InputError(fmt::format("surface {}: {}", quoted(surface), error.what()));
     }
 }
 
 } // namespace
 
 void Surface::init(int mode) {
-    named(name(), [&] { editor_->init(mode); });
+    withName(name(), [&] { network_->init(mode); });
 }
 
 void Surface::newTime(int frame, double time) {
-    named(name(), [&] { editor_->newTime(frame, time); });
+    withName(name(), [&] { network_->newTime(frame, time); });
 }
 
-void Surface::cleanup() { editor_->cleanup(); }
+void Surface::cleanup() { network_->cleanup(); }
 
 void Surface::setBounds(const double bounds[3][2]) { std::copy(&bounds[0][0], &bounds[0][0] + 6, &bounds_[0][0]); }
 
 void Surface::save(const HostSaveState &state) {
-    named(name(), [&] {
+    withName(name(), [&] {
         state.beginBlock(state.data, &blocks::kNetwork, 0);
-        editor_->save(state);
+        network_->save(state);
         state.endBlock(state.data);
     });
 }
 
 void Surface::load(const HostLoadState &state) {
-    named(name(), [&] {
+    withName(name(), [&] {
         const HostBlockId table[] = {blocks::kNetwork, {0, nullptr}};
         if (state.findBlock(state.data, table) == 0) throw InputError("there is no network in the file");
-        editor_->load(state);
+        network_->load(state);
         state.endBlock(state.data);
     });
 }

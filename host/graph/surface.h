@@ -1,4 +1,4 @@
-// A surface: a network whose root is a "Surface" node, and the shading values that it yields for a sample.
+// A surface: a network whose root is a "Surface" node, and the shading values that it computes for a sample.
 #pragma once
 
 #include "host/graph/network.h"
@@ -9,7 +9,7 @@
 
 namespace velm::host {
 
-// What the renderer shades with. Fractions are 1.0 for full; nothing is clamped, since networks may overdrive.
+// The values that the renderer shades with. Fractions are 0 to 1, but not clamped: networks may exceed the range.
 struct SurfaceValues {
     double colour[3];
     double luminosity;
@@ -19,7 +19,7 @@ struct SurfaceValues {
     double reflection;
     double transparency;
     double refractionIndex;
-    double normal[3]; // unit length, world space: what is connected to Normal, else the sample's shading normal
+    double normal[3]; // unit length, world space: the input Normal, or else the sample's shading normal
 };
 
 class Surface {
@@ -29,36 +29,38 @@ class Surface {
     Surface(const Surface &) = delete;
     Surface &operator=(const Surface &) = delete;
 
-    // The root node goes by the surface's name.
-    const std::string &name() const { return editor_->name(); }
-    Network &editor() { return *editor_; }
+    const std::string &name() const { return network_->name(); } // also the root node's, until a node takes it
+    Network &network() { return *network_; }
 
-    // Sets a value of the root as a person would on its panel: "Color" a triple, the others numbers (fractions, not
-    // per cent), each also as keys. InputError with the nearest right name, or saying what the value should be.
+    // Sets a value of the root, as an artist would on its panel: "Color" is three numbers, each of the others one
+    // number (a fraction, not a percentage); all of them may be keys. InputError, with the nearest name or the expected
+    // kind of value, for anything else. [interface thread; not while rendering]
     void setDefault(const SettingDescription &setting);
     void setDefault(const std::string &name, const SettingValue &value) { setDefault({name, value, {}}); }
 
-    // The root's values overridden by what is connected. Allocates nothing. [render threads]
+    // The root's values, overridden by its inputs where they are connected. Allocates nothing. [render threads]
     SurfaceValues evaluate(ShadingSample *sample) const;
-    // The Transparency alone, for rays that only ask whether they are stopped. [render threads]
+    // The transparency alone, for shadow rays. [render threads]
     double evaluateTransparency(ShadingSample *sample) const;
 
-    // InputError with the surface's and the node's name. [between frames]
+    // As Network's functions; InputError with the names of surface and node. [between frames]
     void init(int mode);
     void newTime(int frame, double time); // seconds
     void cleanup();
 
-    // The extent of what carries the surface, low and high of x, y and z in metres; nodes size their previews by it.
+    // The extent of the geometry that has the surface: low and high of x, y and z in metres. Nodes scale their previews
+    // by it. Until it is set, a unit cube about the origin.
     void setBounds(const double bounds[3][2]);
 
-    // The network as a block "Nodal_Block" / NODS.
+    // Writes the network as a block NODS (text: "Nodal_Block"), or finds that block and reads it. InputError, with the
+    // surface's name, when the block is missing or a node fails. [interface thread; not while rendering]
     void save(const HostSaveState &state);
-    void load(const HostLoadState &state); // looks for the block; InputError when it is missing
+    void load(const HostLoadState &state);
 
   private:
     struct Root;
     double bounds_[3][2] = {{-0.5, 0.5}, {-0.5, 0.5}, {-0.5, 0.5}};
-    std::unique_ptr<Network> editor_;
+    std::unique_ptr<Network> network_;
 };
 
 } // namespace velm::host

@@ -64,6 +64,21 @@ CallScope::~CallScope() {
     count(*slot_);
 }
 
+DialogScope::DialogScope()
+    : slot_(board->slots[slotIndex]), outerCall_(slot_.call.load(kRelaxed)), outerServer_(slot_.server.load(kRelaxed)),
+      outerInDialog_(slot_.inDialog.load(kRelaxed)) {
+    slot_.inDialog.store(true, kRelaxed);
+    slot_.call.store(nullptr, kRelaxed);
+    count(slot_);
+}
+
+DialogScope::~DialogScope() {
+    slot_.server.store(outerServer_, kRelaxed);
+    slot_.call.store(outerCall_, kRelaxed);
+    slot_.inDialog.store(outerInDialog_, kRelaxed);
+    count(slot_);
+}
+
 int serverInCall() {
     const CallSlot &slot = board->slots[slotIndex];
     return slot.call.load(kRelaxed) ? slot.server.load(kRelaxed) : kHostServer;

@@ -46,6 +46,7 @@ struct alignas(64) CallSlot {
     std::atomic<const char *> last;   // the call made last, ended or not
     std::atomic<int> server;          // of the call
     std::atomic<int> thread;          // the system's number of the render thread that has the slot; 0: none has it
+    std::atomic<bool> inDialog;       // no call, since the last noted one waits for a person; see DialogScope
     std::atomic<bool> answered;       // the thread was asked where it is, and this is what it said
     CallSite answer;
 };
@@ -97,6 +98,24 @@ class CallScope {
     CallSlot *slot_ = nullptr; // null: nothing is noted
     const char *outerCall_ = nullptr;
     int outerServer_ = 0;
+};
+
+// Notes that the call in which the calling thread is waits for a person, for as long as the scope lasts: the host shows
+// a dialog on the module's behalf. Meanwhile the thread counts as outside of the module. The time does not count
+// against the call limit (see guarded.h), and a crash is not blamed on the module. Calls that the dialog makes into
+// modules are noted as usual. Scopes nest. [interface thread]
+class DialogScope {
+  public:
+    DialogScope();
+    ~DialogScope();
+    DialogScope(const DialogScope &) = delete;
+    DialogScope &operator=(const DialogScope &) = delete;
+
+  private:
+    CallSlot &slot_;
+    const char *const outerCall_; // null: in no noted call
+    const int outerServer_;
+    const bool outerInDialog_;
 };
 
 // The server in whose call the calling thread is; kHostsOwn outside of all calls.

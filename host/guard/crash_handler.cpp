@@ -34,6 +34,8 @@ CallSite whereabouts(int slotNumber, void *context) {
             if (const int server = slot.server.load(std::memory_order_relaxed); server >= 0) noted.servers.add(server);
             return noted;
         }
+        // The stack leads through the module that asked for the dialog.
+        if (slot.inDialog.load(std::memory_order_relaxed)) return {};
     }
     const StackFinding found = searchStack(context);
     if (!found.inModule) return {};

@@ -16,9 +16,10 @@ struct GuardOptions {
 // work's own exceptions are not passed on: it has to catch them. Whatever happens, no unfinished file is left behind.
 // Signals that end programs end both: SIGINT and SIGQUIT, which a terminal sends to both, are passed on when they were
 // sent to this process alone. What the other process dies of, this one dies of, too, unless it is told as an error.
-// Time counts against the limit only while a call is being made or samples are evaluated, and while nothing else is
-// finished meanwhile; and evaluating counts only where a thread is in the module's code at the end of it.
-// [main thread; others, which libraries may have, are idle] `module` is the file that errors are to name.
+// A call does not use up the limit while a DialogScope lives. Time counts against the limit only while a call is being
+// made or samples are evaluated, and while nothing else is finished meanwhile; and evaluating counts only where a
+// thread is in the module's code at the end of it. [main thread; others, which libraries may have, are idle] `module`
+// is the file that errors are to name.
 int runGuarded(const std::string &module, const GuardOptions &options, const std::function<int()> &work);
 
 } // namespace velm::host

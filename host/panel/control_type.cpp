@@ -12,15 +12,19 @@ constexpr Storage kReal = Storage::real;
 constexpr Storage kAnimated = Storage::animated;
 
 constexpr ControlType kTypes[] = {
-    {.name = "integer", .kind = ControlKind::whole, .storage = Storage::whole, .components = 1, .unit = Unit::none},
-    {.name = "iPopChoice", .kind = ControlKind::choice, .storage = Storage::whole, .components = 1, .unit = Unit::none},
-    {.name = "iChoice", .kind = ControlKind::choice, .storage = Storage::whole, .components = 1, .unit = Unit::none},
-    {.name = "iPopTransform",
-     .kind = ControlKind::transform,
-     .storage = Storage::whole,
+    {.name = "integer", .kind = ControlKind::integer, .storage = Storage::integer, .components = 1, .unit = Unit::none},
+    {.name = "iPopChoice",
+     .kind = ControlKind::choice,
+     .storage = Storage::integer,
      .components = 1,
      .unit = Unit::none},
-    {.name = "iBoolean", .kind = ControlKind::flag, .storage = Storage::whole, .components = 1, .unit = Unit::none},
+    {.name = "iChoice", .kind = ControlKind::choice, .storage = Storage::integer, .components = 1, .unit = Unit::none},
+    {.name = "iPopTransform",
+     .kind = ControlKind::transform,
+     .storage = Storage::integer,
+     .components = 1,
+     .unit = Unit::none},
+    {.name = "iBoolean", .kind = ControlKind::flag, .storage = Storage::integer, .components = 1, .unit = Unit::none},
     {.name = "string", .kind = ControlKind::text, .storage = Storage::text, .components = 1, .unit = Unit::none},
     {.name = "vButton", .kind = ControlKind::button, .storage = Storage::none, .components = 0, .unit = Unit::none},
     {.name = "dThumbnail", .kind = ControlKind::drawing, .storage = Storage::none, .components = 0, .unit = Unit::none},
@@ -48,16 +52,15 @@ constexpr ControlType kTypes[] = {
 } // namespace
 
 const ControlType *findControlType(std::string_view name) {
-    for (const ControlType &type : kTypes) {
+    for (const ControlType &type : kTypes)
         if (name == type.name) return &type;
-    }
     return nullptr;
 }
 
-// Values are described by the names of the controls that hold them alike; the controls over an integer have theirs.
+// A value description names the type of a control with the same storage.
 Storage storageOfValueType(std::string_view name) {
     const ControlType *type = findControlType(name);
-    return type != nullptr ? type->storage : Storage::none;
+    return type ? type->storage : Storage::none;
 }
 
 double shownFactor(Unit unit) {

@@ -1,4 +1,4 @@
-// The kinds of controls that panels have, and how their values are held and shown.
+// The types of controls on panels, and how their values are stored and shown.
 #pragma once
 
 #include <string>
@@ -7,44 +7,44 @@
 namespace velm::host {
 
 enum class ControlKind {
-    number,    // one or three numbers
-    whole,     // a whole number
-    choice,    // one of a list of texts; the value is its place
-    transform, // one of a list of texts; the value is looked up in a list of numbers
+    number, // one or three numbers
+    integer,
+    choice,    // one of a list of texts; the value is its index
+    transform, // one of a list of texts; the value is the number at the same index in a list of numbers
     flag,      // a check box, 0 or 1
     text,
     button,
     drawing,
 };
 
-// What the pointer points to that a panel's getter hands out.
+// What the pointer that a panel's getter returns points to.
 enum class Storage {
     none,     // no value
-    whole,    // an int
+    integer,  // an int
     real,     // one or three doubles
-    animated, // a HostVParm of as many components
-    text,     // characters, ended by 0
+    animated, // a HostVParm with one or three components
+    text,     // characters that end with a 0
 };
 
 enum class Unit { none, percent, metres, degrees, colour };
 
 struct ControlType {
-    const char *name; // "percent-env"
+    const char *name; // as in hints, such as "percent-env"
     ControlKind kind;
     Storage storage;
-    int components;
+    int components; // 1 or 3; 0 without a value
     Unit unit;
 };
 
-// Null for a name that is none.
+// Null for an unknown name.
 const ControlType *findControlType(std::string_view name);
 
-// What holds a value of a value description's type text ("integer", "percent-env", "string"); Storage::none for a text
-// that names no type.
+// The storage of a value, from the type text in its description ("integer", "percent-env", "string"); Storage::none for
+// an unknown text.
 Storage storageOfValueType(std::string_view name);
 
-// What a held number is multiplied with to give the shown one: 100 for fractions shown as per cent, 180/pi for radians
-// shown as degrees, else 1.
+// The shown number divided by the stored number: 100 for fractions that are shown as percentages, 180/pi for radians
+// that are shown as degrees, 1 for everything else.
 double shownFactor(Unit unit);
 
 // "%", "m", "degrees" or "".

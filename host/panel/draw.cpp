@@ -49,7 +49,7 @@ Colour colourOf(int number) {
 }
 
 void rgbPixel(HostDrawArea *area, int red, int green, int blue, int x, int y) {
-    if (area != nullptr) area->put(x, y, red, green, blue);
+    if (area) area->put(x, y, red, green, blue);
 }
 
 void pixel(HostDrawArea *area, int colour, int x, int y) {
@@ -58,13 +58,12 @@ void pixel(HostDrawArea *area, int colour, int x, int y) {
 }
 
 void rgbBox(HostDrawArea *area, int red, int green, int blue, int x, int y, int width, int height) {
-    if (area == nullptr) return;
-    // Cut first: a box may be far larger than the area.
+    if (!area) return;
+    // Clip first: a box may be far larger than the area.
     const long long right = std::min<long long>(static_cast<long long>(x) + width, area->width);
     const long long bottom = std::min<long long>(static_cast<long long>(y) + height, area->height);
-    for (int row = std::max(y, 0); row < bottom; ++row) {
+    for (int row = std::max(y, 0); row < bottom; ++row)
         for (int column = std::max(x, 0); column < right; ++column) area->put(column, row, red, green, blue);
-    }
 }
 
 void box(HostDrawArea *area, int colour, int x, int y, int width, int height) {
@@ -72,25 +71,25 @@ void box(HostDrawArea *area, int colour, int x, int y, int width, int height) {
     rgbBox(area, rgb.red, rgb.green, rgb.blue, x, y, width, height);
 }
 
-// One pixel for each step along the longer direction, both ends included. Steps outside the area are left out by
-// arithmetic, as ends may lie anywhere.
+// One pixel for each step along the longer direction, both ends included. Only the steps inside the area are visited,
+// as the ends may be far outside.
 void line(HostDrawArea *area, int colour, int x0, int y0, int x1, int y1) {
-    if (area == nullptr) return;
+    if (!area) return;
     const double dx = static_cast<double>(x1) - x0;
     const double dy = static_cast<double>(y1) - y0;
-    const bool wide = std::abs(dx) >= std::abs(dy);
-    const double length = wide ? std::abs(dx) : std::abs(dy);
+    const bool isWide = std::abs(dx) >= std::abs(dy);
+    const double length = isWide ? std::abs(dx) : std::abs(dy);
     if (length == 0) return pixel(area, colour, x0, y0);
-    const int extent = wide ? area->width : area->height;
-    const double start = wide ? x0 : y0;
-    const double direction = (wide ? dx : dy) / length;
+    const int extent = isWide ? area->width : area->height;
+    const double start = isWide ? x0 : y0;
+    const double direction = (isWide ? dx : dy) / length;
     for (int along = 0; along < extent; ++along) {
         const double step = (along - start) * direction;
         if (step < 0 || step > length) continue;
-        const double across = (wide ? y0 : x0) + (wide ? dy : dx) * (step / length);
-        if (across < -1 || across > (wide ? area->height : area->width)) continue;
+        const double across = (isWide ? y0 : x0) + (isWide ? dy : dx) * (step / length);
+        if (across < -1 || across > (isWide ? area->height : area->width)) continue;
         const int rounded = static_cast<int>(across + 1.5) - 1;
-        wide ? pixel(area, colour, along, rounded) : pixel(area, colour, rounded, along);
+        isWide ? pixel(area, colour, along, rounded) : pixel(area, colour, rounded, along);
     }
 }
 
@@ -105,7 +104,7 @@ void border(HostDrawArea *area, int indent, int x, int y, int width, int height)
 }
 
 int textWidth(HostDrawArea *, const char *text) {
-    return text != nullptr ? static_cast<int>(std::strlen(text)) * kCharacterWidth : 0;
+    return text ? static_cast<int>(std::strlen(text)) * kCharacterWidth : 0;
 }
 
 int textHeight(HostDrawArea *, const char *) { return kCharacterHeight; }
@@ -141,8 +140,8 @@ DrawSize thumbnailSize(const PanelItem &control) {
 }
 
 void drawControl(HostPanel &panel, const PanelItem &control, HostDrawArea &area) {
-    if (control.draw != nullptr)
-        callModule(panel.maker, "panel draw",
+    if (control.draw)
+        callModule(panel.owningServer, "panel draw",
                    [&] { control.draw(&panel, control.id, &area, area.width, area.height); });
 }
 

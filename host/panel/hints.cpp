@@ -1,13 +1,13 @@
-// Reads hint lists into a panel. A list has no length and an unknown tag no known number of words, so reading stops
-// with a mistake at either sign that something is wrong.
-
+// Reads hint lists into a panel. A list does not say its length, nor a tag how many words follow it. Reading therefore
+// stops, with a mistake, at an unknown tag and after the largest number of words.
 #include "host/base/hex.h"
 #include "host/panel/panel.h"
 
-#include <cstdio>
+#include <fmt/format.h>
+
 #include <utility>
 
-using velm::host::hex;
+using namespace velm::host;
 
 namespace {
 
@@ -25,7 +25,7 @@ class HintReader {
         while (!stopped_) {
             const HostWord tag = word();
             if (tag == kHintEnd || stopped_) return;
-            if (!readLayout(tag) && !readLimits(tag) && !readControl(tag) && !readWhole(tag))
+            if (!readLayout(tag) && !readLimits(tag) && !readControl(tag) && !readGlobal(tag))
                 stop("the hint list has an unknown tag, " + hex(tag));
         }
     }
@@ -42,9 +42,9 @@ class HintReader {
     HostWord word() { return hint().word; }
     unsigned int id() { return static_cast<unsigned int>(word()); }
     int number() { return static_cast<int>(static_cast<unsigned int>(word())); }
-    velm::host::PanelItem &item() { return panel_.itemFor(id()); }
-    // Hands the item whose identifier comes next to `take`, which reads the words behind it. (In `item().x = word()`
-    // the right side would be read first.)
+    PanelItem &item() { return panel_.itemFor(id()); }
+    // Calls `take` with the item whose identifier comes next; it reads the words after it. (In `item().x = word()`, the
+    // right side would be evaluated first.)
     template <class Take>
     bool withItem(Take take) {
         take(item());
@@ -57,23 +57,23 @@ class HintReader {
     }
     std::vector<std::string> texts(const char *const *list, std::size_t most) {
         std::vector<std::string> all;
-        for (; list != nullptr && *list != nullptr && all.size() < most; ++list) all.emplace_back(*list);
+        for (; list && *list && all.size() < most; ++list) all.emplace_back(*list);
         if (all.size() == kMostTexts) stop("a list of texts has no end");
         return all;
     }
-    void mark(bool velm::host::PanelItem::*flag) {
+    void mark(bool PanelItem::*flag) {
         for (const unsigned int each : ids()) panel_.itemFor(each).*flag = true;
     }
 
     void addControl();
-    void addContainer(velm::host::ItemKind kind);
+    void addContainer(ItemKind kind);
     void readRange();
     void readTransform();
     void readEnable();
     bool readLayout(HostWord tag);
     bool readLimits(HostWord tag);
     bool readControl(HostWord tag);
-    bool readWhole(HostWord tag);
+    bool readGlobal(HostWord tag);
 
     HostPanel &panel_;
     const HostHint *next_;
@@ -83,26 +83,25 @@ class HintReader {
 };
 
 void HintReader::addControl() {
-    velm::host::PanelItem &control = item();
+    PanelItem &control = item();
     const char *name = hint().text;
     const unsigned int valueId = id();
     if (stopped_) return;
-    if (control.kind != velm::host::ItemKind::unknown) stop(hex(control.id) + " is added to the panel twice");
-    control.type = name != nullptr ? velm::host::findControlType(name) : nullptr;
-    if (control.type == nullptr)
-        return stop("the control " + hex(control.id) + " has the unknown type \"" + (name != nullptr ? name : "") +
-                    "\"");
-    control.kind = velm::host::ItemKind::control;
+    if (control.kind != ItemKind::unknown) stop(fmt::format("{} is added to the panel twice", hex(control.id)));
+    control.type = name ? findControlType(name) : nullptr;
+    if (!control.type)
+        return stop(fmt::format("the control {} has the unknown type \"{}\"", hex(control.id), name ? name : ""));
+    control.kind = ItemKind::control;
     control.valueId = valueId;
     panel_.order_.push_back(control.id);
 }
 
-void HintReader::addContainer(velm::host::ItemKind kind) {
-    velm::host::PanelItem &container = item();
-    if (container.kind != velm::host::ItemKind::unknown)
-        return stop(hex(container.id) + " is added to the panel twice");
+void HintReader::addContainer(ItemKind kind) {
+    PanelItem &container = item();
+    if (container.kind != ItemKind::unknown)
+        return stop(fmt::format("{} is added to the panel twice", hex(container.id)));
     container.kind = kind;
-    if (kind == velm::host::ItemKind::stack) {
+    if (kind == ItemKind::stack) {
         container.valueId = id();
         container.map = hint().numbers;
     }
@@ -111,24 +110,24 @@ void HintReader::addContainer(velm::host::ItemKind kind) {
 }
 
 void HintReader::readRange() {
-    velm::host::PanelItem &control = item();
+    PanelItem &control = item();
     control.minimum = number();
     control.maximum = number();
     control.step = number();
 }
 
 void HintReader::readTransform() {
-    velm::host::PanelItem &control = item();
+    PanelItem &control = item();
     const HostWord count = word();
     const int *numbers = hint().numbers;
     if (stopped_) return;
-    if (count > kMostTexts || numbers == nullptr)
-        return stop("the control " + hex(control.id) + " has no list of values");
+    if (count > kMostTexts || !numbers)
+        return stop(fmt::format("the control {} has no list of values", hex(control.id)));
     control.transform.assign(numbers, numbers + count);
 }
 
 void HintReader::readEnable() {
-    velm::host::EnableRule rule;
+    EnableRule rule;
     rule.valueId = id();
     if (const char *message = hint().text) rule.message = message;
     word(); // reserved
@@ -140,12 +139,12 @@ void HintReader::readEnable() {
 bool HintReader::readLayout(HostWord tag) {
     switch (tag) {
     case kHintAddControl: addControl(); return true;
-    case kHintGroup: addContainer(velm::host::ItemKind::group); return true;
-    case kHintStack: addContainer(velm::host::ItemKind::stack); return true;
-    case kHintTabs: addContainer(velm::host::ItemKind::tabs); return true;
-    case kHintLeftAlign: mark(&velm::host::PanelItem::leftAligned); return true;
-    case kHintNarrow: mark(&velm::host::PanelItem::narrow); return true;
-    case kHintDividerAfter: mark(&velm::host::PanelItem::dividerAfter); return true;
+    case kHintGroup: addContainer(ItemKind::group); return true;
+    case kHintStack: addContainer(ItemKind::stack); return true;
+    case kHintTabs: addContainer(ItemKind::tabs); return true;
+    case kHintLeftAlign: mark(&PanelItem::leftAligned); return true;
+    case kHintNarrow: mark(&PanelItem::narrow); return true;
+    case kHintDividerAfter: mark(&PanelItem::dividerAfter); return true;
     case kHintEnable: readEnable(); return true;
     default: return false;
     }
@@ -153,13 +152,13 @@ bool HintReader::readLayout(HostWord tag) {
 
 bool HintReader::readLimits(HostWord tag) {
     switch (tag) {
-    case kHintMinimum: return withItem([&](velm::host::PanelItem &control) { control.minimum = number(); });
-    case kHintMaximum: return withItem([&](velm::host::PanelItem &control) { control.maximum = number(); });
-    case kHintStep: return withItem([&](velm::host::PanelItem &control) { control.step = number(); });
+    case kHintMinimum: return withItem([&](PanelItem &control) { control.minimum = number(); });
+    case kHintMaximum: return withItem([&](PanelItem &control) { control.maximum = number(); });
+    case kHintStep: return withItem([&](PanelItem &control) { control.step = number(); });
     case kHintRange: readRange(); return true;
-    case kHintSensitivity: return withItem([&](velm::host::PanelItem &control) { control.sensitivity = number(); });
+    case kHintSensitivity: return withItem([&](PanelItem &control) { control.sensitivity = number(); });
     case kHintEnforceLimits: {
-        velm::host::PanelItem &control = item();
+        PanelItem &control = item();
         control.minimumEnforced = word() != 0;
         control.maximumEnforced = word() != 0;
         return true;
@@ -172,28 +171,27 @@ bool HintReader::readControl(HostWord tag) {
     switch (tag) {
     case kHintLabel:
     case kHintStringList: {
-        velm::host::PanelItem &labelled = item();
+        PanelItem &labelled = item();
         const HostHint argument = hint();
         word(); // the closing 0
         if (tag == kHintStringList)
             labelled.entries = texts(argument.texts, kMostTexts);
         else
-            labelled.label = argument.text != nullptr ? argument.text : "";
+            labelled.label = argument.text ? argument.text : "";
         return true;
     }
     case kHintPopupFunctions: {
-        velm::host::PanelItem &control = item();
+        PanelItem &control = item();
         control.popupCount = hint().popupCount;
         control.popupName = hint().popupName;
         return true;
     }
     case kHintValueTransform: readTransform(); return true;
-    case kHintButton: return withItem([&](velm::host::PanelItem &control) { control.button = hint().button; });
-    case kHintDraw: return withItem([&](velm::host::PanelItem &control) { control.draw = hint().draw; });
-    case kHintVectorLabels:
-        return withItem([&](velm::host::PanelItem &control) { control.vectorLabels = texts(hint().texts, 3); });
+    case kHintButton: return withItem([&](PanelItem &control) { control.button = hint().button; });
+    case kHintDraw: return withItem([&](PanelItem &control) { control.draw = hint().draw; });
+    case kHintVectorLabels: return withItem([&](PanelItem &control) { control.vectorLabels = texts(hint().texts, 3); });
     case kHintControlOptions: {
-        velm::host::PanelItem &control = item();
+        PanelItem &control = item();
         word(); // reserved
         control.options = id();
         return true;
@@ -202,7 +200,7 @@ bool HintReader::readControl(HostWord tag) {
     }
 }
 
-bool HintReader::readWhole(HostWord tag) {
+bool HintReader::readGlobal(HostWord tag) {
     switch (tag) {
     case kHintChangeNotify: panel_.change_ = hint().change; return true;
     case kHintDestroyNotify:
@@ -214,7 +212,7 @@ bool HintReader::readWhole(HostWord tag) {
         const HostHint *list = hint().list;
         if (nested_ >= kMostNested)
             stop("hint lists are nested too deeply");
-        else if (list != nullptr)
+        else if (list)
             HintReader(panel_, list, nested_ + 1).readAll();
         return true;
     }
@@ -223,5 +221,5 @@ bool HintReader::readWhole(HostWord tag) {
 }
 
 void HostPanel::addHints(const HostHint *list) {
-    if (list != nullptr) HintReader(*this, list, 0).readAll();
+    if (list) HintReader(*this, list, 0).readAll();
 }

@@ -9,7 +9,7 @@ namespace velm::host {
 
 namespace {
 
-using Path = std::vector<std::size_t>; // places of the items on the way from the panel down
+using Path = std::vector<std::size_t>; // the indices of the items from the panel down to an item
 
 bool findPath(const LayoutItem &from, unsigned int id, Path &path) {
     for (std::size_t i = 0; i < from.items.size(); ++i) {
@@ -22,12 +22,12 @@ bool findPath(const LayoutItem &from, unsigned int id, Path &path) {
 
 LayoutItem &follow(LayoutItem &from, const Path &path) {
     LayoutItem *at = &from;
-    for (const std::size_t place : path) at = &at->items[place];
+    for (const std::size_t index : path) at = &at->items[index];
     return *at;
 }
 
-// The way to the innermost item that holds all of these.
-Path commonHolder(const std::vector<Path> &paths) {
+// The path of the innermost item that contains all of these.
+Path commonContainer(const std::vector<Path> &paths) {
     Path common(paths.front().begin(), paths.front().end() - 1);
     for (const Path &path : paths) {
         const std::size_t most = std::min(common.size(), path.size() - 1);
@@ -41,16 +41,16 @@ Path commonHolder(const std::vector<Path> &paths) {
 class Builder {
   public:
     explicit Builder(const HostPanel &panel) : panel_(panel) {
-        for (const unsigned int id : panel.containers()) {
+        for (const unsigned int id : panel.containers())
             for (const unsigned int member : panel.item(id)->members) members_.insert(member);
-        }
         for (const unsigned int id : panel.controls()) {
             const PanelItem &control = *panel.find(id);
-            whole_.items.push_back({.kind = ItemKind::control, .id = id, .label = panel.label(control), .items = {}});
+            panelItem_.items.push_back(
+                {.kind = ItemKind::control, .id = id, .label = panel.label(control), .items = {}});
         }
     }
 
-    // A group may be named as a member before it is declared, so each waits for those that it holds.
+    // A group may be a member of another one that was declared before it, so each waits until its members are placed.
     LayoutItem build() {
         std::vector<unsigned int> waiting = panel_.containers();
         while (!waiting.empty()) {
@@ -63,13 +63,13 @@ class Builder {
             }
             waiting = later;
         }
-        return whole_;
+        return panelItem_;
     }
 
   private:
     bool isReady(const PanelItem &container) const {
         return std::all_of(container.members.begin(), container.members.end(),
-                           [this](unsigned int id) { return panel_.find(id) != nullptr || placed_.count(id) != 0; });
+                           [this](unsigned int id) { return panel_.find(id) || placed_.count(id) != 0; });
     }
 
     void place(const PanelItem &container) {
@@ -77,50 +77,52 @@ class Builder {
         std::vector<Path> paths;
         for (const unsigned int member : container.members) {
             Path path;
-            if (findPath(whole_, member, path)) paths.push_back(path);
+            if (findPath(panelItem_, member, path)) paths.push_back(path);
         }
         if (paths.empty()) return;
-        const Path holderPath = commonHolder(paths);
-        LayoutItem &holder = follow(whole_, holderPath);
-        // Pages and alternatives are what they were declared to be; nothing gathers some of them.
-        if (holder.kind != ItemKind::group) return;
-        std::vector<std::size_t> places; // in the holder, in the order of the members
+        const Path containerPath = commonContainer(paths);
+        LayoutItem &around = follow(panelItem_, containerPath);
+        // The members of tabs and stacks stay as they were declared; no group takes some of them.
+        if (around.kind != ItemKind::group) return;
+        std::vector<std::size_t> indices; // of the items around, in the order of the members
         for (const Path &path : paths) {
-            const std::size_t member = path[holderPath.size()];
-            if (std::find(places.begin(), places.end(), member) == places.end()) places.push_back(member);
+            const std::size_t member = path[containerPath.size()];
+            if (std::ranges::find(indices, member) == indices.end()) indices.push_back(member);
         }
-        if (!leavesOrder(container, places)) gather(container, holder, places);
+        if (!isScattered(container, indices)) gather(container, around, indices);
     }
 
-    // A group without a label that nothing refers to, and whose members stand apart, shows nothing but a new order.
-    bool leavesOrder(const PanelItem &container, std::vector<std::size_t> places) const {
+    // True for a group whose members are not adjacent, and which has no label and is in no other group. It would change
+    // nothing but the order of the controls, and is ignored.
+    bool isScattered(const PanelItem &container, std::vector<std::size_t> indices) const {
         if (container.kind != ItemKind::group || !container.label.empty() || members_.count(container.id) != 0)
             return false;
-        std::sort(places.begin(), places.end());
-        return places.back() - places.front() + 1 != places.size();
+        std::ranges::sort(indices);
+        return indices.back() - indices.front() + 1 != indices.size();
     }
 
-    void gather(const PanelItem &container, LayoutItem &holder, const std::vector<std::size_t> &places) {
+    // Replaces the items at these indices by one item that contains them.
+    void gather(const PanelItem &container, LayoutItem &around, const std::vector<std::size_t> &indices) {
         LayoutItem item{.kind = container.kind, .id = container.id, .label = container.label, .items = {}};
-        for (const std::size_t each : places) item.items.push_back(holder.items[each]);
-        const std::size_t first = *std::min_element(places.begin(), places.end());
+        for (const std::size_t each : indices) item.items.push_back(around.items[each]);
+        const std::size_t first = std::ranges::min(indices);
         std::vector<LayoutItem> items;
-        for (std::size_t i = 0; i < holder.items.size(); ++i) {
+        for (std::size_t i = 0; i < around.items.size(); ++i) {
             if (i == first) items.push_back(item);
-            if (std::find(places.begin(), places.end(), i) == places.end()) items.push_back(holder.items[i]);
+            if (std::ranges::find(indices, i) == indices.end()) items.push_back(around.items[i]);
         }
-        holder.items = items;
+        around.items = items;
     }
 
     const HostPanel &panel_;
     std::set<unsigned int> members_, placed_;
-    LayoutItem whole_;
+    LayoutItem panelItem_;
 };
 
-// What the control in question inherits from what stands around it.
+// What a control inherits from the groups and stacks around it.
 struct Surroundings {
     std::vector<std::string> groups;
-    std::vector<StackPlace> stacks;
+    std::vector<StackPosition> stacks;
     bool shown = true;
 };
 
@@ -132,19 +134,19 @@ const PanelItem *controlOf(const HostPanel &panel, unsigned int valueId) {
     return nullptr;
 }
 
-// The driving entries for which a stack shows its member at `place`.
-StackPlace stackPlace(const HostPanel &panel, const PanelItem &stack, int place) {
-    StackPlace result;
+// The driving entries for which a stack shows the member at an index.
+StackPosition stackPosition(const HostPanel &panel, const PanelItem &stack, int index) {
+    StackPosition result;
     const PanelItem *driver = controlOf(panel, stack.valueId);
-    if (driver == nullptr) return result;
+    if (!driver) return result;
     result.drivenBy = panel.uniqueLabel(*driver);
     std::vector<std::string> entries = panel.entries(*driver);
     if (driver->type->kind == ControlKind::flag) entries = {"off", "on"};
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        const bool mapped = driver->type->kind == ControlKind::transform;
-        if (mapped && i >= driver->transform.size()) break;
-        const int value = mapped ? driver->transform[i] : static_cast<int>(i);
-        if (panel.shownFor(stack, value) == place) result.shownFor.push_back(entries[i]);
+        const bool isTransform = driver->type->kind == ControlKind::transform;
+        if (isTransform && i >= driver->transform.size()) break;
+        const int value = isTransform ? driver->transform[i] : static_cast<int>(i);
+        if (panel.shownFor(stack, value) == index) result.shownFor.push_back(entries[i]);
     }
     return result;
 }
@@ -167,10 +169,9 @@ ControlInfo describeControl(HostPanel &panel, const PanelItem &control, const Su
     info.available = panel.isAvailable(control);
     info.enabled = panel.isEnabled(control, &info.message) && info.available;
     info.shown = around.shown;
-    for (const EnableRule *rule : panel.rulesFor(control)) {
+    for (const EnableRule *rule : panel.rulesFor(control))
         if (const PanelItem *driver = controlOf(panel, rule->valueId))
             info.enabledBy.push_back(panel.uniqueLabel(*driver));
-    }
     info.groups = around.groups;
     info.stacks = around.stacks;
     info.leftAligned = control.leftAligned;
@@ -186,16 +187,16 @@ void describeItems(HostPanel &panel, const LayoutItem &item, const Surroundings 
         return;
     }
     const PanelItem *declared = panel.item(item.id);
-    const bool stack = item.kind == ItemKind::stack;
-    const std::optional<int> shown = stack ? panel.shownMember(*declared) : std::nullopt;
+    const bool isStack = item.kind == ItemKind::stack;
+    const std::optional<int> shown = isStack ? panel.shownMember(*declared) : std::nullopt;
     for (const LayoutItem &inner : item.items) {
         Surroundings inside = around;
         if (!item.label.empty()) inside.groups.push_back(item.label);
-        if (stack) {
+        if (isStack) {
             const std::vector<unsigned int> &members = declared->members;
-            const auto place = static_cast<int>(std::find(members.begin(), members.end(), inner.id) - members.begin());
-            inside.stacks.push_back(stackPlace(panel, *declared, place));
-            if (shown && *shown != place) inside.shown = false;
+            const auto index = static_cast<int>(std::ranges::find(members, inner.id) - members.begin());
+            inside.stacks.push_back(stackPosition(panel, *declared, index));
+            if (shown && *shown != index) inside.shown = false;
         }
         describeItems(panel, inner, inside, all);
     }

@@ -1,4 +1,4 @@
-// How a panel's controls are laid out, and what a view or a listing wants to know of each of them.
+// The layout of a panel's controls, and the facts about each control that a view or a listing needs.
 #pragma once
 
 #include "host/panel/panel.h"
@@ -9,7 +9,7 @@
 
 namespace velm::host {
 
-// A control, or a group, stack or set of tabs with what stands in it, in order.
+// A control, or a group, stack or set of tabs with its contents in order.
 struct LayoutItem {
     ItemKind kind = ItemKind::group;
     unsigned int id = 0; // 0 for the panel itself
@@ -17,20 +17,20 @@ struct LayoutItem {
     std::vector<LayoutItem> items;
 };
 
-// The panel as a group of items. Controls stand in the order in which they were added; a group stands where the first
-// of its members stood. Members that already stand deeper than their fellows bring their whole group with them. Throws
-// InputError for a panel with mistakes.
+// The panel as a group of items. Controls keep the order in which they were added; a group is at the position of its
+// first member. A member that is already in a group of its own brings that whole group with it. InputError for a panel
+// with mistakes.
 LayoutItem layout(const HostPanel &panel);
 
-// Where a control stands in a stack: it shows while the driving control has one of these entries.
-struct StackPlace {
+// The condition under which a stack shows a control: the driving control has one of these entries.
+struct StackPosition {
     std::string drivenBy; // label
     std::vector<std::string> shownFor;
 };
 
 struct ControlInfo {
     unsigned int id = 0;
-    std::string name;  // the label that settings go by: "Clamp", "Clamp 2"; empty for none
+    std::string name;  // of the setting: "Clamp", "Clamp 2"; empty for a control without a label
     std::string label; // as shown
     std::string type;  // "percent-env"
     std::string unit;  // "%", "m", "degrees" or ""
@@ -42,11 +42,11 @@ struct ControlInfo {
     std::optional<int> sensitivity;
     bool available = true;              // false: a connection feeds it
     bool enabled = true;                // false while rules disable it, or it is unavailable
-    std::string message;                // why it is disabled
-    bool shown = true;                  // false while a stack shows something else
+    std::string message;                // of the rule that disables it; may be empty
+    bool shown = true;                  // false while a stack shows another member
     std::vector<std::string> enabledBy; // labels of the controls that enable it
-    std::vector<std::string> groups;    // labels of the groups around it, outermost first; unlabelled ones are left out
-    std::vector<StackPlace> stacks;
+    std::vector<std::string> groups;    // labels of the groups around it, outermost first; without unlabelled ones
+    std::vector<StackPosition> stacks;
     bool leftAligned = false, narrow = false, dividerAfter = false;
 };
 

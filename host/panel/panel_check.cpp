@@ -1,12 +1,11 @@
-// What a panel's hints and value description must be like before values are read through them.
-
+// Checks of a panel's hints and value description. Values are read through them only when they pass.
 #include "host/base/error.h"
 #include "host/base/hex.h"
 #include "host/panel/panel.h"
 
-#include <cstdio>
+#include <fmt/format.h>
 
-using velm::host::hex;
+using namespace velm::host;
 
 namespace {
 
@@ -18,79 +17,76 @@ void HostPanel::describe(const HostPanelValue *rows, HostPanelGetter *get, HostP
     get_ = get;
     set_ = set;
     int count = 0;
-    for (const HostPanelValue *each = rows; each != nullptr && each->id != 0; ++each) {
+    for (const HostPanelValue *each = rows; each && each->id != 0; ++each) {
         if (++count > kMostRows) return problem("the description of the values has no end");
-        const char *type = each->type != nullptr ? each->type : "";
-        const velm::host::Storage storage = velm::host::storageOfValueType(type);
-        if (storage == velm::host::Storage::none)
-            problem("the value " + hex(each->id) + " has the unknown type \"" + type + "\"");
-        rows_[each->id] = {.label = each->label != nullptr ? each->label : "", .type = type, .storage = storage};
+        const char *type = each->type ? each->type : "";
+        const Storage storage = storageOfValueType(type);
+        if (storage == Storage::none)
+            problem(fmt::format("the value {} has the unknown type \"{}\"", hex(each->id), type));
+        rows_[each->id] = {.label = each->label ? each->label : "", .type = type, .storage = storage};
     }
 }
 
-void HostPanel::checkControl(const velm::host::PanelItem &control) const {
+void HostPanel::checkControl(const PanelItem &control) const {
     const auto fail = [&control](const std::string &what) {
-        throw velm::host::InputError("the panel's control " + hex(control.id) + " " + what);
+        throw InputError(fmt::format("the panel's control {} {}", hex(control.id), what));
     };
-    const velm::host::ControlType &type = *control.type;
-    if (type.storage == velm::host::Storage::none) return;
-    const velm::host::ValueRow *described = row(control.valueId);
-    if (described == nullptr) fail("has the value " + hex(control.valueId) + ", which is not described");
-    // Reading through a pointer to something else would be fatal.
+    const ControlType &type = *control.type;
+    if (type.storage == Storage::none) return;
+    const ValueRow *described = row(control.valueId);
+    if (!described) fail(fmt::format("has the value {}, which is not described", hex(control.valueId)));
+    // Reading a value as one of another type could crash.
     if (described->storage != type.storage)
-        fail("of type \"" + std::string(type.name) + "\" cannot show a value of type \"" + described->type + "\"");
-    if (kind == kPanelOwn && type.storage == velm::host::Storage::animated)
-        fail("is animated, and the panel has no instance");
-    if (kind == kPanelForm && get_ == nullptr) fail("has no getter");
-    const bool popup = control.popupCount != nullptr && control.popupName != nullptr;
-    const bool listed = type.kind == velm::host::ControlKind::choice || type.kind == velm::host::ControlKind::transform;
+        fail(fmt::format("of type \"{}\" cannot show a value of type \"{}\"", type.name, described->type));
+    if (kind == kPanelOwn && type.storage == Storage::animated) fail("is animated, and the panel has no instance");
+    if (kind == kPanelForm && !get_) fail("has no getter");
+    const bool popup = control.popupCount && control.popupName;
+    const bool listed = type.kind == ControlKind::choice || type.kind == ControlKind::transform;
     if (listed && !popup && control.entries.empty()) fail("has no entries");
-    if (type.kind == velm::host::ControlKind::transform && !popup && control.transform.size() != control.entries.size())
+    if (type.kind == ControlKind::transform && !popup && control.transform.size() != control.entries.size())
         fail("does not have a value for each entry");
 }
 
 void HostPanel::checkDriver(unsigned int valueId, bool mapped) const {
-    const velm::host::ValueRow *described = row(valueId);
-    if (described == nullptr || described->storage != velm::host::Storage::whole)
-        throw velm::host::InputError("a rule of the panel is driven by " + hex(valueId) +
-                                     ", which is no integer value of it");
+    const ValueRow *described = row(valueId);
+    if (!described || described->storage != Storage::integer)
+        throw InputError(fmt::format("a rule of the panel is driven by {}, which is not an integer value of the panel",
+                                     hex(valueId)));
     if (!mapped) return;
     for (const unsigned int id : order_) {
-        const velm::host::PanelItem &control = items_.at(id);
-        if (control.valueId == valueId && (control.popupCount != nullptr || mapLength(valueId) > 0)) return;
+        const PanelItem &control = items_.at(id);
+        if (control.valueId == valueId && (control.popupCount || mapLength(valueId) > 0)) return;
     }
-    throw velm::host::InputError("a rule of the panel has a map over " + hex(valueId) +
-                                 ", which has no known number of places");
+    throw InputError(
+        fmt::format("a rule of the panel has a map over {}, whose number of entries is unknown", hex(valueId)));
 }
 
 void HostPanel::checkRules() const {
     const auto isDeclared = [this](unsigned int id) {
-        const velm::host::PanelItem *found = item(id);
-        return found != nullptr && found->kind != velm::host::ItemKind::unknown;
+        const PanelItem *found = item(id);
+        return found && found->kind != ItemKind::unknown;
     };
-    for (const velm::host::EnableRule &rule : rules_) {
+    for (const EnableRule &rule : rules_) {
         checkDriver(rule.valueId, rule.map != nullptr);
-        for (const unsigned int id : rule.ids) {
-            if (!isDeclared(id)) throw velm::host::InputError("the panel enables " + hex(id) + ", which is not on it");
-        }
+        for (const unsigned int id : rule.ids)
+            if (!isDeclared(id)) throw InputError(fmt::format("the panel enables {}, which is not on it", hex(id)));
     }
     for (const unsigned int container : containerOrder_) {
-        const velm::host::PanelItem &group = items_.at(container);
-        if (group.kind == velm::host::ItemKind::stack) checkDriver(group.valueId, group.map != nullptr);
-        for (const unsigned int id : group.members) {
-            if (!isDeclared(id)) throw velm::host::InputError("the panel groups " + hex(id) + ", which is not on it");
-        }
+        const PanelItem &group = items_.at(container);
+        if (group.kind == ItemKind::stack) checkDriver(group.valueId, group.map != nullptr);
+        for (const unsigned int id : group.members)
+            if (!isDeclared(id)) throw InputError(fmt::format("the panel groups {}, which is not on it", hex(id)));
         if (around(container).count(container) != 0)
-            throw velm::host::InputError("the panel's group " + hex(container) + " contains itself");
+            throw InputError(fmt::format("the panel's group {} contains itself", hex(container)));
     }
 }
 
 void HostPanel::check() const {
-    if (!problem_.empty()) throw velm::host::InputError("the panel is wrong: " + problem_);
+    if (!problem_.empty()) throw InputError("the panel is wrong: " + problem_);
     for (const auto &[id, each] : items_) {
-        if (each.kind == velm::host::ItemKind::unknown)
-            throw velm::host::InputError("the panel has a hint for " + hex(id) + ", which is not on it");
-        if (each.kind == velm::host::ItemKind::control) checkControl(each);
+        if (each.kind == ItemKind::unknown)
+            throw InputError(fmt::format("the panel has a hint for {}, which is not on it", hex(id)));
+        if (each.kind == ItemKind::control) checkControl(each);
     }
     checkRules();
 }

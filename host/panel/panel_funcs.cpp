@@ -1,6 +1,6 @@
 // The "LWXPanel" table.
-
 #include "host/animation/vparm.h"
+#include "host/load/dialogs.h"
 #include "host/panel/draw.h"
 #include "host/panel/panel.h"
 
@@ -13,48 +13,54 @@ constexpr int kPanelFuncsVersion = 1;
 HostPanel *create(int kind, const void *controls) {
     if (kind != kPanelForm && kind != kPanelOwn) return nullptr;
     auto *panel = new HostPanel(kind);
-    if (controls != nullptr) panel->problem("it has a list of controls; controls are added by hints");
+    if (controls) panel->problem("it has a list of controls; controls are added by hints");
     return panel;
 }
 
 void destroy(HostPanel *panel) { delete panel; }
 
 void describe(HostPanel *panel, const HostPanelValue *values, HostPanelGetter *get, HostPanelSetter *set) {
-    if (panel != nullptr) panel->describe(values, get, set);
+    if (panel) panel->describe(values, get, set);
 }
 
 void hint(HostPanel *panel, unsigned int, const HostHint *hints) {
-    if (panel != nullptr) panel->addHints(hints);
+    if (panel) panel->addHints(hints);
 }
 
-void *getData(HostPanel *panel, unsigned int id) { return panel != nullptr ? panel->data(id) : nullptr; }
+void *getData(HostPanel *panel, unsigned int id) { return panel ? panel->data(id) : nullptr; }
 
 void setData(HostPanel *panel, unsigned int id, void *data) {
-    if (panel != nullptr) panel->setData(id, data);
+    if (panel) panel->setData(id, data);
 }
 
-void *getValue(HostPanel *panel, unsigned int id) { return panel != nullptr ? panel->pendingValue(id) : nullptr; }
+void *getValue(HostPanel *panel, unsigned int id) { return panel ? panel->pendingValue(id) : nullptr; }
 
 void setValue(HostPanel *panel, unsigned int id, void *value) {
-    const PanelItem *control = panel != nullptr ? panel->find(id) : nullptr;
-    if (control == nullptr || value == nullptr) return;
+    const PanelItem *control = panel ? panel->find(id) : nullptr;
+    if (!control || !value) return;
     if (control->type->storage == Storage::animated) {
         auto *held = static_cast<HostVParm *>(panel->value(control->valueId));
-        if (held == nullptr || vparmFuncs()->copy(held, static_cast<HostVParm *>(value)) != nullptr) return;
+        if (!held || vparmFuncs()->copy(held, static_cast<HostVParm *>(value))) return;
         value = held;
     }
     panel->store(*control, value);
 }
 
 void viewInstance(HostPanel *panel, void *instance) {
-    if (panel != nullptr) panel->viewInstance(instance);
+    if (panel) panel->viewInstance(instance);
 }
 
 void refresh(HostPanel *panel) {
-    if (panel != nullptr) panel->refresh();
+    if (panel) panel->refresh();
 }
 
-int noWindow(HostPanel *) { return 0; }
+int post(HostPanel *panel) {
+    return panel && showDialog([&](Dialogs &dialogs) { return dialogs.postPanel(*panel); }) ? 1 : 0;
+}
+
+int open(HostPanel *panel) {
+    return panel && showDialog([&](Dialogs &dialogs) { return dialogs.openPanel(*panel); }) ? 1 : 0;
+}
 
 } // namespace
 
@@ -72,8 +78,8 @@ const HostPanelFuncs *panelFuncs() {
         .setValue = setValue,
         .viewInstance = viewInstance,
         .refresh = refresh,
-        .post = noWindow,
-        .open = noWindow,
+        .post = post,
+        .open = open,
     };
     return &funcs;
 }

@@ -1,4 +1,4 @@
-// A setting of a node as data: the label on its panel and a value in the units that the panel shows.
+// A setting of a node as data: the label on the panel, and the value in the unit that the panel shows.
 #pragma once
 
 #include "host/base/double3.h"
@@ -11,11 +11,11 @@
 
 namespace velm::host {
 
-// One key of an animated setting. `value` has one or three meaningful numbers, as the setting has.
+// One key of an animated setting.
 struct KeyDescription {
     double time = 0; // seconds
-    Double3 value{};
-    int shape = 0; // kShapeTcb and so on
+    Double3 value{}; // only the first number is used when the setting has one component
+    int shape = 0;   // of the span that ends at the key: kShapeTcb and so on
     double tension = 0, continuity = 0, bias = 0;
     std::array<double, 4> parameters{}; // of the Hermite and Bezier shapes
 
@@ -25,7 +25,7 @@ struct KeyDescription {
 struct KeysDescription {
     int components = 1; // 1 or 3
     std::vector<KeyDescription> keys;
-    int before = 1, after = 1; // kBehaveConstant
+    int before = 1, after = 1; // behaviours beyond the first and last keys; 1 is kBehaveConstant
 
     bool operator==(const KeysDescription &) const = default;
 };
@@ -33,7 +33,7 @@ struct KeysDescription {
 using SettingValue = std::variant<bool, double, Double3, std::string, KeysDescription>;
 
 struct SettingDescription {
-    std::string label; // as on the panel; the second of two equal labels is "Clamp 2"
+    std::string label; // as on the panel; the second of two controls "Clamp" is "Clamp 2"
     SettingValue value;
     SourceLocation location;
 

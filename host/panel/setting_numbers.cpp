@@ -3,6 +3,9 @@
 #include "host/animation/channel.h"
 #include "host/animation/vparm.h"
 #include "host/base/error.h"
+#include "host/base/names.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
@@ -17,7 +20,7 @@ namespace {
 HostVParm &parameterOf(HostPanel &panel, const PanelItem &control, const SourceLocation &location,
                        const std::string &about) {
     auto *parm = static_cast<HostVParm *>(panel.value(control.valueId));
-    if (parm == nullptr || parm->components() != control.type->components)
+    if (!parm || parm->components() != control.type->components)
         throw InputError(location, about + "the panel shows a parameter with another number of components");
     return *parm;
 }
@@ -27,7 +30,7 @@ void storeEdited(HostPanel &panel, const PanelItem &control, void *value, const 
     if (!panel.edit(control, value)) throw InputError(location, about + "the node refused the value");
 }
 
-// Which of the four parameters are values, and have the value's unit; the others are times.
+// True for those of the four parameters that have the value's unit; the others are times.
 bool isValue(int shape, std::size_t parameter) { return shape != kShapeBezier2 || parameter % 2 == 1; }
 
 void checkKeyValues(const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
@@ -36,12 +39,10 @@ void checkKeyValues(const PanelItem &control, const KeysDescription &keys, const
     const int components = control.type->components;
     if (control.type->storage != Storage::animated) fail("this setting cannot have keys");
     if (keys.components != components)
-        fail("the keys have " + std::to_string(keys.components) + " numbers each, the setting has " +
-             std::to_string(components));
+        fail(fmt::format("the keys have {} numbers each, the setting has {}", keys.components, components));
     if (keys.keys.empty()) fail("there are no keys");
-    for (const int behaviour : {keys.before, keys.after}) {
+    for (const int behaviour : {keys.before, keys.after})
         if (behaviour < kBehaveReset || behaviour > kBehaveLinear) fail("a behaviour beyond the keys is unknown");
-    }
     std::vector<double> times;
     for (const KeyDescription &key : keys.keys) {
         if (key.shape < kShapeTcb || key.shape > kShapeBezier2) fail("the shape of a key is unknown");
@@ -55,7 +56,7 @@ void checkKeyValues(const PanelItem &control, const KeysDescription &keys, const
     }
     std::sort(times.begin(), times.end());
     const auto twice = std::adjacent_find(times.begin(), times.end());
-    if (twice != times.end()) fail("there are two keys at " + numberText(*twice) + " seconds");
+    if (twice != times.end()) fail(fmt::format("there are two keys at {} seconds", numberText(*twice)));
 }
 
 void giveKey(HostEnvelope &envelope, const KeyDescription &from, double shownValue, double factor) {
@@ -79,9 +80,8 @@ KeyDescription describeKey(const HostKey &key, double factor) {
                           .continuity = key.continuity,
                           .bias = key.bias,
                           .parameters = key.parameters};
-    for (std::size_t i = 0; i < result.parameters.size(); ++i) {
+    for (std::size_t i = 0; i < result.parameters.size(); ++i)
         if (isValue(key.shape, i)) result.parameters[i] *= factor;
-    }
     return result;
 }
 
@@ -99,7 +99,7 @@ KeysDescription describeKeys(const HostVParm &parm, double factor) {
         const bool same = other.before == first.before && other.after == first.after &&
                           std::equal(first.keys.begin(), first.keys.end(), other.keys.begin(), other.keys.end(),
                                      [](const auto &a, const auto &b) { return alike(*a, *b); });
-        if (!same) throw InputError("\"" + parm.channelName() + "\": the components have unlike keys");
+        if (!same) throw InputError(quoted(parm.channelName()) + ": the components have different keys");
         for (std::size_t k = 0; k < result.keys.size(); ++k)
             result.keys[k].value[static_cast<std::size_t>(i)] = other.keys[k]->value * factor;
     }
@@ -124,12 +124,12 @@ void checkLimits(const PanelItem &control, double shown, const SourceLocation &l
     if (!low && !high) return;
     std::string limits;
     if (control.minimum && control.maximum)
-        limits = "from " + std::to_string(*control.minimum) + " to " + std::to_string(*control.maximum);
+        limits = fmt::format("from {} to {}", *control.minimum, *control.maximum);
     else
-        limits = low ? "at least " + std::to_string(*control.minimum) : "at most " + std::to_string(*control.maximum);
+        limits = low ? fmt::format("at least {}", *control.minimum) : fmt::format("at most {}", *control.maximum);
     const std::string unit = unitName(control.type->unit);
-    throw InputError(location,
-                     about + numberText(shown) + " is beyond the limits: " + limits + (unit.empty() ? "" : " " + unit));
+    throw InputError(location, fmt::format("{}{} is beyond the limits: {}{}{}", about, numberText(shown), limits,
+                                           unit.empty() ? "" : " ", unit));
 }
 
 void checkNumbers(HostPanel &panel, const PanelItem &control, const Double3 &shown, const SourceLocation &location,

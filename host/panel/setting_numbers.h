@@ -1,4 +1,4 @@
-// Numbers and keys of settings, on their way to and from a panel's values.
+// Numbers and keys of settings: setting and reading a panel's values.
 #pragma once
 
 #include "host/panel/panel.h"
@@ -8,29 +8,30 @@
 
 namespace velm::host {
 
-// A number as people read it, without needless digits.
+// A number as people read it, with at most 10 significant digits.
 std::string numberText(double number);
 
-// Stores numbers in the shown unit, of as many components as the control has, through the panel; a parameter's keys go.
-// Throws InputError, starting with `about`, beyond the limits.
+// Sets as many numbers, in the shown unit, as the control has components, and removes a parameter's keys. InputError,
+// whose message begins with `about`, for a number beyond the limits.
 void applyNumbers(HostPanel &panel, const PanelItem &control, const Double3 &shown, const SourceLocation &location,
                   const std::string &about);
 
-// Gives the control's parameter these keys, whose values (and tangents and handles) are in the shown unit.
+// Replaces the keys of the control's parameter. Their values, tangents and handles are in the shown unit. InputError as
+// above for keys that the control cannot have.
 void applyKeys(HostPanel &panel, const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
                const std::string &about);
 
-// Throw what applyNumbers and applyKeys would throw, but for a refusal by the node itself. Change nothing.
+// Throw what applyNumbers and applyKeys would throw, except for a refusal by the node itself. Change nothing.
 void checkNumbers(HostPanel &panel, const PanelItem &control, const Double3 &shown, const SourceLocation &location,
                   const std::string &about);
 void checkKeys(HostPanel &panel, const PanelItem &control, const KeysDescription &keys, const SourceLocation &location,
                const std::string &about);
 
-// The control's numbers or keys in the shown unit. Throws InputError when the components' keys differ in anything but
-// their values, which no description can hold.
+// The control's numbers or keys in the shown unit. InputError when the components' keys differ in anything but their
+// values, which KeysDescription cannot hold.
 SettingValue readNumbers(HostPanel &panel, const PanelItem &control);
 
-// Throws InputError for a number beyond the control's limits or one that is not finite.
+// InputError for a number that is beyond the control's limits or not finite.
 void checkLimits(const PanelItem &control, double shown, const SourceLocation &location, const std::string &about);
 
 } // namespace velm::host

@@ -5,6 +5,8 @@
 #include "host/base/names.h"
 #include "host/panel/setting_numbers.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -19,31 +21,32 @@ const PanelItem &findSetting(const HostPanel &panel, const std::string &label, c
         const PanelItem &control = *panel.find(id);
         if (!label.empty() && panel.uniqueLabel(control) == label) return control;
     }
-    throw InputError(location, "there is no setting \"" + label + "\"" + didYouMean(label, settingLabels(panel)));
+    throw InputError(location,
+                     fmt::format("there is no setting {}{}", quoted(label), didYouMean(label, settingLabels(panel))));
 }
 
-// Entries may carry blanks around their text, for looks.
+// The text without spaces around it, which entries may have for their appearance.
 std::string trimmed(const std::string &text) {
     const std::size_t first = text.find_first_not_of(' ');
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-// One setting on its way to one control; `fail` says what is wrong with it.
+// Applies one setting to one control.
 class Application {
   public:
     // `stores`: whether the value is set; otherwise it is only checked.
     Application(HostPanel &panel, const PanelItem &control, const SettingDescription &setting, bool stores)
-        : panel_(panel), control_(control), setting_(setting), stores_(stores), about_("\"" + setting.label + "\": ") {}
+        : panel_(panel), control_(control), setting_(setting), stores_(stores), about_(quoted(setting.label) + ": ") {}
 
     void apply() {
         const ControlKind kind = control_.type->kind;
         if (kind == ControlKind::button || kind == ControlKind::drawing) fail("this control holds no value");
         if (!panel_.isAvailable(control_)) fail("this setting is fed by a connection");
         switch (kind) {
-        case ControlKind::whole: return applyWhole();
+        case ControlKind::integer: return applyInteger();
         case ControlKind::choice:
         case ControlKind::transform: return applyEntry();
-        case ControlKind::flag: return store(wanted<bool>("true or false") ? 1 : 0);
+        case ControlKind::flag: return store(expect<bool>("true or false") ? 1 : 0);
         case ControlKind::text: return applyText();
         default: return applyNumber();
         }
@@ -53,9 +56,9 @@ class Application {
     [[noreturn]] void fail(const std::string &what) const { throw InputError(setting_.location, about_ + what); }
 
     template <typename Value>
-    const Value &wanted(const char *what) const {
+    const Value &expect(const char *what) const {
         const Value *value = std::get_if<Value>(&setting_.value);
-        if (value == nullptr) fail("expected " + std::string(what));
+        if (!value) fail("expected " + std::string(what));
         return *value;
     }
 
@@ -63,8 +66,8 @@ class Application {
         if (stores_ && !panel_.edit(control_, &value)) fail("the node refused the value");
     }
 
-    void applyWhole() {
-        const double number = wanted<double>("a whole number");
+    void applyInteger() {
+        const double number = expect<double>("a whole number");
         checkLimits(control_, number, setting_.location, about_);
         if (number != std::trunc(number) || number < std::numeric_limits<int>::min() ||
             number > std::numeric_limits<int>::max())
@@ -73,39 +76,38 @@ class Application {
     }
 
     void applyEntry() {
-        const std::string text = trimmed(wanted<std::string>("the text of one of the entries"));
+        const std::string text = trimmed(expect<std::string>("the text of one of the entries"));
         std::vector<std::string> entries = panel_.entries(control_);
         for (std::string &entry : entries) entry = trimmed(entry);
         const auto found = std::find(entries.begin(), entries.end(), text);
         if (found == entries.end()) {
             std::string known;
-            for (const std::string &entry : entries) known += (known.empty() ? "\"" : ", \"") + entry + "\"";
+            for (const std::string &entry : entries) known += (known.empty() ? "" : ", ") + quoted(entry);
             const std::string near = didYouMean(text, entries);
-            fail("there is no entry \"" + text + "\"" + (near.empty() ? "; there are " + known : near));
+            fail(fmt::format("there is no entry {}{}", quoted(text), near.empty() ? "; there are " + known : near));
         }
-        if (std::count(found, entries.end(), text) > 1) fail("several entries are called \"" + text + "\"");
+        if (std::count(found, entries.end(), text) > 1) fail("several entries are called " + quoted(text));
         const auto index = static_cast<std::size_t>(found - entries.begin());
         if (control_.type->kind == ControlKind::choice) return store(static_cast<int>(index));
-        if (index >= control_.transform.size()) fail("the entry \"" + text + "\" has no value");
+        if (index >= control_.transform.size()) fail(fmt::format("the entry {} has no value", quoted(text)));
         store(control_.transform[index]);
     }
 
     void applyText() {
-        std::string text = wanted<std::string>("a text");
+        std::string text = expect<std::string>("a text");
         if (text.size() > HostPanel::kLongestText)
-            fail("the text has " + std::to_string(text.size()) + " bytes; it may have at most " +
-                 std::to_string(HostPanel::kLongestText));
+            fail(fmt::format("the text has {} bytes; it may have at most {}", text.size(), HostPanel::kLongestText));
         if (text.find('\0') != std::string::npos) fail("the text has a zero character in it");
         if (stores_ && !panel_.edit(control_, text.data())) fail("the node refused the value");
     }
 
     void applyNumber() {
-        const bool triple = control_.type->components == 3;
+        const bool isVector = control_.type->components == 3;
         if (const auto *keys = std::get_if<KeysDescription>(&setting_.value))
             return stores_ ? applyKeys(panel_, control_, *keys, setting_.location, about_)
                            : checkKeys(panel_, control_, *keys, setting_.location, about_);
         const Double3 numbers =
-            triple ? wanted<Double3>("three numbers or keys") : Double3{wanted<double>("a number or keys"), 0, 0};
+            isVector ? expect<Double3>("three numbers or keys") : Double3{expect<double>("a number or keys"), 0, 0};
         stores_ ? applyNumbers(panel_, control_, numbers, setting_.location, about_)
                 : checkNumbers(panel_, control_, numbers, setting_.location, about_);
     }
@@ -121,13 +123,13 @@ std::string textOf(const SettingValue &value) {
     struct Text {
         std::string operator()(bool on) const { return on ? "on" : "off"; }
         std::string operator()(double number) const { return numberText(number); }
-        std::string operator()(const Double3 &triple) const {
-            return numberText(triple[0]) + " " + numberText(triple[1]) + " " + numberText(triple[2]);
+        std::string operator()(const Double3 &numbers) const {
+            return fmt::format("{} {} {}", numberText(numbers[0]), numberText(numbers[1]), numberText(numbers[2]));
         }
         std::string operator()(const std::string &text) const { return text; }
         std::string operator()(const KeysDescription &keys) const {
             const std::size_t count = keys.keys.size();
-            return std::to_string(count) + (count == 1 ? " key" : " keys");
+            return fmt::format("{} {}", count, count == 1 ? "key" : "keys");
         }
     };
     return std::visit(Text{}, value);
@@ -136,7 +138,7 @@ std::string textOf(const SettingValue &value) {
 SettingValue readValue(HostPanel &panel, const PanelItem &control, int entry) {
     const void *held = panel.value(control.valueId);
     switch (control.type->kind) {
-    case ControlKind::whole: return static_cast<double>(*static_cast<const int *>(held));
+    case ControlKind::integer: return static_cast<double>(*static_cast<const int *>(held));
     case ControlKind::flag: return *static_cast<const int *>(held) != 0;
     case ControlKind::text: return std::string(static_cast<const char *>(held));
     case ControlKind::number: return readNumbers(panel, control);
@@ -148,7 +150,7 @@ bool isEntry(const PanelItem &control) {
     return control.type->kind == ControlKind::choice || control.type->kind == ControlKind::transform;
 }
 
-// The place in the list of entries; -1 for none, and for a control without a list.
+// The index of the current entry; -1 for none, and for a control without entries.
 int entryOf(HostPanel &panel, const PanelItem &control) {
     const int entry = isEntry(control) ? panel.chosenEntry(control).value_or(-1) : -1;
     return entry < static_cast<int>(panel.entries(control).size()) ? entry : -1;
@@ -176,11 +178,11 @@ std::vector<std::string> settingLabels(const HostPanel &panel) {
 
 SettingValue readSetting(HostPanel &panel, const std::string &label) {
     const PanelItem &control = findSetting(panel, label, {});
-    const std::string about = "\"" + label + "\": ";
+    const std::string about = quoted(label) + ": ";
     if (control.type->storage == Storage::none) throw InputError(about + "this control holds no value");
     if (!panel.isAvailable(control)) throw InputError(about + "this setting is fed by a connection");
     const int entry = entryOf(panel, control);
-    if (isEntry(control) && entry < 0) throw InputError(about + "the value stands for none of the entries");
+    if (isEntry(control) && entry < 0) throw InputError(about + "the value is none of the entries");
     return readValue(panel, control, entry);
 }
 
@@ -188,9 +190,9 @@ std::string describeValue(HostPanel &panel, const PanelItem &control) {
     if (control.type->storage == Storage::none || !panel.isAvailable(control)) return "";
     const int entry = entryOf(panel, control);
     if (isEntry(control) && entry < 0)
-        return "(" + std::to_string(*static_cast<const int *>(panel.value(control.valueId))) + ")";
+        return fmt::format("({})", *static_cast<const int *>(panel.value(control.valueId)));
     if (control.type->storage == Storage::animated) {
-        // Keys that no description can hold have a number all the same.
+        // Only the count is needed: KeysDescription cannot hold all keys that a parameter may have.
         const auto &parm = *static_cast<const HostVParm *>(panel.value(control.valueId));
         if (parm.hasEnvelopes()) {
             KeysDescription keys;
@@ -199,7 +201,7 @@ std::string describeValue(HostPanel &panel, const PanelItem &control) {
         }
     }
     const std::string text = textOf(readValue(panel, control, entry));
-    return control.type->kind == ControlKind::text ? "\"" + text + "\"" : text;
+    return control.type->kind == ControlKind::text ? quoted(text) : text;
 }
 
 } // namespace velm::host

@@ -70,7 +70,7 @@ const RenderCamera &findCamera(const RenderSceneData &world, const std::string &
 // Transparency, and its own value, which is then the same everywhere, is 0.
 bool isOpaque(const RenderSceneData &world) {
     return std::all_of(world.surfaces.begin(), world.surfaces.end(), [](const RenderSurface &each) {
-        const HostInput *input = each.surface->editor().root().findInput("Transparency");
+        const HostInput *input = each.surface->network().root().findInput("Transparency");
         if (input == nullptr || input->source != nullptr) return false;
         ShadingSample nowhere{};
         return each.surface->evaluateTransparency(&nowhere) <= 0;

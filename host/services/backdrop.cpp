@@ -4,6 +4,8 @@
 #include "host/base/names.h"
 #include "host/image/image.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -12,7 +14,7 @@ namespace velm::host {
 
 namespace {
 
-// base ^ exponent, of an exponent above 0. Most squeezes are small whole numbers, which take a few multiplications.
+// base ^ exponent, for an exponent above 0. Most squeezes are small integers, which need only a few multiplications.
 double power(double base, double exponent) {
     constexpr double kMostFactors = 16;
     if (!(exponent <= kMostFactors) || exponent != static_cast<int>(exponent)) return std::pow(base, exponent);
@@ -25,16 +27,15 @@ double power(double base, double exponent) {
 } // namespace
 
 Backdrop::Backdrop(const BackdropDescription &description) : description_(description) {
-    if (!(description.skySqueeze > 0) || !(description.groundSqueeze > 0)) {
+    if (!(description.skySqueeze > 0) || !(description.groundSqueeze > 0))
         throw InputError(description.location, "a backdrop's sky squeeze and ground squeeze have to be above 0");
-    }
     if (description.kind != BackdropDescription::Kind::image) return;
     image_ = ImageList::instance().find(description.image);
-    if (image_ == nullptr && !ImageList::instance().isAbsent(description.image)) {
+    if (!image_ && !ImageList::instance().isAbsent(description.image)) {
         const std::string near = nearest(description.image, ImageList::instance().names());
-        throw InputError(description.location, "the backdrop's image \"" + description.image +
-                                                   "\" is not in the scene" +
-                                                   (near.empty() ? "" : "; did you mean \"" + near + "\"?"));
+        throw InputError(description.location,
+                         fmt::format("the backdrop's image {} is not in the scene{}", quoted(description.image),
+                                     near.empty() ? "" : fmt::format("; did you mean {}?", quoted(near))));
     }
 }
 
@@ -53,8 +54,8 @@ void Backdrop::gradient(const double direction[3], double colour[3]) const {
     const Double3 &pole = above ? description_.zenith : description_.nadir;
     const Double3 &horizon = above ? description_.sky : description_.ground;
     const double squeeze = above ? description_.skySqueeze : description_.groundSqueeze;
-    const double share = power(std::max(0.0, 1 - std::abs(elevation) / (std::numbers::pi / 2)), squeeze);
-    for (std::size_t i = 0; i < 3; ++i) colour[i] = pole[i] + share * (horizon[i] - pole[i]);
+    const double fraction = power(std::max(0.0, 1 - std::abs(elevation) / (std::numbers::pi / 2)), squeeze);
+    for (std::size_t i = 0; i < 3; ++i) colour[i] = pole[i] + fraction * (horizon[i] - pole[i]);
 }
 
 void Backdrop::evaluate(const double direction[3], double colour[3]) const {
@@ -80,7 +81,7 @@ namespace {
 const Backdrop kNoBackdrop;
 const Backdrop *current = &kNoBackdrop;
 
-// Backdrops do not change over time, so the time that every function is given tells nothing.
+// Backdrops do not change over time: every function ignores its first argument, the time.
 void backdropColour(double, const double direction[3], double colour[3]) { current->evaluate(direction, colour); }
 
 int backdropType(double) { return current->type(); }
@@ -113,6 +114,6 @@ constexpr HostBackdropInfo kBackdropInfo = {
 
 const HostBackdropInfo *backdropInfo() { return &kBackdropInfo; }
 
-void setBackdrop(const Backdrop *backdrop) { current = backdrop != nullptr ? backdrop : &kNoBackdrop; }
+void setBackdrop(const Backdrop *backdrop) { current = backdrop ? backdrop : &kNoBackdrop; }
 
 } // namespace velm::host

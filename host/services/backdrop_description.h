@@ -1,4 +1,4 @@
-// A backdrop as data, before its image is looked up.
+// A backdrop as data, with its image by name.
 #pragma once
 
 #include "host/base/double3.h"

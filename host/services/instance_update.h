@@ -1,9 +1,9 @@
-// The "Instance Update" service: instances tell the host that they changed, and the host tells whoever listens.
+// The "Instance Update" service: instances tell the host that they have changed, and the host tells its observers.
 #pragma once
 
+#include "host/base/observers.h"
 #include "module/host.h"
 
-#include <functional>
 #include <string>
 
 namespace velm::host {
@@ -11,21 +11,22 @@ namespace velm::host {
 // The function that the lookup gives. A null class name counts as an empty one. [interface thread; not while rendering]
 HostInstanceUpdate *instanceUpdate();
 
-// How often it was called since the program started.
-long updateCount();
-
-// Listens as long as it lives. The call must not throw; listeners may come and go during it, and hear of the next
-// update for the first time. [interface thread]
-class UpdateListener {
+// Is told of every call of the service. Rules for the function: see ObserverList.
+// [interface thread; not while rendering]
+class InstanceObserver {
   public:
-    using Call = std::function<void(const std::string &className, void *instance)>;
-    explicit UpdateListener(Call call);
-    ~UpdateListener();
-    UpdateListener(const UpdateListener &) = delete;
-    UpdateListener &operator=(const UpdateListener &) = delete;
+    // An instance has changed. `className` is that of its server, such as HOST_CLASS_NODE_HANDLER; `instance` may be
+    // null.
+    virtual void instanceUpdated(const std::string &className, void *instance) = 0;
 
-  private:
-    int id_;
+  protected:
+    InstanceObserver() = default;
+    ~InstanceObserver() = default;
+    InstanceObserver(const InstanceObserver &) = default;
+    InstanceObserver &operator=(const InstanceObserver &) = default;
 };
+
+// The observers of all instances.
+ObserverList<InstanceObserver> &instanceObservers();
 
 } // namespace velm::host

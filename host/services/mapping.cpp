@@ -20,7 +20,7 @@ double headingFraction(const double position[3], int axis) {
     const double across = position[(axis + 2) % 3]; // and goes this way
     if (along == 0 && across == 0) return 0.5;
     const double u = 0.5 + std::atan2(across, along) / (2 * std::numbers::pi);
-    return u >= 1 ? 0 : u; // the seam stands at the left edge only
+    return u >= 1 ? 0 : u; // the seam is at the left edge only
 }
 
 double dot(const double a[3], const double b[3]) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
@@ -53,7 +53,7 @@ void cubicMapping(const double position[3], int axis, double *u, double *v) {
             if (std::fabs(position[i]) > std::fabs(position[along])) along = i;
     }
     planarMapping(position, along, u, v);
-    // The planar image reads the right way round from +X (+Z is on the right), from +Y (+X is) and from -Z (+X is).
+    // The planar image is unmirrored from +X (where +Z is on the right), from +Y (+X) and from -Z (+X).
     const bool mirrored = along == 2 ? position[2] > 0 : position[along] < 0;
     if (mirrored) *u = 1 - *u;
 }

@@ -1,8 +1,9 @@
-// "NodeEditorFuncs": networks that nodes hold inside themselves. No exception leaves this file: what an operation
-// cannot return as its result stays with the editor as its last error.
+// "NodeEditorFuncs": networks nested in nodes. No exception leaves this file: the network keeps the message of an error
+// that an operation cannot return as its result (Network::lastError).
 #include "host/graph/network.h"
+#include "host/load/dialogs.h"
 #include "host/services/services.h"
-#include "host/services/walk.h"
+#include "host/services/sockets.h"
 
 #include <exception>
 
@@ -10,7 +11,7 @@ namespace velm::host {
 
 namespace {
 
-// Runs `act`; null, or the text of what it threw, which the editor keeps.
+// Runs `act` and returns null, or the message of the exception that it threw, which the network keeps.
 template <class Act>
 HostError guarded(HostNodeEditor *editor, Act act) {
     try {
@@ -27,7 +28,7 @@ HostNodeEditor *create(const char *name, const char *title, const HostRootDescri
     try {
         return new Network(shown, title ? title : shown, root, userData);
     } catch (const std::exception &) {
-        return nullptr; // which tells the caller that there is no memory
+        return nullptr; // the interface has no room for a reason
     }
 }
 
@@ -71,7 +72,7 @@ void setUserData(HostNodeEditor *editor, void *userData) { networkOf(editor)->se
 
 void *userData(HostNodeEditor *editor) { return networkOf(editor)->userData(); }
 
-// The root does not count.
+// Without the root.
 int nodeCount(HostNodeEditor *editor) { return static_cast<int>(networkOf(editor)->nodes().size()); }
 
 HostInput *rootInputByName(HostNodeEditor *editor, const char *name) {
@@ -79,23 +80,24 @@ HostInput *rootInputByName(HostNodeEditor *editor, const char *name) {
 }
 
 HostInput *rootInputByIndex(HostNodeEditor *editor, int index) {
-    return walk::byIndex(networkOf(editor)->root().inputs, index);
+    return atIndex(networkOf(editor)->root().inputs, index);
 }
 
 int state(HostNodeEditor *editor) { return networkOf(editor)->state(); }
 
 void setState(HostNodeEditor *editor, int state) { networkOf(editor)->setState(state); }
 
-// This host shows no windows; what the title would be is remembered.
-int openWindow(HostNodeEditor *) { return 0; }
-int isWindowOpen(HostNodeEditor *) { return 0; }
+int openWindow(HostNodeEditor *editor) {
+    return showDialog([&](Dialogs &dialogs) { return dialogs.openNetwork(*editor); }) ? 1 : 0;
+}
+int isWindowOpen(HostNodeEditor *editor) { return dialogs().isNetworkOpen(*editor) ? 1 : 0; }
 
 HostNode *rootNode(HostNodeEditor *editor) { return &networkOf(editor)->root(); }
 
 void connect(HostOutput *output, HostInput *input) {
     if (!output || !input) return;
-    Network *editor = input->node->editor;
-    guarded(editor, [&] { networkOf(editor)->connect(*output, *input); });
+    Network *network = input->node->network;
+    guarded(network, [&] { network->connect(*output, *input); });
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// "NodeFuncs": what a node may say and ask of itself.
+// "NodeFuncs": facts about a node, for the node itself.
 #include "host/animation/channel.h"
 #include "host/base/thread_role.h"
 #include "host/graph/network.h"
@@ -15,32 +15,23 @@ const char *nodeName(HostNode *node) {
 
 const char *serverUserName(HostNode *node) {
     assertInterface();
-    return node->server ? node->server->displayName().c_str() : node->editor->name().c_str();
+    return node->server ? node->server->displayName().c_str() : node->network->name().c_str();
 }
 
-// One group for a node, made when it is first asked for, under the editor's.
+// The node's group, which is created at the first call in the network's group.
 HostChannelGroup *channelGroup(HostNode *node) {
     assertInterface();
-    if (!node->group) node->group = envelopeFuncs()->createGroup(node->editor->channelGroup(), node->name.c_str());
+    if (!node->group) node->group = envelopeFuncs()->createGroup(node->network->channelGroup(), node->name.c_str());
     return node->group;
 }
 
-void setColourRgb(HostNode *node, int red, int green, int blue) {
-    assertInterface();
-    node->colour = {red, green, blue};
-}
+void setColourRgb(HostNode *node, int red, int green, int blue) { node->network->setColour(*node, {red, green, blue}); }
 
 void setColour(HostNode *node, const int rgb[3]) { setColourRgb(node, rgb[0], rgb[1], rgb[2]); }
 
-void setPreviewType(HostNode *node, int type) {
-    assertInterface();
-    node->previewType = type;
-}
+void setPreviewType(HostNode *node, int type) { node->network->setPreviewType(*node, type); }
 
-void updatePreview(HostNode *node) {
-    assertInterface();
-    ++node->previewUpdates;
-}
+void updatePreview(HostNode *node) { node->network->requestPreview(*node); }
 
 } // namespace
 

@@ -1,15 +1,15 @@
-// "NodeInputFuncs": the inputs of a node. A null input counts as one that is not connected, since a server may ask one
+// "NodeInputFuncs": the inputs of a node. A null input counts as an unconnected one, since a server may use an input
 // that it could not create.
 #include "host/base/thread_role.h"
 #include "host/graph/network.h"
 #include "host/services/services.h"
-#include "host/services/walk.h"
+#include "host/services/sockets.h"
 
 namespace velm::host {
 
 namespace {
 
-// Null for a type that is none.
+// Null for an unknown type.
 HostInput *create(HostNode *node, int type, const char *name, HostInputEvent *event) {
     return valueSize(type) > 0 ? createInput(*node, type, name, event) : nullptr;
 }
@@ -25,15 +25,15 @@ int evaluate(HostInput *input, ShadingSample *sample, void *value) {
 
 int isConnected(HostInput *input) { return input && input->source ? 1 : 0; }
 
-HostInput *byIndex(HostNode *node, int index) { return walk::byIndex(node->inputs, index); }
-int indexOf(HostInput *input) { return walk::indexOf(input->node->inputs, input); }
+HostInput *byIndex(HostNode *node, int index) { return atIndex(node->inputs, index); }
+int indexOf(HostInput *input) { return indexInList(input->node->inputs, input); }
 HostInput *first(HostNode *node) { return byIndex(node, 1); }
 HostInput *next(HostInput *input) { return byIndex(input->node, indexOf(input) + 1); }
 HostInput *previous(HostInput *input) { return byIndex(input->node, indexOf(input) - 1); }
 int count(HostNode *node) { return static_cast<int>(node->inputs.size()); }
 
 void disconnectInput(HostNode *node, HostInput *input) {
-    if (input) node->editor->disconnect(*input);
+    if (input) node->network->disconnect(*input);
 }
 
 HostNode *nodeOf(HostInput *input) { return input->node; }

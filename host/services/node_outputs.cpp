@@ -1,8 +1,8 @@
-// "NodeOutputFuncs": the outputs of a node, and the way of a result to whoever asked for it.
+// "NodeOutputFuncs": the outputs of a node, and the results of evaluations.
 #include "host/base/thread_role.h"
 #include "host/graph/network.h"
 #include "host/services/services.h"
-#include "host/services/walk.h"
+#include "host/services/sockets.h"
 
 #include <cstring>
 
@@ -10,7 +10,7 @@ namespace velm::host {
 
 namespace {
 
-// Null for a type that is none.
+// Null for an unknown type.
 HostOutput *create(HostNode *node, int type, const char *name) {
     return valueSize(type) > 0 ? createOutput(*node, type, name) : nullptr;
 }
@@ -19,7 +19,8 @@ void destroy(HostNode *, HostOutput *output) {
     if (output) destroyOutput(*output);
 }
 
-// `to` and `from` may be the same place. By way of a copy of a size that the compiler knows: a few moves, and no call.
+// `to` and `from` may be the same address. The intermediate copy has a size known to the compiler, which makes this a
+// few moves without a call.
 template <class Value>
 void copyValue(void *to, const void *from) {
     Value copy;
@@ -27,25 +28,25 @@ void copyValue(void *to, const void *from) {
     std::memcpy(to, &copy, sizeof copy);
 }
 
-// Where the types are alike, the result goes straight into what the asking node holds; it may be that very place.
+// A result of the asking input's type is copied straight into the asking node's value, which may be the result itself.
 void setValue(HostNodeValue *value, const void *result) {
     assertRender();
     if (value->outputType != value->askingType) {
-        convertValue(value->outputType, result, value->askingType, value->holder);
+        convertValue(value->outputType, result, value->askingType, value->target);
         return;
     }
     switch (value->outputType) {
     case kConnectColour:
-    case kConnectVector: copyValue<double[3]>(value->holder, result); break;
-    case kConnectInteger: copyValue<int>(value->holder, result); break;
-    case kConnectMaterial: copyValue<HostMaterial>(value->holder, result); break;
-    default: copyValue<double>(value->holder, result); // a scalar, and what a function made of one
+    case kConnectVector: copyValue<double[3]>(value->target, result); break;
+    case kConnectInteger: copyValue<int>(value->target, result); break;
+    case kConnectMaterial: copyValue<HostMaterial>(value->target, result); break;
+    default: copyValue<double>(value->target, result); // a scalar, or a scalar that a function has transformed
     }
 }
 
 void *getValue(HostNodeValue *value) {
     assertRender();
-    return value->holder;
+    return value->target;
 }
 
 int askingType(HostNodeValue *value) {
@@ -53,8 +54,8 @@ int askingType(HostNodeValue *value) {
     return value->askingType;
 }
 
-HostOutput *byIndex(HostNode *node, int index) { return walk::byIndex(node->outputs, index); }
-int indexOf(HostOutput *output) { return walk::indexOf(output->node->outputs, output); }
+HostOutput *byIndex(HostNode *node, int index) { return atIndex(node->outputs, index); }
+int indexOf(HostOutput *output) { return indexInList(output->node->outputs, output); }
 HostOutput *first(HostNode *node) { return byIndex(node, 1); }
 HostOutput *next(HostOutput *output) { return byIndex(output->node, indexOf(output) + 1); }
 HostOutput *previous(HostOutput *output) { return byIndex(output->node, indexOf(output) - 1); }

@@ -1,4 +1,4 @@
-// "NodeUtilityFuncs": blending, preview sizes and mappings, as the wall wants them.
+// "NodeUtilityFuncs": blending, the size of previews, and mappings.
 #include "host/base/thread_role.h"
 #include "host/graph/network.h"
 #include "host/image/image.h"
@@ -14,18 +14,18 @@ namespace velm::host {
 
 namespace {
 
-// Size and middle of what the node's editor previews; `position` may be null.
+// Size and centre of the extent that the network's previews show; `position` may be null.
 void autosize(HostNode *node, double scale[3], double position[3]) {
     assertInterface();
     double bounds[3][2];
-    node->editor->bounds(bounds);
+    node->network->bounds(bounds);
     for (int axis = 0; axis < 3; ++axis) {
         scale[axis] = bounds[axis][1] - bounds[axis][0];
         if (position) position[axis] = 0.5 * (bounds[axis][0] + bounds[axis][1]);
     }
 }
 
-// An empty name stands for the mesh's first map, as a null one does.
+// An empty name selects the mesh's first map, as null does.
 int uvMapping(const char *mapName, ShadingSample *sample, double *u, double *v) {
     return lookUpUv(sample, mapName && *mapName ? mapName : nullptr, u, v) ? 1 : 0;
 }

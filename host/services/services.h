@@ -1,12 +1,12 @@
-// The services of the host that need no scene: what plug-ins find through the lookup function.
+// The services that need no scene, which plug-ins find through the lookup function.
 #pragma once
 
 #include "module/host.h"
 
 namespace velm::host {
 
-// Offers the services of this room to plug-ins; see host/load/lookup.h. To be called once by each program that loads
-// plug-ins or makes nodes, before the first of them. [interface thread; not while rendering]
+// Offers these services to plug-ins; see host/load/lookup.h. Each program that loads plug-ins or creates nodes has to
+// call this once, before the first of them. [interface thread; not while rendering]
 void offerNodeServices();
 
 // The tables of the services about nodes.

@@ -5,11 +5,12 @@
 
 namespace velm::host {
 
-// The word as the lookup gives it. It is no address, and may be null.
+// The word, in the form in which the lookup gives it. It is not an address, and may be null.
 void *systemId();
 
-// kSystemLayout, the setting at the start, kSystemModelling or kSystemRenderNode in the top four bits; the rest is a
-// serial number of the caller's choice. Holds for the activations that follow. [interface thread; not while rendering]
+// The top four bits are kSystemLayout (the initial setting), kSystemModelling or kSystemRenderNode; the rest is a
+// serial number of the caller's choice. It applies to the activations that follow.
+// [interface thread; not while rendering]
 void setSystemId(unsigned int word);
 
 } // namespace velm::host

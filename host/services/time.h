@@ -5,10 +5,10 @@
 
 namespace velm::host {
 
-// One record for the life of the program. Read on [render threads].
+// One record for the life of the program. [render threads]
 const HostTimeInfo *timeInfo();
 
-// Seconds. [between frames]
+// `time` in seconds. [between frames]
 void setTime(int frame, double time);
 
 } // namespace velm::host

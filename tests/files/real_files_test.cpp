@@ -20,7 +20,7 @@ std::string throughASurface(const ObjectFile &file, std::size_t index, bool *has
     Surface surface(file.surfaces()[index].name);
     loadNetwork(surface, *file.network(index), file.name(), file.networkOffset(index));
     if (hasStandIn)
-        for (const auto &node : surface.editor().nodes()) *hasStandIn |= node->placeholder != nullptr;
+        for (const auto &node : surface.network().nodes()) *hasStandIn |= node->placeholder != nullptr;
     StateWriter writer(kStateBinary);
     surface.save(*writer.state());
     return writer.finish();

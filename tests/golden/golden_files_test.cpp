@@ -35,12 +35,12 @@ TEST_F(GoldenFiles, TheObjectOpensAndComesBackToTheByte) {
     }
     for (std::size_t i = 0; i < surfaces.size(); ++i) {
         SCOPED_TRACE(surfaces[i]->name());
-        expectNothingKeptIn(surfaces[i]->editor());
+        expectNothingKeptIn(surfaces[i]->network());
         StateWriter writer(kStateBinary);
         surfaces[i]->save(*writer.state());
         object.setNetwork(i, writer.finish());
         const SurfaceDescription described = describedIn("object.json", surfaces[i]->name());
-        expectNetwork(surfaces[i]->editor(), described.network, described.name);
+        expectNetwork(surfaces[i]->network(), described.network, described.name);
     }
     EXPECT_EQ(object.write(), bytes);
 }

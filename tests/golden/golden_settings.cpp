@@ -78,8 +78,8 @@ void expectNode(HostNode &node, const NodeDescription &description) {
         expectValue(readSetting(*panelOf(node), setting.label), setting.value, about + ", \"" + setting.label + "\"");
     }
     if (description.network.empty()) return;
-    ASSERT_EQ(node.nested.size(), 1u) << about;
-    expectNetwork(*node.nested.front(), description.network.front(), description.name);
+    ASSERT_EQ(node.nestedNetworks.size(), 1u) << about;
+    expectNetwork(*node.nestedNetworks.front(), description.network.front(), description.name);
 }
 
 void expectNetwork(Network &editor, const NetworkDescription &description, const std::string &root) {
@@ -108,8 +108,8 @@ void expectNetwork(Network &editor, const NetworkDescription &description, const
 }
 
 void expectNothingKept(const HostNode &node) {
-    EXPECT_FALSE(node.keptData.has_value()) << "what the node \"" << node.name << "\" saves is not what it loaded";
-    for (const Network *inside : node.nested)
+    EXPECT_FALSE(node.savedCopy.has_value()) << "what the node \"" << node.name << "\" saves is not what it loaded";
+    for (const Network *inside : node.nestedNetworks)
         for (const auto &one : inside->nodes()) expectNothingKept(*one);
 }
 

@@ -105,7 +105,7 @@ class GoldenNodes : public Golden, public ::testing::WithParamInterface<std::tup
 
     // A new node with what stands in its file. The surface keeps it.
     HostNode &loaded(const GoldenNode &golden, Surface &surface) const {
-        HostNode &made = surface.editor().addNode(serverList().get(golden.server));
+        HostNode &made = surface.network().addNode(serverList().get(golden.server));
         StateReader reader(form().mode, readFile(fileOf(golden, form())), fileOf(golden, form()));
         loadData(made, *reader.state());
         EXPECT_FALSE(reader.failed()) << reader.error();
@@ -124,7 +124,7 @@ class GoldenNodes : public Golden, public ::testing::WithParamInterface<std::tup
         const SceneDescription scene = readSurfaces(kSettings, {});
         const SceneSurfaces built(scene, serverList());
         const NodeDescription &description = described(scene.surfaces.front(), node().server);
-        writeFileAtomically(file(), saved(built.surface(kSurface)->editor().node(description.name), form().mode));
+        writeFileAtomically(file(), saved(built.surface(kSurface)->network().node(description.name), form().mode));
     }
 };
 
@@ -153,7 +153,7 @@ TEST_F(Golden, EverySettingIsToldAndIsNotThatOfANewNode) {
     Surface surface("Clay");
     for (const GoldenNode &one : goldenNodes()) {
         SCOPED_TRACE(one.server);
-        HostNode &fresh = surface.editor().addNode(serverList().get(one.server));
+        HostNode &fresh = surface.network().addNode(serverList().get(one.server));
         std::set<std::string> labels, told;
         HostPanel *panel = panelOf(fresh);
         if (panel)

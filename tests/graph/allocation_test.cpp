@@ -1,4 +1,4 @@
-// A sample's way through a network asks for no memory, and a file for little.
+// Memory: evaluating a network allocates none, and loading one allocates little.
 #include "host/graph/builtin/builtin.h"
 #include "host/graph/surface.h"
 #include "host/load/lookup.h"
@@ -27,7 +27,7 @@ void *countedOrThrow(std::size_t size) {
 
 } // namespace
 
-// The replacements of the whole program, in every form that something in it uses.
+// Replacements for the whole program, in every form that it uses.
 void *operator new(std::size_t size) { return countedOrThrow(size); }
 void *operator new[](std::size_t size) { return countedOrThrow(size); }
 void *operator new(std::size_t size, const std::nothrow_t &) noexcept { return counted(size); }
@@ -42,20 +42,20 @@ namespace {
 
 TEST(Allocation, EvaluatingEveryBuiltInNodeAllocatesNothing) {
     Surface surface("Clay");
-    Network &editor = surface.editor();
+    Network &network = surface.network();
     std::vector<HostOutput *> outputs;
     for (const auto &server : serverList().all()) {
         if (server->origin() != kBuiltinOrigin) continue;
-        for (const auto &output : editor.addNode(*server).outputs) outputs.push_back(output.get());
+        for (const auto &output : network.addNode(*server).outputs) outputs.push_back(output.get());
     }
     ASSERT_GT(outputs.size(), 30u);
     surface.init(kInitRender);
     ShadingSample sample{};
     sample.shadingNormal[1] = 1;
     for (HostOutput *output : outputs) {
-        // Once into a scalar and once into a colour, so that one of them is converted.
-        editor.connect(*output, *editor.root().findInput("Diffuse"));
-        editor.connect(*output, *editor.root().findInput("Color"));
+        // Into a scalar and into a colour, so that one of them is converted.
+        network.connect(*output, *network.root().findInput("Diffuse"));
+        network.connect(*output, *network.root().findInput("Color"));
         const long before = allocations;
         surface.evaluate(&sample);
         EXPECT_EQ(allocations, before) << output->node->name << '.' << output->name;
@@ -65,17 +65,17 @@ TEST(Allocation, EvaluatingEveryBuiltInNodeAllocatesNothing) {
     EXPECT_GT(allocations, before) << counts; // the count itself works
 }
 
-TEST(Allocation, StringsOfANetworkTakeWhatTheyHold) {
+TEST(Allocation, StringsOfANetworkAllocateTheirLength) {
     constexpr std::size_t kStrings = 2000, kLong = 40'000;
     std::string text = "{ Nodes\n  Server \"" + std::string(kLong, 'l') + "\"\n";
     for (std::size_t i = 0; i < kStrings; ++i) text += "  Server \"Rain\"\n";
     text += "  { Tag\n    Name \"Net\"\n    Comment \"" + std::string(kLong, 'c') + "\"\n  }\n}\n";
-    Network editor("Net", "Net", nullptr, nullptr);
+    Network network("Net", "Net", nullptr, nullptr);
     StateReader reader(kStateText, text, "network");
     const std::size_t before = allocatedBytes;
-    editor.load(*reader.state());
+    network.load(*reader.state());
     EXPECT_LT(allocatedBytes - before, kStrings * 1000);
-    EXPECT_EQ(editor.root().comment, std::string(kLong, 'c'));
+    EXPECT_EQ(network.root().look.comment, std::string(kLong, 'c'));
 }
 
 } // namespace

@@ -1,8 +1,9 @@
-// A network in which the host's own nodes are tried one at a time.
+// A network for tests of the host's own nodes, and observers that count.
 #pragma once
 
 #include "host/graph/network.h"
 #include "host/panel/settings.h"
+#include "host/services/instance_update.h"
 #include "host/services/services.h"
 
 #include <gtest/gtest.h>
@@ -11,30 +12,44 @@
 
 namespace velm::host::test {
 
+// Count notifications for as long as they live.
+struct RedrawCount final : PanelObserver {
+    explicit RedrawCount(HostPanel &panel) : watching(panel.observers(), *this) {}
+    void redraw(HostPanel &) override { ++count; }
+    int count = 0;
+    const Observation<PanelObserver> watching;
+};
+struct UpdateCount final : InstanceObserver {
+    UpdateCount() : watching(instanceObservers(), *this) {}
+    void instanceUpdated(const std::string &, void *) override { ++count; }
+    int count = 0;
+    const Observation<InstanceObserver> watching;
+};
+
 using Settings = std::vector<std::pair<const char *, SettingValue>>;
 
 class BuiltinTest : public ::testing::Test {
   protected:
-    BuiltinTest() : editor("Net", "Net", nullptr, nullptr) {
-        nodeEditorFuncs()->addRootInput(&editor, kConnectColour, "Color", nullptr);
-        nodeEditorFuncs()->addRootInput(&editor, kConnectScalar, "Scalar", nullptr);
+    BuiltinTest() : network("Net", "Net", nullptr, nullptr) {
+        nodeEditorFuncs()->addRootInput(&network, kConnectColour, "Color", nullptr);
+        nodeEditorFuncs()->addRootInput(&network, kConnectScalar, "Scalar", nullptr);
     }
     HostNode &add(const std::string &server, const Settings &settings = {}) {
-        HostNode &node = editor.addNode(serverList().get(server));
+        HostNode &node = network.addNode(serverList().get(server));
         HostPanel *panel = panelOf(node);
         for (const auto &[label, value] : settings) applySetting(*panel, {label, value, {}});
         return node;
     }
     Double3 triple(HostNode &node, const char *output) {
-        HostInput *input = editor.root().findInput("Color");
-        editor.connect(node.name, output, "Net", "Color");
+        HostInput *input = network.root().findInput("Color");
+        network.connect(node.name, output, "Net", "Color");
         Double3 value{-9, -9, -9};
         evaluateInput(input, &sample, value.data());
         return value;
     }
     double scalar(HostNode &node, const char *output, double held = -9) {
-        editor.connect(node.name, output, "Net", "Scalar");
-        evaluateInput(editor.root().findInput("Scalar"), &sample, &held);
+        network.connect(node.name, output, "Net", "Scalar");
+        evaluateInput(network.root().findInput("Scalar"), &sample, &held);
         return held;
     }
     void place(double x, double y, double z) {
@@ -43,7 +58,7 @@ class BuiltinTest : public ::testing::Test {
         std::copy_n(position, 3, sample.objectPosition);
     }
 
-    Network editor;
+    Network network;
     ShadingSample sample{};
 };
 

@@ -1,8 +1,7 @@
-// The host's own nodes: known answers.
+// The host's own nodes: results that are known.
 #include "tests/graph/builtin_fixture.h"
 
 #include "host/graph/builtin/noise.h"
-#include "host/services/instance_update.h"
 #include "host/services/uv_provider.h"
 
 #include <cmath>
@@ -21,11 +20,11 @@ struct ScalarAnswer {
     const char *server;
     Settings settings;
     const char *output;
-    double found; // what the asking input holds
+    double found; // the value of the asking input before
     double expected;
 };
 
-TEST_F(BuiltinTest, TriplesAreAsComputedByHand) {
+TEST_F(BuiltinTest, VectorsAndColoursAreAsComputedByHand) {
     const TripleAnswer kRows[] = {
         {"Constant Color", {{"Color", Double3{0.1, 0.2, 0.3}}}, "Color", {0.1, 0.2, 0.3}},
         {"Constant Vector", {{"Vector", Double3{-1, 2, 3}}}, "Vector", {-1, 2, 3}},
@@ -81,33 +80,33 @@ TEST_F(BuiltinTest, ScalarsAreAsComputedByHand) {
     }
 }
 
-TEST_F(BuiltinTest, InputsGoBeforeParametersAndGreyThem) {
+TEST_F(BuiltinTest, ConnectedInputsOverrideParametersAndMakeThemUnavailable) {
     HostNode &sum = add("Add Scalar", {{"A", 1.0}, {"B", 2.0}});
     HostNode &ten = add("Constant Scalar", {{"Scalar", 10.0}});
-    const long refreshes = panelOf(sum)->refreshes();
-    editor.connect(ten.name, "Scalar", sum.name, "A");
-    EXPECT_GT(panelOf(sum)->refreshes(), refreshes);
+    const RedrawCount redraws(*panelOf(sum));
+    network.connect(ten.name, "Scalar", sum.name, "A");
+    EXPECT_GT(redraws.count, 0);
     EXPECT_EQ(scalar(sum, "Out"), 12);
     EXPECT_THROW(applySetting(*panelOf(sum), {"A", 5.0, {}}), InputError);
-    const long updates = updateCount();
-    editor.destroyNode(ten);
-    EXPECT_GT(updateCount(), updates);
+    const UpdateCount updates;
+    network.destroyNode(ten);
+    EXPECT_GT(updates.count, 0);
     EXPECT_EQ(scalar(sum, "Out"), 3);
 }
 
 int gonePanels = 0;
 
-TEST_F(BuiltinTest, APanelGoesWithItsNode) {
+TEST_F(BuiltinTest, APanelIsDestroyedWithItsNode) {
     HostNode &node = add("Add Scalar");
     HostHint hints[4] = {{.word = kHintDestroyNotify}, {}, {.word = 0}, {.word = kHintEnd}};
     hints[1].destroyed = [](void *) { ++gonePanels; };
     panelFuncs()->hint(panelOf(node), 0, hints);
     gonePanels = 0;
-    editor.destroyNode(node);
+    network.destroyNode(node);
     EXPECT_EQ(gonePanels, 1);
 }
 
-TEST_F(BuiltinTest, SpotInfoTellsOfTheSample) {
+TEST_F(BuiltinTest, SpotInfoDescribesTheSample) {
     HostNode &info = add("Spot Info");
     place(1, 2, 3);
     sample.objectPosition[0] = 7;
@@ -144,7 +143,7 @@ TEST_F(BuiltinTest, SpotInfoTellsOfTheSample) {
     setUvProvider({});
 }
 
-TEST_F(BuiltinTest, TheCheckerChangesFromCellToCell) {
+TEST_F(BuiltinTest, CheckerAlternatesFromCellToCell) {
     HostNode &checker = add("Checker", {{"Size", 2.0}, {"Color 1", Double3{1, 0, 0}}, {"Color 2", Double3{0, 1, 0}}});
     const struct {
         double x, y, z, mask;
@@ -172,7 +171,7 @@ TEST_F(BuiltinTest, TheCheckerChangesFromCellToCell) {
     EXPECT_EQ(scalar(checker, "Mask"), 0);
 }
 
-TEST_F(BuiltinTest, FractalNoiseLayersAndMixes) {
+TEST_F(BuiltinTest, FractalNoiseSumsOctavesAndMixes) {
     HostNode &noise = add("Fractal Noise", {{"Octaves", 1.0}, {"Scale", 2.0}});
     place(0.6, 0.8, 1);
     EXPECT_DOUBLE_EQ(scalar(noise, "Scalar"), 0.5 + 0.5 * gradientNoise(0.3, 0.4, 0.5));

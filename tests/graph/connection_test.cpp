@@ -1,4 +1,4 @@
-// Making and breaking connections, and what nodes hear of it.
+// Making and breaking connections, and the events that nodes receive.
 #include "tests/graph/test_nodes.h"
 
 #include "host/services/services.h"
@@ -12,18 +12,18 @@ using Lines = std::vector<std::string>;
 
 class ConnectionTest : public GraphTest {
   protected:
-    ConnectionTest() : editor("Net", "Net", nullptr, nullptr) {}
+    ConnectionTest() : network("Net", "Net", nullptr, nullptr) {}
     void SetUp() override {
         GraphTest::SetUp();
-        addRootInputs(editor);
-        for (const char *name : {"A", "B", "C", "D"}) add(editor, name);
+        addRootInputs(network);
+        for (const char *name : {"A", "B", "C", "D"}) add(network, name);
         journal().clear();
     }
     void TearDown() override {
-        editor.clear();
+        network.clear();
         GraphTest::TearDown();
     }
-    void chain(const char *from, const char *to) { editor.connect(from, "Scalar", to, "Scalar"); }
+    void chain(const char *from, const char *to) { network.connect(from, "Scalar", to, "Scalar"); }
     template <class Act>
     static std::string errorOf(Act act) {
         try {
@@ -34,58 +34,58 @@ class ConnectionTest : public GraphTest {
         return "no error";
     }
 
-    Network editor;
+    Network network;
 };
 
-TEST_F(ConnectionTest, EventsTellTheTypeOfTheOutput) {
-    editor.connect("A", "Color", "B", "Scalar");
-    editor.connect("A", "Integer", "B", "Vector");
+TEST_F(ConnectionTest, EventsGiveTheTypeOfTheOutput) {
+    network.connect("A", "Color", "B", "Scalar");
+    network.connect("A", "Integer", "B", "Vector");
     EXPECT_EQ(journal(), (Lines{"event B.Scalar connected 1", "event B.Vector connected 4"}));
 }
 
-TEST_F(ConnectionTest, AnotherConnectionReplacesTheFirst) {
+TEST_F(ConnectionTest, ASecondConnectionReplacesTheFirst) {
     chain("A", "C");
     chain("B", "C");
     EXPECT_EQ(journal(),
               (Lines{"event C.Scalar connected 2", "event C.Scalar disconnected 0", "event C.Scalar connected 2"}));
-    EXPECT_TRUE(editor.node("A").findOutput("Scalar")->consumers.empty());
-    EXPECT_EQ(editor.node("C").findInput("Scalar")->source->node->name, "B");
+    EXPECT_TRUE(network.node("A").findOutput("Scalar")->consumers.empty());
+    EXPECT_EQ(network.node("C").findInput("Scalar")->source->node->name, "B");
 }
 
-TEST_F(ConnectionTest, TheSameConnectionAgainIsNothingNew) {
+TEST_F(ConnectionTest, RepeatingAConnectionHasNoEffect) {
     chain("A", "B");
     chain("A", "B");
     EXPECT_EQ(journal().size(), 1u);
 }
 
-TEST_F(ConnectionTest, DisconnectingTellsOnce) {
+TEST_F(ConnectionTest, DisconnectingSendsOneEvent) {
     chain("A", "B");
-    HostInput *input = editor.node("B").findInput("Scalar");
+    HostInput *input = network.node("B").findInput("Scalar");
     nodeInputFuncs()->disconnect(input->node, input);
     nodeInputFuncs()->disconnect(input->node, input);
     EXPECT_EQ(journal(), (Lines{"event B.Scalar connected 2", "event B.Scalar disconnected 0"}));
     EXPECT_EQ(nodeInputFuncs()->isConnected(input), 0);
 }
 
-TEST_F(ConnectionTest, DestroyingANodeOrphansWhatItFedInOrder) {
+TEST_F(ConnectionTest, DestroyingANodeDisconnectsItsConsumersInOrder) {
     chain("A", "B");
     chain("A", "D");
     chain("A", "C");
     chain("D", "Net");
     journal().clear();
-    editor.destroyNode(editor.node("A"));
+    network.destroyNode(network.node("A"));
     EXPECT_EQ(journal(), (Lines{"event B.Scalar orphaned 0", "event D.Scalar orphaned 0", "event C.Scalar orphaned 0",
                                 "destroy A"}));
-    EXPECT_EQ(editor.node("B").findInput("Scalar")->source, nullptr);
-    EXPECT_EQ(editor.nodes().size(), 3u);
+    EXPECT_EQ(network.node("B").findInput("Scalar")->source, nullptr);
+    EXPECT_EQ(network.nodes().size(), 3u);
 }
 
-TEST_F(ConnectionTest, ADestroyedNodeHearsNothingOfItsOwnInputs) {
+TEST_F(ConnectionTest, ADestroyedNodeReceivesNoEventsOfItsOwnInputs) {
     chain("A", "B");
     journal().clear();
-    editor.destroyNode(editor.node("B"));
+    network.destroyNode(network.node("B"));
     EXPECT_EQ(journal(), Lines{"destroy B"});
-    EXPECT_TRUE(editor.node("A").findOutput("Scalar")->consumers.empty());
+    EXPECT_TRUE(network.node("A").findOutput("Scalar")->consumers.empty());
 }
 
 TEST_F(ConnectionTest, AnyOrderOfDestructionIsSafe) {
@@ -104,63 +104,63 @@ TEST_F(ConnectionTest, AnyOrderOfDestructionIsSafe) {
     } while (std::next_permutation(names.begin(), names.end()));
 }
 
-TEST_F(ConnectionTest, CirclesAreRefusedWithTheirPath) {
+TEST_F(ConnectionTest, CyclesAreRefusedWithTheirPath) {
     chain("A", "B");
     chain("B", "C");
     chain("C", "D");
     EXPECT_EQ(errorOf([&] { chain("D", "A"); }),
-              "cannot connect \"D.Scalar\" to \"A.Scalar\": it would close the circle A -> B -> C -> D -> A");
+              "cannot connect \"D.Scalar\" to \"A.Scalar\": it would close the cycle A -> B -> C -> D -> A");
     EXPECT_EQ(errorOf([&] { chain("A", "A"); }),
-              "cannot connect \"A.Scalar\" to \"A.Scalar\": it would close the circle A -> A");
-    EXPECT_EQ(editor.node("A").findInput("Scalar")->source, nullptr);
+              "cannot connect \"A.Scalar\" to \"A.Scalar\": it would close the cycle A -> A");
+    EXPECT_EQ(network.node("A").findInput("Scalar")->source, nullptr);
     EXPECT_EQ(errorOf([&] { chain("A", "D"); }), "no error");
 }
 
-TEST_F(ConnectionTest, OtherEditorsAndTheRootFeedNothing) {
+TEST_F(ConnectionTest, NodesOfOtherNetworksAndTheRootFeedNothing) {
     Network other("Other", "Other", nullptr, nullptr);
     HostNode &stranger = add(other, "X");
-    EXPECT_EQ(errorOf([&] { editor.connect(*stranger.findOutput("Scalar"), *editor.node("A").findInput("Scalar")); }),
+    EXPECT_EQ(errorOf([&] { network.connect(*stranger.findOutput("Scalar"), *network.node("A").findInput("Scalar")); }),
               "cannot connect \"X.Scalar\" to \"A.Scalar\": they are not both nodes of \"Net\"");
-    HostOutput *output = nodeOutputFuncs()->create(&editor.root(), kConnectScalar, "Back");
-    EXPECT_EQ(errorOf([&] { editor.connect(*output, *editor.node("A").findInput("Scalar")); }),
+    HostOutput *output = nodeOutputFuncs()->create(&network.root(), kConnectScalar, "Back");
+    EXPECT_EQ(errorOf([&] { network.connect(*output, *network.node("A").findInput("Scalar")); }),
               "cannot connect \"Net.Back\" to \"A.Scalar\": the root node feeds nothing");
 }
 
-TEST_F(ConnectionTest, WrongNamesFindTheNearestRightOnes) {
-    EXPECT_EQ(errorOf([&] { editor.connect("AA", "Scalar", "B", "Scalar"); }),
+TEST_F(ConnectionTest, UnknownNamesSuggestTheNearestOnes) {
+    EXPECT_EQ(errorOf([&] { network.connect("AA", "Scalar", "B", "Scalar"); }),
               "no node \"AA\" in \"Net\", there are \"Net\", \"A\", \"B\", \"C\" and \"D\"");
-    EXPECT_EQ(errorOf([&] { editor.connect("A", "Scaler", "B", "Scalar"); }),
+    EXPECT_EQ(errorOf([&] { network.connect("A", "Scaler", "B", "Scalar"); }),
               "node \"A\" has no output \"Scaler\", did you mean \"Scalar\"?");
-    EXPECT_EQ(errorOf([&] { editor.connect("A", "Scalar", "B", "Colour"); }),
+    EXPECT_EQ(errorOf([&] { network.connect("A", "Scalar", "B", "Colour"); }),
               "node \"B\" has no input \"Colour\", did you mean \"Color\"?");
-    EXPECT_EQ(errorOf([&] { editor.connect("Net", "Scalar", "B", "Color"); }),
+    EXPECT_EQ(errorOf([&] { network.connect("Net", "Scalar", "B", "Color"); }),
               "node \"Net\" has no output \"Scalar\", there are none");
 }
 
-TEST_F(ConnectionTest, TheServiceKeepsARefusalAsTheLastError) {
+TEST_F(ConnectionTest, TheServiceRemembersARefusalAsTheLastError) {
     chain("A", "B");
-    nodeEditorFuncs()->connect(editor.node("B").findOutput("Scalar"), editor.node("A").findInput("Scalar"));
-    EXPECT_EQ(editor.node("A").findInput("Scalar")->source, nullptr);
-    EXPECT_NE(editor.lastError().find("A -> B -> A"), std::string::npos);
-    nodeEditorFuncs()->connect(editor.node("A").findOutput("Scalar"), editor.node("C").findInput("Scalar"));
-    EXPECT_EQ(editor.node("C").findInput("Scalar")->source->node->name, "A");
+    nodeEditorFuncs()->connect(network.node("B").findOutput("Scalar"), network.node("A").findInput("Scalar"));
+    EXPECT_EQ(network.node("A").findInput("Scalar")->source, nullptr);
+    EXPECT_NE(network.lastError().find("A -> B -> A"), std::string::npos);
+    nodeEditorFuncs()->connect(network.node("A").findOutput("Scalar"), network.node("C").findInput("Scalar"));
+    EXPECT_EQ(network.node("C").findInput("Scalar")->source->node->name, "A");
 }
 
-TEST_F(ConnectionTest, DestroyedInputsAndOutputsLetGo) {
+TEST_F(ConnectionTest, DestroyedInputsAndOutputsAreDisconnected) {
     chain("A", "B");
     chain("A", "C");
-    HostNode &b = editor.node("B");
+    HostNode &b = network.node("B");
     nodeInputFuncs()->destroy(&b, b.findInput("Scalar"));
     EXPECT_EQ(b.findInput("Scalar"), nullptr);
-    EXPECT_EQ(editor.node("A").findOutput("Scalar")->consumers.size(), 1u);
-    HostNode &a = editor.node("A");
+    EXPECT_EQ(network.node("A").findOutput("Scalar")->consumers.size(), 1u);
+    HostNode &a = network.node("A");
     journal().clear();
     nodeOutputFuncs()->destroy(&a, a.findOutput("Scalar"));
     EXPECT_EQ(journal(), Lines{"event C.Scalar disconnected 0"});
 }
 
-TEST_F(ConnectionTest, BothServicesWalkInOrder) {
-    HostNode &a = editor.node("A");
+TEST_F(ConnectionTest, BothServicesIterateInOrder) {
+    HostNode &a = network.node("A");
     const HostNodeInputFuncs &inputs = *nodeInputFuncs();
     Lines names;
     for (HostInput *input = inputs.first(&a); input; input = inputs.next(input)) names.push_back(input->name);
@@ -185,10 +185,10 @@ TEST_F(ConnectionTest, BothServicesWalkInOrder) {
     EXPECT_EQ(outputs.node(third), &a);
 }
 
-TEST_F(ConnectionTest, UnknownTypesMakeNoInputsAndOutputs) {
-    EXPECT_EQ(nodeInputFuncs()->create(&editor.root(), 0, "None", nullptr), nullptr);
-    EXPECT_EQ(nodeOutputFuncs()->create(&editor.root(), 7, "None"), nullptr);
-    EXPECT_EQ(nodeInputFuncs()->count(&editor.root()), 6);
+TEST_F(ConnectionTest, UnknownTypesCreateNoInputsAndOutputs) {
+    EXPECT_EQ(nodeInputFuncs()->create(&network.root(), 0, "None", nullptr), nullptr);
+    EXPECT_EQ(nodeOutputFuncs()->create(&network.root(), 7, "None"), nullptr);
+    EXPECT_EQ(nodeInputFuncs()->count(&network.root()), 6);
 }
 
 } // namespace

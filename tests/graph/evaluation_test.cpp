@@ -1,4 +1,4 @@
-// Values on their way from outputs to inputs.
+// Evaluating inputs: values, conversions, functions, threads.
 #include "tests/graph/test_nodes.h"
 
 #include "host/base/thread_role.h"
@@ -17,7 +17,7 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr int kHighest = std::numeric_limits<int>::max();
 constexpr int kLowest = std::numeric_limits<int>::min();
 
-// Any value, as up to four numbers; of a material the diffuse colour and the transparency.
+// A value of any type, as up to four numbers; for a material, the diffuse colour and the transparency.
 struct Conversion {
     const char *name;
     int from;
@@ -107,20 +107,20 @@ INSTANTIATE_TEST_SUITE_P(Table, ConversionTest, ::testing::ValuesIn(kConversions
 
 class EvaluationTest : public GraphTest {
   protected:
-    EvaluationTest() : editor("Net", "Net", nullptr, nullptr) {}
+    EvaluationTest() : network("Net", "Net", nullptr, nullptr) {}
     void SetUp() override {
         GraphTest::SetUp();
-        addRootInputs(editor);
-        node = &add(editor, "A");
+        addRootInputs(network);
+        node = &add(network, "A");
     }
     void TearDown() override {
-        editor.clear();
+        network.clear();
         GraphTest::TearDown();
     }
-    HostInput *rootInput(const char *name) { return editor.root().findInput(name); }
-    void feed(const char *output, const char *input) { editor.connect("A", output, "Net", input); }
+    HostInput *rootInput(const char *name) { return network.root().findInput(name); }
+    void feed(const char *output, const char *input) { network.connect("A", output, "Net", input); }
 
-    Network editor;
+    Network network;
     HostNode *node = nullptr;
 };
 
@@ -130,24 +130,24 @@ TEST_F(EvaluationTest, UnconnectedInputLeavesTheValueAlone) {
     EXPECT_EQ(value, 42);
 }
 
-TEST_F(EvaluationTest, ServiceTakesANullInputForAnUnconnectedOne) {
+TEST_F(EvaluationTest, ANullInputCountsAsUnconnected) {
     double value = 42;
     EXPECT_EQ(nodeInputFuncs()->evaluate(nullptr, &sample, &value), 0);
     EXPECT_EQ(nodeInputFuncs()->isConnected(nullptr), 0);
     EXPECT_EQ(value, 42);
 }
 
-TEST_F(EvaluationTest, LikeTypesUseTheCallersOwnPlace) {
+TEST_F(EvaluationTest, EqualTypesWriteToTheCallersValue) {
     feed("Color", "Color");
     double value[3] = {9, 9, 9};
     EXPECT_EQ(evaluateInput(rootInput("Color"), &sample, value), 1);
-    EXPECT_EQ(lastAsked().holder, value);
+    EXPECT_EQ(lastAsked().target, value);
     EXPECT_EQ(lastAsked().type, kConnectColour);
     EXPECT_EQ(value[0], 0.1);
     EXPECT_EQ(value[2], 0.3);
 }
 
-TEST_F(EvaluationTest, UnlikeTypesAreConvertedAndTheAskingTypeTold) {
+TEST_F(EvaluationTest, DifferentTypesAreConvertedAndTheNodeLearnsTheAskingType) {
     feed("Color", "Scalar");
     double value = 9;
     EXPECT_EQ(evaluateInput(rootInput("Scalar"), &sample, &value), 1);
@@ -176,7 +176,7 @@ TEST_F(EvaluationTest, NothingIsWrittenBeyondAValue) {
     EXPECT_EQ(values[1], 77);
 }
 
-TEST_F(EvaluationTest, AFunctionTransformsWhatItFinds) {
+TEST_F(EvaluationTest, AFunctionTransformsTheValue) {
     testNode(*node).step = 1;
     for (const char *input : {"Function", "Scalar", "Color", "Vector", "Integer", "Material"}) feed("Function", input);
     double function = 10, scalar = 20;
@@ -203,7 +203,7 @@ TEST_F(EvaluationTest, AFunctionTransformsWhatItFinds) {
     EXPECT_EQ(material.transparency, 5);
 }
 
-TEST_F(EvaluationTest, AFunctionInputTakesAScalarAsItIs) {
+TEST_F(EvaluationTest, AFunctionInputTakesAScalarUnchanged) {
     testNode(*node).scalar = 3;
     feed("Scalar", "Function");
     double value = 10;
@@ -212,28 +212,28 @@ TEST_F(EvaluationTest, AFunctionInputTakesAScalarAsItIs) {
 }
 
 // Each of a hundred nodes adds one.
-void makeChain(Network &editor, int length) {
-    HostNode *last = editor.findNode("A");
+void makeChain(Network &network, int length) {
+    HostNode *last = network.findNode("A");
     testNode(*last).step = 1;
     for (int i = 1; i < length; ++i) {
-        HostNode &next = editor.addNode(serverList().get("Test Node"));
+        HostNode &next = network.addNode(serverList().get("Test Node"));
         testNode(next).step = 1;
-        editor.connect(*last->findOutput("Scalar"), *next.findInput("Scalar"));
+        network.connect(*last->findOutput("Scalar"), *next.findInput("Scalar"));
         last = &next;
     }
-    editor.connect(*last->findOutput("Scalar"), *editor.root().findInput("Scalar"));
+    network.connect(*last->findOutput("Scalar"), *network.root().findInput("Scalar"));
 }
 
 TEST_F(EvaluationTest, AChainOfAHundredNodesAddsUp) {
-    makeChain(editor, 100);
-    EXPECT_EQ(scalarOf(editor.root(), "Scalar"), 100);
+    makeChain(network, 100);
+    EXPECT_EQ(scalarOf(network.root(), "Scalar"), 100);
     EXPECT_FALSE(takeEvaluationTooDeep());
 }
 
 class ThreadedEvaluation : public EvaluationTest {};
 
 TEST_F(ThreadedEvaluation, SixteenThreadsGetTheSameAnswer) {
-    makeChain(editor, 100);
+    makeChain(network, 100);
     feed("Color", "Color");
     std::atomic<int> wrong = 0;
     std::vector<std::thread> threads;
@@ -253,7 +253,7 @@ TEST_F(ThreadedEvaluation, SixteenThreadsGetTheSameAnswer) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST_F(EvaluationTest, ACircleBehindTheHostsBackIsCutOffAndTold) {
+TEST_F(EvaluationTest, ACycleThatTheHostCannotSeeIsCutOffAndReported) {
     testNode(*node).step = 1;
     feed("Scalar", "Scalar");
     testNode(*node).elsewhere = rootInput("Scalar"); // the node reads the input that it feeds
@@ -263,7 +263,7 @@ TEST_F(EvaluationTest, ACircleBehindTheHostsBackIsCutOffAndTold) {
     EXPECT_TRUE(takeEvaluationTooDeep());
     EXPECT_FALSE(takeEvaluationTooDeep());
     testNode(*node).elsewhere = nullptr;
-    EXPECT_EQ(scalarOf(editor.root(), "Scalar"), 1);
+    EXPECT_EQ(scalarOf(network.root(), "Scalar"), 1);
 }
 
 #ifndef NDEBUG
@@ -272,7 +272,7 @@ TEST_F(EvaluationTest, DebugBuildsRefuseTheWrongThread) {
     EXPECT_DEATH(
         {
             const RoleScope role(ThreadRole::render);
-            editor.clear();
+            network.clear();
         },
         "interface thread");
     EXPECT_DEATH(
@@ -287,7 +287,7 @@ TEST_F(EvaluationTest, DebugBuildsRefuseTheWrongThread) {
         {
             const RoleScope render(ThreadRole::render);
             const RoleScope role(ThreadRole::controller);
-            editor.init(kInitRender);
+            network.init(kInitRender);
         },
         "samples are being evaluated");
 }

@@ -39,18 +39,16 @@ std::string hex(const std::string &bytes) {
 }
 
 void build(Surface &surface) {
-    Network &editor = surface.editor();
-    HostNode &level = editor.addNode(serverList().get("Constant Integer"), "Level");
+    Network &network = surface.network();
+    HostNode &level = network.addNode(serverList().get("Constant Integer"), "Level");
     applySetting(*panelOf(level), {"Integer", 3.0, {}});
-    level.coordinates = {-120, 40};
-    level.comment = "from \"one\" to three";
-    level.previewOutput = "Integer";
-    editor.connect("Level", "Integer", surface.name(), "Luminosity");
+    level.look = {.at = {-120, 40}, .mode = 1, .preview = "Integer", .comment = "from \"one\" to three"};
+    network.connect("Level", "Integer", surface.name(), "Luminosity");
 }
 
 class FilesTest : public GraphTest, public ::testing::WithParamInterface<int> {};
 
-TEST_F(FilesTest, TextStaysAsItIs) {
+TEST_F(FilesTest, TextFormIsStable) {
     Surface surface("Clay");
     build(surface);
     EXPECT_EQ(savedSurface(kStateText, surface), R"({ Nodal_Block
@@ -159,12 +157,12 @@ TEST_F(FilesTest, TextStaysAsItIs) {
 )");
 }
 
-TEST_F(FilesTest, BinaryStaysAsItIs) {
-    Network editor("Net", "Net", nullptr, nullptr);
-    addRootInputs(editor);
-    testNode(add(editor, "A")).scalar = 1;
-    editor.connect("A", "Scalar", "Net", "Scalar");
-    EXPECT_EQ(hex(saved(kStateBinary, [&](const HostSaveState &state) { editor.save(state); })),
+TEST_F(FilesTest, BinaryFormIsStable) {
+    Network network("Net", "Net", nullptr, nullptr);
+    addRootInputs(network);
+    testNode(add(network, "A")).scalar = 1;
+    network.connect("A", "Scalar", "Net", "Scalar");
+    EXPECT_EQ(hex(saved(kStateBinary, [&](const HostSaveState &state) { network.save(state); })),
               "4e524f5400204e4c4f43000800000000000000004e5a4f4d00043f8000004e535441000200004e56\n"
               "45520004000000014e4e445300bc4e53525600044e6574004e54414700424e524e4d00044e657400\n"
               "4e4e4d4500044e6574004e435244000800000000000000004e4d4f440004000000014e4454410000\n"
@@ -175,44 +173,44 @@ TEST_F(FilesTest, BinaryStaysAsItIs) {
               "494f4e4d00085363616c61720000");
 }
 
-TEST_P(FilesTest, ASurfaceComesBackAsItWas) {
+TEST_P(FilesTest, ASurfaceIsLoadedAsItWasSaved) {
     Surface surface("Clay");
     build(surface);
     surface.setDefault("Diffuse", 0.25);
-    surface.editor().addNode(serverList().get("Fractal Noise"));
-    surface.editor().connect("Fractal Noise", "Color", "Clay", "Color");
+    surface.network().addNode(serverList().get("Fractal Noise"));
+    surface.network().connect("Fractal Noise", "Color", "Clay", "Color");
     const std::string bytes = savedSurface(GetParam(), surface);
 
     Surface again("Clay");
-    again.editor().addNode(serverList().get("Curve"), "Old");
+    again.network().addNode(serverList().get("Curve"), "Old");
     loaded(GetParam(), bytes, [&](const HostLoadState &state) { again.load(state); });
     EXPECT_EQ(savedSurface(GetParam(), again), bytes);
     const SurfaceValues values = again.evaluate(&sample);
     EXPECT_EQ(values.luminosity, 3);
     EXPECT_EQ(values.diffuse, 0.25);
-    EXPECT_EQ(again.editor().node("Level").comment, "from \"one\" to three");
-    EXPECT_EQ(again.editor().findNode("Old"), nullptr);
+    EXPECT_EQ(again.network().node("Level").look.comment, "from \"one\" to three");
+    EXPECT_EQ(again.network().findNode("Old"), nullptr);
 
-    Surface renamed("Other"); // connections to the root find it under its new name
+    Surface renamed("Other"); // connections to the root are made although it has another name
     loaded(GetParam(), bytes, [&](const HostLoadState &state) { renamed.load(state); });
     EXPECT_EQ(renamed.evaluate(&sample).luminosity, 3);
 }
 
-TEST_P(FilesTest, NetworksInNetworksComeBack) {
-    Network editor("Net", "Net", nullptr, nullptr);
-    addRootInputs(editor);
-    Network *inside = &editor;
+TEST_P(FilesTest, NestedNetworksAreLoadedAsTheyWereSaved) {
+    Network network("Net", "Net", nullptr, nullptr);
+    addRootInputs(network);
+    Network *inside = &network;
     for (const char *name : {"One", "Two", "Three"}) {
         HostNode &group = addGroup(*inside, name);
         inside->connect(name, "Scalar", inside->root().name, "Scalar");
-        inside = testGroup(group).editor;
+        inside = testGroup(group).network;
     }
     testNode(add(*inside, "Source")).scalar = 8;
     inside->connect("Source", "Scalar", "Inside", "Scalar");
     const auto save = [&](Network &from) {
         return saved(GetParam(), [&](const HostSaveState &state) { from.save(state); });
     };
-    const std::string bytes = save(editor);
+    const std::string bytes = save(network);
 
     Network again("Net", "Net", nullptr, nullptr);
     addRootInputs(again);
@@ -224,14 +222,14 @@ TEST_P(FilesTest, NetworksInNetworksComeBack) {
 INSTANTIATE_TEST_SUITE_P(Forms, FilesTest, ::testing::Values(kStateBinary, kStateText),
                          [](const auto &mode) { return mode.param == kStateText ? "Text" : "Binary"; });
 
-// ---- Files that are not right -------------------------------------------------------------------------------------
+// ---- Invalid files -------------------------------------------------------------------------------------------------
 
 std::string loadError(const std::string &text) {
-    Network editor("Net", "Net", nullptr, nullptr);
-    addRootInputs(editor);
+    Network network("Net", "Net", nullptr, nullptr);
+    addRootInputs(network);
     StateReader reader(kStateText, text, "network");
     try {
-        editor.load(*reader.state());
+        network.load(*reader.state());
     } catch (const InputError &error) {
         return error.what();
     }
@@ -249,7 +247,7 @@ std::string connection(const std::string &to, const std::string &input, const st
            "\"\n  InputOutputName \"" + output + "\"\n";
 }
 
-TEST_F(FilesTest, WrongFilesSayWhatIsWrong) {
+TEST_F(FilesTest, InvalidFilesAreReported) {
     const std::string data = "1 2\n";
     const std::pair<std::string, const char *> kRows[] = {
         {withNode("Test Node", data, connection("Net", "Scalar", "A", "Scalar")), "no error"},
@@ -258,20 +256,20 @@ TEST_F(FilesTest, WrongFilesSayWhatIsWrong) {
         {withNode("Test Node", data, connection("Net", "Scalar", "A", "Scaler")),
          "node \"A\" has no output \"Scaler\", did you mean \"Scalar\"?"},
         {withNode("Test Node", data, connection("A", "Scalar", "A", "Scalar")),
-         "cannot connect \"A.Scalar\" to \"A.Scalar\": it would close the circle A -> A"},
+         "cannot connect \"A.Scalar\" to \"A.Scalar\": it would close the cycle A -> A"},
         {"Version 2\n", "the network has version 2 of the format; only version 1 is known"},
     };
     for (const auto &[text, expected] : kRows) EXPECT_EQ(loadError(text), expected) << text;
 }
 
-TEST_F(FilesTest, UnknownBlocksAreSkippedAndOrderIsFree) {
+TEST_F(FilesTest, UnknownBlocksAreSkippedAndTheOrderDoesNotMatter) {
     const std::string text = "{ Connections\n" + connection("Net", "Scalar", "A", "Scalar") +
                              "}\n{ Weather\n  Rain 1\n}\n{ Nodes\n  Server \"Net\"\n  { Tag\n    Name \"Net\"\n  }\n"
                              "  Server \"Test Node\"\n  { Tag\n    Name \"A\"\n    Sunshine 3\n  }\n}\n";
-    Network editor("Net", "Net", nullptr, nullptr);
-    addRootInputs(editor);
-    loaded(kStateText, text, [&](const HostLoadState &state) { editor.load(state); });
-    EXPECT_NE(editor.root().findInput("Scalar")->source, nullptr);
+    Network network("Net", "Net", nullptr, nullptr);
+    addRootInputs(network);
+    loaded(kStateText, text, [&](const HostLoadState &state) { network.load(state); });
+    EXPECT_NE(network.root().findInput("Scalar")->source, nullptr);
 }
 
 TEST_F(FilesTest, ASurfaceWithoutItsBlockIsAnError) {
@@ -280,20 +278,20 @@ TEST_F(FilesTest, ASurfaceWithoutItsBlockIsAnError) {
     EXPECT_THROW(surface.load(*reader.state()), InputError);
 }
 
-// Every name is asked for among all of those before: what looks at each of them takes minutes here.
+// Each new name is compared with all names before it. A search through all nodes would take minutes here.
 TEST_F(FilesTest, ThousandsOfNodesOfOneNameGetTheirNumbers) {
     constexpr int kNodes = 10'000;
     std::string text = "{ Nodes\n  Server \"Net\"\n  { Tag\n    Name \"Gradient\"\n  }\n";
     for (int i = 0; i < kNodes; ++i) text += "  Server \"Weather\"\n  { Tag\n    Name \"Gradient\"\n  }\n";
-    Network editor("Gradient", "Net", nullptr, nullptr);
-    loaded(kStateText, text + "}\n", [&](const HostLoadState &state) { editor.load(state); });
-    ASSERT_EQ(editor.nodes().size(), static_cast<std::size_t>(kNodes));
+    Network network("Gradient", "Net", nullptr, nullptr);
+    loaded(kStateText, text + "}\n", [&](const HostLoadState &state) { network.load(state); });
+    ASSERT_EQ(network.nodes().size(), static_cast<std::size_t>(kNodes));
     for (int i = 0; i < kNodes; ++i) {
-        const HostNode &node = *editor.nodes()[static_cast<std::size_t>(i)];
+        const HostNode &node = *network.nodes()[static_cast<std::size_t>(i)];
         ASSERT_EQ(node.name, i == 0 ? "Gradient" : "Gradient (" + std::to_string(i + 1) + ")");
-        ASSERT_EQ(editor.findNode(node.name), &node);
+        ASSERT_EQ(network.findNode(node.name), &node);
     }
-    EXPECT_EQ(editor.root().name, "Gradient (10001)");
+    EXPECT_EQ(network.root().name, "Gradient (10001)");
 }
 
 } // namespace

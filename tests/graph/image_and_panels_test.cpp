@@ -1,9 +1,8 @@
-// The image node; and the panels, files and copies of all of the host's own nodes, of which one holds an image.
+// The image node, and the panels, saved forms and copies of all of the host's own nodes.
 #include "tests/graph/builtin_fixture.h"
 
 #include "host/image/image.h"
 #include "host/image/picture.h"
-#include "host/services/instance_update.h"
 #include "host/services/uv_provider.h"
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
@@ -41,7 +40,7 @@ class ImageTest : public BuiltinTest {
     std::string file;
 };
 
-TEST_F(ImageTest, IsLaidOnByTheMapUprightAndRepeats) {
+TEST_F(ImageTest, IsMappedUprightAndRepeats) {
     HostNode &image = add("Image", {{"Image", std::string("Tiles")}, {"Background Color", Double3{0.5, 0.5, 0.5}}});
     place(0.25, 0.75, 0);
     expectTriple(triple(image, "Color"), {1, 0, 0});
@@ -58,7 +57,7 @@ TEST_F(ImageTest, IsLaidOnByTheMapUprightAndRepeats) {
     EXPECT_EQ(scalar(image, "Alpha"), 0);
 }
 
-TEST_F(ImageTest, IsChosenByNameAndForgottenWithTheList) {
+TEST_F(ImageTest, IsChosenByNameAndReleasedWithTheList) {
     HostNode &image = add("Image");
     HostPanel &panel = *panelOf(image);
     EXPECT_EQ(std::get<std::string>(readSetting(panel, "Image")), "(none)");
@@ -67,14 +66,14 @@ TEST_F(ImageTest, IsChosenByNameAndForgottenWithTheList) {
     EXPECT_EQ(std::get<std::string>(readSetting(panel, "Image")), "Tiles");
     place(0.25, 0.75, 0);
     ImageList::instance().clear();
-    editor.init(kInitRender);
+    network.init(kInitRender);
     expectTriple(triple(image, "Color"), {0, 0, 0});
     EXPECT_EQ(std::get<std::string>(readSetting(panel, "Image")), "(none)");
 }
 
 class EveryNode : public ImageTest, public ::testing::WithParamInterface<const char *> {
   protected:
-    // Some other value than the one that stands there, one that a float of a file holds.
+    // A value other than the present one, which a float in a file represents exactly.
     static SettingValue other(HostPanel &panel, const std::string &label) {
         const SettingValue now = readSetting(panel, label);
         if (const auto *number = std::get_if<double>(&now)) return *number + 200;
@@ -94,7 +93,7 @@ class EveryNode : public ImageTest, public ::testing::WithParamInterface<const c
     }
 };
 
-TEST_P(EveryNode, TakesEverySettingAndKeepsItInBothForms) {
+TEST_P(EveryNode, TakesEverySettingAndSavesItInBothForms) {
     HostNode &node = add(GetParam());
     HostPanel &panel = *panelOf(node);
     panel.check();
@@ -102,9 +101,9 @@ TEST_P(EveryNode, TakesEverySettingAndKeepsItInBothForms) {
     const std::vector<std::string> labels = settingLabels(panel);
     ASSERT_FALSE(labels.empty());
     for (const std::string &label : labels) {
-        const long updates = updateCount();
+        const UpdateCount updates;
         applySetting(panel, {label, other(panel, label), {}});
-        EXPECT_EQ(updateCount(), updates + 1) << label;
+        EXPECT_EQ(updates.count, 1) << label;
     }
     const std::vector<std::string> expected = allValues(panel);
     EXPECT_NE(expected, allValues(*panelOf(add(GetParam()))));

@@ -1,4 +1,4 @@
-// The module's servers in the list of all servers, for every test of the program that needs them.
+// Adds the module's servers to the list of all servers, for the tests that need them.
 #pragma once
 
 #include "host/graph/server_list.h"
@@ -6,8 +6,8 @@
 
 namespace velm::host::test {
 
-// Loads and lists the module at the first call, as a host does at its start, and never unloads it, so that what the
-// module keeps for its life stays in reach. Its servers come from "velm.p".
+// Loads the module at the first call, as a host does when it starts, and never unloads it, so that the memory that the
+// module keeps for its life stays reachable. The origin of its servers is "velm.p".
 inline void listModule() {
     static const Module &module = *[] {
         const auto *loaded = new Module(Module::open(VELM_MODULE_FILE));

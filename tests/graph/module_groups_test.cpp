@@ -1,4 +1,4 @@
-// The module's own nodes that hold networks, in this host's networks: their whole life, three deep.
+// The module's own nodes that hold networks, nested three deep in this host's networks: from creation to destruction.
 #include "host/graph/surface.h"
 #include "host/load/lookup.h"
 #include "host/panel/settings.h"
@@ -15,17 +15,17 @@ namespace {
 class ModuleGroups : public GraphTest {
   protected:
     static void SetUpTestSuite() { listModule(); }
-    static HostNode &addModuleGroup(Network &editor, const char *name) {
-        return editor.addNode(serverList().get("Velm Group Node"), name);
+    static HostNode &addModuleGroup(Network &network, const char *name) {
+        return network.addNode(serverList().get("Velm Group Node"), name);
     }
-    static Network &inside(HostNode &group) { return *group.nested.at(0); }
+    static Network &inside(HostNode &group) { return *group.nestedNetworks.at(0); }
 
-    // One, Two and Three, one inside the other, with a test node in the middle that gives `scalar`.
+    // Groups "One", "Two" and "Three", nested in this order, with a test node in the innermost that returns `scalar`.
     static HostNode &nest(Surface &surface, double scalar) {
-        Network *at = &surface.editor();
+        Network *at = &surface.network();
         for (const char *name : {"One", "Two", "Three"}) {
             HostNode &group = addModuleGroup(*at, name);
-            at->connect(name, "Scalar", at->root().name, at == &surface.editor() ? "Luminosity" : "Scalar");
+            at->connect(name, "Scalar", at->root().name, at == &surface.network() ? "Luminosity" : "Scalar");
             at = &inside(group);
         }
         HostNode &source = add(*at, "Source");
@@ -38,7 +38,7 @@ class ModuleGroups : public GraphTest {
 
 using Lines = std::vector<std::string>;
 
-TEST_F(ModuleGroups, HandTheirLifeOnThreeDeep) {
+TEST_F(ModuleGroups, PassRenderingOnThreeLevelsDeep) {
     Surface surface("Clay");
     nest(surface, 8);
     EXPECT_EQ(luminosityOf(surface), 8);
@@ -46,17 +46,17 @@ TEST_F(ModuleGroups, HandTheirLifeOnThreeDeep) {
     surface.init(kInitRender);
     surface.newTime(3, 0.1);
     surface.cleanup();
-    surface.editor().clear();
+    surface.network().clear();
     EXPECT_EQ(journal(), (Lines{"init 1 Source", "time 3 Source", "cleanup Source", "destroy Source"}));
 }
 
-TEST_F(ModuleGroups, AreCopiedWithAllThatTheyHold) {
+TEST_F(ModuleGroups, AreCopiedWithTheirNetworks) {
     Surface surface("Clay"), copy("Copy");
     HostNode &source = nest(surface, 8);
-    copy.editor().copyFrom(surface.editor());
+    copy.network().copyFrom(surface.network());
     testNode(source).scalar = 5;
     EXPECT_EQ(luminosityOf(copy), 8);
-    surface.editor().clear();
+    surface.network().clear();
     EXPECT_EQ(luminosityOf(copy), 8);
 }
 
@@ -91,11 +91,11 @@ std::string messageOf(const std::function<void()> &act) {
     return "no error";
 }
 
-// The group itself reports success whatever happens inside.
+// The group itself reports success even when its network fails.
 TEST_F(ModuleGroups, CannotBeMadeToContainThemselves) {
     Surface surface("Clay");
     HostNode &source = nest(surface, 8);
-    HostNode &one = surface.editor().node("One"), &two = inside(one).node("Two");
+    HostNode &one = surface.network().node("One"), &two = inside(one).node("Two");
     const HostInstanceOps &ops = *one.handler->instance;
     EXPECT_EQ(failureOf(two, ops.copy(two.instance, one.instance)),
               "cannot copy \"Group Node\" to \"Group Node\": one is inside the other");
@@ -105,7 +105,7 @@ TEST_F(ModuleGroups, CannotBeMadeToContainThemselves) {
     EXPECT_EQ(luminosityOf(surface), 8);
 }
 
-TEST_F(ModuleGroups, TellWhatWentWrongInside) {
+TEST_F(ModuleGroups, ReportTheErrorsOfTheirNetworks) {
     Surface surface("Clay");
     HostNode &source = nest(surface, 8);
     testNode(source).initError = "no start";
@@ -119,9 +119,9 @@ TEST_F(ModuleGroups, TellWhatWentWrongInside) {
     surface.cleanup();
 }
 
-TEST_F(ModuleGroups, AreBoundedInDepth) {
+TEST_F(ModuleGroups, AreLimitedInDepth) {
     Surface surface("Clay");
-    Network *at = &surface.editor();
+    Network *at = &surface.network();
     for (int i = 0; i < kDeepestNesting; ++i) at = &inside(addModuleGroup(*at, "Group"));
     EXPECT_EQ(messageOf([&] { addModuleGroup(*at, "More"); }),
               "cannot make the node \"More\": networks cannot be nested deeper than 16");

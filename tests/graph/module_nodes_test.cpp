@@ -1,4 +1,4 @@
-// The nodes of the real module in this host's networks: what all of them have to go through, whatever they compute.
+// The nodes of the real module in this host's networks: tests that hold for all of them, whatever they compute.
 #include "host/base/thread_role.h"
 #include "host/graph/surface.h"
 #include "host/load/lookup.h"
@@ -25,15 +25,15 @@ class ModuleNodes : public ::testing::Test {
             if (one->origin() == "velm.p") found.push_back(one.get());
         return found;
     }
-    static void addAll(Network &editor) {
-        for (ServerClass *server : classes()) editor.addNode(*server);
+    static void addAll(Network &network) {
+        for (ServerClass *server : classes()) network.addNode(*server);
     }
     static std::string saved(int mode, Surface &surface) {
         StateWriter writer(mode);
         surface.save(*writer.state());
         return writer.finish();
     }
-    // Some other entry or number for everything that can be set.
+    // Another entry or number for each setting.
     static void changeSettings(HostPanel &panel) {
         for (unsigned int id : panel.controls()) {
             const PanelItem &control = *panel.find(id);
@@ -57,7 +57,7 @@ class ModuleNodes : public ::testing::Test {
             for (unsigned int id : panel->controls()) values.push_back(describeValue(*panel, *panel->find(id)));
         return values;
     }
-    // Files hold floats; words have to be equal, numbers nearly.
+    // Files hold floats: texts have to be equal, numbers nearly equal.
     static void expectAlike(const std::vector<std::string> &values, const std::vector<std::string> &expected) {
         ASSERT_EQ(values.size(), expected.size());
         for (std::size_t i = 0; i < values.size(); ++i) {
@@ -74,11 +74,11 @@ class ModuleNodes : public ::testing::Test {
     }
 };
 
-TEST_F(ModuleNodes, ArePutIntoANetworkWithWorkingPanels) {
+TEST_F(ModuleNodes, HaveWorkingPanels) {
     ASSERT_EQ(classes().size(), 17u);
     Surface surface("Clay");
-    addAll(surface.editor());
-    for (const auto &node : surface.editor().nodes()) {
+    addAll(surface.network());
+    for (const auto &node : surface.network().nodes()) {
         SCOPED_TRACE(node->name);
         EXPECT_EQ(node->name, node->server->displayName());
         EXPECT_FALSE(node->server->menuGroup().empty());
@@ -92,10 +92,10 @@ TEST_F(ModuleNodes, ArePutIntoANetworkWithWorkingPanels) {
     }
 }
 
-TEST_F(ModuleNodes, KeepTheirSettingsInBothForms) {
+TEST_F(ModuleNodes, SaveTheirSettingsInBothForms) {
     Surface surface("Clay");
-    addAll(surface.editor());
-    for (const auto &node : surface.editor().nodes())
+    addAll(surface.network());
+    for (const auto &node : surface.network().nodes())
         if (HostPanel *panel = panelOf(*node)) {
             SCOPED_TRACE(node->name);
             changeSettings(*panel);
@@ -107,9 +107,9 @@ TEST_F(ModuleNodes, KeepTheirSettingsInBothForms) {
         again.load(*reader.state());
         EXPECT_FALSE(reader.failed()) << reader.error();
         EXPECT_EQ(saved(mode, again), bytes);
-        for (const auto &node : surface.editor().nodes()) {
+        for (const auto &node : surface.network().nodes()) {
             SCOPED_TRACE(node->name);
-            expectAlike(allValues(again.editor().node(node->name)), allValues(*node));
+            expectAlike(allValues(again.network().node(node->name)), allValues(*node));
         }
     }
 }
@@ -118,16 +118,16 @@ class ThreadedModuleNodes : public ModuleNodes {};
 
 TEST_F(ThreadedModuleNodes, EvaluateEveryOutputWithoutASceneOnSixteenThreads) {
     Surface surface("Clay");
-    Network &editor = surface.editor();
-    addAll(editor);
-    // Each output feeds an input of its own type at a node that only stands there to ask.
+    Network &network = surface.network();
+    addAll(network);
+    // Each output feeds an input of its own type, of a node that is there only for this.
     std::vector<HostInput *> asking;
-    const std::size_t count = editor.nodes().size();
+    const std::size_t count = network.nodes().size();
     for (std::size_t i = 0; i < count; ++i)
-        for (const auto &output : editor.nodes()[i]->outputs) {
-            HostNode &asker = editor.addNode(serverList().get("Constant Scalar"));
+        for (const auto &output : network.nodes()[i]->outputs) {
+            HostNode &asker = network.addNode(serverList().get("Constant Scalar"));
             asking.push_back(createInput(asker, output->type, "Asking", nullptr));
-            editor.connect(*output, *asking.back());
+            network.connect(*output, *asking.back());
         }
     surface.init(kInitRender);
     surface.newTime(1, 0);
@@ -152,22 +152,22 @@ TEST_F(ThreadedModuleNodes, EvaluateEveryOutputWithoutASceneOnSixteenThreads) {
     EXPECT_FALSE(takeEvaluationTooDeep());
 }
 
-TEST_F(ModuleNodes, InputsGreyTheirControlsAndLetThemGo) {
+TEST_F(ModuleNodes, ConnectedInputsMakeTheirControlsUnavailable) {
     Surface surface("Clay");
-    Network &editor = surface.editor();
-    HostNode &source = editor.addNode(serverList().get("Constant Scalar"), "Source");
+    Network &network = surface.network();
+    HostNode &source = network.addNode(serverList().get("Constant Scalar"), "Source");
     int greyed = 0;
     for (ServerClass *server : classes()) {
-        HostNode &node = editor.addNode(*server);
+        HostNode &node = network.addNode(*server);
         HostPanel *panel = panelOf(node);
         if (!panel) continue;
-        for (const auto &input : node.inputs) editor.connect(*source.findOutput("Scalar"), *input);
+        for (const auto &input : node.inputs) network.connect(*source.findOutput("Scalar"), *input);
         for (unsigned int id : panel->controls())
             if (!panel->isAvailable(*panel->find(id))) ++greyed;
     }
     EXPECT_GT(greyed, 0);
-    editor.destroyNode(source);
-    for (const auto &node : editor.nodes()) {
+    network.destroyNode(source);
+    for (const auto &node : network.nodes()) {
         HostPanel *panel = panelOf(*node);
         if (!panel) continue;
         for (unsigned int id : panel->controls()) {

@@ -1,7 +1,9 @@
-// Networks: names, life, rendering, copies, and networks in networks.
+// Networks: names, creation and destruction, rendering, copies, and nested networks.
 #include "tests/graph/test_nodes.h"
 
 #include "host/animation/channel.h"
+#include "host/animation/vparm.h"
+#include "host/load/dialogs.h"
 #include "host/services/services.h"
 
 namespace velm::host::test {
@@ -11,83 +13,83 @@ using Lines = std::vector<std::string>;
 
 class NetworkTest : public GraphTest {
   protected:
-    NetworkTest() : editor("Net", "Net", nullptr, nullptr) {}
+    NetworkTest() : network("Net", "Net", nullptr, nullptr) {}
     void SetUp() override {
         GraphTest::SetUp();
-        addRootInputs(editor);
+        addRootInputs(network);
     }
     void TearDown() override {
-        editor.clear();
+        network.clear();
         GraphTest::TearDown();
     }
     ServerClass &tester() { return serverList().get("Test Node"); }
 
-    Network editor;
+    Network network;
 };
 
-TEST_F(NetworkTest, NamesAreUniqueInTheirEditor) {
-    EXPECT_EQ(editor.addNode(tester()).name, "Tester");
-    EXPECT_EQ(editor.addNode(tester()).name, "Tester (2)");
-    EXPECT_EQ(editor.addNode(tester()).name, "Tester (3)");
-    EXPECT_EQ(add(editor, "Tester (2)").name, "Tester (4)");
-    EXPECT_EQ(add(editor, "Net").name, "Net (2)"); // the root's
-    EXPECT_EQ(add(editor, "Odd (x)").name, "Odd (x)");
-    EXPECT_EQ(add(editor, "Odd (x)").name, "Odd (x) (2)");
-    EXPECT_EQ(add(editor, " (3)").name, " (3)");
-    editor.destroyNode(editor.node("Tester (2)"));
-    EXPECT_EQ(editor.addNode(tester()).name, "Tester (2)");
+TEST_F(NetworkTest, NamesAreUniqueInANetwork) {
+    EXPECT_EQ(network.addNode(tester()).name, "Tester");
+    EXPECT_EQ(network.addNode(tester()).name, "Tester (2)");
+    EXPECT_EQ(network.addNode(tester()).name, "Tester (3)");
+    EXPECT_EQ(add(network, "Tester (2)").name, "Tester (4)");
+    EXPECT_EQ(add(network, "Net").name, "Net (2)"); // the root's
+    EXPECT_EQ(add(network, "Odd (x)").name, "Odd (x)");
+    EXPECT_EQ(add(network, "Odd (x)").name, "Odd (x) (2)");
+    EXPECT_EQ(add(network, " (3)").name, " (3)");
+    network.destroyNode(network.node("Tester (2)"));
+    EXPECT_EQ(network.addNode(tester()).name, "Tester (2)");
     Network other("Other", "Other", nullptr, nullptr);
     EXPECT_EQ(other.addNode(tester()).name, "Tester");
 }
 
-// Each step has one right name, whatever was asked for, taken and given back before it.
-TEST_F(NetworkTest, NumbersThatBecomeFreeAreGivenAgainTheLowestFirst) {
-    for (int number = 1; number <= 6; ++number) add(editor, "A");
-    editor.destroyNode(editor.node("A (5)"));
-    editor.rename(editor.node("A (3)"), "B");
-    EXPECT_EQ(add(editor, "A").name, "A (3)");
-    EXPECT_EQ(add(editor, "A (4)").name, "A (5)");
-    EXPECT_EQ(add(editor, "A").name, "A (7)");
-    editor.destroyNode(editor.node("A"));
-    EXPECT_EQ(editor.findNode("A"), nullptr);
-    EXPECT_EQ(add(editor, "A").name, "A");
-    EXPECT_EQ(add(editor, "A (9)").name, "A (9)");
-    EXPECT_EQ(add(editor, "A").name, "A (8)");
-    EXPECT_EQ(add(editor, "A").name, "A (10)");
+// The result of each step depends only on the names that are taken at that moment.
+TEST_F(NetworkTest, TheLowestFreeNumberIsUsed) {
+    for (int number = 1; number <= 6; ++number) add(network, "A");
+    network.destroyNode(network.node("A (5)"));
+    network.rename(network.node("A (3)"), "B");
+    EXPECT_EQ(add(network, "A").name, "A (3)");
+    EXPECT_EQ(add(network, "A (4)").name, "A (5)");
+    EXPECT_EQ(add(network, "A").name, "A (7)");
+    network.destroyNode(network.node("A"));
+    EXPECT_EQ(network.findNode("A"), nullptr);
+    EXPECT_EQ(add(network, "A").name, "A");
+    EXPECT_EQ(add(network, "A (9)").name, "A (9)");
+    EXPECT_EQ(add(network, "A").name, "A (8)");
+    EXPECT_EQ(add(network, "A").name, "A (10)");
     failNextCreate("out of paper");
-    EXPECT_THROW(add(editor, "A"), InputError);
-    EXPECT_EQ(add(editor, "A").name, "A (11)");
-    editor.clear();
-    EXPECT_EQ(add(editor, "A").name, "A");
-    EXPECT_EQ(add(editor, "A").name, "A (2)");
-    EXPECT_EQ(&editor.node("A (2)"), editor.nodes()[1].get());
+    EXPECT_THROW(add(network, "A"), InputError);
+    EXPECT_EQ(add(network, "A").name, "A (11)");
+    network.clear();
+    EXPECT_EQ(add(network, "A").name, "A");
+    EXPECT_EQ(add(network, "A").name, "A (2)");
+    EXPECT_EQ(&network.node("A (2)"), network.nodes()[1].get());
 }
 
-TEST_F(NetworkTest, ARenamedNodeMayKeepItsName) {
-    HostNode &a = add(editor, "A");
-    add(editor, "B");
-    editor.rename(a, "A");
+TEST_F(NetworkTest, ANodeCanBeRenamedToItsOwnName) {
+    HostNode &a = add(network, "A");
+    add(network, "B");
+    network.rename(a, "A");
     EXPECT_EQ(a.name, "A");
-    editor.rename(a, "B");
+    network.rename(a, "B");
     EXPECT_EQ(a.name, "B (2)");
     EXPECT_STREQ(nodeFuncs()->nodeName(&a), "B (2)");
 }
 
-TEST_F(NetworkTest, AFailedCreationLeavesNothing) {
+TEST_F(NetworkTest, AFailedCreationAddsNoNode) {
     failNextCreate("out of paper");
     try {
-        add(editor, "A");
+        add(network, "A");
         FAIL();
     } catch (const InputError &error) {
         EXPECT_STREQ(error.what(), "cannot make the node \"A\": out of paper");
     }
-    EXPECT_TRUE(editor.nodes().empty());
+    EXPECT_TRUE(network.nodes().empty());
 }
 
-TEST_F(NetworkTest, NodesSpeakThroughNodeFuncs) {
-    HostNode &node = add(editor, "A");
+TEST_F(NetworkTest, NodeFuncsReadAndChangeTheNode) {
+    HostNode &node = add(network, "A");
     EXPECT_STREQ(nodeFuncs()->serverUserName(&node), "Tester");
-    EXPECT_STREQ(nodeFuncs()->serverUserName(&editor.root()), "Net");
+    EXPECT_STREQ(nodeFuncs()->serverUserName(&network.root()), "Net");
     const int colour[] = {1, 2, 3};
     nodeFuncs()->setColour(&node, colour);
     EXPECT_EQ(node.colour, (std::array<int, 3>{1, 2, 3}));
@@ -95,41 +97,38 @@ TEST_F(NetworkTest, NodesSpeakThroughNodeFuncs) {
     EXPECT_EQ(node.colour, (std::array<int, 3>{4, 5, 6}));
     nodeFuncs()->setPreviewType(&node, kPreviewOff);
     EXPECT_EQ(node.previewType, kPreviewOff);
-    nodeFuncs()->updatePreview(&node);
-    nodeFuncs()->updatePreview(&node);
-    EXPECT_EQ(node.previewUpdates, 2);
 }
 
-TEST_F(NetworkTest, EachNodeHasOneGroupUnderItsEditors) {
-    HostNode &a = add(editor, "A");
-    HostNode &b = add(editor, "B");
+TEST_F(NetworkTest, EachNodeHasOneGroupInTheNetworksGroup) {
+    HostNode &a = add(network, "A");
+    HostNode &b = add(network, "B");
     HostChannelGroup *group = nodeFuncs()->channelGroup(&a);
     EXPECT_EQ(group->name, "A");
     EXPECT_EQ(nodeFuncs()->channelGroup(&a), group);
-    EXPECT_EQ(group->parent, editor.channelGroup());
+    EXPECT_EQ(group->parent, network.channelGroup());
     EXPECT_NE(nodeFuncs()->channelGroup(&b), group);
-    EXPECT_EQ(editor.channelGroup()->name, "Net");
-    editor.destroyNode(a);
-    EXPECT_EQ(editor.channelGroup()->groups.size(), 1u);
+    EXPECT_EQ(network.channelGroup()->name, "Net");
+    network.destroyNode(a);
+    EXPECT_EQ(network.channelGroup()->groups.size(), 1u);
 }
 
-TEST_F(NetworkTest, RenderingReachesEveryNode) {
-    add(editor, "A");
-    add(editor, "B");
+TEST_F(NetworkTest, RenderingCallsEveryNode) {
+    add(network, "A");
+    add(network, "B");
     journal().clear();
-    editor.init(kInitRender);
-    editor.newTime(7, 0.25);
-    editor.cleanup();
+    network.init(kInitRender);
+    network.newTime(7, 0.25);
+    network.cleanup();
     EXPECT_EQ(journal(), (Lines{"init 1 A", "init 1 B", "time 7 A", "time 7 B", "cleanup A", "cleanup B"}));
 }
 
-TEST_F(NetworkTest, AFailedInitCleansUpWhatWasInitialised) {
-    add(editor, "A");
-    testNode(add(editor, "B")).initError = "no light";
-    add(editor, "C");
+TEST_F(NetworkTest, AFailedInitCleansUpTheNodesBefore) {
+    add(network, "A");
+    testNode(add(network, "B")).initError = "no light";
+    add(network, "C");
     journal().clear();
     try {
-        editor.init(kInitPreview);
+        network.init(kInitPreview);
         FAIL();
     } catch (const InputError &error) {
         EXPECT_STREQ(error.what(), "node \"B\": no light");
@@ -137,102 +136,137 @@ TEST_F(NetworkTest, AFailedInitCleansUpWhatWasInitialised) {
     EXPECT_EQ(journal(), (Lines{"init 0 A", "init 0 B", "cleanup A"}));
 }
 
-TEST_F(NetworkTest, ErrorsOfAFrameNameTheNode) {
-    testNode(add(editor, "A")).newTimeError = "too late";
-    EXPECT_STREQ(nodeEditorFuncs()->newTime(&editor, 1, 0), "node \"A\": too late");
+TEST_F(NetworkTest, ErrorsOfNewTimeNameTheNode) {
+    testNode(add(network, "A")).newTimeError = "too late";
+    EXPECT_STREQ(nodeEditorFuncs()->newTime(&network, 1, 0), "node \"A\": too late");
 }
 
-TEST_F(NetworkTest, CopiesTakeNodesSettingsAndConnections) {
-    HostNode &a = add(editor, "A");
+TEST_F(NetworkTest, CopiesHaveNodesLooksSettingsAndConnections) {
+    HostNode &a = add(network, "A");
     testNode(a).scalar = 5;
-    a.coordinates = {10, 20};
-    a.comment = "five";
-    add(editor, "B");
-    editor.connect("A", "Scalar", "B", "Scalar");
-    editor.connect("B", "Scalar", "Net", "Scalar");
-    editor.setState(1);
+    a.look = {.at = {10, 20}, .mode = 0, .preview = "Color", .comment = "five"};
+    add(network, "B");
+    network.connect("A", "Scalar", "B", "Scalar");
+    network.connect("B", "Scalar", "Net", "Scalar");
+    network.setState(1);
     Network other("A", "A", nullptr, nullptr); // the root has the name of a node
     addRootInputs(other);
     add(other, "Old");
-    EXPECT_EQ(nodeEditorFuncs()->copy(&other, &editor), nullptr);
+    EXPECT_EQ(nodeEditorFuncs()->copy(&other, &network), nullptr);
     ASSERT_EQ(other.nodes().size(), 2u);
     EXPECT_EQ(other.nodes()[0]->name, "A (2)");
-    EXPECT_EQ(other.nodes()[0]->comment, "five");
-    EXPECT_EQ(other.nodes()[0]->coordinates, (std::array<int, 2>{10, 20}));
+    EXPECT_EQ(other.nodes()[0]->look, a.look);
     EXPECT_EQ(scalarOf(other.root(), "Scalar"), 5);
     EXPECT_EQ(other.state(), 1);
     testNode(*other.nodes()[0]).scalar = 6;
-    EXPECT_EQ(scalarOf(editor.root(), "Scalar"), 5);
-    EXPECT_EQ(nodeEditorFuncs()->copy(&editor, &editor), nullptr);
-    EXPECT_EQ(editor.nodes().size(), 2u);
+    EXPECT_EQ(scalarOf(network.root(), "Scalar"), 5);
+    EXPECT_EQ(nodeEditorFuncs()->copy(&network, &network), nullptr);
+    EXPECT_EQ(network.nodes().size(), 2u);
 }
 
 // A group in a group in a group, with a source of 8 inside.
-HostNode &nestThreeDeep(Network &editor, ServerClass &group, ServerClass &node) {
-    HostNode &outer = editor.addNode(group, "Outer");
-    HostNode &middle = testGroup(outer).editor->addNode(group, "Middle");
-    HostNode &inner = testGroup(middle).editor->addNode(group, "Inner");
-    HostNode &source = testGroup(inner).editor->addNode(node, "Source");
+HostNode &nestThreeDeep(Network &network, ServerClass &group, ServerClass &node) {
+    HostNode &outer = network.addNode(group, "Outer");
+    HostNode &middle = testGroup(outer).network->addNode(group, "Middle");
+    HostNode &inner = testGroup(middle).network->addNode(group, "Inner");
+    HostNode &source = testGroup(inner).network->addNode(node, "Source");
     testNode(source).scalar = 8;
-    testGroup(inner).editor->connect("Source", "Scalar", "Inside", "Scalar");
-    testGroup(middle).editor->connect("Inner", "Scalar", "Inside", "Scalar");
-    testGroup(outer).editor->connect("Middle", "Scalar", "Inside", "Scalar");
-    editor.connect("Outer", "Scalar", editor.root().name, "Scalar");
+    testGroup(inner).network->connect("Source", "Scalar", "Inside", "Scalar");
+    testGroup(middle).network->connect("Inner", "Scalar", "Inside", "Scalar");
+    testGroup(outer).network->connect("Middle", "Scalar", "Inside", "Scalar");
+    network.connect("Outer", "Scalar", network.root().name, "Scalar");
     return source;
 }
 
-TEST_F(NetworkTest, NetworksInNetworksEvaluateRenderCopyAndGo) {
-    HostNode &source = nestThreeDeep(editor, serverList().get("Test Group"), tester());
-    EXPECT_EQ(scalarOf(editor.root(), "Scalar"), 8);
+TEST_F(NetworkTest, NestedNetworksEvaluateRenderCopyAndAreDestroyed) {
+    HostNode &source = nestThreeDeep(network, serverList().get("Test Group"), tester());
+    EXPECT_EQ(scalarOf(network.root(), "Scalar"), 8);
     journal().clear();
-    EXPECT_EQ(nodeEditorFuncs()->init(&editor, kInitRender), nullptr);
-    EXPECT_EQ(nodeEditorFuncs()->newTime(&editor, 3, 0.1), nullptr);
-    nodeEditorFuncs()->cleanup(&editor);
+    EXPECT_EQ(nodeEditorFuncs()->init(&network, kInitRender), nullptr);
+    EXPECT_EQ(nodeEditorFuncs()->newTime(&network, 3, 0.1), nullptr);
+    nodeEditorFuncs()->cleanup(&network);
     EXPECT_EQ(journal(), (Lines{"init 1 Source", "time 3 Source", "cleanup Source"}));
     EXPECT_EQ(nodeFuncs()->channelGroup(&source)->parent->name, "Inner");
 
     Network copy("Copy", "Copy", nullptr, nullptr);
     addRootInputs(copy);
-    EXPECT_EQ(nodeEditorFuncs()->copy(&copy, &editor), nullptr);
+    EXPECT_EQ(nodeEditorFuncs()->copy(&copy, &network), nullptr);
     EXPECT_EQ(scalarOf(copy.root(), "Scalar"), 8);
     copy.clear();
 
     testNode(source).initError = "deep trouble";
-    EXPECT_STREQ(nodeEditorFuncs()->init(&editor, kInitRender),
+    EXPECT_STREQ(nodeEditorFuncs()->init(&network, kInitRender),
                  "node \"Outer\": node \"Middle\": node \"Inner\": node \"Source\": deep trouble");
     journal().clear();
-    editor.clear();
+    network.clear();
     EXPECT_EQ(journal(), Lines{"destroy Source"});
 }
 
-// ---- What the service offers besides -----------------------------------------------------------------------------
+// ---- The rest of the service ---------------------------------------------------------------------------------------
 
 int events = 0;
-void *countEvent(Network *editor) {
+void *countEvent(HostNodeEditor *network) {
     ++events;
-    return nodeEditorFuncs()->userData(editor);
+    return nodeEditorFuncs()->userData(network);
 }
 
-TEST_F(NetworkTest, TheOwnerHearsOfChanges) {
+TEST_F(NetworkTest, TheOwnersEventIsCalledAfterChanges) {
     events = 0;
-    nodeEditorFuncs()->setEvent(&editor, countEvent);
-    HostNode &a = add(editor, "A");
+    nodeEditorFuncs()->setEvent(&network, countEvent);
+    HostNode &a = add(network, "A");
     EXPECT_EQ(events, 1);
-    editor.connect("A", "Scalar", "Net", "Scalar");
+    network.connect("A", "Scalar", "Net", "Scalar");
     EXPECT_EQ(events, 2);
-    editor.disconnect(*editor.root().findInput("Scalar"));
+    network.disconnect(*network.root().findInput("Scalar"));
     EXPECT_EQ(events, 3);
-    editor.disconnect(*editor.root().findInput("Scalar"));
+    network.disconnect(*network.root().findInput("Scalar"));
     EXPECT_EQ(events, 3);
-    editor.destroyNode(a);
+    network.destroyNode(a);
     EXPECT_EQ(events, 4);
-    nodeEditorFuncs()->setEvent(&editor, nullptr);
+    nodeEditorFuncs()->setEvent(&network, nullptr);
 }
 
-TEST_F(NetworkTest, EditorsKeepWhatTheyAreTold) {
+// A user interface that shows everything it is asked for.
+struct AllDialogs final : Dialogs {
+    Lines shown;
+    bool show(const std::string &what) {
+        shown.push_back(what + (serverInCall() == kHostServer ? "" : " in a call"));
+        return true;
+    }
+    bool openNetwork(HostNodeEditor &network) override { return show("network " + networkOf(network).name()); }
+    bool isNetworkOpen(HostNodeEditor &network) override { return networkOf(network).name() == "Net"; }
+    bool editEnvelope(HostEnvelope &envelope) override { return show("envelope " + envelope.name); }
+    bool editEnvelopes(HostVParm &parm) override { return show("envelopes " + parm.channelName()); }
+    bool editTexture(HostVParm &parm) override { return show("texture " + parm.channelName()); }
+};
+
+TEST_F(NetworkTest, WindowsOpenThroughTheDialogs) {
+    const HostVParmFuncs &parms = *vparmFuncs();
+    HostVParm *parm = parms.create(kParmFloat, -1);
+    parms.setUp(parm, "Size", network.channelGroup(), nullptr, nullptr, nullptr, nullptr);
+    parms.setState(parm, kParmHasEnvelope);
+    HostEnvelope *envelopes[3] = {};
+    ASSERT_EQ(parms.envelopes(parm, envelopes), 1);
+    const auto openAll = [&] {
+        const CallScope call(numberOfServer("Opener"), "panel button");
+        return std::array{nodeEditorFuncs()->openWindow(&network), nodeEditorFuncs()->isWindowOpen(&network),
+                          envelopeFuncs()->edit(envelopes[0]), parms.editEnvelope(parm), parms.editTexture(parm)};
+    };
+    EXPECT_EQ(openAll(), (std::array{0, 0, 0, 0, 0}));
+    AllDialogs dialogs;
+    setDialogs(&dialogs);
+    EXPECT_EQ(openAll(), (std::array{1, 1, 1, 1, 1}));
+    setDialogs(nullptr);
+    EXPECT_EQ(dialogs.shown, (Lines{"network Net", "envelope Size", "envelopes Size", "texture Size"}));
+    EXPECT_EQ(openAll(), (std::array{0, 0, 0, 0, 0}));
+    EXPECT_EQ(parms.editEnvelope(nullptr) + parms.editTexture(nullptr) + envelopeFuncs()->edit(nullptr), 0);
+    parms.destroy(parm);
+}
+
+TEST_F(NetworkTest, NetworksStoreTheirProperties) {
     const HostNodeEditorFuncs &editors = *nodeEditorFuncs();
     int mine = 0;
-    Network *own = editors.create("Name", "Title", nullptr, &mine);
+    Network *own = networkOf(editors.create("Name", "Title", nullptr, &mine));
     EXPECT_EQ(editors.userData(own), &mine);
     editors.setUserData(own, nullptr);
     EXPECT_EQ(editors.userData(own), nullptr);
@@ -255,20 +289,20 @@ TEST_F(NetworkTest, EditorsKeepWhatTheyAreTold) {
     editors.destroy(own);
 }
 
-HostError rootInit(Network *editor, int mode) {
+HostError rootInit(HostNodeEditor *network, int mode) {
     journal().push_back("root init " + std::to_string(mode));
-    return nodeEditorFuncs()->userData(editor) ? "root refuses" : nullptr;
+    return nodeEditorFuncs()->userData(network) ? "root refuses" : nullptr;
 }
-HostError rootTime(Network *, int frame, double) {
+HostError rootTime(HostNodeEditor *, int frame, double) {
     journal().push_back("root time " + std::to_string(frame));
     return nullptr;
 }
-void rootCleanup(Network *) { journal().push_back("root cleanup"); }
-void rootPreview(Network *editor, ShadingSample *sample, double colour[3]) {
-    nodeInputFuncs()->evaluate(nodeEditorFuncs()->rootInputByName(editor, "Color"), sample, colour);
+void rootCleanup(HostNodeEditor *) { journal().push_back("root cleanup"); }
+void rootPreview(HostNodeEditor *network, ShadingSample *sample, double colour[3]) {
+    nodeInputFuncs()->evaluate(nodeEditorFuncs()->rootInputByName(network, "Color"), sample, colour);
 }
 
-TEST_F(NetworkTest, TheRootDescriptionIsHeeded) {
+TEST_F(NetworkTest, TheRootDescriptionsFunctionsAreCalled) {
     HostRootDescription root{};
     root.previewType = kPreviewDrawnByNode;
     root.init = rootInit;
@@ -288,7 +322,7 @@ TEST_F(NetworkTest, TheRootDescriptionIsHeeded) {
     double colour[3] = {};
     EXPECT_TRUE(own.previewSample(&sample, colour));
     EXPECT_EQ(colour[1], 0.2);
-    EXPECT_FALSE(editor.previewSample(&sample, colour));
+    EXPECT_FALSE(network.previewSample(&sample, colour));
     EXPECT_EQ(panelOf(own.root()), nullptr);
     own.setUserData(&own);
     EXPECT_STREQ(nodeEditorFuncs()->init(&own, kInitRender), "node \"Own\": root refuses");
@@ -301,7 +335,7 @@ int rootEvent(void *instance, HostInput *input, int, int) {
     return 1;
 }
 
-TEST_F(NetworkTest, RootInputsTellTheOwner) {
+TEST_F(NetworkTest, EventsOfRootInputsReceiveTheUserData) {
     int count = 0;
     Network own("Own", "Own", nullptr, &count);
     HostInput *input = nodeEditorFuncs()->addRootInput(&own, kConnectScalar, "In", rootEvent);
@@ -312,19 +346,19 @@ TEST_F(NetworkTest, RootInputsTellTheOwner) {
     EXPECT_EQ(count, 2);
 }
 
-void wide(Network *, void *, double bounds[3][2]) {
+void wide(HostNodeEditor *, void *, double bounds[3][2]) {
     bounds[0][0] = -2;
     bounds[0][1] = 6;
 }
 
-TEST_F(NetworkTest, PreviewsAreSizedByTheOwner) {
+TEST_F(NetworkTest, TheOwnerSetsTheExtentOfPreviews) {
     double scale[3], position[3];
-    nodeUtilityFuncs()->autosize(&editor.root(), scale, position);
+    nodeUtilityFuncs()->autosize(&network.root(), scale, position);
     EXPECT_EQ(scale[0], 1);
     EXPECT_EQ(position[0], 0);
-    nodeEditorFuncs()->setAutosize(&editor, wide);
-    nodeUtilityFuncs()->autosize(&editor.root(), scale, nullptr);
-    nodeUtilityFuncs()->autosize(&editor.root(), scale, position);
+    nodeEditorFuncs()->setAutosize(&network, wide);
+    nodeUtilityFuncs()->autosize(&network.root(), scale, nullptr);
+    nodeUtilityFuncs()->autosize(&network.root(), scale, position);
     EXPECT_EQ(scale[0], 8);
     EXPECT_EQ(position[0], 2);
     EXPECT_EQ(scale[2], 1);

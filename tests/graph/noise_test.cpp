@@ -43,7 +43,7 @@ TEST(Noise, HasNoJumpsBetweenCells) {
         }
 }
 
-TEST(Noise, StaysAsItIs) {
+TEST(Noise, IsStable) {
     const struct {
         double x, y, z, expected;
     } kRows[] = {{0.5, 0.5, 0.5, 0.5},
@@ -51,10 +51,10 @@ TEST(Noise, StaysAsItIs) {
                  {-7.25, 3.5, 100.75, -0.36473941802978516},
                  {300.3, -300.7, 0.9, -0.37105778372375514}};
     for (const auto &row : kRows) EXPECT_NEAR(gradientNoise(row.x, row.y, row.z), row.expected, 1e-12) << row.x;
-    EXPECT_NE(gradientNoise(0.3, 0.3, 0.3), gradientNoise(256.3, 0.3, 0.3)); // nothing repeats
+    EXPECT_NE(gradientNoise(0.3, 0.3, 0.3), gradientNoise(256.3, 0.3, 0.3)); // it does not repeat
 }
 
-TEST(Noise, TakesAnyNumber) {
+TEST(Noise, AcceptsAnyNumber) {
     EXPECT_EQ(gradientNoise(NAN, 0.5, 0.5), 0);
     EXPECT_EQ(gradientNoise(0.5, INFINITY, 0.5), 0);
     EXPECT_EQ(gradientNoise(0.5, 0.5, -1e300), 0);

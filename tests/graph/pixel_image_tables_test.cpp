@@ -1,5 +1,5 @@
-// The module's Pixel Image in the stand-alone host, over an image of four by four pixels: every tiling rule and every
-// blend by tables written by hand, and the thumbnail pixel by pixel.
+// The module's Pixel Image in the stand-alone host, with an image of four by four pixels: every tiling rule and every
+// blend against tables written by hand, and every pixel of the thumbnail.
 #include "host/graph/network.h"
 #include "host/image/image.h"
 #include "host/image/picture.h"
@@ -20,7 +20,7 @@ constexpr int kSide = 4;
 constexpr int kFirst = -9, kLast = 9;
 constexpr float kQuarter = 0.25f;
 
-// Red tells the column in quarters, green the row.
+// Red is the column in quarters, green the row.
 class PixelTables : public testing::Test {
   protected:
     static void SetUpTestSuite() { listModule(); }
@@ -63,7 +63,7 @@ class PixelTables : public testing::Test {
     }
     HostNode &node() { return *node_; }
 
-    // What coordinates from kFirst to kLast along one axis find: the pixel's number, or B for the background.
+    // The results for coordinates from kFirst to kLast along one axis: the pixel's number, or B for the background.
     std::string found(const char *axis, std::size_t component) {
         std::string text;
         for (int coordinate = kFirst; coordinate <= kLast; ++coordinate) {
@@ -85,7 +85,7 @@ struct TilingRow {
     const char *rule;
     const char *negative, *others; // -9 to -1, 0 to 9
 };
-// A negative multiple of the side is repeated to the side itself, one past the last pixel, which is read as the last.
+// A negative multiple of the side is wrapped to the side itself, one past the last pixel, which reads the last pixel.
 constexpr TilingRow kTilings[] = {
     {"Reset", "BBBBBBBBB", "0123BBBBBB"},
     {"Repeat", "331233123", "0123012301"},
@@ -143,9 +143,9 @@ TEST_F(PixelTables, TheThumbnailPixelByPixel) {
     const PanelItem &control = *panel.find(panel.controls().front());
     HostDrawArea area(8, 6);
     drawControl(panel, control, area);
-    // Eight columns show four twice; six rows show four at every two thirds.
+    // Eight columns show each of four twice; six rows show four at steps of two thirds.
     constexpr int kRows[6] = {0, 0, 1, 2, 2, 3};
-    constexpr int kBytes[kSide] = {0, 63, 127, 191}; // 255 quarters, cut off
+    constexpr int kBytes[kSide] = {0, 63, 127, 191}; // quarters of 255, truncated
     for (int y = 0; y < area.height; ++y)
         for (int x = 0; x < area.width; ++x) {
             const std::array<std::uint8_t, 3> seen = area.at(x, y);

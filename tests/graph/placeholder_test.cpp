@@ -1,4 +1,4 @@
-// Nodes of servers that are not there: what they keep, and what they evaluate to.
+// Placeholders of nodes whose server is missing: the data that they save, and their results.
 #include "tests/graph/test_nodes.h"
 
 #include "host/graph/node_data.h"
@@ -10,7 +10,7 @@
 namespace velm::host::test {
 namespace {
 
-// A network in which a node "Rain" of an unknown server feeds one of ours, another unknown one, and the root.
+// A network in which a node "Rain" of an unknown server feeds a known node, another unknown one, and the root.
 const std::string kText = R"text({ Nodal_Block
   { Root
     Location -3 4
@@ -101,7 +101,7 @@ const std::string kText = R"text({ Nodal_Block
 }
 )text";
 
-class StandInTest : public GraphTest {
+class PlaceholderTest : public GraphTest {
   protected:
     static void load(Surface &surface, int mode, const std::string &bytes) {
         StateReader reader(mode, bytes, "network");
@@ -113,30 +113,30 @@ class StandInTest : public GraphTest {
         surface.save(*writer.state());
         return writer.finish();
     }
-    static std::string savedNetwork(Network &editor) {
+    static std::string savedNetwork(Network &network) {
         StateWriter writer(kStateBinary);
-        editor.save(*writer.state());
+        network.save(*writer.state());
         return writer.finish();
     }
 };
 
-TEST_F(StandInTest, ATextComesBackToTheByte) {
-    Surface surface("Clay"); // which one of the file's nodes is called, too
+TEST_F(PlaceholderTest, TextIsSavedUnchanged) {
+    Surface surface("Clay"); // a name that one of the file's nodes has as well
     load(surface, kStateText, kText);
     EXPECT_EQ(save(surface, kStateText), kText);
-    EXPECT_EQ(surface.editor().node("Rain (1)").server->name(), "Weather");
-    EXPECT_NE(surface.editor().node("Rain (1)").placeholder, nullptr);
-    EXPECT_EQ(surface.editor().node("Half").placeholder, nullptr);
+    EXPECT_EQ(surface.network().node("Rain (1)").server->name(), "Weather");
+    EXPECT_NE(surface.network().node("Rain (1)").placeholder, nullptr);
+    EXPECT_EQ(surface.network().node("Half").placeholder, nullptr);
 }
 
-TEST_F(StandInTest, CopiesKeepWhatWasKept) {
+TEST_F(PlaceholderTest, CopiesHaveTheSameData) {
     Surface surface("Clay"), copy("Other");
     load(surface, kStateText, kText);
-    copy.editor().copyFrom(surface.editor());
+    copy.network().copyFrom(surface.network());
     EXPECT_EQ(save(copy, kStateText), kText);
 }
 
-TEST_F(StandInTest, ColoursAreMagentaAndNumbersTheirOwnDefaults) {
+TEST_F(PlaceholderTest, ColoursAreMagentaAndNumbersKeepTheirOwnValues) {
     Surface surface("Clay");
     load(surface, kStateText, kText);
     const SurfaceValues values = surface.evaluate(&sample);
@@ -146,53 +146,53 @@ TEST_F(StandInTest, ColoursAreMagentaAndNumbersTheirOwnDefaults) {
     EXPECT_EQ(values.diffuse, 1);
 }
 
-TEST_F(StandInTest, MaterialsAreMagentaAndVectorsAndIntegersAreLeftAlone) {
-    Network editor("Net", "Net", nullptr, nullptr);
-    addRootInputs(editor);
-    editor.addPlaceholder(std::make_shared<Placeholder>("Weather", "Some Weather"), "Rain");
+TEST_F(PlaceholderTest, MaterialsAreMagentaAndVectorsAndIntegersAreLeftAlone) {
+    Network network("Net", "Net", nullptr, nullptr);
+    addRootInputs(network);
+    network.addPlaceholder(std::make_shared<Placeholder>("Weather", "Some Weather"), "Rain");
     for (const char *input : {"Material", "Vector", "Integer", "Scalar"})
-        editor.connectAsSaved("Rain", input, "Net", input);
+        network.connectAsSaved("Rain", input, "Net", input);
     HostMaterial material{};
-    EXPECT_EQ(evaluateInput(editor.root().findInput("Material"), &sample, &material), 1);
+    EXPECT_EQ(evaluateInput(network.root().findInput("Material"), &sample, &material), 1);
     EXPECT_EQ(material.diffuse[0], 1);
     EXPECT_EQ(material.diffuse[1], 0);
     EXPECT_EQ(material.diffuse[2], 1);
     double vector[3] = {1, 2, 3};
-    evaluateInput(editor.root().findInput("Vector"), &sample, vector);
+    evaluateInput(network.root().findInput("Vector"), &sample, vector);
     EXPECT_EQ(vector[1], 2);
     int integer = 7;
-    evaluateInput(editor.root().findInput("Integer"), &sample, &integer);
+    evaluateInput(network.root().findInput("Integer"), &sample, &integer);
     EXPECT_EQ(integer, 7);
 }
 
-TEST_F(StandInTest, BinaryDataComeBackToTheByteAndCannotBecomeText) {
+TEST_F(PlaceholderTest, BinaryDataAreSavedUnchangedAndCannotBecomeText) {
     Surface surface("Clay");
-    HostNode &rain = surface.editor().addPlaceholder(std::make_shared<Placeholder>("Weather", "Some Weather"), "Rain");
+    HostNode &rain = surface.network().addPlaceholder(std::make_shared<Placeholder>("Weather", "Some Weather"), "Rain");
     const std::string data("\1\0\2NODS\xff", 8);
     loadSavedData(rain, data, "rain");
     EXPECT_EQ(savedData(rain), data);
     Surface again("Clay");
     load(again, kStateBinary, save(surface, kStateBinary));
     EXPECT_EQ(save(again, kStateBinary), save(surface, kStateBinary));
-    EXPECT_EQ(savedData(again.editor().node("Rain")), data);
+    EXPECT_EQ(savedData(again.network().node("Rain")), data);
     EXPECT_THROW(save(surface, kStateText), InputError);
     load(again, kStateText, kText);
     EXPECT_THROW(save(again, kStateBinary), InputError);
 }
 
-TEST_F(StandInTest, ARootWithoutDataStaysWithout) {
+TEST_F(PlaceholderTest, ARootWithoutDataSavesNone) {
     Surface surface("Clay");
     load(surface, kStateText, kText);
-    EXPECT_FALSE(surface.editor().root().savesData);
+    EXPECT_FALSE(surface.network().root().savesData);
     Surface full("Clay");
     load(full, kStateBinary, save(full, kStateBinary));
-    EXPECT_TRUE(full.editor().root().savesData);
+    EXPECT_TRUE(full.network().root().savesData);
 }
 
-TEST_F(StandInTest, DataThatItsServerWritesOtherwiseAreKeptUntilTheNodeChanges) {
-    Network editor("Net", "Net", nullptr, nullptr);
-    HostNode &node = add(editor, "A");
-    // Two doubles are the test node's own; what follows is of a later version.
+TEST_F(PlaceholderTest, DataThatTheServerSavesDifferentlyAreSavedUnchangedUntilTheNodeChanges) {
+    Network network("Net", "Net", nullptr, nullptr);
+    HostNode &node = add(network, "A");
+    // The test node reads two doubles; the rest stands for data of a later version.
     const std::string data = std::string("\x3f\xf0\0\0\0\0\0\0", 8) + std::string(8, '\0') + "and more";
     loadSavedData(node, data, "test");
     EXPECT_EQ(testNode(node).scalar, 1);
@@ -203,23 +203,23 @@ TEST_F(StandInTest, DataThatItsServerWritesOtherwiseAreKeptUntilTheNodeChanges) 
     EXPECT_EQ(savedData(node), data);
 }
 
-TEST_F(StandInTest, DataThatAreEmptyAreKeptAsEmptyUntilTheNodeChanges) {
-    Network editor("Net", "Net", nullptr, nullptr);
-    HostNode &node = addGroup(editor, "A");
+TEST_F(PlaceholderTest, EmptyDataAreSavedUnchangedUntilTheNodeChanges) {
+    Network network("Net", "Net", nullptr, nullptr);
+    HostNode &node = addGroup(network, "A");
     const std::string own = savedData(node);
     EXPECT_FALSE(own.empty());
     loadSavedData(node, "", "test");
     EXPECT_EQ(savedData(node), "");
 
     Network again("Net", "Net", nullptr, nullptr);
-    StateReader reader(kStateBinary, savedNetwork(editor), "network");
+    StateReader reader(kStateBinary, savedNetwork(network), "network");
     again.load(*reader.state());
     EXPECT_EQ(savedData(again.node("A")), "");
     Network copy("Net", "Net", nullptr, nullptr);
     copy.copyFrom(again);
-    EXPECT_EQ(savedNetwork(copy), savedNetwork(editor));
+    EXPECT_EQ(savedNetwork(copy), savedNetwork(network));
 
-    add(*testGroup(again.node("A")).editor, "Inside the group");
+    add(*testGroup(again.node("A")).network, "Inside the group");
     EXPECT_GT(savedData(again.node("A")).size(), own.size());
     loadSavedData(node, own, "test");
     EXPECT_EQ(savedData(node), own);

@@ -1,4 +1,4 @@
-// Servers: finding them, and what they may refuse.
+// The list of servers: finding them, activating them, and reporting refusals.
 #include "host/graph/server_list.h"
 
 #include "host/base/error.h"
@@ -95,14 +95,14 @@ TEST_F(ServerListTest, AServerIsActivatedOnce) {
     EXPECT_NE(items, nullptr);
 }
 
-TEST_F(ServerListTest, TheModellingApplicationKnowsNoItems) {
+TEST_F(ServerListTest, TheModellingApplicationHasNoItems) {
     setSystemId(kSystemModelling);
     list.get("Velm Counter").handler();
     setSystemId(kSystemLayout);
     EXPECT_EQ(items, nullptr);
 }
 
-TEST_F(ServerListTest, RefusalsAreToldInWords) {
+TEST_F(ServerListTest, RefusalsAreExplained) {
     const std::pair<int, const char *> kRefusals[] = {
         {kActivateBadVersion, "it does not know version 1 of \"NodeHandler\""},
         {kActivateBadGlobal, "it needs the service \"Weather Report\", which this host does not offer"},
@@ -117,7 +117,7 @@ TEST_F(ServerListTest, RefusalsAreToldInWords) {
                   std::string("node \"Velm Counter\" (test.p) refuses to work: ") + words);
     }
     result = kActivateOk;
-    EXPECT_EQ(errorOf(list.get("Velm Counter")), "no error"); // it may think better of it
+    EXPECT_EQ(errorOf(list.get("Velm Counter")), "no error"); // the next activation may succeed
 }
 
 TEST_F(ServerListTest, AnIncompleteHandlerIsRefused) {
@@ -126,7 +126,7 @@ TEST_F(ServerListTest, AnIncompleteHandlerIsRefused) {
               "node \"Velm Counter\" (test.p) does not say how it is created, destroyed and evaluated");
 }
 
-TEST_F(ServerListTest, InterfacesRefuseInWords) {
+TEST_F(ServerListTest, RefusalsOfInterfacesAreExplained) {
     result = kActivateBadVersion;
     int instance = 0;
     try {
@@ -138,7 +138,7 @@ TEST_F(ServerListTest, InterfacesRefuseInWords) {
     }
 }
 
-TEST_F(ServerListTest, AWrongNameFindsTheNearest) {
+TEST_F(ServerListTest, AnUnknownNameSuggestsTheNearest) {
     try {
         list.get("Velm Countre");
         FAIL();
@@ -148,7 +148,7 @@ TEST_F(ServerListTest, AWrongNameFindsTheNearest) {
     EXPECT_EQ(list.find("Velm Countre"), nullptr);
 }
 
-TEST_F(ServerListTest, BadTablesAddNothing) {
+TEST_F(ServerListTest, InvalidTablesAddNothing) {
     const HostServer kTwice[] = {{HOST_CLASS_NODE_HANDLER, "New", activate, nullptr},
                                  {HOST_CLASS_NODE_HANDLER, "Velm Counter", activate, nullptr},
                                  {nullptr, nullptr, nullptr, nullptr}};
@@ -174,7 +174,7 @@ TEST_F(ServerListTest, AnOriginCanBeRemoved) {
     EXPECT_TRUE(list.all().empty());
 }
 
-TEST(HostServers, HoldTheBuiltInNodesFromTheStart) {
+TEST(HostServers, ContainTheBuiltInNodesFromTheStart) {
     for (const char *name : {"Constant Color", "Constant Scalar", "Constant Vector", "Constant Integer", "Spot Info",
                              "Add Scalar",     "Multiply Scalar", "Mix Scalar",      "Clamp Scalar",     "Add Color",
                              "Multiply Color", "Mix Color",       "Clamp Color",     "Make Vector",      "Split Vector",

@@ -1,4 +1,5 @@
-// The lookup, and the small services beside it.
+// The lookup, and small services.
+#include "host/load/dialogs.h"
 #include "host/load/lookup.h"
 #include "host/services/file_request.h"
 #include "host/services/scene_info.h"
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace velm::host::test {
 namespace {
@@ -30,7 +32,7 @@ TEST(Lookup, TheSystemIdIsAWord) {
     setSystemId(kSystemLayout);
 }
 
-TEST(Lookup, NoTableHasAHole) {
+TEST(Lookup, NoTableHasANullFunction) {
     const std::pair<const char *, std::size_t> kTables[] = {
         {HOST_NODE_FUNCS, sizeof(HostNodeFuncs)},
         {HOST_NODE_INPUT_FUNCS, sizeof(HostNodeInputFuncs)},
@@ -52,7 +54,7 @@ TEST(Lookup, NoTableHasAHole) {
     }
 }
 
-TEST(Lookup, RemembersWhatIsMissing) {
+TEST(Lookup, RemembersTheMissingService) {
     clearMissingService();
     EXPECT_EQ(lastMissingService(), nullptr);
     EXPECT_EQ(lookup("Weather Report", kUseTransient), nullptr);
@@ -67,7 +69,7 @@ int report = 0;
 void *giveReport() { return &report; }
 void *giveNodeFuncs() { return const_cast<HostNodeFuncs *>(nodeFuncs()); }
 
-TEST(Lookup, FindsWhatARoomOffersAndTheLastOfferOfAName) {
+TEST(Lookup, FindsTheLastServiceOfferedUnderAName) {
     const Service report1[] = {{.name = "Weather Report 1", .give = giveReport}};
     offerServices(report1);
     EXPECT_EQ(lookup("Weather Report 1", kUseTransient), &report);
@@ -108,6 +110,35 @@ TEST(FileRequest, IsCancelledUnlessAChoiceWasPrepared) {
     EXPECT_EQ(picks, 1);
     EXPECT_EQ(fileRequest()(kFileRequestVersion, &request.record), 0);
     EXPECT_EQ(request.record.result, 0);
+}
+
+struct Chooser final : Dialogs {
+    std::string chooseFile(const std::string &title, const std::string &fileType) override {
+        asked.push_back(title + "|" + fileType);
+        return answer;
+    }
+    std::string answer;
+    std::vector<std::string> asked;
+};
+
+TEST(FileRequest, AsksADialogUnlessAFileIsPrepared) {
+    Request request;
+    request.record.title = "Load Clip or Still";
+    Chooser chooser;
+    setDialogs(&chooser);
+    EXPECT_EQ(fileRequest()(kFileRequestVersion, &request.record), 0);
+    EXPECT_EQ(request.record.result, 0);
+    request.record.fileType = "Images";
+    chooser.answer = "/pictures/wood.png";
+    EXPECT_EQ(fileRequest()(kFileRequestVersion, &request.record), 0);
+    EXPECT_EQ(request.record.result, 1);
+    EXPECT_STREQ(request.full, "/pictures/wood.png");
+    EXPECT_EQ(chooser.asked, (std::vector<std::string>{"Load Clip or Still|", "Load Clip or Still|Images"}));
+    prepareFileChoice("stone.png");
+    EXPECT_EQ(fileRequest()(kFileRequestVersion, &request.record), 0);
+    EXPECT_STREQ(request.full, "stone.png");
+    EXPECT_EQ(chooser.asked.size(), 2u);
+    setDialogs(nullptr);
 }
 
 TEST(FileRequest, AFileThatDoesNotFitIsAnError) {

@@ -1,4 +1,4 @@
-// Surfaces: the root's values, and what networks make of them.
+// Surfaces: the root's values, and the inputs that override them.
 #include "host/graph/surface.h"
 
 #include "host/services/services.h"
@@ -17,7 +17,7 @@ class SurfaceTest : public ::testing::Test {
         surface.newTime(0, 0);
     }
     HostNode &add(const char *server, const char *name) {
-        return surface.editor().addNode(serverList().get(server), name);
+        return surface.network().addNode(serverList().get(server), name);
     }
     std::string errorOf(const std::string &name, const SettingValue &value) {
         try {
@@ -62,7 +62,7 @@ TEST_F(SurfaceTest, DefaultsAreSetByName) {
     EXPECT_EQ(surface.evaluateTransparency(&sample), 7);
 }
 
-TEST_F(SurfaceTest, KeysMoveADefault) {
+TEST_F(SurfaceTest, KeysAnimateADefault) {
     KeysDescription keys;
     keys.keys = {{.time = 0, .value = {0}, .shape = kShapeLinear}, {.time = 2, .value = {1}, .shape = kShapeLinear}};
     surface.setDefault("Luminosity", keys);
@@ -72,48 +72,48 @@ TEST_F(SurfaceTest, KeysMoveADefault) {
     EXPECT_DOUBLE_EQ(surface.evaluate(&sample).luminosity, 0.75);
 }
 
-TEST_F(SurfaceTest, WrongSettingsSayWhatIsRight) {
+TEST_F(SurfaceTest, InvalidSettingsAreExplained) {
     EXPECT_NE(errorOf("Difuse", 1.0).find("did you mean \"Diffuse\"?"), std::string::npos);
     EXPECT_NE(errorOf("Diffuse", std::string("much")), "no error");
     EXPECT_NE(errorOf("Color", 1.0), "no error");
     EXPECT_EQ(errorOf("Diffuse", 0.5), "no error");
 }
 
-TEST_F(SurfaceTest, ConnectionsGoBeforeDefaults) {
+TEST_F(SurfaceTest, ConnectionsOverrideDefaults) {
     add("Constant Color", "Red");
     add("Constant Scalar", "Half");
-    surface.editor().connect("Red", "Color", "Clay", "Color");
-    surface.editor().connect("Half", "Scalar", "Clay", "Transparency");
-    surface.editor().connect("Red", "Color", "Clay", "Diffuse"); // as its luminance
+    surface.network().connect("Red", "Color", "Clay", "Color");
+    surface.network().connect("Half", "Scalar", "Clay", "Transparency");
+    surface.network().connect("Red", "Color", "Clay", "Diffuse"); // as its luminance
     SurfaceValues values = surface.evaluate(&sample);
     EXPECT_EQ(values.colour[0], 1);
     EXPECT_EQ(values.transparency, 1);
     EXPECT_DOUBLE_EQ(values.diffuse, 1);
     EXPECT_EQ(surface.evaluateTransparency(&sample), 1);
-    surface.editor().setState(1); // switched off
+    surface.network().setState(1); // switched off
     values = surface.evaluate(&sample);
     EXPECT_EQ(values.colour[0], 0.78431);
     EXPECT_EQ(surface.evaluateTransparency(&sample), 0);
 }
 
-TEST_F(SurfaceTest, ANormalIsBroughtToUnitLength) {
+TEST_F(SurfaceTest, ANormalIsNormalised) {
     HostNode &vector = add("Constant Vector", "Tilt");
-    surface.editor().connect("Tilt", "Vector", "Clay", "Normal");
-    EXPECT_EQ(surface.evaluate(&sample).normal[1], 1); // a vector of no length leaves the sample's
+    surface.network().connect("Tilt", "Vector", "Clay", "Normal");
+    EXPECT_EQ(surface.evaluate(&sample).normal[1], 1); // a zero vector leaves the sample's
     HostNode &make = add("Make Vector", "Make");
     add("Constant Scalar", "One");
-    surface.editor().connect("One", "Scalar", "Make", "X");
-    surface.editor().connect("One", "Scalar", "Make", "Z");
-    surface.editor().connect("Make", "Vector", "Tilt", "Vector");
+    surface.network().connect("One", "Scalar", "Make", "X");
+    surface.network().connect("One", "Scalar", "Make", "Z");
+    surface.network().connect("Make", "Vector", "Tilt", "Vector");
     const SurfaceValues values = surface.evaluate(&sample);
     EXPECT_DOUBLE_EQ(values.normal[0], std::sqrt(0.5));
     EXPECT_DOUBLE_EQ(values.normal[1], 0);
-    surface.editor().destroyNode(make);
-    surface.editor().destroyNode(vector);
+    surface.network().destroyNode(make);
+    surface.network().destroyNode(vector);
     EXPECT_EQ(surface.evaluate(&sample).normal[1], 1);
 }
 
-TEST_F(SurfaceTest, PreviewsAreSizedByWhatCarriesTheSurface) {
+TEST_F(SurfaceTest, PreviewsShowTheExtentOfTheGeometry) {
     const double bounds[3][2] = {{0, 2}, {1, 5}, {-1, 1}};
     surface.setBounds(bounds);
     double scale[3], position[3];
@@ -122,7 +122,7 @@ TEST_F(SurfaceTest, PreviewsAreSizedByWhatCarriesTheSurface) {
     EXPECT_EQ(position[1], 3);
 }
 
-TEST_F(SurfaceTest, TheRootIsNoNodeThatOneCouldAdd) { EXPECT_EQ(serverList().find("Surface"), nullptr); }
+TEST_F(SurfaceTest, TheRootCannotBeAddedAsANode) { EXPECT_EQ(serverList().find("Surface"), nullptr); }
 
 } // namespace
 } // namespace velm::host::test

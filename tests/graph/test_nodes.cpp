@@ -112,28 +112,28 @@ void evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNod
 void *createGroup(void *, void *node, const char **error) {
     auto *instance = new TestGroup;
     instance->node = static_cast<HostNode *>(node);
-    instance->editor = nodeEditorFuncs()->create("Inside", "Inside", nullptr, instance);
-    if (!instance->editor) {
-        *error = "no editor";
+    instance->network = networkOf(nodeEditorFuncs()->create("Inside", "Inside", nullptr, instance));
+    if (!instance->network) {
+        *error = "no network";
         delete instance;
         return nullptr;
     }
-    nodeEditorFuncs()->setChannelGroup(instance->editor, nodeFuncs()->channelGroup(instance->node));
-    instance->root = nodeEditorFuncs()->addRootInput(instance->editor, kConnectScalar, "Scalar", nullptr);
+    nodeEditorFuncs()->setChannelGroup(instance->network, nodeFuncs()->channelGroup(instance->node));
+    instance->root = nodeEditorFuncs()->addRootInput(instance->network, kConnectScalar, "Scalar", nullptr);
     instance->output = nodeOutputFuncs()->create(instance->node, kConnectScalar, "Scalar");
     return instance;
 }
 
 void destroyGroup(void *instance) {
-    nodeEditorFuncs()->destroy(group(instance).editor);
+    nodeEditorFuncs()->destroy(group(instance).network);
     delete &group(instance);
 }
 
-HostError copyGroup(void *to, void *from) { return nodeEditorFuncs()->copy(group(to).editor, group(from).editor); }
+HostError copyGroup(void *to, void *from) { return nodeEditorFuncs()->copy(group(to).network, group(from).network); }
 
 HostError saveGroup(void *instance, const HostSaveState *state) {
     state->beginBlock(state->data, &kNested, 0);
-    const HostError error = nodeEditorFuncs()->save(group(instance).editor, state);
+    const HostError error = nodeEditorFuncs()->save(group(instance).network, state);
     if (!error) state->endBlock(state->data);
     return error;
 }
@@ -141,7 +141,7 @@ HostError saveGroup(void *instance, const HostSaveState *state) {
 HostError loadGroup(void *instance, const HostLoadState *state) {
     static constexpr HostBlockId kTable[] = {kNested, {0, nullptr}};
     while (state->findBlock(state->data, kTable)) {
-        if (const HostError error = nodeEditorFuncs()->load(group(instance).editor, state)) return error;
+        if (const HostError error = nodeEditorFuncs()->load(group(instance).network, state)) return error;
         state->endBlock(state->data);
     }
     return nullptr;
@@ -150,11 +150,11 @@ HostError loadGroup(void *instance, const HostLoadState *state) {
 HostError passedOn(void *instance, HostError error) { return group(instance).quiet ? nullptr : error; }
 
 HostError initGroup(void *instance, int mode) {
-    return passedOn(instance, nodeEditorFuncs()->init(group(instance).editor, mode));
+    return passedOn(instance, nodeEditorFuncs()->init(group(instance).network, mode));
 }
-void cleanupGroup(void *instance) { nodeEditorFuncs()->cleanup(group(instance).editor); }
+void cleanupGroup(void *instance) { nodeEditorFuncs()->cleanup(group(instance).network); }
 HostError newTimeGroup(void *instance, int frame, double time) {
-    return passedOn(instance, nodeEditorFuncs()->newTime(group(instance).editor, frame, time));
+    return passedOn(instance, nodeEditorFuncs()->newTime(group(instance).network, frame, time));
 }
 
 void evaluateGroup(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
@@ -215,9 +215,8 @@ double GraphTest::scalarOf(HostNode &node, const char *input) {
     return value;
 }
 
-Network *addRootInputs(Network &editor) {
-    for (const Port &port : kPorts) nodeEditorFuncs()->addRootInput(&editor, port.type, port.name, nullptr);
-    return &editor;
+void addRootInputs(Network &network) {
+    for (const Port &port : kPorts) nodeEditorFuncs()->addRootInput(&network, port.type, port.name, nullptr);
 }
 
 } // namespace velm::host::test

@@ -1,4 +1,4 @@
-// Servers for tests: nodes whose every step can be watched.
+// Servers for tests: nodes that record their calls.
 #pragma once
 
 #include "host/graph/network.h"
@@ -11,12 +11,13 @@
 
 namespace velm::host::test {
 
-// What happened to test nodes, in order: "create A", "event A.Scalar connected 2", "destroy A".
+// The calls of test nodes, in order: "create A", "event A.Scalar connected 2", "destroy A".
 std::vector<std::string> &journal();
 
 // A node with an input and an output of each connection type: "Color", "Scalar", "Vector", "Integer", "Function",
-// "Material". An output gives what the instance holds, or what its input of that name brings, plus `step` (scalar and
-// integer); a function gives twice what it finds plus `step`; with `silent` nothing is ever set.
+// "Material". An output gives the instance's value, or the value of its input of that name where that is connected,
+// plus `step` (scalar and integer); a function gives twice the value that it transforms plus `step`; with `silent`
+// nothing is ever set.
 struct TestNode {
     HostNode *node = nullptr;
     double colour[3] = {0.1, 0.2, 0.3};
@@ -26,24 +27,24 @@ struct TestNode {
     HostMaterial material{};
     double step = 0;
     bool silent = false;
-    HostInput *elsewhere = nullptr; // evaluated in place of "Scalar" when set, as of another network
+    HostInput *elsewhere = nullptr; // when set, evaluated instead of "Scalar"; may be of another network
     const char *initError = nullptr, *newTimeError = nullptr;
     HostInput *inputs[7] = {}; // by connection type
     HostOutput *outputs[7] = {};
 };
 
-// What the test node that the calling thread evaluated last was asked for.
+// The target and asking type of the calling thread's last evaluation of a test node.
 struct LastAsked {
-    void *holder = nullptr;
+    void *target = nullptr;
     int type = 0;
 };
 LastAsked &lastAsked();
 
-// A node that holds a network, with an output "Scalar" that gives what the inner root's "Scalar" brings.
+// A node that holds a network, with an output "Scalar" that gives the value of the inner root's input "Scalar".
 struct TestGroup {
     HostNode *node = nullptr;
-    Network *editor = nullptr;
-    bool quiet = false; // keeps to itself what the network reports at init and new time
+    Network *network = nullptr;
+    bool quiet = false; // hides the errors that the network reports at init and newTime
     HostInput *root = nullptr;
     HostOutput *output = nullptr;
 };
@@ -51,7 +52,7 @@ struct TestGroup {
 TestNode &testNode(HostNode &node);
 TestGroup &testGroup(HostNode &node);
 
-// What the next created test node fails with; null for success.
+// The message with which the next creation of a test node fails; null for success.
 void failNextCreate(const char *message);
 
 // A fixture with "Test Node" (shown as "Tester") and "Test Group" in the host's list, and an empty journal.
@@ -60,18 +61,18 @@ class GraphTest : public ::testing::Test {
     void SetUp() override;
     void TearDown() override;
 
-    static HostNode &add(Network &editor, const std::string &name) {
-        return editor.addNode(serverList().get("Test Node"), name);
+    static HostNode &add(Network &network, const std::string &name) {
+        return network.addNode(serverList().get("Test Node"), name);
     }
-    static HostNode &addGroup(Network &editor, const std::string &name) {
-        return editor.addNode(serverList().get("Test Group"), name);
+    static HostNode &addGroup(Network &network, const std::string &name) {
+        return network.addNode(serverList().get("Test Group"), name);
     }
     static double scalarOf(HostNode &node, const char *input);
 
     ShadingSample sample{};
 };
 
-// An editor with a root that has one input of each type, by name as TestNode has them.
-Network *addRootInputs(Network &editor);
+// Gives the root one input of each type, with the same names as TestNode's.
+void addRootInputs(Network &network);
 
 } // namespace velm::host::test

@@ -1,4 +1,4 @@
-// Blending and mappings, by hand.
+// Blending and mappings, against results computed by hand.
 #include "host/services/blend.h"
 #include "host/services/camera_view.h"
 #include "host/services/services.h"
@@ -56,7 +56,7 @@ TEST_P(BlendTest, FollowsItsFormulaAndTheOpacity) {
     }
 }
 
-TEST_P(BlendTest, MayOverwriteWhatItReads) {
+TEST_P(BlendTest, MayOverwriteItsArguments) {
     const Blend &row = GetParam();
     double top[3], bottom[3];
     std::memcpy(top, row.top, sizeof top);
@@ -88,7 +88,7 @@ const MappedRow kMapped[] = {
     {kPlanar, 1, {0.1, 9, 0.2}, 0.6, 0.3},
     {kPlanar, 2, {0.1, 0.2, 9}, 0.6, 0.3},
     {kPlanar, 5, {0.1, 0.2, 9}, 0.6, 0.3},
-    // Poles, seam and quarters about Y
+    // Poles, seam and quarter turns about Y
     {kSpherical, 1, {0, 2, 0}, 0.5, 0},
     {kSpherical, 1, {0, -2, 0}, 0.5, 1},
     {kSpherical, 1, {0, 0, 3}, 0.5, 0.5},
@@ -106,7 +106,7 @@ const MappedRow kMapped[] = {
     {kCylindrical, 1, {1, 0.25, 0}, 0.75, 0.25},
     {kCylindrical, 1, {0, -3, 0}, 0.5, 3.5},
     {kCylindrical, 0, {0.5, 1, 0}, 0.5, 0},
-    // The image reads the right way round on both sides
+    // The image is unmirrored on both sides
     {kCubic, 0, {1, 0.1, 0.2}, 0.7, 0.4},
     {kCubic, 0, {-1, 0.1, 0.2}, 0.3, 0.4},
     {kCubic, 1, {0.1, 1, 0.2}, 0.6, 0.3},
@@ -117,7 +117,7 @@ const MappedRow kMapped[] = {
     {kCubic, 3, {-1, 0.1, 0.2}, 0.3, 0.4},
 };
 
-TEST(Mappings, LeadToTheRightPlace) {
+TEST(Mappings, GiveTheExpectedCoordinates) {
     for (const MappedRow &row : kMapped) {
         double u = -9, v = -9;
         (nodeUtilityFuncs()->*row.mapping)(row.position, row.axis, &u, &v);
@@ -143,7 +143,7 @@ TEST(Mappings, DirectionsTurnWithTheSeam) {
     }
 }
 
-TEST(Mappings, TheFrontMappingLooksThroughTheCamera) {
+TEST(Mappings, TheFrontMappingProjectsThroughTheCamera) {
     CameraView view;
     view.position[2] = -5;
     view.tanHalfWidth = 2;
@@ -154,7 +154,7 @@ TEST(Mappings, TheFrontMappingLooksThroughTheCamera) {
     nodeUtilityFuncs()->frontMapping(middle, &u, &v);
     EXPECT_DOUBLE_EQ(u, 0.5);
     EXPECT_DOUBLE_EQ(v, 0.5);
-    nodeUtilityFuncs()->frontMapping(corner, &u, &v); // the picture's upper right one
+    nodeUtilityFuncs()->frontMapping(corner, &u, &v); // the picture's upper right corner
     EXPECT_DOUBLE_EQ(u, 1);
     EXPECT_DOUBLE_EQ(v, 0);
     nodeUtilityFuncs()->frontMapping(beside, &u, &v);

@@ -50,6 +50,30 @@ TEST(CallScope, NestsAndComesBack) {
     EXPECT_TRUE(callRecord().used.has(number));
 }
 
+TEST(DialogScope, TakesTheThreadOutOfItsCall) {
+    const int number = numberOfServer("Asker"), inner = numberOfServer("Answerer");
+    const CallScope call(number, "panel button");
+    const CallSlot &slot = callRecord().slots[0];
+    {
+        const std::uint64_t steps = slot.steps;
+        const DialogScope outer;
+        EXPECT_TRUE(slot.inDialog);
+        EXPECT_EQ(callNow(), nullptr);
+        EXPECT_EQ(serverInCall(), kHostServer);
+        EXPECT_EQ(slot.steps, steps + 1);
+        {
+            const CallScope called(inner, "panel getter");
+            const DialogScope nested;
+            EXPECT_EQ(callNow(), nullptr);
+        }
+        EXPECT_EQ(callNow(), nullptr);
+        EXPECT_TRUE(slot.inDialog);
+    }
+    EXPECT_FALSE(slot.inDialog);
+    EXPECT_STREQ(callNow(), "panel button");
+    EXPECT_EQ(serverInCall(), number);
+}
+
 TEST(SlotScope, IsTheThreads) {
     EXPECT_EQ(ownSlot(), 0);
     std::thread([] {

@@ -1,6 +1,7 @@
 // Work in a process of its own, and what becomes of it.
 #include "host/base/error.h"
 #include "host/guard/call_record.h"
+#include "host/guard/crash_handler.h"
 #include "host/guard/guarded.h"
 
 #include <gtest/gtest.h>
@@ -94,6 +95,51 @@ TEST(Guarded, CountsNoTimeOutsideOfTheModule) {
                   },
                   kQuick),
               5);
+}
+
+TEST(Guarded, CountsNoTimeOfADialog) {
+    const auto ask = [] {
+        const DialogScope dialog;
+        std::this_thread::sleep_for(kLongerThanQuick);
+    };
+    EXPECT_EQ(guarded(
+                  [&] {
+                      const CallScope call(numberOfServer("Asker"), "panel button");
+                      ask();
+                      return 5;
+                  },
+                  kQuick),
+              5);
+    EXPECT_EQ(errorOf<ModuleError>(
+                  [&] {
+                      const CallScope call(numberOfServer("Asker"), "panel button");
+                      ask();
+                      hang();
+                  },
+                  kQuick),
+              "some.p: server \"Asker\" hangs in panel button: nothing came of it for 0.1 s");
+}
+
+TEST(Guarded, CountsTheTimeOfCallsThatADialogMakes) {
+    EXPECT_EQ(errorOf<ModuleError>(
+                  [] {
+                      const CallScope call(numberOfServer("Asker"), "panel button");
+                      const DialogScope dialog;
+                      const CallScope inner(numberOfServer("Answerer"), "panel getter");
+                      hang();
+                  },
+                  kQuick),
+              "some.p: server \"Answerer\" hangs in panel getter: nothing came of it for 0.1 s");
+}
+
+TEST(Guarded, BlamesNoModuleForACrashInADialog) {
+    EXPECT_EQ(errorOf<MachineError>([] {
+                  noteModuleCode(reinterpret_cast<const void *>(&hang)); // this program's code counts as the module's
+                  const CallScope call(numberOfServer("Asker"), "panel button");
+                  const DialogScope dialog;
+                  raise(SIGSEGV);
+              }),
+              "crashed (segmentation fault); no code of the module was running");
 }
 
 TEST(Guarded, LeavesNoUnfinishedFile) {

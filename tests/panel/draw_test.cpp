@@ -15,7 +15,7 @@ constexpr Pixel kBlack = {0, 0, 0}, kWhite = {255, 255, 255}, kRed = {255, 0, 0}
 
 const HostDrawFuncs &funcs() { return *drawFuncs(); }
 
-// Rows of '#' for what is not black.
+// Rows of text with '#' for each pixel that is not black.
 std::string shape(const HostDrawArea &area) {
     std::string text;
     for (int y = 0; y < area.height; ++y) {
@@ -42,7 +42,7 @@ TEST(Draw, Pixels) {
     EXPECT_EQ(area.at(0, 0), kBlack) << "numbers without a colour are black";
 }
 
-TEST(Draw, BoxesAreCut) {
+TEST(Draw, BoxesAreClipped) {
     HostDrawArea area(4, 3);
     funcs().box(&area, 3, 1, 1, 2, 1);
     EXPECT_EQ(shape(area), "....\n.##.\n....\n");
@@ -85,7 +85,7 @@ TEST(Draw, Borders) {
     EXPECT_EQ(shape(other), "..\n..\n");
 }
 
-TEST(Draw, TextHasASizeAndNoLook) {
+TEST(Draw, TextHasASizeAndDrawsNothing) {
     HostDrawArea area(20, 10);
     EXPECT_EQ(funcs().textWidth(&area, "abc"), 18);
     EXPECT_EQ(funcs().textWidth(&area, nullptr), 0);
@@ -111,7 +111,7 @@ TEST(Draw, ControlsDrawThemselves) {
     drawControl(*panel, *panel->find(Plug::kThumb), area);
     EXPECT_EQ(area.at(3, 3), (Pixel{10, 20, 30}));
     EXPECT_EQ(area.at(7, 5), (Pixel{255, 0, 7}));
-    drawControl(*panel, *panel->find(Plug::kMode), area); // has nothing to draw
+    drawControl(*panel, *panel->find(Plug::kMode), area); // has no draw callback
 }
 
 TEST(Draw, OptionsGiveASize) {

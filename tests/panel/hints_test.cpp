@@ -1,4 +1,4 @@
-// Every hint of the table, and lists that are wrong.
+// Every hint, and invalid lists.
 
 #include "tests/panel/panel_fixture.h"
 
@@ -19,7 +19,7 @@ std::string mistake(HostPanel &panel) {
     return "";
 }
 
-TEST(Hints, TheWholePanelIsUnderstood) {
+TEST(Hints, AWholePanelIsRead) {
     Plug plug;
     const PanelOwner panel = makePanel(plug);
     EXPECT_EQ(mistake(*panel), "");
@@ -70,7 +70,7 @@ TEST(Hints, ThirtyTwoBitLimitsMayBeUnsigned) {
     EXPECT_EQ(panel->find(Plug::kCount)->minimum, -2);
 }
 
-TEST(Hints, NestedListsGoOnBehindThemselves) {
+TEST(Hints, ListsContinueAfterNestedLists) {
     Plug plug;
     const Hints inner = number(kHintMinimum, Plug::kCount, 3) + Hints{word(kHintEnd)};
     const Hints middle = Hints{word(kHintNestedList), word(0), {.list = inner.data()}} +
@@ -83,7 +83,7 @@ TEST(Hints, NestedListsGoOnBehindThemselves) {
     EXPECT_EQ(panel->find(Plug::kCount)->maximum, 5);
 }
 
-TEST(Hints, MistakesAreTold) {
+TEST(Hints, MistakesAreReported) {
     static const int map[] = {1, 0, 1};
     Hints endless = {word(kHintNestedList), word(0), {.list = nullptr}, word(kHintEnd)};
     endless[2].list = endless.data();
@@ -107,17 +107,17 @@ TEST(Hints, MistakesAreTold) {
         {control(0x8100, "iPopTransform", "x", Plug::kMode) + texts(0x8100, kModes),
          "the panel's control 0x8100 does not have a value for each entry"},
         {enable(Plug::kSize, nullptr, nullptr, {Plug::kCount}),
-         "a rule of the panel is driven by 0x8007, which is no integer value of it"},
+         "a rule of the panel is driven by 0x8007, which is not an integer value of the panel"},
         {enable(0x8200, nullptr, nullptr, {Plug::kCount}),
-         "a rule of the panel is driven by 0x8200, which is no integer value of it"},
+         "a rule of the panel is driven by 0x8200, which is not an integer value of the panel"},
         {enable(Plug::kCount, nullptr, map, {Plug::kSize}),
-         "a rule of the panel has a map over 0x8002, which has no known number of places"},
+         "a rule of the panel has a map over 0x8002, whose number of entries is unknown"},
         {enable(Plug::kMode, nullptr, map, {0x8300}), "the panel enables 0x8300, which is not on it"},
         {list(kHintGroup, {0x9001, 0x8300}), "the panel groups 0x8300, which is not on it"},
         {list(kHintGroup, {0x9001, 0x9002}) + list(kHintGroup, {0x9002, 0x9001}),
          "the panel's group 0x9001 contains itself"},
         {list(kHintStack, {0x9001, Plug::kSize, 0, Plug::kCount}),
-         "a rule of the panel is driven by 0x8007, which is no integer value of it"},
+         "a rule of the panel is driven by 0x8007, which is not an integer value of the panel"},
     };
     for (const auto &row : rows) {
         Plug plug;
@@ -126,7 +126,7 @@ TEST(Hints, MistakesAreTold) {
     }
 }
 
-TEST(Hints, ListsWithoutAnEndAreNoticed) {
+TEST(Hints, ListsWithoutAnEndAreMistakes) {
     Plug plug;
     Hints hints(70000, word(Plug::kCount));
     hints.insert(hints.begin(), word(kHintNarrow));

@@ -1,4 +1,4 @@
-// Where controls stand on a panel, and what is told of each.
+// The layout of controls, and the facts about each.
 
 #include "host/panel/layout.h"
 
@@ -24,7 +24,7 @@ std::string drawn(const LayoutItem &item) {
 
 Hints label(unsigned int id, const char *name) { return {word(kHintLabel), word(id), text(name), word(0)}; }
 
-TEST(Layout, GathersWhereTheFirstMemberStands) {
+TEST(Layout, GroupsAreAtTheirFirstMember) {
     constexpr unsigned int a = 0x9001, b = 0x9002, c = 0x9003;
     const Hints labels = label(a, "A") + label(b, "B");
     const struct {
@@ -35,23 +35,23 @@ TEST(Layout, GathersWhereTheFirstMemberStands) {
         {list(kHintGroup, {a, 0x8003, 0x8004}), "1 2 group(3 4) 5 6 7 8 9 10 11 12 13 14"},
         {labels + list(kHintGroup, {a, 0x8005, 0x8003}) + list(kHintGroup, {b, 0x8001, a}),
          "group:B(1 group:A(5 3)) 2 4 6 7 8 9 10 11 12 13 14"},
-        // Declared the other way round.
+        // The outer group is declared first.
         {labels + list(kHintGroup, {b, 0x8001, a}) + list(kHintGroup, {a, 0x8005, 0x8003}),
          "group:B(1 group:A(5 3)) 2 4 6 7 8 9 10 11 12 13 14"},
-        // A group of what stands in a group stays inside it.
+        // A group of members of another group is nested in it.
         {labels + list(kHintGroup, {b, 0x8001, 0x8002, 0x8003, 0x8004}) + list(kHintGroup, {a, 0x8002, 0x8003}),
          "group:B(1 group:A(2 3) 4) 5 6 7 8 9 10 11 12 13 14"},
-        // A member that stands deeper than its fellows brings its group.
+        // A member that is in another group brings that group.
         {labels + list(kHintGroup, {a, 0x8002, 0x8003}) + list(kHintGroup, {b, 0x8001, 0x8002, 0x8003, 0x8004}),
          "group:B(1 group:A(2 3) 4) 5 6 7 8 9 10 11 12 13 14"},
-        // Without a label, and of what stands apart, a group says nothing.
+        // A group without a label whose members are not adjacent is ignored.
         {list(kHintGroup, {a, 0x8002, 0x8004, 0x8006}), "1 2 3 4 5 6 7 8 9 10 11 12 13 14"},
         {list(kHintGroup, {a, 0x8003, 0x8004}) + list(kHintStack, {c, 0x8001, 0, 0x8002, a}),
          "1 stack(2 group(3 4)) 5 6 7 8 9 10 11 12 13 14"},
         {labels + list(kHintGroup, {a, 0x8001, 0x8002, 0x8003}) + list(kHintGroup, {b, 0x8004, 0x8005}) +
              list(kHintTabs, {c, a, b}),
          "tabs(group:A(1 2 3) group:B(4 5)) 6 7 8 9 10 11 12 13 14"},
-        // Pages are not torn apart.
+        // The members of tabs stay together.
         {labels + list(kHintGroup, {a, 0x8001, 0x8002}) + list(kHintGroup, {b, 0x8003, 0x8004}) +
              list(kHintTabs, {c, a, b}) + list(kHintGroup, {0x9004, 0x8001, 0x8003}),
          "tabs(group:A(1 2) group:B(3 4)) 5 6 7 8 9 10 11 12 13 14"},

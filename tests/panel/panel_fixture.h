@@ -1,4 +1,4 @@
-// A made-up plug-in with a panel of every kind of control, and words for its hints.
+// A plug-in for tests, whose panel has every kind of control, and helpers for its hints.
 #pragma once
 
 #include "host/animation/vparm.h"
@@ -43,7 +43,7 @@ inline Hints operator+(Hints first, const Hints &second) {
     return first;
 }
 
-// The instance that the panels of these tests view.
+// The instance of the panels in these tests.
 struct Plug {
     enum Id : unsigned int {
         kMode = 0x8001,
@@ -66,10 +66,10 @@ struct Plug {
     char name[260] = "first";
     HostVParm size{kParmFloat}, opacity{kParmPercent}, turn{kParmAngle}, tint{kParmColour}, where{kParmDistanceTriple};
     HostPanel *panel = nullptr;
-    unsigned int connected = 0; // the value that a connection feeds
-    bool refuses = false;       // whether the setter gives "unknown"
+    unsigned int connected = 0; // the value that a connection feeds; 0 for none
+    bool refuses = false;       // the setter returns kSetUnknown
     int setterResult = kSetDefault;
-    std::vector<std::string> heard; // setters, changes, presses and the end, in order
+    std::vector<std::string> heard; // the calls of setter, change, button and destroy callbacks, in order
     std::vector<std::string> pictures = {"(none)", "moon.png"};
 
     static void *get(void *instance, unsigned int id);
@@ -114,7 +114,7 @@ inline int Plug::set(void *instance, unsigned int id, void *value) {
     case kSwitch2: plug.on2 = whole(); break;
     case kShape: plug.shape = whole(); break;
     case kPicture: plug.picture = whole(); break;
-    // Looks at the control instead of the value, as some plug-ins do.
+    // Reads the control instead of the value, as some plug-ins do.
     case kName: std::strcpy(plug.name, static_cast<const char *>(panelFuncs()->getValue(plug.panel, kName))); break;
     default: break;
     }
@@ -203,7 +203,7 @@ struct PanelDestroyer {
 };
 using PanelOwner = std::unique_ptr<HostPanel, PanelDestroyer>;
 
-// Builds the panel as plug-ins do, through the service: hints before the description.
+// Builds the panel through the service, as plug-ins do: hints before the description.
 inline PanelOwner makePanel(Plug &plug, const Hints &more = {}) {
     const HostPanelFuncs &funcs = *panelFuncs();
     PanelOwner panel(funcs.create(kPanelForm, nullptr));

@@ -1,8 +1,9 @@
-// Values, rules and notifications of panels, through the service's table where a plug-in would use it.
+// Values, rules and notifications of panels. Where a plug-in uses the service's table, so do the tests.
 
 #include "tests/panel/panel_fixture.h"
 
 #include "host/base/error.h"
+#include "host/load/dialogs.h"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +25,7 @@ TEST(Panel, ValuesAreThoseOfTheInstance) {
     EXPECT_EQ(funcs().getValue(panel.get(), Plug::kMode), nullptr);
 }
 
-TEST(Panel, AnEditPassesTheSetterAndThenTheChangeCallback) {
+TEST(Panel, AnEditCallsTheSetterAndThenTheChangeCallback) {
     Plug plug;
     const PanelOwner panel = makePanel(plug);
     int two = 2;
@@ -38,7 +39,7 @@ TEST(Panel, AnEditPassesTheSetterAndThenTheChangeCallback) {
     EXPECT_FALSE(panel->edit(*panel->find(Plug::kMode), nullptr));
 }
 
-TEST(Panel, TheSetterMayLookAtTheControl) {
+TEST(Panel, TheSetterMayReadTheControl) {
     Plug plug;
     const PanelOwner panel = makePanel(plug);
     std::string wanted = "second";
@@ -51,7 +52,7 @@ TEST(Panel, TheSetterMayLookAtTheControl) {
     EXPECT_EQ(plug.name, most);
 }
 
-TEST(Panel, SettingAControlDoesNotTellAChange) {
+TEST(Panel, SetValueDoesNotCallTheChangeCallback) {
     Plug plug;
     const PanelOwner panel = makePanel(plug);
     int one = 1;
@@ -71,7 +72,7 @@ TEST(Panel, SettingAControlDoesNotTellAChange) {
     EXPECT_EQ(plug.heard.size(), 2U);
 }
 
-TEST(Panel, WhatAConnectionFeedsIsUnavailable) {
+TEST(Panel, AControlThatAConnectionFeedsIsUnavailable) {
     Plug plug;
     const PanelOwner panel = makePanel(plug);
     const PanelItem &mode = *panel->find(Plug::kMode);
@@ -95,7 +96,7 @@ TEST(Panel, RulesEnableByValueAndByMap) {
     const struct {
         int on, mode;
         bool size, tint, turn;
-        const char *message; // of the size
+        const char *message; // why "Size" is disabled
     } rows[] = {{0, 0, false, false, false, "switch it on"}, {1, 0, false, false, true, "only odd"},
                 {0, 1, false, true, false, "switch it on"},  {1, 1, true, true, true, ""},
                 {1, 2, false, false, true, "only odd"},      {1, 3, false, false, true, "only odd"},
@@ -116,7 +117,7 @@ TEST(Panel, RulesEnableByValueAndByMap) {
     EXPECT_TRUE(panel->isEnabled(*panel->find(Plug::kSize))) << "nobody knows what the connection brings";
 }
 
-TEST(Panel, MapsOverPopupsAndLimitedNumbersAreBounded) {
+TEST(Panel, MapsOverPopupsAndLimitedNumbersHaveALength) {
     static const int map[] = {0, 1};
     Plug plug;
     const PanelOwner panel =
@@ -132,7 +133,7 @@ TEST(Panel, MapsOverPopupsAndLimitedNumbersAreBounded) {
     EXPECT_FALSE(panel->isEnabled(*panel->find(Plug::kTint)));
 }
 
-TEST(Panel, StacksShowAMemberByPlaceOrMap) {
+TEST(Panel, StacksShowAMemberByIndexOrMap) {
     static const int map[] = {1, -1, 7};
     Plug plug;
     Hints stacks = list(kHintStack, {0x9001, Plug::kMode, 0, Plug::kSize, Plug::kTint});
@@ -152,7 +153,7 @@ TEST(Panel, StacksShowAMemberByPlaceOrMap) {
     EXPECT_FALSE(panel->shownMember(plain).has_value());
 }
 
-TEST(Panel, EntriesAreFixedOrAskedFor) {
+TEST(Panel, EntriesAreFixedOrFromPopupFunctions) {
     Plug plug;
     const PanelOwner panel = makePanel(plug);
     EXPECT_EQ(panel->entries(*panel->find(Plug::kMode)), (std::vector<std::string>{" Plain ", "Odd", "Even"}));
@@ -186,7 +187,7 @@ TEST(Panel, ALabelCanComeFromTheDescription) {
     EXPECT_EQ(panel->label(*panel->find(9)), "Described");
 }
 
-TEST(Panel, MayKeepItsOwnValues) {
+TEST(Panel, MayStoreItsOwnValues) {
     static constexpr HostPanelValue values[] = {{1, "Whole", "integer"},
                                                 {2, "Angle", "angle"},
                                                 {3, "Tint", "color"},
@@ -216,7 +217,7 @@ TEST(Panel, MayKeepItsOwnValues) {
     EXPECT_THROW(panel->check(), InputError);
 }
 
-TEST(Panel, KeepsDataById) {
+TEST(Panel, StoresDataById) {
     Plug plug;
     const PanelOwner panel = makePanel(plug);
     int other = 0;
@@ -226,17 +227,62 @@ TEST(Panel, KeepsDataById) {
     EXPECT_EQ(funcs().getData(panel.get(), 8), nullptr);
 }
 
-TEST(Panel, CountsWhatAsksForRedrawing) {
+// Records what a panel tells its observers.
+struct Recorder final : PanelObserver {
+    explicit Recorder(HostPanel &panel) : watching(panel.observers(), *this) {}
+    void redraw(HostPanel &) override { told.push_back("redraw"); }
+    void rebuild(HostPanel &) override { told.push_back("rebuild"); }
+    void panelDestroyed(HostPanel &) override { told.push_back("destroyed"); }
+    std::vector<std::string> told;
+    const Observation<PanelObserver> watching;
+};
+
+TEST(Panel, TellsObserversToRedrawOrRebuild) {
+    Plug plug;
+    PanelOwner panel = makePanel(plug);
+    const Recorder recorder(*panel);
+    int one = 1;
+    const PanelItem &mode = *panel->find(Plug::kMode);
+    panel->edit(mode, &one);
+    EXPECT_EQ(recorder.told, std::vector<std::string>{});
+    funcs().refresh(panel.get());
+    EXPECT_EQ(recorder.told, (std::vector<std::string>{"redraw"}));
+    plug.setterResult = kSetRedraw;
+    panel->edit(mode, &one);
+    EXPECT_EQ(recorder.told, (std::vector<std::string>{"redraw", "redraw"}));
+    plug.setterResult = kSetRebuild;
+    panel->edit(mode, &one);
+    EXPECT_EQ(recorder.told, (std::vector<std::string>{"redraw", "redraw", "rebuild"}));
+    panel.reset();
+    EXPECT_EQ(recorder.told.back(), "destroyed");
+}
+
+// A user interface that shows one panel.
+struct OnePanel final : Dialogs {
+    bool openPanel(HostPanel &panel) override {
+        opened = &panel;
+        return true;
+    }
+    bool postPanel(HostPanel &panel) override {
+        posted = &panel;
+        return true;
+    }
+    HostPanel *opened = nullptr, *posted = nullptr;
+};
+
+TEST(Panel, OpensThroughTheDialogs) {
     Plug plug;
     const PanelOwner panel = makePanel(plug);
-    funcs().refresh(panel.get());
-    EXPECT_EQ(panel->refreshes(), 1);
-    int one = 1;
-    panel->edit(*panel->find(Plug::kMode), &one);
-    EXPECT_EQ(panel->refreshes(), 1);
-    plug.setterResult = kSetRebuild;
-    panel->edit(*panel->find(Plug::kMode), &one);
-    EXPECT_EQ(panel->refreshes(), 2);
+    EXPECT_EQ(funcs().open(panel.get()), 0);
+    EXPECT_EQ(funcs().post(panel.get()), 0);
+    OnePanel dialogs;
+    setDialogs(&dialogs);
+    EXPECT_EQ(funcs().open(panel.get()), 1);
+    EXPECT_EQ(dialogs.opened, panel.get());
+    EXPECT_EQ(dialogs.posted, nullptr);
+    EXPECT_EQ(funcs().post(panel.get()), 1);
+    EXPECT_EQ(dialogs.posted, panel.get());
+    setDialogs(nullptr);
 }
 
 TEST(Panel, ButtonsArePressed) {
@@ -247,7 +293,7 @@ TEST(Panel, ButtonsArePressed) {
     EXPECT_EQ(plug.heard, (std::vector<std::string>{"press 12"}));
 }
 
-TEST(Panel, TellsItsEnd) {
+TEST(Panel, CallsTheDestroyCallback) {
     Plug plug;
     makePanel(plug).reset();
     EXPECT_EQ(plug.heard, (std::vector<std::string>{"destroyed"}));

@@ -1,4 +1,4 @@
-// Settings by label, as files and people give them.
+// Settings by label.
 
 #include "host/panel/settings.h"
 
@@ -47,7 +47,7 @@ TEST_F(Settings, AreStoredInTheUnitsOfThePlugIn) {
     apply("Mode", std::string("Odd"));
     EXPECT_EQ(plug_.mode, 1);
     EXPECT_EQ(plug_.heard, (std::vector<std::string>{"set 1", "change 1 1 2"}));
-    apply("Mode", std::string("Plain")); // blanks around an entry do not matter
+    apply("Mode", std::string("Plain")); // spaces around an entry do not matter
     EXPECT_EQ(plug_.mode, 0);
     apply("Count", 27.0);
     EXPECT_EQ(plug_.count, 27);
@@ -72,7 +72,7 @@ TEST_F(Settings, AreStoredInTheUnitsOfThePlugIn) {
     EXPECT_EQ(values(plug_.where), (std::array<double, 3>{1, -2, 3}));
 }
 
-TEST_F(Settings, AnimatedOnesTellThePlugInToo) {
+TEST_F(Settings, AnimatedOnesCallThePlugInAsWell) {
     apply("Size", 1.0);
     EXPECT_EQ(plug_.heard, (std::vector<std::string>{"set 7", "change 7 7 2"}));
 }
@@ -128,11 +128,12 @@ TEST_F(Settings, KeysOfThreeComponents) {
     const auto read = std::get<KeysDescription>(readSetting(*panel_, "Where"));
     EXPECT_EQ(read.keys[1].value, (Double3{4, 5, 6}));
     plug_.where.envelope(1)->putKey(0.5, 9);
-    EXPECT_THROW(readSetting(*panel_, "Where"), InputError) << "no description holds unlike keys";
+    EXPECT_THROW(readSetting(*panel_, "Where"), InputError)
+        << "a description cannot hold different keys for the components";
     EXPECT_EQ(describeValue(*panel_, *panel_->find(Plug::kWhere)), "2 keys");
 }
 
-TEST_F(Settings, ComplaintsSayWhatAndWhere) {
+TEST_F(Settings, ErrorsHaveReasonAndLocation) {
     plug_.connected = Plug::kTint;
     KeysDescription empty, triple{.components = 3, .keys = {{}}}, twice{.components = 1, .keys = {{}, {}}};
     KeysDescription high{.components = 1, .keys = {{.value = {91}}}};
@@ -185,7 +186,7 @@ TEST_F(Settings, ComplaintsSayWhatAndWhere) {
     EXPECT_EQ(complaint("Mode", std::string("Odd")), "scene.json:12: \"Mode\": the node refused the value");
 }
 
-TEST_F(Settings, AParameterOfAnotherShapeIsNotTouched) {
+TEST_F(Settings, AParameterWithOtherComponentsIsLeftAlone) {
     static constexpr HostPanelValue values[] = {{Plug::kTint, "Tint", "float-env"}, {0, nullptr, nullptr}};
     const PanelOwner panel(panelFuncs()->create(kPanelForm, nullptr));
     const Hints hints = control(Plug::kTint, "float-env", "Tint") + Hints{word(kHintEnd)};
@@ -196,7 +197,7 @@ TEST_F(Settings, AParameterOfAnotherShapeIsNotTouched) {
     EXPECT_THROW(readSetting(*panel, "Tint"), InputError);
 }
 
-TEST_F(Settings, PlainNumbersWorkOnPanelsOfTheirOwn) {
+TEST_F(Settings, NumbersWorkOnPanelsThatStoreTheirOwnValues) {
     static constexpr HostPanelValue values[] = {{1, "Turn", "angle"}, {2, "Tint", "color"}, {0, nullptr, nullptr}};
     const PanelOwner panel(panelFuncs()->create(kPanelOwn, nullptr));
     const Hints hints = control(1, "angle", "Turn") + control(2, "color", "Tint") + Hints{word(kHintEnd)};
@@ -247,7 +248,7 @@ TEST_F(Settings, AreReadAndDescribedInShownUnits) {
     EXPECT_EQ(describeValue(*panel_, *panel_->find(Plug::kPress)), "");
 }
 
-TEST_F(Settings, WhatCannotBeReadIsTold) {
+TEST_F(Settings, UnreadableSettingsAreErrors) {
     plug_.shape = -25536;
     EXPECT_EQ(describeValue(*panel_, *panel_->find(Plug::kShape)), "(-25536)");
     EXPECT_THROW(readSetting(*panel_, "Shape"), InputError);

@@ -1,6 +1,7 @@
 #include "tests/render/test_scene.h"
 
 #include "host/load/lookup.h"
+#include "host/services/services.h"
 
 #include <algorithm>
 
@@ -67,7 +68,7 @@ SurfaceDescription &TestScene::surface(const std::string &name, Values values, c
 }
 
 void TestScene::probe(const std::string &surface, const std::string &input, Probe probe) {
-    Network &editor = surfaces_.at(surface)->editor();
+    Network &editor = surfaces_.at(surface)->network();
     HostNode &node = editor.addNode(probeClass());
     static_cast<ProbeNode *>(node.instance)->probe = std::move(probe);
     editor.connect(node.name, input == "Color" || input == "Normal" ? "Color" : "Scalar", surface, input);

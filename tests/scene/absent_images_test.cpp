@@ -130,8 +130,8 @@ TEST(AbsentImages, AreToldInsideOfNetworksToo) {
     Warnings warnings(Warnings::Policy::goOn, [&](const Warning &warning) { paths.push_back(warning.path); });
     {
         const SceneSurfaces built(scene, serverList(), &warnings);
-        HostNode &group = built.surface("Clay")->editor().node("Group");
-        const SettingValue chosen = readSetting(*panelOf(group.nested.front()->node("Shine")), "Image");
+        HostNode &group = built.surface("Clay")->network().node("Group");
+        const SettingValue chosen = readSetting(*panelOf(group.nestedNetworks.front()->node("Shine")), "Image");
         EXPECT_EQ(std::get<std::string>(chosen), "(none)");
     }
     EXPECT_EQ(paths, (std::vector<std::string>{"images.Sky.file",

@@ -58,7 +58,7 @@ class DescribeNetwork : public testing::Test {
                     text += node->name + '.' + output->name + " -> " + input->node->name + '.' + input->name + '\n';
             for (const auto &input : node->inputs)
                 if (input->source) text += input->source->node->name + " <- " + node->name + '.' + input->name + '\n';
-            for (const Network *inside : node->nested) text += connections(*inside);
+            for (const Network *inside : node->nestedNetworks) text += connections(*inside);
         }
         for (const auto &input : network.root().inputs)
             if (input->source) text += input->source->node->name + " <- ." + input->name + '\n';
@@ -73,13 +73,13 @@ TEST_F(DescribeNetwork, LeavesTheNetworkAsItIs) {
     built.init(kInitRender);
     built.newTime(1, 0);
     const SurfaceValues before = evaluated(clay);
-    const std::string bytes = saved(clay), connected = connections(clay.editor());
+    const std::string bytes = saved(clay), connected = connections(clay.network());
     EXPECT_NE(connected.find("Inner <- Mix.Color 1"), std::string::npos) << connected;
 
     const SurfaceDescription first = describeSurface(clay, defaults), second = describeSurface(clay, defaults);
 
     EXPECT_EQ(first, second);
-    EXPECT_EQ(connections(clay.editor()), connected);
+    EXPECT_EQ(connections(clay.network()), connected);
     EXPECT_EQ(saved(clay), bytes);
     built.newTime(1, 0); // what the panels show, should they have been changed
     const SurfaceValues after = evaluated(clay);
@@ -110,7 +110,7 @@ TEST_F(DescribeNetwork, StaysConnectedWhenItCannotBeDescribed) {
     const DefaultSettings defaults(serverList());
     const SceneSurfaces built(read(kScene), serverList());
     Surface &clay = *built.surface("Clay");
-    Network &network = clay.editor();
+    Network &network = clay.network();
     network.rename(network.root(), "Root"); // which frees the surface's name for a node
     const std::string connected = connections(network);
     HostNode &level = network.node("Level");

@@ -33,7 +33,7 @@ TEST(BuildScene, MakesNodesSetsThemAndConnectsThem) {
     Surface *clay = built.surface("Clay");
     ASSERT_NE(clay, nullptr);
     EXPECT_EQ(built.surface("Steel"), nullptr);
-    ASSERT_EQ(clay->editor().nodes().size(), 2u);
+    ASSERT_EQ(clay->network().nodes().size(), 2u);
 
     built.init(kInitRender);
     built.newTime(1, 0.5);
@@ -51,7 +51,7 @@ TEST(BuildScene, GivesAnInputItsSettingAlthoughItIsConnected) {
         "nodes": {"Level": {"server": "Constant Scalar"}, "Sum": {"server": "Add Scalar", "settings": {"A": 3}}},
         "connections": ["Level.Scalar -> Sum.A"])")),
                               serverList());
-    Network &network = built.surface("Clay")->editor();
+    Network &network = built.surface("Clay")->network();
     HostNode &sum = network.node("Sum");
     network.disconnect(*sum.findInput("A"));
     EXPECT_EQ(std::get<double>(readSetting(*panelOf(sum), "A")), 3);

@@ -202,7 +202,7 @@ TEST_F(SharedScene, AScenesStoresGoWithIt) {
     const std::string surfaces = std::string(kStoring) + "," + kMisleading;
     for (int round = 0; round < 2; ++round) {
         const SceneSurfaces built(test::read(scene(surfaces)), serverList());
-        HostNode &get = built.surface("Storer")->editor().addNode(serverList().get("Velm Get Material"));
+        HostNode &get = built.surface("Storer")->network().addNode(serverList().get("Velm Get Material"));
         HostPanel &panel = *panelOf(get);
         EXPECT_EQ(panel.entries(*panel.find(panel.controls().at(0))),
                   (std::vector<std::string>{"(none)", "Wood", "Oak"}));
@@ -224,13 +224,13 @@ TEST_F(SharedScene, NamesOf255BytesGoThroughPanelsAndFiles) {
         std::string bytes;
         {
             const SceneSurfaces built(test::read(scene(getting + "," + storing)), serverList());
-            HostPanel &slot = *panelOf(built.surface("Getter")->editor().node("Get"));
+            HostPanel &slot = *panelOf(built.surface("Getter")->network().node("Get"));
             EXPECT_EQ(std::get<std::string>(readSetting(slot, "Slot")), name);
             bytes = saved(mode, *built.surface("Storer"));
         }
         Surface again("Storer");
         load(mode, bytes, again);
-        HostPanel &panel = *panelOf(again.editor().node("Store"));
+        HostPanel &panel = *panelOf(again.network().node("Store"));
         EXPECT_EQ(std::get<std::string>(readSetting(panel, "Name")), name);
         EXPECT_EQ(saved(mode, again), bytes);
         EXPECT_THROW(applySetting(panel, {"Name", name + "a", {}}), InputError);

@@ -1,4 +1,4 @@
-// Backdrops by direction, and the service that tells nodes about them.
+// Backdrops by direction, and the service that describes them to nodes.
 #include "host/base/error.h"
 #include "host/image/image.h"
 #include "host/services/backdrop.h"
@@ -44,7 +44,7 @@ TEST(Backdrop, PlainIsTheSameEverywhere) {
     EXPECT_EQ(seen(backdrop, 1, -2, 3), (Double3{0.1, 0.2, 0.3}));
 }
 
-TEST(Backdrop, GradientRunsOverTheElevation) {
+TEST(Backdrop, GradientDependsOnTheElevation) {
     const Backdrop backdrop(describe(Kind::gradient, [](BackdropDescription &each) {
         each.zenith = {0, 0, 0};
         each.sky = {1, 0.5, 2};
@@ -62,8 +62,8 @@ TEST(Backdrop, GradientRunsOverTheElevation) {
     expectNear(seen(backdrop, 0, -1e-12, 1), {4, 4, 4}, "just under the horizon", 1e-6);
 }
 
-TEST(Backdrop, SqueezesOfEveryKindArePowers) {
-    // From black straight up to white at the horizon: the share itself. At 30 degrees, two thirds of the way.
+TEST(Backdrop, SqueezesArePowers) {
+    // From black straight up to white at the horizon, the colour is the fraction. At 30 degrees, it is two thirds.
     for (const double squeeze : {0.25, 1.0, 1.5, 2.0, 3.0, 6.0, 7.0, 15.0, 16.0, 16.5, 17.0, 40.0}) {
         const Backdrop backdrop(describe(Kind::gradient, [squeeze](BackdropDescription &each) {
             each.zenith = {0, 0, 0};
@@ -76,14 +76,14 @@ TEST(Backdrop, SqueezesOfEveryKindArePowers) {
     }
 }
 
-TEST(Backdrop, TheLengthOfADirectionTellsNothing) {
+TEST(Backdrop, TheLengthOfADirectionDoesNotMatter) {
     const Backdrop backdrop(describe(Kind::gradient, [](BackdropDescription &each) { each.skySqueeze = 1.5; }));
     const Double3 one = seen(backdrop, 0.3, 0.4, -0.5);
     for (const double length : {1e-300, 1e-170, 1e-140, 1e-6, 1e6, 1e139, 1e170, 1e300})
         expectNear(seen(backdrop, 0.3 * length, 0.4 * length, -0.5 * length), one, "of another length", 1e-14);
 }
 
-TEST(Backdrop, DirectionsWithoutOneAreAhead) {
+TEST(Backdrop, InvalidDirectionsCountAsAhead) {
     const Backdrop backdrop(describe(Kind::gradient, [](BackdropDescription &) {}));
     const Double3 ahead = seen(backdrop, 0, 0, 1);
     EXPECT_EQ(seen(backdrop, 0, 0, 0), ahead);
@@ -95,7 +95,7 @@ class ImageBackdrop : public testing::Test {
   protected:
     void SetUp() override {
         ImageList::instance().clear();
-        // Eight columns and four rows; red tells the column, green the row.
+        // Eight columns and four rows; red is the column, green the row.
         std::vector<float> values;
         for (int y = 0; y < 4; ++y) {
             for (int x = 0; x < 8; ++x) values.insert(values.end(), {static_cast<float>(x), static_cast<float>(y), 1});
@@ -108,14 +108,14 @@ class ImageBackdrop : public testing::Test {
     const TemporaryDirectory directory;
 };
 
-TEST_F(ImageBackdrop, LiesAroundTheScene) {
+TEST_F(ImageBackdrop, SurroundsTheScene) {
     const Backdrop backdrop(describe(Kind::image, [](BackdropDescription &each) { each.image = "map"; }));
     expectNear(seen(backdrop, 0, 0, 1), {3.5, 1.5, 1}, "ahead");
     expectNear(seen(backdrop, 1, 0, 0), {5.5, 1.5, 1}, "right");
     expectNear(seen(backdrop, 0, 1, 0), {3.5, 0, 1}, "zenith: the top row");
     expectNear(seen(backdrop, 0, -1, 0), {3.5, 3, 1}, "nadir: the bottom row");
     expectNear(seen(backdrop, 0, 0, -1), {3.5, 1.5, 1}, "behind: the mean of the last and first columns");
-    // Either side of the seam lies half a pixel from the edge columns' centres.
+    // Each side of the seam is half a pixel from the centres of the edge columns.
     expectNear(seen(backdrop, 1e-9, 0, -1), {3.5, 1.5, 1}, "right of the seam", 1e-6);
     expectNear(seen(backdrop, -1e-9, 0, -1), {3.5, 1.5, 1}, "left of the seam", 1e-6);
 }
@@ -130,7 +130,7 @@ TEST_F(ImageBackdrop, HasSeamAngleAndBrightness) {
     expectNear(seen(backdrop, 0, 0, 1), {3, 3, 2}, "ahead");
 }
 
-TEST_F(ImageBackdrop, MissingImageIsAnErrorAtItsPlace) {
+TEST_F(ImageBackdrop, MissingImageIsAnErrorWithItsLocation) {
     try {
         Backdrop(describe(Kind::image, [](BackdropDescription &each) {
             each.image = "mop";
@@ -145,7 +145,7 @@ TEST_F(ImageBackdrop, MissingImageIsAnErrorAtItsPlace) {
     }
 }
 
-TEST_F(ImageBackdrop, KnownToBeAbsentIsBlack) {
+TEST_F(ImageBackdrop, AnImageKnownToBeAbsentIsBlack) {
     ImageList::instance().noteAbsent("Forest");
     const Backdrop backdrop(describe(Kind::image, [](BackdropDescription &each) { each.image = "Forest"; }));
     expectNear(seen(backdrop, 0.5, 0.2, -1), {0, 0, 0}, "without its image");
@@ -161,7 +161,7 @@ TEST(Backdrop, SqueezeHasToBePositive) {
                  InputError);
 }
 
-TEST(BackdropService, TellsOfTheBackdropThatIsSet) {
+TEST(BackdropService, DescribesTheBackdropThatIsSet) {
     const HostBackdropInfo *info = backdropInfo();
     const Backdrop backdrop(describe(Kind::gradient, [](BackdropDescription &each) {
         each.skySqueeze = 3;

@@ -6,8 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 using namespace velm::host;
 
@@ -23,44 +24,31 @@ TEST(TimeInfo, IsOneRecord) {
     EXPECT_EQ(info->frame, 0);
 }
 
-TEST(SystemId, ThePointerIsTheWord) {
+TEST(SystemId, IsTheWordAsAPointer) {
     setSystemId(kSystemModelling | 7);
     EXPECT_EQ(reinterpret_cast<HostWord>(systemId()), kSystemModelling | 7);
     setSystemId(kSystemLayout);
     EXPECT_EQ(reinterpret_cast<HostWord>(systemId()) & kSystemIdMask, kSystemLayout);
 }
 
-TEST(InstanceUpdate, CountsAndTellsListeners) {
-    const long before = updateCount();
-    std::string heard;
+struct Recorder final : InstanceObserver {
+    void instanceUpdated(const std::string &className, void *instance) override {
+        updates.push_back({className, instance});
+    }
+    std::vector<std::pair<std::string, void *>> updates;
+};
+
+TEST(InstanceUpdate, TellsObservers) {
+    Recorder recorder;
     int instance = 0;
     {
-        const UpdateListener listener([&](const std::string &className, void *changed) {
-            heard += className + (changed == &instance ? "!" : "?");
-        });
+        const Observation<InstanceObserver> watching(instanceObservers(), recorder);
         instanceUpdate()(HOST_CLASS_NODE_HANDLER, &instance);
         instanceUpdate()(nullptr, nullptr);
     }
     instanceUpdate()(HOST_CLASS_NODE_HANDLER, &instance);
-    EXPECT_EQ(heard, "NodeHandler!?");
-    EXPECT_EQ(updateCount(), before + 3);
-}
-
-TEST(InstanceUpdate, ListenersMayComeAndGoMeanwhile) {
-    int calls = 0;
-    std::unique_ptr<UpdateListener> second, third;
-    std::unique_ptr<UpdateListener> first;
-    first = std::make_unique<UpdateListener>([&](const std::string &, void *) {
-        ++calls;
-        second.reset();
-        if (!third) third = std::make_unique<UpdateListener>([&](const std::string &, void *) { calls += 100; });
-        first.reset();
-    });
-    second = std::make_unique<UpdateListener>([&](const std::string &, void *) { calls += 10; });
-    instanceUpdate()("", nullptr);
-    EXPECT_EQ(calls, 1);
-    instanceUpdate()("", nullptr);
-    EXPECT_EQ(calls, 101);
+    EXPECT_EQ(recorder.updates,
+              (std::vector<std::pair<std::string, void *>>{{"NodeHandler", &instance}, {"", nullptr}}));
 }
 
 } // namespace

@@ -55,7 +55,7 @@ std::vector<double> limitsOf(const PanelItem &control) {
     for (const auto &limit : {control.minimum, control.maximum})
         if (limit)
             for (const int offset : {-1, 0, 1}) numbers.push_back((*limit + offset) / factor);
-    if (control.type && control.type->storage == Storage::whole)
+    if (control.type && control.type->storage == Storage::integer)
         numbers.insert(numbers.end(), std::begin(kOddIntegers), std::end(kOddIntegers));
     else
         for (const double number : kOddNumbers)

@@ -86,7 +86,7 @@ bool isFast(Fixture &fixture) {
     if (!panel) return true;
     return std::all_of(panel->controls().begin(), panel->controls().end(), [&](unsigned int id) {
         const PanelItem &control = *panel->find(id);
-        if (!control.type || control.type->kind != ControlKind::whole) return true;
+        if (!control.type || control.type->kind != ControlKind::integer) return true;
         const auto *value = static_cast<const int *>(panel->value(control.valueId));
         return !value || (*value >= -kLongest && *value <= kLongest);
     });

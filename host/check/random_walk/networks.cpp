@@ -11,7 +11,7 @@ namespace {
 void addNodes(Network &network, std::vector<HostNode *> &nodes) {
     for (const auto &node : network.nodes()) {
         nodes.push_back(node.get());
-        for (Network *inside : node->nested) addNodes(*inside, nodes);
+        for (Network *inside : node->nestedNetworks) addNodes(*inside, nodes);
     }
 }
 
@@ -27,13 +27,13 @@ std::vector<HostNode *> nodesIn(Network &network) {
 
 std::size_t instancesIn(const HostNode &node) {
     std::size_t count = 1;
-    for (Network *inside : node.nested) count += nodesIn(*inside).size();
+    for (Network *inside : node.nestedNetworks) count += nodesIn(*inside).size();
     return count;
 }
 
 bool isInside(const HostNode &node, const HostNode &other) {
-    const HostNode *owner = node.editor->holder();
-    while (owner && owner != &other) owner = owner->editor->holder();
+    const HostNode *owner = node.network->ownerNode();
+    while (owner && owner != &other) owner = owner->network->ownerNode();
     return owner;
 }
 

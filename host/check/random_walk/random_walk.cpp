@@ -78,7 +78,7 @@ class RandomWalk {
     std::vector<Network *> allNetworks() const {
         std::vector<Network *> all;
         for (const auto &network : networks_) all.push_back(network.get());
-        for (const HostNode *node : nodes()) all.insert(all.end(), node->nested.begin(), node->nested.end());
+        for (const HostNode *node : nodes()) all.insert(all.end(), node->nestedNetworks.begin(), node->nestedNetworks.end());
         return all;
     }
 
@@ -145,7 +145,7 @@ class RandomWalk {
     }
 
     void destroy() {
-        if (HostNode *node = anyNode()) node->editor->destroyNode(*node);
+        if (HostNode *node = anyNode()) node->network->destroyNode(*node);
     }
 
     void destroyNetwork() {
@@ -165,10 +165,10 @@ class RandomWalk {
         if (!others.empty() && !script_.flag())
             to = pick(others);
         else if (hasRoom(inside))
-            to = addNode(*from->editor, *from->server);
+            to = addNode(*from->network, *from->server);
         if (!to || !hasRoom(inside, instancesIn(*to))) return;
         copyNode(*to, *from);
-        if (script_.flag()) from->editor->destroyNode(*from);
+        if (script_.flag()) from->network->destroyNode(*from);
     }
 
     void copyNetwork() {
@@ -256,7 +256,7 @@ class RandomWalk {
     void disconnect() {
         HostNode *node = anyNode();
         if (!node || node->inputs.empty()) return;
-        node->editor->disconnect(*node->inputs[static_cast<std::size_t>(script_.below(node->inputs.size()))]);
+        node->network->disconnect(*node->inputs[static_cast<std::size_t>(script_.below(node->inputs.size()))]);
     }
 
     void rewire() {

@@ -1,4 +1,4 @@
-// Sums, products, mixtures and limits, of scalars and, component by component, of colours.
+// Sum, product, mix and clamp, of scalars and, for each component, of colours.
 #include "host/graph/builtin/definitions.h"
 
 #include <algorithm>
@@ -7,15 +7,15 @@ namespace velm::host::builtin {
 
 namespace {
 
-using Triple = std::array<double, 3>;
-enum { kA, kB, kMix };        // parameters of the first three
-enum { kInput, kLow, kHigh }; // of the limits
+using Components = std::array<double, 3>;
+enum { kA, kB, kMix };        // parameters of sum, product and mix
+enum { kInput, kLow, kHigh }; // of clamp
 
 double sum(double a, double b) { return a + b; }
 double product(double a, double b) { return a * b; }
-double mixture(double a, double b, double share) { return a + (b - a) * share; }
-// Where the limits are the wrong way round, the high one holds.
-double limited(double value, double low, double high) { return std::min(std::max(value, low), high); }
+double mixed(double a, double b, double fraction) { return a + (b - a) * fraction; }
+// When the low limit is above the high one, the result is the high one.
+double clamped(double value, double low, double high) { return std::min(std::max(value, low), high); }
 
 template <double (*join)(double, double)>
 void joinScalars(const Evaluation &evaluation, int) {
@@ -24,36 +24,36 @@ void joinScalars(const Evaluation &evaluation, int) {
 
 template <double (*join)(double, double)>
 void joinColours(const Evaluation &evaluation, int) {
-    Triple result = evaluation.triple(kA);
-    const Triple b = evaluation.triple(kB);
+    Components result = evaluation.triple(kA);
+    const Components b = evaluation.triple(kB);
     for (std::size_t i = 0; i < 3; ++i) result[i] = join(result[i], b[i]);
     evaluation.set(result);
 }
 
 void mixScalars(const Evaluation &evaluation, int) {
-    evaluation.set(mixture(evaluation.scalar(kA), evaluation.scalar(kB), evaluation.scalar(kMix)));
+    evaluation.set(mixed(evaluation.scalar(kA), evaluation.scalar(kB), evaluation.scalar(kMix)));
 }
 
 void mixColours(const Evaluation &evaluation, int) {
-    Triple result = evaluation.triple(kA);
-    const Triple b = evaluation.triple(kB);
-    const double share = evaluation.scalar(kMix);
-    for (std::size_t i = 0; i < 3; ++i) result[i] = mixture(result[i], b[i], share);
+    Components result = evaluation.triple(kA);
+    const Components b = evaluation.triple(kB);
+    const double fraction = evaluation.scalar(kMix);
+    for (std::size_t i = 0; i < 3; ++i) result[i] = mixed(result[i], b[i], fraction);
     evaluation.set(result);
 }
 
-void limitScalar(const Evaluation &evaluation, int) {
-    evaluation.set(limited(evaluation.scalar(kInput), evaluation.scalar(kLow), evaluation.scalar(kHigh)));
+void clampScalars(const Evaluation &evaluation, int) {
+    evaluation.set(clamped(evaluation.scalar(kInput), evaluation.scalar(kLow), evaluation.scalar(kHigh)));
 }
 
-void limitColour(const Evaluation &evaluation, int) {
-    Triple result = evaluation.triple(kInput);
+void clampColours(const Evaluation &evaluation, int) {
+    Components result = evaluation.triple(kInput);
     const double low = evaluation.scalar(kLow), high = evaluation.scalar(kHigh);
-    for (double &component : result) component = limited(component, low, high);
+    for (double &component : result) component = clamped(component, low, high);
     evaluation.set(result);
 }
 
-constexpr Parameter kShare{.label = "Mix", .kind = Kind::percent, .initial = {0.5}}; // of B
+constexpr Parameter kFraction{.label = "Mix", .kind = Kind::percent, .initial = {0.5}}; // the fraction of B
 constexpr Parameter kLowest{.label = "Low", .kind = Kind::scalar, .initial = {0}};
 constexpr Parameter kHighest{.label = "High", .kind = Kind::scalar, .initial = {1}};
 
@@ -85,7 +85,7 @@ constinit const Definition multiplyScalar{
 constinit const Definition mixScalar{
     .name = "Mix Scalar",
     .colour = kMathColour,
-    .parameters = {{scalar("A", 0), scalar("B", 1), kShare}},
+    .parameters = {{scalar("A", 0), scalar("B", 1), kFraction}},
     .outputs = {{{"Out", kConnectScalar}}},
     .evaluate = mixScalars,
 };
@@ -95,7 +95,7 @@ constinit const Definition clampScalar{
     .colour = kMathColour,
     .parameters = {{scalar("In", 0), kLowest, kHighest}},
     .outputs = {{{"Out", kConnectScalar}}},
-    .evaluate = limitScalar,
+    .evaluate = clampScalars,
 };
 
 constinit const Definition addColour{
@@ -117,7 +117,7 @@ constinit const Definition multiplyColour{
 constinit const Definition mixColour{
     .name = "Mix Color",
     .colour = kMathColour,
-    .parameters = {{colour("A", 0), colour("B", 1), kShare}},
+    .parameters = {{colour("A", 0), colour("B", 1), kFraction}},
     .outputs = {{{"Color", kConnectColour}}},
     .evaluate = mixColours,
 };
@@ -127,7 +127,7 @@ constinit const Definition clampColour{
     .colour = kMathColour,
     .parameters = {{colour("In", 0), kLowest, kHighest}},
     .outputs = {{{"Color", kConnectColour}}},
-    .evaluate = limitColour,
+    .evaluate = clampColours,
 };
 
 } // namespace velm::host::builtin

@@ -1,4 +1,4 @@
-// The host's own nodes, by the same records as a module's.
+// The host's own nodes, described by the same records as a module's.
 #pragma once
 
 #include "module/host.h"
@@ -7,7 +7,7 @@ namespace velm::host {
 
 inline constexpr char kBuiltinOrigin[] = "built in";
 
-// All nodes that scenes may use; ends with a null class.
+// All of them, in a table that ends with a null class name.
 const HostServer *builtinServers();
 
 } // namespace velm::host

@@ -1,5 +1,6 @@
-// Cells of two colours: cubes in space, or squares on a UV map. The size is that of a cell, in metres in space and in
-// parts of the map (1 m for all of it) there. The mask is 0 in the first colour and 1 in the second.
+// A checkerboard of two colours: cubes in space, or squares on a UV map. "Size" is the edge of a cell: in metres in
+// space, and as a fraction of the map (1 m is the whole map) on a UV map. "Mask" is 0 in the first colour and 1 in the
+// second.
 #include "host/graph/builtin/definitions.h"
 
 #include <cmath>
@@ -14,8 +15,8 @@ enum { kObject, kWorld, kMap };
 
 constexpr const char *kCoordinateTexts[] = {"Object", "World", "UV", nullptr};
 
-// Surfaces often stand exactly where cells meet, where rounding would speckle them; so the cells are moved by a small
-// part of themselves.
+// Surfaces often lie exactly on the boundary of cells, where rounding errors would speckle them. The cells are
+// therefore shifted by this fraction of their size.
 constexpr double kShift = 1e-4;
 
 bool inSecond(const Evaluation &evaluation) {

@@ -1,4 +1,4 @@
-// Triples from their components and back.
+// Vectors and colours from their components, and components from vectors and colours.
 #include "host/graph/builtin/definitions.h"
 
 namespace velm::host::builtin {

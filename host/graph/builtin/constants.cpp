@@ -1,4 +1,4 @@
-// A value to start from, animated where it is a number; what is connected to the input goes before it.
+// Constant values. All but the integer can be animated. A connected input overrides the value.
 #include "host/graph/builtin/definitions.h"
 
 namespace velm::host::builtin {

@@ -1,7 +1,8 @@
-// A function: bends the value of whatever input it is connected to. What lies between the lower and upper input limits
-// is brought to 0 to 1, bent, and brought to the output limits; what lies outside counts as the limit. Power raises to
-// the exponent. Bias and gain are those of K. Perlin and E. Hoffert, "Hypertexture", SIGGRAPH 1989: the amount is what
-// the bias makes of the middle, and the steepness that the gain gives it; at 50 % nothing is bent.
+// A function, which transforms the value of the input that it is connected to. The value is clamped to "In Low" and "In
+// High", mapped from this range to 0 to 1, shaped, and mapped to "Out Low" and "Out High". The shape "Power" raises it
+// to "Exponent". "Bias" and "Gain" are those of K. Perlin and E. Hoffert, "Hypertexture", SIGGRAPH 1989, with the
+// parameter "Amount": bias maps 0.5 to the amount; gain makes the curve steeper in the middle above 50 %, and flatter
+// below. At 50 % both leave the value as it is.
 #include "host/graph/builtin/definitions.h"
 
 #include <algorithm>
@@ -16,7 +17,7 @@ enum { kLinear, kSmoothStep, kPower, kBias, kGain };
 
 constexpr const char *kShapeTexts[] = {"Linear", "Smooth Step", "Power", "Bias", "Gain", nullptr};
 
-// At 0 and 1 the exponent would be endless or nothing.
+// An amount of 0 would make the exponent infinite, and 1 would make it 0; both are avoided.
 double bias(double t, double amount) {
     const double middle = std::clamp(amount, 1e-6, 1 - 1e-6);
     return std::pow(t, std::log(middle) / std::log(0.5));
@@ -26,7 +27,7 @@ double gain(double t, double amount) {
     return t < 0.5 ? 0.5 * bias(2 * t, 1 - amount) : 1 - 0.5 * bias(2 - 2 * t, 1 - amount);
 }
 
-double bent(const Evaluation &evaluation, double t) {
+double shaped(const Evaluation &evaluation, double t) {
     switch (evaluation.choice(kShape)) {
     case kSmoothStep: return t * t * (3 - 2 * t);
     case kPower: return std::pow(t, std::max(0.0, evaluation.scalar(kExponent)));
@@ -39,10 +40,10 @@ double bent(const Evaluation &evaluation, double t) {
 void give(const Evaluation &evaluation, int) {
     const double low = evaluation.scalar(kInLow), high = evaluation.scalar(kInHigh);
     const double value = evaluation.found();
-    // Limits that fall together leave a step.
+    // Equal limits make a step.
     const double t = high == low ? (value < low ? 0 : 1) : std::clamp((value - low) / (high - low), 0.0, 1.0);
     const double outLow = evaluation.scalar(kOutLow), outHigh = evaluation.scalar(kOutHigh);
-    evaluation.set(outLow + (outHigh - outLow) * bent(evaluation, t));
+    evaluation.set(outLow + (outHigh - outLow) * shaped(evaluation, t));
 }
 
 } // namespace

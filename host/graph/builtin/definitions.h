@@ -1,4 +1,4 @@
-// The host's own nodes, by file.
+// The definitions of the host's own nodes, by source file.
 #pragma once
 
 #include "host/graph/builtin/frame.h"
@@ -17,7 +17,7 @@ extern const Definition makeVector, splitVector, makeColour, splitColour;
 // checker.cpp, fractal_noise.cpp, image.cpp, curve.cpp
 extern const Definition checker, fractalNoise, image, curve;
 
-// The colours of the nodes' titles.
+// The colours of the nodes' titles, by menu group.
 constexpr std::array<int, 3> kConstantColour{90, 110, 90};
 constexpr std::array<int, 3> kInfoColour{70, 100, 130};
 constexpr std::array<int, 3> kMathColour{120, 100, 60};

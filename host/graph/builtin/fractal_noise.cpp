@@ -1,6 +1,6 @@
-// Layers of noise, each finer and fainter than the one before: cloudy patterns in space. The scale is the size of the
-// largest features; each octave multiplies their number by the lacunarity and their strength by the gain. The scalar
-// runs from 0 to 1 about 0.5 and mixes the colours.
+// Fractal noise in space: a sum of octaves of gradient noise. "Scale" is the size of the largest features in metres.
+// Each octave has the frequency of the one before times "Lacunarity", and its amplitude times "Gain". "Scalar" is the
+// sum, from 0 to 1 with a mean of 0.5; "Color" mixes the two colours by it.
 #include "host/graph/builtin/definitions.h"
 #include "host/graph/builtin/noise.h"
 
@@ -13,34 +13,34 @@ namespace {
 enum { kFirst, kSecond, kCoordinates, kScale, kOctaves, kLacunarity, kGain };
 enum { kColourOut, kScalarOut };
 enum { kObject, kWorld };
-constexpr int kMostOctaves = 16; // finer ones are below what a double holds of a position
+constexpr int kMostOctaves = 16; // finer ones are below the precision of a position
 
 constexpr const char *kCoordinateTexts[] = {"Object", "World", nullptr};
 
-double layers(const Evaluation &evaluation) {
+double noise(const Evaluation &evaluation) {
     const double scale = evaluation.scalar(kScale);
     if (!(scale > 0)) return 0.5;
     const ShadingSample &sample = evaluation.sample();
     const double *position = evaluation.choice(kCoordinates) == kWorld ? sample.position : sample.objectPosition;
     const int octaves = std::clamp(evaluation.integer(kOctaves), 1, kMostOctaves);
     const double lacunarity = evaluation.scalar(kLacunarity), gain = evaluation.scalar(kGain);
-    double frequency = 1 / scale, strength = 1, sum = 0, whole = 0;
+    double frequency = 1 / scale, amplitude = 1, sum = 0, total = 0;
     for (int octave = 0; octave < octaves; ++octave) {
-        sum += strength * gradientNoise(position[0] * frequency, position[1] * frequency, position[2] * frequency);
-        whole += strength;
+        sum += amplitude * gradientNoise(position[0] * frequency, position[1] * frequency, position[2] * frequency);
+        total += amplitude;
         frequency *= lacunarity;
-        strength *= gain;
+        amplitude *= gain;
     }
-    // A negative gain could make the whole vanish.
-    return whole > 0 ? std::clamp(0.5 + 0.5 * sum / whole, 0.0, 1.0) : 0.5;
+    // A negative gain can make the total 0 or less.
+    return total > 0 ? std::clamp(0.5 + 0.5 * sum / total, 0.0, 1.0) : 0.5;
 }
 
 void give(const Evaluation &evaluation, int output) {
-    const double share = layers(evaluation);
-    if (output == kScalarOut) return evaluation.set(share);
+    const double fraction = noise(evaluation);
+    if (output == kScalarOut) return evaluation.set(fraction);
     std::array<double, 3> result = evaluation.triple(kFirst);
     const std::array<double, 3> second = evaluation.triple(kSecond);
-    for (std::size_t i = 0; i < 3; ++i) result[i] += (second[i] - result[i]) * share;
+    for (std::size_t i = 0; i < 3; ++i) result[i] += (second[i] - result[i]) * fraction;
     evaluation.set(result);
 }
 

@@ -14,33 +14,34 @@ Services fetched;
 
 Instance &self(void *instance) { return *static_cast<Instance *>(instance); }
 
-// Calls `act` with the place and the row of each parameter.
+// Calls `act` with the index and the row of each parameter.
 template <class Act>
 void forEachParameter(const Definition &definition, Act act) {
     for (std::size_t i = 0; i < definition.parameters.size() && definition.parameters[i].label; ++i)
         act(i, definition.parameters[i]);
 }
 
-// The panel shows what is fed by a connection as unavailable, and the network looks other than before.
+// The panel shows a parameter that a connection overrides as unavailable; a source that is destroyed changes the
+// result.
 int inputEvent(void *instance, HostInput *, int event, int) {
     if (self(instance).panel) fetched.panels->refresh(self(instance).panel);
     if (fetched.update && event == kInputSourceDestroyed) fetched.update(HOST_CLASS_NODE_HANDLER, instance);
     return 1;
 }
 
-void createParameter(Instance &instance, std::size_t place, const Parameter &parameter) {
+void createParameter(Instance &instance, std::size_t index, const Parameter &parameter) {
     const KindFacts facts = factsOf(parameter.kind);
-    instance.values[place] = parameter.initial;
-    instance.integers[place] = static_cast<int>(parameter.initial[0]);
+    instance.values[index] = parameter.initial;
+    instance.integers[index] = static_cast<int>(parameter.initial[0]);
     if (facts.parmType) {
         HostVParm *parm = fetched.parms->create(facts.parmType, -1);
         fetched.parms->setUp(parm, parameter.label, fetched.nodes->channelGroup(instance.node), nullptr, nullptr,
                              nullptr, nullptr);
         fetched.parms->setValue(parm, parameter.initial.data());
-        instance.parms[place] = parm;
+        instance.parms[index] = parm;
     }
     if (facts.inputType)
-        instance.inputs[place] = fetched.inputs->create(instance.node, facts.inputType, parameter.label, inputEvent);
+        instance.inputs[index] = fetched.inputs->create(instance.node, facts.inputType, parameter.label, inputEvent);
 }
 
 void *create(void *priv, void *node, const char **error) {
@@ -80,7 +81,7 @@ HostError copy(void *to, void *from) {
     return nullptr;
 }
 
-// The parameters in the table's order: integers as I4, texts and images' references as the services write them.
+// Saves the parameters in the table's order: integers as I4, texts and references to images as the services write them.
 HostError save(void *instance, const HostSaveState *state) {
     Instance &saved = self(instance);
     HostError error = nullptr;
@@ -118,7 +119,7 @@ HostError load(void *instance, const HostLoadState *state) {
 
 const char *describe(void *instance) { return self(instance).definition->name; }
 
-// An image may have left the list since it was chosen.
+// The image may have been removed from the list since it was chosen.
 HostError init(void *instance, int) {
     HostImage *image = fetched.images->first();
     while (image && image != self(instance).image) image = fetched.images->next(image);
@@ -133,15 +134,15 @@ HostError newTime(void *instance, int, double time) {
 
 void evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     const Instance &node = self(instance);
-    const auto place = std::find(node.outputs.begin(), node.outputs.end(), output);
-    if (place == node.outputs.end()) return;
-    node.definition->evaluate(Evaluation(node, sample, value), static_cast<int>(place - node.outputs.begin()));
+    const auto found = std::find(node.outputs.begin(), node.outputs.end(), output);
+    if (found == node.outputs.end()) return;
+    node.definition->evaluate(Evaluation(node, sample, value), static_cast<int>(found - node.outputs.begin()));
 }
 
 template <class T>
 bool fetch(HostLookup *lookup, const char *name, const T *&service) {
     service = static_cast<const T *>(lookup(name, kUseTransient));
-    return service != nullptr;
+    return service;
 }
 
 } // namespace
@@ -162,7 +163,7 @@ int activateHandler(const Definition &definition, int version, HostLookup *looku
         !fetch(lookup, HOST_IMAGE_LIST, fetched.images))
         return kActivateBadGlobal;
     auto *handler = static_cast<HostNodeHandler *>(local);
-    // Handed back to create, which only reads it.
+    // The host passes it to create, which only reads it.
     handler->instance->priv = const_cast<Definition *>(&definition);
     handler->instance->create = create;
     handler->instance->destroy = destroy;
@@ -188,23 +189,23 @@ int activateInterface(int version, HostLookup *lookup, void *local, void *) {
 }
 
 double Evaluation::scalar(int parameter) const {
-    const auto place = static_cast<std::size_t>(parameter);
-    double value = instance_.values[place][0];
-    fetched.inputs->evaluate(instance_.inputs[place], sample_, &value);
+    const auto index = static_cast<std::size_t>(parameter);
+    double value = instance_.values[index][0];
+    fetched.inputs->evaluate(instance_.inputs[index], sample_, &value);
     return value;
 }
 
 std::array<double, 3> Evaluation::triple(int parameter) const {
-    const auto place = static_cast<std::size_t>(parameter);
-    std::array<double, 3> value = instance_.values[place];
-    fetched.inputs->evaluate(instance_.inputs[place], sample_, value.data());
+    const auto index = static_cast<std::size_t>(parameter);
+    std::array<double, 3> value = instance_.values[index];
+    fetched.inputs->evaluate(instance_.inputs[index], sample_, value.data());
     return value;
 }
 
 int Evaluation::integer(int parameter) const {
-    const auto place = static_cast<std::size_t>(parameter);
-    int value = instance_.integers[place];
-    fetched.inputs->evaluate(instance_.inputs[place], sample_, &value);
+    const auto index = static_cast<std::size_t>(parameter);
+    int value = instance_.integers[index];
+    fetched.inputs->evaluate(instance_.inputs[index], sample_, &value);
     return value;
 }
 

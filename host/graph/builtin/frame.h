@@ -1,6 +1,6 @@
-// The small frame under the host's own nodes. A node is a table: parameters, outputs and one evaluation. From it come
-// the instance, its channels, inputs and outputs, its panel, copying and its saved form. The nodes are servers like any
-// other: all that they have of the host comes from the lookup function at activation.
+// The frame that the host's own nodes share. A node is a table of parameters and outputs, and one evaluation function.
+// From it the frame derives the instance with its channels, inputs and outputs, its panel, copying, saving and loading.
+// The nodes are servers like any other: they get everything of the host from the lookup function at activation.
 #pragma once
 
 #include "module/host.h"
@@ -15,23 +15,25 @@ constexpr int kMaxOutputs = 20;
 constexpr int kTextSize = 256;
 
 enum class Kind {
-    scalar, // animated numbers with an input of their name; in the units that the panel shows they are:
+    // Animated numbers, each with an input of the same name. They differ in the unit that the panel shows.
+    scalar,
     percent,
     distance,
     angle,
-    colour, // animated triples with an input
+    // Animated triples, with an input.
+    colour,
     vector,
-    integer, // whole numbers with an input
-    choice,  // one of `texts`
-    image,   // an image of the host's list, without an input; at most one in a node
-    text,    // without an input; at most one in a node
+    integer, // an integer that is not animated, with an input
+    choice,  // an index into `texts`, with an input
+    image,   // an image of the host's list, without an input; at most one in each node
+    text,    // without an input; at most one in each node
 };
 
 struct Parameter {
     const char *label = nullptr; // null ends the list
     Kind kind = Kind::scalar;
-    std::array<double, 3> initial{}; // radians for an angle, fractions for a percentage
-    const char *const *texts = nullptr;
+    std::array<double, 3> initial{};    // radians for an angle, fractions for a percentage
+    const char *const *texts = nullptr; // of a choice; ends with null
 };
 
 struct Output {
@@ -46,11 +48,11 @@ struct Definition {
     std::array<int, 3> colour;
     std::array<Parameter, kMaxParameters> parameters{};
     std::array<Output, kMaxOutputs> outputs{};
-    // Computes one output, by its place in the table, and sets it. [render threads]
+    // Computes one output, by its index in the table, and sets the result. [render threads]
     void (*evaluate)(const Evaluation &evaluation, int output) = nullptr;
 };
 
-// What a server looks up when it is activated.
+// The services that a server looks up at its activation. All nodes share one record.
 struct Services {
     const HostNodeFuncs *nodes = nullptr;
     const HostNodeInputFuncs *inputs = nullptr;
@@ -58,7 +60,7 @@ struct Services {
     const HostNodeUtilityFuncs *utility = nullptr;
     const HostVParmFuncs *parms = nullptr;
     const HostImageList *images = nullptr;
-    const HostPanelFuncs *panels = nullptr; // these two by the interface's activation
+    const HostPanelFuncs *panels = nullptr; // looked up by the interface server, as the next
     HostInstanceUpdate *update = nullptr;
 };
 const Services &services();
@@ -66,8 +68,8 @@ const Services &services();
 struct Instance {
     const Definition *definition = nullptr;
     HostNode *node = nullptr;
-    HostPanel *panel = nullptr; // the host's to destroy
-    double time = 0;            // at which the values were read
+    HostPanel *panel = nullptr; // the host destroys it
+    double time = 0;            // seconds; when the values were read from the parameters
     std::array<std::array<double, 3>, kMaxParameters> values{};
     std::array<int, kMaxParameters> integers{};
     HostImage *image = nullptr;
@@ -79,7 +81,7 @@ struct Instance {
     void readParameters(double atTime);
 };
 
-// One evaluation: the parameters as the sample sees them, and the way of the result. Parameters by their place.
+// One evaluation: gives the parameters, by their index, for a sample, and takes the result. [render threads]
 class Evaluation {
   public:
     Evaluation(const Instance &instance, ShadingSample *sample, HostNodeValue *value)
@@ -89,17 +91,17 @@ class Evaluation {
     double scalar(int parameter) const;
     std::array<double, 3> triple(int parameter) const;
     int integer(int parameter) const;
-    int choice(int parameter) const; // brought into its list
+    int choice(int parameter) const; // clamped to the range of its texts
     HostImage *image() const { return instance_.image; }
-    // The map of the text parameter at the sample; false, and u and v 0, when it is not there.
+    // The sample's coordinates on the map that the text parameter names; false, with u and v 0, when there are none.
     bool uv(double &u, double &v) const;
 
-    // Of the output's type.
+    // Sets the result, which must have the output's type.
     void set(double result) const;
     void set(int result) const;
     void set(const std::array<double, 3> &result) const;
     void set(const double result[3]) const;
-    // What a function output is to transform.
+    // The number that a function output is to transform.
     double found() const;
 
   private:
@@ -108,7 +110,7 @@ class Evaluation {
     HostNodeValue *value_;
 };
 
-// Activations of a definition's two servers.
+// The activation functions of a definition's handler and interface servers.
 int activateHandler(const Definition &definition, int version, HostLookup *lookup, void *local);
 int activateInterface(int version, HostLookup *lookup, void *local, void *serverData);
 
@@ -117,7 +119,7 @@ int activate(int version, HostLookup *lookup, void *local, void * /*serverData*/
     return activateHandler(definition, version, lookup, local);
 }
 
-// The panel of an instance, made once.
+// The panel of an instance, created at the first call; null when the host creates none.
 HostPanel *panelOf(Instance &instance);
 
 } // namespace velm::host::builtin

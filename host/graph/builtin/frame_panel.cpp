@@ -1,4 +1,4 @@
-// The panels of the host's own nodes, made from the same tables.
+// The panels of the host's own nodes, derived from the same tables.
 #include "host/graph/builtin/frame.h"
 #include "host/graph/builtin/kinds.h"
 
@@ -9,20 +9,20 @@ namespace velm::host::builtin {
 
 namespace {
 
-constexpr unsigned int kFirstId = 0x8001; // of a control and its value; the others follow in the table's order
+constexpr unsigned int kFirstId = 0x8001; // of the first control and its value; the others follow in the table's order
 
 const HostImageList &images() { return *services().images; }
 
 Instance *viewed(HostPanel *panel) { return static_cast<Instance *>(services().panels->getData(panel, 0)); }
 
-// The row that an identifier stands for; null when it is none.
-const Parameter *rowOf(const Instance &instance, unsigned int id, std::size_t &place) {
-    place = id - kFirstId;
-    if (id < kFirstId || place >= kMaxParameters || !instance.definition->parameters[place].label) return nullptr;
-    return &instance.definition->parameters[place];
+// The row and index of the parameter with an identifier; null when there is none.
+const Parameter *rowOf(const Instance &instance, unsigned int id, std::size_t &index) {
+    index = id - kFirstId;
+    if (id < kFirstId || index >= kMaxParameters || !instance.definition->parameters[index].label) return nullptr;
+    return &instance.definition->parameters[index];
 }
 
-// The image popup: none, then the images of the list as they are now.
+// The image popup: "(none)", then the images of the list in its present order.
 int imageCount(void *) {
     int count = 1;
     for (HostImage *image = images().first(); image; image = images().next(image)) ++count;
@@ -38,39 +38,40 @@ HostImage *imageAt(int index) {
 
 const char *imageName(void *, int index) { return index == 0 ? "(none)" : images().name(imageAt(index)); }
 
-int placeOf(const HostImage *chosen) {
-    int place = 1;
-    for (HostImage *image = images().first(); image; image = images().next(image), ++place)
-        if (image == chosen) return place;
+// The popup's index of an image; 0 for null and for an image that is not in the list.
+int indexOf(const HostImage *chosen) {
+    int index = 1;
+    for (HostImage *image = images().first(); image; image = images().next(image), ++index)
+        if (image == chosen) return index;
     return 0;
 }
 
 void *get(void *instance, unsigned int id) {
     auto &node = *static_cast<Instance *>(instance);
-    std::size_t place = 0;
-    const Parameter *row = rowOf(node, id, place);
+    std::size_t index = 0;
+    const Parameter *row = rowOf(node, id, index);
     if (!row) return nullptr;
-    if (node.inputs[place] && services().inputs->isConnected(node.inputs[place])) return nullptr;
+    if (node.inputs[index] && services().inputs->isConnected(node.inputs[index])) return nullptr;
     if (row->kind == Kind::text) return node.text.data();
-    if (row->kind == Kind::image) node.integers[place] = placeOf(node.image);
-    if (node.parms[place]) return node.parms[place];
-    return &node.integers[place];
+    if (row->kind == Kind::image) node.integers[index] = indexOf(node.image);
+    if (node.parms[index]) return node.parms[index];
+    return &node.integers[index];
 }
 
 int set(void *instance, unsigned int id, void *value) {
     auto &node = *static_cast<Instance *>(instance);
-    std::size_t place = 0;
-    const Parameter *row = rowOf(node, id, place);
+    std::size_t index = 0;
+    const Parameter *row = rowOf(node, id, index);
     if (!row) return kSetUnknown;
     if (row->kind == Kind::text) {
         std::strncpy(node.text.data(), static_cast<const char *>(value), kTextSize - 1);
         node.text.back() = '\0';
     } else if (row->kind == Kind::image) {
         node.image = imageAt(*static_cast<const int *>(value));
-    } else if (node.parms[place]) {
-        node.readParameters(node.time); // the panel has changed the parameter itself
+    } else if (node.parms[index]) {
+        node.readParameters(node.time); // the panel has already changed the parameter
     } else {
-        node.integers[place] = *static_cast<const int *>(value);
+        node.integers[index] = *static_cast<const int *>(value);
     }
     return kSetDefault;
 }

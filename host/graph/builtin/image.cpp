@@ -1,5 +1,5 @@
-// An image of the scene, laid on by a UV map and repeated beyond its edges. Where the sample is not on the map, or no
-// image is chosen, the background shows, with an alpha of 0.
+// An image of the scene, mapped by UV coordinates and repeated outside 0 to 1. Where the sample has no coordinates, or
+// no image is chosen, the result is the background colour with an alpha of 0.
 #include "host/graph/builtin/definitions.h"
 
 #include <cmath>
@@ -11,7 +11,7 @@ namespace {
 enum { kImage, kMap, kBackground };
 enum { kColourOut, kAlphaOut, kLuminanceOut };
 
-// The lookup without a spot is the bilinear one.
+// A spot size of 0 selects bilinear interpolation.
 constexpr double kNoSpot = 0;
 constexpr int kBlendPixels = 1;
 
@@ -22,7 +22,7 @@ void give(const Evaluation &evaluation, int output) {
     if (image) images.size(image, &width, &height);
     double u = 0, v = 0;
     const bool shown = width > 0 && height > 0 && evaluation.uv(u, v);
-    // Maps count v from below, images from above.
+    // v runs upwards on maps and downwards on images.
     const double across = u - std::floor(u), down = 1 - (v - std::floor(v));
     if (output == kColourOut) {
         std::array<double, 3> colour = evaluation.triple(kBackground);

@@ -1,4 +1,4 @@
-// What each kind of parameter is to the host: one row a kind.
+// What each kind of parameter is in the plug-in interface: one row for each kind.
 #pragma once
 
 #include "host/graph/builtin/frame.h"
@@ -8,8 +8,8 @@ namespace velm::host::builtin {
 struct KindFacts {
     int parmType;        // 0: not animated
     int inputType;       // 0: no input
-    const char *control; // and the type of its value on a panel
-    const char *value;
+    const char *control; // type of its control on a panel
+    const char *value;   // type of its value in a panel's description
 };
 
 constexpr KindFacts factsOf(Kind kind) {

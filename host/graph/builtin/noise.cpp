@@ -15,8 +15,8 @@ std::uint32_t hash(std::int64_t x, std::int64_t y, std::int64_t z) {
     return scramble(second + static_cast<std::uint32_t>(z));
 }
 
-// The dot product with one of the twelve directions (+-1, +-1, 0), (+-1, 0, +-1), (0, +-1, +-1), of which four come
-// twice, so that four bits choose.
+// The dot product with one of the twelve directions (+-1, +-1, 0), (+-1, 0, +-1), (0, +-1, +-1). Four of them occur
+// twice, so that four bits select one.
 double alongGradient(std::uint32_t bits, double x, double y, double z) {
     const std::uint32_t choice = bits & 15;
     const double u = choice < 8 ? x : y;
@@ -25,12 +25,12 @@ double alongGradient(std::uint32_t bits, double x, double y, double z) {
 }
 
 double fade(double t) { return t * t * t * (t * (t * 6 - 15) + 10); }
-double between(double t, double a, double b) { return a + t * (b - a); }
+double lerp(double t, double a, double b) { return a + t * (b - a); }
 
 } // namespace
 
 double gradientNoise(double x, double y, double z) {
-    constexpr double kLimit = 1e15; // beyond it a double has no fraction left that would matter
+    constexpr double kLimit = 1e15; // a larger double has almost no fraction left
     if (!(std::fabs(x) < kLimit && std::fabs(y) < kLimit && std::fabs(z) < kLimit)) return 0;
     const double floorX = std::floor(x), floorY = std::floor(y), floorZ = std::floor(z);
     const auto cellX = static_cast<std::int64_t>(floorX), cellY = static_cast<std::int64_t>(floorY),
@@ -44,11 +44,11 @@ double gradientNoise(double x, double y, double z) {
         for (int j = 0; j < 2; ++j) {
             const double left = alongGradient(hash(cellX, cellY + j, cellZ + k), inX, inY - j, inZ - k);
             const double right = alongGradient(hash(cellX + 1, cellY + j, cellZ + k), inX - 1, inY - j, inZ - k);
-            line[j] = between(u, left, right);
+            line[j] = lerp(u, left, right);
         }
-        plane[k] = between(v, line[0], line[1]);
+        plane[k] = lerp(v, line[0], line[1]);
     }
-    return between(w, plane[0], plane[1]);
+    return lerp(w, plane[0], plane[1]);
 }
 
 } // namespace velm::host

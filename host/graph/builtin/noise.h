@@ -3,10 +3,10 @@
 
 namespace velm::host {
 
-// Noise over space after K. Perlin, "Improving Noise", SIGGRAPH 2002: gradients towards the twelve edges of a cube,
-// blended by 6 t^5 - 15 t^4 + 10 t^3; the gradient of a lattice point is chosen by an integer hash instead of a table
-// of permutations, so that nothing repeats every 256 cells. Within -1.04 and 1.04, 0 at lattice points and where a
-// position is not finite, the same on every machine. [any thread]
+// Noise in space after K. Perlin, "Improving Noise", SIGGRAPH 2002: gradients towards the twelve edges of a cube,
+// blended by 6 t^5 - 15 t^4 + 10 t^3. An integer hash chooses the gradient of each lattice point, instead of a table of
+// permutations, so that the noise does not repeat every 256 cells. Returns a number from -1.04 to 1.04; 0 at lattice
+// points and where a position is not finite. The same on every machine. [any thread]
 double gradientNoise(double x, double y, double z);
 
 } // namespace velm::host

@@ -16,7 +16,7 @@ void add(std::vector<HostServer> &servers) {
     servers.push_back({HOST_CLASS_NODE_INTERFACE, definition.name, activateInterface, tags});
 }
 
-// The menu groups; a node is shown by its server's name.
+// The menu groups. There is no tag for a display name: nodes are shown by their server's name.
 constexpr HostTag kConstants[] = {{"Constants", kTagMenu}, {nullptr, 0}};
 constexpr HostTag kInfo[] = {{"Info", kTagMenu}, {nullptr, 0}};
 constexpr HostTag kMath[] = {{"Math", kTagMenu}, {nullptr, 0}};

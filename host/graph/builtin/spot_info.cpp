@@ -1,6 +1,6 @@
-// What is known of the place that is being shaded: positions and directions in metres and world space where nothing
-// else is said. The ray direction leads from the ray's source to the place. U and V are those of the named map, or of
-// the mesh's first one without a name; 0 where there is none.
+// The sample that is being shaded. Positions are in metres; positions and directions are in world space unless the
+// output's name says otherwise. "Ray Direction" points from the ray's source to the sample. "U" and "V" are on the map
+// that "UV Map" names, or on the mesh's first map when that is empty; 0 where there is no such map.
 #include "host/graph/builtin/definitions.h"
 
 #include <cmath>
@@ -28,12 +28,12 @@ enum {
 };
 
 std::array<double, 3> rayDirection(const ShadingSample &sample) {
-    std::array<double, 3> way{};
-    for (std::size_t i = 0; i < 3; ++i) way[i] = sample.position[i] - sample.raySource[i];
-    const double length = std::hypot(way[0], way[1], way[2]);
+    std::array<double, 3> direction{};
+    for (std::size_t i = 0; i < 3; ++i) direction[i] = sample.position[i] - sample.raySource[i];
+    const double length = std::hypot(direction[0], direction[1], direction[2]);
     if (length > 0)
-        for (double &component : way) component /= length;
-    return way;
+        for (double &component : direction) component /= length;
+    return direction;
 }
 
 double mapCoordinate(const Evaluation &evaluation, bool second) {

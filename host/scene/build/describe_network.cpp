@@ -38,7 +38,7 @@ class HiddenConnections {
         hide(network.root());
         for (const auto &node : network.nodes()) {
             hide(*node);
-            for (Network *inside : node->nested) hide(*inside);
+            for (Network *inside : node->nestedNetworks) hide(*inside);
         }
     }
     void hide(HostNode &node) {
@@ -96,9 +96,9 @@ class Describer {
         result.view = {.location = network.location(),
                        .zoom = zoomOf(network),
                        .disabled = network.state(),
-                       .root = look(network.root())};
+                       .root = network.root().look};
         for (const auto &input : network.root().inputs)
-            if (input->isKept) result.otherInputs.push_back(input->name);
+            if (input->isForeign) result.otherInputs.push_back(input->name);
         for (const auto &node : network.nodes()) addConnections(*node, node->name, result);
         addConnections(network.root(), rootName, result);
         for (const auto &node : network.nodes()) {
@@ -126,10 +126,6 @@ class Describer {
         return std::isfinite(zoom) ? shortest(zoom, 1) : NetworkView{}.zoom;
     }
 
-    static NodeLook look(const HostNode &node) {
-        return {.at = node.coordinates, .mode = node.mode, .preview = node.previewOutput, .comment = node.comment};
-    }
-
     void addConnections(const HostNode &node, const std::string &name, NetworkDescription &result) const {
         for (const auto &input : node.inputs)
             if (const HostOutput *source = connections_.sourceOf(*input))
@@ -144,15 +140,15 @@ class Describer {
         NodeDescription result;
         result.name = node.name;
         result.server = node.server->name();
-        result.look = look(node);
+        result.look = node.look;
         if (node.placeholder) {
             result.kind = node.server->displayName();
             result.data = savedData(node);
             return result;
         }
         result.settings = settings(node);
-        if (node.nested.size() != 1) return result;
-        NetworkDescription inside = network(*node.nested.front(), node.name);
+        if (node.nestedNetworks.size() != 1) return result;
+        NetworkDescription inside = network(*node.nestedNetworks.front(), node.name);
         const bool isEmpty = inside.nodes.empty() && inside.connections.empty() && inside.view == NetworkView{};
         if (!isEmpty) result.network.push_back(std::move(inside));
         return result;
@@ -175,7 +171,7 @@ DefaultSettings::DefaultSettings(const ServerList &servers) {
         note(node);
         network.destroyNode(node);
     }
-    note(Surface("Defaults").editor().root());
+    note(Surface("Defaults").network().root());
 }
 
 bool DefaultSettings::isDefault(const std::string &server, const SettingDescription &setting) const {
@@ -192,7 +188,7 @@ const SettingValue *DefaultSettings::ofSurface(const std::string &label) const {
 }
 
 SurfaceDescription describeSurface(Surface &surface, const DefaultSettings &defaults) {
-    Network &network = surface.editor();
+    Network &network = surface.network();
     const HiddenConnections connections(network);
     const Describer describer(defaults, connections);
     SurfaceDescription result;

@@ -12,13 +12,6 @@ namespace velm::host {
 
 namespace {
 
-void setLook(HostNode &node, const NodeLook &look) {
-    node.coordinates = look.at;
-    node.mode = look.mode;
-    node.previewOutput = look.preview;
-    node.comment = look.comment;
-}
-
 class PlaceholderWarnings {
   public:
     PlaceholderWarnings(const SurfaceDescription &surface, Warnings &warnings)
@@ -26,11 +19,11 @@ class PlaceholderWarnings {
 
     void addAll(const Network &network, const std::string &path) {
         for (const auto &input : network.root().inputs)
-            if (input->isKept) addInput(network, *input, path);
+            if (input->isForeign) addInput(network, *input, path);
         for (const auto &node : network.nodes()) {
             const std::string nodePath = pathTo(pathTo(path, "nodes"), node->name);
             if (node->placeholder) addNode(*node, nodePath);
-            for (const Network *inside : node->nested) addAll(*inside, pathTo(nodePath, "network"));
+            for (const Network *inside : node->nestedNetworks) addAll(*inside, pathTo(nodePath, "network"));
         }
     }
 
@@ -73,14 +66,14 @@ HostNode &makeDescribed(const NodeDescription &node, Network &network, ServerLis
                          : network.addPlaceholder(std::make_shared<Placeholder>(node.server, node.kind), node.name);
     if (!node.data.empty())
         loadSavedData(made, node.data, fmt::format("the data of the node {}", velm::host::quoted(node.name)));
-    setLook(made, node.look);
+    network.setLook(made, node.look);
     return made;
 }
 
 void setView(Network &network, const NetworkView &view) {
     network.setView(view.location, static_cast<float>(view.zoom));
     network.setState(view.disabled);
-    setLook(network.root(), view.root);
+    network.setLook(network.root(), view.root);
 }
 
 void connectDescribed(Network &network, const NetworkDescription &description,
@@ -102,12 +95,12 @@ void loadSaved(Surface &surface, const SurfaceDescription &description) {
         setting.location.file = saved.file;
         surface.setDefault(setting);
     }
-    surface.editor().root().savesData = false; // unless the network has data of the root
+    surface.network().root().savesData = false; // unless the network has data of the root
     if (!saved.block.empty()) loadNetwork(surface, saved.block, saved.file, saved.offset);
 }
 
 void warnOfPlaceholders(Surface &surface, const SurfaceDescription &description, Warnings &warnings) {
-    PlaceholderWarnings(description, warnings).addAll(surface.editor(), pathTo("surfaces", description.name));
+    PlaceholderWarnings(description, warnings).addAll(surface.network(), pathTo("surfaces", description.name));
 }
 
 } // namespace velm::host

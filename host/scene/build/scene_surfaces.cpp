@@ -165,14 +165,14 @@ class NetworkBuilder {
     // In scene files, the root of a network inside a node has the node's name, so it keeps that name until all nodes
     // are connected. Everywhere else it has the network's name.
     static Network &networkInside(HostNode &node, const SourceLocation &location) {
-        if (node.nested.empty())
+        if (node.nestedNetworks.empty())
             throw InputError(location, fmt::format("the node \"{}\" holds no network; its kind is \"{}\"", node.name,
                                                    node.server->name()));
-        if (node.nested.size() > 1)
+        if (node.nestedNetworks.size() > 1)
             throw InputError(location,
                              fmt::format("the node \"{}\" holds {} networks, and a scene file can describe only one",
-                                         node.name, node.nested.size()));
-        Network &inside = *node.nested.front();
+                                         node.name, node.nestedNetworks.size()));
+        Network &inside = *node.nestedNetworks.front();
         inside.clear(); // the nodes that came with the node's saved data
         inside.rename(inside.root(), node.name);
         return inside;
@@ -207,8 +207,8 @@ SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers,
                           .message = missing + "; the node goes without it"});
             continue;
         }
-        builder.noteSettings(description.settings, surface.editor().root(), path);
-        builder.makeNodes(description.network, surface.editor(), path);
+        builder.noteSettings(description.settings, surface.network().root(), path);
+        builder.makeNodes(description.network, surface.network(), path);
     }
     builder.setAndConnect(absentImages);
     for (std::size_t i = 0; i < scene.surfaces.size(); ++i)

@@ -77,9 +77,9 @@ std::vector<PackedSurface> packSurfaces(ObjectFile &object, const SceneDescripti
     std::vector<PackedSurface> result;
     for (const SurfaceDescription &description : scene.surfaces) {
         Surface &surface = *surfaces.surface(description.name);
-        HostNode &root = surface.editor().root();
+        HostNode &root = surface.network().root();
         const auto index = object.findSurface(description.name);
-        PackedSurface packed{.name = description.name, .nodes = surface.editor().nodes().size()};
+        PackedSurface packed{.name = description.name, .nodes = surface.network().nodes().size()};
         const bool hasKeys = std::ranges::any_of(description.settings, [](const SettingDescription &setting) {
             return std::holds_alternative<KeysDescription>(setting.value);
         });

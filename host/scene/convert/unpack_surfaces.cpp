@@ -18,7 +18,7 @@ void forEachNode(const Network &network, const std::string &path,
     for (const auto &node : network.nodes()) {
         const std::string nodePath = pathTo(path, node->name);
         act(*node, nodePath);
-        for (const Network *inside : node->nested) forEachNode(*inside, nodePath, act);
+        for (const Network *inside : node->nestedNetworks) forEachNode(*inside, nodePath, act);
     }
 }
 
@@ -26,7 +26,7 @@ void forEachNode(const Network &network, const std::string &path,
 std::map<std::string, std::string> dataOf(const SceneSurfaces &built, const std::vector<SurfaceDescription> &surfaces) {
     std::map<std::string, std::string> data;
     for (const SurfaceDescription &surface : surfaces)
-        forEachNode(built.surface(surface.name)->editor(), pathTo("", surface.name),
+        forEachNode(built.surface(surface.name)->network(), pathTo("", surface.name),
                     [&](const HostNode &node, const std::string &path) { data[path] = savedData(node); });
     return data;
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "host/base/error.h"
+#include "host/graph/node_look.h"
 #include "host/panel/setting.h"
 #include "host/services/backdrop_description.h"
 
@@ -18,16 +19,6 @@
 namespace velm::host {
 
 struct NetworkDescription;
-
-// How an editor shows a node. It does not influence what the node computes.
-struct NodeLook {
-    std::array<int, 2> at{0, 0}; // position in the editor, in the editor's units
-    int mode = 1;                // 1: the node is drawn open
-    std::string preview;         // name of the output that the editor previews; empty: none
-    std::string comment;
-
-    bool operator==(const NodeLook &) const = default;
-};
 
 struct NodeDescription {
     std::string name;   // unique in its network
