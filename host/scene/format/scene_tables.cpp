@@ -1,4 +1,5 @@
 // The tables of the scene as a whole, of its cameras, lights, backdrop, images and render settings.
+#include "host/base/limits.h"
 #include "host/scene/format/nested.h"
 #include "host/scene/format/surface_collection.h"
 #include "host/scene/format/tables.h"
@@ -9,8 +10,6 @@
 namespace velm::host {
 
 namespace {
-
-constexpr int kLargestSide = 32768, kMostSamples = 4096, kDeepestRecursion = 256, kLastFrameNumber = 999999;
 
 // ---- Render settings ----
 
@@ -34,7 +33,7 @@ constexpr Field<RenderDescription> kRenderFields[] = {
      .target = &RenderDescription::samples},
     {.key = "recursionDepth",
      .help = "Bounces that a ray may make.",
-     .form = wholeForm(0, kDeepestRecursion),
+     .form = wholeForm(0, kMaxRecursionDepth),
      .target = &RenderDescription::recursionDepth},
     {.key = "firstFrame",
      .help = "First frame of the animation.",
