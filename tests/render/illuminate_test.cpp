@@ -13,7 +13,7 @@ struct Light3 {
 };
 
 struct IlluminateTest : testing::Test {
-    void add(const char *name, Kind kind, const Triple &position, const Triple &target = {}) {
+    void add(const char *name, Kind kind, const Double3 &position, const Double3 &target = {}) {
         LightDescription light;
         light.name = name;
         light.kind = kind;

@@ -17,7 +17,7 @@ struct Seen {
 // A glass body whose top is y = 0, or a pane there, seen from a camera at `degrees` off the vertical, and a box of
 // 100 m about it all that notes what reaches it.
 struct GlassTest : testing::Test {
-    void look(const ShapeDescription &glass, const Triple &position, double index, double degrees) {
+    void look(const ShapeDescription &glass, const Double3 &position, double index, double degrees) {
         scene.surface("Glass", {{"Transparency", 1}, {"Refraction Index", index}});
         scene.surface("Box", {{"Luminosity", 1}});
         scene.probe("Box", "Color", [this](ShadingSample &sample, double *) {

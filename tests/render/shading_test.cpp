@@ -10,7 +10,7 @@ namespace {
 constexpr double kTolerance = 1e-6;
 using Kind = LightDescription::Kind;
 
-LightDescription light(Kind kind, const Triple &position, const Triple &target = {0, 0, 0}) {
+LightDescription light(Kind kind, const Double3 &position, const Double3 &target = {0, 0, 0}) {
     LightDescription description;
     description.name = "Light";
     description.kind = kind;
@@ -20,7 +20,7 @@ LightDescription light(Kind kind, const Triple &position, const Triple &target =
 }
 
 // A wall at the origin that faces the camera.
-TestScene wall(TestScene::Values values, const Triple &colour = {1, 1, 1}) {
+TestScene wall(TestScene::Values values, const Double3 &colour = {1, 1, 1}) {
     TestScene scene;
     scene.surface("Wall", values, colour);
     scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall").transform.rotation = {0, -90, 0};

@@ -1,6 +1,6 @@
 #include "tests/render/test_scene.h"
 
-#include "host/load/lookup.h"
+#include "host/services/services.h"
 
 #include <algorithm>
 

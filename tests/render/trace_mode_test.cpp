@@ -121,7 +121,7 @@ TEST(TraceMode, ShadowSamplesSaySo) {
 TEST(TraceMode, BackdropLooksAtNothingElse) {
     TestScene scene = panes();
     scene.scene.backdrop.kind = BackdropDescription::Kind::gradient;
-    const Triple sky = scene.scene.backdrop.sky, zenith = scene.scene.backdrop.zenith;
+    const Double3 sky = scene.scene.backdrop.sky, zenith = scene.scene.backdrop.zenith;
     probeAtOrigin(scene, [&](ShadingSample &sample, double *) {
         expectTraced(trace(sample, kTraceBackdrop), HOST_RAY_MISS, Vec3(sky), "ahead");
         expectTraced(trace(sample, kTraceBackdrop, {0, 9, 0}), HOST_RAY_MISS, Vec3(zenith), "up");
