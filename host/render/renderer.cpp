@@ -39,7 +39,6 @@ void checkJob(const RenderJob &job) {
     const auto require = [](bool holds, const std::string &what) {
         if (!holds) throw InputError(what);
     };
-    constexpr int kLargestSide = 65536;
     require(job.width >= 1 && job.height >= 1 && job.width <= kLargestSide && job.height <= kLargestSide,
             "a picture has to be 1 to " + std::to_string(kLargestSide) + " pixels wide and high");
     require(job.samples >= 1, "a pixel has to have at least 1 sample");
@@ -54,24 +53,24 @@ void checkJob(const RenderJob &job) {
                 std::to_string(job.height) + " pixels");
 }
 
-const RenderCamera &findCamera(const RenderSceneData &world, const std::string &name) {
-    if (world.cameras.empty()) throw InputError(SourceLocation{.file = world.sceneFile}, "the scene has no camera");
-    if (name.empty()) return world.cameras.front();
+const RenderCamera &findCamera(const RenderSceneData &scene, const std::string &name) {
+    if (scene.cameras.empty()) throw InputError(SourceLocation{.file = scene.sceneFile}, "the scene has no camera");
+    if (name.empty()) return scene.cameras.front();
     std::vector<std::string> names;
-    for (const RenderCamera &camera : world.cameras) {
+    for (const RenderCamera &camera : scene.cameras) {
         if (camera.item.name == name) return camera;
         names.push_back(camera.item.name);
     }
-    throw InputError(SourceLocation{.file = world.sceneFile},
+    throw InputError(SourceLocation{.file = scene.sceneFile},
                      "the scene has no camera \"" + name + "\"" + didYouMean(name, names));
 }
 
 // Whether nothing in the scene can let light through in this frame: no surface has anything connected to its
 // Transparency, and its own value, which is then the same everywhere, is 0.
-bool isOpaque(const RenderSceneData &world) {
-    return std::all_of(world.surfaces.begin(), world.surfaces.end(), [](const RenderSurface &each) {
+bool isOpaque(const RenderSceneData &scene) {
+    return std::all_of(scene.surfaces.begin(), scene.surfaces.end(), [](const RenderSurface &each) {
         const HostInput *input = each.surface->editor().root().findInput("Transparency");
-        if (input == nullptr || input->source != nullptr) return false;
+        if (!input || input->source) return false;
         ShadingSample nowhere{};
         return each.surface->evaluateTransparency(&nowhere) <= 0;
     });
@@ -80,14 +79,14 @@ bool isOpaque(const RenderSceneData &world) {
 // One frame under way: shared by the threads that render it and the one that waits for them.
 class FrameRender {
   public:
-    FrameRender(const RenderSceneData &world, const RenderJob &job)
-        : world_(world), job_(job), region_(regionOf(job)), cameraItem_(findCamera(world, job.camera)),
+    FrameRender(const RenderSceneData &scene, const RenderJob &job)
+        : scene_(scene), job_(job), region_(regionOf(job)), cameraItem_(findCamera(scene, job.camera)),
           camera_(cameraItem_.description, job.width, job.height), picture_(job.width, job.height),
-          allOpaque_(isOpaque(world)), columns_((region_.right - region_.left + kTileSize - 1) / kTileSize),
+          allOpaque_(isOpaque(scene)), columns_((region_.right - region_.left + kTileSize - 1) / kTileSize),
           rows_((region_.bottom - region_.top + kTileSize - 1) / kTileSize) {}
 
     void run(int threads, ProgressSink *sink) {
-        const SceneServices services(world_, job_, region_, threads, cameraItem_, camera_);
+        const SceneServices services(scene_, job_, region_, threads, cameraItem_, camera_);
         std::vector<std::jthread> workers; // joined also when the sink throws, after the tiles under way
         workers.reserve(static_cast<std::size_t>(threads));
         const CancelScope cancel{next_, tileCount()};
@@ -116,7 +115,7 @@ class FrameRender {
         constexpr std::chrono::milliseconds kRest{50};
         const auto allFinished = [this, threads] { return finishedThreads_ == threads; };
         std::unique_lock lock(mutex_);
-        for (int told = 0; sink != nullptr;) {
+        for (int told = 0; sink;) {
             tileAwaited_ = true;
             changed_.wait(lock, [&] { return done_ > told || allFinished(); });
             if (done_ == told) return;
@@ -158,9 +157,9 @@ class FrameRender {
 
     RayState initialState(int threadIndex) const {
         RayState state;
-        state.world = &world_;
-        state.rayScene = world_.acceleration->rayScene();
-        state.shadowScene = world_.acceleration->shadowScene();
+        state.scene = &scene_;
+        state.rayScene = scene_.acceleration->rayScene();
+        state.shadowScene = scene_.acceleration->shadowScene();
         rtcInitIntersectContext(&state.context);
         state.recursionDepth = job_.recursionDepth;
         state.allOpaque = allOpaque_;
@@ -193,26 +192,26 @@ class FrameRender {
             slot.step();
         }
         float *pixel = picture_.pixel(x, y);
-        const double share = 1.0 / job_.samples;
-        pixel[0] = static_cast<float>(share * sum.x);
-        pixel[1] = static_cast<float>(share * sum.y);
-        pixel[2] = static_cast<float>(share * sum.z);
-        pixel[3] = static_cast<float>(share * covered);
+        const double weight = 1.0 / job_.samples;
+        pixel[0] = static_cast<float>(weight * sum.x);
+        pixel[1] = static_cast<float>(weight * sum.y);
+        pixel[2] = static_cast<float>(weight * sum.z);
+        pixel[3] = static_cast<float>(weight * covered);
     }
 
     // Adds what a camera ray sees; true when that is an object.
     bool renderSample(RayState &state, const CameraRay &view, Vec3 &sum) const {
-        state.caster = {};
-        state.caster.item = &cameraItem_.item;
+        state.origin = {};
+        state.origin.item = &cameraItem_.item;
         state.spread = view.spread;
         ++state.counts.camera;
         RTCRayHit ray;
         Vec3 unit;
-        if (!startRay(state.caster, view.origin, view.direction, ray, unit) ||
-            !findHit(state, world_.acceleration->cameraScene(), ray, {})) {
+        if (!spawnRay(state.origin, view.origin, view.direction, ray, unit) ||
+            !findHit(state, scene_.acceleration->cameraScene(), ray, {})) {
             double colour[3];
             const double direction[3] = {view.direction.x, view.direction.y, view.direction.z};
-            world_.backdrop.evaluate(direction, colour);
+            scene_.backdrop.evaluate(direction, colour);
             sum += Vec3(colour);
             return false;
         }
@@ -223,7 +222,7 @@ class FrameRender {
         return true;
     }
 
-    const RenderSceneData &world_;
+    const RenderSceneData &scene_;
     const RenderJob &job_;
     const Region region_;
     const RenderCamera &cameraItem_;
@@ -249,12 +248,12 @@ int threadsFor(const RenderJob &job) {
 
 } // namespace
 
-Frame renderFrame(const RenderScene &world, const RenderJob &job, ProgressSink *sink) {
-    assert(world.data().acceleration && "the World is prepared first");
+Frame renderFrame(const RenderScene &scene, const RenderJob &job, ProgressSink *sink) {
+    assert(scene.data().acceleration && "the World is prepared first");
     checkJob(job);
     const auto begin = std::chrono::steady_clock::now();
     const RoleScope role(ThreadRole::controller);
-    FrameRender render(world.data(), job);
+    FrameRender render(scene.data(), job);
     const int threads = std::min(threadsFor(job), render.tileCount());
     render.run(threads, sink);
 
@@ -266,8 +265,8 @@ Frame renderFrame(const RenderScene &world, const RenderJob &job, ProgressSink *
                         .threads = threads,
                         .rays = render.rays(),
                         .samples = render.samples(),
-                        .triangles = world.triangleCount(),
-                        .accelerationBytes = world.accelerationBytes()};
+                        .triangles = scene.triangleCount(),
+                        .accelerationBytes = scene.accelerationBytes()};
     return frame;
 }
 

@@ -38,6 +38,6 @@ struct Frame {
 // caller. The picture does not depend on the number of threads, but for what nodes do with state of their own. `sink`
 // may be null. [controller thread] Throws InputError for a job that makes no sense: no such camera, a region outside
 // the picture.
-Frame renderFrame(const RenderScene &world, const RenderJob &job, ProgressSink *sink = nullptr);
+Frame renderFrame(const RenderScene &scene, const RenderJob &job, ProgressSink *sink = nullptr);
 
 } // namespace velm::host

@@ -28,7 +28,7 @@ TestScene smallScene() {
     area.position = {2, 3, -2};
     area.intensity = 10;
     area.samples = 4;
-    scene.scene.lights.push_back(area);
+    scene.description.lights.push_back(area);
     return scene;
 }
 
@@ -149,7 +149,7 @@ class NotingSink : public ProgressSink {
 TEST(RendererThreaded, TellsItsProgress) {
     TestScene scene = smallScene();
     NotingSink sink(1000);
-    const Frame frame = renderFrame(scene.world(), scene.job, &sink);
+    const Frame frame = renderFrame(scene.renderScene(), scene.job, &sink);
     EXPECT_TRUE(frame.complete);
     EXPECT_EQ(sink.totals, std::set<int>{12}); // 4 by 3 tiles
     ASSERT_FALSE(sink.told.empty());
@@ -186,7 +186,7 @@ TEST(RendererThreaded, CanBeCancelled) {
         while (sink.told == 0) std::this_thread::yield();
         sink.release();
     });
-    const Frame frame = renderFrame(scene.world(), scene.job, &sink);
+    const Frame frame = renderFrame(scene.renderScene(), scene.job, &sink);
     releaser.join();
     EXPECT_FALSE(frame.complete);
 }
@@ -197,7 +197,7 @@ TEST(RendererThreaded, SinkThatThrowsEndsTheRender) {
     };
     TestScene scene = smallScene();
     ThrowingSink sink;
-    EXPECT_THROW(renderFrame(scene.world(), scene.job, &sink), InputError);
+    EXPECT_THROW(renderFrame(scene.renderScene(), scene.job, &sink), InputError);
 }
 
 TEST(Renderer, CountsRaysByKind) {
@@ -214,7 +214,7 @@ TEST(Renderer, CountsRaysByKind) {
     scene.object("Wall", PlaneShape{.width = 4, .depth = 4}, "Wall").transform.rotation = {0, -90, 0};
     LightDescription sun;
     sun.position = {0, 0, -1};
-    scene.scene.lights.push_back(sun);
+    scene.description.lights.push_back(sun);
     const RenderStatistics statistics = scene.render().statistics;
     EXPECT_EQ(statistics.rays.camera, 1u);
     EXPECT_EQ(statistics.rays.cast, 2u);
@@ -228,11 +228,11 @@ TEST(Renderer, CountsRaysByKind) {
 
 TEST(Renderer, TellsNodesAboutTheScene) {
     TestScene scene;
-    scene.scene.name = "Test";
-    scene.scene.file = "test.json";
-    scene.scene.render.firstFrame = 3;
-    scene.scene.render.lastFrame = 9;
-    scene.scene.render.framesPerSecond = 25;
+    scene.description.name = "Test";
+    scene.description.file = "test.json";
+    scene.description.render.firstFrame = 3;
+    scene.description.render.lastFrame = 9;
+    scene.description.render.framesPerSecond = 25;
     scene.job.recursionDepth = 5;
     bool called = false;
     scene.surface("Wall", {{"Luminosity", 1}});
@@ -263,10 +263,10 @@ TEST(Renderer, TellsNodesAboutTheScene) {
 
 TEST(Renderer, TakesTheCameraByName) {
     TestScene scene;
-    CameraDescription other = scene.scene.cameras[0];
+    CameraDescription other = scene.description.cameras[0];
     other.name = "Other";
     other.rotation = {180, 0, 0};
-    scene.scene.cameras.push_back(other);
+    scene.description.cameras.push_back(other);
     scene.surface("Wall", {{"Luminosity", 1}}, {1, 0, 0});
     scene.object("Wall", BoxShape{}, "Wall");
     expectNear(scene.pixel(), {1, 0, 0}, kTolerance);
@@ -287,7 +287,7 @@ TEST(Renderer, RefusesJobsThatMakeNoSense) {
     const auto refused = [&](auto edit) {
         RenderJob job = good;
         edit(job);
-        EXPECT_THROW(renderFrame(scene.world(), job), InputError);
+        EXPECT_THROW(renderFrame(scene.renderScene(), job), InputError);
     };
     refused([](RenderJob &job) { job.width = 0; });
     refused([](RenderJob &job) { job.height = -1; });
@@ -300,7 +300,7 @@ TEST(Renderer, RefusesJobsThatMakeNoSense) {
     refused([](RenderJob &job) { job.region = {.left = 0, .top = 0, .right = 2, .bottom = 1}; });
     refused([](RenderJob &job) { job.region = {.left = 1, .top = 0, .right = 1, .bottom = 1}; });
     TestScene empty;
-    empty.scene.cameras.clear();
+    empty.description.cameras.clear();
     EXPECT_THROW(empty.render(), InputError);
 }
 

@@ -47,8 +47,8 @@ ServerClass &probeClass() {
 TestScene::TestScene() {
     CameraDescription camera;
     camera.name = "Camera";
-    scene.cameras.push_back(camera);
-    scene.backdrop.colour = {0.25, 0.5, 0.75};
+    description.cameras.push_back(camera);
+    description.backdrop.colour = {0.25, 0.5, 0.75};
     job.width = job.height = 1;
     job.threads = 1;
 }
@@ -61,9 +61,9 @@ SurfaceDescription &TestScene::surface(const std::string &name, Values values, c
     surface->init(kInitRender);
     surface->newTime(1, 0);
     surfaces_[name] = std::move(surface);
-    SurfaceDescription description;
-    description.name = name;
-    return scene.surfaces.emplace_back(description);
+    SurfaceDescription &described = description.surfaces.emplace_back();
+    described.name = name;
+    return described;
 }
 
 void TestScene::probe(const std::string &surface, const std::string &input, Probe probe) {
@@ -75,12 +75,12 @@ void TestScene::probe(const std::string &surface, const std::string &input, Prob
 
 ObjectDescription &TestScene::object(const std::string &name, const ShapeDescription &shape, const std::string &surface,
                                      const Double3 &position) {
-    ObjectDescription description;
-    description.name = name;
-    description.shape = shape;
-    description.transform.position = position;
-    description.surfaces.push_back({.material = "", .surface = surface, .location = {}});
-    return scene.objects.emplace_back(description);
+    ObjectDescription &object = description.objects.emplace_back();
+    object.name = name;
+    object.shape = shape;
+    object.transform.position = position;
+    object.surfaces.push_back({.material = "", .surface = surface, .location = {}});
+    return object;
 }
 
 Surface *TestScene::surfaceOf(const std::string &name) {
@@ -88,13 +88,14 @@ Surface *TestScene::surfaceOf(const std::string &name) {
     return found == surfaces_.end() ? nullptr : found->second.get();
 }
 
-RenderScene &TestScene::world() {
-    if (!world_)
-        world_ = std::make_unique<RenderScene>(scene, [this](const std::string &name) { return surfaceOf(name); });
-    return *world_;
+RenderScene &TestScene::renderScene() {
+    if (!renderScene_)
+        renderScene_ =
+            std::make_unique<RenderScene>(description, [this](const std::string &name) { return surfaceOf(name); });
+    return *renderScene_;
 }
 
-Frame TestScene::render() { return renderFrame(world(), job); }
+Frame TestScene::render() { return renderFrame(renderScene(), job); }
 
 Vec3 TestScene::pixel() {
     const Frame frame = render();
@@ -110,7 +111,7 @@ Vec3 probeAtOrigin(TestScene &scene, const Probe &probe) {
     SphereShape shape;
     shape.radius = 0.001;
     shape.segments = 8;
-    for (ObjectDescription &object : scene.scene.objects) object.seenByCamera = false;
+    for (ObjectDescription &object : scene.description.objects) object.seenByCamera = false;
     ObjectDescription &sphere = scene.object("Probe", shape, "Probe");
     sphere.seenByRays = sphere.castsShadows = false;
     return scene.pixel();

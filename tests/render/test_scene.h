@@ -29,7 +29,7 @@ class TestScene {
   public:
     TestScene();
 
-    SceneDescription scene;
+    SceneDescription description;
     RenderJob job;
 
     // Values of the root by name, "Color" as a triple. Surfaces start black and matt: no value but those given is above
@@ -43,15 +43,15 @@ class TestScene {
                               const Double3 &position = {});
 
     Surface *surfaceOf(const std::string &name); // null when there is none
-    RenderScene &world();                        // built at the first call
+    RenderScene &renderScene();                  // built at the first call
     Frame render();
     // The colour of a picture of one pixel.
     Vec3 pixel();
-    const HostItem *item(int type, const std::string &name) { return world().item(type, name); }
+    const HostItem *item(int type, const std::string &name) { return renderScene().item(type, name); }
 
   private:
     std::map<std::string, std::unique_ptr<Surface>> surfaces_;
-    std::unique_ptr<RenderScene> world_;
+    std::unique_ptr<RenderScene> renderScene_;
 };
 
 // Renders with a glowing surface "Probe" on a sphere of radius 0.001 at the origin, which is all that the camera sees

@@ -1,4 +1,4 @@
-// Meshes from files.
+// Reads meshes from files.
 #include "host/render/geometry/mesh.h"
 #include "host/render/geometry/mesh_builder.h"
 
@@ -21,10 +21,10 @@
 namespace velm::host {
 namespace {
 
-// For the further files that a mesh file names, such as those of its materials: they may be anything, too.
+// Opens the other files that a mesh file names, such as its materials. They must be readable regular files too.
 class RegularFiles final : public Assimp::DefaultIOSystem {
   public:
-    bool Exists(const char *file) const override { return !whyUnreadable(file); } // theirs opens the file
+    bool Exists(const char *file) const override { return !whyUnreadable(file); } // the base's opens it
     Assimp::IOStream *Open(const char *file, const char *mode) override {
         return whyUnreadable(file) ? nullptr : DefaultIOSystem::Open(file, mode);
     }
@@ -38,7 +38,7 @@ bool hasPolygons(const aiMesh &mesh) {
 // The name of a mesh's UV channel: the file's, or "UV", "UV 2" and so on.
 std::string uvNameOf(const aiMesh &mesh, unsigned channel) {
     const aiString *name = mesh.GetTextureCoordsName(channel);
-    if (name != nullptr && name->length > 0) return name->C_Str();
+    if (name && name->length > 0) return name->C_Str();
     return channel == 0 ? "UV" : "UV " + std::to_string(channel + 1);
 }
 
@@ -50,7 +50,7 @@ std::vector<unsigned> uvChannelsOf(const aiMesh &mesh) {
     return channels;
 }
 
-// A text file line by line, however its lines end.
+// A text file line by line, with any line ends.
 class Lines {
   public:
     explicit Lines(const std::string &file) : stream_(file, std::ios::binary) {}
@@ -95,7 +95,7 @@ void requireWholePly(const std::string &file) {
              std::to_string(found) + " are there");
 }
 
-// Takes the polygons of a read file over, one mesh of it after the other.
+// Turns assimp's scene of a file into one mesh.
 class FileMesh {
   public:
     FileMesh(const aiScene &scene, const Transform &transform, const std::string &file)
@@ -126,18 +126,18 @@ class FileMesh {
     }
 
     void addNode(const aiNode &node, const aiMatrix4x4 &parent) {
-        const aiMatrix4x4 place = parent * node.mTransformation;
-        for (unsigned i = 0; i < node.mNumMeshes; ++i) addMesh(*scene_.mMeshes[node.mMeshes[i]], place);
-        for (unsigned i = 0; i < node.mNumChildren; ++i) addNode(*node.mChildren[i], place);
+        const aiMatrix4x4 toFile = parent * node.mTransformation;
+        for (unsigned i = 0; i < node.mNumMeshes; ++i) addMesh(*scene_.mMeshes[node.mMeshes[i]], toFile);
+        for (unsigned i = 0; i < node.mNumChildren; ++i) addNode(*node.mChildren[i], toFile);
     }
 
-    void addMesh(const aiMesh &mesh, const aiMatrix4x4 &place) {
+    void addMesh(const aiMesh &mesh, const aiMatrix4x4 &toFile) {
         if (!hasPolygons(mesh)) return;
-        const std::vector<std::uint32_t> numbers = addVertices(mesh, place);
+        const std::vector<std::uint32_t> numbers = addVertices(mesh, toFile);
         const std::uint16_t material = builder_.addMaterial(materialName(mesh));
-        // Files are right-handed: taking them to left-handed axes turns every polygon round, and so does each further
-        // mirroring on its way.
-        const bool turn = !(transform_.mirrors() != (aiMatrix3x3(place).Determinant() < 0));
+        // Files have right-handed axes. The change to left-handed ones reverses every polygon, and so does each further
+        // mirroring transform.
+        const bool turn = !(transform_.mirrors() != (aiMatrix3x3(toFile).Determinant() < 0));
         std::vector<std::uint32_t> corners;
         for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
             const aiFace &face = mesh.mFaces[i];
@@ -154,24 +154,24 @@ class FileMesh {
         }
     }
 
-    std::vector<std::uint32_t> addVertices(const aiMesh &mesh, const aiMatrix4x4 &place) {
-        std::vector<std::size_t> target; // of each channel, its place among our maps
+    std::vector<std::uint32_t> addVertices(const aiMesh &mesh, const aiMatrix4x4 &toFile) {
+        std::vector<std::size_t> target; // by channel: the index of its map in uvNames_
         const std::vector<unsigned> channels = uvChannelsOf(mesh);
         for (const unsigned channel : channels) {
             const auto found = std::find(uvNames_.begin(), uvNames_.end(), uvNameOf(mesh, channel));
             target.push_back(static_cast<std::size_t>(found - uvNames_.begin()));
         }
-        const aiMatrix3x3 normalPlace = aiMatrix3x3(place).Inverse().Transpose();
+        const aiMatrix3x3 normalToParent = aiMatrix3x3(toFile).Inverse().Transpose();
         constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
         BuilderVertex vertex;
         std::vector<std::uint32_t> numbers;
         numbers.reserve(mesh.mNumVertices);
         for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
-            const aiVector3D point = place * mesh.mVertices[i];
+            const aiVector3D point = toFile * mesh.mVertices[i];
             vertex.position = transform_.pointToWorld({point.x, point.y, -point.z});
             if (hasNormals_) {
-                const aiVector3D normal = normalPlace * mesh.mNormals[i];
-                // A normal without a direction stays 0: there the polygon's own normal counts.
+                const aiVector3D normal = normalToParent * mesh.mNormals[i];
+                // A normal without a direction stays 0, and shading uses the polygon's own normal.
                 vertex.normal = normalised(transform_.normalToWorld({normal.x, normal.y, -normal.z}), {0, 0, 0});
             }
             vertex.uvs.assign(uvNames_.size(), {kNone, kNone});
@@ -205,12 +205,12 @@ Mesh readMesh(const std::string &file, const Transform &transform) {
     Assimp::Importer importer;
     importer.SetIOHandler(std::make_unique<RegularFiles>().release()); // which the importer owns
     const aiScene *scene = importer.ReadFile(file, 0);
-    if (scene == nullptr) {
+    if (!scene) {
         const std::string why = importer.GetErrorString();
         throw InputError({.file = file}, "cannot read the mesh: " +
                                              (why == "std::bad_alloc" ? "there is not enough memory for it" : why));
     }
-    if (scene->mRootNode == nullptr || scene->mNumMeshes == 0) {
+    if (!scene->mRootNode || scene->mNumMeshes == 0) {
         throw InputError({.file = file}, "the mesh has no polygons");
     }
     return FileMesh(*scene, transform, file).build();

@@ -14,7 +14,7 @@ Light::Light(const LightDescription &description, int index)
         throw InputError(description.location, "the light \"" + description.name + "\" " + why);
     };
     if (kind_ == LightDescription::Kind::point) return;
-    if (description.position == description.target) fail("stands on its own target");
+    if (description.position == description.target) fail("is at the same position as its target");
     const Matrix toWorld = lookAlong(Vec3(description.target) - position_);
     forward_ = toWorld * Vec3{0, 0, 1};
     if (kind_ != LightDescription::Kind::area) return;

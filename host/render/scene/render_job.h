@@ -1,13 +1,14 @@
-// What is to be rendered of a scene, and how.
+// What to render of a scene, and how.
 #pragma once
 
+#include "host/base/limits.h"
 #include "host/scene/format/description.h"
 
 #include <string>
 
 namespace velm::host {
 
-// A part of the picture: columns left to right - 1, rows top to bottom - 1. All zero stands for the whole picture.
+// A part of the picture: columns left to right - 1, rows top to bottom - 1. All zero: the whole picture.
 struct Region {
     int left = 0, top = 0, right = 0, bottom = 0;
 };
@@ -16,16 +17,14 @@ struct RenderJob {
     int width = 640, height = 360;
     Region region;
     int samples = 1;        // anti-aliasing samples of a pixel
-    int threads = 0;        // 1 to kMaxThreads; 0 stands for the machine's cores
+    int threads = 0;        // 1 to kMaxThreads; 0: one for each of the machine's cores
     int recursionDepth = 8; // bounces, 0 to kMaxRecursionDepth
     int frame = 1;
     double time = 0;    // seconds
-    std::string camera; // by name; the first one when empty
+    std::string camera; // name; empty: the first camera
 };
 
-constexpr int kMaxRecursionDepth = 256;
-
-// The scene's own settings, for its first frame.
+// A job with the scene's own settings, for its first frame.
 RenderJob renderJob(const RenderDescription &description);
 
 } // namespace velm::host

@@ -139,7 +139,7 @@ class SurfaceBuilder {
             const auto own = std::find_if(description.surfaces.begin(), description.surfaces.end(),
                                           [&](const SurfaceUse &use) { return use.material == material; });
             const SurfaceUse *use = own != description.surfaces.end() ? &*own : others;
-            if (use == nullptr) {
+            if (!use) {
                 throw InputError(material.empty() ? "it has no surface"
                                                   : "there is no surface for its mesh's material \"" + material + "\"");
             }
@@ -158,7 +158,7 @@ class SurfaceBuilder {
         const auto known = std::find(names_.begin(), names_.end(), name);
         if (known != names_.end()) return static_cast<std::uint16_t>(known - names_.begin());
         Surface *surface = surfaceOf_(name);
-        if (surface == nullptr) {
+        if (!surface) {
             std::vector<std::string> all;
             for (const SurfaceDescription &description : scene_.surfaces) all.push_back(description.name);
             throw InputError("there is no surface \"" + name + "\"" + didYouMean(name, all));
@@ -243,7 +243,7 @@ bool lookUpUvOf(const ShadingSample *sample, const char *mapName, double *u, dou
 RenderScene::RenderScene(const SceneDescription &scene) : data_(std::make_unique<RenderSceneData>()) {
     withinMemory([&] { ContentBuilder(scene, *data_).build(); });
     setUvProvider({.lookup = lookUpUvOf});
-    setCurrentScene({.world = data_.get(), .width = scene.render.width, .height = scene.render.height});
+    setCurrentScene({.scene = data_.get(), .width = scene.render.width, .height = scene.render.height});
 }
 
 void RenderScene::prepare(const SceneDescription &scene, const SurfaceLookup &surfaceOf) {
@@ -251,7 +251,7 @@ void RenderScene::prepare(const SceneDescription &scene, const SurfaceLookup &su
 }
 
 RenderScene::~RenderScene() {
-    if (currentScene().world == data_.get()) setCurrentScene({});
+    if (currentScene().scene == data_.get()) setCurrentScene({});
 }
 
 const HostItem *RenderScene::item(int type, const std::string &name) const {
@@ -278,10 +278,10 @@ std::size_t RenderScene::pointCount() const {
 std::size_t RenderScene::accelerationBytes() const { return data_->acceleration->bytes(); }
 
 bool sampleUv(const ShadingSample &sample, const char *mapName, double *u, double *v) {
-    if (sample.objectItem == nullptr || sample.polygon == nullptr || sample.objectItem->mesh == nullptr) return false;
+    if (!sample.objectItem || !sample.polygon || !sample.objectItem->mesh) return false;
     const Mesh &mesh = *sample.objectItem->mesh;
     const auto map = std::find_if(mesh.uvMaps.begin(), mesh.uvMaps.end(), [&](const UvMap &each) {
-        return mapName == nullptr || std::strcmp(each.name.c_str(), mapName) == 0;
+        return !mapName || std::strcmp(each.name.c_str(), mapName) == 0;
     });
     if (map == mesh.uvMaps.end()) return false;
     double sum[2] = {0, 0};

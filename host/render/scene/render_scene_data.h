@@ -1,4 +1,4 @@
-// What a World is made of, for the renderer's own files.
+// The contents of a RenderScene, for the renderer's own files.
 #pragma once
 
 #include "host/render/geometry/acceleration.h"
@@ -32,7 +32,7 @@ struct RenderObject {
     std::string file; // that the mesh was read from; empty for a shape of our own
     Mesh mesh;
     Transform transform;
-    std::vector<std::uint16_t> surfaces; // by the mesh's material, a number of WorldData::surfaces
+    std::vector<std::uint16_t> surfaces; // by the mesh's material: an index into RenderSceneData::surfaces
 };
 
 struct RenderCamera {
@@ -44,17 +44,17 @@ struct RenderSceneData {
     std::string sceneName, sceneFile;
     RenderDescription render;
     std::vector<RenderSurface> surfaces;
-    std::deque<RenderObject> objects; // a deque: its elements and the buffers in them stay where they are
+    std::deque<RenderObject> objects; // a deque never moves its elements
     std::deque<Light> lights;
     std::deque<RenderCamera> cameras;
     std::unordered_set<const HostItem *> items; // of all of these
-    std::vector<std::string> uvMapNames;        // of all meshes, each once, as they come
+    std::vector<std::string> uvMapNames;        // of all meshes, without duplicates, in order of appearance
     Backdrop backdrop;
-    Vec3 ambient; // light from everywhere
+    Vec3 ambient; // ambient light: intensity times colour
     bool hasSingleSided = false;
-    std::unique_ptr<Acceleration> acceleration; // over `objects`, in their order
+    std::unique_ptr<Acceleration> acceleration; // over `objects`, in the same order
 
-    // An item by its type and place; null beyond the last, and for bones.
+    // An item by its type and index; null beyond the last one, and for bones.
     const HostItem *item(int type, std::size_t index) const {
         const auto in = [index](const auto &things) { return index < things.size() ? &things[index].item : nullptr; };
         switch (type) {
