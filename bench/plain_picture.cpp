@@ -60,7 +60,7 @@ bool PlainTracer::trace(const Vec3 &origin, const Vec3 &direction, RTCRayHit &ra
 }
 
 Vec3 PlainTracer::normalAt(const RTCRayHit &ray) const {
-    const Mesh &mesh = scene.objects[ray.hit.geomID].mesh;
+    const Mesh &mesh = *scene.objects[ray.hit.geomID].mesh;
     Vec3 normal = normalised({ray.hit.Ng_x, ray.hit.Ng_y, ray.hit.Ng_z});
     if (!mesh.normals.empty()) {
         const double u = static_cast<double>(ray.hit.u), v = static_cast<double>(ray.hit.v);

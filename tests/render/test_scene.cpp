@@ -3,11 +3,12 @@
 #include "host/services/services.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace velm::host::test {
 namespace {
 
-// The node that runs probes. Its instance is one of these.
+// The instance of the node that runs probes.
 struct ProbeNode {
     Probe probe;
 };
@@ -89,9 +90,7 @@ Surface *TestScene::surfaceOf(const std::string &name) {
 }
 
 RenderScene &TestScene::renderScene() {
-    if (!renderScene_)
-        renderScene_ =
-            std::make_unique<RenderScene>(description, [this](const std::string &name) { return surfaceOf(name); });
+    if (!renderScene_) renderScene_ = std::make_unique<RenderScene>(description, lookup());
     return *renderScene_;
 }
 
@@ -101,6 +100,30 @@ Vec3 TestScene::pixel() {
     const Frame frame = render();
     const float *found = frame.picture.pixel(0, 0);
     return {found[0], found[1], found[2]};
+}
+
+TestScene litBall() {
+    TestScene scene;
+    scene.job.width = 50;
+    scene.job.height = 40;
+    scene.job.samples = 3;
+    scene.surface("Ball", {{"Diffuse", 0.8}, {"Reflection", 0.3}});
+    scene.object("Ball", SphereShape{}, "Ball");
+    scene.object("Floor", PlaneShape{.width = 10, .depth = 10}, "Ball", {0, -1, 0});
+    LightDescription area;
+    area.kind = LightDescription::Kind::area;
+    area.position = {2, 3, -2};
+    area.intensity = 10;
+    area.samples = 4;
+    scene.description.lights.push_back(area);
+    return scene;
+}
+
+bool samePixels(const Picture &a, const Picture &b, const Region &region) {
+    const auto width = static_cast<std::size_t>(region.right - region.left) * Picture::kChannels;
+    for (int y = region.top; y < region.bottom; ++y)
+        if (std::memcmp(a.pixel(region.left, y), b.pixel(region.left, y), width * sizeof(float)) != 0) return false;
+    return true;
 }
 
 Vec3 probeAtOrigin(TestScene &scene, const Probe &probe) {

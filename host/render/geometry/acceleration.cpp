@@ -50,6 +50,7 @@ void Acceleration::build(const std::vector<VisibleMesh> &meshes) {
     std::vector<RTCGeometry> geometries;
     std::vector<bool> camera, rays, shadows;
     for (const VisibleMesh &visible : meshes) {
+        meshes_.push_back(visible.mesh);
         geometries.push_back(makeGeometry(device_, *visible.mesh));
         camera.push_back(visible.seenByCamera);
         rays.push_back(visible.seenByRays);

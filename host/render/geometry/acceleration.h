@@ -7,20 +7,21 @@
 
 #include <atomic>
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace velm::host {
 
-// A mesh, and the kinds of rays that see it. Kinds of rays that see the same meshes share one Embree scene.
+// A mesh and the kinds of rays that see it. Kinds of rays that see the same meshes share one Embree scene.
 struct VisibleMesh {
-    const Mesh *mesh; // Embree reads its buffers, which must neither move nor change
+    std::shared_ptr<const Mesh> mesh; // must not change afterwards: Embree reads its buffers
     bool seenByCamera, seenByRays, castsShadows;
 };
 
 class Acceleration {
   public:
     // The geometry id of a mesh is its index in `meshes`. Throws MachineError when memory runs out or Embree does not
-    // start.
+    // start. Shares the ownership of the meshes. [interface thread]
     explicit Acceleration(const std::vector<VisibleMesh> &meshes);
     ~Acceleration();
     Acceleration(const Acceleration &) = delete;
@@ -38,6 +39,7 @@ class Acceleration {
     void requireNoError() const;
     void release();
 
+    std::vector<std::shared_ptr<const Mesh>> meshes_;
     RTCDevice device_ = nullptr;
     std::vector<RTCScene> owned_;
     RTCScene camera_ = nullptr, rays_ = nullptr, shadows_ = nullptr;

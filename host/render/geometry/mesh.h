@@ -36,8 +36,19 @@ struct Mesh {
     std::vector<UvMap> uvMaps;
     std::vector<std::uint32_t> polygonNumbers;  // by triangle; empty: every triangle is a polygon
     std::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
-    std::vector<std::string> materials;
-    std::uint32_t polygonCount = 0; // before polygons were cut into triangles
+    std::vector<std::string> materials;         // names
+    std::uint32_t polygonCount = 0;             // before polygons were cut into triangles
+
+    // What smoothNormals did: the angles that it computed `normals` with, and by vertex that it appended to `points`,
+    // the vertex that was split. Both are empty where it computed no normals.
+    std::vector<double> smoothingAngles;
+    std::vector<std::uint32_t> splitFrom;
+
+    // Reserves the memory that Embree reads beyond the last point: it reads 16 bytes at each. Copying a mesh loses it.
+    void padPoints() { points.reserve(points.size() + 1); }
+
+    // Whether the file or shape brought the normals.
+    bool hasOwnNormals() const { return !normals.empty() && smoothingAngles.empty(); }
 
     std::uint32_t polygonNumber(std::uint32_t triangle) const {
         return polygonNumbers.empty() ? triangle : polygonNumbers[triangle];
@@ -57,6 +68,11 @@ struct Mesh {
 // without polygons. [interface thread]
 Mesh readMesh(const std::string &file, const Transform &transform);
 
+// The mesh of an object's shape, in world space: one overload for each kind of shape. Throws as the overload.
+Mesh makeMesh(const ShapeDescription &shape, const Transform &transform);
+
+inline Mesh shapeMesh(const MeshFile &mesh, const Transform &transform) { return readMesh(mesh.file, transform); }
+
 // The meshes of shapes, with one material without a name, and a UV map "UV": on the plane u runs to +X and v to +Z; on
 // each side of the box and on the sphere u runs to the right and v up, as seen from outside, and the middle of the
 // sphere's map is at -Z. Throws InputError (without a source location) for sizes that are not above 0 and for fewer
@@ -65,12 +81,13 @@ Mesh shapeMesh(const PlaneShape &shape, const Transform &transform);
 Mesh shapeMesh(const BoxShape &shape, const Transform &transform);
 Mesh shapeMesh(const SphereShape &shape, const Transform &transform);
 
-// Computes the normals of a mesh that has none. The normal of a corner is the mean of the normals of the triangles
-// around it that have the same material and are inclined to the corner's own triangle by at most the material's
-// smoothing angle, weighted by their angles at the corner (Thürmer and Wüthrich, "Computing Vertex Normals from
-// Polygonal Facets", 1998). Vertices at equal positions count as one. A vertex whose corners get different normals is
-// split. `smoothingAngles` are in degrees, by material; corners of materials with an angle of 0 get arbitrary normals.
-// [any thread]
+// Computes the normals of a mesh that has none of its own, or computes them again for other angles. The normal of a
+// corner is the mean of the normals of the triangles around it that have the same material and are inclined to the
+// corner's own triangle by at most the material's smoothing angle, weighted by their angles at the corner (Thürmer and
+// Wüthrich, "Computing Vertex Normals from Polygonal Facets", 1998). Vertices at equal positions count as one. A vertex
+// whose corners get different normals is split. `smoothingAngles` are in degrees, by material; corners of materials
+// with an angle of 0 get arbitrary normals. Without any angle above 0, the mesh gets no normals and loses those
+// computed before. The result does not depend on earlier calls. [any thread]
 void smoothNormals(Mesh &mesh, const std::vector<double> &smoothingAngles);
 
 } // namespace velm::host

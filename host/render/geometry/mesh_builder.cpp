@@ -156,8 +156,8 @@ Mesh MeshBuilder::finish() {
     const auto isOwnNumber = [&number](std::uint32_t polygon) { return polygon == number++; };
     if (std::all_of(mesh_.polygonNumbers.begin(), mesh_.polygonNumbers.end(), isOwnNumber)) mesh_.polygonNumbers = {};
     if (mesh_.materials.size() < 2) mesh_.materialNumbers = {};
-    trim(mesh_.points, 1); // Embree reads 16 bytes at the last vertex
-    mesh_.points.reserve(mesh_.points.size() + 1);
+    trim(mesh_.points, 1);
+    mesh_.padPoints();
     trim(mesh_.triangles);
     trim(mesh_.normals);
     for (UvMap &map : mesh_.uvMaps) trim(map.values);

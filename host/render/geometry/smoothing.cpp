@@ -151,6 +151,7 @@ class CornerSmoother {
 
     std::uint32_t duplicate(std::uint32_t vertex) {
         const auto number = static_cast<std::uint32_t>(mesh_.points.size());
+        mesh_.splitFrom.push_back(vertex);
         mesh_.points.push_back(HostPoint(mesh_.points[vertex]));
         mesh_.normals.emplace_back();
         for (UvMap &map : mesh_.uvMaps) map.values.push_back(std::array<float, 2>(map.values[vertex]));
@@ -163,9 +164,27 @@ class CornerSmoother {
     std::vector<Variant> variants_;
 };
 
+// Undoes smoothNormals: joins split vertices again and drops the normals.
+void removeNormals(Mesh &mesh) {
+    const std::size_t count = mesh.points.size() - mesh.splitFrom.size();
+    for (HostPolygon &triangle : mesh.triangles) {
+        for (std::uint32_t &corner : triangle.corners)
+            if (corner >= count) corner = mesh.splitFrom[corner - count];
+    }
+    mesh.points.resize(count);
+    mesh.padPoints();
+    for (UvMap &map : mesh.uvMaps) map.values.resize(count);
+    mesh.normals = {};
+    mesh.splitFrom = {};
+    mesh.smoothingAngles = {};
+}
+
 } // namespace
 
 void smoothNormals(Mesh &mesh, const std::vector<double> &smoothingAngles) {
+    if (!mesh.smoothingAngles.empty()) removeNormals(mesh);
+    if (std::none_of(smoothingAngles.begin(), smoothingAngles.end(), [](double angle) { return angle > 0; })) return;
+    mesh.smoothingAngles = smoothingAngles;
     const std::vector<std::uint32_t> group = groupByPosition(mesh);
     const CornerLists lists = cornersByGroup(mesh, group);
     mesh.normals.resize(mesh.points.size());
@@ -174,7 +193,7 @@ void smoothNormals(Mesh &mesh, const std::vector<double> &smoothingAngles) {
         const std::size_t begin = lists.starts[i], end = lists.starts[i + 1];
         if (begin != end) smoother.smooth(lists.corners.data() + begin, lists.corners.data() + end);
     }
-    mesh.points.reserve(mesh.points.size() + 1); // Embree reads 16 bytes at the last vertex
+    mesh.padPoints();
 }
 
 } // namespace velm::host

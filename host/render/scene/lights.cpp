@@ -6,10 +6,9 @@
 
 namespace velm::host {
 
-Light::Light(const LightDescription &description, int index)
-    : item{.type = kItemLight, .index = index, .name = description.name}, kind_(description.kind),
-      position_(description.position), colour_(description.intensity * Vec3(description.colour)),
-      shadows_(description.shadows) {
+Light::Light(const LightDescription &description)
+    : kind_(description.kind), position_(description.position),
+      colour_(description.intensity * Vec3(description.colour)), shadows_(description.shadows) {
     const auto fail = [&](const char *why) {
         throw InputError(description.location, "the light \"" + description.name + "\" " + why);
     };

@@ -1,7 +1,6 @@
 // Lights, without shadows.
 #pragma once
 
-#include "host/render/geometry/item.h"
 #include "host/render/geometry/sampling.h"
 #include "host/render/geometry/transform.h"
 #include "host/scene/format/description.h"
@@ -19,9 +18,8 @@ class Light {
   public:
     // Throws InputError, with the description's location, for an area light of negative size or with fewer than 1
     // sample, and for a distant or area light at the same position as its target.
-    Light(const LightDescription &description, int index);
+    explicit Light(const LightDescription &description);
 
-    HostItem item; // kItemLight
     bool castsShadows() const { return shadows_; }
     // Samples to take for each lit position: more than 1 for area lights only.
     int sampleCount() const { return samples_; }

@@ -22,7 +22,14 @@ struct RenderJob {
     int frame = 1;
     double time = 0;    // seconds
     std::string camera; // name; empty: the first camera
+    int niceness = 0;   // of the render threads, 0 to 19, on top of the process's own
 };
+
+// Throws InputError for a job that makes no sense, such as a region outside of the picture.
+void checkJob(const RenderJob &job);
+
+// The region that a job renders, never empty for a job that passed checkJob.
+Region regionOf(const RenderJob &job);
 
 // A job with the scene's own settings, for its first frame.
 RenderJob renderJob(const RenderDescription &description);

@@ -5,6 +5,7 @@
 #include "host/render/services/scene_services.h"
 
 #include <algorithm>
+#include <variant>
 
 namespace velm::host {
 namespace {
@@ -34,7 +35,9 @@ int objectCount() {
 const char *fileName(int object) {
     assertInterface();
     const RenderObject *found = objectAt(object);
-    return found ? found->file.c_str() : nullptr;
+    if (!found) return nullptr;
+    const auto *mesh = std::get_if<MeshFile>(&found->shape);
+    return mesh ? mesh->file.c_str() : "";
 }
 
 int layerCount(int object) {
@@ -53,7 +56,7 @@ HostMesh *layerMesh(int object, int layer) {
     assertInterface();
     const RenderObject *found = layerAt(object, layer);
     // An opaque handle; nobody writes through it.
-    return found ? reinterpret_cast<HostMesh *>(const_cast<Mesh *>(&found->mesh)) : nullptr;
+    return found ? reinterpret_cast<HostMesh *>(found->mesh.get()) : nullptr;
 }
 
 int vertexMapCount(int type) {

@@ -14,8 +14,8 @@ HostItem *renderCamera(double) { return renderingCamera; }
 HostSceneInfo factsOf(const RenderSceneData &scene, const RenderJob &job, const Region &region, int threads) {
     std::size_t points = 0, polygons = 0;
     for (const RenderObject &object : scene.objects) {
-        points += object.mesh.points.size();
-        polygons += object.mesh.polygonCount;
+        points += object.mesh->points.size();
+        polygons += object.mesh->polygonCount;
     }
     const RenderDescription &render = scene.render;
     return {.name = scene.sceneName.c_str(),
@@ -58,8 +58,7 @@ SceneServices::SceneServices(const RenderSceneData &scene, const RenderJob &job,
                              const RenderCamera &cameraItem, const Camera &camera)
     : previousScene_(setCurrentScene({.scene = &scene, .width = job.width, .height = job.height})),
       previousFacts_(*sceneInfo()), previousView_(cameraView()) {
-    // Handles are opaque; nobody writes through them.
-    renderingCamera = const_cast<HostItem *>(&cameraItem.item);
+    renderingCamera = cameraItem.item;
     setSceneInfo(factsOf(scene, job, region, threads));
     setCameraView(camera.view());
     setBackdrop(&scene.backdrop);

@@ -40,13 +40,13 @@ Vec3 smoothNormal(const Mesh &mesh, std::uint32_t triangle, const Corners &corne
     return normalised(sum, flat);
 }
 
-void fillPolygon(const RenderObject &object, std::uint32_t triangle, const Corners &corners, ShadingSample &sample) {
-    const HostPolygon &polygon = object.mesh.triangles[triangle];
-    sample.polygonNumber = static_cast<int>(object.mesh.polygonNumber(triangle));
+void fillPolygon(const Mesh &mesh, std::uint32_t triangle, const Corners &corners, ShadingSample &sample) {
+    const HostPolygon &polygon = mesh.triangles[triangle];
+    sample.polygonNumber = static_cast<int>(mesh.polygonNumber(triangle));
     // The sample's handles are opaque; nobody writes through them.
     sample.polygon = const_cast<HostPolygon *>(&polygon);
     for (int k = 0; k < 3; ++k) {
-        const HostPoint &point = object.mesh.points[polygon.corners[k]];
+        const HostPoint &point = mesh.points[polygon.corners[k]];
         sample.vertices[k] = const_cast<HostPoint *>(&point);
         sample.vertexWeights[k] = static_cast<float>(corners.weight[k]);
         std::copy_n(point.position, 3, sample.vertexPositions[k]);
@@ -61,14 +61,15 @@ void fillPolygon(const RenderObject &object, std::uint32_t triangle, const Corne
 void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &incoming, ShadingSample &sample,
                 RayOrigin &origin) {
     const RenderObject &object = state.scene->objects[ray.hit.geomID];
+    const Mesh &mesh = *object.mesh;
     const std::uint32_t triangle = ray.hit.primID;
     const RenderSurface &surface = state.scene->surfaceOf(ray.hit.geomID, triangle);
-    const Corners corners(object.mesh, ray.hit);
+    const Corners corners(mesh, ray.hit);
     const Vec3 position = corners.point(), front = corners.normal();
     const Vec3 source{ray.ray.org_x, ray.ray.org_y, ray.ray.org_z};
     const bool back = dot(front, incoming.direction) > 0;
-    const bool isSmooth = !object.mesh.normals.empty() && !surface.flat();
-    const Vec3 smooth = isSmooth ? smoothNormal(object.mesh, triangle, corners, front) : front;
+    const bool isSmooth = !mesh.normals.empty() && !surface.flat();
+    const Vec3 smooth = isSmooth ? smoothNormal(mesh, triangle, corners, front) : front;
     // Normals point to the side that the ray came from: a back side is shaded like a front.
     const Vec3 geometric = back ? -front : front, shading = back ? -smooth : smooth;
 
@@ -89,13 +90,13 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
     setRayFunctions(sample);
     sample.rayDepth = state.origin.depth + 1;
     sample.sourceItem = const_cast<HostItem *>(state.origin.item);
-    sample.objectItem = const_cast<HostItem *>(&object.item);
-    fillPolygon(object, triangle, corners, sample);
+    sample.objectItem = object.item;
+    fillPolygon(mesh, triangle, corners, sample);
     sample.refractionIndex = incoming.refractionIndex;
     sample.threadIndex = state.threadIndex;
     sample.rayFlags = incoming.flags | (back ? kRayBackSide : 0) | (surface.doubleSided ? kRayDoubleSided : 0);
 
-    const std::vector<std::uint32_t> &numbers = object.mesh.polygonNumbers;
+    const std::vector<std::uint32_t> &numbers = mesh.polygonNumbers;
     const double margin = kMarginFactor * (largest(position) + corners.extent(position));
     constexpr double kNever = std::numeric_limits<double>::quiet_NaN();
     origin = {.position = position,
@@ -105,13 +106,13 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
               .front = rounded(position + margin * geometric),
               .back = rounded(position - margin * geometric),
               .object = ray.hit.geomID,
-              .polygon = object.mesh.polygonNumber(triangle),
+              .polygon = mesh.polygonNumber(triangle),
               .polygonNumbers = numbers.empty() ? nullptr : numbers.data(),
               .depth = sample.rayDepth,
               .sampled = (incoming.flags & kRaySampled) != 0,
               .refractionIndex = incoming.refractionIndex,
               .spotSize = sample.spotSize,
-              .item = &object.item};
+              .item = object.item};
 }
 
 } // namespace velm::host

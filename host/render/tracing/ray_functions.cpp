@@ -148,7 +148,9 @@ int illuminateBy(const HostItem *item, const double position[3], double directio
     std::fill_n(direction, 3, 0.0);
     std::fill_n(colour, 3, 0.0);
     if (!item || item->type != kItemLight) return 0;
-    const Light &light = state.scene->lights[static_cast<std::size_t>(item->index)];
+    const auto index = static_cast<std::size_t>(item->index);
+    if (index >= state.scene->lights.size()) return 0; // no longer in the scene
+    const Light &light = state.scene->lights[index].light;
     Vec3 sum, mean;
     int arrived = 0;
     gatherLight(state, light, Vec3(position), nullptr, onePoint ? 1 : light.sampleCount(),

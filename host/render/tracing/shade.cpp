@@ -18,7 +18,8 @@ ReceivedLight receiveLight(RayState &state, const SurfaceValues &values, const V
     ReceivedLight received;
     if (!(values.diffuse > 0) && !shines) return received;
     const double exponent = shines ? std::exp2(10 * values.glossiness + 2) : 0;
-    for (const Light &light : state.scene->lights) {
+    for (const RenderLight &each : state.scene->lights) {
+        const Light &light = each.light;
         gatherLight(state, light, position, &normal, light.sampleCount(), [&](const Vec3 &toLight, const Vec3 &colour) {
             received.diffuse += dot(normal, toLight) * colour;
             if (!shines) return;

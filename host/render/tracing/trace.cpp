@@ -9,7 +9,7 @@ namespace velm::host {
 
 bool isOpenBack(const RenderSceneData &scene, const RTCRayHit &ray) {
     if (scene.surfaceOf(ray.hit.geomID, ray.hit.primID).doubleSided) return false;
-    const Mesh &mesh = scene.objects[ray.hit.geomID].mesh;
+    const Mesh &mesh = *scene.objects[ray.hit.geomID].mesh;
     const Vec3 corner = mesh.corner(ray.hit.primID, 0);
     const Vec3 front = cross(mesh.corner(ray.hit.primID, 1) - corner, mesh.corner(ray.hit.primID, 2) - corner);
     return dot(front, {ray.ray.dir_x, ray.ray.dir_y, ray.ray.dir_z}) > 0;

@@ -83,21 +83,31 @@ struct TransformDescription {
     Double3 position{};
     Double3 rotation{}; // heading, pitch, bank
     Double3 scale{1, 1, 1};
+
+    bool operator==(const TransformDescription &) const = default;
 };
 
 struct MeshFile {
     std::string file; // relative paths are already resolved against the scene file
+
+    bool operator==(const MeshFile &) const = default;
 };
 struct PlaneShape { // horizontal, facing +Y, centred on the origin
     double width = 1, depth = 1;
+
+    bool operator==(const PlaneShape &) const = default;
 };
 struct BoxShape { // centred on the origin
     Double3 size{1, 1, 1};
     bool inward = false; // polygons face the inside
+
+    bool operator==(const BoxShape &) const = default;
 };
 struct SphereShape {
     double radius = 1;
     int segments = 64;
+
+    bool operator==(const SphereShape &) const = default;
 };
 using ShapeDescription = std::variant<MeshFile, PlaneShape, BoxShape, SphereShape>;
 
