@@ -1,4 +1,4 @@
-// Ambient occlusion by hand, as one would write it without a node about it.
+// Ambient occlusion as a plain loop.
 #include "bench/plain_picture.h"
 
 #include <cmath>
@@ -10,7 +10,7 @@ namespace {
 constexpr int kSamples = 27, kRings = 3, kPerRing = 9;
 constexpr double kCone = std::numbers::pi / 2, kJitter = std::numbers::pi / 9, kMax = 5;
 
-// The turn of directions about +X onto a normal.
+// The rotation that takes +X to a normal.
 struct Turn {
     double cosHeading, sinHeading, cosPitch, sinPitch;
 
@@ -31,7 +31,7 @@ template <bool polar, bool colours>
 Vec3 shade(PlainTracer &tracer, const PlainHit &hit) {
     const Vec3 normal = tracer.normalAt(hit.ray);
     const Turn turn(normal);
-    const Vec3 origin = hit.place + 16.0 / 16777216.0 * (largest(hit.place) + 1) * normal;
+    const Vec3 origin = hit.position + 16.0 / 16777216.0 * (largest(hit.position) + 1) * normal;
     double closed = 0;
     Vec3 seen;
     const auto send = [&](const Vec3 &direction) {
@@ -45,7 +45,7 @@ Vec3 shade(PlainTracer &tracer, const PlainHit &hit) {
         if constexpr (colours) {
             const double towards[3] = {direction.x, direction.y, direction.z};
             double colour[3];
-            tracer.world.backdrop.evaluate(towards, colour);
+            tracer.scene.backdrop.evaluate(towards, colour);
             seen += (1 - weight) * Vec3(colour);
         }
     };

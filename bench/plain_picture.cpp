@@ -27,15 +27,15 @@ Vec3 pixel(PlainTracer &tracer, const Camera &camera, const RenderJob &job, cons
         const CameraRay view = camera.ray(x + point.x, y + point.y);
         RTCRayHit ray;
         if (!tracer.trace(view.origin, view.direction, ray)) continue;
-        const Vec3 place = view.origin + static_cast<double>(ray.ray.tfar) * view.direction;
-        sum += shader(tracer, {.ray = ray, .place = place, .view = view.direction});
+        const Vec3 position = view.origin + static_cast<double>(ray.ray.tfar) * view.direction;
+        sum += shader(tracer, {.ray = ray, .position = position, .view = view.direction});
     }
     return 1.0 / job.samples * sum;
 }
 
 } // namespace
 
-PlainTracer::PlainTracer(const RenderSceneData &worldData, uint32_t seed) : world(worldData), twister(seed) {
+PlainTracer::PlainTracer(const RenderSceneData &sceneData, uint32_t seed) : scene(sceneData), twister(seed) {
     rtcInitIntersectContext(&context);
 }
 
@@ -55,12 +55,12 @@ bool PlainTracer::trace(const Vec3 &origin, const Vec3 &direction, RTCRayHit &ra
     ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
     ray.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
     ++rays;
-    rtcIntersect1(world.acceleration->rayScene(), &context, &ray);
+    rtcIntersect1(scene.acceleration->rayScene(), &context, &ray);
     return ray.hit.geomID != RTC_INVALID_GEOMETRY_ID;
 }
 
 Vec3 PlainTracer::normalAt(const RTCRayHit &ray) const {
-    const Mesh &mesh = world.objects[ray.hit.geomID].mesh;
+    const Mesh &mesh = *scene.objects[ray.hit.geomID].mesh;
     Vec3 normal = normalised({ray.hit.Ng_x, ray.hit.Ng_y, ray.hit.Ng_z});
     if (!mesh.normals.empty()) {
         const double u = static_cast<double>(ray.hit.u), v = static_cast<double>(ray.hit.v);
@@ -75,8 +75,8 @@ Vec3 PlainTracer::normalAt(const RTCRayHit &ray) const {
     return dot(normal, {ray.ray.dir_x, ray.ray.dir_y, ray.ray.dir_z}) > 0 ? -normal : normal;
 }
 
-PlainPicture renderPlain(const RenderScene &world, const RenderJob &job, int threads, const PlainShader &shader) {
-    const Camera camera(world.data().cameras.front().description, job.width, job.height);
+PlainPicture renderPlain(const RenderScene &scene, const RenderJob &job, int threads, const PlainShader &shader) {
+    const Camera camera(scene.data().cameras.front().description, job.width, job.height);
     const int columns = (job.width + kTileSize - 1) / kTileSize, rows = (job.height + kTileSize - 1) / kTileSize;
     PlainPicture result;
     std::vector<Vec3> pixels(static_cast<size_t>(job.width) * static_cast<size_t>(job.height));
@@ -85,7 +85,7 @@ PlainPicture renderPlain(const RenderScene &world, const RenderJob &job, int thr
     const auto work = [&](int thread) {
         _MM_SET_FLUSH_ZERO_MODE(_MM_FLUSH_ZERO_ON);
         _MM_SET_DENORMALS_ZERO_MODE(_MM_DENORMALS_ZERO_ON);
-        PlainTracer tracer(world.data(), static_cast<uint32_t>(3 + thread));
+        PlainTracer tracer(scene.data(), static_cast<uint32_t>(3 + thread));
         for (int tile = next++; tile < columns * rows; tile = next++) {
             const int left = tile % columns * kTileSize, top = tile / columns * kTileSize;
             for (int y = top; y < std::min(top + kTileSize, job.height); ++y)

@@ -1,4 +1,4 @@
-// Glossy reflections by hand, with an environment image that OpenImageIO looks up.
+// Glossy reflections as a plain loop, with an environment image that OpenImageIO looks up.
 #include "bench/plain_picture.h"
 #include "host/image/image.h"
 
@@ -30,7 +30,7 @@ PlainShader plainReflections(double blur, const std::string &file) {
         throw std::runtime_error("cannot read the environment image " + file);
     return [blur, image](PlainTracer &tracer, const PlainHit &hit) {
         const Vec3 normal = tracer.normalAt(hit.ray);
-        const Vec3 origin = hit.place + 16.0 / 16777216.0 * (largest(hit.place) + 1) * normal;
+        const Vec3 origin = hit.position + 16.0 / 16777216.0 * (largest(hit.position) + 1) * normal;
         Vec3 sum;
         for (int i = 0; i < kRays; ++i) {
             const double x = tracer.twister.noise(), y = tracer.twister.noise(), z = tracer.twister.noise();

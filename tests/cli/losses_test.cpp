@@ -248,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "cannot read the mesh"},
         MeshCase{"CutOffInTheVertices",
                  [](const std::string &file) { writeText(file, std::string(kHeader) + "end_header\n0 0 0\n1 0 0\n"); },
-                 "of 5 lines behind its header, 2 are there"}),
+                 "of 5 lines after its header, 2 are there"}),
     [](const auto &row) { return row.param.name; });
 
 } // namespace

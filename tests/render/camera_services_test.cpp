@@ -35,17 +35,17 @@ HostCameraRay rayAt(const Evaluator &evaluator, double x, double y) {
 class CameraServices : public testing::Test {
   protected:
     CameraServices() {
-        scene_.scene.render.width = 400;
-        scene_.scene.render.height = 300;
-        scene_.scene.render.framesPerSecond = 25;
-        scene_.scene.cameras[0].position = {1, 2, 3};
-        scene_.scene.cameras[0].fieldOfView = 90;
-        scene_.scene.cameras.push_back(
+        scene_.description.render.width = 400;
+        scene_.description.render.height = 300;
+        scene_.description.render.framesPerSecond = 25;
+        scene_.description.cameras[0].position = {1, 2, 3};
+        scene_.description.cameras[0].fieldOfView = 90;
+        scene_.description.cameras.push_back(
             {.name = "Turned", .position = {-4, 5, 6}, .rotation = {30, -40, 50}, .fieldOfView = 65, .location = {}});
-        scene_.world();
+        scene_.renderScene();
     }
     HostItem *camera(const std::string &name) { return const_cast<HostItem *>(scene_.item(kItemCamera, name)); }
-    const CameraDescription &description(std::size_t index) { return scene_.scene.cameras[index]; }
+    const CameraDescription &description(std::size_t index) { return scene_.description.cameras[index]; }
     TestScene scene_;
 };
 
@@ -201,10 +201,10 @@ TEST_F(CameraServices, WhatIsNoCameraGivesNoRays) {
     TestScene other;
     other.surface("Grey");
     other.object("Box", BoxShape{}, "Grey");
-    other.scene.lights.emplace_back().name = "Sun";
-    other.scene.lights.back().position = {0, 1, 0};
+    other.description.lights.emplace_back().name = "Sun";
+    other.description.lights.back().position = {0, 1, 0};
     HostItem *const foreign = camera("Camera");
-    other.world();
+    other.renderScene();
     HostItem *const box = const_cast<HostItem *>(other.item(kItemObject, "Box"));
     HostItem *const sun = const_cast<HostItem *>(other.item(kItemLight, "Sun"));
     for (HostItem *item : {static_cast<HostItem *>(nullptr), box, sun, foreign}) {
@@ -224,11 +224,11 @@ TEST_F(CameraServices, WhatIsNoCameraGivesNoRays) {
 TEST_F(CameraServices, ACameraThatMakesNoSenseGivesNoRays) {
     TestScene other;
     for (const auto &[name, degrees] : {std::pair{"Closed", 0.0}, {"Backwards", 200.0}}) {
-        CameraDescription &camera = other.scene.cameras.emplace_back();
+        CameraDescription &camera = other.description.cameras.emplace_back();
         camera.name = name;
         camera.fieldOfView = degrees;
     }
-    other.world();
+    other.renderScene();
     for (const char *name : {"Closed", "Backwards"})
         EXPECT_EQ(evaluationService().create(const_cast<HostItem *>(other.item(kItemCamera, name))), nullptr) << name;
 }
@@ -258,8 +258,8 @@ TEST_F(CameraServices, AnEvaluatorMayOutliveItsScene) {
     Evaluator evaluator;
     {
         TestScene other;
-        other.scene.cameras[0].position = {9, 8, 7};
-        other.world();
+        other.description.cameras[0].position = {9, 8, 7};
+        other.renderScene();
         evaluator = evaluatorOf(const_cast<HostItem *>(other.item(kItemCamera, "Camera")));
     }
     expectNear(Vec3(rayAt(evaluator, 0, 0).origin), {9, 8, 7}, 0);

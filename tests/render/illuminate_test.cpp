@@ -13,14 +13,14 @@ struct Light3 {
 };
 
 struct IlluminateTest : testing::Test {
-    void add(const char *name, Kind kind, const Triple &position, const Triple &target = {}) {
+    void add(const char *name, Kind kind, const Double3 &position, const Double3 &target = {}) {
         LightDescription light;
         light.name = name;
         light.kind = kind;
         light.position = position;
         light.target = target;
         light.colour = {1, 0.5, 0.25};
-        scene.scene.lights.push_back(light);
+        scene.description.lights.push_back(light);
     }
     Light3 ask(const ShadingSample &sample, const char *name, const Vec3 &place = {}, bool sampled = false) {
         auto *item = const_cast<HostItem *>(scene.item(kItemLight, name));
@@ -37,7 +37,7 @@ TEST_F(IlluminateTest, GivesDirectionAndColour) {
     add("Point", Kind::point, {0, 2, 0});
     add("Sun", Kind::distant, {0, 7, 0});
     add("Area", Kind::area, {0, 2, 0});
-    scene.scene.lights[2].width = scene.scene.lights[2].height = 0.001;
+    scene.description.lights[2].width = scene.description.lights[2].height = 0.001;
     probeAtOrigin(scene, [this](ShadingSample &sample, double *) {
         for (const bool sampled : {false, true}) {
             const Light3 point = ask(sample, "Point", {}, sampled);

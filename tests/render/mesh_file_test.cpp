@@ -36,8 +36,8 @@ TEST_F(MeshFileTest, RightHandedFilesAreMirroredInZ) {
     ASSERT_EQ(mesh.triangles.size(), 1u);
     expectNear(frontOf(mesh, 0), {0, 1, 0}, 1e-6);
     const auto corners = cornersOf(mesh, 0);
-    const auto has = [&](const Vec3 &place) {
-        return std::any_of(corners.begin(), corners.end(), [&](const Vec3 &c) { return length(c - place) < 1e-6; });
+    const auto has = [&](const Vec3 &point) {
+        return std::any_of(corners.begin(), corners.end(), [&](const Vec3 &c) { return length(c - point) < 1e-6; });
     };
     EXPECT_TRUE(has({0, 0, 0}) && has({1, 0, 0}) && has({1, 0, 2}));
 }
@@ -178,7 +178,7 @@ TEST_F(MeshFileTest, TextHasToBeWhole) {
             ADD_FAILURE() << there;
         } catch (const InputError &error) {
             EXPECT_EQ(error.what(), (directory / "cut.ply") +
-                                        ": cannot read the mesh: it ends too early: of 6 lines behind its header, " +
+                                        ": cannot read the mesh: it ends too early: of 6 lines after its header, " +
                                         std::to_string(there) + " are there");
         }
     }

@@ -81,7 +81,7 @@ TEST(RayCast, HemisphereOverAPlaneIsOpen) {
         }
     });
     scene.object("Floor", PlaneShape{.width = 20, .depth = 20}, "Floor", {0.3, -1, 0.7});
-    scene.scene.cameras[0].rotation = {10, 20, 0};
+    scene.description.cameras[0].rotation = {10, 20, 0};
     scene.render();
     EXPECT_EQ(samples, 1);
 }
@@ -182,8 +182,8 @@ TEST(RayCast, OriginsOffTheSurfaceAreUsedAsTheyAre) {
     scene.object("Floor", PlaneShape{.width = 2, .depth = 2}, "Floor", {0, -1, 0});
     ObjectDescription &above = scene.object("Above", PlaneShape{.width = 2, .depth = 2}, "Above", {0, -0.999, 0});
     above.seenByCamera = false;
-    scene.scene.cameras[0].hasTarget = true;
-    scene.scene.cameras[0].target = {0.1, -1, 0.1};
+    scene.description.cameras[0].hasTarget = true;
+    scene.description.cameras[0].target = {0.1, -1, 0.1};
     scene.render();
     EXPECT_EQ(samples, 1);
 }

@@ -17,7 +17,7 @@ struct Seen {
 // A glass body whose top is y = 0, or a pane there, seen from a camera at `degrees` off the vertical, and a box of
 // 100 m about it all that notes what reaches it.
 struct GlassTest : testing::Test {
-    void look(const ShapeDescription &glass, const Triple &position, double index, double degrees) {
+    void look(const ShapeDescription &glass, const Double3 &position, double index, double degrees) {
         scene.surface("Glass", {{"Transparency", 1}, {"Refraction Index", index}});
         scene.surface("Box", {{"Luminosity", 1}});
         scene.probe("Box", "Color", [this](ShadingSample &sample, double *) {
@@ -28,9 +28,9 @@ struct GlassTest : testing::Test {
         scene.object("Glass", glass, "Glass", position);
         scene.object("Box", BoxShape{.size = {100, 100, 100}, .inward = true}, "Box");
         const double angle = degrees * kPi / 180;
-        scene.scene.cameras[0].position = {-5 * std::sin(angle), 5 * std::cos(angle), 0};
-        scene.scene.cameras[0].hasTarget = true;
-        scene.scene.cameras[0].target = {0, 0, 0};
+        scene.description.cameras[0].position = {-5 * std::sin(angle), 5 * std::cos(angle), 0};
+        scene.description.cameras[0].hasTarget = true;
+        scene.description.cameras[0].target = {0, 0, 0};
         scene.render();
     }
     TestScene scene;
@@ -86,9 +86,9 @@ TEST(TotalReflection, BeginsAtTheCriticalAngle) {
     const double critical = std::asin(1 / 1.5) * 180 / kPi;
     for (const CriticalCase &each : {CriticalCase{critical - 0.1, false}, CriticalCase{critical + 0.1, true}}) {
         TestScene scene;
-        scene.scene.backdrop.kind = BackdropDescription::Kind::gradient;
-        scene.scene.backdrop.sky = scene.scene.backdrop.zenith = {0, 1, 0};
-        scene.scene.backdrop.ground = scene.scene.backdrop.nadir = {1, 0, 0};
+        scene.description.backdrop.kind = BackdropDescription::Kind::gradient;
+        scene.description.backdrop.sky = scene.description.backdrop.zenith = {0, 1, 0};
+        scene.description.backdrop.ground = scene.description.backdrop.nadir = {1, 0, 0};
         scene.surface("Glass", {{"Transparency", 1}, {"Refraction Index", 1}});
         scene.object("Glass", PlaneShape{.width = 100, .depth = 100}, "Glass", {0, -1, 0});
         probeAtOrigin(scene, [&](ShadingSample &sample, double *) {

@@ -63,8 +63,8 @@ class LoadedCam {
 class RunningScene {
   public:
     explicit RunningScene(const std::string &text)
-        : scene_(readSceneText(text, "scene.json", {})), world_(scene_), built_(scene_, serverList()) {
-        world_.prepare(scene_, [this](const std::string &name) { return built_.surface(name); });
+        : scene_(readSceneText(text, "scene.json", {})), renderScene_(scene_), built_(scene_, serverList()) {
+        renderScene_.prepare(scene_, [this](const std::string &name) { return built_.surface(name); });
         const RenderJob job = renderJob(scene_.render);
         built_.init(kInitRender);
         setTime(job.frame, job.time);
@@ -78,15 +78,15 @@ class RunningScene {
         RenderJob job = renderJob(scene_.render);
         job.camera = camera;
         job.threads = 2;
-        return renderFrame(world_, job).picture;
+        return renderFrame(renderScene_, job).picture;
     }
     Surface &surface(const std::string &name) { return *built_.surface(name); }
-    const RenderScene &world() const { return world_; }
+    const RenderScene &renderScene() const { return renderScene_; }
     const CameraDescription &camera(std::size_t index) const { return scene_.cameras[index]; }
 
   private:
     SceneDescription scene_;
-    RenderScene world_;
+    RenderScene renderScene_;
     SceneSurfaces built_;
 };
 
@@ -101,9 +101,9 @@ double noteRay(const double position[3], const double direction[3], double colou
 }
 
 // A sample on the first triangle of the screen.
-ShadingSample onScreen(const RenderScene &world, const std::array<float, 3> &weights) {
+ShadingSample onScreen(const RenderScene &renderScene, const std::array<float, 3> &weights) {
     ShadingSample sample{};
-    sample.objectItem = const_cast<HostItem *>(world.item(kItemObject, "Screen"));
+    sample.objectItem = const_cast<HostItem *>(renderScene.item(kItemObject, "Screen"));
     sample.polygon = const_cast<HostPolygon *>(sample.objectItem->mesh->triangles.data());
     std::copy(weights.begin(), weights.end(), sample.vertexWeights);
     sample.rayTraceMode = noteRay;
@@ -117,7 +117,7 @@ TEST(RenderCamInScene, CastsTheRayThatTheCameraWouldCast) {
         const Camera camera(scene.camera(index), kWidth, kHeight);
         for (const std::array<float, 3> &weights :
              {std::array{1.0F, 0.0F, 0.0F}, {0.0F, 1.0F, 0.0F}, {0.0F, 0.0F, 1.0F}, {0.25F, 0.5F, 0.25F}}) {
-            ShadingSample sample = onScreen(scene.world(), weights);
+            ShadingSample sample = onScreen(scene.renderScene(), weights);
             double u = 0, v = 0;
             ASSERT_TRUE(sampleUv(sample, "UV", &u, &v));
             scene.surface("Screen").evaluate(&sample);

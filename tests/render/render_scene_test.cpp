@@ -10,7 +10,7 @@ namespace {
 // The message of the error that building the scene gives.
 std::string errorOf(TestScene &scene) {
     try {
-        scene.world();
+        scene.renderScene();
     } catch (const InputError &error) {
         return error.what();
     }
@@ -27,11 +27,11 @@ TEST(RenderScene, CountsAndNames) {
     scene.surface("Grey");
     scene.object("Box", BoxShape{}, "Grey");
     scene.object("Ball", SphereShape{.radius = 1, .segments = 8}, "Grey");
-    scene.scene.lights.emplace_back().name = "Sun";
-    scene.scene.lights.back().position = {0, 1, 0};
-    EXPECT_EQ(scene.world().triangleCount(), 12u + 8 * 2 + 8 * 2 * 2);
-    EXPECT_GT(scene.world().pointCount(), 8u);
-    EXPECT_GT(scene.world().accelerationBytes(), 0u);
+    scene.description.lights.emplace_back().name = "Sun";
+    scene.description.lights.back().position = {0, 1, 0};
+    EXPECT_EQ(scene.renderScene().triangleCount(), 12u + 8 * 2 + 8 * 2 * 2);
+    EXPECT_GT(scene.renderScene().pointCount(), 8u);
+    EXPECT_GT(scene.renderScene().accelerationBytes(), 0u);
     EXPECT_EQ(scene.item(kItemObject, "Ball")->index, 1);
     EXPECT_EQ(scene.item(kItemObject, "Ball")->type, kItemObject);
     EXPECT_EQ(scene.item(kItemLight, "Sun")->type, kItemLight);
@@ -93,8 +93,8 @@ TEST(RenderScene, RefusesWhatMakesNoSense) {
         TestScene scene;
         scene.surface("Grey");
         scene.object("Box", BoxShape{}, "Grey");
-        edit(scene.scene);
-        EXPECT_THROW(scene.world(), InputError) << what;
+        edit(scene.description);
+        EXPECT_THROW(scene.renderScene(), InputError) << what;
     };
     refused([](SceneDescription &scene) { scene.objects[0].surfaces.clear(); }, "no surface");
     refused([](SceneDescription &scene) { scene.objects[0].transform.scale = {1, 0, 1}; }, "flattened");
@@ -128,7 +128,8 @@ TEST(RenderScene, SurfacesLearnTheirBounds) {
     scene.object("B", BoxShape{.size = {2, 2, 2}}, "Grey", {-5, 0, 0});
     double bounds[3][2] = {};
     Surface *surface = nullptr;
-    const RenderScene world(scene.scene, [&](const std::string &name) { return surface = scene.surfaceOf(name); });
+    const RenderScene renderScene(scene.description,
+                                  [&](const std::string &name) { return surface = scene.surfaceOf(name); });
     surface->network().bounds(bounds);
     const double expected[3][2] = {{-6, 11}, {-2, 2}, {-3, 3}};
     for (int axis = 0; axis < 3; ++axis) {

@@ -14,54 +14,25 @@ namespace {
 
 constexpr double kTolerance = 1e-6;
 
-// A lit ball on a floor, with everything that draws sample points.
-TestScene smallScene() {
-    TestScene scene;
-    scene.job.width = 50;
-    scene.job.height = 40;
-    scene.job.samples = 3;
-    scene.surface("Ball", {{"Diffuse", 0.8}, {"Reflection", 0.3}});
-    scene.object("Ball", SphereShape{}, "Ball");
-    scene.object("Floor", PlaneShape{.width = 10, .depth = 10}, "Ball", {0, -1, 0});
-    LightDescription area;
-    area.kind = LightDescription::Kind::area;
-    area.position = {2, 3, -2};
-    area.intensity = 10;
-    area.samples = 4;
-    scene.scene.lights.push_back(area);
-    return scene;
-}
-
-bool same(const Picture &a, const Picture &b, const Region &region) {
-    for (int y = region.top; y < region.bottom; ++y) {
-        for (int x = region.left; x < region.right; ++x) {
-            for (int i = 0; i < Picture::kChannels; ++i) {
-                if (a.pixel(x, y)[i] != b.pixel(x, y)[i]) return false;
-            }
-        }
-    }
-    return true;
-}
-
 const Region kWhole = {.left = 0, .top = 0, .right = 50, .bottom = 40};
 
 TEST(RendererThreaded, PictureDoesNotDependOnThreads) {
-    TestScene scene = smallScene();
+    TestScene scene = litBall();
     const Picture one = scene.render().picture;
     for (const int threads : {2, 5, 16}) {
         scene.job.threads = threads;
         const Frame frame = scene.render();
-        EXPECT_TRUE(same(frame.picture, one, kWhole)) << threads;
+        EXPECT_TRUE(samePixels(frame.picture, one, kWhole)) << threads;
         EXPECT_EQ(frame.statistics.threads, std::min(threads, 12)) << "no more than there are tiles";
     }
 }
 
 TEST(Renderer, RegionIsThatPartOfTheWhole) {
-    TestScene scene = smallScene();
+    TestScene scene = litBall();
     const Picture whole = scene.render().picture;
     scene.job.region = {.left = 13, .top = 7, .right = 41, .bottom = 33};
     const Picture part = scene.render().picture;
-    EXPECT_TRUE(same(part, whole, scene.job.region));
+    EXPECT_TRUE(samePixels(part, whole, scene.job.region));
     EXPECT_EQ(part.width(), 50);
     for (int y = 0; y < 40; ++y) {
         for (int x = 0; x < 50; ++x) {
@@ -72,11 +43,11 @@ TEST(Renderer, RegionIsThatPartOfTheWhole) {
 }
 
 TEST(Renderer, FramesDifferInTheirNoiseOnly) {
-    TestScene scene = smallScene();
+    TestScene scene = litBall();
     const Picture first = scene.render().picture, again = scene.render().picture;
-    EXPECT_TRUE(same(first, again, kWhole));
+    EXPECT_TRUE(samePixels(first, again, kWhole));
     scene.job.frame = 2;
-    EXPECT_FALSE(same(first, scene.render().picture, kWhole));
+    EXPECT_FALSE(samePixels(first, scene.render().picture, kWhole));
 }
 
 TEST(Renderer, AlphaIsCoverageAndBackdropIsColour) {
@@ -115,7 +86,7 @@ TEST(Renderer, OneSampleStandsInTheMiddle) {
 }
 
 TEST(RendererThreaded, EveryThreadKeepsItsNumber) {
-    TestScene scene = smallScene();
+    TestScene scene = litBall();
     scene.job.threads = 4;
     std::atomic<int> wrong = 0;
     std::atomic<unsigned> used = 0;
@@ -147,9 +118,9 @@ class NotingSink : public ProgressSink {
 };
 
 TEST(RendererThreaded, TellsItsProgress) {
-    TestScene scene = smallScene();
+    TestScene scene = litBall();
     NotingSink sink(1000);
-    const Frame frame = renderFrame(scene.world(), scene.job, &sink);
+    const Frame frame = renderFrame(scene.renderScene(), scene.job, &sink);
     EXPECT_TRUE(frame.complete);
     EXPECT_EQ(sink.totals, std::set<int>{12}); // 4 by 3 tiles
     ASSERT_FALSE(sink.told.empty());
@@ -158,7 +129,7 @@ TEST(RendererThreaded, TellsItsProgress) {
 }
 
 TEST(RendererThreaded, CanBeCancelled) {
-    TestScene scene = smallScene();
+    TestScene scene = litBall();
     std::atomic<bool> held = true;
     scene.probe("Ball", "Luminosity", [&](ShadingSample &sample, double *) {
         // The second row of tiles waits until the sink has had its say.
@@ -186,7 +157,7 @@ TEST(RendererThreaded, CanBeCancelled) {
         while (sink.told == 0) std::this_thread::yield();
         sink.release();
     });
-    const Frame frame = renderFrame(scene.world(), scene.job, &sink);
+    const Frame frame = renderFrame(scene.renderScene(), scene.job, &sink);
     releaser.join();
     EXPECT_FALSE(frame.complete);
 }
@@ -195,9 +166,9 @@ TEST(RendererThreaded, SinkThatThrowsEndsTheRender) {
     class ThrowingSink : public ProgressSink {
         bool progress(int, int) override { throw InputError("enough"); }
     };
-    TestScene scene = smallScene();
+    TestScene scene = litBall();
     ThrowingSink sink;
-    EXPECT_THROW(renderFrame(scene.world(), scene.job, &sink), InputError);
+    EXPECT_THROW(renderFrame(scene.renderScene(), scene.job, &sink), InputError);
 }
 
 TEST(Renderer, CountsRaysByKind) {
@@ -214,7 +185,7 @@ TEST(Renderer, CountsRaysByKind) {
     scene.object("Wall", PlaneShape{.width = 4, .depth = 4}, "Wall").transform.rotation = {0, -90, 0};
     LightDescription sun;
     sun.position = {0, 0, -1};
-    scene.scene.lights.push_back(sun);
+    scene.description.lights.push_back(sun);
     const RenderStatistics statistics = scene.render().statistics;
     EXPECT_EQ(statistics.rays.camera, 1u);
     EXPECT_EQ(statistics.rays.cast, 2u);
@@ -228,11 +199,11 @@ TEST(Renderer, CountsRaysByKind) {
 
 TEST(Renderer, TellsNodesAboutTheScene) {
     TestScene scene;
-    scene.scene.name = "Test";
-    scene.scene.file = "test.json";
-    scene.scene.render.firstFrame = 3;
-    scene.scene.render.lastFrame = 9;
-    scene.scene.render.framesPerSecond = 25;
+    scene.description.name = "Test";
+    scene.description.file = "test.json";
+    scene.description.render.firstFrame = 3;
+    scene.description.render.lastFrame = 9;
+    scene.description.render.framesPerSecond = 25;
     scene.job.recursionDepth = 5;
     bool called = false;
     scene.surface("Wall", {{"Luminosity", 1}});
@@ -263,10 +234,10 @@ TEST(Renderer, TellsNodesAboutTheScene) {
 
 TEST(Renderer, TakesTheCameraByName) {
     TestScene scene;
-    CameraDescription other = scene.scene.cameras[0];
+    CameraDescription other = scene.description.cameras[0];
     other.name = "Other";
     other.rotation = {180, 0, 0};
-    scene.scene.cameras.push_back(other);
+    scene.description.cameras.push_back(other);
     scene.surface("Wall", {{"Luminosity", 1}}, {1, 0, 0});
     scene.object("Wall", BoxShape{}, "Wall");
     expectNear(scene.pixel(), {1, 0, 0}, kTolerance);
@@ -287,7 +258,7 @@ TEST(Renderer, RefusesJobsThatMakeNoSense) {
     const auto refused = [&](auto edit) {
         RenderJob job = good;
         edit(job);
-        EXPECT_THROW(renderFrame(scene.world(), job), InputError);
+        EXPECT_THROW(renderFrame(scene.renderScene(), job), InputError);
     };
     refused([](RenderJob &job) { job.width = 0; });
     refused([](RenderJob &job) { job.height = -1; });
@@ -300,7 +271,7 @@ TEST(Renderer, RefusesJobsThatMakeNoSense) {
     refused([](RenderJob &job) { job.region = {.left = 0, .top = 0, .right = 2, .bottom = 1}; });
     refused([](RenderJob &job) { job.region = {.left = 1, .top = 0, .right = 1, .bottom = 1}; });
     TestScene empty;
-    empty.scene.cameras.clear();
+    empty.description.cameras.clear();
     EXPECT_THROW(empty.render(), InputError);
 }
 

@@ -23,8 +23,8 @@ struct SampleTest : testing::Test {
         ObjectDescription &floor = scene.object("Floor", PlaneShape{.width = 4, .depth = 4}, "Floor", {1, -1, 0.5});
         floor.transform.rotation = {90, 0, 0};
         floor.transform.scale = {2, 1, 4};
-        scene.scene.cameras[0].position = {0, 0, -std::sqrt(3.0)};
-        scene.scene.cameras[0].rotation = {0, 30, 0};
+        scene.description.cameras[0].position = {0, 0, -std::sqrt(3.0)};
+        scene.description.cameras[0].rotation = {0, 30, 0};
         scene.render();
         EXPECT_EQ(calls, 1);
     }
@@ -197,8 +197,8 @@ TEST(Sample, MapsAreLookedUpByName) {
         EXPECT_FALSE(lookUpUv(&nowhere, nullptr, &u, &v));
     });
     scene.object("Floor", PlaneShape{.width = 4, .depth = 4}, "Floor", {-1, 0, -0.5});
-    scene.scene.cameras[0].position = {0, 5, 0};
-    scene.scene.cameras[0].rotation = {0, 90, 0};
+    scene.description.cameras[0].position = {0, 5, 0};
+    scene.description.cameras[0].rotation = {0, 90, 0};
     scene.render();
     EXPECT_TRUE(called);
 }

@@ -29,15 +29,15 @@ Picture pictureAt(double scale) {
     LightDescription sun;
     sun.kind = LightDescription::Kind::distant;
     sun.position = {1, 2, -1};
-    scene.scene.lights.push_back(sun);
+    scene.description.lights.push_back(sun);
     LightDescription bulb;
     bulb.kind = LightDescription::Kind::point;
     bulb.position = at(2, 3, -3);
     bulb.intensity = 5 * scale * scale;
-    scene.scene.lights.push_back(bulb);
-    scene.scene.cameras[0].position = at(0, 1, -6);
-    scene.scene.cameras[0].hasTarget = true;
-    scene.scene.cameras[0].target = {0, 0, 0};
+    scene.description.lights.push_back(bulb);
+    scene.description.cameras[0].position = at(0, 1, -6);
+    scene.description.cameras[0].hasTarget = true;
+    scene.description.cameras[0].target = {0, 0, 0};
     return scene.render().picture;
 }
 
@@ -126,10 +126,10 @@ TEST(SelfIntersection, FlatGridsDoNotSeeThemselves) {
         grid.transform.scale = {each.size, each.size, each.size};
         const Vec3 up = rotationMatrix(each.rotation) * Vec3{0, 1, 0};
         const Vec3 eye = Vec3(each.position) + 2 * each.size * up;
-        scene.scene.cameras[0].position = {eye.x, eye.y, eye.z};
-        scene.scene.cameras[0].hasTarget = true;
-        scene.scene.cameras[0].target = each.position;
-        scene.scene.cameras[0].fieldOfView = 18;
+        scene.description.cameras[0].position = {eye.x, eye.y, eye.z};
+        scene.description.cameras[0].hasTarget = true;
+        scene.description.cameras[0].target = each.position;
+        scene.description.cameras[0].fieldOfView = 18;
         scene.render();
         EXPECT_EQ(samples, 144) << each.what;
         EXPECT_EQ(hits, 0) << each.what;
@@ -158,7 +158,7 @@ TEST(SelfIntersection, ConvexBodiesDoNotSeeThemselves) {
             const Vec3 centre = radius * Vec3(offset);
             scene.object("Ball", SphereShape{.radius = radius, .segments = 100}, "Ball",
                          {centre.x, centre.y, centre.z});
-            scene.scene.cameras[0].position = {centre.x, centre.y, centre.z - 4 * radius};
+            scene.description.cameras[0].position = {centre.x, centre.y, centre.z - 4 * radius};
             scene.render();
             EXPECT_GT(samples, 200);
             EXPECT_EQ(hits, 0) << radius << " at " << offset[0];

@@ -10,7 +10,7 @@ namespace {
 constexpr double kTolerance = 1e-6;
 using Kind = LightDescription::Kind;
 
-LightDescription light(Kind kind, const Triple &position, const Triple &target = {0, 0, 0}) {
+LightDescription light(Kind kind, const Double3 &position, const Double3 &target = {0, 0, 0}) {
     LightDescription description;
     description.name = "Light";
     description.kind = kind;
@@ -20,7 +20,7 @@ LightDescription light(Kind kind, const Triple &position, const Triple &target =
 }
 
 // A wall at the origin that faces the camera.
-TestScene wall(TestScene::Values values, const Triple &colour = {1, 1, 1}) {
+TestScene wall(TestScene::Values values, const Double3 &colour = {1, 1, 1}) {
     TestScene scene;
     scene.surface("Wall", values, colour);
     scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall").transform.rotation = {0, -90, 0};
@@ -40,16 +40,16 @@ TEST(Shading, LuminosityAndColour) {
 
 TEST(Shading, AmbientLightIsDiffuse) {
     TestScene scene = wall({{"Diffuse", 0.5}}, {1, 0.5, 0});
-    scene.scene.render.ambientIntensity = 0.8;
-    scene.scene.render.ambientColour = {1, 0.5, 1};
+    scene.description.render.ambientIntensity = 0.8;
+    scene.description.render.ambientColour = {1, 0.5, 1};
     expectNear(scene.pixel(), {0.4, 0.1, 0}, kTolerance);
 }
 
 TEST(Shading, PointLightFallsOffWithTheSquare) {
     for (const double distance : {0.5, 1.0, 2.0, 4.0}) {
         TestScene scene = wall({{"Diffuse", 1}});
-        scene.scene.lights.push_back(light(Kind::point, {0, 0, -distance}));
-        scene.scene.lights[0].intensity = 0.7;
+        scene.description.lights.push_back(light(Kind::point, {0, 0, -distance}));
+        scene.description.lights[0].intensity = 0.7;
         EXPECT_NEAR(grey(scene), 0.7 / (distance * distance), kTolerance) << distance;
     }
 }
@@ -58,19 +58,19 @@ TEST(Shading, LightsGoByTheCosine) {
     for (const double degrees : {0.0, 30.0, 60.0, 85.0}) {
         const double angle = degrees * kPi / 180;
         TestScene scene = wall({{"Diffuse", 1}});
-        scene.scene.lights.push_back(light(Kind::point, {std::sin(angle), 0, -std::cos(angle)}));
+        scene.description.lights.push_back(light(Kind::point, {std::sin(angle), 0, -std::cos(angle)}));
         EXPECT_NEAR(grey(scene), std::cos(angle), kTolerance) << "point at " << degrees;
         TestScene far = wall({{"Diffuse", 1}});
-        far.scene.lights.push_back(light(Kind::distant, {0, 3 * std::sin(angle), -3 * std::cos(angle)}));
+        far.description.lights.push_back(light(Kind::distant, {0, 3 * std::sin(angle), -3 * std::cos(angle)}));
         EXPECT_NEAR(grey(far), std::cos(angle), kTolerance) << "distant at " << degrees;
     }
 }
 
 TEST(Shading, LightsFromBehindAndAtThePlaceItselfDoNothing) {
     TestScene scene = wall({{"Diffuse", 1}, {"Specular", 1}});
-    scene.scene.lights.push_back(light(Kind::point, {0, 0, 1}));
-    scene.scene.lights.push_back(light(Kind::distant, {0, 0, 1}));
-    scene.scene.lights.push_back(light(Kind::point, {0, 0, 0}));
+    scene.description.lights.push_back(light(Kind::point, {0, 0, 1}));
+    scene.description.lights.push_back(light(Kind::distant, {0, 0, 1}));
+    scene.description.lights.push_back(light(Kind::point, {0, 0, 0}));
     EXPECT_EQ(grey(scene), 0);
 }
 
@@ -91,7 +91,7 @@ TEST(Shading, AreaLightIsARectangle) {
         area.width = 2;
         area.height = 1;
         area.samples = 4096;
-        scene.scene.lights.push_back(area);
+        scene.description.lights.push_back(area);
         EXPECT_NEAR(grey(scene), rectangle(2, 1, distance), 2e-3 * rectangle(2, 1, distance)) << distance;
     }
 }
@@ -101,11 +101,11 @@ TEST(Shading, SmallAreaLightIsLikeAPoint) {
     LightDescription area = light(Kind::area, {0, 0, -1});
     area.width = area.height = 1e-3;
     area.samples = 4;
-    scene.scene.lights.push_back(area);
+    scene.description.lights.push_back(area);
     EXPECT_NEAR(grey(scene), 1, 1e-5);
     TestScene averted = wall({{"Diffuse", 1}});
     area.target = {0, 0, -5};
-    averted.scene.lights.push_back(area);
+    averted.description.lights.push_back(area);
     EXPECT_EQ(grey(averted), 0) << "it shines to one side";
 }
 
@@ -135,7 +135,7 @@ TEST(Shading, ShadowsAreProductsOfTransparencies) {
         }
         LightDescription sun = light(Kind::distant, {0, 1, -1});
         sun.shadows = each.shadows;
-        scene.scene.lights.push_back(sun);
+        scene.description.lights.push_back(sun);
         EXPECT_NEAR(grey(scene), each.expected * std::sqrt(0.5), kTolerance) << each.what;
     }
 }
@@ -151,8 +151,8 @@ TEST(Shading, TrianglesGetTheSameShadows) {
             scene.object("Wall", MeshFile{directory / "wall.obj"}, "Wall");
             scene.surface("Pane", {{"Transparency", transparency}}).doubleSided = doubleSided;
             scene.object("Pane", PlaneShape{}, "Pane", {0, 2, -2}); // its back is to the wall
-            scene.scene.lights.push_back(light(Kind::distant, {0, 1, -1}));
-            scene.scene.lights.push_back(light(Kind::distant, {1, 0, -1}));
+            scene.description.lights.push_back(light(Kind::distant, {0, 1, -1}));
+            scene.description.lights.push_back(light(Kind::distant, {1, 0, -1}));
             EXPECT_NEAR(grey(scene), (1 + (doubleSided ? transparency : 1)) * std::sqrt(0.5), kTolerance)
                 << transparency << ", " << doubleSided;
         }
@@ -163,7 +163,7 @@ TEST(Shading, WhatStandsBehindALightCastsNoShadow) {
     TestScene scene = wall({{"Diffuse", 1}});
     scene.surface("Pane");
     scene.object("Pane", PlaneShape{}, "Pane", {0, 3, -3});
-    scene.scene.lights.push_back(light(Kind::point, {0, 2, -2}));
+    scene.description.lights.push_back(light(Kind::point, {0, 2, -2}));
     EXPECT_NEAR(grey(scene), std::sqrt(0.5) / 8, kTolerance);
 }
 
@@ -173,7 +173,7 @@ TEST(Shading, SpecularIsBlinnsHighlight) {
         TestScene scene = wall({{"Specular", 0.5}, {"Glossiness", glossiness}}, {1, 0, 0});
         LightDescription sun = light(Kind::distant, {std::sin(angle), 0, -std::cos(angle)});
         sun.colour = {0.5, 0.5, 0.5};
-        scene.scene.lights.push_back(sun);
+        scene.description.lights.push_back(sun);
         // The half vector lies 10 degrees off the normal; the highlight has the light's colour.
         EXPECT_NEAR(grey(scene), 0.25 * std::pow(std::cos(angle / 2), exponent), kTolerance) << glossiness;
     }
@@ -192,7 +192,7 @@ TEST(Shading, NormalFromTheNetworkIsUsed) {
         value[1] = 3;
         value[2] = -3;
     });
-    scene.scene.lights.push_back(light(Kind::distant, {0, 0, -1}));
+    scene.description.lights.push_back(light(Kind::distant, {0, 0, -1}));
     EXPECT_NEAR(grey(scene), std::sqrt(0.5), kTolerance);
 }
 
@@ -201,10 +201,10 @@ TEST(Shading, PenumbraOfAnAreaLightIsHalfWay) {
     TestScene scene = wall({{"Diffuse", 1}});
     scene.surface("Screen");
     scene.object("Screen", PlaneShape{.width = 40, .depth = 2}, "Screen", {0, 1, -5}).transform.rotation = {0, 90, 0};
-    scene.scene.objects.back().seenByCamera = false;
+    scene.description.objects.back().seenByCamera = false;
     LightDescription area = light(Kind::area, {0, 0, -10});
     area.samples = 256;
-    scene.scene.lights.push_back(area);
+    scene.description.lights.push_back(area);
     EXPECT_NEAR(grey(scene), 0.5 * rectangle(1, 1, 10), 0.01 * rectangle(1, 1, 10));
 }
 

@@ -23,12 +23,12 @@ Mesh roof(double degrees, std::uint16_t secondMaterial = 0) {
     return builder.finish();
 }
 
-std::vector<Vec3> normalsAt(const Mesh &mesh, const Vec3 &place) {
+std::vector<Vec3> normalsAt(const Mesh &mesh, const Vec3 &point) {
     std::vector<Vec3> found;
     for (std::size_t i = 0; i < mesh.points.size(); ++i) {
         const float *p = mesh.points[i].position;
         const auto &n = mesh.normals[i];
-        if (length(Vec3{p[0], p[1], p[2]} - place) < 1e-6) found.emplace_back(n[0], n[1], n[2]);
+        if (length(Vec3{p[0], p[1], p[2]} - point) < 1e-6) found.emplace_back(n[0], n[1], n[2]);
     }
     std::sort(found.begin(), found.end(), [](const Vec3 &a, const Vec3 &b) { return a.x < b.x; });
     return found;
@@ -42,6 +42,22 @@ TEST(Smoothing, RidgesFlatterThanTheAngleAreRound) {
     ASSERT_EQ(ridge.size(), 1u);
     expectNear(ridge[0], {0, 1, 0}, 1e-6);
     expectNear(normalsAt(mesh, {-std::cos(kPi / 6), -0.5, 1}).at(0), {-0.5, std::cos(kPi / 6), 0}, 1e-6, "eaves");
+}
+
+TEST(Smoothing, AnotherAngleForgetsTheOneBefore) {
+    const Mesh flat = roof(60);
+    Mesh mesh = flat;
+    for (const double angle : {59.0, 60.0, 10.0, 180.0, 0.0}) {
+        smoothNormals(mesh, {angle});
+        Mesh expected = flat;
+        smoothNormals(expected, {angle});
+        EXPECT_EQ(mesh.normals, expected.normals) << angle;
+        ASSERT_EQ(mesh.points.size(), expected.points.size()) << angle;
+        for (std::size_t i = 0; i < mesh.triangles.size(); ++i)
+            for (int k = 0; k < 3; ++k) EXPECT_EQ(mesh.triangles[i].corners[k], expected.triangles[i].corners[k]);
+        EXPECT_GT(mesh.points.capacity(), mesh.points.size()) << "Embree reads beyond the last point";
+    }
+    EXPECT_TRUE(mesh.normals.empty());
 }
 
 TEST(Smoothing, SharperOnesStayCreases) {

@@ -1,14 +1,14 @@
 #include "tests/render/test_scene.h"
 
-#include "host/load/lookup.h"
 #include "host/services/services.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace velm::host::test {
 namespace {
 
-// The node that runs probes. Its instance is one of these.
+// The instance of the node that runs probes.
 struct ProbeNode {
     Probe probe;
 };
@@ -48,8 +48,8 @@ ServerClass &probeClass() {
 TestScene::TestScene() {
     CameraDescription camera;
     camera.name = "Camera";
-    scene.cameras.push_back(camera);
-    scene.backdrop.colour = {0.25, 0.5, 0.75};
+    description.cameras.push_back(camera);
+    description.backdrop.colour = {0.25, 0.5, 0.75};
     job.width = job.height = 1;
     job.threads = 1;
 }
@@ -62,9 +62,9 @@ SurfaceDescription &TestScene::surface(const std::string &name, Values values, c
     surface->init(kInitRender);
     surface->newTime(1, 0);
     surfaces_[name] = std::move(surface);
-    SurfaceDescription description;
-    description.name = name;
-    return scene.surfaces.emplace_back(description);
+    SurfaceDescription &described = description.surfaces.emplace_back();
+    described.name = name;
+    return described;
 }
 
 void TestScene::probe(const std::string &surface, const std::string &input, Probe probe) {
@@ -76,12 +76,12 @@ void TestScene::probe(const std::string &surface, const std::string &input, Prob
 
 ObjectDescription &TestScene::object(const std::string &name, const ShapeDescription &shape, const std::string &surface,
                                      const Double3 &position) {
-    ObjectDescription description;
-    description.name = name;
-    description.shape = shape;
-    description.transform.position = position;
-    description.surfaces.push_back({.material = "", .surface = surface, .location = {}});
-    return scene.objects.emplace_back(description);
+    ObjectDescription &object = description.objects.emplace_back();
+    object.name = name;
+    object.shape = shape;
+    object.transform.position = position;
+    object.surfaces.push_back({.material = "", .surface = surface, .location = {}});
+    return object;
 }
 
 Surface *TestScene::surfaceOf(const std::string &name) {
@@ -89,18 +89,41 @@ Surface *TestScene::surfaceOf(const std::string &name) {
     return found == surfaces_.end() ? nullptr : found->second.get();
 }
 
-RenderScene &TestScene::world() {
-    if (!world_)
-        world_ = std::make_unique<RenderScene>(scene, [this](const std::string &name) { return surfaceOf(name); });
-    return *world_;
+RenderScene &TestScene::renderScene() {
+    if (!renderScene_) renderScene_ = std::make_unique<RenderScene>(description, lookup());
+    return *renderScene_;
 }
 
-Frame TestScene::render() { return renderFrame(world(), job); }
+Frame TestScene::render() { return renderFrame(renderScene(), job); }
 
 Vec3 TestScene::pixel() {
     const Frame frame = render();
     const float *found = frame.picture.pixel(0, 0);
     return {found[0], found[1], found[2]};
+}
+
+TestScene litBall() {
+    TestScene scene;
+    scene.job.width = 50;
+    scene.job.height = 40;
+    scene.job.samples = 3;
+    scene.surface("Ball", {{"Diffuse", 0.8}, {"Reflection", 0.3}});
+    scene.object("Ball", SphereShape{}, "Ball");
+    scene.object("Floor", PlaneShape{.width = 10, .depth = 10}, "Ball", {0, -1, 0});
+    LightDescription area;
+    area.kind = LightDescription::Kind::area;
+    area.position = {2, 3, -2};
+    area.intensity = 10;
+    area.samples = 4;
+    scene.description.lights.push_back(area);
+    return scene;
+}
+
+bool samePixels(const Picture &a, const Picture &b, const Region &region) {
+    const auto width = static_cast<std::size_t>(region.right - region.left) * Picture::kChannels;
+    for (int y = region.top; y < region.bottom; ++y)
+        if (std::memcmp(a.pixel(region.left, y), b.pixel(region.left, y), width * sizeof(float)) != 0) return false;
+    return true;
 }
 
 Vec3 probeAtOrigin(TestScene &scene, const Probe &probe) {
@@ -111,7 +134,7 @@ Vec3 probeAtOrigin(TestScene &scene, const Probe &probe) {
     SphereShape shape;
     shape.radius = 0.001;
     shape.segments = 8;
-    for (ObjectDescription &object : scene.scene.objects) object.seenByCamera = false;
+    for (ObjectDescription &object : scene.description.objects) object.seenByCamera = false;
     ObjectDescription &sphere = scene.object("Probe", shape, "Probe");
     sphere.seenByRays = sphere.castsShadows = false;
     return scene.pixel();

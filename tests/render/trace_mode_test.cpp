@@ -120,8 +120,8 @@ TEST(TraceMode, ShadowSamplesSaySo) {
 
 TEST(TraceMode, BackdropLooksAtNothingElse) {
     TestScene scene = panes();
-    scene.scene.backdrop.kind = BackdropDescription::Kind::gradient;
-    const Triple sky = scene.scene.backdrop.sky, zenith = scene.scene.backdrop.zenith;
+    scene.description.backdrop.kind = BackdropDescription::Kind::gradient;
+    const Double3 sky = scene.description.backdrop.sky, zenith = scene.description.backdrop.zenith;
     probeAtOrigin(scene, [&](ShadingSample &sample, double *) {
         expectTraced(trace(sample, kTraceBackdrop), HOST_RAY_MISS, Vec3(sky), "ahead");
         expectTraced(trace(sample, kTraceBackdrop, {0, 9, 0}), HOST_RAY_MISS, Vec3(zenith), "up");
@@ -131,15 +131,15 @@ TEST(TraceMode, BackdropLooksAtNothingElse) {
 
 TEST(TraceMode, ReflectsAKnownGradient) {
     TestScene scene;
-    scene.scene.backdrop.kind = BackdropDescription::Kind::gradient;
-    scene.scene.backdrop.zenith = {1, 0, 0};
-    scene.scene.backdrop.sky = {0, 1, 0};
-    scene.scene.backdrop.skySqueeze = 1;
+    scene.description.backdrop.kind = BackdropDescription::Kind::gradient;
+    scene.description.backdrop.zenith = {1, 0, 0};
+    scene.description.backdrop.sky = {0, 1, 0};
+    scene.description.backdrop.skySqueeze = 1;
     scene.surface("Mirror", {{"Reflection", 0.5}});
     scene.object("Mirror", PlaneShape{.width = 10, .depth = 10}, "Mirror", {0, 0, 0});
     // The camera looks down at 30 degrees; the mirrored ray rises at 30, a third of the way to the zenith.
-    scene.scene.cameras[0].position = {0, 1, -std::sqrt(3.0)};
-    scene.scene.cameras[0].rotation = {0, 30, 0};
+    scene.description.cameras[0].position = {0, 1, -std::sqrt(3.0)};
+    scene.description.cameras[0].rotation = {0, 30, 0};
     expectNear(scene.pixel(), {0.5 / 3, 0.5 * 2 / 3, 0}, kTolerance);
 }
 

@@ -29,7 +29,7 @@ RTCGeometry makeGeometry(RTCDevice device, const Mesh &mesh) {
 
 Acceleration::Acceleration(const std::vector<VisibleMesh> &meshes) {
     device_ = rtcNewDevice(nullptr);
-    if (device_ == nullptr) throw MachineError("cannot start the ray tracing library Embree");
+    if (!device_) throw MachineError("cannot start the ray tracing library Embree");
     try {
         build(meshes);
     } catch (...) {
@@ -50,6 +50,7 @@ void Acceleration::build(const std::vector<VisibleMesh> &meshes) {
     std::vector<RTCGeometry> geometries;
     std::vector<bool> camera, rays, shadows;
     for (const VisibleMesh &visible : meshes) {
+        meshes_.push_back(visible.mesh);
         geometries.push_back(makeGeometry(device_, *visible.mesh));
         camera.push_back(visible.seenByCamera);
         rays.push_back(visible.seenByRays);
@@ -58,14 +59,14 @@ void Acceleration::build(const std::vector<VisibleMesh> &meshes) {
     rays_ = buildScene(geometries, rays);
     camera_ = camera == rays ? rays_ : buildScene(geometries, camera);
     shadows_ = shadows == rays ? rays_ : shadows == camera ? camera_ : buildScene(geometries, shadows);
-    for (const RTCGeometry geometry : geometries) rtcReleaseGeometry(geometry); // the scenes hold on to them
+    for (const RTCGeometry geometry : geometries) rtcReleaseGeometry(geometry); // the scenes keep references
     requireNoError();
 }
 
 RTCScene Acceleration::buildScene(const std::vector<RTCGeometry> &geometries, const std::vector<bool> &seen) {
     RTCScene scene = rtcNewScene(device_);
     owned_.push_back(scene);
-    // Rays must not slip through where two triangles meet: a closed box has to be closed.
+    // Rays must not slip through the edge between two triangles.
     rtcSetSceneFlags(scene, RTC_SCENE_FLAG_ROBUST);
     for (std::size_t i = 0; i < geometries.size(); ++i) {
         if (seen[i]) rtcAttachGeometryByID(scene, geometries[i], static_cast<unsigned>(i));
@@ -77,8 +78,10 @@ RTCScene Acceleration::buildScene(const std::vector<RTCGeometry> &geometries, co
 void Acceleration::requireNoError() const {
     switch (const RTCError error = rtcGetDeviceError(device_)) {
     case RTC_ERROR_NONE: return;
-    case RTC_ERROR_OUT_OF_MEMORY: throw MachineError("not enough memory to make the scene's geometry ready for rays");
-    case RTC_ERROR_UNSUPPORTED_CPU: throw MachineError("the ray tracing library Embree does not know this processor");
+    case RTC_ERROR_OUT_OF_MEMORY:
+        throw MachineError("not enough memory for the acceleration structure of the scene's geometry");
+    case RTC_ERROR_UNSUPPORTED_CPU:
+        throw MachineError("the ray tracing library Embree does not support this processor");
     default: throw MachineError("the ray tracing library Embree failed with error " + std::to_string(error));
     }
 }

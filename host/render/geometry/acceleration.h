@@ -1,4 +1,4 @@
-// The ray acceleration: Embree's scenes over the objects' meshes.
+// The acceleration structure for rays: Embree scenes over the objects' meshes.
 #pragma once
 
 #include "host/render/geometry/mesh.h"
@@ -7,19 +7,21 @@
 
 #include <atomic>
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace velm::host {
 
-// What an object is visible to. One Embree scene serves all kinds of rays that see the same objects.
+// A mesh and the kinds of rays that see it. Kinds of rays that see the same meshes share one Embree scene.
 struct VisibleMesh {
-    const Mesh *mesh; // its buffers are read by Embree and must neither move nor change
+    std::shared_ptr<const Mesh> mesh; // must not change afterwards: Embree reads its buffers
     bool seenByCamera, seenByRays, castsShadows;
 };
 
 class Acceleration {
   public:
-    // A mesh's geometry number is its place in `meshes`. Throws MachineError.
+    // The geometry id of a mesh is its index in `meshes`. Throws MachineError when memory runs out or Embree does not
+    // start. Shares the ownership of the meshes. [interface thread]
     explicit Acceleration(const std::vector<VisibleMesh> &meshes);
     ~Acceleration();
     Acceleration(const Acceleration &) = delete;
@@ -28,6 +30,7 @@ class Acceleration {
     RTCScene cameraScene() const { return camera_; }
     RTCScene rayScene() const { return rays_; }
     RTCScene shadowScene() const { return shadows_; }
+    // Memory that Embree holds now.
     std::size_t bytes() const { return static_cast<std::size_t>(bytes_.load()); }
 
   private:
@@ -36,6 +39,7 @@ class Acceleration {
     void requireNoError() const;
     void release();
 
+    std::vector<std::shared_ptr<const Mesh>> meshes_;
     RTCDevice device_ = nullptr;
     std::vector<RTCScene> owned_;
     RTCScene camera_ = nullptr, rays_ = nullptr, shadows_ = nullptr;

@@ -1,5 +1,4 @@
-// The geometry of one object, in world space and ready to be handed to the ray acceleration, which reads these very
-// buffers.
+// The geometry of one object, in world space. Embree reads its buffers directly.
 #pragma once
 
 #include "host/render/geometry/transform.h"
@@ -12,13 +11,13 @@
 #include <string>
 #include <vector>
 
-// A vertex. The opaque handle of the wall.
+// A vertex. An opaque handle of the plug-in interface.
 struct HostPoint {
     float position[3];
 };
 
-// A triangle: numbers of three vertices. Seen from its front, in left-handed axes, they run clockwise, so that the
-// cross product of its first two edges points out of the front. The opaque handle of the wall.
+// A triangle: the indices of its three vertices. They run clockwise as seen from its front, in left-handed axes, so
+// that the cross product of its first two edges points out of the front. An opaque handle of the plug-in interface.
 struct HostPolygon {
     std::uint32_t corners[3];
 };
@@ -27,18 +26,29 @@ namespace velm::host {
 
 struct UvMap {
     std::string name;
-    std::vector<std::array<float, 2>> values; // by vertex; not a number where the map does not reach
+    std::vector<std::array<float, 2>> values; // by vertex; NaN where the map has no value
 };
 
 struct Mesh {
     std::vector<HostPoint> points;
     std::vector<HostPolygon> triangles;
-    std::vector<std::array<float, 3>> normals; // by vertex; empty: flat
+    std::vector<std::array<float, 3>> normals; // by vertex; empty: none
     std::vector<UvMap> uvMaps;
-    std::vector<std::uint32_t> polygonNumbers;  // by triangle; empty: every triangle is a polygon of its own
+    std::vector<std::uint32_t> polygonNumbers;  // by triangle; empty: every triangle is a polygon
     std::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
-    std::vector<std::string> materials;
-    std::uint32_t polygonCount = 0; // before they were cut into triangles
+    std::vector<std::string> materials;         // names
+    std::uint32_t polygonCount = 0;             // before polygons were cut into triangles
+
+    // What smoothNormals did: the angles that it computed `normals` with, and by vertex that it appended to `points`,
+    // the vertex that was split. Both are empty where it computed no normals.
+    std::vector<double> smoothingAngles;
+    std::vector<std::uint32_t> splitFrom;
+
+    // Reserves the memory that Embree reads beyond the last point: it reads 16 bytes at each. Copying a mesh loses it.
+    void padPoints() { points.reserve(points.size() + 1); }
+
+    // Whether the file or shape brought the normals.
+    bool hasOwnNormals() const { return !normals.empty() && smoothingAngles.empty(); }
 
     std::uint32_t polygonNumber(std::uint32_t triangle) const {
         return polygonNumbers.empty() ? triangle : polygonNumbers[triangle];
@@ -52,15 +62,21 @@ struct Mesh {
     }
 };
 
-// Reads a mesh file of any format that assimp knows, and places it. Files count as right-handed with +Y up and are
-// mirrored in Z. Polygons of any number of corners become triangles; those without an area are dropped; lines and
-// points are left out. Materials that no polygon has are left out. Throws InputError with the file's name for a file
-// that is missing, broken or without polygons.
+// Reads a mesh file and transforms it to world space. Files count as right-handed with +Y up and are mirrored in Z.
+// Polygons with any number of corners become triangles; those without an area are dropped. Lines, points and materials
+// that no polygon has are left out. Throws InputError with the file's name for a file that is missing, broken or
+// without polygons. [interface thread]
 Mesh readMesh(const std::string &file, const Transform &transform);
 
-// The plane, box and sphere. One material without a name, and a map "UV": on the plane u runs to +X and v to +Z; on
-// each side of the box and on the sphere u runs to the right and v up, as seen from outside, the sphere's middle at -Z.
-// Throws InputError (without a place) for sizes that are not above 0, and fewer than 3 segments.
+// The mesh of an object's shape, in world space: one overload for each kind of shape. Throws as the overload.
+Mesh makeMesh(const ShapeDescription &shape, const Transform &transform);
+
+inline Mesh shapeMesh(const MeshFile &mesh, const Transform &transform) { return readMesh(mesh.file, transform); }
+
+// The meshes of shapes, with one material without a name, and a UV map "UV": on the plane u runs to +X and v to +Z; on
+// each side of the box and on the sphere u runs to the right and v up, as seen from outside, and the middle of the
+// sphere's map is at -Z. Throws InputError (without a source location) for sizes that are not above 0 and for fewer
+// than 3 segments. [any thread]
 Mesh shapeMesh(const PlaneShape &shape, const Transform &transform);
 Mesh shapeMesh(const BoxShape &shape, const Transform &transform);
 Mesh shapeMesh(const SphereShape &shape, const Transform &transform);
@@ -69,11 +85,13 @@ inline Mesh shapeMesh(const MeshFile &shape, const Transform &transform) { retur
 // The mesh of any shape: each alternative of ShapeDescription has its overload of shapeMesh.
 Mesh makeMesh(const ShapeDescription &shape, const Transform &transform);
 
-// Computes the normals of a mesh that has none: at a corner, the mean of the normals of the triangles about it that
-// have the same material and are inclined against the corner's own triangle by no more than the material's smoothing
-// angle, weighted by their angles at the corner (Thürmer and Wüthrich, "Computing Vertex Normals from Polygonal
-// Facets", 1998). Vertices whose corners differ are split. `smoothingAngles` are degrees, by material; corners of
-// materials with 0 may get any normal. Vertices count as one for this where their positions are equal.
+// Computes the normals of a mesh that has none of its own, or computes them again for other angles. The normal of a
+// corner is the mean of the normals of the triangles around it that have the same material and are inclined to the
+// corner's own triangle by at most the material's smoothing angle, weighted by their angles at the corner (Thürmer and
+// Wüthrich, "Computing Vertex Normals from Polygonal Facets", 1998). Vertices at equal positions count as one. A vertex
+// whose corners get different normals is split. `smoothingAngles` are in degrees, by material; corners of materials
+// with an angle of 0 get arbitrary normals. Without any angle above 0, the mesh gets no normals and loses those
+// computed before. The result does not depend on earlier calls. [any thread]
 void smoothNormals(Mesh &mesh, const std::vector<double> &smoothingAngles);
 
 } // namespace velm::host

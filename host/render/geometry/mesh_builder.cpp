@@ -9,12 +9,12 @@
 namespace velm::host {
 namespace {
 
-// Adding 0 makes a minus zero a plain one, so that equal places are equal bytes.
+// Adding 0 turns minus zero into zero, so that equal points have equal bytes.
 std::array<float, 3> narrowed(const Vec3 &v) {
     return {static_cast<float>(v.x) + 0.0f, static_cast<float>(v.y) + 0.0f, static_cast<float>(v.z) + 0.0f};
 }
 
-// Minus zero and zero are the same place, and so are all that is not a number.
+// Zero and minus zero count as equal, and so do all NaNs.
 std::uint32_t bits(float value) {
     if (value == 0) return 0;
     return value != value ? 0x7fc00000u : std::bit_cast<std::uint32_t>(value);
@@ -33,7 +33,7 @@ bool same(const std::array<float, n> &a, const std::array<float, n> &b) {
     return true;
 }
 
-// Frees what a vector grew beyond its contents, but for `spare` elements.
+// Frees the unused capacity of a vector, except for `spare` elements.
 template <typename Element>
 void trim(std::vector<Element> &elements, std::size_t spare = 0) {
     if (elements.capacity() <= elements.size() + spare + elements.size() / 8) return;
@@ -83,31 +83,31 @@ void MeshBuilder::grow() {
     const std::size_t mask = larger.size() - 1;
     for (const std::uint32_t entry : table_) {
         if (entry == 0) continue;
-        std::size_t place = hashOf(entry - 1) & mask;
-        while (larger[place] != 0) place = (place + 1) & mask;
-        larger[place] = entry;
+        std::size_t slot = hashOf(entry - 1) & mask;
+        while (larger[slot] != 0) slot = (slot + 1) & mask;
+        larger[slot] = entry;
     }
     table_ = std::move(larger);
 }
 
 std::uint32_t MeshBuilder::addVertex(const BuilderVertex &vertex) {
     if (mesh_.points.size() >= std::numeric_limits<std::uint32_t>::max() - 1) {
-        throw InputError("a mesh of more than four thousand million vertices");
+        throw InputError("a mesh of more than four billion vertices");
     }
     if ((mesh_.points.size() + 1) * 3 > table_.size() * 2) grow();
-    // The newcomer is appended, looked up like any other, and taken off again when it was there already.
+    // The vertex is appended first, so that it can be hashed like the others, and removed again if it has a duplicate.
     append(vertex);
     const std::uint32_t newcomer = static_cast<std::uint32_t>(mesh_.points.size() - 1);
     const std::size_t mask = table_.size() - 1;
-    std::size_t place = hashOf(newcomer) & mask;
-    for (; table_[place] != 0; place = (place + 1) & mask) {
-        if (!equals(table_[place] - 1, vertex)) continue;
+    std::size_t slot = hashOf(newcomer) & mask;
+    for (; table_[slot] != 0; slot = (slot + 1) & mask) {
+        if (!equals(table_[slot] - 1, vertex)) continue;
         mesh_.points.pop_back();
         if (hasNormals_) mesh_.normals.pop_back();
         for (UvMap &map : mesh_.uvMaps) map.values.pop_back();
-        return table_[place] - 1;
+        return table_[slot] - 1;
     }
-    table_[place] = newcomer + 1;
+    table_[slot] = newcomer + 1;
     return newcomer;
 }
 
@@ -156,8 +156,8 @@ Mesh MeshBuilder::finish() {
     const auto isOwnNumber = [&number](std::uint32_t polygon) { return polygon == number++; };
     if (std::all_of(mesh_.polygonNumbers.begin(), mesh_.polygonNumbers.end(), isOwnNumber)) mesh_.polygonNumbers = {};
     if (mesh_.materials.size() < 2) mesh_.materialNumbers = {};
-    trim(mesh_.points, 1); // the ray acceleration reads 16 bytes at the last vertex
-    mesh_.points.reserve(mesh_.points.size() + 1);
+    trim(mesh_.points, 1);
+    mesh_.padPoints();
     trim(mesh_.triangles);
     trim(mesh_.normals);
     for (UvMap &map : mesh_.uvMaps) trim(map.values);

@@ -1,4 +1,4 @@
-// Puts a mesh together from vertices and polygons as files and shapes give them.
+// Builds a mesh from the vertices and polygons of a file or shape.
 #pragma once
 
 #include "host/render/geometry/mesh.h"
@@ -9,31 +9,31 @@
 
 namespace velm::host {
 
-// A vertex on its way into a mesh, already in world space.
+// A vertex to be added to a mesh, in world space.
 struct BuilderVertex {
     Vec3 position, normal;
-    std::vector<std::array<float, 2>> uvs; // one for each of the builder's maps
+    std::vector<std::array<float, 2>> uvs; // one for each of the builder's UV maps
 };
 
-// Equal vertices are merged as they come, so that nothing is ever kept twice.
+// Merges equal vertices as they are added, so that memory never holds a vertex twice.
 class MeshBuilder {
   public:
-    // `hasNormals`: every vertex comes with a normal that is to be kept.
+    // `hasNormals`: every vertex has a normal of its own, which the mesh keeps.
     MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals);
 
-    // Gives the vertex's number in the mesh.
+    // Returns the vertex's index in the mesh. Throws InputError for more than 2^32 - 2 vertices.
     std::uint32_t addVertex(const BuilderVertex &vertex);
 
-    // Gives the material's number; the same one for the same name.
+    // Returns the material's number; the same one for the same name. Throws InputError for more than 65536 materials.
     std::uint16_t addMaterial(const std::string &name);
 
-    // A polygon with its corners clockwise as seen from the front. It gets the next polygon number, and as many
-    // triangles as it needs; those without an area are left out.
+    // Adds a polygon whose corners run clockwise as seen from its front. It gets the next polygon number, and is cut
+    // into triangles; triangles without an area are dropped.
     void addPolygon(const std::vector<std::uint32_t> &corners, std::uint16_t material);
 
     std::size_t triangleCount() const { return mesh_.triangles.size(); }
 
-    // The finished mesh, its buffers trimmed; the builder is empty after this.
+    // Returns the finished mesh, with its buffers trimmed; the builder is empty afterwards.
     Mesh finish();
 
   private:
@@ -45,12 +45,12 @@ class MeshBuilder {
 
     Mesh mesh_;
     bool hasNormals_;
-    std::vector<std::uint32_t> table_;              // open addressing; vertex number + 1, 0 is free
+    std::vector<std::uint32_t> table_;              // open addressing: vertex index + 1, or 0 for a free slot
     std::vector<std::array<std::uint32_t, 3>> cut_; // the triangles of the polygon being added
 };
 
-// Cuts a polygon into triangles of corner numbers (0 to count - 1), in the polygon's own sense of rotation: by ears, so
-// that polygons with notches come out right too. `points` are its corners.
+// Cuts a polygon with the corners `points` into triangles of corner numbers (0 to count - 1), which run in the
+// polygon's own sense. Clips ears, so that concave polygons come out right too.
 void triangulate(const std::vector<Vec3> &points, std::vector<std::array<std::uint32_t, 3>> &triangles);
 
 } // namespace velm::host

@@ -1,219 +1,28 @@
-// Meshes from files.
-#include "host/render/geometry/mesh.h"
-#include "host/render/geometry/mesh_builder.h"
+// Reads meshes from files: a new format is a row here and its reader.
+#include "host/render/geometry/mesh_readers.h"
 
 #include "host/base/error.h"
 #include "host/io/files.h"
 
-#include <assimp/DefaultIOSystem.h>
-#include <assimp/Importer.hpp>
-#include <assimp/postprocess.h>
-#include <assimp/scene.h>
-
 #include <algorithm>
-#include <cstdint>
-#include <fstream>
-#include <limits>
-#include <memory>
-#include <sstream>
-#include <string>
+#include <iterator>
 
 namespace velm::host {
 namespace {
 
-// For the further files that a mesh file names, such as those of its materials: they may be anything, too.
-class RegularFiles final : public Assimp::DefaultIOSystem {
-  public:
-    bool Exists(const char *file) const override { return !whyUnreadable(file); } // theirs opens the file
-    Assimp::IOStream *Open(const char *file, const char *mode) override {
-        return whyUnreadable(file) ? nullptr : DefaultIOSystem::Open(file, mode);
-    }
-};
-
-bool hasPolygons(const aiMesh &mesh) {
-    return std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
-                       [](const aiFace &face) { return face.mNumIndices > 2; });
-}
-
-// The name of a mesh's UV channel: the file's, or "UV", "UV 2" and so on.
-std::string uvNameOf(const aiMesh &mesh, unsigned channel) {
-    const aiString *name = mesh.GetTextureCoordsName(channel);
-    if (name != nullptr && name->length > 0) return name->C_Str();
-    return channel == 0 ? "UV" : "UV " + std::to_string(channel + 1);
-}
-
-std::vector<unsigned> uvChannelsOf(const aiMesh &mesh) {
-    std::vector<unsigned> channels;
-    for (unsigned channel = 0; channel < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++channel) {
-        if (mesh.HasTextureCoords(channel)) channels.push_back(channel);
-    }
-    return channels;
-}
-
-// A text file line by line, however its lines end.
-class Lines {
-  public:
-    explicit Lines(const std::string &file) : stream_(file, std::ios::binary) {}
-
-    // The next line, or false at the end.
-    bool next(std::string &line) {
-        if (!std::getline(stream_, line)) return false;
-        if (line.ends_with('\r')) line.pop_back();
-        return true;
-    }
-
-  private:
-    std::ifstream stream_;
-};
-
-// PLY files begin with lines of text up to "end_header"; the importer looks for it for ever where it is not there. In
-// the text form, a line for each vertex and polygon follows; for lines that are missing the importer takes the last one
-// again.
-void requireWholePly(const std::string &file) {
-    const auto fail = [&file](const std::string &why) {
-        throw InputError({.file = file}, "cannot read the mesh: " + why);
-    };
-    Lines lines(file);
-    std::string line;
-    if (!lines.next(line) || (line != "ply" && line != "PLY")) return;
-    bool isText = false;
-    std::uint64_t expected = 0, found = 0;
-    do {
-        if (!lines.next(line)) fail("its header does not end; a line \"end_header\" is expected");
-        std::istringstream words(line); // such as "format ascii 1.0" and "element vertex 3"
-        std::string keyword, name;
-        std::uint64_t count = 0;
-        words >> keyword >> name >> count;
-        if (keyword == "format") isText = name == "ascii";
-        if (keyword == "element") expected += count;
-    } while (line != "end_header");
-    if (!isText) return;
-    while (found < expected && lines.next(line))
-        if (line.find_first_not_of(" \t") != std::string::npos) ++found;
-    if (found < expected)
-        fail("it ends too early: of " + std::to_string(expected) + " lines behind its header, " +
-             std::to_string(found) + " are there");
-}
-
-// Takes the polygons of a read file over, one mesh of it after the other.
-class FileMesh {
-  public:
-    FileMesh(const aiScene &scene, const Transform &transform, const std::string &file)
-        : scene_(scene), transform_(transform), file_(file), uvNames_(allUvNames(scene)),
-          hasNormals_(allHaveNormals(scene)), builder_(uvNames_, hasNormals_) {}
-
-    Mesh build() {
-        addNode(*scene_.mRootNode, aiMatrix4x4());
-        if (builder_.triangleCount() == 0) throw InputError({.file = file_}, "the mesh has no polygons");
-        return builder_.finish();
-    }
-
-  private:
-    static std::vector<std::string> allUvNames(const aiScene &scene) {
-        std::vector<std::string> names;
-        for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
-            for (const unsigned channel : uvChannelsOf(*scene.mMeshes[i])) {
-                const std::string name = uvNameOf(*scene.mMeshes[i], channel);
-                if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
-            }
-        }
-        return names;
-    }
-
-    static bool allHaveNormals(const aiScene &scene) {
-        return std::all_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes,
-                           [](const aiMesh *mesh) { return mesh->HasNormals() || !hasPolygons(*mesh); });
-    }
-
-    void addNode(const aiNode &node, const aiMatrix4x4 &parent) {
-        const aiMatrix4x4 place = parent * node.mTransformation;
-        for (unsigned i = 0; i < node.mNumMeshes; ++i) addMesh(*scene_.mMeshes[node.mMeshes[i]], place);
-        for (unsigned i = 0; i < node.mNumChildren; ++i) addNode(*node.mChildren[i], place);
-    }
-
-    void addMesh(const aiMesh &mesh, const aiMatrix4x4 &place) {
-        if (!hasPolygons(mesh)) return;
-        const std::vector<std::uint32_t> numbers = addVertices(mesh, place);
-        const std::uint16_t material = builder_.addMaterial(materialName(mesh));
-        // Files are right-handed: taking them to left-handed axes turns every polygon round, and so does each further
-        // mirroring on its way.
-        const bool turn = !(transform_.mirrors() != (aiMatrix3x3(place).Determinant() < 0));
-        std::vector<std::uint32_t> corners;
-        for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
-            const aiFace &face = mesh.mFaces[i];
-            if (face.mNumIndices < 3) continue;
-            corners.clear();
-            for (unsigned k = 0; k < face.mNumIndices; ++k) {
-                if (face.mIndices[k] >= numbers.size()) {
-                    throw InputError({.file = file_}, "a polygon of the mesh has a vertex that is not there");
-                }
-                corners.push_back(numbers[face.mIndices[k]]);
-            }
-            if (turn) std::reverse(corners.begin() + 1, corners.end());
-            builder_.addPolygon(corners, material);
-        }
-    }
-
-    std::vector<std::uint32_t> addVertices(const aiMesh &mesh, const aiMatrix4x4 &place) {
-        std::vector<std::size_t> target; // of each channel, its place among our maps
-        const std::vector<unsigned> channels = uvChannelsOf(mesh);
-        for (const unsigned channel : channels) {
-            const auto found = std::find(uvNames_.begin(), uvNames_.end(), uvNameOf(mesh, channel));
-            target.push_back(static_cast<std::size_t>(found - uvNames_.begin()));
-        }
-        const aiMatrix3x3 normalPlace = aiMatrix3x3(place).Inverse().Transpose();
-        constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
-        BuilderVertex vertex;
-        std::vector<std::uint32_t> numbers;
-        numbers.reserve(mesh.mNumVertices);
-        for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
-            const aiVector3D point = place * mesh.mVertices[i];
-            vertex.position = transform_.pointToWorld({point.x, point.y, -point.z});
-            if (hasNormals_) {
-                const aiVector3D normal = normalPlace * mesh.mNormals[i];
-                // A normal without a direction stays 0: there the polygon's own normal counts.
-                vertex.normal = normalised(transform_.normalToWorld({normal.x, normal.y, -normal.z}), {0, 0, 0});
-            }
-            vertex.uvs.assign(uvNames_.size(), {kNone, kNone});
-            for (std::size_t k = 0; k < channels.size(); ++k) {
-                const aiVector3D &uv = mesh.mTextureCoords[channels[k]][i];
-                vertex.uvs[target[k]] = {uv.x, uv.y};
-            }
-            numbers.push_back(builder_.addVertex(vertex));
-        }
-        return numbers;
-    }
-
-    std::string materialName(const aiMesh &mesh) const {
-        return mesh.mMaterialIndex < scene_.mNumMaterials ? scene_.mMaterials[mesh.mMaterialIndex]->GetName().C_Str()
-                                                          : "";
-    }
-
-    const aiScene &scene_;
-    const Transform &transform_;
-    const std::string &file_;
-    std::vector<std::string> uvNames_;
-    bool hasNormals_;
-    MeshBuilder builder_;
+// The first reader that recognises a file reads it.
+constexpr MeshReader kMeshReaders[] = {
+    {.recognises = isPly, .read = readPly},
+    {.recognises = [](const std::string &) { return true; }, .read = readWithAssimp},
 };
 
 } // namespace
 
 Mesh readMesh(const std::string &file, const Transform &transform) {
     if (const auto reason = whyUnreadable(file)) throw InputError({.file = file}, "cannot read the mesh: " + *reason);
-    requireWholePly(file);
-    Assimp::Importer importer;
-    importer.SetIOHandler(std::make_unique<RegularFiles>().release()); // which the importer owns
-    const aiScene *scene = importer.ReadFile(file, 0);
-    if (scene == nullptr) {
-        const std::string why = importer.GetErrorString();
-        throw InputError({.file = file}, "cannot read the mesh: " +
-                                             (why == "std::bad_alloc" ? "there is not enough memory for it" : why));
-    }
-    if (scene->mRootNode == nullptr || scene->mNumMeshes == 0) {
-        throw InputError({.file = file}, "the mesh has no polygons");
-    }
-    return FileMesh(*scene, transform, file).build();
+    const MeshReader &reader = *std::find_if(std::begin(kMeshReaders), std::end(kMeshReaders),
+                                             [&](const MeshReader &each) { return each.recognises(file); });
+    return reader.read(file, transform);
 }
 
 } // namespace velm::host

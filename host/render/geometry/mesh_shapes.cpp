@@ -1,4 +1,4 @@
-// The shapes that need no file.
+// The meshes of the built-in shapes.
 #include "host/render/geometry/mesh.h"
 #include "host/render/geometry/mesh_builder.h"
 
@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <numbers>
+#include <variant>
 
 namespace velm::host {
 namespace {
@@ -14,7 +15,7 @@ void requirePositive(double size, const char *what) {
     if (!(size > 0) || !std::isfinite(size)) throw InputError(std::string(what) + " has to be above 0");
 }
 
-// Vertices in object space, polygons clockwise from their front there.
+// Takes vertices in object space, and polygons whose corners run clockwise as seen from their front there.
 class ShapeBuilder {
   public:
     ShapeBuilder(const Transform &transform, bool hasNormals)
@@ -39,7 +40,8 @@ class ShapeBuilder {
     bool mirrors_;
 };
 
-// One side of a box: its middle is at `outward`, `right` and `up` reach to its edges, as seen from outside.
+// Adds one side of a box, whose middle is at `outward`; `right` and `up` lead from there to its edges, as seen from
+// outside.
 void addSide(ShapeBuilder &builder, const Vec3 &outward, const Vec3 &right, const Vec3 &up, bool inward) {
     const std::uint32_t lowerLeft = builder.vertex(outward - right - up, 0, 0);
     const std::uint32_t upperLeft = builder.vertex(outward - right + up, 0, 1);
@@ -53,6 +55,10 @@ void addSide(ShapeBuilder &builder, const Vec3 &outward, const Vec3 &right, cons
 }
 
 } // namespace
+
+Mesh makeMesh(const ShapeDescription &description, const Transform &transform) {
+    return std::visit([&transform](const auto &shape) { return shapeMesh(shape, transform); }, description);
+}
 
 Mesh shapeMesh(const PlaneShape &shape, const Transform &transform) {
     requirePositive(shape.width, "the width of a plane");
@@ -80,8 +86,8 @@ Mesh shapeMesh(const SphereShape &shape, const Transform &transform) {
     if (shape.segments < 3) throw InputError("a sphere has to have at least 3 segments");
     const int columns = shape.segments, rows = std::max(2, shape.segments / 2);
     ShapeBuilder builder(transform, true);
-    // Rows run from the south pole up, columns from +Z by way of -X, so to the right as seen from outside. At the poles
-    // a vertex stands in the middle of its column.
+    // Rows run upwards from the south pole, columns from +Z through -X, which is to the right as seen from outside. The
+    // vertex of a column at a pole lies in the middle of the column's u.
     const auto vertex = [&](int column, int row) {
         const bool pole = row == 0 || row == rows;
         const double u = (column + (pole ? 0.5 : 0.0)) / columns, v = static_cast<double>(row) / rows;

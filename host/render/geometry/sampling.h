@@ -1,4 +1,4 @@
-// The renderer's own sample points: the same for the same pixel, whichever thread computes it.
+// The renderer's sample points. They depend on the pixel and the sample only, never on the thread.
 #pragma once
 
 #include "host/base/hash.h"
@@ -15,7 +15,7 @@ constexpr std::uint32_t combine(std::uint32_t seed, std::uint32_t value) {
     return scramble(seed ^ (value + 0x9e3779b9u + (seed << 6) + (seed >> 2)));
 }
 
-// Van der Corput's sequence in base 2, as 32-bit fractions, each bit turned by the scrambling word.
+// Point `index` of van der Corput's sequence in base 2, as a 32-bit fraction, its bits inverted by the scrambling word.
 constexpr std::uint32_t radicalInverse(std::uint32_t index, std::uint32_t word) {
     index = (index << 16) | (index >> 16);
     index = ((index & 0x00ff00ffu) << 8) | ((index & 0xff00ff00u) >> 8);

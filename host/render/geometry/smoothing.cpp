@@ -14,24 +14,24 @@ std::vector<std::uint32_t> groupByPosition(const Mesh &mesh) {
     const std::size_t count = mesh.points.size();
     std::vector<std::uint32_t> group(count);
     std::iota(group.begin(), group.end(), 0u);
-    if (mesh.uvMaps.empty()) return group; // vertices only differ by where they are
-    // By their bits, which order even what is not a number.
-    const auto place = [&](std::uint32_t vertex) {
+    if (mesh.uvMaps.empty()) return group; // vertices differ only in position
+    // Ordered by their bits, which works for NaNs too.
+    const auto bitsOf = [&](std::uint32_t vertex) {
         return std::bit_cast<std::array<std::uint32_t, 3>>(mesh.points[vertex]);
     };
     const auto before = [&](std::uint32_t a, std::uint32_t b) {
-        const auto placeA = place(a), placeB = place(b);
-        return placeA != placeB ? placeA < placeB : a < b;
+        const auto pointA = bitsOf(a), pointB = bitsOf(b);
+        return pointA != pointB ? pointA < pointB : a < b;
     };
     std::vector<std::uint32_t> order = group;
     std::sort(order.begin(), order.end(), before);
     for (std::size_t i = 1; i < count; ++i) {
-        if (place(order[i]) == place(order[i - 1])) group[order[i]] = group[order[i - 1]];
+        if (bitsOf(order[i]) == bitsOf(order[i - 1])) group[order[i]] = group[order[i - 1]];
     }
     return group;
 }
 
-// The corners (3 times the triangle plus the place in it) at each group of vertices, one group after the other.
+// The corners at each group of vertices, one group after the other. Corner k of triangle t has the number 3 t + k.
 struct CornerLists {
     std::vector<std::size_t> starts; // by group; one more than there are vertices
     std::vector<std::size_t> corners;
@@ -53,35 +53,35 @@ CornerLists cornersByGroup(const Mesh &mesh, const std::vector<std::uint32_t> &g
     return lists;
 }
 
-// What a corner adds to the normals about it.
+// The contribution of a corner to the normals around it.
 struct Facet {
     Vec3 normal; // of its triangle, unit length
     double weight;
-    std::size_t triangle, place;
+    std::size_t triangle, corner; // 0 to 2, in the triangle
     std::uint16_t material;
 };
 
 Facet facetAt(const Mesh &mesh, std::size_t corner) {
-    const std::size_t triangle = corner / 3, place = corner % 3;
+    const std::size_t triangle = corner / 3, which = corner % 3;
     const auto number = static_cast<std::uint32_t>(triangle);
-    const Vec3 here = mesh.corner(number, static_cast<int>(place));
-    const Vec3 a = normalised(mesh.corner(number, static_cast<int>((place + 1) % 3)) - here);
-    const Vec3 b = normalised(mesh.corner(number, static_cast<int>((place + 2) % 3)) - here);
+    const Vec3 here = mesh.corner(number, static_cast<int>(which));
+    const Vec3 a = normalised(mesh.corner(number, static_cast<int>((which + 1) % 3)) - here);
+    const Vec3 b = normalised(mesh.corner(number, static_cast<int>((which + 2) % 3)) - here);
     const Vec3 across =
         cross(mesh.corner(number, 1) - mesh.corner(number, 0), mesh.corner(number, 2) - mesh.corner(number, 0));
     return {.normal = normalised(across),
             .weight = std::acos(std::clamp(dot(a, b), -1.0, 1.0)),
             .triangle = triangle,
-            .place = place,
+            .corner = which,
             .material = mesh.materialNumber(number)};
 }
 
-// Works through the corners of one place at a time.
+// Computes the normals of the corners at one point at a time.
 class CornerSmoother {
   public:
     CornerSmoother(Mesh &mesh, const std::vector<double> &smoothingAngles) : mesh_(mesh) {
         for (const double degrees : smoothingAngles) {
-            // A little more than the angle, so that triangles inclined by just that are smoothed.
+            // A little more than the angle, so that triangles inclined by exactly that angle are smoothed.
             cosines_.push_back(std::cos(std::min(degrees + 1e-4, 180.0) * std::numbers::pi / 180));
         }
     }
@@ -97,14 +97,14 @@ class CornerSmoother {
     }
 
   private:
-    // A normal that a vertex has got, and the number of the vertex that carries it.
+    // A normal that corners at a vertex share, and the vertex that holds it: the original or a duplicate.
     struct Variant {
         std::uint32_t original, number;
         std::array<float, 3> normal;
     };
 
-    // Whether every corner here smooths with every other. No two triangles are inclined by more than twice what the
-    // farthest is from the first, so one look at each is enough.
+    // Whether every corner here is smoothed with every other one. Two triangles are inclined to each other by at most
+    // twice the largest inclination to the first one, so a single pass decides.
     bool allAlike() const {
         const Facet &first = facets_.front();
         const double limit = std::acos(cosines_[first.material]) / 2;
@@ -128,7 +128,7 @@ class CornerSmoother {
     void assign(const Facet &facet, const Vec3 &normal) {
         const std::array<float, 3> narrow = {static_cast<float>(normal.x), static_cast<float>(normal.y),
                                              static_cast<float>(normal.z)};
-        std::uint32_t &corner = mesh_.triangles[facet.triangle].corners[facet.place];
+        std::uint32_t &corner = mesh_.triangles[facet.triangle].corners[facet.corner];
         bool known = false;
         for (const Variant &variant : variants_) {
             if (variant.original != corner) continue;
@@ -143,7 +143,7 @@ class CornerSmoother {
         variants_.push_back({.original = original, .number = corner, .normal = narrow});
     }
 
-    // The same mean comes out a little different when it is summed in another order.
+    // The same mean differs by rounding errors when it is summed in another order.
     static bool close(const std::array<float, 3> &a, const std::array<float, 3> &b) {
         constexpr float kClose = 1e-6f;
         return std::abs(a[0] - b[0]) + std::abs(a[1] - b[1]) + std::abs(a[2] - b[2]) < kClose;
@@ -151,6 +151,7 @@ class CornerSmoother {
 
     std::uint32_t duplicate(std::uint32_t vertex) {
         const auto number = static_cast<std::uint32_t>(mesh_.points.size());
+        mesh_.splitFrom.push_back(vertex);
         mesh_.points.push_back(HostPoint(mesh_.points[vertex]));
         mesh_.normals.emplace_back();
         for (UvMap &map : mesh_.uvMaps) map.values.push_back(std::array<float, 2>(map.values[vertex]));
@@ -163,9 +164,27 @@ class CornerSmoother {
     std::vector<Variant> variants_;
 };
 
+// Undoes smoothNormals: joins split vertices again and drops the normals.
+void removeNormals(Mesh &mesh) {
+    const std::size_t count = mesh.points.size() - mesh.splitFrom.size();
+    for (HostPolygon &triangle : mesh.triangles) {
+        for (std::uint32_t &corner : triangle.corners)
+            if (corner >= count) corner = mesh.splitFrom[corner - count];
+    }
+    mesh.points.resize(count);
+    mesh.padPoints();
+    for (UvMap &map : mesh.uvMaps) map.values.resize(count);
+    mesh.normals = {};
+    mesh.splitFrom = {};
+    mesh.smoothingAngles = {};
+}
+
 } // namespace
 
 void smoothNormals(Mesh &mesh, const std::vector<double> &smoothingAngles) {
+    if (!mesh.smoothingAngles.empty()) removeNormals(mesh);
+    if (std::none_of(smoothingAngles.begin(), smoothingAngles.end(), [](double angle) { return angle > 0; })) return;
+    mesh.smoothingAngles = smoothingAngles;
     const std::vector<std::uint32_t> group = groupByPosition(mesh);
     const CornerLists lists = cornersByGroup(mesh, group);
     mesh.normals.resize(mesh.points.size());
@@ -174,7 +193,7 @@ void smoothNormals(Mesh &mesh, const std::vector<double> &smoothingAngles) {
         const std::size_t begin = lists.starts[i], end = lists.starts[i + 1];
         if (begin != end) smoother.smooth(lists.corners.data() + begin, lists.corners.data() + end);
     }
-    mesh.points.reserve(mesh.points.size() + 1); // the ray acceleration reads 16 bytes at the last vertex
+    mesh.padPoints();
 }
 
 } // namespace velm::host

@@ -13,7 +13,7 @@ Matrix Matrix::inverse() const {
     Matrix result;
     for (int row = 0; row < 3; ++row) {
         for (int column = 0; column < 3; ++column) {
-            // The cofactor of the transposed place; taking rows and columns in turn gives it its sign.
+            // The cofactor of the transposed element; the cyclic order of rows and columns yields its sign.
             const int r1 = (column + 1) % 3, r2 = (column + 2) % 3, c1 = (row + 1) % 3, c2 = (row + 2) % 3;
             result.m[3 * row + column] = factor * (m[3 * r1 + c1] * m[3 * r2 + c2] - m[3 * r1 + c2] * m[3 * r2 + c1]);
         }

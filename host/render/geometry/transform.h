@@ -1,4 +1,4 @@
-// Where an object or camera stands.
+// The position, rotation and scale of an object.
 #pragma once
 
 #include "host/render/geometry/vector.h"
@@ -6,7 +6,7 @@
 
 namespace velm::host {
 
-// A 3 by 3 matrix by row, as shading samples carry it.
+// A 3 by 3 matrix in row order, as shading samples hold it.
 struct Matrix {
     double m[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
 
@@ -20,7 +20,7 @@ struct Matrix {
                 m[2] * v.x + m[5] * v.y + m[8] * v.z};
     }
     double determinant() const;
-    Matrix inverse() const; // of a matrix whose determinant is not 0
+    Matrix inverse() const; // the determinant must not be 0
 };
 
 // Heading, pitch and bank in degrees: bank is applied first (about +Z, +X towards +Y), then pitch (about +X, +Y towards
@@ -36,7 +36,7 @@ struct Transform {
     Vec3 position;
 
     Transform() = default;
-    // Scale, then rotation, then position. A scale of 0 gives matrices that are not finite: check before.
+    // Scale, then rotation, then translation. A scale of 0 makes matrices that are not finite; callers check for it.
     explicit Transform(const TransformDescription &description);
 
     Vec3 pointToWorld(const Vec3 &point) const { return toWorld * point + position; }

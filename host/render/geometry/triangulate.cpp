@@ -1,4 +1,4 @@
-// Polygons into triangles, by clipping ears (Meisters, "Polygons Have Ears", 1975).
+// Cuts polygons into triangles by clipping ears (Meisters, "Polygons Have Ears", 1975).
 #include "host/render/geometry/mesh_builder.h"
 
 #include <numeric>
@@ -10,7 +10,7 @@ struct Point2 {
     double x, y;
 };
 
-// Twice the signed area; positive where a, b, c turn the way that the whole polygon does.
+// Twice the signed area; positive where a, b, c turn in the polygon's own sense.
 double area(const Point2 &a, const Point2 &b, const Point2 &c) {
     return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
 }
@@ -19,7 +19,7 @@ bool contains(const Point2 &a, const Point2 &b, const Point2 &c, const Point2 &p
     return area(a, b, p) >= 0 && area(b, c, p) >= 0 && area(c, a, p) >= 0;
 }
 
-// Newell's normal: right for polygons that are notched or not quite flat.
+// Newell's normal, which also holds for polygons that are concave or not quite flat.
 Vec3 newellNormal(const std::vector<Vec3> &points) {
     Vec3 normal;
     for (std::size_t i = 0; i < points.size(); ++i) {
@@ -29,7 +29,7 @@ Vec3 newellNormal(const std::vector<Vec3> &points) {
     return normal;
 }
 
-// The corners seen along the normal's longest component, turning counter-clockwise.
+// The corners projected along the normal's longest component, so that they run counter-clockwise.
 std::vector<Point2> flatten(const std::vector<Vec3> &points) {
     const Vec3 normal = newellNormal(points);
     const Vec3 size{std::fabs(normal.x), std::fabs(normal.y), std::fabs(normal.z)};
@@ -47,17 +47,16 @@ std::vector<Point2> flatten(const std::vector<Vec3> &points) {
     return flat;
 }
 
-// Whether the corner at `place` of what is left can be cut off.
-bool isEar(const std::vector<Point2> &flat, const std::vector<std::uint32_t> &left, std::size_t place) {
+// Whether the corner left[at] of the remaining polygon can be cut off.
+bool isEar(const std::vector<Point2> &flat, const std::vector<std::uint32_t> &left, std::size_t at) {
     const std::size_t count = left.size();
-    const std::uint32_t before = left[(place + count - 1) % count], tip = left[place],
-                        after = left[(place + 1) % count];
+    const std::uint32_t before = left[(at + count - 1) % count], tip = left[at], after = left[(at + 1) % count];
     if (area(flat[before], flat[tip], flat[after]) <= 0) return false;
     for (const std::uint32_t other : left) {
         if (other == before || other == tip || other == after) continue;
         const Point2 &p = flat[other];
         const auto same = [&p](const Point2 &q) { return p.x == q.x && p.y == q.y; };
-        // A corner that only touches one of the ear's, as where a hole is joined to the rim, is not in the way.
+        // A corner at the same point as one of the ear's, as where a hole is joined to the rim, does not block the ear.
         if (same(flat[before]) || same(flat[tip]) || same(flat[after])) continue;
         if (contains(flat[before], flat[tip], flat[after], p)) return false;
     }
@@ -76,18 +75,18 @@ void triangulate(const std::vector<Vec3> &points, std::vector<std::array<std::ui
     const std::vector<Point2> flat = flatten(points);
     std::vector<std::uint32_t> left(points.size());
     std::iota(left.begin(), left.end(), 0u);
-    std::size_t place = 0, refused = 0;
+    std::size_t at = 0, refused = 0;
     while (left.size() > 3) {
-        place %= left.size();
-        // A polygon that crosses itself may have no ear left: then any corner has to do.
-        if (!isEar(flat, left, place) && refused < left.size()) {
-            ++place;
+        at %= left.size();
+        // A polygon that crosses itself may have no ear left: then any corner is cut off.
+        if (!isEar(flat, left, at) && refused < left.size()) {
+            ++at;
             ++refused;
             continue;
         }
         const std::size_t count = left.size();
-        triangles.push_back({left[(place + count - 1) % count], left[place], left[(place + 1) % count]});
-        left.erase(left.begin() + static_cast<std::ptrdiff_t>(place));
+        triangles.push_back({left[(at + count - 1) % count], left[at], left[(at + 1) % count]});
+        left.erase(left.begin() + static_cast<std::ptrdiff_t>(at));
         refused = 0;
     }
     triangles.push_back({left[0], left[1], left[2]});

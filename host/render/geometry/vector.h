@@ -1,4 +1,4 @@
-// Vectors of the renderer's own arithmetic: double, three components, and the rows that meshes are kept in.
+// The renderer's vectors: three components in double precision.
 #pragma once
 
 #include "host/scene/format/description.h"

@@ -13,7 +13,8 @@ Camera::Camera(const CameraDescription &description, int width, int height)
                                                    "\" has to be between 0 and 180 degrees");
     }
     if (description.hasTarget && description.target == description.position) {
-        throw InputError(description.location, "the camera \"" + description.name + "\" stands on its own target");
+        throw InputError(description.location,
+                         "the camera \"" + description.name + "\" is at the same position as its target");
     }
     toWorld_ =
         description.hasTarget ? lookAlong(Vec3(description.target) - position_) : rotationMatrix(description.rotation);
@@ -23,7 +24,7 @@ Camera::Camera(const CameraDescription &description, int width, int height)
 CameraRay Camera::ray(double x, double y) const {
     const Vec3 film{(x - middleX_) * pixelSize_, (middleY_ - y) * pixelSize_, 1};
     const Vec3 direction = normalised(film);
-    // At a distance along the ray, the film plane through that point is `direction.z` times as far away.
+    // At distance d along the ray, the film plane through that point is `direction.z` times d away.
     return {.origin = position_, .direction = toWorld_ * direction, .spread = pixelSize_ * direction.z};
 }
 
@@ -35,7 +36,7 @@ CameraRay Camera::filmRay(double x, double y) const {
 CameraView Camera::view() const {
     CameraView view;
     position_.store(view.position);
-    // Rows are the axes, which stand in the columns of our matrix.
+    // The view's rows are the camera's axes, which are the columns of our matrix.
     for (int row = 0; row < 3; ++row) {
         for (int column = 0; column < 3; ++column) view.matrix[3 * row + column] = toWorld_.m[3 * column + row];
     }

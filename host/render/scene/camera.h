@@ -9,11 +9,11 @@ namespace velm::host {
 
 struct CameraRay {
     Vec3 origin, direction; // unit length
-    double spread;          // the footprint of a pixel grows by this width for each metre along the ray
+    double spread;          // growth of a pixel's footprint per metre along the ray
 };
 
-// What the picture falls on, in metres. All films are as wide as that of 35 mm still cameras; as high as the picture
-// asks for.
+// The size of the film, in metres. Films are as wide as those of 35 mm still cameras; their height follows from the
+// picture's aspect.
 struct FilmSize {
     double width, height;
 };
@@ -23,25 +23,25 @@ inline FilmSize filmSize(int pictureWidth, int pictureHeight) {
     return {.width = kFilmWidth, .height = kFilmWidth * pictureHeight / pictureWidth};
 }
 
-// A pinhole camera with square pixels, made ready for one size of picture.
+// A pinhole camera with square pixels, prepared for pictures of one size.
 class Camera {
   public:
     // Throws InputError for a field of view that is not between 0 and 180 degrees, and for a target at the camera's own
     // position.
     Camera(const CameraDescription &description, int width, int height);
 
-    // The ray through a place of the picture, in pixels from its upper left corner: pixel (0, 0) has its middle at
+    // The ray through a point of the picture, in pixels from its upper left corner: the middle of pixel (0, 0) is at
     // (0.5, 0.5).
     CameraRay ray(double x, double y) const;
 
-    // The same ray by a place of the film, in metres from its middle to the picture's right and to its top. Beyond the
-    // film's edges the view goes on. Apart from its spread, the ray does not depend on the picture's size.
+    // The ray through a point of the film, in metres from its middle to the picture's right and to its top; also beyond
+    // the film's edges. Except for its spread, the ray does not depend on the picture's size.
     CameraRay filmRay(double x, double y) const;
 
-    // The unit vector along which the camera looks: the film's normal.
+    // The unit vector in which the camera looks: the film's normal.
     Vec3 forward() const { return toWorld_ * Vec3{0, 0, 1}; }
 
-    // Where it stands and looks, as services want to know it.
+    // The position and direction, as the services describe them.
     CameraView view() const;
 
   private:

@@ -19,7 +19,7 @@ CurrentScene setCurrentScene(const CurrentScene &scene) {
 }
 
 const HostItem *currentItem(const HostItem *item) {
-    return current.world && current.world->items.contains(item) ? item : nullptr;
+    return current.scene && current.scene->items.contains(item) ? item : nullptr;
 }
 
 } // namespace velm::host

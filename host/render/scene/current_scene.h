@@ -1,24 +1,24 @@
-// The scene that services tell of.
+// The scene that the services describe.
 #pragma once
 
 #include "host/render/scene/render_scene_data.h"
 
 namespace velm::host {
 
-// The World that was built last and still stands; while a frame is rendered, that of the frame. Without one there are
-// no objects, lights, cameras or maps to tell of.
+// The RenderScene that was built last, if it still exists; while a frame is rendered, that of the frame. Without one,
+// services list no objects, lights, cameras or maps.
 struct CurrentScene {
-    const RenderSceneData *world = nullptr;
+    const RenderSceneData *scene = nullptr;
     int width = 0, height = 0; // of its picture, in pixels
 };
 
 // [render threads]
 const CurrentScene &currentScene();
 
-// Gives what it was before. [between frames]
+// Returns the previous one. [between frames]
 CurrentScene setCurrentScene(const CurrentScene &scene);
 
-// The item, where it is one of the current scene's; null for all others, and for items of a scene that is gone.
+// `item` if it belongs to the current scene, else null; the handle of a scene that no longer exists is fine.
 // [render threads]
 const HostItem *currentItem(const HostItem *item);
 

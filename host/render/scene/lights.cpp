@@ -6,15 +6,14 @@
 
 namespace velm::host {
 
-Light::Light(const LightDescription &description, int index)
-    : item{.type = kItemLight, .index = index, .name = description.name}, kind_(description.kind),
-      position_(description.position), colour_(description.intensity * Vec3(description.colour)),
-      shadows_(description.shadows) {
+Light::Light(const LightDescription &description)
+    : kind_(description.kind), position_(description.position),
+      colour_(description.intensity * Vec3(description.colour)), shadows_(description.shadows) {
     const auto fail = [&](const char *why) {
         throw InputError(description.location, "the light \"" + description.name + "\" " + why);
     };
     if (kind_ == LightDescription::Kind::point) return;
-    if (description.position == description.target) fail("stands on its own target");
+    if (description.position == description.target) fail("is at the same position as its target");
     const Matrix toWorld = lookAlong(Vec3(description.target) - position_);
     forward_ = toWorld * Vec3{0, 0, 1};
     if (kind_ != LightDescription::Kind::area) return;

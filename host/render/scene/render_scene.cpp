@@ -1,219 +1,25 @@
 #include "host/render/scene/render_scene.h"
 
-#include "host/base/names.h"
-#include "host/graph/surface.h"
+#include "host/base/error.h"
+#include "host/base/thread_role.h"
 #include "host/render/scene/current_scene.h"
 #include "host/render/scene/render_scene_data.h"
+#include "host/render/scene/scene_builders.h"
 #include "host/services/uv_provider.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstring>
-#include <functional>
-#include <limits>
 #include <new>
 
 namespace velm::host {
 namespace {
 
-// The bounds of what carries a surface.
-struct Bounds {
-    double sides[3][2] = {{INFINITY, -INFINITY}, {INFINITY, -INFINITY}, {INFINITY, -INFINITY}};
-
-    void include(const Vec3 &point) {
-        const double values[3] = {point.x, point.y, point.z};
-        for (int axis = 0; axis < 3; ++axis) {
-            sides[axis][0] = std::min(sides[axis][0], values[axis]);
-            sides[axis][1] = std::max(sides[axis][1], values[axis]);
-        }
-    }
-};
-
-// The first step: what services tell of.
-class ContentBuilder {
-  public:
-    ContentBuilder(const SceneDescription &scene, RenderSceneData &data) : scene_(scene), data_(data) {}
-
-    void build() {
-        data_.sceneName = scene_.name;
-        data_.sceneFile = scene_.file;
-        data_.render = scene_.render;
-        for (const LightDescription &light : scene_.lights) {
-            data_.lights.emplace_back(light, static_cast<int>(data_.lights.size()));
-            data_.items.insert(&data_.lights.back().item);
-        }
-        for (const CameraDescription &camera : scene_.cameras) {
-            data_.cameras.push_back(
-                {.item = {.type = kItemCamera, .index = static_cast<int>(data_.cameras.size()), .name = camera.name},
-                 .description = camera});
-            data_.items.insert(&data_.cameras.back().item);
-        }
-        for (const ObjectDescription &object : scene_.objects) addObject(object);
-    }
-
-  private:
-    void addObject(const ObjectDescription &description) {
-        try {
-            checkTransform(description.transform);
-            RenderObject &object = data_.objects.emplace_back();
-            object.item = {.type = kItemObject,
-                           .index = static_cast<int>(data_.objects.size() - 1),
-                           .name = description.name,
-                           .mesh = &object.mesh};
-            data_.items.insert(&object.item);
-            object.transform = Transform(description.transform);
-            if (const auto *file = std::get_if<MeshFile>(&description.shape)) object.file = file->file;
-            object.mesh = makeMesh(description.shape, object.transform);
-            for (const UvMap &map : object.mesh.uvMaps) addUvMap(map.name);
-        } catch (const InputError &error) {
-            throw InputError(description.location, "object \"" + description.name + "\": " + error.what());
-        }
-    }
-
-    void addUvMap(const std::string &name) {
-        std::vector<std::string> &names = data_.uvMapNames;
-        if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
-    }
-
-    static void checkTransform(const TransformDescription &transform) {
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            if (!std::isfinite(transform.position[axis]) || !std::isfinite(transform.rotation[axis])) {
-                throw InputError("its position and rotation have to be finite");
-            }
-            if (transform.scale[axis] == 0 || !std::isfinite(transform.scale[axis])) {
-                throw InputError("its scale must not be 0");
-            }
-        }
-    }
-
-    const SceneDescription &scene_;
-    RenderSceneData &data_;
-};
-
-// The second step: what rays meet.
-class SurfaceBuilder {
-  public:
-    SurfaceBuilder(const SceneDescription &scene, const SurfaceLookup &surfaceOf, RenderSceneData &data)
-        : scene_(scene), surfaceOf_(surfaceOf), data_(data) {}
-
-    void build() {
-        data_.backdrop = Backdrop(scene_.backdrop);
-        data_.ambient = scene_.render.ambientIntensity * Vec3(scene_.render.ambientColour);
-        for (std::size_t i = 0; i < data_.objects.size(); ++i) coverObject(scene_.objects[i], data_.objects[i]);
-        finishSurfaces();
-        accelerate();
-    }
-
-  private:
-    void coverObject(const ObjectDescription &description, RenderObject &object) {
-        location_ = description.location;
-        try {
-            assignSurfaces(description, object);
-            smooth(object);
-        } catch (const InputError &error) {
-            throw InputError(location_, "object \"" + description.name + "\": " + error.what());
-        }
-    }
-
-    // Which surface each material of the mesh gets: its own, or the one that is given for all others.
-    void assignSurfaces(const ObjectDescription &description, RenderObject &object) {
-        const std::vector<std::string> &materials = object.mesh.materials;
-        const SurfaceUse *others = nullptr;
-        for (const SurfaceUse &use : description.surfaces) {
-            if (use.material.empty()) {
-                others = &use;
-            } else if (std::find(materials.begin(), materials.end(), use.material) == materials.end()) {
-                standAt(use);
-                throw InputError("its mesh has no material \"" + use.material + "\"" +
-                                 didYouMean(use.material, materials));
-            }
-        }
-        for (const std::string &material : materials) {
-            const auto own = std::find_if(description.surfaces.begin(), description.surfaces.end(),
-                                          [&](const SurfaceUse &use) { return use.material == material; });
-            const SurfaceUse *use = own != description.surfaces.end() ? &*own : others;
-            if (use == nullptr) {
-                throw InputError(material.empty() ? "it has no surface"
-                                                  : "there is no surface for its mesh's material \"" + material + "\"");
-            }
-            standAt(*use);
-            object.surfaces.push_back(surfaceNumber(use->surface));
-            location_ = description.location;
-        }
-    }
-
-    // Errors from here on are about this use of a surface.
-    void standAt(const SurfaceUse &use) {
-        if (!use.location.file.empty()) location_ = use.location;
-    }
-
-    std::uint16_t surfaceNumber(const std::string &name) {
-        const auto known = std::find(names_.begin(), names_.end(), name);
-        if (known != names_.end()) return static_cast<std::uint16_t>(known - names_.begin());
-        Surface *surface = surfaceOf_(name);
-        if (surface == nullptr) {
-            std::vector<std::string> all;
-            for (const SurfaceDescription &description : scene_.surfaces) all.push_back(description.name);
-            throw InputError("there is no surface \"" + name + "\"" + didYouMean(name, all));
-        }
-        if (names_.size() > std::numeric_limits<std::uint16_t>::max()) throw InputError("more than 65536 surfaces");
-        // A surface that is not described has what a description has when nothing is said.
-        const auto described = std::find_if(scene_.surfaces.begin(), scene_.surfaces.end(),
-                                            [&](const SurfaceDescription &each) { return each.name == name; });
-        const SurfaceDescription settings = described != scene_.surfaces.end() ? *described : SurfaceDescription{};
-        data_.surfaces.push_back(
-            {.surface = surface, .smoothingAngle = settings.smoothingAngle, .doubleSided = settings.doubleSided});
-        names_.push_back(name);
-        return static_cast<std::uint16_t>(names_.size() - 1);
-    }
-
-    void smooth(RenderObject &object) {
-        Mesh &mesh = object.mesh;
-        std::vector<double> angles;
-        for (const std::uint16_t surface : object.surfaces) angles.push_back(data_.surfaces[surface].smoothingAngle);
-        if (std::none_of(angles.begin(), angles.end(), [](double angle) { return angle > 0; })) {
-            mesh.normals = {};
-        } else if (mesh.normals.empty()) {
-            smoothNormals(mesh, angles);
-        }
-    }
-
-    void finishSurfaces() {
-        std::vector<Bounds> bounds(data_.surfaces.size());
-        for (const RenderObject &object : data_.objects) {
-            for (std::uint32_t triangle = 0; triangle < object.mesh.triangles.size(); ++triangle) {
-                Bounds &own = bounds[object.surfaces[object.mesh.materialNumber(triangle)]];
-                for (int k = 0; k < 3; ++k) own.include(object.mesh.corner(triangle, k));
-            }
-        }
-        for (std::size_t i = 0; i < data_.surfaces.size(); ++i) {
-            data_.surfaces[i].surface->setBounds(bounds[i].sides);
-            data_.hasSingleSided = data_.hasSingleSided || !data_.surfaces[i].doubleSided;
-        }
-    }
-
-    void accelerate() {
-        std::vector<VisibleMesh> meshes;
-        for (std::size_t i = 0; i < scene_.objects.size(); ++i) {
-            meshes.push_back({.mesh = &data_.objects[i].mesh,
-                              .seenByCamera = scene_.objects[i].seenByCamera,
-                              .seenByRays = scene_.objects[i].seenByRays,
-                              .castsShadows = scene_.objects[i].castsShadows});
-        }
-        data_.acceleration = std::make_unique<Acceleration>(meshes);
-    }
-
-    const SceneDescription &scene_;
-    const SurfaceLookup &surfaceOf_;
-    RenderSceneData &data_;
-    SourceLocation location_;        // that an error would be about
-    std::vector<std::string> names_; // of data_.surfaces
-};
-
 template <typename Things>
 const HostItem *findItem(const Things &things, const std::string &name) {
     for (const auto &thing : things) {
-        if (thing.item.name == name) return &thing.item;
+        if (thing.item->name == name) return thing.item;
     }
     return nullptr;
 }
@@ -233,18 +39,39 @@ bool lookUpUvOf(const ShadingSample *sample, const char *mapName, double *u, dou
 
 } // namespace
 
-RenderScene::RenderScene(const SceneDescription &scene) : data_(std::make_unique<RenderSceneData>()) {
-    withinMemory([&] { ContentBuilder(scene, *data_).build(); });
+RenderScene::RenderScene(const SceneDescription &scene)
+    : handles_(std::make_unique<ItemHandles>()), data_(std::make_unique<RenderSceneData>()) {
+    withinMemory([&] { buildItems(scene, {}, *handles_, *data_); });
+    attachHandles(*handles_, *data_);
     setUvProvider({.lookup = lookUpUvOf});
-    setCurrentScene({.world = data_.get(), .width = scene.render.width, .height = scene.render.height});
+    setCurrentScene({.scene = data_.get(), .width = scene.render.width, .height = scene.render.height});
 }
 
 void RenderScene::prepare(const SceneDescription &scene, const SurfaceLookup &surfaceOf) {
-    withinMemory([&] { SurfaceBuilder(scene, surfaceOf, *data_).build(); });
+    withinMemory([&] { buildSurfaces(scene, surfaceOf, {}, *data_); });
+    attachSurfaces(*data_);
+}
+
+SceneWork RenderScene::update(const SceneDescription &scene, const SurfaceLookup &surfaceOf) {
+    assertInterface();
+    assert(data_->acceleration && "prepare the scene first");
+    RenderSceneData next;
+    withinMemory([&] {
+        buildItems(scene, *data_, *handles_, next);
+        buildSurfaces(scene, surfaceOf, *data_, next);
+    });
+    const SceneWork done = next.work - data_->work;
+    *data_ = std::move(next);
+    attachHandles(*handles_, *data_);
+    attachSurfaces(*data_);
+    if (currentScene().scene == data_.get())
+        setCurrentScene({.scene = data_.get(), .width = scene.render.width, .height = scene.render.height});
+    ++updates_;
+    return done;
 }
 
 RenderScene::~RenderScene() {
-    if (currentScene().world == data_.get()) setCurrentScene({});
+    if (currentScene().scene == data_.get()) setCurrentScene({});
 }
 
 const HostItem *RenderScene::item(int type, const std::string &name) const {
@@ -258,23 +85,23 @@ const HostItem *RenderScene::item(int type, const std::string &name) const {
 
 std::size_t RenderScene::triangleCount() const {
     std::size_t count = 0;
-    for (const RenderObject &object : data_->objects) count += object.mesh.triangles.size();
+    for (const RenderObject &object : data_->objects) count += object.mesh->triangles.size();
     return count;
 }
 
 std::size_t RenderScene::pointCount() const {
     std::size_t count = 0;
-    for (const RenderObject &object : data_->objects) count += object.mesh.points.size();
+    for (const RenderObject &object : data_->objects) count += object.mesh->points.size();
     return count;
 }
 
 std::size_t RenderScene::accelerationBytes() const { return data_->acceleration->bytes(); }
 
 bool sampleUv(const ShadingSample &sample, const char *mapName, double *u, double *v) {
-    if (sample.objectItem == nullptr || sample.polygon == nullptr || sample.objectItem->mesh == nullptr) return false;
+    if (!sample.objectItem || !sample.polygon || !sample.objectItem->mesh) return false;
     const Mesh &mesh = *sample.objectItem->mesh;
     const auto map = std::find_if(mesh.uvMaps.begin(), mesh.uvMaps.end(), [&](const UvMap &each) {
-        return mapName == nullptr || std::strcmp(each.name.c_str(), mapName) == 0;
+        return !mapName || std::strcmp(each.name.c_str(), mapName) == 0;
     });
     if (map == mesh.uvMaps.end()) return false;
     double sum[2] = {0, 0};

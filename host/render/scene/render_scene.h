@@ -1,6 +1,7 @@
-// A scene made ready to be rendered.
+// A scene prepared for rendering.
 #pragma once
 
+#include "host/render/scene/scene_work.h"
 #include "host/scene/format/description.h"
 #include "module/host.h"
 
@@ -11,27 +12,28 @@
 
 namespace velm::host {
 
+class ItemHandles;
 class Surface;
-struct RenderSceneData; // host/render/world_data.h
+struct RenderSceneData; // host/render/scene/render_scene_data.h
 
-// Gives the surface of a name, or null when there is none. Only called while a World is built.
+// Returns the surface of a name, or null when there is none.
 using SurfaceLookup = std::function<Surface *(const std::string &name)>;
 
-// Meshes with their ray acceleration, cameras, lights and the backdrop. Surfaces stay the caller's and have to live as
-// long as the World is rendered; images come from ImageList::instance(). A World is built and destroyed on the
-// interface thread and is not changed by rendering. Only one World is rendered at a time, since nodes reach the scene
-// through services that know one.
+// Meshes with their acceleration structure, cameras, lights and the backdrop. The caller owns the surfaces, which have
+// to live as long as the scene is rendered; images come from ImageList::instance(). A RenderScene is built, changed and
+// destroyed on the interface thread while nothing is rendered; rendering does not change it. Only one RenderScene is
+// rendered at a time, because nodes reach the scene through services that know one.
 //
-// It is built in two steps, so that nodes find the scene in place when they are made and set: a node's panel may list
-// the scene's cameras and maps.
+// It is built in two steps, because a node's panel may list the scene's cameras and maps: nodes are created between
+// them.
 class RenderScene {
   public:
-    // Objects, lights and cameras, which services tell of from now on. Throws InputError, with its place, for a mesh
-    // that cannot be read and numbers that make no sense; MachineError when memory runs out.
+    // The first step: objects, lights and cameras, which the services describe from then on. Throws InputError, with a
+    // source location, for a mesh that cannot be read and for invalid numbers; MachineError when memory runs out.
     explicit RenderScene(const SceneDescription &scene);
-    // Surfaces, backdrop and ray acceleration, for the same scene; once, and before the first frame. Throws InputError,
-    // with its place, for a surface or an image that is not there, a material that no surface is given for, and numbers
-    // that make no sense; MachineError when memory runs out.
+    // The second step: surfaces, backdrop and acceleration structure, for the same description; once, and before the
+    // first frame. `surfaceOf` is called during this call only. Throws InputError, with a source location, for a
+    // missing surface or image, a material without a surface, and invalid numbers; MachineError when memory runs out.
     void prepare(const SceneDescription &scene, const SurfaceLookup &surfaceOf);
 
     // Both steps, for nodes that do not ask for the scene before it is rendered.
@@ -39,26 +41,40 @@ class RenderScene {
         prepare(scene, surfaceOf);
     }
 
+    // Changes a prepared scene to another description. The result renders the same pictures as a RenderScene that is
+    // built from that description, but meshes are only made again for objects whose name, shape or transform differ,
+    // normals only computed again where the smoothing angles of a mesh's surfaces differ, and the acceleration
+    // structure is only built again when a mesh, the visibility or the order of objects differs. Mesh files that
+    // changed on disk are not read again. Returns what had to be done again. Throws as both steps, and then leaves the
+    // scene as it was. Items that keep their names keep their handles. FrameRenderers of the scene become invalid.
+    SceneWork update(const SceneDescription &scene, const SurfaceLookup &surfaceOf);
+
     ~RenderScene();
     RenderScene(const RenderScene &) = delete;
     RenderScene &operator=(const RenderScene &) = delete;
 
+    // The contents; the reference stays valid, but updates change what it refers to.
     const RenderSceneData &data() const { return *data_; }
 
-    // The item of a name and type (kItemObject, kItemLight, kItemCamera), or null. Items stay as long as the World.
+    // The number of updates so far.
+    int updates() const { return updates_; }
+
+    // The item of a name and type (kItemObject, kItemLight, kItemCamera), or null. Handles live as long as the scene.
     const HostItem *item(int type, const std::string &name) const;
 
     std::size_t triangleCount() const;
     std::size_t pointCount() const;
-    std::size_t accelerationBytes() const; // memory that the ray acceleration holds now
+    std::size_t accelerationBytes() const; // memory that the acceleration structure holds now
 
   private:
+    std::unique_ptr<ItemHandles> handles_;
     std::unique_ptr<RenderSceneData> data_;
+    int updates_ = 0;
 };
 
-// UV coordinates of a sample that a World's rays gave: the u-to-the-right, v-up coordinates of the mesh's file on the
-// map of that name, or on the first one for null. False when the mesh has no such map or the sample stands on no mesh.
-// [render threads]
+// Looks up the UV coordinates of a sample of a RenderScene: u to the right, v up, as in the mesh's file, on the map
+// `mapName`, or on the mesh's first map for null. False, with *u and *v unchanged, when the mesh has no such map or no
+// value there, or the sample is not on a mesh. [render threads]
 bool sampleUv(const ShadingSample &sample, const char *mapName, double *u, double *v);
 
 } // namespace velm::host

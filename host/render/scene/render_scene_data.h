@@ -1,16 +1,17 @@
-// What a World is made of, for the renderer's own files.
+// The contents of a RenderScene, for the renderer's own files.
 #pragma once
 
 #include "host/render/geometry/acceleration.h"
+#include "host/render/geometry/bounds.h"
 #include "host/render/geometry/item.h"
 #include "host/render/geometry/mesh.h"
 #include "host/render/geometry/transform.h"
 #include "host/render/scene/lights.h"
+#include "host/render/scene/scene_work.h"
 #include "host/scene/format/description.h"
 #include "host/services/backdrop.h"
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <string>
 #include <unordered_set>
@@ -24,19 +25,29 @@ struct RenderSurface {
     Surface *surface;
     double smoothingAngle; // degrees
     bool doubleSided;
+    Bounds bounds; // of all polygons with the surface
     bool flat() const { return !(smoothingAngle > 0); }
 };
 
 struct RenderObject {
-    HostItem item;    // kItemObject
-    std::string file; // that the mesh was read from; empty for a shape of our own
-    Mesh mesh;
+    HostItem *item;                 // kItemObject
+    ShapeDescription shape;         // that the mesh was made of
+    TransformDescription placement; // likewise
+    int meshNumber; // meshes made from a shape are numbered; one that only gets other normals keeps its number
+    std::shared_ptr<Mesh> mesh; // changes only until an acceleration structure is built over it
+    std::vector<Bounds> bounds; // by the mesh's material
     Transform transform;
-    std::vector<std::uint16_t> surfaces; // by the mesh's material, a number of WorldData::surfaces
+    std::vector<std::uint16_t> surfaces; // by the mesh's material: an index into RenderSceneData::surfaces
+    bool seenByCamera, seenByRays, castsShadows;
+};
+
+struct RenderLight {
+    HostItem *item; // kItemLight
+    Light light;
 };
 
 struct RenderCamera {
-    HostItem item; // kItemCamera
+    HostItem *item; // kItemCamera
     CameraDescription description;
 };
 
@@ -44,19 +55,20 @@ struct RenderSceneData {
     std::string sceneName, sceneFile;
     RenderDescription render;
     std::vector<RenderSurface> surfaces;
-    std::deque<RenderObject> objects; // a deque: its elements and the buffers in them stay where they are
-    std::deque<Light> lights;
-    std::deque<RenderCamera> cameras;
+    std::vector<RenderObject> objects;
+    std::vector<RenderLight> lights;
+    std::vector<RenderCamera> cameras;
     std::unordered_set<const HostItem *> items; // of all of these
-    std::vector<std::string> uvMapNames;        // of all meshes, each once, as they come
+    std::vector<std::string> uvMapNames;        // of all meshes, without duplicates, in order of appearance
     Backdrop backdrop;
-    Vec3 ambient; // light from everywhere
+    Vec3 ambient; // ambient light: intensity times colour
     bool hasSingleSided = false;
-    std::unique_ptr<Acceleration> acceleration; // over `objects`, in their order
+    std::shared_ptr<const Acceleration> acceleration; // over `objects`, in the same order
+    SceneWork work;                                   // done since the scene was made
 
-    // An item by its type and place; null beyond the last, and for bones.
+    // An item by its type and index; null beyond the last one, and for bones.
     const HostItem *item(int type, std::size_t index) const {
-        const auto in = [index](const auto &things) { return index < things.size() ? &things[index].item : nullptr; };
+        const auto in = [index](const auto &things) { return index < things.size() ? things[index].item : nullptr; };
         switch (type) {
         case kItemObject: return in(objects);
         case kItemLight: return in(lights);
@@ -67,7 +79,7 @@ struct RenderSceneData {
 
     const RenderSurface &surfaceOf(std::uint32_t object, std::uint32_t triangle) const {
         const RenderObject &owner = objects[object];
-        return surfaces[owner.surfaces[owner.mesh.materialNumber(triangle)]];
+        return surfaces[owner.surfaces[owner.mesh->materialNumber(triangle)]];
     }
 };
 

@@ -1,6 +1,6 @@
 // The "LW Camera Evaluation Funcs 2" and "LW Camera Info 5" services: rays, films and shutters of the scene's cameras.
-// They are pinhole cameras that do not move: their rays are the same at every point of the lens and at every moment,
-// so that an evaluator is ready from its creation on and keeps nothing from frame to frame.
+// The cameras are pinhole cameras that do not move: their rays are the same at every point of the lens and at every
+// time. So an evaluator is ready once it is created, and has no state per frame.
 #include "host/base/thread_role.h"
 #include "host/render/scene/camera.h"
 #include "host/render/scene/current_scene.h"
@@ -9,7 +9,7 @@
 #include <cmath>
 #include <exception>
 
-// A camera made ready to give rays. The opaque handle of the wall; it may outlive its scene.
+// A camera prepared for evaluating rays. An opaque handle of the plug-in interface; it may outlive its scene.
 struct HostCameraEvaluator {
     velm::host::Camera camera;
 };
@@ -20,10 +20,10 @@ namespace {
 const RenderCamera *cameraOf(const HostItem *item) {
     const HostItem *known = currentItem(item);
     if (!known || known->type != kItemCamera) return nullptr;
-    return &currentScene().world->cameras[static_cast<std::size_t>(known->index)];
+    return &currentScene().scene->cameras[static_cast<std::size_t>(known->index)];
 }
 
-// Null also for a camera that no picture could be taken with, and without memory.
+// Null for an item that is no camera of the current scene, for a camera with invalid settings, and without memory.
 HostCameraEvaluator *create(HostItem *item) {
     assertBetweenFrames();
     const RenderCamera *found = cameraOf(item);
@@ -31,7 +31,7 @@ HostCameraEvaluator *create(HostItem *item) {
     try {
         return new HostCameraEvaluator{Camera(found->description, currentScene().width, currentScene().height)};
     } catch (const std::exception &) {
-        return nullptr; // how this service tells of it
+        return nullptr; // this service's way to report errors
     }
 }
 
@@ -51,7 +51,7 @@ int evaluate(HostCameraEvaluator *evaluator, double filmX, double filmY, double,
     const Camera &camera = evaluator->camera;
     const CameraRay found = camera.filmRay(filmX, filmY);
     *ray = {};
-    for (int i = 0; i < 3; ++i) ray->filter[i][i] = 1; // clear glass
+    for (int i = 0; i < 3; ++i) ray->filter[i][i] = 1; // a filter that lets everything pass
     found.origin.store(ray->origin);
     found.direction.store(ray->direction);
     camera.forward().store(ray->filmNormal);
@@ -69,7 +69,7 @@ constexpr HostCameraEvaluation kCameraEvaluation = {
     .evaluate = evaluate,
 };
 
-// What is no camera has no film.
+// The film of a camera, in metres; 0 by 0 for an item that is no camera of the current scene.
 void filmSizeOf(HostItem *camera, double *width, double *height) {
     const CurrentScene &scene = currentScene();
     const FilmSize size = cameraOf(camera) ? filmSize(scene.width, scene.height) : FilmSize{.width = 0, .height = 0};
@@ -77,13 +77,13 @@ void filmSizeOf(HostItem *camera, double *width, double *height) {
     *height = size.height;
 }
 
-// The shutter opens once, at the frame's own time, and stays open until the next frame's. No frame has further
-// intervals, as of fields.
+// The shutter opens once, at the frame's time, and stays open until the next frame's. There are no further intervals,
+// such as those of fields.
 void frameTiming(HostItem *camera, int frame, HostFrameTiming *timing) {
     assertBetweenFrames();
     *timing = {};
     if (!cameraOf(camera)) return;
-    const double framesPerSecond = currentScene().world->render.framesPerSecond;
+    const double framesPerSecond = currentScene().scene->render.framesPerSecond;
     timing->intervals[0] = {
         .count = 1, .offset = frame / framesPerSecond, .duration = 1 / framesPerSecond, .stride = 1 / framesPerSecond};
 }

@@ -1,5 +1,5 @@
-// The "LW Item Info 4" service: the objects, lights and cameras of the scene, in its order. None of them hangs on
-// another, aims at another or has bones: what a camera or light looks at is a point.
+// The "LW Item Info 4" service: the objects, lights and cameras of the current scene, in the scene's order. No item has
+// a parent, a target item or bones; the target of a camera or light is a point.
 #include "host/base/thread_role.h"
 #include "host/render/scene/current_scene.h"
 #include "host/render/services/scene_services.h"
@@ -7,12 +7,12 @@
 namespace velm::host {
 namespace {
 
-// Handles are for handing back; nobody writes through them.
+// Handles are opaque; nobody writes through them.
 HostItem *handle(const HostItem *item) { return const_cast<HostItem *>(item); }
 
 HostItem *itemAt(int type, int index) {
-    const RenderSceneData *world = currentScene().world;
-    return world ? handle(world->item(type, static_cast<std::size_t>(index))) : nullptr;
+    const RenderSceneData *scene = currentScene().scene;
+    return scene ? handle(scene->item(type, static_cast<std::size_t>(index))) : nullptr;
 }
 
 HostItem *first(int type, HostItem *parent) {

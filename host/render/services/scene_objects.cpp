@@ -1,39 +1,43 @@
-// The "Scene Objects 6" service: the objects of the scene and the maps of their meshes. An object has one layer, which
-// turns about the object's own origin, and all maps are UV maps.
+// The "Scene Objects 6" service: the objects of the current scene and the vertex maps of their meshes. An object has
+// one layer, whose pivot is the object's origin, and all vertex maps are UV maps.
 #include "host/base/thread_role.h"
 #include "host/render/scene/current_scene.h"
 #include "host/render/services/scene_services.h"
 
 #include <algorithm>
+#include <variant>
 
 namespace velm::host {
 namespace {
 
 const RenderObject *objectAt(int index) {
-    const RenderSceneData *world = currentScene().world;
-    const auto place = static_cast<std::size_t>(index); // a negative number becomes one beyond the end
-    return world && place < world->objects.size() ? &world->objects[place] : nullptr;
+    const RenderSceneData *scene = currentScene().scene;
+    const auto number = static_cast<std::size_t>(index); // a negative index becomes one beyond the end
+    return scene && number < scene->objects.size() ? &scene->objects[number] : nullptr;
 }
 
 // The object that has the layer.
 const RenderObject *layerAt(int object, int layer) { return layer == 0 ? objectAt(object) : nullptr; }
 
 const std::string *mapAt(int type, int index) {
-    const RenderSceneData *world = currentScene().world;
-    const auto place = static_cast<std::size_t>(index);
-    return world && type == kVertexMapTxuv && place < world->uvMapNames.size() ? &world->uvMapNames[place] : nullptr;
+    const RenderSceneData *scene = currentScene().scene;
+    const auto number = static_cast<std::size_t>(index);
+    const bool exists = scene && type == kVertexMapTxuv && number < scene->uvMapNames.size();
+    return exists ? &scene->uvMapNames[number] : nullptr;
 }
 
 int objectCount() {
     assertInterface();
-    const RenderSceneData *world = currentScene().world;
-    return world ? static_cast<int>(world->objects.size()) : 0;
+    const RenderSceneData *scene = currentScene().scene;
+    return scene ? static_cast<int>(scene->objects.size()) : 0;
 }
 
 const char *fileName(int object) {
     assertInterface();
     const RenderObject *found = objectAt(object);
-    return found ? found->file.c_str() : nullptr;
+    if (!found) return nullptr;
+    const auto *mesh = std::get_if<MeshFile>(&found->shape);
+    return mesh ? mesh->file.c_str() : "";
 }
 
 int layerCount(int object) {
@@ -51,14 +55,14 @@ void pivot(int, int, double pivot[3]) { std::fill_n(pivot, 3, 0.0); }
 HostMesh *layerMesh(int object, int layer) {
     assertInterface();
     const RenderObject *found = layerAt(object, layer);
-    // A handle, for handing back.
-    return found ? reinterpret_cast<HostMesh *>(const_cast<Mesh *>(&found->mesh)) : nullptr;
+    // An opaque handle; nobody writes through it.
+    return found ? reinterpret_cast<HostMesh *>(found->mesh.get()) : nullptr;
 }
 
 int vertexMapCount(int type) {
     assertInterface();
-    const RenderSceneData *world = currentScene().world;
-    return world && type == kVertexMapTxuv ? static_cast<int>(world->uvMapNames.size()) : 0;
+    const RenderSceneData *scene = currentScene().scene;
+    return scene && type == kVertexMapTxuv ? static_cast<int>(scene->uvMapNames.size()) : 0;
 }
 
 const char *vertexMapName(int type, int index) {

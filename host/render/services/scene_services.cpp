@@ -11,23 +11,23 @@ HostItem *renderingCamera = nullptr;
 
 HostItem *renderCamera(double) { return renderingCamera; }
 
-HostSceneInfo factsOf(const RenderSceneData &world, const RenderJob &job, const Region &region, int threads) {
+HostSceneInfo factsOf(const RenderSceneData &scene, const RenderJob &job, const Region &region, int threads) {
     std::size_t points = 0, polygons = 0;
-    for (const RenderObject &object : world.objects) {
-        points += object.mesh.points.size();
-        polygons += object.mesh.polygonCount;
+    for (const RenderObject &object : scene.objects) {
+        points += object.mesh->points.size();
+        polygons += object.mesh->polygonCount;
     }
-    const RenderDescription &scene = world.render;
-    return {.name = world.sceneName.c_str(),
-            .fileName = world.sceneFile.c_str(),
+    const RenderDescription &render = scene.render;
+    return {.name = scene.sceneName.c_str(),
+            .fileName = scene.sceneFile.c_str(),
             .points = static_cast<int>(points),
             .polygons = static_cast<int>(polygons),
             .renderType = 2, // fully shaded
             .renderOptions = 0,
-            .firstFrame = scene.firstFrame,
-            .lastFrame = scene.lastFrame,
-            .frameStep = scene.frameStep,
-            .framesPerSecond = scene.framesPerSecond,
+            .firstFrame = render.firstFrame,
+            .lastFrame = render.lastFrame,
+            .frameStep = render.frameStep,
+            .framesPerSecond = render.framesPerSecond,
             .width = job.width,
             .height = job.height,
             .pixelAspect = 1,
@@ -54,15 +54,14 @@ void offerSceneServices() {
     offerServices(kServices);
 }
 
-SceneServices::SceneServices(const RenderSceneData &world, const RenderJob &job, const Region &region, int threads,
+SceneServices::SceneServices(const RenderSceneData &scene, const RenderJob &job, const Region &region, int threads,
                              const RenderCamera &cameraItem, const Camera &camera)
-    : previousScene_(setCurrentScene({.world = &world, .width = job.width, .height = job.height})),
+    : previousScene_(setCurrentScene({.scene = &scene, .width = job.width, .height = job.height})),
       previousFacts_(*sceneInfo()), previousView_(cameraView()) {
-    // Handles are for handing back; nobody writes through them.
-    renderingCamera = const_cast<HostItem *>(&cameraItem.item);
-    setSceneInfo(factsOf(world, job, region, threads));
+    renderingCamera = cameraItem.item;
+    setSceneInfo(factsOf(scene, job, region, threads));
     setCameraView(camera.view());
-    setBackdrop(&world.backdrop);
+    setBackdrop(&scene.backdrop);
 }
 
 SceneServices::~SceneServices() {

@@ -1,4 +1,4 @@
-// What nodes learn of the scene through services.
+// The services that describe the current scene to nodes.
 #pragma once
 
 #include "host/render/scene/camera.h"
@@ -8,23 +8,24 @@
 
 namespace velm::host {
 
-// Offers the scene's objects and items, and the cameras' rays and films, for the life of the program; they tell of the
-// current scene. Nodes that want them can only be made afterwards. Offering them again changes nothing.
+// Offers the services for the scene's objects and items, and for the cameras' rays and films, for the rest of the
+// program's life. They describe the current scene. Nodes look services up when they are created, so this comes first.
+// Offering them again changes nothing.
 // [interface thread; not while rendering]
 void offerSceneServices();
 
-// The tables of the services that tell of it, with functions that answer also where there is no scene. They live as
-// long as the program.
+// The tables of these services. Their functions may also be called without a current scene. They live as long as the
+// program.
 const HostSceneObjects *sceneObjects();
 const HostItemInfo *itemInfo();
 const HostCameraEvaluation *cameraEvaluation();
 const HostCameraInfo *cameraInfo();
 
-// For as long as a frame is rendered: makes its world the current scene, puts the world's backdrop, camera view and
-// scene facts in place, and on its end what was there before; the backdrop is then none. [between frames]
+// While a frame is rendered: makes its scene the current one and gives its backdrop, camera view and facts to the
+// services. The destructor restores what was there before, and sets no backdrop. [between frames]
 class SceneServices {
   public:
-    SceneServices(const RenderSceneData &world, const RenderJob &job, const Region &region, int threads,
+    SceneServices(const RenderSceneData &scene, const RenderJob &job, const Region &region, int threads,
                   const RenderCamera &cameraItem, const Camera &camera);
     ~SceneServices();
     SceneServices(const SceneServices &) = delete;

@@ -9,11 +9,11 @@
 namespace velm::host {
 namespace {
 
-// Positions are rounded to 24 bits, in the mesh and in the ray, and the intersection adds a few such errors, each in
-// proportion to the coordinates and to the triangle's size.
+// Positions are rounded to 24 bits in the mesh and in the ray, and the intersection adds a few errors of that order.
+// All of them are proportional to the coordinates and to the triangle's size.
 constexpr double kMarginFactor = 16.0 / 16777216.0;
 
-// The triangle about a hit.
+// The triangle of a hit.
 struct Corners {
     Vec3 position[3];
     double weight[3];
@@ -24,10 +24,10 @@ struct Corners {
         weight[2] = static_cast<double>(hit.v);
         weight[0] = 1 - weight[1] - weight[2];
     }
-    Vec3 place() const { return weight[0] * position[0] + weight[1] * position[1] + weight[2] * position[2]; }
+    Vec3 point() const { return weight[0] * position[0] + weight[1] * position[1] + weight[2] * position[2]; }
     Vec3 normal() const { return normalised(cross(position[1] - position[0], position[2] - position[0])); }
-    double extent(const Vec3 &place) const {
-        return std::max({largest(position[0] - place), largest(position[1] - place), largest(position[2] - place)});
+    double extent(const Vec3 &point) const {
+        return std::max({largest(position[0] - point), largest(position[1] - point), largest(position[2] - point)});
     }
 };
 
@@ -40,13 +40,13 @@ Vec3 smoothNormal(const Mesh &mesh, std::uint32_t triangle, const Corners &corne
     return normalised(sum, flat);
 }
 
-void fillPolygon(const RenderObject &object, std::uint32_t triangle, const Corners &corners, ShadingSample &sample) {
-    const HostPolygon &polygon = object.mesh.triangles[triangle];
-    sample.polygonNumber = static_cast<int>(object.mesh.polygonNumber(triangle));
-    // The handles are for handing back; nobody writes through them.
+void fillPolygon(const Mesh &mesh, std::uint32_t triangle, const Corners &corners, ShadingSample &sample) {
+    const HostPolygon &polygon = mesh.triangles[triangle];
+    sample.polygonNumber = static_cast<int>(mesh.polygonNumber(triangle));
+    // The sample's handles are opaque; nobody writes through them.
     sample.polygon = const_cast<HostPolygon *>(&polygon);
     for (int k = 0; k < 3; ++k) {
-        const HostPoint &point = object.mesh.points[polygon.corners[k]];
+        const HostPoint &point = mesh.points[polygon.corners[k]];
         sample.vertices[k] = const_cast<HostPoint *>(&point);
         sample.vertexWeights[k] = static_cast<float>(corners.weight[k]);
         std::copy_n(point.position, 3, sample.vertexPositions[k]);
@@ -59,59 +59,60 @@ void fillPolygon(const RenderObject &object, std::uint32_t triangle, const Corne
 } // namespace
 
 void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &incoming, ShadingSample &sample,
-                Caster &caster) {
-    const RenderObject &object = state.world->objects[ray.hit.geomID];
+                RayOrigin &origin) {
+    const RenderObject &object = state.scene->objects[ray.hit.geomID];
+    const Mesh &mesh = *object.mesh;
     const std::uint32_t triangle = ray.hit.primID;
-    const RenderSurface &surface = state.world->surfaceOf(ray.hit.geomID, triangle);
-    const Corners corners(object.mesh, ray.hit);
-    const Vec3 place = corners.place(), front = corners.normal();
+    const RenderSurface &surface = state.scene->surfaceOf(ray.hit.geomID, triangle);
+    const Corners corners(mesh, ray.hit);
+    const Vec3 position = corners.point(), front = corners.normal();
     const Vec3 source{ray.ray.org_x, ray.ray.org_y, ray.ray.org_z};
     const bool back = dot(front, incoming.direction) > 0;
-    const bool isSmooth = !object.mesh.normals.empty() && !surface.flat();
-    const Vec3 smooth = isSmooth ? smoothNormal(object.mesh, triangle, corners, front) : front;
-    // Normals stand on the side that the ray came from: a back side is shaded as the front it is from there.
+    const bool isSmooth = !mesh.normals.empty() && !surface.flat();
+    const Vec3 smooth = isSmooth ? smoothNormal(mesh, triangle, corners, front) : front;
+    // Normals point to the side that the ray came from: a back side is shaded like a front.
     const Vec3 geometric = back ? -front : front, shading = back ? -smooth : smooth;
 
     sample.pixelX = state.pixelX;
     sample.pixelY = state.pixelY;
-    object.transform.pointToObject(place).store(sample.objectPosition);
-    place.store(sample.position);
+    object.transform.pointToObject(position).store(sample.objectPosition);
+    position.store(sample.position);
     geometric.store(sample.geometricNormal);
     shading.store(sample.shadingNormal);
     shading.store(sample.unbumpedNormal);
     source.store(sample.raySource);
-    sample.rayLength = length(place - source);
-    sample.spotSize = state.caster.spotSize + state.spread * sample.rayLength;
+    sample.rayLength = length(position - source);
+    sample.spotSize = state.origin.spotSize + state.spread * sample.rayLength;
     sample.cosine = -dot(geometric, incoming.direction);
     sample.bumpHeight = 0;
     std::copy_n(object.transform.toWorld.m, 9, sample.objectToWorld);
     std::copy_n(object.transform.toObject.m, 9, sample.worldToObject);
     setRayFunctions(sample);
-    sample.rayDepth = state.caster.depth + 1;
-    sample.sourceItem = const_cast<HostItem *>(state.caster.item);
-    sample.objectItem = const_cast<HostItem *>(&object.item);
-    fillPolygon(object, triangle, corners, sample);
+    sample.rayDepth = state.origin.depth + 1;
+    sample.sourceItem = const_cast<HostItem *>(state.origin.item);
+    sample.objectItem = object.item;
+    fillPolygon(mesh, triangle, corners, sample);
     sample.refractionIndex = incoming.refractionIndex;
     sample.threadIndex = state.threadIndex;
     sample.rayFlags = incoming.flags | (back ? kRayBackSide : 0) | (surface.doubleSided ? kRayDoubleSided : 0);
 
-    const std::vector<std::uint32_t> &numbers = object.mesh.polygonNumbers;
-    const double margin = kMarginFactor * (largest(place) + corners.extent(place));
+    const std::vector<std::uint32_t> &numbers = mesh.polygonNumbers;
+    const double margin = kMarginFactor * (largest(position) + corners.extent(position));
     constexpr double kNever = std::numeric_limits<double>::quiet_NaN();
-    caster = {.position = place,
+    origin = {.position = position,
               .normal = geometric,
               .margin = margin,
-              .start = isNear(place) ? place : Vec3{kNever, kNever, kNever},
-              .front = rounded(place + margin * geometric),
-              .back = rounded(place - margin * geometric),
+              .start = isNear(position) ? position : Vec3{kNever, kNever, kNever},
+              .front = rounded(position + margin * geometric),
+              .back = rounded(position - margin * geometric),
               .object = ray.hit.geomID,
-              .polygon = object.mesh.polygonNumber(triangle),
+              .polygon = mesh.polygonNumber(triangle),
               .polygonNumbers = numbers.empty() ? nullptr : numbers.data(),
               .depth = sample.rayDepth,
               .sampled = (incoming.flags & kRaySampled) != 0,
               .refractionIndex = incoming.refractionIndex,
               .spotSize = sample.spotSize,
-              .item = &object.item};
+              .item = object.item};
 }
 
 } // namespace velm::host

@@ -1,25 +1,26 @@
-// Light that arrives at a place.
+// Light that arrives at a point.
 #pragma once
 
 #include "host/render/tracing/trace.h"
 
 namespace velm::host {
 
-// Gives every sample of a light that could reach `place` to `add`, as (unit direction to the light, colour with falloff
-// and shadow); the colours add up to the light as a whole. Where `normal` is not null, samples behind it are left out.
-// `wanted` points are asked for. The state's caster is at the place.
+// Calls `add` with each sample of a light that could reach `position`: the unit direction to the light, and the colour
+// with falloff and shadow, weighted so that the colours add up to the light as a whole. Takes `wanted` samples of the
+// light. Samples on the far side of `normal` are left out, unless `normal` is null. `position` is the sample's that
+// `state.origin` stands for. [render threads]
 template <typename Add>
-void gatherLight(RayState &state, const Light &light, const Vec3 &place, const Vec3 *normal, int wanted, Add add) {
+void gatherLight(RayState &state, const Light &light, const Vec3 &position, const Vec3 *normal, int wanted, Add add) {
     const std::uint32_t set = combine(state.seed, state.drawnSets++);
     for (int i = 0; i < wanted; ++i) {
         LightSample sample;
-        if (!light.sample(place, stratifiedPoint(static_cast<std::uint32_t>(i), set), sample)) continue;
-        if (normal != nullptr && !(dot(*normal, sample.toLight) > 0)) continue;
-        double share = 1.0 / wanted;
+        if (!light.sample(position, stratifiedPoint(static_cast<std::uint32_t>(i), set), sample)) continue;
+        if (normal && !(dot(*normal, sample.toLight) > 0)) continue;
+        double weight = 1.0 / wanted;
         if (light.castsShadows()) {
-            share *= transmitted(state, state.shadowScene, place, sample.toLight, sample.distance, {}, nullptr);
+            weight *= transmittance(state, state.shadowScene, position, sample.toLight, sample.distance, {}, nullptr);
         }
-        add(sample.toLight, share * sample.colour);
+        add(sample.toLight, weight * sample.colour);
     }
 }
 

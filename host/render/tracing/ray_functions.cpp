@@ -10,19 +10,20 @@
 namespace velm::host {
 namespace {
 
-// The thread's state; only samples that are being shaded carry functions that need it.
+// The calling thread's state. A sample's ray functions may only be called while that sample is being shaded.
 RayState &activeState() {
-    assert(rayState.world != nullptr && "a ray function is called while its sample is not being shaded");
+    assert(rayState.scene && "a ray function was called outside of its sample's evaluation");
     return rayState;
 }
 
 bool hasDirection(const Vec3 &direction) { return isFinite(direction) && largest(direction) > 0; }
 
-// The distance to the nearest hit. Nodes call this by the million, so nothing is in the way between them and Embree.
+// The distance to the nearest hit. Nodes call this millions of times per frame, so there is no layer between them and
+// Embree.
 double distanceAlong(RayState &state, const double position[3], const double direction[3], const HitRules &rules) {
     RTCRayHit ray;
     Vec3 unit;
-    if (!startRay(state.caster, Vec3(position), Vec3(direction), ray, unit)) return HOST_RAY_MISS;
+    if (!spawnRay(state.origin, Vec3(position), Vec3(direction), ray, unit)) return HOST_RAY_MISS;
     ++state.counts.cast;
     return findHit(state, state.rayScene, ray, rules) ? static_cast<double>(ray.ray.tfar) : HOST_RAY_MISS;
 }
@@ -35,9 +36,9 @@ double opacityAlong(RayState &state, RTCScene scene, const double position[3], c
                     double colour[3], unsigned mode) {
     if (!hasDirection(Vec3(direction)) || !isFinite(Vec3(position))) return HOST_RAY_MISS;
     double firstStop;
-    const double share =
-        transmitted(state, scene, Vec3(position), Vec3(direction), INFINITY, rulesOf(mode), &firstStop);
-    std::fill_n(colour, 3, 1 - share);
+    const double through =
+        transmittance(state, scene, Vec3(position), Vec3(direction), INFINITY, rulesOf(mode), &firstStop);
+    std::fill_n(colour, 3, 1 - through);
     return firstStop;
 }
 
@@ -54,7 +55,7 @@ double rayTraceMode(const double position[3], const double direction[3], double 
     case kTraceOcclusion: return opacityAlong(state, state.rayScene, position, direction, colour, mode);
     case kTraceBackdrop: {
         const bool wanted = hasDirection(Vec3(direction)) && (mode & kTraceUseBackdropColour) == 0;
-        if (wanted) state.world->backdrop.evaluate(direction, colour);
+        if (wanted) state.scene->backdrop.evaluate(direction, colour);
         return HOST_RAY_MISS;
     }
     default: return HOST_RAY_MISS;
@@ -63,10 +64,10 @@ double rayTraceMode(const double position[3], const double direction[3], double 
 
 double rayTrace(const double position[3], const double direction[3], double colour[3]) {
     RayState &state = activeState();
-    return traceShaded(state, Vec3(position), Vec3(direction), colour, state.caster.refractionIndex, kTraceReflection);
+    return traceShaded(state, Vec3(position), Vec3(direction), colour, state.origin.refractionIndex, kTraceReflection);
 }
 
-// Copies what the two records have in common.
+// Copies the members that the two records have in common.
 void copySample(const ShadingSample &sample, HostRayHit &hit) {
     hit.pixelX = sample.pixelX;
     hit.pixelY = sample.pixelY;
@@ -98,16 +99,16 @@ void copyValues(const SurfaceValues &values, HostRayHit &hit) {
     hit.roughness = 1 - values.glossiness;
 }
 
-// A hit record of a ray that meets nothing: where it came from, and the backdrop.
+// Fills the hit record of a ray that hits nothing: where it came from, and the backdrop's colour.
 void describeMiss(const RayState &state, const Vec3 &origin, const Vec3 &unit, HostRayHit &hit) {
     hit.pixelX = state.pixelX;
     hit.pixelY = state.pixelY;
     origin.store(hit.raySource);
-    hit.rayFlags = state.caster.sampled ? kRaySampled : 0;
-    hit.rayDepth = state.caster.depth + 1;
-    hit.sourceItem = const_cast<HostItem *>(state.caster.item);
+    hit.rayFlags = state.origin.sampled ? kRaySampled : 0;
+    hit.rayDepth = state.origin.depth + 1;
+    hit.sourceItem = const_cast<HostItem *>(state.origin.item);
     const double seen[3] = {unit.x, unit.y, unit.z};
-    state.world->backdrop.evaluate(seen, hit.colour);
+    state.scene->backdrop.evaluate(seen, hit.colour);
 }
 
 double rayShade(const double position[3], const double direction[3], HostRayHit *hit) {
@@ -115,7 +116,7 @@ double rayShade(const double position[3], const double direction[3], HostRayHit 
     RTCRayHit ray;
     Vec3 unit;
     const Vec3 origin(position);
-    if (!startRay(state.caster, origin, Vec3(direction), ray, unit)) return HOST_RAY_MISS;
+    if (!spawnRay(state.origin, origin, Vec3(direction), ray, unit)) return HOST_RAY_MISS;
     ++state.counts.shaded;
     *hit = {};
     setRayFunctions(*hit);
@@ -124,12 +125,12 @@ double rayShade(const double position[3], const double direction[3], HostRayHit 
         return HOST_RAY_MISS;
     }
     const IncomingRay incoming = {.direction = unit,
-                                  .refractionIndex = state.caster.refractionIndex,
-                                  .flags = state.caster.sampled ? kRaySampled : 0};
+                                  .refractionIndex = state.origin.refractionIndex,
+                                  .flags = state.origin.sampled ? kRaySampled : 0};
     ShadingSample sample;
-    if (state.caster.depth >= state.recursionDepth) {
-        Caster caster;
-        fillSample(state, ray, incoming, sample, caster);
+    if (state.origin.depth >= state.recursionDepth) {
+        RayOrigin sampleOrigin;
+        fillSample(state, ray, incoming, sample, sampleOrigin);
         copySample(sample, *hit);
     } else {
         SurfaceValues values;
@@ -141,19 +142,21 @@ double rayShade(const double position[3], const double direction[3], HostRayHit 
     return static_cast<double>(ray.ray.tfar);
 }
 
-// Sums up a light at a position.
+// The light that arrives at `position` from one light: from its whole area, or from one point of it.
 int illuminateBy(const HostItem *item, const double position[3], double direction[3], double colour[3], bool onePoint) {
     RayState &state = activeState();
     std::fill_n(direction, 3, 0.0);
     std::fill_n(colour, 3, 0.0);
-    if (item == nullptr || item->type != kItemLight) return 0;
-    const Light &light = state.world->lights[static_cast<std::size_t>(item->index)];
+    if (!item || item->type != kItemLight) return 0;
+    const auto index = static_cast<std::size_t>(item->index);
+    if (index >= state.scene->lights.size()) return 0; // no longer in the scene
+    const Light &light = state.scene->lights[index].light;
     Vec3 sum, mean;
     int arrived = 0;
     gatherLight(state, light, Vec3(position), nullptr, onePoint ? 1 : light.sampleCount(),
-                [&](const Vec3 &toLight, const Vec3 &share) {
+                [&](const Vec3 &toLight, const Vec3 &received) {
                     ++arrived;
-                    sum += share;
+                    sum += received;
                     mean += toLight;
                 });
     if (arrived == 0) return 0;

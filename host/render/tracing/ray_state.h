@@ -1,5 +1,5 @@
-// What a render thread keeps between the rays that it casts. The ray functions of a sample are given no context, so
-// each thread has one, in its thread-local storage.
+// The state of a render thread. The ray functions of a shading sample take no context argument, so each render thread
+// keeps its state in thread-local storage.
 #pragma once
 
 #include "host/render/geometry/vector.h"
@@ -11,56 +11,57 @@
 
 namespace velm::host {
 
-// What casts rays: the sample that is being shaded, or the camera.
-struct Caster {
+// Where rays come from: the sample that is being shaded, or the camera.
+struct RayOrigin {
     static constexpr std::uint32_t kNone = 0xffffffffu;
 
     Vec3 position, normal; // of the sample; the geometric normal on the side that its ray came from
-    double margin = 0;     // how near to the sample's plane counts as on it; 0 without a sample
-    // Rays that start at the position itself, as most do: their origin moved off the surface to the side to which they
-    // go. `start` is the position, or not a number where no ray can start.
+    double margin = 0;     // points nearer than this to the sample's plane count as on it; 0 for the camera
+    // Most rays start at the sample's position itself. Their start is computed once for both sides of the surface:
+    // `front` and `back` are the position moved off the surface by the margin. `start` is the position, or NaN where no
+    // ray can start.
     Vec3 start;
     std::array<float, 3> front{}, back{};
     std::uint32_t object = kNone, polygon = kNone;
-    const std::uint32_t *polygonNumbers = nullptr; // by triangle of the object; null: each is a polygon of its own
-    int depth = -1;                                // bounces before the sample
+    const std::uint32_t *polygonNumbers = nullptr; // by triangle of the object; null: every triangle is a polygon
+    int depth = -1;                                // bounces before the sample; -1 for the camera
     bool sampled = false;
-    double refractionIndex = 1;     // of the medium that the sample's ray came through
-    double spotSize = 0;            // footprint there
-    const HostItem *item = nullptr; // of the object, or the camera
+    double refractionIndex = 1;     // of the medium that the sample's ray travelled in
+    double spotSize = 0;            // footprint of a pixel at the sample, in metres
+    const HostItem *item = nullptr; // the object or the camera
 };
 
 struct RayState {
-    const RenderSceneData *world = nullptr; // null while the thread renders nothing
+    const RenderSceneData *scene = nullptr; // null while the thread is not rendering
     RTCScene rayScene = nullptr, shadowScene = nullptr;
     RTCIntersectContext context{};
-    Caster caster;
+    RayOrigin origin;
     RayCounts counts;
-    std::uint64_t samples = 0; // shaded for the camera
+    std::uint64_t samples = 0; // camera samples that hit something and were shaded
     int recursionDepth = 0;
-    bool allOpaque = false; // no surface of the scene can let light through in this frame
+    bool allOpaque = false; // no surface of the scene is transparent anywhere in this frame
     int threadIndex = 0;
     int pixelX = 0, pixelY = 0;
-    double spread = 0;           // of the footprint, for each metre of path
-    std::uint32_t seed = 0;      // of the camera sample that is being computed
-    std::uint32_t drawnSets = 0; // sets of light points drawn for it
+    double spread = 0;           // growth of the footprint per metre of path
+    std::uint32_t seed = 0;      // of the current camera sample
+    std::uint32_t drawnSets = 0; // sets of light points drawn for the current camera sample
 };
 
 inline constinit thread_local RayState rayState;
 
-// Puts another caster in place for as long as its sample is being shaded.
-class CasterScope {
+// Makes a sample the origin of the thread's rays while that sample is being shaded.
+class RayOriginScope {
   public:
-    CasterScope(RayState &state, const Caster &caster) : state_(state), previous_(state.caster) {
-        state.caster = caster;
+    RayOriginScope(RayState &state, const RayOrigin &origin) : state_(state), previous_(state.origin) {
+        state.origin = origin;
     }
-    ~CasterScope() { state_.caster = previous_; }
-    CasterScope(const CasterScope &) = delete;
-    CasterScope &operator=(const CasterScope &) = delete;
+    ~RayOriginScope() { state_.origin = previous_; }
+    RayOriginScope(const RayOriginScope &) = delete;
+    RayOriginScope &operator=(const RayOriginScope &) = delete;
 
   private:
     RayState &state_;
-    Caster previous_;
+    RayOrigin previous_;
 };
 
 } // namespace velm::host

@@ -12,14 +12,15 @@ struct ReceivedLight {
     Vec3 diffuse, specular;
 };
 
-ReceivedLight receiveLight(RayState &state, const SurfaceValues &values, const Vec3 &place, const Vec3 &view) {
+ReceivedLight receiveLight(RayState &state, const SurfaceValues &values, const Vec3 &position, const Vec3 &view) {
     const Vec3 normal(values.normal);
     const bool shines = values.specular > 0;
     ReceivedLight received;
     if (!(values.diffuse > 0) && !shines) return received;
     const double exponent = shines ? std::exp2(10 * values.glossiness + 2) : 0;
-    for (const Light &light : state.world->lights) {
-        gatherLight(state, light, place, &normal, light.sampleCount(), [&](const Vec3 &toLight, const Vec3 &colour) {
+    for (const RenderLight &each : state.scene->lights) {
+        const Light &light = each.light;
+        gatherLight(state, light, position, &normal, light.sampleCount(), [&](const Vec3 &toLight, const Vec3 &colour) {
             received.diffuse += dot(normal, toLight) * colour;
             if (!shines) return;
             const double cosine = dot(normal, normalised(toLight + view, normal));
@@ -31,26 +32,28 @@ ReceivedLight receiveLight(RayState &state, const SurfaceValues &values, const V
 
 double usableIndex(double index) { return index > 0 && std::isfinite(index) ? index : 1; }
 
-Vec3 seen(RayState &state, const Vec3 &place, const Vec3 &direction, double refractionIndex, unsigned mode, int flags) {
+Vec3 seen(RayState &state, const Vec3 &position, const Vec3 &direction, double refractionIndex, unsigned mode,
+          int flags) {
     double colour[3] = {0, 0, 0};
-    traceShaded(state, place, direction, colour, refractionIndex, mode, flags);
+    traceShaded(state, position, direction, colour, refractionIndex, mode, flags);
     return Vec3(colour);
 }
 
-// What is seen through the surface, by Snell's law. A ray from the back leaves the body for the outside, whose index is
-// 1. What cannot leave is mirrored.
+// The colour seen through the surface, by Snell's law. A ray that hits the back of a surface leaves the body; the
+// refraction index outside is 1. Total internal reflection counts as a reflection.
 Vec3 seenThrough(RayState &state, const ShadingSample &sample, const SurfaceValues &values, const Vec3 &direction) {
     const bool leaves = (sample.rayFlags & kRayBackSide) != 0;
     const double from = usableIndex(sample.refractionIndex);
     const double to = leaves ? 1 : usableIndex(values.refractionIndex);
     Vec3 normal(values.normal);
-    if (dot(normal, direction) >= 0) normal = Vec3(sample.geometricNormal); // bumped away from the view
+    if (dot(normal, direction) >= 0)
+        normal = Vec3(sample.geometricNormal); // a bumped normal that faces away from the view
     const double ratio = from / to, cosine = -dot(normal, direction);
     const double square = 1 - ratio * ratio * (1 - cosine * cosine);
-    const Vec3 place(sample.position);
-    if (square < 0) return seen(state, place, mirrored(direction, normal), from, kTraceReflection, 0);
+    const Vec3 position(sample.position);
+    if (square < 0) return seen(state, position, mirrored(direction, normal), from, kTraceReflection, 0);
     const Vec3 refracted = ratio * direction + (ratio * cosine - std::sqrt(square)) * normal;
-    return seen(state, place, refracted, to, kTraceRefraction, leaves ? kRayToOutside : 0);
+    return seen(state, position, refracted, to, kTraceRefraction, leaves ? kRayToOutside : 0);
 }
 
 } // namespace
@@ -63,17 +66,17 @@ HitRules rulesOf(unsigned mode) {
 }
 
 Vec3 shade(RayState &state, const ShadingSample &sample, const SurfaceValues &values) {
-    const Vec3 place(sample.position);
-    const Vec3 direction = normalised(place - Vec3(sample.raySource), -Vec3(sample.geometricNormal));
-    const ReceivedLight light = receiveLight(state, values, place, -direction);
+    const Vec3 position(sample.position);
+    const Vec3 direction = normalised(position - Vec3(sample.raySource), -Vec3(sample.geometricNormal));
+    const ReceivedLight light = receiveLight(state, values, position, -direction);
 
     const double opacity = 1 - std::clamp(values.transparency, 0.0, 1.0);
-    const Vec3 lit = values.diffuse * (state.world->ambient + light.diffuse);
+    const Vec3 lit = values.diffuse * (state.scene->ambient + light.diffuse);
     const Vec3 own = Vec3(values.colour) * (Vec3{values.luminosity, values.luminosity, values.luminosity} + lit);
     Vec3 colour = opacity * own + values.specular * light.specular;
     if (values.reflection > 0) {
         const Vec3 mirror = mirrored(direction, Vec3(values.normal));
-        colour += values.reflection * seen(state, place, mirror, sample.refractionIndex, kTraceReflection, 0);
+        colour += values.reflection * seen(state, position, mirror, sample.refractionIndex, kTraceReflection, 0);
     }
     if (values.transparency > 0) colour += values.transparency * seenThrough(state, sample, values, direction);
     return colour;
@@ -81,10 +84,10 @@ Vec3 shade(RayState &state, const ShadingSample &sample, const SurfaceValues &va
 
 Vec3 shadeHit(RayState &state, const RTCRayHit &ray, const IncomingRay &incoming, ShadingSample &sample,
               SurfaceValues &values) {
-    Caster caster;
-    fillSample(state, ray, incoming, sample, caster);
-    const CasterScope scope(state, caster);
-    values = state.world->surfaceOf(ray.hit.geomID, ray.hit.primID).surface->evaluate(&sample);
+    RayOrigin origin;
+    fillSample(state, ray, incoming, sample, origin);
+    const RayOriginScope scope(state, origin);
+    values = state.scene->surfaceOf(ray.hit.geomID, ray.hit.primID).surface->evaluate(&sample);
     return shade(state, sample, values);
 }
 
@@ -92,19 +95,19 @@ double traceShaded(RayState &state, const Vec3 &origin, const Vec3 &direction, d
                    unsigned mode, int extraFlags) {
     RTCRayHit ray;
     Vec3 unit;
-    if (!startRay(state.caster, origin, direction, ray, unit)) return HOST_RAY_MISS;
+    if (!spawnRay(state.origin, origin, direction, ray, unit)) return HOST_RAY_MISS;
     ++state.counts.shaded;
     if (!findHit(state, state.rayScene, ray, rulesOf(mode))) {
         const double seenDirection[3] = {unit.x, unit.y, unit.z};
-        if ((mode & kTraceUseBackdropColour) == 0) state.world->backdrop.evaluate(seenDirection, colour);
+        if ((mode & kTraceUseBackdropColour) == 0) state.scene->backdrop.evaluate(seenDirection, colour);
         return HOST_RAY_MISS;
     }
     const double distance = static_cast<double>(ray.ray.tfar);
-    if (state.caster.depth >= state.recursionDepth) {
+    if (state.origin.depth >= state.recursionDepth) {
         std::fill_n(colour, 3, 0.0);
         return distance;
     }
-    const bool sampled = (mode & kTraceSampled) != 0 || state.caster.sampled;
+    const bool sampled = (mode & kTraceSampled) != 0 || state.origin.sampled;
     ShadingSample sample;
     SurfaceValues values;
     shadeHit(state, ray,

@@ -1,4 +1,4 @@
-// The colour of what a ray hits.
+// The colour of a hit.
 #pragma once
 
 #include "host/graph/surface.h"
@@ -7,24 +7,25 @@
 
 namespace velm::host {
 
-// The colour of a sample as its surface and the lights have it, mirrored and refracted rays included:
+// The colour of a sample, from its surface's values, the lights, and reflected and refracted rays:
 //   (1 - transparency) colour (luminosity + diffuse (ambient + sum of light N.L))
 //   + specular sum of light (N.H)^(2^(10 glossiness + 2))           (Blinn, "Models of light reflection ...", 1977)
-//   + reflection times what the mirrored ray sees + transparency times what the refracted ray sees
-// where N is the surface's normal, L points to the light and H lies halfway between L and the view. The state's caster
-// is the sample. [render threads]
+//   + reflection times the colour of the reflected ray + transparency times the colour of the refracted ray
+// where N is the surface's normal, L points to the light and H lies halfway between L and the view. `state.origin` has
+// to be the sample's. [render threads]
 Vec3 shade(RayState &state, const ShadingSample &sample, const SurfaceValues &values);
 
-// Shades a hit from its beginning to its end. Leaves the sample and the surface's values for whoever needs them.
+// Fills the sample of a hit, evaluates its surface and shades it. `sample` and `values` are outputs. [render threads]
 Vec3 shadeHit(RayState &state, const RTCRayHit &ray, const IncomingRay &incoming, ShadingSample &sample,
               SurfaceValues &values);
 
-// A ray of a shading kind (kTraceReflection, kTraceRefraction, kTraceDissolve): what rayTraceMode does for them, and
-// what surfaces do themselves. `extraFlags` are added to the flags of the hit's sample.
+// Traces a ray of a shading kind (kTraceReflection, kTraceRefraction, kTraceDissolve), for rayTraceMode and for
+// surfaces. Sets `colour` and returns the distance to the hit, or HOST_RAY_MISS. `mode` is a mode word of rayTraceMode;
+// `extraFlags` are added to the ray flags of the hit's sample. [render threads]
 double traceShaded(RayState &state, const Vec3 &origin, const Vec3 &direction, double colour[3], double refractionIndex,
                    unsigned mode, int extraFlags = 0);
 
-// The rules that a mode word stands for.
+// The hit rules that a mode word of rayTraceMode asks for.
 HitRules rulesOf(unsigned mode);
 
 } // namespace velm::host

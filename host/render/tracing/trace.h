@@ -1,4 +1,4 @@
-// Finding what a ray hits: where it starts, and which hits count.
+// Rays: how they start, which hits count, and how much light passes along them.
 #pragma once
 
 #include "host/render/tracing/ray_state.h"
@@ -10,41 +10,42 @@
 
 namespace velm::host {
 
-// Which hits a ray passes by.
+// Which hits a ray ignores.
 struct HitRules {
     bool mayHitOwnPolygon = false;
-    bool hitsBackSides = false; // also of surfaces that are not double-sided
+    bool hitsBackSides = false; // even of surfaces that are not double-sided
     bool ownObjectOnly = false;
     bool neverOwnObject = false;
 };
 
-// Whether single precision can still square a place's coordinates.
-inline bool isNear(const Vec3 &place) {
+// Whether the squares of a point's coordinates fit into single precision.
+inline bool isNear(const Vec3 &point) {
     constexpr double kFarthest = 1e30;
-    return std::fabs(place.x) < kFarthest && std::fabs(place.y) < kFarthest && std::fabs(place.z) < kFarthest;
+    return std::fabs(point.x) < kFarthest && std::fabs(point.y) < kFarthest && std::fabs(point.z) < kFarthest;
 }
 
-inline std::array<float, 3> rounded(const Vec3 &place) {
-    return {static_cast<float>(place.x), static_cast<float>(place.y), static_cast<float>(place.z)};
+inline std::array<float, 3> rounded(const Vec3 &point) {
+    return {static_cast<float>(point.x), static_cast<float>(point.y), static_cast<float>(point.z)};
 }
 
-inline void setOrigin(RTCRayHit &ray, const std::array<float, 3> &place) {
-    ray.ray.org_x = place[0];
-    ray.ray.org_y = place[1];
-    ray.ray.org_z = place[2];
+inline void setOrigin(RTCRayHit &ray, const std::array<float, 3> &point) {
+    ray.ray.org_x = point[0];
+    ray.ray.org_y = point[1];
+    ray.ray.org_z = point[2];
 }
 
-// Sets up a ray in Embree's form. `unit` gets the normalised direction. False for a direction of no length or a
-// position or direction that is not finite: such a ray hits nothing.
+// Sets up Embree's record of the ray from `origin` along `direction`, which may have any length; `unit` gets the
+// normalised direction. `from` is the sample or camera that the ray belongs to. Returns false, and the ray hits
+// nothing, for a direction of length 0 and for an origin or direction that is not finite.
 //
-// Rays from the caster's own surface must not hit it where the arithmetic is not exact. The caster's polygon itself is
-// left out by its number; against its neighbours the origin, where it lies within a margin of the caster's plane, is
-// moved to the margin's edge on the side to which the ray goes. The margin is a bound on the error of the positions
-// involved in floating point, as in Wächter and Binder, "A Fast and Robust Method for Avoiding Self-Intersection", Ray
-// Tracing Gems, 2019, so it grows and shrinks with the scene. Origins farther off the plane are used as they are.
-inline bool startRay(const Caster &caster, const Vec3 &origin, const Vec3 &direction, RTCRayHit &ray, Vec3 &unit) {
-    constexpr double kSmall = 1e-200, kLarge = 1e200; // outside, the square of the length is not to be trusted
-    constexpr double kUnit = 1e-8;                    // closer to 1 than single precision tells
+// A ray must not hit the surface that it starts on because of rounding errors. The sample's own polygon is skipped by
+// its number. For its neighbours, an origin within the margin of the sample's plane is moved to the edge of the margin,
+// on the side to which the ray goes. The margin is a bound on the rounding error of the positions involved, so it
+// scales with the scene (Wächter and Binder, "A Fast and Robust Method for Avoiding Self-Intersection", Ray Tracing
+// Gems, 2019). Origins farther off the plane are used as they are.
+inline bool spawnRay(const RayOrigin &from, const Vec3 &origin, const Vec3 &direction, RTCRayHit &ray, Vec3 &unit) {
+    constexpr double kSmall = 1e-200, kLarge = 1e200; // outside, the squared length is not reliable
+    constexpr double kUnit = 1e-8;                    // closer to 1 than single precision resolves
     const double square = dot(direction, direction);
     if (std::fabs(square - 1) < kUnit) [[likely]] {
         unit = direction;
@@ -54,15 +55,15 @@ inline bool startRay(const Caster &caster, const Vec3 &origin, const Vec3 &direc
         unit = normalised(direction, {0, 0, 0});
         if (dot(unit, unit) == 0) return false;
     }
-    const bool leavesBack = dot(unit, caster.normal) < 0;
-    if (origin.x == caster.start.x && origin.y == caster.start.y && origin.z == caster.start.z) [[likely]] {
-        setOrigin(ray, leavesBack ? caster.back : caster.front);
+    const bool leavesBack = dot(unit, from.normal) < 0;
+    if (origin.x == from.start.x && origin.y == from.start.y && origin.z == from.start.z) [[likely]] {
+        setOrigin(ray, leavesBack ? from.back : from.front);
     } else {
         if (!isNear(origin)) return false;
         Vec3 start = origin;
-        const double height = dot(origin - caster.position, caster.normal);
-        if (std::fabs(height) < caster.margin)
-            start += ((leavesBack ? -caster.margin : caster.margin) - height) * caster.normal;
+        const double height = dot(origin - from.position, from.normal);
+        if (std::fabs(height) < from.margin)
+            start += ((leavesBack ? -from.margin : from.margin) - height) * from.normal;
         setOrigin(ray, rounded(start));
     }
     ray.ray.tnear = 0;
@@ -79,26 +80,26 @@ inline bool startRay(const Caster &caster, const Vec3 &origin, const Vec3 &direc
     return true;
 }
 
-// Whether a hit is on the back of a polygon that has none, and so is no hit.
-bool isOpenBack(const RenderSceneData &world, const RTCRayHit &ray);
+// Whether a hit is on the back of a single-sided polygon, and so does not count.
+bool isOpenBack(const RenderSceneData &scene, const RTCRayHit &ray);
 
 inline bool hitCounts(const RayState &state, const RTCRayHit &ray, const HitRules &rules) {
     const std::uint32_t object = ray.hit.geomID;
-    if (object == state.caster.object) {
+    if (object == state.origin.object) {
         if (rules.neverOwnObject) return false;
-        const std::uint32_t *numbers = state.caster.polygonNumbers;
-        const std::uint32_t polygon = numbers == nullptr ? ray.hit.primID : numbers[ray.hit.primID];
-        if (!rules.mayHitOwnPolygon && polygon == state.caster.polygon) return false;
+        const std::uint32_t *numbers = state.origin.polygonNumbers;
+        const std::uint32_t polygon = numbers ? numbers[ray.hit.primID] : ray.hit.primID;
+        if (!rules.mayHitOwnPolygon && polygon == state.origin.polygon) return false;
     } else if (rules.ownObjectOnly) {
         return false;
     }
-    return !state.world->hasSingleSided || rules.hitsBackSides || !isOpenBack(*state.world, ray);
+    return !state.scene->hasSingleSided || rules.hitsBackSides || !isOpenBack(*state.scene, ray);
 }
 
-// Goes on behind the hit. Embree's distances are a few roundings off what it compares with the ray's start, so the
-// start moves on by several of them, and always by something: a hit must not be found again. What lies nearer together
-// along the ray than that counts as one.
-inline void passHit(RTCRayHit &ray, float farthest) {
+// Continues the ray behind its hit, up to `farthest`. Embree's distances are a few rounding errors off the value that
+// it compares with the start of the ray's interval. So the start moves by several rounding errors, and always by more
+// than nothing: the same hit must not be found again. Hits that lie closer together than that count as one.
+inline void advance(RTCRayHit &ray, float farthest) {
     constexpr float kOnwards = 1 + 4 * std::numeric_limits<float>::epsilon();
     const float reached = std::max(ray.ray.tfar, ray.ray.tnear) * kOnwards;
     ray.ray.tnear = std::max(reached, std::numeric_limits<float>::min());
@@ -106,7 +107,8 @@ inline void passHit(RTCRayHit &ray, float farthest) {
     ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
 }
 
-// The nearest hit that counts, from ray.ray.tnear on. Leaves it in `ray`.
+// Finds the nearest hit that counts between ray.ray.tnear and ray.ray.tfar, and leaves it in `ray`. False when there is
+// none.
 inline bool findHit(RayState &state, RTCScene scene, RTCRayHit &ray, const HitRules &rules) {
     const float farthest = ray.ray.tfar;
     for (;;) {
@@ -114,14 +116,14 @@ inline bool findHit(RayState &state, RTCScene scene, RTCRayHit &ray, const HitRu
         if (ray.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
         if (hitCounts(state, ray, rules)) [[likely]]
             return true;
-        passHit(ray, farthest);
+        advance(ray, farthest);
     }
 }
 
-// How much of the light comes through along a ray: the product of the transparencies of what it passes, up to
-// `distance`. 1 for a ray without a direction. *firstStop, unless null, gets the distance to the first thing that is
-// not fully transparent, or HOST_RAY_MISS.
-double transmitted(RayState &state, RTCScene scene, const Vec3 &origin, const Vec3 &direction, double distance,
-                   const HitRules &rules, double *firstStop);
+// The fraction of the light that passes along a ray: the product of the transparencies of everything that it hits
+// within `distance` metres. 1 for a ray without a direction. *firstStop, unless null, gets the distance to the first
+// hit that is not fully transparent, or HOST_RAY_MISS. [render threads]
+double transmittance(RayState &state, RTCScene scene, const Vec3 &origin, const Vec3 &direction, double distance,
+                     const HitRules &rules, double *firstStop);
 
 } // namespace velm::host

@@ -1,0 +1,81 @@
+// Renders a frame in passes.
+#pragma once
+
+#include "host/image/picture.h"
+#include "host/render/scene/render_job.h"
+#include "host/render/scene/render_scene.h"
+#include "host/render/tile_renderer.h"
+#include "host/render/tracing/ray_counts.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <stop_token>
+
+namespace velm::host {
+
+// Is called on the thread that renders a pass: soon after the first tile, then about every 50 ms when tiles were
+// finished since, and after the last one.
+class ProgressSink {
+  public:
+    virtual ~ProgressSink() = default;
+    // A tile that was finished in this pass. Its pixels in `picture` do not change again during the pass; those of
+    // other tiles may be changing. Called once for each tile, before `progress` counts it.
+    virtual void tile(const Region &, const Picture & /*picture*/) {}
+    // `done` of `total` tiles of the pass. Returning false cancels the pass.
+    virtual bool progress(int done, int total) = 0;
+};
+
+struct RenderStatistics {
+    double seconds = 0; // in passes
+    int threads = 0;
+    RayCounts rays;
+    std::uint64_t samples = 0; // camera samples that hit something and were shaded
+    std::size_t triangles = 0, accelerationBytes = 0;
+};
+
+// The passes that show a first sample of every pixel, from coarse to fine. Each renders the pixels that those before
+// left out; no sample is rendered twice.
+inline constexpr RenderPass kCoarseToFine[] = {
+    {.samples = 1, .step = 8}, {.samples = 1, .step = 4}, {.samples = 1, .step = 2}, {.samples = 1, .step = 1}};
+
+// One frame of a prepared RenderScene, rendered in one pass or many. Whatever the passes, the samples of a pixel are
+// the same and are added in the same order. So once every pixel has all its samples, the picture is the same bit for
+// bit; as it is for any number of threads. The exception are nodes with state of their own, which see the order of
+// evaluation.
+//
+// The surfaces have to be initialised and set to the job's time. The scene must live longer and not be updated, and
+// surfaces and nodes must not change, or the frame has to be begun anew. One thread at a time may use a FrameRenderer;
+// it acts as the render controller while it renders a pass.
+class FrameRenderer {
+  public:
+    // Throws InputError for a job that makes no sense: no such camera, or a region outside of the picture.
+    FrameRenderer(const RenderScene &scene, const RenderJob &job);
+    ~FrameRenderer();
+    FrameRenderer(const FrameRenderer &) = delete;
+    FrameRenderer &operator=(const FrameRenderer &) = delete;
+
+    // Renders a pass on the job's threads and waits for its end. Pixels that have the pass's samples already are left
+    // alone. Returns false when it was cancelled: by the sink (may be null), or by `stop`, on which any thread may
+    // request a stop. Then each render thread finishes only the sample that it is at, and the next pass goes on from
+    // there. Rethrows what the sink throws, after cancelling. [controller thread]
+    bool renderPass(const RenderPass &pass, ProgressSink *sink = nullptr, const std::stop_token &stop = {});
+
+    // Samples that every pixel of the region has.
+    int samplesDone() const;
+
+    // Each pixel shows the mean of its samples so far, or that of a neighbour after a coarse pass. What no pass
+    // reached, or is outside the region, is black.
+    const Picture &picture() const;
+    // The picture, for a FrameRenderer that is not used any more.
+    Picture takePicture();
+
+    // Of all passes so far.
+    RenderStatistics statistics() const;
+
+  private:
+    struct Work;
+    std::unique_ptr<Work> work_;
+};
+
+} // namespace velm::host

@@ -1,0 +1,168 @@
+// Reads mesh files with assimp.
+#include "host/render/geometry/mesh_builder.h"
+#include "host/render/geometry/mesh_readers.h"
+
+#include "host/base/error.h"
+#include "host/io/files.h"
+
+#include <assimp/DefaultIOSystem.h>
+#include <assimp/Importer.hpp>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+
+namespace velm::host {
+namespace {
+
+// Opens the other files that a mesh file names, such as its materials. They must be readable regular files too.
+class RegularFiles final : public Assimp::DefaultIOSystem {
+  public:
+    bool Exists(const char *file) const override { return !whyUnreadable(file); } // the base's opens it
+    Assimp::IOStream *Open(const char *file, const char *mode) override {
+        return whyUnreadable(file) ? nullptr : DefaultIOSystem::Open(file, mode);
+    }
+};
+
+bool hasPolygons(const aiMesh &mesh) {
+    return std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
+                       [](const aiFace &face) { return face.mNumIndices > 2; });
+}
+
+// The name of a mesh's UV channel: the file's, or "UV", "UV 2" and so on.
+std::string uvNameOf(const aiMesh &mesh, unsigned channel) {
+    const aiString *name = mesh.GetTextureCoordsName(channel);
+    if (name && name->length > 0) return name->C_Str();
+    return channel == 0 ? "UV" : "UV " + std::to_string(channel + 1);
+}
+
+std::vector<unsigned> uvChannelsOf(const aiMesh &mesh) {
+    std::vector<unsigned> channels;
+    for (unsigned channel = 0; channel < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++channel) {
+        if (mesh.HasTextureCoords(channel)) channels.push_back(channel);
+    }
+    return channels;
+}
+
+// Turns assimp's scene of a file into one mesh.
+class FileMesh {
+  public:
+    FileMesh(const aiScene &scene, const Transform &transform, const std::string &file)
+        : scene_(scene), transform_(transform), file_(file), uvNames_(allUvNames(scene)),
+          hasNormals_(allHaveNormals(scene)), builder_(uvNames_, hasNormals_) {}
+
+    Mesh build() {
+        addNode(*scene_.mRootNode, aiMatrix4x4());
+        if (builder_.triangleCount() == 0) throw InputError({.file = file_}, "the mesh has no polygons");
+        return builder_.finish();
+    }
+
+  private:
+    static std::vector<std::string> allUvNames(const aiScene &scene) {
+        std::vector<std::string> names;
+        for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+            for (const unsigned channel : uvChannelsOf(*scene.mMeshes[i])) {
+                const std::string name = uvNameOf(*scene.mMeshes[i], channel);
+                if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+            }
+        }
+        return names;
+    }
+
+    static bool allHaveNormals(const aiScene &scene) {
+        return std::all_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes,
+                           [](const aiMesh *mesh) { return mesh->HasNormals() || !hasPolygons(*mesh); });
+    }
+
+    void addNode(const aiNode &node, const aiMatrix4x4 &parent) {
+        const aiMatrix4x4 toFile = parent * node.mTransformation;
+        for (unsigned i = 0; i < node.mNumMeshes; ++i) addMesh(*scene_.mMeshes[node.mMeshes[i]], toFile);
+        for (unsigned i = 0; i < node.mNumChildren; ++i) addNode(*node.mChildren[i], toFile);
+    }
+
+    void addMesh(const aiMesh &mesh, const aiMatrix4x4 &toFile) {
+        if (!hasPolygons(mesh)) return;
+        const std::vector<std::uint32_t> numbers = addVertices(mesh, toFile);
+        const std::uint16_t material = builder_.addMaterial(materialName(mesh));
+        // Files have right-handed axes. The change to left-handed ones reverses every polygon, and so does each further
+        // mirroring transform.
+        const bool turn = !(transform_.mirrors() != (aiMatrix3x3(toFile).Determinant() < 0));
+        std::vector<std::uint32_t> corners;
+        for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
+            const aiFace &face = mesh.mFaces[i];
+            if (face.mNumIndices < 3) continue;
+            corners.clear();
+            for (unsigned k = 0; k < face.mNumIndices; ++k) {
+                if (face.mIndices[k] >= numbers.size()) {
+                    throw InputError({.file = file_}, "a polygon of the mesh has a vertex that is not there");
+                }
+                corners.push_back(numbers[face.mIndices[k]]);
+            }
+            if (turn) std::reverse(corners.begin() + 1, corners.end());
+            builder_.addPolygon(corners, material);
+        }
+    }
+
+    std::vector<std::uint32_t> addVertices(const aiMesh &mesh, const aiMatrix4x4 &toFile) {
+        std::vector<std::size_t> target; // by channel: the index of its map in uvNames_
+        const std::vector<unsigned> channels = uvChannelsOf(mesh);
+        for (const unsigned channel : channels) {
+            const auto found = std::find(uvNames_.begin(), uvNames_.end(), uvNameOf(mesh, channel));
+            target.push_back(static_cast<std::size_t>(found - uvNames_.begin()));
+        }
+        const aiMatrix3x3 normalToParent = aiMatrix3x3(toFile).Inverse().Transpose();
+        constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+        BuilderVertex vertex;
+        std::vector<std::uint32_t> numbers;
+        numbers.reserve(mesh.mNumVertices);
+        for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
+            const aiVector3D point = toFile * mesh.mVertices[i];
+            vertex.position = transform_.pointToWorld({point.x, point.y, -point.z});
+            if (hasNormals_) {
+                const aiVector3D normal = normalToParent * mesh.mNormals[i];
+                // A normal without a direction stays 0, and shading uses the polygon's own normal.
+                vertex.normal = normalised(transform_.normalToWorld({normal.x, normal.y, -normal.z}), {0, 0, 0});
+            }
+            vertex.uvs.assign(uvNames_.size(), {kNone, kNone});
+            for (std::size_t k = 0; k < channels.size(); ++k) {
+                const aiVector3D &uv = mesh.mTextureCoords[channels[k]][i];
+                vertex.uvs[target[k]] = {uv.x, uv.y};
+            }
+            numbers.push_back(builder_.addVertex(vertex));
+        }
+        return numbers;
+    }
+
+    std::string materialName(const aiMesh &mesh) const {
+        return mesh.mMaterialIndex < scene_.mNumMaterials ? scene_.mMaterials[mesh.mMaterialIndex]->GetName().C_Str()
+                                                          : "";
+    }
+
+    const aiScene &scene_;
+    const Transform &transform_;
+    const std::string &file_;
+    std::vector<std::string> uvNames_;
+    bool hasNormals_;
+    MeshBuilder builder_;
+};
+
+} // namespace
+
+Mesh readWithAssimp(const std::string &file, const Transform &transform) {
+    Assimp::Importer importer;
+    importer.SetIOHandler(std::make_unique<RegularFiles>().release()); // which the importer owns
+    const aiScene *scene = importer.ReadFile(file, 0);
+    if (!scene) {
+        const std::string why = importer.GetErrorString();
+        throw InputError({.file = file}, "cannot read the mesh: " +
+                                             (why == "std::bad_alloc" ? "there is not enough memory for it" : why));
+    }
+    if (!scene->mRootNode || scene->mNumMeshes == 0) throw InputError({.file = file}, "the mesh has no polygons");
+    return FileMesh(*scene, transform, file).build();
+}
+
+} // namespace velm::host

@@ -1,0 +1,148 @@
+#include "host/render/scene/scene_builders.h"
+
+#include "host/base/error.h"
+#include "host/base/names.h"
+#include "host/graph/surface.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <limits>
+
+namespace velm::host {
+namespace {
+
+class SurfaceBuilder {
+  public:
+    SurfaceBuilder(const SceneDescription &scene, const SurfaceLookup &surfaceOf, const RenderSceneData &former,
+                   RenderSceneData &data)
+        : scene_(scene), surfaceOf_(surfaceOf), former_(former), data_(data) {}
+
+    void build() {
+        data_.backdrop = Backdrop(scene_.backdrop);
+        data_.ambient = scene_.render.ambientIntensity * Vec3(scene_.render.ambientColour);
+        for (std::size_t i = 0; i < data_.objects.size(); ++i) coverObject(scene_.objects[i], data_.objects[i]);
+        for (const RenderSurface &surface : data_.surfaces)
+            data_.hasSingleSided = data_.hasSingleSided || !surface.doubleSided;
+        accelerate();
+    }
+
+  private:
+    void coverObject(const ObjectDescription &description, RenderObject &object) {
+        location_ = description.location;
+        try {
+            assignSurfaces(description, object);
+            smooth(object);
+        } catch (const InputError &error) {
+            throw InputError(location_, fmt::format("object \"{}\": {}", description.name, error.what()));
+        }
+    }
+
+    // Gives each material of the mesh its surface: its own, or the one for all materials that are not named.
+    void assignSurfaces(const ObjectDescription &description, RenderObject &object) {
+        const std::vector<std::string> &materials = object.mesh->materials;
+        const SurfaceUse *others = nullptr;
+        for (const SurfaceUse &use : description.surfaces) {
+            if (use.material.empty()) {
+                others = &use;
+            } else if (std::find(materials.begin(), materials.end(), use.material) == materials.end()) {
+                locateErrorsAt(use);
+                throw InputError(fmt::format("its mesh has no material \"{}\"{}", use.material,
+                                             didYouMean(use.material, materials)));
+            }
+        }
+        for (std::size_t i = 0; i < materials.size(); ++i) {
+            const auto own = std::find_if(description.surfaces.begin(), description.surfaces.end(),
+                                          [&](const SurfaceUse &use) { return use.material == materials[i]; });
+            const SurfaceUse *use = own != description.surfaces.end() ? &*own : others;
+            if (!use)
+                throw InputError(materials[i].empty()
+                                     ? "it has no surface"
+                                     : fmt::format("there is no surface for its mesh's material \"{}\"", materials[i]));
+            locateErrorsAt(*use);
+            object.surfaces.push_back(surfaceNumber(use->surface));
+            data_.surfaces[object.surfaces.back()].bounds.include(object.bounds[i]);
+            location_ = description.location;
+        }
+    }
+
+    void locateErrorsAt(const SurfaceUse &use) {
+        if (!use.location.file.empty()) location_ = use.location;
+    }
+
+    std::uint16_t surfaceNumber(const std::string &name) {
+        const auto known = std::find(names_.begin(), names_.end(), name);
+        if (known != names_.end()) return static_cast<std::uint16_t>(known - names_.begin());
+        Surface *surface = surfaceOf_(name);
+        if (!surface) {
+            std::vector<std::string> all;
+            for (const SurfaceDescription &description : scene_.surfaces) all.push_back(description.name);
+            throw InputError(fmt::format("there is no surface \"{}\"{}", name, didYouMean(name, all)));
+        }
+        if (names_.size() > std::numeric_limits<std::uint16_t>::max()) throw InputError("more than 65536 surfaces");
+        // A surface without a description has a description's defaults.
+        const auto described = std::find_if(scene_.surfaces.begin(), scene_.surfaces.end(),
+                                            [&](const SurfaceDescription &each) { return each.name == name; });
+        const SurfaceDescription settings = described != scene_.surfaces.end() ? *described : SurfaceDescription{};
+        data_.surfaces.push_back({.surface = surface,
+                                  .smoothingAngle = settings.smoothingAngle,
+                                  .doubleSided = settings.doubleSided,
+                                  .bounds = {}});
+        names_.push_back(name);
+        return static_cast<std::uint16_t>(names_.size() - 1);
+    }
+
+    void smooth(RenderObject &object) {
+        if (object.mesh->hasOwnNormals()) return;
+        std::vector<double> angles;
+        for (const std::uint16_t surface : object.surfaces) angles.push_back(data_.surfaces[surface].smoothingAngle);
+        if (std::none_of(angles.begin(), angles.end(), [](double angle) { return angle > 0; })) angles.clear();
+        if (angles == object.mesh->smoothingAngles) return;
+        // An acceleration structure, and the former contents, go on reading the mesh that they have.
+        if (object.mesh.use_count() > 1) object.mesh = std::make_shared<Mesh>(*object.mesh);
+        smoothNormals(*object.mesh, angles);
+        ++data_.work.smoothings;
+    }
+
+    // Splitting vertices for their normals does not change the geometry, so that rays need not know.
+    static bool sameGeometry(const RenderObject &a, const RenderObject &b) {
+        return a.meshNumber == b.meshNumber && a.seenByCamera == b.seenByCamera && a.seenByRays == b.seenByRays &&
+               a.castsShadows == b.castsShadows;
+    }
+
+    void accelerate() {
+        if (former_.acceleration && std::equal(data_.objects.begin(), data_.objects.end(), former_.objects.begin(),
+                                               former_.objects.end(), sameGeometry)) {
+            data_.acceleration = former_.acceleration;
+            return;
+        }
+        std::vector<VisibleMesh> meshes;
+        for (const RenderObject &object : data_.objects) {
+            meshes.push_back({.mesh = object.mesh,
+                              .seenByCamera = object.seenByCamera,
+                              .seenByRays = object.seenByRays,
+                              .castsShadows = object.castsShadows});
+        }
+        data_.acceleration = std::make_shared<Acceleration>(meshes);
+        ++data_.work.accelerations;
+    }
+
+    const SceneDescription &scene_;
+    const SurfaceLookup &surfaceOf_;
+    const RenderSceneData &former_;
+    RenderSceneData &data_;
+    SourceLocation location_;        // that an error is reported at
+    std::vector<std::string> names_; // of data_.surfaces
+};
+
+} // namespace
+
+void buildSurfaces(const SceneDescription &scene, const SurfaceLookup &surfaceOf, const RenderSceneData &former,
+                   RenderSceneData &data) {
+    SurfaceBuilder(scene, surfaceOf, former, data).build();
+}
+
+void attachSurfaces(const RenderSceneData &data) {
+    for (const RenderSurface &surface : data.surfaces) surface.surface->setBounds(surface.bounds.sides);
+}
+
+} // namespace velm::host

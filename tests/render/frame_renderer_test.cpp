@@ -1,0 +1,189 @@
+// Frames in passes: the same picture however it is divided, coarse passes, tiles, stopping and priorities.
+#include "host/base/error.h"
+#include "tests/render/test_scene.h"
+
+#include <atomic>
+#include <sys/resource.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace velm::host::test {
+namespace {
+
+const Region kWhole = {.left = 0, .top = 0, .right = 50, .bottom = 40};
+
+// Every way to divide `samples` into successive passes, as the sample counts after each pass.
+std::vector<std::vector<int>> divisions(int samples) {
+    std::vector<std::vector<int>> all;
+    for (unsigned cuts = 0; cuts < 1u << (samples - 1); ++cuts) {
+        std::vector<int> &ends = all.emplace_back();
+        for (int end = 1; end < samples; ++end)
+            if ((cuts >> (end - 1) & 1) != 0) ends.push_back(end);
+        ends.push_back(samples);
+    }
+    return all;
+}
+
+TEST(FrameRenderer, PassesMakeThePictureThatIsMadeAtOnce) {
+    TestScene scene = litBall();
+    scene.job.samples = 5;
+    scene.job.region = {.left = 10, .top = 12, .right = 37, .bottom = 30}; // two by two tiles
+    const Picture whole = scene.render().picture;
+    for (const std::vector<int> &ends : divisions(5)) {
+        FrameRenderer renderer(scene.renderScene(), scene.job);
+        for (const int end : ends) {
+            EXPECT_TRUE(renderer.renderPass({.samples = end}));
+            EXPECT_EQ(renderer.samplesDone(), end);
+        }
+        EXPECT_TRUE(samePixels(renderer.picture(), whole, kWhole))
+            << ends.size() << " passes, the first of " << ends[0];
+        EXPECT_EQ(renderer.statistics().rays.camera, 27u * 18 * 5);
+    }
+}
+
+TEST(FrameRenderer, CoarsePassesTakeNoSampleTwice) {
+    TestScene scene = litBall();
+    const Frame whole = scene.render();
+    FrameRenderer renderer(scene.renderScene(), scene.job);
+    const std::uint64_t expected[] = {7 * 5, 13 * 10, 25 * 20, 50 * 40}; // pixels that have their first sample
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_TRUE(renderer.renderPass(kCoarseToFine[i]));
+        EXPECT_EQ(renderer.statistics().rays.camera, expected[i]);
+        EXPECT_EQ(renderer.samplesDone(), i < 3 ? 0 : 1);
+    }
+    EXPECT_TRUE(renderer.renderPass({.samples = 3}));
+    EXPECT_TRUE(samePixels(renderer.picture(), whole.picture, kWhole));
+    EXPECT_EQ(renderer.statistics().rays.total(), whole.statistics.rays.total());
+    EXPECT_EQ(renderer.statistics().samples, whole.statistics.samples);
+}
+
+TEST(FrameRenderer, CoarsePassesShowBlocks) {
+    TestScene scene = litBall();
+    FrameRenderer first(scene.renderScene(), scene.job), renderer(scene.renderScene(), scene.job);
+    first.renderPass({.samples = 1});
+    for (const int step : {8, 4}) {
+        renderer.renderPass({.samples = 1, .step = step});
+        for (int y = 0; y < 40; ++y) {
+            for (int x = 0; x < 50; ++x) {
+                const float *shown = renderer.picture().pixel(x, y),
+                            *corner = first.picture().pixel(x - x % step, y - y % step);
+                for (int k = 0; k < Picture::kChannels; ++k) EXPECT_EQ(shown[k], corner[k]) << x << ", " << y;
+            }
+        }
+    }
+}
+
+TEST(FrameRenderer, SamplesBeyondThoseOfTheJobAreNotTaken) {
+    TestScene scene = litBall();
+    FrameRenderer renderer(scene.renderScene(), scene.job);
+    EXPECT_TRUE(renderer.renderPass({.samples = 1000}));
+    EXPECT_EQ(renderer.samplesDone(), 3);
+    const std::uint64_t rays = renderer.statistics().rays.total();
+    EXPECT_TRUE(renderer.renderPass({.samples = 3}));
+    EXPECT_EQ(renderer.statistics().rays.total(), rays);
+}
+
+// Copies the tiles that it is given.
+class TileSink : public ProgressSink {
+  public:
+    TileSink(int width, int height) : picture(width, height), told(static_cast<std::size_t>(width * height)) {}
+    void tile(const Region &region, const Picture &source) override {
+        EXPECT_EQ(std::this_thread::get_id(), thread);
+        ++tiles;
+        for (int y = region.top; y < region.bottom; ++y) {
+            for (int x = region.left; x < region.right; ++x) {
+                ++told[static_cast<std::size_t>(y * picture.width() + x)];
+                std::copy_n(source.pixel(x, y), Picture::kChannels, picture.pixel(x, y));
+            }
+        }
+    }
+    bool progress(int done, int) override {
+        EXPECT_EQ(done, tiles) << "tiles come before they are counted";
+        return true;
+    }
+    const std::thread::id thread = std::this_thread::get_id();
+    Picture picture;
+    std::vector<int> told; // by pixel
+    int tiles = 0;
+};
+
+TEST(FrameRendererThreaded, EveryTileIsHandedOutOnce) {
+    TestScene scene = litBall();
+    scene.job.threads = 3;
+    FrameRenderer renderer(scene.renderScene(), scene.job);
+    for (const RenderPass pass :
+         {RenderPass{.samples = 1, .step = 4}, RenderPass{.samples = 2}, RenderPass{.samples = 3}}) {
+        TileSink sink(50, 40);
+        EXPECT_TRUE(renderer.renderPass(pass, &sink));
+        EXPECT_EQ(sink.tiles, 12);
+        EXPECT_EQ(sink.told, std::vector<int>(2000, 1));
+        EXPECT_TRUE(samePixels(sink.picture, renderer.picture(), kWhole));
+    }
+}
+
+TEST(FrameRendererThreaded, PassesOnSeveralThreadsMakeTheSamePicture) {
+    TestScene scene = litBall();
+    const Picture whole = scene.render().picture;
+    scene.job.threads = 4;
+    FrameRenderer renderer(scene.renderScene(), scene.job);
+    for (const RenderPass &pass : kCoarseToFine) renderer.renderPass(pass);
+    renderer.renderPass({.samples = 2});
+    renderer.renderPass({.samples = 3});
+    EXPECT_TRUE(samePixels(renderer.picture(), whole, kWhole));
+}
+
+TEST(FrameRendererThreaded, StopsAfterTheSampleAtHand) {
+    for (const int threads : {1, 4}) {
+        TestScene scene;
+        scene.job.width = scene.job.height = 64;
+        scene.job.samples = 4;
+        scene.job.threads = threads;
+        std::atomic<int> evaluations = 0;
+        std::stop_source source;
+        constexpr int kEnough = 200;
+        scene.surface("Wall", {{"Luminosity", 1}});
+        scene.probe("Wall", "Color", [&](ShadingSample &sample, double value[3]) {
+            value[0] = sample.position[0];
+            if (++evaluations == kEnough) source.request_stop();
+        });
+        scene.object("Wall", BoxShape{.size = {9, 9, 1}}, "Wall");
+        FrameRenderer renderer(scene.renderScene(), scene.job);
+        EXPECT_FALSE(renderer.renderPass({.samples = 4}, nullptr, source.get_token()));
+        EXPECT_GE(evaluations, kEnough);
+        EXPECT_LE(evaluations, kEnough + threads - 1) << "each other thread may finish one sample";
+        EXPECT_EQ(renderer.samplesDone(), 0);
+
+        const int before = evaluations;
+        EXPECT_FALSE(renderer.renderPass({.samples = 4}, nullptr, source.get_token())) << "stopped before it began";
+        EXPECT_EQ(evaluations, before);
+
+        EXPECT_TRUE(renderer.renderPass({.samples = 4})) << "goes on where it stopped";
+        EXPECT_EQ(evaluations, 64 * 64 * 4);
+        EXPECT_TRUE(
+            samePixels(renderer.picture(), scene.render().picture, {.left = 0, .top = 0, .right = 64, .bottom = 64}));
+    }
+}
+
+TEST(FrameRendererThreaded, RenderThreadsHaveTheirPriority) {
+    TestScene scene;
+    scene.surface("Wall", {{"Luminosity", 1}});
+    scene.object("Wall", BoxShape{}, "Wall");
+    int niceness = -1;
+    const auto ownNiceness = [] { return getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())); };
+    scene.probe("Wall", "Color", [&](ShadingSample &, double *) { niceness = ownNiceness(); });
+    const int usual = ownNiceness();
+    scene.render();
+    EXPECT_EQ(niceness, usual);
+    scene.job.niceness = 5;
+    scene.render();
+    EXPECT_EQ(niceness, std::min(usual + 5, 19));
+    EXPECT_EQ(ownNiceness(), usual) << "the calling thread keeps its own";
+    for (const int wrong : {-1, 20}) {
+        scene.job.niceness = wrong;
+        EXPECT_THROW(scene.render(), InputError);
+    }
+}
+
+} // namespace
+} // namespace velm::host::test
