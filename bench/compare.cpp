@@ -47,7 +47,7 @@ double median(std::vector<double> values) {
 void Table::compare(Row row, int rounds, const std::function<double()> &ours,
                     const std::function<double()> &reference) {
     if (row.what.find(wanted_) == std::string::npos) return;
-    if (rounds > 1) { // to warm up
+    if (rounds > 1) { // warm-up
         ours();
         reference();
     }

@@ -1,6 +1,5 @@
-// The frame of the benches: two things are measured in turn, ours and a reference, several times; what counts is the
-// ratio or the difference of each pair, so that whatever else the machine does falls on both. A bench is a table of
-// such rows.
+// The frame of the benches. A row measures ours and a reference in turn, several times, and judges the ratio or the
+// difference of each pair, so that other load on the machine affects both alike. A bench is a table of such rows.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +10,7 @@
 
 namespace velm::host::bench {
 
-// What a row promises of ours against the reference.
+// What has to hold between ours and the reference.
 enum class Goal {
     ratioAtLeast,     // ours / reference, of rates
     ratioAtMost,      // ours / reference, of times and sizes
@@ -33,8 +32,8 @@ class Table {
     // Rows whose `what` does not contain `wanted` are not measured.
     explicit Table(std::string wanted) : wanted_(std::move(wanted)) {}
 
-    // Measures both in turn for `rounds` rounds, after one to warm up where there are several, and prints the row. The
-    // functions give one figure in the row's unit each.
+    // Measures both in turn for `rounds` rounds, after one warm-up round if there are several, and prints the row. Each
+    // function returns one figure in the unit of the row.
     void compare(Row row, int rounds, const std::function<double()> &ours, const std::function<double()> &reference);
 
     // A list of objects: what, against, unit, goal, target, ours, reference, ratio, difference, held. Throws
@@ -48,8 +47,8 @@ class Table {
 
 double median(std::vector<double> values);
 
-// Nanoseconds of processor time that one of `calls` calls takes: unlike time by the clock it does not count what other
-// programs do meanwhile.
+// The processor time of one of `calls` calls in nanoseconds. Unlike wall-clock time, it does not include the time that
+// other programs take.
 template <class Call>
 double nanosecondsOf(int calls, Call call) {
     const auto now = [] {
@@ -68,14 +67,14 @@ inline void keep(const Value &value) {
     asm volatile("" : : "m"(value) : "memory");
 }
 
-// The subjects, each in a file of its own.
+// The subjects, one file each.
 void compareDraws(Table &table);    // the random stream
 void compareNetworks(Table &table); // evaluation through the host
 void comparePictures(Table &table); // whole pictures against loops written by hand
-void compareStart(Table &table);    // from nothing to the first ray, and the memory held then
+void compareStart(Table &table);    // from start to the first ray, and the memory used then
 
-// Builds a mesh of ten million triangles, ours or the reference's way, and prints the bytes that are held then: what
-// compareStart starts this program anew for.
+// Builds a mesh of ten million triangles, with our code or the reference's, and prints how many bytes it holds.
+// compareStart runs this in a new process.
 void printHeldBytes(bool ours);
 
 } // namespace velm::host::bench

@@ -1,4 +1,4 @@
-// Single draws of the module's random stream, against generators that nobody shares.
+// Single draws from the module's random stream, against generators that are not shared between threads.
 #include "bench/compare.h"
 #include "bench/reference_mt19937.h"
 #include "random/random.h"

@@ -1,6 +1,6 @@
-// Images: one pixel, one bilinear lookup, a walk of the list and a whole Pixel Image, each beside the same by hand over
-// a plain buffer of floats and by the image library's own cache and texture system. Coordinates are scattered over the
-// image, the same ones for all.
+// Images: one pixel, one bilinear lookup, walking the list, and a whole Pixel Image, each beside hand-written code over
+// a plain buffer of floats and beside the image library's own cache and texture system. The coordinates are scattered
+// over the image and the same for all.
 #include "host/graph/network.h"
 #include "host/image/image.h"
 #include "host/image/picture.h"
@@ -26,7 +26,7 @@ using namespace velm::host;
 
 constexpr int kWidth = 1024, kHeight = 512, kListed = 10;
 
-// The image in all of its forms: a file, a plain buffer, the last of ten in the host's list.
+// The image in all its forms: a file, a plain buffer, and the last of ten images in the host's list.
 class Pictures {
   public:
     static const Pictures &all() {
@@ -38,7 +38,7 @@ class Pictures {
     Pictures &operator=(const Pictures &) = delete;
 
     std::string file;
-    std::vector<float> plain; // three components a pixel
+    std::vector<float> plain; // three components per pixel
     HostImage *image = nullptr;
 
   private:
@@ -57,7 +57,7 @@ class Pictures {
     }
 };
 
-// A cheap walk over all pixels that no cache line foresees.
+// A cheap walk over all pixels in an order that defeats prefetching.
 class Scattered {
   public:
     void step() { state_ = state_ * 1664525u + 1013904223u; }

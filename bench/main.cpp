@@ -1,4 +1,4 @@
-// Measures this system against what it could at best be: a table on standard output, and the same as JSON.
+// Measures this system against hand-written code: prints a table, and writes it as JSON.
 #include "bench/compare.h"
 
 #include "host/services/services.h"

@@ -10,9 +10,9 @@
 namespace velm::host::bench {
 namespace {
 
-// Many short rounds, so that both of a pair meet the machine in the same state.
+// Many short rounds, so that both of a pair run under the same load.
 constexpr int kRounds = 151;
-constexpr const char *kNoise = "Fractal Noise"; // costs something, and gives the same at every evaluation
+constexpr const char *kNoise = "Fractal Noise"; // has a cost, and gives the same result at every evaluation
 
 // A network whose last node feeds the root.
 class Bed {
@@ -31,7 +31,7 @@ class Bed {
     void connect(const HostNode &from, const char *output, const HostNode &to, const char *input) {
         editor_->connect(*from.findOutput(output), *to.findInput(input));
     }
-    // What is measured from now on.
+    // Selects what is measured from now on.
     void start(const HostNode &last, const char *output, int type) {
         input_ = createInput(editor_->root(), type, "In", nullptr);
         editor_->connect(*last.findOutput(output), *input_);

@@ -1,10 +1,10 @@
-// Whole pictures of the demonstration's bunny, shaded by a node of the module alone, against the same pictures by hand.
+// Whole pictures of the bunny of the demonstration, shaded by one node of the module, against the same pictures
+// rendered by hand-written loops.
 #include "bench/compare.h"
-#include "host/graph/listed_module.h"
 #include "bench/plain_picture.h"
-#include "host/scene/build/scene_surfaces.h"
+#include "host/graph/listed_module.h"
 #include "host/scene/read_scene.h"
-#include "host/services/time.h"
+#include "host/session/rendering.h"
 
 #include <OpenImageIO/imagebuf.h>
 
@@ -21,8 +21,8 @@ SettingDescription setting(const char *label, SettingValue value) {
     return {.label = label, .value = std::move(value), .location = {}};
 }
 
-// Leaves the geometry, the camera and the backdrop, and one node on every surface, which gives the whole colour.
-// Everything else that would cast rays or cost time is taken out, as the pictures made by hand have none of it.
+// Keeps the geometry, the camera and the backdrop, and on every surface one node, which gives the whole colour.
+// Everything else that would cast rays or cost time is removed, since the hand-written loops do not have it.
 SceneDescription shadedBy(SceneDescription scene, const char *server, const char *output,
                           const std::vector<SettingDescription> &settings) {
     scene.lights.clear();
@@ -37,32 +37,29 @@ SceneDescription shadedBy(SceneDescription scene, const char *server, const char
     return scene;
 }
 
-// A scene ready to be rendered by the nodes, and by hand.
-class Stage {
+// An open scene, rendered by the nodes and by hand.
+class Fixture {
   public:
-    Stage(const SceneDescription &scene, PlainShader shader)
-        : built_(scene, serverList()), world_(scene, [this](const std::string &name) { return built_.surface(name); }),
-          job_(renderJob(scene.render)), shader_(std::move(shader)) {
-        job_.width /= 2; // enough to measure by
+    Fixture(const SceneDescription &scene, PlainShader shader)
+        : warnings_(Warnings::Policy::strict), session_(scene, warnings_), rendering_(session_),
+          job_(renderJob(session_)), shader_(std::move(shader)) {
+        job_.width /= 2; // enough for the measurement
         job_.height /= 2;
         job_.samples = 1;
-        job_.recursionDepth = 0; // what rays of nodes hit is not shaded
-        built_.init(kInitRender);
-        setTime(job_.frame, job_.time);
-        built_.newTime(job_.frame, job_.time);
+        job_.recursionDepth = 0; // hits of the nodes' rays are not shaded
+        rendering_.setFrame(job_.frame);
     }
-    ~Stage() { built_.cleanup(); }
-    Stage(const Stage &) = delete;
-    Stage &operator=(const Stage &) = delete;
+    Fixture(const Fixture &) = delete;
+    Fixture &operator=(const Fixture &) = delete;
 
-    // Millions of rays a second.
+    // Millions of rays per second.
     double byNodes(int threads) {
         job_.threads = threads;
-        const RenderStatistics statistics = renderFrame(world_, job_).statistics;
+        const RenderStatistics statistics = rendering_.render(job_).statistics;
         return static_cast<double>(statistics.rays.total()) / statistics.seconds / 1e6;
     }
     double byHand(int threads) const {
-        const PlainPicture picture = renderPlain(world_, job_, threads, shader_);
+        const PlainPicture picture = renderPlain(session_.renderScene(), job_, threads, shader_);
         return static_cast<double>(picture.rays) / picture.seconds / 1e6;
     }
 
@@ -77,8 +74,9 @@ class Stage {
     }
 
   private:
-    SceneSurfaces built_;
-    RenderScene world_;
+    Warnings warnings_;
+    Session session_;
+    Rendering rendering_;
     RenderJob job_;
     PlainShader shader_;
 };
@@ -88,30 +86,30 @@ void compareOcclusion(Table &table, const SceneDescription &demonstration) {
         return shadedBy(demonstration, "Velm Ambient Occlusion", output, settings);
     };
     {
-        Stage stage(occlusion("Scalar", {}), plainOcclusion({}));
-        stage.compare(table, "occlusion, 27 random rays", 1, 0.95);
-        stage.compare(table, "occlusion, 27 random rays", 2, 0.90);
+        Fixture fixture(occlusion("Scalar", {}), plainOcclusion({}));
+        fixture.compare(table, "occlusion, 27 random rays", 1, 0.95);
+        fixture.compare(table, "occlusion, 27 random rays", 2, 0.90);
         table.compare(
             {.what = "occlusion, 27 random rays, 2 threads",
              .against = "our own single thread",
              .unit = "Mrays/s",
              .goal = Goal::ratioAtLeast,
              .target = 1.85},
-            kRounds, [&] { return stage.byNodes(2); }, [&] { return stage.byNodes(1); });
+            kRounds, [&] { return fixture.byNodes(2); }, [&] { return fixture.byNodes(1); });
     }
     {
-        Stage stage(occlusion("Color", {setting("Color Mode", std::string("Backdrop")),
-                                        setting("Color Mode 2", std::string("Backdrop"))}),
-                    plainOcclusion({.colours = true}));
-        for (const int threads : {1, 2}) stage.compare(table, "occlusion, backdrop colours", threads, 0.90);
+        Fixture fixture(occlusion("Color", {setting("Color Mode", std::string("Backdrop")),
+                                            setting("Color Mode 2", std::string("Backdrop"))}),
+                        plainOcclusion({.colours = true}));
+        for (const int threads : {1, 2}) fixture.compare(table, "occlusion, backdrop colours", threads, 0.90);
     }
     {
-        Stage stage(occlusion("Scalar", {setting("Mode", std::string("Polar"))}), plainOcclusion({.polar = true}));
-        for (const int threads : {1, 2}) stage.compare(table, "occlusion, 19 polar rays", threads, 0.90);
+        Fixture fixture(occlusion("Scalar", {setting("Mode", std::string("Polar"))}), plainOcclusion({.polar = true}));
+        for (const int threads : {1, 2}) fixture.compare(table, "occlusion, 19 polar rays", threads, 0.90);
     }
 }
 
-// An environment to be mirrored: floats, 1024 by 512 pixels, deleted in the end.
+// An environment image for reflections: floats, 1024 by 512 pixels. The destructor deletes it.
 class EnvironmentFile {
   public:
     EnvironmentFile() : file_(std::filesystem::temp_directory_path() / "velm_bench_environment.exr") {
@@ -125,7 +123,7 @@ class EnvironmentFile {
         if (!image.write(file_.string())) throw std::runtime_error("cannot write " + file_.string());
     }
     ~EnvironmentFile() {
-        std::error_code ignored; // a file left behind in the temporary directory harms nobody
+        std::error_code ignored; // a file that is left in the temporary directory does no harm
         std::filesystem::remove(file_, ignored);
     }
     EnvironmentFile(const EnvironmentFile &) = delete;
@@ -143,9 +141,9 @@ void compareReflections(Table &table, SceneDescription demonstration) {
     const std::vector<SettingDescription> settings = {setting("Mode", std::string(" Ray Tracing + Spherical Map")),
                                                       setting("Image", std::string("Environment")),
                                                       setting("Reflection Blur", 100 * kBlur)};
-    Stage stage(shadedBy(demonstration, "Velm Gaussian Reflections", "Color", settings),
-                plainReflections(kBlur, environment.path()));
-    stage.compare(table, "Gaussian Reflections, 8 rays and an image", 1, 0.90);
+    Fixture fixture(shadedBy(demonstration, "Velm Gaussian Reflections", "Color", settings),
+                    plainReflections(kBlur, environment.path()));
+    fixture.compare(table, "Gaussian Reflections, 8 rays and an image", 1, 0.90);
 }
 
 } // namespace

@@ -1,11 +1,10 @@
-// From nothing to the first ray, and the memory that a large mesh takes: against Embree and the mesh reader alone.
+// The time from start to the first ray, and the memory of a large mesh, against Embree and the mesh reader alone.
 #include "bench/compare.h"
 #include "host/graph/listed_module.h"
 #include "host/render/renderer.h"
 #include "host/render/scene/render_scene_data.h"
-#include "host/scene/build/scene_surfaces.h"
 #include "host/scene/read_scene.h"
-#include "host/services/time.h"
+#include "host/session/rendering.h"
 
 #include <assimp/Importer.hpp>
 #include <assimp/postprocess.h>
@@ -35,7 +34,7 @@ double secondsOf(const std::function<void()> &act) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-// The least that rays need: places, triangles, and Embree's tree over them.
+// The minimum for tracing rays: points, triangles, and Embree's tree over them.
 class PlainMesh {
   public:
     std::vector<float> points;
@@ -55,7 +54,7 @@ class PlainMesh {
         device_ = rtcNewDevice(nullptr);
         const RTCGeometry geometry = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_TRIANGLE);
         constexpr size_t kTriple = 3 * sizeof(float);
-        points.resize(points.size() + 1); // Embree may read four floats at the last place
+        points.resize(points.size() + 1); // Embree may read four floats at the last point
         rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, points.data(), 0, kTriple,
                                    points.size() / 3);
         rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, corners.data(), 0, kTriple,
@@ -111,15 +110,13 @@ void startPlainly(const std::string &file) {
 void startWithNodes() {
     const ListedModule module(VELM_MODULE_FILE);
     const SceneDescription scene = readScene(kScene, makeSearchPath({}, nullptr));
-    SceneSurfaces built(scene, serverList());
-    const RenderScene world(scene, [&built](const std::string &name) { return built.surface(name); });
-    RenderJob job = renderJob(scene.render);
+    Warnings warnings(Warnings::Policy::strict);
+    Session session(scene, warnings);
+    RenderJob job = renderJob(session);
     job.width = job.height = job.samples = job.threads = 1;
-    built.init(kInitRender);
-    setTime(job.frame, job.time);
-    built.newTime(job.frame, job.time);
-    renderFrame(world, job);
-    built.cleanup();
+    Rendering rendering(session);
+    rendering.setFrame(job.frame);
+    rendering.render(job);
 }
 
 std::string meshFileOf(const SceneDescription &scene) {
@@ -132,7 +129,7 @@ std::string meshFileOf(const SceneDescription &scene) {
 
 constexpr int kSegments = 3162; // of a sphere: ten million triangles
 
-// Of this process, now.
+// The resident memory of this process now.
 double residentBytes() {
     malloc_trim(0);
     std::ifstream stream("/proc/self/statm");
@@ -141,7 +138,7 @@ double residentBytes() {
     return resident * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
-// The sphere of the host, written down by hand: a grid of places, two triangles for each of its meshes.
+// The sphere of the host, written by hand: a grid of points, with two triangles in each cell.
 void addSphere(PlainMesh &mesh) {
     const int columns = kSegments, rows = kSegments / 2;
     mesh.points.reserve(static_cast<size_t>(columns + 1) * static_cast<size_t>(rows + 1) * 3 + 1);
@@ -160,7 +157,7 @@ void addSphere(PlainMesh &mesh) {
         }
 }
 
-// What a fresh copy of this program says that it holds.
+// The memory in MiB that a new process of this program reports.
 double heldBytesOf(const char *which) {
     const std::string command = "exec /proc/" + std::to_string(getpid()) + "/exe --held-bytes " + which;
     FILE *pipe = popen(command.c_str(), "r");

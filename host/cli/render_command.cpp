@@ -8,10 +8,8 @@
 #include "host/cli/render_options.h"
 #include "host/cli/statistics.h"
 #include "host/graph/listed_module.h"
-#include "host/graph/node.h"
-#include "host/scene/build/scene_surfaces.h"
 #include "host/scene/read_scene.h"
-#include "host/services/time.h"
+#include "host/session/rendering.h"
 
 #include <cstdlib>
 #include <fmt/format.h>
@@ -21,8 +19,8 @@ namespace velm::host {
 
 namespace {
 
-// The command line has its say over the scene; all that follows goes by the description.
-void overrule(RenderDescription &scene, const RenderOptions &options) {
+// Command-line options override the scene's settings.
+void applyOptions(const RenderOptions &options, RenderDescription &scene) {
     if (options.size) {
         scene.width = options.size->width;
         scene.height = options.size->height;
@@ -35,9 +33,8 @@ void overrule(RenderDescription &scene, const RenderOptions &options) {
 }
 
 struct RenderPlan {
-    RenderJob job; // of the first frame
+    RenderJob job; // the same for all frames, but for the frame itself
     std::vector<int> frames;
-    double framesPerSecond;
     FrameNames names;
 };
 
@@ -59,12 +56,11 @@ RenderPlan makePlan(const SceneDescription &scene, const RenderOptions &options)
     const bool several = frames.size() > 1;
     return {.job = planJob(render, options),
             .frames = std::move(frames),
-            .framesPerSecond = render.framesPerSecond,
             .names = FrameNames(options.output.empty() ? scene.name + ".png" : options.output, several)};
 }
 
-// Names of frames differ in the number alone, so that the first or the last is the longest: where these two can be
-// written, those between can, unless something else stands there.
+// The files of frames differ in their number only, so that the first or the last has the longest name: where these two
+// can be written, those between can be, too, unless something else has such a name.
 void prepareOutputs(const RenderPlan &plan, const SceneDescription &scene) {
     for (const int frame : {plan.frames.front(), plan.frames.back()}) prepareOutput(plan.names(frame));
     for (const int frame : plan.frames) {
@@ -75,94 +71,67 @@ void prepareOutputs(const RenderPlan &plan, const SceneDescription &scene) {
     }
 }
 
-// Surfaces between init and cleanup.
-class Rendering {
-  public:
-    explicit Rendering(SceneSurfaces &scene) : scene_(scene) { scene_.init(kInitRender); }
-    ~Rendering() { scene_.cleanup(); }
-    Rendering(const Rendering &) = delete;
-    Rendering &operator=(const Rendering &) = delete;
-
-  private:
-    SceneSurfaces &scene_;
-};
-
-// Who is told what while the frames are rendered.
-struct Telling {
+// Progress, statistics and warnings of the run.
+struct Reporting {
     ProgressReport progress;
     TotalStatistics total;
     Warnings warnings;
 
-    Telling(const RenderOptions &options, std::ostream &err)
+    Reporting(const RenderOptions &options, std::ostream &err)
         : progress(err, progressStyle(err, options.quiet)),
           warnings(options.strict ? Warnings::Policy::strict : Warnings::Policy::goOn,
                    [this](const Warning &warning) { progress.note("velm: warning: " + warning.text()); }) {}
-    Telling(const Telling &) = delete;
-    Telling &operator=(const Telling &) = delete;
+    Reporting(const Reporting &) = delete;
+    Reporting &operator=(const Reporting &) = delete;
 
-    // What the run has gone without, once more at its end: the lines above may have scrolled away.
+    // All warnings once more, in one line at the end: the earlier lines may have scrolled away.
     void sumUpWarnings() {
         if (!warnings.all().empty()) progress.note("velm: " + warnings.summary());
     }
 };
 
-// Networks can come back to themselves behind the host's back, so that only rendering brings it to light.
-void warnOfCircle(const std::string &sceneFile, Warnings &warnings) {
-    if (!takeEvaluationTooDeep()) return;
-    warnings.add({.location = {.file = sceneFile, .line = 0},
-                  .path = "",
-                  .brief = "nodes that ask each other in a circle",
-                  .message = "nodes ask each other in a circle, by way of a store perhaps; the inputs where it was cut "
-                             "off count as unconnected"});
-}
-
-// Renders all frames and writes each when it is whole; false when it was interrupted.
-bool renderFrames(const RenderPlan &plan, const RenderScene &world, SceneSurfaces &built,
-                  const PictureMetadata &metadata, Telling &telling) {
+// Renders all frames and writes each when it is complete; false when it was interrupted.
+bool renderFrames(const RenderPlan &plan, Session &session, const PictureMetadata &metadata, Reporting &reporting) {
     const InterruptGuard guard;
-    const Rendering rendering(built);
+    Rendering rendering(session);
     for (std::size_t i = 0; i < plan.frames.size(); ++i) {
-        RenderJob job = plan.job;
-        job.frame = plan.frames[i];
-        job.time = job.frame / plan.framesPerSecond;
-        setTime(job.frame, job.time);
-        built.newTime(job.frame, job.time);
-        telling.progress.begin(plan.frames.size() > 1
-                                   ? fmt::format("frame {} ({} of {})", job.frame, i + 1, plan.frames.size())
-                                   : fmt::format("frame {}", job.frame));
-        const Frame frame = renderFrame(world, job, &telling.progress);
-        telling.total.add(frame.statistics);
+        const int number = plan.frames[i];
+        rendering.setFrame(number);
+        reporting.progress.begin(plan.frames.size() > 1
+                                     ? fmt::format("frame {} ({} of {})", number, i + 1, plan.frames.size())
+                                     : fmt::format("frame {}", number));
+        const Frame frame = rendering.render(plan.job, &reporting.progress);
+        reporting.total.add(frame.statistics);
         if (!frame.complete || InterruptGuard::interrupted()) return false;
-        warnOfCircle(metadata.scene, telling.warnings);
-        const std::string file = plan.names(job.frame);
+        const std::string file = plan.names(number);
         writePicture(frame.picture, file, metadata);
-        telling.progress.end(
-            fmt::format("{}, {} x {}, in {}", file, job.width, job.height, durationText(frame.statistics.seconds)));
+        reporting.progress.end(fmt::format("{}, {} x {}, in {}", file, plan.job.width, plan.job.height,
+                                           durationText(frame.statistics.seconds)));
     }
     return true;
 }
 
-int run(const ProgramOptions &options, const RenderOptions &render, std::ostream &out, std::ostream &err) {
-    SceneDescription scene = readScene(render.scene, makeSearchPath(render.data, std::getenv("VELM_DATA")));
-    overrule(scene.render, render);
-    const RenderPlan plan = makePlan(scene, render);
+int run(const ProgramOptions &program, const RenderOptions &options, std::ostream &out, std::ostream &err) {
+    SceneDescription scene = readScene(options.scene, makeSearchPath(options.data, std::getenv("VELM_DATA")));
+    applyOptions(options, scene.render);
+    const RenderPlan plan = makePlan(scene, options);
     prepareOutputs(plan, scene);
 
-    Telling telling(render, err);
-    const ListedModule module(options.module);
-    RenderScene world(scene); // before the nodes, whose panels may list what stands in it
-    SceneSurfaces built(scene, serverList(), &telling.warnings);
-    world.prepare(scene, [&built](const std::string &name) { return built.surface(name); });
-    telling.total.prepared(world.pointCount());
-    const PictureMetadata metadata{
-        .scene = scene.file, .module = module.path(), .version = "velm " VELM_VERSION, .command = options.commandLine};
-    const bool complete = renderFrames(plan, world, built, metadata, telling);
-    telling.sumUpWarnings();
+    Reporting reporting(options, err);
+    const ListedModule module(program.module);
+    Session session(std::move(scene), reporting.warnings);
+    reporting.total.prepared(session.renderScene().pointCount());
+    const PictureMetadata metadata{.scene = session.scene().file,
+                                   .module = module.path(),
+                                   .version = "velm " VELM_VERSION,
+                                   .command = program.commandLine};
+    const bool complete = renderFrames(plan, session, metadata, reporting);
+    reporting.sumUpWarnings();
     if (!complete) {
-        telling.progress.end("velm: interrupted; the frame that was under way is not written");
+        reporting.progress.end("velm: interrupted; the frame that was under way is not written");
         return kExitInterrupted;
     }
-    if (render.stats) telling.total.print(out);
+    if (options.stats) reporting.total.print(out);
     return kExitDone;
 }
 

@@ -1,0 +1,44 @@
+#include "host/session/rendering.h"
+
+#include "host/graph/node.h"
+#include "host/services/time.h"
+
+namespace velm::host {
+
+namespace {
+
+// A circle that runs through pointers of the module, such as a material store, is unknown to the host until an
+// evaluation runs into it.
+void warnOfCircle(const std::string &sceneFile, Warnings &warnings) {
+    if (!takeEvaluationTooDeep()) return;
+    warnings.add({.location = {.file = sceneFile, .line = 0},
+                  .path = "",
+                  .brief = "nodes that ask each other in a circle",
+                  .message = "nodes ask each other in a circle, by way of a store perhaps; the inputs where it was cut "
+                             "off count as unconnected"});
+}
+
+} // namespace
+
+RenderJob renderJob(const Session &session) { return renderJob(session.scene().render); }
+
+Rendering::Rendering(Session &session, int mode) : session_(session) { session_.surfaces().init(mode); }
+
+Rendering::~Rendering() { session_.surfaces().cleanup(); }
+
+void Rendering::setFrame(int frame) {
+    frame_ = frame;
+    time_ = frame / session_.scene().render.framesPerSecond;
+    setTime(frame_, time_);
+    session_.surfaces().newTime(frame_, time_);
+}
+
+Frame Rendering::render(RenderJob job, ProgressSink *sink) {
+    job.frame = frame_;
+    job.time = time_;
+    Frame frame = renderFrame(session_.renderScene(), job, sink);
+    if (frame.complete) warnOfCircle(session_.scene().file, session_.warnings());
+    return frame;
+}
+
+} // namespace velm::host

@@ -1,0 +1,138 @@
+#include "host/session/session.h"
+
+#include "host/base/names.h"
+#include "host/panel/settings.h"
+#include "host/scene/format/surface_collection.h"
+#include "host/scene/format/write_scene.h"
+#include "host/scene/own_surfaces.h"
+#include "host/scene/read_scene.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fmt/format.h>
+#include <utility>
+
+namespace velm::host {
+
+namespace {
+
+SceneDescription sceneOfObject(const std::string &file, const SearchPath &path) {
+    SceneDescription scene;
+    scene.file = file;
+    scene.name = std::filesystem::path(file).stem().string();
+    ObjectDescription &object = scene.objects.emplace_back();
+    object.name = scene.name;
+    object.shape = MeshFile{file};
+    object.location.file = file;
+    addOwnSurfaces(path, scene);
+    return scene;
+}
+
+HostPanel &panelFor(HostNode &node, const NodePath &path) {
+    HostPanel *panel = panelOf(node);
+    if (!panel) throw InputError(fmt::format("the node {} has no panel", velm::host::quoted(path.text())));
+    return *panel;
+}
+
+} // namespace
+
+SceneDescription openDescription(const std::string &file, const SearchPath &path) {
+    return isObjectFile(file) ? sceneOfObject(file, path) : readScene(file, path);
+}
+
+Session::Session(SceneDescription scene, Warnings &warnings)
+    : scene_(std::move(scene)), warnings_(warnings), renderScene_(scene_), surfaces_(scene_, serverList(), &warnings) {
+    renderScene_.prepare(scene_, [this](const std::string &name) { return surfaces_.surface(name); });
+}
+
+Session::~Session() = default;
+
+Surface &Session::surface(const std::string &name) const {
+    if (Surface *found = surfaces_.surface(name)) return *found;
+    std::vector<std::string> known;
+    for (const SurfaceDescription &one : scene_.surfaces) known.push_back(one.name);
+    throw InputError(fmt::format("there is no surface {}{}", velm::host::quoted(name), suggestion(name, known)));
+}
+
+Network &Session::network(const NetworkPath &path) const { return networkAt(surface(path.surface), path); }
+
+HostNode &Session::node(const NodePath &path) const { return nodeAt(surface(path.network.surface), path); }
+
+// ---- Networks
+// --------------------------------------------------------------------------------------------------------
+
+void Session::setSetting(const NodePath &path, const std::string &label, const SettingValue &value) {
+    applySetting(panelFor(node(path), path), {.label = label, .value = value, .location = {}});
+    changed_.insert(path.network.surface);
+}
+
+SettingValue Session::setting(const NodePath &path, const std::string &label) const {
+    return readSetting(panelFor(node(path), path), label);
+}
+
+void Session::setSurfaceValue(const std::string &surfaceName, const std::string &name, const SettingValue &value) {
+    surface(surfaceName).setDefault(name, value);
+    changed_.insert(surfaceName);
+}
+
+std::string Session::addNode(const NetworkPath &path, const std::string &server, const std::string &name) {
+    const HostNode &added = network(path).addNode(serverList().get(server), name);
+    changed_.insert(path.surface);
+    return added.name;
+}
+
+void Session::removeNode(const NodePath &path) {
+    network(path.network).destroyNode(node(path));
+    changed_.insert(path.network.surface);
+}
+
+std::string Session::renameNode(const NodePath &path, const std::string &name) {
+    HostNode &renamed = node(path);
+    network(path.network).rename(renamed, name);
+    changed_.insert(path.network.surface);
+    return renamed.name;
+}
+
+void Session::connect(const NodePath &from, const std::string &output, const NodePath &to, const std::string &input) {
+    network(to.network).connect(from.node, output, to.node, input);
+    changed_.insert(to.network.surface);
+}
+
+void Session::disconnect(const NodePath &to, const std::string &input) {
+    HostNode &fed = node(to);
+    HostInput *found = fed.findInput(input);
+    if (!found) {
+        std::vector<std::string> known;
+        for (const auto &one : fed.inputs) known.push_back(one->name);
+        throw InputError(
+            fmt::format("the node {} has no input {}{}", velm::host::quoted(to.text()), velm::host::quoted(input), suggestion(input, known)));
+    }
+    network(to.network).disconnect(*found);
+    changed_.insert(to.network.surface);
+}
+
+// ---- Scene
+// -----------------------------------------------------------------------------------------------------------
+
+SceneWork Session::apply(SceneDescription changed) {
+    const SceneWork update = renderScene_.update(changed, [this](const std::string &name) { return surfaces_.surface(name); });
+    scene_ = std::move(changed);
+    return update;
+}
+
+SceneDescription Session::describe() const {
+    SceneDescription described = scene_;
+    const DefaultSettings defaults(serverList());
+    for (SurfaceDescription &surface : described.surfaces) {
+        if (!changed_.contains(surface.name)) continue;
+        SurfaceDescription now = describeSurface(*surfaces_.surface(surface.name), defaults);
+        surface.settings = std::move(now.settings);
+        surface.network = std::move(now.network);
+        surface.saved = {};
+    }
+    return described;
+}
+
+std::string Session::write(const std::string &directory) const { return writeScene(describe(), directory); }
+
+} // namespace velm::host
