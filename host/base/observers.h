@@ -1,6 +1,6 @@
-// Observers: objects that are told when something that they watch changes. The watched object holds an ObserverList;
-// whoever watches registers an observer with it for as long as an Observation lives.
-// Debug builds assert the threads that the comments state.
+// Observers: objects that are told when something that they watch changes. The watched object has an ObserverList, and
+// an observer is registered with it for as long as an Observation lives. Debug builds assert the threads that the
+// comments state.
 #pragma once
 
 #include "host/base/thread_role.h"

@@ -91,7 +91,7 @@ TEST_F(Nested, DepthIsLimitedInFilesToo) {
     const std::string bytes = writer.finish();
 
     Network other("Other", "Other", nullptr, nullptr);
-    HostNode &group = addGroup(other, "Holder");
+    HostNode &group = addGroup(other, "Outer");
     StateReader reader(kStateText, bytes, "network");
     const std::string message = refusal([&] { inside(group).load(*reader.state()); });
     EXPECT_TRUE(message.ends_with("networks cannot be nested deeper than 16")) << message;

@@ -72,9 +72,8 @@ TEST(Layout, RefusesPanelsWithMistakes) {
 }
 
 const ControlInfo &infoOf(const std::vector<ControlInfo> &all, unsigned int id) {
-    for (const ControlInfo &each : all) {
+    for (const ControlInfo &each : all)
         if (each.id == id) return each;
-    }
     throw std::runtime_error("no such control");
 }
 

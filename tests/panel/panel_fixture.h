@@ -129,7 +129,7 @@ inline int Plug::change(HostPanel *panel, unsigned int control, unsigned int val
 }
 
 inline void Plug::destroyed(void *userData) {
-    if (userData != nullptr) static_cast<Plug *>(userData)->heard.emplace_back("destroyed");
+    if (userData) static_cast<Plug *>(userData)->heard.emplace_back("destroyed");
 }
 
 inline void Plug::press(HostPanel *panel, int control) {
@@ -146,7 +146,7 @@ inline const char *Plug::pictureName(void *userData, int index) {
 
 inline void Plug::draw(HostPanel *panel, unsigned int, HostDrawArea *area, int width, int height) {
     panelFuncs()->draw->rgbBox(area, 10, 20, 30, 0, 0, width, height);
-    panelFuncs()->draw->rgbPixel(area, 300, -5, panel != nullptr ? 7 : 0, width - 1, height - 1);
+    panelFuncs()->draw->rgbPixel(area, 300, -5, panel ? 7 : 0, width - 1, height - 1);
 }
 
 inline constexpr const char *kModes[] = {" Plain ", "Odd", "Even", nullptr};

@@ -70,9 +70,9 @@ TEST(Backdrop, SqueezesArePowers) {
             each.sky = {1, 1, 1};
             each.skySqueeze = squeeze;
         }));
-        const double share = std::pow(2.0 / 3.0, squeeze);
+        const double fraction = std::pow(2.0 / 3.0, squeeze);
         const std::string what = "squeeze " + std::to_string(squeeze);
-        expectNear(seen(backdrop, 0, 0.5, std::sqrt(0.75)), {share, share, share}, what.c_str(), 1e-14);
+        expectNear(seen(backdrop, 0, 0.5, std::sqrt(0.75)), {fraction, fraction, fraction}, what.c_str(), 1e-14);
     }
 }
 
@@ -97,9 +97,8 @@ class ImageBackdrop : public testing::Test {
         ImageList::instance().clear();
         // Eight columns and four rows; red is the column, green the row.
         std::vector<float> values;
-        for (int y = 0; y < 4; ++y) {
+        for (int y = 0; y < 4; ++y)
             for (int x = 0; x < 8; ++x) values.insert(values.end(), {static_cast<float>(x), static_cast<float>(y), 1});
-        }
         ASSERT_TRUE(writeImageFile(directory / "map.exr", 8, 4, 3, values));
         ImageList::instance().load(directory / "map.exr", "map");
     }
