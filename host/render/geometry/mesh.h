@@ -68,11 +68,6 @@ struct Mesh {
 // without polygons. [interface thread]
 Mesh readMesh(const std::string &file, const Transform &transform);
 
-// The mesh of an object's shape, in world space: one overload for each kind of shape. Throws as the overload.
-Mesh makeMesh(const ShapeDescription &shape, const Transform &transform);
-
-inline Mesh shapeMesh(const MeshFile &mesh, const Transform &transform) { return readMesh(mesh.file, transform); }
-
 // The meshes of shapes, with one material without a name, and a UV map "UV": on the plane u runs to +X and v to +Z; on
 // each side of the box and on the sphere u runs to the right and v up, as seen from outside, and the middle of the
 // sphere's map is at -Z. Throws InputError (without a source location) for sizes that are not above 0 and for fewer

@@ -56,10 +56,6 @@ void addSide(ShapeBuilder &builder, const Vec3 &outward, const Vec3 &right, cons
 
 } // namespace
 
-Mesh makeMesh(const ShapeDescription &description, const Transform &transform) {
-    return std::visit([&transform](const auto &shape) { return shapeMesh(shape, transform); }, description);
-}
-
 Mesh shapeMesh(const PlaneShape &shape, const Transform &transform) {
     requirePositive(shape.width, "the width of a plane");
     requirePositive(shape.depth, "the depth of a plane");
