@@ -48,9 +48,9 @@ struct alignas(64) CallSlot {
     std::atomic<const char *> call;   // null: in no noted call
     std::atomic<const char *> last;   // the most recent call, whether it has ended or not
     std::atomic<int> server;          // the server that is called
-    std::atomic<int> thread;          // the system's number of the render thread that has the slot; 0: none has it
-    std::atomic<bool> inDialog;       // no call, since the last noted one waits for a person; see DialogScope
-    std::atomic<bool> answered;       // the thread was asked where it is, and this is what it said
+    std::atomic<int> thread;          // the system's id of the render thread that uses the slot; 0: none does
+    std::atomic<bool> inDialog;       // the call that was noted last is waiting for a person; see DialogScope
+    std::atomic<bool> answered;       // the thread has answered callSiteSignal()
     CallSite answer;                  // valid while `answered` is set
 };
 
@@ -105,9 +105,9 @@ class CallScope {
     int outerServer_ = 0;
 };
 
-// Notes that the call in which the calling thread is waits for a person, for as long as the scope lasts: the host shows
-// a dialog on the module's behalf. Meanwhile the thread counts as outside of the module. The time does not count
-// against the call limit (see guarded.h), and a crash is not blamed on the module. Calls that the dialog makes into
+// Notes that the calling thread's call into the module is waiting for a person, for as long as the scope lasts: the host
+// shows a dialog on the module's behalf. Meanwhile the thread counts as outside of the module. The time does not count
+// towards the call limit (see guarded.h), and a crash is not blamed on the module. Calls that the dialog makes into
 // modules are noted as usual. Scopes nest. [interface thread]
 class DialogScope {
   public:
@@ -123,7 +123,7 @@ class DialogScope {
     const bool outerInDialog_;
 };
 
-// The server in whose call the calling thread is; kHostsOwn outside of all calls.
+// The server in whose call the calling thread is: its number or kModuleItself; kHostServer outside of noted calls.
 int serverInCall();
 
 // Makes the calling thread use the slot of the render thread with this index, for as long as the scope lasts.

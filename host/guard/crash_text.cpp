@@ -66,7 +66,7 @@ CrashText unrecorded(const CallRecord &record, const std::string &what) {
         // Slot 0, so that no render thread is named: it may have been any of them.
         if (site.inModule) return {.text = text(record, site, what, 0), .isOfModule = true};
     }
-    return {.text = what + "; no call of the module was under way", .isOfModule = false};
+    return {.text = what + "; no call of the module was in progress", .isOfModule = false};
 }
 
 bool isCrashSignal(int signal) {
@@ -81,7 +81,7 @@ std::optional<CrashText> crashText(const CallRecord &record, int status) {
     if (WIFEXITED(status))
         return unrecorded(record, "ended the process with status " + std::to_string(WEXITSTATUS(status)));
     const int signal = WTERMSIG(status);
-    if (signal == SIGKILL) return unrecorded(record, "was killed, perhaps for want of memory,");
+    if (signal == SIGKILL) return unrecorded(record, "was killed, perhaps because memory ran out,");
     if (isCrashSignal(signal)) return unrecorded(record, "crashed (" + signalText(signal) + ')');
     return std::nullopt;
 }

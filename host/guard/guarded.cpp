@@ -142,7 +142,7 @@ class Guard {
         end();
         char limit[32];
         std::snprintf(limit, sizeof limit, "%g", limit_);
-        throw ModuleError(hang + ": nothing came of it for " + limit + " s");
+        throw ModuleError(hang + ": no progress for " + limit + " s");
     }
 
     // Asks each render thread for its call site, and waits until all have answered or kAnswerTime has passed.

@@ -74,7 +74,7 @@ TEST(DialogScope, TakesTheThreadOutOfItsCall) {
     EXPECT_EQ(serverInCall(), number);
 }
 
-TEST(SlotScope, IsTheThreads) {
+TEST(SlotScope, GivesTheThreadItsSlot) {
     EXPECT_EQ(ownSlot(), 0);
     std::thread([] {
         EXPECT_EQ(ownSlot(), -1);

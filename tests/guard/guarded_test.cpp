@@ -66,9 +66,9 @@ TEST(Guarded, NamesTheInnermostCallThatFailed) {
     EXPECT_EQ(errorOf<ModuleError>(inCalls([] { _exit(9); })),
               "some.p: server \"Inner\" ended the process with status 9 in init");
     EXPECT_EQ(errorOf<ModuleError>(inCalls([] { kill(getpid(), SIGKILL); })),
-              "some.p: server \"Inner\" was killed, perhaps for want of memory, in init");
+              "some.p: server \"Inner\" was killed, perhaps because memory ran out, in init");
     EXPECT_EQ(errorOf<ModuleError>(inCalls(hang), kQuick),
-              "some.p: server \"Inner\" hangs in init: nothing came of it for 0.1 s");
+              "some.p: server \"Inner\" hangs in init: no progress for 0.1 s");
 }
 
 TEST(Guarded, DoesNotBlameAModuleThatWasNotRunning) {
@@ -88,8 +88,7 @@ TEST(Guarded, DoesNotCountTimeOutsideTheModule) {
                   [] {
                       std::this_thread::sleep_for(kLongerThanQuick);
                       std::thread([] {
-                          const SlotScope slot(
-                              0); // this thread is asked for its call site, which is in the host's code
+                          const SlotScope slot(0); // asked for its call site, which is in the host's code
                           std::this_thread::sleep_for(kLongerThanQuick);
                       }).join();
                       return 5;
@@ -118,7 +117,7 @@ TEST(Guarded, CountsNoTimeOfADialog) {
                       hang();
                   },
                   kQuick),
-              "some.p: server \"Asker\" hangs in panel button: nothing came of it for 0.1 s");
+              "some.p: server \"Asker\" hangs in panel button: no progress for 0.1 s");
 }
 
 TEST(Guarded, CountsTheTimeOfCallsThatADialogMakes) {
@@ -130,7 +129,7 @@ TEST(Guarded, CountsTheTimeOfCallsThatADialogMakes) {
                       hang();
                   },
                   kQuick),
-              "some.p: server \"Answerer\" hangs in panel getter: nothing came of it for 0.1 s");
+              "some.p: server \"Answerer\" hangs in panel getter: no progress for 0.1 s");
 }
 
 TEST(Guarded, BlamesNoModuleForACrashInADialog) {
