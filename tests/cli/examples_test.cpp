@@ -1,4 +1,5 @@
 // Every scene in examples/ can be read and rendered.
+#include "host/base/colour.h"
 #include "host/image/image.h"
 
 #include "tests/cli/command.h"
