@@ -1,4 +1,4 @@
-# OpenImageIO, as a library of its own that targets link.
+# Finds OpenImageIO; targets link OpenImageIO::OpenImageIO.
 find_package(OpenImageIO REQUIRED)
 
 # The package's description may name include directories of optional parts that are not installed, which CMake treats

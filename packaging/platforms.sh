@@ -1,10 +1,10 @@
 # shellcheck shell=bash
-# Building the module for every platform that this machine can build for, packing it, and trying it out. Part of ./run,
-# whose `say` and `install_missing` it uses.
+# Builds the module for every platform that this machine can build for, packs it, and checks it. Sourced by ./run, whose
+# functions `say` and `install_missing` it uses.
 
 platforms=(linux-x86_64 linux-i386 windows-x86_64 windows-i686) # as the presets name them
 
-# What building and packing for any platform needs.
+# Packages that building and packing for any platform need.
 packing_packages=(build-essential cmake ninja-build zip)
 
 # The Debian packages with the compiler for a platform.
@@ -17,10 +17,10 @@ compiler_packages() { # PLATFORM
     esac
 }
 
-# Fails, and says why, where this machine has no way to build for the platform.
+# Succeeds if this machine can build for the platform, after installing the compiler if necessary. Else says why not.
 can_build() { # PLATFORM
     if [[ $1 = linux-* ]] && [ "$(uname -m)" != x86_64 ]; then
-        say "Left out: $1, which is built on machines of that family only"
+        say "Left out: $1, which can only be built on an x86_64 machine"
         return 1
     fi
     local compilers
@@ -38,7 +38,7 @@ build_for() { # PLATFORM [TARGET ...]
 
 version() { sed -n 's/^project(velm VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt; }
 
-# The install page without the chapters of other platforms.
+# Prints the install page without the chapters on other platforms.
 install_page() { # PLATFORM
     local own=Linux
     [[ $1 != windows-* ]] || own=Windows
@@ -48,8 +48,8 @@ install_page() { # PLATFORM
         !skipped' docs/install.md
 }
 
-# Packs what has been built. The same commit gives the same bytes: the times are the commit's, the entries are sorted,
-# and nothing that depends on the machine goes along.
+# Packs what has been built for the platform. The same commit gives the same bytes: files have the commit's time,
+# entries are sorted, and nothing that depends on the machine is included.
 pack() { # PLATFORM
     local name stage
     name=velm-nodes-$(version)-$1
@@ -69,7 +69,7 @@ pack() { # PLATFORM
 package_all() {
     install_missing "${packing_packages[@]}"
     : "${SOURCE_DATE_EPOCH:=$(git log -1 --format=%ct)}"
-    [ -z "$(git status --porcelain --untracked-files=no)" ] || say "The tree differs from its commit, and the packages will"
+    [ -z "$(git status --porcelain --untracked-files=no)" ] || say "The packages will contain uncommitted changes"
     rm -rf dist
     mkdir -p dist
     local platform
@@ -78,22 +78,22 @@ package_all() {
         build_for "$platform" velm_module
         pack "$platform"
     done
-    say "Left out: a Macintosh, which needs the SDK of its maker; docs/install.md says how to build there"
+    say "Left out: Macintosh, which needs Apple's SDK; docs/install.md says how to build there"
     (cd dist && sha256sum -- *.zip >SHA256SUMS)
     say "Packed, in dist/:"
     cat dist/SHA256SUMS
 }
 
-# Whether the platform's programs can run here, made ready to.
+# Succeeds if the platform's programs can run here, after preparing Wine if necessary.
 can_run() { # PLATFORM
     [[ $1 = windows-* ]] || return 0
     if ! install_missing wine64 || ! tests/platforms/wine "${1#windows-}" --prepare; then
-        say "Built and not tried: $1, for which there is no Wine here"
+        say "Built but not checked: $1, for which there is no Wine here"
         return 1
     fi
 }
 
-# Tries out the built modules on their platforms, and reads all of their files.
+# Builds and checks the modules on their platforms, then examines the files of all of them.
 try_all() {
     install_missing "${packing_packages[@]}"
     local platform built=()

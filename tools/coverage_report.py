@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints gcovr's counts (its JSON, on standard input) as a table, and below it every line that was not run in full."""
+"""Prints the counts in gcovr's JSON (standard input) as a table, then every line that was not run or not in all branches."""
 
 import json
 import os
@@ -9,7 +9,7 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
 
 def counted(counts):
-    """How many of them are above zero, and how many there are."""
+    """How many of the counts are above zero, and how many counts there are."""
     return sum(count > 0 for count in counts), len(counts)
 
 

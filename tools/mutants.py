@@ -1,8 +1,7 @@
-"""Finds what can be changed in a C++ source so that its tests should fail: the mutants of a file.
+"""Finds the mutants of a C++ source: small changes after which a test should fail.
 
-Works on the text, not on a syntax tree: the sources are formatted by clang-format, so that a binary operator has white
-space on both sides and a template's bracket has not. What does not compile afterwards is no mutant; the campaign drops
-it.
+Works on the text, not on a syntax tree. The sources are formatted by clang-format, so that binary operators have white
+space on both sides, and the brackets of templates do not. Some changes do not compile; the campaign drops those.
 """
 
 import dataclasses
@@ -29,9 +28,9 @@ SIMPLE = r"[\w:]+(?:[.\w\[\]]|->)*"
 @dataclasses.dataclass(frozen=True)
 class Mutant:
     file: str
-    start: int  # the part of the text that is replaced
+    start: int  # the range of the text that is replaced
     end: int
-    text: str  # by this
+    text: str  # the replacement
     kind: str
     line: int
     before: str  # the lines, without white space at either end, joined by " / " where there are two
@@ -42,7 +41,7 @@ class Mutant:
 
 
 def masked(source):
-    """The source with comments, literals and preprocessor lines blanked, and the places of its string literals."""
+    """The source with comments, literals and preprocessor lines blanked, and the ranges of its string literals."""
     text, strings = list(source), []
     pattern = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\])*"|\'(?:\\.|[^\'\\])\'|^[ \t]*#(?:\\\n|[^\n])*',
                          re.DOTALL | re.MULTILINE)
@@ -101,7 +100,7 @@ class Finder:
             first, _ = line_bounds(self.code, *match.span())
             ahead = self.code[first : match.start()]
             if re.search(r"\b(?:double|float|int|char|const \w+ \*)\b.*\w\[$", ahead):
-                continue  # how long an array is: too short does not compile or overruns, too long changes nothing
+                continue  # an array's length: too short does not compile or overruns, too long changes nothing
             digits, suffix = match.groups()
             for value in self.other_numbers(digits):
                 self.add(*match.span(), value + suffix, "number")
@@ -135,8 +134,8 @@ class Finder:
             self.add(end - 1, end, '~"', "text")
 
     def lines(self):
-        """Statements and rows of tables that stand alone on their lines: left out, and swapped with the next."""
-        lines, place, ahead = [], 0, "{"
+        """Statements and rows of tables on a line of their own: removed, and swapped with the next line."""
+        lines, offset, ahead = [], 0, "{"
         for text in self.code.split("\n"):
             stripped = text.strip()
             alone = ahead[-1:] in ";{},:)" and stripped.count("(") == stripped.count(")")
@@ -146,8 +145,8 @@ class Finder:
                 what = "statement"
             elif alone and stripped.endswith(",") and not stripped.startswith(".") and ahead[-1:] in "{,":
                 what = "row"
-            lines.append((what, place, text))
-            place += len(text) + 1
+            lines.append((what, offset, text))
+            offset += len(text) + 1
             ahead = stripped or ahead
         for i, (what, start, text) in enumerate(lines):
             inner = start + len(text) - len(text.lstrip())
@@ -165,7 +164,7 @@ class Finder:
             return False
         targets = [re.match(r"\s*([^\s=(]+) [-+*/|&^]?= ", text) for text in (one, other)]
         if None in targets:
-            return True  # a call, or a row
+            return True  # calls or rows
         return targets[0].group(1) in other or targets[1].group(1) in one
 
     def all(self):

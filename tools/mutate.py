@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Changes the module's sources one small fault at a time, and counts the faults that no test notices.
+"""Changes the module's sources by one small fault at a time, and counts the faults that no test notices.
 
 Each mutant is compiled and tested in a copy of the tree, build-mutate/tree; the tree itself is only read. A mutant that
-does not compile is none, and another is drawn in its place.
+does not compile does not count, and another is tried instead.
 """
 
 import argparse
@@ -25,7 +25,7 @@ TREE, BUILD, RESULT = (os.path.join(WORK, name) for name in ("tree", "build", "r
 PAGE = os.path.join(ROOT, "docs", "mutation.md")
 EQUIVALENT = os.path.join(ROOT, "tools", "equivalent_mutants.txt")
 
-# The programs that test the module without a host around it, each as ninja knows it.
+# The test programs that need no host: their ninja targets and directories.
 PROGRAMS = {
     "test_module": "tests/module",
     "test_nodes": "tests/nodes",
@@ -58,7 +58,7 @@ FILES = {
 
 
 def node_files():
-    """The files of the nodes, each with the program that has the test named like it."""
+    """The files of the nodes, each with the test program that contains the test of that node."""
     with open(os.path.join(ROOT, "tests", "nodes", "CMakeLists.txt"), encoding="utf-8") as stream:
         programs = re.findall(r"velm_test\((\w+)(.*?)LIBRARIES", stream.read(), re.DOTALL)
     found = {}
@@ -71,7 +71,7 @@ def node_files():
 
 FILES.update(node_files())
 FEWEST_PER_FILE = 4
-MEMORY = 4 << 30  # of a test program; a mutant may allocate without end
+MEMORY = 4 << 30  # bytes for a test program; a mutant may allocate endlessly
 
 
 def say(text):
@@ -90,7 +90,7 @@ def write(path, text):
 
 
 def copy_tree():
-    """Brings the copy to the state of the tree; what has not changed is not touched, so that it is not built again."""
+    """Updates the copy from the tree. Does not touch unchanged files, so that they are not built again."""
     listed = subprocess.run(["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"], cwd=ROOT,
                             check=True, capture_output=True).stdout.decode().split("\0")
     wanted = {name for name in listed if name and os.path.isfile(os.path.join(ROOT, name))}
@@ -112,7 +112,7 @@ def copy_tree():
 
 
 class Bench:
-    """The copy with its build: tries one mutant at a time."""
+    """The copy of the tree and its build, in which one mutant at a time is tried."""
 
     def __init__(self, jobs):
         self.jobs = jobs
@@ -121,23 +121,23 @@ class Bench:
     def prepare(self):
         copy_tree()
         launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []
-        # No optimisation and no warnings: only whether the tests notice matters. What steps outside an array ends the
-        # program, as the tests under the sanitizers would.
+        # No optimisation and no warnings, since all that matters is whether a test fails. An index outside of an array
+        # ends the program, as it would under the sanitizers.
         subprocess.run(["cmake", "-G", "Ninja", "-S", TREE, "-B", BUILD, "-DCMAKE_BUILD_TYPE=Debug",
                         "-DCMAKE_CXX_FLAGS_DEBUG=-O0 -w -fsanitize=bounds-strict -fsanitize-undefined-trap-on-error",
                         "-DVELM_BENCH=OFF",
                         "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST", *launcher],
                        check=True, stdout=subprocess.DEVNULL)
-        say("Building what tests the module")
+        say("Building the test programs of the module")
         if not self.build(*PROGRAMS):
             sys.exit("mutate: the tree does not build as it is")
         for program in PROGRAMS:
             start = time.monotonic()
             if not self.passes(program, 600):
                 sys.exit(f"mutate: {program} fails as the tree is")
-            # Far more than it takes, since the machine may have other work.
+            # Far more than needed, since the machine may be busy otherwise.
             self.limits[program] = 10 + 10 * (time.monotonic() - start)
-        os.environ["CCACHE_READONLY"] = "1"  # no mutant is compiled twice
+        os.environ["CCACHE_READONLY"] = "1"  # no mutant is compiled twice, so that caching it is useless
 
     def build(self, *targets):
         return subprocess.run(["ninja", "-C", BUILD, "-j", str(self.jobs), *targets], stdout=subprocess.DEVNULL,
@@ -154,7 +154,7 @@ class Bench:
             return False
 
     def tried(self, mutant, source):
-        """The program that notices the mutant, "" when none does, and None when it does not compile."""
+        """The name of the program that notices the mutant; "" if none does; None if the mutant does not compile."""
         first = FILES.get(mutant.file, "test_module")
         path = os.path.join(TREE, mutant.file)
         write(path, mutant.applied(source))
@@ -172,7 +172,8 @@ class Bench:
 
 
 def equivalents():
-    """What cannot be noticed, by file and change: blocks of a file, "- before", "+ after" and "because: why"."""
+    """Mutants that no test can notice, by file and change. A block of the list holds the lines file, "- before",
+    "+ after" and "because: why"."""
     known = {}
     text = "\n".join(line for line in read(EQUIVALENT).split("\n") if not line.startswith("#"))
     for block in filter(None, (block.strip() for block in text.split("\n\n"))):
@@ -183,9 +184,9 @@ def equivalents():
     return known
 
 
-def drawn(files, count, seed):
-    """For each file its mutants in the order in which they are tried, and how many of them to try: more for files with
-    more of them, but some for each."""
+def drawn_mutants(files, count, seed):
+    """For each file, its mutants in random order, and how many of them to try: in proportion to their number, but
+    at least FEWEST_PER_FILE."""
     known = equivalents()
     found = {}
     for file in files:
@@ -193,20 +194,20 @@ def drawn(files, count, seed):
         found[file] = [mutant for mutant in mutants if (file, mutant.before, mutant.after) not in known]
         stale = [key for key in known if key[0] == file and not any(key[1:] == (m.before, m.after) for m in mutants)]
         for key in stale:
-            sys.exit(f"mutate: {EQUIVALENT} knows a mutant that is not there any more: {key[0]}: {key[1]}")
+            sys.exit(f"mutate: {EQUIVALENT} lists a mutant that does not exist any more: {key[0]}: {key[1]}")
         random.Random(f"{seed} {file}").shuffle(found[file])
     total = sum(len(mutants) for mutants in found.values())
-    shares = {file: min(len(found[file]), max(FEWEST_PER_FILE, round(count * len(found[file]) / total)))
+    counts = {file: min(len(found[file]), max(FEWEST_PER_FILE, round(count * len(found[file]) / total)))
               for file in files}
-    return found, shares
+    return found, counts
 
 
-def keep(result):
+def save_result(result):
     write(RESULT + ".new", json.dumps(result, indent=1))
     os.replace(RESULT + ".new", RESULT)
 
 
-def kept():
+def saved_result():
     if not os.path.exists(RESULT):
         sys.exit("mutate: there is no result yet")
     return json.loads(read(RESULT))
@@ -221,21 +222,21 @@ def campaign(options):
     files = options.files or list(FILES)
     bench = Bench(options.jobs)
     bench.prepare()
-    found, shares = drawn(files, options.count, options.seed)
-    # What was found out about other files stays.
-    last = kept()["mutants"] if os.path.exists(RESULT) else []
+    found, counts = drawn_mutants(files, options.count, options.seed)
+    # Results for other files are kept.
+    last = saved_result()["mutants"] if os.path.exists(RESULT) else []
     results = [old for old in last if old["file"] in FILES and old["file"] not in files]
     for file in files:
         source, viable = read(os.path.join(TREE, file)), 0
         for mutant in found[file]:
-            if viable == shares[file]:
+            if viable == counts[file]:
                 break
             noticed = bench.tried(mutant, source)
             if noticed is None:
                 continue
             viable += 1
             results.append(entry(mutant, noticed))
-            keep({"seed": options.seed, "date": time.strftime("%Y-%m-%d"), "mutants": results})
+            save_result({"seed": options.seed, "date": time.strftime("%Y-%m-%d"), "mutants": results})
             if not noticed:
                 say(f"{file}:{mutant.line}: survives: {mutant.before}  ->  {mutant.after}")
         say(f"{file}: {viable} of {len(found[file])} tried")
@@ -244,7 +245,7 @@ def campaign(options):
 
 def again(options):
     """Tries the survivors of the last run once more, after tests were added."""
-    last = kept()
+    last = saved_result()
     bench = Bench(options.jobs)
     bench.prepare()
     known = equivalents()
@@ -255,15 +256,15 @@ def again(options):
         if not same or (old["file"], old["before"], old["after"]) in known:
             last["mutants"].remove(old)
             continue
-        nearest = min(same, key=lambda mutant: abs(mutant.line - old["line"]))  # a line may stand there twice
+        nearest = min(same, key=lambda mutant: abs(mutant.line - old["line"]))  # the same line may occur twice
         old["line"], old["noticed"] = nearest.line, bench.tried(nearest, source)
-        keep(last)
-    keep(last)
+        save_result(last)
+    save_result(last)
     report()
 
 
 def report():
-    last = kept()
+    last = saved_result()
     mutants = last["mutants"]
     survivors = [mutant for mutant in mutants if not mutant["noticed"]]
     print(f"{last['date']}, seed {last['seed']}: {len(mutants)} mutants, {len(survivors)} survive "
@@ -288,7 +289,7 @@ def main():
         if not os.path.isfile(os.path.join(ROOT, file)):
             parser.error(f"there is no file {file}")
     if options.report:
-        # Where nothing has been run yet, the result that was kept with the sources.
+        # Where nothing has been run yet, the result that was committed with the sources.
         report() if os.path.exists(RESULT) else print(read(PAGE), end="")
     elif options.again:
         again(options)

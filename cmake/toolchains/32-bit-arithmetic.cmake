@@ -1,8 +1,7 @@
-# How the 32-bit builds for Intel processors compute.
+# Compiler options for arithmetic in 32-bit builds for Intel processors.
 #
-# -msse2 -mfpmath=sse: with the x87 unit, which 32-bit compilers choose by themselves, every intermediate result has 64
-# bits of mantissa until it happens to be stored: a picture would differ from the 64-bit builds', and between two
-# optimisation levels. With SSE2 every operation rounds to double, as in the 64-bit builds. Every processor since 2003
-# has it.
-# -mstackrealign: hosts of that time keep the stack aligned to 4 bytes only, and SSE2 wants 16.
+# -msse2 -mfpmath=sse: by default, 32-bit compilers use the x87 unit, which keeps intermediate results with 64 bits of
+# mantissa until they are stored in memory. Pictures would then differ from those of 64-bit builds, and between
+# optimisation levels. SSE2 rounds every operation to double, as 64-bit builds do. Every processor since 2003 has it.
+# -mstackrealign: SSE2 needs a stack that is aligned to 16 bytes, but 32-bit hosts may align it to 4 bytes only.
 set(VELM_32_BIT_ARITHMETIC "-march=i686 -msse2 -mfpmath=sse -mstackrealign")

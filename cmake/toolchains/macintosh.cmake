@@ -1,5 +1,5 @@
-# A Macintosh, from another machine: Clang, LLVM's linker, and the SDK of Apple's developer tools, which only who has
-# those may use:
+# Cross-compiles for Macintosh, with Clang, LLVM's linker and the SDK of Apple's developer tools. Only those who have
+# these tools may use the SDK, so that its path has to be given:
 #
 #     cmake --preset macintosh -DVELM_MACINTOSH_SDK=/path/to/MacOSX.sdk
 #

@@ -1,4 +1,4 @@
-# What the toolchain files for Windows have in common. They set VELM_WINDOWS_PROCESSOR first.
+# The common part of the toolchain files for Windows, which set VELM_WINDOWS_PROCESSOR first.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR ${VELM_WINDOWS_PROCESSOR})
 set(CMAKE_C_COMPILER ${VELM_WINDOWS_PROCESSOR}-w64-mingw32-gcc)

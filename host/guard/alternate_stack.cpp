@@ -8,22 +8,22 @@ namespace velm::host {
 
 namespace {
 
-constexpr std::size_t kSize = 256 * 1024; // going through a stack takes some room, under the sanitizers above all
+constexpr std::size_t kSize = 256 * 1024; // unwinding needs room, most of all under the sanitizers
 
 } // namespace
 
 AlternateStack::AlternateStack()
     : memory_(mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {
     if (memory_ == MAP_FAILED) return;
-    stack_t own{};
-    own.ss_sp = memory_;
-    own.ss_size = kSize;
-    sigaltstack(&own, &before_);
+    stack_t alternate{};
+    alternate.ss_sp = memory_;
+    alternate.ss_size = kSize;
+    sigaltstack(&alternate, &previous_);
 }
 
 AlternateStack::~AlternateStack() {
     if (memory_ == MAP_FAILED) return;
-    sigaltstack(&before_, nullptr);
+    sigaltstack(&previous_, nullptr);
     munmap(memory_, kSize);
 }
 

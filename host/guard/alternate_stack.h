@@ -1,22 +1,22 @@
-// A stack for signal handlers: the usual one may be what ran out.
+// A separate stack for signal handlers, which also run when the thread's own stack has overflowed.
 #pragma once
 
 #include <csignal>
 
 namespace velm::host {
 
-// The calling thread's signal handlers run on a stack of its own, for as long as the scope lasts. Where there is no
-// memory for one they go on as before.
+// While it lives, the calling thread's signal handlers (those installed with SA_ONSTACK) run on a stack that it
+// allocates. Has no effect if there is no memory for the stack.
 class AlternateStack {
   public:
     AlternateStack();
-    ~AlternateStack(); // on the same thread
+    ~AlternateStack(); // must run on the thread that called the constructor
     AlternateStack(const AlternateStack &) = delete;
     AlternateStack &operator=(const AlternateStack &) = delete;
 
   private:
     void *memory_;
-    stack_t before_{};
+    stack_t previous_{};
 };
 
 } // namespace velm::host

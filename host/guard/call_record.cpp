@@ -13,15 +13,16 @@ namespace velm::host {
 
 namespace {
 
-CallRecord ownBoard{};
-CallRecord *board = &ownBoard;
+CallRecord privateRecord{};
+CallRecord *currentRecord = &privateRecord;
 
 constexpr int kInterfaceSlot = 0;
-constinit thread_local int slotIndex = kInterfaceSlot; // of threads without a scope, too; but see `ownSlot`
+// Also kInterfaceSlot on threads that have no SlotScope and are not the interface thread; ownSlot() tells them apart.
+constinit thread_local int slotIndex = kInterfaceSlot;
 
-constexpr auto kRelaxed = std::memory_order_relaxed; // the record must not order what threads do
+constexpr auto kRelaxed = std::memory_order_relaxed; // the record must not synchronise threads with each other
 
-// A slot has one thread at a time that writes.
+// Only one thread at a time writes to a slot, so that no atomic increment is needed.
 void count(CallSlot &slot) { slot.steps.store(slot.steps.load(kRelaxed) + 1, kRelaxed); }
 
 } // namespace
@@ -30,27 +31,27 @@ bool ServerSet::isEmpty() const {
     return std::all_of(std::begin(words), std::end(words), [](std::uint64_t word) { return word == 0; });
 }
 
-CallRecord &callRecord() { return *board; }
-void useCallRecord(CallRecord *shared) { board = shared; }
+CallRecord &callRecord() { return *currentRecord; }
+void useCallRecord(CallRecord *shared) { currentRecord = shared; }
 
-void nameModule(const std::string &file) { std::snprintf(board->module, kLongestPath, "%s", file.c_str()); }
+void nameModule(const std::string &file) { std::snprintf(currentRecord->module, kLongestPath, "%s", file.c_str()); }
 
 int numberOfServer(const char *name) {
-    const auto *const begin = board->servers, *const end = begin + board->serverCount;
+    const auto *const begin = currentRecord->servers, *const end = begin + currentRecord->serverCount;
     const auto *found =
         std::find_if(begin, end, [&](const auto &known) { return std::strncmp(known, name, kLongestServer - 1) == 0; });
     if (found != end) return static_cast<int>(found - begin);
-    if (board->serverCount == kMaxServers) return kModuleItself;
-    std::snprintf(board->servers[board->serverCount], kLongestServer, "%s", name);
-    return board->serverCount++;
+    if (currentRecord->serverCount == kMaxServers) return kModuleItself;
+    std::snprintf(currentRecord->servers[currentRecord->serverCount], kLongestServer, "%s", name);
+    return currentRecord->serverCount++;
 }
 
 CallScope::CallScope(int server, const char *call) {
     if (server == kHostServer) return;
-    slot_ = &board->slots[slotIndex];
+    slot_ = &currentRecord->slots[slotIndex];
     outerCall_ = slot_->call.load(kRelaxed);
     outerServer_ = slot_->server.load(kRelaxed);
-    if (server >= 0 && slotIndex == kInterfaceSlot && !board->used.has(server)) board->used.add(server);
+    if (server >= 0 && slotIndex == kInterfaceSlot && !currentRecord->used.has(server)) currentRecord->used.add(server);
     slot_->server.store(server, kRelaxed);
     slot_->last.store(call, kRelaxed);
     slot_->call.store(call, kRelaxed);
@@ -65,8 +66,8 @@ CallScope::~CallScope() {
 }
 
 DialogScope::DialogScope()
-    : slot_(board->slots[slotIndex]), outerCall_(slot_.call.load(kRelaxed)), outerServer_(slot_.server.load(kRelaxed)),
-      outerInDialog_(slot_.inDialog.load(kRelaxed)) {
+    : slot_(currentRecord->slots[slotIndex]), outerCall_(slot_.call.load(kRelaxed)),
+      outerServer_(slot_.server.load(kRelaxed)), outerInDialog_(slot_.inDialog.load(kRelaxed)) {
     slot_.inDialog.store(true, kRelaxed);
     slot_.call.store(nullptr, kRelaxed);
     count(slot_);
@@ -80,11 +81,11 @@ DialogScope::~DialogScope() {
 }
 
 int serverInCall() {
-    const CallSlot &slot = board->slots[slotIndex];
+    const CallSlot &slot = currentRecord->slots[slotIndex];
     return slot.call.load(kRelaxed) ? slot.server.load(kRelaxed) : kHostServer;
 }
 
-SlotScope::SlotScope(int threadIndex) : slot_(board->slots[threadIndex + 1]) {
+SlotScope::SlotScope(int threadIndex) : slot_(currentRecord->slots[threadIndex + 1]) {
     slotIndex = threadIndex + 1;
     if (crashHandlersInstalled()) stack_.emplace();
     slot_.thread.store(systemThread());
@@ -103,17 +104,17 @@ int ownSlot() {
 }
 
 UnfinishedFile::UnfinishedFile(const std::string &path) {
-    if (path.size() < kLongestPath) std::memcpy(board->unfinished, path.c_str(), path.size() + 1);
+    if (path.size() < kLongestPath) std::memcpy(currentRecord->unfinished, path.c_str(), path.size() + 1);
 }
 
-UnfinishedFile::~UnfinishedFile() { board->unfinished[0] = '\0'; }
+UnfinishedFile::~UnfinishedFile() { currentRecord->unfinished[0] = '\0'; }
 
-std::string serversText(const CallRecord &from, const ServerSet &servers) {
+std::string serversText(const CallRecord &record, const ServerSet &servers) {
     std::string names;
     int count = 0;
-    for (int number = 0; number < from.serverCount; ++number) {
+    for (int number = 0; number < record.serverCount; ++number) {
         if (!servers.has(number)) continue;
-        names += (names.empty() ? "\"" : ", \"") + std::string(from.servers[number]) + '"';
+        names += (names.empty() ? "\"" : ", \"") + std::string(record.servers[number]) + '"';
         ++count;
     }
     if (count == 0) return "the module";

@@ -1,6 +1,7 @@
-// What this process is doing with a module, where another process can read it, whatever becomes of this one: the calls
-// into the module that each thread is in, how far the work has come, and how it ended when it ended badly. Samples are
-// not noted: what a render thread was evaluating is found out from its stack when somebody asks, see witness.h.
+// The call record: what this process is doing with a module. It can lie in memory shared with another process, which
+// can still read it after this one has crashed. It holds the call into the module that each thread is in, a progress
+// count for each thread, and the cause of a crash. Evaluations of samples are not noted, since that would cost time for
+// each sample; crash_handler.h finds them on the thread's stack when they are needed.
 #pragma once
 
 #include "host/guard/alternate_stack.h"
@@ -14,15 +15,15 @@
 
 namespace velm::host {
 
-constexpr int kMaxServers = 256;   // servers that have a number
-constexpr int kLongestServer = 96; // bytes of a server's name, with its end
-constexpr int kLongestPath = 4096; // likewise of a file's
-constexpr int kLongestText = 1000; // likewise of what is told of a fall
+constexpr int kMaxServers = 256;   // servers that get a number
+constexpr int kLongestServer = 96; // bytes of a server's name, including the terminating zero
+constexpr int kLongestPath = 4096; // likewise, of a file's path
+constexpr int kLongestText = 1000; // likewise, of the description of an exception
 constexpr int kSlots = kMaxThreads + 1;
-constexpr int kModuleItself = -1; // in place of a server's number: the module as a whole
-constexpr int kHostServer = -2;   // likewise: a server of the host's, whose calls are not noted
+constexpr int kModuleItself = -1; // used as a server's number: the module as a whole
+constexpr int kHostServer = -2;   // likewise: one of the host's own servers, whose calls are not noted
 
-// Servers by their numbers.
+// A set of servers, by number.
 struct ServerSet {
     std::uint64_t words[kMaxServers / 64];
 
@@ -31,78 +32,82 @@ struct ServerSet {
     bool isEmpty() const;
 };
 
-// Where a thread is: in a module, in a call of one of these servers. None at all stands for the module itself.
+// Where a thread is: whether in the module and, if so, in which call. `servers` holds the server that was called;
+// several if it is known only to be one of them; none if the call was to the module itself.
 struct CallSite {
     bool inModule;
-    const char *call; // a literal; null outside
+    const char *call; // a string literal; null outside of the module
     ServerSet servers;
 };
 
-// A thread's place. The calls are named by literals of this program, whose addresses hold in the process that reads
-// them too. Each slot has a cache line of its own, since render threads count their samples in it.
+// What one thread is doing. Calls are named by string literals of this program. Their addresses are also valid in the
+// process that reads the record, since one of the two was forked from the other. Each slot has a cache line of its own,
+// since render threads count their samples in it.
 struct alignas(64) CallSlot {
-    std::atomic<std::uint64_t> steps; // calls begun and ended, samples finished
+    std::atomic<std::uint64_t> steps; // counts calls begun, calls ended and samples finished
     std::atomic<const char *> call;   // null: in no noted call
-    std::atomic<const char *> last;   // the call made last, ended or not
-    std::atomic<int> server;          // of the call
-    std::atomic<int> thread;          // the system's number of the render thread that has the slot; 0: none has it
-    std::atomic<bool> inDialog;       // no call, since the last noted one waits for a person; see DialogScope
-    std::atomic<bool> answered;       // the thread was asked where it is, and this is what it said
-    CallSite answer;
+    std::atomic<const char *> last;   // the most recent call, whether it has ended or not
+    std::atomic<int> server;          // the server that is called
+    std::atomic<int> thread;          // the system's id of the render thread that uses the slot; 0: none does
+    std::atomic<bool> inDialog;       // the call that was noted last is waiting for a person; see DialogScope
+    std::atomic<bool> answered;       // the thread has answered callSiteSignal()
+    CallSite answer;                  // valid while `answered` is set
 };
 
 enum class CrashKind : int { none, signal, exception, exit };
 
-// How the process came to fall; the first fall counts.
+// How the process crashed. If several threads crash, the first one fills in the record.
 struct CrashRecord {
-    std::atomic<int> taker; // the system's number of the thread that fills it in; 0: nothing fell
-    std::atomic<bool> filled;
-    CrashKind how;
-    int signal;
-    int slot; // of the thread that fell; -1: neither the interface thread nor a render thread
-    CallSite where;
-    char text[kLongestText]; // of an exception: its type and what it says
+    std::atomic<int> thread;  // the system's id of the first thread to crash; 0: none has
+    std::atomic<bool> filled; // everything below is valid
+    CrashKind kind;
+    int signal; // of CrashKind::signal
+    int slot;   // of the thread that crashed; -1: neither the interface thread nor a render thread
+    CallSite site;
+    char text[kLongestText]; // of CrashKind::exception: "threw ", the type and the message
 };
 
 struct CallRecord {
-    char module[kLongestPath];     // the file of the module that was loaded last
-    char unfinished[kLongestPath]; // a file that is being written and means nothing yet; empty: none
+    char module[kLongestPath];     // the file of the module that was loaded most recently
+    char unfinished[kLongestPath]; // a file that is incomplete as yet and to be removed after a crash; empty: none
     int serverCount;
     char servers[kMaxServers][kLongestServer];
-    ServerSet used;         // that the interface thread has called
-    CallSlot slots[kSlots]; // 0: the interface thread; else one more than the number of the render thread
-    CrashRecord fall;
-    std::atomic<int> finished; // one more than the status that the work ended with; 0: it has not ended
+    ServerSet used;         // the servers that the interface thread has called so far
+    CallSlot slots[kSlots]; // 0: the interface thread; n + 1: render thread n
+    CrashRecord crash;
+    std::atomic<int> finished; // one more than the exit status of the work; 0: the work has not ended
 };
 
-// The record of this process: private until `useCallBoard` gives another, which is then this process's for good.
+// The call record of this process: private to it until useCallRecord() replaces it, once and for all. `shared` must
+// live as long as the process.
 CallRecord &callRecord();
 void useCallRecord(CallRecord *shared); // [before all threads]
 
-// The file of the module that is about to be loaded. [interface thread]
+// Notes the file of the module that is about to be loaded. A longer path than kLongestPath is cut. [interface thread]
 void nameModule(const std::string &file);
 
-// The number of a server of a module, by name; a name that is new gets the next one. kModuleItself when there are none
-// left. [interface thread]
+// The number of the module's server of this name. A new name gets the next free number, or kModuleItself if there is
+// none. Names count as equal if their first kLongestServer - 1 bytes are. [interface thread]
 int numberOfServer(const char *name);
 
-// Notes a call into the module, for as long as the scope lasts. `call` is a literal. Scopes nest.
+// Notes in the calling thread's slot that the thread is in a call into the module, for as long as the scope lasts.
+// Scopes nest. `call` must be a string literal.
 class CallScope {
   public:
-    CallScope(int server, const char *call); // a server's number, kModuleItself or kHostsOwn
+    CallScope(int server, const char *call); // a server's number, kModuleItself or kHostServer
     ~CallScope();
     CallScope(const CallScope &) = delete;
     CallScope &operator=(const CallScope &) = delete;
 
   private:
-    CallSlot *slot_ = nullptr; // null: nothing is noted
+    CallSlot *slot_ = nullptr; // null: a call of the host's own server, which is not noted
     const char *outerCall_ = nullptr;
     int outerServer_ = 0;
 };
 
-// Notes that the call in which the calling thread is waits for a person, for as long as the scope lasts: the host shows
-// a dialog on the module's behalf. Meanwhile the thread counts as outside of the module. The time does not count
-// against the call limit (see guarded.h), and a crash is not blamed on the module. Calls that the dialog makes into
+// Notes that the calling thread's call into the module is waiting for a person, for as long as the scope lasts: the host
+// shows a dialog on the module's behalf. Meanwhile the thread counts as outside of the module. The time does not count
+// towards the call limit (see guarded.h), and a crash is not blamed on the module. Calls that the dialog makes into
 // modules are noted as usual. Scopes nest. [interface thread]
 class DialogScope {
   public:
@@ -118,10 +123,10 @@ class DialogScope {
     const bool outerInDialog_;
 };
 
-// The server in whose call the calling thread is; kHostsOwn outside of all calls.
+// The server in whose call the calling thread is: its number or kModuleItself; kHostServer outside of noted calls.
 int serverInCall();
 
-// The calling thread's place, for as long as it lives: of the render thread with that number.
+// Makes the calling thread use the slot of the render thread with this index, for as long as the scope lasts.
 class SlotScope {
   public:
     explicit SlotScope(int threadIndex); // 0 to kMaxThreads - 1
@@ -129,21 +134,22 @@ class SlotScope {
     SlotScope(const SlotScope &) = delete;
     SlotScope &operator=(const SlotScope &) = delete;
 
-    // Something was finished: a sample. Costs one store.
+    // Counts a finished sample as progress. Costs one store.
     void step() { slot_.steps.store(slot_.steps.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed); }
 
   private:
     CallSlot &slot_;
-    std::optional<AlternateStack> stack_; // where falls are watched for
+    std::optional<AlternateStack> stack_; // if crash handlers are installed
 };
 
-// The system's number of the calling thread. May be asked in signal handlers.
+// The system's id of the calling thread. May be called in signal handlers.
 int systemThread();
-// The calling thread's slot; -1 for a thread that is neither the interface thread nor a render thread. May be asked in
-// signal handlers.
+// The index of the calling thread's slot; -1 for a thread that is neither the interface thread nor a render thread. May
+// be called in signal handlers.
 int ownSlot();
 
-// Names a file that is to be removed should this process end before the scope does. One at a time.
+// Names a file that is to be removed if this process ends before the scope does. There can be one at a time. A path of
+// kLongestPath bytes or more is ignored.
 class UnfinishedFile {
   public:
     explicit UnfinishedFile(const std::string &path);
@@ -152,7 +158,8 @@ class UnfinishedFile {
     UnfinishedFile &operator=(const UnfinishedFile &) = delete;
 };
 
-// "server "Velm Counter"", "one of the servers "A", "B"" or "the module".
-std::string serversText(const CallRecord &board, const ServerSet &servers);
+// Names the servers of a set for a message: `server "Velm Counter"`, `one of the servers "A", "B"` or, for the empty
+// set, `the module`.
+std::string serversText(const CallRecord &record, const ServerSet &servers);
 
 } // namespace velm::host

@@ -18,17 +18,19 @@ namespace velm::host {
 
 namespace {
 
-constexpr std::array kFalls = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS};
+constexpr std::array kCrashSignals = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS};
 constexpr const char *kEvaluate = "evaluate";
 
-pid_t watched = 0; // a process that this one starts has falls of its own
-std::array<struct sigaction, kFalls.size()> before;
+// The process that installed the handlers; 0: none did. A process that is forked from it inherits the handlers, but its
+// crashes are not recorded.
+pid_t handledProcess = 0;
+std::array<struct sigaction, kCrashSignals.size()> previousActions;
 
-// What a thread is in, by its slot where that says so, else by its stack.
-CallSite whereabouts(int slotNumber, void *context) {
-    const CallRecord &board = callRecord();
+// The call site of the calling thread: from its slot if a call is noted there, else from its stack.
+CallSite currentCallSite(int slotNumber, void *context) {
+    const CallRecord &record = callRecord();
     if (slotNumber >= 0) {
-        const CallSlot &slot = board.slots[slotNumber];
+        const CallSlot &slot = record.slots[slotNumber];
         if (const char *call = slot.call.load(std::memory_order_relaxed)) {
             CallSite noted{.inModule = true, .call = call, .servers = {}};
             if (const int server = slot.server.load(std::memory_order_relaxed); server >= 0) noted.servers.add(server);
@@ -39,74 +41,76 @@ CallSite whereabouts(int slotNumber, void *context) {
     }
     const StackFinding found = searchStack(context);
     if (!found.inModule) return {};
-    return {.inModule = true, .call = kEvaluate, .servers = found.servers.isEmpty() ? board.used : found.servers};
+    return {.inModule = true, .call = kEvaluate, .servers = found.servers.isEmpty() ? record.used : found.servers};
 }
 
-// True for the thread whose fall is to be told, and to nobody else.
-bool takeFall() {
-    int nobody = 0;
-    return callRecord().fall.taker.compare_exchange_strong(nobody, systemThread());
+// True for exactly one thread: the first to crash. Only it writes the crash record.
+bool claimCrashRecord() {
+    int none = 0;
+    return callRecord().crash.thread.compare_exchange_strong(none, systemThread());
 }
 
-void fillFall(CrashKind how, int signal, void *context) {
-    CrashRecord &fall = callRecord().fall;
-    fall.how = how;
-    fall.signal = signal;
-    fall.slot = ownSlot();
-    fall.where = whereabouts(fall.slot, context);
-    fall.filled.store(true);
+void fillCrashRecord(CrashKind kind, int signal, void *context) {
+    CrashRecord &crash = callRecord().crash;
+    crash.kind = kind;
+    crash.signal = signal;
+    crash.slot = ownSlot();
+    crash.site = currentCallSite(crash.slot, context);
+    crash.filled.store(true);
 }
 
-// The process is about to end at another thread's hands.
-void waitForTheEnd() {
-    if (callRecord().fall.taker.load() != systemThread())
+// Blocks until the first thread that crashed has ended the process. Returns at once if the calling thread is that one,
+// as when it crashes again in its handler.
+void waitForExit() {
+    if (callRecord().crash.thread.load() != systemThread())
         for (;;) pause();
 }
 
-// Lets the signal have the effect that it had before.
-void passOn(int signal, const siginfo_t *info) {
-    for (std::size_t i = 0; i < kFalls.size(); ++i)
-        if (kFalls[i] == signal) sigaction(signal, &before[i], nullptr);
-    if (info->si_code <= 0) raise(signal); // it was sent: nothing will cause it anew
+// Restores the effect that the signal had before the handlers were installed, and makes it happen.
+void restoreAndRaise(int signal, const siginfo_t *info) {
+    for (std::size_t i = 0; i < kCrashSignals.size(); ++i)
+        if (kCrashSignals[i] == signal) sigaction(signal, &previousActions[i], nullptr);
+    // A signal that a process sent is not repeated when the handler returns, unlike that of a fault.
+    if (info->si_code <= 0) raise(signal);
 }
 
-void fell(int signal, siginfo_t *info, void *context) {
-    if (getpid() == watched) {
-        if (takeFall())
-            fillFall(CrashKind::signal, signal, context);
+void onCrashSignal(int signal, siginfo_t *info, void *context) {
+    if (getpid() == handledProcess) {
+        if (claimCrashRecord())
+            fillCrashRecord(CrashKind::signal, signal, context);
         else
-            waitForTheEnd();
+            waitForExit();
     }
-    passOn(signal, info);
+    restoreAndRaise(signal, info);
 }
 
-void asked(int, siginfo_t *, void *context) {
-    const int error = errno;
-    if (const int number = ownSlot(); number >= 0) {
-        CallSlot &slot = callRecord().slots[number];
-        slot.answer = whereabouts(number, context);
+void onCallSiteSignal(int, siginfo_t *, void *context) {
+    const int previousError = errno;
+    if (const int index = ownSlot(); index >= 0) {
+        CallSlot &slot = callRecord().slots[index];
+        slot.answer = currentCallSite(index, context);
         slot.answered.store(true);
     }
-    errno = error;
+    errno = previousError;
 }
 
-[[noreturn]] void endFallen(CrashKind how, const std::string &text) {
-    if (takeFall()) {
-        std::snprintf(callRecord().fall.text, kLongestText, "%s", text.c_str());
-        fillFall(how, 0, nullptr);
+[[noreturn]] void exitAfterCrash(CrashKind kind, const std::string &text) {
+    if (claimCrashRecord()) {
+        std::snprintf(callRecord().crash.text, kLongestText, "%s", text.c_str());
+        fillCrashRecord(kind, 0, nullptr);
     } else {
-        waitForTheEnd();
+        waitForExit();
     }
     _exit(kCrashedStatus);
 }
 
-[[noreturn]] void terminated() { endFallen(CrashKind::exception, currentExceptionText()); }
+[[noreturn]] void onTerminate() { exitAfterCrash(CrashKind::exception, currentExceptionText()); }
 
-void exiting() {
-    if (getpid() == watched && callRecord().finished.load() == 0) endFallen(CrashKind::exit, "");
+void onExit() {
+    if (getpid() == handledProcess && callRecord().finished.load() == 0) exitAfterCrash(CrashKind::exit, "");
 }
 
-void onSignal(int signal, void (*handler)(int, siginfo_t *, void *), int flags, struct sigaction *previous) {
+void installHandler(int signal, void (*handler)(int, siginfo_t *, void *), int flags, struct sigaction *previous) {
     struct sigaction action {};
     action.sa_sigaction = handler;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK | flags;
@@ -118,33 +122,34 @@ std::string typeText() {
     const std::type_info *type = abi::__cxa_current_exception_type();
     if (!type) return "an exception";
     int status = 0;
-    char *plain = abi::__cxa_demangle(type->name(), nullptr, nullptr, &status);
-    std::string text = status == 0 ? plain : type->name();
-    std::free(plain);
+    char *readable = abi::__cxa_demangle(type->name(), nullptr, nullptr, &status);
+    std::string text = status == 0 ? readable : type->name();
+    std::free(readable);
     return text;
 }
 
 } // namespace
 
 void installSignalHandlers() {
-    static const AlternateStack stack; // for good
-    watched = getpid();
-    searchStack(nullptr); // what goes through stacks may have to be loaded first
-    for (std::size_t i = 0; i < kFalls.size(); ++i) {
+    static const AlternateStack stack; // for the rest of the process
+    handledProcess = getpid();
+    searchStack(nullptr); // the first unwinding may load a library, which a signal handler must not do
+    for (std::size_t i = 0; i < kCrashSignals.size(); ++i) {
         struct sigaction previous {};
-        onSignal(kFalls[i], fell, 0, &previous);
-        if (previous.sa_sigaction != fell) before[i] = previous; // a process that watches may have started this one
+        installHandler(kCrashSignals[i], onCrashSignal, 0, &previous);
+        // In a process forked from one with these handlers, the effect before them is already noted.
+        if (previous.sa_sigaction != onCrashSignal) previousActions[i] = previous;
     }
-    onSignal(callSiteSignal(), asked, SA_RESTART, nullptr);
+    installHandler(callSiteSignal(), onCallSiteSignal, SA_RESTART, nullptr);
 }
 
 void installCrashHandlers() {
     installSignalHandlers();
-    std::set_terminate(terminated);
-    std::atexit(exiting);
+    std::set_terminate(onTerminate);
+    std::atexit(onExit);
 }
 
-bool crashHandlersInstalled() { return watched != 0; }
+bool crashHandlersInstalled() { return handledProcess != 0; }
 
 int callSiteSignal() { return SIGRTMIN + 3; }
 
@@ -152,7 +157,7 @@ std::string currentExceptionText() {
     const std::string type = typeText();
     try {
         throw;
-    } catch (const ModuleError &error) { // which tells where it was, too
+    } catch (const ModuleError &error) { // its message already names the call
         return error.what();
     } catch (const std::exception &error) {
         return "threw " + type + ": " + error.what();

@@ -1,6 +1,7 @@
-// Finding out, in the process that falls or hangs, which call of a module it was in. It costs nothing while all is
-// well: the stack of the thread in question tells it. A module's functions are known by the address at which they
-// start, as the tables for exceptions give it; so that exactness asks for one `evaluate` function for each server.
+// Finds out, in a process that crashes or hangs, which call of the module a thread was in. This costs nothing as long
+// as all goes well: the call record or the stack of the thread is looked at only then. On the stack, a server is
+// recognised by the start address of its `evaluate` function, as the unwind tables give it. Servers that share one
+// `evaluate` function cannot be told apart.
 #pragma once
 
 #include "host/guard/call_record.h"
@@ -9,27 +10,32 @@
 
 namespace velm::host {
 
-// From now on, falls of this process are put on its board with the thread's whereabouts, and then go on as they would
-// have: signals that end programs, exceptions that nobody catches, and `exit` before `callBoard().finished` is set,
-// which ends the process with kFallenStatus. Threads with a SlotScope from now on answer `askThread`.
-// [interface thread; before all others]
+// From now on, the first crash of this process is written to its call record, together with the thread's call site.
+// Crashes are signals such as SIGSEGV, uncaught exceptions, and calls of `exit` before `callRecord().finished` is set.
+// A signal then has the effect that it had before; the other two end the process with kCrashedStatus. Threads that get
+// a SlotScope from now on answer callSiteSignal(). [interface thread; before there are other threads]
 void installCrashHandlers();
-// The signals alone.
+// Installs only the signal handlers, including that of callSiteSignal().
+// [interface thread; before there are other threads]
 void installSignalHandlers();
+// Whether either function has been called.
 bool crashHandlersInstalled();
 
 constexpr int kCrashedStatus = 42;
 
-// The signal at which a thread of another process that watches tells where it is.
+// The signal that asks a thread for its call site: its handler fills in `answer` in the thread's slot.
 int callSiteSignal();
 
-// Where the code of the loaded module stands: the object that has this address in it. [interface thread]
+// Notes where the code of the loaded module lies in memory: the shared object that contains this address. Forgets the
+// evaluate functions of an earlier module. [interface thread]
 void noteModuleCode(const void *address);
-// A server's evaluation, by the server's number; other numbers are passed over. [interface thread]
+// Notes the evaluate function of the server with this number. Numbers outside 0 to kMaxServers - 1 are ignored.
+// [interface thread]
 using EvaluateFunction = void (*)(void *, ShadingSample *, HostOutput *, HostNodeValue *);
 void noteEvaluate(int server, EvaluateFunction function);
 
-// What of an exception is told: "threw std::runtime_error: no luck". To be called where one is being handled.
+// Describes the exception that is being handled, as in "threw std::runtime_error: no luck". Of a ModuleError it is the
+// message alone, which already names the call.
 std::string currentExceptionText();
 
 } // namespace velm::host

@@ -19,80 +19,81 @@ std::string signalText(int signal) {
     return text;
 }
 
-// Slots beyond the first are the render threads'.
+// Names the thread of a slot for a message. The interface thread, of slot 0, is not named.
 std::string threadText(int slot) {
     if (slot == 0) return "";
     return slot < 0 ? ", on a thread of its own" : ", thread " + std::to_string(slot - 1);
 }
 
-std::string text(const CallRecord &board, const CallSite &where, const std::string &what, int slot) {
-    return std::string(board.module) + ": " + serversText(board, where.servers) + ' ' + what + " in " + where.call +
+std::string text(const CallRecord &record, const CallSite &site, const std::string &what, int slot) {
+    return std::string(record.module) + ": " + serversText(record, site.servers) + ' ' + what + " in " + site.call +
            threadText(slot);
 }
 
-// What is known of a thread that does not tell: its noted call, and of one that evaluates samples no more than that.
-CallSite noted(const CallRecord &board, const CallSlot &slot) {
+// What the record alone says of a thread that did not answer: the call that is noted in its slot; without one, an
+// evaluation by any of the servers that have been called.
+CallSite notedSite(const CallRecord &record, const CallSlot &slot) {
     if (const char *call = slot.call.load()) {
-        CallSite where{.inModule = true, .call = call, .servers = {}};
-        if (const int server = slot.server.load(); server >= 0) where.servers.add(server);
-        return where;
+        CallSite site{.inModule = true, .call = call, .servers = {}};
+        if (const int server = slot.server.load(); server >= 0) site.servers.add(server);
+        return site;
     }
-    return {.inModule = !board.used.isEmpty(), .call = "evaluate", .servers = board.used};
+    return {.inModule = !record.used.isEmpty(), .call = "evaluate", .servers = record.used};
 }
 
-std::string whatHappened(const CrashRecord &fall) {
-    switch (fall.how) {
-    case CrashKind::exception: return fall.text;
+std::string whatHappened(const CrashRecord &crash) {
+    switch (crash.kind) {
+    case CrashKind::exception: return crash.text;
     case CrashKind::exit: return "ended the process by exit";
-    default: return "crashed (" + signalText(fall.signal) + ')';
+    default: return "crashed (" + signalText(crash.signal) + ')';
     }
 }
 
-CrashText recorded(const CallRecord &board) {
-    const CrashRecord &fall = board.fall;
-    const std::string what = whatHappened(fall);
-    if (fall.how == CrashKind::exception && what.find(board.module) == 0) // told by whoever caught it first
-        return {.text = what, .isOfModule = true};
-    if (fall.where.inModule) return {.text = text(board, fall.where, what, fall.slot), .isOfModule = true};
-    return {.text = what + threadText(fall.slot) + "; no code of the module was running", .isOfModule = false};
+CrashText recorded(const CallRecord &record) {
+    const CrashRecord &crash = record.crash;
+    const std::string what = whatHappened(crash);
+    // A ModuleError: its message names the module and the call.
+    if (crash.kind == CrashKind::exception && what.find(record.module) == 0) return {.text = what, .isOfModule = true};
+    if (crash.site.inModule) return {.text = text(record, crash.site, what, crash.slot), .isOfModule = true};
+    return {.text = what + threadText(crash.slot) + "; no code of the module was running", .isOfModule = false};
 }
 
-// Of a process that left no record: the calls that were noted.
-CrashText unrecorded(const CallRecord &board, const std::string &what) {
+// For a process that ended without filling in the crash record: names the first thread that was in a call.
+CrashText unrecorded(const CallRecord &record, const std::string &what) {
     for (int slot = 0; slot < kSlots; ++slot) {
-        const bool isIn = board.slots[slot].call.load() || board.slots[slot].thread.load() != 0;
-        const CallSite where = isIn ? noted(board, board.slots[slot]) : CallSite{};
-        // Which of the render threads it was is not known.
-        if (where.inModule) return {.text = text(board, where, what, 0), .isOfModule = true};
+        const bool isBusy = record.slots[slot].call.load() || record.slots[slot].thread.load() != 0;
+        const CallSite site = isBusy ? notedSite(record, record.slots[slot]) : CallSite{};
+        // Slot 0, so that no render thread is named: it may have been any of them.
+        if (site.inModule) return {.text = text(record, site, what, 0), .isOfModule = true};
     }
-    return {.text = what + "; no call of the module was under way", .isOfModule = false};
+    return {.text = what + "; no call of the module was in progress", .isOfModule = false};
 }
 
-bool isFall(int signal) {
-    constexpr std::array kFalls = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS};
-    return std::ranges::find(kFalls, signal) != kFalls.end();
+bool isCrashSignal(int signal) {
+    constexpr std::array kCrashSignals = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS};
+    return std::ranges::find(kCrashSignals, signal) != kCrashSignals.end();
 }
 
 } // namespace
 
-std::optional<CrashText> crashText(const CallRecord &board, int status) {
-    if (board.fall.filled.load()) return recorded(board);
+std::optional<CrashText> crashText(const CallRecord &record, int status) {
+    if (record.crash.filled.load()) return recorded(record);
     if (WIFEXITED(status))
-        return unrecorded(board, "ended the process with status " + std::to_string(WEXITSTATUS(status)));
+        return unrecorded(record, "ended the process with status " + std::to_string(WEXITSTATUS(status)));
     const int signal = WTERMSIG(status);
-    if (signal == SIGKILL) return unrecorded(board, "was killed, perhaps for want of memory,");
-    if (isFall(signal)) return unrecorded(board, "crashed (" + signalText(signal) + ')');
+    if (signal == SIGKILL) return unrecorded(record, "was killed, perhaps because memory ran out,");
+    if (isCrashSignal(signal)) return unrecorded(record, "crashed (" + signalText(signal) + ')');
     return std::nullopt;
 }
 
-std::string hangText(const CallRecord &board) {
+std::string hangText(const CallRecord &record) {
     constexpr const char *kHangs = "hangs";
-    if (board.slots[0].call.load()) return text(board, noted(board, board.slots[0]), kHangs, 0);
-    for (int number = 1; number < kSlots; ++number) {
-        const CallSlot &slot = board.slots[number];
+    if (record.slots[0].call.load()) return text(record, notedSite(record, record.slots[0]), kHangs, 0);
+    for (int index = 1; index < kSlots; ++index) {
+        const CallSlot &slot = record.slots[index];
         if (slot.thread.load() == 0) continue;
-        const CallSite where = slot.answered.load() ? slot.answer : noted(board, slot);
-        if (where.inModule) return text(board, where, kHangs, number);
+        const CallSite site = slot.answered.load() ? slot.answer : notedSite(record, slot);
+        if (site.inModule) return text(record, site, kHangs, index);
     }
     return {};
 }

@@ -1,4 +1,5 @@
-// A bad end in words: the module's file, the server, what it did, the call and the thread.
+// Describes crashes and hangs for error messages: the module's file, the server, what happened, the call and the
+// thread.
 #pragma once
 
 #include "host/guard/call_record.h"
@@ -10,15 +11,15 @@ namespace velm::host {
 
 struct CrashText {
     std::string text; // "velm.p: server "Velm Counter" crashed (segmentation fault) in evaluate, thread 1"
-    bool isOfModule;  // false: no code of the module was running
+    bool isOfModule;  // false: no code of the module was running, so that the module is not to blame
 };
 
-// Of a process that has ended, without `finished`, with that status of waitpid. Nothing for a signal that somebody sent
-// to end it.
-std::optional<CrashText> crashText(const CallRecord &board, int status);
+// Describes the end of a process that ended without setting `finished`. `record` is its call record, `status` the
+// status that waitpid gave. Nothing if it was ended on purpose, by a signal such as SIGTERM.
+std::optional<CrashText> crashText(const CallRecord &record, int status);
 
-// Of a process that goes on: the call of the interface thread, else what its render threads answered or what they are
-// taken to be in. Empty when none of them is in the module's code.
-std::string hangText(const CallRecord &board);
+// Describes where a process that still runs is hanging: in the call of the interface thread, else at the call site that
+// a render thread answered, or is assumed to be at if it did not answer. Empty if no thread is in the module's code.
+std::string hangText(const CallRecord &record);
 
 } // namespace velm::host

@@ -27,136 +27,138 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
-constexpr double kLongestTick = 1, kShortestTick = 0.01, kTicksInALimit = 10; // seconds between two looks
-constexpr double kAnswerTime = 1;                                             // seconds that threads have to answer
-constexpr double kFallTime = 10;                                              // likewise a process that is about to end
+constexpr double kLongestTick = 1, kShortestTick = 0.01; // seconds between two checks for progress
+constexpr double kTicksInALimit = 10;
+constexpr double kAnswerTime = 1; // seconds that threads have to answer where they are
+constexpr double kCrashTime = 10; // seconds that a process that crashed has to end
 
-// The signals that this process deals with, kept back so that they can be waited for.
-class HeldSignals {
+// Blocks the signals that the guarding process handles, so that it can wait for them, until it is destroyed.
+class BlockedSignals {
   public:
-    HeldSignals() {
-        sigemptyset(&held_);
-        for (const int signal : {SIGCHLD, SIGINT, SIGQUIT, SIGTERM, SIGHUP}) sigaddset(&held_, signal);
-        sigprocmask(SIG_BLOCK, &held_, &before_);
-        std::signal(SIGCHLD, SIG_DFL); // it may have been inherited as ignored, and then nobody could be waited for
+    BlockedSignals() {
+        sigemptyset(&blocked_);
+        for (const int signal : {SIGCHLD, SIGINT, SIGQUIT, SIGTERM, SIGHUP}) sigaddset(&blocked_, signal);
+        sigprocmask(SIG_BLOCK, &blocked_, &previous_);
+        std::signal(SIGCHLD, SIG_DFL); // if it was inherited as ignored, waitpid would give no status
     }
-    ~HeldSignals() { letGo(); }
-    HeldSignals(const HeldSignals &) = delete;
-    HeldSignals &operator=(const HeldSignals &) = delete;
+    ~BlockedSignals() { unblock(); }
+    BlockedSignals(const BlockedSignals &) = delete;
+    BlockedSignals &operator=(const BlockedSignals &) = delete;
 
-    void letGo() const { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-    // The next signal, or nothing after some seconds.
+    // Restores the signal mask of the time before, in this process or in one forked from it.
+    void unblock() const { sigprocmask(SIG_SETMASK, &previous_, nullptr); }
+    // Waits for the next of these signals; nothing if none arrives within that time.
     std::optional<siginfo_t> next(double seconds) const {
         siginfo_t info{};
         const double whole = std::floor(seconds);
         const timespec limit{.tv_sec = static_cast<time_t>(whole),
                              .tv_nsec = static_cast<long>((seconds - whole) * 1e9)};
-        if (sigtimedwait(&held_, &info, &limit) < 0) return std::nullopt;
+        if (sigtimedwait(&blocked_, &info, &limit) < 0) return std::nullopt;
         return info;
     }
 
   private:
-    sigset_t held_{}, before_{};
+    sigset_t blocked_{}, previous_{};
 };
 
-// Signals are sent by the kernel's terminals to all that they are for.
+// A terminal's signals come from the kernel, and reach every process of the foreground group by themselves.
 bool isFromTerminal(const siginfo_t &info) { return info.si_code == SI_KERNEL; }
 
 class Guard {
   public:
     Guard(const std::string &module, const GuardOptions &options) : limit_(options.callLimit) {
-        std::snprintf(board_->module, kLongestPath, "%s", module.c_str());
+        std::snprintf(record_->module, kLongestPath, "%s", module.c_str());
         const double tick = limit_ > 0 ? limit_ / kTicksInALimit : kLongestTick;
         tick_ = std::clamp(tick, kShortestTick, kLongestTick);
     }
 
     int run(const std::function<int()> &work) {
         const pid_t guard = getpid();
-        std::fflush(nullptr); // or it would be written by both
+        std::fflush(nullptr); // or both processes would write what is buffered
         process_ = fork();
         if (process_ < 0) throw MachineError("cannot start a process: " + std::string(std::strerror(errno)));
-        if (process_ == 0) live(guard, work);
+        if (process_ == 0) runWork(guard, work);
         while (!ended_) {
             const auto info = signals_.next(tick_);
-            if (info) take(*info);
-            look();
+            if (info) handle(*info);
+            checkProgress();
         }
-        return tell();
+        return result();
     }
 
   private:
-    // Libraries may have had threads before the fork that this process is born without: what they wait for as a program
-    // ends would never come, so that it ends without them.
-    [[noreturn]] void live(pid_t guard, const std::function<int()> &work) {
+    // The other process. It ends with _exit, without static destructors and exit handlers: a library that had threads
+    // before the fork might wait in them for threads that do not exist in this process.
+    [[noreturn]] void runWork(pid_t guard, const std::function<int()> &work) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != guard) _exit(kCrashedStatus); // it ended before
-        signals_.letGo();
-        useCallRecord(&*board_);
+        if (getppid() != guard) _exit(kCrashedStatus); // the guarding process ended before the call above
+        signals_.unblock();
+        useCallRecord(&*record_);
         installCrashHandlers();
         const int status = work();
         std::fflush(nullptr);
-        board_->finished.store(status + 1);
+        record_->finished.store(status + 1);
         _exit(status);
     }
 
-    void take(const siginfo_t &info) {
+    void handle(const siginfo_t &info) {
         switch (info.si_signo) {
         case SIGCHLD: ended_ = waitpid(process_, &status_, WNOHANG) == process_; break;
         case SIGINT:
         case SIGQUIT:
             if (!isFromTerminal(info)) kill(process_, info.si_signo);
             break;
-        default: // it would not clean up
+        default: // the other process would not remove its unfinished file
             end();
             dieOf(info.si_signo);
         }
     }
 
-    // Counts the time in which nothing came of a call. Only time in which this process was awake counts: a machine or a
-    // job may be stopped and go on.
-    void look() {
+    // Adds up the time without progress in a call, and acts when it exceeds a limit. One check adds two ticks at most,
+    // so that time does not count in which this process was stopped or the machine was suspended.
+    void checkProgress() {
         const auto now = Clock::now();
-        const double passed = std::min(Seconds(now - seen_).count(), 2 * tick_);
-        seen_ = now;
+        const double passed = std::min(Seconds(now - lastCheck_).count(), 2 * tick_);
+        lastCheck_ = now;
         std::uint64_t steps = 0;
         bool isBusy = false;
-        for (const CallSlot &slot : board_->slots) {
+        for (const CallSlot &slot : record_->slots) {
             steps += slot.steps.load(std::memory_order_relaxed);
             isBusy = isBusy || slot.call.load(std::memory_order_relaxed) || slot.thread.load() != 0;
         }
-        const bool isFalling = board_->fall.taker.load() != 0;
-        quiet_ = (isBusy || isFalling) && steps == steps_ ? quiet_ + passed : 0;
+        const bool isCrashing = record_->crash.thread.load() != 0;
+        idleTime_ = (isBusy || isCrashing) && steps == steps_ ? idleTime_ + passed : 0;
         steps_ = steps;
-        if (isFalling && quiet_ > kFallTime) end();
-        if (!isFalling && limit_ > 0 && quiet_ > limit_ && !ended_) hung();
+        if (isCrashing && idleTime_ > kCrashTime) end();
+        if (!isCrashing && limit_ > 0 && idleTime_ > limit_ && !ended_) handleHang();
     }
 
-    void hung() {
-        quiet_ = 0;
-        if (!board_->slots[0].call.load()) askThreads();
+    void handleHang() {
+        idleTime_ = 0;
+        if (!record_->slots[0].call.load()) askThreads();
         if (ended_) return;
-        const std::string where = hangText(*board_);
-        if (where.empty()) return; // the host's own work, which may take its time
+        const std::string hang = hangText(*record_);
+        if (hang.empty()) return; // the host's own work has no limit
         end();
         char limit[32];
         std::snprintf(limit, sizeof limit, "%g", limit_);
-        throw ModuleError(where + ": nothing came of it for " + limit + " s");
+        throw ModuleError(hang + ": no progress for " + limit + " s");
     }
 
-    // Each render thread says where it is, if it can.
+    // Asks each render thread for its call site, and waits until all have answered or kAnswerTime has passed.
     void askThreads() {
-        for (CallSlot &slot : board_->slots) {
+        for (CallSlot &slot : record_->slots) {
             slot.answered.store(false);
             const int thread = slot.thread.load();
             if (thread != 0) syscall(SYS_tgkill, process_, thread, callSiteSignal());
         }
-        const auto isOpen = [](const CallSlot &slot) { return slot.thread.load() != 0 && !slot.answered.load(); };
+        const auto isUnanswered = [](const CallSlot &slot) { return slot.thread.load() != 0 && !slot.answered.load(); };
         const auto deadline = Clock::now() + Seconds(kAnswerTime);
-        while (Clock::now() < deadline && std::ranges::any_of(board_->slots, isOpen))
-            if (const auto info = signals_.next(kShortestTick)) take(*info);
+        while (Clock::now() < deadline && std::ranges::any_of(record_->slots, isUnanswered))
+            if (const auto info = signals_.next(kShortestTick)) handle(*info);
     }
 
-    // Makes sure of the other process's end, and removes what it left.
+    // Kills the other process if it still runs, and removes its unfinished file.
     void end() {
         if (!ended_) {
             kill(process_, SIGKILL);
@@ -168,36 +170,38 @@ class Guard {
     }
 
     void cleanUp() const {
-        if (board_->unfinished[0] != '\0') unlink(board_->unfinished);
+        if (record_->unfinished[0] != '\0') unlink(record_->unfinished);
     }
 
+    // Ends this process by the signal, so that its parent sees the true cause.
     [[noreturn]] void dieOf(int signal) const {
         std::signal(signal, SIG_DFL);
         raise(signal);
-        signals_.letGo();
-        _exit(128 + signal); // it was ignored or kept back from before
+        signals_.unblock();
+        _exit(128 + signal); // the signal was ignored or blocked before it was handled here
     }
 
-    int tell() {
+    // The status of the work, once the other process has ended; an exception if it ended otherwise.
+    int result() {
         cleanUp();
-        const int finished = board_->finished.load();
+        const int finished = record_->finished.load();
         if (WIFEXITED(status_) && finished != 0) return finished - 1;
-        const std::optional<CrashText> fall = crashText(*board_, status_);
-        if (!fall) dieOf(WTERMSIG(status_));
-        if (fall->isOfModule) throw ModuleError(fall->text);
-        throw MachineError(fall->text);
+        const std::optional<CrashText> crash = crashText(*record_, status_);
+        if (!crash) dieOf(WTERMSIG(status_));
+        if (crash->isOfModule) throw ModuleError(crash->text);
+        throw MachineError(crash->text);
     }
 
-    const HeldSignals signals_;
-    const SharedRecord<CallRecord> board_;
+    const BlockedSignals signals_;
+    const SharedRecord<CallRecord> record_;
     const double limit_; // seconds; 0: none
-    double tick_;        // likewise
+    double tick_;        // seconds between two checks for progress
     pid_t process_ = -1;
     int status_ = 0; // of the other process, once it has ended
     bool ended_ = false;
-    Clock::time_point seen_ = Clock::now();
+    Clock::time_point lastCheck_ = Clock::now();
     std::uint64_t steps_ = 0;
-    double quiet_ = 0; // seconds
+    double idleTime_ = 0; // seconds without progress in a call
 };
 
 } // namespace

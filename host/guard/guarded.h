@@ -1,4 +1,5 @@
-// Work with a module in a process of its own, which may crash, hang or end as it likes: this one stays, and tells.
+// Runs work with a module in a separate process. If the module crashes, hangs or ends that process, this one survives
+// and reports it.
 #pragma once
 
 #include <functional>
@@ -7,19 +8,24 @@
 namespace velm::host {
 
 struct GuardOptions {
-    bool on = true;        // without it, the work is done in this process
-    double callLimit = 60; // seconds that a call of the module may take, and a sample with it; 0: any time
+    bool on = true;        // false: the work runs in this process
+    double callLimit = 60; // seconds that a call of the module may take, or the evaluation of a sample; 0: unlimited
 };
 
-// Does the work in another process and gives its status. ModuleError when the module made it crash, hung, threw where
-// nobody could catch it, or ended it; MachineError when it ended badly and no code of the module was running. The
-// work's own exceptions are not passed on: it has to catch them. Whatever happens, no unfinished file is left behind.
-// Signals that end programs end both: SIGINT and SIGQUIT, which a terminal sends to both, are passed on when they were
-// sent to this process alone. What the other process dies of, this one dies of, too, unless it is told as an error.
-// A call does not use up the limit while a DialogScope lives. Time counts against the limit only while a call is being
-// made or samples are evaluated, and while nothing else is finished meanwhile; and evaluating counts only where a
-// thread is in the module's code at the end of it. [main thread; others, which libraries may have, are idle] `module`
-// is the file that errors are to name.
+// Runs `work` in another process and returns its status. `module` is the file that errors name until one is loaded.
+// Throws ModuleError if the module crashed, hung, threw an exception that was not caught, or ended the process. Throws
+// MachineError if the process crashed or ended while no code of the module was running, or could not be started.
+// Exceptions of `work` are not passed on: it has to catch them. In every case, the process's unfinished file (see
+// UnfinishedFile) is removed.
+//
+// Signals that end programs end both processes. SIGINT and SIGQUIT are passed on to the other process unless a terminal
+// sent them, which sends them to both. If a signal ended the other process on purpose, it ends this one, too.
+//
+// A call uses up the limit only while no other call begins or ends and no sample is finished on any thread, and not
+// while a DialogScope lives. When the time is up while samples are evaluated, it counts as a hang only if a thread is
+// in the module's code at that moment.
+//
+// [main thread; there may be other threads, of libraries, but they must be idle]
 int runGuarded(const std::string &module, const GuardOptions &options, const std::function<int()> &work);
 
 } // namespace velm::host

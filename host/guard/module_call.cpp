@@ -14,8 +14,8 @@ void throwModuleError(int server, const char *call) {
     } catch (...) {
         ServerSet servers{};
         if (server >= 0) servers.add(server);
-        const CallRecord &board = callRecord();
-        throw ModuleError(std::string(board.module) + ": " + serversText(board, servers) + ' ' +
+        const CallRecord &record = callRecord();
+        throw ModuleError(std::string(record.module) + ": " + serversText(record, servers) + ' ' +
                           currentExceptionText() + " in " + call);
     }
 }

@@ -1,4 +1,4 @@
-// Memory that this process and those that it starts share.
+// Memory that this process shares with the processes that it forks.
 #pragma once
 
 #include "host/base/error.h"
@@ -12,7 +12,7 @@
 
 namespace velm::host {
 
-// A record in such memory; zeroed.
+// A value-initialised Record in shared memory. It lives as long as this object does.
 template <class Record>
 class SharedRecord {
   public:

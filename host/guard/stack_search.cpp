@@ -16,16 +16,16 @@ namespace {
 
 using Address = std::uintptr_t;
 
-// From `begin` up to `end`.
+// The addresses from `begin` up to, but excluding, `end`.
 struct Range {
     std::atomic<Address> begin = 0, end = 0;
-    bool has(Address address) const { return address >= begin && address < end; }
+    bool contains(Address address) const { return address >= begin && address < end; }
 };
 Range moduleCode, hostCode;
-std::atomic<Address> evaluations[kMaxServers];
+std::atomic<Address> evaluations[kMaxServers]; // the evaluate functions, by server number; 0: none
 
-// Where the function starts that has this address in it; 0 where no table knows.
-Address startOf(Address address) {
+// The start of the function that contains this address; 0 if the unwind tables have no such function.
+Address functionStart(Address address) {
     return reinterpret_cast<Address>(_Unwind_FindEnclosingFunction(reinterpret_cast<void *>(address + 1)));
 }
 
@@ -38,60 +38,65 @@ ServerSet serversThatStartAt(Address start) {
 
 #if defined(__x86_64__)
 
+// The target of a jump instruction whose last bytes are its relative offset. `next` is the address behind it.
 template <class Offset>
-Address jumpFrom(Address next) {
+Address jumpTarget(Address next) {
     Offset offset = 0;
     std::memcpy(&offset, reinterpret_cast<const void *>(next - sizeof offset), sizeof offset);
     return next + static_cast<Address>(std::intptr_t{offset});
 }
 
-// The function, or piece of one, into which the instruction at an address jumps, conditionally or not; 0 for any other
-// instruction. What only looks like a jump, inside an instruction, seldom finds a function; the short ones, which reach
-// no further than their neighbours, have to hit the very start.
-Address jumpAt(Address address) {
+// The start of the function, or fragment of one, into which the instruction at this address jumps, conditionally or
+// not; 0 for any other instruction. Bytes inside another instruction may look like a jump, but their target is seldom
+// in a function. Those that look like a short jump, whose target is nearby, count only if they hit the start of a
+// function.
+Address functionJumpedTo(Address address) {
     constexpr unsigned kShort = 0xEB, kLong = 0xE9, kTwoBytes = 0x0F, kLongIf = 0x8;
     unsigned char code[2];
     std::memcpy(code, reinterpret_cast<const void *>(address), sizeof code);
     Address to = 0;
-    if (code[0] == kShort) to = jumpFrom<std::int8_t>(address + 2);
-    if (code[0] == kLong) to = jumpFrom<std::int32_t>(address + 5);
-    if (code[0] == kTwoBytes && code[1] >> 4 == kLongIf) to = jumpFrom<std::int32_t>(address + 6);
-    if (!moduleCode.has(to)) return 0;
-    const Address start = startOf(to);
+    if (code[0] == kShort) to = jumpTarget<std::int8_t>(address + 2);
+    if (code[0] == kLong) to = jumpTarget<std::int32_t>(address + 5);
+    if (code[0] == kTwoBytes && code[1] >> 4 == kLongIf) to = jumpTarget<std::int32_t>(address + 6);
+    if (!moduleCode.contains(to)) return 0;
+    const Address start = functionStart(to);
     return code[0] == kShort && start != to ? 0 : start;
 }
 
-// Whether a function goes over into another one, by that many jumps at most.
-bool leadsTo(Address function, Address target, int jumps) {
+// Whether a function can reach another one through a chain of at most this many jumps.
+bool canJumpTo(Address function, Address target, int jumps) {
     constexpr Address kLongestJump = 6;
-    for (Address at = function; moduleCode.has(at + kLongestJump) && startOf(at) == function; ++at) {
-        const Address next = jumpAt(at);
+    for (Address at = function; moduleCode.contains(at + kLongestJump) && functionStart(at) == function; ++at) {
+        const Address next = functionJumpedTo(at);
         if (next == 0 || next == function) continue;
-        if (next == target || (jumps > 1 && leadsTo(next, target, jumps - 1))) return true;
+        if (next == target || (jumps > 1 && canJumpTo(next, target, jumps - 1))) return true;
     }
     return false;
 }
 
-// Compilers leave a function by a jump to its last call, and keep its unlikely parts elsewhere: what the host called is
-// then not on the stack, but it leads there.
-ServerSet serversThatLeadTo(Address start) {
+// The servers whose evaluate function may have jumped to the function with this start. Compilers turn the last call of
+// a function into a jump, and move unlikely code into a separate fragment. The function that the host called is then
+// not on the stack itself, but jumps to the one that is.
+ServerSet serversThatJumpTo(Address start) {
     constexpr int kMostJumps = 3;
     ServerSet servers{};
     for (int number = 0; number < kMaxServers; ++number) {
         const Address evaluation = evaluations[number].load(std::memory_order_relaxed);
-        if (evaluation != 0 && leadsTo(evaluation, start, kMostJumps)) servers.add(number);
+        if (evaluation != 0 && canJumpTo(evaluation, start, kMostJumps)) servers.add(number);
     }
     return servers;
 }
 
-// A call of what is no code leaves nothing that a stack could be read from but the address to return to, on its top.
-class ReturnedFromNoCode {
+// After a call of an address that holds no code, such as a null function pointer, the stack cannot be unwound from
+// where the thread stopped. This steps the context back to the caller, whose return address is on top of the stack, and
+// restores the context at its end.
+class SteppedBackToCaller {
   public:
-    explicit ReturnedFromNoCode(void *context) {
+    explicit SteppedBackToCaller(void *context) {
         if (!context) return;
         auto &registers = static_cast<ucontext_t *>(context)->uc_mcontext.gregs;
         const auto at = static_cast<Address>(registers[REG_RIP]);
-        if (startOf(at) != 0 || moduleCode.has(at)) return;
+        if (functionStart(at) != 0 || moduleCode.contains(at)) return;
         registers_ = &registers;
         code_ = registers[REG_RIP];
         stack_ = registers[REG_RSP];
@@ -99,13 +104,13 @@ class ReturnedFromNoCode {
         std::memcpy(&registers[REG_RIP], reinterpret_cast<const void *>(top), sizeof(Address));
         registers[REG_RSP] = stack_ + static_cast<greg_t>(sizeof(Address));
     }
-    ~ReturnedFromNoCode() {
+    ~SteppedBackToCaller() {
         if (!registers_) return;
         (*registers_)[REG_RIP] = code_;
         (*registers_)[REG_RSP] = stack_;
     }
-    ReturnedFromNoCode(const ReturnedFromNoCode &) = delete;
-    ReturnedFromNoCode &operator=(const ReturnedFromNoCode &) = delete;
+    SteppedBackToCaller(const SteppedBackToCaller &) = delete;
+    SteppedBackToCaller &operator=(const SteppedBackToCaller &) = delete;
 
   private:
     gregset_t *registers_ = nullptr;
@@ -114,34 +119,36 @@ class ReturnedFromNoCode {
 
 #else
 
-// Other machines' jumps and registers are not known here: where the stack does not tell, nothing does.
-ServerSet serversThatLeadTo(Address) { return {}; }
-class ReturnedFromNoCode {
+// The jumps and registers of other processors are not decoded: servers are found on the stack alone.
+ServerSet serversThatJumpTo(Address) { return {}; }
+class SteppedBackToCaller {
   public:
-    explicit ReturnedFromNoCode(void *) {}
-    ~ReturnedFromNoCode() {}
+    explicit SteppedBackToCaller(void *) {}
+    ~SteppedBackToCaller() {}
 };
 
 #endif
 
 struct Search {
     StackFinding found{};
-    Address entered = 0; // where the module was entered, as far as seen; 0: not seen, or settled
+    Address entered = 0; // the outermost function of the module seen so far; 0: none, or dealt with
 
-    // The stack goes on in other code. True when that was the host's: nothing further out is what is being evaluated.
+    // The next frame outwards is not in the module. True ends the search: the servers have been found, or the host made
+    // the call, so that frames further out belong to another evaluation.
     bool leave(Address address) {
         if (entered == 0) return false;
-        found.servers = serversThatLeadTo(entered);
+        found.servers = serversThatJumpTo(entered);
         entered = 0;
-        return hostCode.has(address) || !found.servers.isEmpty();
+        return hostCode.contains(address) || !found.servers.isEmpty();
     }
 };
 
-_Unwind_Reason_Code lookAt(_Unwind_Context *context, void *data) {
+_Unwind_Reason_Code visitFrame(_Unwind_Context *context, void *data) {
     Search &search = *static_cast<Search *>(data);
-    int isBefore = 0; // set where the address is that of an instruction, and not one to return to
+    // Nonzero: the address is that of an instruction not executed yet, as after a signal; 0: a return address.
+    int isBefore = 0;
     const Address address = _Unwind_GetIPInfo(context, &isBefore);
-    if (!moduleCode.has(isBefore != 0 ? address : address - 1))
+    if (!moduleCode.contains(isBefore != 0 ? address : address - 1))
         return search.leave(address) ? _URC_NORMAL_STOP : _URC_NO_REASON;
     search.found.inModule = true;
     const Address start = _Unwind_GetRegionStart(context);
@@ -151,14 +158,14 @@ _Unwind_Reason_Code lookAt(_Unwind_Context *context, void *data) {
     return _URC_NO_REASON;
 }
 
-// Notes the range of the object that has an address in it.
-struct ObjectWith {
+// The shared object to look for, by an address in it, and where to note its range.
+struct WantedObject {
     Address address;
     Range &range;
 };
 
-int findCode(dl_phdr_info *object, std::size_t, void *data) {
-    const auto &wanted = *static_cast<const ObjectWith *>(data);
+int noteRange(dl_phdr_info *object, std::size_t, void *data) {
+    const auto &wanted = *static_cast<const WantedObject *>(data);
     Address begin = ~Address{0}, end = 0;
     for (int i = 0; i < object->dlpi_phnum; ++i) {
         const auto &part = object->dlpi_phdr[i];
@@ -176,18 +183,18 @@ int findCode(dl_phdr_info *object, std::size_t, void *data) {
 } // namespace
 
 StackFinding searchStack(void *context) {
-    const ReturnedFromNoCode returned(context);
+    const SteppedBackToCaller steppedBack(context);
     Search search;
-    _Unwind_Backtrace(lookAt, &search);
+    _Unwind_Backtrace(visitFrame, &search);
     return search.found;
 }
 
 void noteModuleCode(const void *address) {
-    for (auto &evaluation : evaluations) evaluation = 0; // of a module that was there before
-    ObjectWith module{.address = reinterpret_cast<Address>(address), .range = moduleCode};
-    ObjectWith host{.address = reinterpret_cast<Address>(&searchStack), .range = hostCode};
-    dl_iterate_phdr(findCode, &module);
-    dl_iterate_phdr(findCode, &host);
+    for (auto &evaluation : evaluations) evaluation = 0; // of a module that was loaded before
+    WantedObject module{.address = reinterpret_cast<Address>(address), .range = moduleCode};
+    WantedObject host{.address = reinterpret_cast<Address>(&searchStack), .range = hostCode};
+    dl_iterate_phdr(noteRange, &module);
+    dl_iterate_phdr(noteRange, &host);
 }
 
 void noteEvaluate(int server, EvaluateFunction function) {

@@ -1,4 +1,4 @@
-// What of a module stands on the calling thread's stack.
+// Looks for the module's functions on the calling thread's stack.
 #pragma once
 
 #include "host/guard/call_record.h"
@@ -6,13 +6,13 @@
 namespace velm::host {
 
 struct StackFinding {
-    bool inModule;     // some code of the module is running
-    ServerSet servers; // whose evaluation it is, the innermost one: one server; several, where the stack does not tell
-                       // which of them; none, where it tells nothing
+    bool inModule;     // code of the module is on the stack
+    ServerSet servers; // the servers whose evaluation may be the innermost one: one server; several if the stack cannot
+                       // tell them apart; none if it gives no indication
 };
 
-// Goes through the stack from the inside out. `context` is a signal handler's third argument, or null. May be called in
-// signal handlers; allocates nothing but perhaps the first time.
+// Walks the stack from the innermost frame outwards. `context` is the third argument of a signal handler, or null
+// outside of one. May be called in signal handlers, except for the first time, when it may allocate memory.
 StackFinding searchStack(void *context);
 
 } // namespace velm::host

@@ -1,4 +1,4 @@
-// Envelopes and parameters in saved states, byte for byte and damaged.
+// Envelopes and parameters in saved states: the exact bytes, reading them back, and damaged data.
 
 #include "host/animation/vparm.h"
 #include "tests/state/state_fixture.h"
@@ -101,7 +101,7 @@ TEST(ParameterFile, AnEnvelopeInText) {
                                        "}\n");
 }
 
-TEST(ParameterFile, EveryShapeSurvives) {
+TEST(ParameterFile, EveryShapeReadsBack) {
     for (const int mode : {kStateBinary, kStateText}) {
         const auto root = makeRootGroup("Scene");
         HostVParm from(kParmColour), to(kParmColour);
@@ -126,14 +126,14 @@ TEST(ParameterFile, EveryShapeSurvives) {
                 EXPECT_EQ(a.keys[k]->parameters, b.keys[k]->parameters);
             }
         }
-        EXPECT_NE(root->findEnvelope("Color.G"), nullptr) << "names stay those of the parameter that loads";
+        EXPECT_NE(root->findEnvelope("Color.G"), nullptr) << "loading leaves the names of the parameter unchanged";
         EXPECT_EQ(saved(to, kStateText), saved(from, kStateText));
     }
 }
 
 TEST(ParameterFile, ReadsWhatOtherProgramsWrite) {
-    // A long channel index, sub-blocks of other kinds, a span without numbers; cached tangents and extra numbers in
-    // text.
+    // In binary: a channel index in its long form, sub-blocks of other kinds, a span without numbers. In text: cached
+    // tangents and extra numbers.
     StateReader binary(kStateBinary,
                        literal("VPRM\0\x46\0\0\0\3\0\0\0\0VPVL\0\x38\x3f\x80\0\0\0\1ENVL\0\x2c\xff\0\0\1OTHR\0\2\1\2"
                                "KEY \0\x8\0\0\0\0\x40\0\0\0SPAN\0\4LINEPOST\0\2\0\2"),
@@ -154,7 +154,7 @@ TEST(ParameterFile, ReadsWhatOtherProgramsWrite) {
     EXPECT_EQ(parm.envelope(0)->after, kBehaveOffsetRepeat);
 }
 
-TEST(ParameterFile, DamageLeavesTheParameterAlone) {
+TEST(ParameterFile, DamageLeavesTheParameterUnchanged) {
     const char *texts[] = {
         "",
         "{ Foreign\n}\n",
@@ -179,7 +179,7 @@ TEST(ParameterFile, DamageLeavesTheParameterAlone) {
         double read[3];
         EXPECT_EQ(parm.value(0, read), 7) << text;
         EXPECT_FALSE(parm.hasEnvelopes()) << text;
-        EXPECT_EQ(reader.state()->depth(reader.state()->data), 0) << "blocks are left again: " << text;
+        EXPECT_EQ(reader.state()->depth(reader.state()->data), 0) << "every block is closed again: " << text;
     }
 }
 
@@ -188,13 +188,13 @@ TEST(ParameterFile, TruncationAndChangesAnywhereAreHarmless) {
         HostVParm parm(kParmColour);
         parm.createEnvelopes();
         for (int i = 0; i < 3; ++i) fill(*parm.envelope(i), i);
-        const std::string whole = saved(parm, mode);
-        for (std::size_t at = 0; at + 1 < whole.size(); ++at) {
+        const std::string complete = saved(parm, mode);
+        for (std::size_t at = 0; at + 1 < complete.size(); ++at) {
             HostVParm loaded(kParmColour);
-            StateReader cut(mode, whole.substr(0, at), "data");
+            StateReader cut(mode, complete.substr(0, at), "data");
             const bool failed = loaded.load(cut.state()) != nullptr || cut.failed();
             EXPECT_TRUE(failed) << "form " << mode << ", " << at << " bytes";
-            std::string changed = whole;
+            std::string changed = complete;
             changed[at] = static_cast<char>(changed[at] ^ 0x55);
             StateReader reader(mode, changed, "data");
             loaded.load(reader.state());
@@ -212,7 +212,7 @@ TEST(EnvelopeFile, SavesAndLoadsOnItsOwn) {
         EXPECT_EQ(envelopeFuncs()->load(&loaded, reader.state()), nullptr);
         for (const double time : {-1.0, 0.3, 0.9, 1.7, 2.4, 5.0})
             EXPECT_EQ(loaded.evaluate(time), envelope.evaluate(time));
-        EXPECT_NE(envelopeFuncs()->load(&loaded, reader.state()), nullptr) << "there is no second one";
+        EXPECT_NE(envelopeFuncs()->load(&loaded, reader.state()), nullptr) << "the data holds one envelope only";
     }
 }
 

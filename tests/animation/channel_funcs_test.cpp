@@ -1,4 +1,4 @@
-// The "Animation Envelopes" table, slot by slot.
+// Every function of the service "Animation Envelopes".
 
 #include "host/animation/channel.h"
 
@@ -18,15 +18,15 @@ class EnvelopeTable : public ::testing::Test {
     HostEnvelope *envelope_ = funcs_.create(root_.get(), "Size", kChannelFloat);
 };
 
-struct Heard {
+struct EventLog {
     std::vector<int> events;
     void *data = nullptr;
 };
 
-int hear(void *userData, HostEnvelope *, int event, void *data) {
-    auto &heard = *static_cast<Heard *>(userData);
-    heard.events.push_back(event);
-    heard.data = data;
+int logEvent(void *userData, HostEnvelope *, int event, void *data) {
+    auto &log = *static_cast<EventLog *>(userData);
+    log.events.push_back(event);
+    log.data = data;
     return 1;
 }
 
@@ -40,7 +40,7 @@ TEST_F(EnvelopeTable, CreatesAndDestroysEnvelopesAndGroups) {
     ASSERT_EQ(root_->groups.size(), 1U);
     funcs_.destroyGroup(group);
     EXPECT_TRUE(root_->groups.empty());
-    funcs_.destroyGroup(root_.get()); // not the table's to destroy
+    funcs_.destroyGroup(root_.get()); // ignored: the root group belongs to the host
     funcs_.destroy(envelope_);
     EXPECT_EQ(root_->envelopes.size(), 1U);
 }
@@ -49,7 +49,7 @@ TEST_F(EnvelopeTable, KeepsKeysInOrderOfTime) {
     HostKey *late = funcs_.createKey(envelope_, 2, 20);
     HostKey *early = funcs_.createKey(envelope_, 1, 10);
     HostKey *latest = funcs_.createKey(envelope_, 3, 30);
-    EXPECT_EQ(funcs_.createKey(envelope_, 2, 25), late) << "one key at a time";
+    EXPECT_EQ(funcs_.createKey(envelope_, 2, 25), late) << "there is one key at each time";
     EXPECT_EQ(late->value, 25);
     EXPECT_EQ(funcs_.nextKey(envelope_, nullptr), early);
     EXPECT_EQ(funcs_.nextKey(envelope_, early), late);
@@ -94,7 +94,7 @@ TEST_F(EnvelopeTable, MovesKeysInTime) {
     EXPECT_EQ(funcs_.setKey(envelope_, first, kKeyTime, &time), 1);
     EXPECT_EQ(funcs_.nextKey(envelope_, nullptr), second);
     time = 2;
-    EXPECT_EQ(funcs_.setKey(envelope_, first, kKeyTime, &time), 0) << "another key stands there";
+    EXPECT_EQ(funcs_.setKey(envelope_, first, kKeyTime, &time), 0) << "another key has this time";
     EXPECT_EQ(first->time, 5);
 }
 
@@ -102,10 +102,10 @@ TEST_F(EnvelopeTable, RefusesWhatIsOutOfRange) {
     HostKey *key = funcs_.createKey(envelope_, 1, 10);
     const int shapes[] = {-1, kShapeBezier2 + 1};
     for (const int shape : shapes) EXPECT_EQ(funcs_.setKey(envelope_, key, kKeyShape, &shape), 0);
-    const double endless = std::numeric_limits<double>::infinity(), number = 1;
-    EXPECT_EQ(funcs_.setKey(envelope_, key, kKeyValue, &endless), 0);
-    EXPECT_EQ(funcs_.setKey(envelope_, key, kKeyTime, &endless), 0);
-    EXPECT_EQ(funcs_.createKey(envelope_, endless, 1), nullptr);
+    const double infinite = std::numeric_limits<double>::infinity(), number = 1;
+    EXPECT_EQ(funcs_.setKey(envelope_, key, kKeyValue, &infinite), 0);
+    EXPECT_EQ(funcs_.setKey(envelope_, key, kKeyTime, &infinite), 0);
+    EXPECT_EQ(funcs_.createKey(envelope_, infinite, 1), nullptr);
     for (const int tag : {0, 11, -1}) {
         double got = 0;
         EXPECT_EQ(funcs_.setKey(envelope_, key, tag, &number), 0);
@@ -132,13 +132,13 @@ TEST_F(EnvelopeTable, SetsAndGetsBehaviours) {
     EXPECT_EQ(after, kBehaveLinear);
 }
 
-TEST_F(EnvelopeTable, CountsAndTellsChanges) {
-    Heard heard;
-    EXPECT_EQ(funcs_.setEvent(envelope_, hear, &heard), 1);
-    EXPECT_EQ(funcs_.setEvent(envelope_, hear, &heard), 1);
+TEST_F(EnvelopeTable, CountsAndReportsChanges) {
+    EventLog log;
+    EXPECT_EQ(funcs_.setEvent(envelope_, logEvent, &log), 1);
+    EXPECT_EQ(funcs_.setEvent(envelope_, logEvent, &log), 1);
     const int age = funcs_.age(envelope_);
     HostKey *key = funcs_.createKey(envelope_, 1, 10);
-    EXPECT_EQ(heard.data, key);
+    EXPECT_EQ(log.data, key);
     const double value = 2;
     funcs_.setKey(envelope_, key, kKeyValue, &value);
     const int repeat = kBehaveRepeat;
@@ -150,12 +150,12 @@ TEST_F(EnvelopeTable, CountsAndTellsChanges) {
     funcs_.destroyKey(envelope_, key);
     EXPECT_EQ(funcs_.age(envelope_), age + 6);
     funcs_.destroy(envelope_);
-    EXPECT_EQ(heard.events,
+    EXPECT_EQ(log.events,
               (std::vector<int>{kEnvelopeKeyCreated, kEnvelopeKeyChanged, kEnvelopeBehaviourChanged, kEnvelopeReplaced,
                                 kEnvelopeKeyCreated, kEnvelopeKeyDestroyed, kEnvelopeDestroyed}));
 }
 
-TEST_F(EnvelopeTable, CopiesKeysButNoNames) {
+TEST_F(EnvelopeTable, CopiesKeysButNotNames) {
     HostEnvelope *other = funcs_.create(root_.get(), "Other", kChannelFloat);
     HostKey *key = funcs_.createKey(envelope_, 1, 10);
     key->shape = kShapeLinear;

@@ -1,4 +1,4 @@
-// The values of envelopes against closed forms.
+// The values of envelopes, compared with closed formulas.
 
 #include "host/animation/channel.h"
 
@@ -102,7 +102,7 @@ TEST(Envelope, BezierHandlesStayWithinTheirSpan) {
         EXPECT_NEAR(envelope.evaluate(bernstein(0, 1, 0, 1, s)), bernstein(0, 1, 1, 1, s), 1e-5);
 }
 
-TEST(Envelope, TcbFollowsItsLiterature) {
+TEST(Envelope, TcbMatchesThePublishedFormulas) {
     // Kochanek and Bartels 1984, equations for the incoming and outgoing tangents, on spans of unlike length.
     const double times[] = {0, 1, 3, 4}, values[] = {0, 2, -1, 5};
     const double tension = 0.3, continuity = -0.4, bias = 0.2;
@@ -208,15 +208,15 @@ TEST(Envelope, ASingleKeyHasNoRange) {
     }
 }
 
-TEST(Envelope, TimesWithoutEndAreHarmless) {
-    const double endless = std::numeric_limits<double>::infinity();
+TEST(Envelope, InfiniteTimesAreHarmless) {
+    const double infinite = std::numeric_limits<double>::infinity();
     for (int behaviour = kBehaveReset; behaviour <= kBehaveLinear; ++behaviour) {
         HostEnvelope envelope;
         envelope.putKey(1, 7);
         envelope.putKey(2, 9);
         envelope.before = envelope.after = behaviour;
-        EXPECT_EQ(envelope.evaluate(endless), 9);
-        EXPECT_EQ(envelope.evaluate(-endless), 7);
+        EXPECT_EQ(envelope.evaluate(infinite), 9);
+        EXPECT_EQ(envelope.evaluate(-infinite), 7);
         EXPECT_EQ(envelope.evaluate(std::nan("")), 7);
         EXPECT_TRUE(std::isfinite(envelope.evaluate(1e300)));
     }
@@ -231,7 +231,7 @@ TEST(ChannelGroup, NamesAreUniqueByNumber) {
     HostChannelGroup &second = root->addGroup("Counter");
     EXPECT_EQ(second.name, "Counter (2)");
     EXPECT_EQ(second.parent, root.get());
-    EXPECT_EQ(second.addGroup("Counter").name, "Counter") << "elsewhere the name is free";
+    EXPECT_EQ(second.addGroup("Counter").name, "Counter") << "the name is free in another group";
     root->removeEnvelope(*root->findEnvelope("Color.R (2)"));
     EXPECT_EQ(root->addEnvelope("Color.R", kChannelPercent).name, "Color.R (2)");
     EXPECT_EQ(root->findEnvelope("Color"), nullptr);

@@ -1,4 +1,4 @@
-// The "LWVParmFuncs 2" table, slot by slot, and who owns what.
+// Every function of the service "LWVParmFuncs 2", and the lifetime of parameters, their channels and their groups.
 
 #include "host/animation/vparm.h"
 
@@ -64,12 +64,12 @@ TEST_F(ParameterTable, TypesHaveTheirComponentsAndChannels) {
         EXPECT_EQ(handles[2] != nullptr, row.components == 3);
         EXPECT_EQ(funcs_.init(parm), nullptr);
         funcs_.destroy(parm);
-        EXPECT_TRUE(names().empty()) << "the channels go with their parameter";
+        EXPECT_TRUE(names().empty()) << "destroying a parameter destroys its channels";
     }
     for (const int type : {0, -1, 2, 15, 18, 96, 97, 1000}) EXPECT_EQ(funcs_.create(type, -1), nullptr) << type;
 }
 
-TEST_F(ParameterTable, EnvelopesStartAtTheValueAndLeaveItBehind) {
+TEST_F(ParameterTable, EnvelopesStartAtTheValueAndLeaveTheirValueAtTimeZero) {
     HostVParm *parm = make(kParmFloat, "Size");
     const double five = 5, six = 6;
     funcs_.setValue(parm, &five);
@@ -82,7 +82,7 @@ TEST_F(ParameterTable, EnvelopesStartAtTheValueAndLeaveItBehind) {
     envelopeFuncs()->createKey(handles[0], 2, 9)->shape = kShapeLinear;
     EXPECT_EQ(value(parm, 1)[0], 8);
     funcs_.setState(parm, kParmHasEnvelope);
-    EXPECT_EQ(value(parm, 1)[0], 8) << "setting what is set changes nothing";
+    EXPECT_EQ(value(parm, 1)[0], 8) << "setting the same state again changes nothing";
     funcs_.setState(parm, 0);
     EXPECT_EQ(value(parm, 1)[0], 7) << "the value at time 0 stays";
     EXPECT_TRUE(names().empty());
@@ -103,7 +103,7 @@ TEST_F(ParameterTable, NamesAreNumberedInTheirGroup) {
     funcs_.destroy(second);
 }
 
-TEST_F(ParameterTable, CopiesValuesAndKeysButNoNames) {
+TEST_F(ParameterTable, CopiesValuesAndKeysButNotNames) {
     HostVParm *from = make(kParmColour, "Srf Color");
     HostVParm *to = make(kParmColour, "Bg Color");
     const double given[] = {0.1, 0.2, 0.3}, other[] = {9, 9, 9};
@@ -169,28 +169,28 @@ TEST_F(ParameterTable, OutlivesItsChannelsAndItsGroup) {
     envelopeFuncs()->destroyGroup(group_);
     EXPECT_EQ(funcs_.state(parm), 0);
     EXPECT_EQ(value(parm), (std::vector<double>{1, 2, 3}));
-    funcs_.setState(parm, kParmHasEnvelope); // in a group of its own
+    funcs_.setState(parm, kParmHasEnvelope); // in a group that the parameter owns
     EXPECT_EQ(funcs_.state(parm), kParmHasEnvelope);
     funcs_.destroy(parm);
 }
 
-struct Heard {
+struct EventLog {
     std::vector<int> events;
     HostVParm *parm = nullptr;
 };
 
-int hear(void *userData, HostVParm *parm, int event) {
-    auto &heard = *static_cast<Heard *>(userData);
-    heard.events.push_back(event);
-    heard.parm = parm;
+int logEvent(void *userData, HostVParm *parm, int event) {
+    auto &log = *static_cast<EventLog *>(userData);
+    log.events.push_back(event);
+    log.parm = parm;
     return 1;
 }
 
-TEST_F(ParameterTable, TellsChanges) {
-    Heard heard;
+TEST_F(ParameterTable, ReportsChanges) {
+    EventLog log;
     HostVParm *parm = funcs_.create(kParmFloat, -1);
-    funcs_.setUp(parm, "Size", group_, nullptr, hear, nullptr, &heard);
-    EXPECT_TRUE(heard.events.empty());
+    funcs_.setUp(parm, "Size", group_, nullptr, logEvent, nullptr, &log);
+    EXPECT_TRUE(log.events.empty());
     const double value = 1;
     funcs_.setValue(parm, &value);
     funcs_.setState(parm, kParmHasEnvelope);
@@ -201,11 +201,11 @@ TEST_F(ParameterTable, TellsChanges) {
     HostVParm *other = make(kParmFloat, "Other");
     funcs_.copy(parm, other);
     funcs_.destroy(other);
-    EXPECT_EQ(heard.parm, parm);
-    EXPECT_EQ(heard.events, (std::vector<int>{kParmEventValue, kParmEventEnvelope, kParmEventValue, kParmEventEnvelope,
-                                              kParmEventReplaced}));
+    EXPECT_EQ(log.parm, parm);
+    EXPECT_EQ(log.events, (std::vector<int>{kParmEventValue, kParmEventEnvelope, kParmEventValue, kParmEventEnvelope,
+                                            kParmEventReplaced}));
     funcs_.destroy(parm);
-    EXPECT_EQ(heard.events.size(), 5U);
+    EXPECT_EQ(log.events.size(), 5U);
 }
 
 TEST_F(ParameterTable, NullHandlesAreHarmless) {

@@ -25,7 +25,7 @@ TEST(Suggest, FindsTheNearestName) {
     EXPECT_EQ(nearest("a", {}), "");
 }
 
-TEST(Suggest, EndsAMessage) {
+TEST(Suggest, QuotesTheNearestNameIfThereIsOne) {
     EXPECT_EQ(didYouMean("Colour", {"Color"}), ", did you mean \"Color\"?");
     EXPECT_EQ(didYouMean("Volume", {"Color"}), "");
 }

@@ -9,22 +9,22 @@ using namespace std::string_literals;
 
 namespace {
 
-TEST(OneLine, SpellsControlCharactersOut) {
+TEST(OneLine, EscapesControlCharacters) {
     EXPECT_EQ(onOneLine("a\nb\r\tc"), "a\\nb\\r\\tc");
     EXPECT_EQ(onOneLine("\x1b[31m\x7f\0end"s), "\\x1b[31m\\x7f\\x00end");
     EXPECT_EQ(onOneLine("\xc2\x9b"
                         "31m"),
               "\\xc2\\x9b31m")
-        << "U+009B begins an order, too";
+        << "U+009B starts a control sequence of terminals, too";
 }
 
-TEST(OneLine, LeavesAllElse) {
+TEST(OneLine, LeavesOtherTextUnchanged) {
     for (const std::string text :
          {"", "plain ~", "\xc3\xbc\xc2\xa0\xe2\x80\xa6", "\xff\xfe", "\xc2", "\x9b", "back\\slash"})
         EXPECT_EQ(onOneLine(text), text);
 }
 
-TEST(OneLine, HoldsForErrorsAndWarnings) {
+TEST(OneLine, AppliesToErrorsAndWarnings) {
     EXPECT_STREQ(InputError("no node \"a\0b\n\""s).what(), "no node \"a\\x00b\\n\"");
     EXPECT_STREQ(InputError({.file = "a\nb.json", .line = 3}, "wrong").what(), "a\\nb.json:3: wrong");
     const Warning warning{.location = {.file = "a.json", .line = 1}, .path = "", .brief = "x\ny", .message = "no \x1b"};

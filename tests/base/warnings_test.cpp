@@ -1,4 +1,4 @@
-// Warnings: their texts, the policies, the summary.
+// Warnings: their texts, policies and summary.
 #include "host/base/warnings.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ Warning noSky(int line = 12) {
             .message = "there is no file"};
 }
 
-TEST(Warnings, TellPlacePathAndMessage) {
+TEST(Warnings, StateLocationPathAndMessage) {
     Warning warning = noSky();
     EXPECT_EQ(warning.text(), "scene.json:12: images.Sky.file: there is no file");
     warning.path.clear();
@@ -24,7 +24,7 @@ TEST(Warnings, TellPlacePathAndMessage) {
     EXPECT_EQ(warning.text(), "images: there is no file");
 }
 
-TEST(Warnings, QuoteWhatIsNoPlainWordInAPath) {
+TEST(Warnings, QuotePathElementsThatAreNotPlainWords) {
     EXPECT_EQ(pathTo("", "images"), "images");
     EXPECT_EQ(pathTo("images", "Sky-2_b"), "images.Sky-2_b");
     EXPECT_EQ(pathTo("nodes", "Pixel Image (1)"), "nodes.\"Pixel Image (1)\"");
@@ -32,18 +32,18 @@ TEST(Warnings, QuoteWhatIsNoPlainWordInAPath) {
     EXPECT_EQ(pathTo("nodes", ""), "nodes.\"\"");
 }
 
-TEST(Warnings, AreToldOnceEachInTheirOrder) {
-    std::vector<std::string> told;
-    Warnings warnings(Warnings::Policy::goOn, [&](const Warning &warning) { told.push_back(warning.text()); });
+TEST(Warnings, AreReportedOnceEachInOrder) {
+    std::vector<std::string> reported;
+    Warnings warnings(Warnings::Policy::goOn, [&](const Warning &warning) { reported.push_back(warning.text()); });
     EXPECT_EQ(warnings.summary(), "");
     warnings.add(noSky(12));
     warnings.add(noSky(30));
     warnings.add(noSky(12));
-    EXPECT_EQ(told, (std::vector<std::string>{noSky(12).text(), noSky(30).text()}));
+    EXPECT_EQ(reported, (std::vector<std::string>{noSky(12).text(), noSky(30).text()}));
     EXPECT_EQ(warnings.all().size(), 2u);
 }
 
-TEST(Warnings, AreSummedUpByThings) {
+TEST(Warnings, AreSummarisedByTheirBriefTexts) {
     Warnings warnings(Warnings::Policy::goOn);
     warnings.add(noSky(12));
     warnings.add(noSky(30));
@@ -56,15 +56,15 @@ TEST(Warnings, AreSummedUpByThings) {
 }
 
 TEST(Warnings, AreErrorsUnderTheStrictPolicy) {
-    bool told = false;
-    Warnings warnings(Warnings::Policy::strict, [&](const Warning &) { told = true; });
+    bool reported = false;
+    Warnings warnings(Warnings::Policy::strict, [&](const Warning &) { reported = true; });
     try {
         warnings.add(noSky());
-        FAIL() << "went on";
+        FAIL() << "no exception was thrown";
     } catch (const InputError &error) {
         EXPECT_EQ(std::string(error.what()), noSky().text());
     }
-    EXPECT_FALSE(told);
+    EXPECT_FALSE(reported);
     EXPECT_TRUE(warnings.all().empty());
 }
 

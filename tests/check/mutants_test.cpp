@@ -16,7 +16,7 @@ struct Mutant {
 };
 
 const Mutant kMutants[] = {
-    {"falls_at_load", "file.loads", Outcome::crash, "loading the module, interface thread"},
+    {"crashes_at_load", "file.loads", Outcome::crash, "loading the module, interface thread"},
     {"refuses_blanks", "file.loads", Outcome::fail, "it refuses to start"},
     {"shows_more", "file.symbols", Outcome::warn, "it exports more than its descriptor: shown_too"},
     {"flushes_to_zero_at_start", "file.trace", Outcome::fail, "the floating-point mode"},

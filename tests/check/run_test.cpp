@@ -71,7 +71,7 @@ TEST(CheckRun, GoesOnForMinutes) {
 }
 
 TEST(CheckRun, AModuleThatCrashesFailsTheChecksOfItsNodes) {
-    const auto results = resultsOf(optionsFor(mutantFile("falls_at_load"), "life.balance"));
+    const auto results = resultsOf(optionsFor(mutantFile("crashes_at_load"), "life.balance"));
     ASSERT_EQ(results.size(), 1u);
     EXPECT_FALSE(allWell(results));
     EXPECT_NE(results[0].message.find("the module's nodes cannot be listed"), std::string::npos) << results[0].message;

@@ -1,4 +1,4 @@
-// "velm check" as a person calls it.
+// The command "velm check".
 #include "tests/cli/command.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ std::string contentOf(const std::string &file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-TEST(CheckCommand, TellsOfTheModuleBesideOrTheOneNamed) {
+TEST(CheckCommand, PrintsTheResultsForTheNamedModule) {
     const Outcome outcome =
         velm({"check", VELM_MODULE_FILE, "--level", "2", "--filter", "identity.table", "--seed", "9"}, false);
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
@@ -25,7 +25,7 @@ TEST(CheckCommand, TellsOfTheModuleBesideOrTheOneNamed) {
     EXPECT_NE(outcome.out.find("PASS 1  (level 2, seed 9)"), std::string::npos) << outcome.out;
 }
 
-TEST(CheckCommand, AFailureIsStatusOne) {
+TEST(CheckCommand, AFailureHasItsStatus) {
     const std::string name =
         (std::filesystem::temp_directory_path() / ("velm_no_module_" + std::to_string(getpid()))).string();
     std::ofstream(name) << "no module";
@@ -36,7 +36,7 @@ TEST(CheckCommand, AFailureIsStatusOne) {
     EXPECT_NE(outcome.out.find("--filter 'file.loads' --reproduce"), std::string::npos) << outcome.out;
 }
 
-TEST(CheckCommand, WhatCannotBeReadIsNotChecked) {
+TEST(CheckCommand, UnreadableFilesAreNotChecked) {
     for (const auto &[file, why] : {std::pair("/nowhere/at/all.p", "No such file or directory"),
                                     std::pair("/dev/zero", "it is a device"), std::pair("/", "it is a directory")}) {
         const Outcome outcome = velm({"check", file, "--filter", "file.loads"}, false);
@@ -46,7 +46,7 @@ TEST(CheckCommand, WhatCannotBeReadIsNotChecked) {
     }
 }
 
-TEST(CheckCommand, ReportsGoToFiles) {
+TEST(CheckCommand, WritesReportsToFiles) {
     const std::string name =
         (std::filesystem::temp_directory_path() / ("velm_check_" + std::to_string(getpid()))).string();
     const Outcome outcome = velm(
@@ -57,7 +57,7 @@ TEST(CheckCommand, ReportsGoToFiles) {
     EXPECT_NE(contentOf(name + ".xml").find("<testsuite name=\"identity.table\""), std::string::npos);
     std::filesystem::remove(name + ".json");
     std::filesystem::remove(name + ".xml");
-    for (const char *option : {"--json", "--junit"}) { // told before the checks are run
+    for (const char *option : {"--json", "--junit"}) { // reported before the checks run
         const Outcome wrong =
             velm({"check", VELM_MODULE_FILE, "--filter", "identity.table", option, "/nowhere/x"}, false);
         EXPECT_EQ(wrong.status, kExitMachine);
@@ -66,7 +66,7 @@ TEST(CheckCommand, ReportsGoToFiles) {
     }
 }
 
-TEST(CheckCommand, WhatSelectsNothingIsWrong) {
+TEST(CheckCommand, AFilterThatSelectsNothingIsAnError) {
     const Outcome outcome = velm({"check", VELM_MODULE_FILE, "--level", "1", "--filter", "no such check"}, false);
     EXPECT_EQ(outcome.status, kExitInput);
     EXPECT_NE(outcome.err.find("is selected by \"no such check\""), std::string::npos) << outcome.err;

@@ -1,4 +1,4 @@
-// Calling the command line as a person would, and looking at what it says and does.
+// Runs command lines of velm within the test's process, and captures what they print.
 #pragma once
 
 #include "host/cli/run.h"
@@ -10,11 +10,12 @@
 namespace velm::host::test {
 
 struct Outcome {
-    int status;
+    int status; // the exit status; of a process that a signal ended, its number with a minus sign
     std::string out, err;
 };
 
-// Runs "velm" with these words, and with the module of this build unless `ownModule` is false.
+// Runs "velm" with these words, and with the module of this build unless `ownModule` is false. Standard error goes to
+// `errors` instead of the outcome if that is not null.
 inline Outcome velm(std::vector<std::string> words, bool ownModule = true, std::ostream *errors = nullptr) {
     words.insert(words.begin(), "velm");
     if (ownModule) words.insert(words.end(), {"--module", VELM_MODULE_FILE});

@@ -1,4 +1,4 @@
-// "velm compare": its statuses, and what it says.
+// The command "velm compare": its exit statuses, output and options.
 #include "host/image/image.h"
 #include "host/image/picture.h"
 
@@ -37,7 +37,7 @@ class CompareCommand : public testing::Test {
     TemporaryDirectory directory_;
 };
 
-TEST_F(CompareCommand, GivesZeroForTheSame) {
+TEST_F(CompareCommand, ReturnsZeroForTheSame) {
     const Outcome outcome = compare("a.exr", "a.exr");
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.out, "the same\n"
@@ -46,7 +46,7 @@ TEST_F(CompareCommand, GivesZeroForTheSame) {
                            "  pixels  0 of 12 differ by more than 0.004; at most 0 %\n");
 }
 
-TEST_F(CompareCommand, GivesOneForDifferentAndNamesThePixel) {
+TEST_F(CompareCommand, ReturnsOneForDifferentAndNamesThePixel) {
     const Outcome outcome = compare("a.exr", "b.exr");
     EXPECT_EQ(outcome.status, 1) << outcome.err;
     EXPECT_EQ(outcome.out, "different\n"
@@ -56,13 +56,13 @@ TEST_F(CompareCommand, GivesOneForDifferentAndNamesThePixel) {
                            "  pixels  1 of 12 differ by more than 0.004; at most 0 %\n");
 }
 
-TEST_F(CompareCommand, GivesTwoForOtherSizes) {
+TEST_F(CompareCommand, ReturnsTwoForDifferentSizes) {
     const Outcome outcome = compare("a.exr", "turned.exr");
     EXPECT_EQ(outcome.status, 2) << outcome.err;
     EXPECT_EQ(outcome.out, "other size: 4 x 3 and 3 x 4\n");
 }
 
-TEST_F(CompareCommand, GivesThreeForWhatCannotBeCompared) {
+TEST_F(CompareCommand, ReturnsThreeForErrors) {
     for (const auto &outcome :
          {compare("a.exr", "none.exr"), compare("none.exr", "a.exr"), compare("text.exr", "a.exr"),
           compare("a.exr", "a.exr", {"--tolerance", "much"}), compare("a.exr", "a.exr", {"--no"}),
@@ -77,7 +77,7 @@ TEST_F(CompareCommand, GivesThreeForWhatCannotBeCompared) {
     EXPECT_NE(compare("a.exr", "none.exr").err.find(file("none.exr") + ": cannot read the image"), std::string::npos);
 }
 
-TEST_F(CompareCommand, TakesLimits) {
+TEST_F(CompareCommand, AppliesLimits) {
     EXPECT_EQ(compare("a.exr", "b.exr", {"--tolerance", "0.5", "--rms", "0.1", "--mean", "0.1"}).status, 0);
     EXPECT_EQ(compare("a.exr", "b.exr", {"--tolerance", "0.5", "--rms", "0.1"}).status, 1);
     EXPECT_EQ(compare("a.exr", "b.exr", {"--tolerance", "0.5", "--mean", "0.1"}).status, 1);
@@ -112,7 +112,7 @@ TEST_F(CompareCommand, ReplacesNeitherPicture) {
         EXPECT_NE(outcome.err.find("it is read"), std::string::npos) << outcome.err;
         EXPECT_EQ(std::filesystem::file_size(file(name)), size);
     }
-    EXPECT_EQ(compare("a.exr", "b.exr").status, 1) << "they are as they were";
+    EXPECT_EQ(compare("a.exr", "b.exr").status, 1) << "the pictures are unchanged";
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 // Every scene in examples/ can be read and rendered.
+#include "host/base/colour.h"
 #include "host/image/image.h"
 
 #include "tests/cli/command.h"
@@ -20,14 +21,14 @@ std::vector<std::string> exampleNames() {
 
 class Example : public testing::TestWithParam<std::string> {};
 
-TEST_P(Example, RendersSomethingToSee) {
+TEST_P(Example, RendersAPictureWithContrast) {
     const test::TemporaryDirectory directory;
     const std::string file = directory.file("small.exr");
     const test::Outcome outcome = test::velm({"render", VELM_SOURCE_DIR "/examples/" + GetParam() + ".json", "-o", file,
                                               "--size", "32x18", "--samples", "1", "--frames", "1", "--quiet"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
-    // Some examples reflect panoramas from a package that only "./run examples" installs: without it they say where it
-    // is to be had, and may have nothing to show.
+    // Some examples reflect panoramas from a package that only "./run examples" installs. Without it, they warn where
+    // to get it, and the picture may be empty.
     if (outcome.err.find("warning: ") != std::string::npos) {
         EXPECT_NE(outcome.err.find("; it comes from Debian's package blender-data"), std::string::npos) << outcome.err;
         GTEST_SKIP() << outcome.err;

@@ -1,6 +1,7 @@
-// A module that falls in the way and at the place that the environment variable VELM_FAULT names, as in "crash create";
-// without it, it does no harm. Its nodes hand their input on: "Faulty Node" falls, "Sound Node" never does, and "Tail
-// Node" falls in a function that its evaluation goes over to as its last deed.
+// A module that fails as the environment variable VELM_FAULT says: "crash create", for example, names the fault and the
+// callback in which it happens. Without the variable, the module works. Its nodes pass their input through. "Faulty
+// Node" fails in its callbacks, "Tail Node" in a function that its evaluate function calls last, and "Sound Node"
+// never.
 #include "module/host.h"
 
 #include <signal.h>
@@ -41,7 +42,7 @@ void divide() {
     static_cast<void>(result);
 }
 
-void recur() {
+void recurse() {
     volatile int none = 0;
     deeper(&none);
 }
@@ -50,15 +51,16 @@ void recur() {
     for (;;) sleep(1);
 }
 
-[[noreturn]] void toss() { throw std::runtime_error("no luck"); }
+[[noreturn]] void throwError() { throw std::runtime_error("no luck"); }
 
-// The destructor makes of whatever calls it something that is tidied up on an exception's way.
-struct Tidy {
-    ~Tidy() { asm volatile("" ::: "memory"); }
+// Gives the function that declares one a destructor to run, so that exceptions stop in that function while they unwind
+// the stack.
+struct Cleanup {
+    ~Cleanup() { asm volatile("" ::: "memory"); }
 };
 
-// Whoever waits for the fault looks for this file.
-void tellOfArrival() {
+// Creates the file for which a test waits, right before the fault.
+void markArrival() {
     if (const char *file = std::getenv("VELM_FAULT_FILE")) std::fclose(std::fopen(file, "w"));
 }
 
@@ -69,7 +71,7 @@ struct Fault {
 constexpr Fault kFaults[] = {
     {"crash", crash},
     {"null", callNothing},
-    {"recursion", recur},
+    {"recursion", recurse},
     {"division", divide},
     {"illegal", [] { raise(SIGILL); }},
     {"bus", [] { raise(SIGBUS); }},
@@ -77,7 +79,7 @@ constexpr Fault kFaults[] = {
     {"exit", [] { std::exit(0); }},
     {"_exit", [] { _exit(0); }},
     {"hang", hang},
-    {"throw", toss},
+    {"throw", throwError},
     {"busy",
      [] {
          for (volatile bool on = true; on;) {
@@ -85,15 +87,15 @@ constexpr Fault kFaults[] = {
      }},
 };
 
-[[gnu::noinline]] void faultAt(const char *place) {
+[[gnu::noinline]] void faultAt(const char *callback) {
     const char *wanted = std::getenv("VELM_FAULT");
     if (!wanted) return;
     const char *blank = std::strchr(wanted, ' ');
-    if (!blank || std::strcmp(blank + 1, place) != 0) return;
+    if (!blank || std::strcmp(blank + 1, callback) != 0) return;
     for (const Fault &fault : kFaults)
         if (std::strncmp(fault.name, wanted, static_cast<std::size_t>(blank - wanted)) == 0 &&
             std::strlen(fault.name) == static_cast<std::size_t>(blank - wanted)) {
-            tellOfArrival();
+            markArrival();
             fault.act();
         }
 }
@@ -102,15 +104,15 @@ struct AtLoad {
     AtLoad() { faultAt("loading"); }
 } atLoad;
 
-// Both threads are to come by, however the machine shares out its time.
-std::atomic<bool> secondCame = false;
+// The fault is to happen on thread 1, even if thread 0 could render everything first: thread 0 waits for it.
+std::atomic<bool> secondArrived = false;
 
-void fallOnTheSecondThread(int thread, const char *place) {
+void failOnTheSecondThread(int thread, const char *callback) {
     if (!std::getenv("VELM_FAULT")) return;
     constexpr int kMostWaits = 20000;
-    if (thread == 1) secondCame = true;
-    for (int waits = 0; thread == 0 && !secondCame && waits < kMostWaits; ++waits) usleep(1000);
-    if (thread == 1) faultAt(place);
+    if (thread == 1) secondArrived = true;
+    for (int waits = 0; thread == 0 && !secondArrived && waits < kMostWaits; ++waits) usleep(1000);
+    if (thread == 1) faultAt(callback);
 }
 
 // ---- Nodes ----
@@ -150,26 +152,26 @@ HostError newTime(void *, int, double) {
 }
 void cleanup(void *) { faultAt("cleanup"); }
 
-void handOn(void *instance, ShadingSample *sample, HostNodeValue *value) {
+void passThrough(void *instance, ShadingSample *sample, HostNodeValue *value) {
     double colour[3] = {1, 1, 1};
     inputs->evaluate(static_cast<Instance *>(instance)->in, sample, colour);
     outputs->setValue(value, colour);
 }
 
 void evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    const Tidy tidy;
-    handOn(instance, sample, value);
-    fallOnTheSecondThread(sample->threadIndex, "evaluate");
+    const Cleanup cleanup_;
+    passThrough(instance, sample, value);
+    failOnTheSecondThread(sample->threadIndex, "evaluate");
 }
 
 void evaluateSound(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    handOn(instance, sample, value);
+    passThrough(instance, sample, value);
     asm volatile("" ::: "memory");
 }
 
 [[gnu::noinline]] void finish(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    handOn(instance, sample, value);
-    fallOnTheSecondThread(sample->threadIndex, "tail");
+    passThrough(instance, sample, value);
+    failOnTheSecondThread(sample->threadIndex, "tail");
 }
 void evaluateTail(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
     finish(instance, sample, output, value);

@@ -16,7 +16,7 @@ struct Row {
 
 class Names : public testing::TestWithParam<Row> {};
 
-TEST_P(Names, TakeTheNumber) {
+TEST_P(Names, ContainTheFrameNumber) {
     const Row &row = GetParam();
     EXPECT_EQ(FrameNames(row.pattern, row.several)(row.frame), row.file);
 }
@@ -31,7 +31,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"a####.png", true, -7, "a-0007.png"}, Row{"dir##/a.png", false, 7, "dir##/a.png"},
                     Row{"dir##/a.png", true, 7, "dir##/a_0007.png"}, Row{"50%.png", true, 7, "50%_0007.png"}));
 
-TEST(FrameNames, HaveOnePlaceForTheNumber) {
+TEST(FrameNames, AllowOnePlaceholderOnly) {
     EXPECT_THROW(FrameNames("a##b##.png", true), UsageError);
     EXPECT_THROW(FrameNames("a%d_%02d.png", false), UsageError);
 }

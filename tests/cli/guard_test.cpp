@@ -1,4 +1,4 @@
-// Modules that fall: the program names them, and what stood before stands.
+// When a module crashes, hangs or throws, the program names the server and the call, and existing files stay unchanged.
 #include "tests/cli/program.h"
 
 #include <gtest/gtest.h>
@@ -12,9 +12,10 @@ namespace velm::host {
 namespace {
 
 using test::runProgram;
-using test::Workplace;
+using test::WorkDirectory;
 
-// A wall that fills the picture, coloured by a chain of all nodes of the module. Some tiles for either of two threads.
+// A wall that fills the picture, coloured by a chain of all nodes of the module. Large enough for two threads to get
+// several tiles each.
 constexpr const char *kScene = R"({
     "render": {"width": 64, "height": 64, "lastFrame": 1},
     "cameras": {"Main": {"position": [0, 0, -5]}},
@@ -27,9 +28,9 @@ constexpr const char *kScene = R"({
     "objects": {"Wall": {"box": {"size": [20, 20, 1]}, "surface": "Wall"}}
 })";
 
-std::vector<std::string> renderWords(const Workplace &place) {
-    return {"render",    place.write("scene.json", kScene),
-            "-o",        place.picture(),
+std::vector<std::string> renderWords(const WorkDirectory &directory) {
+    return {"render",    directory.write("scene.json", kScene),
+            "-o",        directory.picture(),
             "--module",  VELM_FAULTY_MODULE,
             "--threads", "2",
             "--quiet",   "--call-limit",
@@ -38,8 +39,8 @@ std::vector<std::string> renderWords(const Workplace &place) {
 
 struct FaultCase {
     const char *name;
-    const char *fault;   // for the module
-    const char *message; // what comes behind the module's file
+    const char *fault;   // the value of VELM_FAULT
+    const char *message; // without the module's file in front
 };
 
 const FaultCase kFaults[] = {
@@ -68,17 +69,17 @@ const FaultCase kFaults[] = {
     {"ExitAtCreate", "exit create", "server \"Faulty Node\" ended the process by exit in create"},
     {"ExitAtEvaluate", "exit evaluate", "server \"Faulty Node\" ended the process by exit in evaluate, thread 1"},
     {"BareExitAtCreate", "_exit create", "server \"Faulty Node\" ended the process with status 0 in create"},
-    // Of a process that is gone only its notes are left, and evaluations are not noted.
+    // Once a process has ended, only its call record is left, and evaluations are not noted there.
     {"BareExitAtEvaluate", "_exit evaluate",
      "one of the servers \"Faulty Node\", \"Sound Node\", \"Tail Node\" ended the process with status 0 in evaluate"},
     {"CrashAtCleanup", "crash cleanup", "server \"Faulty Node\" crashed (segmentation fault) in cleanup"},
     {"CrashAtDestroy", "crash destroy", "server \"Faulty Node\" crashed (segmentation fault) in destroy"},
     {"CrashAtShutdown", "crash shutdown", "the module crashed (segmentation fault) in shutdown"},
-    {"HangAtLoad", "hang loading", "the module hangs in loading the module: nothing came of it for 1 s"},
-    {"HangAtCreate", "hang create", "server \"Faulty Node\" hangs in create: nothing came of it for 1 s"},
-    {"HangAtNewTime", "hang newTime", "server \"Faulty Node\" hangs in newTime: nothing came of it for 1 s"},
-    {"BusyAtInit", "busy init", "server \"Faulty Node\" hangs in init: nothing came of it for 1 s"},
-    {"HangAtDestroy", "hang destroy", "server \"Faulty Node\" hangs in destroy: nothing came of it for 1 s"},
+    {"HangAtLoad", "hang loading", "the module hangs in loading the module: no progress for 1 s"},
+    {"HangAtCreate", "hang create", "server \"Faulty Node\" hangs in create: no progress for 1 s"},
+    {"HangAtNewTime", "hang newTime", "server \"Faulty Node\" hangs in newTime: no progress for 1 s"},
+    {"BusyAtInit", "busy init", "server \"Faulty Node\" hangs in init: no progress for 1 s"},
+    {"HangAtDestroy", "hang destroy", "server \"Faulty Node\" hangs in destroy: no progress for 1 s"},
     {"ThrowAtLoad", "throw loading", "the module threw std::runtime_error: no luck in loading the module"},
     {"ThrowAtCreate", "throw create", "server \"Faulty Node\" threw std::runtime_error: no luck in create"},
     {"ThrowAtEvaluate", "throw evaluate",
@@ -88,61 +89,61 @@ const FaultCase kFaults[] = {
     {"ThrowAtDestroy", "throw destroy", "server \"Faulty Node\" threw std::runtime_error: no luck in destroy"},
 };
 
-// Frames that are written before the module falls are whole, and stay: from here on the picture is the new one.
+// Whether the fault comes after the frame was written. The new picture is complete then, and stays.
 bool isAfterThePicture(const std::string &fault) {
     return fault.ends_with("cleanup") || fault.ends_with("destroy") || fault.ends_with("shutdown");
 }
 
 class FaultyModule : public testing::TestWithParam<FaultCase> {};
 
-TEST_P(FaultyModule, IsNamedAndLeavesWhatStoodBefore) {
+TEST_P(FaultyModule, IsNamedAndLeavesExistingFilesUnchanged) {
     const FaultCase &one = GetParam();
-    const Workplace place;
-    const test::Outcome outcome = runProgram(place, renderWords(place), [&] { setenv("VELM_FAULT", one.fault, 1); });
+    const WorkDirectory directory;
+    const test::Outcome outcome =
+        runProgram(directory, renderWords(directory), [&] { setenv("VELM_FAULT", one.fault, 1); });
     EXPECT_EQ(outcome.status, kExitMachine);
-    const std::string told = "velm: " VELM_FAULTY_MODULE ": " + std::string(one.message) + "\n";
-    EXPECT_NE(outcome.err.find(told), std::string::npos) << outcome.err << "does not have\n" << told;
-    EXPECT_EQ(place.pictureIsUnharmed(), !isAfterThePicture(one.fault));
-    EXPECT_EQ(place.files(), (std::vector<std::string>{"old.png", "scene.json"}));
+    const std::string expected = "velm: " VELM_FAULTY_MODULE ": " + std::string(one.message) + "\n";
+    EXPECT_NE(outcome.err.find(expected), std::string::npos) << outcome.err << "does not have\n" << expected;
+    EXPECT_EQ(directory.pictureIsUnchanged(), !isAfterThePicture(one.fault));
+    EXPECT_EQ(directory.files(), (std::vector<std::string>{"old.png", "scene.json"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FaultyModule, testing::ValuesIn(kFaults),
                          [](const auto &row) { return std::string(row.param.name); });
 
-// Both threads may be the ones that are found in the module: one hangs, the other may wait or be done.
+// Only thread 1 hangs in the module; thread 0 goes on rendering.
 TEST(FaultyModuleHang, WhileRenderingIsNamed) {
     for (const std::string fault : {"hang", "busy"}) {
-        const Workplace place;
-        const test::Outcome outcome =
-            runProgram(place, renderWords(place), [&] { setenv("VELM_FAULT", (fault + " evaluate").c_str(), 1); });
+        const WorkDirectory directory;
+        const test::Outcome outcome = runProgram(directory, renderWords(directory),
+                                                 [&] { setenv("VELM_FAULT", (fault + " evaluate").c_str(), 1); });
         EXPECT_EQ(outcome.status, kExitMachine);
-        EXPECT_NE(
-            outcome.err.find(": server \"Faulty Node\" hangs in evaluate, thread 1: nothing came of it for 1 s\n"),
-            std::string::npos)
+        EXPECT_NE(outcome.err.find(": server \"Faulty Node\" hangs in evaluate, thread 1: no progress for 1 s\n"),
+                  std::string::npos)
             << outcome.err;
-        EXPECT_TRUE(place.pictureIsUnharmed());
-        EXPECT_EQ(place.files(), (std::vector<std::string>{"old.png", "scene.json"}));
+        EXPECT_TRUE(directory.pictureIsUnchanged());
+        EXPECT_EQ(directory.files(), (std::vector<std::string>{"old.png", "scene.json"}));
     }
 }
 
 TEST(SoundModule, RendersUnderTheGuardAndWithoutIt) {
-    const Workplace place;
-    std::vector<std::string> words = renderWords(place);
-    ASSERT_EQ(runProgram(place, words).status, kExitDone);
-    EXPECT_FALSE(place.pictureIsUnharmed());
+    const WorkDirectory directory;
+    std::vector<std::string> words = renderWords(directory);
+    ASSERT_EQ(runProgram(directory, words).status, kExitDone);
+    EXPECT_FALSE(directory.pictureIsUnchanged());
     words.emplace_back("--unguarded");
-    words[3] = place.file("new.png");
-    const test::Outcome outcome = runProgram(place, words);
+    words[3] = directory.file("new.png");
+    const test::Outcome outcome = runProgram(directory, words);
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
-    EXPECT_EQ(runProgram(place, {"compare", "old.png", "new.png"}).status, kCompareSame);
+    EXPECT_EQ(runProgram(directory, {"compare", "old.png", "new.png"}).status, kCompareSame);
 }
 
-TEST(FaultyModuleElsewhere, IsNamedByTheOtherCommands) {
-    const Workplace place;
+TEST(FaultyModuleElsewhere, IsNamedByOtherCommands) {
+    const WorkDirectory directory;
     for (const std::vector<std::string> &words : {std::vector<std::string>{"nodes"}, {"show", "Faulty Node"}}) {
         std::vector<std::string> all = words;
         all.insert(all.end(), {"--module", VELM_FAULTY_MODULE});
-        const test::Outcome outcome = runProgram(place, all, [] { setenv("VELM_FAULT", "crash create", 1); });
+        const test::Outcome outcome = runProgram(directory, all, [] { setenv("VELM_FAULT", "crash create", 1); });
         EXPECT_EQ(outcome.status, kExitMachine);
         EXPECT_NE(outcome.err.find("server \"Faulty Node\" crashed (segmentation fault) in create\n"),
                   std::string::npos)
@@ -152,8 +153,8 @@ TEST(FaultyModuleElsewhere, IsNamedByTheOtherCommands) {
 }
 
 TEST(FaultyModuleElsewhere, IsShownWithoutHelp) {
-    const Workplace place;
-    const test::Outcome outcome = runProgram(place, {"show", "Faulty Node", "--module", VELM_FAULTY_MODULE});
+    const WorkDirectory directory;
+    const test::Outcome outcome = runProgram(directory, {"show", "Faulty Node", "--module", VELM_FAULTY_MODULE});
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_NE(outcome.out.find("faulty.p\n\nInputs\n  In  colour\n\nOutputs\n  Out  colour\n\nPanel\n"),
               std::string::npos)
@@ -161,15 +162,15 @@ TEST(FaultyModuleElsewhere, IsShownWithoutHelp) {
 }
 
 TEST(Guard, PassesStatusesAndErrorsOn) {
-    const Workplace place;
-    const test::Outcome input = runProgram(place, {"render", place.file("none.json")});
+    const WorkDirectory directory;
+    const test::Outcome input = runProgram(directory, {"render", directory.file("none.json")});
     EXPECT_EQ(input.status, kExitInput);
     EXPECT_EQ(std::count(input.err.begin(), input.err.end(), '\n'), 1) << input.err;
-    EXPECT_EQ(runProgram(place, {"render"}).status, kExitUsage);
-    EXPECT_EQ(runProgram(place, {"nodes", "--call-limit", "-1"}).status, kExitUsage);
-    std::vector<std::string> words = renderWords(place);
+    EXPECT_EQ(runProgram(directory, {"render"}).status, kExitUsage);
+    EXPECT_EQ(runProgram(directory, {"nodes", "--call-limit", "-1"}).status, kExitUsage);
+    std::vector<std::string> words = renderWords(directory);
     words[3] = "/dev/null/a.png";
-    EXPECT_EQ(runProgram(place, words).status, kExitMachine);
+    EXPECT_EQ(runProgram(directory, words).status, kExitMachine);
 }
 
 } // namespace

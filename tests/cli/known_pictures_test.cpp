@@ -1,5 +1,5 @@
-// Glossy nodes of the module in whole renders whose pixels are known: a mirror of a known environment, the angle of
-// refraction, and the energy that a clear sphere lets through.
+// Complete renders with the module's glossy nodes whose pixels can be calculated: a mirror in a known environment, the
+// angle of refraction, and the energy that a glass sphere transmits.
 #include "host/image/image.h"
 #include "host/image/picture.h"
 
@@ -18,7 +18,7 @@ using test::TemporaryDirectory;
 
 constexpr double kPi = std::numbers::pi, kDegree = kPi / 180;
 
-// Renders a scene without blur on one thread and gives its picture.
+// Renders a scene on one thread and returns its picture.
 std::unique_ptr<HostImage> rendered(const TemporaryDirectory &directory, const std::string &text) {
     const std::string file = directory.file("result.exr");
     const test::Outcome outcome = test::velm(
@@ -27,14 +27,14 @@ std::unique_ptr<HostImage> rendered(const TemporaryDirectory &directory, const s
     return readImage(file, "result");
 }
 
-// A picture of one pixel, through a lens so long that every ray is the one in the middle.
+// A picture of one pixel. The camera's field of view is so narrow that every ray is practically the central one.
 constexpr const char *kOnePixel = R"("render": {"width": 1, "height": 1})";
 std::string cameraAt(double x, double y, double z) {
     return fmt::format(
         R"("cameras": {{"Main": {{"position": [{}, {}, {}], "target": [0, 0, 0], "fieldOfView": 0.001}}}})", x, y, z);
 }
 
-// A large plane whose own light is what a node gives.
+// A large plane that emits the colour that a node computes.
 std::string planeLitBy(const std::string &server, const std::string &settings) {
     return fmt::format(R"("surfaces": {{"Glass": {{"settings": {{"Luminosity": 1, "Diffuse": 0}},
         "nodes": {{"Node": {{"server": "{}", "settings": {{{}}}}}}}, "connections": ["Node.Color -> Glass.Color"]}}}},
@@ -61,8 +61,8 @@ struct MirrorCase {
 };
 class Mirror : public testing::TestWithParam<MirrorCase> {};
 
-// Every pixel of the environment in its turn: the camera stands where the mirrored view meets the pixel's middle.
-TEST_P(Mirror, ShowsTheVeryPixelsOfTheEnvironment) {
+// For every pixel of the environment, the camera is placed so that its mirrored view hits the centre of that pixel.
+TEST_P(Mirror, ShowsTheExactPixelsOfTheEnvironment) {
     const TemporaryDirectory directory;
     writeEnvironment(directory.file("map.exr"));
     for (int y = 0; y < kRows; ++y)
@@ -77,7 +77,7 @@ TEST_P(Mirror, ShowsTheVeryPixelsOfTheEnvironment) {
                                                 planeLitBy("Velm Gaussian Reflections", GetParam().settings)));
             float colour[3];
             pixel(image.get(), 0, 0, colour);
-            constexpr float kRelative = 1e-4f; // rays have the exactness of float, and so meet the middle by a hair
+            constexpr float kRelative = 1e-4f; // rays have float precision, and miss the centre slightly
             for (int i = 0; i < 3; ++i)
                 EXPECT_NEAR(colour[i], componentOf(x, y, i), kRelative * componentOf(x, y, i)) << x << ", " << y;
         }
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
                                R"("Mode": "Backdrop Only")"}),
     [](const auto &one) { return one.param.name; });
 
-// An environment that tells, as a number, how far from straight up one looks, in degrees.
+// An environment whose red is the angle between straight up and the direction, in degrees.
 constexpr int kSteps = 180;
 void writeProtractor(const std::string &file) {
     Picture picture(1, kSteps);
@@ -101,8 +101,9 @@ void writeProtractor(const std::string &file) {
     writePicture(picture, file);
 }
 
-// Snell's law: sin(beyond) = sin(before) / index, about the normal of a plane that is seen from above.
-TEST(Snell, IsTheAngleAtWhichThePlaneIsSeenThrough) {
+// Snell's law for a plane that is seen from above: sin(refracted) = sin(incident) / index, both measured from the
+// normal.
+TEST(Snell, GivesTheAngleOfRefraction) {
     const TemporaryDirectory directory;
     writeProtractor(directory.file("map.exr"));
     for (const double index : {1.0, 1.33, 1.5, 2.4})
@@ -115,13 +116,13 @@ TEST(Snell, IsTheAngleAtWhichThePlaneIsSeenThrough) {
                             planeLitBy("Velm Gaussian Refractions", fmt::format("\"Refraction Index\": {}", index))));
             float colour[3];
             pixel(image.get(), 0, 0, colour);
-            const double beyond = std::asin(std::sin(degrees * kDegree) / index) / kDegree;
+            const double refracted = std::asin(std::sin(degrees * kDegree) / index) / kDegree;
             constexpr double kDegreesOff = 1e-3;
-            EXPECT_NEAR(colour[0], 180 - beyond, kDegreesOff) << degrees << " degrees, index " << index;
+            EXPECT_NEAR(colour[0], 180 - refracted, kDegreesOff) << degrees << " degrees, index " << index;
         }
 }
 
-std::string whiteAroundASphere(double blurPercent, int recursion) {
+std::string sphereInWhite(double blurPercent, int recursion) {
     return fmt::format(R"({{"render": {{"width": 24, "height": 24, "recursionDepth": {}}},
         "cameras": {{"Main": {{"position": [0, 0, -5], "fieldOfView": 30}}}},
         "backdrop": {{"kind": "plain", "colour": [1, 1, 1]}},
@@ -147,20 +148,21 @@ double meanOf(const HostImage &image, double &least) {
     return sum / (image.width * image.height);
 }
 
-// Nothing is lost in clear glass: white all round stays white in every pixel.
-TEST(ClearSphere, LetsAllOfAWhiteEnvironmentThrough) {
+// Clear glass absorbs nothing: in a white environment, every pixel is white.
+TEST(ClearSphere, TransmitsAllLight) {
     const TemporaryDirectory directory;
     double least = 0;
-    const auto image = rendered(directory, whiteAroundASphere(0, 8));
+    const auto image = rendered(directory, sphereInWhite(0, 8));
     EXPECT_NEAR(meanOf(*image, least), 1, 1e-6);
     EXPECT_NEAR(least, 1, 1e-6);
 }
 
-// Frosted glass sends some rays about inside until the recursion ends them: what is lost there stays under 2 %.
-TEST(FrostedSphere, LetsNearlyAllOfAWhiteEnvironmentThrough) {
+// In frosted glass, some rays are reflected inside until the recursion limit ends them. Less than 2 % of the light is
+// lost that way.
+TEST(FrostedSphere, TransmitsNearlyAllLight) {
     const TemporaryDirectory directory;
     double least = 0;
-    const auto image = rendered(directory, whiteAroundASphere(10, 16));
+    const auto image = rendered(directory, sphereInWhite(10, 16));
     const double mean = meanOf(*image, least);
     EXPECT_LE(mean, 1 + 1e-6);
     EXPECT_GE(mean, 0.98);

@@ -1,4 +1,4 @@
-// A full disk, a process that is ended, a mesh that cannot be read: nothing is lost that stood before.
+// Existing files are not lost if the disk is full, a process is killed, or a mesh cannot be read.
 #include "tests/cli/program.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ namespace {
 
 using test::Outcome;
 using test::runProgram;
-using test::Workplace;
+using test::WorkDirectory;
 using Files = std::vector<std::string>;
 
 constexpr const char *kObject = "/usr/share/assimp/models/LWO/LWO2/sphere_with_gradient.lwo";
@@ -29,72 +29,76 @@ constexpr const char *kWall = R"({
     "objects": {"Wall": {"box": {"size": [20, 20, 1]}, "surface": "Wall"}}
 })";
 
-std::vector<std::string> renderWords(const Workplace &place, const std::string &scene) {
-    return {"render", scene, "-o", place.picture(), "--module", VELM_FAULTY_MODULE, "--threads", "2", "--quiet"};
+std::vector<std::string> renderWords(const WorkDirectory &directory, const std::string &scene) {
+    return {"render", scene, "-o", directory.picture(), "--module", VELM_FAULTY_MODULE, "--threads", "2", "--quiet"};
 }
 
 // ---- Full disks ----
 
-// The system refuses what goes beyond, as a full disk does. What is told on standard error stays below.
-void keepFilesSmall() {
+// Limits the size of files: writing beyond the limit fails as on a full disk. What is printed on standard error is
+// shorter.
+void limitFileSizes() {
     constexpr rlim_t kBytes = 350;
     const rlimit small{.rlim_cur = kBytes, .rlim_max = kBytes};
     setrlimit(RLIMIT_FSIZE, &small);
 }
 
-void expectOldFile(const Workplace &place, const Outcome &outcome, const std::string &name, const Files &files) {
+void expectOldFile(const WorkDirectory &directory, const Outcome &outcome, const std::string &name,
+                   const Files &files) {
     EXPECT_EQ(outcome.status, kExitMachine) << outcome.err;
-    const std::string told = "velm: cannot write \"" + place.file(name) + "\": File too large\n";
-    EXPECT_NE(outcome.err.find(told), std::string::npos) << outcome.err;
-    EXPECT_EQ(place.read(name), "old") << name;
-    EXPECT_EQ(place.files(), files);
+    const std::string message = "velm: cannot write \"" + directory.file(name) + "\": File too large\n";
+    EXPECT_NE(outcome.err.find(message), std::string::npos) << outcome.err;
+    EXPECT_EQ(directory.read(name), "old") << name;
+    EXPECT_EQ(directory.files(), files);
 }
 
 TEST(FullDisk, LeavesTheOldPicture) {
     for (const std::string name : {"a.png", "a.jpg", "a.exr", "a.tif", "a.hdr"}) {
-        const Workplace place;
-        const std::string scene = place.write("scene.json", kWall);
-        std::vector<std::string> words = renderWords(place, scene);
-        words[3] = place.write(name, "old");
-        expectOldFile(place, runProgram(place, words, keepFilesSmall), name, {name, "old.png", "scene.json"});
-        EXPECT_TRUE(place.pictureIsUnharmed());
+        const WorkDirectory directory;
+        const std::string scene = directory.write("scene.json", kWall);
+        std::vector<std::string> words = renderWords(directory, scene);
+        words[3] = directory.write(name, "old");
+        expectOldFile(directory, runProgram(directory, words, limitFileSizes), name, {name, "old.png", "scene.json"});
+        EXPECT_TRUE(directory.pictureIsUnchanged());
     }
 }
 
 TEST(FullDisk, LeavesTheOldFilesOfPackAndUnpack) {
     ASSERT_TRUE(std::filesystem::exists(kObject)) << "the package assimp-testmodels is not installed";
-    const Workplace place;
-    const std::string scene = place.write("scene.json", R"({"surfaces": {"Default": {"settings": {"Diffuse": 0.5}}}})");
-    const std::string object = place.write("new.lwo", "old"), text = place.write("new.json", "old");
+    const WorkDirectory directory;
+    const std::string scene =
+        directory.write("scene.json", R"({"surfaces": {"Default": {"settings": {"Diffuse": 0.5}}}})");
+    const std::string object = directory.write("new.lwo", "old"), text = directory.write("new.json", "old");
     const Files files{"new.json", "new.lwo", "old.png", "scene.json"};
-    expectOldFile(place, runProgram(place, {"pack", scene, kObject, "-o", object}, keepFilesSmall), "new.lwo", files);
-    expectOldFile(place, runProgram(place, {"unpack", kObject, "-o", text}, keepFilesSmall), "new.json", files);
-    const Outcome unpacked = runProgram(place, {"unpack", kObject, "-o", text});
+    expectOldFile(directory, runProgram(directory, {"pack", scene, kObject, "-o", object}, limitFileSizes), "new.lwo",
+                  files);
+    expectOldFile(directory, runProgram(directory, {"unpack", kObject, "-o", text}, limitFileSizes), "new.json", files);
+    const Outcome unpacked = runProgram(directory, {"unpack", kObject, "-o", text});
     EXPECT_EQ(unpacked.status, kExitDone) << unpacked.err;
     EXPECT_EQ(unpacked.out, "");
-    EXPECT_EQ(place.read("new.json"), runProgram(place, {"unpack", kObject}).out);
+    EXPECT_EQ(directory.read("new.json"), runProgram(directory, {"unpack", kObject}).out);
 }
 
 TEST(FullDisk, LeavesTheOldReportsOfCheck) {
-    const Workplace place;
-    const std::string json = place.write("new.json", "old"), junit = place.write("new.xml", "old");
+    const WorkDirectory directory;
+    const std::string json = directory.write("new.json", "old"), junit = directory.write("new.xml", "old");
     const Files files{"new.json", "new.xml", "old.png"};
     const std::vector<std::string> words{"check", VELM_FAULTY_MODULE, "--filter", "identity.table"};
     for (const std::string name : {"new.json", "new.xml"}) {
         std::vector<std::string> all = words;
-        all.insert(all.end(), {name == "new.json" ? "--json" : "--junit", place.file(name)});
-        expectOldFile(place, runProgram(place, all, keepFilesSmall), name, files);
+        all.insert(all.end(), {name == "new.json" ? "--json" : "--junit", directory.file(name)});
+        expectOldFile(directory, runProgram(directory, all, limitFileSizes), name, files);
     }
 }
 
 TEST(FullDisk, OfStandardOutputIsAnError) {
-    const Workplace place;
-    const Outcome outcome = runProgram(place, {"nodes", "--all"}, keepFilesSmall);
+    const WorkDirectory directory;
+    const Outcome outcome = runProgram(directory, {"nodes", "--all"}, limitFileSizes);
     EXPECT_EQ(outcome.status, kExitMachine);
     EXPECT_EQ(outcome.err, "velm: the results could not be written to standard output\n");
 }
 
-// ---- Processes that are ended ----
+// ---- Processes that are killed ----
 
 void waitFor(const std::function<bool()> &condition) {
     constexpr int kMostWaits = 60000;
@@ -102,7 +106,7 @@ void waitFor(const std::function<bool()> &condition) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-// The process that a process works in.
+// The process in which the guarded work of a process runs: its first child; 0: there is none.
 pid_t workerOf(pid_t process) {
     const std::string number = std::to_string(process);
     std::ifstream children("/proc/" + number + "/task/" + number + "/children");
@@ -120,20 +124,20 @@ bool isGone(pid_t process) {
 
 struct Ending {
     const char *name;
-    const char *fault; // in which it hangs meanwhile
+    const char *fault; // hangs the module until the signals arrive
     std::vector<int> signals;
 };
 class EndedRender : public testing::TestWithParam<Ending> {};
 
 TEST_P(EndedRender, LeavesTheOldPictureAndNothingElse) {
     const Ending &ending = GetParam();
-    const Workplace place, mark;
-    const std::string arrived = mark.file("arrived");
-    std::vector<std::string> words = renderWords(place, place.write("scene.json", kWall));
+    const WorkDirectory directory, markers;
+    const std::string arrived = markers.file("arrived");
+    std::vector<std::string> words = renderWords(directory, directory.write("scene.json", kWall));
     words.insert(words.end(), {"--call-limit", "0"});
     pid_t worker = 0;
     const Outcome outcome = runProgram(
-        place, words,
+        directory, words,
         [&] {
             setenv("VELM_FAULT", ending.fault, 1);
             setenv("VELM_FAULT_FILE", arrived.c_str(), 1);
@@ -143,13 +147,13 @@ TEST_P(EndedRender, LeavesTheOldPictureAndNothingElse) {
             worker = workerOf(process);
             for (const int signal : ending.signals) {
                 kill(process, signal);
-                std::this_thread::sleep_for(std::chrono::milliseconds(200)); // two at once would be one
+                std::this_thread::sleep_for(std::chrono::milliseconds(200)); // or the signals could be merged
             }
         });
     EXPECT_EQ(outcome.status, -ending.signals.front());
     EXPECT_EQ(outcome.err, "");
-    EXPECT_TRUE(place.pictureIsUnharmed());
-    EXPECT_EQ(place.files(), (Files{"old.png", "scene.json"}));
+    EXPECT_TRUE(directory.pictureIsUnchanged());
+    EXPECT_EQ(directory.files(), (Files{"old.png", "scene.json"}));
     ASSERT_GT(worker, 0);
     waitFor([&] { return isGone(worker); });
     EXPECT_TRUE(isGone(worker));
@@ -163,12 +167,12 @@ INSTANTIATE_TEST_SUITE_P(All, EndedRender,
                                          Ending{"InterruptedTwice", "hang evaluate", {SIGINT, SIGINT}}),
                          [](const auto &row) { return row.param.name; });
 
-// The worker alone, as by the system when memory runs out.
-TEST(KilledWorker, IsToldWithWhatItDid) {
-    const Workplace place, mark;
-    const std::string arrived = mark.file("arrived");
+// Only the worker is killed, as the system does when memory runs out.
+TEST(KilledWorker, IsReportedWithItsCall) {
+    const WorkDirectory directory, markers;
+    const std::string arrived = markers.file("arrived");
     const Outcome outcome = runProgram(
-        place, renderWords(place, place.write("scene.json", kWall)),
+        directory, renderWords(directory, directory.write("scene.json", kWall)),
         [&] {
             setenv("VELM_FAULT", "hang create", 1);
             setenv("VELM_FAULT_FILE", arrived.c_str(), 1);
@@ -179,20 +183,20 @@ TEST(KilledWorker, IsToldWithWhatItDid) {
         });
     EXPECT_EQ(outcome.status, kExitMachine);
     EXPECT_EQ(outcome.err, "velm: " VELM_FAULTY_MODULE
-                           ": server \"Faulty Node\" was killed, perhaps for want of memory, in create\n");
-    EXPECT_TRUE(place.pictureIsUnharmed());
+                           ": server \"Faulty Node\" was killed, perhaps because memory ran out, in create\n");
+    EXPECT_TRUE(directory.pictureIsUnchanged());
 }
 
-// What a killed process could not take away again is in nobody's way.
-TEST(Leftover, OfAKilledProcessDisturbsNobody) {
-    const Workplace place;
-    const std::string scene = place.write("scene.json", kWall);
-    place.write("old.png.aB3xYz", "half a pict");
-    const Outcome outcome = runProgram(place, renderWords(place, scene));
+// A temporary file that a killed process left behind does not affect later runs.
+TEST(Leftover, OfAKilledProcessIsIgnored) {
+    const WorkDirectory directory;
+    const std::string scene = directory.write("scene.json", kWall);
+    directory.write("old.png.aB3xYz", "half a pict");
+    const Outcome outcome = runProgram(directory, renderWords(directory, scene));
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
-    EXPECT_TRUE(place.read("old.png").starts_with("\x89PNG"));
-    EXPECT_EQ(place.read("old.png.aB3xYz"), "half a pict");
-    EXPECT_EQ(place.files(), (Files{"old.png", "old.png.aB3xYz", "scene.json"}));
+    EXPECT_TRUE(directory.read("old.png").starts_with("\x89PNG"));
+    EXPECT_EQ(directory.read("old.png.aB3xYz"), "half a pict");
+    EXPECT_EQ(directory.files(), (Files{"old.png", "old.png.aB3xYz", "scene.json"}));
 }
 
 // ---- Unreadable meshes ----
@@ -200,7 +204,7 @@ TEST(Leftover, OfAKilledProcessDisturbsNobody) {
 struct MeshCase {
     const char *name;
     std::function<void(const std::string &file)> make;
-    const char *message; // a part of it, behind the file's name
+    const char *message; // a part of it
 };
 void PrintTo(const MeshCase &mesh, std::ostream *out) { *out << mesh.name; }
 class UnreadableMesh : public testing::TestWithParam<MeshCase> {};
@@ -208,24 +212,24 @@ class UnreadableMesh : public testing::TestWithParam<MeshCase> {};
 void writeText(const std::string &file, const std::string &text) { std::ofstream(file) << text; }
 
 TEST_P(UnreadableMesh, IsNamedAndLeavesTheOldPicture) {
-    const Workplace place;
-    const std::string scene = place.write("scene.json", R"({
+    const WorkDirectory directory;
+    const std::string scene = directory.write("scene.json", R"({
         "cameras": {"Main": {"position": [0, 0, -5]}},
         "surfaces": {"Wall": {}},
         "objects": {"Wall": {"mesh": {"file": "wall.ply"}, "surface": "Wall"}}
     })");
-    GetParam().make(place.file("wall.ply"));
+    GetParam().make(directory.file("wall.ply"));
     if (GetParam().name == std::string("Unpermitted") && geteuid() == 0) GTEST_SKIP() << "root may read every file";
-    const Files before = place.files();
-    const Outcome outcome = runProgram(place, renderWords(place, scene));
+    const Files before = directory.files();
+    const Outcome outcome = runProgram(directory, renderWords(directory, scene));
     EXPECT_EQ(outcome.status, kExitInput) << outcome.err;
     EXPECT_TRUE(outcome.err.starts_with("velm: ")) << outcome.err;
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
     const auto named = outcome.err.find("wall.ply");
     ASSERT_NE(named, std::string::npos) << outcome.err;
     EXPECT_NE(outcome.err.find(GetParam().message), std::string::npos) << outcome.err;
-    EXPECT_TRUE(place.pictureIsUnharmed());
-    EXPECT_EQ(place.files(), before);
+    EXPECT_TRUE(directory.pictureIsUnchanged());
+    EXPECT_EQ(directory.files(), before);
 }
 
 constexpr const char *kHeader = "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"

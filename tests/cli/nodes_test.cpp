@@ -5,7 +5,7 @@
 namespace velm::host {
 namespace {
 
-// The line of a text that starts so; empty when there is none.
+// The first line of a text with this start; empty if there is none.
 std::string lineThatStarts(const std::string &text, const std::string &start) {
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);)
@@ -23,19 +23,19 @@ TEST(Nodes, ListsTheModulesNodes) {
     EXPECT_EQ(lineThatStarts(outcome.out, "Constant Color"), "");
 }
 
-TEST(Nodes, ListsTheHostsOwnWhenAsked) {
+TEST(Nodes, ListsTheHostsOwnOnRequest) {
     const std::string out = test::velm({"nodes", "--all"}).out;
     EXPECT_NE(lineThatStarts(out, "Constant Color"), "");
     EXPECT_NE(lineThatStarts(out, "Velm Counter"), "");
 }
 
-TEST(Nodes, AModuleThatIsNoneIsWrongInput) {
+TEST(Nodes, AMissingModuleIsAnInputError) {
     const test::Outcome outcome = test::velm({"nodes", "--module", "/nowhere/velm.p"}, false);
     EXPECT_EQ(outcome.status, kExitInput);
     EXPECT_EQ(outcome.err, "velm: cannot load the module /nowhere/velm.p: there is no such file\n");
 }
 
-TEST(Show, TellsOfInputsOutputsSettingsAndPanel) {
+TEST(Show, ListsInputsOutputsSettingsAndPanel) {
     const test::Outcome outcome = test::velm({"show", "Velm Counter"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
     for (const char *part :
@@ -86,11 +86,11 @@ TEST(Show, LaysOutTabsStacksAndUnits) {
         EXPECT_NE(outcome.out.find(part), std::string::npos) << part << "\nis not in\n" << outcome.out;
 }
 
-TEST(Show, TakesDisplayNames) {
+TEST(Show, AcceptsDisplayNames) {
     EXPECT_EQ(test::velm({"show", "Counter"}).out, test::velm({"show", "Velm Counter"}).out);
 }
 
-TEST(Show, NamesTheNearestNode) {
+TEST(Show, SuggestsTheNearestNode) {
     const test::Outcome outcome = test::velm({"show", "Velm Countre"});
     EXPECT_EQ(outcome.status, kExitInput);
     EXPECT_EQ(outcome.err, "velm: no node \"Velm Countre\", did you mean \"Velm Counter\"?\n");

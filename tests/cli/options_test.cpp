@@ -31,7 +31,7 @@ TEST(Options, HaveDefaults) {
     EXPECT_FALSE(render.strict || render.quiet || render.stats);
 }
 
-TEST(Options, OfRenderAreAllTaken) {
+TEST(Options, OfRenderAreAllParsed) {
     const CommandLine line =
         parse({"render",    "a.json", "-o",        "b.exr",  "--frames", "3-7",       "--size",  "320x200",
                "--samples", "9",      "--threads", "16",     "--region", "1,2,30,40", "--quiet", "--stats",
@@ -54,7 +54,7 @@ TEST(Options, OfRenderAreAllTaken) {
     EXPECT_EQ(line.program.commandLine.substr(0, 22), "velm render a.json -o ");
 }
 
-TEST(Options, TheModuleMayStandBeforeTheCommand) {
+TEST(Options, TheModuleMayPrecedeTheCommand) {
     EXPECT_EQ(parse({"--module", "m.p", "nodes", "--all"}).program.module, "m.p");
     EXPECT_EQ(parse({"show", "--module", "m.p", "Velm Counter"}).program.module, "m.p");
 }
@@ -75,7 +75,7 @@ struct Wrong {
 
 class WrongCommandLine : public testing::TestWithParam<Wrong> {};
 
-TEST_P(WrongCommandLine, IsToldInOneLine) {
+TEST_P(WrongCommandLine, IsReportedInOneLine) {
     const test::Outcome outcome = test::velm(GetParam().words, false);
     EXPECT_EQ(outcome.status, kExitUsage);
     EXPECT_EQ(outcome.out, "");
@@ -122,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"DataNotThere", render({"--data", "/nowhere"}), "/nowhere"}),
     [](const auto &row) { return row.param.name; });
 
-TEST(Help, IsEverywhere) {
+TEST(Help, IsAvailableForEveryCommand) {
     for (const std::vector<std::string> &words :
          {std::vector<std::string>{"--help"}, {"nodes", "--help"}, {"show", "--help"}, {"render", "--help"}}) {
         const test::Outcome outcome = test::velm(words, false);
@@ -136,7 +136,7 @@ TEST(Help, IsEverywhere) {
         EXPECT_NE(help.find(option), std::string::npos) << option;
 }
 
-TEST(Version, IsEverywhere) {
+TEST(Version, IsAvailableForEveryCommand) {
     for (const std::vector<std::string> &words :
          {std::vector<std::string>{"--version"}, {"nodes", "--version"}, {"render", "--version"}}) {
         const test::Outcome outcome = test::velm(words, false);

@@ -1,4 +1,4 @@
-// Networks between scenes and object files, by the commands, with the module's nodes.
+// The commands "velm pack" and "velm unpack", which copy networks from scenes into object files and back.
 #include "host/files/object_file.h"
 #include "host/image/image.h"
 #include "host/io/files.h"
@@ -37,24 +37,24 @@ class PackTest : public ::testing::Test {
     const TemporaryDirectory directory_;
 };
 
-TEST_F(PackTest, ExamplesComeBackFromAnObject) {
+TEST_F(PackTest, ExamplesReadBackFromAnObject) {
     for (const std::string name : {"shared", "group", "decay", "frames", "softshadow"}) {
         const std::string example = VELM_SOURCE_DIR "/examples/" + name + ".json";
         const std::string first = pack(example, kCube, "first.lwo"), text = unpack(first, "first.json");
-#ifndef __SANITIZE_ADDRESS__ // under which a module is never unloaded, so that its stores number on
+#ifndef __SANITIZE_ADDRESS__ // under which modules are never unloaded, so that the numbers of stores go on
         EXPECT_EQ(readFile(text).find("\"data\""), std::string::npos) << readFile(text);
 #endif
         const std::string second = pack(text, kCube, "second.lwo"), third = pack(text, first, "third.lwo");
         EXPECT_EQ(readFile(second), readFile(first)) << name;
         EXPECT_EQ(readFile(third), readFile(first)) << name;
         EXPECT_EQ(readFile(unpack(second, "second.json")), readFile(text)) << name;
-        // The cube itself is as it was.
+        // The rest of the object file is unchanged.
         const std::string cube = readFile(kCube);
         EXPECT_EQ(readFile(first).substr(8, cube.size() - 8), cube.substr(8)) << name;
     }
 }
 
-TEST_F(PackTest, RealObjectsComeBackToTheByte) {
+TEST_F(PackTest, RealObjectsReadBackToTheByte) {
     const std::string models = "/usr/share/assimp/models/LWO/LWO2/";
     for (const std::string name :
          {"sphere_with_gradient", "hierarchy_smoothed", "transparency", "shader_test/CellShader"}) {
@@ -63,7 +63,7 @@ TEST_F(PackTest, RealObjectsComeBackToTheByte) {
     }
 }
 
-// A network takes the place of the one in the cube, and light that of its own colour.
+// A scene whose network makes the cube's surface emit a colour. `rest` is appended to the scene's text.
 std::string glow(const std::string &rest) {
     return R"({"surfaces": {"Default": {"settings": {"Luminosity": 1, "Diffuse": 0}, "nodes": {
         "Paint": {"server": "Constant Color", "settings": {"Color": [0.25, 0.5, 1]}},
@@ -72,16 +72,16 @@ std::string glow(const std::string &rest) {
                         "Root.Out -> Default.Luminosity"]}})" +
            rest + '}';
 }
-// The cube stands on the ground.
+// A view of the cube's centre, which is at height 1, since the cube stands on the ground.
 constexpr const char *kView = R"(, "render": {"width": 8, "height": 8},
     "cameras": {"Main": {"position": [0, 1, -5], "fieldOfView": 10}})";
 
-// Renders and gives the pixel in the middle, in linear light.
-std::array<float, 3> rendered(const TemporaryDirectory &directory, const std::string &scene, std::string *told) {
+// Renders a scene and returns the pixel in the middle, in linear light. Stores the warnings in `warnings`, unless null.
+std::array<float, 3> rendered(const TemporaryDirectory &directory, const std::string &scene, std::string *warnings) {
     const std::string file = directory.write("scene.json", scene), picture = directory.file("picture.exr");
     const test::Outcome outcome = velm({"render", file, "-o", picture, "--quiet"});
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
-    if (told) *told = outcome.err;
+    if (warnings) *warnings = outcome.err;
     std::array<float, 3> colour{};
     pixel(readImage(picture, "result").get(), 4, 4, colour.data());
     return colour;
@@ -97,7 +97,7 @@ TEST_F(PackTest, AnObjectIsRenderedWithItsOwnNetworks) {
                                    "objects": {"Box": {"box": {}, "position": [0, 1, 0], "surface": "Default"}}})",
                        nullptr),
               expected);
-    // The scene itself looks as its object does.
+    // The packed scene itself renders the same.
     EXPECT_EQ(rendered(directory_,
                        glow(std::string(kView) +
                             R"(, "objects": {"Box": {"box": {}, "position": [0, 1, 0], "surface": "Default"}})"),
@@ -105,15 +105,15 @@ TEST_F(PackTest, AnObjectIsRenderedWithItsOwnNetworks) {
               expected);
 }
 
-TEST_F(PackTest, ANodeThatIsNotThereIsToldAndIsAnErrorWhenStrict) {
+TEST_F(PackTest, AMissingNodeIsReportedAndIsAnErrorWhenStrict) {
     const std::string scene = std::string("{") + (kView + 2) + R"(, "surfaces": {
         "Skin": {"settings": {"Luminosity": 1, "Diffuse": 0}, "nodes": {"Rain": {"server": "Weather", "kind": "W"}},
                  "connections": ["Rain.Drops -> Skin.Color"]}},
         "objects": {"Box": {"box": {}, "position": [0, 1, 0], "surface": "Skin"}}})";
-    std::string told;
-    EXPECT_EQ(rendered(directory_, scene, &told), (std::array<float, 3>{1, 0, 1}));
-    EXPECT_NE(told.find("surface \"Skin\", node \"Rain\": there is no node \"Weather\" here"), std::string::npos)
-        << told;
+    std::string warnings;
+    EXPECT_EQ(rendered(directory_, scene, &warnings), (std::array<float, 3>{1, 0, 1}));
+    EXPECT_NE(warnings.find("surface \"Skin\", node \"Rain\": there is no node \"Weather\" here"), std::string::npos)
+        << warnings;
     const test::Outcome strict =
         velm({"render", directory_.file("scene.json"), "-o", directory_.file("no.exr"), "--strict"});
     EXPECT_EQ(strict.status, kExitInput);
@@ -124,7 +124,7 @@ TEST_F(PackTest, ANodeThatIsNotThereIsToldAndIsAnErrorWhenStrict) {
     EXPECT_NE(unpacked.err.find("Gradient (1)"), std::string::npos) << unpacked.err;
 }
 
-TEST_F(PackTest, WrongFilesSayWhatIsWrong) {
+TEST_F(PackTest, ErrorsSayWhatIsWrongWithAFile) {
     const test::Outcome none = velm({"unpack", directory_.file("none.lwo")});
     EXPECT_EQ(none.status, kExitInput);
     const test::Outcome old = velm({"unpack", "/usr/share/assimp/models/LWO/LWOB/ConcavePolygon.lwo"});
@@ -138,7 +138,7 @@ TEST_F(PackTest, WrongFilesSayWhatIsWrong) {
     EXPECT_EQ(velm({"pack", good, kCube, "-o", directory_.file("no/such/directory.lwo")}).status, kExitMachine);
 }
 
-TEST_F(PackTest, NeitherReplacesWhatItReadsByAnotherKindOfFile) {
+TEST_F(PackTest, NeitherReplacesItsInputByAnotherKindOfFile) {
     const std::string object = directory_.file("cube.lwo"), scene = directory_.write("a.json", "{\"surfaces\": {}}");
     std::filesystem::copy_file(kCube, object);
     const std::string before = readFile(object);
@@ -149,7 +149,8 @@ TEST_F(PackTest, NeitherReplacesWhatItReadsByAnotherKindOfFile) {
     EXPECT_EQ(packed.out, "");
     EXPECT_EQ(packed.err, "velm: cannot write \"" + scene + "\": it is read, as \"" + scene + "\" (see velm --help)\n");
     EXPECT_EQ(readFile(scene), "{\"surfaces\": {}}");
-    EXPECT_EQ(velm({"pack", scene, object, "-o", object}).status, kExitDone) << "an object may take its own place";
+    EXPECT_EQ(velm({"pack", scene, object, "-o", object}).status, kExitDone)
+        << "an object may be replaced by its new version";
     EXPECT_EQ(readFile(object), before);
 }
 

@@ -8,7 +8,7 @@
 namespace velm::host {
 namespace {
 
-TEST(Progress, GivesALineForEveryTenthInLogs) {
+TEST(Progress, PrintsALineForEveryTenPercentInLogs) {
     std::ostringstream log;
     ProgressReport report(log, ProgressStyle::lines);
     report.begin("frame 3");
@@ -19,7 +19,7 @@ TEST(Progress, GivesALineForEveryTenthInLogs) {
     EXPECT_EQ(log.str(), expected + "done\n");
 }
 
-TEST(Progress, SkipsTenthsThatAFewTilesPassAtOnce) {
+TEST(Progress, SkipsLinesIfATileIsMoreThanTenPercent) {
     std::ostringstream log;
     ProgressReport report(log, ProgressStyle::lines);
     report.begin("frame 1");
@@ -27,7 +27,7 @@ TEST(Progress, SkipsTenthsThatAFewTilesPassAtOnce) {
     EXPECT_EQ(log.str(), "frame 1: 30 %\nframe 1: 60 %\nframe 1: 100 %\n");
 }
 
-TEST(Progress, DrawsOneLineOverAndOverOnTerminals) {
+TEST(Progress, RedrawsOneLineOnTerminals) {
     std::ostringstream terminal;
     {
         ProgressReport report(terminal, ProgressStyle::bar);
@@ -37,10 +37,10 @@ TEST(Progress, DrawsOneLineOverAndOverOnTerminals) {
         EXPECT_NE(terminal.str().find("[==========                              ]  25 %"), std::string::npos)
             << terminal.str();
     }
-    EXPECT_TRUE(terminal.str().ends_with("\r\033[K")) << "what an error leaves is taken away";
+    EXPECT_TRUE(terminal.str().ends_with("\r\033[K")) << "the bar is erased even if an error ends the render";
 }
 
-TEST(Progress, NotesStandInThePlaceOfABar) {
+TEST(Progress, NotesReplaceTheBar) {
     std::ostringstream terminal;
     {
         ProgressReport report(terminal, ProgressStyle::bar);
@@ -56,11 +56,11 @@ TEST(Progress, NotesStandInThePlaceOfABar) {
         EXPECT_NE(terminal.str().find("  0 %"), std::string::npos) << terminal.str();
     }
     std::ostringstream log;
-    ProgressReport(log, ProgressStyle::none).note("told all the same");
-    EXPECT_EQ(log.str(), "told all the same\n");
+    ProgressReport(log, ProgressStyle::none).note("printed even so");
+    EXPECT_EQ(log.str(), "printed even so\n");
 }
 
-TEST(Progress, SaysNothingWhenQuiet) {
+TEST(Progress, PrintsNothingWhenQuiet) {
     std::ostringstream log;
     ProgressReport report(log, progressStyle(log, true));
     report.begin("frame 1");
@@ -81,7 +81,7 @@ TEST(Progress, EndsTheRenderAfterAnInterrupt) {
         EXPECT_FALSE(report.progress(2, 4));
     }
     const InterruptGuard next;
-    EXPECT_TRUE(report.progress(1, 4)) << "the next run starts anew";
+    EXPECT_TRUE(report.progress(1, 4)) << "the next run is not interrupted";
 }
 
 TEST(Progress, WritesDurations) {

@@ -1,5 +1,5 @@
-// The example scenes look as they did: each is rendered small and compared with a picture in tests/references.
-// "./run references" renews the pictures, after a change that is meant to show.
+// Compares a small rendering of each example scene with the picture in tests/references. After a change that is meant
+// to be visible, "./run references" renders these pictures again.
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
 
@@ -14,17 +14,17 @@ namespace fs = std::filesystem;
 
 constexpr const char *kExamples = VELM_SOURCE_DIR "/examples", *kReferences = VELM_SOURCE_DIR "/tests/references";
 
-// These need meshes or images that are fetched, and are looked at by their own tests.
+// These need meshes or images that "./run examples" installs.
 constexpr const char *kNeedFetchedFiles[] = {"glass", "metal", "pixels"};
 
 // One thread, since some nodes count evaluations or draw from one random stream.
-const std::vector<std::string> kHowToRender = {"--size", "96x54",    "--samples", "1",      "--threads",
-                                               "1",      "--frames", "1",         "--quiet"};
+const std::vector<std::string> kRenderOptions = {"--size", "96x54",    "--samples", "1",      "--threads",
+                                                 "1",      "--frames", "1",         "--quiet"};
 
-// Another machine's mathematics library and ray tracer round otherwise in the last bit. That moves a few numbers over
-// the edge between two steps of 8 bits, and on rare occasions a ray past an edge, which changes one pixel altogether.
-// Hence two steps of tolerance, 10 of the 5184 pixels beyond that, and a tight mean, which no change of brightness,
-// colour, place or shape passes.
+// The mathematics library and ray tracer of another machine round the last bit differently. That changes a few 8-bit
+// values by one step. Rarely, a ray misses an edge that it hit before, which changes a whole pixel. The limits
+// therefore tolerate two steps, and 10 of the 5184 pixels beyond that. The limit of the mean is so tight that any
+// change of brightness, colour, position or shape exceeds it.
 const std::vector<std::string> kLimits = {"--tolerance", "0.008", "--share", "0.002",
                                           "--rms",       "0.015", "--mean",  "0.0005"};
 
@@ -46,13 +46,13 @@ std::string referenceOf(const std::string &name) { return std::string(kReference
 
 test::Outcome render(const std::string &name, const std::string &file) {
     std::vector<std::string> words = {"render", std::string(kExamples) + "/" + name + ".json", "-o", file};
-    words.insert(words.end(), kHowToRender.begin(), kHowToRender.end());
+    words.insert(words.end(), kRenderOptions.begin(), kRenderOptions.end());
     return test::velm(words);
 }
 
 class Reference : public testing::TestWithParam<std::string> {};
 
-TEST_P(Reference, LooksAsItDid) {
+TEST_P(Reference, LooksAsBefore) {
     if (std::getenv("VELM_RENEW_REFERENCES") != nullptr) {
         const test::Outcome outcome = render(GetParam(), referenceOf(GetParam()));
         ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
@@ -67,15 +67,13 @@ TEST_P(Reference, LooksAsItDid) {
     const test::Outcome compared = test::velm(words, false);
     EXPECT_EQ(compared.status, kCompareSame)
         << compared.out << compared.err
-        << "If that is as it should be, ./run references renews the pictures; look at them before they are kept.";
+        << "If the change is intended, ./run references renders the references again; inspect them before you commit.";
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Reference, testing::ValuesIn(comparedExamples()),
                          [](const auto &name) { return name.param; });
 
-TEST(References, AreThereForEveryComparedSceneAndNoOther) {
-    EXPECT_EQ(stemsIn(kReferences, ".png"), comparedExamples());
-}
+TEST(References, ExistForEveryComparedSceneAndNoOther) { EXPECT_EQ(stemsIn(kReferences, ".png"), comparedExamples()); }
 
 TEST(References, AreSmall) {
     constexpr std::uintmax_t kMostBytes = 60'000;

@@ -1,4 +1,4 @@
-// Whole renders of tiny scenes, whose pixels are known.
+// Complete renders of tiny scenes whose pixels are known.
 #include "host/image/image.h"
 
 #include "tests/cli/command.h"
@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 using test::TemporaryDirectory;
 
-// A wall that fills the picture, in one colour of its own light.
+// A wall that fills the picture and emits one colour.
 constexpr const char *kGlowingWall = R"({
     "render": {"width": 8, "height": 6, "lastFrame": 1},
     "cameras": {"Main": {"position": [0, 0, -5]}},
@@ -28,7 +28,7 @@ constexpr const char *kGlowingWall = R"({
     "objects": {"Wall": {"box": {"size": [20, 20, 1]}, "surface": "Glow"}}
 })";
 
-// The same, whose light grows over frames 0 to 2 of one second each.
+// A wall that fills the picture, whose luminosity grows from 0 to 1 over frames 0 to 2 of one second each.
 constexpr const char *kGrowingWall = R"({
     "render": {"width": 4, "height": 4, "firstFrame": 0, "lastFrame": 2, "framesPerSecond": 1},
     "cameras": {"Main": {"position": [0, 0, -5]}},
@@ -96,7 +96,7 @@ TEST(Render, TakesSizeAndRegionFromTheCommandLine) {
     EXPECT_EQ(outside[2], 0.0F);
 }
 
-TEST(Render, TellsProgressInSparseLinesAndStatisticsWhenAsked) {
+TEST(Render, PrintsProgressInFewLinesAndStatisticsOnRequest) {
     const TemporaryDirectory directory;
     const test::Outcome outcome = test::velm({"render", directory.write("wall.json", kGlowingWall), "-o",
                                               directory.file("wall.png"), "--stats", "--threads", "1"});
@@ -118,7 +118,7 @@ TEST(Render, AnimatesSettingsOverFrames) {
     EXPECT_NEAR(middleOf(directory.file("g02.exr"))[0], 1, 1e-6);
 }
 
-TEST(Render, NumbersTheFramesThatAreAskedFor) {
+TEST(Render, NumbersTheRequestedFrames) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("grow.json", kGrowingWall);
     ASSERT_EQ(test::velm({"render", scene, "-o", directory.file("g.exr"), "--frames", "1-2"}).status, kExitDone);
@@ -127,8 +127,9 @@ TEST(Render, NumbersTheFramesThatAreAskedFor) {
               (std::vector<std::string>{"g_0001.exr", "g_0002.exr", "grow.json", "one.exr"}));
 }
 
-// A popup lists what a node of a later surface is named by its setting.
-TEST(Render, LetsSettingsFindTheirOrder) {
+// The setting "Slot" is a popup of stored materials. Its entry "Gold" exists only once the node of a later surface has
+// its setting "Name".
+TEST(Render, AppliesSettingsThatDependOnLaterOnes) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("shared.json", R"({
         "render": {"width": 4, "height": 4},
@@ -153,7 +154,7 @@ TEST(Render, LetsSettingsFindTheirOrder) {
     EXPECT_EQ(middleOf(file), (std::array<float, 3>{1.0F, 0.5F, 0.125F}));
 }
 
-TEST(Render, TellsNodesWhichFramesAreRendered) {
+TEST(Render, ProvidesNodesWithTheRenderedFrames) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("info.json", R"({
         "render": {"width": 4, "height": 4, "recursionDepth": 5},
@@ -189,7 +190,7 @@ std::string withNodeSettings(const std::string &settings) {
 
 class WrongRender : public testing::TestWithParam<Wrong> {};
 
-TEST_P(WrongRender, EndsWithItsStatusAndLeavesNoFile) {
+TEST_P(WrongRender, EndsWithItsStatusAndWritesNoFile) {
     const Wrong &wrong = GetParam();
     const TemporaryDirectory directory;
     const std::string scene = directory.write("scene.json", wrong.scene);
@@ -219,7 +220,7 @@ INSTANTIATE_TEST_SUITE_P(
             kExitInput,
             "SCENE:3: no node \"Chequer\", did you mean \"Checker\"?"},
         Wrong{"UnknownSetting", withNodeSettings("\"Sise\": 1"), {}, kExitInput, "did you mean \"Size\"?"},
-        Wrong{"SettingsPlace", withNodeSettings("\"Sise\": 1"), {}, kExitInput, "velm: SCENE:4: "},
+        Wrong{"SettingsLine", withNodeSettings("\"Sise\": 1"), {}, kExitInput, "velm: SCENE:4: "},
         Wrong{"WrongKind", withNodeSettings("\"Size\": \"big\""), {}, kExitInput, "velm: SCENE:4: "},
         Wrong{"UnknownEntry", withNodeSettings("\"Coordinates\": \"Wrld\""), {}, kExitInput, "\"World\""},
         Wrong{"UnknownOutput",
@@ -240,7 +241,7 @@ INSTANTIATE_TEST_SUITE_P(
               "--region: the region ends at 9,6, outside the picture of 8x6"},
         Wrong{"UnknownEnding", kGlowingWall, {"-o", "picture.bmp7"}, kExitUsage, "bmp7"},
         Wrong{"OutputIsADirectory", kGlowingWall, {"-o", "/tmp"}, kExitUsage, "/tmp"},
-        Wrong{"NameTooLong", // told before anything is rendered
+        Wrong{"NameTooLong", // reported before anything is rendered
               kGlowingWall,
               {"-o", "/tmp/" + std::string(250, 'x') + ".png"},
               kExitMachine,
@@ -253,8 +254,8 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"NoDirectoryPossible", kGlowingWall, {"-o", "/dev/null/a.png"}, kExitMachine, "/dev/null/a.png"}),
     [](const auto &row) { return row.param.name; });
 
-// What stands there stays, and is told before anything is rendered.
-TEST(Render, ReplacesNothingThatIsNoFile) {
+// Anything but a regular file under the picture's name is an error, before anything is rendered.
+TEST(Render, ReplacesOnlyRegularFiles) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("wall.json", kGrowingWall);
     ASSERT_EQ(mkfifo(directory.file("a_0001.png").c_str(), 0600), 0);
@@ -266,7 +267,8 @@ TEST(Render, ReplacesNothingThatIsNoFile) {
     EXPECT_TRUE(fs::is_fifo(directory.file("a_0001.png")));
 }
 
-// A scene called after its image would replace it by its picture, which is called after the scene.
+// A picture must not replace an image of the scene, as it would if the scene and its image had the same name: pictures
+// are named after the scene.
 TEST(Render, ReplacesNoImageThatItReads) {
     const TemporaryDirectory directory;
     std::string text = kGlowingWall;
@@ -283,13 +285,13 @@ TEST(Render, ReplacesNoImageThatItReads) {
     }
 }
 
-TEST(Render, ASceneThatIsNotThereIsWrongInput) {
+TEST(Render, AMissingSceneIsAnInputError) {
     const test::Outcome outcome = test::velm({"render", "/nowhere/scene.json"});
     EXPECT_EQ(outcome.status, kExitInput);
     EXPECT_NE(outcome.err.find("/nowhere/scene.json"), std::string::npos) << outcome.err;
 }
 
-// Bounds the size of files while it lives, as a full disk does.
+// Limits the size of files while it lives. Writing beyond the limit fails as on a full disk.
 class FullDisk {
   public:
     FullDisk() {
@@ -310,7 +312,7 @@ class FullDisk {
     rlimit before_{};
 };
 
-TEST(Render, AFullDiskLeavesTheOldPictureAsItWas) {
+TEST(Render, AFullDiskLeavesTheOldPictureUnchanged) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("wall.json", kGlowingWall), file = directory.write("wall.exr", "old");
     test::Outcome outcome{};
@@ -324,7 +326,7 @@ TEST(Render, AFullDiskLeavesTheOldPictureAsItWas) {
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(stream), {}), "old");
 }
 
-// Presses Ctrl-C when the first progress is told.
+// Raises SIGINT, as Ctrl-C does, when the first progress is printed.
 class InterruptingBuffer : public std::stringbuf {
   public:
     int sync() override {

@@ -1,6 +1,6 @@
-// One thread renders the same bytes every time, in a process of its own as in one that has rendered before: the
-// module's random stream begins anew with the module, and nothing else that comes by chance gets into a picture or its
-// header.
+// With one thread, a scene renders to the same bytes every time, both in a new process and in one that has rendered
+// before. The module's random stream restarts whenever the module is loaded, and a picture and its header contain
+// nothing else that could differ, such as the time.
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
 
@@ -22,7 +22,7 @@ std::string bytesOf(const fs::path &file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// The demonstration, its occlusion by random rays.
+// The demonstration scene, with its ambient occlusion changed to random rays.
 std::string demonstration() {
     std::string text = bytesOf(VELM_SOURCE_DIR "/examples/occlusion.json");
     const std::string polar = R"("Mode": "Polar")", random = R"("Mode": "Random")";
@@ -35,8 +35,8 @@ std::string demonstration() {
     return text;
 }
 
-// A room with a ball, each with its own network.
-std::string room(const std::string &ball, const std::string &wall) {
+// A scene of a ball in a box; the parameters are the contents of their two surfaces.
+std::string ballInBox(const std::string &ball, const std::string &wall) {
     return R"({"cameras": {"Main": {"position": [0, 0.5, -4], "target": [0, 0, 0]}},
                "backdrop": {"kind": "gradient"},
                "objects": {"Ball": {"sphere": {"segments": 24}, "surface": "Ball"},
@@ -45,13 +45,14 @@ std::string room(const std::string &ball, const std::string &wall) {
            ball + R"(}, "Wall": {"settings": {"Luminosity": 1, "Diffuse": 0}, )" + wall + "}}}";
 }
 
-// The wall's colour is the mean of several draws.
+// The contents of the surface "Wall": its colour is the mean of several random numbers.
 std::string noisyWall() {
     return R"("nodes": {"R": {"server": "Velm Random"}, "Join": {"server": "Make Color"},
                         "T": {"server": "Velm Take Samples", "settings": {"Samples": 4}}},
               "connections": ["R.Out -> Join.Red", "Join.Color -> T.Color", "T.Color -> Wall.Color"])";
 }
 
+// The contents of the surface "Ball" with blurred reflections or refractions. `kind`: "Reflection" or "Refraction".
 std::string blurred(const std::string &kind) {
     return R"("nodes": {"G": {"server": "Velm Gaussian )" + kind + R"(s", "settings": {")" + kind +
            R"( Blur": 30, "Samples": 4}}}, "connections": ["G.Color -> Ball.Color"])";
@@ -64,11 +65,11 @@ struct Scene {
 
 const Scene kScenes[] = {
     {.name = "Occlusion", .text = demonstration},
-    {.name = "Reflections", .text = [] { return room(blurred("Reflection"), noisyWall()); }},
-    {.name = "Refractions", .text = [] { return room(blurred("Refraction"), noisyWall()); }},
+    {.name = "Reflections", .text = [] { return ballInBox(blurred("Reflection"), noisyWall()); }},
+    {.name = "Refractions", .text = [] { return ballInBox(blurred("Refraction"), noisyWall()); }},
 };
 
-// Runs the program itself, in a process of its own; gives its status.
+// Runs the program in a process of its own. Returns its exit status; -1 if it could not run or was ended by a signal.
 int spawnVelm(const std::vector<std::string> &words) {
     std::vector<std::string> all = {VELM_PROGRAM};
     all.insert(all.end(), words.begin(), words.end());
@@ -84,20 +85,20 @@ int spawnVelm(const std::vector<std::string> &words) {
 
 class SameBytes : public testing::TestWithParam<Scene> {
   protected:
-    // The pictures stand under the same names every time, since their headers hold the command line.
+    // The pictures have the same names every time, since their headers contain the command line.
     std::vector<std::string> words(const char *ending) const {
         return {"render",   scene_,  "-o",        directory_.file(std::string("#") + ending),
                 "--size",   "64x36", "--samples", "1",
                 "--frames", "1-2",   "--threads", "1",
                 "--quiet"};
     }
-    // What the two frames hold, one behind the other; the files are gone after that.
+    // Returns the bytes of the two frames, one after the other, and removes their files.
     std::string takeFrames(const char *ending) const {
         const fs::path first = directory_.file(std::string("1") + ending);
         const fs::path second = directory_.file(std::string("2") + ending);
         const std::string one = bytesOf(first), two = bytesOf(second);
         EXPECT_FALSE(one.empty());
-        EXPECT_NE(one, two) << "no random numbers are in play";
+        EXPECT_NE(one, two) << "the frames use no random numbers";
         fs::remove(first);
         fs::remove(second);
         return one + two;

@@ -1,4 +1,4 @@
-// Renders that go without something: what they say, what they leave, and --strict.
+// Renders of scenes in which something is missing: the warnings, the picture, and --strict.
 #include "host/image/image.h"
 
 #include "tests/cli/command.h"
@@ -12,7 +12,8 @@ namespace {
 
 using test::TemporaryDirectory;
 
-// A wall before a backdrop: the wall's own light is the image's colour, or else the background's.
+// A wall in front of a backdrop, both with the image "Wood". The wall emits the image's colour or, without the image,
+// the node's background colour.
 std::string wallWith(const std::string &file) {
     return R"({"render": {"width": 4, "height": 4}, "cameras": {"Main": {"position": [0, 0, -5]}},
 "images": {
@@ -44,7 +45,7 @@ struct AbsentCase {
 };
 class AbsentImage : public testing::TestWithParam<AbsentCase> {};
 
-TEST_P(AbsentImage, IsToldAtOnceAndAtTheEndAndGoneWithout) {
+TEST_P(AbsentImage, IsReportedAtOnceAndAtTheEndAndLeftOut) {
     const TemporaryDirectory directory;
     if (!GetParam().contents.empty()) directory.write("wood.ppm", GetParam().contents);
     const std::string scene = directory.write("scene.json", wallWith("wood.ppm")), file = directory.file("a.exr");
@@ -63,7 +64,7 @@ TEST_P(AbsentImage, IsToldAtOnceAndAtTheEndAndGoneWithout) {
     EXPECT_EQ(colourAt(file, 2, 0), kBlack);
 }
 
-TEST_P(AbsentImage, IsAnErrorInOneLineWithoutAPictureWhenStrict) {
+TEST_P(AbsentImage, IsAnErrorWithoutAPictureWhenStrict) {
     const TemporaryDirectory directory;
     if (!GetParam().contents.empty()) directory.write("wood.ppm", GetParam().contents);
     const std::string scene = directory.write("scene.json", wallWith("wood.ppm")), file = directory.file("a.exr");
@@ -93,7 +94,8 @@ TEST(StrictRender, OfAGoodSceneIsTheSame) {
     EXPECT_EQ(colourAt(file, 2, 2), (std::array<float, 3>{1, 0, 0}));
 }
 
-// A store that is fed by what is got from it: the editor sees no circle, since the two are not connected.
+// A Store node whose input comes from the Get node that reads the store. Evaluating them is circular, but the network
+// has no circle of connections.
 constexpr const char *kCircle = R"({
     "render": {"width": 4, "height": 4, "lastFrame": 2}, "cameras": {"Main": {"position": [0, 0, -5]}},
     "surfaces": {"Glow": {
@@ -105,7 +107,7 @@ constexpr const char *kCircle = R"({
     "objects": {"Wall": {"box": {"size": [20, 20, 1]}, "surface": "Glow"}}
 })";
 
-TEST(CircleInEvaluation, IsToldOnceAndSummedUp) {
+TEST(CircularEvaluation, IsReportedOnceAndSummarised) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("scene.json", kCircle);
     const test::Outcome outcome = test::velm({"render", scene, "-o", directory.file("#.exr"), "--quiet"});
@@ -118,14 +120,14 @@ TEST(CircleInEvaluation, IsToldOnceAndSummedUp) {
     EXPECT_TRUE(std::filesystem::exists(directory.file("2.exr")));
 }
 
-TEST(CircleInEvaluation, IsAnErrorWhenStrict) {
+TEST(CircularEvaluation, IsAnErrorWhenStrict) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("scene.json", kCircle);
     const test::Outcome outcome = test::velm({"render", scene, "-o", directory.file("#.exr"), "--quiet", "--strict"});
     EXPECT_EQ(outcome.status, kExitInput) << outcome.err;
     EXPECT_TRUE(outcome.err.starts_with("velm: " + scene + ": nodes ask each other in a circle")) << outcome.err;
     EXPECT_FALSE(std::filesystem::exists(directory.file("1.exr")));
-    // Nothing of it is left for the next render.
+    // The next render is not affected.
     const std::string good = directory.write("good.json", wallWith("none.ppm"));
     EXPECT_EQ(test::velm({"render", good, "-o", directory.file("a.exr")}).err.find("circle"), std::string::npos);
 }

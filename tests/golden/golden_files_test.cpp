@@ -1,4 +1,5 @@
-// An object and a scene of years ago, with networks of the module's nodes: they open, and are written back as they are.
+// An object file and a scene file from an earlier version, with networks of the module's nodes. They must open, and be
+// written back unchanged.
 #include "tests/golden/golden_settings.h"
 
 #include "host/files/network_block.h"
@@ -22,11 +23,11 @@ void expectNothingKeptIn(const Network &editor) {
     for (const auto &node : editor.nodes()) expectNothingKept(*node);
 }
 
-TEST_F(GoldenFiles, TheObjectOpensAndComesBackToTheByte) {
+TEST_F(GoldenFiles, TheObjectIsWrittenBackToTheByte) {
     const std::string bytes = readFile("object.lwo");
     ObjectFile object(bytes, "object.lwo");
     ASSERT_EQ(object.surfaces().size(), 2u);
-    // All at once, since one surface takes what the other one stores.
+    // All of them exist at the same time, since one surface uses a material that the other stores.
     std::vector<std::unique_ptr<Surface>> surfaces;
     for (std::size_t i = 0; i < object.surfaces().size(); ++i) {
         ASSERT_TRUE(object.network(i)) << object.surfaces()[i].name;
@@ -45,7 +46,7 @@ TEST_F(GoldenFiles, TheObjectOpensAndComesBackToTheByte) {
     EXPECT_EQ(object.write(), bytes);
 }
 
-TEST_F(GoldenFiles, TheSceneOpensAndComesBackToTheByte) {
+TEST_F(GoldenFiles, TheSceneIsWrittenBackToTheByte) {
     const std::string bytes = readFile("scene.lws");
     SceneText scene(bytes, "scene.lws");
     const std::vector<std::size_t> blocks = scene.find("Nodal_Block");

@@ -15,7 +15,7 @@ namespace velm::host::test {
 
 namespace {
 
-// Files hold floats, and panels show some numbers in units of their own.
+// Files hold single precision, and panels show some numbers in other units.
 void expectNear(double found, double wanted, const std::string &about) {
     EXPECT_NEAR(found, wanted, 1e-6 * std::max(1.0, std::fabs(wanted))) << about;
 }
@@ -44,8 +44,8 @@ void expectValue(const SettingValue &found, const SettingValue &wanted, const st
     ASSERT_EQ(found.index(), wanted.index()) << about;
     if (const auto *number = std::get_if<double>(&wanted))
         expectNear(std::get<double>(found), *number, about);
-    else if (const auto *triple = std::get_if<Double3>(&wanted))
-        expectNear(std::get<Double3>(found), *triple, about);
+    else if (const auto *vec3 = std::get_if<Double3>(&wanted))
+        expectNear(std::get<Double3>(found), *vec3, about);
     else if (const auto *keys = std::get_if<KeysDescription>(&wanted))
         expectKeys(std::get<KeysDescription>(found), *keys, about);
     else
@@ -55,7 +55,7 @@ void expectValue(const SettingValue &found, const SettingValue &wanted, const st
 } // namespace
 
 void loadModule() {
-    // Never unloaded, so that what the module keeps for its life stays in reach.
+    // Never unloaded, so that the leak check can reach what the module keeps until it is unloaded.
     static const Module &module = *new Module(Module::open(VELM_MODULE_FILE));
     const auto isOurs = [](const auto &one) { return one->origin() == kOrigin; };
     if (std::ranges::none_of(serverList().all(), isOurs)) serverList().add(module.servers(), kOrigin);

@@ -1,4 +1,4 @@
-// What the golden files were saved from, and whether networks are still that.
+// The settings from which the golden files were saved, and comparisons of nodes and networks with them.
 #pragma once
 
 #include "host/graph/network.h"
@@ -11,24 +11,25 @@ namespace velm::host::test {
 // The directory of the golden files, with a slash at its end.
 constexpr const char *kGolden = VELM_SOURCE_DIR "/tests/golden/";
 
-// Loads the module, once for the whole program; its nodes are the ones of this origin in the server list. Golden files
-// name images from their own directory, which becomes the current one.
+// Loads the module, once for the whole program. Its nodes are those with this origin in the server list. The directory
+// of the golden files becomes the current one, since their paths of images are relative to it.
 constexpr const char *kOrigin = "velm.p";
 void loadModule();
 
-// The surface of that name in a scene file beside the golden ones. Its images are not loaded: golden files do that.
+// The surface of that name in a scene file beside the golden files. Its images are not loaded; loading a golden file
+// does that.
 SurfaceDescription describedIn(const std::string &file, const std::string &surface);
 
 // Expects that a node is of the described server, that its panel reads the described settings, numbers to the precision
 // of files, and that the network inside it is the described one.
 void expectNode(HostNode &node, const NodeDescription &description);
 
-// Expects a network of the described nodes and connections, and no others. `root` is the name that the root goes by in
-// the description.
+// Expects a network of the described nodes and connections, and no others. `root` is the root node's name in the
+// description.
 void expectNetwork(Network &editor, const NetworkDescription &description, const std::string &root);
 
-// Expects that the nodes made all of what a file had of them their own, so that what they save next comes from
-// themselves and not from what the host keeps of the file.
+// Expects that the host keeps no copy of the node's data from a file, for this node and for those nested in it. The
+// host keeps a copy if a node does not save what it loaded, and then writes the copy instead of the node's own data.
 void expectNothingKept(const HostNode &node);
 
 } // namespace velm::host::test

@@ -1,4 +1,5 @@
-// Nodes that were saved years ago: every later version must read the golden files, and save the same bytes again.
+// Golden files are nodes saved by an earlier version. Every later version must read them, and save the same bytes
+// again.
 #include "tests/golden/golden_settings.h"
 
 #include "host/graph/node_data.h"
@@ -24,12 +25,12 @@
 namespace velm::host::test {
 namespace {
 
-// A node of the module, and the name of its golden files without their ending.
+// A node of the module, and the name of its golden files without the extension.
 struct GoldenNode {
     std::string server, file;
 };
 
-// How the tests of a node are called in listings.
+// Names a node in the listings of tests.
 void PrintTo(const GoldenNode &node, std::ostream *out) { *out << node.server; }
 
 // "Velm Exponential Decay (Color)" has the files "exponential_decay_color".
@@ -55,7 +56,7 @@ const std::vector<GoldenNode> &goldenNodes() {
     return nodes;
 }
 
-// The popup of the first lists nodes of the second, of which there must be one.
+// The popup of a Get Material node lists the Store Material nodes, of which there must be one.
 constexpr const char *kGetMaterial = "Velm Get Material", *kStoreMaterial = "Velm Store Material";
 
 struct GoldenForm {
@@ -103,7 +104,7 @@ class GoldenNodes : public Golden, public ::testing::WithParamInterface<std::tup
     const GoldenForm &form() const { return std::get<1>(GetParam()); }
     std::string file() const { return fileOf(node(), form()); }
 
-    // A new node with what stands in its file. The surface keeps it.
+    // A new node that the surface owns, loaded from its golden file.
     HostNode &loaded(const GoldenNode &golden, Surface &surface) const {
         HostNode &made = surface.network().addNode(serverList().get(golden.server));
         StateReader reader(form().mode, readFile(fileOf(golden, form())), fileOf(golden, form()));
@@ -118,7 +119,7 @@ class GoldenNodes : public Golden, public ::testing::WithParamInterface<std::tup
     }
 
   private:
-    // Makes a file that is not there yet, when that is asked for. One that is there is never touched.
+    // Creates a missing file if VELM_RENEW_GOLDEN is set. Existing files are never changed.
     void renew() const {
         ASSERT_NE(std::getenv(kRenew), nullptr) << "there is no golden file " << file();
         const SceneDescription scene = readSurfaces(kSettings, {});
@@ -128,7 +129,7 @@ class GoldenNodes : public Golden, public ::testing::WithParamInterface<std::tup
     }
 };
 
-TEST_P(GoldenNodes, GiveTheirSettings) {
+TEST_P(GoldenNodes, HaveTheDescribedSettings) {
     Surface surface("Clay");
     HostNode &made = loaded(surface);
     const SurfaceDescription golden = describedIn(kSettings, kSurface);
@@ -148,7 +149,7 @@ INSTANTIATE_TEST_SUITE_P(All, GoldenNodes,
                              return name + std::get<1>(one.param).name;
                          });
 
-TEST_F(Golden, EverySettingIsToldAndIsNotThatOfANewNode) {
+TEST_F(Golden, EverySettingIsDescribedAndDiffersFromItsDefault) {
     const SurfaceDescription golden = describedIn(kSettings, kSurface);
     Surface surface("Clay");
     for (const GoldenNode &one : goldenNodes()) {

@@ -1,4 +1,4 @@
-// What is noted of calls.
+// The call record: numbers of servers, nested calls, the slots of threads, and errors that name a call.
 #include "host/base/error.h"
 #include "host/guard/module_call.h"
 
@@ -13,25 +13,25 @@ namespace {
 const char *callNow() { return callRecord().slots[0].call.load(); }
 
 TEST(CallRecord, NumbersServersByName) {
-    const int first = numberOfServer("First of the board"), second = numberOfServer("Second of the board");
+    const int first = numberOfServer("First Server"), second = numberOfServer("Second Server");
     EXPECT_NE(first, second);
-    EXPECT_EQ(numberOfServer("First of the board"), first);
+    EXPECT_EQ(numberOfServer("First Server"), first);
     ServerSet both{};
     both.add(first);
-    EXPECT_EQ(serversText(callRecord(), both), "server \"First of the board\"");
+    EXPECT_EQ(serversText(callRecord(), both), "server \"First Server\"");
     both.add(second);
-    EXPECT_EQ(serversText(callRecord(), both), "one of the servers \"First of the board\", \"Second of the board\"");
+    EXPECT_EQ(serversText(callRecord(), both), "one of the servers \"First Server\", \"Second Server\"");
     EXPECT_EQ(serversText(callRecord(), {}), "the module");
 }
 
-TEST(CallRecord, TakesNamesThatAreTooLongByTheirBeginning) {
+TEST(CallRecord, CutsLongNames) {
     const std::string name(3 * kLongestServer, 'n');
     const int number = numberOfServer(name.c_str());
     EXPECT_EQ(numberOfServer(name.c_str()), number);
     EXPECT_EQ(callRecord().servers[number], name.substr(0, kLongestServer - 1));
 }
 
-TEST(CallScope, NestsAndComesBack) {
+TEST(CallScope, RestoresTheOuterCall) {
     EXPECT_EQ(serverInCall(), kHostServer);
     const int number = numberOfServer("Nested");
     {
@@ -74,7 +74,7 @@ TEST(DialogScope, TakesTheThreadOutOfItsCall) {
     EXPECT_EQ(serverInCall(), number);
 }
 
-TEST(SlotScope, IsTheThreads) {
+TEST(SlotScope, GivesTheThreadItsSlot) {
     EXPECT_EQ(ownSlot(), 0);
     std::thread([] {
         EXPECT_EQ(ownSlot(), -1);
@@ -96,7 +96,7 @@ std::string messageOf(int server, const std::function<void()> &act) {
     return {};
 }
 
-TEST(CallModule, NamesWhatItThrows) {
+TEST(CallModule, NamesTheServerTheExceptionAndTheCall) {
     nameModule("some.p");
     const int number = numberOfServer("Thrower");
     EXPECT_EQ(messageOf(number, [] { throw std::runtime_error("oh"); }),

@@ -1,4 +1,4 @@
-// Work in a process of its own, and what becomes of it.
+// Guarded work: its status, and the errors for every way in which its process can end early.
 #include "host/base/error.h"
 #include "host/guard/call_record.h"
 #include "host/guard/crash_handler.h"
@@ -36,27 +36,27 @@ std::string errorOf(const std::function<void()> &work, const GuardOptions &optio
     } catch (const Error &error) {
         return error.what();
     }
-    return "nothing";
+    return "no error";
 }
 
 [[noreturn]] void hang() {
     for (;;) pause();
 }
 
-TEST(Guarded, GivesTheStatusOfTheWork) {
+TEST(Guarded, ReturnsTheStatusOfTheWork) {
     EXPECT_EQ(guarded([] { return 7; }), 7);
     const pid_t here = getpid();
     EXPECT_EQ(guarded([&] { return getpid() == here ? 1 : 0; }), 0);
     EXPECT_EQ(guarded([&] { return getpid() == here ? 1 : 0; }, {.on = false, .callLimit = 1}), 1);
 }
 
-TEST(Guarded, NamesTheInnermostCallThatFell) {
-    const auto inCalls = [](const std::function<void()> &fall) {
-        return [fall] {
+TEST(Guarded, NamesTheInnermostCallThatFailed) {
+    const auto inCalls = [](const std::function<void()> &fail) {
+        return [fail] {
             const CallScope outer(numberOfServer("Outer"), "create");
             { const CallScope before(numberOfServer("Before"), "load"); }
             const CallScope inner(numberOfServer("Inner"), "init");
-            fall();
+            fail();
         };
     };
     EXPECT_EQ(errorOf<ModuleError>(inCalls([] { raise(SIGFPE); })),
@@ -66,12 +66,12 @@ TEST(Guarded, NamesTheInnermostCallThatFell) {
     EXPECT_EQ(errorOf<ModuleError>(inCalls([] { _exit(9); })),
               "some.p: server \"Inner\" ended the process with status 9 in init");
     EXPECT_EQ(errorOf<ModuleError>(inCalls([] { kill(getpid(), SIGKILL); })),
-              "some.p: server \"Inner\" was killed, perhaps for want of memory, in init");
+              "some.p: server \"Inner\" was killed, perhaps because memory ran out, in init");
     EXPECT_EQ(errorOf<ModuleError>(inCalls(hang), kQuick),
-              "some.p: server \"Inner\" hangs in init: nothing came of it for 0.1 s");
+              "some.p: server \"Inner\" hangs in init: no progress for 0.1 s");
 }
 
-TEST(Guarded, BlamesNoModuleThatWasNotRunning) {
+TEST(Guarded, DoesNotBlameAModuleThatWasNotRunning) {
     EXPECT_EQ(errorOf<MachineError>([] { raise(SIGSEGV); }),
               "crashed (segmentation fault); no code of the module was running");
     EXPECT_EQ(errorOf<MachineError>([] {
@@ -83,12 +83,12 @@ TEST(Guarded, BlamesNoModuleThatWasNotRunning) {
               "threw std::runtime_error: no luck, thread 2; no code of the module was running");
 }
 
-TEST(Guarded, CountsNoTimeOutsideOfTheModule) {
+TEST(Guarded, DoesNotCountTimeOutsideTheModule) {
     EXPECT_EQ(guarded(
                   [] {
                       std::this_thread::sleep_for(kLongerThanQuick);
                       std::thread([] {
-                          const SlotScope slot(0); // asked, and found in the host's code
+                          const SlotScope slot(0); // asked for its call site, which is in the host's code
                           std::this_thread::sleep_for(kLongerThanQuick);
                       }).join();
                       return 5;
@@ -117,7 +117,7 @@ TEST(Guarded, CountsNoTimeOfADialog) {
                       hang();
                   },
                   kQuick),
-              "some.p: server \"Asker\" hangs in panel button: nothing came of it for 0.1 s");
+              "some.p: server \"Asker\" hangs in panel button: no progress for 0.1 s");
 }
 
 TEST(Guarded, CountsTheTimeOfCallsThatADialogMakes) {
@@ -129,7 +129,7 @@ TEST(Guarded, CountsTheTimeOfCallsThatADialogMakes) {
                       hang();
                   },
                   kQuick),
-              "some.p: server \"Answerer\" hangs in panel getter: nothing came of it for 0.1 s");
+              "some.p: server \"Answerer\" hangs in panel getter: no progress for 0.1 s");
 }
 
 TEST(Guarded, BlamesNoModuleForACrashInADialog) {

@@ -1,4 +1,4 @@
-// Image files whose headers claim sizes that cannot be, that are too large, or that are merely odd.
+// Image files whose headers claim a size that is impossible, too large, or merely unusual.
 #include "host/base/error.h"
 #include "host/image/image.h"
 #include "tests/image/image_files.h"
@@ -29,8 +29,8 @@ std::string bigEndian(std::uint32_t value) {
     return bytes;
 }
 
-// The check number of PNG's chunks: CRC-32 as in ISO 3309.
-std::uint32_t checkNumber(const std::string &bytes) {
+// The checksum of PNG chunks: CRC-32 as in ISO 3309.
+std::uint32_t checksum(const std::string &bytes) {
     std::uint32_t crc = 0xffffffff;
     for (const char byte : bytes) {
         crc ^= static_cast<unsigned char>(byte);
@@ -39,13 +39,13 @@ std::uint32_t checkNumber(const std::string &bytes) {
     return ~crc;
 }
 
-// Good files of 2 by 2 pixels whose headers then claim other sides.
+// Each of these functions writes a file whose header claims these sides, with 2 by 2 pixels or none.
 void claimInPng(const std::string &file, const Sides &sides) {
     ASSERT_TRUE(writeImageFile(file, 2, 2, 3, std::vector<std::uint8_t>(12, 128)));
     std::string bytes = bytesOf(file);
-    constexpr std::size_t kChunkType = 12, kSides = 16, kCheck = 29; // of the header's chunk, the first one
+    constexpr std::size_t kChunkType = 12, kSides = 16, kChecksum = 29; // of the header's chunk, the first one
     bytes.replace(kSides, 8, bigEndian(sides[0]) + bigEndian(sides[1]));
-    bytes.replace(kCheck, 4, bigEndian(checkNumber(bytes.substr(kChunkType, kCheck - kChunkType))));
+    bytes.replace(kChecksum, 4, bigEndian(checksum(bytes.substr(kChunkType, kChecksum - kChunkType))));
     writeText(file, bytes);
 }
 
@@ -74,7 +74,7 @@ void claimInPpm(const std::string &file, const Sides &sides) {
 
 struct Claim {
     const char *name, *ending;
-    bool opens; // by its header alone; else the format's own reader looks further, and refuses
+    bool opens; // the format's library opens a file by its header alone; otherwise it checks more, and refuses the file
     void (*write)(const std::string &file, const Sides &sides);
 };
 
@@ -95,7 +95,7 @@ std::size_t peakMemory() { // in bytes
 
 class ClaimedSize : public testing::TestWithParam<Claim> {};
 
-TEST_P(ClaimedSize, OfNothingIsRefused) {
+TEST_P(ClaimedSize, ZeroIsRefused) {
     const TemporaryDirectory directory;
     const std::string file = directory / (std::string("a") + GetParam().ending);
     for (const Sides &sides : {kNothing, kNoWidth}) {
@@ -104,7 +104,7 @@ TEST_P(ClaimedSize, OfNothingIsRefused) {
     }
 }
 
-TEST_P(ClaimedSize, BeyondTheLimitIsRefusedWithoutTakingTheMemory) {
+TEST_P(ClaimedSize, AboveTheLimitIsRefusedWithoutAllocatingIt) {
     const TemporaryDirectory directory;
     const std::string file = directory / (std::string("a") + GetParam().ending);
     GetParam().write(file, kHuge);
@@ -120,7 +120,7 @@ TEST_P(ClaimedSize, BeyondTheLimitIsRefusedWithoutTakingTheMemory) {
     EXPECT_LT(peakMemory() - before, kLittle);
 }
 
-TEST_P(ClaimedSize, WithinTheLimitThatTheFileDoesNotHoldIsRefused) {
+TEST_P(ClaimedSize, LargerThanTheDataIsRefused) {
     const TemporaryDirectory directory;
     const std::string file = directory / (std::string("a") + GetParam().ending);
     GetParam().write(file, {3000, 3000});
@@ -134,10 +134,10 @@ INSTANTIATE_TEST_SUITE_P(Formats, ClaimedSize,
                                          Claim{"Ppm", ".ppm", true, claimInPpm}),
                          [](const auto &claim) { return claim.param.name; });
 
-// Rows or columns only: read like any other, with every level of the pyramid.
+// Images of a single row or column are read like any other, with every level of the pyramid.
 class Line : public testing::TestWithParam<Sides> {};
 
-TEST_P(Line, IsReadWhole) {
+TEST_P(Line, IsReadCompletely) {
     const auto [width, height] = GetParam();
     constexpr int kLength = 100000;
     const TemporaryDirectory directory;
@@ -150,10 +150,10 @@ TEST_P(Line, IsReadWhole) {
     float colour[3];
     pixel(image.get(), kLength - 1, kLength - 1, colour);
     EXPECT_EQ(colour[0], 1);
-    pixel(image.get(), kLength - 2, kLength - 2, colour); // the side of one pixel is clamped
+    pixel(image.get(), kLength - 2, kLength - 2, colour); // clamped along the side of one pixel
     EXPECT_EQ(colour[0], 0);
     ASSERT_EQ(image->levels.back().pixels.size(), 1u);
-    // One pixel of white in all: halving covers areas exactly, so that the mean is kept.
+    // One pixel is white. Halving weights pixels by their exact area, so that the mean is kept.
     EXPECT_NEAR(image->levels.back().pixels[0] * kLength, 1, 1e-2);
     double spot[3];
     sampleSpot(image.get(), 0.5, 0.5, 1, spot);

@@ -1,4 +1,4 @@
-// Comparing image files: what counts as the same, and what a comparison must not overlook.
+// Comparing images: which differences count as the same, and which must be found.
 #include "host/base/error.h"
 #include "host/image/compare.h"
 #include "tests/image/image_files.h"
@@ -18,7 +18,7 @@ constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr int kWidth = 8, kHeight = 4;
 
-// A slow ramp, every channel of its own.
+// Values that rise slowly from pixel to pixel, each channel with an offset of its own.
 FilePixels ramp(std::vector<std::string> channels = {"R", "G", "B"}) {
     FilePixels image{.width = kWidth, .height = kHeight, .isLight = true, .channels = channels, .values = {}};
     image.alpha = image.find("A");
@@ -40,7 +40,7 @@ bool same(const FilePixels &first, const FilePixels &second, const CompareLimits
     return forth;
 }
 
-// One way in which two copies of the ramp differ, and whether the limits bear it.
+// One way in which two copies of the ramp differ, and whether they count as the same within the limits.
 struct Change {
     const char *name;
     bool same;
@@ -70,10 +70,10 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"OnePixelWithinTheTolerance", true, [](auto &, auto &b) { at(b, 3, 2, 1) += 0.0039F; }},
         Change{"OnePixelBeyondTheTolerance", false, [](auto &, auto &b) { at(b, 3, 2, 1) += 0.0041F; }},
         Change{"OnePixelBelow", false, [](auto &, auto &b) { at(b, 3, 2, 1) -= 0.0041F; }},
-        Change{"AllBySoLittleThatOnlyTheRmsTells", false, [](auto &, auto &b) { addToAll(b, 0.0025F); }},
+        Change{"AllBySoLittleThatOnlyTheRmsDetectsIt", false, [](auto &, auto &b) { addToAll(b, 0.0025F); }},
         Change{"AllBelowTheRms", true, [](auto &, auto &b) { addToAll(b, 0.0015F); }},
         Change{"TheRmsMayBeSet", true, [](auto &, auto &b) { addToAll(b, 0.0025F); }, {.mean = 0.003, .rms = 0.003}},
-        Change{"TheMeanTellsWhereTheRmsMayBeLarge", false, [](auto &, auto &b) { addToAll(b, 0.0025F); }, {.rms = 0.003}},
+        Change{"OnlyTheMeanDetectsIt", false, [](auto &, auto &b) { addToAll(b, 0.0025F); }, {.rms = 0.003}},
         Change{"TheToleranceMayBeSet", true, [](auto &, auto &b) { at(b, 0, 0, 0) += 0.01F; }, {.tolerance = 0.02}},
         Change{"OnePixelInThirtyTwo",
                true,
@@ -130,7 +130,7 @@ TEST(Compare, FindsOneBrightPixelInALargePicture) {
     EXPECT_DOUBLE_EQ(comparison.rms, 0.25 / std::sqrt(3e6));
 }
 
-TEST(Compare, NamesThePixelThatIsNoNumber) {
+TEST(Compare, NamesThePixelThatIsNotANumber) {
     FilePixels first = ramp(), second = first;
     at(second, 2, 1, 0) += 100;
     at(first, 5, 3, 2) = at(second, 5, 3, 2) = kNaN;
@@ -142,7 +142,7 @@ TEST(Compare, NamesThePixelThatIsNoNumber) {
     EXPECT_EQ(comparison.beyond, 2U);
 }
 
-TEST(Compare, PutsTheDifferencesInAPicture) {
+TEST(Compare, DrawsTheDifferences) {
     FilePixels first = ramp({"R", "G", "B", "A"}), second = first;
     at(second, 1, 0, 1) += 0.5F;
     at(second, 2, 3, 3) += 0.25F; // alpha shows in all colours
@@ -156,7 +156,7 @@ TEST(Compare, PutsTheDifferencesInAPicture) {
     EXPECT_EQ(colour(2, 3), (std::vector<float>{0.25F, 0.25F, 0.25F, 1}));
 }
 
-TEST(CompareChannels, AlphaThatOnlyOneHasIsOpaque) {
+TEST(CompareChannels, MissingAlphaCountsAsOpaque) {
     FilePixels with = ramp({"R", "G", "B", "A"});
     for (int y = 0; y < kHeight; ++y)
         for (int x = 0; x < kWidth; ++x) at(with, x, y, 3) = 1;
@@ -166,7 +166,7 @@ TEST(CompareChannels, AlphaThatOnlyOneHasIsOpaque) {
     EXPECT_TRUE(same(with, ramp(), {.alpha = false}));
 }
 
-TEST(CompareChannels, GreyStandsForAllColours) {
+TEST(CompareChannels, GreyIsComparedWithEveryColour) {
     FilePixels colour = ramp();
     const FilePixels grey = ramp({"Y"});
     EXPECT_FALSE(same(colour, grey));
@@ -177,7 +177,7 @@ TEST(CompareChannels, GreyStandsForAllColours) {
     EXPECT_FALSE(same(colour, grey));
 }
 
-TEST(CompareChannels, GoByTheirNames) {
+TEST(CompareChannels, AreMatchedByName) {
     FilePixels other = ramp({"B", "G", "R"});
     EXPECT_FALSE(same(ramp(), other));
     for (int y = 0; y < kHeight; ++y)
@@ -191,13 +191,13 @@ TEST(CompareChannels, ThatOnlyOneHasAreADifference) {
     EXPECT_EQ(compareImages(ramp(), ramp({"R", "G", "B", "Z"}), {}).onlyInOne, (std::vector<std::string>{"Z"}));
 }
 
-TEST(CompareChannels, NothingIsNotTheSameAsNothing) {
+TEST(CompareChannels, NoneToCompareCountsAsADifference) {
     EXPECT_TRUE(same(ramp({"A"}), ramp({"A"})));
     EXPECT_FALSE(same(ramp({"A"}), ramp({"A"}), {.alpha = false}));
 }
 
-// On finite numbers of equal channels the library's own comparison must say the same.
-TEST(Compare, AgreesWithTheLibrary) {
+// For finite values and equal channels, OpenImageIO's own comparison gives the same results.
+TEST(Compare, AgreesWithOpenImageIO) {
     FilePixels first = ramp(), second = first;
     unsigned state = 1;
     for (float &value : second.values) {
@@ -214,13 +214,13 @@ TEST(Compare, AgreesWithTheLibrary) {
     EXPECT_EQ(ours.worst.x, theirs.maxx);
     EXPECT_EQ(ours.worst.y, theirs.maxy);
     EXPECT_EQ(first.find(ours.worst.channel), theirs.maxc);
-    constexpr double kSinglePrecision = 1e-6; // the library subtracts in float
+    constexpr double kSinglePrecision = 1e-6; // OpenImageIO subtracts in float
     EXPECT_NEAR(ours.worst.difference, theirs.maxerror, kSinglePrecision);
     EXPECT_NEAR(ours.mean, theirs.meanerror, kSinglePrecision);
     EXPECT_NEAR(ours.rms, theirs.rms_error, kSinglePrecision);
 }
 
-TEST(FilePixels, KeepTheNumbersOfTheFile) {
+TEST(FilePixels, KeepTheValuesOfTheFile) {
     const TemporaryDirectory directory;
     ASSERT_TRUE(writeImageFile<std::uint8_t>(directory / "a.png", 1, 1, 4, {51, 128, 255, 102}));
     const FilePixels png = readFilePixels(directory / "a.png");
@@ -237,7 +237,7 @@ TEST(FilePixels, KeepTheNumbersOfTheFile) {
     EXPECT_EQ(exr.values, (std::vector<float>{-2.5F, kInfinity}));
 }
 
-TEST(FilePixels, OfMissingAndBrokenFilesAreNone) {
+TEST(FilePixels, CannotBeReadFromMissingOrBrokenFiles) {
     const TemporaryDirectory directory;
     EXPECT_THROW(readFilePixels(directory / "none.png"), InputError);
     writeText(directory / "text.png", "no picture");
@@ -248,12 +248,12 @@ TEST(FilePixels, OfMissingAndBrokenFilesAreNone) {
     EXPECT_THROW(readFilePixels(directory / "cut.exr"), InputError);
 }
 
-// The same picture as screen numbers and as light.
+// The same picture in two files: encoded for the screen, in 8 bits, and as linear light.
 struct BothKinds {
     const TemporaryDirectory directory;
     FilePixels screen, light;
 
-    // Of the light 0.2158605, which is 128 of 255 on a screen, and of another number in its place.
+    // The screen value 128 of 255 encodes the light 0.2158605. `level` is the first value of the file with light.
     explicit BothKinds(float level = 0.2158605F) {
         EXPECT_TRUE(writeImageFile<std::uint8_t>(directory / "a.png", 2, 1, 3, {128, 128, 128, 255, 0, 128}));
         EXPECT_TRUE(
@@ -263,14 +263,14 @@ struct BothKinds {
     }
 };
 
-TEST(CompareKinds, LightIsTakenThroughTheScreensCurve) {
+TEST(CompareKinds, LightIsEncodedForTheScreenFirst) {
     const BothKinds kinds;
     EXPECT_TRUE(same(kinds.screen, kinds.light, {.tolerance = 1e-5, .mean = 1e-5, .rms = 1e-5}));
     EXPECT_TRUE(compareImages(kinds.screen, kinds.light, {}).asScreen);
     EXPECT_FALSE(compareImages(kinds.light, kinds.light, {}).asScreen);
 }
 
-TEST(CompareKinds, WhatIsNoNumberDoesNotHideBehindTheCurve) {
+TEST(CompareKinds, EncodingDoesNotHideWhatIsNotANumber) {
     for (const float level : {kNaN, kInfinity, -kInfinity}) {
         const BothKinds kinds(level);
         EXPECT_FALSE(same(kinds.screen, kinds.light, {.tolerance = 1e30, .mean = 1e30, .rms = 1e30, .fraction = 1}))
@@ -278,7 +278,7 @@ TEST(CompareKinds, WhatIsNoNumberDoesNotHideBehindTheCurve) {
     }
 }
 
-TEST(CompareKinds, AlphaIsLightInBoth) {
+TEST(CompareKinds, AlphaIsLinearInBoth) {
     const TemporaryDirectory directory;
     ASSERT_TRUE(writeImageFile<std::uint8_t>(directory / "a.png", 1, 1, 4, {255, 0, 255, 51}));
     ASSERT_TRUE(writeImageFile<float>(directory / "a.exr", 1, 1, 4, {1, 0, 1, 0.2F}));

@@ -1,4 +1,4 @@
-// Image files made to measure.
+// Writes image files with given pixels.
 #pragma once
 
 #include <OpenImageIO/imageio.h>
@@ -13,7 +13,8 @@ inline OIIO::TypeDesc typeOf(std::uint8_t) { return OIIO::TypeDesc::UINT8; }
 inline OIIO::TypeDesc typeOf(std::uint16_t) { return OIIO::TypeDesc::UINT16; }
 inline OIIO::TypeDesc typeOf(float) { return OIIO::TypeDesc::FLOAT; }
 
-// Writes these numbers as they are; alpha, in files of two or four channels, is not multiplied in.
+// Writes the values unchanged; false if the file cannot be written. The last of two or four channels is alpha, by which
+// the colours are not multiplied.
 template <typename Value>
 bool writeImageFile(const std::string &file, int width, int height, int channels, const std::vector<Value> &values) {
     const auto output = OIIO::ImageOutput::create(file);

@@ -1,4 +1,4 @@
-// The scene's image list and the table through which nodes see it.
+// The scene's image list, and the service through which nodes use it.
 #include "host/base/error.h"
 #include "host/image/image.h"
 #include "tests/image/image_files.h"
@@ -22,7 +22,7 @@ class ImageListTest : public testing::Test {
     }
     void TearDown() override { list.clear(); }
 
-    std::vector<std::string> walk() const {
+    std::vector<std::string> namesInOrder() const {
         std::vector<std::string> names;
         for (HostImage *image = table->first(); image != nullptr; image = table->next(image)) {
             names.emplace_back(table->name(image));
@@ -43,11 +43,11 @@ TEST_F(ImageListTest, KeepsItsOrder) {
     list.load(directory / "red.exr", "b");
     HostImage &second = list.load(directory / "green.exr", "a");
     list.load(directory / "other/red.exr", "c");
-    EXPECT_EQ(walk(), (Names{"b", "a", "c"}));
+    EXPECT_EQ(namesInOrder(), (Names{"b", "a", "c"}));
     table->clear(&second);
-    EXPECT_EQ(walk(), (Names{"b", "c"}));
+    EXPECT_EQ(namesInOrder(), (Names{"b", "c"}));
     table->clear(nullptr);
-    EXPECT_EQ(walk(), (Names{"b", "c"}));
+    EXPECT_EQ(namesInOrder(), (Names{"b", "c"}));
 }
 
 TEST_F(ImageListTest, ReadsAFileOnce) {
@@ -55,7 +55,7 @@ TEST_F(ImageListTest, ReadsAFileOnce) {
     EXPECT_EQ(&list.load(directory / "red.exr", "sky"), &named);
     EXPECT_EQ(&list.load(directory / "red.exr"), &named);
     EXPECT_NE(&list.load(directory / "red.exr", "sea"), &named);
-    EXPECT_EQ(walk(), (Names{"sky", "sea"}));
+    EXPECT_EQ(namesInOrder(), (Names{"sky", "sea"}));
 }
 
 TEST_F(ImageListTest, NamesAreUnique) {
@@ -66,7 +66,7 @@ TEST_F(ImageListTest, NamesAreUnique) {
     list.clear();
     list.load(directory / "red.exr");
     list.load(directory / "other/red.exr");
-    EXPECT_EQ(walk(), (Names{"red.exr", "red.exr (2)"}));
+    EXPECT_EQ(namesInOrder(), (Names{"red.exr", "red.exr (2)"}));
 }
 
 TEST_F(ImageListTest, TableReportsFailuresAsNull) {
@@ -79,7 +79,7 @@ TEST_F(ImageListTest, TableReportsFailuresAsNull) {
     EXPECT_EQ(table->fileName(image, 7), directory / "red.exr");
 }
 
-TEST_F(ImageListTest, TableTellsPixels) {
+TEST_F(ImageListTest, TableGivesPixels) {
     HostImage *image = &list.load(directory / "red.exr", "red");
     int width, height;
     table->size(image, &width, &height);
@@ -125,17 +125,19 @@ TEST_F(ImageListTest, TableAllowsTheNullImageEverywhere) {
     table->alphaSpot(nullptr, 0, 0, 1, 0);
 }
 
-// A state that keeps the strings it is given.
+// A save state that stores strings, and a load state that returns them in the same order.
 struct Strings {
-    std::deque<std::string> kept;
+    std::deque<std::string> stored;
     HostSaveState save{};
     HostLoadState load{};
 
     Strings() {
         save.data = load.data = this;
-        save.writeString = [](void *data, const char *text) { static_cast<Strings *>(data)->kept.emplace_back(text); };
+        save.writeString = [](void *data, const char *text) {
+            static_cast<Strings *>(data)->stored.emplace_back(text);
+        };
         load.readString = [](void *data, char *buffer, int size) {
-            auto &strings = static_cast<Strings *>(data)->kept;
+            auto &strings = static_cast<Strings *>(data)->stored;
             if (strings.empty()) return 0;
             const std::string text = strings.front().substr(0, static_cast<std::size_t>(size) - 1);
             strings.pop_front();
@@ -153,11 +155,11 @@ TEST_F(ImageListTest, ReferencesFindTheirImage) {
     for (HostImage *image : {alsoRed, red, static_cast<HostImage *>(nullptr)}) {
         table->saveReference(&state.save, image);
         EXPECT_EQ(table->loadReference(&state.load), image);
-        EXPECT_TRUE(state.kept.empty());
+        EXPECT_TRUE(state.stored.empty());
     }
 }
 
-TEST_F(ImageListTest, ReferenceToAnImageThatIsNotThereReadsItsFile) {
+TEST_F(ImageListTest, ReferenceToAnUnlistedImageReadsItsFile) {
     Strings state;
     table->saveReference(&state.save, &list.load(directory / "red.exr", "red"));
     list.clear();

@@ -1,4 +1,4 @@
-// Lookups in images, against what they are by definition.
+// Lookups in images, compared with their definitions.
 #include "host/image/image.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ constexpr double kTolerance = 1e-6;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// One level of one channel.
+// An image of one channel, without smaller levels.
 HostImage greyImage(int width, int height, std::vector<float> values) {
     HostImage image;
     image.width = width;
@@ -54,7 +54,7 @@ TEST(Bilinear, FollowsPixelCentresWrapsInUAndClampsInV) {
         EXPECT_NEAR(bilinear(image, each.u, each.v), each.expected, kTolerance) << each.what;
 }
 
-TEST(Bilinear, NumbersThatAreNoneStayInTheImage) {
+TEST(Bilinear, ExtremeCoordinatesStayInTheImage) {
     const HostImage image = greyImage(2, 2, {1, 2, 3, 4});
     for (const double odd : {kNaN, kInfinity, -kInfinity, 1e300, -1e300}) {
         EXPECT_GE(bilinear(image, odd, 0.5), 1);
@@ -64,7 +64,7 @@ TEST(Bilinear, NumbersThatAreNoneStayInTheImage) {
     }
 }
 
-TEST(Pixel, BeyondTheEdgesIsTheNearest) {
+TEST(Pixel, OutsideTheImageIsTheNearestInside) {
     const HostImage image = greyImage(2, 2, {1, 2, 3, 4});
     const auto at = [&](int x, int y) {
         float colour[3];
@@ -92,7 +92,7 @@ TEST(NullImage, IsBlackEverywhere) {
     }
 }
 
-// A checkerboard with its half-sized level: all of the mean.
+// A checkerboard with the next level of its pyramid, a single pixel with the mean.
 TEST(Spot, BlendsThePyramidLevelsThatEncloseIt) {
     HostImage image = greyImage(2, 2, {0, 1, 1, 0});
     image.levels.push_back({.width = 1, .height = 1, .pixels = {0.5f}});
@@ -102,7 +102,7 @@ TEST(Spot, BlendsThePyramidLevelsThatEncloseIt) {
         return colour[0];
     };
     EXPECT_NEAR(spot(0), 0, kTolerance);
-    EXPECT_NEAR(spot(0.5), 0, kTolerance); // just one pixel wide
+    EXPECT_NEAR(spot(0.5), 0, kTolerance); // exactly one pixel wide
     EXPECT_NEAR(spot(0.5 * std::numbers::sqrt2), 0.25, kTolerance);
     EXPECT_NEAR(spot(1), 0.5, kTolerance);
     EXPECT_NEAR(spot(1000), 0.5, kTolerance);

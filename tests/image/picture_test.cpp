@@ -1,4 +1,4 @@
-// Pictures to files and back.
+// Writing pictures to files, and reading them back.
 #include "host/base/error.h"
 #include "host/image/image.h"
 #include "host/image/picture.h"
@@ -18,7 +18,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// Slow ramps, so that also JPEG keeps them.
+// Values that change slowly, so that JPEG keeps them, too.
 Picture ramp() {
     Picture picture(32, 16);
     for (int y = 0; y < 16; ++y) {
@@ -38,13 +38,13 @@ struct RoundTripCase {
     double tolerance; // of a component up to 1
     bool hasAlpha;
 };
-// The steepest part of the screen curve turns half a step of 255 into 0.0045 of light; JPEG may be a few steps off; HDR
+// Where the sRGB curve is steepest, half a step of 8 bits is 0.0045 of linear light. JPEG may be several steps off. HDR
 // keeps 8 bits of the largest component.
 constexpr RoundTripCase kRoundTrips[] = {{".png", 0.0046, false}, {".PNG", 0.0046, false}, {".jpg", 0.04, false},
                                          {".jpeg", 0.04, false},  {".tif", 0.0046, false}, {".tiff", 0.0046, false},
                                          {".exr", 0, true},       {".hdr", 0.0040, false}};
 
-TEST(Picture, ComesBackFromItsFile) {
+TEST(Picture, ReadsBackFromItsFile) {
     const Picture picture = ramp();
     for (const RoundTripCase &each : kRoundTrips) {
         const TemporaryDirectory directory;
@@ -96,11 +96,11 @@ TEST(Picture, EightBitsAreClamped) {
     EXPECT_EQ(colour[2], 0);
 }
 
-TEST(Picture, EightBitsFollowTheScreenCurve) {
+TEST(Picture, EightBitsAreEncodedAsSrgb) {
     const TemporaryDirectory directory;
     Picture picture(1, 1);
     picture.pixel(0, 0)[0] = 0.2158605f; // 128 of 255
-    picture.pixel(0, 0)[1] = 0.001f;     // 0.01292, in the straight part: 3.29 of 255
+    picture.pixel(0, 0)[1] = 0.001f;     // 0.01292, in the linear part: 3.29 of 255
     picture.pixel(0, 0)[2] = 1;
     writePicture(picture, directory / "a.png");
     const auto input = OIIO::ImageInput::open(directory / "a.png");
@@ -112,7 +112,7 @@ TEST(Picture, EightBitsFollowTheScreenCurve) {
     EXPECT_EQ(bytes[2], 255);
 }
 
-TEST(Picture, ExrHeaderTellsWhatMadeIt) {
+TEST(Picture, ExrHeaderStatesHowItWasMade) {
     const TemporaryDirectory directory;
     const PictureMetadata metadata = {
         .scene = "scenes/clay.json", .module = "velm.p", .version = "1.2", .command = "velm render \"a b\""};
@@ -126,7 +126,7 @@ TEST(Picture, ExrHeaderTellsWhatMadeIt) {
     EXPECT_EQ(input->spec().format, OIIO::TypeDesc::FLOAT);
 }
 
-TEST(Picture, NoFileHoldsTheTime) {
+TEST(Picture, NoFileHoldsADate) {
     const TemporaryDirectory directory;
     for (const char *ending : {"exr", "hdr", "jpg", "png", "tif"}) {
         const std::string file = directory / (std::string("a.") + ending);
@@ -141,7 +141,7 @@ TEST(Picture, NoFileHoldsTheTime) {
     }
 }
 
-TEST(Picture, UnknownEndingNamesTheKnownOnes) {
+TEST(Picture, ErrorForAnUnknownEndingNamesTheKnownOnes) {
     const TemporaryDirectory directory;
     for (const char *name : {"a.gif", "a", "a.pngx", ".png"}) {
         try {
@@ -159,19 +159,19 @@ TEST(Picture, UnknownEndingNamesTheKnownOnes) {
     EXPECT_TRUE(directory.names().empty());
 }
 
-TEST(Picture, MissingDirectoryIsTheMachinesFailure) {
+TEST(Picture, MissingDirectoryIsAMachineError) {
     const TemporaryDirectory directory;
     EXPECT_THROW(writePicture(ramp(), directory / "none/a.png"), MachineError);
 }
 
-TEST(Picture, FileThatCannotBePutInPlaceLeavesNothing) {
+TEST(Picture, FailureToReplaceAFileLeavesNoOtherFile) {
     const TemporaryDirectory directory;
     std::filesystem::create_directories(directory / "a.png/occupied");
     EXPECT_THROW(writePicture(ramp(), directory / "a.png"), MachineError);
     EXPECT_EQ(directory.names(), Names{"a.png"});
 }
 
-// A full disk, as far as one process can have one.
+// Limits the size of files while it lives. Writing beyond the limit fails as on a full disk.
 class SizeLimit {
   public:
     explicit SizeLimit(rlim_t bytes) : previousHandler_(std::signal(SIGXFSZ, SIG_IGN)) {

@@ -1,4 +1,4 @@
-// Images from files: which channels they have, and which numbers become of the file's.
+// Reading image files: their channels, and the conversion of their values to linear light.
 #include "host/base/error.h"
 #include "host/image/file_pixels.h"
 #include "host/image/image.h"
@@ -14,8 +14,8 @@
 namespace velm::host::test {
 namespace {
 
-// Screen numbers and the light that they stand for, from the curve's definition: straight below 0.04045, else
-// ((c + 0.055) / 1.055)^2.4.
+// sRGB values and the linear light that they encode. By definition of the curve, that is c / 12.92 up to c = 0.04045,
+// and ((c + 0.055) / 1.055)^2.4 above.
 struct Encoded {
     int of255;
     double linear;
@@ -23,7 +23,7 @@ struct Encoded {
 constexpr Encoded kEncoded[] = {{0, 0}, {5, 0.001517635}, {128, 0.2158605}, {188, 0.5028865}, {255, 1}};
 constexpr double kByteTolerance = 1e-6;
 
-TEST(ReadImage, EightBitsAreScreenNumbers) {
+TEST(ReadImage, EightBitsAreDecodedFromSrgb) {
     const TemporaryDirectory directory;
     std::vector<std::uint8_t> values;
     for (const Encoded &each : kEncoded) values.insert(values.end(), 3, static_cast<std::uint8_t>(each.of255));
@@ -36,7 +36,7 @@ TEST(ReadImage, EightBitsAreScreenNumbers) {
     }
 }
 
-TEST(ReadImage, SixteenBitsAreScreenNumbers) {
+TEST(ReadImage, SixteenBitsAreDecodedFromSrgb) {
     const TemporaryDirectory directory;
     ASSERT_TRUE(writeImageFile<std::uint16_t>(directory / "a.png", 2, 1, 3, {65535, 32896, 0, 257, 48316, 1285}));
     const auto image = readImage(directory / "a.png", "a");
@@ -53,7 +53,7 @@ TEST(ReadImage, SixteenBitsAreScreenNumbers) {
 
 class FloatFile : public testing::TestWithParam<const char *> {};
 
-TEST_P(FloatFile, KeepsItsNumbers) {
+TEST_P(FloatFile, KeepsItsValues) {
     const TemporaryDirectory directory;
     const std::string file = directory / (std::string("a") + GetParam());
     const std::vector<float> values = {0.25f, 0.5f, 1.0f, 0.125f, 4.0f, 16.0f};
@@ -75,7 +75,7 @@ struct ChannelCase {
 };
 class Channels : public testing::TestWithParam<ChannelCase> {};
 
-TEST_P(Channels, AreTakenOver) {
+TEST_P(Channels, AreKept) {
     const TemporaryDirectory directory;
     const int count = GetParam().channels;
     std::vector<std::uint8_t> values;
@@ -92,7 +92,7 @@ TEST_P(Channels, AreTakenOver) {
     pixel(image.get(), 0, 0, colour);
     EXPECT_NEAR(colour[0], 1, kByteTolerance); // not multiplied by alpha
     EXPECT_EQ(colour[2] == colour[0], !GetParam().isColour);
-    EXPECT_NEAR(pixelAlpha(image.get(), 0, 0), alpha ? 0.2 : 1, kByteTolerance); // not put through the curve
+    EXPECT_NEAR(pixelAlpha(image.get(), 0, 0), alpha ? 0.2 : 1, kByteTolerance); // alpha is linear in the file, too
 }
 INSTANTIATE_TEST_SUITE_P(All, Channels,
                          testing::Values(ChannelCase{"Luminance", 1, false, false},
@@ -116,14 +116,14 @@ TEST(ReadImage, ErrorsNameTheFile) {
     }
 }
 
-// As long as this stands, the leak check lets pass what is allocated.
-struct LeaksPass {
+// While it lives, the leak check ignores what is allocated.
+struct LeakCheckPause {
 #ifdef __SANITIZE_ADDRESS__
     __lsan::ScopedDisabler disabler;
 #endif
 };
 
-// A pipe would keep the program waiting, a device never end.
+// Opening a pipe could block the program, and reading a device might never end.
 TEST(ReadImage, OnlyRegularFilesAreRead) {
     const TemporaryDirectory directory;
     const std::string pipe = directory / "a.png";
@@ -143,7 +143,7 @@ TEST(ReadImage, OnlyRegularFilesAreRead) {
     }
 }
 
-TEST(ReadImage, CutOffFileIsAnError) {
+TEST(ReadImage, TruncatedFileIsAnError) {
     const TemporaryDirectory directory;
     std::vector<std::uint8_t> noise;
     for (unsigned i = 0, state = 1; i < 64 * 64 * 3; ++i) {
@@ -152,8 +152,8 @@ TEST(ReadImage, CutOffFileIsAnError) {
     }
     ASSERT_TRUE(writeImageFile(directory / "a.png", 64, 64, 3, noise));
     std::filesystem::resize_file(directory / "a.png", 2000);
-    // The PNG library leaves such a file by a jump, past the end of a text that the image library holds then.
-    [[maybe_unused]] LeaksPass pass;
+    // The PNG library reports the error by longjmp, which leaks a string of the image library.
+    [[maybe_unused]] LeakCheckPause pause;
     EXPECT_THROW(readImage(directory / "a.png", "a"), InputError);
 }
 

@@ -9,12 +9,12 @@ namespace velm::host::test {
 
 TemporaryDirectory::TemporaryDirectory() {
     std::string pattern = (std::filesystem::temp_directory_path() / "velm-test-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a temporary directory");
+    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot create a temporary directory");
     path_ = pattern;
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
-    std::error_code ignored; // nothing to be done about it, and no test hangs on it
+    std::error_code ignored; // no test depends on the removal
     std::filesystem::remove_all(path_, ignored);
 }
 

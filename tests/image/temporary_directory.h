@@ -1,4 +1,4 @@
-// A directory of a test's own, gone with all that is in it when the test ends.
+// A temporary directory for a test.
 #pragma once
 
 #include <filesystem>
@@ -7,6 +7,7 @@
 
 namespace velm::host::test {
 
+// An empty directory; the destructor removes it with everything in it.
 class TemporaryDirectory {
   public:
     TemporaryDirectory();
@@ -16,13 +17,13 @@ class TemporaryDirectory {
 
     std::string operator/(const std::string &name) const { return (path_ / name).string(); }
     const std::filesystem::path &path() const { return path_; }
-    std::vector<std::string> names() const; // of what is in it, sorted
+    std::vector<std::string> names() const; // of its entries, sorted
 
   private:
     std::filesystem::path path_;
 };
 
-// Writes a file of those bytes.
+// Writes a file with these bytes.
 void writeText(const std::string &file, const std::string &text);
 
 } // namespace velm::host::test

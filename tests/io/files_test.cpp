@@ -69,7 +69,8 @@ TEST_F(Files, LeavesNothingBehindWhenItFails) {
     EXPECT_EQ(entries(), 1U);
 }
 
-// A process that the system ends when a file of its grows beyond so many bytes: in the middle of a write.
+// Writes a file in a child process that the system kills when the file exceeds `atMost` bytes, in the middle of a
+// write. Returns the signal that ended the child; 0: none did.
 int endedBy(const std::string &path, const std::string &bytes, rlim_t atMost) {
     const pid_t child = ::fork();
     if (child == 0) {
@@ -89,7 +90,7 @@ TEST_F(Files, AProcessThatIsKilledWhileWritingLeavesTheOldFile) {
     const std::string path = (directory_ / "file").string(), bytes(200000, 'n');
     writeFileAtomically(path, "old");
     for (const rlim_t atMost : {rlim_t{0}, rlim_t{1}, rlim_t{70000}, rlim_t{199999}}) {
-        // A write that goes up to the limit is cut there; the next one ends the process.
+        // The write that reaches the limit is cut short there; the next one raises the signal.
         EXPECT_EQ(endedBy(path, bytes, atMost), SIGXFSZ) << atMost;
         EXPECT_EQ(readFile(path), "old") << atMost;
     }
@@ -110,7 +111,7 @@ TEST_F(Files, AProcessThatIsKilledAtAnyMomentLeavesOneFileOrTheOther) {
                 writeFileAtomically(path, turn % 2 == 0 ? two : one);
             }
         }
-        char begun = 0; // writes, of which the last may be anywhere
+        char begun = 0; // waits for one to three writes to begin; the last may be at any point when it is interrupted
         for (int writes = 0; writes <= kills % 3; ++writes) ASSERT_EQ(::read(pipe[0], &begun, 1), 1);
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
@@ -121,7 +122,7 @@ TEST_F(Files, AProcessThatIsKilledAtAnyMomentLeavesOneFileOrTheOther) {
     }
 }
 
-TEST_F(Files, TellsWhatCannotBeRead) {
+TEST_F(Files, ReportsWhyAFileCannotBeRead) {
     const std::string path = (directory_ / "missing").string();
     try {
         readFile(path);
@@ -131,7 +132,7 @@ TEST_F(Files, TellsWhatCannotBeRead) {
     }
 }
 
-// What would never end, or never begin.
+// Reading a device might never end, and opening a pipe might never return.
 TEST_F(Files, OnlyRegularFilesAreRead) {
     const std::string pipe = (directory_ / "pipe").string();
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
@@ -154,7 +155,7 @@ TEST_F(Files, OnlyRegularFilesAreRead) {
     EXPECT_EQ(readFile(link.string()), "bytes");
 }
 
-TEST_F(Files, WhatMayNotBeReadIsTold) {
+TEST_F(Files, AMissingPermissionIsReported) {
     if (::geteuid() == 0) GTEST_SKIP() << "root may read every file";
     const std::filesystem::path file = directory_ / "file";
     writeFileAtomically(file.string(), "bytes");
@@ -171,17 +172,17 @@ std::string refusalToWrite(const std::string &path, const std::function<void(con
     return {};
 }
 
-// Nothing here is written to a device: as root, a fault in what is tested would take it from the whole machine.
-TEST_F(Files, OnlyFilesAreReplaced) {
+// No device is written to: with root's permissions, a bug in the tested code would replace it for the whole machine.
+TEST_F(Files, OnlyRegularFilesAreReplaced) {
     const std::string pipe = (directory_ / "pipe").string(), link = (directory_ / "link").string();
-    const std::string circle = (directory_ / "circle").string();
+    const std::string loop = (directory_ / "loop").string();
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     std::filesystem::create_symlink("pipe", link);
-    std::filesystem::create_symlink("circle", circle);
+    std::filesystem::create_symlink("loop", loop);
     const std::pair<std::string, std::string> others[] = {{pipe, "it is a pipe"},
                                                           {link, "it is a pipe"},
                                                           {directory_.string(), "it is a directory"},
-                                                          {circle, "Too many levels of symbolic links"}};
+                                                          {loop, "Too many levels of symbolic links"}};
     for (const auto &[path, kind] : others) {
         EXPECT_EQ(whyIrreplaceable(path), kind);
         const std::string expected = "cannot write \"" + path + "\": " + kind;
@@ -190,13 +191,13 @@ TEST_F(Files, OnlyFilesAreReplaced) {
     }
     EXPECT_TRUE(std::filesystem::is_fifo(pipe));
     EXPECT_TRUE(std::filesystem::is_symlink(link));
-    EXPECT_TRUE(std::filesystem::is_symlink(circle));
+    EXPECT_TRUE(std::filesystem::is_symlink(loop));
     EXPECT_EQ(entries(), 3U);
     EXPECT_EQ(whyIrreplaceable("/dev/null"), "it is a device");
     EXPECT_EQ(whyIrreplaceable((directory_ / "missing").string()), std::nullopt);
 }
 
-TEST_F(Files, LinksStayAndWhatTheyLeadToIsReplaced) {
+TEST_F(Files, LinksAreKeptAndTheirTargetsReplaced) {
     std::filesystem::create_directory(directory_ / "store");
     const std::filesystem::path first = directory_ / "first", second = directory_ / "second";
     std::filesystem::create_symlink("second", first);
@@ -209,7 +210,7 @@ TEST_F(Files, LinksStayAndWhatTheyLeadToIsReplaced) {
     EXPECT_EQ(entries(), 3U);
 }
 
-TEST_F(Files, WritingCanBeTriedBefore) {
+TEST_F(Files, WritingCanBeTriedInAdvance) {
     const std::string path = (directory_ / "file").string();
     tryToWrite(path);
     EXPECT_EQ(entries(), 0U);
@@ -217,7 +218,7 @@ TEST_F(Files, WritingCanBeTriedBefore) {
     tryToWrite(path);
     EXPECT_EQ(readFile(path), "bytes");
     EXPECT_EQ(entries(), 1U);
-    // Short enough for the system, but not with what is written beside it.
+    // The name is short enough for the system, but that of the temporary file beside it would not be.
     const std::string tooLong = (directory_ / std::string(250, 'x')).string();
     EXPECT_EQ(refusalToWrite(tooLong, tryToWrite), "cannot write \"" + tooLong + "\": File name too long");
     const std::string nowhere = (directory_ / "missing" / "file").string();

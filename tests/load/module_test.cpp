@@ -1,4 +1,4 @@
-// Opening modules, and files that are none.
+// Opening modules, and refusing files that are not valid modules.
 #include "host/load/module.h"
 
 #include "host/base/error.h"
@@ -39,7 +39,7 @@ struct WrongModule {
 
 class WrongModuleTest : public ::testing::TestWithParam<WrongModule> {};
 
-TEST_P(WrongModuleTest, IsRefusedInWords) {
+TEST_P(WrongModuleTest, IsRefusedWithTheReason) {
     const std::string file = moduleFile(GetParam().name);
     EXPECT_EQ(errorOf(file), expected(file, GetParam().why));
 }
@@ -55,17 +55,17 @@ INSTANTIATE_TEST_SUITE_P(
                       WrongModule{"no_servers", "its descriptor leaves out the startup, the shutdown or the servers"}),
     [](const auto &row) { return std::string(row.param.name); });
 
-// A file of our own making, gone at the end.
-class MadeFile {
+// A temporary file with these bytes, removed by the destructor.
+class TemporaryFile {
   public:
-    explicit MadeFile(const std::string &bytes)
+    explicit TemporaryFile(const std::string &bytes)
         : path_((std::filesystem::temp_directory_path() / ("velm_module_test_" + std::to_string(getpid()) + ".p"))
                     .string()) {
         std::ofstream(path_, std::ios::binary) << bytes;
     }
-    ~MadeFile() { std::filesystem::remove(path_); }
-    MadeFile(const MadeFile &) = delete;
-    MadeFile &operator=(const MadeFile &) = delete;
+    ~TemporaryFile() { std::filesystem::remove(path_); }
+    TemporaryFile(const TemporaryFile &) = delete;
+    TemporaryFile &operator=(const TemporaryFile &) = delete;
     void expectError(const std::string &why) const { EXPECT_EQ(errorOf(path_), expected(path_, why)); }
 
   private:
@@ -88,53 +88,53 @@ std::string changedHeader(Change change) {
     return bytes;
 }
 
-TEST(ModuleFile, OtherThingsAreNoModules) {
-    MadeFile("").expectError("it is not a shared object");
-    MadeFile("This is a text, and a rather long one at that; longer than any header could be, one hopes.\n")
+TEST(ModuleFile, OtherFilesAreRefused) {
+    TemporaryFile("").expectError("it is not a shared object");
+    TemporaryFile("This text is not a module. It is longer than the header of a shared object, which has 64 bytes.\n")
         .expectError("it is not a shared object");
     const std::string directory = std::filesystem::temp_directory_path().string();
     EXPECT_EQ(errorOf(directory), expected(directory, "it is a directory"));
     EXPECT_EQ(errorOf("/dev/zero"), expected("/dev/zero", "it is not a regular file"));
     const std::string pipe = directory + "/velm_module_test_" + std::to_string(getpid()) + ".pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_EQ(errorOf(pipe), expected(pipe, "it is not a regular file")); // and at once
+    EXPECT_EQ(errorOf(pipe), expected(pipe, "it is not a regular file")); // at once, instead of waiting for a writer
     std::filesystem::remove(pipe);
 }
 
-TEST(ModuleFile, CutShortIsToldWhereverTheCutIs) {
-    const std::string whole = bytesOf(moduleFile("good"));
-    ASSERT_GT(whole.size(), 4096u);
-    MadeFile(whole.substr(0, 40)).expectError("it was cut short");
-    MadeFile(whole.substr(0, 100)).expectError("it was cut short");
-    MadeFile(whole.substr(0, 2000)).expectError("it was cut short");
-    MadeFile(whole.substr(0, 10)).expectError("it is not a shared object");
+TEST(ModuleFile, TruncatedFilesAreRefused) {
+    const std::string complete = bytesOf(moduleFile("good"));
+    ASSERT_GT(complete.size(), 4096u);
+    TemporaryFile(complete.substr(0, 40)).expectError("it was cut short");
+    TemporaryFile(complete.substr(0, 100)).expectError("it was cut short");
+    TemporaryFile(complete.substr(0, 2000)).expectError("it was cut short");
+    TemporaryFile(complete.substr(0, 10)).expectError("it is not a shared object");
 }
 
-TEST(ModuleFile, OtherMachinesModulesAreNamed) {
+TEST(ModuleFile, ModulesForOtherMachinesAreRefused) {
     constexpr int kOwn = sizeof(void *) == 8 ? 64 : 32;
-    MadeFile(changedHeader([](auto &header) { header.e_ident[EI_CLASS] = kOwn == 64 ? ELFCLASS32 : ELFCLASS64; }))
+    TemporaryFile(changedHeader([](auto &header) { header.e_ident[EI_CLASS] = kOwn == 64 ? ELFCLASS32 : ELFCLASS64; }))
         .expectError("it is a " + std::to_string(96 - kOwn) + "-bit module, and this host a " + std::to_string(kOwn) +
                      "-bit program");
-    MadeFile(changedHeader([](auto &header) {
+    TemporaryFile(changedHeader([](auto &header) {
         header.e_machine = EM_S390;
     })).expectError("it was built for another kind of machine");
-    MadeFile(changedHeader([](auto &header) { header.e_type = ET_REL; })).expectError("it is not a shared object");
-    MadeFile(changedHeader([](auto &header) {
+    TemporaryFile(changedHeader([](auto &header) { header.e_type = ET_REL; })).expectError("it is not a shared object");
+    TemporaryFile(changedHeader([](auto &header) {
         header.e_ident[EI_CLASS] = 9;
     })).expectError("it is not a shared object");
-    MadeFile(changedHeader([](auto &header) {
+    TemporaryFile(changedHeader([](auto &header) {
         header.e_phentsize = 7;
     })).expectError("its program headers are damaged");
-    MadeFile(changedHeader([](auto &header) { header.e_phoff = 1u << 30; })).expectError("it was cut short");
+    TemporaryFile(changedHeader([](auto &header) { header.e_phoff = 1u << 30; })).expectError("it was cut short");
 }
 
-// Keeps a module in memory, to look at what it counted after it was unloaded.
-class Witness {
+// Opens a module a second time, which keeps it in memory, so that its counters can be read after it was unloaded.
+class CounterReader {
   public:
-    explicit Witness(const std::string &name) : library_(dlopen(moduleFile(name).c_str(), RTLD_NOW)) {}
-    ~Witness() { dlclose(library_); }
-    Witness(const Witness &) = delete;
-    Witness &operator=(const Witness &) = delete;
+    explicit CounterReader(const std::string &name) : library_(dlopen(moduleFile(name).c_str(), RTLD_NOW)) {}
+    ~CounterReader() { dlclose(library_); }
+    CounterReader(const CounterReader &) = delete;
+    CounterReader &operator=(const CounterReader &) = delete;
     int starts() const { return *static_cast<int *>(dlsym(library_, "starts")); }
     int stops() const { return *static_cast<int *>(dlsym(library_, "stops")); }
     void *stoppedWord() const { return *static_cast<void **>(dlsym(library_, "stopped_word")); }
@@ -145,47 +145,47 @@ class Witness {
 };
 
 TEST(Module, StartsAndShutsDownOnce) {
-    const Witness witness("good");
+    const CounterReader counters("good");
     {
         Module first = Module::open(moduleFile("good"));
-        EXPECT_EQ(witness.starts(), 1);
+        EXPECT_EQ(counters.starts(), 1);
         EXPECT_STREQ(first.servers()->name, "Test");
         EXPECT_EQ(first.descriptor().version, 3u);
         EXPECT_EQ(first.path(), moduleFile("good"));
         Module second = std::move(first);
         Module third = Module::open(moduleFile("unix"));
         third = std::move(second);
-        EXPECT_EQ(witness.stops(), 0);
+        EXPECT_EQ(counters.stops(), 0);
         EXPECT_STREQ(third.servers()->name, "Test");
     }
-    EXPECT_EQ(witness.starts(), 1);
-    EXPECT_EQ(witness.stops(), 1);
-    EXPECT_EQ(witness.stoppedWord(), witness.startWord());
+    EXPECT_EQ(counters.starts(), 1);
+    EXPECT_EQ(counters.stops(), 1);
+    EXPECT_EQ(counters.stoppedWord(), counters.startWord());
 }
 
-TEST(Module, WhatItIsReplacedByShutsItDown) {
-    const Witness witness("unix");
-    const int before = witness.stops();
+TEST(Module, IsShutDownWhenItIsReplaced) {
+    const CounterReader counters("unix");
+    const int before = counters.stops();
     Module module = Module::open(moduleFile("unix"));
     module = Module::open(moduleFile("good"));
-    EXPECT_EQ(witness.stops(), before + 1);
+    EXPECT_EQ(counters.stops(), before + 1);
 }
 
-TEST(Module, OneThatRefusesIsNotShutDown) {
-    const Witness witness("refuses");
+TEST(Module, IsNotShutDownIfItRefusesToStart) {
+    const CounterReader counters("refuses");
     EXPECT_THROW(Module::open(moduleFile("refuses")), InputError);
-    EXPECT_EQ(witness.starts(), 1);
-    EXPECT_EQ(witness.stops(), 0);
+    EXPECT_EQ(counters.starts(), 1);
+    EXPECT_EQ(counters.stops(), 0);
 }
 
-TEST(Module, RelativePathsAreTakenFromHere) {
+TEST(Module, RelativePathsStartAtTheWorkingDirectory) {
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(TEST_MODULES);
     EXPECT_EQ(errorOf("good.p"), "no error");
     std::filesystem::current_path(before);
 }
 
-TEST(Module, TheNodesModuleOpens) {
+TEST(Module, OpensTheModuleOfThisProject) {
     const Module module = Module::open(VELM_MODULE_FILE);
     EXPECT_STREQ(module.servers()->className, HOST_CLASS_NODE_HANDLER);
 }

@@ -1,4 +1,4 @@
-/* A module that is right, but for what the build defines otherwise. */
+/* A small module. It is valid, except for what the build defines differently. */
 #include "module/host.h"
 
 #ifndef SYNC_WORD
@@ -19,7 +19,7 @@
 
 #define VISIBLE __attribute__((visibility("default")))
 
-/* Counted for the tests. */
+/* Read by the tests: the number of calls of startup and shutdown, and the last argument of shutdown. */
 VISIBLE int starts, stops;
 VISIBLE void *stopped_word;
 
@@ -38,7 +38,8 @@ static int activate(int version, HostLookup *lookup, void *local, void *serverDa
     return kActivateOk;
 }
 
-__attribute__((unused)) static const HostServer servers[] = {{HOST_CLASS_NODE_HANDLER, "Test", activate, 0}, {0, 0, 0, 0}};
+__attribute__((unused)) static const HostServer servers[] = {{HOST_CLASS_NODE_HANDLER, "Test", activate, 0},
+                                                             {0, 0, 0, 0}};
 
 #ifndef NO_DESCRIPTOR
 VISIBLE

@@ -28,7 +28,7 @@ namespace faults {
 enum Fault {
     kNone,
     // As a file
-    kFallsAtLoad,
+    kCrashesAtLoad,
     kRefusesBlanks,
     kFlushesToZeroAtStart,
     kLeavesFileOpen,
@@ -108,7 +108,7 @@ constexpr bool is(Fault fault) { return FAULT == fault; }
 
 inline int counted = 0; // whatever the fault counts
 
-[[noreturn]] inline void fall() {
+[[noreturn]] inline void crash() {
     std::raise(SIGSEGV);
     std::abort();
 }
@@ -131,7 +131,7 @@ inline void *started() {
 
 struct AtLoad {
     AtLoad() {
-        if (is(kFallsAtLoad)) fall();
+        if (is(kCrashesAtLoad)) crash();
     }
 };
 inline const AtLoad atLoad;
@@ -185,13 +185,13 @@ constexpr int destructions() { return is(kLeaksParameter) ? 0 : is(kDestroysTwic
 inline double lastTime = 0;
 
 inline void newTime(double time) {
-    if (is(kTrustsTime) && time < lastTime) fall();
+    if (is(kTrustsTime) && time < lastTime) crash();
     lastTime = time;
     grow(kGrowsByFrame);
 #ifdef THROWS
     throw 1;
 #endif
-    if (is(kSharedByAll) && !newest) fall();
+    if (is(kSharedByAll) && !newest) crash();
     while (is(kHangsInNewTime)) pause();
 }
 
@@ -239,7 +239,7 @@ inline double withThreads(double right, const void *instance, int thread) {
         return isKnown ? right : 0;
     }
     if (is(kFillsLate) && filled != 2) {
-        if (filled == 1) fall(); // another thread is filling it
+        if (filled == 1) crash(); // another thread is filling it
         filled = 1;
         for (int i = 0; i < 20; ++i) sched_yield();
         filled = 2;
@@ -255,11 +255,11 @@ inline double withThreads(double right, const void *instance, int thread) {
 // ---- With odd inputs ------------------------------------------------------------------------------------------------
 
 inline void trusting(const ShadingSample *sample, int mode, int right, double amount, double own) {
-    if (is(kTrustsMode) && mode != right) fall();
-    if (is(kTrustsSettings) && mode == 2 && amount < -1) fall();
-    if (is(kTrustsNumbers) && amount != amount) fall();
+    if (is(kTrustsMode) && mode != right) crash();
+    if (is(kTrustsSettings) && mode == 2 && amount < -1) crash();
+    if (is(kTrustsNumbers) && amount != amount) crash();
     if (is(kTrustsRays)) sample->rayCast(sample->position, sample->shadingNormal);
-    if (is(kTrustsInputs) && amount != own) fall();
+    if (is(kTrustsInputs) && amount != own) crash();
 }
 
 inline void evaluating(const HostNodeFuncs *nodes, HostNode *node, ShadingSample *sample) {
@@ -333,18 +333,18 @@ inline void wroteName(const HostSaveState *state) {
     constexpr HostBlockId kBlock{.id = 0x4d4f5245, .token = "More"};
     const int depth = state->depth(state->data);
     state->beginBlock(state->data, &kBlock, 0);
-    if (state->depth(state->data) <= depth) fall();
+    if (state->depth(state->data) <= depth) crash();
     state->endBlock(state->data);
 }
 inline int loadedMode(int right, int before, int count) {
-    if (is(kTrustsLength) && count != 1) fall();
-    if (is(kTrustsData) && (right < 0 || right > 2)) fall();
+    if (is(kTrustsLength) && count != 1) crash();
+    if (is(kTrustsData) && (right < 0 || right > 2)) crash();
     if (is(kKeepsOldMode) && before != 0) return before;
     return is(kForgetsMode) ? 0 : right;
 }
 inline void loaded(const HostLoadState *state, int &mode, const char *name) {
     grow(kGrowsByLoad);
-    if (is(kTrustsText) && !*name) fall();
+    if (is(kTrustsText) && !*name) crash();
     short more = 0;
     if (is(kReadsOn) && state->readI2(state->data, &more, 1) == 1) mode = more;
 }

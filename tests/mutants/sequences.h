@@ -43,7 +43,7 @@ inline void ended() {
 }
 
 inline int modeAfter(const Past &past, int right) {
-    if (is(kReadsOriginal) && past.isOriginalGone) fall();
+    if (is(kReadsOriginal) && past.isOriginalGone) crash();
     return is(kKeepsModeOnceCopied) && past.isCopied ? past.modeThen : right;
 }
 

@@ -1,5 +1,5 @@
-// What stands in the built files, read without loading them: the module of this machine and, where VELM_MODULES lists
-// files, separated by colons, those of other platforms.
+// The contents of built modules, read without loading them: the module of this machine and those of other platforms
+// that the environment variable VELM_MODULES lists, separated by colons.
 #include "module/host.h"
 #include "tests/platforms/module_image.h"
 
@@ -17,7 +17,7 @@ namespace velm::plugin {
 namespace {
 
 constexpr size_t kNodes = 17;
-constexpr size_t kPanels = 17; // of sixteen nodes, and of the one that is not listed
+constexpr size_t kPanels = 17; // of sixteen nodes, and one that the server table does not list
 
 std::vector<std::string> modules(bool windows) {
     std::vector<std::string> all = {VELM_MODULE_FILE}, chosen;
@@ -40,22 +40,22 @@ class BuiltModule : public testing::TestWithParam<std::string> {
   protected:
     const ModuleImage image = readModule(GetParam());
     const unsigned int size = image.addressSize;
-    uint64_t descriptor() const { return image.shown.at(HOST_MODULE_SYMBOL); }
-    // The members after the three words, with the room that a 64-bit pointer's alignment asks for.
+    uint64_t descriptor() const { return image.exported.at(HOST_MODULE_SYMBOL); }
+    // One of the pointers that follow the three words, after the padding that 64-bit pointers need.
     uint64_t pointerOfDescriptor(unsigned int number) const {
         return image.pointer(descriptor() + (size == 8 ? 16 : 12) + number * size);
     }
 };
 
 class WindowsModule : public BuiltModule {};
-GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(WindowsModule); // where none has been built
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(WindowsModule); // if none has been built
 
-TEST_P(BuiltModule, ShowsTheDescriptorUndecoratedAndNothingElse) {
-    ASSERT_EQ(image.shown.size(), 1u);
-    EXPECT_EQ(image.shown.begin()->first, "_mod_descrip");
+TEST_P(BuiltModule, ExportsOnlyTheUndecoratedDescriptor) {
+    ASSERT_EQ(image.exported.size(), 1u);
+    EXPECT_EQ(image.exported.begin()->first, "_mod_descrip");
 }
 
-TEST_P(BuiltModule, NeedsOnlyWhatThePlatformBrings) {
+TEST_P(BuiltModule, NeedsOnlyLibrariesOfThePlatform) {
     constexpr std::array kOfWindows = {"KERNEL32.dll", "msvcrt.dll"};
     constexpr std::array kOfLinux = {"libc.so.6", "libm.so.6"};
     const auto &allowed = image.windows ? kOfWindows : kOfLinux;
@@ -72,8 +72,8 @@ TEST_P(BuiltModule, DescriptorHoldsTheWordsThatTheHostChecks) {
         EXPECT_TRUE(image.contains(pointerOfDescriptor(number))) << "pointer " << number;
 }
 
-// Four pointers to a record and no word between them: 16 bytes in a 32-bit module, 32 in a 64-bit one.
-TEST_P(BuiltModule, TableIsMadeOfFourAddressesForEachServer) {
+// A record is four pointers without padding: 16 bytes in a 32-bit module, 32 in a 64-bit one.
+TEST_P(BuiltModule, TableHasFourPointersForEachServer) {
     uint64_t row = pointerOfDescriptor(2);
     for (size_t record = 0; record < 2 * kNodes; ++record, row += 4 * size) {
         EXPECT_EQ(image.text(image.pointer(row)), record % 2 ? "NodeInterface" : "NodeHandler");
@@ -87,13 +87,13 @@ TEST_P(BuiltModule, TableIsMadeOfFourAddressesForEachServer) {
     for (unsigned int member = 0; member < 4; ++member) EXPECT_EQ(image.pointer(row + member * size), 0u);
 }
 
-// Every list starts with the notification and the first control: six words of a pointer's size.
-TEST_P(BuiltModule, HintListsAreMadeOfWordsOfAPointersSize) {
+// Every list starts with the change notification and the first control: six words of the size of a pointer.
+TEST_P(BuiltModule, HintListsHaveWordsOfThePointersSize) {
     size_t lists = 0;
     const uint64_t end = image.base + image.memory.size() - 7 * size;
     for (uint64_t at = image.base; at < end; at += 4) {
         if (image.word32(at) != 0x3D000F01u || image.word32(at + 2 * size) != 0x3D000D03u) continue;
-        if (image.pointer(at) != 0x3D000F01u) continue; // the halves above it would be other words'
+        if (image.pointer(at) != 0x3D000F01u) continue; // the upper half belongs to another word
         ++lists;
         EXPECT_EQ(image.pointer(at + 3 * size), 0x8001u);
         EXPECT_TRUE(image.contains(image.pointer(at + size))) << "the notification";
@@ -103,7 +103,9 @@ TEST_P(BuiltModule, HintListsAreMadeOfWordsOfAPointersSize) {
     EXPECT_EQ(lists, kPanels);
 }
 
-TEST_P(BuiltModule, TellsNothingOfWhereItWasBuilt) { EXPECT_EQ(image.file.find(VELM_SOURCE_DIR), std::string::npos); }
+TEST_P(BuiltModule, DoesNotContainTheSourceDirectory) {
+    EXPECT_EQ(image.file.find(VELM_SOURCE_DIR), std::string::npos);
+}
 
 std::string wide(const std::string &text) {
     std::string result;
@@ -111,25 +113,25 @@ std::string wide(const std::string &text) {
     return result;
 }
 
-TEST_P(WindowsModule, HasNoTimeOfLinking) { EXPECT_EQ(image.linkTime, 0u); }
+TEST_P(WindowsModule, HasNoLinkTime) { EXPECT_EQ(image.linkTime, 0u); }
 
 TEST_P(WindowsModule, PropertiesShowTheVersion) {
-    constexpr uint32_t kStart = 0xfeef04bd; // of the record of numbers
-    const size_t place = image.memory.find(std::string("\xbd\x04\xef\xfe", 4));
-    ASSERT_NE(place, std::string::npos);
-    ASSERT_EQ(image.word32(image.base + place), kStart);
+    constexpr uint32_t kStart = 0xfeef04bd; // signature of the record with the version numbers
+    const size_t offset = image.memory.find(std::string("\xbd\x04\xef\xfe", 4));
+    ASSERT_NE(offset, std::string::npos);
+    ASSERT_EQ(image.word32(image.base + offset), kStart);
     std::istringstream version(VELM_VERSION);
     uint32_t numbers[3];
     char point;
     ASSERT_TRUE(version >> numbers[0] >> point >> numbers[1] >> point >> numbers[2]);
-    EXPECT_EQ(image.word32(image.base + place + 8), numbers[0] << 16 | numbers[1]);
-    EXPECT_EQ(image.word32(image.base + place + 12), numbers[2] << 16);
+    EXPECT_EQ(image.word32(image.base + offset + 8), numbers[0] << 16 | numbers[1]);
+    EXPECT_EQ(image.word32(image.base + offset + 12), numbers[2] << 16);
     EXPECT_NE(image.memory.find(wide("velm.p")), std::string::npos);
     EXPECT_NE(image.memory.find(wide(VELM_VERSION)), std::string::npos);
 }
 
-// The version stands in one place; what people write by hand has to follow it.
-TEST(Version, HasAChapterInTheChangelogThatTellsWhatChangesThePicture) {
+// The version is defined in one file; the changelog is written by hand and has to match it.
+TEST(Version, HasAChapterInTheChangelogThatSaysWhatChangesThePicture) {
     std::ifstream file(VELM_SOURCE_DIR "/CHANGELOG.md");
     const std::string text(std::istreambuf_iterator<char>(file), {});
     const size_t chapter = text.find("\n## " VELM_VERSION);

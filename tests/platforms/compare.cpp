@@ -27,7 +27,7 @@ uint64_t allowedTo(const std::string &node) {
 constexpr char kReciprocalOfPower[] =
     "pow, within a unit; the result is its reciprocal, whose units may be half as large";
 
-// False where the lines differ in more than numbers that are near enough.
+// Whether the lines are equal, except for numbers whose distance is allowed. Adds the numbers to `comparison`.
 bool compareLines(const std::string &line, const std::string &expected, Comparison &comparison) {
     const std::vector<std::string> words = wordsOf(line), wanted = wordsOf(expected);
     if (words.size() != wanted.size()) return false;

@@ -1,10 +1,10 @@
-// Tries out a built module on the platform it was built for, with nothing but that platform's own libraries: opens it,
-// reads its descriptor and its table, activates and creates every node, saves it, loads it, evaluates it.
+// Checks a built module on the platform that it was built for, using only that platform's own libraries: loads it,
+// reads its descriptor and server table, activates and creates every node, and saves, loads and evaluates it.
 //
 //     velm_conformance MODULE             prints the report
 //     velm_conformance MODULE REFERENCE   compares the report with that of another platform
 //
-// Exit status: 0 when all is as it should be, 1 when it is not, 2 when the command line is wrong.
+// Exit status: 0 if everything is right, 1 if something is wrong, 2 if the command line is wrong.
 #include "tests/platforms/loaded_module.h"
 #include "tests/platforms/report.h"
 
@@ -17,7 +17,7 @@ namespace {
 #ifdef _WIN32
 constexpr unsigned int kExpectedPlatform = kPlatformWindows;
 #else
-constexpr unsigned int kExpectedPlatform = kPlatformMacintosh; // every other build's
+constexpr unsigned int kExpectedPlatform = kPlatformMacintosh; // used by all other builds
 #endif
 
 constexpr size_t kNodes = 17;
@@ -31,26 +31,26 @@ void checkDescriptor(const HostModuleDescriptor &descriptor) {
     require(descriptor.version == kModuleVersion, "the version of the descriptor is wrong");
     require(descriptor.platform == kExpectedPlatform, "the platform code is wrong");
     void *word = descriptor.startup();
-    require(word == reinterpret_cast<void *>(4), "Startup gives another word than 4");
+    require(word == reinterpret_cast<void *>(4), "startup does not return 4");
     descriptor.shutdown(word);
 }
 
 void *nothing(const char *, int) { return nullptr; }
 
-// A host of another version, or one that lacks the services, is refused and its record left alone.
+// An activation must refuse another version and a host without services, and leave the record, here null, alone.
 void checkRefusals(const HostModuleDescriptor &descriptor) {
     for (const HostServer *row = descriptor.servers; row->className; ++row) {
         if (!row->activate) continue;
         const bool handler = row->className == std::string(HOST_CLASS_NODE_HANDLER);
         const int version = handler ? kNodeHandlerVersion : kNodeInterfaceVersion;
         require(row->activate(version + 1, nothing, nullptr, nullptr) == kActivateBadVersion,
-                std::string(row->name) + " takes another version");
+                std::string(row->name) + " accepts another version");
         require(row->activate(version, nothing, nullptr, nullptr) == kActivateBadGlobal,
-                std::string(row->name) + " does without services");
+                std::string(row->name) + " accepts a host without services");
     }
 }
 
-Report tryOut(const std::string &path) {
+Report checkedReport(const std::string &path) {
     const LoadedModule module(path);
     checkDescriptor(module.descriptor());
     checkRefusals(module.descriptor());
@@ -70,7 +70,7 @@ Report readReport(const std::string &path) {
             lines.back() += static_cast<char>(c);
     }
     std::fclose(file);
-    lines.pop_back(); // after the last line's end
+    lines.pop_back(); // the empty text after the last line break
     return lines;
 }
 
@@ -93,7 +93,7 @@ int run(int count, char **arguments) {
         return 2;
     }
     try {
-        const Report report = tryOut(arguments[1]);
+        const Report report = checkedReport(arguments[1]);
         if (count == 3) return compareWith(report, arguments[2]);
         for (const std::string &line : report) std::printf("%s\n", line.c_str());
         return 0;

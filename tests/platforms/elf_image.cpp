@@ -1,4 +1,4 @@
-// Files for Linux on Intel processors, of 32 and of 64 bits.
+// Reads 32-bit and 64-bit modules for Linux on Intel processors.
 #include "tests/platforms/module_image.h"
 
 #include <elf.h>
@@ -71,7 +71,7 @@ class Reader {
         for (uint64_t at = 0; at < section.sh_size; at += sizeof(typename Class::Symbol)) {
             const auto symbol = recordAt<typename Class::Symbol>(image_.memory, section.sh_addr + at);
             if (symbol.st_name != 0 && symbol.st_shndx != SHN_UNDEF)
-                image_.shown[nameAt(section, symbol.st_name)] = symbol.st_value;
+                image_.exported[nameAt(section, symbol.st_name)] = symbol.st_value;
         }
     }
 
@@ -82,7 +82,7 @@ class Reader {
         }
     }
 
-    // In 64-bit files, pointers stand in the table of relocations; in 32-bit ones, where they belong.
+    // Fills in pointers. 64-bit files hold them in the relocation table; 32-bit files already have them in place.
     void relocate(const typename Class::Section &section) {
         for (uint64_t at = 0; at < section.sh_size; at += sizeof(Elf64_Rela)) {
             const auto entry = recordAt<Elf64_Rela>(image_.memory, section.sh_addr + at);

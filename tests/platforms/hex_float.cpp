@@ -8,7 +8,7 @@
 namespace velm::plugin {
 namespace {
 
-constexpr int kFractionBits = 52, kFractionDigits = kFractionBits / 4, kBias = 1023, kMostExponent = 2047;
+constexpr int kFractionBits = 52, kFractionDigits = kFractionBits / 4, kBias = 1023, kMaxExponent = 2047;
 constexpr uint64_t kSign = uint64_t{1} << 63, kFraction = (uint64_t{1} << kFractionBits) - 1;
 constexpr char kDigits[] = "0123456789abcdef";
 
@@ -19,7 +19,7 @@ std::string fractionText(uint64_t fraction) {
     return text.substr(0, text.find_last_not_of('0') + 1);
 }
 
-// The digits after the point, as the upper bits of a fraction.
+// Converts the hexadecimal digits after the point to the bits of a fraction.
 uint64_t readFraction(const std::string &digits) {
     uint64_t fraction = 0;
     for (size_t i = 0; i < kFractionDigits; ++i) {
@@ -30,8 +30,8 @@ uint64_t readFraction(const std::string &digits) {
     return fraction;
 }
 
-// Counts the doubles in order, the negative ones below zero.
-int64_t place(double value) {
+// The position of a double in the ascending order of all doubles. 0 and -0 are at position 0.
+int64_t position(double value) {
     const auto bits = std::bit_cast<uint64_t>(value);
     const auto magnitude = static_cast<int64_t>(bits & ~kSign);
     return bits & kSign ? -magnitude : magnitude;
@@ -43,9 +43,9 @@ std::string hexFloat(double value) {
     if (std::isnan(value)) return "nan";
     const auto bits = std::bit_cast<uint64_t>(value);
     const std::string sign = bits & kSign ? "-" : "";
-    const int exponent = static_cast<int>(bits >> kFractionBits & kMostExponent);
+    const int exponent = static_cast<int>(bits >> kFractionBits & kMaxExponent);
     const uint64_t fraction = bits & kFraction;
-    if (exponent == kMostExponent) return sign + "inf";
+    if (exponent == kMaxExponent) return sign + "inf";
     if (exponent == 0 && fraction == 0) return sign + "0x0p+0";
     const int power = (exponent == 0 ? 1 : exponent) - kBias;
     return sign + (exponent == 0 ? "0x0" : "0x1") + fractionText(fraction) + "p" + (power < 0 ? "" : "+") +
@@ -71,7 +71,7 @@ double fromHexFloat(const std::string &text) {
 uint64_t unitsApart(double a, double b) {
     if (std::isnan(a) || std::isnan(b))
         return std::isnan(a) && std::isnan(b) ? 0 : std::numeric_limits<uint64_t>::max();
-    const int64_t from = place(a), to = place(b);
+    const int64_t from = position(a), to = position(b);
     return from < to ? static_cast<uint64_t>(to) - static_cast<uint64_t>(from)
                      : static_cast<uint64_t>(from) - static_cast<uint64_t>(to);
 }

@@ -15,7 +15,7 @@ namespace {
 std::string reason() { return "error " + std::to_string(GetLastError()); }
 
 void *open(const std::string &path) {
-    char full[MAX_PATH]; // the loader wants backslashes, and takes a bare name for a file of the system's
+    char full[MAX_PATH]; // the loader needs backslashes, and searches for a bare name in the system's directories
     if (GetFullPathNameA(path.c_str(), sizeof full, full, nullptr) == 0) return nullptr;
     return reinterpret_cast<void *>(LoadLibraryA(full));
 }
@@ -39,7 +39,7 @@ LoadedModule::LoadedModule(const std::string &path) {
     void *file = open(path);
     if (!file) throw std::runtime_error("cannot open " + path + ": " + reason());
     descriptor_ = static_cast<const HostModuleDescriptor *>(symbol(file));
-    if (!descriptor_) throw std::runtime_error(path + " does not show " HOST_MODULE_SYMBOL ": " + reason());
+    if (!descriptor_) throw std::runtime_error(path + " does not export " HOST_MODULE_SYMBOL ": " + reason());
 }
 
 } // namespace velm::plugin

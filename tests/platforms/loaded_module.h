@@ -1,5 +1,5 @@
-// A module opened from its file, as a host on this platform opens it. It stays open, since what the module keeps lives
-// as long as the module does.
+// A module that is loaded from its file in the way of a host on this platform. It is never unloaded, so that everything
+// that the module allocates stays valid.
 #pragma once
 
 #include "module/host.h"
@@ -10,7 +10,7 @@ namespace velm::plugin {
 
 class LoadedModule {
   public:
-    // Throws std::runtime_error, with the system's reason, where the file cannot be opened or has no descriptor.
+    // Throws std::runtime_error with the system's reason if the file cannot be loaded or has no descriptor.
     explicit LoadedModule(const std::string &path);
 
     const HostModuleDescriptor &descriptor() const { return *descriptor_; }

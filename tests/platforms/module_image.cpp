@@ -22,7 +22,7 @@ ModuleImage readModule(const std::string &path) {
     std::string file(std::istreambuf_iterator<char>(stream), {});
     if (file.starts_with("\177ELF")) return readElf(std::move(file));
     if (file.starts_with("MZ")) return readPe(std::move(file));
-    throw std::runtime_error(path + " is no module of a platform that is known here");
+    throw std::runtime_error(path + " is not a module of a known platform");
 }
 
 } // namespace velm::plugin

@@ -1,10 +1,10 @@
-// Files for Windows, as "PE Format" in Microsoft's documentation describes them.
+// Reads modules for Windows, according to "PE Format" in Microsoft's documentation.
 #include "tests/platforms/module_image.h"
 
 namespace velm::plugin {
 namespace {
 
-constexpr uint32_t kHeaderPlace = 0x3c; // where the file says where its header starts
+constexpr uint32_t kHeaderOffset = 0x3c; // the location of the header's own offset
 constexpr uint16_t kMagic32 = 0x10b, kMagic64 = 0x20b;
 constexpr uint32_t kSignature = 0x00004550; // "PE", and two zeros
 
@@ -17,7 +17,7 @@ struct FileHeader {
 
 struct Section {
     char name[8];
-    uint32_t size, address, fileSize, filePlace;
+    uint32_t size, address, fileSize, fileOffset;
     uint32_t unused[3];
     uint32_t characteristics;
 };
@@ -34,11 +34,11 @@ struct ImportTable {
     uint32_t lookup, time, forwarder, name, addresses;
 };
 
-// The optional header's fields, which stand at other places in 32-bit and in 64-bit files.
+// Fields of the optional header, whose offsets differ between 32-bit and 64-bit files.
 struct Layout {
     unsigned int addressSize;
     uint64_t base;
-    uint64_t directories; // where they stand in the file
+    uint64_t directories; // their offset in the file
 };
 
 Layout layoutOf(const std::string &file, uint64_t optional) {
@@ -54,21 +54,21 @@ void loadSections(ModuleImage &image, uint64_t table, int count) {
     for (int i = 0; i < count; ++i) {
         const auto section = recordAt<Section>(image.file, table + static_cast<uint64_t>(i) * sizeof(Section));
         const size_t size = section.size < section.fileSize ? section.size : section.fileSize;
-        if (section.address + size > image.memory.size() || section.filePlace + size > image.file.size())
+        if (section.address + size > image.memory.size() || section.fileOffset + size > image.file.size())
             throw std::runtime_error("a section lies outside the file");
-        image.memory.replace(section.address, size, image.file, section.filePlace, size);
+        image.memory.replace(section.address, size, image.file, section.fileOffset, size);
     }
 }
 
 void readExports(ModuleImage &image, const Directory &directory) {
     if (directory.size == 0) return;
     const auto table = recordAt<ExportTable>(image.memory, directory.address);
-    if (table.functions != table.names) throw std::runtime_error("something is shown without a name");
+    if (table.functions != table.names) throw std::runtime_error("something is exported without a name");
     for (uint32_t i = 0; i < table.names; ++i) {
         const auto name = recordAt<uint32_t>(image.memory, table.nameTable + 4 * i);
         const auto ordinal = recordAt<uint16_t>(image.memory, table.ordinalTable + 2 * i);
         const auto address = recordAt<uint32_t>(image.memory, table.functionTable + 4 * ordinal);
-        image.shown[image.text(image.base + name)] = image.base + address;
+        image.exported[image.text(image.base + name)] = image.base + address;
     }
 }
 
@@ -87,9 +87,9 @@ ModuleImage readPe(std::string file) {
     ModuleImage image;
     image.file = std::move(file);
     image.windows = true;
-    const auto start = recordAt<uint32_t>(image.file, kHeaderPlace);
+    const auto start = recordAt<uint32_t>(image.file, kHeaderOffset);
     const auto header = recordAt<FileHeader>(image.file, start);
-    if (header.signature != kSignature) throw std::runtime_error("the file is for no Windows of today");
+    if (header.signature != kSignature) throw std::runtime_error("the file has no PE header");
     const uint64_t optional = start + sizeof(FileHeader);
     const Layout layout = layoutOf(image.file, optional);
     image.addressSize = layout.addressSize;

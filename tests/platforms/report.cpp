@@ -11,7 +11,8 @@ namespace {
 
 using Kind = RecordedState::Entry::Kind;
 
-constexpr unsigned int kTurns = 20; // of settings and samples; in the first nothing is set or connected
+// Each turn has other settings and another sample. In the first, nothing is set or connected.
+constexpr unsigned int kTurns = 20;
 
 void put(std::string &bytes, uint64_t value, int count) {
     for (int shift = 8 * (count - 1); shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift & 0xff);
@@ -32,7 +33,7 @@ std::string inHexadecimal(const std::string &bytes) {
 void callEvaluate(HostNodeHandler &handler, void *instance, ShadingSample *sample, HostOutput *output,
                   HostNodeValue *value) {
 #ifdef __i386__
-    // From a stack that is aligned to 4 bytes and no better, as hosts of 32 bits call.
+    // Calls with a stack that is aligned to 4 bytes only, as 32-bit hosts do.
     void *call[] = {reinterpret_cast<void *>(handler.evaluate), instance, sample, output, value};
     asm volatile("movl %%esp, %%esi\n\t"
                  "andl $-16, %%esp\n\t"
@@ -67,14 +68,14 @@ std::string resultText(const HostNodeValue &value, const std::vector<HostMateria
     return text;
 }
 
-// A choice on every popup, switch and count of the panel, other in every turn.
+// Sets every popup, switch and count of the panel to a value that differs from turn to turn.
 void choose(TestNode &node, unsigned int turn) {
     HostPanel *panel = node.panel();
     if (!panel) return;
-    unsigned int place = 0;
-    for (const HostPanelValue *value = panel->values; value->id != 0; ++value, ++place) {
+    unsigned int index = 0;
+    for (const HostPanelValue *value = panel->values; value->id != 0; ++value, ++index) {
         if (value->type != std::string("integer")) continue;
-        int choice = static_cast<int>((turn + place) % 4);
+        int choice = static_cast<int>((turn + index) % 4);
         panel->set(node.instance, value->id, &choice);
     }
 }
@@ -84,7 +85,7 @@ void disconnect(TestNode &node) {
         if (input.node == &node.node) input.source = {};
 }
 
-// What a node saves, its copy from the file saves too.
+// Checks that a node that loads this data saves the same data again.
 void checkReloading(WholeHost &whole, WholeHost::Server &server, const RecordedState &saved) {
     RecordedState file, again;
     file.entries = saved.entries;
@@ -116,7 +117,7 @@ void evaluateTurn(WholeHost &whole, TestNode &node, unsigned int turn, Report &r
 
 std::string savedBytes(const RecordedState &state) {
     std::string bytes;
-    std::vector<size_t> sizes; // where those of the open blocks stand
+    std::vector<size_t> sizes; // offsets of the sizes of the open blocks
     for (const RecordedState::Entry &entry : state.entries) {
         switch (entry.kind) {
         case Kind::integer: put(bytes, static_cast<uint16_t>(entry.integer), 2); break;
@@ -143,7 +144,8 @@ std::string savedBytes(const RecordedState &state) {
 
 Report reportOf(WholeHost &whole) {
     Report report;
-    for (WholeHost::Server &server : whole.servers) feed(server.node, 1); // what is shared is there for all
+    for (WholeHost::Server &server : whole.servers)
+        feed(server.node, 1); // so that what nodes share exists for all of them
     for (WholeHost::Server &server : whole.servers) {
         TestNode &node = server.node;
         report.push_back("node " + server.name);

@@ -1,8 +1,9 @@
-// What a module does, as text that is the same on every platform: for each node, what it saves, and what it computes.
+// A report of what a module does: for each node, the data that it saves and the values that it computes. The text is
+// the same on every platform.
 //
 //     node Velm Counter
 //     saved 0000 0001 ...
-//     3 Value 0x1.8p+0          the turn, the output, the result; "unset" where the node sets none
+//     3 Value 0x1.8p+0          the turn, the output, the result ("unset" if the node sets none)
 #pragma once
 
 #include "tests/module/recorded_state.h"
@@ -16,17 +17,18 @@ namespace velm::plugin {
 
 using Report = std::vector<std::string>; // lines
 
-// What the node writes, in hexadecimal, in the host's binary form: integers of two bytes, the high one first; texts
-// with their end, padded to an even length; blocks with identifier and size. A parameter, whose form is the host's own
-// affair, stands as its doubles.
+// The saved data in the host's binary form, as hexadecimal text: integers of two bytes, big-endian; texts with a
+// terminating zero, padded to an even length; blocks with identifier and size. A parameter is written as its doubles,
+// since its actual form is up to the host.
 std::string savedBytes(const RecordedState &state);
 
-// Saves, evaluates and describes every node. Throws std::runtime_error where a node does not come back from its own
-// file as it was saved.
+// Saves and evaluates every node, and reports the results. Throws std::runtime_error if a node fails, or if it does not
+// save the same data again after it has loaded what it saved.
 Report reportOf(WholeHost &whole);
 
-// How far results may be from those of another platform, in units in the last place of the larger of the two: 0 where a
-// node only computes with what IEEE 754 rounds exactly, and more where it calls the platform's maths library.
+// How far the results of a node may be from those of another platform, in units in the last place. Nodes that are not
+// listed use only operations that IEEE 754 rounds exactly, and must give equal results; the others call the platform's
+// mathematics library.
 struct Tolerance {
     const char *node;
     uint64_t units;
@@ -41,7 +43,8 @@ struct Comparison {
     uint64_t allowed = 0;
 };
 
-// Compares number by number. What differs by more than its node allows, or is no number, is added to `faults`.
+// Compares two reports. Appends a line to `faults` for each line in which a number differs by more than its node
+// allows, or anything else differs.
 std::vector<Comparison> compare(const Report &report, const Report &reference, std::vector<std::string> &faults);
 
 } // namespace velm::plugin

@@ -1,4 +1,4 @@
-// What the conformance program stands on: how it writes numbers, and how it compares.
+// The parts of the conformance program: writing numbers, and comparing reports.
 #include "tests/platforms/hex_float.h"
 #include "tests/platforms/report.h"
 
@@ -63,17 +63,17 @@ const Report kSqrt = {"node Velm Sqrt", "saved 0001", "1 Value 0x1p+0"};
 
 TEST(Compare, FindsNothingInEqualReports) { EXPECT_TRUE(faultsOf(kSqrt, kSqrt).empty()); }
 
-TEST(Compare, AllowsANodeOfArithmeticNoDifference) {
+TEST(Compare, AllowsNoDifferenceForUnlistedNodes) {
     EXPECT_EQ(faultsOf({kSqrt[0], kSqrt[1], "1 Value 0x1.0000000000001p+0"}, kSqrt).size(), 1u);
 }
 
-TEST(Compare, AllowsANodeWhatItsTableSaysAndNoMore) {
+TEST(Compare, AllowsTheListedDifferenceAndNoMore) {
     const Report reference = {"node Velm Exponential Decay (Scalar)", "1 Scalar 0x1p+0"};
     EXPECT_TRUE(faultsOf({reference[0], "1 Scalar 0x1.0000000000002p+0"}, reference).empty());
     EXPECT_EQ(faultsOf({reference[0], "1 Scalar 0x1.0000000000003p+0"}, reference).size(), 1u);
 }
 
-TEST(Compare, FindsOtherBytesOtherOutputsAndMissingLines) {
+TEST(Compare, FindsDifferentBytesOutputsAndMissingLines) {
     EXPECT_EQ(faultsOf({kSqrt[0], "saved 0002", kSqrt[2]}, kSqrt).size(), 1u);
     EXPECT_EQ(faultsOf({kSqrt[0], kSqrt[1], "1 Value unset"}, kSqrt).size(), 1u);
     EXPECT_EQ(faultsOf({kSqrt[0], kSqrt[1]}, kSqrt).size(), 1u);

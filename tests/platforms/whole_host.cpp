@@ -10,7 +10,7 @@
 namespace velm::plugin {
 namespace {
 
-// ---- Activation: the test's own nodes hand the plain fake host to an activation; these hand it the whole one ----
+// ---- Activation: TestNode passes FakeHost's lookup function; these wrappers replace it by WholeHost's ----
 
 constexpr size_t kMostRecords = 64;
 std::array<HostActivate *, kMostRecords> moduleActivations;
@@ -26,33 +26,33 @@ constexpr std::array<HostActivate *, kMostRecords> wholeActivations(std::index_s
 }
 constexpr auto kWholeActivations = wholeActivations(std::make_index_sequence<kMostRecords>());
 
-// ---- The scene that the rays of a sample see ----
+// ---- The scene that a sample's rays hit ----
 
-double reach(const double direction[3]) {
+double hitDistance(const double direction[3]) {
     const double along = 0.25 * direction[0] + 0.5 * direction[1] - 0.125 * direction[2];
     return along < -0.3 ? HOST_RAY_MISS : 0.5 + along * along;
 }
 
-void shine(const double position[3], const double direction[3], double colour[3]) {
+void hitColour(const double position[3], const double direction[3], double colour[3]) {
     for (int i = 0; i < 3; ++i)
         colour[i] = 0.1 + std::fabs(direction[i]) * (0.3 + 0.2 * i) + 0.01 * std::fabs(position[i]);
 }
 
-double castRay(const double *, const double direction[3]) { return reach(direction); }
+double castRay(const double *, const double direction[3]) { return hitDistance(direction); }
 
 double traceRay(const double position[3], const double direction[3], double colour[3], double eta, int mode) {
-    const double distance = reach(direction);
+    const double distance = hitDistance(direction);
     if (distance < 0) return distance;
-    shine(position, direction, colour);
+    hitColour(position, direction, colour);
     colour[0] += 0.125 * (mode & kTraceKindMask);
     colour[1] += 0.25 * eta;
     return distance;
 }
 
 double shadeRay(const double position[3], const double direction[3], HostRayHit *hit) {
-    const double distance = reach(direction);
+    const double distance = hitDistance(direction);
     if (distance < 0) return distance;
-    shine(position, direction, hit->colour);
+    hitColour(position, direction, hit->colour);
     return distance;
 }
 
@@ -61,7 +61,7 @@ unsigned int componentsOf(int connectionType) {
     return connectionType == kConnectMaterial ? sizeof(HostMaterial) / sizeof(double) : 3;
 }
 
-// One table of what the parts know of a node's utilities.
+// Combines the functions of the node utilities that the fakes provide into one table.
 const HostNodeUtilityFuncs *utilities() {
     static HostNodeUtilityFuncs funcs;
     funcs = *static_cast<const HostNodeUtilityFuncs *>(FakeImages::lookup(HOST_NODE_UTILITY_FUNCS, kUseTransient));
@@ -111,18 +111,18 @@ void *WholeHost::lookup(const char *service, int use) {
     return FakeScene::lookup(service, use);
 }
 
-double someNumber(unsigned int turn, unsigned int place) {
-    uint32_t mixed = turn * 2654435761u + place * 40503u + 17u; // multiplicative hashing, twice
+double someNumber(unsigned int turn, unsigned int index) {
+    uint32_t mixed = turn * 2654435761u + index * 40503u + 17u; // multiplicative hashing, twice
     mixed = (mixed ^ (mixed >> 15)) * 2246822519u;
     return static_cast<double>((mixed >> 8) % 4001) / 1000 - 1;
 }
 
 ShadingSample someSample(unsigned int turn) {
     ShadingSample sample = plainSample();
-    const auto direction = [turn](unsigned int place, double vector[3]) {
+    const auto direction = [turn](unsigned int index, double vector[3]) {
         double square = 0;
         for (unsigned int i = 0; i < 3; ++i) {
-            vector[i] = someNumber(turn, place + i) - 1;
+            vector[i] = someNumber(turn, index + i) - 1;
             square += vector[i] * vector[i];
         }
         for (int i = 0; i < 3; ++i) vector[i] /= std::sqrt(square);
@@ -147,11 +147,11 @@ ShadingSample someSample(unsigned int turn) {
 }
 
 void feed(TestNode &node, unsigned int turn) {
-    unsigned int place = 0;
+    unsigned int index = 0;
     for (HostInput &input : node.host.inputs) {
         if (input.node != &node.node) continue;
         const int type = input.type;
-        ++place;
+        ++index;
         if (type == kConnectInteger && turn % 2 == 0) {
             input.source = {};
             continue;
@@ -160,12 +160,12 @@ void feed(TestNode &node, unsigned int turn) {
             const unsigned int now = (*count)++;
             auto *numbers = static_cast<double *>(value);
             if (type == kConnectInteger)
-                *static_cast<int *>(value) = static_cast<int>((turn + place + now / 7) % 6);
+                *static_cast<int *>(value) = static_cast<int>((turn + index + now / 7) % 6);
             else if (type == kConnectFunction)
                 *numbers = 0.25 + *numbers * *numbers; // transforms what it finds
             else
                 for (unsigned int i = 0; i < componentsOf(type); ++i)
-                    numbers[i] = someNumber(turn, 20 * place + i) + 0.0625 * (now % 7);
+                    numbers[i] = someNumber(turn, 20 * index + i) + 0.0625 * (now % 7);
         };
     }
 }

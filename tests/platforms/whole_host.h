@@ -1,5 +1,5 @@
-// Every service that a node of the module asks for, at once, and every node of a module created in it: what a host is
-// to a module, with answers that hold arithmetic only and are the same on every platform.
+// A fake host that offers all services that the module's nodes use, and creates an instance of every node. Its services
+// calculate by plain arithmetic only, so that their results are the same on every platform.
 #pragma once
 
 #include "tests/module/fake_editors.h"
@@ -11,11 +11,11 @@
 
 namespace velm::plugin {
 
-// One at a time, and for one thread.
+// There can be one at a time, used by one thread.
 class WholeHost {
   public:
-    // Activates and creates each node that the module lists. Throws std::runtime_error where one cannot be, or where
-    // the table of servers is not a row of pairs. The module's records must live as long as this.
+    // Activates each node that the module lists, and creates an instance. Throws std::runtime_error if one fails, or if
+    // the server table does not consist of pairs of a handler and an interface. `module` must outlive this object.
     explicit WholeHost(const HostModuleDescriptor &module);
     ~WholeHost();
     WholeHost(const WholeHost &) = delete;
@@ -28,25 +28,26 @@ class WholeHost {
 
     struct Server {
         std::string name;
-        HostActivate *activate, *interface; // for this host, whatever lookup they are handed; the second may be null
+        // They use this host's services instead of the lookup argument. `interface` may be null.
+        HostActivate *activate, *interface;
         TestNode node;
         Server(FakeHost &host, const char *serverName, HostActivate *handler, HostActivate *panel)
             : name(serverName), activate(handler), interface(panel), node(host, handler, panel, serverName) {}
     };
     std::list<Server> servers; // in the module's order
 
-    // Gives all the services together.
+    // The lookup function of this host.
     static void *lookup(const char *service, int use);
 };
 
-// A number from -1 to 3, other for every pair of arguments, as good as random.
-double someNumber(unsigned int turn, unsigned int place);
+// A pseudo-random number from -1 to 3 for each pair of arguments.
+double someNumber(unsigned int turn, unsigned int index);
 
-// A sample in a scene of which the ray functions know: what a ray hits depends on where it goes, and how.
+// A sample with ray functions whose results depend on the ray's direction and mode.
 ShadingSample someSample(unsigned int turn);
 
-// Feeds every input of a node with numbers that change a little with every evaluation; in even turns the integer ones,
-// which overrule the choices on the panel, with nothing.
+// Connects every input of a node to a source of numbers that change a little with every evaluation. In even turns,
+// integer inputs are left unconnected, so that the settings of the panel apply.
 void feed(TestNode &node, unsigned int turn);
 
 } // namespace velm::plugin

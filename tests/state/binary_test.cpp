@@ -1,4 +1,4 @@
-// The binary form, byte for byte, and reading it back.
+// The binary form of saved states: its exact bytes, and reading it back.
 
 #include "tests/state/state_fixture.h"
 
@@ -109,7 +109,7 @@ TEST(BinaryState, FloatsKeepEveryBit) {
     }
 }
 
-TEST(BinaryState, ABlockMayHoldSixtyFourKilobytesLessOne) {
+TEST(BinaryState, ABlockHoldsAtMost65535Bytes) {
     for (const std::size_t size : {std::size_t{65535}, std::size_t{65536}}) {
         Saver saver(kStateBinary);
         saver.begin(kOuter);
@@ -125,7 +125,7 @@ TEST(BinaryState, ABlockMayHoldSixtyFourKilobytesLessOne) {
     }
 }
 
-TEST(BinaryState, TellsWhichBlockIsTooLarge) {
+TEST(BinaryState, NamesTheBlockThatIsTooLarge) {
     Saver saver(kStateBinary);
     saver.begin(kOuter);
     for (int i = 0; i < 2; ++i) {
@@ -158,9 +158,9 @@ TEST(BinaryState, RefusesOpenAndStrayBlocks) {
 TEST(BinaryState, FindsBlocksPastUnreadValuesAndUnknownBlocks) {
     Saver saver(kStateBinary);
     saver.i2(1);
-    saver.string("Store Material"); // looks like a block, but for its size
+    saver.string("Store Material"); // could be a block's identifier, but the size that follows would be wrong
     saver.leaf(kForeign);
-    saver.leaf(kLeaf); // inside a block that is not known
+    saver.leaf(kLeaf); // inside an unknown block
     saver.end();
     saver.end();
     saver.leaf(kLeaf);
@@ -174,7 +174,7 @@ TEST(BinaryState, FindsBlocksPastUnreadValuesAndUnknownBlocks) {
     EXPECT_FALSE(loader.failed()) << loader.error();
 }
 
-TEST(BinaryState, StaysWhereItWasWhenNothingIsFound) {
+TEST(BinaryState, DoesNotMoveIfNoBlockIsFound) {
     Saver saver(kStateBinary);
     saver.i2(1);
     saver.i2(2);
@@ -203,7 +203,7 @@ TEST(BinaryState, StringsAreCutToTheBuffer) {
     saver.i2(3);
     Loader loader(kStateBinary, saver.finish());
     EXPECT_EQ(loader.string(4), "abc");
-    EXPECT_EQ(loader.i2(), 3) << "the rest of the string is passed over";
+    EXPECT_EQ(loader.i2(), 3) << "the rest of the string is skipped";
 }
 
 TEST(BinaryState, IdentifiersAreReadByTable) {
@@ -213,7 +213,7 @@ TEST(BinaryState, IdentifiersAreReadByTable) {
     Loader loader(kStateBinary, saver.finish());
     EXPECT_EQ(loader.id(), kLeaf.id);
     EXPECT_EQ(loader.id(), 0U);
-    EXPECT_EQ(loader.bytes(4), "FORE") << "an unknown one stays to be read";
+    EXPECT_EQ(loader.bytes(4), "FORE") << "an unknown identifier is not consumed";
 }
 
 TEST(BinaryState, ReadsOnlyWhatFitsTheBlock) {

@@ -1,5 +1,5 @@
-// Damaged, truncated and hostile data: errors with their place, never a crash or a read beyond the data. The sanitizers
-// of a test build see any such read.
+// Damaged, truncated and malicious data must give errors that state their position, never a crash or a read beyond the
+// data. Builds with sanitizers detect such reads.
 
 #include "tests/state/state_fixture.h"
 
@@ -11,7 +11,7 @@ using namespace velm::host;
 
 namespace {
 
-// Reads whatever is there, in an order that depends on the data only. What limits it is the data itself.
+// Reads whatever is there. The data alone determines the calls; `budget` limits their number.
 void readAnything(Loader &loader, int budget = 2000) {
     while (budget-- > 0) {
         const unsigned int found = loader.find();
@@ -38,31 +38,31 @@ std::string everything(int mode) {
     return saver.finish();
 }
 
-TEST(DamagedState, TruncationAtEveryByteIsNoticed) {
+TEST(DamagedState, TruncationAtEveryByteIsDetected) {
     for (const int mode : {kStateBinary, kStateText}) {
-        const std::string whole = everything(mode);
-        const std::size_t half = whole.size() / 2;
-        for (std::size_t size = 0; size < whole.size(); ++size) {
-            Loader loader(mode, whole.substr(0, size));
+        const std::string complete = everything(mode);
+        const std::size_t half = complete.size() / 2;
+        for (std::size_t size = 0; size < complete.size(); ++size) {
+            Loader loader(mode, complete.substr(0, size));
             while (loader.find() != 0) loader.end();
-            // What ends between two blocks (or before the closing brace's line break) is whole; a binary header cut
-            // short cannot be told from values.
+            // Data that ends between two blocks, or before the line break after a closing brace, is valid. A truncated
+            // binary block header cannot be distinguished from values.
             const bool between = mode == kStateBinary
                                      ? size % half < 6
-                                     : size % half == 0 || size + 1 == whole.size() || size + 1 == half;
-            const bool opening = mode == kStateText && size % half < 7; // "{ Outer" is not there yet
+                                     : size % half == 0 || size + 1 == complete.size() || size + 1 == half;
+            const bool opening = mode == kStateText && size % half < 7; // within "{ Outer", which is not a block yet
             if (between || opening) continue;
             EXPECT_TRUE(loader.failed()) << "form " << mode << ", " << size << " bytes";
         }
     }
 }
 
-TEST(ForeignState, HasNothingUnread) {
+TEST(ForeignState, GivesNoUnreadContents) {
     const StateReader reader(kStateBinary, "abcd", "saved");
     HostLoadState foreign = *reader.state();
     EXPECT_TRUE(isOfReader(foreign));
     EXPECT_EQ(unreadContents(foreign), "abcd");
-    foreign.data = nullptr; // whatever its maker puts there
+    foreign.data = nullptr; // the program that made it may store anything here
     foreign.readI2 = [](void *, short *, int) { return 0; };
     EXPECT_FALSE(isOfReader(foreign));
     EXPECT_EQ(unreadContents(foreign), "");
@@ -70,9 +70,9 @@ TEST(ForeignState, HasNothingUnread) {
 
 TEST(DamagedState, AnyReadingOfTruncatedDataEnds) {
     for (const int mode : {kStateBinary, kStateText}) {
-        const std::string whole = everything(mode);
-        for (std::size_t size = 0; size <= whole.size(); ++size) {
-            Loader loader(mode, whole.substr(0, size));
+        const std::string complete = everything(mode);
+        for (std::size_t size = 0; size <= complete.size(); ++size) {
+            Loader loader(mode, complete.substr(0, size));
             readAnything(loader);
         }
     }
@@ -80,10 +80,10 @@ TEST(DamagedState, AnyReadingOfTruncatedDataEnds) {
 
 TEST(DamagedState, AnyReadingOfChangedDataEnds) {
     for (const int mode : {kStateBinary, kStateText}) {
-        const std::string whole = everything(mode);
-        for (std::size_t at = 0; at < whole.size(); ++at) {
+        const std::string complete = everything(mode);
+        for (std::size_t at = 0; at < complete.size(); ++at) {
             for (const int change : {0x00, 0x01, 0x22, 0x0a, 0x7b, 0x7d, 0x5c, 0xff}) {
-                std::string bytes = whole;
+                std::string bytes = complete;
                 bytes[at] = static_cast<char>(change);
                 Loader loader(mode, bytes);
                 readAnything(loader);
@@ -92,7 +92,7 @@ TEST(DamagedState, AnyReadingOfChangedDataEnds) {
     }
 }
 
-TEST(DamagedState, BinaryErrorsTellTheByte) {
+TEST(DamagedState, BinaryErrorsStateTheByte) {
     Loader large(kStateBinary, literal("\0\1LEAF\0\x9xxxx"));
     EXPECT_EQ(large.i2(), 1);
     EXPECT_EQ(large.find(), 0U);
@@ -114,7 +114,7 @@ TEST(DamagedState, BinaryErrorsTellTheByte) {
     EXPECT_TRUE(inner.failed());
 }
 
-TEST(DamagedState, TextErrorsTellTheLine) {
+TEST(DamagedState, TextErrorsStateTheLine) {
     const struct {
         const char *text;
         const char *error;
@@ -132,7 +132,7 @@ TEST(DamagedState, TextErrorsTellTheLine) {
     }
 }
 
-TEST(DamagedState, AWordThatIsNoValueIsPassedOver) {
+TEST(DamagedState, InvalidWordsAreSkipped) {
     Loader loader(kStateText, "1\n2.5\n3\n\"x\"\n4\n7z\n5\n99999999999999999999\n6\n\"endless\n7\n");
     EXPECT_EQ(loader.i4(), 1);
     EXPECT_EQ(loader.i4(), Loader::kNone);
@@ -149,7 +149,7 @@ TEST(DamagedState, AWordThatIsNoValueIsPassedOver) {
     EXPECT_EQ(loader.error(), "data:2: expected a whole number") << "the first error is kept";
 }
 
-TEST(DamagedState, DeepNestingIsSkippedWithoutDepthOfItsOwn) {
+TEST(DamagedState, DeepNestingIsSkippedWithoutRecursion) {
     const int depth = 100000;
     std::string text = "{ Outer\n";
     for (int i = 0; i < depth; ++i) text += "{ Foreign\n";
@@ -162,7 +162,7 @@ TEST(DamagedState, DeepNestingIsSkippedWithoutDepthOfItsOwn) {
     EXPECT_FALSE(loader.failed());
 }
 
-TEST(DamagedState, DepthIsBounded) {
+TEST(DamagedState, NestingDepthIsLimited) {
     std::string text, bytes;
     for (int i = 0; i < 5000; ++i) {
         text += "{ Outer\n";

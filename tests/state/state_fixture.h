@@ -1,4 +1,5 @@
-// What the tests of both forms write and read.
+// Used by the tests of both forms of saved states: short names for reading and writing, and data with one of
+// everything.
 #pragma once
 
 #include "host/state/load_state.h"
@@ -45,7 +46,7 @@ class Saver {
     const HostSaveState &state_;
 };
 
-// The same for a load state. A value that is not there reads as `kNone`.
+// Short names for the operations of a load state. A value that is missing reads as kNone.
 class Loader {
   public:
     static constexpr int kNone = -12345;
@@ -56,10 +57,10 @@ class Loader {
         char value = 0;
         return state_.readI1(state_.data, &value, 1) == 1 ? static_cast<signed char>(value) : kNone;
     }
-    int i2() { return whole<short>(state_.readI2); }
-    int i4() { return whole<int>(state_.readI4); }
-    int u1() { return whole<unsigned char>(state_.readU1); }
-    int u2() { return whole<unsigned short>(state_.readU2); }
+    int i2() { return integer<short>(state_.readI2); }
+    int i4() { return integer<int>(state_.readI4); }
+    int u1() { return integer<unsigned char>(state_.readU1); }
+    int u2() { return integer<unsigned short>(state_.readU2); }
     unsigned int u4() {
         unsigned int value = 0;
         return state_.readU4(state_.data, &value, 1) == 1 ? value : static_cast<unsigned int>(kNone);
@@ -93,7 +94,7 @@ class Loader {
 
   private:
     template <typename Value>
-    int whole(int (*read)(void *, Value *, int)) {
+    int integer(int (*read)(void *, Value *, int)) {
         Value value = 0;
         return read(state_.data, &value, 1) == 1 ? static_cast<int>(value) : kNone;
     }
@@ -102,13 +103,14 @@ class Loader {
     const HostLoadState &state_;
 };
 
-// Bytes written as a literal with zero characters in it.
+// The bytes of a string literal, including any zeros in it.
 template <std::size_t size>
 std::string literal(const char (&text)[size]) {
     return std::string(text, size - 1);
 }
 
-// One of everything, in both forms: values, an empty leaf, leaves, nested blocks, values behind blocks.
+// Writes one of everything: a value of each type, nested blocks, leaf blocks with and without values, and values after
+// blocks.
 inline void saveEverything(Saver &saver) {
     saver.begin(kOuter);
     saver.i1(-5);

@@ -1,4 +1,4 @@
-// The text form, byte for byte, and reading it back.
+// The text form of saved states: its exact text, and reading it back.
 
 #include "tests/state/state_fixture.h"
 
@@ -13,7 +13,7 @@ using namespace velm::host;
 
 namespace {
 
-TEST(TextState, WritesEverythingAsPeopleReadIt) {
+TEST(TextState, WritesReadableText) {
     Saver saver(kStateText);
     saveEverything(saver);
     EXPECT_EQ(saver.finish(), "{ Outer\n"
@@ -115,7 +115,7 @@ TEST(TextState, ALeafThatGetsABlockBecomesABlock) {
     EXPECT_EQ(loader.i2(), 4);
 }
 
-TEST(TextState, AnyStringSurvives) {
+TEST(TextState, AnyStringReadsBack) {
     std::string all;
     for (int code = 1; code < 256; ++code) all += static_cast<char>(code);
     const std::string strings[] = {
@@ -144,7 +144,7 @@ TEST(TextState, EscapesAreAsDocumented) {
     EXPECT_EQ(saver.finish(), "\"q\\\" b\\\\ n\\n r\\r t\\t e\\x1b d\\x7f\"\n");
 }
 
-TEST(TextState, SingleBackslashesOfOtherProgramsStay) {
+TEST(TextState, UnknownEscapesAreReadAsTheyAre) {
     Loader loader(kStateText, "\"C:\\pictures\\moon\"\n");
     EXPECT_EQ(loader.string(), "C:\\pictures\\moon");
 }
@@ -190,17 +190,17 @@ TEST(TextState, IntegersKeepTheirLowBits) {
         EXPECT_EQ(loader.i2(), row.read) << row.text;
         EXPECT_FALSE(loader.failed());
     }
-    EXPECT_EQ(Loader(kStateText, "0x1F").u2(), 0x1f) << "a prefix is understood";
+    EXPECT_EQ(Loader(kStateText, "0x1F").u2(), 0x1f) << "the prefix 0x is accepted";
 }
 
-TEST(TextState, AReadNeverPassesItsLine) {
+TEST(TextState, AReadEndsWithItsLine) {
     Loader loader(kStateText, "1 2\n3\n");
     short values[3] = {};
     EXPECT_EQ(loader.state().readI2(loader.state().data, values, 3), 2);
     EXPECT_EQ(loader.i2(), 3);
     Loader single(kStateText, "1 2\n3\n");
     EXPECT_EQ(single.i2(), 1);
-    EXPECT_EQ(single.i2(), 2) << "the rest of a line is still to be read";
+    EXPECT_EQ(single.i2(), 2) << "the rest of a line can still be read";
     EXPECT_EQ(single.i2(), 3);
 }
 
@@ -230,11 +230,11 @@ TEST(TextState, FindsBlocksPastUnreadValuesAndUnknownBlocks) {
     EXPECT_FALSE(loader.failed()) << loader.error();
 }
 
-TEST(TextState, StaysWhereItWasWhenNothingIsFound) {
+TEST(TextState, DoesNotMoveIfNoBlockIsFound) {
     Loader loader(kStateText, "{ Outer\n  1\n  2\n}\nLeaf 5\n");
     ASSERT_EQ(loader.find(), kOuter.id);
     EXPECT_EQ(loader.i2(), 1);
-    EXPECT_EQ(loader.find(), 0U) << "the block behind the brace is outside";
+    EXPECT_EQ(loader.find(), 0U) << "the block after the brace is outside";
     EXPECT_EQ(loader.i2(), 2);
     loader.end();
     EXPECT_EQ(loader.find(), kLeaf.id);

@@ -1,4 +1,5 @@
-// The rooms of the stand-alone host and who may include whom, by the list in host/CMakeLists.txt.
+// The rooms of the stand-alone host are the directories listed in host/CMakeLists.txt. Each may include only those that
+// its line names.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -56,7 +57,7 @@ std::string roomOf(const std::string &path) { return fs::path(path).parent_path(
 
 bool isSource(const fs::path &path) { return path.extension() == ".h" || path.extension() == ".cpp"; }
 
-TEST(HostRooms, EveryRoomNamesOnlyRoomsAboveItInTheList) {
+TEST(HostRooms, EveryRoomNamesOnlyEarlierRooms) {
     std::vector<std::string> seen;
     for (const Room &room : listedRooms()) {
         for (const std::string &below : room.below)
@@ -67,7 +68,7 @@ TEST(HostRooms, EveryRoomNamesOnlyRoomsAboveItInTheList) {
     EXPECT_GT(seen.size(), 10U) << "the list was not found";
 }
 
-TEST(HostRooms, EveryIncludeIsOfTheRoomItselfOrOneThatItNames) {
+TEST(HostRooms, EveryIncludeIsFromTheRoomItselfOrOneThatItNames) {
     static const std::regex pattern(R"re(^\s*#\s*include\s*"(host/[^"]+)")re");
     const fs::path root = VELM_SOURCE_DIR;
     const std::vector<Room> rooms = listedRooms();

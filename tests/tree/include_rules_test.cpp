@@ -1,4 +1,4 @@
-// Who may include whom. The wall stands only as long as nobody looks over it.
+// Which directories may include which. Above all, the module and the host share nothing but the plug-in interface.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -16,7 +16,7 @@ struct Rule {
     std::vector<std::string> allowed; // ... may include these of ours: directories end in a slash, files do not
 };
 
-// A node's own directory is not among what nodes may include: no node knows another.
+// nodes/ does not list itself: no node may include another.
 const std::vector<Rule> rules = {
     {"nodes/", {"module/", "shading/", "random/", "share/"}},
     {"shading/", {"shading/", "module/", "random/"}},
@@ -59,12 +59,12 @@ bool isAllowed(const Rule &rule, const std::string &included) {
     return false;
 }
 
-TEST(IncludeRules, EveryDirectoryIncludesOnlyWhatItMay) {
+TEST(IncludeRules, EveryDirectoryIncludesOnlyWhatItsRuleAllows) {
     const fs::path root = VELM_SOURCE_DIR;
     for (const Rule &rule : rules) {
         const auto includes = includesBelow(root, rule.from);
         if (rule.from != "share/") {
-            EXPECT_FALSE(includes.empty()) << "nothing was read below " << rule.from;
+            EXPECT_FALSE(includes.empty()) << "found no includes below " << rule.from;
         }
         for (const Include &include : includes)
             EXPECT_TRUE(isAllowed(rule, include.included))
@@ -72,7 +72,7 @@ TEST(IncludeRules, EveryDirectoryIncludesOnlyWhatItMay) {
     }
 }
 
-TEST(IncludeRules, NoHeaderOfANodeIsThere) {
+TEST(IncludeRules, NodesHaveNoHeaders) {
     for (const auto &entry : fs::recursive_directory_iterator(fs::path(VELM_SOURCE_DIR) / "nodes"))
         EXPECT_NE(entry.path().extension(), ".h") << entry.path() << ": one node, one file";
 }

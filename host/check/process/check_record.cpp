@@ -56,7 +56,7 @@ void noteRound(std::uint64_t round) { currentRecord->rounds[std::max(0, ownSlot(
 
 std::string lastCalls(const CheckRecord &record) {
     std::string calls;
-    const int crashed = record.fall.filled.load() ? std::max(0, record.fall.slot) : -1;
+    const int crashed = record.crash.filled.load() ? std::max(0, record.crash.slot) : -1;
     for (int i = 0; i < kSlots; ++i) {
         const char *call = record.slots[i].call.load(kRelaxed);
         if (!call || (crashed >= 0 && crashed != i)) continue;
