@@ -43,9 +43,13 @@ class ParameterInputs : public Inputs {
     auto read() const {
         static constexpr Holds holds = nodeClass.parameters[kRow<field>].holds;
         if constexpr (holds == Holds::integer) {
-            return evaluated<field>(fieldAt<int>(instance_, field));
+            int value = fieldAt<int>(instance_, field);
+            overwrite<field>(&value);
+            return value;
         } else if constexpr (holds == Holds::scalar) {
-            return evaluated<field>(fieldAt<ScalarParameter>(instance_, field).value);
+            double value = fieldAt<ScalarParameter>(instance_, field).value;
+            overwrite<field>(&value);
+            return value;
         } else {
             static_assert(holds == Holds::vec3, "this parameter has no value to read");
             return readOr<field>(fieldAt<Vec3Parameter>(instance_, field).value);
@@ -55,7 +59,9 @@ class ParameterInputs : public Inputs {
     // The value connected to a vector's or a colour's input; `preset` in place of the stored value if there is none.
     template <size_t field>
     Vec3 readOr(const double (&preset)[3]) const {
-        return evaluated<field>(Vec3{{preset[0], preset[1], preset[2]}});
+        Vec3 value = {{preset[0], preset[1], preset[2]}};
+        overwrite<field>(&value);
+        return value;
     }
 
     // The index that a popup chooses, clamped to its list of `count` entries.
@@ -69,12 +75,12 @@ class ParameterInputs : public Inputs {
     template <size_t field>
     static constexpr size_t kRow = rowWithField(nodeClass.parameters, field);
 
-    template <size_t field, class Value>
-    Value evaluated(Value value) const {
+    // Overwrites a value of the parameter's type if its input is connected.
+    template <size_t field>
+    void overwrite(void *value) const {
         static_assert(nodeClass.parameters[kRow<field>].input != 0, "this parameter has no input");
         static constexpr size_t input = inputOffset(nodeClass, kRow<field>);
-        evaluate(fieldAt<HostInput *>(instance_, input), &value);
-        return value;
+        evaluate(fieldAt<HostInput *>(instance_, input), value);
     }
 
     const void *instance_;

@@ -8,13 +8,14 @@ namespace {
 
 constexpr int kShiftWords = 397; // M of the publication
 constexpr uint32_t kUpperMask = 0x80000000u, kLowerMask = 0x7fffffffu;
-constexpr uint32_t mag01[2] = {0, 0x9908b0dfu}; // the twist matrix row, selected by the low bit
+constexpr uint32_t mag01[2] = {0, 0x9908b0dfu}; // the row of the twist matrix, selected by the lowest bit
 constexpr uint32_t kDefaultSeed = 5489;
 
 uint32_t word(int index) { return mt[index].load(std::memory_order_relaxed); }
 void setWord(int index, uint32_t value) { mt[index].store(value, std::memory_order_relaxed); }
 
-// The recurrence of the publication for one word: `high` gives its top bit, `low` the rest, `far` is M words on.
+// The recurrence of the publication for one word: `high` gives the top bit, `low` the other bits, and `far` is the word
+// M further on.
 uint32_t twist(uint32_t high, uint32_t low, uint32_t far) {
     const uint32_t y = (high & kUpperMask) | (low & kLowerMask);
     return far ^ (y >> 1) ^ mag01[y & 1];
@@ -56,7 +57,7 @@ void init_by_array(const uint32_t *key, int length) {
 
 void refillState(int index) {
     if (index == kNeverSeeded) init_genrand(kDefaultSeed);
-    // A word's successor is the next word's high part: each word is loaded once.
+    // Each word is loaded once: as `low` of one step and then as `high` of the next.
     uint32_t current = word(0);
     int i = 0;
     for (; i < kStateWords - kShiftWords; ++i) {
@@ -82,7 +83,8 @@ void drawFromStream(uint32_t *words, int count) {
             index = 0;
         }
         const int here = std::min(count, kStateWords - index);
-        mti.store(index + here, std::memory_order_relaxed); // first, so that other threads go on behind them
+        // Stored before the words are read, so that other threads continue after them.
+        mti.store(index + here, std::memory_order_relaxed);
         for (int i = 0; i < here; ++i) words[i] = word(index + i);
         for (int i = 0; i < here; ++i) words[i] = temper(words[i]);
         index += here;

@@ -1,6 +1,6 @@
-// Comparisons of values that may be NaN, as the state nodes make them: where one of the two is a NaN, "equal", "less
-// than" and "less than or equal" hold, and their opposites do not. Artists' networks that divide by zero have come to
-// rely on it; it needs a build that keeps NaN semantics.
+// Comparisons of numbers that may be NaN. If either of the two is a NaN, "equal", "less than" and "less than or equal"
+// hold, and their opposites do not. Networks that divide by zero rely on this. It needs a build that preserves NaN
+// semantics.
 #pragma once
 
 namespace velm::plugin {

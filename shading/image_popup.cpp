@@ -11,13 +11,13 @@ int countImages(const HostImageList &imglist) {
 
 ImageChoice &choiceOf(const ImagePopup &popup, void *instance) { return fieldAt<ImageChoice>(instance, popup.choice); }
 
-// Sets the popup as a hand would.
+// Sets the popup as a user does.
 void choose(const ImagePopup &popup, void *instance, int index) {
     if (HostPanel *panel = fieldAt<HostPanel *>(instance, popup.panel))
         popup.services.xpanf->setValue(panel, popup.control, &index);
 }
 
-// Images have been removed, and the choice is no longer one of them.
+// Whether images have been removed and the choice is beyond the last one.
 bool isBeyond(const ImageChoice &choice, int items) { return choice.itemCount > items && choice.index >= items - 1; }
 
 } // namespace
@@ -85,7 +85,7 @@ bool loadChosenImage(const ImagePopup &popup, void *instance, HostPanel *panel, 
     if (popup.filereq(kFileRequestVersion, &frloc) != 0 || frloc.result < 1) {
         choice.index = 0;
     } else {
-        popup.imglist->load(popup.request.fullName); // what it gives is ignored: the last image is taken to be the one
+        popup.imglist->load(popup.request.fullName); // the last image of the list is taken as the loaded one
         const int items = countImages(*popup.imglist) + 2;
         if (isBeyond(choice, items)) choose(popup, instance, 0);
         choice.itemCount = items;

@@ -1,5 +1,5 @@
-// The ray functions of a sample, as nodes call them. A sample without a scene about it, as in a preview, may carry null
-// functions: a ray then hits nothing and leaves its colour alone. For render threads.
+// Calls of a sample's ray functions. In a sample without a scene, as in a preview, these may be null: then a ray hits
+// nothing and leaves its colour unchanged. Each returns the distance to the hit, or HOST_RAY_MISS. [render threads]
 #pragma once
 
 #include "module/host.h"

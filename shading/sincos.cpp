@@ -7,18 +7,18 @@
 namespace velm::plugin {
 namespace {
 
-// A quarter turn in three parts, the first two of 33 bits, so that their products with a count of quarter turns below
-// 2^20 are exact (W. J. Cody and W. Waite, "Software Manual for the Elementary Functions", 1980).
-constexpr double kQuarterTurns = 6.36619772367581382433e-01; // in a radian
+// A quarter turn in three parts. The first two have 33 bits, so that their products with a number of quarter turns
+// below 2^20 are exact (W. J. Cody and W. Waite, "Software Manual for the Elementary Functions", 1980).
+constexpr double kQuarterTurns = 6.36619772367581382433e-01; // in one radian
 constexpr double kQuarter1 = 1.57079632673412561417e+00;
 constexpr double kQuarter2 = 6.07710050630396597660e-11;
 constexpr double kQuarter3 = 2.02226624879595063154e-21;
-constexpr double kFarthest = 1.6e6; // radians: a bit less than 2^20 quarter turns
+constexpr double kFarthest = 1.6e6; // radians: slightly less than 2^20 quarter turns
 
-// Adding this to a number rounds it to an integer, whose lowest bits are then the lowest bits of the sum.
+// Adding this to a number rounds the number to an integer, whose lowest bits become the lowest bits of the sum.
 constexpr double kRounder = 6755399441055744.0; // 1.5 * 2^52
 
-// Polynomials on -pi/4 ... pi/4, from the kernels of K. C. Ng in Sun's fdlibm, 1993: the error is below 2^-57.
+// Polynomials on [-pi/4, pi/4], from the kernels of K. C. Ng in Sun's fdlibm, 1993. The error is below 2^-57.
 double sineNearZero(double x, double square) {
     const double rest =
         8.33333333332248946124e-03 +
@@ -40,8 +40,8 @@ double cosineNearZero(double square) {
 
 constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
 
-// False where an angle is not near. Compiled twice: what is done to each angle is the same, only how many are taken in
-// a step is not.
+// False if an angle is too large. Compiled twice: the operations on each angle are the same, only the number of angles
+// in a step differs.
 [[gnu::always_inline]] inline bool computeNear(const double *angles, int count, double *sines, double *cosines) {
     std::uint64_t far = 0;
     for (int i = 0; i < count; ++i) {
@@ -51,7 +51,7 @@ constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
         const auto bits = std::bit_cast<std::uint64_t>(shifted);
         const double x = angles[i] - quarters * kQuarter1 - quarters * kQuarter2 - quarters * kQuarter3;
         const double square = x * x;
-        // An odd number of quarter turns swaps the two; bits 0 and 1 of the number tell the signs.
+        // An odd number of quarter turns swaps sine and cosine; bits 0 and 1 of the number give the signs.
         const std::uint64_t swap = 0 - (bits & 1);
         const auto sine = std::bit_cast<std::uint64_t>(sineNearZero(x, square));
         const auto cosine = std::bit_cast<std::uint64_t>(cosineNearZero(square));

@@ -9,7 +9,7 @@ static ShareRegistry *shareInst;
 
 namespace {
 
-// The position of the first entry for which `matches` holds, or -1.
+// The position of the first entry for which `matches` is true, or -1.
 template <class Entry, class Matches>
 int findEntry(Entry *const (&list)[kShareCapacity], int count, Matches matches) {
     for (int i = 0; i < count; ++i)
@@ -22,8 +22,8 @@ int positionOf(Entry *const (&list)[kShareCapacity], int count, const Entry *wan
     return findEntry(list, count, [wanted](const Entry &entry) { return &entry == wanted; });
 }
 
-// The compaction pass, with its quirk: the gap that is moved to the end is met, and tallied, again when the loop gets
-// there; and the entry that slides into a gap is not looked at. Artists' saved popup positions depend on the result.
+// Compacts a list, with two quirks that saved popup indices depend on: a gap that is moved to the end is counted again
+// when the loop reaches it, and the entry that moves into a gap is not checked for being a gap itself.
 template <class Entry>
 int compact(Entry *(&list)[kShareCapacity], int &count) {
     const int before = count;
@@ -38,7 +38,7 @@ int compact(Entry *(&list)[kShareCapacity], int &count) {
     return count;
 }
 
-// An id for a store that has none; a loaded one pushes the counter up.
+// Assigns an id to a store that has none. A loaded id raises the counter.
 void assignId(ShareRegistry &registry, StoreMaterial &store) {
     if (store.id == kUnassignedStore) store.id = registry.lastID + 1;
     if (store.id > registry.lastID) registry.lastID = store.id;
@@ -122,7 +122,7 @@ void releaseHolders(StoreMaterial *store) {
 }
 
 void forgetGetNode(const GetMaterial *get) {
-    static GetMaterial nobody; // its slot is written to, and never read
+    static GetMaterial nobody; // the placeholder: its slot is written and never read
     ShareRegistry *registry = getShareInst();
     if (!registry) return;
     for (GetMaterial *&entry : registry->getNodes)
@@ -136,7 +136,8 @@ void notifyGetNodes(int storeID, int popupIndex) {
         if (GetMaterial *get = registry->getNodes[i]; get && get->storeID == storeID) get->slot = popupIndex;
 }
 
-// Goes by the entries, not by the count: an entry that the compaction has left beyond the count still gets its item.
+// Counts the entries instead of using the count: an entry that compacting has left beyond the count still has an entry
+// in the popup.
 int getStoreNodeCount() {
     ShareRegistry *registry = getShareInst();
     if (!registry) return 1;

@@ -1,21 +1,22 @@
-// The one table through which a Get Material node finds a Store Material node, perhaps of another surface. Every store
-// and every get registers itself at creation; gets refer to stores by small numbers that the registry hands out, so
-// that renaming a store breaks no link.
+// The table through which a Get Material node ("get") finds a Store Material node ("store"), which may belong to
+// another surface. All stores and gets register themselves at creation. Gets refer to stores by numbers that the
+// registry assigns, so that renaming a store breaks no link.
 //
-// The registry points into instances and owns none of them. It is made when first needed, and lives as long as the
-// module. A *position* counts from 0 in a list; a *popup index* is a position plus one, 0 being "(none)".
+// The registry points to instances and owns none of them. It is created when first needed and lives as long as the
+// module. A position counts from 0 in a list. A popup index is a position plus one; 0 is "(none)".
 //
-// For the interface thread, never while rendering: nodes resolve their stores when rendering starts. When the registry
-// itself cannot be allocated, every operation behaves as on an empty one and records nothing.
+// Nodes look up their stores when rendering starts, so that no function here is called while rendering. If the registry
+// cannot be allocated, each operation behaves as on an empty one and records nothing. [interface thread; not while
+// rendering]
 #pragma once
 
 #include "module/host.h"
 
 namespace velm::plugin {
 
-constexpr int kShareCapacity = 64;   // of each list; a further registration is dropped without a word
-constexpr int kStoreNameSize = 260;  // bytes of a name's field
-constexpr int kUnassignedStore = -1; // the id of a store that has not been given one
+constexpr int kShareCapacity = 64;   // of each list; a further registration is silently dropped
+constexpr int kStoreNameSize = 260;  // bytes of a name, with its terminator
+constexpr int kUnassignedStore = -1; // the id of a store to which none has been assigned
 
 struct GetMaterial;
 
@@ -27,14 +28,14 @@ struct StoreMaterial {
     HostNode *node;
     HostInput *colourInput, *scalarInput, *vectorInput, *integerInput;
     HostOutput *colourOutput, *scalarOutput, *vectorOutput, *integerOutput;
-    GetMaterial *firstHolder; // the gets that hold this store for a render, linked by nextHolder
+    GetMaterial *firstHolder; // the first of the gets that hold this store for a render, linked by nextHolder
 };
 
 // An instance of Get Material.
 struct GetMaterial {
-    int slot;             // the popup index that was chosen
-    int storeID;          // the id of the store that is meant; 0: none
-    StoreMaterial *store; // what that was when rendering started
+    int slot;             // the chosen popup index
+    int storeID;          // the id of the chosen store; 0 for none
+    StoreMaterial *store; // the store of that id when rendering started; null if there was none
     HostPanel *panel;
     HostNode *node;
     HostOutput *colourOutput, *scalarOutput, *vectorOutput, *integerOutput;
@@ -46,48 +47,49 @@ struct ShareRegistry {
     StoreMaterial *storeNodes[kShareCapacity];
     int getNodeCount;
     int storeNodeCount;
-    int lastID; // the highest id handed out or seen; the first one handed out is 1
+    int lastID; // the highest id assigned or loaded; the first assigned one is 1
 };
 
-// The registry, made if need be; null when it cannot be allocated.
+// The registry, created if necessary. Null if it cannot be allocated.
 ShareRegistry *getShareInst();
 
-// Lists a store unless it is listed already (by its address), or the list is full; gives it an id if it has none, and
-// points the gets that wait for that id at it.
+// Lists a store, unless it is listed already (by its address) or the list is full. Assigns an id if it has none, and
+// sets the slots of the gets that refer to this id.
 void addStoreNodeForced(StoreMaterial *store);
-// The same, but declining a store whose node is named like a listed one's, and pointing no get. The store's id, or the
-// number of stores when none was added.
+// The same, except that a store is refused if its node has the name of a listed one, and that no slots are set. Returns
+// the store's id, or the number of stores if none was added.
 int addStoreNode(const HostNodeFuncs *nodeFunc, StoreMaterial *store);
 void addGetNodeForced(GetMaterial *get);
 
-// Takes an instance off its list, and then compacts the list; the new count.
+// Removes an instance from its list and compacts the list. Returns the new count.
 int removeStoreNode(StoreMaterial *store);
 int removeGetNode(GetMaterial *get);
 
-// Closes the gaps of a list. Kept as it has always been: the entry that a gap swallows leaves a gap at the end that is
-// counted once more, so that removing any entry but the last shortens the count by two. The new count.
+// Closes the gaps of a list and returns the new count. It works as it always has, since saved popup indices depend on
+// it: moving entries into a gap leaves a gap at the end, which is counted again, so that removing any entry except the
+// last lowers the count by two.
 int removeGarbageStoreNodes();
 int removeGarbageGetNodes();
 
-// What a get holds from the start of a render: evaluation reaches straight through it. Holding null lets go. A store
-// that is about to be freed is let go of by all that hold it, listed or not, so that evaluation never reaches a freed
-// one.
+// A get holds its store from the start of a render, so that evaluation follows the pointer without a lookup. Holding
+// null releases the store. A store that is about to be freed must be released by all its holders, listed or not, so
+// that no evaluation reads a freed store.
 void holdStore(GetMaterial *get, StoreMaterial *store);
 void releaseHolders(StoreMaterial *store);
 
-// A get that is about to be freed keeps its place in the list, since by the count goes which gets are told of a store
-// and when the list is full; but what stands in its place from now on is nobody's instance, and may be written to.
+// Replaces a get that is about to be freed by a placeholder that may be written to. Its entry is not removed, since the
+// count determines which gets are notified of a store and when the list is full.
 void forgetGetNode(const GetMaterial *get);
 
-// Sets the slot of every get that refers to a store.
+// Sets the slot of every get that refers to the store of an id.
 void notifyGetNodes(int storeID, int popupIndex);
 
-// The popup of stores: how many items, and their texts: "(none)", the names, and "(error)" for what is beyond the
-// count. Counting compacts the list first.
+// The popup of stores: the number of its entries, and their texts: "(none)", the names, and "(error)" beyond the count.
+// Counting compacts the list first.
 int getStoreNodeCount();
 const char *getStoreNodeName(void *userData, int popupIndex);
 
-// Look-ups. Null, or -1, when there is none.
+// Lookups. Null or -1 if there is none.
 StoreMaterial *getStoreNode(int position);
 StoreMaterial *getStoreNodeByID(int id);
 int containsStoreNode(const HostNodeFuncs *nodeFunc, const StoreMaterial *store); // by the name of its node

@@ -154,8 +154,8 @@ constexpr NodeClass nodeClass = {
     .setValue = setValue,
 };
 
-// Stores the colour that the camera sees at (u, v) of its picture, from 0 to 1. If its ray brings none, `colour` keeps
-// what it has, filtered if there is a ray.
+// Stores the colour that the camera sees at (u, v) of its picture, each from 0 to 1. `colour` is unchanged if the
+// camera has no ray there.
 void seenAt(const RenderCam &self, const ShadingSample &sample, double u, double v, double colour[3]) {
     double width = 0, height = 0;
     caminfo->filmSize(self.camera, &width, &height);

@@ -14,7 +14,7 @@ constexpr int nodeColor[3] = {164, 50, 10};
 
 struct RenderInfo {
     int newRender;      // 1 until the first frame after creation or the start of a render
-    HostLookup *lookup; // the host's, of Create
+    HostLookup *lookup; // the host's lookup function
     int currentFrame;
     int renderedFrames;
     HostNode *node;

@@ -23,7 +23,7 @@ Lines joined(std::initializer_list<Lines> parts) {
     return all;
 }
 
-// The records that the host hands over, each byte of them a mark.
+// The records that the host passes, with each byte set to a mark.
 struct HandlerRecord {
     HostInstanceOps instance;
     HostItemOps item;
@@ -46,7 +46,7 @@ struct HandlerRecord {
 
 // A node class, and the services that it looks up between the node services and the parameter services.
 struct Class {
-    std::string server; // or the name of a class made up for these tests
+    std::string server; // or the name of a class of these tests
     Lines further = {};
     bool parameters = true;
 };
@@ -54,8 +54,8 @@ struct Class {
 const Lines kScene = {"lookup System ID", "lookup LW Backdrop Info 2", "lookup LW Time Info"};
 const Lines kImages = {"lookup LW Image List 5", "lookup NodeUtilityFuncs", "lookup File Request 2"};
 
-// Two classes made up for these tests, and every node of the module. Those that are not listed here look up the node
-// services and the parameter services, and nothing else.
+// Two classes of these tests, and every node of the module. Nodes that are not listed here look up only the node
+// services and the parameter services.
 std::vector<Class> allClasses() {
     std::vector<Class> classes = {
         {.server = "Everything", .further = joined({{"lookup LW Image List 5", "lookup File Request 2"}, kScene})},
@@ -78,7 +78,7 @@ HostActivate *handlerOf(const std::string &server) {
     return server == "Bare" ? Bare_Activate : activationOf(HOST_CLASS_NODE_HANDLER, server.c_str());
 }
 
-// A name that a test may have.
+// A valid name of a test.
 std::string plain(std::string name) {
     std::erase_if(name, [](char c) { return c == ' ' || c == '(' || c == ')'; });
     return name;
@@ -122,7 +122,7 @@ TEST_P(Activation, LooksItsServicesUpInOrder) {
 TEST_P(Activation, FailsWithoutAnyOneOfThemAndFillsNothing) {
     for (const std::string &line : everyLookup()) {
         const std::string service = line.substr(std::strlen("lookup "));
-        if (service == HOST_SYSTEM_ID) continue; // a word: null is one, too
+        if (service == HOST_SYSTEM_ID) continue; // its result is a word, and null is a valid one
         SCOPED_TRACE(service);
         host.missing = {service};
         EXPECT_EQ(activate(), 2);
@@ -177,7 +177,7 @@ TEST_P(Activation, CanBeRepeated) {
     EXPECT_EQ(record, once);
 }
 
-// ---- The application that asks ----
+// ---- The application ----
 
 struct Application {
     const char *name;

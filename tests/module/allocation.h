@@ -1,12 +1,12 @@
-// The allocations of instances, watched: the test program wraps calloc and free.
+// Observes the allocation of instances. The test program is linked with wrappers of calloc and free.
 #pragma once
 
 namespace velm::plugin {
 
-// Makes the next calloc of this program give null.
+// Makes the next call of calloc in this program return null.
 void failNextAllocation();
 
-// What calloc gave last, and whether it has been freed since.
+// The last memory that calloc returned, and whether it has been freed since.
 struct LastAllocation {
     void *memory;
     bool freed;

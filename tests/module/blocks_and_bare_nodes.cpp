@@ -38,7 +38,7 @@ constexpr NodeClass blocks = {
 
 // ---- FullBlocks ----
 
-// Fetched in every application, though it stands behind the word that tells which one this is.
+// A required service after the system word is looked up in every application.
 constexpr FurtherService fullBlocksFurther[] = {
     {.name = HOST_SYSTEM_ID, .rule = FurtherService::Rule::systemWord},
     {.name = HOST_FILE_REQUEST, .store = [](void *) {}},

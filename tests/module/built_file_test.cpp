@@ -1,5 +1,5 @@
-// The file that the host opens: build/velm.p. It opens with nothing but the C library and the maths library about,
-// shows one symbol, and brings no C++ runtime into the host.
+// The built module, build/velm.p: it needs only the C library and the maths library, exports one symbol, and brings no
+// C++ runtime into the host.
 #include "module/host.h"
 #include "tests/module/elf_file.h"
 
@@ -46,7 +46,7 @@ TEST(BuiltFile, NeedsTheCLibraryAndTheMathsLibraryOnly) {
 }
 
 TEST(BuiltFile, AsksForNothingOfACppRuntimeOrAnUnwinder) {
-    // What the C library itself gives to every shared object.
+    // Symbols that the C library adds to every shared object.
     constexpr std::array kOfEveryObject = {"__cxa_finalize", "_ITM_registerTMCloneTable",
                                            "_ITM_deregisterTMCloneTable"};
     constexpr std::array kForeign = {"_Z", "__cxa", "__gxx", "_Unwind", "__gcc", "_ITM"};

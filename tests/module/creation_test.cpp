@@ -1,4 +1,4 @@
-// Creating and destroying instances: every call on the host in its order, what a failure leaves behind.
+// Creating and destroying instances: the order of all calls of the host, and the effects of failures.
 #include "tests/module/allocation.h"
 #include "tests/module/test_node.h"
 #include "tests/module/test_nodes.h"
@@ -76,7 +76,7 @@ class Creation : public testing::Test {
 
     Creation() { hookAnswers = {}; }
 
-    // Activates a class and gives its instance operations.
+    // Activates a class and returns its instance operations.
     HostInstanceOps activated(HostActivate *activate) {
         HostInstanceOps ops{};
         HostRenderOps render{};
@@ -173,7 +173,7 @@ TEST_F(Creation, HandsTheLookUpFunctionOn) {
     EXPECT_EQ(static_cast<Bare *>(node.instance)->lookup, FakeHost::lookup);
 }
 
-TEST_F(Creation, EveryInputTellsTheSameUnit) {
+TEST_F(Creation, EveryInputNotifiesTheSameNodeClass) {
     TestNode node(host, Everything_Activate, nullptr);
     ASSERT_EQ(host.inputs.size(), 8u);
     for (const HostInput &input : host.inputs) EXPECT_EQ(input.event, host.inputs[0].event);

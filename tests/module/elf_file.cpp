@@ -52,7 +52,7 @@ std::vector<ElfFile::Symbol> ElfFile::symbolsOf(unsigned int sectionType, bool l
     for (const auto &section : sections()) {
         if (section.sh_type != sectionType) continue;
         for (const auto &symbol : at<ElfW(Sym)>(section.sh_offset, section.sh_size / sizeof(ElfW(Sym)))) {
-            const bool local = ELF64_ST_BIND(symbol.st_info) == STB_LOCAL; // coded alike in either class
+            const bool local = ELF64_ST_BIND(symbol.st_info) == STB_LOCAL; // encoded alike in 32-bit and 64-bit files
             if (symbol.st_name != 0 && (locals || !local))
                 symbols.push_back(
                     {.name = stringsOf(section) + symbol.st_name, .defined = symbol.st_shndx != SHN_UNDEF});

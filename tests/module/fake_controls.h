@@ -1,4 +1,4 @@
-// The controls of panels, for tests: values that are read from a control and set on it, and an area that is drawn on.
+// Controls of panels for tests: their values can be read and set, and areas can be drawn on.
 #pragma once
 
 #include "tests/module/fake_host.h"
@@ -6,7 +6,7 @@
 #include <array>
 #include <cstddef>
 
-// What has been drawn: each pixel as it was left, and the boxes that were filled.
+// The final state of each pixel, and the boxes that were filled.
 struct HostDrawArea {
     struct Pixel {
         int red, green, blue, x, y;
@@ -17,7 +17,7 @@ struct HostDrawArea {
 
 namespace velm::plugin {
 
-// Stands beside a FakeHost, and notes its calls in that host's log. One at a time.
+// Used together with a FakeHost, in whose log it records its calls. Only one may exist at a time.
 class FakeControls {
   public:
     FakeControls();
@@ -25,19 +25,19 @@ class FakeControls {
     FakeControls(const FakeControls &) = delete;
     FakeControls &operator=(const FakeControls &) = delete;
 
-    // Gives panels whose controls have values, and the services of the host.
+    // Returns the panel service, whose controls have values here, and the services of the host.
     static void *lookup(const char *service, int use);
 
-    std::map<unsigned int, std::string> texts; // what the text controls of every panel show
-    bool setReaches = true;                    // a value that is set on a control reaches the panel's setter
+    std::map<unsigned int, std::string> texts; // the texts that the text controls of all panels show
+    bool setReaches = true;                    // setting a value on a control calls the panel's setter
 
-    // What a hand at a panel does: the value passes through the setter, and the panel is told. Gives what the
-    // notification gives; the host's log has that part only.
+    // Changes a value as a user does: calls the setter, then the change notification. Returns the result of the
+    // notification. The host's log contains only the calls of the notification.
     static int choose(HostPanel *panel, unsigned int id, int value);
     static int notify(HostPanel *panel, unsigned int id, int event);
 };
 
-// The activation of a class, as it is when the host offers what `lookup` gives.
+// The activation of a class, with the services that `lookup` returns.
 template <HostLookup *lookup, HostActivate *activate>
 int activatedWith(int version, HostLookup *, void *local, void *serverData) {
     return activate(version, lookup, local, serverData);

@@ -24,7 +24,7 @@ HostInput *addRootInput(HostNodeEditor *editor, int type, const char *name, Host
     return &host().inputs.emplace_back(HostInput{.node = editor->root, .type = type, .name = name, .event = event});
 }
 
-// A network is kept as a text.
+// A network is saved as a text.
 HostError saveEditor(HostNodeEditor *editor, const HostSaveState *state) {
     host().note("saveEditor");
     if (!editors().answer) RecordedState::of(state).text(editor->network);
@@ -92,7 +92,7 @@ const HostNodeUtilityFuncs kUtilities = [] {
     funcs.autosize = [](HostNode *node, double scale[3], double position[3]) {
         host().note("autosize ", node->name);
         std::copy_n(editors().extent, 3, scale);
-        std::fill_n(position, 3, 50.0); // where the node's object stands, which is no matter of its extent
+        std::fill_n(position, 3, 50.0); // of the node's object, which does not affect its extent
     };
     return funcs;
 }();

@@ -18,7 +18,7 @@ int components(const HostVParm &parm) { return parm.type & 1 ? 3 : 1; }
 
 std::string nameOf(const HostVParm *parm) { return parm ? parm->channel : "null"; }
 
-// With the node it belongs to, by its group's parent.
+// Names a parameter by its node, which is the parent of its group, and its channel.
 std::string fullNameOf(const HostVParm *parm) {
     return parm ? parm->group->parent->name + "/" + parm->channel : "null";
 }
@@ -51,9 +51,10 @@ const HostNodeFuncs kNodeFuncs = [] {
     return funcs;
 }();
 
-const HostNodeEditorFuncs kNodeEditorFuncs{}; // looked up by every node and called by none of those tested with this
+const HostNodeEditorFuncs
+    kNodeEditorFuncs{}; // every node looks it up, and none of those tested with this host calls it
 
-// What operations give whose result says nothing: callers go by what was written for them, if anything was.
+// The result of operations whose result has no meaning: callers rely only on what was written for them.
 constexpr int kNoAnswer = 0;
 
 const HostNodeInputFuncs kNodeInputFuncs = [] {
@@ -67,7 +68,7 @@ const HostNodeInputFuncs kNodeInputFuncs = [] {
         if (input->source) input->source(sample, value);
         return kNoAnswer;
     };
-    funcs.isConnected = [](HostInput *input) { return input->source ? 2 : 0; }; // any number but 0 says yes
+    funcs.isConnected = [](HostInput *input) { return input->source ? 2 : 0; }; // any number except 0 means yes
     return funcs;
 }();
 
@@ -121,7 +122,7 @@ HostError loadParm(HostVParm *parm, const HostLoadState *state) {
     return nullptr;
 }
 
-// What stands in the components that a parameter does not have: callers pass room for three.
+// Written to the components that a parameter does not have: callers must pass room for three.
 constexpr double kBeyondTheValue = 777;
 
 double getParm(HostVParm *parm, double time, ShadingSample *sample, double *value) {
@@ -216,7 +217,7 @@ const HostBackdropInfo kBackdropInfo = [] {
     return info;
 }();
 
-// Looked up by units of the tests only, which look at the pointer.
+// Looked up only by node classes of the tests, which compare the pointers.
 const HostImageList kImageList{};
 const HostNodeUtilityFuncs kUtilityFuncs{};
 int fileRequest(int, HostFileRequest *) { return 0; }

@@ -1,6 +1,6 @@
-// A stand-in for the host application that records every call of its services as a line of text, and lets a test say
-// what goes wrong: services that are missing, creations, saves and loads that fail. The host's opaque types are plain
-// records here, which tests look into.
+// A fake host application for tests. It records each call of its services as a line of text, and a test can make it
+// fail: services can be missing, and creations, saves and loads can fail. The host's opaque types are plain records
+// here, which tests can read.
 #pragma once
 
 #include "module/host.h"
@@ -23,7 +23,7 @@ struct HostNode {
     std::string name;
     HostChannelGroup *group;
     std::array<int, 3> colour = {};
-    int previewType = -1; // as long as none is set
+    int previewType = -1; // -1: none has been set
 };
 
 struct HostInput {
@@ -31,7 +31,8 @@ struct HostInput {
     int type;
     std::string name;
     HostInputEvent *event;
-    std::function<void(ShadingSample *, void *value)> source = {}; // what is connected; empty: nothing
+    std::function<void(ShadingSample *, void *value)> source =
+        {}; // writes the value of the connected output; empty if the input is not connected
 };
 
 struct HostOutput {
@@ -40,7 +41,7 @@ struct HostOutput {
     std::string name;
 };
 
-// Remembers what was set, as the type of the output that is asked for.
+// Holds the value that was set, in the type of the evaluated output.
 struct HostNodeValue {
     HostOutput *asked;
     int timesSet = 0;
@@ -54,7 +55,7 @@ struct HostVParm {
     std::string channel = {};
     HostChannelGroup *group = nullptr;
     double value[3] = {0, 0, 0};
-    std::function<void(double time, double *value)> overTime = {}; // instead of `value`
+    std::function<void(double time, double *value)> overTime = {}; // used instead of `value` if it is not empty
     bool destroyed = false;
 };
 
@@ -71,8 +72,8 @@ struct HostPanel {
 
 namespace velm::plugin {
 
-// One at a time: the services, which are plain functions, find it through `current`. Inputs may be evaluated and values
-// set by several threads; everything else is for the test's own thread.
+// Only one may exist at a time: the services are plain functions, which find it through `current`. Several threads may
+// evaluate inputs and set values; everything else is for the test's thread.
 class FakeHost {
   public:
     FakeHost();
@@ -82,7 +83,7 @@ class FakeHost {
     static FakeHost &current();
     static void *lookup(const char *service, int use);
 
-    // What has been called since the last time this was asked.
+    // The calls since the last call of this function.
     std::vector<std::string> takeLog();
     template <class... Parts>
     void note(const Parts &...parts) {
@@ -91,14 +92,14 @@ class FakeHost {
         log_.push_back(line.str());
     }
 
-    std::set<std::string> missing; // services that are not offered
+    std::set<std::string> missing; // the services that lookup does not find
     uintptr_t systemWord = kSystemLayout;
-    bool logsEvaluation = false; // inputs evaluated and values set are in the log; for one thread only
+    bool logsEvaluation = false; // also logs evaluated inputs and set values; for one thread only
     bool panelsFail = false;
-    std::set<int> failingParms; // creations of parameters that give null, counted from 0
-    int failingSave = -1;       // the save of a parameter that gives kSaveError, counted from 0
+    std::set<int> failingParms; // the creations of parameters that return null, counted from 0
+    int failingSave = -1;       // the save of a parameter that returns kSaveError, counted from 0
     int failingLoad = -1;
-    bool copiesFail = false; // every copy of a parameter is made all the same
+    bool copiesFail = false; // copying a parameter returns an error, though it copies
     static constexpr char kSaveError[] = "cannot save";
     static constexpr char kLoadError[] = "cannot load";
     static constexpr char kCopyError[] = "cannot copy";
@@ -107,7 +108,7 @@ class FakeHost {
     std::function<void(double time, const double *direction, double *colour)> backdrop;
 
     HostNode &addNode(const std::string &name);
-    int liveParms() const; // created and not destroyed
+    int liveParms() const; // those created and not yet destroyed
 
     std::deque<HostNode> nodes;
     std::deque<HostChannelGroup> groups;
@@ -115,7 +116,7 @@ class FakeHost {
     std::deque<HostOutput> outputs;
     std::deque<HostVParm> parms;
     std::deque<HostPanel> panels;
-    std::vector<void *> updated; // the instances that the host has been told of, in order
+    std::vector<void *> updated; // the instances of all update notifications, in order
     void *lastUpdated() const { return updated.empty() ? nullptr : updated.back(); }
     int parmsAsked = 0, parmsSaved = 0, parmsLoaded = 0;
 

@@ -21,14 +21,14 @@ HostImage *nextImage(HostImage *image) {
     return place == list.end() || ++place == list.end() ? nullptr : place->get();
 }
 
-// What it gives is not the image that was loaded: nodes are to look at the list.
+// Does not return the loaded image: nodes must look at the list.
 HostImage *loadImage(const char *fileName) {
     host().note("load ", fileName);
     if (images().loadAdds) images().add(fileName);
     return images().list.empty() ? nullptr : images().list.front().get();
 }
 
-// References are kept as texts.
+// References are saved as texts.
 HostImage *loadReference(const HostLoadState *state) {
     const RecordedState::Entry *entry = RecordedState::of(state).take(RecordedState::Entry::Kind::text);
     for (const auto &image : images().list)

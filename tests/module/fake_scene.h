@@ -1,5 +1,5 @@
-// What surrounds a node in a scene, for tests: the services that tell of the scene and of its cameras, and ray
-// functions that note what they are asked and answer what the test says.
+// The scene around a node, for tests: the services of the scene and its cameras, and ray functions that record their
+// arguments and return what the test specifies.
 #pragma once
 
 #include "tests/module/fake_host.h"
@@ -20,7 +20,7 @@ struct HostCameraEvaluator {
 
 namespace velm::plugin {
 
-// Stands beside a FakeHost, and notes its calls in that host's log. One at a time.
+// Used together with a FakeHost, in whose log it records its calls. Only one may exist at a time.
 class FakeScene {
   public:
     FakeScene();
@@ -28,13 +28,13 @@ class FakeScene {
     FakeScene(const FakeScene &) = delete;
     FakeScene &operator=(const FakeScene &) = delete;
 
-    // Gives the services of the scene, and those of the host. Heeds what the host is missing.
+    // Returns the services of the scene and those of the host. Services that the host is missing are null.
     static void *lookup(const char *service, int use);
 
     HostSceneInfo info{};
     std::deque<HostItem> cameras;
-    std::vector<std::string> uvMaps; // the texture maps; maps of other types there are none
-    // Where a sample lies on the map named; false: not on it.
+    std::vector<std::string> uvMaps; // the texture maps; there are no maps of other types
+    // Writes the coordinates of a sample on the named map. False if the sample is not on the map.
     std::function<bool(const std::string &map, double &u, double &v)> uvMapping;
     HostCameraRay cameraRay{};
     bool cameraHasRay = true;
@@ -47,7 +47,7 @@ class FakeScene {
     std::vector<CameraQuestion> cameraQuestions;
 };
 
-// The ray functions of samples, as one test wants them. One at a time, and for one thread.
+// The ray functions of samples, as one test needs them. Only one may exist at a time, for one thread.
 class FakeRays {
   public:
     FakeRays();
@@ -56,18 +56,18 @@ class FakeRays {
     FakeRays &operator=(const FakeRays &) = delete;
 
     struct Call {
-        std::array<double, 3> position, direction, colour; // the colour as it was handed in
+        std::array<double, 3> position, direction, colour; // the colour before the call
         double eta;
         unsigned int mode;
     };
     std::vector<Call> shades, traces;
 
-    std::function<void()> met; // called for each ray, once it is noted
+    std::function<void()> met; // called for each ray, after it is recorded
 
-    double distance = 1;                         // what both functions return
-    std::optional<std::array<double, 3>> colour; // what both leave; none: the colour as it is
+    double distance = 1;                         // the result of both functions
+    std::optional<std::array<double, 3>> colour; // the colour that both write; without it the colour is unchanged
 
-    // A sample that carries both functions.
+    // A sample with both functions.
     ShadingSample sample() const;
 };
 

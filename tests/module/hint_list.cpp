@@ -12,7 +12,7 @@ namespace {
 struct Form {
     HostWord tag;
     int arguments;
-    bool list; // ids follow, ended by 0
+    bool list; // identifiers follow, ended by 0
 };
 
 constexpr std::array kForms = {

@@ -1,5 +1,5 @@
-// The life of an instance between its creation and its end: copying, the start and end of a render, new frames, and
-// what a change of a connection sets off.
+// The life of an instance between creation and destruction: copying, the start and end of a render, new frames, and
+// changes of connections.
 #include "tests/module/test_node.h"
 #include "tests/module/test_nodes.h"
 
@@ -198,7 +198,7 @@ TEST_F(InputEvent, RefreshesThePanelThatThereIsAtEveryEvent) {
 
 TEST_F(InputEvent, TellsTheHostOfADestroyedSource) {
     TestNode shown(host, Everything_Activate, Everything_Interface, "shown");
-    shown.panel(); // of another node: the unit knows the service, this node has no panel
+    shown.panel(); // of another node: the class has the panel service, but this node has no panel
     host.takeLog();
     for (const int event : {0, 1, 3, 4}) EXPECT_EQ(tell(event), 1);
     EXPECT_EQ(host.takeLog(), Lines{});

@@ -1,4 +1,4 @@
-// The module that is linked into the tests.
+// Looks up the servers of the module that is linked into the tests.
 #include "tests/module/test_node.h"
 
 #include <stdexcept>

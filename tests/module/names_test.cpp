@@ -1,5 +1,5 @@
-// The functions that each unit shows to the rest of the module, under its own name: they are those that the host gets
-// to know through the server table and the panel.
+// The functions of each node class with outside names are those that the host gets through the server table and the
+// panel.
 #include "module/servers.h"
 #include "tests/module/fake_editors.h"
 #include "tests/module/fake_scene.h"
@@ -15,7 +15,7 @@ extern const HostModuleDescriptor _mod_descrip;
 
 namespace velm::plugin {
 
-// Neither a server nor tags.
+// It has neither a server nor tags.
 VELM_DECLARE_NODE(RenderCam);
 VELM_DECLARE_PANEL(RenderCam);
 
@@ -24,12 +24,12 @@ namespace {
 using Lines = std::vector<std::string>;
 
 struct Names {
-    const char *server; // null where the module's table has none, as the tags then are
+    const char *server; // null, like the tags, if the server table does not list the class
     HostActivate *activate;
     const HostTag *tags;
     HostVParm *(*createParm)(int type, const char *name, HostChannelGroup *group, const double *value);
     void (*readParms)(void *instance, double time);
-    // Null where there is no panel:
+    // Null in a class without a panel:
     HostActivate *interface = nullptr;
     HostPanel *(*panel)(void *instance) = nullptr;
     HostPanelGetter *get = nullptr;
@@ -46,7 +46,7 @@ struct Names {
 #define WITH_PANEL(Name, server) {NODE_NAMES(Name, server, Name##_ServerTags), PANEL_NAMES(Name)},
 #define WITHOUT_PANEL(Name, server) {NODE_NAMES(Name, server, Name##_ServerTags)},
 
-// What the scene has, and editors of nested networks.
+// The services of the scene, and editors of nested networks.
 void *lookup(const char *service, int use) {
     return service == std::string(HOST_NODE_EDITOR_FUNCS) ? FakeEditors::lookup(service, use)
                                                           : FakeScene::lookup(service, use);
@@ -55,7 +55,7 @@ void *lookup(const char *service, int use) {
 const Names kNodeClasses[] = {
     VELM_SERVERS(WITH_PANEL, WITHOUT_PANEL){NODE_NAMES(RenderCam, nullptr, nullptr), PANEL_NAMES(RenderCam)}};
 
-// A node of each class, of a host that has all that creating one and showing its panel takes.
+// A node of each class, in a host with all services that creating it and showing its panel need.
 class OutsideNames : public testing::TestWithParam<Names> {
   protected:
     FakeHost host;
@@ -112,7 +112,7 @@ TEST_P(OutsideNames, AreThoseOfThePanel) {
     EXPECT_EQ(hintsWith(kHintChangeNotify, record.panel->hints).at(0).arguments[0].change, names.changed);
 }
 
-TEST_P(OutsideNames, ReadAndCreateParametersByTheUnitsOwnServices) {
+TEST_P(OutsideNames, ReadAndCreateParametersByTheServicesOfTheClass) {
     names.readParms(instance, 1.5);
     const Lines read = host.takeLog();
     Lines expected;

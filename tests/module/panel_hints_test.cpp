@@ -1,4 +1,4 @@
-// What panels are told of their values and controls: the tables made from a unit's rows, and Counter's hints word by
+// The value tables and hint lists of panels, which are made from the parameter rows, and the hints of Counter word by
 // word.
 #include "tests/module/hint_list.h"
 #include "tests/module/test_node.h"
@@ -40,7 +40,7 @@ TEST_F(PanelHints, CounterShowsFiveControls) {
                      "A Greater Than Or Equal To B", "A Less Than Or Equal To B"}));
 }
 
-// Walks a hint list word by word.
+// Reads a hint list word by word.
 class Words {
   public:
     explicit Words(const HostHint *first) : next_(first) {}
@@ -159,7 +159,8 @@ TEST_F(PanelHints, NotificationsStandAroundRowsAndLayout) {
     EXPECT_EQ(hints.back().arguments[1].word, 0u);
 }
 
-// The servers whose panels stand on nothing but the fake host. The Group Node wants editors, and enables nothing.
+// The servers whose panels need only the fake host. The Group Node needs node editors, and its panel has no enable
+// hint.
 std::vector<const char *> serversWithPanels() {
     std::vector<const char *> names;
     for (const HostServer *server = _mod_descrip.servers; server->className; ++server)

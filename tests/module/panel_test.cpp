@@ -1,4 +1,4 @@
-// Panels as the host uses them: how one is built, what its getter and setter give, what its notifications set off.
+// Panels as the host uses them: building, the getter and the setter, and the notifications.
 #include "tests/module/test_node.h"
 #include "tests/module/test_nodes.h"
 
@@ -16,7 +16,7 @@ class Panel : public testing::Test {
 
     Panel() { hookAnswers = {}; }
     Everything &self() { return *static_cast<Everything *>(node.instance); }
-    // A panel with nothing noted of how it came about.
+    // Builds a panel and clears the log.
     HostPanel &shown() {
         HostPanel *panel = node.panel();
         host.takeLog();
@@ -171,7 +171,7 @@ TEST_F(Panel, TheUnitIsAskedFirst) {
     int value = 5;
     hookAnswers.setValue = kSetRebuild;
     EXPECT_EQ(panel.set(node.instance, 0x8002, &value), kSetRebuild);
-    EXPECT_EQ(self().count, 12) << "the unit has dealt with it";
+    EXPECT_EQ(self().count, 12) << "the node class has handled it";
     EXPECT_EQ(host.takeLog(), (Lines{"hook setValue 1"}));
 }
 
@@ -201,7 +201,7 @@ TEST_F(Panel, ChangesUpdateThePreviewAndTheInstanceBeforeTheUnitHears) {
     HostPanel &panel = shown();
     hookAnswers.changed = 2;
     for (const Change &row : kChanges) {
-        EXPECT_EQ(changeOf(panel)(&panel, 0x8009, 0x8009, row.event), 2) << "the unit's own result";
+        EXPECT_EQ(changeOf(panel)(&panel, 0x8009, 0x8009, row.event), 2) << "the result of the node class";
         Lines expected = {"getData 0"};
         expected.insert(expected.end(), row.log.begin(), row.log.end());
         expected.push_back("hook changed 8 " + std::to_string(row.event));

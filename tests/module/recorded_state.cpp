@@ -19,7 +19,7 @@ std::string fourCharacters(unsigned int id) {
 
 } // namespace
 
-// The operations that no node uses stay null: a call of one ends the test at once.
+// The operations that no node uses stay null: calling one crashes the test.
 RecordedState::RecordedState() {
     save_.mode = kStateBinary;
     save_.data = this;

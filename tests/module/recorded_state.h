@@ -1,5 +1,4 @@
-// A save and load state in memory that keeps what was written as a list of entries, one for each write, and reads it
-// back: what the tests of saving and loading compare.
+// A save and load state in memory for tests. It records each write as an entry of a list, and reads the entries back.
 #pragma once
 
 #include "module/host.h"
@@ -14,9 +13,9 @@ class RecordedState {
     struct Entry {
         enum class Kind { integer, text, begin, end, parm };
         Kind kind;
-        int integer = 0;       // the value, or whether a block is a leaf
+        int integer = 0;       // the value; of a block, whether it is a leaf
         std::string text = {}; // the text, a block's token, a parameter's channel
-        unsigned int id = 0;   // a block's
+        unsigned int id = 0;   // of a block
         std::vector<double> values = {};
     };
     std::vector<Entry> entries;
@@ -26,10 +25,10 @@ class RecordedState {
     RecordedState &operator=(const RecordedState &) = delete;
 
     const HostSaveState *save() const { return &save_; }
-    // Reading starts at the first entry again.
+    // Starts reading at the first entry.
     const HostLoadState *load();
 
-    // What a file holds, put together by hand.
+    // Appends entries, to compose the contents of a file by hand.
     RecordedState &integer(int value);
     RecordedState &text(const std::string &value);
     RecordedState &begin(unsigned int id);
@@ -39,10 +38,10 @@ class RecordedState {
     // One line for each entry: "I2 5", "text Wood", "begin MODE Mode leaf", "end", "parm A".
     std::vector<std::string> lines() const;
 
-    // How the parameters of the fake host get at the state they are saved to and loaded from.
+    // The state behind the host's record, for the parameters of the fake host.
     static RecordedState &of(const HostSaveState *state) { return *static_cast<RecordedState *>(state->data); }
     static RecordedState &of(const HostLoadState *state) { return *static_cast<RecordedState *>(state->data); }
-    // The next entry if it is of this kind; null, and nothing is passed over, if it is not.
+    // The next entry, if it is of this kind. Otherwise null, and no entry is skipped.
     const Entry *take(Entry::Kind kind);
 
   private:

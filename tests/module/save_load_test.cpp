@@ -1,4 +1,4 @@
-// What nodes write into the host's files and read back: order, width, and what an error stops.
+// Saving and loading nodes: the order and width of what is written, and the effects of errors.
 #include "tests/module/recorded_state.h"
 #include "tests/module/test_node.h"
 #include "tests/module/test_nodes.h"
@@ -19,7 +19,7 @@ class SaveLoad : public testing::Test {
     SaveLoad() { hookAnswers = {}; }
     static Everything &everything(TestNode &node) { return *static_cast<Everything *>(node.instance); }
     static Blocks &blocks(TestNode &node) { return *static_cast<Blocks *>(node.instance); }
-    // Whether anything in the log since the last look starts so.
+    // Whether a line of the log since the last call starts with this text.
     bool logged(const char *start) {
         const Lines log = host.takeLog();
         return std::any_of(log.begin(), log.end(), [&](const std::string &line) { return line.rfind(start, 0) == 0; });
@@ -131,7 +131,7 @@ TEST_F(SaveLoad, AFileThatEndsEarlyLeavesTheRestAsItIs) {
     EXPECT_EQ(node.parm("Increase Value").value[0], 1);
 }
 
-// ---- Everything: integers, texts, the unit's own, parameters ----
+// ---- Everything: integers, texts, the hook of the class, parameters ----
 
 TEST_F(SaveLoad, WritesIntegersThenTextsThenTheUnitsOwnThenParameters) {
     TestNode node(host, Everything_Activate, nullptr);

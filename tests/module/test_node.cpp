@@ -6,7 +6,7 @@
 namespace velm::plugin {
 namespace {
 
-// The one of a list with this name; a test that asks for another has a mistake.
+// The element of a list with this name. Throws if there is none, which is an error in the test.
 template <class List, class Name>
 auto &named(List &list, const HostNode *node, Name name, const std::string &wanted) {
     for (auto &entry : list)

@@ -1,6 +1,6 @@
-// Node classes made up for the tests of the frame. `Everything` uses all that the frame offers to a node that saves its
-// settings in a row; `Blocks` saves them in tagged blocks, `FullBlocks` in as many as there may be; `Bare` has neither
-// parameters, group nor panel.
+// Node classes for the tests of the frame. `Everything` uses every feature of the frame except saving in blocks.
+// `Blocks` saves its settings in tagged blocks, and `FullBlocks` in the largest number of them. `Bare` has no
+// parameters, no group and no panel.
 #pragma once
 
 #include "module/node.h"
@@ -24,7 +24,8 @@ struct Everything {
     HostChannelGroup *group;
     HostPanel *panel;
     HostNode *node;
-    HostInput *kindInput, *countInput, *levelInput, *placeInput, *tintInput, *lastInput, *normalInput; // as created
+    HostInput *kindInput, *countInput, *levelInput, *placeInput, *tintInput, *lastInput,
+        *normalInput; // in creation order
     HostInput *functionInput;
     HostOutput *colourOutput, *wordOutput;
 };
@@ -40,7 +41,7 @@ struct Blocks {
     HostInput *placeInput;
 };
 
-// A row without a block stands before those with one. There is no panel.
+// The first row has no block. There is no panel.
 struct FullBlocks {
     int unsaved, values[kMostBlocks];
     HostChannelGroup *group;
@@ -48,7 +49,7 @@ struct FullBlocks {
     HostInput *input;
 };
 extern NodeServices fullBlocksServices;
-inline constexpr unsigned int kFirstFullBlock = 0x42000000; // the others follow by one
+inline constexpr unsigned int kFirstFullBlock = 0x42000000; // the identifiers of the others follow
 
 struct Bare {
     HostLookup *lookup;
@@ -56,14 +57,14 @@ struct Bare {
     HostOutput *output;
 };
 
-// The services of `Everything`, to be looked at and to be forgotten between tests.
+// The services of `Everything`, which tests read and reset.
 extern NodeServices everythingServices;
 extern const HostImageList *everythingImages;
 extern HostFileRequestFunc *everythingRequest;
 extern const HostBackdropInfo *everythingBackdrop;
 extern const HostTimeInfo *everythingTime;
 
-// What the hooks of `Everything` answer. They note their names in the host's log.
+// The results of the hooks of `Everything`. The hooks record their names in the host's log.
 struct HookAnswers {
     const char *prepare = nullptr;
     HostError copied = nullptr, saveMore = nullptr, loadMore = nullptr, init = nullptr, newTime = nullptr;
@@ -72,7 +73,7 @@ struct HookAnswers {
 };
 extern HookAnswers hookAnswers;
 
-// What the panel of `Everything` is made of.
+// The texts and callbacks of the panel of `Everything`.
 extern const char *const everythingKinds[3];
 extern const int everythingRays[3];
 int everythingImageCount(void *);

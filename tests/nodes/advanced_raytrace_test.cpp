@@ -73,7 +73,7 @@ using Vector = std::array<double, 3>;
 
 Vector vectorOf(const HostNodeValue &value) { return {value.numbers[0], value.numbers[1], value.numbers[2]}; }
 
-enum Id : unsigned int { // of blocks
+enum Id : unsigned int { // block identifiers
     kRpos = 0x52504f53,
     kRdir = 0x52444952,
     kMode = 0x4d4f4445,
@@ -93,7 +93,7 @@ class AdvancedRayTrace : public testing::Test {
     TestNode node{host, "Velm Advanced RayTrace"};
     ShadingSample sample = rays.sample();
 
-    // What the ray that the node traces now is.
+    // The ray that the node traces with its current settings.
     FakeRays::Call ray() {
         rays.traces.clear();
         node.evaluate("Length", sample);
@@ -257,7 +257,7 @@ TEST_F(AdvancedRayTrace, PassesOverBlocksThatItDoesNotKnow) {
     RecordedState state;
     state.begin(0x58595a5a).integer(9).begin(kMode).integer(3).end().parm({1}).end();
     state.begin(kRior).parm({1.25}).end();
-    state.begin(0x4d4f4446).integer(6).end(); // one letter off
+    state.begin(0x4d4f4446).integer(6).end(); // one letter differs
     state.begin(kBdro).integer(1).end();
     EXPECT_EQ(load(state), nullptr);
     EXPECT_EQ(ray().eta, 1.25);

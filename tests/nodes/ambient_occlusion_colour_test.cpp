@@ -1,4 +1,4 @@
-// The colours of Ambient Occlusion: which of the four are mixed, where each comes from, and the limit.
+// The colours of Ambient Occlusion: how the four are mixed, the source of each, and the limit.
 #include "tests/nodes/occlusion_fixture.h"
 
 #include <cmath>
@@ -8,7 +8,7 @@
 namespace velm::plugin {
 namespace {
 
-// Brings the settings to where all four colours and brightnesses differ.
+// Sets four different colours and brightnesses.
 const Colour kSurface = {0.9, 0.1, 0.3}, kBackground = {0.2, 0.8, 0.4}, kOcclusion = {0.6, 0.5, 0.7},
              kLimit = {0.05, 0.15, 0.25}, kTracedColour = {1.5, 2.5, 0.5}, kSky = {0.35, 0.45, 3.0};
 constexpr double kSurfaceBright = 0.5, kBackgroundBright = 2, kOcclusionBright = 1.25, kLimitBright = 4;
@@ -49,11 +49,11 @@ class OcclusionColour : public OcclusionNode {
         double time;
         Colour direction;
     };
-    std::vector<Asked> asked; // of the backdrop
+    std::vector<Asked> asked; // the requests to the backdrop
 
-    // Everything is hit with this weight in ranged mode.
+    // Every ray hits, with this weight in ranged mode.
     void hitWithWeight(double weight) { hitEverythingAt(5 * (1 - weight)); }
-    // Misses weigh this much, by a curve.
+    // A curve gives misses this weight.
     void missWithWeight(double weight) {
         hitEverythingAt(-1);
         node.connect("Function", weight);
@@ -117,7 +117,7 @@ TEST_F(OcclusionColour, ModesOutOfTheListAreCustom) {
     for (const unsigned int control : {kSurfaceMode, kBackgroundMode, kOcclusionMode}) node.set(control, 17);
     hitWithWeight(0.5);
     expectNear(colour(), mixed(0.5, kOcclusion, kSurface, kSurfaceBright));
-    node.set(kBackgroundMode, kTraced); // not among the background's choices
+    node.set(kBackgroundMode, kTraced); // not a choice of the background
     hitEverythingAt(-1);
     expectNear(colour(), scaled(kBackground, kBackgroundBright));
 }
@@ -127,7 +127,7 @@ TEST_F(OcclusionColour, ModesOutOfTheListAreCustom) {
 struct Trace {
     int ranged, surfaceMode, occlusionMode;
     bool traces;
-    Colour surface, occlusion; // that are mixed
+    Colour surface, occlusion; // the colours that are mixed
 };
 
 const Trace kTraces[] = {
@@ -278,7 +278,7 @@ TEST_F(OcclusionColour, TakesEachColourFromTheBackdropByItself) {
     expectNear(colour(), mixed(0.5, kOcclusion, kSky, kBackgroundBright));
 }
 
-// A backdrop may be made of nodes that draw from the random stream, so that each look at it counts.
+// A backdrop may be made of nodes that draw from the random stream, so the number of lookups matters.
 TEST_F(OcclusionColour, LooksForEachColourOfTheBackdropWhetherItShowsOrNot) {
     int looks = 0;
     host.backdrop = [&](double, const double *, double *colour) { std::fill_n(colour, 3, ++looks); };
@@ -286,7 +286,7 @@ TEST_F(OcclusionColour, LooksForEachColourOfTheBackdropWhetherItShowsOrNot) {
         node.set(control, kBackdropColour);
     const double occluded = 0.5 * 3 * kOcclusionBright;
     hitWithWeight(0.5);
-    expectNear(colour(), scaled({1, 1, 1}, occluded + 0.5 * 1 * kSurfaceBright)); // the surface's look comes first
+    expectNear(colour(), scaled({1, 1, 1}, occluded + 0.5 * 1 * kSurfaceBright)); // the surface is looked up first
     EXPECT_EQ(std::exchange(looks, 0), 3);
     missWithWeight(0.5);
     expectNear(colour(), scaled({1, 1, 1}, occluded + 0.5 * 2 * kBackgroundBright));
@@ -368,7 +368,7 @@ TEST_F(OcclusionLimit, TakesItsColourFromItsInputs) {
 
 TEST_F(OcclusionLimit, IsTheBackdropAlongTheViewWhereThatIsChosen) {
     node.set(kLimitMode, kBackdropColour);
-    const double position[3] = {4, 6, 3}, source[3] = {1, 2, 15}; // 13 apart
+    const double position[3] = {4, 6, 3}, source[3] = {1, 2, 15}; // at a distance of 13
     for (int i = 0; i < 3; ++i) sample.position[i] = position[i], sample.raySource[i] = source[i];
     expectNear(colour(), scaled(kSky, kLimitBright));
     ASSERT_EQ(asked.size(), 1u);
@@ -391,7 +391,7 @@ TEST_F(OcclusionLimit, AppliesInEveryMode) {
         node.set(kMode, mode);
         expectNear(colour(), scaled(kLimit, kLimitBright));
     }
-    node.set(kLimitMode, kTraced); // not among the limit's choices
+    node.set(kLimitMode, kTraced); // not a choice of the limit
     expectNear(colour(), scaled(kLimit, kLimitBright));
 }
 

@@ -1,4 +1,4 @@
-// Ambient Occlusion in scenes whose answers are known, and on every render thread at once.
+// Ambient Occlusion in scenes with known results, and on all render threads at once.
 #include "random/random.h"
 #include "tests/nodes/occlusion_fixture.h"
 
@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kRightAngle = std::numbers::pi / 2;
 constexpr int kRays = 40000;
-// Four standard errors of the mean of values between 0 and 1, which deviate by a half at most.
+// Four standard errors of the mean of values between 0 and 1, whose standard deviation is at most 1/2.
 const double kBound = 4 * 0.5 / std::sqrt(kRays);
 
 class KnownOcclusion : public OcclusionNode {
@@ -23,7 +23,7 @@ class KnownOcclusion : public OcclusionNode {
         node.set(kRanged, 0);
         init_genrand(2024);
     }
-    // The share of the cone about the shading normal that is blocked.
+    // The fraction of the cone about the shading normal that is blocked.
     double blocked() {
         scene.rays.clear();
         return 1 - scalar();
@@ -32,8 +32,8 @@ class KnownOcclusion : public OcclusionNode {
 
 double dot(const double *a, const double *b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
-// A wall is as high as the sky and as wide as the world: it blocks every direction that leads towards it. Where it
-// stands upright on the surface, that is half of any cone about the normal.
+// An infinite wall blocks every direction that leads towards it. If it is perpendicular to the surface, this is half of
+// any cone about the normal.
 TEST_F(KnownOcclusion, AnUprightWallBlocksHalf) {
     struct Row {
         double normal[3], towardsWall[3];
@@ -56,9 +56,9 @@ TEST_F(KnownOcclusion, AnUprightWallBlocksHalf) {
     }
 }
 
-// A ceiling seen under the angle beta from the normal. Directions are uniform in the angle, so that it blocks beta /
-// the cone's angle; were they weighted by the cosine, a hemisphere would give sin(beta) squared, and were they uniform
-// over the sphere, 1 - cos(beta).
+// A ceiling that covers the directions up to the angle beta from the normal. Directions are uniform in the angle, so it
+// blocks the fraction beta / (cone angle). For a hemisphere, directions weighted by the cosine would give sin(beta)
+// squared, and directions uniform over the sphere 1 - cos(beta).
 TEST_F(KnownOcclusion, ARoundCeilingBlocksItsShareOfTheAngle) {
     const double height = 3;
     for (const double beta : {0.2, std::numbers::pi / 4, 1.2})
@@ -72,8 +72,8 @@ TEST_F(KnownOcclusion, ARoundCeilingBlocksItsShareOfTheAngle) {
         }
 }
 
-// An endless ceiling at the height h in ranged mode: a ray at theta from the normal hits at h / cos(theta) and weighs
-// 1 - h / (max cos(theta)) up to the angle where that is 0. The mean over the angle is the integral of that.
+// An infinite ceiling at the height h, in ranged mode: a ray at theta from the normal hits at h / cos(theta) and has
+// the weight 1 - h / (max cos(theta)), up to the angle where this is 0. The expected result is the mean over the angle.
 TEST_F(KnownOcclusion, AnEndlessCeilingInRangeBlocksItsIntegral) {
     node.set(kRanged, 1);
     for (const double height : {0.5, 2.0, 4.5})
@@ -102,12 +102,12 @@ TEST_F(KnownOcclusion, OpenAndClosed) {
     EXPECT_EQ(scalar(), 0);
 }
 
-// Where everything is white, nothing darkens it: the mixture's weights add up.
+// If all colours are white, the result is white: the weights add up to 1.
 TEST_F(KnownOcclusion, AWhiteWorldStaysExactlyWhite) {
     node.set(kSamples, 500);
     node.set("Occ Color", 1.0, 1.0, 1.0);
     int sent = 0;
-    // Multiples of an eighth of the range, so that every weight is exact.
+    // Multiples of 1/8 of the range, so that every weight is exact.
     scene.distance = [&](const double *, const double *) { return sent++ % 10 - 1.0; };
     node.set("Max", 8.0);
     scene.colour = [](const double *, double *colour) { colour[0] = colour[1] = colour[2] = 1; };
@@ -115,7 +115,7 @@ TEST_F(KnownOcclusion, AWhiteWorldStaysExactlyWhite) {
     for (const int mode : {kRandom, kPolar})
         for (const int ranged : {0, 1})
             for (const int source : {kCustom, kBackdropColour, kTraced}) {
-                if (source == kTraced && !ranged) continue; // the surface is then black, on purpose
+                if (source == kTraced && !ranged) continue; // then the surface is black, on purpose
                 node.set(kMode, mode);
                 node.set(kRanged, ranged);
                 node.set(kSurfaceMode, source);
@@ -125,7 +125,7 @@ TEST_F(KnownOcclusion, AWhiteWorldStaysExactlyWhite) {
             }
 }
 
-// ---- Threads at once ----
+// ---- Several threads ----
 
 class ThreadedAmbientOcclusion : public KnownOcclusion {};
 

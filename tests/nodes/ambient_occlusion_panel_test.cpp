@@ -1,4 +1,4 @@
-// The panel of Ambient Occlusion: its controls, their limits, what enables them, how they are laid out.
+// The panel of Ambient Occlusion: controls, limits, enabling and layout.
 #include "tests/module/hint_list.h"
 #include "tests/module/test_node.h"
 
@@ -48,7 +48,7 @@ class OcclusionPanel : public testing::Test {
     TestNode node{host, "Velm Ambient Occlusion"};
     const HostPanel &panel = *node.panel();
 
-    // The group, stack or tabs with this id.
+    // The group, stack or tabs with this identifier.
     Hint container(unsigned int id) const {
         for (const Hint &hint : hintsOf(panel.hints))
             if ((hint.tag == kHintGroup || hint.tag == kHintStack || hint.tag == kHintTabs) &&
@@ -56,7 +56,7 @@ class OcclusionPanel : public testing::Test {
                 return hint;
         return {};
     }
-    // The controls of a group, those in groups and stacks within it too.
+    // The controls of a group, including those in nested groups and stacks.
     std::set<unsigned int> controlsOf(unsigned int id) const {
         if (id < 0x9000) return {id};
         std::set<unsigned int> controls;
@@ -113,7 +113,7 @@ TEST_F(OcclusionPanel, ShowsTheSettingsOfTheChosenModeOnly) {
 TEST_F(OcclusionPanel, EnablesWhatMatters) {
     struct Row {
         HostWord controlling;
-        bool custom; // by the map that names the custom colour
+        bool custom; // enabled by the map for the custom colour
         const char *message;
         Ids ids;
     };

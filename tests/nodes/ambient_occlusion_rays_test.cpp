@@ -1,4 +1,4 @@
-// The rays of Ambient Occlusion: how many, from where, where to, and in which order the random stream is asked.
+// The rays of Ambient Occlusion: their number, origins and directions, and the order of draws from the random stream.
 #include "random/random.h"
 #include "tests/nodes/occlusion_fixture.h"
 
@@ -14,7 +14,7 @@ namespace {
 constexpr double kPi = std::numbers::pi;
 constexpr double kTwentyDegrees = 0.3490658503988659, kRightAngle = 1.5707963267948966;
 
-// The stream as the creation of the node leaves it, and as it goes on.
+// A reference stream, in the state after the creation of the node.
 class Draws {
   public:
     double next() { return static_cast<double>(random_()) * (1.0 / 4294967295.0); }
@@ -23,8 +23,8 @@ class Draws {
     std::mt19937 random_{3};
 };
 
-// The direction at theta from an axis and phi about it, step by step: a cone about +X, turned up by the axis's pitch
-// and then round by its heading.
+// The direction at theta from an axis and phi about it, step by step: a direction in a cone about +X, rotated by the
+// pitch of the axis and then by its heading.
 Colour inCone(double theta, double phi, const double axis[3]) {
     const double heading = std::atan2(axis[2], axis[0]);
     const double pitch = std::atan2(axis[1], std::sqrt(axis[0] * axis[0] + axis[2] * axis[2]));
@@ -51,7 +51,7 @@ constexpr double kNormals[][3] = {{1, 0, 0},  {-1, 0, 0},       {0, 1, 0},      
 
 class OcclusionRays : public OcclusionNode {
   protected:
-    // Expects the rays of one evaluation of "Scalar" from the start of the stream.
+    // Expects the rays of one evaluation of "Scalar" at the start of the stream.
     void expectRandom(int count, double cone, const double axis[3]) {
         init_genrand(3);
         const std::vector<SentRay> rays = raysOfScalar();
@@ -197,7 +197,8 @@ TEST_F(OcclusionRays, PolarWithoutJitterIsAnEvenGrid) {
         const std::vector<SentRay> rays = raysOfScalar();
         ASSERT_EQ(rays.size(), 19u);
         for (size_t i = 1; i < rays.size(); ++i) {
-            const size_t ring = (i - 1) / 6 + 1, opposite = (ring - 1) * 6 + (i + 2) % 6 + 1; // mirrored in the axis
+            const size_t ring = (i - 1) / 6 + 1,
+                         opposite = (ring - 1) * 6 + (i + 2) % 6 + 1; // the ray opposite about the axis
             const double angle = 0.3 * static_cast<double>(ring);
             EXPECT_NEAR(angleBetween(rays[i].direction, normal), angle, 1e-7);
             for (int k = 0; k < 3; ++k)
@@ -225,15 +226,15 @@ TEST_F(OcclusionRays, JitterTiltsTowardsTheAxisOnly) {
     EXPECT_GT(most, 0.98);
 }
 
-// ---- Whoever else draws meanwhile ----
+// ---- Other draws from the stream ----
 
-// What a ray meets may evaluate nodes that draw: the words come in the order of the calls all the same.
+// Shading what a ray hits may evaluate nodes that draw: the words are still given out in the order of the calls.
 class OcclusionAmongDraws : public OcclusionRays {
   protected:
     Draws draws;
     int raised = 0;
 
-    // What a ray calls: draws now and then, sometimes more than the node itself has ahead of it.
+    // Called for each ray: sometimes draws, and sometimes more words than the node has taken ahead.
     void drawInBetween() {
         constexpr int kCounts[] = {0, 1, 0, 0, 5, 0, 2, 90, 0, 0, 3};
         for (int i = 0; i < kCounts[raised % 11]; ++i) EXPECT_EQ(genrand_real1(), draws.next());
@@ -302,7 +303,7 @@ TEST_F(OcclusionAmongDraws, OfAnEvaluationWithinAnother) {
     for (int i = 0; i < 10; ++i) EXPECT_EQ(genrand_real1(), draws.next());
 }
 
-// ---- Where rays start, and what they turn about ----
+// ---- Origins and axes ----
 
 TEST_F(OcclusionRays, StartAtTheOffsetAlongTheGeometricNormal) {
     for (int i = 0; i < 3; ++i) sample.position[i] = i + 1;
@@ -331,7 +332,7 @@ TEST_F(OcclusionRays, TurnAboutTheShadingNormal) {
 }
 
 TEST_F(OcclusionRays, TurnAboutWhatIsConnectedToNormal) {
-    constexpr double kLong[3] = {0, 3, -4}; // longer than one
+    constexpr double kLong[3] = {0, 3, -4}; // not of unit length
     node.connect("Normal", kLong[0], kLong[1], kLong[2]);
     expectRandom(27, kRightAngle, kLong);
     node.set(kMode, kPolar);
@@ -348,7 +349,7 @@ TEST_F(OcclusionRays, BothOutputsSendTheSameRays) {
     for (size_t i = 0; i < ofScalar.size(); ++i) EXPECT_EQ(directionOf(scene.rays[i]), directionOf(ofScalar[i]));
 }
 
-// ---- When there are none ----
+// ---- Evaluations without rays ----
 
 TEST_F(OcclusionRays, AModeThatThereIsNotSendsNoneAndGivesZero) {
     for (const int mode : {2, 3, -1, 1000}) {

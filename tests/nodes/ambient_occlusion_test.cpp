@@ -1,4 +1,5 @@
-// Ambient Occlusion as a node: what it creates, its defaults, its files, and the order in which it reads its inputs.
+// Ambient Occlusion as a node: its parameters, inputs and outputs, its defaults, saving and loading, and the order in
+// which it reads its inputs.
 #include "random/random.h"
 #include "tests/module/recorded_state.h"
 #include "tests/nodes/occlusion_fixture.h"
@@ -37,7 +38,7 @@ struct Integer {
     unsigned int control;
     int initial;
 };
-// In the order of files.
+// In saved order.
 constexpr Integer kIntegers[] = {
     {.control = kMode, .initial = 0},          {.control = kSamples, .initial = 27},
     {.control = kPolar1, .initial = 3},        {.control = kPolar2, .initial = 9},

@@ -1,4 +1,4 @@
-// What one ray of Ambient Occlusion counts: its weight, the curve that is connected, and the clamps. The same on both
+// The weight of one ray of Ambient Occlusion: the distance, the connected curve and the clamps. The same for both
 // outputs.
 #include "tests/nodes/occlusion_fixture.h"
 
@@ -13,7 +13,7 @@ class OcclusionWeight : public OcclusionNode {
   protected:
     OcclusionWeight() {
         node.set(kSamples, 1);
-        // "Color" then shows the weight as it is: what occludes is white and the rest black.
+        // With a white occlusion colour and all others black, "Color" is the weight itself.
         node.set("Occ Color", 1.0, 1.0, 1.0);
         node.set("Srf Color", 0.0, 0.0, 0.0);
         node.set("Bg Color", 0.0, 0.0, 0.0);
@@ -108,7 +108,7 @@ constexpr Clamp kClamps[] = {
     {.clampLow = 1, .low = 0.25, .clampHigh = 1, .high = 0.75, .weight = 1, .expected = 0.75},
     {.clampLow = 1, .low = 0.25, .clampHigh = 1, .high = 0.75, .weight = 0, .expected = 0.25},
     {.clampLow = 1, .low = 0.25, .clampHigh = 1, .high = 0.75, .weight = 0.5, .expected = 0.5},
-    // Crossed: where the low clamp takes hold, the high one is not asked.
+    // Crossed limits: if the low clamp applies, the high one does not.
     {.clampLow = 1, .low = 0.5, .clampHigh = 1, .high = 0.25, .weight = 1, .expected = 0.5},
     {.clampLow = 1, .low = 0.5, .clampHigh = 1, .high = 0.25, .weight = 0.5, .expected = 0.75},
     {.clampLow = 1, .low = 0.5, .clampHigh = 1, .high = 0.25, .weight = 0, .expected = 0.75},

@@ -1,4 +1,4 @@
-// Counter against a plain model of it, and the cases that its artists rely on.
+// Counter against a simple model of it, and in cases that artists rely on.
 #include "tests/module/test_node.h"
 
 #include <array>
@@ -15,7 +15,7 @@ constexpr unsigned int kMode = 0x8001;
 constexpr int kModes = 13;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// How two values compare, and in which of these cases each mode falls back to the start value.
+// The results of comparing two values, and for each mode those that reset the count to the start value.
 enum Order { kLess, kEqual, kGreater, kUnordered };
 struct Rule {
     const char *text;
@@ -42,7 +42,7 @@ Order orderOf(double left, double right) {
     return left < right ? kLess : left > right ? kGreater : kEqual;
 }
 
-// One thread's counter, as its description has it.
+// A model of the counter of one thread.
 struct Model {
     bool fresh = true;
     double count = 0, lastA = 0;
@@ -76,7 +76,7 @@ class CounterNode : public testing::Test {
         return values;
     }
     void init() { node.render.init(node.instance, kInitRender); }
-    // All five inputs fed with these.
+    // Connects all five inputs to these values.
     void feed(int mode, double start, double increase, double a, double b) {
         node.connect("Mode", mode);
         node.connect("Start Value", start);
@@ -88,7 +88,7 @@ class CounterNode : public testing::Test {
 
 using Values = std::vector<double>;
 
-// ---- What it is made of ----
+// ---- The class ----
 
 TEST_F(CounterNode, HasFiveInputsAndOneOutput) {
     EXPECT_EQ(node.inputs(), (std::vector<std::string>{"Mode 4", "Start Value 2", "Increase Value 2", "A 2", "B 2"}));
@@ -119,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, CounterMode, testing::Range(0, kModes));
 
 TEST_P(CounterMode, FollowsTheModelOnAnyValues) {
     std::mt19937 random(static_cast<unsigned int>(GetParam()));
-    // Small whole numbers, so that equal ones are common, and now and then none at all.
+    // Small integers, so that equal ones are common, and sometimes a NaN.
     const auto any = [&random] {
         const auto value = static_cast<int>(random() % 12);
         return value == 11 ? kNaN : value - 4.0;
@@ -150,14 +150,14 @@ TEST_P(CounterMode, CountsAFirstEvaluationAsTheStartWhateverTheMode) {
     EXPECT_EQ(out(), 7);
 }
 
-// Each side in turn, and both, is not a number; the other compares as it likes.
+// A NaN on either side, or on both.
 TEST_P(CounterMode, TakesWhatIsNotANumberAsItsRuleSays) {
     const bool resets = kRules[GetParam()].resets[kUnordered];
     struct Row {
         double a, b;
     };
     for (const Row row : {Row{kNaN, 1}, Row{1, kNaN}, Row{kNaN, kNaN}, Row{-kNaN, 0}}) {
-        if (GetParam() < 7 && !std::isnan(row.a)) continue; // those modes do not look at B
+        if (GetParam() < 7 && !std::isnan(row.a)) continue; // these modes do not read B
         feed(GetParam(), 50, 1, row.a, row.b);
         init();
         ASSERT_EQ(out(), 50);
@@ -166,7 +166,7 @@ TEST_P(CounterMode, TakesWhatIsNotANumberAsItsRuleSays) {
 }
 
 TEST_P(CounterMode, TakesACountThatIsNotANumberAsItsRuleSays) {
-    if (GetParam() >= 5) return; // the count is not compared
+    if (GetParam() >= 5) return; // these modes do not compare the count
     feed(GetParam(), 50, 1, 3, 0);
     init();
     out();
@@ -264,7 +264,7 @@ TEST_F(CounterNode, AModeOutsideTheListIsTheNearestInIt) {
     }
 }
 
-// ---- Lives of the count ----
+// ---- How long the count lasts ----
 
 TEST_F(CounterNode, ThreadsCountForThemselves) {
     ShadingSample other = plainSample();
@@ -327,7 +327,7 @@ TEST_F(CounterNode, AnimatesItsSettings) {
     EXPECT_EQ(out(), 30);
 }
 
-// ---- Threads at once ----
+// ---- Several threads ----
 
 class ThreadedCounter : public CounterNode {};
 

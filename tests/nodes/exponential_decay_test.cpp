@@ -1,4 +1,4 @@
-// Exponential Decay, of a number and of a colour: the classes, and what is left after a distance.
+// Exponential Decay of a number and of a colour: the classes, and their results.
 #include "tests/nodes/node_frame.h"
 
 #include "module/panel.h"
@@ -54,7 +54,7 @@ struct Case {
     double clamped, unclamped;
 };
 
-// As the floating-point arithmetic has it, with room for a power's last places.
+// Equal except for the last places of a power.
 void expectNear(double actual, double expected, const char *what) {
     if (std::isinf(expected))
         EXPECT_EQ(actual, expected) << what;

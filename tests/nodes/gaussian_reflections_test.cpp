@@ -1,4 +1,4 @@
-// Gaussian Reflections: what it is made of, what it keeps in files, its panel, and the mirrored view.
+// Gaussian Reflections: the class, saving and loading, the panel, and the mirrored view.
 #include "tests/nodes/glossy_fixture.h"
 
 #include "tests/module/hint_list.h"
@@ -158,7 +158,7 @@ TEST_F(Reflections, LoadsWhatItSaved) {
 
 struct Remapped {
     int saved;
-    const char *reference; // null: none is in the file
+    const char *reference; // null if the file has none
     int loaded;
 };
 
@@ -267,15 +267,15 @@ TEST_F(Reflections, TellsOfChanges) {
 
 TEST_F(Reflections, MirrorsTheView) {
     struct Case {
-        Vector from, normal, direction; // the point that is seen stands at (1, 2, 3)
+        Vector from, normal, direction; // the sample is at (1, 2, 3)
     };
     const double half = std::sqrt(0.5);
     const Case cases[] = {
-        {{1, 7, 3}, {0, 1, 0}, {0, 1, 0}}, // straight on: back again
+        {{1, 7, 3}, {0, 1, 0}, {0, 1, 0}}, // along the normal: straight back
         {{-2, 6, 3}, {0, 1, 0}, {0.6, 0.8, 0}},
         {{-2, 6, 3}, {0, -1, 0}, {0.6, 0.8, 0}}, // the side of the normal does not matter
         {{1, 6, 3}, {half, half, 0}, {1, 0, 0}},
-        {{1, 2, 0}, {0, 1, 0}, {0, 0, 1}}, // along the surface: on
+        {{1, 2, 0}, {0, 1, 0}, {0, 0, 1}}, // along the surface: straight on
     };
     for (const Case &one : cases) {
         ShadingSample shaded = sample();

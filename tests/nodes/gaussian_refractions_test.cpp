@@ -1,4 +1,4 @@
-// Gaussian Refractions: what it is made of, what it keeps in files, its panel, and the bent view.
+// Gaussian Refractions: the class, saving and loading, the panel, and the bent view.
 #include "tests/nodes/glossy_fixture.h"
 
 #include "tests/module/hint_list.h"
@@ -13,7 +13,7 @@ class Refractions : public Glossy {
   protected:
     Refractions() : Glossy(kRefractions) {}
 
-    // What is traced where a view from a medium of one index meets one of another.
+    // The traced ray of a view from a medium of one index into one of another.
     FakeRays::Call traced(const Vector &view, const Vector &normal, double from, double into) {
         ShadingSample shaded = sample();
         for (size_t i = 0; i < 3; ++i) {
@@ -31,7 +31,7 @@ class Refractions : public Glossy {
 
 constexpr double kPi = 3.14159265358979323846;
 
-// A view that comes down at an angle to the vertical.
+// A view from above, at an angle to the vertical.
 Vector comingDown(double degrees) { return {std::sin(degrees * kPi / 180), -std::cos(degrees * kPi / 180), 0}; }
 
 // ---- Life ----
@@ -243,7 +243,7 @@ TEST_F(Refractions, TakesValues) {
 
 struct Bend {
     double degrees, from, into;
-    double bentSine; // how far the ray then leans, as a sine
+    double bentSine; // sine of the angle of the bent ray to the normal
 };
 
 TEST_F(Refractions, BendsTheViewBySnellsLaw) {
@@ -263,13 +263,13 @@ TEST_F(Refractions, BendsAboutTheNormalAlsoWhenItPointsWithTheView) {
     const FakeRays::Call ray = traced(comingDown(30), {0, -1, 0}, 1, 1.5);
     expectNear(ray.direction, {1.0 / 3, -std::sqrt(8.0) / 3, 0});
     EXPECT_EQ(ray.eta, 1.5);
-    expectNear(traced({1, 0, 0}, {0, 1, 0}, 1, 2).direction, {0.5, std::sqrt(0.75), 0}); // or neither with nor against
+    expectNear(traced({1, 0, 0}, {0, 1, 0}, 1, 2).direction, {0.5, std::sqrt(0.75), 0}); // perpendicular to the normal
     const Vector leaning = unit({0.3, -1, 0.2});
     expectNear(traced(comingDown(20), leaning, 1, 1.4).direction, snellOf(comingDown(20), leaning, 1, 1.4));
 }
 
 TEST_F(Refractions, MirrorsFromADenserMediumWhenTheNormalPointsWithTheView) {
-    const FakeRays::Call ray = traced(comingDown(10), {0, -1, 0}, 1.5, 1); // more than a right angle to the normal
+    const FakeRays::Call ray = traced(comingDown(10), {0, -1, 0}, 1.5, 1); // at more than a right angle to the normal
     expectNear(ray.direction, mirrorOf(comingDown(10), {0, -1, 0}));
     EXPECT_EQ(ray.eta, 1.5);
 }
@@ -297,8 +297,8 @@ TEST_F(Refractions, MirrorsBeyondTheCriticalAngle) {
     EXPECT_LT(ray.direction[1], 0);
 }
 
-// An index of refraction for which the critical angle is exactly the angle of a view whose cosine is 0.8, found among
-// the neighbours of what it is in theory.
+// An index of refraction whose critical angle is exactly the angle of a view with a cosine of 0.8: searched for among
+// the numbers next to the theoretical value.
 std::optional<double> criticalIndex(double from) {
     double index = std::nextafter(from * 0.6, 0);
     for (int i = 0; i < 8; ++i) index = std::nextafter(index, 0);

@@ -1,5 +1,5 @@
-// Get Material: it evaluates what is connected to the store that was chosen, with its own sample. What the registry
-// makes of its slots is walked through with the registry.
+// Get Material: it evaluates the inputs of the chosen store with its own sample. The tests of the registry cover its
+// slots.
 #include "module/servers.h"
 #include "share/registry.h"
 #include "tests/module/fake_controls.h"
@@ -136,7 +136,7 @@ TEST_F(Get, OffersTheStores) {
 
 TEST_F(Get, TakesTheStoreOfAnItem) {
     StoreNode wood(host, "Wood"), steel(host, "Steel");
-    steel.self().id = 17; // as loaded
+    steel.self().id = 17; // as if loaded
     GetNode node(host);
     HostPanel *panel = node.panel();
     struct Case {
@@ -269,7 +269,7 @@ TEST_F(Get, LosesAStoreWhoseNumberHasChanged) {
     steel.connect("Integer", 5);
     GetNode node(host);
     node.choose(1);
-    wood.self().id = 8; // as another file has it
+    wood.self().id = 8; // as if loaded from another file
     node.startRender();
     EXPECT_EQ(node.evaluate("Integer", sample).timesSet, 0);
     steel.self().id = 1;
@@ -285,7 +285,7 @@ TEST_F(Get, LetsGoOfAStoreThatGoes) {
     other.choose(1);
     node->startRender();
     other.startRender();
-    node.reset(); // one that holds the store goes first
+    node.reset(); // this one holds the store, and is destroyed first
     wood.reset();
     EXPECT_EQ(other.evaluate("Integer", sample).timesSet, 0);
     EXPECT_EQ(other.self().slot, 1) << "the choice stays";
@@ -298,7 +298,7 @@ TEST_F(Get, LetsGoAlsoOfAStoreThatIsNotListed) {
     GetNode node(host);
     node.choose(2);
     node.startRender();
-    wood->ops.copy(wood->instance, first.instance); // it leaves the list, and is still held
+    wood->ops.copy(wood->instance, first.instance); // removes it from the list; it is still held
     EXPECT_EQ(node.evaluate("Integer", sample).timesSet, 1);
     wood.reset();
     EXPECT_EQ(node.evaluate("Integer", sample).timesSet, 0);

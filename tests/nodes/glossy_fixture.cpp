@@ -34,7 +34,7 @@ Vector mirrorOf(const Vector &view, const Vector &normal) {
 
 Vector snellOf(const Vector &view, const Vector &normal, double from, double into) {
     const double across = dotOf(view, normal);
-    const double side = across < 0 ? -1 : 1; // the view goes against the normal, or with it
+    const double side = across < 0 ? -1 : 1; // the view may come from either side of the normal
     Vector along{};
     for (size_t i = 0; i < 3; ++i) along[i] = view[i] - across * normal[i];
     const double sine = std::sqrt(dotOf(along, along)), bentSine = sine * from / into;

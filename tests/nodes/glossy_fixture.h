@@ -1,5 +1,5 @@
-// What the tests of Gaussian Reflections and Gaussian Refractions share: the two classes told as data, the noise and
-// the bent rays worked out once more, and a sample that is looked at from the side.
+// The fixture of the tests of Gaussian Reflections and Gaussian Refractions: the facts of the two classes, reference
+// computations of the noise and of the bent rays, and a sample that is viewed from the side.
 #pragma once
 
 #include "module/servers.h"
@@ -21,7 +21,7 @@ struct GlossyNodeClass {
     const char *name;
     HostActivate *activate, *interface;
     bool refracts;
-    const char *blur;                      // the channel
+    const char *blur;                      // the name of the channel
     unsigned int tint, samples, blurDepth; // controls; the mode is 0x8001, the image 0x8002
 };
 
@@ -50,14 +50,14 @@ enum Mode { kBackdrop, kRays, kMap, kRaysAndMap };
 Vector unit(Vector v);
 double dotOf(const Vector &a, const Vector &b);
 
-// One value of the module's noise, from the words that follow in a reference stream.
+// One value of the module's noise, from the next words of a reference stream.
 double noiseOf(std::mt19937 &stream);
-// A normal with the noise of the next three values taken off it.
+// A normal, minus the next three noise values.
 Vector jittered(const Vector &normal, double blur, std::mt19937 &stream);
 
-// The mirrored view: what is along the surface stays, what is across it turns round.
+// The mirrored view: the component along the surface stays, the component across it changes its sign.
 Vector mirrorOf(const Vector &view, const Vector &normal);
-// By the angles of Snell's law: the sine along the surface grows by the ratio of the indices.
+// The bent view, by the angles of Snell's law: the sine is multiplied by the ratio of the indices.
 Vector snellOf(const Vector &view, const Vector &normal, double from, double into);
 
 Vector colourOf(const HostNodeValue &value);
@@ -66,7 +66,7 @@ void expectNear(const Vector &have, const Vector &wanted, double tolerance = 1e-
 class Glossy : public testing::Test {
   protected:
     static constexpr Vector kView = {0.6, -0.8, 0}; // of sample()
-    static constexpr double kIndex = 1.25;          // where the ray comes from
+    static constexpr double kIndex = 1.25;          // the index of refraction on the viewer's side
 
     FakeHost host;
     FakeImages images;
@@ -75,11 +75,11 @@ class Glossy : public testing::Test {
     TestNode node;
 
     explicit Glossy(const GlossyNodeClass &nodeClass);
-    // At (1, 2, 3), its normal up, seen from the left and above.
+    // A sample at (1, 2, 3) with its normal up, seen from the left and above.
     ShadingSample sample() const;
     Vector evaluate(ShadingSample shaded) { return colourOf(node.evaluate("Color", shaded)); }
     Vector evaluate() { return evaluate(sample()); }
-    // What is expected of a ray at a normal, with the index of refraction at 1.
+    // The expected direction of a ray at a normal, with a refraction index of 1.
     Vector bent(const Vector &normal) const;
 };
 

@@ -1,5 +1,5 @@
-// What Gaussian Reflections and Gaussian Refractions have in common when a sample is evaluated: how many rays, which
-// noise, the four ways of looking them up, the tint.
+// The evaluation that Gaussian Reflections and Gaussian Refractions have in common: the number of rays, the noise, the
+// four ways of looking up a ray, and the tint.
 #include "tests/nodes/glossy_fixture.h"
 
 #include "random/random.h"
@@ -104,14 +104,14 @@ TEST_P(GlossyNode, JittersTheNormalByNoiseInOrder) {
     }
 }
 
-// What a ray meets may evaluate nodes that draw: the words come in the order of the calls all the same.
+// Shading what a ray hits may evaluate nodes that draw: the words are still given out in the order of the calls.
 TEST_P(GlossyNode, SharesTheStreamWithWhatItsRaysMeet) {
     node.set(tested.blur, 0.25);
     node.set(tested.samples, 50);
     init_genrand(77);
     std::mt19937 stream(77);
     int met = 0;
-    // Draws now and then, sometimes more than the node itself has ahead of it.
+    // Sometimes draws, and sometimes more words than the node has taken ahead.
     rays.met = [&] {
         expectNear(rays.traces.back().direction, bent(jittered({0, 1, 0}, 0.25, stream)), kNoiseTolerance);
         constexpr int kCounts[] = {0, 1, 0, 0, 5, 0, 2, 90, 0, 70, 3};
@@ -135,7 +135,7 @@ TEST_P(GlossyNode, TakesTheShadingNormalAndNoOther) {
     ShadingSample shaded = sample();
     const Vector leaning = {0.2, 1, 0.3};
     for (size_t i = 0; i < 3; ++i) {
-        shaded.shadingNormal[i] = 7 * leaning[i]; // of whatever length
+        shaded.shadingNormal[i] = 7 * leaning[i]; // of any length
         shaded.geometricNormal[i] = shaded.unbumpedNormal[i] = i == 2 ? 1 : 0;
     }
     evaluate(shaded);
@@ -237,7 +237,7 @@ TEST_P(GlossyNode, ReadsTheMapWhereTheDirectionPoints) {
 
 struct Choice {
     int images, index;
-    const char *read; // null: none
+    const char *read; // null if none is read
 };
 
 TEST_P(GlossyNode, FindsTheImageAtEverySample) {
@@ -304,7 +304,7 @@ TEST_P(GlossyNode, TakesAMissingTracerForRaysThatHitNothing) {
 }
 
 TEST_P(GlossyNode, GivesBlackWithoutABackdropToLookAt) {
-    host.systemWord = kSystemModelling; // where the backdrop and the time are not fetched
+    host.systemWord = kSystemModelling; // the backdrop and time services are not looked up
     host.missing = {HOST_BACKDROP_INFO, HOST_TIME_INFO};
     TestNode modelling(host, tested.activate, tested.interface, "modelling");
     modelling.set(kMode, kBackdrop);

@@ -1,4 +1,4 @@
-// Group Node: its nested editor, call by call, and what its outputs give.
+// Group Node: the calls of its nested editor, and the values of its outputs.
 #include "module/servers.h"
 #include "tests/module/allocation.h"
 #include "tests/module/fake_editors.h"
@@ -177,7 +177,7 @@ TEST_F(Group, PassesOverOtherBlocks) {
 }
 
 TEST_F(Group, LeavesWhatABlockHoldsBesides) {
-    RecordedState file; // the end of a block skips what the editor has not read
+    RecordedState file; // ending a block skips what the editor has not read
     file.begin(kNodeBlock).text("first").integer(3).text("more").end().begin(kNodeBlock).text("second").end();
     EXPECT_EQ(node.ops.load(node.instance, file.load()), nullptr);
     EXPECT_EQ(editor().network, "second");
@@ -249,7 +249,7 @@ TEST_F(Group, SizesTheViewByTheNodesExtent) {
 }
 
 TEST_F(Group, LeavesTheViewAloneWhereNoExtentsAreTold) {
-    host.missing = {HOST_NODE_UTILITY_FUNCS}; // an activation that fails, with an instance there
+    host.missing = {HOST_NODE_UTILITY_FUNCS}; // the activation fails while an instance exists
     EXPECT_EQ(GroupNode_Activate(1, FakeEditors::lookup, &node.handler, nullptr), kActivateBadGlobal);
     double untouched[3][2] = {{1, 2}, {3, 4}, {5, 6}};
     editor().autosize(&editor(), node.instance, untouched);

@@ -1,4 +1,4 @@
-// Hold Value: the class, its modes, and what each thread remembers.
+// Hold Value: the class, the modes, and the values that each thread holds.
 #include "tests/nodes/node_frame.h"
 
 #include "module/panel.h"
@@ -59,7 +59,7 @@ TEST_F(HoldValue, TheFirstEvaluationPassesTheInputInEveryMode) {
     }
 }
 
-// A pair of which the node holds, or passes, in each mode. In modes 0 and 1 the pair is A now and A before.
+// Whether the node holds in each mode, for a pair of values: A and B, or in modes 0 and 1 the current and the last A.
 struct Pair {
     double a, b;
     std::array<bool, 8> holds;
@@ -118,7 +118,7 @@ TEST_F(HoldValue, ComparingWithBDoesNotNoteA) {
     setMode(0);
     next(10, 5);
     setMode(2);
-    next(11, 6, 7); // A is 6 here, and forgotten
+    next(11, 6, 7); // A is 6 here, and is not stored
     setMode(0);
     EXPECT_EQ(next(12, 6), 11) << "6 differs from the 5 noted before";
     EXPECT_EQ(next(13, 6), 13) << "and is noted now";
@@ -254,7 +254,7 @@ TEST_F(HoldValue, BIsEnabledWhereAIsComparedWithIt) {
     EXPECT_EQ(enabling[0].ids, (std::vector<unsigned int>{0x8004}));
     const int *map = enabling[0].arguments[3].numbers;
     ASSERT_NE(map, nullptr);
-    // Panels look a few entries further than there are modes: the map goes on to 16.
+    // Panels read a few entries beyond the modes, so the map has 16 entries.
     for (int mode = 0; mode < 16; ++mode) EXPECT_EQ(map[mode], mode >= 2 && mode < 8 ? 1 : 0) << mode;
     EXPECT_EQ(limitsOf(hints), Lines{});
 }
@@ -263,7 +263,7 @@ TEST(HoldValueThreaded, EveryThreadHoldsItsOwn) {
     FakeHost host;
     TestNode node(host, "Velm Hold Value");
     node.set(0x8001, 2);
-    // Each thread's own input; A equals B from its second sample to the tenth.
+    // Each thread has an input of its own; A equals B from the second to the tenth sample.
     node.input("In").source = [](ShadingSample *sample, void *value) {
         *static_cast<double *>(value) = sample->threadIndex * 1000 + sample->pixelX;
     };

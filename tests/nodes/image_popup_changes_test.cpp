@@ -1,10 +1,10 @@
-// The popup of images, while images come and go: what becomes of a choice, and what a node knows of the list.
+// The image popup while images are added and removed: the fate of a choice, and the node's count of entries.
 #include "tests/nodes/image_popup_fixture.h"
 
 namespace velm::plugin {
 namespace {
 
-// ---- Images that go while they are chosen ----
+// ---- Chosen images that are removed ----
 
 struct Removal {
     int chosen;
@@ -16,7 +16,7 @@ TEST_P(ImagePopups, CountingResetsAChoiceBeyondTheList) {
     const Removal cases[] = {
         {.chosen = 0, .removed = 4, .resets = false}, {.chosen = 3, .removed = 0, .resets = false},
         {.chosen = 3, .removed = 1, .resets = false}, // still an image
-        {.chosen = 4, .removed = 1, .resets = true},  // now the place of "(load Image)"
+        {.chosen = 4, .removed = 1, .resets = true},  // now the index of "(load Image)"
         {.chosen = 4, .removed = 3, .resets = true},  {.chosen = 1, .removed = 3, .resets = false},
         {.chosen = 1, .removed = 4, .resets = true},  {.chosen = 5, .removed = 0, .resets = false},
         {.chosen = 5, .removed = 1, .resets = true},
@@ -25,11 +25,11 @@ TEST_P(ImagePopups, CountingResetsAChoiceBeyondTheList) {
         SCOPED_TRACE(testing::Message() << one.chosen << " of 4, " << one.removed << " removed");
         images.list.clear();
         images.add(4);
-        popup.startRender(); // the list is counted: 6 entries
+        popup.startRender(); // counts the entries: 6
         popup.set(one.chosen);
         images.remove(one.removed);
         images.controls.setReaches = false;
-        for (int time = 0; time < 2; ++time) { // what is stored stays: the second time is as the first
+        for (int time = 0; time < 2; ++time) { // the stored choice is unchanged, so the second time gives the same
             EXPECT_EQ(popup.count(), 6 - static_cast<int>(one.removed));
             EXPECT_EQ(host.takeLog(), one.resets ? Lines{popup.setTo(0)} : Lines{});
             EXPECT_EQ(popup.index(), one.chosen);
@@ -46,7 +46,7 @@ TEST_P(ImagePopups, CountingLeavesAChoiceAloneWhenImagesCome) {
     images.add(2);
     popup.startRender();
     images.add(2);
-    for (const int index : {3, 5}) { // "(load Image)" as it was, and as it is
+    for (const int index : {3, 5}) { // "(load Image)" before and now
         popup.set(index);
         EXPECT_EQ(popup.count(), 6);
         EXPECT_EQ(host.takeLog(), Lines{});
@@ -58,7 +58,7 @@ TEST_P(ImagePopups, NamingResetsAChoiceThatHasBecomeTheLastEntry) {
     popup.startRender(); // 6 entries
     popup.set(4);
     EXPECT_EQ(popup.name(4), "picture4");
-    images.remove(1); // 5 entries, of which 4 is "(load Image)"
+    images.remove(1); // 5 entries; "(load Image)" is 4
     images.controls.setReaches = false;
     EXPECT_EQ(popup.name(0), "(none)");
     EXPECT_EQ(host.takeLog(), Lines{}) << "the first entry is told at once";
@@ -118,10 +118,10 @@ TEST_P(ImagePopups, ANodeWithoutAPanelHasNoPopupToSet) {
     EXPECT_EQ(host.takeLog(), Lines{});
 }
 
-// ---- What is known of the list ----
+// ---- The count of entries ----
 
-// Counting resets a choice beyond the list only where the entries are known to have been more, which tells what an
-// instance knows.
+// Counting resets a choice beyond the list only if the stored count was higher, so it shows the count that an instance
+// has stored.
 TEST_P(ImagePopups, ACopyKeepsWhatItKnowsOfTheList) {
     images.add(4);
     Popup uncounted(host, GetParam()), counted(host, GetParam());

@@ -1,4 +1,4 @@
-// What the tests of the popup of images share: the nodes that have one, told as data, and the popup of a node.
+// The fixture of the tests of image popups: the facts of the classes that have one, and the popup of a node.
 #pragma once
 
 #include "module/servers.h"
@@ -18,7 +18,7 @@ struct ImageNodeClass {
     const char *name;
     HostActivate *activate, *interface;
     unsigned int control;
-    int otherResult; // of a change that loads nothing
+    int otherResult; // the result of a change that loads nothing
 };
 
 inline constexpr ImageNodeClass kReflectionsPopup = {
@@ -40,7 +40,7 @@ inline constexpr ImageNodeClass kPixelImagePopup = {.name = "PixelImage",
                                                     .control = 0x8003,
                                                     .otherResult = 2};
 
-// A node of one unit, and its popup.
+// A node of one class, and its popup.
 struct Popup {
     FakeHost &host;
     TestNode node;
@@ -65,12 +65,12 @@ struct Popup {
     int index() const { return *static_cast<int *>(panel->get(node.instance, id)); }
     void set(int index) { node.set(id, index); }
     void startRender() { node.render.init(node.instance, kInitRender); }
-    std::string setTo(int index) const { // as it stands in the log
+    std::string setTo(int index) const { // the line in the log
         return std::string("setControl ") + (id == 0x8002 ? "8002 " : "8003 ") + std::to_string(index);
     }
 };
 
-// Each test is run for each of the units.
+// Each test runs for each of the classes.
 class ImagePopups : public testing::TestWithParam<ImageNodeClass> {
   protected:
     FakeHost host;

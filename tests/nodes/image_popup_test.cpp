@@ -1,4 +1,4 @@
-// The popup of images, in each of the nodes that have one: its entries, and how a file is loaded through it.
+// The image popup, in each class that has one: its entries, and loading a file through it.
 #include "tests/nodes/image_popup_fixture.h"
 
 #include <algorithm>
@@ -53,7 +53,7 @@ TEST_P(ImagePopups, IndicesAndImagesBecomeEachOther) {
 
 TEST_P(ImagePopups, TellsAnErrorWhereTheListEndsEarly) {
     images.add(3);
-    images.nextCallsLeft = 3; // enough to count them, and none for the walk
+    images.nextCallsLeft = 3; // enough to count the list, but not to walk it
     EXPECT_EQ(popup.name(3), "(error)");
 }
 
@@ -82,7 +82,7 @@ TEST_P(ImagePopups, LoadsAFileAndChoosesTheLastImage) {
                                      popup.setTo(3), "refresh"}));
     EXPECT_EQ(popup.index(), 3);
     EXPECT_EQ(popup.name(3), "/pictures/new.png");
-    images.remove(1); // 4 entries where there were 5: they have been counted
+    images.remove(1); // 4 entries; 5 have been counted
     popup.count();
     EXPECT_EQ(host.takeLog(), Lines{popup.setTo(0)});
 }
@@ -124,7 +124,7 @@ TEST_P(ImagePopups, LoadsAfterImagesHaveGone) {
     images.add(4);
     popup.startRender(); // 6 entries
     images.remove(3);
-    images.loadAdds = false; // one image: "(load Image)" is 2, and stays beyond the list
+    images.loadAdds = false; // one image: "(load Image)" is 2, which stays beyond the list
     EXPECT_EQ(FakeControls::choose(popup.panel, popup.id, 2), 2);
     EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "instanceUpdate NodeHandler", "request 3", "load /pictures/new.png",
                                      popup.setTo(0), popup.setTo(1), "refresh"}));
@@ -133,7 +133,7 @@ TEST_P(ImagePopups, LoadsAfterImagesHaveGone) {
     images.add(3);
     popup.startRender();
     images.remove(2);
-    images.loadAdds = true; // 2 images and one more: 3 is an image by now
+    images.loadAdds = true; // a third image is loaded, so 3 is an image now
     FakeControls::choose(popup.panel, popup.id, 3);
     EXPECT_EQ(host.takeLog(), (Lines{"getData 0", "instanceUpdate NodeHandler", "request 3", "load /pictures/new.png",
                                      popup.setTo(3), "refresh"}));
@@ -171,7 +171,7 @@ TEST_P(ImagePopups, DescribesItsRequest) {
     EXPECT_EQ(request.pick, nullptr);
     for (char *buffer : {request.path, request.baseName, request.fullName}) {
         const std::string before = buffer;
-        std::fill_n(buffer, 511, 'x'); // all of it may be written
+        std::fill_n(buffer, 511, 'x'); // the whole buffer may be written
         buffer[511] = '\0';
         for (const char *other : {request.path, request.baseName, request.fullName})
             EXPECT_EQ(*other == 'x', other == buffer) << "each has its own room";
@@ -180,7 +180,7 @@ TEST_P(ImagePopups, DescribesItsRequest) {
     }
 }
 
-// ---- Each unit's own folder ----
+// ---- The folder of each class ----
 
 TEST_P(ImagePopups, KeepsItsFolderFromOtherNodeClasses) {
     images.chosenFolder = std::string("/folder of ") + GetParam().name;
@@ -195,7 +195,7 @@ TEST_P(ImagePopups, KeepsItsFolderFromOtherNodeClasses) {
         EXPECT_NE(images.startedIn, folder) << nodeClass.name;
     }
     images.list.clear();
-    Popup same(host, GetParam()); // activated anew
+    Popup same(host, GetParam()); // activates the class again
     FakeControls::choose(same.panel, same.id, 1);
     EXPECT_EQ(images.startedIn, folder);
 }

@@ -1,6 +1,6 @@
-// What a node class is, told as data, and the fixture of the tests that every class goes through with it: activation,
-// creation, saving, loading, copying, frames, its panel and its connections. A class's own test file gives its facts
-// and instantiates the suite for them.
+// The facts of a node class, as data, and the fixture of the tests that run for every class: activation, creation,
+// saving, loading, copying, frames, the panel and connections. The test file of a class states its facts and
+// instantiates the suite with them.
 #pragma once
 
 #include "tests/module/test_node.h"
@@ -11,39 +11,39 @@ namespace velm::plugin {
 
 using Lines = std::vector<std::string>;
 
-// A parameter that is animated, in the order of creation.
+// An animated parameter, in creation order.
 struct ParmFacts {
     const char *channel;
     int type;
-    std::vector<double> initial; // one or three
+    std::vector<double> initial; // one number or three
 };
 
-// A control, in the order of the panel.
+// A control, in panel order.
 struct ControlFacts {
     unsigned int id;
     const char *label, *control, *valueType;
-    const char *channel = nullptr; // of the animated parameter behind it; null: an integer
-    const char *input = nullptr;   // whose connection greys it
-    int initial = 0;               // of an integer
+    const char *channel = nullptr; // of the animated parameter behind it; null for an integer
+    const char *input = nullptr;   // the input whose connection greys the control
+    int initial = 0;               // value of an integer
 };
 
 struct NodeFacts {
-    const char *name;           // display name, and that of the group of channels; its server is "Velm " and this
-    const char *menu = nullptr; // its group of the node menu; null: it is no server of the module
+    const char *name;           // display name, and name of the channel group; the server name is "Velm " with this
+    const char *menu = nullptr; // its group of the node menu; null if it is not a server of the module
     HostActivate *activate;
-    HostActivate *interface = nullptr; // null: no panel
-    Lines furtherServices = {};        // between the node services and the parameter services
-    bool hasGroup = true;              // and looks the parameter services up
+    HostActivate *interface = nullptr; // null if there is no panel
+    Lines furtherServices = {};        // looked up between the node services and the parameter services
+    bool hasGroup = true;              // and looks up the parameter services
     bool setsPreview = true;
     std::vector<ParmFacts> parms = {};
-    Lines inputs = {}; // "Mode 4": name and connection type, in order
+    Lines inputs = {}; // name and connection type, as "Mode 4", in order
     Lines outputs = {};
     std::vector<ControlFacts> panel = {};
-    Lines saved = {}; // what a new node writes
+    Lines saved = {}; // the lines that a new node saves
     Lines initLog = {};
 };
 
-// The record of a server of the module; null when there is none of this name.
+// The record of a server of the module. Null if there is none of this name.
 const HostServer *serverOf(const char *className, const std::string &name);
 
 class NodeFrame : public testing::TestWithParam<const NodeFacts *> {
@@ -52,20 +52,20 @@ class NodeFrame : public testing::TestWithParam<const NodeFacts *> {
     const NodeFacts &facts = *GetParam();
     TestNode node{host, facts.activate, facts.interface};
 
-    // The integers of the panel.
+    // The integers on the panel.
     std::vector<ControlFacts> integers() const;
-    // One line for each parameter: the start, its channel, the end.
+    // One line for each parameter: `start`, its channel, `end`.
     Lines forEachParm(const std::string &start, const std::string &end = "") const;
-    // Everything that a new node notes while it is made.
+    // The log of creating a node.
     Lines creation(const std::string &nodeName) const;
-    // A panel with nothing noted of how it came about.
+    // Builds a panel and clears the log.
     HostPanel *shown();
 };
 
-// What only the classes with a panel go through; inputs are greyed there, and refresh it.
+// The tests for classes with a panel: connected inputs grey their controls and refresh the panel.
 class NodePanel : public NodeFrame {};
 
-// Instantiates both suites, or the first alone, for one class.
+// Instantiates both suites for one class, or only the first.
 #define VELM_NODE_WITH_PANEL(Name, facts)                                                                              \
     INSTANTIATE_TEST_SUITE_P(Name, NodeFrame, testing::Values(&(facts)));                                              \
     INSTANTIATE_TEST_SUITE_P(Name, NodePanel, testing::Values(&(facts)))

@@ -1,4 +1,4 @@
-// What every node class goes through, with the facts that its own test file gives.
+// The tests of every node class, with the facts that its test file states.
 #include "tests/nodes/node_frame.h"
 
 #include "tests/module/hint_list.h"
@@ -98,12 +98,12 @@ TEST_P(NodeFrame, LooksItsServicesUpInOrder) {
 }
 
 TEST_P(NodeFrame, IsRefusedWithoutAnyOfItsServicesOrInAnotherVersion) {
-    HostNodeHandler record{}; // its pointers are null: to touch what they point at ends the test
+    HostNodeHandler record{}; // its pointers are null: following one crashes the test
     for (const int version : {-1, 0, 2, 4}) EXPECT_EQ(facts.activate(version, FakeHost::lookup, &record, nullptr), 1);
     EXPECT_EQ(host.takeLog(), Lines{});
     for (const std::string &service :
          joined({kNodeServices, facts.furtherServices, facts.hasGroup ? kParameterServices : Lines{}})) {
-        if (service == HOST_SYSTEM_ID) continue; // a word, which may be 0
+        if (service == HOST_SYSTEM_ID) continue; // its result is a word, which may be 0
         host.missing = {service};
         EXPECT_EQ(facts.activate(1, FakeHost::lookup, &record, nullptr), 2) << service;
     }

@@ -1,4 +1,4 @@
-// What the tests of Ambient Occlusion share: the node, a sample in a scripted scene, and its settings by name.
+// The fixture of the tests of Ambient Occlusion: the node, a sample in a scripted scene, and the settings by name.
 #pragma once
 
 #include "tests/module/test_node.h"
@@ -9,7 +9,7 @@
 
 namespace velm::plugin {
 
-// Controls of the integers.
+// The controls of the integers.
 enum OcclusionControl : unsigned int {
     kMode = 0x8001,
     kSamples = 0x8002,
@@ -49,7 +49,7 @@ class OcclusionNode : public testing::Test {
     void hitEverythingAt(double distance) {
         scene.distance = [distance](const double *, const double *) { return distance; };
     }
-    // The rays of an evaluation of "Scalar".
+    // The rays that an evaluation of "Scalar" sends.
     std::vector<SentRay> raysOfScalar() {
         scene.rays.clear();
         scalar();

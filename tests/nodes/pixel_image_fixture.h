@@ -1,4 +1,4 @@
-// A Pixel Image in front of a list of images, for tests.
+// A Pixel Image node with a list of images, for tests.
 #pragma once
 
 #include "module/servers.h"
@@ -16,7 +16,7 @@ enum PixelControl : unsigned int { kThumbnail = 0x8001, kBg, kImage, kBlending, 
 enum Tiling { kReset, kRepeat, kMirror, kEdge };
 inline constexpr unsigned int kIntegers[] = {kImage, kBlending, kUTiling, kVTiling, kX, kY};
 
-// The list holds three images of 10 by 8 pixels, each of which tells its column and row.
+// The list has three images of 10 by 8 pixels. The colour of each pixel encodes its column and row.
 class PixelImageNode : public testing::Test {
   protected:
     FakeHost host;
@@ -39,7 +39,7 @@ class PixelImageNode : public testing::Test {
         EXPECT_EQ(value.timesSet, 1);
         return value.numbers[0];
     }
-    // What the host's blend makes of a pixel over the background.
+    // The result of the fake host's blend for a pixel over the background.
     static Colour blended(double x, double y, double opacity = 1, int mode = 0) {
         const double rest = 100 * opacity + 1000 * mode;
         return {x - 10 + rest, y - 20 + rest, 0.5 - 30 + rest};

@@ -1,4 +1,4 @@
-// Pixel Image: which pixel of which image it takes, and what it makes of it.
+// Pixel Image: the choice of the image and the pixel, blending, and alpha.
 #include "tests/nodes/pixel_image_fixture.h"
 
 #include <climits>
@@ -10,7 +10,7 @@ namespace {
 
 struct Tile {
     int tiling, coordinate;
-    int taken; // on an axis of 10; kOutside: none
+    int taken; // the pixel on an axis of 10, or kOutside
 };
 constexpr int kOutside = INT_MIN;
 
@@ -75,7 +75,7 @@ TEST_F(PixelImageNode, TilesDown) {
     node.set(kImage, 2);
     node.set(kX, 4);
     images.list[1]->width = 7;
-    images.list[1]->height = 10; // the table's axis
+    images.list[1]->height = 10; // the axis of the table
     for (const Tile &one : kTiles) {
         node.set(kVTiling, one.tiling);
         node.set(kY, one.coordinate);
@@ -146,7 +146,7 @@ TEST_F(PixelImageNode, GivesTheBackgroundWithoutAnImage) {
     for (const int tiling : {kReset, kRepeat, kMirror, kEdge}) {
         node.set(kUTiling, tiling);
         node.set(kVTiling, tiling);
-        for (const int index : {0, -1, 4, 5, 70000}) { // none; nonsense; "(load Image)"; beyond
+        for (const int index : {0, -1, 4, 5, 70000}) { // none; invalid; "(load Image)"; beyond
             node.set(kImage, index);
             EXPECT_EQ(colour(), kBackground) << index;
             EXPECT_EQ(alpha(), 1) << index;
@@ -186,7 +186,7 @@ TEST_F(PixelImageNode, LaysThePixelOverTheBackground) {
     node.set("Opacity", 0.5);
     node.set(kBlending, 6);
     EXPECT_EQ(colour(), blended(3, 0, 0.5, 6));
-    for (const double opacity : {-1.5, 0.0, 2.5}) { // held to nothing
+    for (const double opacity : {-1.5, 0.0, 2.5}) { // not clamped
         node.connect("Opacity", opacity);
         EXPECT_EQ(colour(), blended(3, 0, opacity, 6));
     }
@@ -228,7 +228,7 @@ TEST_F(PixelImageNode, ReadsItsInputsInOrder) {
     host.logsEvaluation = true;
     node.evaluate("Color", sample);
     EXPECT_EQ(host.takeLog(), (Lines{"evaluate Bg Color", "evaluate Image", "setValue"}));
-    for (const int index : {1, 4, 9}) { // an image; "(load Image)" and one that has gone, for which it does the same
+    for (const int index : {1, 4, 9}) { // an image, "(load Image)" and a removed image, which all take the same path
         host.logsEvaluation = false;
         node.set(kImage, index);
         host.logsEvaluation = true;

@@ -1,4 +1,4 @@
-// Pixel Image: what it is made of, what it keeps in files, its panel and its thumbnail.
+// Pixel Image: the class, saving and loading, the panel and the thumbnail.
 #include "tests/module/hint_list.h"
 #include "tests/module/recorded_state.h"
 #include "tests/nodes/pixel_image_fixture.h"
@@ -256,7 +256,7 @@ TEST_F(Thumbnail, IsBlackWithoutAnImage) {
     }
 }
 
-// The image's own columns and rows, told apart by their colours.
+// Columns and rows of the image, identified by their colours.
 void expectStretched(const HostDrawArea &area, int width, int height, int imageWidth, int imageHeight) {
     ASSERT_EQ(area.pixels.size(), static_cast<size_t>(width * height));
     EXPECT_TRUE(area.boxes.empty());
@@ -287,7 +287,7 @@ TEST_F(Thumbnail, StretchesTheImageOverItsArea) {
     }
 }
 
-// 84 pixels over 20: 84/20 in single precision is a little below 4.2, so that 15 of it fall short of 63.
+// 84 pixels drawn as 20: 84/20 in single precision is slightly below 4.2, so 15 times this is below 63.
 TEST_F(Thumbnail, ScalesInSinglePrecision) {
     constexpr int kTaken[20] = {0, 4, 8, 12, 16, 21, 25, 29, 33, 37, 42, 46, 50, 54, 58, 62, 67, 71, 75, 79};
     node.set(kImage, 1);

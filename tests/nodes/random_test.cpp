@@ -1,4 +1,4 @@
-// Random: the class, its bounds, and the stream that it shares.
+// Random: the class, the bounds, and the shared stream.
 #include "tests/nodes/node_frame.h"
 
 #include "module/panel.h"
@@ -28,7 +28,7 @@ const NodeFacts kFacts = {
 };
 VELM_NODE_WITH_PANEL(Random, kFacts);
 
-// The numbers of the stream after a creation, from the library's generator of the same kind.
+// The numbers of the stream after creating a node, from the standard library's MT19937.
 class Reference {
   public:
     double next() { return static_cast<double>(generator_()) * (1.0 / 4294967295.0); }
@@ -37,7 +37,7 @@ class Reference {
     std::mt19937 generator_{3};
 };
 
-// The word of the generator's state whose tempering gives ones throughout: the steps of the tempering, undone.
+// The state word whose tempering gives all ones: the steps of the tempering, inverted.
 constexpr uint32_t kDrawnAsOnes = [] {
     uint32_t y = 0xffffffffu;
     y ^= y >> 18;
@@ -75,7 +75,7 @@ TEST_F(Random, ReachesBothItsBounds) {
     node.set("Min", 3);
     node.set("Max", 5);
     init_genrand(3);
-    mt[0] = 0, mti = 0; // a word of zeros is drawn as one
+    mt[0] = 0, mti = 0; // a state word of 0 is drawn as 0
     EXPECT_EQ(node.scalar("Out", sample), 3);
     mt[0] = kDrawnAsOnes, mti = 0;
     ASSERT_EQ(temper(kDrawnAsOnes), 0xffffffffu);
@@ -108,7 +108,7 @@ TEST_F(Random, ASecondNodeRestartsTheStreamForAll) {
 }
 
 TEST_F(Random, DrawsAfterItsInputs) {
-    // What feeds the bounds may draw too; the node's own number comes last.
+    // Nodes connected to the bounds may draw too; this node draws last.
     node.input("Min").source = [](ShadingSample *, void *value) { *static_cast<double *>(value) = genrand_real1(); };
     node.input("Max").source = [](ShadingSample *, void *value) { *static_cast<double *>(value) = genrand_real1(); };
     const double low = reference.next(), high = reference.next();

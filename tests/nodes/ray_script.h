@@ -1,4 +1,4 @@
-// A scene made of functions: what the rays of a sample hit, and a record of the rays that were sent.
+// A scene made of functions, which say what rays hit, and a record of the rays that were sent.
 #pragma once
 
 #include "module/host.h"
@@ -9,14 +9,15 @@
 namespace velm::plugin {
 
 struct SentRay {
-    bool traced; // with a colour; false: cast
+    bool traced; // false if it was cast, without a colour
     double origin[3], direction[3];
-    double colour[3]; // as it was handed in, of a traced one
+    double colour[3]; // of a traced ray: the colour before the call
     double eta;
     int mode;
 };
 
-// One at a time, and for one thread: the ray functions, which are plain functions, find it by itself.
+// Only one may exist at a time, for one thread: the ray functions are plain functions, which find it through a global
+// pointer.
 class RayScript {
   public:
     RayScript();
@@ -25,11 +26,11 @@ class RayScript {
     RayScript &operator=(const RayScript &) = delete;
 
     std::vector<SentRay> rays;
-    // Nothing is hit until a test says otherwise.
+    // By default no ray hits anything.
     std::function<double(const double *origin, const double *direction)> distance;
-    std::function<void(const double *direction, double *colour)> colour; // what traced rays bring
+    std::function<void(const double *direction, double *colour)> colour; // writes the colour of a traced ray
 
-    // Gives a sample the functions.
+    // Sets the ray functions of a sample.
     void attach(ShadingSample &sample) const;
 };
 

@@ -1,4 +1,4 @@
-// RayShade: the class, and the ray that it fires.
+// RayShade: the class, and the ray that it sends.
 #include "tests/nodes/node_frame.h"
 
 #include "module/panel.h"

@@ -1,4 +1,4 @@
-// Render Cam: a render, and the picture that it lays on a surface.
+// Render Cam: a render, and the picture that it shows on a surface.
 #include "tests/nodes/render_cam_scene.h"
 
 #include <limits>
@@ -55,7 +55,7 @@ TEST_F(RenderCam, WalksTheListToTheCameraChosen) {
         EXPECT_EQ(host.takeLog().at(0), std::string("createEvaluator ") + names[index - 1]);
         node().render.cleanup(node().instance);
     }
-    for (const int index : {-1, -25536}) { // as a damaged file may have it: no step is taken
+    for (const int index : {-1, -25536}) { // as in a damaged file: the list is not walked
         node().set(kCamera, index);
         host.takeLog();
         node().render.init(node().instance, kInitRender);

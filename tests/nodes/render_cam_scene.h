@@ -1,4 +1,4 @@
-// What the tests of Render Cam stand on: a scene with three cameras and two maps, and a node that looks at it.
+// The fixture of the tests of Render Cam: a scene with three cameras and two maps, and a node in it.
 #pragma once
 
 #include "module/node.h"
@@ -18,9 +18,9 @@ VELM_DECLARE_PANEL(RenderCam);
 
 using Lines = std::vector<std::string>;
 
-inline constexpr uintptr_t kModellingWord = kSystemModelling | 0x123u; // the rest of the word says nothing of this
+inline constexpr uintptr_t kModellingWord = kSystemModelling | 0x123u; // the low bits do not name the application
 
-// As a host would activate it that has a scene; without a scene at hand, one made for the occasion.
+// Activates the class with a scene, which is created for the call if the test has none.
 inline int activateInScene(int version, HostLookup *, void *local, void *serverData) {
     return RenderCam_Activate(version, FakeScene::lookup, local, serverData);
 }
@@ -54,7 +54,7 @@ class RenderCam : public testing::Test {
         if (!made) made.emplace(host, activateInScene, RenderCam_Interface);
         return *made;
     }
-    // A node that sees the scene through a camera at a time.
+    // Sets up the node to show the scene through a camera at a time.
     TestNode &ready(int camera = 2, double time = 0.625) {
         node().set(kUvMap, 1);
         node().set(kCamera, camera);
@@ -68,7 +68,7 @@ class RenderCam : public testing::Test {
         EXPECT_EQ(value.timesSet, 1);
         return {value.numbers[0], value.numbers[1], value.numbers[2]};
     }
-    // The popup functions of a control, as the panel has them.
+    // The popup functions of a control on the panel.
     int count(unsigned int control) { return popup(control).arguments[1].popupCount(node().instance); }
     std::string name(unsigned int control, int index) {
         return popup(control).arguments[2].popupName(node().instance, index);

@@ -1,4 +1,4 @@
-// Render Cam: the class, which no host can reach, its popups and what it keeps.
+// Render Cam: the class, which no host can reach, the popups and the settings.
 #include "tests/module/recorded_state.h"
 #include "tests/nodes/render_cam_scene.h"
 
@@ -36,7 +36,7 @@ TEST_F(RenderCam, LooksItsServicesUpInOrder) {
 }
 
 TEST_F(RenderCam, IsRefusedWithoutAnyOfThem) {
-    HostNodeHandler handler{}; // its pointers are null: to touch what they point at ends the test
+    HostNodeHandler handler{}; // its pointers are null: following one crashes the test
     for (const std::string &service : kServices) {
         if (service == HOST_SYSTEM_ID) continue;
         host.missing = {service};

@@ -22,7 +22,7 @@ const NodeFacts kFacts = {
 };
 VELM_NODE_WITHOUT_PANEL(RenderInfo, kFacts);
 
-// As the host activates it where there is a scene.
+// The activation in a host with a scene.
 int activateInScene(int version, HostLookup *, void *local, void *serverData) {
     return RenderInfo_Activate(version, FakeScene::lookup, local, serverData);
 }
@@ -42,7 +42,7 @@ class RenderInfo : public testing::Test {
     }
     ~RenderInfo() override { forgetScene(); }
 
-    // The scene is known to the class, not to the node: a start without one forgets it.
+    // The class stores the scene service, not the node: starting without a scene clears it.
     void forgetScene() {
         host.missing = {HOST_SCENE_INFO};
         node.render.init(node.instance, kInitRender);

@@ -1,4 +1,4 @@
-// What the nodes of images, materials and groups do alike: creation without memory, and connections that come and go.
+// Behaviour common to the nodes of images, materials and groups: creation without memory, and changes of connections.
 #include "module/servers.h"
 #include "tests/module/allocation.h"
 #include "tests/module/fake_editors.h"

@@ -1,4 +1,4 @@
-// Sqrt: the class and its one operation.
+// Sqrt: the class and its operation.
 #include "tests/nodes/node_frame.h"
 
 #include "module/panel.h"

@@ -1,4 +1,4 @@
-// Store Material: it hands its inputs on, keeps its name and number, and lists itself in the registry.
+// Store Material: it passes its inputs through, saves its name and number, and registers itself.
 #include "module/servers.h"
 #include "share/registry.h"
 #include "tests/module/fake_controls.h"
@@ -95,7 +95,7 @@ TEST_F(Store, ACopyTakesTheNameKeepsItsNumberAndIsNotListed) {
 TEST_F(Store, SavesItsNumberAndItsName) {
     Node node(host, "Wood");
     EXPECT_EQ(saved(node), (Lines{"I2 1", "text Wood"}));
-    node.self().id = 40000; // 16 bits are kept
+    node.self().id = 40000; // 16 bits are saved
     EXPECT_EQ(saved(node), (Lines{"I2 -25536", "text Wood"}));
 }
 

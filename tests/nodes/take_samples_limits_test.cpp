@@ -1,4 +1,4 @@
-// Take Samples at the ends of the numbers: infinities, what is no number, and zeros with a sign.
+// Take Samples with extreme numbers: infinities, NaNs and signed zeros.
 #include "tests/module/test_node.h"
 
 #include <array>
@@ -15,7 +15,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity(), kMost = st
                  kNoNumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double kEnds[] = {0.0, -0.0, 0.5, kMost, -kMost, kInfinity, -kInfinity, kNoNumber};
 
-// One channel, said with a question for each limit: a comparison with what is no number answers no.
+// A reference for one channel, with a comparison for each limit: a comparison with a NaN is false.
 double shiftedAndClamped(double shift, double colour, const double *low, const double *high) {
     double value = shift + colour;
     if (low && value < *low) value = *low;
@@ -39,7 +39,7 @@ class TakeSamplesLimits : public testing::Test {
         const HostNodeValue value = node.evaluate("Color", sample);
         return {value.numbers[0], value.numbers[1], value.numbers[2]};
     }
-    // The channels that are not as they are to be, of all that the ends give with these boxes on.
+    // The channels with a wrong result, over all combinations of extreme numbers with these boxes on.
     int wrong(bool clampsLow, bool clampsHigh) {
         int count = 0;
         for (const double s : kEnds)
@@ -56,7 +56,7 @@ class TakeSamplesLimits : public testing::Test {
 };
 
 TEST_F(TakeSamplesLimits, ALimitCountsWhileItsBoxIsOnAndAComparisonWithNoNumberIsNone) {
-    node.set(0x8001, 1); // the least of one sample: that sample as it is, and no sum
+    node.set(0x8001, 1); // the minimum of one sample is the sample itself, without a sum
     node.set(0x8002, 1);
     for (const std::string letter : {"R", "G", "B"}) {
         feedWith(letter + " Shift", &shift);
@@ -74,7 +74,7 @@ TEST_F(TakeSamplesLimits, ALimitCountsWhileItsBoxIsOnAndAComparisonWithNoNumberI
         }
 }
 
-// Only what is strictly darker, or brighter, takes the place of the sample that is kept.
+// Only a strictly darker, or brighter, sample replaces the current one.
 TEST_F(TakeSamplesLimits, ASampleWithoutABrightnessReplacesNoneAndIsReplacedByNone) {
     const Colour plain = {0.5, 0.25, 2}, none = {0.125, kNoNumber, 0.75}, cancelling = {kInfinity, -kInfinity, 0.75};
     for (const int mode : {3, 4})

@@ -1,4 +1,4 @@
-// Take Samples before an input that changes: on many threads, and before noise.
+// Take Samples with an input that changes: on several threads, and with noise.
 #include "tests/module/test_node.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ TEST(TakeSamplesThreaded, EveryThreadCombinesItsOwn) {
     FakeHost host;
     TestNode node(host, "Velm Take Samples");
     node.set(0x8002, 5);
-    // Each evaluation of a sample gives one more; the count is the thread's own.
+    // Each evaluation gives a value that is 1 higher; each thread has a count of its own.
     node.input("Color").source = [](ShadingSample *sample, void *value) {
         for (int i = 0; i < 3; ++i) static_cast<double *>(value)[i] = sample->pixelX * 10 + i;
         ++sample->pixelX;
@@ -36,8 +36,9 @@ TEST(TakeSamplesThreaded, EveryThreadCombinesItsOwn) {
     for (const int count : wrong) EXPECT_EQ(count, 0);
 }
 
-// Averages of n uniform numbers scatter about 1/2 with a deviation of 1/sqrt(12 n). Over 3000 averages the measured
-// deviation lies within 5 % of that (its own standard error is below 1.3 %), and their mean within 4 standard errors.
+// Averages of n uniform numbers have the mean 1/2 and the standard deviation 1/sqrt(12 n). Over 3000 averages the
+// measured deviation must be within 5 % of that (its standard error is below 1.3 %), and the mean within 4 standard
+// errors.
 TEST(TakeSamplesConvergence, AveragesOfNoiseScatterByTheRootOfTheirNumber) {
     FakeHost host;
     TestNode random(host, "Velm Random", "random"), node(host, "Velm Take Samples");

@@ -1,4 +1,4 @@
-// Take Samples: the class, and its modes against a plain reference.
+// Take Samples: the class, and its modes against a simple reference.
 #include "tests/nodes/node_frame.h"
 
 #include "module/panel.h"
@@ -53,7 +53,7 @@ struct ChannelSettings {
     bool clampLow = false, clampHigh = false;
 };
 
-// What the node is to give, as plainly as it can be said.
+// The expected result, computed as simply as possible.
 Colour reference(int mode, const std::vector<Colour> &script, const std::array<ChannelSettings, 3> &channels = {}) {
     std::vector<Colour> samples = script;
     for (Colour &colour : samples)
@@ -64,7 +64,7 @@ Colour reference(int mode, const std::vector<Colour> &script, const std::array<C
         }
     const auto light = [](const Colour &a) { return (a[0] + a[1] + a[2]) * 0.3333333333333333; };
     const auto darker = [&](const Colour &a, const Colour &b) { return light(a) < light(b); };
-    // Both of the library's give the first of equals.
+    // Both algorithms of the library return the first of equal elements.
     if (mode == 3) return *std::min_element(samples.begin(), samples.end(), darker);
     if (mode == 4) return *std::max_element(samples.begin(), samples.end(), darker);
     Colour all = mode == 1 || mode == 2 ? samples[0] : Colour{};
@@ -87,9 +87,9 @@ class TakeSamples : public testing::Test {
     TestNode node{host, "Velm Take Samples"};
     ShadingSample sample = plainSample();
     int evaluations = 0;
-    std::vector<Colour> started; // what the colour was before each evaluation
+    std::vector<Colour> started; // the colour before each evaluation
 
-    // Feeds "Color" with these, one after the other, over and over; as many are taken as there are.
+    // Connects "Color" to these colours in turn, repeatedly, and sets as many samples.
     void feed(const std::vector<Colour> &script) {
         evaluations = 0;
         node.input("Color").source = [this, script](ShadingSample *, void *value) {
@@ -229,14 +229,14 @@ TEST_F(TakeSamples, OneColourComesThroughAsItIs) {
 }
 
 TEST_F(TakeSamples, AveragesByTheReciprocal) {
-    // A sum times 1/49 is not the sum over 49, for some sums: the last bit tells.
+    // For some sums, the sum times 1/49 differs from the sum divided by 49 in the last bit.
     feed(std::vector<Colour>(49, {1, 1, 1}));
     EXPECT_EQ(result()[0], 49 * (1.0 / 49));
     EXPECT_NE(result()[0], 1.0);
 }
 
 TEST_F(TakeSamples, SumsStartAtZeroAndTheRestAtTheFirstSample) {
-    for (int mode = 0; mode < 8; ++mode) { // a negative zero tells them apart
+    for (int mode = 0; mode < 8; ++mode) { // a negative zero distinguishes the modes
         feed({{-0.0, -0.0, -0.0}});
         node.set(0x8001, mode);
         node.set("R Shift", -0.0);
@@ -264,7 +264,7 @@ TEST_F(TakeSamples, TheBrightnessKeptIsThatOfTheSampleKept) {
 }
 
 TEST_F(TakeSamples, BrightnessIsAThirdAsItIsRounded) {
-    // Neighbouring sums of which a third by multiplication is one number, and by division two: the tie tells.
+    // Two adjacent sums whose thirds are equal by multiplication and differ by division: the tie shows which is used.
     double low = 1.5, high = std::nextafter(low, 2.0);
     while (low * 0.3333333333333333 != high * 0.3333333333333333 || low / 3 == high / 3)
         low = high, high = std::nextafter(low, 2.0);

@@ -1,6 +1,7 @@
 // The contents of built modules, read without loading them: the module of this machine and those of other platforms
 // that the environment variable VELM_MODULES lists, separated by colons.
 #include "module/host.h"
+#include "module/servers.h"
 #include "tests/platforms/module_image.h"
 
 #include <algorithm>
@@ -16,8 +17,12 @@
 namespace velm::plugin {
 namespace {
 
-constexpr size_t kNodes = 17;
-constexpr size_t kPanels = 17; // of sixteen nodes, and one that the server table does not list
+#define ONE(Name, server) +1
+#define NONE(Name, server)
+constexpr size_t kNodes = VELM_SERVERS(ONE, ONE);
+constexpr size_t kPanels = VELM_SERVERS(ONE, NONE) + 1; // and that of Render Cam, which is not listed
+#undef NONE
+#undef ONE
 
 std::vector<std::string> modules(bool windows) {
     std::vector<std::string> all = {VELM_MODULE_FILE}, chosen;

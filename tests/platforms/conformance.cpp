@@ -20,8 +20,6 @@ constexpr unsigned int kExpectedPlatform = kPlatformWindows;
 constexpr unsigned int kExpectedPlatform = kPlatformMacintosh; // used by all other builds
 #endif
 
-constexpr size_t kNodes = 17;
-
 void require(bool holds, const std::string &what) {
     if (!holds) throw std::runtime_error(what);
 }
@@ -55,7 +53,6 @@ Report checkedReport(const std::string &path) {
     checkDescriptor(module.descriptor());
     checkRefusals(module.descriptor());
     WholeHost whole(module.descriptor());
-    require(whole.servers.size() == kNodes, "there are not seventeen nodes");
     return reportOf(whole);
 }
 

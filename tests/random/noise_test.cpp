@@ -1,4 +1,4 @@
-// The noise value: its formula, its extremes, and the moments that follow from it.
+// The noise value: its formula, its extremes and its moments.
 #include "tests/random/stream.h"
 
 #include <cmath>
@@ -8,7 +8,7 @@
 namespace velm::plugin {
 namespace {
 
-// Twice 10923 times the sum of three uniform values, less 32766, over 32767.
+// (2 * 10923 * sum - 32766) / 32767, for the sum of three uniform values.
 double expectedNoise(const uint32_t (&words)[3]) {
     const double sum = words[0] / 4294967296.0 + words[1] / 4294967296.0 + words[2] / 4294967296.0;
     return (2 * 10923 * sum - 32766) / 32767;
@@ -61,9 +61,9 @@ TEST(Noise, TakesThreeWordsInOrder) {
     }
 }
 
-// A sum of three uniform values has the variance 3 / 12; the noise is that sum times 2 * 10923 / 32767. Bounds are four
-// standard errors, of the mean sigma / sqrt(n), of the deviation about sigma / sqrt(2 n). The bias of 3 / 32767 is
-// smaller than what a sample of this size could tell from 0; the middle word shows it exactly, above.
+// The sum of three uniform values has the variance 3 / 12, and the noise is this sum times 2 * 10923 / 32767. The
+// bounds are four standard errors: of the mean sigma / sqrt(n), of the deviation about sigma / sqrt(2 n). The bias of 3
+// / 32767 is too small to be measured with this sample size; the test of the middle word above shows it exactly.
 TEST(Noise, HasTheMomentsOfItsFormula) {
     constexpr int n = 200000;
     const double sigma = 2 * 10923.0 / 32767 * std::sqrt(3.0 / 12), mean = 3.0 / 32767;
@@ -85,8 +85,8 @@ TEST(Noise, HasTheMomentsOfItsFormula) {
     EXPECT_LT(highest, 32772.0 / 32767 + kRounding);
 }
 
-// The fourth moment tells a sum of three from a single uniform value and from a true normal one: the excess kurtosis of
-// the sum of k uniform values is -1.2 / k.
+// The fourth moment distinguishes a sum of three uniform values from a single one and from a normal variate: the excess
+// kurtosis of the sum of k uniform values is -1.2 / k.
 TEST(Noise, IsASumOfThree) {
     constexpr int n = 200000;
     init_genrand(77);
@@ -97,7 +97,7 @@ TEST(Noise, IsASumOfThree) {
         fourths += square * square;
     }
     const double kurtosis = fourths / n / std::pow(squares / n, 2) - 3;
-    EXPECT_NEAR(kurtosis, -0.4, 0.05); // single: -1.2; normal: 0
+    EXPECT_NEAR(kurtosis, -0.4, 0.05); // a single value has -1.2, a normal variate 0
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// The stream against what is known of it: the sequences that the authors published, and the same generator of the
-// standard library.
+// The stream against known results: the sequences that the authors published, and the same generator of the standard
+// library.
 #include "tests/random/stream.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kSeveralRefills = 5 * kStateWords + 17;
 
-// Read before main runs, and so before any test has drawn.
+// Read before main runs, and thus before any test draws.
 const int indexAtLoad = mti.load();
 const auto wordsAtLoad = std::count_if(std::begin(mt), std::end(mt), [](const auto &word) { return word != 0; });
 
@@ -61,7 +61,7 @@ TEST(Random, AgreesWithTheStandardLibraryForAnySeed) {
     }
 }
 
-// The authors' seeding from a key, after their publication of 2002, for keys of other lengths than theirs.
+// The seeding from a key as published in 2002, for keys of other lengths than in the publication.
 std::array<uint32_t, kStateWords> seededByKey(const std::vector<uint32_t> &key) {
     std::array<uint32_t, kStateWords> state{};
     state[0] = 19650218;

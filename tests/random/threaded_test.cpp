@@ -1,4 +1,4 @@
-// The one stream drawn from by every render thread at once. Draws may repeat or skip words; they stay sound.
+// All render threads draw from the stream at once. Draws may repeat or skip words, but must be valid.
 #include "tests/random/stream.h"
 
 #include <algorithm>
@@ -11,10 +11,10 @@
 namespace velm::plugin {
 namespace {
 
-constexpr int kThreads = 16; // as many as a host has
+constexpr int kThreads = 16; // the most that a host has
 constexpr int kDraws = 20000;
 
-// Runs `draw` on every thread, all of them starting together; it tells whether what it drew was sound.
+// Runs `draw` on all threads, starting at the same time. `draw` returns whether its results are valid.
 template <class Draw>
 int unsoundDraws(Draw draw) {
     std::atomic<int> waiting = kThreads, unsound = 0;
@@ -50,7 +50,8 @@ TEST_F(ThreadedRandom, DrawsStayInRange) {
     EXPECT_LE(mti.load(), kStateWords);
 }
 
-// The scopes of one thread are nothing to another, and what all of them take ahead keeps the index in its range.
+// The scopes of a thread do not affect other threads, and taking words ahead on all of them keeps the index in its
+// range.
 TEST_F(ThreadedRandom, WordsMayBeTakenAheadOnEveryThread) {
     EXPECT_EQ(unsoundDraws([] {
                   WordsAhead ahead;
@@ -80,7 +81,7 @@ TEST_F(ThreadedRandom, DrawsStayEvenlySpread) {
         ones += genrand_int32() >> 31;
         return true;
     });
-    // Words may repeat, so that the draws are not independent: a wide bound, which a stream that is stuck breaks.
+    // Words may repeat, so the draws are not independent. The bound is wide, but a stuck stream exceeds it.
     EXPECT_NEAR(static_cast<double>(ones) / (kThreads * kDraws), 0.5, 0.1);
 }
 

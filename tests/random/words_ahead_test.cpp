@@ -1,4 +1,4 @@
-// Words taken from the stream ahead of their use: whoever draws gets what it would have got without.
+// Words taken from the stream ahead of their use: every draw gets the same word as without.
 #include "tests/random/stream.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ class WordsAheadTest : public testing::Test {
 
     WordsAheadTest() { init_genrand(21); }
 
-    // Uses the next word that was taken ahead.
+    // Uses the next of the words taken ahead.
     static uint32_t take(WordsAhead &ahead) {
         const uint32_t word = *ahead.words();
         ahead.use(1);
@@ -23,7 +23,8 @@ class WordsAheadTest : public testing::Test {
 };
 
 TEST_F(WordsAheadTest, AreTheNextWordsOfTheStreamWhereverItStands) {
-    for (int round = 0; round < 3 * kStateWords; ++round) { // so that the state is refilled at every place among them
+    for (int round = 0; round < 3 * kStateWords;
+         ++round) { // so that the state is refilled at every position among them
         WordsAhead ahead;
         ahead.fill(WordsAhead::kMost - round % 7);
         while (ahead.left() > 0) ASSERT_EQ(take(ahead), reference()) << round;
@@ -68,11 +69,11 @@ TEST_F(WordsAheadTest, ScopesNest) {
     EXPECT_EQ(take(outer), reference());
     {
         WordsAhead inner;
-        inner.fill(3); // of the outer scope's five
+        inner.fill(3); // from the five words of the outer scope
         EXPECT_EQ(outer.left(), 2);
         EXPECT_EQ(take(inner), reference());
         EXPECT_EQ(genrand_int32(), reference());
-        inner.fill(4); // one that is left, the outer's two, one of the stream
+        inner.fill(4); // the one left, two of the outer scope, one of the stream
         EXPECT_EQ(outer.left(), 0);
         while (inner.left() > 0) EXPECT_EQ(take(inner), reference());
     }
@@ -80,7 +81,7 @@ TEST_F(WordsAheadTest, ScopesNest) {
     while (outer.left() > 0) EXPECT_EQ(take(outer), reference());
 }
 
-// Evaluations that call each other: each uses its own count of words in the end, and hands on to others in between.
+// Nested evaluations: each uses its own number of words, and calls others in between.
 void evaluate(int depth, std::mt19937 &choices, std::mt19937 &reference, int &wrong) {
     WordsAhead ahead;
     for (int needed = static_cast<int>(choices() % 100); needed > 0;) {

@@ -1,4 +1,4 @@
-// Sines and cosines of many angles at once, against the maths library and what is known of them.
+// Sines and cosines of many angles at once, against the maths library and known values.
 #include "shading/sincos.h"
 
 #include <cmath>
@@ -11,7 +11,7 @@
 namespace velm::plugin {
 namespace {
 
-constexpr double kRounding = 3e-16; // stated: 2 units in the last place of results just below 1
+constexpr double kRounding = 3e-16; // as documented: 2 units in the last place of results just below 1
 
 struct Both {
     std::vector<double> sines, cosines;
@@ -84,7 +84,7 @@ TEST(SinesAndCosines, OfWhatIsNoAngleAreNoNumbersAndLeaveTheOthersAlone) {
     }
 }
 
-// A picture must not depend on which of a farm's machines rendered it.
+// A picture must not depend on the machine of a farm that rendered it.
 TEST(SinesAndCosines, AreTheSameWithAllProcessorsInstructionsAndWithThoseOfSome) {
     if (!hasWideVectors()) GTEST_SKIP() << "this processor has one kind";
     std::mt19937_64 random(2);

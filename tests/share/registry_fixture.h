@@ -1,4 +1,4 @@
-// A registry as it is when the module has just been loaded, for tests, and instances to put into it.
+// A registry in the state in which the module is loaded, and instances to add to it, for tests.
 #pragma once
 
 #include "share/registry.h"
@@ -35,7 +35,7 @@ class Registry : public testing::Test {
     GetMaterial *get(int storeID = 0) {
         GetMaterial &made = gets.emplace_back();
         made.storeID = storeID;
-        made.slot = -7; // not what anything sets
+        made.slot = -7; // a value that nothing sets
         return &made;
     }
     StoreMaterial *listed(const std::string &name = "store", int id = kUnassignedStore) {

@@ -1,5 +1,5 @@
-// Every operation of the registry, on instances that stand for themselves. What only the module's nodes do with it is
-// tested with them, and by the walk.
+// All operations of the registry, on instances without nodes. The tests of the nodes and the random walk cover the
+// rest.
 #include "tests/module/allocation.h"
 #include "tests/share/registry_fixture.h"
 
@@ -99,7 +99,7 @@ TEST_F(Registry, DropsThe65thStore) {
     EXPECT_EQ(getStoreNodeCount(), 65) << "the scan ends with the list";
     EXPECT_EQ(addStoreNode(nodeFuncs, late), 64);
     EXPECT_EQ(late->id, kUnassignedStore);
-    removeStoreNode(&stores.back()); // it is not there
+    removeStoreNode(&stores.back()); // it is not listed
     EXPECT_EQ(registry().storeNodeCount, 64);
     removeStoreNode(&stores[63]);
     addStoreNodeForced(late);
@@ -230,7 +230,7 @@ TEST_F(Registry, AFreedStoreIsHeldByNobody) {
     for (GetMaterial *one : {first, second, third}) holdStore(one, a);
     holdStore(second, b);
     EXPECT_EQ(second->store, b);
-    holdStore(first, a); // once more
+    holdStore(first, a); // again
     holdStore(third, nullptr);
     EXPECT_EQ(third->store, nullptr);
     releaseHolders(a);
@@ -252,14 +252,14 @@ TEST_F(Registry, AFreedGetKeepsItsPlaceAndIsNotWrittenTo) {
     EXPECT_EQ(a->slot, 1);
     EXPECT_EQ(gone->slot, -7);
     EXPECT_EQ(c->slot, 1);
-    removeGetNode(a); // the last one is now beyond the count
+    removeGetNode(a); // the last entry is now beyond the count
     forgetGetNode(c);
     for (const GetMaterial *entry : registry().getNodes) EXPECT_NE(entry, c) << "there, too";
 }
 
 // ---- Without memory ----
 
-// In a child process, since a registry that has been made is there for good.
+// In a child process, since a registry exists for good once it is created.
 void expectNothingWithoutMemory() {
     StoreMaterial store = {};
     GetMaterial get = {};
@@ -289,7 +289,7 @@ void expectNothingWithoutMemory() {
     fails([&] { return addStoreNodeForced(&store), 0; });
     EXPECT_EQ(store.id, kUnassignedStore);
 
-    addStoreNodeForced(&store); // there is memory again
+    addStoreNodeForced(&store); // now there is memory
     EXPECT_EQ(store.id, 1);
     EXPECT_EQ(getShareInst()->storeNodeCount, 1);
     EXPECT_EQ(getShareInst()->getNodeCount, 0) << "the get was not recorded";
@@ -297,7 +297,7 @@ void expectNothingWithoutMemory() {
 }
 
 TEST(RegistryWithoutMemoryDeathTest, RecordsNothing) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe"); // a process of its own, in which no test has run before
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // runs in a process in which no test has run before
     EXPECT_EXIT(expectNothingWithoutMemory(), testing::ExitedWithCode(0), "");
 }
 

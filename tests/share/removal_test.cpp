@@ -1,5 +1,4 @@
-// Taking instances off the registry's lists, and what the lists are then: the quirk that saved popup positions depend
-// on.
+// Removing instances from the registry's lists, with the quirk that saved popup indices depend on.
 #include "tests/share/registry_fixture.h"
 
 namespace velm::plugin {
@@ -75,11 +74,11 @@ TEST_F(Registry, RemovesGetsWithTheSameQuirk) {
     EXPECT_EQ(countedGets(), (Gets{a}));
 }
 
-// Gaps that no operation leaves, at each place of a list.
+// Gaps that no operation leaves, at each index of a list.
 TEST_F(Registry, ClosesGapsAsItAlwaysHas) {
     struct Case {
-        std::string before; // an entry or a gap for each place
-        std::string after;  // the counted ones, a bar, what stands behind
+        std::string before; // an entry or a gap for each index
+        std::string after;  // the counted entries, a bar, and those beyond the count
     };
     const Case cases[] = {
         {"", "|"},         {"a", "a|"},       {".", "|."},       {"ab.", "ab|."},     {"a.c", "a|c."},

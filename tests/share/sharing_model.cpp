@@ -15,7 +15,8 @@ bool SharingModel::List::add(int serial) {
     return true;
 }
 
-// Those behind it move up and the last place is left empty; the last one takes one off the count, any other two.
+// The entries behind it move up, and the last one becomes empty. Removing the last entry lowers the count by one, any
+// other by two.
 void SharingModel::List::remove(int serial) {
     const int place = placeOf(serial);
     if (place < 0) return;
@@ -70,7 +71,7 @@ void SharingModel::loadGet(int get, int slot, int storeID) {
 void SharingModel::startRender(int serial) {
     ModelGet &get = at(gets, serial);
     get.store = kNobody;
-    for (int place = storeList_.count - 1; place >= 0; --place) { // the first one wins
+    for (int place = storeList_.count - 1; place >= 0; --place) { // the first one counts
         const int store = storeList_.entries.at(static_cast<size_t>(place));
         if (at(stores, store).id == get.storeID) get.store = store;
     }
@@ -92,7 +93,7 @@ void SharingModel::choose(int serial, int slot) {
     get.storeID = counted ? at(stores, storeList_.entries.at(static_cast<size_t>(slot) - 1)).id : 0;
 }
 
-// Up to the first empty place, whatever the count says.
+// Up to the first empty entry, regardless of the count.
 std::vector<std::string> SharingModel::popup() const {
     std::vector<std::string> items = {"(none)"};
     for (int place = 0; place < 64 && storeList_.entries.at(static_cast<size_t>(place)) != kNobody; ++place) {

@@ -1,5 +1,5 @@
-// What Store Material, Get Material and the registry between them are to do, told once more in the plainest way: the
-// lists hold serial numbers, and removal is told by what it leaves, not by how. The walk compares the nodes with it.
+// A simple reference model of Store Material, Get Material and the registry: the lists hold serial numbers, and
+// removing an entry is described by its result. The random walk compares the nodes with this model.
 #pragma once
 
 #include <array>
@@ -8,7 +8,7 @@
 
 namespace velm::plugin {
 
-inline constexpr int kNobody = -1; // no store, no get
+inline constexpr int kNobody = -1; // neither a store nor a get
 
 struct ModelStore {
     int id = -1;
@@ -18,11 +18,12 @@ struct ModelStore {
 
 struct ModelGet {
     int slot = 0, storeID = 0;
-    int store = kNobody; // held since the last start of a render
+    int store = kNobody; // the one held since the last start of a render
     bool alive = true;
 };
 
-// Instances go by their serial number: their place in `stores` or `gets`. All of them stay there; the dead are marked.
+// An instance is identified by its serial number, its index in `stores` or `gets`. Destroyed instances remain there,
+// marked.
 class SharingModel {
   public:
     std::vector<ModelStore> stores;
@@ -50,8 +51,8 @@ class SharingModel {
         std::array<int, 64> entries;
         int count = 0;
         List() { entries.fill(kNobody); }
-        int placeOf(int serial) const; // among those counted; -1
-        bool add(int serial);          // false: there already, or full
+        int placeOf(int serial) const; // index among the counted entries, or -1
+        bool add(int serial);          // false if it is listed already, or the list is full
         void remove(int serial);
     };
     List storeList_, getList_;

@@ -1,8 +1,8 @@
-// Random walks over Store Material and Get Material nodes, as a person's session may do with them, beside a model of
-// what they are to do. A walk that goes wrong is cut down to the steps that matter and told with its seed.
+// Random walks over Store Material and Get Material nodes, as in a user's session, compared with a reference model. A
+// failing walk is reduced to the steps that matter, and reported with its seed.
 //
-// Under the address sanitizer the walks also show that no evaluation reaches a store that has been destroyed, and that
-// nothing is written to a get that has been.
+// Under the address sanitizer the walks also show that no evaluation reads a destroyed store, and that nothing is
+// written to a destroyed get.
 #include "module/servers.h"
 #include "share/registry.h"
 #include "tests/module/fake_controls.h"
@@ -33,8 +33,7 @@ enum class Act {
 constexpr const char *kActs[] = {"create store", "create get",    "copy store",  "copy get", "load store", "load get",
                                  "start render", "destroy store", "destroy get", "rename",   "choose"};
 
-// `which` and `other` pick among the instances that live when the step is taken, so that a walk with steps left out is
-// a walk as well.
+// `which` and `other` choose among the instances that exist at this step, so that leaving out steps gives a valid walk.
 struct Step {
     Act act;
     unsigned int which, other;
@@ -46,9 +45,9 @@ std::ostream &operator<<(std::ostream &out, const Step &step) {
                << step.number;
 }
 
-constexpr unsigned int kControl = 0x8001; // the only one of both panels
+constexpr unsigned int kControl = 0x8001; // the only control of either panel
 
-// Instances and the model of them, and a registry that starts empty.
+// The instances, their model, and a registry that starts empty.
 class Session {
   public:
     Session() { *getShareInst() = {}; }
@@ -59,7 +58,7 @@ class Session {
     }
 
     void take(const Step &step);
-    std::string difference(); // between the nodes and the model; empty: none
+    std::string difference(); // between the nodes and the model; empty if there is none
 
   private:
     FakeHost host_;
@@ -69,7 +68,7 @@ class Session {
 
     static StoreMaterial &store(const TestNode &node) { return *static_cast<StoreMaterial *>(node.instance); }
     static GetMaterial &get(const TestNode &node) { return *static_cast<GetMaterial *>(node.instance); }
-    // The serial number of a living one; kNobody: none lives.
+    // The serial number of an existing instance; kNobody if there is none.
     static int pick(const std::vector<std::unique_ptr<TestNode>> &nodes, unsigned int which);
 
     void create(bool isStore, int number);
@@ -216,7 +215,7 @@ std::string Session::difference() {
     return differenceOfPopup();
 }
 
-// What went wrong, if anything did.
+// The first difference, or an empty text.
 std::string walk(const std::vector<Step> &steps) {
     Session session;
     for (size_t i = 0; i < steps.size(); ++i) {
@@ -227,7 +226,7 @@ std::string walk(const std::vector<Step> &steps) {
     return "";
 }
 
-// The walk without the steps that it goes wrong without.
+// Removes the steps without which the walk still fails.
 std::vector<Step> shrunk(std::vector<Step> steps) {
     for (size_t length = steps.size() / 2; length > 0; length /= 2)
         for (size_t from = 0; from + length <= steps.size();) {
@@ -242,10 +241,10 @@ std::vector<Step> shrunk(std::vector<Step> steps) {
     return steps;
 }
 
-// How often each act comes, of a hundred.
+// The frequency of each act, in per cent.
 struct Mood {
     const char *name;
-    std::vector<unsigned int> weights; // as in Act
+    std::vector<unsigned int> weights; // in the order of Act
     int steps;
 };
 
@@ -256,7 +255,7 @@ const Mood kMoods[] = {
 };
 
 std::vector<Step> stepsOf(const Mood &mood, unsigned int seed) {
-    std::mt19937 random(seed); // its draws, unlike those of the distributions, are the same everywhere
+    std::mt19937 random(seed); // gives the same numbers on every platform, unlike the distributions
     std::vector<Step> steps;
     for (int i = 0; i < mood.steps; ++i) {
         auto left = static_cast<unsigned int>(random() % 100);
@@ -264,7 +263,7 @@ std::vector<Step> stepsOf(const Mood &mood, unsigned int seed) {
         while (act + 1 < mood.weights.size() && left >= mood.weights[act]) left -= mood.weights[act++];
         const auto which = static_cast<unsigned int>(random() % 1000),
                    other = static_cast<unsigned int>(random() % 1000);
-        // Small numbers, which stores are likely to have; now and then a large or a negative one.
+        // Mostly small numbers, which stores are likely to have; sometimes a large or a negative one.
         const int number = random() % 10 ? static_cast<int>(random() % 12) : static_cast<int>(random() % 200) - 40;
         steps.push_back({.act = static_cast<Act>(act), .which = which, .other = other, .number = number});
     }
