@@ -17,7 +17,7 @@ bool enter(const HostLoadState &state, const HostBlockId &block) {
     return state.findBlock(state.data, table.data()) != 0;
 }
 
-// The server of the first node; "Root" where there is none.
+// The server of the first node, which is the root; "Root" when the block has no nodes.
 std::string rootServer(const HostLoadState &state) {
     std::array<char, 256> server{"Root"};
     if (enter(state, blocks::kNetwork) && enter(state, blocks::kNodes) && enter(state, blocks::kServer))

@@ -1,4 +1,4 @@
-// Networks in object files and scene files, live.
+// Networks in object files and scene files, loaded into live networks.
 #pragma once
 
 #include "host/files/scene_text.h"
@@ -10,17 +10,18 @@
 
 namespace velm::host {
 
-// Gives a surface the network in a block of an object file, as ObjectFile::network has it; `offset` is its place in the
-// file. Throws InputError with the byte's offset. [interface thread; not while rendering]
+// Replaces a surface's network by the one in a block of an object file, as ObjectFile::network gives it. `file` and
+// `offset` say where the block is, for errors. Throws InputError with the byte's offset.
+// [interface thread; not while rendering]
 void loadNetwork(Surface &surface, std::string_view block, const std::string &file, std::size_t offset);
 
-// The network in a block `{ Nodal_Block` of a scene. Its root is a stand-in of the kind that the block tells, as of an
-// object's displacement; nodes whose server is there are live. Throws InputError with the line.
-// [interface thread; not while rendering]
+// The network in a block `{ Nodal_Block` of a scene, such as that of an object's displacement; never null. Its root is
+// a placeholder for the server that the block names; so are nodes whose server is missing. Throws InputError with the
+// line. [interface thread; not while rendering]
 std::unique_ptr<Network> readNetwork(const SceneText &scene, const SceneBlock &block);
 
-// The network as such a block, with line ends "\n", for SceneText::setBlock: to the byte what was read, as long as
-// nothing was changed and the block was laid out as all programs do. InputError when a node cannot be saved.
+// The network as such a block, with line ends "\n", for SceneText::setBlock. An unchanged network gives exactly the
+// bytes that were read, if the block had the usual layout. InputError when a node cannot be saved.
 std::string writeNetwork(Network &network);
 
 } // namespace velm::host

@@ -1,7 +1,7 @@
 #include "host/files/object_file.h"
-#include "host/base/four_cc.h"
 
 #include "host/base/error.h"
+#include "host/base/four_cc.h"
 #include "host/state/blocks.h"
 
 #include <bit>
@@ -88,12 +88,12 @@ void ObjectFile::readChunks() {
         const FileRange contents{.at = at + kChunkHeader, .size = length};
         if (id == kSurface) readSurface(contents);
         if (id == kClip) readImage(contents);
-        // The last chunk may lack the byte that makes it even.
+        // The padding byte of the last chunk may be missing.
         at = std::min(contents.at + length + length % 2, end_);
     }
 }
 
-// A string with a zero at its end and another where that makes its length even; `at` is moved behind it.
+// A string that ends with a zero, padded to an even length. Moves `at` past it.
 std::string ObjectFile::readString(std::size_t &at, std::size_t end, const char *what) const {
     const std::size_t zero = bytes_.find('\0', at);
     if (zero >= end) fail(at, fmt::format("{} has no end", what));
@@ -103,12 +103,12 @@ std::string ObjectFile::readString(std::size_t &at, std::size_t end, const char 
     return text;
 }
 
-std::vector<SubChunk> ObjectFile::readSubChunks(FileRange range, const char *holder) const {
+std::vector<SubChunk> ObjectFile::readSubChunks(FileRange range, const char *owner) const {
     std::vector<SubChunk> found;
     std::size_t at = range.at;
     const std::size_t end = range.at + range.size;
     while (at < end) {
-        if (end - at < kSubChunkHeader) fail(at, fmt::format("{} ends within the head of a sub-chunk", holder));
+        if (end - at < kSubChunkHeader) fail(at, fmt::format("{} ends within the head of a sub-chunk", owner));
         const std::uint32_t id = big(at, 4);
         const std::size_t length = big(at + 4, 2), room = end - at - kSubChunkHeader;
         if (!isPrintable(id)) fail(at, fmt::format("expected a sub-chunk; found {}", blockName(id)));
@@ -176,7 +176,7 @@ std::optional<std::array<float, n>> ObjectFile::floats(const ObjectSurface &surf
              fmt::format("the sub-chunk {} has {} bytes; it needs {}", blockName(id), sub->contents.size, 4 * n));
     std::array<float, n> result{};
     for (std::size_t i = 0; i < n; ++i) result[i] = std::bit_cast<float>(big(sub->contents.at + 4 * i, 4));
-    // After the numbers, that of an envelope; 0 is none.
+    // The numbers are followed by the number of an envelope; 0 means none.
     const std::size_t rest = sub->contents.size - 4 * n;
     if (values && rest >= 2 && big(sub->contents.at + 4 * n, 2) != 0) values->animated.push_back(blockName(id));
     return result;
@@ -222,7 +222,7 @@ std::string ObjectFile::surfaceWith(const ObjectSurface &surface, const std::str
     const std::size_t to =
         sub ? std::min(from + kSubChunkHeader + sub->contents.size + sub->contents.size % 2, old.size()) : old.size();
     std::string contents(old.substr(0, from));
-    if (!sub && contents.size() % 2 != 0) contents += '\0'; // of a last sub-chunk that was left odd
+    if (!sub && contents.size() % 2 != 0) contents += '\0'; // missing padding of the last sub-chunk
     contents += network;
     if (network.size() % 2 != 0) contents += '\0';
     contents += old.substr(to);

@@ -13,7 +13,7 @@ namespace {
 
 using namespace blocks;
 
-// Collects what a network says as texts of which the order does not matter: the way to a value, and its bytes.
+// The contents of a network as a sorted list of texts: the path to each value, and its bytes.
 class Facts {
   public:
     explicit Facts(std::string_view block) : reader_(kStateBinary, block, "network"), state_(*reader_.state()) {
@@ -41,11 +41,12 @@ class Facts {
         }
     }
 
-    // Zeros, and what `usual` says, are what a value is without a word of it; data are so only when there are none.
-    void add(const std::string &path, unsigned int id, std::string_view usual = {}) {
+    // Adds a value unless it is the default, which a file may leave out: `defaultBytes`, or zeros where those are
+    // empty. The default of data is no data.
+    void add(const std::string &path, unsigned int id, std::string_view defaultBytes = {}) {
         const std::string bytes = unreadContents(state_);
         const bool isZero = id == kData.id ? bytes.empty() : bytes.find_first_not_of('\0') == std::string::npos;
-        if (!(usual.empty() ? isZero : bytes == usual)) facts_.push_back(path + blockName(id) + bytes);
+        if (!(defaultBytes.empty() ? isZero : bytes == defaultBytes)) facts_.push_back(path + blockName(id) + bytes);
     }
 
     void readView() {
@@ -54,7 +55,7 @@ class Facts {
         forEach(kView, [&](unsigned int id) { add("view", id, id == kZoom.id ? kZoomOne : std::string_view()); });
     }
 
-    // The display name of a kind is its server's affair.
+    // The display name of the server is left out: it depends on the server, not on the network.
     void readNodes() {
         static constexpr HostBlockId kEach[] = {kServer, kTag, {0, nullptr}};
         static constexpr HostBlockId kOfTag[] = {kName, kCoordinates, kMode, kData, kPreview, kComment, {0, nullptr}};
@@ -69,7 +70,7 @@ class Facts {
         });
     }
 
-    // Four strings each, the output last.
+    // A connection has four strings, of which the output is the last.
     void readConnections() {
         static constexpr HostBlockId kEach[] = {kInputNode, kInput, kOutputNode, kOutput, {0, nullptr}};
         std::string connection;

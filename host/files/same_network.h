@@ -1,13 +1,13 @@
-// Whether networks in files say the same.
+// Whether two networks in files are equivalent.
 #pragma once
 
 #include <string_view>
 
 namespace velm::host {
 
-// True when two blocks of object files, as ObjectFile::network has them, hold the same nodes with the same data and
-// looks, the same connections, and the same view, in whichever order their parts stand, and whether or not what is as
-// it is without a word is said. A damaged block is like no other.
+// True when two blocks of object files, as ObjectFile::network gives them, hold the same nodes with the same data and
+// looks, the same connections, and the same view. The order of their parts does not matter, nor whether a part with its
+// default value is present. A damaged block equals no other, not even itself.
 bool sameNetwork(std::string_view one, std::string_view other);
 
 } // namespace velm::host

@@ -19,7 +19,7 @@ std::string_view trimmed(std::string_view line) {
     return line.substr(first, line.find_last_not_of(" \t\r") - first + 1);
 }
 
-// The items of a scene are loaded or added, each in a line of its own.
+// Each item of a scene starts with a line that loads or adds it.
 bool startsItem(std::string_view line) { return line.starts_with("Load") || line.starts_with("Add"); }
 
 } // namespace
@@ -36,7 +36,7 @@ void SceneText::fail(std::size_t line, const std::string &what) const {
     throw InputError(fmt::format("{}:{}: {}", name_, line, what));
 }
 
-// The line at `at`, without its end; `at` is moved behind it. False when there is none.
+// Gives the line at the offset `at`, without its end, and moves `at` past it. False at the end of the file.
 bool SceneText::nextLine(std::size_t &at, std::string_view &line) const {
     if (at >= bytes_.size()) return false;
     const std::size_t end = std::min(bytes_.find('\n', at), bytes_.size());
@@ -94,7 +94,7 @@ void SceneText::setBlock(std::size_t block, std::string_view text) {
         if (character == '\n' && carriageReturns_) own += '\r';
         own += character;
     }
-    // A last line of the file may have had no end.
+    // The last line of the file may have had no line end.
     if (!this->text(blocks_[block]).ends_with('\n')) own.resize(own.find_last_not_of("\r\n") + 1);
 }
 

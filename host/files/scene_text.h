@@ -1,6 +1,6 @@
-// Scene files of the big application: text; the first line is "LWSC", the second the version. What is read are the
-// blocks in braces that stand in no other block, networks and envelopes among them; what is written back is every byte
-// as it was, line ends included, but for the blocks that were given anew.
+// Scene files of LightWave: text whose first line is "LWSC" and whose second line is the version. Reading finds the
+// outermost blocks in braces; networks and envelopes are such blocks. Writing preserves every byte that was read, line
+// ends included, except those of blocks that were replaced.
 #pragma once
 
 #include <cstddef>
@@ -15,19 +15,19 @@ struct HostEnvelope;
 
 namespace velm::host {
 
-// A block from its `{` to the end of the line with its `}`. `line` is counted from 1.
+// A block, from the line of its `{` to the end of the line of its `}`.
 struct SceneBlock {
-    std::string token;  // "Nodal_Block"
-    std::string before; // the line before the block, without blanks around it: "Channel 0"
-    std::string owner;  // the item that it belongs to, as its line says: "LoadObjectLayer 1 10000000 cube.lwo"
-    std::size_t at = 0, size = 0;
-    std::size_t line = 0;
+    std::string token;            // "Nodal_Block"
+    std::string before;           // the line before the block, without blanks around it: "Channel 0"
+    std::string owner;            // the line of the item that it belongs to: "LoadObjectLayer 1 10000000 cube.lwo"
+    std::size_t at = 0, size = 0; // offset in the file, and size, in bytes
+    std::size_t line = 0;         // of its `{`, counted from 1
 };
 
 class SceneText {
   public:
-    // Takes the file apart. `name` stands before error texts. Throws InputError with the line when the file is no scene
-    // file or its braces do not match.
+    // Parses the file. `name` is for errors. Throws InputError with the line when the file is not a scene file or its
+    // braces do not match.
     SceneText(std::string_view bytes, std::string name);
     SceneText(std::span<const std::byte> bytes, std::string name);
 
@@ -38,14 +38,14 @@ class SceneText {
         return std::string_view(bytes_).substr(block.at, block.size);
     }
 
-    // The places of the blocks with that token.
+    // The indices of the blocks with that token.
     std::vector<std::size_t> find(std::string_view token) const;
 
-    // Gives a block another text: a block in braces with lines that end in "\n", as a text state writes it. It gets the
-    // file's own line ends.
+    // Replaces a block, given by its index, by a block in braces whose lines end in "\n", as a text state writes it.
+    // The line ends become those of the file.
     void setBlock(std::size_t block, std::string_view text);
 
-    // The file: with nothing set, the bytes that were read.
+    // The file's bytes: exactly those that were read if nothing was set.
     std::string write() const;
 
   private:
@@ -62,7 +62,7 @@ class SceneText {
     std::map<std::size_t, std::string> set_;
 };
 
-// The envelope in a block "Envelope". Throws InputError with the line when it is none.
+// The envelope in a block "Envelope"; never null. Throws InputError with the line when the block is damaged.
 std::unique_ptr<HostEnvelope> readEnvelope(const SceneText &scene, const SceneBlock &block);
 
 } // namespace velm::host

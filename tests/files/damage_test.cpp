@@ -1,4 +1,4 @@
-// Files that are cut, changed or made up: a clear error, or what is left of them, and never a crash.
+// Truncated, changed and invented files give a clear error, or whatever is readable in them, and never a crash.
 #include "tests/files/test_files.h"
 
 #include "host/animation/channel.h"
@@ -9,7 +9,7 @@
 namespace velm::host::test {
 namespace {
 
-// Reads all that there is to read of an object file; empty, or the error.
+// Reads everything in an object file. Gives the error; empty when there is none.
 std::string readObject(const std::string &bytes) {
     try {
         const ObjectFile file(bytes, "a.lwo");
@@ -60,7 +60,7 @@ TEST(Damage, AnObjectCutAnywhereSaysWhere) {
         const std::string error = readObject(bytes.substr(0, length));
         EXPECT_TRUE(error.starts_with("a.lwo: byte ")) << length << ": " << error;
     }
-    // The same, where the head agrees with what is left.
+    // The same, with the size in the file's head corrected.
     for (std::size_t length = 12; length < bytes.size(); ++length) {
         const std::string error = readObject(objectFile(bytes.substr(12, length - 12)));
         EXPECT_TRUE(error.empty() || error.starts_with("a.lwo: byte ")) << length << ": " << error;

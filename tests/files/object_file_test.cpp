@@ -1,4 +1,4 @@
-// Object files: what is found in them, and that all the rest stays.
+// Object files: what reading finds in them, and that writing preserves the rest.
 #include "tests/files/test_files.h"
 
 #include "host/base/error.h"

@@ -1,4 +1,4 @@
-// Files that other people's programs wrote: those of Debian's package assimp-testmodels.
+// Files written by other programs: those of Debian's package assimp-testmodels.
 #include "tests/files/test_files.h"
 
 #include "host/animation/channel.h"
@@ -88,7 +88,7 @@ TEST(RealFiles, ANodeThatIsNotThereIsMagenta) {
 
 // ---- The motion of scenes -------------------------------------------------------------------------------------------
 
-// A channel of the first item of a scene: 0 to 2 are its place.
+// A channel of the first item of a scene; 0 to 2 are its position.
 std::unique_ptr<HostEnvelope> channel(const std::string &file, int number) {
     const std::string path = "/usr/share/assimp/models/LWS/" + file;
     if (!std::filesystem::exists(path)) throw InputError(kMissing);
@@ -116,7 +116,7 @@ TEST(RealFiles, EveryChannelHasItsKeysValuesAtItsKeys) {
     EXPECT_GT(keys, 300);
 }
 
-// X goes from 0 by way of 1.92 at 2/3 s to -0.52 at 2 s; half way between two keys is as far as the shape says.
+// X goes from 0 over 1.92 at 2/3 s to -0.52 at 2 s. The value half way between two keys depends on the shape.
 constexpr double kKey0 = 0, kKey1 = 1.924918483918713, kKey2 = -0.52300345897674561;
 constexpr double kTime1 = 0.66666666666666663, kTime2 = 2;
 
@@ -151,7 +151,7 @@ TEST(RealFiles, SplineSpansGoByTheirNeighbours) {
     const auto x = channel("move_xz_spline.lws", 0);
     constexpr double kMiddle = 2.0153336524963379;
     // Tension, continuity and bias are 0. At an end the tangent is the difference to the neighbour; between two
-    // neighbours, half the sum of the differences, scaled to the span's share of both.
+    // neighbours, half the sum of the differences, scaled by the span's fraction of both.
     const double whole = kKey2 - kKey0; // the sum of both differences
     const double arriving = whole * kTime1 / kTime2, leaving = whole * (kTime2 - kTime1) / kTime2;
     EXPECT_NEAR(x->evaluate(kTime1 / 2), halfWay(kKey0, kMiddle, kMiddle - kKey0, arriving), kClose);
@@ -171,7 +171,8 @@ TEST(RealFiles, BezierSpansAreTheCurveOfTheirHandles) {
 }
 
 TEST(RealFiles, BeyondTheKeysABehaviourGoesOn) {
-    // Y goes from 0 at 0 s and 1 s to 0.989 at 1.7 s; before: 4, with an offset, after: 3, to and fro.
+    // Y goes from 0 at 0 s and 1 s to 0.989 at 1.7 s. Before the keys it repeats with an offset, after them it
+    // oscillates.
     const auto y = channel("move_y_pre_ofrep_post_osc.lws", 1);
     constexpr double kLast = 1.7, kTop = 0.98909872770309448;
     for (const double time : {0.3, 1.2, 1.6}) {

@@ -1,4 +1,4 @@
-// Scene files of the big application: their blocks, and that all the rest stays.
+// Scene files of LightWave: their blocks, and that writing preserves the rest.
 #include "tests/files/test_files.h"
 
 #include "host/animation/channel.h"

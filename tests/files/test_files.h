@@ -1,4 +1,4 @@
-// Files for tests: small ones made by hand, and those that Debian's package assimp-testmodels brings.
+// Files for tests: small ones made by hand, and those of Debian's package assimp-testmodels.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ inline std::string padded(std::string text) {
     return text;
 }
 
-// A string as files hold it: with its end, of even length.
+// A string as files hold it: ended by a zero, of even length.
 inline std::string cString(std::string text) { return padded(text + '\0'); }
 
 inline std::string chunk(const std::string &id, const std::string &contents) {
@@ -54,7 +54,8 @@ inline std::string networkBlock(const std::string &nodes, const std::string &con
                         subChunk("NVER", big(1, 4)) + subChunk("NNDS", nodes) + subChunk("NCON", connections));
 }
 
-// An object with a box's worth of other chunks, and a surface "Clay" whose network holds a node of another maker.
+// An object with other chunks, an image, and the surfaces "Clay" and "Plain". The network of "Clay" has a node whose
+// server is not available.
 inline std::string smallObject() {
     const std::string network =
         networkBlock(nodeBlocks("Surface", "Surface", "") + nodeBlocks("Weather", "Rain (1)", std::string("\1\2\3", 3)),
@@ -67,7 +68,7 @@ inline std::string smallObject() {
         chunk("SURF", cString("Plain") + cString("Clay") + colour) + chunk("ODD ", "abc"));
 }
 
-// The files of the package with that ending, in order; none when it is not installed.
+// The files of the package with that extension, sorted; none when the package is not installed.
 inline std::vector<std::filesystem::path> realFiles(std::string_view ending) {
     const std::filesystem::path directory = "/usr/share/assimp/models";
     std::vector<std::filesystem::path> found;

@@ -1,4 +1,4 @@
-// Images that a scene names and that are missing or damaged: told at every place that names them, gone without by all.
+// Images of a scene that are missing or damaged: a warning at every use, and everything that uses them does without.
 #include "host/scene/build/scene_surfaces.h"
 
 #include "host/image/image.h"
@@ -25,7 +25,7 @@ std::string sceneWith(const std::string &images) {
 }
 
 struct Built {
-    std::vector<std::string> told;
+    std::vector<std::string> warnings;
     std::string summary, error, clay;
     double backdrop = -1;
     std::vector<std::string> images;
@@ -34,11 +34,11 @@ struct Built {
 Built build(const test::TemporaryDirectory &directory, const std::string &images,
             Warnings::Policy policy = Warnings::Policy::goOn) {
     Built result;
-    Warnings warnings(policy, [&](const Warning &warning) { result.told.push_back(warning.text()); });
+    Warnings collected(policy, [&](const Warning &warning) { result.warnings.push_back(warning.text()); });
     try {
         const SceneDescription scene =
             readSceneText(sceneWith(images), directory.file("scene.json"), {.directories = {"/nowhere/at all"}});
-        SceneSurfaces built(scene, serverList(), &warnings);
+        SceneSurfaces built(scene, serverList(), &collected);
         result.images = ImageList::instance().names();
         built.init(kInitRender);
         built.newTime(0, 0);
@@ -52,16 +52,16 @@ Built build(const test::TemporaryDirectory &directory, const std::string &images
     } catch (const InputError &error) {
         result.error = error.what();
     }
-    result.summary = warnings.summary();
+    result.summary = collected.summary();
     return result;
 }
 
-void expectGoneWithout(const Built &result, const test::TemporaryDirectory &directory, const std::string &file,
+void expectDoneWithout(const Built &result, const test::TemporaryDirectory &directory, const std::string &file,
                        const std::string &firstWarning) {
     EXPECT_EQ(result.error, "");
     const std::string scene = directory.file("scene.json"), absent = "the image \"Sky\" (" + file + ") is absent; ";
     EXPECT_EQ(
-        result.told,
+        result.warnings,
         (std::vector<std::string>{
             scene + ":3: images.Sky.file: " + firstWarning,
             scene + ":5: backdrop.image: " + absent + "the backdrop stays black",
@@ -73,31 +73,31 @@ void expectGoneWithout(const Built &result, const test::TemporaryDirectory &dire
     EXPECT_EQ(result.backdrop, 0);
 }
 
-TEST(AbsentImages, MissingFilesAreToldAndGoneWithout) {
+TEST(AbsentImages, MissingFilesGiveWarnings) {
     const test::TemporaryDirectory directory;
     const Built result = build(directory, "\"Sky\": {\"file\": \"sky.exr\", \"source\": \"the shop\"}");
-    expectGoneWithout(result, directory, "sky.exr",
+    expectDoneWithout(result, directory, "sky.exr",
                       "there is no file \"sky.exr\"; looked in " + directory.path().string() +
                           ", /nowhere/at all; it comes from the shop");
     EXPECT_TRUE(result.images.empty());
 }
 
-TEST(AbsentImages, DamagedFilesAreToldAndGoneWithout) {
+TEST(AbsentImages, DamagedFilesGiveWarnings) {
     const test::TemporaryDirectory directory;
     const std::string file = directory.write("sky.ppm", "P6 0 0 255\n");
     const Built result = build(directory, "\"Sky\": {\"file\": \"sky.ppm\"}");
-    ASSERT_FALSE(result.told.empty()) << result.error;
+    ASSERT_FALSE(result.warnings.empty()) << result.error;
     const std::string start = directory.file("scene.json") + ":3: images.Sky.file: ";
-    ASSERT_TRUE(result.told[0].starts_with(start + file + ": cannot read the image")) << result.told[0];
-    expectGoneWithout(result, directory, file, result.told[0].substr(start.size()));
+    ASSERT_TRUE(result.warnings[0].starts_with(start + file + ": cannot read the image")) << result.warnings[0];
+    expectDoneWithout(result, directory, file, result.warnings[0].substr(start.size()));
 }
 
-TEST(AbsentImages, LeaveTheOthersInTheirPlaces) {
+TEST(AbsentImages, LeaveTheOtherImagesLoaded) {
     const test::TemporaryDirectory directory;
     directory.write("a.ppm", "P3 1 1 255 255 0 0\n");
     const Built result = build(directory, "\"Sky\": {\"file\": \"sky.exr\"},"
                                           "\"First\": {\"file\": \"a.ppm\"}, \"Second\": {\"file\": \"a.ppm\"}");
-    EXPECT_EQ(result.told.size(), 4u);
+    EXPECT_EQ(result.warnings.size(), 4u);
     EXPECT_EQ(result.images, (std::vector<std::string>{"First", "Second"}));
 }
 
@@ -107,20 +107,20 @@ TEST(AbsentImages, AreErrorsWhenStrict) {
     EXPECT_EQ(result.error, directory.file("scene.json") +
                                 ":3: images.Sky.file: there is no file \"sky.exr\"; looked in " +
                                 directory.path().string() + ", /nowhere/at all");
-    EXPECT_TRUE(result.told.empty());
+    EXPECT_TRUE(result.warnings.empty());
     EXPECT_EQ(ImageList::instance().first(), nullptr);
 }
 
 TEST(AbsentImages, DoNotExcuseAMisspeltName) {
     const test::TemporaryDirectory directory;
-    // The nodes ask for "Sky", which nothing in the scene goes by but an image that is called otherwise.
+    // The nodes ask for "Sky", but the absent image has another name.
     const Built result = build(directory, "\"Skye\": {\"file\": \"sky.exr\"}");
     EXPECT_NE(result.error.find("there is no image \"Sky\", did you mean \"Skye\"?"), std::string::npos)
         << result.error;
 }
 
-// Inside a network that a node of the module holds, and at a popup of the module's own.
-TEST(AbsentImages, AreToldInsideOfNetworksToo) {
+// In a network inside a node of the module, and for a popup of the module.
+TEST(AbsentImages, GiveWarningsInsideNetworksToo) {
     const Module module = Module::open(VELM_MODULE_FILE);
     serverList().add(module.servers(), module.path());
     const SceneDescription scene = test::read(R"({"cameras": {"Main": {}}, "images": {"Sky": {"file": "sky.exr"}},

@@ -1,4 +1,4 @@
-// Every mistake in a scene file with its line and its message.
+// Each mistake that a scene file can have, with its line and its message.
 #include "tests/scene/scene_text.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@ struct BadScene {
     const char *message; // after "scene.json:"
 };
 
-// What is wrong stands on line 2.
+// The mistake is on line 2.
 std::string withCamera(const std::string &rest) { return "{\"cameras\": {\"Main\": {}},\n" + rest + "}"; }
 std::string camera(const std::string &inside) { return "{\"cameras\": {\"Main\": {\n" + inside + "}}}"; }
 std::string render(const std::string &inside) { return withCamera("\"render\": {" + inside + "}"); }
@@ -29,7 +29,7 @@ std::string setting(const std::string &value) { return node("\"settings\": {\"Ma
 
 class BadScenes : public testing::TestWithParam<BadScene> {};
 
-TEST_P(BadScenes, AreRefusedWithTheirPlace) {
+TEST_P(BadScenes, AreRefusedWithTheirLine) {
     EXPECT_EQ(test::refusal(GetParam().text), std::string("scene.json:") + GetParam().message);
 }
 

@@ -1,4 +1,4 @@
-// Comparing descriptions of scenes without their source locations.
+// Compares descriptions of scenes without their source locations.
 #pragma once
 
 #include "host/scene/format/description.h"

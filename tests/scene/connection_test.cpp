@@ -13,7 +13,7 @@ struct Good {
 
 class GoodConnection : public testing::TestWithParam<Good> {};
 
-TEST_P(GoodConnection, IsTakenApart) {
+TEST_P(GoodConnection, IsParsed) {
     const Good &good = GetParam();
     const SourceLocation location{.file = "f.json", .line = 4};
     const ConnectionDescription connection = parseConnection(good.text, kNodes, surfaceRoot("Clay"), location);

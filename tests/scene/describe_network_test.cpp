@@ -14,7 +14,8 @@
 namespace velm::host::test {
 namespace {
 
-// Connections to controls with values of their own, on three levels and at the root; a number that no float holds.
+// Connected controls whose values are not the defaults, at three levels of networks and at the root, and numbers that a
+// float cannot hold.
 constexpr const char *kScene = R"({"cameras": {"Main": {}}, "surfaces": {"Clay": {
     "settings": {"Color": [0.1, 0.2, 0.3], "Diffuse": 0.7},
     "nodes": {
@@ -33,7 +34,7 @@ constexpr const char *kScene = R"({"cameras": {"Main": {}}, "surfaces": {"Clay":
 
 class DescribeNetwork : public testing::Test {
   protected:
-    // Once for all tests and never unloaded, as a host does.
+    // Once for all tests, and never unloaded.
     static void SetUpTestSuite() {
         static Module &module = *new Module(Module::open(VELM_MODULE_FILE));
         if (!serverList().find("Velm Group Node")) serverList().add(module.servers(), "velm.p");
@@ -49,7 +50,7 @@ class DescribeNetwork : public testing::Test {
         sample.shadingNormal[1] = 1;
         return surface.evaluate(&sample);
     }
-    // Every connection of a network and of those inside, with the order in which outputs feed their inputs.
+    // All connections of a network and of those inside its nodes, with the order of each output's consumers.
     static std::string connections(const Network &network) {
         std::string text;
         for (const auto &node : network.nodes()) {
@@ -81,7 +82,7 @@ TEST_F(DescribeNetwork, LeavesTheNetworkAsItIs) {
     EXPECT_EQ(first, second);
     EXPECT_EQ(connections(clay.network()), connected);
     EXPECT_EQ(saved(clay), bytes);
-    built.newTime(1, 0); // what the panels show, should they have been changed
+    built.newTime(1, 0); // reads the settings, which must not have changed
     const SurfaceValues after = evaluated(clay);
     EXPECT_EQ(after.colour[0], before.colour[0]);
     EXPECT_EQ(after.colour[2], before.colour[2]);

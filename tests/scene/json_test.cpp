@@ -48,7 +48,7 @@ struct BadText {
 
 class BadJson : public testing::TestWithParam<BadText> {};
 
-TEST_P(BadJson, IsRefusedWithItsPlace) {
+TEST_P(BadJson, IsRefusedWithItsLine) {
     try {
         parseJson(GetParam().text, "f.json");
         FAIL() << "not refused";

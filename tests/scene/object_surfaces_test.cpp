@@ -1,4 +1,4 @@
-// Surfaces of object files in scenes, and scenes' surfaces in object files; without a module.
+// Surfaces of object files in scenes, and surfaces of scenes in object files; without a module.
 #include "tests/files/test_files.h"
 #include "tests/scene/scene_text.h"
 
@@ -16,17 +16,17 @@
 namespace velm::host::test {
 namespace {
 
-// The text of a scene that is written from an object, with the data that are needed to give it back.
-std::string unpacked(const ObjectFile &object, std::vector<Warning> *told = nullptr) {
+// The text of a scene with the surfaces of an object, and with the data that restore the object to the byte.
+std::string unpacked(const ObjectFile &object, std::vector<Warning> *reported = nullptr) {
     Warnings warnings(Warnings::Policy::goOn);
     UnpackedSurfaces surfaces = unpackSurfaces(object, {}, serverList(), warnings);
     while (completeUnpacked(surfaces, serverList())) {
     }
-    if (told) *told = warnings.all();
+    if (reported) *reported = warnings.all();
     return writeSurfaces(surfaces.images, surfaces.surfaces);
 }
 
-// An object into which the surfaces of a scene's text are packed.
+// An object with the surfaces of a scene's text packed into it.
 std::string packed(const std::string &scene, std::string object) {
     const TemporaryDirectory directory;
     directory.write("scene.json", scene);
@@ -90,7 +90,7 @@ TEST(ObjectSurfaces, PackingLeavesAllElseInTheObject) {
     const std::string written = packed(kScene, object);
     const ObjectFile before(object, "a.lwo"), after(written, "b.lwo");
     const std::size_t at = before.networkOffset(0);
-    // All up to the network but the sizes of the form and of the surface; and all that follows it.
+    // Everything before the network, except the sizes of the form and of the surface, and everything after it.
     const std::size_t sizeAt = before.surfaces()[0].chunk.at - 4;
     EXPECT_EQ(written.substr(8, sizeAt - 8), object.substr(8, sizeAt - 8));
     EXPECT_EQ(written.substr(sizeAt + 4, at - sizeAt - 4), object.substr(sizeAt + 4, at - sizeAt - 4));
@@ -114,7 +114,7 @@ TEST(ObjectSurfaces, ANewSurfaceBringsItsOwnValues) {
 }
 
 TEST(ObjectSurfaces, ValuesOtherThanTheObjectsGoIntoTheNetwork) {
-    // "Clay" of the object is orange; grey is what a scene means that says nothing.
+    // "Clay" of the object is orange. A scene without a colour means grey, the default.
     const std::string grey = R"({"surfaces": {"Clay": {}}})", orange = R"({"surfaces": {"Clay": {"settings":
         {"Color": [1, 0.5, 0]}}}})";
     const auto rootData = [](const std::string &object) {
@@ -127,12 +127,12 @@ TEST(ObjectSurfaces, ValuesOtherThanTheObjectsGoIntoTheNetwork) {
               "{\n  \"surfaces\": {\n    \"Clay\": {}\n  }\n}\n");
 }
 
-TEST(ObjectSurfaces, NodesThatAreNotThereAreToldWithSurfaceAndName) {
-    std::vector<Warning> told;
-    const std::string text = unpacked(ObjectFile(smallObject(), "small.lwo"), &told);
+TEST(ObjectSurfaces, MissingServersAreReportedWithSurfaceAndNode) {
+    std::vector<Warning> reported;
+    const std::string text = unpacked(ObjectFile(smallObject(), "small.lwo"), &reported);
     EXPECT_EQ(packed(text, smallObject()), smallObject()) << text;
     std::string messages;
-    for (const Warning &warning : told) messages += warning.text() + '\n';
+    for (const Warning &warning : reported) messages += warning.text() + '\n';
     EXPECT_NE(messages.find("surface \"Clay\", node \"Rain (1)\": there is no node \"Weather\" here"),
               std::string::npos)
         << messages;
@@ -149,7 +149,7 @@ TEST(ObjectSurfaces, ANetworkThatIsLaidOutOtherwiseStaysAsItIs) {
 }
 
 TEST(ObjectSurfaces, DataThatSettingsDoNotTellAreKept) {
-    // An integer that the panel's popup has no entry for, in a node of the host's own.
+    // An integer for which the panel's popup has no entry, in one of the host's own nodes.
     Network editor("Net", "Net", nullptr, nullptr);
     std::string data = savedData(editor.addNode(serverList().get("Fractal Noise")));
     const std::string longer = data + "of a later version";
@@ -183,7 +183,7 @@ TEST(ObjectSurfaces, AMeshOfAnObjectFileBringsItsSurfaces) {
     const SceneDescription from = read(R"("surfaces": {"Plain": {}, "from": "small.lwo"},
         "objects": {"A": {"box": {}, "surface": "Clay"}})");
     ASSERT_EQ(from.surfaces.size(), 2U);
-    EXPECT_TRUE(from.surfaces[0].saved.file.empty()); // the described one goes before the file's
+    EXPECT_TRUE(from.surfaces[0].saved.file.empty()); // the described one replaces the file's
     EXPECT_EQ(from.surfaces[1].name, "Clay");
 
     const SceneDescription named =
@@ -216,7 +216,7 @@ TEST(Shortest, SaysTheSameWithFewDigits) {
     EXPECT_EQ(shortest(-0.0, 1), 0);
 }
 
-// Commas for points, and blanks between thousands.
+// Decimal commas, and blanks between thousands.
 class Commas : public std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return ' '; }
@@ -227,7 +227,7 @@ TEST(ObjectSurfaces, NumbersAreTheSameInEveryLocale) {
     const std::string object = packed(kScene, objectFile("")), text = unpacked(ObjectFile(object, "a.lwo"));
     const std::locale before = std::locale::global(std::locale(std::locale(), new Commas));
     const std::string oldC = std::setlocale(LC_ALL, nullptr);
-    for (const char *name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"}) // whichever the machine has
+    for (const char *name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"}) // one that the machine has
         if (std::setlocale(LC_ALL, name)) break;
     EXPECT_EQ(packed(kScene, objectFile("")), object);
     EXPECT_EQ(unpacked(ObjectFile(object, "a.lwo")), text);

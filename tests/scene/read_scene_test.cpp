@@ -211,7 +211,7 @@ TEST(ReadScene, FindsFilesBesideTheSceneAndThenAlongThePath) {
     EXPECT_EQ(scene.name, "a");
 }
 
-TEST(ReadScene, TellsOfASceneFileThatIsNotThere) { EXPECT_THROW(readScene("/nowhere/scene.json", {}), InputError); }
+TEST(ReadScene, RefusesAMissingSceneFile) { EXPECT_THROW(readScene("/nowhere/scene.json", {}), InputError); }
 
 TEST(SearchPath, TakesNamedDirectoriesThenTheEnvironment) {
     const SearchPath path = makeSearchPath({"one", "two"}, "three::four");

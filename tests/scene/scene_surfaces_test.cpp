@@ -1,4 +1,4 @@
-// From descriptions to networks, by the host's own nodes.
+// Networks built from descriptions, with the host's own nodes.
 #include "host/scene/build/scene_surfaces.h"
 
 #include "host/image/image.h"
@@ -46,7 +46,7 @@ TEST(BuildScene, MakesNodesSetsThemAndConnectsThem) {
     built.cleanup();
 }
 
-TEST(BuildScene, GivesAnInputItsSettingAlthoughItIsConnected) {
+TEST(BuildScene, AppliesTheSettingOfAConnectedInput) {
     const SceneSurfaces built(test::read(sceneWith(R"(
         "nodes": {"Level": {"server": "Constant Scalar"}, "Sum": {"server": "Add Scalar", "settings": {"A": 3}}},
         "connections": ["Level.Scalar -> Sum.A"])")),
@@ -70,7 +70,7 @@ TEST(BuildScene, PutsImagesIntoTheListAndTakesThemOut) {
     EXPECT_EQ(ImageList::instance().first(), nullptr);
 }
 
-TEST(BuildScene, TellsOfABrokenImageAtItsPlace) {
+TEST(BuildScene, ReportsABrokenImageWithItsLine) {
     const test::TemporaryDirectory directory;
     directory.write("chart.png", "no picture");
     const SceneDescription scene =

@@ -1,4 +1,4 @@
-// Scene texts for tests: a good one, and ways to read them.
+// Reading scene texts in tests.
 #pragma once
 
 #include "host/base/error.h"
@@ -12,7 +12,7 @@ namespace velm::host::test {
 
 inline SceneDescription read(const std::string &text) { return readSceneText(text, "scene.json", {}); }
 
-// The message with which a text is refused; empty when it is not.
+// The error message for a text; empty when it can be read.
 inline std::string refusal(const std::string &text) {
     try {
         read(text);
@@ -22,7 +22,7 @@ inline std::string refusal(const std::string &text) {
     return {};
 }
 
-// A directory that is there for one test.
+// A directory that exists during one test.
 class TemporaryDirectory {
   public:
     TemporaryDirectory() {

@@ -1,4 +1,4 @@
-// Where files are looked for, and what is said when they are not found.
+// Where files are looked for, and the messages about files that are not found.
 #include "host/scene/format/search_path.h"
 
 #include "tests/scene/scene_text.h"
@@ -19,7 +19,7 @@ TEST(SearchPath, PassesOverWhatIsNoFile) {
     EXPECT_EQ(findFile("wall.obj", directory.file("scene"), {.directories = {directory.file("data")}}), found);
 }
 
-TEST(SearchPath, SaysWhatStandsThereInstead) {
+TEST(SearchPath, SaysWhatIsThereInstead) {
     const TemporaryDirectory directory;
     const std::string scene = directory.file("scene"), data = directory.file("data");
     std::filesystem::create_directories(directory.path() / "scene");

@@ -1,4 +1,5 @@
-// Networks inside nodes and stores shared between surfaces, from scene texts to values, with the nodes of the module.
+// Networks inside nodes, and stores shared between surfaces, from scene texts to shaded values, with the module's
+// nodes.
 #include "host/scene/build/scene_surfaces.h"
 
 #include "host/base/thread_role.h"
@@ -18,7 +19,7 @@ namespace {
 
 class SharedScene : public testing::Test {
   protected:
-    // Once for all tests and never unloaded, as a host does.
+    // Once for all tests, and never unloaded.
     static void SetUpTestSuite() {
         static Module &module = *new Module(Module::open(VELM_MODULE_FILE));
         if (!serverList().find("Velm Group Node")) serverList().add(module.servers(), "velm.p");
@@ -34,14 +35,14 @@ class SharedScene : public testing::Test {
         }
         return "no error";
     }
-    // The blue of a surface's colour.
+    // The blue component of a surface's colour.
     static double blueOf(const Surface &surface) {
         const RoleScope role(ThreadRole::render);
         ShadingSample sample{};
         sample.shadingNormal[1] = 1;
         return surface.evaluate(&sample).colour[2];
     }
-    // The same, of a surface of a scene, rendered at a time.
+    // The same for a surface of a scene, at a time in seconds.
     static double blueOf(const std::string &surfaces, const char *name, double time = 0) {
         SceneSurfaces built(test::read(scene(surfaces)), serverList());
         built.init(kInitRender);
@@ -73,7 +74,7 @@ TEST_F(SharedScene, ANodeHoldsANetwork) {
                      0.3);
 }
 
-// One network around another, down to the depth; the innermost gives `paint`.
+// Networks nested to a depth; the innermost contains the node `paint`.
 std::string nested(int depth, const std::string &paint) {
     std::string inside = "\"nodes\": {\"Paint\": " + paint + "}, \"connections\": [\"Paint.Color -> G1.Color\"]";
     for (int i = 2; i <= depth; ++i)
@@ -86,20 +87,20 @@ std::string nested(int depth, const std::string &paint) {
         depth, inside);
 }
 
-TEST_F(SharedScene, NetworksAreHeldToAnyDepthAndStepInTime) {
+TEST_F(SharedScene, NetworksWorkAtAnyDepthAndTime) {
     const std::string paint = R"({"server": "Constant Color", "settings": {"Color": {"keys": [
         {"time": 0, "value": [0, 0, 0]}, {"time": 1, "value": [1, 1, 1], "shape": "linear"}]}}})";
     for (const int depth : {1, 3, kDeepestNesting})
         EXPECT_NEAR(blueOf(nested(depth, paint), "Clay", 0.25), 0.25, 1e-12) << depth;
 }
 
-TEST_F(SharedScene, NetworksAreNotHeldDeeperThanSensible) {
+TEST_F(SharedScene, NetworksNestedTooDeepAreRefused) {
     const std::string message = refusal(nested(kDeepestNesting + 1, "{\"server\": \"Constant Color\"}"));
     EXPECT_EQ(message, "scene.json:2: cannot make the node \"G1\": networks cannot be nested deeper than 16");
     EXPECT_NE(refusal(nested(100, "{\"server\": \"Constant Color\"}")).find("nested deeper than"), std::string::npos);
 }
 
-TEST_F(SharedScene, OneNodesNetworkIsNotAnothers) {
+TEST_F(SharedScene, EachNodeHasItsOwnNetwork) {
     const std::string box = R"({"server": "Velm Group Node", "network": {"nodes": {
         "Paint": {"server": "Constant Color", "settings": {"Color": [0, 0, %}}}, "connections": ["Paint.Color -> @.Color"]}})";
     const auto of = [&](const char *name, const char *blue) {
@@ -112,7 +113,7 @@ TEST_F(SharedScene, OneNodesNetworkIsNotAnothers) {
     EXPECT_DOUBLE_EQ(blueOf(surfaces, "Clay"), 0.5);
 }
 
-TEST_F(SharedScene, WrongNetworksAreRefusedAtTheirPlace) {
+TEST_F(SharedScene, WrongNetworksAreRefusedWithTheirLine) {
     const auto group = [](const std::string &inside) {
         return "\"Clay\": {\"nodes\": {\"Box\": {\"server\": \"Velm Group Node\", \"network\": {\n" + inside + "}}}}";
     };
@@ -160,13 +161,13 @@ constexpr const char *kStoringInside = R"("Storer": {
         "nodes": {"Paint": {"server": "Constant Color", "settings": {"Color": [0.1, 0.2, 0.3]}},
                   "Store": {"server": "Velm Store Material", "settings": {"Name": "Wood"}}},
         "connections": ["Paint.Color -> Store.Color"]}}}})";
-// A store that goes by a node's name of "Wood", and is called otherwise.
+// A store whose node is named "Wood", but whose own name is different.
 constexpr const char *kMisleading = R"("Misleading": {
     "nodes": {"Paint": {"server": "Constant Color", "settings": {"Color": [0, 0, 1]}},
               "Wood": {"server": "Velm Store Material", "settings": {"Name": "Oak"}}},
     "connections": ["Paint.Color -> Wood.Color"]})";
 
-TEST_F(SharedScene, AGetFindsItsStoreWhereverTheTwoStand) {
+TEST_F(SharedScene, AGetFindsItsStoreInAnyOrder) {
     for (const char *getting : {kGetting, kGettingInside})
         for (const char *storing : {kStoring, kStoringInside}) {
             std::vector<std::string> order{getting, kMisleading, storing};
@@ -178,7 +179,7 @@ TEST_F(SharedScene, AGetFindsItsStoreWhereverTheTwoStand) {
         }
 }
 
-TEST_F(SharedScene, AStoreGoesByItsNodesNameWhenItIsGivenNoOther) {
+TEST_F(SharedScene, AStoreWithoutANameHasThatOfItsNode) {
     const std::string surfaces = std::string(kGetting) + R"(, "Storer": {
         "nodes": {"Paint": {"server": "Constant Color", "settings": {"Color": [0.1, 0.2, 0.3]}},
                   "Wood": {"server": "Velm Store Material"}},
@@ -186,7 +187,7 @@ TEST_F(SharedScene, AStoreGoesByItsNodesNameWhenItIsGivenNoOther) {
     EXPECT_DOUBLE_EQ(blueOf(surfaces, "Getter"), 0.3);
 }
 
-TEST_F(SharedScene, WrongStoresAreRefusedAtTheirPlace) {
+TEST_F(SharedScene, WrongStoresAreRefusedWithTheirLine) {
     std::string wrong = kGetting;
     wrong.replace(wrong.find("\"Slot\": \"Wood\""), 14, "\n\"Slot\": \"Wod\"");
     EXPECT_EQ(refusal(wrong + "," + kStoring),
@@ -198,7 +199,7 @@ TEST_F(SharedScene, WrongStoresAreRefusedAtTheirPlace) {
               "scene.json:3: \"Slot\": several entries are called \"Wood\"");
 }
 
-TEST_F(SharedScene, AScenesStoresGoWithIt) {
+TEST_F(SharedScene, StoresAreRemovedWithTheirScene) {
     const std::string surfaces = std::string(kStoring) + "," + kMisleading;
     for (int round = 0; round < 2; ++round) {
         const SceneSurfaces built(test::read(scene(surfaces)), serverList());

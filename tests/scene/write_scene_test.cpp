@@ -21,8 +21,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Reads a scene and expects that writing loses nothing: the text reads as the same description, which gives the same
-// text again.
+// Reads a scene and expects that writing loses nothing: the written text reads as the same description, and writing
+// that gives the same text.
 void expectKept(const std::string &text, const std::string &file, const SearchPath &path = {}) {
     SCOPED_TRACE(file);
     const SceneDescription scene = readSceneText(text, file, path);
@@ -49,7 +49,7 @@ TEST(WriteScene, KeepsEveryExample) {
         try {
             readScene(file.string(), path);
         } catch (const InputError &error) {
-            // The meshes of some come from packages, which may not be installed.
+            // Some need meshes from packages that may not be installed.
             EXPECT_NE(std::string(error.what()).find("there is no file"), std::string::npos) << error.what();
             continue;
         }
@@ -72,7 +72,7 @@ TEST(WriteScene, KeepsTheInputsOfTheFuzzer) {
     EXPECT_GT(read, 0);
 }
 
-// With every key and alternative of the format: a key that the writer forgot would show here.
+// A key that the writer lacked would show here.
 TEST(WriteScene, KeepsEveryKeyOfTheSchema) {
     const TemporaryDirectory directory;
     directory.write("Name", "");
@@ -95,7 +95,7 @@ TEST(WriteScene, LeavesDefaultsOut) {
               "{\n  \"cameras\": {\n    \"Main\": {}\n  },\n  \"surfaces\": {\n    \"Clay\": {}\n  }\n}\n");
 }
 
-// What does not apply to an object is not written, since a reader would refuse it.
+// Keys that do not apply to an object are not written, since the reader would refuse them.
 TEST(WriteScene, LeavesOutWhatDoesNotApply) {
     SceneDescription scene = read(R"({"cameras": {"Main": {}}, "lights": {"L": {"kind": "area", "position": [0, 1, 0],
         "width": 3}}})");

@@ -26,7 +26,7 @@ class DefaultSettings {
 
 // Describes a surface: nodes, the settings that differ from their defaults, connections, views. Numbers get the
 // shortest text that becomes the same number in an object file. A setting that applySetting would not accept is left
-// out. The surface stays as it is: its connections stay, its nodes are told nothing, and no setting is changed. The
+// out. The surface stays as it is: its connections stay, its nodes receive no events, and no setting is changed. The
 // description has no smoothing angle and no sides, which a network does not hold. InputError when a node has the name
 // of the surface or node that owns its network, since a scene file could not tell the two apart.
 // [interface thread; not while rendering]

@@ -189,8 +189,8 @@ SceneSurfaces::Images::~Images() { ImageList::instance().clear(); }
 
 SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers, Warnings *warnings) {
     Warnings asErrors(Warnings::Policy::strict);
-    Warnings &told = warnings ? *warnings : asErrors;
-    AbsentImages absentImages(told);
+    Warnings &reported = warnings ? *warnings : asErrors;
+    AbsentImages absentImages(reported);
     absentImages.load(scene);
     NetworkBuilder builder(servers);
     for (const SurfaceDescription &description : scene.surfaces) {
@@ -201,10 +201,10 @@ SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers,
             loadSaved(surface, description);
             const std::string &missing = ImageList::instance().lastError();
             if (!missing.empty())
-                told.add({.location = {.file = description.saved.file, .line = 0},
-                          .path = path,
-                          .brief = "an image of a node",
-                          .message = missing + "; the node goes without it"});
+                reported.add({.location = {.file = description.saved.file, .line = 0},
+                              .path = path,
+                              .brief = "an image of a node",
+                              .message = missing + "; the node goes without it"});
             continue;
         }
         builder.noteSettings(description.settings, surface.network().root(), path);
@@ -212,7 +212,7 @@ SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers,
     }
     builder.setAndConnect(absentImages);
     for (std::size_t i = 0; i < scene.surfaces.size(); ++i)
-        warnOfPlaceholders(*surfaces_.all[i], scene.surfaces[i], told);
+        warnOfPlaceholders(*surfaces_.all[i], scene.surfaces[i], reported);
 }
 
 SceneSurfaces::Surfaces::~Surfaces() {

@@ -101,7 +101,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
         if (text.find('\0') != std::string::npos) fail("a text cannot hold the character \\u0000");
     }
 
-    // Adds a value where the parser stands.
+    // Adds a value to the innermost open list or object.
     JsonValue &add(JsonValue::Kind kind) {
         JsonValue *value = &root_;
         if (!open_.empty()) {

@@ -9,7 +9,7 @@ void readSettings(const ReadContext &context, const JsonMember &found, std::vect
 // Nothing where there are no settings.
 std::optional<nlohmann::ordered_json> writeSettings(const WriteContext &context,
                                                     const std::vector<SettingDescription> &settings);
-// A reference to settingsDefinition, which stands once in the schema.
+// A reference to the definition of settings in the schema; see settingsDefinition.
 nlohmann::ordered_json settingsReference();
 
 template <auto member>

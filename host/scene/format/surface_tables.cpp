@@ -20,7 +20,7 @@ const NetworkDescription &networkOf(const NetworkDescription &network) { return 
 
 // ---- Rows that surfaces and networks inside nodes have in common ----
 
-// The schema of nodes stands once, since they may hold nodes; see nodeDefinition.
+// The schema only refers to the definition of nodes, since nodes may hold nodes; see nodeDefinition.
 template <class T>
 constexpr Field<T> kNodesField{
     .key = "nodes",
