@@ -1,4 +1,4 @@
-// The cameras of the scene, as nodes see through them.
+// The services for the rays and films of the scene's cameras.
 #include "host/render/scene/camera.h"
 #include "host/services/camera_view.h"
 #include "tests/render/service_table.h"
@@ -23,14 +23,14 @@ using Evaluator = std::unique_ptr<HostCameraEvaluator, EndEvaluator>;
 
 Evaluator evaluatorOf(HostItem *camera) { return Evaluator(evaluationService().create(camera)); }
 
-// The ray through a place of the film, from the middle of the lens at the opening of the shutter.
+// The ray through a point of the film, from the middle of the lens, at the time when the shutter opens.
 HostCameraRay rayAt(const Evaluator &evaluator, double x, double y) {
     HostCameraRay ray{};
     EXPECT_EQ(evaluationService().evaluate(evaluator.get(), x, y, 0, 0, 0, &ray), 1);
     return ray;
 }
 
-// A scene of 400 by 300 pixels with two cameras: "Camera" stands straight, "Turned" has a heading, pitch and bank and a
+// A scene of 400 by 300 pixels with two cameras: "Camera" is level, "Turned" has a heading, pitch and bank and a
 // wide view.
 class CameraServices : public testing::Test {
   protected:
@@ -59,7 +59,7 @@ TEST_F(CameraServices, TheFilmHasTheShapeOfThePicture) {
 }
 
 TEST_F(CameraServices, TheFilmTakesTheShapeOfThePictureThatIsRendered) {
-    TestScene walled; // a node on the wall asks
+    TestScene walled; // a node on its wall calls the service
     walled.job.width = 20;
     walled.job.height = 5;
     walled.surface("Wall");
@@ -86,7 +86,7 @@ TEST_F(CameraServices, TheMiddleOfTheFilmLooksForward) {
     }
 }
 
-// Of the camera that stands straight, with 45 degrees from the middle to the left and right edges and a picture of 4
+// For the level camera, with 45 degrees from the middle to the left and right edges and a picture of 4
 // : 3.
 TEST_F(CameraServices, TheEdgesOfTheFilmAreThoseOfTheView) {
     const Evaluator evaluator = evaluatorOf(camera("Camera"));
@@ -108,7 +108,7 @@ TEST_F(CameraServices, TheFieldOfViewLiesBetweenTheEdges) {
     EXPECT_NEAR(std::acos(dot(left, right)) * 180 / std::numbers::pi, 65, 1e-9);
 }
 
-// There by the evaluator, and back by hand: along the camera's own axes, onto a film at the focal length.
+// Projects the evaluator's rays back onto a film at the focal length, along the camera's axes.
 TEST_F(CameraServices, PlacesGoThroughTheLensAndBack) {
     const Evaluator evaluator = evaluatorOf(camera("Turned"));
     const Matrix axes = rotationMatrix(description(1).rotation);
@@ -127,7 +127,7 @@ TEST_F(CameraServices, GiveTheRaysThatPicturesAreTakenWith) {
         const Evaluator evaluator = evaluatorOf(camera(description(index).name));
         double width = 0, height = 0;
         cameraService().filmSize(camera(description(index).name), &width, &height);
-        // The place on the film does not depend on how many pixels there are.
+        // The point on the film does not depend on the number of pixels.
         for (const int scale : {1, 3}) {
             const Camera renderers(description(index), 400 * scale, 300 * scale);
             for (const double u : {0.0, 0.25, 0.6, 1.0}) {

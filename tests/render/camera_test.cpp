@@ -11,7 +11,7 @@ constexpr double kTolerance = 1e-12;
 struct RotationCase {
     const char *what;
     Double3 rotation;
-    Vec3 right, up, forward; // where the axes go
+    Vec3 right, up, forward; // the images of the axes
 };
 
 TEST(Rotation, TurnsTheAxes) {
@@ -49,7 +49,7 @@ TEST(Transform, GoesThereAndBack) {
     const Vec3 point{0.3, -0.7, 1.9};
     expectNear(transform.pointToObject(transform.pointToWorld(point)), point, kTolerance);
     EXPECT_TRUE(transform.mirrors());
-    // A normal stays upright on a plane: it is at right angles to both edges, there and here.
+    // A transformed normal is at right angles to the transformed edges of its plane.
     const Vec3 a{1, 2, 0}, b{0, 1, 5};
     const Vec3 normal = transform.normalToWorld(cross(a, b));
     EXPECT_NEAR(dot(normal, transform.toWorld * a), 0, 1e-9);

@@ -11,7 +11,7 @@ double trace(const ShadingSample &sample, unsigned mode, const Vec3 &from, const
     return sample.rayTraceMode(origin, d, colour, 1, static_cast<int>(mode));
 }
 
-// A box about the casting sphere, and a single-sided pane whose back faces it in between.
+// A box around the sphere that traces, and between them a single-sided pane whose back faces the sphere.
 TEST(ModeFlags, ShadeBackSides) {
     TestScene scene;
     scene.surface("Pane", {{"Luminosity", 1}}, {0, 1, 0}).doubleSided = false;
@@ -48,7 +48,7 @@ TEST(ModeFlags, UseBackdropColour) {
     });
 }
 
-// The casting object is a box whose opposite side is behind another object.
+// The object that traces is a box; between the rays' start and its far side there is another object.
 struct OwnObject : testing::Test {
     void run(const Probe &probe) {
         scene.surface("Own", {{"Luminosity", 1}}, {0, 1, 0});
@@ -101,13 +101,13 @@ TEST_F(OwnObject, OwnPolygonIsHitOnlyWhenAllowed) {
             EXPECT_NEAR(trace(sample, kind, before, ahead, colour), 4, 1e-5) << "past it to the side opposite";
             EXPECT_NEAR(trace(sample, kind | kTraceMayHitOwnPolygon, before, ahead, colour), 2, 1e-5);
         }
-        // Allowed or not, a ray that starts on it leaves it.
+        // With or without the flag, a ray that starts on the polygon leaves it.
         EXPECT_NEAR(trace(sample, kTraceDistance | kTraceMayHitOwnPolygon, middle, ahead, colour), 0.75, 1e-5);
         EXPECT_EQ(trace(sample, kTraceDistance | kTraceMayHitOwnPolygon, middle, {0, 0, -1}, colour), HOST_RAY_MISS);
     });
 }
 
-// What a ray tells of itself in the sample that it hits.
+// The flags of a ray in the sample that it hits.
 TEST(ModeFlags, SampledIsSeenByTheHitAndHandedOn) {
     TestScene scene;
     std::vector<std::pair<int, int>> seen; // flags and depth of each sample of the mirror

@@ -78,7 +78,7 @@ TEST_F(MeshFileTest, EqualVerticesAreKeptOnce) {
     // Two triangles that share an edge; the file repeats every vertex.
     const Mesh mesh = read("a.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3\nf 4 5 6\n");
     EXPECT_EQ(mesh.points.size(), 4u);
-    EXPECT_TRUE(mesh.polygonNumbers.empty()) << "nothing to keep where each triangle is a polygon";
+    EXPECT_TRUE(mesh.polygonNumbers.empty()) << "no numbers where each triangle is a polygon";
 }
 
 TEST_F(MeshFileTest, MaterialsThatAreUsed) {
@@ -148,12 +148,12 @@ TEST_F(MeshFileTest, ErrorsNameTheFile) {
     }
 }
 
-// Whatever comes after them, as a file that was cut off may have it.
+// A header that does not end, whatever follows it.
 TEST_F(MeshFileTest, HeadersHaveToEnd) {
     const std::string header = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
                                "property float z\nelement face 1\nproperty list uchar int vertex_indices\n";
     const std::string triangle = "0 0 0\n0 1 0\n1 0 0\n3 0 1 2\n";
-    const std::string capitals = "PLY" + header.substr(3); // the importer takes them, too
+    const std::string capitals = "PLY" + header.substr(3); // which the importer accepts too
     for (const std::string &text : {header, header + "end_head", header + triangle, capitals}) {
         writeText(directory / "cut.ply", text);
         try {
@@ -166,7 +166,7 @@ TEST_F(MeshFileTest, HeadersHaveToEnd) {
     EXPECT_EQ(read("whole.ply", header + "end_header\n" + triangle).triangles.size(), 1u);
 }
 
-// A file that was copied in part only.
+// A file that was copied only in part.
 TEST_F(MeshFileTest, TextHasToBeWhole) {
     const std::string header = "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
                                "property float z\nelement face 2\nproperty list uchar int vertex_indices\nend_header\n";
@@ -174,7 +174,7 @@ TEST_F(MeshFileTest, TextHasToBeWhole) {
     std::string text = header;
     for (std::size_t there = 0; there < lines.size(); text += lines[there++]) {
         try {
-            read("cut.ply", text + "\n"); // an empty line is none
+            read("cut.ply", text + "\n"); // an empty line does not count
             ADD_FAILURE() << there;
         } catch (const InputError &error) {
             EXPECT_EQ(error.what(), (directory / "cut.ply") +
@@ -183,14 +183,14 @@ TEST_F(MeshFileTest, TextHasToBeWhole) {
         }
     }
     EXPECT_EQ(read("whole.ply", text).triangles.size(), 2u);
-    text.pop_back(); // the last line need not end
+    text.pop_back(); // the last line needs no end
     EXPECT_EQ(read("whole.ply", text).triangles.size(), 2u);
     std::string other;
     for (const char letter : text) other += letter == '\n' ? std::string("\r\n") : std::string(1, letter);
     EXPECT_EQ(read("other.ply", other).triangles.size(), 2u);
 }
 
-// A pipe would keep the program waiting, whether it is the mesh or a file that the mesh names.
+// A pipe would make the program wait, whether it is the mesh itself or a file that the mesh names.
 TEST_F(MeshFileTest, OnlyRegularFilesAreRead) {
     const std::string pipe = directory / "pipe.obj";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);

@@ -1,4 +1,4 @@
-// The shapes without a file: sizes, sides, winding, normals and maps.
+// The built-in shapes: sizes, sides, winding, normals and maps.
 #include "host/base/error.h"
 #include "host/render/geometry/mesh.h"
 #include "tests/render/test_scene.h"
@@ -89,7 +89,7 @@ TEST(Shapes, StretchedSphereHasTheNormalsOfAnEllipsoid) {
     }
 }
 
-// At which UV coordinates a shape's vertex at a place stands.
+// The UV coordinates of a shape's vertices at a point.
 std::vector<std::array<float, 2>> uvsAt(const Mesh &mesh, const Vec3 &place) {
     std::vector<std::array<float, 2>> found;
     for (std::size_t i = 0; i < mesh.points.size(); ++i) {

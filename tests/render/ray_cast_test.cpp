@@ -8,7 +8,7 @@
 namespace velm::host::test {
 namespace {
 
-constexpr double kRelative = 3e-6; // of single precision, a few roundings
+constexpr double kRelative = 3e-6; // a few rounding errors of single precision
 
 Vec3 randomDirection(std::mt19937 &random) {
     std::normal_distribution<double> normal;
@@ -48,7 +48,7 @@ TEST(RayCast, MeetsSphereAtTheClosedForm) {
     probeAtOrigin(scene, [](ShadingSample &sample, double *) {
         std::mt19937 random(2);
         std::uniform_real_distribution<double> offset(-1.2, 1.2);
-        // A facet of this sphere is at most r (1 - cos(pi / 512)) within the true one, and is met at up to 37 degrees.
+        // A facet of this sphere is at most r (1 - cos(pi / 512)) within the true one, and is hit at up to 37 degrees.
         constexpr double kFacets = 2 * 2e-5 / 0.8 * 2;
         for (int i = 0; i < 300; ++i) {
             const double x = offset(random), y = offset(random);
@@ -129,7 +129,7 @@ TEST(RayCast, WallFillsItsHalfSpace) {
             const Vec3 direction = randomDirection(random);
             if (std::abs(direction.x) < 1e-4) continue;
             const double found = cast(sample, {0, 0, 0}, direction);
-            // The corners of so large a wall are rounded to a quarter of a metre of it, not its middle.
+            // Single precision rounds the corners of so large a wall to a quarter of a metre, but not its middle.
             if (direction.x > 0)
                 EXPECT_NEAR(found * direction.x, 3, 1e-4);
             else
@@ -165,7 +165,7 @@ TEST(RayCast, NonsenseIsAMiss) {
     });
 }
 
-// A ray that starts a given way off the surface sees what is nearer to it than the surface's own margin would hide.
+// A ray that starts off the surface hits objects that are nearer to the surface than the surface's margin.
 TEST(RayCast, OriginsOffTheSurfaceAreUsedAsTheyAre) {
     TestScene scene;
     scene.surface("Floor", {{"Luminosity", 1}});
@@ -214,7 +214,7 @@ TEST(RayCast, DoesNotSeeWhatRaysCannotSee) {
     scene.object("Hidden", BoxShape{}, "Glass", {0, 0, 3}).seenByRays = false;
     scene.object("Seen", BoxShape{}, "Glass", {0, 0, 6});
     probeAtOrigin(scene, [](ShadingSample &sample, double *) {
-        EXPECT_NEAR(cast(sample, {0, 0, 0}, {0, 0, 1}), 5.5, 1e-5) << "clear glass is hit all the same";
+        EXPECT_NEAR(cast(sample, {0, 0, 0}, {0, 0, 1}), 5.5, 1e-5) << "clear glass is hit too";
     });
 }
 

@@ -1,4 +1,4 @@
-// Ray shade: the whole record of the place that is hit.
+// Ray shade: all members of the hit record.
 #include "tests/render/test_scene.h"
 
 namespace velm::host::test {

@@ -15,7 +15,7 @@ struct Seen {
 };
 
 // A glass body whose top is y = 0, or a pane there, seen from a camera at `degrees` off the vertical, and a box of
-// 100 m about it all that notes what reaches it.
+// 100 m around everything, which records the rays that reach it.
 struct GlassTest : testing::Test {
     void look(const ShapeDescription &glass, const Double3 &position, double index, double degrees) {
         scene.surface("Glass", {{"Transparency", 1}, {"Refraction Index", index}});
@@ -68,8 +68,8 @@ TEST_F(GlassTest, TotalReflectionInsideABlock) {
     const double in = std::asin(std::sin(kPi / 4) / 1.5); // 28.1 off the vertical, 61.9 off the side: beyond 41.8
     ASSERT_GT(kPi / 2 - in, std::asin(1 / 1.5));
     const double outside = kPi / 4;
-    // Over the depth of 20 m it moves 10.7 m aside: from the middle to a side and four times across, so five mirrorings
-    // without loss; the bottom gives the angle back.
+    // Over the depth of 20 m it moves 10.7 m aside: from the middle to a side and four times across, so five
+    // reflections without loss; the bottom restores the angle.
     ASSERT_EQ(std::floor((20 * std::tan(in) + 1) / 2), 5);
     expectNear(seen[0].direction, {-std::sin(outside), -std::cos(outside), 0}, 1e-5);
     EXPECT_EQ(seen[0].index, 1);
@@ -81,7 +81,7 @@ struct CriticalCase {
     bool reflects;
 };
 
-// From a medium of 1.5 that a traced ray says it is in, through a surface of index 1.
+// A traced ray with a refraction index of 1.5 enters a surface of index 1.
 TEST(TotalReflection, BeginsAtTheCriticalAngle) {
     const double critical = std::asin(1 / 1.5) * 180 / kPi;
     for (const CriticalCase &each : {CriticalCase{critical - 0.1, false}, CriticalCase{critical + 0.1, true}}) {

@@ -1,4 +1,4 @@
-// A module with one server, the Render Cam node, which the module proper leaves out of its table.
+// A module with one server: Render Cam, which is not in the server table of the module itself.
 #include "module/node.h"
 #include "module/panel.h"
 

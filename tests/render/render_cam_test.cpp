@@ -1,4 +1,4 @@
-// A node that looks through the scene's cameras: Render Cam, loaded as a module and fed by the host's own services.
+// A node that looks through the scene's cameras: Render Cam, loaded as a module that uses the host's services.
 #include "host/graph/server_list.h"
 #include "host/load/module.h"
 #include "host/render/geometry/item.h"
@@ -128,7 +128,7 @@ TEST(RenderCamInScene, CastsTheRayThatTheCameraWouldCast) {
     }
 }
 
-// A pixel of the watcher is a place of the same share of the other camera's film.
+// A pixel of the watcher's picture shows the same point, in fractions of the size, of the other camera's film.
 TEST(RenderCamThreaded, ShowsTheOtherCamerasPicture) {
     const LoadedCam cam;
     for (const char *camera : {"Straight", "Turned"}) {
@@ -142,7 +142,7 @@ TEST(RenderCamThreaded, ShowsTheOtherCamerasPicture) {
                 if (std::fabs(a[0] - 0.2F) < 1e-6F && std::fabs(a[2] - 0.4F) < 1e-6F) ++balls;
             }
         }
-        EXPECT_GT(balls, 10) << "there is something to be seen";
+        EXPECT_GT(balls, 10) << "the ball is in the picture";
         EXPECT_LT(balls, kWidth * kHeight - 10);
     }
 }

@@ -1,4 +1,4 @@
-// Worlds from descriptions, and what is wrong with some.
+// Render scenes from descriptions, and their errors.
 #include "host/base/error.h"
 #include "host/render/geometry/item.h"
 #include "tests/image/temporary_directory.h"

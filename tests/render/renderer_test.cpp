@@ -23,7 +23,7 @@ TEST(RendererThreaded, PictureDoesNotDependOnThreads) {
         scene.job.threads = threads;
         const Frame frame = scene.render();
         EXPECT_TRUE(samePixels(frame.picture, one, kWhole)) << threads;
-        EXPECT_EQ(frame.statistics.threads, std::min(threads, 12)) << "no more than there are tiles";
+        EXPECT_EQ(frame.statistics.threads, std::min(threads, 12)) << "at most one for each tile";
     }
 }
 
@@ -90,7 +90,7 @@ TEST(RendererThreaded, EveryThreadKeepsItsNumber) {
     scene.job.threads = 4;
     std::atomic<int> wrong = 0;
     std::atomic<unsigned> used = 0;
-    static thread_local int own = -1; // of the test's, by render thread
+    static thread_local int own = -1; // by render thread
     scene.probe("Ball", "Luminosity", [&](ShadingSample &sample, double *) {
         if (own < 0) own = sample.threadIndex;
         if (own != sample.threadIndex || own >= 4) ++wrong;
@@ -101,7 +101,7 @@ TEST(RendererThreaded, EveryThreadKeepsItsNumber) {
     EXPECT_NE(used, 0u);
 }
 
-// Notes what it is told, and cancels when it has been told enough.
+// Records the calls, and cancels after `enough` tiles.
 class NotingSink : public ProgressSink {
   public:
     explicit NotingSink(int enough) : enough_(enough) {}
@@ -132,7 +132,7 @@ TEST(RendererThreaded, CanBeCancelled) {
     TestScene scene = litBall();
     std::atomic<bool> held = true;
     scene.probe("Ball", "Luminosity", [&](ShadingSample &sample, double *) {
-        // The second row of tiles waits until the sink has had its say.
+        // The second row of tiles waits until the sink has cancelled.
         if (sample.pixelY >= 16) held.wait(true);
     });
     class CancellingSink : public ProgressSink {
@@ -217,7 +217,7 @@ TEST(Renderer, TellsNodesAboutTheScene) {
         EXPECT_EQ(info.framesPerSecond, 25);
         EXPECT_EQ(info.recursionDepth, 5);
         EXPECT_EQ(info.width, 1);
-        EXPECT_EQ(info.points, 8 * 3); // a corner of a box has three places on the map
+        EXPECT_EQ(info.points, 8 * 3); // a corner of a box has three points on the map
         EXPECT_EQ(info.polygons, 6);
         EXPECT_EQ(info.threads, 1);
         EXPECT_EQ(info.renderCamera(0), sample.sourceItem);

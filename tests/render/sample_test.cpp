@@ -43,8 +43,8 @@ TEST_F(SampleTest, PlacesAndNormals) {
         for (const double *normal : {sample.geometricNormal, sample.shadingNormal, sample.unbumpedNormal}) {
             expectNear(Vec3(normal), {0, 1, 0}, kTolerance);
         }
-        // World (-1, 0, -0.5) from the object's place; a heading of 90 takes +Z to +X and +X to -Z, and 4 metres of
-        // world along the object's Z are one of its own, 2 along its X.
+        // The position is (-1, 0, -0.5) from the object's, in world space. A heading of 90 takes +Z to +X and +X to -Z;
+        // the object is scaled by 4 along its Z and by 2 along its X.
         expectNear(Vec3(sample.objectPosition), {0.25, 0, -0.25}, kTolerance);
     });
 }

@@ -1,4 +1,4 @@
-// A scene looks the same at any size and, nearly, at any distance from the origin: no hit comes from the arithmetic.
+// A scene looks the same at any size and, nearly, at any distance from the origin: rounding errors cause no hits.
 #include "host/render/geometry/transform.h"
 #include "tests/image/temporary_directory.h"
 #include "tests/render/test_scene.h"
@@ -55,7 +55,7 @@ TEST(Scale, SamePictureAtAnySize) {
                 differing += difference > 2e-3;
             }
         }
-        // Rays that only just meet or miss an edge may go the other way.
+        // Rays very close to an edge may hit or miss it.
         EXPECT_LE(differing, unit.width() * unit.height() / 200) << scale;
     }
 }
@@ -136,7 +136,7 @@ TEST(SelfIntersection, FlatGridsDoNotSeeThemselves) {
     }
 }
 
-// On a convex body, no ray that leaves it comes back.
+// No ray that leaves a convex body hits it again.
 TEST(SelfIntersection, ConvexBodiesDoNotSeeThemselves) {
     for (const double radius : {1e-4, 1.0, 1e4}) {
         for (const Double3 &offset : {Double3{0, 0, 0}, Double3{50, -20, 30}}) {

@@ -1,4 +1,4 @@
-// What nodes can ask about the scene: its objects, their maps, and its items.
+// The services that describe the scene to nodes: objects, vertex maps and items.
 #include "host/base/error.h"
 #include "host/render/geometry/item.h"
 #include "host/render/geometry/mesh.h"
@@ -48,7 +48,7 @@ void expectNothing() {
     for (const int type : {kItemObject, kItemLight, kItemCamera, kItemBone}) EXPECT_TRUE(walk(type).empty()) << type;
 }
 
-// A box from a file, two shapes of our own, two lights and two cameras.
+// A box from a file, two shapes, two lights and two cameras.
 class SceneServicesTest : public testing::Test {
   protected:
     SceneServicesTest() {
@@ -97,7 +97,7 @@ TEST_F(SceneServicesTest, ListTheItemsInTheScenesOrder) {
     EXPECT_EQ(namesOf(17), Names{});
     for (const int type : {kItemObject, kItemLight, kItemCamera})
         for (HostItem *item : walk(type)) EXPECT_EQ(itemService().type(item), type);
-    EXPECT_EQ(walk(kItemCamera)[1], scene_.item(kItemCamera, "Second")) << "the handles that samples carry";
+    EXPECT_EQ(walk(kItemCamera)[1], scene_.item(kItemCamera, "Second")) << "the handles in samples";
 }
 
 TEST_F(SceneServicesTest, LinkNoItems) {
@@ -108,7 +108,7 @@ TEST_F(SceneServicesTest, LinkNoItems) {
             for (const auto link : {items.firstChild, items.parent, items.target, items.goal})
                 EXPECT_EQ(link(item), nullptr);
             EXPECT_EQ(items.nextChild(item, nullptr), nullptr);
-            EXPECT_EQ(items.first(type, item), nullptr) << "nothing hangs on it";
+            EXPECT_EQ(items.first(type, item), nullptr) << "it has no children";
         }
     }
 }

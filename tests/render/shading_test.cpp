@@ -74,7 +74,7 @@ TEST(Shading, LightsFromBehindAndAtThePlaceItselfDoNothing) {
     EXPECT_EQ(grey(scene), 0);
 }
 
-// The irradiance of a rectangle that shines at a facing place on its axis (a standard form factor):
+// The irradiance of a rectangle at a facing point on its axis (a standard form factor):
 // E = (2 / pi) [a / sqrt(1 + a a) atan(b / sqrt(1 + a a)) + b / sqrt(1 + b b) atan(a / sqrt(1 + b b))] with a, b half
 // the sides over the distance, for a radiance of 1 / pi; here the whole of a small light at 1 m counts as 1.
 double rectangle(double width, double height, double distance) {
@@ -140,7 +140,7 @@ TEST(Shading, ShadowsAreProductsOfTransparencies) {
     }
 }
 
-// Polygons that are triangles have a shorter way to find whether anything is in the light's way.
+// From polygons that are triangles, shadow rays use Embree's faster occlusion test.
 TEST(Shading, TrianglesGetTheSameShadows) {
     const TemporaryDirectory directory;
     writeText(directory / "wall.obj", "v -9 -9 0\nv 9 -9 0\nv 0 18 0\nf 1 2 3\n");

@@ -8,7 +8,7 @@
 namespace velm::host::test {
 namespace {
 
-// A roof: two slopes that meet in a ridge along Z, inclined against each other by `degrees`.
+// A roof: two slopes that meet in a ridge along Z, inclined to each other by `degrees`.
 Mesh roof(double degrees, std::uint16_t secondMaterial = 0) {
     const double half = degrees * kPi / 360, x = std::cos(half), y = -std::sin(half);
     MeshBuilder builder({}, false);
@@ -68,7 +68,7 @@ TEST(Smoothing, SharperOnesStayCreases) {
     ASSERT_EQ(ridge.size(), 2u);
     expectNear(ridge[0], {-0.5, std::cos(kPi / 6), 0}, 1e-6);
     expectNear(ridge[1], {0.5, std::cos(kPi / 6), 0}, 1e-6);
-    // Splitting must not change what the triangles are.
+    // Splitting must not change the triangles.
     for (std::uint32_t i = 0; i < mesh.triangles.size(); ++i) {
         const Vec3 a = mesh.corner(i, 0);
         EXPECT_GT(cross(mesh.corner(i, 1) - a, mesh.corner(i, 2) - a).y, 0);
@@ -90,8 +90,7 @@ TEST(Smoothing, EachMaterialHasItsOwnAngle) {
     }
 }
 
-// Three sides of a cube's corner: weighted by angle it does not matter that each side is two triangles, of which one or
-// two meet the corner.
+// At the corner of a cube, one or two triangles of each side meet. With weights by angle that does not matter.
 TEST(Smoothing, WeighsByAngleNotByTriangles) {
     Mesh mesh = shapeMesh(BoxShape{.size = {2, 2, 2}}, Transform());
     smoothNormals(mesh, {120});

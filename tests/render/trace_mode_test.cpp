@@ -1,4 +1,4 @@
-// What each kind of traced ray brings, in scenes with known answers.
+// The results of each kind of traced ray, in scenes with known answers.
 #include "tests/render/test_scene.h"
 
 #include <vector>
@@ -30,7 +30,7 @@ void expectTraced(const Traced &found, double distance, const Vec3 &colour, cons
 
 const Vec3 kBackdrop{0.25, 0.5, 0.75};
 
-// Glass of transparency 0.5 at z = 2, then of 0.25 at z = 4, then a glowing red wall at z = 6; nothing to the sides.
+// Glass of transparency 0.5 at z = 2, then of 0.25 at z = 4, then a luminous red wall at z = 6; nothing to the sides.
 TestScene panes() {
     TestScene scene;
     scene.surface("Half", {{"Luminosity", 1}, {"Transparency", 0.5}}, {0, 1, 0});
@@ -157,7 +157,7 @@ TEST(TraceMode, UnknownKindsAndNonsenseAreMissesThatLeaveTheColour) {
     });
 }
 
-// Two mirrors face each other, each glowing a little.
+// Two mirrors that face each other and are slightly luminous.
 TEST(TraceMode, RecursionStopsAtTheLimit) {
     for (const int limit : {0, 1, 2, 5, 100}) {
         TestScene scene;
@@ -185,7 +185,7 @@ TEST(TraceMode, BeyondTheLimitDistancesStayTrue) {
     });
 }
 
-// A surface that traces shadows to find its own transparency, which asks itself again.
+// A surface that traces shadow rays to compute its own transparency, and so evaluates itself again.
 TEST(TraceMode, ShadowsThatTraceShadowsEnd) {
     TestScene scene;
     scene.job.recursionDepth = 4;

@@ -17,8 +17,8 @@ struct PolygonCase {
     double area;
 };
 
-// The triangles turn as the polygon does, and their areas, all of one sign, add up to the polygon's: then they cover it
-// once.
+// The triangles run in the polygon's sense, and their areas, all of one sign, add up to the polygon's. So they cover it
+// exactly once.
 void expectCovers(const PolygonCase &each, const Vec3 &normal) {
     Triangles triangles;
     triangulate(each.points, triangles);
@@ -58,7 +58,7 @@ TEST(Triangulate, CoversThePolygonOnce) {
          {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}, {0, 0, 0}, {1, 1, 0}, {1, 3, 0}, {3, 3, 0}, {3, 1, 0}, {1, 1, 0}},
          12},
     };
-    // Each one in several attitudes.
+    // Each polygon in several orientations.
     for (const PolygonCase &each : cases) {
         for (const Double3 &rotation :
              {Double3{0, 0, 0}, Double3{90, 0, 0}, Double3{0, 90, 0}, Double3{0, 180, 0}, Double3{33, 44, 55}}) {

@@ -1,4 +1,4 @@
-// Reads PLY files, which assimp does not check: it searches for ever for a header's end that is not there.
+// Reads PLY files. They are checked first, because assimp never returns from a header without an end.
 #include "host/render/geometry/mesh_readers.h"
 
 #include "host/base/error.h"

@@ -57,7 +57,7 @@ CornerLists cornersByGroup(const Mesh &mesh, const std::vector<std::uint32_t> &g
 struct Facet {
     Vec3 normal; // of its triangle, unit length
     double weight;
-    std::size_t triangle, corner; // 0 to 2, in the triangle
+    std::size_t triangle, corner; // the corner, 0 to 2, of the triangle
     std::uint16_t material;
 };
 

@@ -97,13 +97,13 @@ class SurfaceBuilder {
         for (const std::uint16_t surface : object.surfaces) angles.push_back(data_.surfaces[surface].smoothingAngle);
         if (std::none_of(angles.begin(), angles.end(), [](double angle) { return angle > 0; })) angles.clear();
         if (angles == object.mesh->smoothingAngles) return;
-        // An acceleration structure, and the former contents, go on reading the mesh that they have.
+        // The acceleration structure and the former contents still use a mesh that is kept: change a copy of it.
         if (object.mesh.use_count() > 1) object.mesh = std::make_shared<Mesh>(*object.mesh);
         smoothNormals(*object.mesh, angles);
         ++data_.work.smoothings;
     }
 
-    // Splitting vertices for their normals does not change the geometry, so that rays need not know.
+    // Meshes that differ only in normals and split vertices have the same geometry for rays.
     static bool sameGeometry(const RenderObject &a, const RenderObject &b) {
         return a.meshNumber == b.meshNumber && a.seenByCamera == b.seenByCamera && a.seenByRays == b.seenByRays &&
                a.castsShadows == b.castsShadows;
