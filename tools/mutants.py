@@ -19,8 +19,9 @@ WORDS = {
     "std::fabs": "", "std::sqrt": "", "std::exp": "std::exp2", "std::min": "std::max", "std::max": "std::min",
 }
 DECLARATION = re.compile(
-    r"(?:const|constexpr|static|auto|using|struct|class|enum|return|extern|typedef|template|friend|public|private|namespace"
-    r"|case|default|else|double|float|int|char|bool|void|unsigned|size_t|VELM_\w+)\b|[\w:]+(?:<[^;]*>)?\s+[*&]?\w+\s*[=;{(\[]|\.|#|}")
+    r"(?:const|constexpr|static|auto|using|struct|class|enum|return|extern|typedef|template|friend|public|private"
+    r"|namespace|case|default|else|double|float|int|char|bool|void|unsigned|size_t|VELM_\w+)\b"
+    r"|[\w:]+(?:<[^;]*>)?\s+[*&]?\w+\s*[=;{(\[]|\.|#|}")
 NUMBER = re.compile(r"(?<![\w.'])(0[xX][0-9a-fA-F]+|\d+(?:\.\d*)?(?:[eE][-+]?\d+)?)([uUlLfF]*)(?![\w.'])")
 SIMPLE = r"[\w:]+(?:[.\w\[\]]|->)*"
 

@@ -282,7 +282,8 @@ def main():
     parser.add_argument("--count", type=int, default=400, help="how many mutants, over all files (default: 400)")
     parser.add_argument("--seed", type=int, default=1, help="another number draws other mutants")
     parser.add_argument("--jobs", type=int, default=1, help="how many compilers at once")
-    parser.add_argument("--report", action="store_true", help="only print the last result, or docs/mutation.md where there is none yet")
+    parser.add_argument("--report", action="store_true",
+                        help="only print the last result, or docs/mutation.md where there is none yet")
     parser.add_argument("--again", action="store_true", help="try the survivors of the last run once more")
     options = parser.parse_args()
     for file in options.files:
