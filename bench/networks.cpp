@@ -22,7 +22,7 @@ class Bed {
         sample_.shadingNormal[1] = sample_.geometricNormal[1] = 1;
     }
     ~Bed() {
-        if (input_ != nullptr) editor_->cleanup();
+        if (input_) editor_->cleanup();
     }
     Bed(const Bed &) = delete;
     Bed &operator=(const Bed &) = delete;
@@ -52,7 +52,7 @@ class Bed {
 
 // Five calls through a pointer that the compiler cannot see through.
 double fiveCallsThatReturnAtOnce(int calls) {
-    const auto nothing = [](HostInput *input, ShadingSample *, void *) { return input != nullptr ? 1 : 0; };
+    const auto nothing = [](HostInput *input, ShadingSample *, void *) { return input ? 1 : 0; };
     int (*volatile call)(HostInput *, ShadingSample *, void *) = nothing;
     double value = 0;
     return nanosecondsOf(calls, [&] {

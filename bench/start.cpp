@@ -41,8 +41,8 @@ class PlainMesh {
     std::vector<uint32_t> corners;
 
     ~PlainMesh() {
-        if (scene_ != nullptr) rtcReleaseScene(scene_);
-        if (device_ != nullptr) rtcReleaseDevice(device_);
+        if (scene_) rtcReleaseScene(scene_);
+        if (device_) rtcReleaseDevice(device_);
     }
 
     void addPoint(double x, double y, double z) {
@@ -88,7 +88,7 @@ class PlainMesh {
 void startPlainly(const std::string &file) {
     Assimp::Importer importer;
     const aiScene *read = importer.ReadFile(file, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices);
-    if (read == nullptr) throw std::runtime_error(importer.GetErrorString());
+    if (!read) throw std::runtime_error(importer.GetErrorString());
     PlainMesh mesh;
     for (unsigned m = 0; m < read->mNumMeshes; ++m) {
         const aiMesh &part = *read->mMeshes[m];
@@ -162,8 +162,8 @@ double heldBytesOf(const char *which) {
     const std::string command = "exec /proc/" + std::to_string(getpid()) + "/exe --held-bytes " + which;
     FILE *pipe = popen(command.c_str(), "r");
     double bytes = 0;
-    const bool told = pipe != nullptr && std::fscanf(pipe, "%lf", &bytes) == 1;
-    if (pipe == nullptr || pclose(pipe) != 0 || !told) throw std::runtime_error("cannot measure the memory held");
+    const bool told = pipe && std::fscanf(pipe, "%lf", &bytes) == 1;
+    if (!pipe || pclose(pipe) != 0 || !told) throw std::runtime_error("cannot measure the memory held");
     return bytes / 1048576;
 }
 

@@ -98,7 +98,7 @@ void drawFromStream(uint32_t *words, int count) {
 VELM_FIXED_PLACE constinit thread_local WordsAhead *WordsAhead::innermost = nullptr;
 
 void WordsAhead::drawFrom(WordsAhead *scope, uint32_t *words, int count) {
-    for (; scope != nullptr && count > 0; scope = scope->outer_) {
+    for (; scope && count > 0; scope = scope->outer_) {
         const int here = std::min(count, scope->left());
         std::copy_n(scope->words(), here, words);
         scope->use(here);

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints the counts in gcovr's JSON (standard input) as a table, then every line that was not run or not in all branches."""
+"""Prints the counts in gcovr's JSON (standard input) as a table, then every line that did not run in all branches."""
 
 import json
 import os

@@ -37,7 +37,7 @@ lint() { # [--deep]
     linter shellcheck shellcheck --external-sources "${files[@]}"
     tracked '*.py'
     linter flake8 flake8 "${files[@]}"
-    tracked '*.c' '*.cpp' '*.h' '*.md' '*.txt' '*.py' '*.sh' '*.cmake' run .ci/run
+    tracked '*.c' '*.cpp' '*.h' '*.md' '*.txt' '*.py' '*.sh' '*.cmake' 'docs/*.json' 'examples/*.json' run .ci/run
     linter codespell codespell "${files[@]}"
     cmake --preset lint >/dev/null
     linter clang-tidy nice python3 tools/tidy.py build-lint "$@"

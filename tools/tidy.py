@@ -174,7 +174,8 @@ class Checker:
         failing, source = [], ""
         for line in result.stderr.splitlines():
             if line.startswith("In file included from " + path + ":"):
-                source = lines[int(line.split(":")[1]) - 1].split('"')[1]
+                included = INCLUDE.match(lines[int(line.split(":")[1]) - 1])
+                source = included[1] if included else ""
             elif " error: " in line and source in unit.names and source not in failing:
                 failing.append(source)
         return failing

@@ -31,7 +31,7 @@ void remove(std::vector<std::unique_ptr<Member>> &members, const Member &member)
 
 HostEnvelope::~HostEnvelope() {
     changed(velm::host::kEnvelopeDestroyed, nullptr);
-    if (user != nullptr) user->envelopeGone(*this);
+    if (user) user->envelopeGone(*this);
 }
 
 HostKey &HostEnvelope::putKey(double time, double value) {

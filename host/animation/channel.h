@@ -110,10 +110,11 @@ std::unique_ptr<HostChannelGroup> makeRootGroup(const std::string &name);
 
 // The "Animation Envelopes" table. With a null handle, operations return null or 0 and have no effect; copy, load and
 // save return a message. Creating in a null group returns null. Root groups, which have no parent, cannot be destroyed
-// through the table. The edit operation asks Dialogs (host/load/dialogs.h), and returns 1 if an editor was opened, else 0. findKey finds a key within a microsecond.
-// createKey at the time of an existing key gives that key the new value. nextKey after null is the first key, and
-// previousKey before null the last. setKey returns 0 and changes nothing for the time of another key, a shape out of
-// range, or a number that is not finite. setEvent adds a callback; the same pair of function and data is added once.
+// through the table. The edit operation asks Dialogs (host/load/dialogs.h), and returns 1 if an editor was opened, else
+// 0. findKey finds a key within a microsecond. createKey at the time of an existing key gives that key the new value.
+// nextKey after null is the first key, and previousKey before null the last. setKey returns 0 and changes nothing for
+// the time of another key, a shape out of range, or a number that is not finite. setEvent adds a callback; the same
+// pair of function and data is added once.
 const HostEnvelopeFuncs *envelopeFuncs();
 
 // Saves and loads an envelope as a block "ENVL" / `{ Envelope`. `component` (0 to 2) is the index of the channel in its

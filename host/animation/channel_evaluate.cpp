@@ -17,12 +17,12 @@ struct Neighbours {
 // Kochanek and Bartels, "Interpolating Splines with Local Tension, Continuity, and Bias Control", 1984, with their
 // adjustment for spans of different length: a tangent is scaled by its span's fraction of both.
 double tcbTangent(const HostKey &key, Neighbours around, bool outgoing) {
-    if (around.previous == nullptr && around.next == nullptr) return 0;
+    if (!around.previous && !around.next) return 0;
     const double continuity = outgoing ? key.continuity : -key.continuity;
     const double fromBefore = (1 - key.tension) * (1 + continuity) * (1 + key.bias);
     const double fromAfter = (1 - key.tension) * (1 - continuity) * (1 - key.bias);
-    if (around.previous == nullptr) return (1 - key.tension) * (around.next->value - key.value);
-    if (around.next == nullptr) return (1 - key.tension) * (key.value - around.previous->value);
+    if (!around.previous) return (1 - key.tension) * (around.next->value - key.value);
+    if (!around.next) return (1 - key.tension) * (key.value - around.previous->value);
     const double both = around.next->time - around.previous->time;
     const double span = outgoing ? around.next->time - key.time : key.time - around.previous->time;
     const double sum = fromBefore * (key.value - around.previous->value) + fromAfter * (around.next->value - key.value);
@@ -31,7 +31,7 @@ double tcbTangent(const HostKey &key, Neighbours around, bool outgoing) {
 
 double spanDifference(const HostKey &key, Neighbours around, bool outgoing) {
     const HostKey *other = outgoing ? around.next : around.previous;
-    if (other == nullptr) return 0;
+    if (!other) return 0;
     return outgoing ? other->value - key.value : key.value - other->value;
 }
 
@@ -54,7 +54,7 @@ double tangent(const HostKey &key, Neighbours around, bool outgoing) {
     case kShapeLinear: return spanDifference(key, around, outgoing);
     case kShapeBezier2: {
         const HostKey *other = outgoing ? around.next : around.previous;
-        if (other == nullptr) return 0;
+        if (!other) return 0;
         const double span = std::fabs(other->time - key.time);
         const Handle handle = bezierHandle(key, span, outgoing);
         return handle.time == 0 ? 0 : handle.value / handle.time * span;

@@ -102,13 +102,12 @@ HostError loadBinaryKey(const HostLoadState &state, HostEnvelope &envelope, Host
 
 HostError loadSpan(const HostLoadState &state, HostKey *key) {
     const unsigned int id = state.readId(state.data, kShapes.data());
-    if (key == nullptr || id == 0) return kDamaged;
-    for (std::size_t shape = 0; shape + 1 < kShapes.size(); ++shape) {
+    if (!key || id == 0) return kDamaged;
+    for (std::size_t shape = 0; shape + 1 < kShapes.size(); ++shape)
         if (kShapes[shape].id == id) key->shape = static_cast<int>(shape);
-    }
     for (double *number : shapeNumbers(*key)) {
         float read = 0; // other programs write fewer or more of them
-        if (number == nullptr || state.readFP(state.data, &read, 1) != 1) break;
+        if (!number || state.readFP(state.data, &read, 1) != 1) break;
         if (!std::isfinite(read)) return kDamaged;
         *number = read;
     }
@@ -130,7 +129,7 @@ HostError loadBinary(const HostLoadState &state, HostEnvelope &envelope) {
         default: error = loadSpan(state, key); break;
         }
         state.endBlock(state.data);
-        if (error != nullptr) return error;
+        if (error) return error;
     }
     return nullptr;
 }
@@ -167,9 +166,8 @@ HostError loadTextKey(const HostLoadState &state, HostEnvelope &envelope) {
     if (!std::isfinite(place[0]) || !std::isfinite(place[1])) return kDamaged;
     std::array<double, 6> numbers{};
     state.readDP(state.data, numbers.data(), 6); // missing numbers stay 0
-    for (const double number : numbers) {
+    for (const double number : numbers)
         if (!std::isfinite(number)) return kDamaged;
-    }
     HostKey &key = envelope.putKey(place[1], place[0]);
     key.shape = shape;
     if (shape == kShapeBezier2) {
@@ -197,14 +195,13 @@ HostError loadText(const HostLoadState &state, HostEnvelope &envelope) {
         } else {
             std::array<int, 2> codes{};
             if (state.readI4(state.data, codes.data(), 2) != 2) error = kDamaged;
-            for (const int code : codes) {
+            for (const int code : codes)
                 if (code < kBehaveReset || code > kBehaveLinear) error = kDamaged;
-            }
             envelope.before = codes[0];
             envelope.after = codes[1];
         }
         state.endBlock(state.data);
-        if (error != nullptr) return error;
+        if (error) return error;
     }
     return found == count ? nullptr : kDamaged;
 }
@@ -227,7 +224,7 @@ HostError loadEnvelope(HostEnvelope &envelope, const HostLoadState *state) {
     HostEnvelope loaded;
     const HostError error = state->mode == kStateText ? loadText(*state, loaded) : loadBinary(*state, loaded);
     state->endBlock(state->data);
-    if (error == nullptr) envelope.assign(loaded);
+    if (!error) envelope.assign(loaded);
     return error;
 }
 

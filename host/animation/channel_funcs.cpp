@@ -16,44 +16,44 @@ bool isShape(int shape) { return shape >= kShapeTcb && shape <= kShapeBezier2; }
 bool isBehaviour(int behaviour) { return behaviour >= kBehaveReset && behaviour <= kBehaveLinear; }
 
 HostEnvelope *create(HostChannelGroup *group, const char *name, int type) {
-    return group != nullptr ? &group->addEnvelope(name != nullptr ? name : "", type) : nullptr;
+    return group ? &group->addEnvelope(name ? name : "", type) : nullptr;
 }
 
 void destroy(HostEnvelope *envelope) {
-    if (envelope != nullptr) envelope->group->removeEnvelope(*envelope);
+    if (envelope) envelope->group->removeEnvelope(*envelope);
 }
 
 HostChannelGroup *createGroup(HostChannelGroup *parent, const char *name) {
-    return parent != nullptr ? &parent->addGroup(name != nullptr ? name : "") : nullptr;
+    return parent ? &parent->addGroup(name ? name : "") : nullptr;
 }
 
 void destroyGroup(HostChannelGroup *group) {
-    if (group != nullptr && group->parent != nullptr) group->parent->removeGroup(*group);
+    if (group && group->parent) group->parent->removeGroup(*group);
 }
 
 HostError copy(HostEnvelope *to, HostEnvelope *from) {
-    if (to == nullptr || from == nullptr) return "there is no envelope to copy";
+    if (!to || !from) return "there is no envelope to copy";
     to->assign(*from);
     return nullptr;
 }
 
 HostError load(HostEnvelope *envelope, const HostLoadState *state) {
-    if (envelope == nullptr || state == nullptr) return "there is no envelope to load";
+    if (!envelope || !state) return "there is no envelope to load";
     return loadEnvelope(*envelope, state);
 }
 
 HostError save(HostEnvelope *envelope, const HostSaveState *state) {
-    if (envelope == nullptr || state == nullptr) return "there is no envelope to save";
+    if (!envelope || !state) return "there is no envelope to save";
     return saveEnvelope(*envelope, state, 0);
 }
 
-double evaluate(HostEnvelope *envelope, double time) { return envelope != nullptr ? envelope->evaluate(time) : 0; }
+double evaluate(HostEnvelope *envelope, double time) { return envelope ? envelope->evaluate(time) : 0; }
 
 int edit(HostEnvelope *envelope) {
     return envelope && showDialog([&](Dialogs &dialogs) { return dialogs.editEnvelope(*envelope); }) ? 1 : 0;
 }
 
-int age(HostEnvelope *envelope) { return envelope != nullptr ? envelope->age : 0; }
+int age(HostEnvelope *envelope) { return envelope ? envelope->age : 0; }
 
 // The index of the key; the number of keys if it is not one of this envelope.
 std::size_t indexOf(const HostEnvelope &envelope, const HostKey *key) {
@@ -63,11 +63,11 @@ std::size_t indexOf(const HostEnvelope &envelope, const HostKey *key) {
 }
 
 bool owns(const HostEnvelope *envelope, const HostKey *key) {
-    return envelope != nullptr && key != nullptr && indexOf(*envelope, key) < envelope->keys.size();
+    return envelope && key && indexOf(*envelope, key) < envelope->keys.size();
 }
 
 HostKey *createKey(HostEnvelope *envelope, double time, double value) {
-    if (envelope == nullptr || !std::isfinite(time) || !std::isfinite(value)) return nullptr;
+    if (!envelope || !std::isfinite(time) || !std::isfinite(value)) return nullptr;
     return &envelope->putKey(time, value);
 }
 
@@ -76,26 +76,26 @@ void destroyKey(HostEnvelope *envelope, HostKey *key) {
 }
 
 HostKey *findKey(HostEnvelope *envelope, double time) {
-    if (envelope == nullptr) return nullptr;
+    if (!envelope) return nullptr;
     HostKey *best = nullptr;
     for (const auto &key : envelope->keys) {
         const double distance = std::fabs(key->time - time);
-        if (distance <= kSameTime && (best == nullptr || distance < std::fabs(best->time - time))) best = key.get();
+        if (distance <= kSameTime && (!best || distance < std::fabs(best->time - time))) best = key.get();
     }
     return best;
 }
 
 HostKey *nextKey(HostEnvelope *envelope, HostKey *key) {
-    if (envelope == nullptr) return nullptr;
-    const std::size_t index = key == nullptr ? 0 : indexOf(*envelope, key) + 1;
+    if (!envelope) return nullptr;
+    const std::size_t index = !key ? 0 : indexOf(*envelope, key) + 1;
     return index < envelope->keys.size() ? envelope->keys[index].get() : nullptr;
 }
 
 HostKey *previousKey(HostEnvelope *envelope, HostKey *key) {
-    if (envelope == nullptr) return nullptr;
+    if (!envelope) return nullptr;
     const std::size_t count = envelope->keys.size();
-    const std::size_t index = key == nullptr ? count : indexOf(*envelope, key);
-    if (index == 0 || (key != nullptr && index == count)) return nullptr;
+    const std::size_t index = !key ? count : indexOf(*envelope, key);
+    if (index == 0 || (key && index == count)) return nullptr;
     return envelope->keys[index - 1].get();
 }
 
@@ -132,34 +132,34 @@ bool setKeyMember(HostEnvelope &envelope, HostKey &key, int tag, const void *val
         return true;
     }
     double *number = numberOf(key, tag);
-    if (number == nullptr && tag != kKeyTime) return false;
+    if (!number && tag != kKeyTime) return false;
     const double wanted = *static_cast<const double *>(value);
     if (!std::isfinite(wanted)) return false;
-    if (number == nullptr) return moveKey(envelope, key, wanted);
+    if (!number) return moveKey(envelope, key, wanted);
     *number = wanted;
     return true;
 }
 
 int setKey(HostEnvelope *envelope, HostKey *key, int tag, const void *value) {
-    if (!owns(envelope, key) || value == nullptr || !setKeyMember(*envelope, *key, tag, value)) return 0;
+    if (!owns(envelope, key) || !value || !setKeyMember(*envelope, *key, tag, value)) return 0;
     envelope->changed(kEnvelopeKeyChanged, key);
     return 1;
 }
 
 int getKey(HostEnvelope *envelope, HostKey *key, int tag, void *value) {
-    if (!owns(envelope, key) || value == nullptr) return 0;
+    if (!owns(envelope, key) || !value) return 0;
     if (tag == kKeyShape) {
         *static_cast<int *>(value) = key->shape;
         return 1;
     }
     const double *number = tag == kKeyTime ? &key->time : numberOf(*key, tag);
-    if (number == nullptr) return 0;
+    if (!number) return 0;
     *static_cast<double *>(value) = *number;
     return 1;
 }
 
 int setEvent(HostEnvelope *envelope, HostEnvelopeEvent *event, void *userData) {
-    if (envelope == nullptr || event == nullptr) return 0;
+    if (!envelope || !event) return 0;
     const bool known = std::any_of(envelope->listeners.begin(), envelope->listeners.end(), [=](const auto &listener) {
         return listener.call == event && listener.userData == userData;
     });
@@ -168,14 +168,14 @@ int setEvent(HostEnvelope *envelope, HostEnvelopeEvent *event, void *userData) {
 }
 
 int *behaviourOf(HostEnvelope *envelope, int tag) {
-    if (envelope == nullptr) return nullptr;
+    if (!envelope) return nullptr;
     if (tag == kEnvelopePreBehaviour) return &envelope->before;
     return tag == kEnvelopePostBehaviour ? &envelope->after : nullptr;
 }
 
 int set(HostEnvelope *envelope, int tag, const void *value) {
     int *behaviour = behaviourOf(envelope, tag);
-    if (behaviour == nullptr || value == nullptr || !isBehaviour(*static_cast<const int *>(value))) return 0;
+    if (!behaviour || !value || !isBehaviour(*static_cast<const int *>(value))) return 0;
     *behaviour = *static_cast<const int *>(value);
     envelope->changed(kEnvelopeBehaviourChanged, nullptr);
     return 1;
@@ -183,7 +183,7 @@ int set(HostEnvelope *envelope, int tag, const void *value) {
 
 int get(HostEnvelope *envelope, int tag, void *value) {
     const int *behaviour = behaviourOf(envelope, tag);
-    if (behaviour == nullptr || value == nullptr) return 0;
+    if (!behaviour || !value) return 0;
     *static_cast<int *>(value) = *behaviour;
     return 1;
 }

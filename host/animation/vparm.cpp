@@ -47,7 +47,7 @@ void HostVParm::setUp(const std::string &channelName, HostChannelGroup *group, H
     leaveGroup();
     channelName_ = channelName;
     group_ = group;
-    if (group_ != nullptr) group_->users.push_back(this);
+    if (group_) group_->users.push_back(this);
     event_ = nullptr; // moving envelopes does not change the parameter
     assign(before);
     event_ = event;
@@ -58,7 +58,7 @@ double HostVParm::value(double time, double result[3]) const {
     for (int i = 0; i < components(); ++i) {
         const auto component = static_cast<std::size_t>(i);
         const HostEnvelope *envelope = envelopes_[component];
-        const bool animated = envelope != nullptr && !envelope->keys.empty();
+        const bool animated = envelope && !envelope->keys.empty();
         result[i] = animated ? envelope->evaluate(time) : constant_[component];
     }
     return result[0];
@@ -72,7 +72,7 @@ bool HostVParm::setConstant(const double *values) {
 }
 
 HostChannelGroup &HostVParm::home() {
-    if (group_ != nullptr) return *group_;
+    if (group_) return *group_;
     if (!ownGroup_) ownGroup_ = velm::host::makeRootGroup(channelName_);
     return *ownGroup_;
 }
@@ -100,7 +100,7 @@ void HostVParm::addEnvelopes() {
 void HostVParm::dropEnvelopes() {
     for (HostEnvelope *&each : envelopes_) {
         HostEnvelope *envelope = std::exchange(each, nullptr);
-        if (envelope == nullptr) continue;
+        if (!envelope) continue;
         envelope->user = nullptr;
         std::erase_if(envelope->listeners, [this](const auto &listener) { return listener.userData == this; });
         envelope->group->removeEnvelope(*envelope);
@@ -108,7 +108,7 @@ void HostVParm::dropEnvelopes() {
 }
 
 void HostVParm::leaveGroup() {
-    if (group_ != nullptr) std::erase(group_->users, this);
+    if (group_) std::erase(group_->users, this);
     group_ = nullptr;
 }
 
@@ -146,15 +146,14 @@ void HostVParm::assign(const HostVParm &other) {
 }
 
 void HostVParm::changed(int event) {
-    if (event_ != nullptr) event_(userData_, this, event);
+    if (event_) event_(userData_, this, event);
 }
 
 // When one envelope is destroyed from outside, the others are destroyed, too: a parameter has envelopes for all
 // components or for none.
 void HostVParm::envelopeGone(HostEnvelope &envelope) {
-    for (HostEnvelope *&each : envelopes_) {
+    for (HostEnvelope *&each : envelopes_)
         if (each == &envelope) each = nullptr;
-    }
     dropEnvelopes();
     changed(velm::host::kParmEventEnvelope);
 }

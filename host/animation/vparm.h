@@ -82,8 +82,8 @@ namespace velm::host {
 // The "LWVParmFuncs 2" table. With a null handle, operations return null or 0 and have no effect; copy, load and save
 // return a message. create returns null for an unknown type code. Bit 0 of setState creates or removes envelopes; bit 1
 // has no effect, since this host has no textures, and the texture operation returns null. The edit operations ask
-// Dialogs (host/load/dialogs.h), and return 1 if an editor was opened, else 0. `envelopes` fills in three handles, null where there is no envelope, and returns their
-// number.
+// Dialogs (host/load/dialogs.h), and return 1 if an editor was opened, else 0. `envelopes` fills in three handles, null
+// where there is no envelope, and returns their number.
 const HostVParmFuncs *vparmFuncs();
 
 } // namespace velm::host

@@ -25,9 +25,8 @@ HostError loadValue(const HostLoadState &state, HostVParm &parm) {
     if (state.readI2(state.data, &animated, 1) != 1) return kDamaged;
     if (animated == 0) return nullptr;
     parm.createEnvelopes();
-    for (int i = 0; i < components; ++i) {
+    for (int i = 0; i < components; ++i)
         if (const HostError error = velm::host::loadEnvelope(*parm.envelope(i), &state)) return error;
-    }
     return nullptr;
 }
 
@@ -47,7 +46,7 @@ HostError HostVParm::save(const HostSaveState *state) const {
     state->writeFP(state->data, numbers, components());
     state->writeI2(state->data, &animated, 1);
     HostError error = nullptr;
-    for (int i = 0; i < components() && hasEnvelopes() && error == nullptr; ++i)
+    for (int i = 0; i < components() && hasEnvelopes() && !error; ++i)
         error = velm::host::saveEnvelope(*envelope(i), state, i);
     state->endBlock(state->data);
     state->endBlock(state->data);
@@ -63,6 +62,6 @@ HostError HostVParm::load(const HostLoadState *state) {
         state->endBlock(state->data);
     }
     state->endBlock(state->data);
-    if (error == nullptr) assign(loaded);
+    if (!error) assign(loaded);
     return error;
 }

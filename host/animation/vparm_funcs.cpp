@@ -15,38 +15,34 @@ void destroy(HostVParm *parm) { delete parm; }
 
 void setUp(HostVParm *parm, const char *channelName, HostChannelGroup *group, void *, HostParmEvent *event,
            const char *, void *userData) {
-    if (parm != nullptr) parm->setUp(channelName != nullptr ? channelName : "", group, event, userData);
+    if (parm) parm->setUp(channelName ? channelName : "", group, event, userData);
 }
 
 HostError copy(HostVParm *to, HostVParm *from) {
-    if (to == nullptr || from == nullptr) return kNone;
+    if (!to || !from) return kNone;
     if (to->components() != from->components()) return "the parameters have different numbers of components";
     to->assign(*from);
     return nullptr;
 }
 
-HostError load(HostVParm *parm, const HostLoadState *state) {
-    return parm != nullptr && state != nullptr ? parm->load(state) : kNone;
-}
+HostError load(HostVParm *parm, const HostLoadState *state) { return parm && state ? parm->load(state) : kNone; }
 
-HostError save(HostVParm *parm, const HostSaveState *state) {
-    return parm != nullptr && state != nullptr ? parm->save(state) : kNone;
-}
+HostError save(HostVParm *parm, const HostSaveState *state) { return parm && state ? parm->save(state) : kNone; }
 
 double getValue(HostVParm *parm, double time, ShadingSample *, double value[3]) {
     double room[3] = {};
-    return parm != nullptr ? parm->value(time, value != nullptr ? value : room) : 0;
+    return parm ? parm->value(time, value ? value : room) : 0;
 }
 
 int setValue(HostVParm *parm, const double *value) {
-    if (parm == nullptr || value == nullptr) return 0;
+    if (!parm || !value) return 0;
     return parm->setConstant(value) ? parm->components() : 0;
 }
 
-int state(HostVParm *parm) { return parm != nullptr && parm->hasEnvelopes() ? kParmHasEnvelope : 0; }
+int state(HostVParm *parm) { return parm && parm->hasEnvelopes() ? kParmHasEnvelope : 0; }
 
 void setState(HostVParm *parm, int wanted) {
-    if (parm == nullptr) return;
+    if (!parm) return;
     if ((wanted & kParmHasEnvelope) != 0)
         parm->createEnvelopes();
     else
@@ -62,14 +58,14 @@ int editTexture(HostVParm *parm) {
 }
 
 // Parameters need no preparation in this host. Textures would, but are not offered.
-HostError init(HostVParm *parm) { return parm != nullptr ? nullptr : kNone; }
+HostError init(HostVParm *parm) { return parm ? nullptr : kNone; }
 
 int envelopes(HostVParm *parm, HostEnvelope *handles[3]) {
     int count = 0;
     for (int i = 0; i < 3; ++i) {
-        HostEnvelope *envelope = parm != nullptr ? parm->envelope(i) : nullptr;
-        if (handles != nullptr) handles[i] = envelope;
-        if (envelope != nullptr) ++count;
+        HostEnvelope *envelope = parm ? parm->envelope(i) : nullptr;
+        if (handles) handles[i] = envelope;
+        if (envelope) ++count;
     }
     return count;
 }

@@ -6,9 +6,8 @@
 
 namespace velm::host {
 
-// Loads a module and adds its servers to the host's list. The destructor removes them and unloads the module: no node of
-// it may exist then.
-// [interface thread; not while rendering]
+// Loads a module and adds its servers to the host's list. The destructor removes them and unloads the module: no node
+// of it may exist then. [interface thread; not while rendering]
 class ListedModule {
   public:
     // Throws InputError, naming the file, when it is no module or its servers cannot be listed.

@@ -105,10 +105,10 @@ class CallScope {
     int outerServer_ = 0;
 };
 
-// Notes that the calling thread's call into the module is waiting for a person, for as long as the scope lasts: the host
-// shows a dialog on the module's behalf. Meanwhile the thread counts as outside of the module. The time does not count
-// towards the call limit (see guarded.h), and a crash is not blamed on the module. Calls that the dialog makes into
-// modules are noted as usual. Scopes nest. [interface thread]
+// Notes that the calling thread's call into the module is waiting for a person, for as long as the scope lasts: the
+// host shows a dialog on the module's behalf. Meanwhile the thread counts as outside of the module. The time does not
+// count towards the call limit (see guarded.h), and a crash is not blamed on the module. Calls that the dialog makes
+// into modules are noted as usual. Scopes nest. [interface thread]
 class DialogScope {
   public:
     DialogScope();

@@ -29,9 +29,8 @@ struct ChannelChoice {
 ChannelChoice chooseChannels(const OIIO::ImageSpec &spec) {
     ChannelChoice choice;
     std::vector<int> others;
-    for (int channel = 0; channel < spec.nchannels; ++channel) {
+    for (int channel = 0; channel < spec.nchannels; ++channel)
         if (channel != spec.alpha_channel && channel != spec.z_channel) others.push_back(channel);
-    }
     const std::array<int, 3> named = {spec.channelindex("R"), spec.channelindex("G"), spec.channelindex("B")};
     if (std::all_of(named.begin(), named.end(), [](int channel) { return channel >= 0; })) {
         choice.source.assign(named.begin(), named.end());
@@ -50,9 +49,8 @@ ChannelChoice chooseChannels(const OIIO::ImageSpec &spec) {
 class LinearTable {
   public:
     LinearTable() : values_(65536) {
-        for (std::size_t i = 0; i < values_.size(); ++i) {
+        for (std::size_t i = 0; i < values_.size(); ++i)
             values_[i] = static_cast<float>(srgbToLinear(static_cast<double>(i) / 65535.0));
-        }
     }
     float operator()(float encoded) const {
         return values_[static_cast<std::size_t>(std::lround(std::clamp(encoded, 0.0f, 1.0f) * 65535.0f))];
@@ -136,9 +134,8 @@ ImageLevel halve(const ImageLevel &level, int channels) {
 
 void buildLevels(HostImage &image, std::vector<float> pixels) {
     image.levels.push_back({.width = image.width, .height = image.height, .pixels = std::move(pixels)});
-    while (image.levels.back().width > 1 || image.levels.back().height > 1) {
+    while (image.levels.back().width > 1 || image.levels.back().height > 1)
         image.levels.push_back(halve(image.levels.back(), image.channels));
-    }
 }
 
 [[noreturn]] void failToRead(const std::string &file, const std::string &why) {

@@ -75,7 +75,7 @@ class ImageList {
     HostImage &load(const std::string &file, const std::string &name = {});
 
     HostImage *first() const { return first_; }
-    static HostImage *next(const HostImage *image) { return image != nullptr ? image->next : nullptr; }
+    static HostImage *next(const HostImage *image) { return image ? image->next : nullptr; }
 
     // Notes that the image of this name could not be read: it is not in the list, and those who ask for it do without.
     void noteAbsent(const std::string &name) { absent_.push_back(name); }

@@ -18,14 +18,13 @@ ImageList &ImageList::instance() {
 }
 
 HostImage &ImageList::load(const std::string &file, const std::string &name) {
-    for (const auto &image : images_) {
+    for (const auto &image : images_)
         if (image->file == file && (name.empty() || image->name == name)) return *image;
-    }
     std::string newName = name;
     if (name.empty()) {
         const std::string stem = std::filesystem::path(file).filename().string();
         newName = stem;
-        for (int number = 2; find(newName) != nullptr; ++number) newName = stem + " (" + std::to_string(number) + ")";
+        for (int number = 2; find(newName); ++number) newName = stem + " (" + std::to_string(number) + ")";
     } else if (const HostImage *other = find(name)) {
         throw InputError({.file = file}, "the name \"" + name + "\" already stands for the image " + other->file);
     }
@@ -79,7 +78,7 @@ HostImage *loadNamed(const char *fileName, const std::string &name) {
     ImageList &list = ImageList::instance();
     try {
         list.setLastError({});
-        return fileName == nullptr ? nullptr : &list.load(fileName, name);
+        return !fileName ? nullptr : &list.load(fileName, name);
     } catch (const std::exception &error) {
         list.setLastError(error.what());
         return nullptr;
@@ -88,15 +87,15 @@ HostImage *loadNamed(const char *fileName, const std::string &name) {
 
 HostImage *loadImage(const char *fileName) { return loadNamed(fileName, {}); }
 
-const char *imageName(HostImage *image) { return image == nullptr ? "" : image->name.c_str(); }
-const char *imageFileName(HostImage *image, int) { return image == nullptr ? "" : image->file.c_str(); }
-int imageIsColour(HostImage *image) { return image != nullptr && image->isColour; }
+const char *imageName(HostImage *image) { return !image ? "" : image->name.c_str(); }
+const char *imageFileName(HostImage *image, int) { return !image ? "" : image->file.c_str(); }
+int imageIsColour(HostImage *image) { return image && image->isColour; }
 // Every image has a pyramid from the start, so that nothing has to be prepared.
 void imageNeedsAntialiasing(HostImage *) {}
 
 void imageSize(HostImage *image, int *width, int *height) {
-    *width = image == nullptr ? 0 : image->width;
-    *height = image == nullptr ? 0 : image->height;
+    *width = !image ? 0 : image->width;
+    *height = !image ? 0 : image->height;
 }
 
 float luma(HostImage *image, int x, int y) {
@@ -116,7 +115,7 @@ int nearestRow(const HostImage *image, double v) {
 }
 
 void rgbSpot(HostImage *image, double u, double v, double spotSize, int blend, double colour[3]) {
-    if (image == nullptr || blend != 0) {
+    if (!image || blend != 0) {
         sampleSpot(image, u, v, spotSize, colour);
         return;
     }
@@ -144,13 +143,13 @@ HostImage *loadReference(const HostLoadState *state) {
     if (name.empty() && file.empty()) return nullptr;
     ImageList &list = ImageList::instance();
     HostImage *named = list.find(name), *sameFile = list.first();
-    if (named != nullptr && named->file == file) return named;
-    while (sameFile != nullptr && sameFile->file != file) sameFile = ImageList::next(sameFile);
-    if (sameFile != nullptr) return sameFile;
+    if (named && named->file == file) return named;
+    while (sameFile && sameFile->file != file) sameFile = ImageList::next(sameFile);
+    if (sameFile) return sameFile;
     // The image gets its saved name if no other image has it. A failure is remembered as the last error.
     const std::string failed = list.lastError();
-    HostImage *read = loadNamed(file.c_str(), named == nullptr ? name : std::string());
-    if (read != nullptr) list.setLastError(failed);
+    HostImage *read = loadNamed(file.c_str(), !named ? name : std::string());
+    if (read) list.setLastError(failed);
     return read;
 }
 
@@ -159,12 +158,12 @@ void saveReference(const HostSaveState *state, HostImage *image) {
     state->writeString(state->data, imageFileName(image, 0));
 }
 
-int imageHasAlpha(HostImage *image) { return image != nullptr && image->hasAlpha; }
+int imageHasAlpha(HostImage *image) { return image && image->hasAlpha; }
 
 float alpha(HostImage *image, int x, int y) { return pixelAlpha(image, x, y); }
 
 double alphaSpot(HostImage *image, double u, double v, double spotSize, int blend) {
-    if (image == nullptr || blend != 0) return sampleSpotAlpha(image, u, v, spotSize);
+    if (!image || blend != 0) return sampleSpotAlpha(image, u, v, spotSize);
     return pixelAlpha(image, nearestColumn(image, u), nearestRow(image, v));
 }
 

@@ -80,7 +80,7 @@ int alphaChannel(const HostImage &image) { return image.channels - 1; }
 } // namespace
 
 void pixel(const HostImage *image, int x, int y, float colour[3]) {
-    if (image == nullptr) {
+    if (!image) {
         std::fill_n(colour, 3, 0.0f);
         return;
     }
@@ -90,23 +90,23 @@ void pixel(const HostImage *image, int x, int y, float colour[3]) {
 }
 
 float pixelAlpha(const HostImage *image, int x, int y) {
-    if (image == nullptr || !image->hasAlpha) return 1;
+    if (!image || !image->hasAlpha) return 1;
     return pixelOf(*image, image->levels.front(), std::clamp(x, 0, image->width - 1),
                    std::clamp(y, 0, image->height - 1))[alphaChannel(*image)];
 }
 
 void sampleBilinear(const HostImage *image, double u, double v, double colour[3]) {
     std::fill_n(colour, 3, 0.0);
-    if (image != nullptr) readColour(*image, neighbours(*image, image->levels.front(), u, v), colour);
+    if (image) readColour(*image, neighbours(*image, image->levels.front(), u, v), colour);
 }
 
 double sampleBilinearAlpha(const HostImage *image, double u, double v) {
-    if (image == nullptr || !image->hasAlpha) return 1;
+    if (!image || !image->hasAlpha) return 1;
     return neighbours(*image, image->levels.front(), u, v).mean(alphaChannel(*image));
 }
 
 void sampleSpot(const HostImage *image, double u, double v, double spotSize, double colour[3]) {
-    if (image == nullptr) {
+    if (!image) {
         std::fill_n(colour, 3, 0.0);
         return;
     }
@@ -119,7 +119,7 @@ void sampleSpot(const HostImage *image, double u, double v, double spotSize, dou
 }
 
 double sampleSpotAlpha(const HostImage *image, double u, double v, double spotSize) {
-    if (image == nullptr || !image->hasAlpha) return 1;
+    if (!image || !image->hasAlpha) return 1;
     const LevelPair levels = levelsFor(*image, spotSize);
     const int channel = alphaChannel(*image);
     const double fine = neighbours(*image, image->levels[levels.finer], u, v).mean(channel);

@@ -55,14 +55,13 @@ OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, co
     spec.attribute("jpeg:subsampling", "4:4:4");
     spec.attribute("tiff:write_exif", 0); // cannot be written to memory, and would be empty
     spec.attribute("DateTime", ""); // otherwise the library adds the time, and equal pictures would not be equal files
-    if (format.compression != nullptr) spec.attribute("Compression", format.compression);
+    if (format.compression) spec.attribute("Compression", format.compression);
     const std::array<std::pair<const char *, const std::string *>, 4> header = {{{"scene", &metadata.scene},
                                                                                  {"module", &metadata.module},
                                                                                  {"version", &metadata.version},
                                                                                  {"command", &metadata.command}}};
-    for (const auto &[name, text] : header) {
+    for (const auto &[name, text] : header)
         if (!text->empty()) spec.attribute(name, *text);
-    }
     return spec;
 }
 
@@ -71,9 +70,8 @@ template <typename Value, typename Convert>
 std::vector<Value> convertRow(const Picture &picture, int y, int channels, Convert convert) {
     std::vector<Value> row;
     row.reserve(static_cast<std::size_t>(picture.width()) * static_cast<std::size_t>(channels));
-    for (int x = 0; x < picture.width(); ++x) {
+    for (int x = 0; x < picture.width(); ++x)
         for (int channel = 0; channel < channels; ++channel) row.push_back(convert(picture.pixel(x, y)[channel]));
-    }
     return row;
 }
 

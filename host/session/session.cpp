@@ -104,8 +104,8 @@ void Session::disconnect(const NodePath &to, const std::string &input) {
     if (!found) {
         std::vector<std::string> known;
         for (const auto &one : fed.inputs) known.push_back(one->name);
-        throw InputError(
-            fmt::format("the node {} has no input {}{}", velm::host::quoted(to.text()), velm::host::quoted(input), suggestion(input, known)));
+        throw InputError(fmt::format("the node {} has no input {}{}", velm::host::quoted(to.text()),
+                                     velm::host::quoted(input), suggestion(input, known)));
     }
     network(to.network).disconnect(*found);
     changed_.insert(to.network.surface);
@@ -115,7 +115,8 @@ void Session::disconnect(const NodePath &to, const std::string &input) {
 // -----------------------------------------------------------------------------------------------------------
 
 SceneWork Session::apply(SceneDescription changed) {
-    const SceneWork update = renderScene_.update(changed, [this](const std::string &name) { return surfaces_.surface(name); });
+    const SceneWork update =
+        renderScene_.update(changed, [this](const std::string &name) { return surfaces_.surface(name); });
     scene_ = std::move(changed);
     return update;
 }

@@ -33,9 +33,8 @@ bool isUsual(unsigned int id) {
 }
 
 bool knows(const HostBlockId *table, unsigned int id) {
-    for (const HostBlockId *entry = table; entry->id != 0; ++entry) {
+    for (const HostBlockId *entry = table; entry->id != 0; ++entry)
         if (entry->id == id) return true;
-    }
     return false;
 }
 

@@ -44,18 +44,17 @@ bool LoadForm::get(Value &value) {
 
 template <typename Value>
 int LoadForm::readValues(void *data, Value *values, int count) {
-    if (count < 1 || values == nullptr) return 0;
+    if (count < 1 || !values) return 0;
     return guarded(data, 0, [=](LoadForm &form) {
         int read = 0;
-        if (form.startRead()) {
+        if (form.startRead())
             while (read < count && form.get(values[read])) ++read;
-        }
         return read;
     });
 }
 
 int LoadForm::readString(void *data, char *buffer, int size) {
-    if (buffer == nullptr || size < 1) return 0;
+    if (!buffer || size < 1) return 0;
     buffer[0] = '\0';
     return guarded(data, 0, [=](LoadForm &form) {
         std::string text;
@@ -85,12 +84,12 @@ LoadForm::LoadForm(int mode, std::string_view bytes, std::string name, std::size
           .readString = readString,
           .readId =
               [](void *data, const HostBlockId *table) {
-                  if (table == nullptr) return 0U;
+                  if (!table) return 0U;
                   return guarded(data, 0U, [=](LoadForm &form) { return form.startRead() ? form.getId(table) : 0U; });
               },
           .findBlock =
               [](void *data, const HostBlockId *table) {
-                  if (table == nullptr) return 0U;
+                  if (!table) return 0U;
                   return guarded(data, 0U, [=](LoadForm &form) { return form.enter(table); });
               },
           .endBlock =

@@ -165,7 +165,7 @@ std::optional<std::string> TextLoadForm::quoted() {
         const char escape = bytes_[at_ + 1];
         constexpr const char *kEscapes = "\"\\nrt";
         constexpr const char *kMeanings = "\"\\\n\r\t";
-        if (const char *found = std::strchr(kEscapes, escape); found != nullptr && escape != '\0') {
+        if (const char *found = std::strchr(kEscapes, escape); found && escape != '\0') {
             text += kMeanings[found - kEscapes];
             ++at_;
         } else if (escape == 'x' && at_ + 3 < bytes_.size() && hexDigit(bytes_[at_ + 2]) && hexDigit(bytes_[at_ + 3])) {
@@ -198,7 +198,7 @@ const HostBlockId *TextLoadForm::match(const HostBlockId *table) const {
     const HostBlockId *best = nullptr;
     std::size_t bestLength = 0;
     for (const HostBlockId *entry = table; entry->id != 0; ++entry) {
-        if (entry->token == nullptr) continue;
+        if (!entry->token) continue;
         const std::size_t length = std::strlen(entry->token);
         if (length <= bestLength || bytes_.compare(at_, length, entry->token) != 0) continue;
         const std::size_t after = at_ + length;
@@ -211,7 +211,7 @@ const HostBlockId *TextLoadForm::match(const HostBlockId *table) const {
 
 unsigned int TextLoadForm::getId(const HostBlockId *table) {
     const HostBlockId *found = match(table);
-    if (found == nullptr) return 0;
+    if (!found) return 0;
     at_ += std::strlen(found->token);
     lineStarted_ = true;
     return found->id;

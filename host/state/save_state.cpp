@@ -38,7 +38,7 @@ void SaveForm::put(Value value) {
 
 template <typename Value>
 void SaveForm::writeValues(void *data, const Value *values, int count) {
-    if (count < 1 || values == nullptr) return;
+    if (count < 1 || !values) return;
     guarded(data, [=](SaveForm &form) {
         form.startWrite();
         for (int i = 0; i < count; ++i) form.put(values[i]);
@@ -49,8 +49,8 @@ void SaveForm::writeValues(void *data, const Value *values, int count) {
 void SaveForm::begin(void *data, const HostBlockId *id, int leaf) {
     guarded(data, [=](SaveForm &form) {
         static const HostBlockId nameless = {.id = 0, .token = "?"};
-        if (id == nullptr || id->token == nullptr) form.mistake("a block without an identifier was begun");
-        form.open(id != nullptr && id->token != nullptr ? *id : nameless, leaf != 0);
+        if (!id || !id->token) form.mistake("a block without an identifier was begun");
+        form.open(id && id->token ? *id : nameless, leaf != 0);
     });
 }
 
@@ -80,13 +80,13 @@ SaveForm::SaveForm(int mode)
               [](void *data, const char *text) {
                   guarded(data, [=](SaveForm &form) {
                       form.startWrite();
-                      form.putString(text != nullptr ? text : "");
+                      form.putString(text ? text : "");
                       form.endWrite();
                   });
               },
           .writeId =
               [](void *data, const HostBlockId *id) {
-                  if (id == nullptr || id->token == nullptr) return;
+                  if (!id || !id->token) return;
                   guarded(data, [=](SaveForm &form) {
                       form.startWrite();
                       form.putId(*id);

@@ -192,7 +192,7 @@ TEST(ParameterFile, TruncationAndChangesAnywhereAreHarmless) {
         for (std::size_t at = 0; at + 1 < complete.size(); ++at) {
             HostVParm loaded(kParmColour);
             StateReader cut(mode, complete.substr(0, at), "data");
-            const bool failed = loaded.load(cut.state()) != nullptr || cut.failed();
+            const bool failed = loaded.load(cut.state()) || cut.failed();
             EXPECT_TRUE(failed) << "form " << mode << ", " << at << " bytes";
             std::string changed = complete;
             changed[at] = static_cast<char>(changed[at] ^ 0x55);

@@ -53,7 +53,7 @@ test::Outcome render(const std::string &name, const std::string &file) {
 class Reference : public testing::TestWithParam<std::string> {};
 
 TEST_P(Reference, LooksAsBefore) {
-    if (std::getenv("VELM_RENEW_REFERENCES") != nullptr) {
+    if (std::getenv("VELM_RENEW_REFERENCES")) {
         const test::Outcome outcome = render(GetParam(), referenceOf(GetParam()));
         ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
         GTEST_SKIP() << "renewed " << referenceOf(GetParam());

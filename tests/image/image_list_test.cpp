@@ -24,9 +24,8 @@ class ImageListTest : public testing::Test {
 
     std::vector<std::string> namesInOrder() const {
         std::vector<std::string> names;
-        for (HostImage *image = table->first(); image != nullptr; image = table->next(image)) {
+        for (HostImage *image = table->first(); image; image = table->next(image))
             names.emplace_back(table->name(image));
-        }
         return names;
     }
 

@@ -60,9 +60,8 @@ TEST(Picture, ReadsBackFromItsFile) {
             for (int x = 0; x < 32; ++x) {
                 float colour[3];
                 pixel(image.get(), x, y, colour);
-                for (int i = 0; i < 3; ++i) {
+                for (int i = 0; i < 3; ++i)
                     worst = std::max<double>(worst, std::abs(colour[i] - picture.pixel(x, y)[i]));
-                }
                 EXPECT_EQ(pixelAlpha(image.get(), x, y), each.hasAlpha ? picture.pixel(x, y)[3] : 1);
             }
         }
@@ -134,9 +133,8 @@ TEST(Picture, NoFileHoldsADate) {
         const auto input = OIIO::ImageInput::open(file);
         ASSERT_TRUE(input) << OIIO::geterror();
         for (const auto &attribute : input->spec().extra_attribs) {
-            if (OIIO::Strutil::icontains(attribute.name(), "date")) {
+            if (OIIO::Strutil::icontains(attribute.name(), "date"))
                 EXPECT_EQ(attribute.get_string(), "") << ending << ": " << attribute.name();
-            }
         }
     }
 }
@@ -149,9 +147,8 @@ TEST(Picture, ErrorForAnUnknownEndingNamesTheKnownOnes) {
             ADD_FAILURE() << name;
         } catch (const InputError &error) {
             const std::string message = error.what();
-            for (const char *known : {name, ".png", ".jpg", ".exr", ".tif", ".hdr"}) {
+            for (const char *known : {name, ".png", ".jpg", ".exr", ".tif", ".hdr"})
                 EXPECT_NE(message.find(known), std::string::npos) << message;
-            }
         }
         EXPECT_THROW(checkPictureEnding(directory / name), InputError);
     }

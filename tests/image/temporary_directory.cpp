@@ -9,7 +9,7 @@ namespace velm::host::test {
 
 TemporaryDirectory::TemporaryDirectory() {
     std::string pattern = (std::filesystem::temp_directory_path() / "velm-test-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot create a temporary directory");
+    if (!::mkdtemp(pattern.data())) throw std::runtime_error("cannot create a temporary directory");
     path_ = pattern;
 }
 
@@ -20,9 +20,8 @@ TemporaryDirectory::~TemporaryDirectory() {
 
 std::vector<std::string> TemporaryDirectory::names() const {
     std::vector<std::string> result;
-    for (const auto &entry : std::filesystem::directory_iterator(path_)) {
+    for (const auto &entry : std::filesystem::directory_iterator(path_))
         result.push_back(entry.path().filename().string());
-    }
     std::sort(result.begin(), result.end());
     return result;
 }

@@ -1,5 +1,5 @@
-// The faults of the mutants. A build selects one by defining FAULT as its name, or by a macro of its own where the other
-// builds must not even compile it. Without a fault, every function here does nothing or returns its argument.
+// The faults of the mutants. A build selects one by defining FAULT as its name, or by a macro of its own where the
+// other builds must not even compile it. Without a fault, every function here does nothing or returns its argument.
 #pragma once
 
 #include "module/host.h"
@@ -219,7 +219,7 @@ inline void *nothing(void *argument) { return argument; }
 
 inline int countForAll = 0;
 inline const void *lastInstance = nullptr; // the one evaluated last, on any thread
-inline volatile int filled = 0;            // state of a table that is filled on first use: 1 while it is being filled, then 2
+inline volatile int filled = 0; // state of a table that is filled on first use: 1 while it is being filled, then 2
 inline pthread_t owners[kMaxThreads];
 inline bool owned[kMaxThreads];
 
@@ -234,7 +234,7 @@ inline int isFresh(int right, int thread) {
 inline double withThreads(double right, const void *instance, int thread) {
     if (is(kCountsForAll)) return right + ++countForAll;
     if (is(kKnowsOneInstance)) {
-        const bool isKnown = lastInstance == nullptr || lastInstance == instance;
+        const bool isKnown = !lastInstance || lastInstance == instance;
         lastInstance = instance;
         return isKnown ? right : 0;
     }

@@ -1,5 +1,6 @@
-// A small module that meets all requirements of the host or, built with a fault (faults.h), violates one of them. It has
-// two nodes: "Mutant Sum", with parameters, a panel and state for each render thread, and "Mutant Pass", without any.
+// A small module that meets all requirements of the host or, built with a fault (faults.h), violates one of them. It
+// has two nodes: "Mutant Sum", with parameters, a panel and state for each render thread, and "Mutant Pass", without
+// any.
 #include "module/host.h"
 
 #include "tests/mutants/faults.h"

@@ -143,9 +143,8 @@ TEST(RayCast, TakesDirectionsOfAnyLength) {
     scene.surface("Box");
     scene.object("Box", BoxShape{.size = {2, 2, 2}, .inward = true}, "Box");
     probeAtOrigin(scene, [](ShadingSample &sample, double *) {
-        for (const double size : {1e-300, 1e-160, 1e-20, 0.5, 7.0, 1e20, 1e160, 1e300}) {
+        for (const double size : {1e-300, 1e-160, 1e-20, 0.5, 7.0, 1e20, 1e160, 1e300})
             EXPECT_NEAR(cast(sample, {0, 0, 0}, {0, 0, size}), 1, kRelative) << size;
-        }
     });
 }
 
@@ -196,9 +195,8 @@ TEST(RayCast, NeverHitsTheCastingPolygonButItsNeighbours) {
         ++samples;
         const Vec3 position(sample.position);
         // From in front of the side that was hit, through both of its triangles to the opposite side.
-        for (const double x : {-0.3, -0.2, 0.2, 0.3}) {
+        for (const double x : {-0.3, -0.2, 0.2, 0.3})
             EXPECT_NEAR(cast(sample, position + Vec3{x, 0.25, -1}, {0, 0, 1}), 3, 1e-5);
-        }
         const double origin[3] = {0.3, 0.25, -2}, ahead[3] = {0, 0, 1};
         double colour[3];
         EXPECT_NEAR(sample.rayTraceMode(origin, ahead, colour, 1, static_cast<int>(kTraceMayHitOwnPolygon)), 1, 1e-5);

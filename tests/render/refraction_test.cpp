@@ -110,9 +110,8 @@ TEST(Refraction, IndexOfTheRayReachesTheSample) {
     probeAtOrigin(scene, [](ShadingSample &sample, double *) {
         const double origin[3] = {0, 0, 0}, ahead[3] = {0, 0, 1};
         double colour[3];
-        for (const int kind : {kTraceReflection, kTraceRefraction, kTraceDissolve}) {
+        for (const int kind : {kTraceReflection, kTraceRefraction, kTraceDissolve})
             sample.rayTraceMode(origin, ahead, colour, 1.25 + kind, kind);
-        }
         sample.rayTrace(origin, ahead, colour);
     });
     EXPECT_EQ(seen, (std::vector<double>{2.25, 3.25, 4.25, 1}));

@@ -132,9 +132,8 @@ TEST(RenderScene, SurfacesLearnTheirBounds) {
                                   [&](const std::string &name) { return surface = scene.surfaceOf(name); });
     surface->network().bounds(bounds);
     const double expected[3][2] = {{-6, 11}, {-2, 2}, {-3, 3}};
-    for (int axis = 0; axis < 3; ++axis) {
+    for (int axis = 0; axis < 3; ++axis)
         for (int side = 0; side < 2; ++side) EXPECT_NEAR(bounds[axis][side], expected[axis][side], 1e-5);
-    }
 }
 
 TEST(RenderScene, ObjectsAreHiddenFromTheCamera) {

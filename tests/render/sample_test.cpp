@@ -40,9 +40,8 @@ TEST_F(SampleTest, PlacesAndNormals) {
         EXPECT_NEAR(sample.rayLength, 2, kTolerance);
         EXPECT_NEAR(sample.cosine, 0.5, kTolerance);
         EXPECT_EQ(sample.bumpHeight, 0);
-        for (const double *normal : {sample.geometricNormal, sample.shadingNormal, sample.unbumpedNormal}) {
+        for (const double *normal : {sample.geometricNormal, sample.shadingNormal, sample.unbumpedNormal})
             expectNear(Vec3(normal), {0, 1, 0}, kTolerance);
-        }
         // The position is (-1, 0, -0.5) from the object's, in world space. A heading of 90 takes +Z to +X and +X to -Z;
         // the object is scaled by 4 along its Z and by 2 along its X.
         expectNear(Vec3(sample.objectPosition), {0.25, 0, -0.25}, kTolerance);

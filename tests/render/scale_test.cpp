@@ -49,9 +49,8 @@ TEST(Scale, SamePictureAtAnySize) {
         for (int y = 0; y < unit.height(); ++y) {
             for (int x = 0; x < unit.width(); ++x) {
                 double difference = 0;
-                for (int i = 0; i < 3; ++i) {
+                for (int i = 0; i < 3; ++i)
                     difference = std::max<double>(difference, std::abs(unit.pixel(x, y)[i] - other.pixel(x, y)[i]));
-                }
                 differing += difference > 2e-3;
             }
         }
@@ -65,9 +64,8 @@ TEST(Scale, ExactlyTheSameAtPowersOfTwo) {
     const Picture unit = pictureAt(1), large = pictureAt(1024);
     int differing = 0;
     for (int y = 0; y < unit.height(); ++y) {
-        for (int x = 0; x < unit.width(); ++x) {
+        for (int x = 0; x < unit.width(); ++x)
             for (int i = 0; i < 3; ++i) differing += unit.pixel(x, y)[i] != large.pixel(x, y)[i];
-        }
     }
     EXPECT_EQ(differing, 0);
 }

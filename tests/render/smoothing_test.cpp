@@ -95,9 +95,8 @@ TEST(Smoothing, WeighsByAngleNotByTriangles) {
     Mesh mesh = shapeMesh(BoxShape{.size = {2, 2, 2}}, Transform());
     smoothNormals(mesh, {120});
     const double diagonal = 1 / std::sqrt(3.0);
-    for (const Vec3 &corner : {Vec3{1, 1, 1}, Vec3{-1, 1, 1}, Vec3{1, -1, -1}, Vec3{-1, -1, -1}}) {
+    for (const Vec3 &corner : {Vec3{1, 1, 1}, Vec3{-1, 1, 1}, Vec3{1, -1, -1}, Vec3{-1, -1, -1}})
         for (const Vec3 &normal : normalsAt(mesh, corner)) expectNear(normal, diagonal * corner, 1e-5);
-    }
 }
 
 TEST(Smoothing, GoesAcrossSeamsOfMaps) {

@@ -59,9 +59,8 @@ TEST(TraceMode, ShadingKindsGoThroughGlass) {
         expectTraced(trace(sample, kTraceReflection), 2, through, "reflection");
         expectTraced(trace(sample, kTraceRefraction), 2, through, "refraction");
         expectTraced(trace(sample, kTraceDissolve), 2, through, "dissolve");
-        for (const unsigned kind : {kTraceReflection, kTraceRefraction, kTraceDissolve}) {
+        for (const unsigned kind : {kTraceReflection, kTraceRefraction, kTraceDissolve})
             expectTraced(trace(sample, kind, {1, 0, 0}), HOST_RAY_MISS, kBackdrop, "miss");
-        }
         const double origin[3] = {0, 0, 0}, ahead[3] = {0, 0, 5};
         double colour[3];
         EXPECT_NEAR(sample.rayTrace(origin, ahead, colour), 2, 1e-5);
@@ -146,9 +145,8 @@ TEST(TraceMode, ReflectsAKnownGradient) {
 TEST(TraceMode, UnknownKindsAndNonsenseAreMissesThatLeaveTheColour) {
     TestScene scene = panes();
     probeAtOrigin(scene, [](ShadingSample &sample, double *) {
-        for (const unsigned kind : {7u, 99u, 255u}) {
+        for (const unsigned kind : {7u, 99u, 255u})
             expectTraced(trace(sample, kind), HOST_RAY_MISS, kBefore, "unknown");
-        }
         expectTraced(trace(sample, static_cast<unsigned>(-25536)), HOST_RAY_MISS, kBefore, "a mode cut to 16 bits");
         for (unsigned kind = kTraceDistance; kind <= kTraceBackdrop; ++kind) {
             expectTraced(trace(sample, kind, {0, 0, 0}), HOST_RAY_MISS, kBefore, "no direction");

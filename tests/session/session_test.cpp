@@ -71,7 +71,8 @@ TEST_F(OpenSession, ChangesLightsBackdropAndRenderSettingsWithoutBuildingAnythin
 }
 
 TEST_F(OpenSession, BuildsTheRayStructureAgainForAnObjectThatMoves) {
-    const SceneWork work = session_.change([](SceneDescription &scene) { scene.objects[0].transform.position[0] = 0.5; });
+    const SceneWork work =
+        session_.change([](SceneDescription &scene) { scene.objects[0].transform.position[0] = 0.5; });
     EXPECT_EQ(work.accelerations, 1);
     EXPECT_EQ(work.meshes, 1) << "only the mesh of the moved object";
     EXPECT_EQ(test::pixelsOf(session_), test::pixelsOf(session_.describe()));
@@ -87,11 +88,15 @@ TEST_F(OpenSession, StaysAsItWasWhenAChangeIsRefused) {
 
 TEST_F(OpenSession, NamesTheNearestRightName) {
     EXPECT_NE(refusal([&] { session_.surface("Clya"); }).find("did you mean \"Clay\"?"), std::string::npos);
-    EXPECT_NE(refusal([&] { session_.setSetting({kLevel.network, "Levle"}, "Scalar", 1.0); }).find("\"Level\""),
+    EXPECT_NE(refusal([&] {
+                  session_.setSetting({kLevel.network, "Levle"}, "Scalar", 1.0);
+              }).find("\"Level\""),
               std::string::npos);
     EXPECT_NE(refusal([&] { session_.setSetting(kLevel, "Scaler", 1.0); }).find("\"Scalar\""), std::string::npos);
     EXPECT_NE(refusal([&] { session_.disconnect(kProduct, "C"); }).find("\"A\" and \"B\""), std::string::npos);
-    EXPECT_NE(refusal([&] { session_.setting({{"Clay", {"Level"}}, "Inner"}, "Scalar"); }).find("holds no network"),
+    EXPECT_NE(refusal([&] {
+                  session_.setting({{"Clay", {"Level"}}, "Inner"}, "Scalar");
+              }).find("holds no network"),
               std::string::npos);
 }
 

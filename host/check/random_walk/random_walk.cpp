@@ -78,7 +78,8 @@ class RandomWalk {
     std::vector<Network *> allNetworks() const {
         std::vector<Network *> all;
         for (const auto &network : networks_) all.push_back(network.get());
-        for (const HostNode *node : nodes()) all.insert(all.end(), node->nestedNetworks.begin(), node->nestedNetworks.end());
+        for (const HostNode *node : nodes())
+            all.insert(all.end(), node->nestedNetworks.begin(), node->nestedNetworks.end());
         return all;
     }
 

@@ -68,9 +68,8 @@ RTCScene Acceleration::buildScene(const std::vector<RTCGeometry> &geometries, co
     owned_.push_back(scene);
     // Rays must not slip through the edge between two triangles.
     rtcSetSceneFlags(scene, RTC_SCENE_FLAG_ROBUST);
-    for (std::size_t i = 0; i < geometries.size(); ++i) {
+    for (std::size_t i = 0; i < geometries.size(); ++i)
         if (seen[i]) rtcAttachGeometryByID(scene, geometries[i], static_cast<unsigned>(i));
-    }
     rtcCommitScene(scene);
     return scene;
 }

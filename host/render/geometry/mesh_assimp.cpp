@@ -42,9 +42,8 @@ std::string uvNameOf(const aiMesh &mesh, unsigned channel) {
 
 std::vector<unsigned> uvChannelsOf(const aiMesh &mesh) {
     std::vector<unsigned> channels;
-    for (unsigned channel = 0; channel < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++channel) {
+    for (unsigned channel = 0; channel < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++channel)
         if (mesh.HasTextureCoords(channel)) channels.push_back(channel);
-    }
     return channels;
 }
 
@@ -97,9 +96,8 @@ class FileMesh {
             if (face.mNumIndices < 3) continue;
             corners.clear();
             for (unsigned k = 0; k < face.mNumIndices; ++k) {
-                if (face.mIndices[k] >= numbers.size()) {
+                if (face.mIndices[k] >= numbers.size())
                     throw InputError({.file = file_}, "a polygon of the mesh has a vertex that is not there");
-                }
                 corners.push_back(numbers[face.mIndices[k]]);
             }
             if (turn) std::reverse(corners.begin() + 1, corners.end());

@@ -27,9 +27,8 @@ std::uint64_t mixIn(std::uint64_t hash, float value) {
 
 template <std::size_t n>
 bool same(const std::array<float, n> &a, const std::array<float, n> &b) {
-    for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t i = 0; i < n; ++i)
         if (bits(a[i]) != bits(b[i])) return false;
-    }
     return true;
 }
 
@@ -52,12 +51,10 @@ MeshBuilder::MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals) :
 std::uint64_t MeshBuilder::hashOf(std::uint32_t number) const {
     std::uint64_t hash = 0;
     for (const float value : mesh_.points[number].position) hash = mixIn(hash, value);
-    if (hasNormals_) {
+    if (hasNormals_)
         for (const float value : mesh_.normals[number]) hash = mixIn(hash, value);
-    }
-    for (const UvMap &map : mesh_.uvMaps) {
+    for (const UvMap &map : mesh_.uvMaps)
         for (const float value : map.values[number]) hash = mixIn(hash, value);
-    }
     return hash;
 }
 
@@ -65,9 +62,8 @@ bool MeshBuilder::equals(std::uint32_t number, const BuilderVertex &vertex) cons
     const float *p = mesh_.points[number].position;
     if (!same(std::array<float, 3>{p[0], p[1], p[2]}, narrowed(vertex.position))) return false;
     if (hasNormals_ && !same(mesh_.normals[number], narrowed(vertex.normal))) return false;
-    for (std::size_t map = 0; map < mesh_.uvMaps.size(); ++map) {
+    for (std::size_t map = 0; map < mesh_.uvMaps.size(); ++map)
         if (!same(mesh_.uvMaps[map].values[number], vertex.uvs[map])) return false;
-    }
     return true;
 }
 
@@ -91,9 +87,8 @@ void MeshBuilder::grow() {
 }
 
 std::uint32_t MeshBuilder::addVertex(const BuilderVertex &vertex) {
-    if (mesh_.points.size() >= std::numeric_limits<std::uint32_t>::max() - 1) {
+    if (mesh_.points.size() >= std::numeric_limits<std::uint32_t>::max() - 1)
         throw InputError("a mesh of more than four billion vertices");
-    }
     if ((mesh_.points.size() + 1) * 3 > table_.size() * 2) grow();
     // The vertex is appended first, so that it can be hashed like the others, and removed again if it has a duplicate.
     append(vertex);
@@ -112,12 +107,10 @@ std::uint32_t MeshBuilder::addVertex(const BuilderVertex &vertex) {
 }
 
 std::uint16_t MeshBuilder::addMaterial(const std::string &name) {
-    for (std::size_t i = 0; i < mesh_.materials.size(); ++i) {
+    for (std::size_t i = 0; i < mesh_.materials.size(); ++i)
         if (mesh_.materials[i] == name) return static_cast<std::uint16_t>(i);
-    }
-    if (mesh_.materials.size() > std::numeric_limits<std::uint16_t>::max()) {
+    if (mesh_.materials.size() > std::numeric_limits<std::uint16_t>::max())
         throw InputError("a mesh of more than 65536 materials");
-    }
     mesh_.materials.push_back(name);
     return static_cast<std::uint16_t>(mesh_.materials.size() - 1);
 }

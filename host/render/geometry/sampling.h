@@ -27,9 +27,8 @@ constexpr std::uint32_t radicalInverse(std::uint32_t index, std::uint32_t word) 
 
 // The second dimension of Sobol's sequence, likewise.
 constexpr std::uint32_t sobol(std::uint32_t index, std::uint32_t word) {
-    for (std::uint32_t v = 1u << 31; index != 0; index >>= 1, v ^= v >> 1) {
+    for (std::uint32_t v = 1u << 31; index != 0; index >>= 1, v ^= v >> 1)
         if ((index & 1) != 0) word ^= v;
-    }
     return word;
 }
 

@@ -25,9 +25,8 @@ std::vector<std::uint32_t> groupByPosition(const Mesh &mesh) {
     };
     std::vector<std::uint32_t> order = group;
     std::sort(order.begin(), order.end(), before);
-    for (std::size_t i = 1; i < count; ++i) {
+    for (std::size_t i = 1; i < count; ++i)
         if (bitsOf(order[i]) == bitsOf(order[i - 1])) group[order[i]] = group[order[i - 1]];
-    }
     return group;
 }
 
@@ -39,16 +38,14 @@ struct CornerLists {
 
 CornerLists cornersByGroup(const Mesh &mesh, const std::vector<std::uint32_t> &group) {
     CornerLists lists{.starts = std::vector<std::size_t>(mesh.points.size() + 1), .corners = {}};
-    for (const HostPolygon &triangle : mesh.triangles) {
+    for (const HostPolygon &triangle : mesh.triangles)
         for (const std::uint32_t corner : triangle.corners) ++lists.starts[group[corner] + 1];
-    }
     std::partial_sum(lists.starts.begin(), lists.starts.end(), lists.starts.begin());
     lists.corners.resize(mesh.triangles.size() * 3);
     std::vector<std::size_t> next(lists.starts.begin(), lists.starts.end() - 1);
     for (std::size_t triangle = 0; triangle < mesh.triangles.size(); ++triangle) {
-        for (std::size_t k = 0; k < 3; ++k) {
+        for (std::size_t k = 0; k < 3; ++k)
             lists.corners[next[group[mesh.triangles[triangle].corners[k]]]++] = 3 * triangle + k;
-        }
     }
     return lists;
 }
@@ -118,9 +115,8 @@ class CornerSmoother {
         const double cosine = cosines_[facet.material];
         Vec3 sum;
         for (const Facet &other : facets_) {
-            if (other.material == facet.material && dot(other.normal, facet.normal) >= cosine) {
+            if (other.material == facet.material && dot(other.normal, facet.normal) >= cosine)
                 sum += other.weight * other.normal;
-            }
         }
         return sum;
     }

@@ -43,9 +43,8 @@ Matrix lookAlong(const Vec3 &direction) {
 
 Transform::Transform(const TransformDescription &description) : position(description.position) {
     toWorld = rotationMatrix(description.rotation);
-    for (std::size_t row = 0; row < 3; ++row) {
+    for (std::size_t row = 0; row < 3; ++row)
         for (std::size_t column = 0; column < 3; ++column) toWorld.m[3 * row + column] *= description.scale[column];
-    }
     toObject = toWorld.inverse();
 }
 

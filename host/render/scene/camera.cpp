@@ -37,9 +37,8 @@ CameraView Camera::view() const {
     CameraView view;
     position_.store(view.position);
     // The view's rows are the camera's axes, which are the columns of our matrix.
-    for (int row = 0; row < 3; ++row) {
+    for (int row = 0; row < 3; ++row)
         for (int column = 0; column < 3; ++column) view.matrix[3 * row + column] = toWorld_.m[3 * column + row];
-    }
     view.tanHalfWidth = middleX_ * pixelSize_;
     view.tanHalfHeight = middleY_ * pixelSize_;
     return view;

@@ -18,9 +18,8 @@ namespace {
 
 template <typename Things>
 const HostItem *findItem(const Things &things, const std::string &name) {
-    for (const auto &thing : things) {
+    for (const auto &thing : things)
         if (thing.item->name == name) return thing.item;
-    }
     return nullptr;
 }
 

@@ -17,9 +17,8 @@ void gatherLight(RayState &state, const Light &light, const Vec3 &position, cons
         if (!light.sample(position, stratifiedPoint(static_cast<std::uint32_t>(i), set), sample)) continue;
         if (normal && !(dot(*normal, sample.toLight) > 0)) continue;
         double weight = 1.0 / wanted;
-        if (light.castsShadows()) {
+        if (light.castsShadows())
             weight *= transmittance(state, state.shadowScene, position, sample.toLight, sample.distance, {}, nullptr);
-        }
         add(sample.toLight, weight * sample.colour);
     }
 }
