@@ -77,8 +77,10 @@ def without_comparisons(text):
 
 
 def needs_braces(match):
-    """Whether an else follows, which could go to an if in the body, or a comment stands in the body."""
-    return re.match(r"\s*else\b", match.string[match.end():]) is not None or "//" in match["body"]
+    """Whether an else follows, which could go to an if in the body, or the body has a comment or a GoogleTest macro,
+    which ends in an if of its own."""
+    return (re.match(r"\s*else\b", match.string[match.end():]) is not None or "//" in match["body"]
+            or re.match(r"\s*(EXPECT_|ASSERT_|FAIL\b|ADD_FAILURE)", match["body"]) is not None)
 
 
 def without_braces(text):

@@ -47,7 +47,9 @@ TEST(Envelope, KeysGiveTheirValuesWhateverTheShapes) {
                 EXPECT_EQ(envelope.evaluate(key->time), key->value) << first << " " << second;
                 const double before = envelope.evaluate(std::nextafter(key->time, 0));
                 const bool jumps = key->shape == kShapeStepped || key->time == 0.5;
-                if (!jumps) EXPECT_NEAR(before, key->value, 1e-9) << first << " " << second;
+                if (!jumps) {
+                    EXPECT_NEAR(before, key->value, 1e-9) << first << " " << second;
+                }
             }
         }
     }

@@ -65,9 +65,9 @@ class ModuleNodes : public ::testing::Test {
             for (std::string a, b; (left >> a) && (right >> b);) {
                 char *end = nullptr;
                 const double number = std::strtod(b.c_str(), &end);
-                if (*end == '\0')
+                if (*end == '\0') {
                     EXPECT_NEAR(std::strtod(a.c_str(), nullptr), number, 1e-6);
-                else
+                } else
                     EXPECT_EQ(a, b);
             }
         }

@@ -133,8 +133,9 @@ TEST(Picture, NoFileHoldsADate) {
         const auto input = OIIO::ImageInput::open(file);
         ASSERT_TRUE(input) << OIIO::geterror();
         for (const auto &attribute : input->spec().extra_attribs) {
-            if (OIIO::Strutil::icontains(attribute.name(), "date"))
+            if (OIIO::Strutil::icontains(attribute.name(), "date")) {
                 EXPECT_EQ(attribute.get_string(), "") << ending << ": " << attribute.name();
+            }
         }
     }
 }

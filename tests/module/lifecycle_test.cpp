@@ -230,7 +230,9 @@ TEST_F(InputEvent, IsWiredIntoTheModulesNodes) {
         shown.panel();
         host.takeLog();
         for (HostInput &input : host.inputs)
-            if (input.node == &shown.node) EXPECT_EQ(input.event(shown.instance, &input, 2, 0), 1);
+            if (input.node == &shown.node) {
+                EXPECT_EQ(input.event(shown.instance, &input, 2, 0), 1);
+            }
         const Lines log = host.takeLog();
         EXPECT_EQ(log.size(), 2 * shown.inputs().size()) << server;
     }

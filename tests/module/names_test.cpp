@@ -96,7 +96,9 @@ TEST_P(OutsideNames, AreThoseOfTheServerTable) {
     EXPECT_EQ(activationOf(HOST_CLASS_NODE_HANDLER, names.server), names.activate);
     EXPECT_EQ(activationOf(HOST_CLASS_NODE_INTERFACE, names.server), names.interface);
     for (const HostServer *server = ServerDesc; server->className; ++server)
-        if (server->name == std::string(names.server)) EXPECT_EQ(server->tags, names.tags);
+        if (server->name == std::string(names.server)) {
+            EXPECT_EQ(server->tags, names.tags);
+        }
 }
 
 TEST_P(OutsideNames, AreThoseOfThePanel) {

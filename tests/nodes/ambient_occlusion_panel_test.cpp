@@ -141,7 +141,9 @@ TEST_F(OcclusionPanel, EnablesWhatMatters) {
         EXPECT_EQ(found->arguments[2].word, 0u);
         const int *map = found->arguments[3].numbers;
         ASSERT_EQ(map != nullptr, row.custom);
-        if (map) EXPECT_EQ((std::vector<int>(map, map + 3)), (std::vector<int>{1, 0, 0}));
+        if (map) {
+            EXPECT_EQ((std::vector<int>(map, map + 3)), (std::vector<int>{1, 0, 0}));
+        }
     }
 }
 
@@ -168,19 +170,23 @@ TEST_F(OcclusionPanel, LaysItsRowsOut) {
 TEST_F(OcclusionPanel, GivesEachContainerAnIdOfItsOwn) {
     std::set<HostWord> ids;
     for (const Hint &hint : hintsOf(panel.hints))
-        if (hint.tag == kHintGroup || hint.tag == kHintStack || hint.tag == kHintTabs)
+        if (hint.tag == kHintGroup || hint.tag == kHintStack || hint.tag == kHintTabs) {
             EXPECT_TRUE(ids.insert(hint.arguments[0].word).second) << hint.arguments[0].word;
+        }
 }
 
 TEST_F(OcclusionPanel, TellsOfAContainerBeforeWhatHoldsOrNamesIt) {
     std::set<HostWord> told;
     for (const Hint &hint : hintsOf(panel.hints)) {
         const bool isContainer = hint.tag == kHintGroup || hint.tag == kHintStack || hint.tag == kHintTabs;
-        if (hint.tag == kHintLabel && hint.arguments[0].word >= 0x9000)
+        if (hint.tag == kHintLabel && hint.arguments[0].word >= 0x9000) {
             EXPECT_EQ(told.count(hint.arguments[0].word), 1u) << hint.arguments[0].word;
+        }
         if (!isContainer) continue;
         for (const unsigned int member : hint.ids)
-            if (member >= 0x9000) EXPECT_EQ(told.count(member), 1u) << member;
+            if (member >= 0x9000) {
+                EXPECT_EQ(told.count(member), 1u) << member;
+            }
         told.insert(hint.arguments[0].word);
     }
     EXPECT_EQ(told.size(), 6u);

@@ -56,9 +56,9 @@ struct Case {
 
 // Equal except for the last places of a power.
 void expectNear(double actual, double expected, const char *what) {
-    if (std::isinf(expected))
+    if (std::isinf(expected)) {
         EXPECT_EQ(actual, expected) << what;
-    else
+    } else
         EXPECT_NEAR(actual, expected, 1e-12 * std::fabs(expected)) << what;
 }
 

@@ -291,9 +291,9 @@ TEST_P(NodePanel, ShowsEachValueWhileNothingFeedsIt) {
         SCOPED_TRACE(control.id);
         const void *value = panel->get(node.instance, control.id);
         ASSERT_NE(value, nullptr);
-        if (control.channel)
+        if (control.channel) {
             EXPECT_EQ(value, &node.parm(control.channel));
-        else
+        } else
             EXPECT_EQ(*static_cast<const int *>(value), control.initial);
         for (const ControlFacts &other : facts.panel)
             if (other.input) node.connect(other.input, 1);

@@ -130,9 +130,9 @@ TEST(RayCast, WallFillsItsHalfSpace) {
             if (std::abs(direction.x) < 1e-4) continue;
             const double found = cast(sample, {0, 0, 0}, direction);
             // Single precision rounds the corners of so large a wall to a quarter of a metre, but not its middle.
-            if (direction.x > 0)
+            if (direction.x > 0) {
                 EXPECT_NEAR(found * direction.x, 3, 1e-4);
-            else
+            } else
                 EXPECT_EQ(found, HOST_RAY_MISS);
         }
     });

@@ -170,9 +170,9 @@ TEST(Sample, SmoothNormalsAreInterpolatedAndFlatOnesNot) {
         scene.object("Ball", SphereShape{.radius = 1, .segments = 24}, "Ball");
         scene.render();
         EXPECT_GT(count, 50);
-        if (angle > 0)
+        if (angle > 0) {
             EXPECT_LT(worst, 0.005);
-        else
+        } else
             EXPECT_GT(worst, 0.03);
     }
 }

@@ -181,9 +181,9 @@ TEST(DamagedState, NestingDepthIsLimited) {
             Saver saver(mode);
             for (int i = 0; i < depth; ++i) saver.begin(kOuter);
             for (int i = 0; i < depth; ++i) saver.end();
-            if (depth > kMaxBlockDepth)
+            if (depth > kMaxBlockDepth) {
                 EXPECT_THROW(saver.finish(), InputError);
-            else
+            } else
                 EXPECT_NO_THROW(saver.finish());
         }
     }
