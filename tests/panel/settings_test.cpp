@@ -237,8 +237,9 @@ TEST_F(Settings, AreReadAndDescribedInShownUnits) {
         std::visit(
             [&](const auto &wanted) {
                 using Wanted = std::decay_t<decltype(wanted)>;
-                if constexpr (!std::is_same_v<Wanted, KeysDescription>)
+                if constexpr (!std::is_same_v<Wanted, KeysDescription>) {
                     EXPECT_EQ(std::get<Wanted>(read), wanted) << row.label;
+                }
             },
             row.value);
         EXPECT_EQ(describeValue(*panel_, *panel_->find(row.id)), row.text) << row.label;
