@@ -41,12 +41,14 @@ class RenderScene {
         prepare(scene, surfaceOf);
     }
 
-    // Changes a prepared scene to another description. The result renders the same pictures as a RenderScene that is
-    // built from that description, but meshes are only made again for objects whose name, shape or transform differ,
-    // normals only computed again where the smoothing angles of a mesh's surfaces differ, and the acceleration
-    // structure is only built again when a mesh, the visibility or the order of objects differs. Mesh files that
-    // changed on disk are not read again. Returns what had to be done again. Throws as both steps, and then leaves the
-    // scene as it was. Items that keep their names keep their handles. FrameRenderers of the scene become invalid.
+    // Changes a prepared scene to another description. Afterwards it renders the same pictures as a RenderScene that is
+    // built from that description, but repeats only the work that the changes need: it makes the meshes of objects
+    // whose name, shape or transform differ; it computes the normals of meshes whose surfaces' smoothing angles differ;
+    // and it builds the acceleration structure if a mesh, the visibility or the order of objects differs. It does not
+    // look for mesh files that changed on disk. Returns the work that was repeated.
+    //
+    // Throws as both steps, and then leaves the scene as it was. Items that keep their names keep their handles; meshes
+    // that were made or smoothed again get new ones. FrameRenderers of the scene become invalid.
     SceneWork update(const SceneDescription &scene, const SurfaceLookup &surfaceOf);
 
     ~RenderScene();
