@@ -20,12 +20,13 @@ void rotateBatch(DirectionBatch &batch, int count, const AxisRotation &rotation)
     double sinPhi[DirectionBatch::kMost], cosPhi[DirectionBatch::kMost];
     sinesAndCosines(batch.theta, count, sinTheta, cosTheta);
     sinesAndCosines(batch.phi, count, sinPhi, cosPhi);
+    const auto [cosPitch, sinPitch, cosHeading, sinHeading] = rotation; // copies, which the stores below cannot change
     for (int i = 0; i < count; ++i) {
         const double x = cosTheta[i], y = sinTheta[i] * sinPhi[i], z = sinTheta[i] * cosPhi[i];
-        const double level = x * rotation.cosPitch - y * rotation.sinPitch;
-        batch.directions[i][0] = level * rotation.cosHeading - z * rotation.sinHeading;
-        batch.directions[i][1] = x * rotation.sinPitch + y * rotation.cosPitch;
-        batch.directions[i][2] = level * rotation.sinHeading + z * rotation.cosHeading;
+        const double level = x * cosPitch - y * sinPitch;
+        batch.directions[i][0] = level * cosHeading - z * sinHeading;
+        batch.directions[i][1] = x * sinPitch + y * cosPitch;
+        batch.directions[i][2] = level * sinHeading + z * cosHeading;
     }
 }
 

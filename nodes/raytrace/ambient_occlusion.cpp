@@ -240,8 +240,8 @@ const double *seenColour(int mode, const Tinted &custom, const double direction[
     return room;
 }
 
-// Sends one ray and adds its colour.
-void sampleColour(Gathering &rays, const double direction[3]) {
+// Sends one ray and adds its colour. Not inlined, to keep the loop over the rays of "Scalar" small.
+[[gnu::noinline]] void sampleColour(Gathering &rays, const double direction[3]) {
     const AmbientOcclusion &self = rays.self.fields;
     const Resolved &r = rays.resolved;
     const ShadingSample &sample = *rays.inputs.sample();
