@@ -234,7 +234,7 @@ TEST_F(Creation, DestroysWhatItKeepsAndLeavesTheRestToTheHost) {
     ops.destroy(instance);
     EXPECT_EQ(host.takeLog(), (Lines{"hook destroying", "destroyParm Level Channel", "destroyParm Last",
                                      "destroyParm Place", "destroyParm Tint"}))
-        << "neither the bare triple nor the group nor a panel";
+        << "neither the bare vector nor the group nor a panel";
     EXPECT_TRUE(lastAllocation().freed);
 }
 

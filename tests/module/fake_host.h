@@ -31,8 +31,8 @@ struct HostInput {
     int type;
     std::string name;
     HostInputEvent *event;
-    std::function<void(ShadingSample *, void *value)> source =
-        {}; // writes the value of the connected output; empty if the input is not connected
+    // Writes the value of the connected output; empty if the input is not connected.
+    std::function<void(ShadingSample *, void *value)> source = {};
 };
 
 struct HostOutput {

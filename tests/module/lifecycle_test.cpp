@@ -57,7 +57,7 @@ TEST_F(Lifecycle, CopiesSettingsAndNothingElse) {
     EXPECT_EQ(to.parm("Level Channel").value[0], 8.0);
     EXPECT_EQ(everything(to).level.value, before.level.value) << "stored values wait for the next frame";
     EXPECT_EQ(everything(to).fresh[3], 1) << "the state of the render threads stays";
-    EXPECT_EQ(to.parm("Normal").value[0], 0) << "a bare triple is left alone";
+    EXPECT_EQ(to.parm("Normal").value[0], 0) << "a bare vector is left alone";
     EXPECT_EQ(everything(to).node, before.node);
     EXPECT_EQ(everything(to).group, before.group);
     EXPECT_EQ(everything(to).level.parm, before.level.parm);
@@ -115,7 +115,7 @@ TEST_F(Lifecycle, AFrameStoresWhatItReads) {
     EXPECT_EQ(node.render.newTime(node.instance, 7, 0.5), nullptr);
     EXPECT_EQ(host.takeLog(), (Lines{"getParm Level Channel at 0.5", "getParm Last at 0.5", "getParm Place at 0.5",
                                      "getParm Tint at 0.5", "hook newTime 7 0.5"}))
-        << "not the bare triple";
+        << "not the bare vector";
     EXPECT_EQ(everything(node).level.value, 5.0);
     EXPECT_EQ(everything(node).level.parm, &node.parm("Level Channel")) << "one component does not spill over";
     EXPECT_EQ(everything(node).last.parm, &node.parm("Last"));
