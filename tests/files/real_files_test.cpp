@@ -16,11 +16,11 @@ namespace {
 
 constexpr const char *kMissing = "the package assimp-testmodels is not installed; ./run test does that";
 
-std::string throughASurface(const ObjectFile &file, std::size_t index, bool *hasStandIn = nullptr) {
+std::string throughASurface(const ObjectFile &file, std::size_t index, bool *hasPlaceholder = nullptr) {
     Surface surface(file.surfaces()[index].name);
     loadNetwork(surface, *file.network(index), file.name(), file.networkOffset(index));
-    if (hasStandIn)
-        for (const auto &node : surface.network().nodes()) *hasStandIn |= node->placeholder != nullptr;
+    if (hasPlaceholder)
+        for (const auto &node : surface.network().nodes()) *hasPlaceholder |= node->placeholder != nullptr;
     StateWriter writer(kStateBinary);
     surface.save(*writer.state());
     return writer.finish();
@@ -40,12 +40,12 @@ TEST(RealFiles, EveryNetworkOfEveryObjectComesBackToTheByte) {
         EXPECT_EQ(file.write(), bytes) << path;
         for (std::size_t i = 0; i < file.surfaces().size(); ++i) {
             if (!file.network(i)) continue;
-            bool hasStandIn = false;
-            const std::string block = throughASurface(file, i, &hasStandIn);
+            bool hasPlaceholder = false;
+            const std::string block = throughASurface(file, i, &hasPlaceholder);
             EXPECT_EQ(block, *file.network(i)) << path;
             file.setNetwork(i, block);
             ++networks;
-            if (hasStandIn) ++others;
+            if (hasPlaceholder) ++others;
         }
         EXPECT_EQ(file.write(), bytes) << path;
     }

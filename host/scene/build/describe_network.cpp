@@ -20,7 +20,8 @@ namespace {
 // outputs keep their lists of consumers. Nothing may connect, disconnect or destroy inputs in the meantime.
 class HiddenConnections {
   public:
-    explicit HiddenConnections(Network &network) { hide(network); }
+    // Delegates, so that the destructor also runs when hiding fails half way.
+    explicit HiddenConnections(Network &network) : HiddenConnections() { hide(network); }
     ~HiddenConnections() {
         for (const auto &[input, source] : sources_) input->source = source;
     }
@@ -34,6 +35,8 @@ class HiddenConnections {
     }
 
   private:
+    HiddenConnections() = default;
+
     void hide(Network &network) {
         hide(network.root());
         for (const auto &node : network.nodes()) {
@@ -42,8 +45,11 @@ class HiddenConnections {
         }
     }
     void hide(HostNode &node) {
-        for (const auto &input : node.inputs)
-            if (input->source) sources_[input.get()] = std::exchange(input->source, nullptr);
+        for (const auto &input : node.inputs) {
+            if (!input->source) continue;
+            sources_.emplace(input.get(), input->source);
+            input->source = nullptr;
+        }
     }
 
     std::unordered_map<HostInput *, HostOutput *> sources_;
