@@ -1,6 +1,7 @@
 #include "host/guard/crash_handler.h"
 
 #include "host/base/error.h"
+#include "host/guard/crash_signals.h"
 #include "host/guard/stack_search.h"
 
 #include <cxxabi.h>
@@ -18,7 +19,6 @@ namespace velm::host {
 
 namespace {
 
-constexpr std::array kCrashSignals = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS};
 constexpr const char *kEvaluate = "evaluate";
 
 // The process that installed the handlers; 0: none did. A process that is forked from it inherits the handlers, but its

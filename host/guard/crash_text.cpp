@@ -1,9 +1,10 @@
 #include "host/guard/crash_text.h"
 
+#include "host/guard/crash_signals.h"
+
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <csignal>
 #include <cstring>
@@ -69,10 +70,7 @@ CrashText unrecorded(const CallRecord &record, const std::string &what) {
     return {.text = what + "; no call of the module was in progress", .isOfModule = false};
 }
 
-bool isCrashSignal(int signal) {
-    constexpr std::array kCrashSignals = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS};
-    return std::ranges::find(kCrashSignals, signal) != kCrashSignals.end();
-}
+bool isCrashSignal(int signal) { return std::ranges::find(kCrashSignals, signal) != kCrashSignals.end(); }
 
 } // namespace
 
