@@ -95,8 +95,6 @@ void drawFromStream(uint32_t *words, int count) {
 
 } // namespace
 
-VELM_FIXED_PLACE constinit thread_local WordsAhead *WordsAhead::innermost = nullptr;
-
 void WordsAhead::drawFrom(WordsAhead *scope, uint32_t *words, int count) {
     for (; scope && count > 0; scope = scope->outer_) {
         const int here = std::min(count, scope->left());
