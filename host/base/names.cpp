@@ -48,7 +48,7 @@ std::string didYouMean(std::string_view wanted, const std::vector<std::string> &
     return name.empty() ? "" : ", did you mean \"" + name + "\"?";
 }
 
-std::string quoted(std::string_view name) { return '"' + std::string(name) + '"'; }
+std::string inQuotes(std::string_view name) { return '"' + std::string(name) + '"'; }
 
 std::string suggestion(std::string_view wanted, const std::vector<std::string> &known) {
     constexpr std::size_t kShortList = 12;
@@ -59,7 +59,7 @@ std::string suggestion(std::string_view wanted, const std::vector<std::string> &
     std::string text = known.size() == 1 ? ", there is only " : ", there are ";
     for (std::size_t i = 0; i < known.size(); ++i) {
         if (i > 0) text += i + 1 == known.size() ? " and " : ", ";
-        text += quoted(known[i]);
+        text += inQuotes(known[i]);
     }
     return text;
 }

@@ -8,7 +8,7 @@
 namespace velm::host {
 
 // A name between double quotes.
-std::string quoted(std::string_view name);
+std::string inQuotes(std::string_view name);
 
 // The known name that differs from `wanted` by the fewest typing errors (a character too many, missing, wrong, or two
 // swapped; case does not count). Empty when even that one differs in more than a third of its characters. Of equally

@@ -52,7 +52,7 @@ void addGuard(CLI::App &command, GuardOptions &guard) {
     if (rest.empty()) throw UsageError(fmt::format("a command is needed: {}", fmt::join(names, ", ")));
     const std::string &word = rest.front();
     if (word.starts_with('-')) throw UsageError(fmt::format("there is no option {}", word));
-    throw UsageError(fmt::format("there is no command {}{}", velm::host::quoted(word), suggestion(word, names)));
+    throw UsageError(fmt::format("there is no command {}{}", inQuotes(word), suggestion(word, names)));
 }
 
 std::string joinedWords(int argc, const char *const *argv) {

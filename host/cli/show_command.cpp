@@ -31,12 +31,11 @@ ServerClass &findServer(const std::string &wanted) {
         if (server->displayName() != server->name()) names.push_back(server->displayName());
         if (server->displayName() != wanted) continue;
         found = server.get();
-        fitting.push_back(velm::host::quoted(server->name()));
+        fitting.push_back(inQuotes(server->name()));
     }
     if (fitting.size() > 1)
-        throw InputError(
-            fmt::format("several nodes are shown as {}: {}", velm::host::quoted(wanted), fmt::join(fitting, ", ")));
-    if (!found) throw InputError(fmt::format("no node {}{}", velm::host::quoted(wanted), suggestion(wanted, names)));
+        throw InputError(fmt::format("several nodes are shown as {}: {}", inQuotes(wanted), fmt::join(fitting, ", ")));
+    if (!found) throw InputError(fmt::format("no node {}{}", inQuotes(wanted), suggestion(wanted, names)));
     return *found;
 }
 

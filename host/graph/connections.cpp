@@ -24,8 +24,8 @@ void callEvent(HostInput &input, int event, int type) {
     callModule(server, "input event", [&] { return input.event(instanceOf(*input.node), &input, event, type); });
 }
 
-std::string fullName(const HostOutput &output) { return quoted(output.node->name + "." + output.name); }
-std::string fullName(const HostInput &input) { return quoted(input.node->name + "." + input.name); }
+std::string fullName(const HostOutput &output) { return inQuotes(output.node->name + "." + output.name); }
+std::string fullName(const HostInput &input) { return inQuotes(input.node->name + "." + input.name); }
 
 // The shortest path by which `source` depends on `node`, in the direction in which values flow: "node -> ... ->
 // source". Empty when it does not depend on it.
@@ -62,7 +62,7 @@ void Network::connect(HostOutput &output, HostInput &input) {
         throw InputError(fmt::format("cannot connect {} to {}: {}", fullName(output), fullName(input), reason));
     };
     if (output.node->network != this || input.node->network != this)
-        refuse("they are not both nodes of " + quoted(name_));
+        refuse("they are not both nodes of " + inQuotes(name_));
     if (output.node == root_.get()) refuse("the root node feeds nothing");
     const std::string path = dependence(*input.node, *output.node);
     if (!path.empty()) refuse(fmt::format("it would close the cycle {} -> {}", path, input.node->name));
@@ -87,11 +87,11 @@ void Network::connect(std::string_view fromNode, std::string_view output, std::s
     HostNode &to = node(toNode);
     HostOutput *source = from.findOutput(output);
     if (!source)
-        throw InputError(fmt::format("node {} has no output {}{}", quoted(from.name), quoted(output),
+        throw InputError(fmt::format("node {} has no output {}{}", inQuotes(from.name), inQuotes(output),
                                      suggestion(output, namesOf(from.outputs))));
     HostInput *target = to.findInput(input);
     if (!target)
-        throw InputError(fmt::format("node {} has no input {}{}", quoted(to.name), quoted(input),
+        throw InputError(fmt::format("node {} has no input {}{}", inQuotes(to.name), inQuotes(input),
                                      suggestion(input, namesOf(to.inputs))));
     connect(*source, *target);
 }

@@ -23,7 +23,7 @@ HostNode &Network::node(std::string_view wanted) const {
     if (HostNode *found = findNode(wanted)) return *found;
     std::vector<std::string> known{root_->name};
     for (const auto &one : nodes_) known.push_back(one->name);
-    throw InputError(fmt::format("no node {} in {}{}", quoted(wanted), quoted(name_), suggestion(wanted, known)));
+    throw InputError(fmt::format("no node {} in {}{}", inQuotes(wanted), inQuotes(name_), suggestion(wanted, known)));
 }
 
 void Network::rename(HostNode &node, std::string_view name) {

@@ -107,7 +107,7 @@ std::unique_ptr<HostNode> Network::createNode(ServerClass &server, std::string n
                                 [&] { return handler.instance->create(handler.instance->priv, node.get(), &error); });
     if (!node->instance)
         throw InputError(
-            fmt::format("cannot make the node {}: {}", quoted(node->name),
+            fmt::format("cannot make the node {}: {}", inQuotes(node->name),
                         creation.refusal.empty() ? messageOr(error, "its server gives no reason") : creation.refusal));
     node->evaluate = handler.evaluate;
     return node;
@@ -167,7 +167,7 @@ void Network::removeNode(HostNode &node) {
 void Network::destroyNode(HostNode &node) {
     assertInterface();
     if (node.network != this || &node == root_.get())
-        throw InputError(fmt::format("node {} cannot be removed from {}", quoted(node.name), quoted(name_)));
+        throw InputError(fmt::format("node {} cannot be removed from {}", inQuotes(node.name), inQuotes(name_)));
     removeNode(node);
 }
 
@@ -212,7 +212,7 @@ void Network::init(int mode) {
     for (std::size_t i = 0; i < every.size(); ++i) {
         const auto error = failureOf(*every[i], initNode(*every[i], mode));
         if (!error) continue;
-        const std::string message = fmt::format("node {}: {}", quoted(every[i]->name), *error);
+        const std::string message = fmt::format("node {}: {}", inQuotes(every[i]->name), *error);
         while (i > 0) cleanupNode(*every[--i]);
         throw InputError(message);
     }
@@ -222,7 +222,7 @@ void Network::newTime(int frame, double time) {
     assertBetweenFrames();
     for (HostNode *node : all())
         if (const auto error = failureOf(*node, newTimeNode(*node, frame, time)))
-            throw InputError(fmt::format("node {}: {}", quoted(node->name), *error));
+            throw InputError(fmt::format("node {}: {}", inQuotes(node->name), *error));
 }
 
 void Network::cleanup() {

@@ -51,7 +51,7 @@ void copySettings(HostNode &to, const HostNode &from) {
     const HostError said =
         callModule(to.server->number(), "copy", [&] { return to.handler->instance->copy(to.instance, from.instance); });
     if (const auto error = failureOf(to, said))
-        throw InputError(fmt::format("cannot copy the node {}: {}", quoted(from.name), *error));
+        throw InputError(fmt::format("cannot copy the node {}: {}", inQuotes(from.name), *error));
 }
 
 } // namespace
@@ -99,7 +99,7 @@ void Network::copyFrom(Network &from) {
     if (&from == this) return;
     if (from.contains(*this) || contains(from))
         throw InputError(
-            fmt::format("cannot copy {} to {}: one is inside the other", quoted(from.name_), quoted(name_)));
+            fmt::format("cannot copy {} to {}: one is inside the other", inQuotes(from.name_), inQuotes(name_)));
     clear();
     state_ = from.state_;
     location_ = from.location_;

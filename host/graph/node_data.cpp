@@ -20,7 +20,7 @@ void saveByServer(const HostNode &node, const HostSaveState &state) {
     const HostError said =
         callModule(node.server->number(), "save", [&] { return node.handler->instance->save(node.instance, &state); });
     if (const auto error = failureOf(node, said))
-        throw InputError(fmt::format("cannot save the node {}: {}", quoted(node.name), *error));
+        throw InputError(fmt::format("cannot save the node {}: {}", inQuotes(node.name), *error));
     while (state.depth(state.data) > depth) state.endBlock(state.data); // that the server left open
 }
 
@@ -41,7 +41,7 @@ void loadData(HostNode &node, const HostLoadState &state) {
     const HostError said =
         callModule(node.server->number(), "load", [&] { return node.handler->instance->load(node.instance, &state); });
     if (const auto error = failureOf(node, said))
-        throw InputError(fmt::format("cannot load the node {}: {}", quoted(node.name), *error));
+        throw InputError(fmt::format("cannot load the node {}: {}", inQuotes(node.name), *error));
     while (state.depth(state.data) > depth) state.endBlock(state.data); // that the server left open
     node.savedCopy.reset();
     if (!canCopy) return;

@@ -30,10 +30,10 @@ bool isClass(const HostServer &server, const char *className) { return std::strc
 // Describes why an activation failed, from its result.
 std::string refusal(int result, const char *className, int version) {
     switch (result) {
-    case kActivateBadVersion: return fmt::format("it does not know version {} of {}", version, quoted(className));
+    case kActivateBadVersion: return fmt::format("it does not know version {} of {}", version, inQuotes(className));
     case kActivateBadGlobal: {
         const char *missing = lastMissingService();
-        return missing ? fmt::format("it needs the service {}, which this host does not offer", quoted(missing))
+        return missing ? fmt::format("it needs the service {}, which this host does not offer", inQuotes(missing))
                        : "a service that it needs is missing";
     }
     case kActivateBadLocal: return "it cannot use the record that it was given";
@@ -48,7 +48,7 @@ void activate(const HostServer &server, int version, void *local, const ServerCl
     const int result =
         callModule(owner.number(), call, [&] { return server.activate(version, lookup, local, nullptr); });
     if (result != kActivateOk)
-        throw InputError(fmt::format("node {} ({}) refuses to work: {}", quoted(server.name), owner.origin(),
+        throw InputError(fmt::format("node {} ({}) refuses to work: {}", inQuotes(server.name), owner.origin(),
                                      refusal(result, server.className, version)));
 }
 
@@ -77,7 +77,7 @@ const HostNodeHandler &ServerClass::handler() {
     activate(*handler_, kNodeHandlerVersion, &record_, *this, "activate");
     if (!instanceOps_.create || !instanceOps_.destroy || !record_.evaluate)
         throw InputError(fmt::format("node {} ({}) does not say how it is created, destroyed and evaluated",
-                                     quoted(name_), origin_));
+                                     inQuotes(name_), origin_));
     noteEvaluate(number_, record_.evaluate);
     active_ = true;
     return record_;
@@ -112,9 +112,9 @@ void ServerList::add(const HostServer *table, const std::string &origin) {
         if (!isClass(*server, HOST_CLASS_NODE_HANDLER)) continue;
         if (!server->name || !*server->name) throw InputError(origin + ": a node server has no name");
         if (!server->activate)
-            throw InputError(fmt::format("{}: node {} has no activation", origin, quoted(server->name)));
+            throw InputError(fmt::format("{}: node {} has no activation", origin, inQuotes(server->name)));
         if (find(server->name) || isNamed(added, server->name))
-            throw InputError(fmt::format("{}: there is already a node {}", origin, quoted(server->name)));
+            throw InputError(fmt::format("{}: there is already a node {}", origin, inQuotes(server->name)));
         const int number = origin == kBuiltinOrigin ? kHostServer : numberOfServer(server->name);
         added.push_back(std::make_unique<ServerClass>(*server, findInterface(table, server->name), origin, number));
     }
@@ -122,7 +122,7 @@ void ServerList::add(const HostServer *table, const std::string &origin) {
         if (!isClass(*server, HOST_CLASS_NODE_INTERFACE)) continue;
         if (!server->name || !isNamed(added, server->name))
             throw InputError(fmt::format("{}: there is a panel for {}, but no such node", origin,
-                                         quoted(server->name ? server->name : "")));
+                                         inQuotes(server->name ? server->name : "")));
     }
     std::move(added.begin(), added.end(), std::back_inserter(classes_));
 }
@@ -141,7 +141,7 @@ ServerClass &ServerList::get(std::string_view name) const {
     if (ServerClass *found = find(name)) return *found;
     std::vector<std::string> known;
     for (const auto &one : classes_) known.push_back(one->name());
-    throw InputError(fmt::format("no node {}{}", quoted(name), suggestion(name, known)));
+    throw InputError(fmt::format("no node {}{}", inQuotes(name), suggestion(name, known)));
 }
 
 ServerList &serverList() {

@@ -118,7 +118,7 @@ void withName(const std::string &surface, Act act) {
     try {
         act();
     } catch (const InputError &error) {
-        throw InputError(fmt::format("surface {}: {}", quoted(surface), error.what()));
+        throw InputError(fmt::format("surface {}: {}", inQuotes(surface), error.what()));
     }
 }
 

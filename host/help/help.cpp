@@ -26,7 +26,7 @@ json parse(const std::string &file, std::string_view text) {
         if (event == json::parse_event_t::object_start) openObjects.emplace_back();
         if (event == json::parse_event_t::object_end) openObjects.pop_back();
         if (event == json::parse_event_t::key && !openObjects.back().insert(parsed.get<std::string>()).second)
-            throw error(file, fmt::format("{} occurs twice", velm::host::quoted(parsed.get<std::string>())));
+            throw error(file, fmt::format("{} occurs twice", inQuotes(parsed.get<std::string>())));
         return true;
     };
     try {
@@ -43,11 +43,10 @@ std::string readText(const std::string &file, const std::string &what, const jso
 }
 
 HelpSentences readSentences(const std::string &file, const std::string &key, const json &value) {
-    if (!value.is_object()) throw error(file, velm::host::quoted(key) + " is not an object");
+    if (!value.is_object()) throw error(file, inQuotes(key) + " is not an object");
     HelpSentences sentences;
     for (const auto &[label, sentence] : value.items())
-        sentences.emplace(
-            label, readText(file, fmt::format("{}: {}", velm::host::quoted(key), velm::host::quoted(label)), sentence));
+        sentences.emplace(label, readText(file, fmt::format("{}: {}", inQuotes(key), inQuotes(label)), sentence));
     return sentences;
 }
 
@@ -79,9 +78,9 @@ NodeHelp readHelp(const std::string &file, std::string_view text) {
     NodeHelp help;
     for (const auto &[key, value] : root.items()) {
         if (key == "server")
-            help.server = readText(file, velm::host::quoted(key), value);
+            help.server = readText(file, inQuotes(key), value);
         else if (key == "summary")
-            help.summary = readText(file, velm::host::quoted(key), value);
+            help.summary = readText(file, inQuotes(key), value);
         else if (key == "settings")
             help.settings = readSentences(file, key, value);
         else if (key == "inputs")
@@ -89,13 +88,12 @@ NodeHelp readHelp(const std::string &file, std::string_view text) {
         else if (key == "outputs")
             help.outputs = readSentences(file, key, value);
         else
-            throw error(file, "unknown key " + velm::host::quoted(key));
+            throw error(file, "unknown key " + inQuotes(key));
     }
     if (help.server.empty()) throw error(file, "\"server\" is missing");
     if (help.summary.empty()) throw error(file, "\"summary\" is missing");
     if (file != fileName(help.server))
-        throw error(file,
-                    fmt::format("help for {} belongs in {}", velm::host::quoted(help.server), fileName(help.server)));
+        throw error(file, fmt::format("help for {} belongs in {}", inQuotes(help.server), fileName(help.server)));
     return help;
 }
 

@@ -99,7 +99,7 @@ KeysDescription describeKeys(const HostVParm &parm, double factor) {
         const bool same = other.before == first.before && other.after == first.after &&
                           std::equal(first.keys.begin(), first.keys.end(), other.keys.begin(), other.keys.end(),
                                      [](const auto &a, const auto &b) { return alike(*a, *b); });
-        if (!same) throw InputError(quoted(parm.channelName()) + ": the components have different keys");
+        if (!same) throw InputError(inQuotes(parm.channelName()) + ": the components have different keys");
         for (std::size_t k = 0; k < result.keys.size(); ++k)
             result.keys[k].value[static_cast<std::size_t>(i)] = other.keys[k]->value * factor;
     }

@@ -22,7 +22,7 @@ const PanelItem &findSetting(const HostPanel &panel, const std::string &label, c
         if (!label.empty() && panel.uniqueLabel(control) == label) return control;
     }
     throw InputError(location,
-                     fmt::format("there is no setting {}{}", quoted(label), didYouMean(label, settingLabels(panel))));
+                     fmt::format("there is no setting {}{}", inQuotes(label), didYouMean(label, settingLabels(panel))));
 }
 
 // The text without spaces around it, which entries may have for their appearance.
@@ -36,7 +36,8 @@ class Application {
   public:
     // `stores`: whether the value is set; otherwise it is only checked.
     Application(HostPanel &panel, const PanelItem &control, const SettingDescription &setting, bool stores)
-        : panel_(panel), control_(control), setting_(setting), stores_(stores), about_(quoted(setting.label) + ": ") {}
+        : panel_(panel), control_(control), setting_(setting), stores_(stores), about_(inQuotes(setting.label) + ": ") {
+    }
 
     void apply() {
         const ControlKind kind = control_.type->kind;
@@ -82,14 +83,14 @@ class Application {
         const auto found = std::find(entries.begin(), entries.end(), text);
         if (found == entries.end()) {
             std::string known;
-            for (const std::string &entry : entries) known += (known.empty() ? "" : ", ") + quoted(entry);
+            for (const std::string &entry : entries) known += (known.empty() ? "" : ", ") + inQuotes(entry);
             const std::string near = didYouMean(text, entries);
-            fail(fmt::format("there is no entry {}{}", quoted(text), near.empty() ? "; there are " + known : near));
+            fail(fmt::format("there is no entry {}{}", inQuotes(text), near.empty() ? "; there are " + known : near));
         }
-        if (std::count(found, entries.end(), text) > 1) fail("several entries are called " + quoted(text));
+        if (std::count(found, entries.end(), text) > 1) fail("several entries are called " + inQuotes(text));
         const auto index = static_cast<std::size_t>(found - entries.begin());
         if (control_.type->kind == ControlKind::choice) return store(static_cast<int>(index));
-        if (index >= control_.transform.size()) fail(fmt::format("the entry {} has no value", quoted(text)));
+        if (index >= control_.transform.size()) fail(fmt::format("the entry {} has no value", inQuotes(text)));
         store(control_.transform[index]);
     }
 
@@ -178,7 +179,7 @@ std::vector<std::string> settingLabels(const HostPanel &panel) {
 
 SettingValue readSetting(HostPanel &panel, const std::string &label) {
     const PanelItem &control = findSetting(panel, label, {});
-    const std::string about = quoted(label) + ": ";
+    const std::string about = inQuotes(label) + ": ";
     if (control.type->storage == Storage::none) throw InputError(about + "this control holds no value");
     if (!panel.isAvailable(control)) throw InputError(about + "this setting is fed by a connection");
     const int entry = entryOf(panel, control);
@@ -201,7 +202,7 @@ std::string describeValue(HostPanel &panel, const PanelItem &control) {
         }
     }
     const std::string text = textOf(readValue(panel, control, entry));
-    return control.type->kind == ControlKind::text ? quoted(text) : text;
+    return control.type->kind == ControlKind::text ? inQuotes(text) : text;
 }
 
 } // namespace velm::host

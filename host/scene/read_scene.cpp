@@ -22,8 +22,7 @@ void requireNamed(const std::vector<T> &all, const std::string &name, std::strin
     std::vector<std::string> known;
     known.reserve(all.size());
     for (const T &one : all) known.push_back(one.name);
-    throw InputError(location,
-                     fmt::format("there is no {} {}{}", what, velm::host::quoted(name), suggestion(name, known)));
+    throw InputError(location, fmt::format("there is no {} {}{}", what, inQuotes(name), suggestion(name, known)));
 }
 
 void checkNames(const SceneDescription &scene) {

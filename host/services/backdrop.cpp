@@ -34,8 +34,8 @@ Backdrop::Backdrop(const BackdropDescription &description) : description_(descri
     if (!image_ && !ImageList::instance().isAbsent(description.image)) {
         const std::string near = nearest(description.image, ImageList::instance().names());
         throw InputError(description.location,
-                         fmt::format("the backdrop's image {} is not in the scene{}", quoted(description.image),
-                                     near.empty() ? "" : fmt::format("; did you mean {}?", quoted(near))));
+                         fmt::format("the backdrop's image {} is not in the scene{}", inQuotes(description.image),
+                                     near.empty() ? "" : fmt::format("; did you mean {}?", inQuotes(near))));
     }
 }
 

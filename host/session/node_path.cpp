@@ -20,8 +20,7 @@ Network &networkAt(Surface &surface, const NetworkPath &path) {
     for (const std::string &name : path.nodes) {
         HostNode &node = network->node(name);
         if (node.nestedNetworks.empty())
-            throw InputError(
-                fmt::format("the node {} holds no network", velm::host::quoted(path.surface + '/' + name)));
+            throw InputError(fmt::format("the node {} holds no network", inQuotes(path.surface + '/' + name)));
         network = node.nestedNetworks.front();
     }
     return *network;

@@ -30,7 +30,7 @@ SceneDescription sceneOfObject(const std::string &file, const SearchPath &path) 
 
 HostPanel &panelFor(HostNode &node, const NodePath &path) {
     HostPanel *panel = panelOf(node);
-    if (!panel) throw InputError(fmt::format("the node {} has no panel", velm::host::quoted(path.text())));
+    if (!panel) throw InputError(fmt::format("the node {} has no panel", inQuotes(path.text())));
     return *panel;
 }
 
@@ -51,7 +51,7 @@ Surface &Session::surface(const std::string &name) const {
     if (Surface *found = surfaces_.surface(name)) return *found;
     std::vector<std::string> known;
     for (const SurfaceDescription &one : scene_.surfaces) known.push_back(one.name);
-    throw InputError(fmt::format("there is no surface {}{}", velm::host::quoted(name), suggestion(name, known)));
+    throw InputError(fmt::format("there is no surface {}{}", inQuotes(name), suggestion(name, known)));
 }
 
 Network &Session::network(const NetworkPath &path) const { return networkAt(surface(path.surface), path); }
@@ -104,8 +104,8 @@ void Session::disconnect(const NodePath &to, const std::string &input) {
     if (!found) {
         std::vector<std::string> known;
         for (const auto &one : fed.inputs) known.push_back(one->name);
-        throw InputError(fmt::format("the node {} has no input {}{}", velm::host::quoted(to.text()),
-                                     velm::host::quoted(input), suggestion(input, known)));
+        throw InputError(fmt::format("the node {} has no input {}{}", inQuotes(to.text()), inQuotes(input),
+                                     suggestion(input, known)));
     }
     network(to.network).disconnect(*found);
     changed_.insert(to.network.surface);

@@ -111,7 +111,7 @@ class Describer {
             if (node->name == rootName)
                 throw InputError(fmt::format("the node {} has the name of the owner of its network, which a scene file "
                                              "cannot tell apart",
-                                             velm::host::quoted(node->name)));
+                                             inQuotes(node->name)));
             result.nodes.push_back(describe(*node));
         }
         return result;
@@ -202,7 +202,7 @@ SurfaceDescription describeSurface(Surface &surface, const DefaultSettings &defa
     try {
         result.network = describer.network(network, surface.name());
     } catch (const InputError &error) {
-        throw InputError(fmt::format("surface {}: {}", velm::host::quoted(surface.name()), error.what()));
+        throw InputError(fmt::format("surface {}: {}", inQuotes(surface.name()), error.what()));
     }
     result.settings = describer.settings(network.root());
     return result;

@@ -33,25 +33,23 @@ class PlaceholderWarnings {
     }
 
     void addNode(const HostNode &node, const std::string &path) {
-        const std::string server = velm::host::quoted(node.server->name());
-        warnings_.add(
-            {.location = location(),
-             .path = path,
-             .brief = "no node " + server,
-             .message = fmt::format("surface {}, node {}: there is no node {} here; its data are preserved, "
-                                    "and its colours are magenta",
-                                    velm::host::quoted(surface_.name), velm::host::quoted(node.name), server)});
+        const std::string server = inQuotes(node.server->name());
+        warnings_.add({.location = location(),
+                       .path = path,
+                       .brief = "no node " + server,
+                       .message = fmt::format("surface {}, node {}: there is no node {} here; its data are preserved, "
+                                              "and its colours are magenta",
+                                              inQuotes(surface_.name), inQuotes(node.name), server)});
     }
 
     void addInput(const Network &network, const HostInput &input, const std::string &path) {
         warnings_.add(
             {.location = location(),
              .path = path,
-             .brief = fmt::format("no input {} of a surface", velm::host::quoted(input.name)),
+             .brief = fmt::format("no input {} of a surface", inQuotes(input.name)),
              .message = fmt::format("surface {}: {} has no input {} here; its connection is preserved, but "
                                     "not evaluated",
-                                    velm::host::quoted(surface_.name), velm::host::quoted(network.root().name),
-                                    velm::host::quoted(input.name))});
+                                    inQuotes(surface_.name), inQuotes(network.root().name), inQuotes(input.name))});
     }
 
     const SurfaceDescription &surface_;
@@ -64,8 +62,7 @@ HostNode &makeDescribed(const NodeDescription &node, Network &network, ServerLis
     HostNode &made = servers.find(node.server) || node.kind.empty()
                          ? network.addNode(servers.get(node.server), node.name)
                          : network.addPlaceholder(std::make_shared<Placeholder>(node.server, node.kind), node.name);
-    if (!node.data.empty())
-        loadSavedData(made, node.data, fmt::format("the data of the node {}", velm::host::quoted(node.name)));
+    if (!node.data.empty()) loadSavedData(made, node.data, fmt::format("the data of the node {}", inQuotes(node.name)));
     network.setLook(made, node.look);
     return made;
 }

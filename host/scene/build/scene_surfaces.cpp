@@ -80,7 +80,7 @@ class AbsentImages {
 
   private:
     static std::string briefly(const ImageDescription &image) {
-        return fmt::format("no image {} ({})", velm::host::quoted(image.name), image.file);
+        return fmt::format("no image {} ({})", inQuotes(image.name), image.file);
     }
 
     const ImageDescription *find(const std::string &name) const {
@@ -100,11 +100,11 @@ class AbsentImages {
 
     void warnOfUse(const ImageDescription &image, const SourceLocation &location, const std::string &path,
                    const char *instead) {
-        warnings_.add({.location = location,
-                       .path = path,
-                       .brief = briefly(image),
-                       .message = fmt::format("the image {} ({}) is absent; {}", velm::host::quoted(image.name),
-                                              image.file, instead)});
+        warnings_.add(
+            {.location = location,
+             .path = path,
+             .brief = briefly(image),
+             .message = fmt::format("the image {} ({}) is absent; {}", inQuotes(image.name), image.file, instead)});
     }
 
     Warnings &warnings_;

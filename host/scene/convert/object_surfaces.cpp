@@ -31,7 +31,7 @@ std::vector<SurfaceDescription> surfacesOf(const ObjectFile &object, std::vector
         surface.saved.doubleSided = surface.doubleSided;
         if (!animated) continue;
         for (const std::string &chunk : values.animated)
-            animated->push_back(fmt::format("the value {} of the surface {}", chunk, velm::host::quoted(surface.name)));
+            animated->push_back(fmt::format("the value {} of the surface {}", chunk, inQuotes(surface.name)));
     }
     return result;
 }
@@ -55,8 +55,8 @@ std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPat
         else if (image.file == last)
             description.notFound = whyNotFound(last, directory, path);
         else
-            description.notFound = fmt::format("there is no file {}; and {}", velm::host::quoted(image.file),
-                                               whyNotFound(last, directory, path));
+            description.notFound =
+                fmt::format("there is no file {}; and {}", inQuotes(image.file), whyNotFound(last, directory, path));
     }
     return result;
 }

@@ -78,8 +78,7 @@ UnpackedSurfaces unpackSurfaces(const ObjectFile &object, const SearchPath &path
     for (SurfaceDescription &surface : surfacesOf(object)) {
         if (surface.saved.block.empty()) continue;
         if (std::ranges::count(scene.surfaces, surface.name, &SurfaceDescription::name) > 0)
-            throw InputError(
-                fmt::format("{}: there are two surfaces {}", object.name(), velm::host::quoted(surface.name)));
+            throw InputError(fmt::format("{}: there are two surfaces {}", object.name(), inQuotes(surface.name)));
         scene.surfaces.push_back(std::move(surface));
     }
     const SceneSurfaces built(scene, servers, &warnings);

@@ -37,8 +37,7 @@ End parseEnd(std::string_view text, const std::vector<std::string> &nodes, const
         throw InputError(location,
                          fmt::format("\"{}\" must be a node's name, a dot, and one of its inputs or outputs", text));
     const std::string_view wanted = text.substr(0, dot);
-    throw InputError(location,
-                     fmt::format("there is no node {} here{}", velm::host::quoted(wanted), suggestion(wanted, nodes)));
+    throw InputError(location, fmt::format("there is no node {} here{}", inQuotes(wanted), suggestion(wanted, nodes)));
 }
 
 } // namespace

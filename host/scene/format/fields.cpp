@@ -16,8 +16,8 @@ void requireObject(const ReadContext &context, std::string_view what, const Json
 
 void failUnknownKey(const ReadContext &context, const JsonMember &member, std::string_view what,
                     const std::vector<std::string> &known) {
-    context.fail(member.line, fmt::format("{} has no key {}{}", what, velm::host::quoted(member.key),
-                                          suggestion(member.key, known)));
+    context.fail(member.line,
+                 fmt::format("{} has no key {}{}", what, inQuotes(member.key), suggestion(member.key, known)));
 }
 
 void failWrongKind(const ReadContext &context, const JsonValue &value, const char *key, const char *kind) {

@@ -91,17 +91,17 @@ void checkSurfaces(const SceneDescription &scene) {
         if (!isFromObject(surface) && !surface.saved.block.empty())
             throw InputError(surface.location,
                              fmt::format("the surface {} of {} was changed, but its network is not described",
-                                         velm::host::quoted(surface.name), surface.saved.file));
+                                         inQuotes(surface.name), surface.saved.file));
     const NamesWhenRead names(scene);
     for (const ObjectDescription &object : scene.objects)
         for (const SurfaceUse &use : object.surfaces) {
             if (ownSurface(scene, object, use)) continue; // it follows the name
             const SurfaceDescription *surface = find(scene, use.surface);
             if (surface && isFromObject(*surface) && !names.have(*surface))
-                throw InputError(use.location, fmt::format("the object {} has the surface {} of {}, which would not "
-                                                           "have this name when the scene is read again",
-                                                           velm::host::quoted(object.name),
-                                                           velm::host::quoted(use.surface), surface->saved.file));
+                throw InputError(use.location,
+                                 fmt::format("the object {} has the surface {} of {}, which would not "
+                                             "have this name when the scene is read again",
+                                             inQuotes(object.name), inQuotes(use.surface), surface->saved.file));
         }
 }
 

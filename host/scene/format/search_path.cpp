@@ -68,10 +68,10 @@ std::string whyNotFound(const std::string &name, const std::string &sceneDirecto
     for (const std::string &candidate : candidates(name, sceneDirectory, path)) {
         if (isAbsent(candidate)) continue;
         if (const auto reason = whyUnreadable(candidate))
-            return fmt::format("cannot read {}: {}", velm::host::quoted(candidate), *reason);
+            return fmt::format("cannot read {}: {}", inQuotes(candidate), *reason);
     }
-    if (fs::path(name).is_absolute()) return fmt::format("there is no file {}", velm::host::quoted(name));
-    return fmt::format("there is no file {}; looked in {}{}{}", velm::host::quoted(name),
+    if (fs::path(name).is_absolute()) return fmt::format("there is no file {}", inQuotes(name));
+    return fmt::format("there is no file {}; looked in {}{}{}", inQuotes(name),
                        sceneDirectory.empty() ? "." : sceneDirectory, path.directories.empty() ? "" : ", ",
                        fmt::join(path.directories, ", "));
 }
