@@ -10,7 +10,6 @@ import glob
 import json
 import os
 import random
-import re
 import resource
 import shutil
 import subprocess
@@ -29,8 +28,6 @@ EQUIVALENT = os.path.join(ROOT, "tools", "equivalent_mutants.txt")
 PROGRAMS = {
     "test_module": "tests/module",
     "test_nodes": "tests/nodes",
-    "test_nodes_rays_and_state": "tests/nodes",
-    "test_nodes_images_and_sharing": "tests/nodes",
     "test_share": "tests/share",
     "test_random": "tests/random",
     "test_shading": "tests/shading",
@@ -38,7 +35,7 @@ PROGRAMS = {
 # The program most likely to notice a mutant of a file outside nodes/. If it does not, all others are run.
 FILES = {
     "module/descriptor.cpp": "test_module",
-    "module/inputs.h": "test_nodes_rays_and_state",
+    "module/inputs.h": "test_nodes",
     "module/node.cpp": "test_module",
     "module/node.h": "test_module",
     "module/panel.cpp": "test_module",
@@ -47,25 +44,23 @@ FILES = {
     "shading/compare.h": "test_nodes",
     "shading/directions.cpp": "test_nodes",
     "shading/directions.h": "test_nodes",
-    "shading/glossy.h": "test_nodes_images_and_sharing",
-    "shading/image_popup.cpp": "test_nodes_images_and_sharing",
-    "shading/image_popup.h": "test_nodes_images_and_sharing",
+    "shading/glossy.h": "test_nodes",
+    "shading/image_popup.cpp": "test_nodes",
+    "shading/image_popup.h": "test_nodes",
     "shading/rays.h": "test_nodes",
     "shading/sincos.cpp": "test_shading",
-    "shading/vectors.h": "test_nodes_images_and_sharing",
+    "shading/vectors.h": "test_nodes",
     "share/registry.cpp": "test_share",
 }
 
 
 def node_files():
     """The files of the nodes, each with the test program that contains the test of that node."""
-    with open(os.path.join(ROOT, "tests", "nodes", "CMakeLists.txt"), encoding="utf-8") as stream:
-        programs = re.findall(r"velm_test\((\w+)(.*?)LIBRARIES", stream.read(), re.DOTALL)
     found = {}
     for path in sorted(glob.glob(os.path.join(ROOT, "nodes", "*", "*.cpp"))):
         test = os.path.basename(path).replace(".cpp", "_test.cpp")
-        named = [program for program, sources in programs if test in sources.split()]
-        found[os.path.relpath(path, ROOT)] = named[0] if named else "test_module"
+        tested = os.path.exists(os.path.join(ROOT, "tests", "nodes", test))
+        found[os.path.relpath(path, ROOT)] = "test_nodes" if tested else "test_module"
     return found
 
 
