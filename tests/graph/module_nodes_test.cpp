@@ -6,10 +6,12 @@
 #include "host/state/load_state.h"
 #include "host/state/save_state.h"
 #include "tests/graph/listed_module.h"
+#include "tests/module/node_names.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <iterator>
 #include <sstream>
 #include <thread>
 
@@ -75,7 +77,7 @@ class ModuleNodes : public ::testing::Test {
 };
 
 TEST_F(ModuleNodes, HaveWorkingPanels) {
-    ASSERT_EQ(classes().size(), 17u);
+    ASSERT_EQ(classes().size(), std::size(plugin::kNodeNames));
     Surface surface("Clay");
     addAll(surface.network());
     for (const auto &node : surface.network().nodes()) {
