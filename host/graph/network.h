@@ -24,6 +24,17 @@ struct HostNodeEditor {
 
 namespace velm::host {
 
+// A server created no instance of a node.
+class CreationError : public InputError {
+  public:
+    // The node's name, and the server's message; empty if it gave none.
+    CreationError(const std::string &node, const std::string &reason);
+    bool hasReason() const { return hasReason_; } // the server gave a message
+
+  private:
+    bool hasReason_;
+};
+
 // [interface thread; not while rendering] except where said otherwise. Functions throw InputError on failure; the
 // service functions that call them turn it into results.
 class Network final : public HostNodeEditor {
@@ -64,7 +75,7 @@ class Network final : public HostNodeEditor {
     HostNode &node(std::string_view name) const;
 
     // Creates a node. An empty name stands for the server's display name; a name that is taken gets a number:
-    // "Counter", "Counter (2)". InputError, with the server's own message, when the server creates no instance.
+    // "Counter", "Counter (2)". CreationError when the server creates no instance.
     HostNode &addNode(ServerClass &server, std::string_view name = {});
     // The same for a node whose server is missing.
     HostNode &addPlaceholder(std::shared_ptr<Placeholder> placeholder, std::string_view name);

@@ -16,9 +16,6 @@ namespace velm::host {
 
 namespace {
 
-// Servers hand out a message through a pointer, and may leave it empty.
-std::string messageOr(const char *message, const char *otherwise) { return message && *message ? message : otherwise; }
-
 // Marks that the instance of a node is being created, until the end of the scope. Creations nest.
 class InstanceCreation {
   public:
@@ -92,6 +89,11 @@ Network::~Network() {
 
 // ---- Creation ------------------------------------------------------------------------------------------------------
 
+CreationError::CreationError(const std::string &node, const std::string &reason)
+    : InputError(fmt::format("cannot make the node {}: {}", inQuotes(node),
+                             reason.empty() ? "its server gives no reason" : reason)),
+      hasReason_(!reason.empty()) {}
+
 std::unique_ptr<HostNode> Network::createNode(ServerClass &server, std::string name,
                                               std::shared_ptr<Placeholder> placeholder) {
     const HostNodeHandler &handler = server.handler();
@@ -105,10 +107,10 @@ std::unique_ptr<HostNode> Network::createNode(ServerClass &server, std::string n
     InstanceCreation creation(*node);
     node->instance = callModule(server.number(), "create",
                                 [&] { return handler.instance->create(handler.instance->priv, node.get(), &error); });
-    if (!node->instance)
-        throw InputError(
-            fmt::format("cannot make the node {}: {}", inQuotes(node->name),
-                        creation.refusal.empty() ? messageOr(error, "its server gives no reason") : creation.refusal));
+    if (!node->instance) {
+        if (creation.refusal.empty() && error) creation.refusal = error;
+        throw CreationError(node->name, creation.refusal);
+    }
     node->evaluate = handler.evaluate;
     return node;
 }

@@ -80,10 +80,22 @@ TEST_F(NetworkTest, AFailedCreationAddsNoNode) {
     try {
         add(network, "A");
         FAIL();
-    } catch (const InputError &error) {
+    } catch (const CreationError &error) {
         EXPECT_STREQ(error.what(), "cannot make the node \"A\": out of paper");
+        EXPECT_TRUE(error.hasReason());
     }
     EXPECT_TRUE(network.nodes().empty());
+}
+
+TEST_F(NetworkTest, AServerMayFailWithoutAReason) {
+    failNextCreate("");
+    try {
+        add(network, "A");
+        FAIL();
+    } catch (const CreationError &error) {
+        EXPECT_STREQ(error.what(), "cannot make the node \"A\": its server gives no reason");
+        EXPECT_FALSE(error.hasReason());
+    }
 }
 
 TEST_F(NetworkTest, NodeFuncsReadAndChangeTheNode) {

@@ -41,9 +41,10 @@ bool createWithFailure(WatchedModule &module, const std::string &server, Generat
         failed = MemoryShortage::hasOccurred();
         failAllocation(-1);
         useOnce(fixture, random);
-    } catch (const InputError &error) {
-        if (std::string(error.what()).find("gives no reason") != std::string::npos)
-            failCheck("without memory it creates no instance and leaves no message");
+    } catch (const CreationError &error) {
+        if (!error.hasReason()) failCheck("without memory it creates no instance and leaves no message");
+        failed = true;
+    } catch (const InputError &) { // the class could not be activated, or the rendering not be started
         failed = true;
     }
     return failed;
