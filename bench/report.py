@@ -79,7 +79,7 @@ class Studio:
         return os.path.join(self.directory, name)
 
     def make_meshes(self):
-        # In processes of their own: the peak of memory that the system tells of a process is never below what its
+        # In processes of their own: the peak of memory that the system reports for a process is never below what its
         # parent held when it was started.
         program = os.path.join(bunny.ROOT, "bench", "dense_mesh.py")
         for parts in PARTS:

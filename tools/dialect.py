@@ -2,7 +2,7 @@
 """Checks two rules of style that clang-format and clang-tidy have no check for. With --fix, rewrites what breaks them.
 
 - A body of one line has no braces, unless an else follows it.
-- A pointer that is tested stands by itself: `if (pointer)`, `!pointer && ...`. It is compared with nullptr only where
+- A pointer is tested without a comparison: `if (pointer)`, `!pointer && ...`. It is compared with nullptr only where
   the result of the comparison is what is returned, passed or stored: `return pointer != nullptr;`.
 
 The sources must be formatted by clang-format.

@@ -1,5 +1,5 @@
-// Warnings: an input names something that is missing or unusable. The work goes on without it and the user is told;
-// under the strict policy the work ends with an error instead.
+// Warnings: an input names something that is missing or unusable. The work continues without it and the user is
+// warned; under the strict policy the work ends with an error instead.
 #pragma once
 
 #include "host/base/error.h"

@@ -142,7 +142,7 @@ class LayoutPrinter {
             printLongChoice(control, depth);
         else
             line(depth, text + rulesText(control));
-        // That of a setting stands in the table.
+        // That of a setting is in the table.
         if (!isSetting(control))
             printWrapped(findSentence(sentences_, control.name), indentOf(depth) + kHelpIndent, out_);
         if (control.dividerAfter) line(depth, "----");

@@ -46,7 +46,7 @@ std::vector<HostNode *> Network::all() const {
     return every;
 }
 
-// ---- What observers are told ---------------------------------------------------------------------------------------
+// ---- Notifying observers -------------------------------------------------------------------------------------------
 
 // False for a node that is still being created: observers do not know it yet.
 bool Network::isListed(const HostNode &node) const { return names_.find(node.name) == &node; }

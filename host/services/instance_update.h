@@ -11,7 +11,7 @@ namespace velm::host {
 // The function that the lookup gives. A null class name counts as an empty one. [interface thread; not while rendering]
 HostInstanceUpdate *instanceUpdate();
 
-// Is told of every call of the service. Rules for the function: see ObserverList.
+// Notified of every call of the service. Rules for the function: see ObserverList.
 // [interface thread; not while rendering]
 class InstanceObserver {
   public:

@@ -10,7 +10,7 @@
 namespace velm::host {
 
 // The path to a network: the name of its surface and, for a network inside a node, the names of the nodes to go
-// through. The network itself goes by the name of its last element, as connections name it.
+// through. In its connections, the network itself has the name of the path's last element.
 struct NetworkPath {
     std::string surface;
     std::vector<std::string> nodes; // each holds the network that the next one is in
@@ -22,7 +22,7 @@ struct NetworkPath {
 // A node of a network.
 struct NodePath {
     NetworkPath network;
-    std::string node; // the name of the network's root stands for the root
+    std::string node; // the node's name, or that of the network itself for its root
 
     std::string text() const;
 };

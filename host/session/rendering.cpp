@@ -13,9 +13,9 @@ void warnOfCircle(const std::string &sceneFile, Warnings &warnings) {
     if (!takeEvaluationTooDeep()) return;
     warnings.add({.location = {.file = sceneFile, .line = 0},
                   .path = "",
-                  .brief = "nodes that ask each other in a circle",
-                  .message = "nodes ask each other in a circle, by way of a store perhaps; the inputs where it was cut "
-                             "off count as unconnected"});
+                  .brief = "nodes that evaluate each other in a circle",
+                  .message = "nodes evaluate each other in a circle, perhaps through a material store; the inputs at "
+                             "which it was cut count as unconnected"});
 }
 
 } // namespace

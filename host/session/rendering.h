@@ -23,8 +23,8 @@ class Rendering {
     // before the first render.
     void setFrame(int frame);
 
-    // Renders the current frame, whatever frame the job names, and warns of nodes that asked each other in a circle.
-    // As renderFrame; `sink` may be null.
+    // Renders the current frame, whatever frame the job names, and warns of nodes that evaluated each other in a
+    // circle. Otherwise as renderFrame. `sink` may be null.
     Frame render(RenderJob job, ProgressSink *sink = nullptr);
 
   private:

@@ -58,8 +58,7 @@ Network &Session::network(const NetworkPath &path) const { return networkAt(surf
 
 HostNode &Session::node(const NodePath &path) const { return nodeAt(surface(path.network.surface), path); }
 
-// ---- Networks
-// --------------------------------------------------------------------------------------------------------
+// ---- Networks ----
 
 void Session::setSetting(const NodePath &path, const std::string &label, const SettingValue &value) {
     applySetting(panelFor(node(path), path), {.label = label, .value = value, .location = {}});
@@ -111,8 +110,7 @@ void Session::disconnect(const NodePath &to, const std::string &input) {
     changed_.insert(to.network.surface);
 }
 
-// ---- Scene
-// -----------------------------------------------------------------------------------------------------------
+// ---- Scene ----
 
 SceneWork Session::apply(SceneDescription changed) {
     const SceneWork update =

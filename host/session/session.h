@@ -77,7 +77,7 @@ class Session {
 
     // The scene as it is now, the changed networks included. The networks stay as they are.
     SceneDescription describe() const;
-    // The same as the text of a scene file that is to stand in `directory`.
+    // The same as the text of a scene file, with the names of other files relative to `directory`.
     std::string write(const std::string &directory) const;
 
   private:

@@ -50,7 +50,7 @@ class BinarySaveForm final : public SaveForm {
     }
     void putId(const HostBlockId &id) override { putUnsigned(id.id, 4); }
 
-    void putLines(std::string_view) override { mistake("lines of text cannot stand in binary data"); }
+    void putLines(std::string_view) override { mistake("binary data cannot contain lines of text"); }
 
     void open(const HostBlockId &id, bool) override {
         if (blocks_.size() >= kMaxBlockDepth) mistake("blocks are nested too deeply at " + blockName(id.id));

@@ -7,7 +7,7 @@
  *   - colour or material to scalar: the luminance, 0.299 R + 0.587 G + 0.114 B; a vector likewise, its components
  *     taken as red, green and blue
  *   - scalar or integer to colour or vector: the value in each component
- *   - anything to integer: by way of a scalar, truncated towards zero
+ *   - anything to integer: converted to a scalar, then truncated towards zero
  *   - material to colour or vector: its diffuse colour
  *   - anything to material: the value as the diffuse colour, and the rest 0
  *   - a function transforms whatever the asking input holds, each component by itself

@@ -8,7 +8,7 @@
  *     padded to an even length.
  *   - Text, as in scene files: every write outside a leaf block is a line of its own. A leaf block is one line, its
  *     token and then its values; any other block is `{ Token`, its contents indented by two blanks, and `}`. Signed
- *     integers are decimal, unsigned ones hexadecimal, and strings stand in double quotes.
+ *     integers are decimal, unsigned ones hexadecimal, and strings are in double quotes.
  *
  * Blocks nest. Whoever begins a block, or enters one, ends it. Reads stop at the end of the innermost block and, in
  * text form, at the end of the line.

@@ -114,9 +114,9 @@ TEST(CircularEvaluation, IsReportedOnceAndSummarised) {
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(outcome.err,
               "velm: warning: " + scene +
-                  ": nodes ask each other in a circle, by way of a store perhaps; the inputs where it was cut "
-                  "off count as unconnected\n"
-                  "velm: 1 warning: nodes that ask each other in a circle\n");
+                  ": nodes evaluate each other in a circle, perhaps through a material store; the inputs at "
+                  "which it was cut count as unconnected\n"
+                  "velm: 1 warning: nodes that evaluate each other in a circle\n");
     EXPECT_TRUE(std::filesystem::exists(directory.file("2.exr")));
 }
 
@@ -125,7 +125,7 @@ TEST(CircularEvaluation, IsAnErrorWhenStrict) {
     const std::string scene = directory.write("scene.json", kCircle);
     const test::Outcome outcome = test::velm({"render", scene, "-o", directory.file("#.exr"), "--quiet", "--strict"});
     EXPECT_EQ(outcome.status, kExitInput) << outcome.err;
-    EXPECT_TRUE(outcome.err.starts_with("velm: " + scene + ": nodes ask each other in a circle")) << outcome.err;
+    EXPECT_TRUE(outcome.err.starts_with("velm: " + scene + ": nodes evaluate each other in a circle")) << outcome.err;
     EXPECT_FALSE(std::filesystem::exists(directory.file("1.exr")));
     // The next render is not affected.
     const std::string good = directory.write("good.json", wallWith("none.ppm"));

@@ -61,7 +61,7 @@ TEST_P(ImagePopups, NamingResetsAChoiceThatHasBecomeTheLastEntry) {
     images.remove(1); // 5 entries; "(load Image)" is 4
     images.controls.setReaches = false;
     EXPECT_EQ(popup.name(0), "(none)");
-    EXPECT_EQ(host.takeLog(), Lines{}) << "the first entry is told at once";
+    EXPECT_EQ(host.takeLog(), Lines{}) << "the first entry is reported at once";
     EXPECT_EQ(popup.name(2), "(none)");
     EXPECT_EQ(host.takeLog(), Lines{popup.setTo(0)});
     EXPECT_EQ(popup.name(2), "picture2") << "the count is now known";

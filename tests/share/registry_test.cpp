@@ -52,7 +52,7 @@ TEST_F(Registry, KnowsAnInstanceByItsAddress) {
     EXPECT_EQ(registry().storeNodeCount, 2);
     EXPECT_EQ(registry().lastID, 2) << "the number of one that is listed already is not looked at";
     EXPECT_EQ(a->id, 50);
-    EXPECT_EQ(waiting->slot, -7) << "nobody is told";
+    EXPECT_EQ(waiting->slot, -7) << "nobody is notified";
     GetMaterial *get = listedGet();
     addGetNodeForced(get);
     EXPECT_EQ(registry().getNodeCount, 2);
