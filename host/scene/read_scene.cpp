@@ -38,10 +38,12 @@ void checkNames(const SceneDescription &scene) {
 // A scene of which only the surfaces are used needs no camera.
 enum class Purpose { rendering, surfaces };
 
-SceneDescription read(std::string_view text, const std::string &file, const SearchPath &path, Purpose purpose) {
+SceneDescription read(std::string_view text, const std::string &file, const SearchPath &path, Purpose purpose,
+                      std::span<const SceneOverride> overrides = {}) {
     const std::filesystem::path filePath(file);
     const ReadContext context{.file = file, .directory = filePath.parent_path().string(), .path = path};
-    const JsonValue root = parseJson(text, file);
+    JsonValue root = parseJson(text, file);
+    overrideValues(overrides, file, root);
     SceneDescription scene;
     scene.file = file;
     scene.name = filePath.stem().string();
@@ -62,8 +64,8 @@ SceneDescription readSceneText(std::string_view text, const std::string &file, c
     return read(text, file, path, Purpose::rendering);
 }
 
-SceneDescription readScene(const std::string &file, const SearchPath &path) {
-    return readSceneText(readFile(file), file, path);
+SceneDescription readScene(const std::string &file, const SearchPath &path, std::span<const SceneOverride> overrides) {
+    return read(readFile(file), file, path, Purpose::rendering, overrides);
 }
 
 SceneDescription readSurfaces(const std::string &file, const SearchPath &path) {

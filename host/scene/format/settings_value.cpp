@@ -10,6 +10,18 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+struct SettingJson {
+    const WriteContext &context;
+
+    Json operator()(bool value) const { return writePlain(boolRule(), value); }
+    Json operator()(double value) const { return writePlain(numberRule(), value); }
+    Json operator()(const Double3 &value) const { return writePlain(vec3Rule(), value); }
+    Json operator()(const std::string &value) const { return value; } // may be empty
+    Json operator()(const KeysDescription &keys) const { return writeObject(context, keysTable(), keys); }
+};
+
+} // namespace
+
 SettingValue readSettingValue(const ReadContext &context, const JsonMember &setting) {
     const JsonValue &value = setting.value;
     switch (value.kind) {
@@ -28,18 +40,6 @@ SettingValue readSettingValue(const ReadContext &context, const JsonMember &sett
                                          "an object with \"keys\"; found null",
                                          setting.key));
 }
-
-struct SettingJson {
-    const WriteContext &context;
-
-    Json operator()(bool value) const { return writePlain(boolRule(), value); }
-    Json operator()(double value) const { return writePlain(numberRule(), value); }
-    Json operator()(const Double3 &value) const { return writePlain(vec3Rule(), value); }
-    Json operator()(const std::string &value) const { return value; } // may be empty
-    Json operator()(const KeysDescription &keys) const { return writeObject(context, keysTable(), keys); }
-};
-
-} // namespace
 
 void readSettings(const ReadContext &context, const JsonMember &found, std::vector<SettingDescription> &settings) {
     requireObject(context, '"' + found.key + '"', found.value);

@@ -5,6 +5,8 @@
 
 namespace velm::host {
 
+// The value of one setting. InputError for JSON that no setting can have.
+SettingValue readSettingValue(const ReadContext &context, const JsonMember &setting);
 void readSettings(const ReadContext &context, const JsonMember &found, std::vector<SettingDescription> &settings);
 // Nothing where there are no settings.
 std::optional<nlohmann::ordered_json> writeSettings(const WriteContext &context,
