@@ -1,6 +1,7 @@
 // "velm compare": whether two pictures are the same, and where they differ.
 #include "host/base/error.h"
 #include "host/cli/commands.h"
+#include "host/cli/json_output.h"
 #include "host/cli/option_types.h"
 #include "host/cli/output_file.h"
 #include "host/image/compare.h"
@@ -18,6 +19,7 @@ struct CompareOptions {
     std::string first, second;
     CompareLimits limits;
     std::string differences; // the file for a picture of the differences; empty: none
+    bool json = false;
 };
 
 void declareOptions(CLI::App &command, ProgramOptions &, CompareOptions &options) {
@@ -44,6 +46,7 @@ void declareOptions(CLI::App &command, ProgramOptions &, CompareOptions &options
         ->type_name("S");
     command.add_flag("!--no-alpha", options.limits.alpha, "Leave alpha out");
     command.add_option("--differences", options.differences, "A picture file for the differences")->type_name("FILE");
+    command.add_flag("--json", options.json, kJsonHelp);
 }
 
 std::string sizeText(const FilePixels &image) {
@@ -69,6 +72,33 @@ void printFigures(const Comparison &comparison, const CompareLimits &limits, std
     if (comparison.asScreen) out << "  light was compared as screen numbers\n";
 }
 
+Json jsonOfSize(const FilePixels &image) {
+    return {{"width", image.width}, {"height", image.height}, {"left", image.left}, {"top", image.top}};
+}
+
+Json jsonOfFigures(const Comparison &comparison, const CompareLimits &limits) {
+    Json json = {
+        {"mean", jsonNumber(comparison.mean)},
+        {"rms", jsonNumber(comparison.rms)},
+        {"pixels", comparison.pixels},
+        {"differentPixels", comparison.beyond},
+        {"pixelsWithNaN", comparison.notNumbers},
+        {"channels", comparison.channels},
+        {"onlyInOne", comparison.onlyInOne},
+        {"comparedAsScreen", comparison.asScreen},
+        {"limits",
+         {{"tolerance", limits.tolerance}, {"mean", limits.mean}, {"rms", limits.rms}, {"share", limits.fraction}}}};
+    const WorstPixel &worst = comparison.worst;
+    if (worst.difference > 0)
+        json["worst"] = {{"difference", jsonNumber(worst.difference)},
+                         {"channel", worst.channel},
+                         {"x", worst.x},
+                         {"y", worst.y},
+                         {"first", jsonNumber(worst.first)},
+                         {"second", jsonNumber(worst.second)}};
+    return json;
+}
+
 int compareFiles(const CompareOptions &options, std::ostream &out) {
     if (!options.differences.empty()) {
         prepareOutput(options.differences);
@@ -77,12 +107,22 @@ int compareFiles(const CompareOptions &options, std::ostream &out) {
     const FilePixels first = readFilePixels(options.first), second = readFilePixels(options.second);
     const Comparison comparison = compareImages(first, second, options.limits);
     if (!comparison.sameSize) {
-        out << fmt::format("other size: {} and {}\n", sizeText(first), sizeText(second));
+        if (options.json)
+            printJson({{"verdict", "other size"}, {"first", jsonOfSize(first)}, {"second", jsonOfSize(second)}}, out);
+        else
+            out << fmt::format("other size: {} and {}\n", sizeText(first), sizeText(second));
         return kCompareOtherSize;
     }
     const bool same = withinLimits(comparison, options.limits);
-    out << (same ? "the same\n" : "different\n");
-    printFigures(comparison, options.limits, out);
+    const char *const verdict = same ? "the same" : "different";
+    if (options.json) {
+        Json json = {{"verdict", verdict}};
+        json.update(jsonOfFigures(comparison, options.limits));
+        printJson(json, out);
+    } else {
+        out << verdict << '\n';
+        printFigures(comparison, options.limits, out);
+    }
     if (!options.differences.empty()) writePicture(comparison.differences, options.differences);
     return same ? kCompareSame : kCompareDifferent;
 }

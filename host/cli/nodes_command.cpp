@@ -1,5 +1,7 @@
 // "velm nodes": the nodes as a table.
 #include "host/cli/commands.h"
+#include "host/cli/json_output.h"
+#include "host/cli/socket_json.h"
 #include "host/graph/listed_module.h"
 #include "host/graph/network.h"
 
@@ -23,16 +25,19 @@ std::string outputNames(const HostNode &node) {
     return names;
 }
 
-// The inputs and outputs of a node are known only once an instance exists.
-Row rowOf(ServerClass &server) {
-    Network editor("nodes", "nodes", nullptr, nullptr);
-    const HostNode &node = editor.addNode(server);
+Row rowOf(ServerClass &server, const HostNode &node) {
     return {server.name(),
             server.displayName(),
             server.menuGroup(),
             server.hasPanel() ? "yes" : "no",
             std::to_string(node.inputs.size()),
             outputNames(node)};
+}
+
+Json jsonOf(ServerClass &server, const HostNode &node) {
+    return {
+        {"name", server.name()},      {"shownAs", server.displayName()},      {"menuGroup", server.menuGroup()},
+        {"panel", server.hasPanel()}, {"inputs", jsonOfSockets(node.inputs)}, {"outputs", jsonOfSockets(node.outputs)}};
 }
 
 void printTable(const std::vector<Row> &rows, std::ostream &out) {
@@ -49,18 +54,27 @@ void printTable(const std::vector<Row> &rows, std::ostream &out) {
 
 struct NodesOptions {
     bool all = false; // the host's own nodes too
+    bool json = false;
 };
 
 void declareOptions(CLI::App &command, ProgramOptions &, NodesOptions &options) {
     command.add_flag("--all", options.all, "The host's own nodes too");
+    command.add_flag("--json", options.json, kJsonHelp);
 }
 
 int run(const ProgramOptions &program, const NodesOptions &nodes, std::ostream &out, std::ostream &) {
     const ListedModule module(program.module);
     std::vector<Row> rows{{"Name", "Shown as", "Menu group", "Panel", "Inputs", "Outputs"}};
-    for (const auto &server : serverList().all())
-        if (nodes.all || server->origin() == module.path()) rows.push_back(rowOf(*server));
-    printTable(rows, out);
+    Json json = Json::array();
+    for (const auto &server : serverList().all()) {
+        if (!nodes.all && server->origin() != module.path()) continue;
+        // The inputs and outputs of a node are known only once an instance exists.
+        Network editor("nodes", "nodes", nullptr, nullptr);
+        const HostNode &node = editor.addNode(*server);
+        rows.push_back(rowOf(*server, node));
+        json.push_back(jsonOf(*server, node));
+    }
+    nodes.json ? printJson(json, out) : printTable(rows, out);
     return kExitDone;
 }
 

@@ -1,7 +1,6 @@
 #include "host/cli/panel_text.h"
 
 #include "host/cli/wrapped_text.h"
-#include "host/panel/layout.h"
 
 #include <algorithm>
 #include <array>
@@ -31,16 +30,6 @@ const char *kindText(ControlKind kind) {
     return "";
 }
 
-// "number, with keys".
-std::string typeText(const ControlInfo &control) {
-    const ControlType *type = findControlType(control.type);
-    if (!type) return control.type;
-    std::string text = type->unit == Unit::colour ? "colour" : kindText(type->kind);
-    if (type->components == 3 && type->unit != Unit::colour) text = "three numbers";
-    if (type->storage == Storage::animated) text += ", with keys";
-    return text;
-}
-
 std::string valueText(const ControlInfo &control) {
     if (control.unit.empty() || control.value.empty()) return control.value;
     return control.value + ' ' + control.unit;
@@ -58,17 +47,12 @@ std::string limitsText(const ControlInfo &control) {
     return text;
 }
 
-bool isSetting(const ControlInfo &control) {
-    const ControlType *type = findControlType(control.type);
-    return !control.name.empty() && type && type->storage != Storage::none;
-}
-
 void printSettings(const std::vector<ControlInfo> &controls, const HelpSentences &sentences, std::ostream &out) {
     using Row = std::array<std::string, 4>;
     std::vector<Row> rows{{"Name", "Default", "Kind", "Limits"}};
     for (const ControlInfo &control : controls)
         if (isSetting(control))
-            rows.push_back({control.name, valueText(control), typeText(control), limitsText(control)});
+            rows.push_back({control.name, valueText(control), controlKindText(control), limitsText(control)});
     out << "\nSettings\n";
     std::array<std::size_t, 4> widths{};
     for (const Row &row : rows)
@@ -175,6 +159,20 @@ class LayoutPrinter {
 };
 
 } // namespace
+
+std::string controlKindText(const ControlInfo &control) {
+    const ControlType *type = findControlType(control.type);
+    if (!type) return control.type;
+    std::string text = type->unit == Unit::colour ? "colour" : kindText(type->kind);
+    if (type->components == 3 && type->unit != Unit::colour) text = "three numbers";
+    if (type->storage == Storage::animated) text += ", with keys";
+    return text;
+}
+
+bool isSetting(const ControlInfo &control) {
+    const ControlType *type = findControlType(control.type);
+    return !control.name.empty() && type && type->storage != Storage::none;
+}
 
 void printPanel(HostPanel &panel, const HelpSentences &sentences, std::ostream &out) {
     const std::vector<ControlInfo> controls = describeControls(panel);

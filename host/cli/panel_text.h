@@ -2,9 +2,11 @@
 #pragma once
 
 #include "host/help/help.h"
+#include "host/panel/layout.h"
 #include "host/panel/panel.h"
 
 #include <iosfwd>
+#include <string>
 
 namespace velm::host {
 
@@ -12,6 +14,12 @@ namespace velm::host {
 // limits, and then the layout of the panel with its rules. `sentences` are printed below the settings and the buttons
 // that they describe. Throws InputError for a panel with mistakes. [interface thread; not while rendering]
 void printPanel(HostPanel &panel, const HelpSentences &sentences, std::ostream &out);
+
+// What kind of value a control has, such as "number, with keys" or "choice"; or "button" or "drawing".
+std::string controlKindText(const ControlInfo &control);
+
+// Whether the control has a value that scene files can set. [any thread]
+bool isSetting(const ControlInfo &control);
 
 // How far help is indented below the line that it describes.
 inline constexpr std::size_t kHelpIndent = 4;

@@ -2,7 +2,9 @@
 #include "host/base/error.h"
 #include "host/base/names.h"
 #include "host/cli/commands.h"
+#include "host/cli/panel_json.h"
 #include "host/cli/panel_text.h"
+#include "host/cli/socket_json.h"
 #include "host/cli/wrapped_text.h"
 #include "host/graph/listed_module.h"
 #include "host/graph/network.h"
@@ -51,23 +53,7 @@ void printSockets(const char *title, const Sockets &sockets, const HelpSentences
     }
 }
 
-struct ShowOptions {
-    std::string node; // server name or display name
-};
-
-void declareOptions(CLI::App &command, ProgramOptions &, ShowOptions &options) {
-    command.add_option("NODE", options.node, "Its name, as listed by \"velm nodes\"")->required()->type_name("");
-}
-
-int run(const ProgramOptions &program, const ShowOptions &show, std::ostream &out, std::ostream &) {
-    const ListedModule module(program.module);
-    ServerClass &server = findServer(show.node);
-    Network editor("show", "show", nullptr, nullptr);
-    HostNode &node = editor.addNode(server);
-
-    const NodeHelp *found = findHelp(server.name());
-    const NodeHelp help = found ? *found : NodeHelp{}; // nodes of other modules have none
-
+void printNode(const ServerClass &server, HostNode &node, const NodeHelp &help, std::ostream &out) {
     std::ostringstream text; // printed at once at the end: a panel with mistakes throws before that
     text << fmt::format("{}\n  shown as    {}\n  menu group  {}\n  from        {}\n", server.name(),
                         server.displayName(), server.menuGroup().empty() ? "none" : server.menuGroup(),
@@ -81,6 +67,43 @@ int run(const ProgramOptions &program, const ShowOptions &show, std::ostream &ou
     else
         text << "\nPanel\n  none\n";
     out << text.str();
+}
+
+Json jsonOf(const ServerClass &server, HostNode &node, const NodeHelp &help) {
+    HostPanel *const panel = panelOf(node);
+    return {{"name", server.name()},
+            {"shownAs", server.displayName()},
+            {"menuGroup", server.menuGroup()},
+            {"from", server.origin()},
+            {"help", help.summary},
+            {"inputs", jsonOfSockets(node.inputs, help.inputs)},
+            {"outputs", jsonOfSockets(node.outputs, help.outputs)},
+            {"panel", panel ? jsonOfPanel(*panel, help.settings) : Json()}};
+}
+
+struct ShowOptions {
+    std::string node; // server name or display name
+    bool json = false;
+};
+
+void declareOptions(CLI::App &command, ProgramOptions &, ShowOptions &options) {
+    command.add_option("NODE", options.node, "Its name, as listed by \"velm nodes\"")->required()->type_name("");
+    command.add_flag("--json", options.json, kJsonHelp);
+}
+
+int run(const ProgramOptions &program, const ShowOptions &show, std::ostream &out, std::ostream &) {
+    const ListedModule module(program.module);
+    ServerClass &server = findServer(show.node);
+    Network editor("show", "show", nullptr, nullptr);
+    HostNode &node = editor.addNode(server);
+
+    const NodeHelp *found = findHelp(server.name());
+    const NodeHelp help = found ? *found : NodeHelp{}; // nodes of other modules have none
+
+    if (show.json)
+        printJson(jsonOf(server, node, help), out);
+    else
+        printNode(server, node, help, out);
     return kExitDone;
 }
 

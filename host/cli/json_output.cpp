@@ -1,0 +1,19 @@
+#include "host/cli/json_output.h"
+
+#include <cmath>
+#include <ostream>
+
+namespace velm::host {
+
+void printJson(const Json &value, std::ostream &out) {
+    constexpr int kIndent = 2;
+    out << value.dump(kIndent, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+Json jsonNumber(double number) {
+    if (std::isnan(number)) return "NaN";
+    if (std::isinf(number)) return number > 0 ? "Infinity" : "-Infinity";
+    return number;
+}
+
+} // namespace velm::host
