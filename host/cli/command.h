@@ -20,6 +20,7 @@ struct ProgramOptions {
     std::string module;      // the file of the module
     GuardOptions guard;      // of commands that load the module
     std::string commandLine; // as given, for the headers of pictures
+    std::string log;         // the file of the log; empty: none
 };
 
 // One command. Its file ends with its definition by `makeCommand`.

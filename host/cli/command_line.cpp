@@ -18,11 +18,7 @@ namespace {
 
 constexpr const char *kVersionText = "velm " VELM_VERSION;
 
-std::string defaultModule() {
-    std::error_code error;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return (error ? std::filesystem::path(".") : program.parent_path()) / "velm.p";
-}
+std::string defaultModule() { return std::filesystem::path(programFile()).replace_filename("velm.p"); }
 
 // Options of the program itself and of every command that needs the module.
 void addCommon(CLI::App &app, ProgramOptions &program) {
@@ -97,10 +93,17 @@ Declared declareCommand(const Command &command, CLI::App &app, ProgramOptions &p
 
 } // namespace
 
+std::string programFile() {
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? "velm" : program.string();
+}
+
 std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, std::ostream &out) {
-    CommandLine line{.command = nullptr,
-                     .program = {.module = defaultModule(), .guard = {}, .commandLine = joinedWords(argc, argv)},
-                     .record = {}};
+    CommandLine line{
+        .command = nullptr,
+        .program = {.module = defaultModule(), .guard = {}, .commandLine = joinedWords(argc, argv), .log = {}},
+        .record = {}};
     CLI::App app("Loads a module of shading nodes, lists its nodes, and renders scenes with them.", "velm");
     app.require_subcommand(1);
     addCommon(app, line.program);

@@ -6,6 +6,7 @@
 #include <any>
 #include <iosfwd>
 #include <optional>
+#include <string>
 
 namespace velm::host {
 
@@ -19,5 +20,8 @@ struct CommandLine {
 // Parses the command line; or prints what --help or --version ask for to `out` and gives nothing. UsageError where it
 // is wrong.
 std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, std::ostream &out);
+
+// The file of this program; "velm" if the system does not tell.
+std::string programFile();
 
 } // namespace velm::host

@@ -27,9 +27,9 @@ std::optional<std::array<int, n>> parseIntegers(std::string_view text, char sepa
 
 // Adds an option whose text `parse` turns into the target's type. `parse` throws UsageError.
 template <class T>
-void addParsed(CLI::App &command, const std::string &name, std::optional<T> &target, T (*parse)(const std::string &),
-               const std::string &kind, const std::string &help) {
-    command
+CLI::Option *addParsed(CLI::App &command, const std::string &name, std::optional<T> &target,
+                       T (*parse)(const std::string &), const std::string &kind, const std::string &help) {
+    return command
         .add_option_function<std::string>(
             name, [&target, parse](const std::string &text) { target = parse(text); }, help)
         ->type_name(kind);

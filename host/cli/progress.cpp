@@ -30,12 +30,19 @@ std::string durationText(double seconds) {
     return fmt::format("{}:{:02}:{:02}", whole / kHour, whole % kHour / kMinute, whole % kMinute);
 }
 
+ProgressReport::ProgressReport(std::ostream &stream, std::ostream &output, ProgressStyle style, TimeLimit limit)
+    : stream_(stream), style_(style), limit_(limit) {
+    if (style == ProgressStyle::percent) lines_.emplace(stream, "Progress: ", "%");
+    if (style == ProgressStyle::openJd) lines_.emplace(output, "openjd_progress: ", "");
+}
+
 ProgressReport::~ProgressReport() {
     if (style_ == ProgressStyle::bar && shown_ >= 0) stream_ << kClearLine << std::flush;
 }
 
-void ProgressReport::begin(std::string title) {
+void ProgressReport::begin(std::string title, const FramePosition &position) {
     title_ = std::move(title);
+    position_ = position;
     start_ = Clock::now();
     shown_ = -1;
     if (style_ == ProgressStyle::bar) drawBar(0);
@@ -48,7 +55,11 @@ bool ProgressReport::progress(int done, int total) {
         stream_ << title_ << ": " << percent / kPercentStep * kPercentStep << " %\n" << std::flush;
         shown_ = percent;
     }
-    return !InterruptGuard::interrupted();
+    if (lines_) { // of all frames
+        const double frames = static_cast<double>(position_.index) + static_cast<double>(done) / total;
+        lines_->show(static_cast<int>(100 * frames / static_cast<double>(position_.count)), Clock::now());
+    }
+    return !InterruptGuard::interrupted() && !limit_.isOver();
 }
 
 void ProgressReport::drawBar(int percent) {

@@ -1,18 +1,23 @@
 // "velm render": the frames of a scene, as pictures.
+#include "host/base/error.h"
 #include "host/base/warnings.h"
 #include "host/cli/commands.h"
+#include "host/cli/existing_picture.h"
 #include "host/cli/frame_names.h"
 #include "host/cli/interrupt.h"
+#include "host/cli/log_file.h"
+#include "host/cli/memory_use.h"
 #include "host/cli/output_file.h"
 #include "host/cli/progress.h"
 #include "host/cli/render_options.h"
 #include "host/cli/statistics.h"
 #include "host/graph/listed_module.h"
-#include "host/scene/read_scene.h"
 #include "host/session/rendering.h"
 
-#include <cstdlib>
+#include <algorithm>
+#include <filesystem>
 #include <fmt/format.h>
+#include <optional>
 #include <ostream>
 
 namespace velm::host {
@@ -26,10 +31,6 @@ void applyOptions(const RenderOptions &options, RenderDescription &scene) {
         scene.height = options.size->height;
     }
     if (options.samples > 0) scene.samples = options.samples;
-    if (options.frames) {
-        scene.firstFrame = options.frames->first;
-        scene.lastFrame = options.frames->last;
-    }
 }
 
 struct RenderPlan {
@@ -51,18 +52,20 @@ RenderJob planJob(const RenderDescription &scene, const RenderOptions &options) 
 
 RenderPlan makePlan(const SceneDescription &scene, const RenderOptions &options) {
     const RenderDescription &render = scene.render;
-    std::vector<int> frames;
-    for (int frame = render.firstFrame; frame <= render.lastFrame; frame += render.frameStep) frames.push_back(frame);
+    // Nodes always see the scene's own first and last frames, so that a frame does not depend on the others of a job.
+    std::vector<int> frames = options.frames ? options.frames->frames(render.frameStep)
+                                             : framesBetween(render.firstFrame, render.lastFrame, render.frameStep);
     const bool several = frames.size() > 1;
     return {.job = planJob(render, options),
             .frames = std::move(frames),
             .names = FrameNames(options.output.empty() ? scene.name + ".png" : options.output, several)};
 }
 
-// The files of frames differ in their number only, so that the first or the last has the longest name: where these two
-// can be written, those between can be, too, unless something else has such a name.
+// The files of frames differ in their number only, so that the lowest or the highest has the longest name: where these
+// two can be written, those between can be, too, unless something else has such a name.
 void prepareOutputs(const RenderPlan &plan, const SceneDescription &scene) {
-    for (const int frame : {plan.frames.front(), plan.frames.back()}) prepareOutput(plan.names(frame));
+    const auto [lowest, highest] = std::ranges::minmax_element(plan.frames);
+    for (const int frame : {*lowest, *highest}) prepareOutput(plan.names(frame));
     for (const int frame : plan.frames) {
         const std::string file = plan.names(frame);
         checkOutputName(file);
@@ -71,18 +74,39 @@ void prepareOutputs(const RenderPlan &plan, const SceneDescription &scene) {
     }
 }
 
-// Progress, statistics and warnings of the run.
+// UsageError if the log has the name of a picture.
+void checkLog(const std::string &log, const RenderPlan &plan) {
+    if (log.empty()) return;
+    std::error_code error; // a path that cannot be followed is reported when it is opened
+    const auto path = std::filesystem::weakly_canonical(log, error);
+    for (const int frame : plan.frames)
+        if (path == std::filesystem::weakly_canonical(plan.names(frame), error))
+            throw UsageError(fmt::format("--log: \"{}\" is the file of a picture", log));
+}
+
+// Progress, statistics, warnings and the log of the run.
 struct Reporting {
+    LogFile log;
     ProgressReport progress;
     TotalStatistics total;
     Warnings warnings;
+    int written = 0, skipped = 0; // frames
 
-    Reporting(const RenderOptions &options, std::ostream &err)
-        : progress(err, progressStyle(err, options.quiet)),
-          warnings(options.strict ? Warnings::Policy::strict : Warnings::Policy::goOn,
-                   [this](const Warning &warning) { progress.note("velm: warning: " + warning.text()); }) {}
+    Reporting(const ProgramOptions &program, const RenderOptions &options, std::ostream &out, std::ostream &err)
+        : log(program.log), progress(err, out, options.progress.value_or(progressStyle(err, options.quiet)),
+                                     TimeLimit(options.timeLimit)),
+          warnings(options.strict ? Warnings::Policy::strict : Warnings::Policy::goOn, [this](const Warning &warning) {
+              progress.note("velm: warning: " + warning.text());
+              log.add(LogLevel::warning, warning.text());
+          }) {}
     Reporting(const Reporting &) = delete;
     Reporting &operator=(const Reporting &) = delete;
+
+    void skip(int frame, const std::string &file) {
+        ++skipped;
+        progress.end(fmt::format("{} exists; frame {} is not rendered", file, frame));
+        log.add(LogLevel::info, fmt::format("frame {}: {} exists; not rendered", frame, file));
+    }
 
     // All warnings once more, in one line at the end: the earlier lines may have scrolled away.
     void sumUpWarnings() {
@@ -90,48 +114,98 @@ struct Reporting {
     }
 };
 
-// Renders all frames and writes each when it is complete; false when it was interrupted.
-bool renderFrames(const RenderPlan &plan, Session &session, const PictureMetadata &metadata, Reporting &reporting) {
+// Renders the current frame and writes it when it is complete; false when it was stopped before.
+bool renderAndWrite(int number, const RenderPlan &plan, Rendering &rendering, const PictureMetadata &metadata,
+                    Reporting &reporting) {
+    const Frame frame = rendering.render(plan.job, &reporting.progress);
+    reporting.total.add(frame.statistics);
+    if (!frame.complete || InterruptGuard::interrupted()) return false;
+    const std::string file = plan.names(number);
+    writePicture(frame.picture, file, metadata);
+    ++reporting.written;
+    reporting.progress.end(fmt::format("{}, {} x {}, in {}", file, plan.job.width, plan.job.height,
+                                       durationText(frame.statistics.seconds)));
+    reporting.log.add(LogLevel::info, fmt::format("frame {}: {} written in {:.3f} s, {} rays", number, file,
+                                                  frame.statistics.seconds, frame.statistics.rays.total()));
+    return true;
+}
+
+// Renders all frames but those that another process has finished in the meantime; false when it was stopped.
+bool renderFrames(const RenderPlan &plan, Session &session, const PictureMetadata &metadata, bool skipExisting,
+                  Reporting &reporting) {
     const InterruptGuard guard;
     Rendering rendering(session);
     for (std::size_t i = 0; i < plan.frames.size(); ++i) {
         const int number = plan.frames[i];
+        if (skipExisting && isCurrentPicture(plan.names(number), {})) {
+            reporting.skip(number, plan.names(number));
+            continue;
+        }
+        if (InterruptGuard::interrupted() || reporting.progress.isTimeUp()) return false;
+        const std::string title = plan.frames.size() > 1
+                                      ? fmt::format("frame {} ({} of {})", number, i + 1, plan.frames.size())
+                                      : fmt::format("frame {}", number);
         rendering.setFrame(number);
-        reporting.progress.begin(plan.frames.size() > 1
-                                     ? fmt::format("frame {} ({} of {})", number, i + 1, plan.frames.size())
-                                     : fmt::format("frame {}", number));
-        const Frame frame = rendering.render(plan.job, &reporting.progress);
-        reporting.total.add(frame.statistics);
-        if (!frame.complete || InterruptGuard::interrupted()) return false;
-        const std::string file = plan.names(number);
-        writePicture(frame.picture, file, metadata);
-        reporting.progress.end(fmt::format("{}, {} x {}, in {}", file, plan.job.width, plan.job.height,
-                                           durationText(frame.statistics.seconds)));
+        reporting.log.add(LogLevel::info, title + " begins");
+        reporting.progress.begin(title, {.index = i, .count = plan.frames.size()});
+        if (!renderAndWrite(number, plan, rendering, metadata, reporting)) return false;
     }
     return true;
 }
 
-int run(const ProgramOptions &program, const RenderOptions &options, std::ostream &out, std::ostream &err) {
-    SceneDescription scene = readScene(options.scene, makeSearchPath(options.data, std::getenv("VELM_DATA")));
-    applyOptions(options, scene.render);
-    const RenderPlan plan = makePlan(scene, options);
-    prepareOutputs(plan, scene);
-
-    Reporting reporting(options, err);
+// Opens the scene and renders it; false when it was stopped.
+bool renderScene(const ProgramOptions &program, const RenderOptions &options, const RenderPlan &plan,
+                 SceneDescription scene, Reporting &reporting) {
     const ListedModule module(program.module);
-    Session session(std::move(scene), reporting.warnings);
-    reporting.total.prepared(session.renderScene().pointCount());
-    const PictureMetadata metadata{.scene = session.scene().file,
+    std::optional<Session> session;
+    withOverrides(options, [&] { session.emplace(std::move(scene), reporting.warnings); });
+    overrideSettings(options, *session);
+    reporting.total.prepared(session->renderScene().pointCount());
+    reporting.log.add(LogLevel::info, fmt::format("prepared: {} points; module {}", session->renderScene().pointCount(),
+                                                  module.path()));
+    const PictureMetadata metadata{.scene = session->scene().file,
                                    .module = module.path(),
                                    .version = "velm " VELM_VERSION,
                                    .command = program.commandLine};
-    const bool complete = renderFrames(plan, session, metadata, reporting);
+    return renderFrames(plan, *session, metadata, options.skipExisting, reporting);
+}
+
+// Leaves frames out whose pictures exist before the scene is opened, which takes time.
+void skipExisting(RenderPlan &plan, Reporting &reporting) {
+    std::erase_if(plan.frames, [&](int frame) {
+        const std::string file = plan.names(frame);
+        if (!isCurrentPicture(file, {})) return false;
+        reporting.skip(frame, file);
+        return true;
+    });
+}
+
+int endStopped(const RenderOptions &options, Reporting &reporting) {
+    if (!InterruptGuard::interrupted())
+        throw MachineError(
+            fmt::format("the time limit of {} s has passed; frames written: {}", options.timeLimit, reporting.written));
+    constexpr const char *kMessage = "interrupted; the frame that was under way is not written";
+    reporting.log.add(LogLevel::error, kMessage);
+    reporting.progress.end(fmt::format("velm: {}", kMessage));
+    return kExitInterrupted;
+}
+
+int run(const ProgramOptions &program, const RenderOptions &options, std::ostream &out, std::ostream &err) {
+    Reporting reporting(program, options, out, err);
+    SceneDescription scene = openScene(options);
+    applyOptions(options, scene.render);
+    RenderPlan plan = makePlan(scene, options);
+    prepareOutputs(plan, scene);
+    checkLog(program.log, plan);
+    reporting.log.prepare();
+    reporting.log.add(LogLevel::info, fmt::format("velm " VELM_VERSION ": {}", program.commandLine));
+    if (options.skipExisting) skipExisting(plan, reporting);
+    const bool complete = plan.frames.empty() || renderScene(program, options, plan, std::move(scene), reporting);
     reporting.sumUpWarnings();
-    if (!complete) {
-        reporting.progress.end("velm: interrupted; the frame that was under way is not written");
-        return kExitInterrupted;
-    }
-    if (options.stats) reporting.total.print(out);
+    if (!complete) return endStopped(options, reporting);
+    reporting.log.add(LogLevel::info, fmt::format("done: frames written: {}, not rendered: {}; peak memory {:.1f} MiB",
+                                                  reporting.written, reporting.skipped, peakMemory()));
+    if (options.stats) options.json ? reporting.total.printAsJson(out) : reporting.total.print(out);
     return kExitDone;
 }
 

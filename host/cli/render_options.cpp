@@ -5,25 +5,17 @@
 #include "module/host.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <utility>
+#include <vector>
 
 namespace velm::host {
 
-FrameRange parseFrames(const std::string &text) {
-    FrameRange range;
-    if (const auto two = parseIntegers<2>(text, '-'))
-        range = {.first = (*two)[0], .last = (*two)[1]};
-    else if (const auto one = parseIntegers<1>(text, '-'))
-        range = {.first = (*one)[0], .last = (*one)[0]};
-    else
-        throw UsageError(fmt::format("--frames: \"{}\" is neither a frame nor a range such as 1-24", text));
-    if (range.last < range.first)
-        throw UsageError(
-            fmt::format("--frames: the last frame, {}, comes before the first, {}", range.last, range.first));
-    if (range.first < -kLastFrameNumber || range.last > kLastFrameNumber)
-        throw UsageError(
-            fmt::format("--frames: frames are numbered from {} to {}", -kLastFrameNumber, kLastFrameNumber));
-    return range;
-}
+namespace {
+
+constexpr double kLongestRender = 1e9; // seconds
+
+} // namespace
 
 PictureSize parseSize(const std::string &text) {
     const auto sides = parseIntegers<2>(text, 'x');
@@ -46,8 +38,41 @@ Region parseRegion(const std::string &text) {
     return region;
 }
 
-void declareRenderOptions(CLI::App &command, ProgramOptions &, RenderOptions &options) {
-    command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
+ProgressStyle parseProgress(const std::string &text) {
+    constexpr std::pair<const char *, ProgressStyle> kStyles[] = {{"bar", ProgressStyle::bar},
+                                                                  {"percent", ProgressStyle::percent},
+                                                                  {"openjd", ProgressStyle::openJd},
+                                                                  {"none", ProgressStyle::none}};
+    std::vector<std::string> known;
+    for (const auto &[name, style] : kStyles) {
+        if (text == name) return style;
+        known.emplace_back(name);
+    }
+    throw UsageError(fmt::format("--progress: \"{}\" is none of {}", text, fmt::join(known, ", ")));
+}
+
+namespace {
+
+// What is printed and logged.
+void declareReports(CLI::App &command, ProgramOptions &program, RenderOptions &options) {
+    auto *const quiet = command.add_flag("--quiet", options.quiet, "No progress");
+    addParsed(command, "--progress", options.progress, parseProgress, "STYLE",
+              "How progress is shown: bar; percent, lines such as \"Progress: 42%\" on standard\n"
+              "error; openjd, lines such as \"openjd_progress: 42\" on standard output; or none")
+        ->excludes(quiet);
+    auto *const stats = command.add_flag("--stats", options.stats, "Print rays, times and memory when done");
+    command.add_flag("--json", options.json, "Print the statistics as JSON")->needs(stats);
+    command
+        .add_option("--log", program.log,
+                    "A file to which a line is appended for each event, with the time, the level and\n"
+                    "the memory in use")
+        ->type_name("FILE");
+}
+
+} // namespace
+
+void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOptions &options) {
+    declareSceneOptions(command, options);
     command
         .add_option("-o,--output", options.output,
                     "The picture's file: .png, .jpg, .exr, .tif or .hdr. #### or %04d in the name\n"
@@ -55,7 +80,16 @@ void declareRenderOptions(CLI::App &command, ProgramOptions &, RenderOptions &op
                     "frames goes before the extension. Default: the scene's name with .png, in\n"
                     "the current directory")
         ->type_name("FILE");
-    addParsed(command, "--frames", options.frames, parseFrames, "A-B", "The frames to render, or one frame");
+    addParsed(command, "--frames", options.frames, FrameList::parse, "LIST",
+              "The frames to render, in this order: frames and ranges such as 1-10x3,15, in\n"
+              "which x3, or :3, is a step; otherwise the scene's step counts");
+    command.add_flag("--skip-existing", options.skipExisting, "Leave frames alone whose pictures exist");
+    command
+        .add_option("--time-limit", options.timeLimit,
+                    "Seconds after which the render ends with status 3; frames that are complete by\n"
+                    "then are kept. 0, the default, for no limit")
+        ->check(numberFrom(0, kLongestRender))
+        ->type_name("SECONDS");
     addParsed(command, "--size", options.size, parseSize, "WxH", "The size of the picture in pixels");
     addParsed(command, "--region", options.region, parseRegion, "X0,Y0,X1,Y1",
               "Only the columns X0 to X1 - 1 and rows Y0 to Y1 - 1, from the upper left;\n"
@@ -66,12 +100,10 @@ void declareRenderOptions(CLI::App &command, ProgramOptions &, RenderOptions &op
     command.add_option("--threads", options.threads, "Render threads; the machine's cores by default")
         ->check(CLI::Range(1, static_cast<int>(kMaxThreads)))
         ->type_name("N");
-    addData(command, options.data);
     command.add_flag("--strict", options.strict,
                      "Treat warnings, such as of a missing or damaged image, as errors:\n"
                      "no picture is written then");
-    command.add_flag("--quiet", options.quiet, "No progress");
-    command.add_flag("--stats", options.stats, "Print rays, times and memory when done");
+    declareReports(command, program, options);
 }
 
 } // namespace velm::host

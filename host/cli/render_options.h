@@ -2,41 +2,41 @@
 #pragma once
 
 #include "host/cli/command.h"
+#include "host/cli/frame_list.h"
+#include "host/cli/progress.h"
+#include "host/cli/scene_options.h"
 #include "host/render/scene/render_job.h"
 
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace velm::host {
-
-struct FrameRange {
-    int first = 1, last = 1;
-};
 
 struct PictureSize {
     int width = 0, height = 0;
 };
 
 // Options that are not given leave the scene's own settings as they are.
-struct RenderOptions {
-    std::string scene;
+struct RenderOptions : SceneOptions {
     std::string output; // empty: the scene's name with .png, in the current directory
-    std::optional<FrameRange> frames;
+    std::optional<FrameList> frames;
+    bool skipExisting = false; // leaves frames alone whose pictures exist
+    double timeLimit = 0;      // seconds; 0: none
     std::optional<PictureSize> size;
     std::optional<Region> region;
-    int samples = 0; // 0: the scene's
-    int threads = 0; // 0: the machine's cores
-    std::vector<std::string> data;
+    int samples = 0;     // 0: the scene's
+    int threads = 0;     // 0: the machine's cores
     bool strict = false; // warnings are errors
     bool quiet = false;
+    std::optional<ProgressStyle> progress;
     bool stats = false;
+    bool json = false; // of the statistics
 };
 
 // The texts of single options; UsageError says what is wrong with them. Exposed for tests.
-FrameRange parseFrames(const std::string &text); // "7" or "1-24"
-PictureSize parseSize(const std::string &text);  // "960x540"
-Region parseRegion(const std::string &text);     // "0,0,320,200"
+PictureSize parseSize(const std::string &text);       // "960x540"
+Region parseRegion(const std::string &text);          // "0,0,320,200"
+ProgressStyle parseProgress(const std::string &text); // "percent"
 
 // Binds the options of the command line to `options`.
 void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOptions &options);

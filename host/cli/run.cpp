@@ -3,10 +3,12 @@
 #include "host/base/error.h"
 #include "host/base/one_line.h"
 #include "host/cli/command_line.h"
+#include "host/cli/log_file.h"
 #include "host/cli/progress.h"
 #include "host/render/services/scene_services.h"
 #include "host/services/services.h"
 
+#include <fmt/format.h>
 #include <functional>
 #include <new>
 #include <ostream>
@@ -15,23 +17,31 @@ namespace velm::host {
 
 namespace {
 
-int fail(std::ostream &err, const std::string &message, int status) {
-    err << "velm: " << onOneLine(message) << '\n';
-    return status;
-}
+// Where errors are reported.
+struct ErrorReport {
+    std::ostream &err;
+    std::string log; // the file of the log; empty: none
+
+    int fail(const std::string &message, int status) const {
+        err << "velm: " << onOneLine(message) << '\n';
+        if (status != kExitUsage) // the name of the log may be what is wrong
+            LogFile(log).add(LogLevel::error, fmt::format("{}; status {}", message, status));
+        return status;
+    }
+};
 
 // The exit status of some work. Prints what the work throws as one line, and gives its status.
-int statusOf(std::ostream &err, const std::function<int()> &work) {
+int statusOf(const ErrorReport &report, const std::function<int()> &work) {
     try {
         return work();
     } catch (const UsageError &error) {
-        return fail(err, std::string(error.what()) + " (see velm --help)", error.status());
+        return report.fail(std::string(error.what()) + " (see velm --help)", error.status());
     } catch (const InputError &error) {
-        return fail(err, error.what(), kExitInput);
+        return report.fail(error.what(), kExitInput);
     } catch (const std::bad_alloc &) {
-        return fail(err, "out of memory", kExitMachine);
+        return report.fail("out of memory", kExitMachine);
     } catch (const std::exception &error) {
-        return fail(err, error.what(), kExitMachine);
+        return report.fail(error.what(), kExitMachine);
     }
 }
 
@@ -41,7 +51,7 @@ void flush(std::ostream &out) {
 }
 
 int runCommand(const CommandLine &line, std::ostream &out, std::ostream &err) {
-    return statusOf(err, [&] {
+    return statusOf({.err = err, .log = line.program.log}, [&] {
         offerNodeServices();
         offerSceneServices();
         const int status = line.command->run(line.program, line.record, out, err);
@@ -53,7 +63,7 @@ int runCommand(const CommandLine &line, std::ostream &out, std::ostream &err) {
 using RunCommand = int(const CommandLine &line, std::ostream &out, std::ostream &err);
 
 int parseAndRun(int argc, const char *const *argv, std::ostream &out, std::ostream &err, RunCommand *runIt) {
-    return statusOf(err, [&] {
+    return statusOf({.err = err, .log = {}}, [&] {
         const std::optional<CommandLine> line = parseCommandLine(argc, argv, out);
         if (line) return runIt(*line, out, err);
         flush(out);
@@ -68,12 +78,14 @@ void clearProgressBar(std::ostream &err) {
 
 int runCommandGuarded(const CommandLine &line, std::ostream &out, std::ostream &err) {
     if (!line.command->needsModule) return runCommand(line, out, err);
-    try {
-        return runGuarded(line.program.module, line.program.guard, [&] { return runCommand(line, out, err); });
-    } catch (...) {
-        clearProgressBar(err);
-        throw;
-    }
+    return statusOf({.err = err, .log = line.program.log}, [&] {
+        try {
+            return runGuarded(line.program.module, line.program.guard, [&] { return runCommand(line, out, err); });
+        } catch (...) {
+            clearProgressBar(err);
+            throw;
+        }
+    });
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 #include "host/cli/statistics.h"
 
+#include "host/cli/json_output.h"
+#include "host/cli/memory_use.h"
+
 #include <fmt/format.h>
 #include <ostream>
-#include <sys/resource.h>
 
 namespace velm::host {
 
@@ -10,12 +12,6 @@ namespace {
 
 constexpr double kMega = 1e6;
 constexpr double kMebibyte = 1024.0 * 1024.0;
-
-double peakMemory() { // in MiB
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024.0; // in KiB on Linux
-}
 
 } // namespace
 
@@ -56,6 +52,25 @@ void TotalStatistics::print(std::ostream &out) const {
     row("rendering", fmt::format("{:>14.3f} s", sum_.seconds));
     row("ray acceleration", fmt::format("{:>14.1f} MiB", static_cast<double>(sum_.accelerationBytes) / kMebibyte));
     row("peak memory", fmt::format("{:>14.1f} MiB", peakMemory()));
+}
+
+void TotalStatistics::printAsJson(std::ostream &out) const {
+    printJson({{"frames", frames_},
+               {"threads", sum_.threads},
+               {"triangles", sum_.triangles},
+               {"points", points_},
+               {"shadedSamples", sum_.samples},
+               {"rays",
+                {{"camera", sum_.rays.camera},
+                 {"cast", sum_.rays.cast},
+                 {"shaded", sum_.rays.shaded},
+                 {"shadow", sum_.rays.shadow},
+                 {"all", sum_.rays.total()}}},
+               {"seconds", {{"preparation", preparation_}, {"rendering", sum_.seconds}}},
+               {"bytes",
+                {{"rayAcceleration", sum_.accelerationBytes},
+                 {"peakMemory", static_cast<std::uint64_t>(peakMemory() * kMebibyte)}}}},
+              out);
 }
 
 } // namespace velm::host

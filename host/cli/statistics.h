@@ -17,6 +17,8 @@ class TotalStatistics {
 
     // Prints rays by kind and per second, triangles, times and memory, for people.
     void print(std::ostream &out) const;
+    // The same as JSON; times are in seconds, memory is in bytes.
+    void printAsJson(std::ostream &out) const;
 
   private:
     using Clock = std::chrono::steady_clock;

@@ -32,15 +32,52 @@ TEST(Options, HaveDefaults) {
 }
 
 TEST(Options, OfRenderAreAllParsed) {
-    const CommandLine line =
-        parse({"render",    "a.json", "-o",        "b.exr",  "--frames", "3-7",       "--size",  "320x200",
-               "--samples", "9",      "--threads", "16",     "--region", "1,2,30,40", "--quiet", "--stats",
-               "--strict",  "--data", "/tmp",      "--data", "/",        "--module",  "m.p"});
+    const CommandLine line = parse({"render",
+                                    "a.json",
+                                    "-o",
+                                    "b.exr",
+                                    "--frames",
+                                    "3-7",
+                                    "--size",
+                                    "320x200",
+                                    "--samples",
+                                    "9",
+                                    "--threads",
+                                    "16",
+                                    "--region",
+                                    "1,2,30,40",
+                                    "--stats",
+                                    "--json",
+                                    "--skip-existing",
+                                    "--time-limit",
+                                    "90",
+                                    "--camera",
+                                    "Top",
+                                    "--progress",
+                                    "percent",
+                                    "--set",
+                                    "render.samples=4",
+                                    "--set",
+                                    "backdrop.colour=[1,0,0]",
+                                    "--log",
+                                    "r.log",
+                                    "--strict",
+                                    "--data",
+                                    "/tmp",
+                                    "--data",
+                                    "/",
+                                    "--module",
+                                    "m.p"});
     const RenderOptions &render = renderOptions(line);
     EXPECT_EQ(line.program.module, "m.p");
     EXPECT_EQ(render.output, "b.exr");
-    EXPECT_EQ(render.frames->first, 3);
-    EXPECT_EQ(render.frames->last, 7);
+    EXPECT_EQ(render.frames->frames(1), (std::vector<int>{3, 4, 5, 6, 7}));
+    EXPECT_TRUE(render.skipExisting && render.json);
+    EXPECT_EQ(render.timeLimit, 90);
+    EXPECT_EQ(render.camera, "Top");
+    EXPECT_EQ(render.progress, ProgressStyle::percent);
+    EXPECT_EQ(render.overrides.size(), 2U);
+    EXPECT_EQ(line.program.log, "r.log");
     EXPECT_EQ(render.size->width, 320);
     EXPECT_EQ(render.size->height, 200);
     EXPECT_EQ(render.samples, 9);
@@ -49,7 +86,7 @@ TEST(Options, OfRenderAreAllParsed) {
     EXPECT_EQ(render.region->top, 2);
     EXPECT_EQ(render.region->right, 30);
     EXPECT_EQ(render.region->bottom, 40);
-    EXPECT_TRUE(render.strict && render.quiet && render.stats);
+    EXPECT_TRUE(render.strict && render.stats);
     EXPECT_EQ(render.data, (std::vector<std::string>{"/tmp", "/"}));
     EXPECT_EQ(line.program.commandLine.substr(0, 22), "velm render a.json -o ");
 }
@@ -57,14 +94,6 @@ TEST(Options, OfRenderAreAllParsed) {
 TEST(Options, TheModuleMayPrecedeTheCommand) {
     EXPECT_EQ(parse({"--module", "m.p", "nodes", "--all"}).program.module, "m.p");
     EXPECT_EQ(parse({"show", "--module", "m.p", "Velm Counter"}).program.module, "m.p");
-}
-
-TEST(Options, FramesAreOneOrARange) {
-    EXPECT_EQ(parseFrames("7").last, 7);
-    EXPECT_EQ(parseFrames("-3").first, -3);
-    EXPECT_EQ(parseFrames("-3-4").first, -3);
-    EXPECT_EQ(parseFrames("-3-4").last, 4);
-    EXPECT_EQ(parseFrames("-8--6").last, -6);
 }
 
 struct Wrong {
@@ -119,6 +148,16 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"FramesBackwards", render({"--frames", "5-3"}), "--frames: the last frame, 3, comes before the first, 5"},
         Wrong{"FramesText", render({"--frames", "all"}), "--frames: \"all\" is neither"},
         Wrong{"FramesHuge", render({"--frames", "1-9999999"}), "numbered from -999999 to 999999"},
+        Wrong{"FramesTail", render({"--frames", "1-9x2,b"}), "\"b\" is neither a frame nor a range such as"},
+        Wrong{"QuietProgress", render({"--quiet", "--progress", "bar"}), "--quiet excludes --progress"},
+        Wrong{"ProgressText", render({"--progress", "dots"}),
+              "--progress: \"dots\" is none of bar, percent, openjd, none"},
+        Wrong{"JsonWithoutStatistics", render({"--json"}), "--json requires --stats"},
+        Wrong{"SetWithoutValue", render({"--set", "render.samples"}),
+              "--set: \"render.samples\" is not a path and a value"},
+        Wrong{"SetEmptyPart", render({"--set", "render..samples=3"}), "has an empty part (character 8)"},
+        Wrong{"SetNoJson", render({"--set", "render.samples=3x"}), "the value of \"render.samples=3x\" is not JSON"},
+        Wrong{"TimeLimitBelowZero", render({"--time-limit", "-1"}), "\"-1\" is not a number from 0"},
         Wrong{"DataNotThere", render({"--data", "/nowhere"}), "/nowhere"}),
     [](const auto &row) { return row.param.name; });
 

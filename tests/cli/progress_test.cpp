@@ -2,6 +2,7 @@
 
 #include "host/cli/interrupt.h"
 
+#include <chrono>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -82,6 +83,53 @@ TEST(Progress, EndsTheRenderAfterAnInterrupt) {
     }
     const InterruptGuard next;
     EXPECT_TRUE(report.progress(1, 4)) << "the next run is not interrupted";
+}
+
+using std::chrono::milliseconds;
+
+TEST(PercentLines, AreAtMostOneASecondExceptTheLast) {
+    std::ostringstream log;
+    PercentLines lines(log, "Progress: ", "%");
+    const PercentLines::Clock::time_point start{};
+    lines.show(0, start);
+    lines.show(1, start + milliseconds(999));
+    lines.show(2, start + milliseconds(1000));
+    lines.show(2, start + milliseconds(5000));
+    lines.show(1, start + milliseconds(6000));
+    lines.show(42, start + milliseconds(7000));
+    lines.show(100, start + milliseconds(7001));
+    lines.show(100, start + milliseconds(9000));
+    EXPECT_EQ(log.str(), "Progress: 0%\nProgress: 2%\nProgress: 42%\nProgress: 100%\n");
+}
+
+TEST(Progress, ForSchedulersCountsAllFrames) {
+    std::ostringstream err, out;
+    {
+        ProgressReport report(err, out, ProgressStyle::openJd, {});
+        report.begin("frame 1", {.index = 3, .count = 4});
+        report.progress(1, 2);
+        report.progress(2, 2);
+        report.end("written");
+    }
+    EXPECT_EQ(out.str(), "openjd_progress: 87\nopenjd_progress: 100\n");
+    EXPECT_EQ(err.str(), "written\n");
+    std::ostringstream log;
+    ProgressReport report(log, ProgressStyle::percent);
+    report.begin("frame 1");
+    report.progress(1, 1);
+    EXPECT_EQ(log.str(), "Progress: 100%\n");
+}
+
+TEST(Progress, EndsTheRenderWhenTheTimeIsUp) {
+    std::ostringstream log;
+    ProgressReport expired(log, log, ProgressStyle::none, TimeLimit(1e-9));
+    EXPECT_FALSE(expired.progress(1, 4));
+    EXPECT_TRUE(expired.isTimeUp());
+    ProgressReport unlimited(log, log, ProgressStyle::none, TimeLimit(0));
+    EXPECT_TRUE(unlimited.progress(1, 4));
+    ProgressReport later(log, log, ProgressStyle::none, TimeLimit(1e6));
+    EXPECT_TRUE(later.progress(1, 4));
+    EXPECT_FALSE(later.isTimeUp());
 }
 
 TEST(Progress, WritesDurations) {

@@ -154,10 +154,10 @@ TEST(Render, AppliesSettingsThatDependOnLaterOnes) {
     EXPECT_EQ(middleOf(file), (std::array<float, 3>{1.0F, 0.5F, 0.125F}));
 }
 
-TEST(Render, ProvidesNodesWithTheRenderedFrames) {
+TEST(Render, ProvidesNodesWithTheScenesFramesWhateverFramesAreRendered) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("info.json", R"({
-        "render": {"width": 4, "height": 4, "recursionDepth": 5},
+        "render": {"width": 4, "height": 4, "recursionDepth": 5, "lastFrame": 9},
         "cameras": {"Main": {"position": [0, 0, -5]}},
         "surfaces": {"Glow": {
             "settings": {"Diffuse": 0, "Luminosity": 1},
@@ -170,8 +170,8 @@ TEST(Render, ProvidesNodesWithTheRenderedFrames) {
     const test::Outcome outcome =
         test::velm({"render", scene, "-o", directory.file("#.exr"), "--frames", "2-3", "--threads", "2"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
-    EXPECT_EQ(middleOf(directory.file("2.exr")), (std::array<float, 3>{3.0F, 2.0F, 5.0F}));
-    EXPECT_EQ(middleOf(directory.file("3.exr")), (std::array<float, 3>{3.0F, 3.0F, 5.0F}));
+    EXPECT_EQ(middleOf(directory.file("2.exr")), (std::array<float, 3>{9.0F, 2.0F, 5.0F}));
+    EXPECT_EQ(middleOf(directory.file("3.exr")), (std::array<float, 3>{9.0F, 3.0F, 5.0F}));
 }
 
 struct Wrong {

@@ -1,0 +1,22 @@
+#include "host/cli/memory_use.h"
+
+#include <fstream>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace velm::host {
+
+double memoryInUse() {
+    constexpr double kMebibyte = 1024.0 * 1024.0;
+    double all = 0, resident = 0; // in pages
+    std::ifstream("/proc/self/statm") >> all >> resident;
+    return resident * static_cast<double>(::sysconf(_SC_PAGESIZE)) / kMebibyte;
+}
+
+double peakMemory() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024.0; // in KiB on Linux
+}
+
+} // namespace velm::host

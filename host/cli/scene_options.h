@@ -1,0 +1,35 @@
+// The options by which commands open a scene for rendering.
+#pragma once
+
+#include "host/cli/command.h"
+#include "host/scene/format/description.h"
+#include "host/scene/overrides.h"
+#include "host/session/session.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace velm::host {
+
+struct SceneOptions {
+    std::string scene;
+    std::vector<std::string> data;
+    std::vector<SceneOverride> overrides; // of --set
+    std::string camera;                   // empty: the scene's
+};
+
+// SCENE, --data, --set and --camera.
+void declareSceneOptions(CLI::App &command, SceneOptions &options);
+
+// Reads the scene with the values that the options replace, except for settings of nodes and surfaces: see
+// overrideSettings. InputError for the file, UsageError for the options.
+SceneDescription openScene(const SceneOptions &options);
+
+// Does work with the scene, such as opening a session; errors in values of --set become UsageErrors that name them.
+void withOverrides(const SceneOptions &options, const std::function<void()> &work);
+
+// Replaces settings of nodes and surfaces. UsageError. [interface thread; not while rendering]
+void overrideSettings(const SceneOptions &options, Session &session);
+
+} // namespace velm::host
