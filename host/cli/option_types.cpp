@@ -1,6 +1,7 @@
 #include "host/cli/option_types.h"
 
 #include <fmt/format.h>
+#include <ostream>
 
 namespace velm::host {
 
@@ -25,6 +26,11 @@ void addData(CLI::App &command, std::vector<std::string> &directories) {
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->type_name("DIR");
+}
+
+Warnings printedWarnings(std::ostream &err, bool strict) {
+    return Warnings(strict ? Warnings::Policy::strict : Warnings::Policy::goOn,
+                    [&err](const Warning &warning) { err << "velm: warning: " << warning.text() << '\n'; });
 }
 
 } // namespace velm::host

@@ -1,9 +1,12 @@
 // Options that several commands have, and the texts of options that are more than a word or a number.
 #pragma once
 
+#include "host/base/warnings.h"
+
 #include <CLI/CLI.hpp>
 #include <array>
 #include <charconv>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,5 +43,9 @@ CLI::Validator numberFrom(double least, double most);
 
 // The option --data: directories to look for meshes and images in.
 void addData(CLI::App &command, std::vector<std::string> &directories);
+
+// Prints each warning in a line of its own; if `strict` is set, the first one is an InputError instead. The stream must
+// outlive the result.
+Warnings printedWarnings(std::ostream &err, bool strict);
 
 } // namespace velm::host

@@ -54,11 +54,6 @@ void declareUnpack(CLI::App &command, ProgramOptions &, UnpackOptions &options) 
                      "Treat warnings, such as of a node whose server is missing, as errors");
 }
 
-Warnings warningsOn(std::ostream &err, bool strict) {
-    return Warnings(strict ? Warnings::Policy::strict : Warnings::Policy::goOn,
-                    [&err](const Warning &warning) { err << "velm: warning: " << warning.text() << '\n'; });
-}
-
 std::string packedName(const std::string &object) {
     const std::filesystem::path path(object);
     return path.stem().string() + "_packed" + path.extension().string();
@@ -87,7 +82,7 @@ void warnOfAnimated(const ObjectFile &object, Warnings &warnings) {
 int runPack(const ProgramOptions &program, const PackOptions &pack, std::ostream &out, std::ostream &err) {
     const std::string output = pack.output.empty() ? packedName(pack.object) : pack.output;
     refuseToReplace(output, pack.scene); // replacing the object is fine: the new one contains everything it had
-    Warnings warnings = warningsOn(err, pack.strict);
+    Warnings warnings = printedWarnings(err, pack.strict);
     SceneDescription scene = readSurfaces(pack.scene, makeSearchPath(pack.data, std::getenv("VELM_DATA")));
     // Nodes save the file names of images, which have to be valid wherever the object is.
     for (ImageDescription &image : scene.images) image.file = std::filesystem::absolute(image.file).string();
@@ -103,7 +98,7 @@ int runPack(const ProgramOptions &program, const PackOptions &pack, std::ostream
 
 int runUnpack(const ProgramOptions &program, const UnpackOptions &unpack, std::ostream &out, std::ostream &err) {
     refuseToReplace(unpack.output, unpack.object);
-    Warnings warnings = warningsOn(err, unpack.strict);
+    Warnings warnings = printedWarnings(err, unpack.strict);
     const ObjectFile object(readFile(unpack.object), unpack.object);
     warnOfAnimated(object, warnings);
     UnpackedSurfaces unpacked;

@@ -68,6 +68,10 @@ struct Mesh {
 // without polygons. [interface thread]
 Mesh readMesh(const std::string &file, const Transform &transform);
 
+// The names of all files that readMesh opens, the mesh file itself first; the others are such as a file of materials.
+// InputError as readMesh, for a file that is missing or broken. Takes as long as reading. [interface thread]
+std::vector<std::string> filesOfMesh(const std::string &file);
+
 // The meshes of shapes, with one material without a name, and a UV map "UV": on the plane u runs to +X and v to +Z; on
 // each side of the box and on the sphere u runs to the right and v up, as seen from outside, and the middle of the
 // sphere's map is at -Z. Throws InputError (without a source location) for sizes that are not above 0 and for fewer

@@ -15,6 +15,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace velm::host {
 namespace {
@@ -22,10 +23,18 @@ namespace {
 // Opens the other files that a mesh file names, such as its materials. They must be readable regular files too.
 class RegularFiles final : public Assimp::DefaultIOSystem {
   public:
+    // `opened`, which may be null, gets the name of each file that is opened.
+    explicit RegularFiles(std::vector<std::string> *opened) : opened_(opened) {}
+
     bool Exists(const char *file) const override { return !whyUnreadable(file); } // the base's opens it
     Assimp::IOStream *Open(const char *file, const char *mode) override {
-        return whyUnreadable(file) ? nullptr : DefaultIOSystem::Open(file, mode);
+        Assimp::IOStream *stream = whyUnreadable(file) ? nullptr : DefaultIOSystem::Open(file, mode);
+        if (stream && opened_) opened_->emplace_back(file);
+        return stream;
     }
+
+  private:
+    std::vector<std::string> *opened_;
 };
 
 bool hasPolygons(const aiMesh &mesh) {
@@ -148,19 +157,34 @@ class FileMesh {
     MeshBuilder builder_;
 };
 
-} // namespace
-
-Mesh readWithAssimp(const std::string &file, const Transform &transform) {
-    Assimp::Importer importer;
-    importer.SetIOHandler(std::make_unique<RegularFiles>().release()); // which the importer owns
+// The scene belongs to the importer.
+const aiScene &import(Assimp::Importer &importer, const std::string &file, std::vector<std::string> *opened) {
+    importer.SetIOHandler(std::make_unique<RegularFiles>(opened).release()); // which the importer owns
     const aiScene *scene = importer.ReadFile(file, 0);
     if (!scene) {
         const std::string why = importer.GetErrorString();
         throw InputError({.file = file}, "cannot read the mesh: " +
                                              (why == "std::bad_alloc" ? "there is not enough memory for it" : why));
     }
-    if (!scene->mRootNode || scene->mNumMeshes == 0) throw InputError({.file = file}, "the mesh has no polygons");
-    return FileMesh(*scene, transform, file).build();
+    return *scene;
+}
+
+} // namespace
+
+Mesh readWithAssimp(const std::string &file, const Transform &transform) {
+    Assimp::Importer importer;
+    const aiScene &scene = import(importer, file, nullptr);
+    if (!scene.mRootNode || scene.mNumMeshes == 0) throw InputError({.file = file}, "the mesh has no polygons");
+    return FileMesh(scene, transform, file).build();
+}
+
+std::vector<std::string> filesReadWithAssimp(const std::string &file) {
+    std::vector<std::string> opened, files{file};
+    Assimp::Importer importer;
+    import(importer, file, &opened);
+    for (const std::string &one : opened)
+        if (std::find(files.begin(), files.end(), one) == files.end()) files.push_back(one);
+    return files;
 }
 
 } // namespace velm::host

@@ -12,17 +12,22 @@ namespace {
 
 // The first reader that recognises a file reads it.
 constexpr MeshReader kMeshReaders[] = {
-    {.recognises = isPly, .read = readPly},
-    {.recognises = [](const std::string &) { return true; }, .read = readWithAssimp},
+    {.recognises = isPly,
+     .read = readPly,
+     .filesRead = [](const std::string &file) { return std::vector<std::string>{file}; }},
+    {.recognises = [](const std::string &) { return true; }, .read = readWithAssimp, .filesRead = filesReadWithAssimp},
 };
+
+const MeshReader &readerFor(const std::string &file) {
+    if (const auto reason = whyUnreadable(file)) throw InputError({.file = file}, "cannot read the mesh: " + *reason);
+    return *std::find_if(std::begin(kMeshReaders), std::end(kMeshReaders),
+                         [&](const MeshReader &each) { return each.recognises(file); });
+}
 
 } // namespace
 
-Mesh readMesh(const std::string &file, const Transform &transform) {
-    if (const auto reason = whyUnreadable(file)) throw InputError({.file = file}, "cannot read the mesh: " + *reason);
-    const MeshReader &reader = *std::find_if(std::begin(kMeshReaders), std::end(kMeshReaders),
-                                             [&](const MeshReader &each) { return each.recognises(file); });
-    return reader.read(file, transform);
-}
+Mesh readMesh(const std::string &file, const Transform &transform) { return readerFor(file).read(file, transform); }
+
+std::vector<std::string> filesOfMesh(const std::string &file) { return readerFor(file).filesRead(file); }
 
 } // namespace velm::host

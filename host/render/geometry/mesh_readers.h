@@ -4,6 +4,7 @@
 #include "host/render/geometry/mesh.h"
 
 #include <string>
+#include <vector>
 
 namespace velm::host {
 
@@ -11,6 +12,7 @@ namespace velm::host {
 struct MeshReader {
     bool (*recognises)(const std::string &file);                       // by the file's contents or name
     Mesh (*read)(const std::string &file, const Transform &transform); // as readMesh
+    std::vector<std::string> (*filesRead)(const std::string &file);    // as filesOfMesh
 };
 
 // PLY, text or binary.
@@ -19,5 +21,6 @@ Mesh readPly(const std::string &file, const Transform &transform);
 
 // Any format that assimp knows; it recognises the format itself.
 Mesh readWithAssimp(const std::string &file, const Transform &transform);
+std::vector<std::string> filesReadWithAssimp(const std::string &file);
 
 } // namespace velm::host

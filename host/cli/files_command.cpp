@@ -1,0 +1,49 @@
+// "velm files": the files that a render of a scene reads.
+#include "host/base/one_line.h"
+#include "host/cli/commands.h"
+#include "host/cli/option_types.h"
+#include "host/cli/scene_files.h"
+#include "host/scene/read_scene.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <ostream>
+#include <set>
+
+namespace velm::host {
+
+namespace {
+
+struct FilesOptions {
+    std::string scene;
+    std::vector<std::string> data;
+    bool strict = false;
+};
+
+void declareOptions(CLI::App &command, ProgramOptions &, FilesOptions &options) {
+    command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
+    addData(command, options.data);
+    command.add_flag("--strict", options.strict, "Treat missing images as errors");
+}
+
+int run(const ProgramOptions &, const FilesOptions &options, std::ostream &out, std::ostream &err) {
+    Warnings warnings = printedWarnings(err, options.strict);
+    const SceneDescription scene = readScene(options.scene, makeSearchPath(options.data, std::getenv("VELM_DATA")));
+    std::set<std::string> printed;
+    const auto print = [&](const std::string &file) {
+        if (printed.insert(file).second) out << onOneLine(file) << '\n';
+    };
+    print(options.scene);
+    for (const SceneFile &file : filesOfScene(scene, warnings)) {
+        print(file.file);
+        for (const std::string &other : file.others) print(other);
+    }
+    return kExitDone;
+}
+
+} // namespace
+
+constinit const Command filesCommand = makeCommand<FilesOptions, declareOptions, run>(
+    {.name = "files", .help = "List the files that a render of a scene reads", .needsModule = false});
+
+} // namespace velm::host

@@ -1,0 +1,23 @@
+// The files that a scene is made of.
+#pragma once
+
+#include "host/base/warnings.h"
+#include "host/scene/format/description.h"
+
+#include <string>
+#include <vector>
+
+namespace velm::host {
+
+// A file that the scene names, and the files that this one names in turn.
+struct SceneFile {
+    enum class Kind { mesh, object, image } kind = Kind::mesh; // object: an object file that only brings surfaces
+    std::string file;
+    std::vector<std::string> others; // such as the materials of a mesh file
+};
+
+// All files but the scene's own, each once, by the names by which they are opened: meshes, object files, images. Warns
+// of images that are missing. InputError for a mesh that cannot be read. [interface thread]
+std::vector<SceneFile> filesOfScene(const SceneDescription &scene, Warnings &warnings);
+
+} // namespace velm::host
