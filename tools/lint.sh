@@ -33,7 +33,7 @@ lint() { # [--quick|--deep]
     tracked '*.c' '*.cpp' '*.h'
     linter clang-format clang-format --dry-run -Werror "${files[@]}"
     linter dialect python3 tools/dialect.py "${files[@]}"
-    tracked run .ci/run tests/platforms/wine '*.sh'
+    tracked run .ci/run tests/platforms/wine '*.sh' '*.sbatch'
     linter shellcheck shellcheck --external-sources "${files[@]}"
     tracked '*.py'
     linter flake8 flake8 "${files[@]}"
