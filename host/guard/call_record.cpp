@@ -1,6 +1,7 @@
 #include "host/guard/call_record.h"
 
 #include "host/guard/crash_handler.h"
+#include "host/guard/shared_record.h"
 
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -33,6 +34,13 @@ bool ServerSet::isEmpty() const {
 
 CallRecord &callRecord() { return *currentRecord; }
 void useCallRecord(CallRecord *shared) { currentRecord = shared; }
+
+void shareCallRecord() {
+    if (currentRecord != &privateRecord) return;
+    static const SharedRecord<CallRecord> shared; // for the rest of the process
+    std::memcpy(static_cast<void *>(&*shared), &privateRecord, sizeof privateRecord);
+    currentRecord = &*shared;
+}
 
 void nameModule(const std::string &file) { std::snprintf(currentRecord->module, kLongestPath, "%s", file.c_str()); }
 
@@ -88,6 +96,7 @@ int serverInCall() {
 SlotScope::SlotScope(int threadIndex) : slot_(currentRecord->slots[threadIndex + 1]) {
     slotIndex = threadIndex + 1;
     if (crashHandlersInstalled()) stack_.emplace();
+    slot_.process.store(getpid());
     slot_.thread.store(systemThread());
 }
 

@@ -4,6 +4,7 @@
 // each sample; crash_handler.h finds them on the thread's stack when they are needed.
 #pragma once
 
+#include "host/base/limits.h"
 #include "host/guard/alternate_stack.h"
 #include "module/host.h"
 
@@ -19,7 +20,7 @@ constexpr int kMaxServers = 256;   // servers that get a number
 constexpr int kLongestServer = 96; // bytes of a server's name, including the terminating zero
 constexpr int kLongestPath = 4096; // likewise, of a file's path
 constexpr int kLongestText = 1000; // likewise, of the description of an exception
-constexpr int kSlots = kMaxThreads + 1;
+constexpr int kSlots = kMostWorkers + 1;
 constexpr int kModuleItself = -1; // used as a server's number: the module as a whole
 constexpr int kHostServer = -2;   // likewise: one of the host's own servers, whose calls are not noted
 
@@ -48,6 +49,7 @@ struct alignas(64) CallSlot {
     std::atomic<const char *> call;   // null: in no noted call
     std::atomic<const char *> last;   // the most recent call, whether it has ended or not
     std::atomic<int> server;          // the server that is called
+    std::atomic<int> process;         // of the render thread that uses the slot; valid while `thread` is set
     std::atomic<int> thread;          // the system's id of the render thread that uses the slot; 0: none does
     std::atomic<bool> inDialog;       // the call that was noted last is waiting for a person; see DialogScope
     std::atomic<bool> answered;       // the thread has answered callSiteSignal()
@@ -82,6 +84,9 @@ struct CallRecord {
 // live as long as the process.
 CallRecord &callRecord();
 void useCallRecord(CallRecord *shared); // [before all threads]
+// Makes sure that processes forked from this one share its call record with it. MachineError when there is no memory.
+// [interface thread; not while rendering]
+void shareCallRecord();
 
 // Notes the file of the module that is about to be loaded. A longer path than kLongestPath is cut. [interface thread]
 void nameModule(const std::string &file);
@@ -129,7 +134,7 @@ int serverInCall();
 // Makes the calling thread use the slot of the render thread with this index, for as long as the scope lasts.
 class SlotScope {
   public:
-    explicit SlotScope(int threadIndex); // 0 to kMaxThreads - 1
+    explicit SlotScope(int threadIndex); // 0 to kMostWorkers - 1
     ~SlotScope();
     SlotScope(const SlotScope &) = delete;
     SlotScope &operator=(const SlotScope &) = delete;

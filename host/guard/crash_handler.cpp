@@ -149,6 +149,13 @@ void installCrashHandlers() {
     std::atexit(onExit);
 }
 
+void installCrashHandlersOfWorker() {
+    if (handledProcess == 0)
+        installCrashHandlers();
+    else
+        handledProcess = getpid();
+}
+
 bool crashHandlersInstalled() { return handledProcess != 0; }
 
 int callSiteSignal() { return SIGRTMIN + 3; }

@@ -18,7 +18,10 @@ void installCrashHandlers();
 // Installs only the signal handlers, including that of callSiteSignal().
 // [interface thread; before there are other threads]
 void installSignalHandlers();
-// Whether either function has been called.
+// For a process that was forked from one that may have handlers: from now on, its crashes are recorded, too.
+// [before all other threads of this process]
+void installCrashHandlersOfWorker();
+// Whether one of these functions has been called.
 bool crashHandlersInstalled();
 
 constexpr int kCrashedStatus = 42;

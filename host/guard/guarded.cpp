@@ -150,7 +150,7 @@ class Guard {
         for (CallSlot &slot : record_->slots) {
             slot.answered.store(false);
             const int thread = slot.thread.load();
-            if (thread != 0) syscall(SYS_tgkill, process_, thread, callSiteSignal());
+            if (thread != 0) syscall(SYS_tgkill, slot.process.load(), thread, callSiteSignal());
         }
         const auto isUnanswered = [](const CallSlot &slot) { return slot.thread.load() != 0 && !slot.answered.load(); };
         const auto deadline = Clock::now() + Seconds(kAnswerTime);
