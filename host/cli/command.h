@@ -17,10 +17,11 @@ namespace velm::host {
 
 // Options that every command has.
 struct ProgramOptions {
-    std::string module;      // the file of the module
-    GuardOptions guard;      // of commands that load the module
-    std::string commandLine; // as given, for the headers of pictures
-    std::string log;         // the file of the log; empty: none
+    std::string module;         // the file of the module
+    GuardOptions guard;         // of commands that load the module
+    std::string commandLine;    // as given
+    std::string pictureCommand; // the same without what does not change a picture, for the headers of pictures
+    std::string log;            // the file of the log; empty: none
 };
 
 // One command. Its file ends with its definition by `makeCommand`.

@@ -1,12 +1,16 @@
 #include "host/cli/existing_picture.h"
 
+#include "host/image/picture.h"
+#include "host/image/picture_parts.h"
+
 #include <filesystem>
 
 namespace velm::host {
 
-bool isCurrentPicture(const std::string &file, std::string_view /*digest*/) {
+bool isCurrentPicture(const std::string &file, std::string_view digest) {
     std::error_code error;
-    return std::filesystem::is_regular_file(file, error);
+    if (!std::filesystem::is_regular_file(file, error)) return false;
+    return !hasDigest(file) || digestOfFile(file) == digest;
 }
 
 } // namespace velm::host

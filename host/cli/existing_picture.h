@@ -6,8 +6,8 @@
 
 namespace velm::host {
 
-// Whether a regular file of that name exists. Pictures appear under their names only when they are complete, so the
-// file is a whole picture. `digest` identifies what the picture would be rendered from. [any thread]
+// Whether a picture of that name exists that was rendered from the same: one whose header has this digest, or, in a
+// format without such a header, any. Pictures appear under their names only when they are complete. [any thread]
 bool isCurrentPicture(const std::string &file, std::string_view digest);
 
 } // namespace velm::host

@@ -8,10 +8,12 @@
 #include "host/cli/log_file.h"
 #include "host/cli/memory_use.h"
 #include "host/cli/output_file.h"
+#include "host/cli/picture_digest.h"
 #include "host/cli/progress.h"
 #include "host/cli/render_options.h"
 #include "host/cli/statistics.h"
 #include "host/graph/listed_module.h"
+#include "host/image/picture_parts.h"
 #include "host/session/rendering.h"
 
 #include <algorithm>
@@ -35,18 +37,41 @@ void applyOptions(const RenderOptions &options, RenderDescription &scene) {
 
 struct RenderPlan {
     RenderJob job; // the same for all frames, but for the frame itself
+    PicturePart part;
     std::vector<int> frames;
     FrameNames names;
 };
 
-RenderJob planJob(const RenderDescription &scene, const RenderOptions &options) {
+void takePart(const PicturePart &part, RenderJob &job) {
+    if (part.count == 1) return;
+    try {
+        if (part.by == PartsBy::tiles) {
+            job.part = pixelsOfPart(regionOf(job), part);
+        } else {
+            const SampleRange samples = samplesOfPart(job.samples, part);
+            job.firstSample = samples.first;
+            job.endSample = samples.end;
+        }
+    } catch (const InputError &error) {
+        throw UsageError(fmt::format("--part: {}", error.message()));
+    }
+}
+
+RenderJob planJob(const RenderDescription &scene, const RenderOptions &options, const PicturePart &part) {
     RenderJob job = renderJob(scene);
     job.threads = options.threads;
-    if (!options.region) return job;
-    job.region = *options.region;
-    if (job.region.right > job.width || job.region.bottom > job.height)
-        throw UsageError(fmt::format("--region: the region ends at {},{}, outside the picture of {}x{}",
-                                     job.region.right, job.region.bottom, job.width, job.height));
+    job.order = options.order.value_or(RenderOrder::automatic);
+    job.seed = options.seed;
+    job.lockNoise = options.lockNoise;
+    if (job.order == RenderOrder::classic && job.threads > kMaxThreads)
+        throw UsageError(fmt::format("--threads: in classic order there can be {} threads at most", int{kMaxThreads}));
+    if (options.region) {
+        job.region = *options.region;
+        if (job.region.right > job.width || job.region.bottom > job.height)
+            throw UsageError(fmt::format("--region: the region ends at {},{}, outside the picture of {}x{}",
+                                         job.region.right, job.region.bottom, job.width, job.height));
+    }
+    takePart(part, job);
     return job;
 }
 
@@ -56,7 +81,10 @@ RenderPlan makePlan(const SceneDescription &scene, const RenderOptions &options)
     std::vector<int> frames = options.frames ? options.frames->frames(render.frameStep)
                                              : framesBetween(render.firstFrame, render.lastFrame, render.frameStep);
     const bool several = frames.size() > 1;
-    return {.job = planJob(render, options),
+    PicturePart part = options.part.value_or(PicturePart{});
+    part.by = options.partsBy.value_or(PartsBy::tiles);
+    return {.job = planJob(render, options, part),
+            .part = part,
             .frames = std::move(frames),
             .names = FrameNames(options.output.empty() ? scene.name + ".png" : options.output, several)};
 }
@@ -72,6 +100,12 @@ void prepareOutputs(const RenderPlan &plan, const SceneDescription &scene) {
         for (const ImageDescription &image : scene.images)
             if (image.notFound.empty()) refuseToReplace(file, image.file);
     }
+}
+
+// UsageError if the pictures are parts and their format has no room for what puts them together.
+void checkParts(const RenderPlan &plan) {
+    if (plan.part.count > 1 && !holdsParts(plan.names(plan.frames.front())))
+        throw UsageError("--part: parts of pictures are EXR files; the output has to end in .exr");
 }
 
 // UsageError if the log has the name of a picture.
@@ -114,6 +148,44 @@ struct Reporting {
     }
 };
 
+std::string partText(const PicturePart &part) {
+    if (part.count == 1) return {};
+    return fmt::format("{}/{} by {}", part.number, part.count, part.by == PartsBy::tiles ? "tiles" : "samples");
+}
+
+// The headers of the pictures, without the digest.
+PictureMetadata metadataOf(const ProgramOptions &program, const RenderOptions &options, const RenderPlan &plan,
+                           const std::string &module) {
+    const RenderJob &job = plan.job;
+    const SamplesOfPart samples = {
+        .first = job.firstSample, .end = job.firstSample + samplesOf(job), .count = job.samples};
+    return {.scene = options.scene,
+            .module = module,
+            .version = "velm " VELM_VERSION,
+            .command = program.pictureCommand,
+            .digest = {},
+            .part = partText(plan.part),
+            .samples = samplesText(samples),
+            .seed = std::to_string(job.seed)};
+}
+
+// Chooses the order of evaluation for all frames, and says why where that is not the usual one. The first frame is
+// set. InputError where a picture in parts cannot be the whole picture.
+void decideOrder(RenderPlan &plan, Rendering &rendering, Reporting &reporting) {
+    const OrderChoice choice = rendering.decideOrder(plan.job);
+    if (plan.job.order == RenderOrder::automatic && choice.order == RenderOrder::classic) {
+        if (plan.part.count > 1)
+            throw InputError({.file = rendering.sceneFile()},
+                             fmt::format("the picture cannot be rendered in parts: {}; --order repeatable renders it "
+                                         "with a state that begins anew in each tile",
+                                         choice.reason));
+        const std::string note = fmt::format("rendered in classic order, since {}", choice.reason);
+        reporting.progress.note("velm: note: " + note);
+        reporting.log.add(LogLevel::info, note);
+    }
+    plan.job.order = choice.order;
+}
+
 // Renders the current frame and writes it when it is complete; false when it was stopped before.
 bool renderAndWrite(int number, const RenderPlan &plan, Rendering &rendering, const PictureMetadata &metadata,
                     Reporting &reporting) {
@@ -131,13 +203,16 @@ bool renderAndWrite(int number, const RenderPlan &plan, Rendering &rendering, co
 }
 
 // Renders all frames but those that another process has finished in the meantime; false when it was stopped.
-bool renderFrames(const RenderPlan &plan, Session &session, const PictureMetadata &metadata, bool skipExisting,
-                  Reporting &reporting) {
+bool renderFrames(RenderPlan plan, Session &session, PictureMetadata metadata, const PictureDigest &digest,
+                  bool skipExisting, Reporting &reporting) {
     const InterruptGuard guard;
     Rendering rendering(session);
+    rendering.setFrame(plan.frames.front());
+    decideOrder(plan, rendering, reporting);
     for (std::size_t i = 0; i < plan.frames.size(); ++i) {
         const int number = plan.frames[i];
-        if (skipExisting && isCurrentPicture(plan.names(number), {})) {
+        metadata.digest = digest.of(number);
+        if (skipExisting && isCurrentPicture(plan.names(number), metadata.digest)) {
             reporting.skip(number, plan.names(number));
             continue;
         }
@@ -155,7 +230,7 @@ bool renderFrames(const RenderPlan &plan, Session &session, const PictureMetadat
 
 // Opens the scene and renders it; false when it was stopped.
 bool renderScene(const ProgramOptions &program, const RenderOptions &options, const RenderPlan &plan,
-                 SceneDescription scene, Reporting &reporting) {
+                 SceneDescription scene, const PictureDigest &digest, Reporting &reporting) {
     const ListedModule module(program.module);
     std::optional<Session> session;
     withOverrides(options, [&] { session.emplace(std::move(scene), reporting.warnings); });
@@ -163,18 +238,15 @@ bool renderScene(const ProgramOptions &program, const RenderOptions &options, co
     reporting.total.prepared(session->renderScene().pointCount());
     reporting.log.add(LogLevel::info, fmt::format("prepared: {} points; module {}", session->renderScene().pointCount(),
                                                   module.path()));
-    const PictureMetadata metadata{.scene = session->scene().file,
-                                   .module = module.path(),
-                                   .version = "velm " VELM_VERSION,
-                                   .command = program.commandLine};
-    return renderFrames(plan, *session, metadata, options.skipExisting, reporting);
+    return renderFrames(plan, *session, metadataOf(program, options, plan, module.path()), digest, options.skipExisting,
+                        reporting);
 }
 
 // Leaves frames out whose pictures exist before the scene is opened, which takes time.
-void skipExisting(RenderPlan &plan, Reporting &reporting) {
+void skipExisting(RenderPlan &plan, const PictureDigest &digest, Reporting &reporting) {
     std::erase_if(plan.frames, [&](int frame) {
         const std::string file = plan.names(frame);
-        if (!isCurrentPicture(file, {})) return false;
+        if (!isCurrentPicture(file, digest.of(frame))) return false;
         reporting.skip(frame, file);
         return true;
     });
@@ -195,12 +267,15 @@ int run(const ProgramOptions &program, const RenderOptions &options, std::ostrea
     SceneDescription scene = openScene(options);
     applyOptions(options, scene.render);
     RenderPlan plan = makePlan(scene, options);
+    checkParts(plan);
     prepareOutputs(plan, scene);
     checkLog(program.log, plan);
     reporting.log.prepare();
     reporting.log.add(LogLevel::info, fmt::format("velm " VELM_VERSION ": {}", program.commandLine));
-    if (options.skipExisting) skipExisting(plan, reporting);
-    const bool complete = plan.frames.empty() || renderScene(program, options, plan, std::move(scene), reporting);
+    const PictureDigest digest(scene, options, plan.job, program.module);
+    if (options.skipExisting) skipExisting(plan, digest, reporting);
+    const bool complete =
+        plan.frames.empty() || renderScene(program, options, plan, std::move(scene), digest, reporting);
     reporting.sumUpWarnings();
     if (!complete) return endStopped(options, reporting);
     reporting.log.add(LogLevel::info, fmt::format("done: frames written: {}, not rendered: {}; peak memory {:.1f} MiB",

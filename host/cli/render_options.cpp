@@ -2,7 +2,6 @@
 
 #include "host/base/limits.h"
 #include "host/cli/option_types.h"
-#include "module/host.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -38,20 +37,66 @@ Region parseRegion(const std::string &text) {
     return region;
 }
 
+namespace {
+
+// The value that a word stands for.
+template <class Value, std::size_t n>
+Value parseWord(const char *option, const std::string &text, const std::pair<const char *, Value> (&words)[n]) {
+    std::vector<std::string> known;
+    for (const auto &[word, value] : words) {
+        if (text == word) return value;
+        known.emplace_back(word);
+    }
+    throw UsageError(fmt::format("{}: \"{}\" is none of {}", option, text, fmt::join(known, ", ")));
+}
+
+RenderOrder parseOrder(const std::string &text) {
+    constexpr std::pair<const char *, RenderOrder> kOrders[] = {{"automatic", RenderOrder::automatic},
+                                                                {"repeatable", RenderOrder::repeatable},
+                                                                {"classic", RenderOrder::classic}};
+    return parseWord("--order", text, kOrders);
+}
+
+PartsBy parsePartsBy(const std::string &text) {
+    constexpr std::pair<const char *, PartsBy> kWays[] = {{"tiles", PartsBy::tiles}, {"samples", PartsBy::samples}};
+    return parseWord("--by", text, kWays);
+}
+
+} // namespace
+
 ProgressStyle parseProgress(const std::string &text) {
     constexpr std::pair<const char *, ProgressStyle> kStyles[] = {{"bar", ProgressStyle::bar},
                                                                   {"percent", ProgressStyle::percent},
                                                                   {"openjd", ProgressStyle::openJd},
                                                                   {"none", ProgressStyle::none}};
-    std::vector<std::string> known;
-    for (const auto &[name, style] : kStyles) {
-        if (text == name) return style;
-        known.emplace_back(name);
-    }
-    throw UsageError(fmt::format("--progress: \"{}\" is none of {}", text, fmt::join(known, ", ")));
+    return parseWord("--progress", text, kStyles);
+}
+
+PicturePart parsePart(const std::string &text) {
+    const auto numbers = parseIntegers<2>(text, '/');
+    if (!numbers) throw UsageError(fmt::format("--part: \"{}\" is no part such as 3/8", text));
+    const auto [number, count] = *numbers;
+    if (number < 1 || number > count)
+        throw UsageError(fmt::format("--part: there is no part {} of {}; the first is 1/{}", number, count, count));
+    return {.number = number, .count = count};
 }
 
 namespace {
+
+// What decides about noise, and how a picture is divided.
+void declareOrder(CLI::App &command, RenderOptions &options) {
+    auto *const part = addParsed(command, "--part", options.part, parsePart, "K/N",
+                                 "Only part K of N of each picture, as an EXR file; velm merge puts parts together");
+    addParsed(command, "--by", options.partsBy, parsePartsBy, "WAY",
+              "How parts divide a picture: by tiles, the default, or by samples")
+        ->needs(part);
+    addParsed(command, "--order", options.order, parseOrder, "ORDER",
+              "repeatable: the same picture for any number of workers and parts; classic: nodes\n"
+              "see samples one after the other, as in LightWave, on up to 16 threads; automatic,\n"
+              "the default: classic for scenes with nodes that have a memory");
+    command.add_option("--seed", options.seed, "Chooses another pattern of noise; 0 by default")->type_name("N");
+    command.add_flag("--lock-noise", options.lockNoise, "The same pattern of noise in all frames");
+}
 
 // What is printed and logged.
 void declareReports(CLI::App &command, ProgramOptions &program, RenderOptions &options) {
@@ -97,9 +142,12 @@ void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOpti
     command.add_option("--samples", options.samples, "Samples per pixel")
         ->check(CLI::Range(1, kMostSamples))
         ->type_name("N");
-    command.add_option("--threads", options.threads, "Render threads; the machine's cores by default")
-        ->check(CLI::Range(1, static_cast<int>(kMaxThreads)))
+    command
+        .add_option("--threads", options.threads,
+                    "Workers that render; one for each core that this process may use by default")
+        ->check(CLI::Range(1, kMostWorkers))
         ->type_name("N");
+    declareOrder(command, options);
     command.add_flag("--strict", options.strict,
                      "Treat warnings, such as of a missing or damaged image, as errors:\n"
                      "no picture is written then");

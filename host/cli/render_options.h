@@ -5,8 +5,10 @@
 #include "host/cli/frame_list.h"
 #include "host/cli/progress.h"
 #include "host/cli/scene_options.h"
+#include "host/render/order/picture_part.h"
 #include "host/render/scene/render_job.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -24,6 +26,11 @@ struct RenderOptions : SceneOptions {
     double timeLimit = 0;      // seconds; 0: none
     std::optional<PictureSize> size;
     std::optional<Region> region;
+    std::optional<PicturePart> part; // only this part of each picture
+    std::optional<PartsBy> partsBy;  // how pictures are divided into parts; by tiles by default
+    std::optional<RenderOrder> order;
+    std::uint32_t seed = 0;
+    bool lockNoise = false;
     int samples = 0;     // 0: the scene's
     int threads = 0;     // 0: the machine's cores
     bool strict = false; // warnings are errors
@@ -37,6 +44,7 @@ struct RenderOptions : SceneOptions {
 PictureSize parseSize(const std::string &text);       // "960x540"
 Region parseRegion(const std::string &text);          // "0,0,320,200"
 ProgressStyle parseProgress(const std::string &text); // "percent"
+PicturePart parsePart(const std::string &text);       // "3/8"
 
 // Binds the options of the command line to `options`.
 void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOptions &options);

@@ -64,6 +64,7 @@ void evaluateUnlike(HostOutput *source, int askingType, ShadingSample *sample, v
 }
 
 void evaluationTooDeep() { tooDeep.store(true, std::memory_order_relaxed); }
+bool wasEvaluationTooDeep() { return tooDeep.load(std::memory_order_relaxed); }
 
 } // namespace detail
 

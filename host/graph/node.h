@@ -98,6 +98,7 @@ void evaluateUnlike(HostOutput *source, int askingType, ShadingSample *sample, v
 constexpr int kMaxEvaluationDepth = 4000;
 inline constinit thread_local int evaluationDepth = 0;
 void evaluationTooDeep();
+bool wasEvaluationTooDeep(); // since takeEvaluationTooDeep() was called
 } // namespace detail
 
 // True when an evaluation was cut off since the last call because nodes evaluated each other in a cycle. The inputs

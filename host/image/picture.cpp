@@ -1,6 +1,7 @@
 #include "host/image/picture.h"
 
 #include "host/base/error.h"
+#include "host/image/metadata_headers.h"
 #include "host/image/transfer.h"
 #include "host/io/files.h"
 
@@ -12,6 +13,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 
@@ -22,18 +24,21 @@ struct PictureFormat {
     const char *ending;
     bool isFloat;
     int channels;
+    bool hasDigest;
     const char *compression; // as the library names it; null: the default of the format
 };
 
 constexpr std::array<PictureFormat, 7> kFormats = {{
-    {.ending = ".png", .isFloat = false, .channels = 3, .compression = nullptr},
-    {.ending = ".jpg", .isFloat = false, .channels = 3, .compression = "jpeg:95"},
-    {.ending = ".jpeg", .isFloat = false, .channels = 3, .compression = "jpeg:95"},
-    {.ending = ".exr", .isFloat = true, .channels = 4, .compression = "zip"},
-    {.ending = ".tif", .isFloat = false, .channels = 3, .compression = "zip"},
-    {.ending = ".tiff", .isFloat = false, .channels = 3, .compression = "zip"},
-    {.ending = ".hdr", .isFloat = true, .channels = 3, .compression = nullptr},
+    {.ending = ".png", .isFloat = false, .channels = 3, .hasDigest = true, .compression = nullptr},
+    {.ending = ".jpg", .isFloat = false, .channels = 3, .hasDigest = false, .compression = "jpeg:95"},
+    {.ending = ".jpeg", .isFloat = false, .channels = 3, .hasDigest = false, .compression = "jpeg:95"},
+    {.ending = ".exr", .isFloat = true, .channels = 4, .hasDigest = true, .compression = "zip"},
+    {.ending = ".tif", .isFloat = false, .channels = 3, .hasDigest = true, .compression = "zip"},
+    {.ending = ".tiff", .isFloat = false, .channels = 3, .hasDigest = true, .compression = "zip"},
+    {.ending = ".hdr", .isFloat = true, .channels = 3, .hasDigest = false, .compression = nullptr},
 }};
+
+bool isExr(const PictureFormat &format) { return std::strcmp(format.ending, ".exr") == 0; }
 
 const PictureFormat &formatOf(const std::string &file) {
     std::string ending = std::filesystem::path(file).extension().string();
@@ -48,29 +53,42 @@ const PictureFormat &formatOf(const std::string &file) {
     throw InputError("the picture file " + file + " " + found + "; known endings are " + known);
 }
 
+// EXR files hold the data window alone; files of the other formats hold the whole picture.
+Region storedWindow(const Picture &picture, const PictureFormat &format) {
+    return isExr(format) ? picture.window()
+                         : Region{.left = 0, .top = 0, .right = picture.width(), .bottom = picture.height()};
+}
+
+void addMetadata(const PictureMetadata &metadata, OIIO::ImageSpec &spec) {
+    for (const MetadataHeader &header : kMetadataHeaders)
+        if (const std::string &text = metadata.*header.member; !text.empty()) spec.attribute(header.name, text);
+    // The only text that the format's library writes to TIFF files.
+    if (!metadata.digest.empty()) spec.attribute("ImageDescription", "velm:scene " + metadata.digest);
+}
+
 OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, const PictureMetadata &metadata) {
-    OIIO::ImageSpec spec(picture.width(), picture.height(), format.channels,
+    const Region window = storedWindow(picture, format);
+    OIIO::ImageSpec spec(window.width(), window.height(), format.channels,
                          format.isFloat ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT8);
+    spec.x = window.left;
+    spec.y = window.top;
+    spec.full_width = picture.width();
+    spec.full_height = picture.height();
     spec.attribute("oiio:ColorSpace", format.isFloat ? "Linear" : "sRGB");
     spec.attribute("jpeg:subsampling", "4:4:4");
     spec.attribute("tiff:write_exif", 0); // cannot be written to memory, and would be empty
     spec.attribute("DateTime", ""); // otherwise the library adds the time, and equal pictures would not be equal files
     if (format.compression) spec.attribute("Compression", format.compression);
-    const std::array<std::pair<const char *, const std::string *>, 4> header = {{{"scene", &metadata.scene},
-                                                                                 {"module", &metadata.module},
-                                                                                 {"version", &metadata.version},
-                                                                                 {"command", &metadata.command}}};
-    for (const auto &[name, text] : header)
-        if (!text->empty()) spec.attribute(name, *text);
+    addMetadata(metadata, spec);
     return spec;
 }
 
 // One row, in the number format of the file.
 template <typename Value, typename Convert>
-std::vector<Value> convertRow(const Picture &picture, int y, int channels, Convert convert) {
+std::vector<Value> convertRow(const Picture &picture, const Region &window, int y, int channels, Convert convert) {
     std::vector<Value> row;
-    row.reserve(static_cast<std::size_t>(picture.width()) * static_cast<std::size_t>(channels));
-    for (int x = 0; x < picture.width(); ++x)
+    row.reserve(static_cast<std::size_t>(window.width()) * static_cast<std::size_t>(channels));
+    for (int x = window.left; x < window.right; ++x)
         for (int channel = 0; channel < channels; ++channel) row.push_back(convert(picture.pixel(x, y)[channel]));
     return row;
 }
@@ -78,14 +96,15 @@ std::vector<Value> convertRow(const Picture &picture, int y, int channels, Conve
 std::uint8_t toByte(float linear) { return static_cast<std::uint8_t>(std::lround(linearToSrgb(linear) * 255)); }
 
 bool writeRows(OIIO::ImageOutput &output, const Picture &picture, const PictureFormat &format) {
-    for (int y = 0; y < picture.height(); ++y) {
+    const Region window = storedWindow(picture, format);
+    for (int y = window.top; y < window.bottom; ++y) {
         const bool written =
             format.isFloat
                 ? output.write_scanline(
                       y, 0, OIIO::TypeDesc::FLOAT,
-                      convertRow<float>(picture, y, format.channels, [](float value) { return value; }).data())
+                      convertRow<float>(picture, window, y, format.channels, [](float value) { return value; }).data())
                 : output.write_scanline(y, 0, OIIO::TypeDesc::UINT8,
-                                        convertRow<std::uint8_t>(picture, y, format.channels, toByte).data());
+                                        convertRow<std::uint8_t>(picture, window, y, format.channels, toByte).data());
         if (!written) return false;
     }
     return true;
@@ -93,7 +112,14 @@ bool writeRows(OIIO::ImageOutput &output, const Picture &picture, const PictureF
 
 } // namespace
 
+Picture::Picture(const Picture &other) : Picture(other.width_, other.height_, other.window_) {
+    std::copy_n(other.pixels_.data(), pixels_.size(), pixels_.data());
+}
+
 void checkPictureEnding(const std::string &file) { formatOf(file); }
+
+bool hasDigest(const std::string &file) { return formatOf(file).hasDigest; }
+bool holdsParts(const std::string &file) { return isExr(formatOf(file)); }
 
 void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata) {
     const PictureFormat &format = formatOf(file);

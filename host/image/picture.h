@@ -1,52 +1,83 @@
 // Rendered pictures, and writing them to files.
 #pragma once
 
+#include "host/base/region.h"
+#include "host/base/shared_memory.h"
+
 #include <cstddef>
 #include <string>
-#include <vector>
 
 namespace velm::host {
 
 // A picture in memory: red, green and blue in linear light, and alpha (the fraction of the pixel that shows an object),
-// as floats; rows from the top. The colour is not multiplied by alpha: it includes the backdrop.
+// as floats; rows from the top. The colour is not multiplied by alpha: it includes the backdrop. Only the pixels of the
+// data window take memory; those outside it are black and without coverage. The memory is shared with processes that
+// are forked from this one, so that they can fill the picture in.
 class Picture {
   public:
     static constexpr int kChannels = 4;
 
     Picture() = default;
-    // Black and without coverage. Width and height of at least 1.
-    Picture(int width, int height)
-        : width_(width), height_(height),
-          pixels_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * kChannels) {}
+    // Black and without coverage. Width and height of at least 1. MachineError when there is no memory.
+    Picture(int width, int height) : Picture(width, height, {.left = 0, .top = 0, .right = width, .bottom = height}) {}
+    // The same with a data window, which lies in the picture and is not empty.
+    Picture(int width, int height, const Region &window)
+        : width_(width), height_(height), window_(window),
+          pixels_(static_cast<std::size_t>(window.width()) * static_cast<std::size_t>(window.height()) * kChannels) {}
+    Picture(Picture &&) = default;
+    Picture &operator=(Picture &&) = default;
+    Picture(const Picture &other);
+    Picture &operator=(const Picture &other) { return *this = Picture(other); }
+    ~Picture() = default;
 
     int width() const { return width_; }
     int height() const { return height_; }
+    const Region &window() const { return window_; }
+    // Of a pixel in the data window.
     float *pixel(int x, int y) { return pixels_.data() + offset(x, y); }
-    const float *pixel(int x, int y) const { return pixels_.data() + offset(x, y); }
+    // Of any pixel of the picture.
+    const float *pixel(int x, int y) const {
+        static constexpr float kOutside[kChannels] = {};
+        return window_.contains(x, y) ? pixels_.data() + offset(x, y) : kOutside;
+    }
 
   private:
     std::size_t offset(int x, int y) const {
-        return (static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)) *
+        return (static_cast<std::size_t>(y - window_.top) * static_cast<std::size_t>(window_.width()) +
+                static_cast<std::size_t>(x - window_.left)) *
                kChannels;
     }
 
     int width_ = 0, height_ = 0;
-    std::vector<float> pixels_;
+    Region window_;
+    SharedArray<float> pixels_;
 };
 
-// How a picture was made, for the headers of files that have room for it. Empty members are left out.
+// How a picture was made, for the headers of files. Empty members are left out.
 struct PictureMetadata {
     std::string scene, module, version, command;
+    // Identifies all that the picture was rendered from, as 32 hexadecimal digits: equal for the parts of one picture.
+    std::string digest;
+    std::string part;    // "2/8 by tiles" of a picture that is rendered in parts; empty for a whole one
+    std::string samples; // "0-3 of 16": the samples of each pixel, from the first to the last
+    std::string seed;    // of the noise, as a number
 };
 
 // Throws InputError, listing the known extensions, if the file has none of them. To be called before the work.
 void checkPictureEnding(const std::string &file);
 
+// Whether files with this extension, a known one, hold the digest of a picture's metadata, and whether they hold all
+// that is needed to put a picture together from parts.
+bool hasDigest(const std::string &file);
+bool holdsParts(const std::string &file);
+
 // Writes a picture in the format of the file name's extension, in upper or lower case: .png, .jpg, .jpeg, .tif, .tiff
 // (8 bits, sRGB, no alpha), .exr (float, linear, with alpha), .hdr (shared exponent, linear, no alpha). 8-bit
-// components are clamped to 0..1; NaN becomes 0 there. EXR headers contain the metadata as scene, module, version and
-// command. The picture is written to a temporary file beside `file` and renamed, so that `file` is never incomplete.
-// Throws InputError for an unknown extension, and MachineError if the file cannot be written.
+// components are clamped to 0..1; NaN becomes 0 there. EXR files have the picture's data window, and headers with the
+// metadata: scene, module, version, command, velm:scene (the digest), velm:part, velm:samples and velm:seed. PNG texts
+// have these too, and TIFF files the digest in their description. The picture is written to a temporary file beside
+// `file` and renamed, so that `file` is never incomplete. Throws InputError for an unknown extension, and MachineError
+// if the file cannot be written.
 void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata = {});
 
 } // namespace velm::host

@@ -1,174 +1,106 @@
-// The threads of a pass: they take tiles from a common counter, and the calling thread reports finished tiles.
+// Chooses the order of evaluation and who renders, and keeps what passes have in common.
 #include "host/render/frame_renderer.h"
 
 #include "host/base/thread_role.h"
-#include "host/guard/call_record.h"
-#include "host/render/frame_tiles.h"
+#include "host/render/frame_pass.h"
+#include "host/render/order/choose_order.h"
 #include "host/render/scene/render_scene_data.h"
 #include "host/render/services/scene_services.h"
 
-#include <pmmintrin.h>
-#include <sys/resource.h>
-#include <unistd.h>
-#include <xmmintrin.h>
-
 #include <algorithm>
-#include <atomic>
 #include <cassert>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <thread>
-#include <vector>
+#include <cstring>
+#include <optional>
 
 namespace velm::host {
 namespace {
 
-int threadsFor(const RenderJob &job, int tiles) {
-    const int cores = std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, int{kMaxThreads});
-    return std::min(job.threads > 0 ? job.threads : cores, tiles);
+int workersFor(const RenderJob &job, int tiles) {
+    const int most = job.order == RenderOrder::classic ? int{kMaxThreads} : kMostWorkers;
+    return std::min({job.threads > 0 ? job.threads : usableProcessors(), most, tiles});
 }
 
-RenderJob checked(const RenderJob &job) {
+SceneServices servicesFor(const SampleRenderer &renderer, int threads) {
+    return {renderer.scene(), renderer.job(),        regionOf(renderer.job()),
+            threads,          renderer.cameraItem(), renderer.camera()};
+}
+
+// Whether nodes have a memory: whether a small picture that is rendered twice, from the same place in the random
+// stream, comes out differently. It is rendered in another process, so that the nodes of this one are as before.
+bool showMemory(const RenderSceneData &scene, RenderJob job, const NodeTraits &traits) {
+    job.width = job.height = kTileSize;
+    job.region = job.part = {};
+    job.samples = 1;
+    job.firstSample = job.endSample = 0;
+    const SampleRenderer renderer(scene, job);
+    const SceneServices services = servicesFor(renderer, 1);
+    const Region whole = {.left = 0, .top = 0, .right = kTileSize, .bottom = kTileSize};
+    SharedArray<PixelSum> sums(std::size_t{2} * kTilePixels);
+    const std::function<void(int)> work = [&](int) {
+        SlotScope slot(0);
+        RayState &state = rayState;
+        state = renderer.initialState(0);
+        UnitWorker worker(renderer, {.samples = 1}, traits);
+        const std::atomic<bool> stop = false;
+        for (const std::size_t time : {0u, 1u})
+            worker.renderTile(state, slot, {.column = 0, .row = 0, .inPicture = whole, .inWindow = whole},
+                              &sums[time * kTilePixels], stop);
+    };
+    Workers crew(1, Workers::In::processes, work);
+    while (!crew.wait(std::chrono::milliseconds{50})) {
+    }
+    return std::memcmp(&sums[0], &sums[kTilePixels], kTilePixels * sizeof(PixelSum)) != 0;
+}
+
+OrderChoice decide(const RenderSceneData &scene, const RenderJob &job, const NodeTraits &traits) {
     checkJob(job);
+    OrderChoice choice = chooseOrder(job.order, traits);
+    if (choice.needsProbe && showMemory(scene, job, traits)) {
+        choice.order = RenderOrder::classic;
+        choice.reason = reasonOfProbe(traits);
+    }
+    choice.needsProbe = false;
+    return choice;
+}
+
+RenderJob withOrder(RenderJob job, RenderOrder order) {
+    job.order = order;
     return job;
 }
-
-// Nice values belong to threads on Linux. A system that refuses leaves the thread at its priority, which is harmless.
-void addNiceness(int niceness) {
-    if (niceness == 0) return;
-    const auto thread = static_cast<id_t>(systemThread());
-    setpriority(PRIO_PROCESS, thread, getpriority(PRIO_PROCESS, thread) + niceness);
-}
-
-// What the threads of one pass share.
-class PassRender {
-  public:
-    PassRender(const TileRenderer &renderer, const RenderPass &pass, FrameTiles &tiles, Picture &picture)
-        : renderer_(renderer), pass_(pass), tiles_(tiles), picture_(picture) {
-        finishedTiles_.reserve(static_cast<std::size_t>(tiles.count()));
-    }
-
-    void run(int threads, int niceness, ProgressSink *sink, const std::stop_token &stop) {
-        const std::stop_callback cancel(stop, [this] { stop_ = true; });
-        std::vector<std::jthread> workers; // joined also when the sink throws
-        workers.reserve(static_cast<std::size_t>(threads));
-        const StopScope scope{stop_};
-        for (int index = 0; index < threads; ++index)
-            workers.emplace_back([this, index, niceness] { work(index, niceness); });
-        watch(threads, sink);
-        workers.clear();
-    }
-
-    bool isComplete() const { return tilesDone() == tiles_.count(); }
-    const RayCounts &rays() const { return rays_; }
-    std::uint64_t samples() const { return samples_; }
-
-  private:
-    // Stops the threads when the scope ends, also early.
-    struct StopScope {
-        std::atomic<bool> &stop;
-        ~StopScope() { stop = true; }
-    };
-
-    int tilesDone() const { return static_cast<int>(finishedTiles_.size()); }
-
-    // Reports tiles soon after they are finished, but sleeps in between: waking up for every tile would cost more than
-    // many a tile takes, and would take a core from the render threads.
-    void watch(int threads, ProgressSink *sink) {
-        constexpr std::chrono::milliseconds kRest{50};
-        const auto allEnded = [this, threads] { return endedThreads_ == threads; };
-        std::unique_lock lock(mutex_);
-        for (int told = 0; sink;) {
-            tileAwaited_ = true;
-            changed_.wait(lock, [&] { return tilesDone() > told || allEnded(); });
-            const int done = tilesDone();
-            if (done == told) return;
-            lock.unlock();
-            // The vector does not move, and the elements up to `done` do not change.
-            for (; told < done; ++told)
-                sink->tile(tiles_.region(finishedTiles_[static_cast<std::size_t>(told)]), picture_);
-            if (!sink->progress(done, tiles_.count())) stop_ = true;
-            lock.lock();
-            changed_.wait_for(lock, kRest, allEnded);
-        }
-        changed_.wait(lock, allEnded);
-    }
-
-    void endTile(int tile) {
-        const std::lock_guard lock(mutex_);
-        finishedTiles_.push_back(tile);
-        if (!tileAwaited_) return;
-        tileAwaited_ = false;
-        changed_.notify_one();
-    }
-
-    // Catches nothing: an exception of a node has to end the program while the stack still shows whose evaluation it
-    // was.
-    void work(int threadIndex, int niceness) {
-        addNiceness(niceness);
-        const RoleScope role(ThreadRole::render);
-        SlotScope slot(threadIndex);
-        // As Embree recommends: denormal numbers are slow and do not matter here.
-        _MM_SET_FLUSH_ZERO_MODE(_MM_FLUSH_ZERO_ON);
-        _MM_SET_DENORMALS_ZERO_MODE(_MM_DENORMALS_ZERO_ON);
-        RayState &state = rayState;
-        state = renderer_.initialState(threadIndex);
-        for (int tile = next_++; tile < tiles_.count() && !stop_; tile = next_++)
-            if (renderTile(state, slot, tile)) endTile(tile);
-        const std::lock_guard lock(mutex_);
-        rays_ += state.counts;
-        samples_ += state.samples;
-        ++endedThreads_;
-        changed_.notify_one();
-    }
-
-    // False when it was stopped in the middle.
-    bool renderTile(RayState &state, SlotScope &slot, int tile) {
-        PixelSum *sums = tiles_.sums(tile);
-        if (!sums) return true;
-        const bool whole = renderer_.renderTile(state, slot, tiles_.region(tile), pass_, sums, stop_);
-        tiles_.show(tile, pass_.step, picture_);
-        return whole;
-    }
-
-    const TileRenderer &renderer_;
-    const RenderPass &pass_;
-    FrameTiles &tiles_;
-    Picture &picture_;          // each pixel is written by one thread only
-    std::atomic<int> next_ = 0; // tile to begin
-    std::atomic<bool> stop_ = false;
-
-    std::mutex mutex_; // for the members below
-    std::condition_variable changed_;
-    std::vector<int> finishedTiles_; // in the order in which they were finished
-    bool tileAwaited_ = false;
-    int endedThreads_ = 0;
-    RayCounts rays_;
-    std::uint64_t samples_ = 0;
-};
 
 } // namespace
 
 struct FrameRenderer::Work {
     const RenderScene &scene;
+    const NodeTraits traits;
+    const OrderChoice choice;
     const RenderJob job;
     const int updates; // of the scene when the frame was begun
-    const TileRenderer renderer;
+    const SampleRenderer renderer;
     FrameTiles tiles;
-    const int threads;
+    const int workers;
     Picture picture;
     int samplesDone = 0;
     RenderStatistics statistics;
 
     Work(const RenderScene &renderScene, const RenderJob &wanted)
-        : scene(renderScene), job(checked(wanted)), updates(scene.updates()), renderer(scene.data(), job),
-          tiles(regionOf(job), job.samples), threads(threadsFor(job, tiles.count())),
-          picture(job.width, job.height), statistics{.threads = threads,
-                                                     .rays = {},
-                                                     .triangles = scene.triangleCount(),
-                                                     .accelerationBytes = scene.accelerationBytes()} {}
+        : scene(renderScene), traits(traitsOf(scene.data())), choice(decide(scene.data(), wanted, traits)),
+          job(withOrder(wanted, choice.order)), updates(scene.updates()), renderer(scene.data(), job),
+          tiles(job.width, job.height, windowOf(job), samplesOf(job)), workers(workersFor(job, tiles.count())),
+          picture(job.width, job.height, windowOf(job)), statistics{.threads = workers,
+                                                                    .order = job.order,
+                                                                    .orderReason = choice.reason,
+                                                                    .rays = {},
+                                                                    .triangles = scene.triangleCount(),
+                                                                    .accelerationBytes = scene.accelerationBytes()} {}
+
+    bool isClassic() const { return job.order == RenderOrder::classic; }
 };
+
+OrderChoice decideOrder(const RenderScene &scene, const RenderJob &job) {
+    return decide(scene.data(), job, traitsOf(scene.data()));
+}
 
 FrameRenderer::FrameRenderer(const RenderScene &scene, const RenderJob &job) {
     assert(scene.data().acceleration && "prepare the scene first");
@@ -178,23 +110,33 @@ FrameRenderer::FrameRenderer(const RenderScene &scene, const RenderJob &job) {
 FrameRenderer::~FrameRenderer() = default;
 
 bool FrameRenderer::renderPass(const RenderPass &pass, ProgressSink *sink, const std::stop_token &stop) {
-    assert(pass.samples >= 1 && pass.step >= 1 && kTileSize % pass.step == 0);
+    assert(pass.samples >= 1 && std::ranges::find(kLevelSteps, pass.step) != kLevelSteps.end());
+    assert((pass.step == 1 || (pass.samples == 1 && work_->job.firstSample == 0)) && "coarse passes come first");
     assert(work_->updates == work_->scene.updates() && "the scene was updated");
     const auto begin = std::chrono::steady_clock::now();
-    const RoleScope role(ThreadRole::controller);
-    PassRender render(work_->renderer, pass, work_->tiles, work_->picture);
+    const FramePass::MakeTileWorker makeWorker = [&]() -> std::unique_ptr<TileWorker> {
+        if (work_->isClassic()) return std::make_unique<ClassicWorker>(work_->renderer, pass);
+        return std::make_unique<UnitWorker>(work_->renderer, pass, work_->traits);
+    };
+    FramePass render(work_->renderer, work_->tiles, work_->picture, pass.step, makeWorker);
     {
-        const SceneServices services(work_->scene.data(), work_->job, regionOf(work_->job), work_->threads,
-                                     work_->renderer.cameraItem(), work_->renderer.camera());
-        render.run(work_->threads, work_->job.niceness, sink, stop);
+        // Each process has its instances to itself, which see one thread. Workers set the state of nodes themselves,
+        // which is for the interface thread.
+        const SceneServices services = servicesFor(work_->renderer, work_->isClassic() ? work_->workers : 1);
+        std::optional<RoleScope> role;
+        if (work_->isClassic()) role.emplace(ThreadRole::controller);
+        const bool oneProcess = work_->isClassic() || work_->workers == 1;
+        render.run(oneProcess ? Workers::In::threads : Workers::In::processes, work_->workers, sink, stop);
     }
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+    const WorkerResult result = render.result();
     RenderStatistics &statistics = work_->statistics;
     statistics.seconds += taken.count();
-    statistics.rays += render.rays();
-    statistics.samples += render.samples();
+    statistics.rays += result.rays;
+    statistics.samples += result.samples;
     if (!render.isComplete()) return false;
-    if (pass.step == 1) work_->samplesDone = std::max(work_->samplesDone, std::min(pass.samples, work_->job.samples));
+    if (pass.step == 1)
+        work_->samplesDone = std::max(work_->samplesDone, std::min(pass.samples, samplesOf(work_->job)));
     return true;
 }
 

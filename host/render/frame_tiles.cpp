@@ -1,9 +1,9 @@
 #include "host/render/frame_tiles.h"
 
-#include <algorithm>
-
 namespace velm::host {
 namespace {
+
+constexpr int tilesUpTo(int end) { return (end + kTileSize - 1) / kTileSize; }
 
 void writeMean(const PixelSum &sum, float *pixel) {
     const double weight = 1.0 / sum.samples;
@@ -15,49 +15,52 @@ void writeMean(const PixelSum &sum, float *pixel) {
 
 } // namespace
 
-FrameTiles::FrameTiles(const Region &region, int samples)
-    : region_(region), samples_(static_cast<std::uint32_t>(samples)),
-      columns_((region.right - region.left + kTileSize - 1) / kTileSize),
-      rows_((region.bottom - region.top + kTileSize - 1) / kTileSize), sums_(static_cast<std::size_t>(count())),
+FrameTiles::FrameTiles(int width, int height, const Region &window, int samples)
+    : width_(width), height_(height), window_(window), samples_(static_cast<std::uint32_t>(samples)),
+      left_(window.left / kTileSize), top_(window.top / kTileSize), columns_(tilesUpTo(window.right) - left_),
+      rows_(tilesUpTo(window.bottom) - top_), sums_(static_cast<std::size_t>(count()) * kTilePixels),
       finished_(static_cast<std::size_t>(count())) {}
 
-Region FrameTiles::region(int tile) const {
-    const int left = region_.left + tile % columns_ * kTileSize, top = region_.top + tile / columns_ * kTileSize;
-    return {.left = left,
-            .top = top,
-            .right = std::min(left + kTileSize, region_.right),
-            .bottom = std::min(top + kTileSize, region_.bottom)};
+Tile FrameTiles::tile(int number) const {
+    const int column = left_ + number % columns_, row = top_ + number / columns_;
+    const Region whole = {.left = column * kTileSize,
+                          .top = row * kTileSize,
+                          .right = (column + 1) * kTileSize,
+                          .bottom = (row + 1) * kTileSize};
+    return {.column = column,
+            .row = row,
+            .inPicture = intersection(whole, {.left = 0, .top = 0, .right = width_, .bottom = height_}),
+            .inWindow = intersection(whole, window_)};
 }
 
-PixelSum *FrameTiles::sums(int tile) {
-    const auto index = static_cast<std::size_t>(tile);
-    if (finished_[index] != 0) return nullptr;
-    if (!sums_[index]) sums_[index] = std::make_unique<PixelSum[]>(std::size_t{kTileSize * kTileSize});
-    return sums_[index].get();
+PixelSum *FrameTiles::sums(int number) {
+    const auto index = static_cast<std::size_t>(number);
+    return finished_[index] ? nullptr : &sums_[index * kTilePixels];
 }
 
-void FrameTiles::show(int tile, int step, Picture &picture) {
-    const PixelSum *sums = this->sums(tile);
+void FrameTiles::show(int number, int step, Picture &picture) {
+    const PixelSum *sums = this->sums(number);
     if (!sums) return;
-    const Region pixels = region(tile);
-    for (int y = 0; y < pixels.bottom - pixels.top; ++y) {
-        for (int x = 0; x < pixels.right - pixels.left; ++x) {
-            const PixelSum *sum = &sums[pixelInTile(x, y)];
-            if (sum->samples == 0) sum = &sums[pixelInTile(x - x % step, y - y % step)];
-            if (sum->samples > 0) writeMean(*sum, picture.pixel(pixels.left + x, pixels.top + y));
+    const Tile shown = tile(number);
+    const int left = shown.column * kTileSize, top = shown.row * kTileSize;
+    for (int y = shown.inWindow.top; y < shown.inWindow.bottom; ++y) {
+        for (int x = shown.inWindow.left; x < shown.inWindow.right; ++x) {
+            const PixelSum *sum = &sums[pixelInTile(x - left, y - top)];
+            if (sum->samples == 0) sum = &sums[pixelInTile((x - left) / step * step, (y - top) / step * step)];
+            if (sum->samples > 0) writeMean(*sum, picture.pixel(x, y));
         }
     }
-    if (!isFinished(pixels, sums)) return;
-    const auto index = static_cast<std::size_t>(tile);
-    finished_[index] = 1;
-    sums_[index].reset();
+    if (!isFinished(shown, sums)) return;
+    const auto index = static_cast<std::size_t>(number);
+    finished_[index] = true;
+    sums_.release(index * kTilePixels, kTilePixels);
 }
 
-bool FrameTiles::isFinished(const Region &region, const PixelSum *sums) const {
-    for (int y = 0; y < region.bottom - region.top; ++y) {
-        for (int x = 0; x < region.right - region.left; ++x)
-            if (sums[pixelInTile(x, y)].samples < samples_) return false;
-    }
+bool FrameTiles::isFinished(const Tile &tile, const PixelSum *sums) const {
+    const int left = tile.column * kTileSize, top = tile.row * kTileSize;
+    for (int y = tile.inWindow.top; y < tile.inWindow.bottom; ++y)
+        for (int x = tile.inWindow.left; x < tile.inWindow.right; ++x)
+            if (sums[pixelInTile(x - left, y - top)].samples < samples_) return false;
     return true;
 }
 

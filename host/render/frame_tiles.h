@@ -1,52 +1,64 @@
 // The tiles of a frame, and the sums of the samples of their pixels.
 #pragma once
 
+#include "host/base/shared_memory.h"
 #include "host/image/picture.h"
 #include "host/render/geometry/vector.h"
-#include "host/render/scene/render_job.h"
+#include "host/render/order/unit_of_work.h"
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 namespace velm::host {
-
-inline constexpr int kTileSize = 16; // pixels a side
 
 // Of the samples of a pixel that are rendered. Samples are added one by one in double precision, so that the sum does
 // not depend on how they are divided into passes.
 struct PixelSum {
     Vec3 colour;
     std::uint32_t samples = 0, covered = 0; // covered: those that hit an object
+
+    void add(const Vec3 &sample, bool isCovered) {
+        colour += sample;
+        ++samples;
+        covered += isCovered ? 1 : 0;
+    }
 };
 
-// A frame's region in tiles. Sums only take memory for tiles that have some, but not all of their samples. Different
-// tiles may be used by different threads.
+// A tile of the grid, which begins at the picture's upper left corner.
+struct Tile {
+    int column, row;
+    Region inPicture; // its pixels; tiles at the right and lower edges may be smaller than others
+    Region inWindow;  // those of them that are rendered for the frame
+};
+
+// The tiles that a frame's window touches. All of it is in memory that is shared with processes forked from this one.
+// Sums only take memory for tiles that have some, but not all of their samples. Different tiles may be used by
+// different threads and processes.
 class FrameTiles {
   public:
-    // `samples`: of each pixel of the finished frame.
-    FrameTiles(const Region &region, int samples);
+    // `samples`: of each pixel of the finished frame. `window` lies in the picture.
+    FrameTiles(int width, int height, const Region &window, int samples);
 
     int count() const { return columns_ * rows_; }
-    // The pixels of a tile; tiles at the right and lower edges may be smaller than others.
-    Region region(int tile) const;
+    Tile tile(int number) const;
 
     // The sums of a tile's pixels, kTileSize by kTileSize in rows; null when all of them have all their samples.
-    PixelSum *sums(int tile);
+    PixelSum *sums(int number);
 
     // Writes the means of a tile's samples to the picture. A pixel without samples gets the mean of the pixel at the
     // upper left corner of its block of `step` by `step` pixels; if that has none either, it stays as it is.
-    void show(int tile, int step, Picture &picture);
+    void show(int number, int step, Picture &picture);
 
   private:
-    using TileSums = std::unique_ptr<PixelSum[]>;
-    bool isFinished(const Region &region, const PixelSum *sums) const;
+    bool isFinished(const Tile &tile, const PixelSum *sums) const;
 
-    Region region_;
+    int width_, height_;
+    Region window_;
     std::uint32_t samples_;
-    int columns_, rows_;
-    std::vector<TileSums> sums_;
-    std::vector<char> finished_; // not bool: threads write neighbouring elements
+    int left_, top_, columns_, rows_; // of the tiles, in the grid
+    SharedArray<PixelSum> sums_;
+    SharedArray<std::atomic<bool>> finished_;
 };
 
 // The number of a pixel in its tile's sums; x and y count from the tile's upper left corner.

@@ -22,7 +22,7 @@ void warnOfCircle(const std::string &sceneFile, Warnings &warnings) {
 
 RenderJob renderJob(const Session &session) { return renderJob(session.scene().render); }
 
-Rendering::Rendering(Session &session, int mode) : session_(session) { session_.surfaces().init(mode); }
+Rendering::Rendering(Session &session, int mode) : session_(session), mode_(mode) { session_.surfaces().init(mode); }
 
 Rendering::~Rendering() { session_.surfaces().cleanup(); }
 
@@ -33,10 +33,22 @@ void Rendering::setFrame(int frame) {
     session_.surfaces().newTime(frame_, time_);
 }
 
-Frame Rendering::render(RenderJob job, ProgressSink *sink) {
+OrderChoice Rendering::decideOrder(RenderJob job) const {
+    prepare(job);
+    return velm::host::decideOrder(session_.renderScene(), job);
+}
+
+void Rendering::prepare(RenderJob &job) const {
     job.frame = frame_;
     job.time = time_;
+    job.initMode = mode_;
+    if (job.order == RenderOrder::automatic) job.order = order_;
+}
+
+Frame Rendering::render(RenderJob job, ProgressSink *sink) {
+    prepare(job);
     Frame frame = renderFrame(session_.renderScene(), job, sink);
+    order_ = frame.statistics.order; // the same for all frames
     if (frame.complete) warnOfCircle(session_.scene().file, session_.warnings());
     return frame;
 }

@@ -23,12 +23,22 @@ class Rendering {
     // before the first render.
     void setFrame(int frame);
 
+    // The order in which the current frame is rendered for a job; decided once for all frames. May render a small
+    // picture to find out whether nodes have a memory. As renderFrame.
+    OrderChoice decideOrder(RenderJob job) const;
+
+    const std::string &sceneFile() const { return session_.scene().file; }
+
     // Renders the current frame, whatever frame the job names, and warns of nodes that evaluated each other in a
     // circle. Otherwise as renderFrame. `sink` may be null.
     Frame render(RenderJob job, ProgressSink *sink = nullptr);
 
   private:
+    void prepare(RenderJob &job) const;
+
     Session &session_;
+    const int mode_;
+    RenderOrder order_ = RenderOrder::automatic; // that was chosen for the first frame
     int frame_ = 0;
     double time_ = 0; // seconds, of the frame
 };

@@ -1,6 +1,5 @@
-// With one thread, a scene renders to the same bytes every time, both in a new process and in one that has rendered
-// before. The module's random stream restarts whenever the module is loaded, and a picture and its header contain
-// nothing else that could differ, such as the time.
+// A scene renders to the same bytes every time: in a new process and in one that has rendered before, with any number
+// of workers, and each frame by itself. A picture and its header contain nothing that could differ, such as the time.
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
 
@@ -86,10 +85,10 @@ int spawnVelm(const std::vector<std::string> &words) {
 class SameBytes : public testing::TestWithParam<Scene> {
   protected:
     // The pictures have the same names every time, since their headers contain the command line.
-    std::vector<std::string> words(const char *ending) const {
+    std::vector<std::string> words(const char *ending, const char *frames = "1-2", const char *threads = "1") const {
         return {"render",   scene_,  "-o",        directory_.file(std::string("#") + ending),
-                "--size",   "64x36", "--samples", "1",
-                "--frames", "1-2",   "--threads", "1",
+                "--size",   "80x45", "--samples", "2",
+                "--frames", frames,  "--threads", threads,
                 "--quiet"};
     }
     // Returns the bytes of the two frames, one after the other, and removes their files.
@@ -126,6 +125,25 @@ TEST_P(SameBytes, InOneProcess) {
         ASSERT_EQ(second.status, kExitDone) << second.err;
         EXPECT_TRUE(takeFrames(ending) == before) << ending;
     }
+}
+
+TEST_P(SameBytes, WithAnyNumberOfWorkers) {
+    ASSERT_EQ(test::velm(words(".exr")).status, kExitDone);
+    const std::string one = takeFrames(".exr");
+    for (const char *threads : {"2", "3", "16", "32"}) {
+        const test::Outcome outcome = test::velm(words(".exr", "1-2", threads));
+        ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+        EXPECT_TRUE(takeFrames(".exr") == one) << threads;
+    }
+}
+
+// The names of the files are the same, but the header of each names the frames that were asked for.
+TEST_P(SameBytes, FrameByFrameThePixelsAreTheSame) {
+    ASSERT_EQ(test::velm(words(".hdr")).status, kExitDone);
+    const std::string together = takeFrames(".hdr");
+    ASSERT_EQ(test::velm(words(".hdr", "2")).status, kExitDone);
+    ASSERT_EQ(test::velm(words(".hdr", "1")).status, kExitDone);
+    EXPECT_TRUE(takeFrames(".hdr") == together);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SameBytes, testing::ValuesIn(kScenes),

@@ -113,8 +113,14 @@ TEST(Picture, EightBitsAreEncodedAsSrgb) {
 
 TEST(Picture, ExrHeaderStatesHowItWasMade) {
     const TemporaryDirectory directory;
-    const PictureMetadata metadata = {
-        .scene = "scenes/clay.json", .module = "velm.p", .version = "1.2", .command = "velm render \"a b\""};
+    const PictureMetadata metadata = {.scene = "scenes/clay.json",
+                                      .module = "velm.p",
+                                      .version = "1.2",
+                                      .command = "velm render \"a b\"",
+                                      .digest = {},
+                                      .part = {},
+                                      .samples = {},
+                                      .seed = {}};
     writePicture(ramp(), directory / "a.exr", metadata);
     const auto input = OIIO::ImageInput::open(directory / "a.exr");
     ASSERT_TRUE(input);

@@ -1,5 +1,6 @@
 // Frames in passes: the same picture however it is divided, coarse passes, tiles, stopping and priorities.
 #include "host/base/error.h"
+#include "host/render/order/unit_of_work.h"
 #include "tests/render/test_scene.h"
 
 #include <atomic>
@@ -28,7 +29,7 @@ std::vector<std::vector<int>> divisions(int samples) {
 TEST(FrameRenderer, PassesMakeThePictureThatIsMadeAtOnce) {
     TestScene scene = litBall();
     scene.job.samples = 5;
-    scene.job.region = {.left = 10, .top = 12, .right = 37, .bottom = 30}; // two by two tiles
+    scene.job.region = {.left = 10, .top = 12, .right = 37, .bottom = 36}; // two by two tiles
     const Picture whole = scene.render().picture;
     for (const std::vector<int> &ends : divisions(5)) {
         FrameRenderer renderer(scene.renderScene(), scene.job);
@@ -38,7 +39,7 @@ TEST(FrameRenderer, PassesMakeThePictureThatIsMadeAtOnce) {
         }
         EXPECT_TRUE(samePixels(renderer.picture(), whole, kWhole))
             << ends.size() << " passes, the first of " << ends[0];
-        EXPECT_EQ(renderer.statistics().rays.camera, 27u * 18 * 5);
+        EXPECT_EQ(renderer.statistics().rays.camera, 27u * 24 * 5);
     }
 }
 
@@ -116,7 +117,7 @@ TEST(FrameRendererThreaded, EveryTileIsHandedOutOnce) {
          {RenderPass{.samples = 1, .step = 4}, RenderPass{.samples = 2}, RenderPass{.samples = 3}}) {
         TileSink sink(50, 40);
         EXPECT_TRUE(renderer.renderPass(pass, &sink));
-        EXPECT_EQ(sink.tiles, 12);
+        EXPECT_EQ(sink.tiles, 4);
         EXPECT_EQ(sink.told, std::vector<int>(2000, 1));
         EXPECT_TRUE(samePixels(sink.picture, renderer.picture(), kWhole));
     }
@@ -136,6 +137,7 @@ TEST(FrameRendererThreaded, PassesOnSeveralThreadsMakeTheSamePicture) {
 TEST(FrameRendererThreaded, StopsAfterTheSampleAtHand) {
     for (const int threads : {1, 4}) {
         TestScene scene;
+        scene.job.order = RenderOrder::classic;
         scene.job.width = scene.job.height = 64;
         scene.job.samples = 4;
         scene.job.threads = threads;
@@ -163,6 +165,30 @@ TEST(FrameRendererThreaded, StopsAfterTheSampleAtHand) {
         EXPECT_TRUE(
             samePixels(renderer.picture(), scene.render().picture, {.left = 0, .top = 0, .right = 64, .bottom = 64}));
     }
+}
+
+// A unit of work that was stopped is begun again: its samples so far do not count.
+TEST(FrameRendererThreaded, GoesOnFromTheLastWholeUnit) {
+    TestScene scene;
+    scene.job.width = scene.job.height = kTileSize;
+    scene.job.samples = 4;
+    scene.job.threads = 1;
+    int evaluations = 0;
+    std::stop_source source;
+    constexpr int kEnough = 2 * kTilePixels + 100;
+    scene.surface("Wall", {{"Luminosity", 1}});
+    scene.probe("Wall", "Color", [&](ShadingSample &sample, double value[3]) {
+        value[0] = sample.position[0];
+        if (++evaluations == kEnough) source.request_stop();
+    });
+    scene.object("Wall", BoxShape{.size = {9, 9, 1}}, "Wall");
+    FrameRenderer renderer(scene.renderScene(), scene.job);
+    EXPECT_FALSE(renderer.renderPass({.samples = 4}, nullptr, source.get_token()));
+    EXPECT_EQ(evaluations, kEnough);
+    EXPECT_TRUE(renderer.renderPass({.samples = 4}));
+    EXPECT_EQ(evaluations, 4 * kTilePixels + 100);
+    EXPECT_TRUE(samePixels(renderer.picture(), scene.render().picture,
+                           {.left = 0, .top = 0, .right = kTileSize, .bottom = kTileSize}));
 }
 
 TEST(FrameRendererThreaded, RenderThreadsHaveTheirPriority) {

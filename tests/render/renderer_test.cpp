@@ -1,5 +1,7 @@
 // Frames: threads, regions, samples, progress and errors.
 #include "host/base/error.h"
+#include "host/base/limits.h"
+#include "host/render/order/unit_of_work.h"
 #include "host/services/backdrop.h"
 #include "host/services/scene_info.h"
 #include "tests/render/test_scene.h"
@@ -19,11 +21,16 @@ const Region kWhole = {.left = 0, .top = 0, .right = 50, .bottom = 40};
 TEST(RendererThreaded, PictureDoesNotDependOnThreads) {
     TestScene scene = litBall();
     const Picture one = scene.render().picture;
-    for (const int threads : {2, 5, 16}) {
-        scene.job.threads = threads;
-        const Frame frame = scene.render();
-        EXPECT_TRUE(samePixels(frame.picture, one, kWhole)) << threads;
-        EXPECT_EQ(frame.statistics.threads, std::min(threads, 12)) << "at most one for each tile";
+    for (const RenderOrder order : {RenderOrder::repeatable, RenderOrder::classic}) {
+        scene.job.order = order;
+        for (const int threads : {1, 2, 3, 16}) {
+            scene.job.threads = threads;
+            const Frame frame = scene.render();
+            EXPECT_TRUE(samePixels(frame.picture, one, kWhole)) << threads;
+            EXPECT_EQ(frame.statistics.threads, std::min(threads, 4)) << "at most one for each tile";
+            EXPECT_EQ(frame.statistics.order, order);
+            EXPECT_EQ(frame.statistics.orderReason, "");
+        }
     }
 }
 
@@ -71,15 +78,16 @@ TEST(Renderer, OneSampleStandsInTheMiddle) {
     TestScene scene;
     scene.job.width = scene.job.height = 3;
     scene.surface("Wall", {{"Luminosity", 1}});
-    std::vector<Vec3> places;
+    std::vector<Vec3> places(9);
+    int samples = 0;
     scene.probe("Wall", "Color", [&](ShadingSample &sample, double *) {
-        places.emplace_back(sample.position);
-        EXPECT_EQ(sample.pixelX + 3 * sample.pixelY, static_cast<int>(places.size()) - 1);
+        places[static_cast<std::size_t>(sample.pixelX + 3 * sample.pixelY)] = Vec3(sample.position);
+        ++samples;
     });
     scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall", {0, 0, -4}).transform.rotation = {0, -90, 0};
     scene.render();
     const double pixel = 2 * std::tan(20 * kPi / 180) / 3;
-    ASSERT_EQ(places.size(), 9u);
+    EXPECT_EQ(samples, 9);
     expectNear(places[0], {-pixel, pixel, -4}, kTolerance);
     expectNear(places[4], {0, 0, -4}, kTolerance);
     expectNear(places[5], {pixel, 0, -4}, kTolerance);
@@ -87,6 +95,7 @@ TEST(Renderer, OneSampleStandsInTheMiddle) {
 
 TEST(RendererThreaded, EveryThreadKeepsItsNumber) {
     TestScene scene = litBall();
+    scene.job.order = RenderOrder::classic;
     scene.job.threads = 4;
     std::atomic<int> wrong = 0;
     std::atomic<unsigned> used = 0;
@@ -122,18 +131,20 @@ TEST(RendererThreaded, TellsItsProgress) {
     NotingSink sink(1000);
     const Frame frame = renderFrame(scene.renderScene(), scene.job, &sink);
     EXPECT_TRUE(frame.complete);
-    EXPECT_EQ(sink.totals, std::set<int>{12}); // 4 by 3 tiles
+    EXPECT_EQ(sink.totals, std::set<int>{4}); // 2 by 2 tiles
     ASSERT_FALSE(sink.told.empty());
-    EXPECT_EQ(sink.told.back(), 12);
+    EXPECT_EQ(sink.told.back(), 4);
     EXPECT_TRUE(std::is_sorted(sink.told.begin(), sink.told.end()));
 }
 
 TEST(RendererThreaded, CanBeCancelled) {
     TestScene scene = litBall();
+    scene.job.order = RenderOrder::classic;
+    scene.job.threads = 2;
     std::atomic<bool> held = true;
     scene.probe("Ball", "Luminosity", [&](ShadingSample &sample, double *) {
         // The second row of tiles waits until the sink has cancelled.
-        if (sample.pixelY >= 16) held.wait(true);
+        if (sample.pixelY >= kTileSize) held.wait(true);
     });
     class CancellingSink : public ProgressSink {
       public:
@@ -264,7 +275,14 @@ TEST(Renderer, RefusesJobsThatMakeNoSense) {
     refused([](RenderJob &job) { job.height = -1; });
     refused([](RenderJob &job) { job.width = 1 << 20; });
     refused([](RenderJob &job) { job.samples = 0; });
-    refused([](RenderJob &job) { job.threads = 17; });
+    refused([](RenderJob &job) { job.threads = kMostWorkers + 1; });
+    refused([](RenderJob &job) {
+        job.order = RenderOrder::classic;
+        job.threads = kMaxThreads + 1;
+    });
+    refused([](RenderJob &job) { job.firstSample = job.samples; });
+    refused([](RenderJob &job) { job.endSample = job.samples + 1; });
+    refused([](RenderJob &job) { job.part = {.left = 1, .top = 0, .right = 2, .bottom = 1}; });
     refused([](RenderJob &job) { job.threads = -1; });
     refused([](RenderJob &job) { job.recursionDepth = -1; });
     refused([](RenderJob &job) { job.recursionDepth = kMaxRecursionDepth + 1; });

@@ -15,24 +15,34 @@ void checkJob(const RenderJob &job) {
     require(job.width >= 1 && job.height >= 1 && job.width <= kLargestSide && job.height <= kLargestSide,
             fmt::format("a picture has to be 1 to {} pixels wide and high", kLargestSide));
     require(job.samples >= 1, "a pixel has to have at least 1 sample");
-    require(job.threads >= 0 && job.threads <= kMaxThreads,
-            fmt::format("there can be 1 to {} render threads", int{kMaxThreads}));
+    const int mostThreads = job.order == RenderOrder::classic ? int{kMaxThreads} : kMostWorkers;
+    require(job.threads >= 0 && job.threads <= mostThreads,
+            fmt::format("there can be 1 to {} render threads{}", mostThreads,
+                        job.order == RenderOrder::classic ? " in classic order" : ""));
+    require(job.firstSample >= 0 && samplesOf(job) >= 1 && job.firstSample + samplesOf(job) <= job.samples,
+            fmt::format("the samples to be rendered are not among the {} of a pixel", job.samples));
     require(job.niceness >= 0 && job.niceness <= kLeastPriority,
             fmt::format("the niceness of render threads has to be 0 to {}", kLeastPriority));
     require(job.recursionDepth >= 0 && job.recursionDepth <= kMaxRecursionDepth,
             fmt::format("the recursion depth has to be 0 to {}", kMaxRecursionDepth));
-    const Region region = regionOf(job);
+    const auto liesInPicture = [&job](const Region &region) {
+        return region.left >= 0 && region.top >= 0 && !region.isEmpty() && region.right <= job.width &&
+               region.bottom <= job.height;
+    };
     require(
-        region.left >= 0 && region.top >= 0 && region.left < region.right && region.top < region.bottom &&
-            region.right <= job.width && region.bottom <= job.height,
+        liesInPicture(regionOf(job)) && liesInPicture(windowOf(job)),
         fmt::format("the region to be rendered does not lie in the picture of {} by {} pixels", job.width, job.height));
 }
 
 Region regionOf(const RenderJob &job) {
-    const Region &region = job.region;
-    const bool whole = region.left == 0 && region.top == 0 && region.right == 0 && region.bottom == 0;
-    return whole ? Region{.left = 0, .top = 0, .right = job.width, .bottom = job.height} : region;
+    return job.region == Region{} ? Region{.left = 0, .top = 0, .right = job.width, .bottom = job.height} : job.region;
 }
+
+Region windowOf(const RenderJob &job) {
+    return job.part == Region{} ? regionOf(job) : intersection(regionOf(job), job.part);
+}
+
+int samplesOf(const RenderJob &job) { return (job.endSample == 0 ? job.samples : job.endSample) - job.firstSample; }
 
 RenderJob renderJob(const RenderDescription &description) {
     RenderJob job;

@@ -1,10 +1,13 @@
-#include "host/render/tile_renderer.h"
+#include "host/render/sample_renderer.h"
 
 #include "host/base/error.h"
 #include "host/base/names.h"
 #include "host/graph/surface.h"
 #include "host/render/geometry/sampling.h"
 #include "host/render/tracing/shade.h"
+
+#include <pmmintrin.h>
+#include <xmmintrin.h>
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -39,11 +42,11 @@ bool isOpaque(const RenderSceneData &scene) {
 
 } // namespace
 
-TileRenderer::TileRenderer(const RenderSceneData &scene, const RenderJob &job)
+SampleRenderer::SampleRenderer(const RenderSceneData &scene, const RenderJob &job)
     : scene_(scene), job_(job), cameraItem_(findCamera(scene, job.camera)),
       camera_(cameraItem_.description, job.width, job.height), allOpaque_(isOpaque(scene)) {}
 
-RayState TileRenderer::initialState(int threadIndex) const {
+RayState SampleRenderer::initialState(int threadIndex) const {
     RayState state;
     state.scene = &scene_;
     state.rayScene = scene_.acceleration->rayScene();
@@ -55,41 +58,18 @@ RayState TileRenderer::initialState(int threadIndex) const {
     return state;
 }
 
-bool TileRenderer::renderTile(RayState &state, SlotScope &slot, const Region &region, const RenderPass &pass,
-                              PixelSum *sums, const std::atomic<bool> &stop) const {
-    const auto samples = static_cast<std::uint32_t>(std::min(pass.samples, job_.samples));
-    for (int y = region.top; y < region.bottom; y += pass.step) {
-        for (int x = region.left; x < region.right; x += pass.step) {
-            state.pixelX = x;
-            state.pixelY = y;
-            PixelSum &pixel = sums[pixelInTile(x - region.left, y - region.top)];
-            if (!renderPixel(state, slot, samples, pixel, stop)) return false;
-        }
-    }
-    return true;
-}
+bool SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const {
+    std::uint32_t pixelSeed = combine(combine(scramble(static_cast<std::uint32_t>(x)), static_cast<std::uint32_t>(y)),
+                                      job_.lockNoise ? 0 : static_cast<std::uint32_t>(job_.frame));
+    if (job_.seed != 0) pixelSeed = combine(pixelSeed, job_.seed);
+    const UnitSquare middle = {0.5, 0.5};
+    const UnitSquare point = job_.samples == 1 ? middle : stratifiedPoint(index, pixelSeed);
+    state.pixelX = x;
+    state.pixelY = y;
+    state.seed = combine(pixelSeed, index);
+    state.drawnSets = 0;
 
-bool TileRenderer::renderPixel(RayState &state, SlotScope &slot, std::uint32_t samples, PixelSum &pixel,
-                               const std::atomic<bool> &stop) const {
-    const int x = state.pixelX, y = state.pixelY;
-    const std::uint32_t pixelSeed =
-        combine(combine(scramble(static_cast<std::uint32_t>(x)), static_cast<std::uint32_t>(y)),
-                static_cast<std::uint32_t>(job_.frame));
-    PixelSum sum = pixel;
-    for (; sum.samples < samples && !stop.load(std::memory_order_relaxed); ++sum.samples) {
-        const UnitSquare middle = {0.5, 0.5};
-        const UnitSquare point = job_.samples == 1 ? middle : stratifiedPoint(sum.samples, pixelSeed);
-        state.seed = combine(pixelSeed, sum.samples);
-        state.drawnSets = 0;
-        if (renderSample(state, camera_.ray(x + point.x, y + point.y), sum.colour)) ++sum.covered;
-        slot.step();
-    }
-    pixel = sum;
-    return sum.samples >= samples;
-}
-
-// Adds the colour that a camera ray sees; true when that is an object's.
-bool TileRenderer::renderSample(RayState &state, const CameraRay &view, Vec3 &sum) const {
+    const CameraRay view = camera_.ray(x + point.x, y + point.y);
     state.origin = {};
     state.origin.item = cameraItem_.item;
     state.spread = view.spread;
@@ -98,17 +78,23 @@ bool TileRenderer::renderSample(RayState &state, const CameraRay &view, Vec3 &su
     Vec3 unit;
     if (!spawnRay(state.origin, view.origin, view.direction, ray, unit) ||
         !findHit(state, scene_.acceleration->cameraScene(), ray, {})) {
-        double colour[3];
+        double seen[3];
         const double direction[3] = {view.direction.x, view.direction.y, view.direction.z};
-        scene_.backdrop.evaluate(direction, colour);
-        sum += Vec3(colour);
+        scene_.backdrop.evaluate(direction, seen);
+        colour = Vec3(seen);
         return false;
     }
     ++state.samples;
     ShadingSample sample;
     SurfaceValues values;
-    sum += shadeHit(state, ray, {.direction = unit, .refractionIndex = 1, .flags = 0}, sample, values);
+    colour = shadeHit(state, ray, {.direction = unit, .refractionIndex = 1, .flags = 0}, sample, values);
     return true;
 }
+
+DenormalsAreZero::DenormalsAreZero() : previous_(_mm_getcsr()) {
+    _mm_setcsr(previous_ | _MM_FLUSH_ZERO_ON | _MM_DENORMALS_ZERO_ON);
+}
+
+DenormalsAreZero::~DenormalsAreZero() { _mm_setcsr(previous_); }
 
 } // namespace velm::host

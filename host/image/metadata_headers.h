@@ -1,0 +1,24 @@
+// The names under which files hold the metadata of pictures.
+#pragma once
+
+#include "host/image/picture.h"
+
+namespace velm::host {
+
+struct MetadataHeader {
+    const char *name;
+    std::string PictureMetadata::*member;
+};
+
+inline constexpr MetadataHeader kMetadataHeaders[] = {
+    {.name = "scene", .member = &PictureMetadata::scene},
+    {.name = "module", .member = &PictureMetadata::module},
+    {.name = "version", .member = &PictureMetadata::version},
+    {.name = "command", .member = &PictureMetadata::command},
+    {.name = "velm:scene", .member = &PictureMetadata::digest},
+    {.name = "velm:part", .member = &PictureMetadata::part},
+    {.name = "velm:samples", .member = &PictureMetadata::samples},
+    {.name = "velm:seed", .member = &PictureMetadata::seed},
+};
+
+} // namespace velm::host

@@ -1,0 +1,202 @@
+#include "host/image/picture_parts.h"
+
+#include "host/base/error.h"
+#include "host/base/names.h"
+#include "host/image/metadata_headers.h"
+#include "host/io/files.h"
+
+#include <OpenImageIO/imageio.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fmt/format.h>
+#include <memory>
+#include <set>
+
+namespace velm::host {
+namespace {
+
+constexpr const char *kDigestPrefix = "velm:scene ";
+
+// Opens a file with the reader of one format; null when it is not of that format.
+std::unique_ptr<OIIO::ImageInput> openAs(const char *format, const std::string &file, OIIO::ImageSpec &spec) {
+    std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::create(format);
+    if (!input || !input->valid_file(file) || !input->open(file, spec)) return nullptr;
+    return input;
+}
+
+PictureMetadata metadataOf(const OIIO::ImageSpec &spec) {
+    PictureMetadata metadata;
+    for (const MetadataHeader &header : kMetadataHeaders)
+        metadata.*header.member = spec.get_string_attribute(header.name);
+    return metadata;
+}
+
+bool parseSamples(const std::string &text, SamplesOfPart &samples) {
+    int last = 0, length = 0;
+    const bool isRange =
+        std::sscanf(text.c_str(), "%d-%d of %d%n", &samples.first, &last, &samples.count, &length) == 3 &&
+        length == static_cast<int>(text.size());
+    samples.end = last + 1;
+    return isRange && samples.first >= 0 && samples.end > samples.first && samples.end <= samples.count;
+}
+
+// The samples that a pixel has so far, of all parts together.
+class Coverage {
+  public:
+    explicit Coverage(int samples) : count_(samples) {}
+
+    // InputError when another part has samples of the same pixels.
+    void add(const PartFile &part) {
+        for (const PartFile *other : added_) {
+            const bool sharesPixels = !intersection(part.picture.window(), other->picture.window()).isEmpty();
+            const bool sharesSamples =
+                part.samples.first < other->samples.end && other->samples.first < part.samples.end;
+            if (sharesPixels && sharesSamples)
+                throw InputError({.file = part.file},
+                                 fmt::format("has pixels in common with {}", inQuotes(other->file)));
+        }
+        added_.push_back(&part);
+    }
+
+    // InputError when a part of the picture is not there, or a pixel of the region lacks samples.
+    void check(const Region &region) const {
+        if (const std::string missing = missingNumbers(); !missing.empty())
+            throw InputError(fmt::format("parts are missing: {}", missing));
+        for (int y = region.top; y < region.bottom; ++y)
+            for (int x = region.left; x < region.right; ++x)
+                if (const int samples = samplesOf(x, y); samples < count_)
+                    throw InputError(
+                        fmt::format("parts are missing: pixel {}, {} has {} of {} samples", x, y, samples, count_));
+    }
+
+  private:
+    int samplesOf(int x, int y) const {
+        int samples = 0;
+        for (const PartFile *part : added_)
+            if (part->picture.window().contains(x, y)) samples += part->samples.end - part->samples.first;
+        return samples;
+    }
+
+    // "3, 5 of 8 by tiles"; empty where none is missing, or the headers do not say how many there are.
+    std::string missingNumbers() const {
+        int number = 0, count = 0, length = 0;
+        std::string by;
+        std::set<int> present;
+        for (const PartFile *part : added_) {
+            const std::string &text = part->metadata.part;
+            if (std::sscanf(text.c_str(), "%d/%d%n", &number, &count, &length) != 2) return {};
+            by = text.substr(static_cast<std::size_t>(length));
+            present.insert(number);
+        }
+        std::string missing;
+        for (number = 1; number <= count; ++number)
+            if (!present.contains(number)) missing += fmt::format("{}{}", missing.empty() ? "" : ", ", number);
+        return missing.empty() ? "" : fmt::format("{} of {}{}", missing, count, by);
+    }
+
+    int count_; // samples of a pixel of the whole picture
+    std::vector<const PartFile *> added_;
+};
+
+// The mean of the parts' values of a pixel, weighted by their samples; the value itself where there is only one.
+void mergePixel(const std::vector<PartFile> &parts, int x, int y, float *merged) {
+    double sums[Picture::kChannels] = {};
+    for (const PartFile &part : parts) {
+        if (!part.picture.window().contains(x, y)) continue;
+        const float *pixel = part.picture.pixel(x, y);
+        const int samples = part.samples.end - part.samples.first;
+        if (samples == part.samples.count) {
+            std::copy_n(pixel, Picture::kChannels, merged);
+            return;
+        }
+        for (int i = 0; i < Picture::kChannels; ++i) sums[i] += static_cast<double>(pixel[i]) * samples;
+    }
+    for (int i = 0; i < Picture::kChannels; ++i) merged[i] = static_cast<float>(sums[i] / parts.front().samples.count);
+}
+
+void requireSame(const PartFile &part, const PartFile &first) {
+    const auto differs = [&](const char *what, const std::string &own, const std::string &other) {
+        throw InputError({.file = part.file}, fmt::format("is no part of the same picture as {}: its {} is {}, not {}",
+                                                          inQuotes(first.file), what, own, other));
+    };
+    const auto size = [](const PartFile &each) {
+        return fmt::format("{}x{}", each.picture.width(), each.picture.height());
+    };
+    if (size(part) != size(first)) differs("size", size(part), size(first));
+    if (part.samples.count != first.samples.count)
+        differs("number of samples", std::to_string(part.samples.count), std::to_string(first.samples.count));
+    if (part.metadata.digest != first.metadata.digest)
+        differs("digest of the scene (velm:scene)", part.metadata.digest, first.metadata.digest);
+}
+
+} // namespace
+
+std::string samplesText(const SamplesOfPart &samples) {
+    return fmt::format("{}-{} of {}", samples.first, samples.end - 1, samples.count);
+}
+
+std::string digestOfFile(const std::string &file) {
+    if (whyUnreadable(file)) return {};
+    OIIO::ImageSpec spec;
+    if (openAs("openexr", file, spec) || openAs("png", file, spec)) return metadataOf(spec).digest;
+    if (openAs("tiff", file, spec)) {
+        const std::string text = spec.get_string_attribute("ImageDescription");
+        if (text.starts_with(kDigestPrefix)) return text.substr(std::string_view(kDigestPrefix).size());
+    }
+    return {};
+}
+
+PartFile readPart(const std::string &file) {
+    const auto fail = [&file](const std::string &why) { throw InputError({.file = file}, why); };
+    if (const auto reason = whyUnreadable(file)) fail(*reason);
+    OIIO::ImageSpec spec;
+    const std::unique_ptr<OIIO::ImageInput> input = openAs("openexr", file, spec);
+    if (!input) fail("is no EXR file");
+    PartFile part{.file = file, .picture = {}, .metadata = metadataOf(spec), .samples = {}};
+    if (part.metadata.digest.empty() || !parseSamples(part.metadata.samples, part.samples))
+        fail("has no headers velm:scene and velm:samples, as pictures rendered by velm have");
+    if (spec.nchannels != Picture::kChannels) fail(fmt::format("has {} channels, not RGBA", spec.nchannels));
+    const Region window = {.left = spec.x, .top = spec.y, .right = spec.x + spec.width, .bottom = spec.y + spec.height};
+    const Region whole = {.left = 0, .top = 0, .right = spec.full_width, .bottom = spec.full_height};
+    if (window.isEmpty() || intersection(window, whole) != window) fail("its data window does not lie in the picture");
+    part.picture = Picture(spec.full_width, spec.full_height, window);
+    if (!input->read_image(0, 0, 0, Picture::kChannels, OIIO::TypeDesc::FLOAT,
+                           part.picture.pixel(window.left, window.top)))
+        fail("cannot be read: " + input->geterror());
+    return part;
+}
+
+PartFile mergeParts(std::vector<PartFile> parts, int expected) {
+    const PartFile &first = parts.front();
+    if (expected > 0 && static_cast<int>(parts.size()) != expected)
+        throw InputError(fmt::format("there are {} parts, not {}", parts.size(), expected));
+    Region region = first.picture.window();
+    Coverage coverage(first.samples.count);
+    for (const PartFile &part : parts) {
+        requireSame(part, first);
+        coverage.add(part);
+        const Region &window = part.picture.window();
+        region = {.left = std::min(region.left, window.left),
+                  .top = std::min(region.top, window.top),
+                  .right = std::max(region.right, window.right),
+                  .bottom = std::max(region.bottom, window.bottom)};
+    }
+    coverage.check(region);
+    const SamplesOfPart whole = {.first = 0, .end = first.samples.count, .count = first.samples.count};
+    PartFile merged{.file = {},
+                    .picture = Picture(first.picture.width(), first.picture.height(), region),
+                    .metadata = first.metadata,
+                    .samples = whole};
+    merged.metadata.part.clear();
+    merged.metadata.samples = samplesText(whole);
+    // In the order of the samples, so that sums do not depend on the order of the files.
+    std::ranges::sort(parts, {}, [](const PartFile &part) { return part.samples.first; });
+    for (int y = region.top; y < region.bottom; ++y)
+        for (int x = region.left; x < region.right; ++x) mergePixel(parts, x, y, merged.picture.pixel(x, y));
+    return merged;
+}
+
+} // namespace velm::host

@@ -1,0 +1,56 @@
+// The camera samples of a frame.
+#pragma once
+
+#include "host/render/scene/camera.h"
+#include "host/render/scene/render_job.h"
+#include "host/render/tracing/ray_state.h"
+
+namespace velm::host {
+
+// A pass over a frame, which adds samples to its pixels.
+struct RenderPass {
+    int samples;  // that a pixel has afterwards; at most those of the job
+    int step = 1; // 1, 2, 4 or 8: only the upper left pixel of each block of step by step pixels
+};
+
+// What all threads and processes that render a frame read.
+class SampleRenderer {
+  public:
+    // Throws InputError for a camera that the scene does not have or that has invalid settings. The scene and the job
+    // have to outlive it.
+    SampleRenderer(const RenderSceneData &scene, const RenderJob &job);
+
+    const RenderSceneData &scene() const { return scene_; }
+    const RenderJob &job() const { return job_; }
+    const RenderCamera &cameraItem() const { return cameraItem_; }
+    const Camera &camera() const { return camera_; }
+
+    // The state that a render thread starts with.
+    RayState initialState(int threadIndex) const;
+
+    // Renders sample `index` of a pixel of the picture. Its colour replaces `colour`; true when it is an object's.
+    // [render threads]
+    bool render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const;
+
+  private:
+    const RenderSceneData &scene_;
+    const RenderJob &job_;
+    const RenderCamera &cameraItem_;
+    const Camera camera_;
+    const bool allOpaque_;
+};
+
+// Makes the calling thread treat denormal numbers as zero while it lives, as Embree recommends: they are slow, and do
+// not matter to a picture.
+class DenormalsAreZero {
+  public:
+    DenormalsAreZero();
+    ~DenormalsAreZero();
+    DenormalsAreZero(const DenormalsAreZero &) = delete;
+    DenormalsAreZero &operator=(const DenormalsAreZero &) = delete;
+
+  private:
+    unsigned previous_;
+};
+
+} // namespace velm::host

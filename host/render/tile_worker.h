@@ -1,0 +1,65 @@
+// The two ways in which a worker renders a tile.
+#pragma once
+
+#include "host/base/thread_role.h"
+#include "host/guard/call_record.h"
+#include "host/render/frame_tiles.h"
+#include "host/render/order/choose_order.h"
+#include "host/render/order/noise_stream.h"
+#include "host/render/sample_renderer.h"
+
+#include <array>
+#include <atomic>
+#include <optional>
+
+namespace velm::host {
+
+// Renders the tiles of one worker in a pass.
+class TileWorker {
+  public:
+    virtual ~TileWorker() = default;
+    // Adds the samples of the pass that a tile does not have yet to the sums of its pixels. Looks at `stop` before each
+    // sample, and returns false as soon as it is set. Counts finished samples as steps of `slot`.
+    virtual bool renderTile(RayState &state, SlotScope &slot, const Tile &tile, PixelSum *sums,
+                            const std::atomic<bool> &stop) = 0;
+};
+
+// In classic order: pixel by pixel, each with all its samples, without setting any state.
+class ClassicWorker final : public TileWorker {
+  public:
+    ClassicWorker(const SampleRenderer &renderer, const RenderPass &pass) : renderer_(renderer), pass_(pass) {}
+    bool renderTile(RayState &state, SlotScope &slot, const Tile &tile, PixelSum *sums,
+                    const std::atomic<bool> &stop) override;
+
+  private:
+    const SampleRenderer &renderer_;
+    const RenderPass pass_;
+    const RoleScope role_{ThreadRole::render};
+    const DenormalsAreZero denormals_;
+};
+
+// In repeatable order: unit of work by unit of work. A unit that was stopped in the middle leaves no trace in the sums.
+class UnitWorker final : public TileWorker {
+  public:
+    UnitWorker(const SampleRenderer &renderer, const RenderPass &pass, const NodeTraits &traits);
+    bool renderTile(RayState &state, SlotScope &slot, const Tile &tile, PixelSum *sums,
+                    const std::atomic<bool> &stop) override;
+
+  private:
+    struct Result {
+        Vec3 colour;
+        bool covered;
+    };
+    bool renderUnit(RayState &state, SlotScope &slot, const UnitOfWork &unit, const Region &area, PixelSum *sums,
+                    const std::atomic<bool> &stop);
+    void begin(const UnitOfWork &unit, std::size_t pixels);
+
+    const SampleRenderer &renderer_;
+    const RenderPass pass_;
+    const bool haveMemory_;
+    std::optional<NoiseStream> noise_; // where nodes draw
+    PixelOrder order_;
+    std::array<Result, kTilePixels> results_; // of a unit, in its order
+};
+
+} // namespace velm::host
