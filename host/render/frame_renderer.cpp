@@ -44,7 +44,8 @@ bool showMemory(const RenderSceneData &scene, RenderJob job, const NodeTraits &t
         UnitWorker worker(renderer, {.samples = 1}, traits);
         const std::atomic<bool> stop = false;
         for (const std::size_t time : {0u, 1u})
-            worker.renderTile(state, slot, {.column = 0, .row = 0, .inPicture = whole, .inWindow = whole},
+            worker.renderTile(state, slot,
+                              {.column = 0, .row = 0, .left = 0, .top = 0, .inPicture = whole, .inWindow = whole},
                               &sums[time * kTilePixels], stop);
     };
     Workers crew(1, Workers::In::processes, work);
@@ -87,7 +88,8 @@ struct FrameRenderer::Work {
     Work(const RenderScene &renderScene, const RenderJob &wanted)
         : scene(renderScene), traits(traitsOf(scene.data())), choice(decide(scene.data(), wanted, traits)),
           job(withOrder(wanted, choice.order)), updates(scene.updates()), renderer(scene.data(), job),
-          tiles(job.width, job.height, windowOf(job), samplesOf(job)), workers(workersFor(job, tiles.count())),
+          tiles(job.width, job.height, windowOf(job), samplesOf(job), isClassic() ? kClassicTileSize : kTileSize),
+          workers(workersFor(job, tiles.count())),
           picture(job.width, job.height, windowOf(job)), statistics{.threads = workers,
                                                                     .order = job.order,
                                                                     .orderReason = choice.reason,

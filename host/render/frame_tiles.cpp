@@ -3,8 +3,6 @@
 namespace velm::host {
 namespace {
 
-constexpr int tilesUpTo(int end) { return (end + kTileSize - 1) / kTileSize; }
-
 void writeMean(const PixelSum &sum, float *pixel) {
     const double weight = 1.0 / sum.samples;
     pixel[0] = static_cast<float>(weight * sum.colour.x);
@@ -15,20 +13,23 @@ void writeMean(const PixelSum &sum, float *pixel) {
 
 } // namespace
 
-FrameTiles::FrameTiles(int width, int height, const Region &window, int samples)
-    : width_(width), height_(height), window_(window), samples_(static_cast<std::uint32_t>(samples)),
-      left_(window.left / kTileSize), top_(window.top / kTileSize), columns_(tilesUpTo(window.right) - left_),
-      rows_(tilesUpTo(window.bottom) - top_), sums_(static_cast<std::size_t>(count()) * kTilePixels),
+FrameTiles::FrameTiles(int width, int height, const Region &window, int samples, int tileSize)
+    : width_(width), height_(height), tileSize_(tileSize), window_(window),
+      samples_(static_cast<std::uint32_t>(samples)), left_(window.left / tileSize), top_(window.top / tileSize),
+      columns_((window.right + tileSize - 1) / tileSize - left_),
+      rows_((window.bottom + tileSize - 1) / tileSize - top_), sums_(static_cast<std::size_t>(count()) * kTilePixels),
       finished_(static_cast<std::size_t>(count())) {}
 
 Tile FrameTiles::tile(int number) const {
     const int column = left_ + number % columns_, row = top_ + number / columns_;
-    const Region whole = {.left = column * kTileSize,
-                          .top = row * kTileSize,
-                          .right = (column + 1) * kTileSize,
-                          .bottom = (row + 1) * kTileSize};
+    const Region whole = {.left = column * tileSize_,
+                          .top = row * tileSize_,
+                          .right = (column + 1) * tileSize_,
+                          .bottom = (row + 1) * tileSize_};
     return {.column = column,
             .row = row,
+            .left = whole.left,
+            .top = whole.top,
             .inPicture = intersection(whole, {.left = 0, .top = 0, .right = width_, .bottom = height_}),
             .inWindow = intersection(whole, window_)};
 }
@@ -42,7 +43,7 @@ void FrameTiles::show(int number, int step, Picture &picture) {
     const PixelSum *sums = this->sums(number);
     if (!sums) return;
     const Tile shown = tile(number);
-    const int left = shown.column * kTileSize, top = shown.row * kTileSize;
+    const int left = shown.left, top = shown.top;
     for (int y = shown.inWindow.top; y < shown.inWindow.bottom; ++y) {
         for (int x = shown.inWindow.left; x < shown.inWindow.right; ++x) {
             const PixelSum *sum = &sums[pixelInTile(x - left, y - top)];
@@ -57,10 +58,9 @@ void FrameTiles::show(int number, int step, Picture &picture) {
 }
 
 bool FrameTiles::isFinished(const Tile &tile, const PixelSum *sums) const {
-    const int left = tile.column * kTileSize, top = tile.row * kTileSize;
     for (int y = tile.inWindow.top; y < tile.inWindow.bottom; ++y)
         for (int x = tile.inWindow.left; x < tile.inWindow.right; ++x)
-            if (sums[pixelInTile(x - left, y - top)].samples < samples_) return false;
+            if (sums[pixelInTile(x - tile.left, y - tile.top)].samples < samples_) return false;
     return true;
 }
 

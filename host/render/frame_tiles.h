@@ -25,9 +25,13 @@ struct PixelSum {
     }
 };
 
+// Classic order goes through smaller tiles. Pictures of nodes with memory depend on it.
+inline constexpr int kClassicTileSize = 16;
+
 // A tile of the grid, which begins at the picture's upper left corner.
 struct Tile {
     int column, row;
+    int left, top;    // of its upper left pixel
     Region inPicture; // its pixels; tiles at the right and lower edges may be smaller than others
     Region inWindow;  // those of them that are rendered for the frame
 };
@@ -37,8 +41,9 @@ struct Tile {
 // different threads and processes.
 class FrameTiles {
   public:
-    // `samples`: of each pixel of the finished frame. `window` lies in the picture.
-    FrameTiles(int width, int height, const Region &window, int samples);
+    // `samples`: of each pixel of the finished frame. `window` lies in the picture. `tileSize`: pixels a side,
+    // kTileSize at most.
+    FrameTiles(int width, int height, const Region &window, int samples, int tileSize = kTileSize);
 
     int count() const { return columns_ * rows_; }
     Tile tile(int number) const;
@@ -53,7 +58,7 @@ class FrameTiles {
   private:
     bool isFinished(const Tile &tile, const PixelSum *sums) const;
 
-    int width_, height_;
+    int width_, height_, tileSize_;
     Region window_;
     std::uint32_t samples_;
     int left_, top_, columns_, rows_; // of the tiles, in the grid

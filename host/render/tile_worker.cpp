@@ -14,11 +14,10 @@ bool ClassicWorker::renderTile(RayState &state, SlotScope &slot, const Tile &til
     const RenderJob &job = renderer_.job();
     const auto samples = static_cast<std::uint32_t>(std::min(pass_.samples, samplesOf(job)));
     const auto first = static_cast<std::uint32_t>(job.firstSample);
-    const int left = tile.column * kTileSize, top = tile.row * kTileSize;
     for (int y = tile.inWindow.top; y < tile.inWindow.bottom; ++y) {
         for (int x = tile.inWindow.left; x < tile.inWindow.right; ++x) {
             if (x % pass_.step != 0 || y % pass_.step != 0) continue;
-            PixelSum &sum = sums[pixelInTile(x - left, y - top)];
+            PixelSum &sum = sums[pixelInTile(x - tile.left, y - tile.top)];
             for (; sum.samples < samples; slot.step()) {
                 if (stop.load(std::memory_order_relaxed)) return false;
                 Vec3 colour;
@@ -43,11 +42,10 @@ bool UnitWorker::renderTile(RayState &state, SlotScope &slot, const Tile &tile, 
     const int end = job.firstSample + std::min(pass_.samples, samplesOf(job));
     // Where results depend on what was evaluated before, a unit is always evaluated whole.
     const Region &pixels = noise_ || haveMemory_ ? tile.inPicture : tile.inWindow;
-    const int left = tile.column * kTileSize, top = tile.row * kTileSize;
-    const Region area = {.left = pixels.left - left,
-                         .top = pixels.top - top,
-                         .right = pixels.right - left,
-                         .bottom = pixels.bottom - top};
+    const Region area = {.left = pixels.left - tile.left,
+                         .top = pixels.top - tile.top,
+                         .right = pixels.right - tile.left,
+                         .bottom = pixels.bottom - tile.top};
     for (int sample = job.firstSample; sample < end; ++sample) {
         const int levels = sample == 0 ? static_cast<int>(kLevelSteps.size()) : 1;
         for (int level = 0; level < levels; ++level) {

@@ -138,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"SizeHuge", render({"--size", "10x99999"}), "--size: 99999 is not from 1 to 32768"},
         Wrong{"SizeText", render({"--size", "640"}), "--size: \"640\" is no size such as 960x540"},
         Wrong{"SizeTail", render({"--size", "640x480x3"}), "is no size"},
-        Wrong{"ManyThreads", render({"--threads", "17"}), "--threads"},
+        Wrong{"ManyThreads", render({"--threads", "1025"}), "--threads"},
         Wrong{"NoThreads", render({"--threads", "0"}), "--threads"},
         Wrong{"NoSamples", render({"--samples", "0"}), "--samples"},
         Wrong{"SamplesText", render({"--samples", "many"}), "--samples"},

@@ -27,7 +27,8 @@ TEST(RendererThreaded, PictureDoesNotDependOnThreads) {
             scene.job.threads = threads;
             const Frame frame = scene.render();
             EXPECT_TRUE(samePixels(frame.picture, one, kWhole)) << threads;
-            EXPECT_EQ(frame.statistics.threads, std::min(threads, 4)) << "at most one for each tile";
+            EXPECT_EQ(frame.statistics.threads, std::min(threads, order == RenderOrder::classic ? 12 : 4))
+                << "at most one for each tile";
             EXPECT_EQ(frame.statistics.order, order);
             EXPECT_EQ(frame.statistics.orderReason, "");
         }
@@ -144,7 +145,7 @@ TEST(RendererThreaded, CanBeCancelled) {
     std::atomic<bool> held = true;
     scene.probe("Ball", "Luminosity", [&](ShadingSample &sample, double *) {
         // The second row of tiles waits until the sink has cancelled.
-        if (sample.pixelY >= kTileSize) held.wait(true);
+        if (sample.pixelY >= kClassicTileSize) held.wait(true);
     });
     class CancellingSink : public ProgressSink {
       public:
