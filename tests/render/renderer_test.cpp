@@ -1,7 +1,7 @@
 // Frames: threads, regions, samples, progress and errors.
 #include "host/base/error.h"
 #include "host/base/limits.h"
-#include "host/render/order/unit_of_work.h"
+#include "host/render/frame_tiles.h"
 #include "host/services/backdrop.h"
 #include "host/services/scene_info.h"
 #include "tests/render/test_scene.h"
