@@ -100,10 +100,13 @@ std::string programFile() {
 }
 
 std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, std::ostream &out) {
-    CommandLine line{
-        .command = nullptr,
-        .program = {.module = defaultModule(), .guard = {}, .commandLine = joinedWords(argc, argv), .log = {}},
-        .record = {}};
+    CommandLine line{.command = nullptr,
+                     .program = {.module = defaultModule(),
+                                 .guard = {},
+                                 .reading = {},
+                                 .commandLine = joinedWords(argc, argv),
+                                 .log = {}},
+                     .record = {}};
     CLI::App app("Loads a module of shading nodes, lists its nodes, and renders scenes with them.", "velm");
     app.require_subcommand(1);
     addCommon(app, line.program);

@@ -36,8 +36,8 @@ class FrameList {
 std::vector<int> framesBetween(int first, int last, int step);
 
 // The shortest text of frames in their order, with ":" before steps: {1, 4, 7, 10, 15} gives "1-10:3,15". A step that
-// is the usual one is left out. FrameList reads the text, and where the usual step is 1, so do job schedulers. Empty for
-// no frames.
+// is the usual one is left out. FrameList reads the text, and where the usual step is 1, so do job schedulers. Empty
+// for no frames.
 std::string frameText(const std::vector<int> &frames, int usualStep);
 
 } // namespace velm::host

@@ -100,6 +100,7 @@ void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOpti
     command.add_option("--threads", options.threads, "Render threads; the machine's cores by default")
         ->check(CLI::Range(1, static_cast<int>(kMaxThreads)))
         ->type_name("N");
+    addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict,
                      "Treat warnings, such as of a missing or damaged image, as errors:\n"
                      "no picture is written then");

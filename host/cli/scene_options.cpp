@@ -22,8 +22,7 @@ void selectCamera(const std::string &name, SceneDescription &scene) {
     if (std::ranges::count(scene.cameras, name, &CameraDescription::name) == 0) {
         std::vector<std::string> known;
         for (const CameraDescription &camera : scene.cameras) known.push_back(camera.name);
-        throw UsageError(
-            fmt::format("--camera: there is no camera {}{}", inQuotes(name), suggestion(name, known)));
+        throw UsageError(fmt::format("--camera: there is no camera {}{}", inQuotes(name), suggestion(name, known)));
     }
     scene.render.camera = name;
 }
