@@ -27,18 +27,17 @@ Warnings::Warnings(Policy policy, std::function<void(const Warning &)> tell)
 void Warnings::add(Warning warning) {
     const std::string text = warning.text();
     if (policy_ == Policy::strict) throw InputError(text);
-    if (std::any_of(all_.begin(), all_.end(), [&](const Warning &told) { return told.text() == text; })) return;
+    if (!texts_.insert(text).second) return;
     all_.push_back(std::move(warning));
     if (tell_) tell_(all_.back());
 }
 
 std::string Warnings::summary() const {
-    std::vector<std::string> things;
-    for (const Warning &warning : all_)
-        if (std::find(things.begin(), things.end(), warning.brief) == things.end()) things.push_back(warning.brief);
-    if (things.empty()) return {};
+    std::unordered_set<std::string_view> things;
     std::string list;
-    for (const std::string &thing : things) list += (list.empty() ? "" : "; ") + thing;
+    for (const Warning &warning : all_)
+        if (things.insert(warning.brief).second) list += (list.empty() ? "" : "; ") + warning.brief;
+    if (things.empty()) return {};
     return std::to_string(things.size()) + (things.size() == 1 ? " warning: " : " warnings: ") + onOneLine(list);
 }
 

@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace velm::host {
@@ -46,6 +47,7 @@ class Warnings {
     Policy policy_;
     std::function<void(const Warning &)> tell_;
     std::vector<Warning> all_;
+    std::unordered_set<std::string> texts_; // of all of them
 };
 
 } // namespace velm::host

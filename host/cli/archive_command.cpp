@@ -33,12 +33,13 @@ struct ArchiveOptions {
     bool strict = false;
 };
 
-void declareOptions(CLI::App &command, ProgramOptions &, ArchiveOptions &options) {
+void declareOptions(CLI::App &command, ProgramOptions &program, ArchiveOptions &options) {
     command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
     command.add_option("DIR", options.directory, "The directory that is made: it must not exist, or be empty")
         ->required()
         ->type_name("");
     addData(command, options.data);
+    addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict, "Treat missing images as errors: nothing is written then");
 }
 

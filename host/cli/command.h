@@ -3,6 +3,7 @@
 
 #include "host/cli/run.h"
 #include "host/guard/guarded.h"
+#include "host/io/reader_process.h"
 
 #include <any>
 #include <iosfwd>
@@ -19,6 +20,7 @@ namespace velm::host {
 struct ProgramOptions {
     std::string module;         // the file of the module
     GuardOptions guard;         // of commands that load the module
+    ReadLimits reading;         // of commands that read meshes or images
     std::string commandLine;    // as given
     std::string pictureCommand; // the same without what does not change a picture, for the headers of pictures
     std::string log;            // the file of the log; empty: none

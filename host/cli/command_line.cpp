@@ -130,6 +130,7 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, s
     CommandLine line{.command = nullptr,
                      .program = {.module = defaultModule(),
                                  .guard = {},
+                                 .reading = {},
                                  .commandLine = commandText(argc, argv, false),
                                  .pictureCommand = commandText(argc, argv, true),
                                  .log = {}},

@@ -22,7 +22,7 @@ struct CompareOptions {
     bool json = false;
 };
 
-void declareOptions(CLI::App &command, ProgramOptions &, CompareOptions &options) {
+void declareOptions(CLI::App &command, ProgramOptions &program, CompareOptions &options) {
     constexpr double kLargest = 1e30;
     command.add_option("A", options.first, "A picture")->required()->type_name("");
     command.add_option("B", options.second, "The picture that it is compared with")->required()->type_name("");
@@ -47,6 +47,7 @@ void declareOptions(CLI::App &command, ProgramOptions &, CompareOptions &options
     command.add_flag("!--no-alpha", options.limits.alpha, "Leave alpha out");
     command.add_option("--differences", options.differences, "A picture file for the differences")->type_name("FILE");
     command.add_flag("--json", options.json, kJsonHelp);
+    addReadLimits(command, program.reading);
 }
 
 std::string sizeText(const FilePixels &image) {

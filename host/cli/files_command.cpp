@@ -20,9 +20,10 @@ struct FilesOptions {
     bool strict = false;
 };
 
-void declareOptions(CLI::App &command, ProgramOptions &, FilesOptions &options) {
+void declareOptions(CLI::App &command, ProgramOptions &program, FilesOptions &options) {
     command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
     addData(command, options.data);
+    addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict, "Treat missing images as errors");
 }
 

@@ -1,5 +1,6 @@
 #include "host/cli/memory_use.h"
 
+#include <algorithm>
 #include <fstream>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -14,9 +15,10 @@ double memoryInUse() {
 }
 
 double peakMemory() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024.0; // in KiB on Linux
+    rusage own{}, readers{};
+    getrusage(RUSAGE_SELF, &own);
+    getrusage(RUSAGE_CHILDREN, &readers);
+    return static_cast<double>(std::max(own.ru_maxrss, readers.ru_maxrss)) / 1024.0; // in KiB on Linux
 }
 
 } // namespace velm::host

@@ -33,4 +33,21 @@ Warnings printedWarnings(std::ostream &err, bool strict) {
                     [&err](const Warning &warning) { err << "velm: warning: " << warning.text() << '\n'; });
 }
 
+void addReadLimits(CLI::App &command, ReadLimits &limits) {
+    constexpr std::uint64_t kLeast = 16, kMost = std::uint64_t{1} << 24;
+    constexpr double kLongest = 1e6;
+    command
+        .add_option("--read-memory", limits.mebibytes,
+                    "The memory that reading one mesh or image may take, in MiB; a file that needs\n"
+                    "more counts as damaged")
+        ->check(CLI::Range(kLeast, kMost))
+        ->capture_default_str()
+        ->type_name("MIB");
+    command
+        .add_option("--read-time", limits.seconds, "Seconds that reading one mesh or image may take; 0 for no limit")
+        ->check(numberFrom(0, kLongest))
+        ->capture_default_str()
+        ->type_name("SECONDS");
+}
+
 } // namespace velm::host

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/base/warnings.h"
+#include "host/io/reader_process.h"
 
 #include <CLI/CLI.hpp>
 #include <array>
@@ -47,5 +48,8 @@ void addData(CLI::App &command, std::vector<std::string> &directories);
 // Prints each warning in a line of its own; if `strict` is set, the first one is an InputError instead. The stream must
 // outlive the result.
 Warnings printedWarnings(std::ostream &err, bool strict);
+
+// The options --read-memory and --read-time.
+void addReadLimits(CLI::App &command, ReadLimits &limits);
 
 } // namespace velm::host

@@ -34,7 +34,7 @@ struct UnpackOptions {
     bool strict = false;
 };
 
-void declarePack(CLI::App &command, ProgramOptions &, PackOptions &options) {
+void declarePack(CLI::App &command, ProgramOptions &program, PackOptions &options) {
     command.add_option("SCENE", options.scene, "The scene file whose surfaces are packed")->required()->type_name("");
     command.add_option("OBJECT", options.object, "The object file (.lwo) that is copied")->required()->type_name("");
     command
@@ -43,13 +43,15 @@ void declarePack(CLI::App &command, ProgramOptions &, PackOptions &options) {
                     "directory")
         ->type_name("FILE");
     addData(command, options.data);
+    addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict, "Treat warnings as errors");
 }
 
-void declareUnpack(CLI::App &command, ProgramOptions &, UnpackOptions &options) {
+void declareUnpack(CLI::App &command, ProgramOptions &program, UnpackOptions &options) {
     command.add_option("OBJECT", options.object, "The object file (.lwo)")->required()->type_name("");
     command.add_option("-o,--output", options.output, "The scene file; printed by default")->type_name("FILE");
     addData(command, options.data);
+    addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict,
                      "Treat warnings, such as of a node whose server is missing, as errors");
 }

@@ -148,6 +148,7 @@ void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOpti
         ->check(CLI::Range(1, kMostWorkers))
         ->type_name("N");
     declareOrder(command, options);
+    addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict,
                      "Treat warnings, such as of a missing or damaged image, as errors:\n"
                      "no picture is written then");

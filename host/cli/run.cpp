@@ -52,6 +52,7 @@ void flush(std::ostream &out) {
 
 int runCommand(const CommandLine &line, std::ostream &out, std::ostream &err) {
     return statusOf({.err = err, .log = line.program.log}, [&] {
+        readLimits() = line.program.reading;
         offerNodeServices();
         offerSceneServices();
         const int status = line.command->run(line.program, line.record, out, err);

@@ -11,14 +11,14 @@
 
 namespace velm::host {
 
-namespace {
-
 std::string signalText(int signal) {
     const char *known = sigdescr_np(signal);
     std::string text = known ? known : "signal " + std::to_string(signal);
     text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
     return text;
 }
+
+namespace {
 
 // Names the thread of a slot for a message. The interface thread, of slot 0, is not named.
 std::string threadText(int slot) {

@@ -9,6 +9,9 @@
 
 namespace velm::host {
 
+// The name of a signal, in lower case: "segmentation fault".
+std::string signalText(int signal);
+
 struct CrashText {
     std::string text; // "velm.p: server "Velm Counter" crashed (segmentation fault) in evaluate, thread 1"
     bool isOfModule;  // false: no code of the module was running, so that the module is not to blame

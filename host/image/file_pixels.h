@@ -3,18 +3,21 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
+#include <memory_resource>
 #include <string>
 #include <vector>
 
 namespace velm::host {
 
 struct FilePixels {
+    const std::shared_ptr<void> memory = nullptr; // where the values of a file are; see readApart
     int width = 0, height = 0;
     int left = 0, top = 0; // the origin of the pixels in the coordinates of the file; 0 in most formats
     bool isLight = false;  // float numbers are light; integers are display values, mapped to 0..1
     std::vector<std::string> channels;
-    int alpha = -1, grey = -1; // the indices of alpha, and of a channel for red, green and blue alike; -1: none
-    std::vector<float> values; // interleaved channels, pixel by pixel, rows from the top
+    int alpha = -1, grey = -1;      // the indices of alpha, and of a channel for red, green and blue alike; -1: none
+    std::pmr::vector<float> values; // interleaved channels, pixel by pixel, rows from the top
 
     // The index of the channel with that name, or -1.
     int find(const std::string &name) const;
@@ -25,8 +28,9 @@ struct FilePixels {
     }
 };
 
-// Reads any format that OpenImageIO knows; the first picture of files that hold several. Throws InputError with the
-// file's name when it is missing, broken, empty, deep, or needs more than 4 GiB.
+// Reads an image in a process of its own, as readImage does; the first picture of files that hold several. Throws
+// InputError with the file's name when it is missing, broken, empty, deep, of another format, or exceeds a limit.
+// [interface thread]
 FilePixels readFilePixels(const std::string &file);
 
 } // namespace velm::host

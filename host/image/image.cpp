@@ -3,17 +3,18 @@
 
 #include "host/base/direction.h"
 #include "host/base/error.h"
+#include "host/image/image_formats.h"
 #include "host/image/transfer.h"
 #include "host/io/files.h"
-
-#include <OpenImageIO/imageio.h>
+#include "host/io/reader_process.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
+#include <limits>
 #include <memory>
-#include <new>
 #include <numbers>
 #include <span>
 
@@ -29,8 +30,9 @@ struct ChannelChoice {
 ChannelChoice chooseChannels(const OIIO::ImageSpec &spec) {
     ChannelChoice choice;
     std::vector<int> others;
+    const int alpha = alphaChannelOf(spec), depth = depthChannelOf(spec);
     for (int channel = 0; channel < spec.nchannels; ++channel)
-        if (channel != spec.alpha_channel && channel != spec.z_channel) others.push_back(channel);
+        if (channel != alpha && channel != depth) others.push_back(channel);
     const std::array<int, 3> named = {spec.channelindex("R"), spec.channelindex("G"), spec.channelindex("B")};
     if (std::all_of(named.begin(), named.end(), [](int channel) { return channel >= 0; })) {
         choice.source.assign(named.begin(), named.end());
@@ -40,8 +42,8 @@ ChannelChoice chooseChannels(const OIIO::ImageSpec &spec) {
         choice.source.assign(1, others.front());
     }
     choice.isColour = choice.source.size() == 3;
-    choice.hasAlpha = spec.alpha_channel >= 0 && !choice.source.empty();
-    if (choice.hasAlpha) choice.source.push_back(spec.alpha_channel);
+    choice.hasAlpha = alpha >= 0 && !choice.source.empty();
+    if (choice.hasAlpha) choice.source.push_back(alpha);
     return choice;
 }
 
@@ -66,11 +68,12 @@ bool isScreenEncoded(const OIIO::TypeDesc &format) {
 }
 
 // Converts the channels of the file to ours.
-std::vector<float> arrange(std::span<const float> read, int fileChannels, const ChannelChoice &choice, bool linearise) {
+std::pmr::vector<float> arrange(std::span<const float> read, int fileChannels, const ChannelChoice &choice,
+                                bool linearise, std::pmr::memory_resource *memory) {
     const std::size_t stride = static_cast<std::size_t>(fileChannels), count = read.size() / stride;
     const std::size_t channels = choice.source.size(), colours = channels - (choice.hasAlpha ? 1 : 0);
     static const LinearTable toLinear;
-    std::vector<float> pixels(count * channels);
+    std::pmr::vector<float> pixels(count * channels, memory);
     for (std::size_t i = 0; i < count; ++i) {
         for (std::size_t channel = 0; channel < channels; ++channel) {
             const float value = read[i * stride + static_cast<std::size_t>(choice.source[channel])];
@@ -104,7 +107,9 @@ std::vector<Coverage> halveAxis(int size, int half) {
 }
 
 ImageLevel halve(const ImageLevel &level, int channels) {
-    ImageLevel half{.width = std::max(1, level.width / 2), .height = std::max(1, level.height / 2), .pixels = {}};
+    ImageLevel half{.width = std::max(1, level.width / 2),
+                    .height = std::max(1, level.height / 2),
+                    .pixels = std::pmr::vector<float>(level.pixels.get_allocator())};
     const std::vector<Coverage> columns = halveAxis(level.width, half.width),
                                 rows = halveAxis(level.height, half.height);
     half.pixels.resize(static_cast<std::size_t>(half.width) * static_cast<std::size_t>(half.height) *
@@ -132,8 +137,30 @@ ImageLevel halve(const ImageLevel &level, int channels) {
     return half;
 }
 
-void buildLevels(HostImage &image, std::vector<float> pixels) {
-    image.levels.push_back({.width = image.width, .height = image.height, .pixels = std::move(pixels)});
+// What the process that reads an image hands over.
+struct ReadPixels {
+    explicit ReadPixels(std::pmr::memory_resource *memory) : levels(memory) {}
+
+    bool isWithin(const SharedArena &arena) const {
+        const auto isComplete = [&](const ImageLevel &level) {
+            return level.width > 0 && level.height > 0 && arena.holds(level.pixels) &&
+                   level.pixels.size() == static_cast<std::size_t>(level.width) *
+                                              static_cast<std::size_t>(level.height) *
+                                              static_cast<std::size_t>(channels);
+        };
+        return channels >= 1 && channels <= 4 && arena.holds(levels) && !levels.empty() &&
+               std::all_of(levels.begin(), levels.end(), isComplete);
+    }
+
+    int channels = 0;
+    bool isColour = false, hasAlpha = false;
+    std::pmr::vector<ImageLevel> levels;
+};
+
+void buildLevels(ReadPixels &image, int width, int height, std::pmr::vector<float> pixels) {
+    constexpr std::size_t kMostLevels = std::numeric_limits<int>::digits;
+    image.levels.reserve(kMostLevels);
+    image.levels.push_back({.width = width, .height = height, .pixels = std::move(pixels)});
     while (image.levels.back().width > 1 || image.levels.back().height > 1)
         image.levels.push_back(halve(image.levels.back(), image.channels));
 }
@@ -153,12 +180,12 @@ std::string sizeText(const OIIO::ImageSpec &spec) {
 void checkMemory(const OIIO::ImageSpec &spec, const ChannelChoice &choice, const std::string &file) {
     const double pixels = static_cast<double>(spec.width) * spec.height;
     const double values = spec.nchannels + static_cast<double>(choice.source.size()) * 4 / 3;
-    if (pixels * values * sizeof(float) > static_cast<double>(kMostImageBytes))
-        failToRead(file, sizeText(spec) + " needs more than the " + std::to_string(kMostImageBytes >> 20) +
-                             " MiB of memory that one image may take");
+    if (pixels * values * sizeof(float) > static_cast<double>(readLimitInBytes()))
+        failToRead(file, sizeText(spec) + " needs more than " + std::to_string(readLimits().mebibytes) +
+                             " MiB of memory (see --read-memory)");
 }
 
-std::unique_ptr<HostImage> readOpened(OIIO::ImageInput &input, const std::string &file) {
+void readOpened(OIIO::ImageInput &input, const std::string &file, ReadPixels &image) {
     const OIIO::ImageSpec spec = input.spec();
     if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1 || spec.depth > 1 || spec.deep)
         failToRead(file, sizeText(spec) + " is none that can be used");
@@ -172,32 +199,31 @@ std::unique_ptr<HostImage> readOpened(OIIO::ImageInput &input, const std::string
     const auto read = std::make_unique_for_overwrite<float[]>(values);
     if (!input.read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, read.get()))
         failToRead(file, input.geterror());
-    auto image = std::make_unique<HostImage>();
-    image->file = file;
-    image->width = spec.width;
-    image->height = spec.height;
-    image->channels = static_cast<int>(choice.source.size());
-    image->isColour = choice.isColour;
-    image->hasAlpha = choice.hasAlpha;
-    buildLevels(*image, arrange({read.get(), values}, spec.nchannels, choice, isScreenEncoded(spec.format)));
-    return image;
+    image.channels = static_cast<int>(choice.source.size());
+    image.isColour = choice.isColour;
+    image.hasAlpha = choice.hasAlpha;
+    buildLevels(image, spec.width, spec.height,
+                arrange({read.get(), values}, spec.nchannels, choice, isScreenEncoded(spec.format),
+                        image.levels.get_allocator().resource()));
 }
 
 } // namespace
 
 std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name) {
     if (const auto reason = whyUnreadable(file)) failToRead(file, *reason);
-    try {
-        OIIO::ImageSpec wishes;
-        wishes.attribute("oiio:UnassociatedAlpha", 1);
-        const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(file, &wishes);
-        if (!input) failToRead(file, OIIO::geterror());
-        std::unique_ptr<HostImage> image = readOpened(*input, file);
-        image->name = name;
-        return image;
-    } catch (const std::bad_alloc &) {
-        failToRead(file, "there is not enough memory for it");
-    }
+    setUpImageLibrary(); // once for all the processes
+    const auto read = readApart<ReadPixels>(file, "the image",
+                                            [&](ReadPixels &pixels) { readOpened(*openImage(file), file, pixels); });
+    return std::make_unique<HostImage>(HostImage{
+        .memory = read,
+        .name = name,
+        .file = file,
+        .width = read->levels.front().width,
+        .height = read->levels.front().height,
+        .channels = read->channels,
+        .isColour = read->isColour,
+        .hasAlpha = read->hasAlpha,
+        .levels = {std::make_move_iterator(read->levels.begin()), std::make_move_iterator(read->levels.end())}});
 }
 
 void directionToImage(double seamAngle, const double direction[3], double *u, double *v) {

@@ -5,7 +5,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <memory_resource>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace velm::host {
@@ -13,13 +15,14 @@ namespace velm::host {
 // One level of an image's pyramid: rows from the top, pixels from the left, `channels` floats each.
 struct ImageLevel {
     int width = 0, height = 0;
-    std::vector<float> pixels;
+    std::pmr::vector<float> pixels;
 };
 
 } // namespace velm::host
 
 // An image of the list: what the opaque handle of the plug-in interface refers to.
 struct HostImage {
+    const std::shared_ptr<void> memory; // where the pixels of an image from a file are; see readApart
     std::string name, file;
     int width = 0, height = 0;
     int channels = 0; // 1 luminance, 2 luminance and alpha, 3 colour, 4 colour and alpha
@@ -31,14 +34,13 @@ struct HostImage {
 
 namespace velm::host {
 
-// The memory that reading one image may need: enough for a panorama of 16,384 by 8,192 pixels in colour.
-constexpr std::uint64_t kMostImageBytes = std::uint64_t{4} << 30;
-
-// Reads any format that OpenImageIO supports. Colour channels of 8-bit and 16-bit integer files are converted from sRGB
-// to linear light; float files, and alpha, are used as they are. Colours that the file does not multiply by alpha stay
-// so. Of animated and multi-part files, the first picture is read.
-// Throws InputError with the name of the file if it is missing, damaged or empty, and if reading it at the size that
-// its header claims would need more than kMostImageBytes; this is checked before any memory is allocated.
+// Reads an image in a process of its own (see host/io/reader_process.h), by the format that its contents have; the
+// formats are in image_formats.cpp. Colour channels of 8-bit and 16-bit integer files are converted from sRGB to linear
+// light; float files, and alpha, are used as they are. Colours that the file does not multiply by alpha stay so. Of
+// animated and multi-part files, the first picture is read.
+// Throws InputError with the name of the file if it is missing, damaged, empty or of another format, and if reading it
+// exceeds a limit. An image whose header claims a size that would need more memory is refused before any is allocated.
+// [interface thread]
 std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name);
 
 // Pixel lookups. The null image is black and has no alpha; outside the image, the nearest pixel is returned. `colour`
@@ -78,8 +80,8 @@ class ImageList {
     static HostImage *next(const HostImage *image) { return image ? image->next : nullptr; }
 
     // Notes that the image of this name could not be read: it is not in the list, and those who ask for it do without.
-    void noteAbsent(const std::string &name) { absent_.push_back(name); }
-    bool isAbsent(const std::string &name) const;
+    void noteAbsent(const std::string &name) { absent_.insert(name); }
+    bool isAbsent(const std::string &name) const { return absent_.contains(name); }
 
     // By name, or null.
     HostImage *find(const std::string &name) const;
@@ -98,7 +100,7 @@ class ImageList {
 
     std::vector<std::unique_ptr<HostImage>> images_;
     HostImage *first_ = nullptr;
-    std::vector<std::string> absent_;
+    std::unordered_set<std::string> absent_;
     std::string lastError_;
 };
 

@@ -39,10 +39,6 @@ HostImage *ImageList::find(const std::string &name) const {
     return found == images_.end() ? nullptr : found->get();
 }
 
-bool ImageList::isAbsent(const std::string &name) const {
-    return std::find(absent_.begin(), absent_.end(), name) != absent_.end();
-}
-
 std::vector<std::string> ImageList::names() const {
     std::vector<std::string> result;
     for (const auto &image : images_) result.push_back(image->name);

@@ -1,6 +1,7 @@
 #include "host/image/picture.h"
 
 #include "host/base/error.h"
+#include "host/image/image_formats.h"
 #include "host/image/metadata_headers.h"
 #include "host/image/transfer.h"
 #include "host/io/files.h"
@@ -128,6 +129,7 @@ void writePicture(const Picture &picture, const std::string &file, const Picture
     // Written to memory first: some format libraries do not report a full disk, and one ends the program.
     std::vector<unsigned char> bytes;
     OIIO::Filesystem::IOVecOutput memory(bytes);
+    setUpImageLibrary();
     const char *formatName = format.ending + 1;
     const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(formatName);
     if (!output) fail(OIIO::geterror());

@@ -47,8 +47,8 @@ class AbsentImage : public testing::TestWithParam<AbsentCase> {};
 
 TEST_P(AbsentImage, IsReportedAtOnceAndAtTheEndAndLeftOut) {
     const TemporaryDirectory directory;
-    if (!GetParam().contents.empty()) directory.write("wood.ppm", GetParam().contents);
-    const std::string scene = directory.write("scene.json", wallWith("wood.ppm")), file = directory.file("a.exr");
+    if (!GetParam().contents.empty()) directory.write("wood.hdr", GetParam().contents);
+    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory.file("a.exr");
     const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--quiet", "--threads", "1"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(outcome.out, "");
@@ -59,15 +59,15 @@ TEST_P(AbsentImage, IsReportedAtOnceAndAtTheEndAndLeftOut) {
         EXPECT_NE(outcome.err.find(line), std::string::npos) << outcome.err;
     EXPECT_NE(outcome.err.find(GetParam().why), std::string::npos) << outcome.err;
     EXPECT_NE(outcome.err.find("\nvelm: 1 warning: no image \"Wood\" ("), std::string::npos) << outcome.err;
-    EXPECT_TRUE(outcome.err.ends_with("wood.ppm)\n")) << outcome.err;
+    EXPECT_TRUE(outcome.err.ends_with("wood.hdr)\n")) << outcome.err;
     EXPECT_EQ(colourAt(file, 2, 2), kBackground);
     EXPECT_EQ(colourAt(file, 2, 0), kBlack);
 }
 
 TEST_P(AbsentImage, IsAnErrorWithoutAPictureWhenStrict) {
     const TemporaryDirectory directory;
-    if (!GetParam().contents.empty()) directory.write("wood.ppm", GetParam().contents);
-    const std::string scene = directory.write("scene.json", wallWith("wood.ppm")), file = directory.file("a.exr");
+    if (!GetParam().contents.empty()) directory.write("wood.hdr", GetParam().contents);
+    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory.file("a.exr");
     const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--strict"});
     EXPECT_EQ(outcome.status, kExitInput);
     EXPECT_TRUE(outcome.err.starts_with("velm: " + scene + ":3: images.Wood.file: ")) << outcome.err;
@@ -76,22 +76,63 @@ TEST_P(AbsentImage, IsAnErrorWithoutAPictureWhenStrict) {
     EXPECT_FALSE(std::filesystem::exists(file));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, AbsentImage,
-                         testing::Values(AbsentCase{"Missing", "", "there is no file \"wood.ppm\"; looked in "},
-                                         AbsentCase{"NoImage", "wood", "wood.ppm: cannot read the image: "},
-                                         AbsentCase{"CutOff", "P6 4 4 255\nabc", "wood.ppm: cannot read the image: "},
-                                         AbsentCase{"Empty", "P6 0 0 255\n", "wood.ppm: cannot read the image: "},
-                                         AbsentCase{"Huge", "P6 100000 100000 255\n", "that one image may take"}),
-                         [](const auto &one) { return one.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    All, AbsentImage,
+    testing::Values(AbsentCase{"Missing", "", "there is no file \"wood.hdr\"; looked in "},
+                    AbsentCase{"NoImage", "wood", "wood.hdr: cannot read the image: "},
+                    AbsentCase{"CutOff", test::redHdr("-Y 4 +X 4"), "wood.hdr: cannot read the image: "},
+                    AbsentCase{"Empty", test::redHdr("-Y 0 +X 0"), "wood.hdr: cannot read the image: "},
+                    AbsentCase{"Huge", test::redHdr("-Y 100000 +X 100000"), "4096 MiB of memory (see --read-memory)"}),
+    [](const auto &one) { return one.param.name; });
 
 TEST(StrictRender, OfAGoodSceneIsTheSame) {
     const TemporaryDirectory directory;
-    directory.write("wood.ppm", "P3 1 1 255 255 0 0\n");
-    const std::string scene = directory.write("scene.json", wallWith("wood.ppm")), file = directory.file("a.exr");
+    directory.write("wood.hdr", test::redHdr("-Y 1 +X 1"));
+    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory.file("a.exr");
     const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--quiet", "--strict"});
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(colourAt(file, 2, 2), (std::array<float, 3>{1, 0, 0}));
+}
+
+constexpr const char *kMeshScene = R"({"render": {"width": 4, "height": 4}, "cameras": {"Main": {}},
+"objects": {
+"M": {"mesh": {"file": "a.ply"}, "surface": "Clay"}}, "surfaces": {"Clay": {}}})";
+
+// The mesh library never returns from this file.
+TEST(ReadLimitOptions, EndTheReadingOfAMeshWithAnError) {
+    const TemporaryDirectory directory;
+    const std::string mesh = directory.write("a.ply", "ply\nformat ascii 1.0\nelement 100000000 1\nend_header\n0\n");
+    const std::string scene = directory.write("scene.json", kMeshScene), file = directory.file("a.exr");
+    const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--read-time", "0.25", "--quiet"});
+    EXPECT_EQ(outcome.status, kExitInput);
+    EXPECT_EQ(outcome.err, "velm: " + scene + ":3: object \"M\": " + mesh +
+                               ": cannot read the mesh: it takes longer than 0.25 s (see --read-time)\n");
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+// Images are gone without, in all commands that read them but compare.
+TEST(ReadLimitOptions, HoldForImages) {
+    const TemporaryDirectory directory;
+    const std::string image = directory.write("wood.hdr", test::redHdr("-Y 2000 +X 2000"));
+    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory.file("a.exr");
+    const std::string why = image + ": cannot read the image: its size of 2000 by 2000 pixels with 3 channels needs "
+                                    "more than 16 MiB of memory (see --read-memory)";
+    const std::vector<std::string> words = {"render", scene, "-o", file, "--read-memory", "16", "--quiet"};
+    const test::Outcome render = test::velm(words);
+    EXPECT_EQ(render.status, kExitDone);
+    EXPECT_NE(render.err.find("velm: warning: " + scene + ":3: images.Wood.file: " + why), std::string::npos)
+        << render.err;
+    const test::Outcome compare = test::velm({"compare", image, image, "--read-memory", "16"}, false);
+    EXPECT_EQ(compare.status, kCompareFailed);
+    EXPECT_EQ(compare.err,
+              "velm: " + image + ": cannot read the image: it needs more than 16 MiB of memory (see --read-memory)\n");
+}
+
+TEST(ReadLimitOptions, HaveLimits) {
+    for (const auto &[option, value] :
+         {std::pair{"--read-memory", "1"}, {"--read-memory", "many"}, {"--read-time", "-1"}, {"--read-time", "nan"}})
+        EXPECT_EQ(test::velm({"render", "scene.json", option, value}).status, kExitUsage) << option << ' ' << value;
 }
 
 // A Store node whose input comes from the Get node that reads the store. Evaluating them is circular, but the network
@@ -128,7 +169,7 @@ TEST(CircularEvaluation, IsAnErrorWhenStrict) {
     EXPECT_TRUE(outcome.err.starts_with("velm: " + scene + ": nodes evaluate each other in a circle")) << outcome.err;
     EXPECT_FALSE(std::filesystem::exists(directory.file("1.exr")));
     // The next render is not affected.
-    const std::string good = directory.write("good.json", wallWith("none.ppm"));
+    const std::string good = directory.write("good.json", wallWith("none.hdr"));
     EXPECT_EQ(test::velm({"render", good, "-o", directory.file("a.exr")}).err.find("circle"), std::string::npos);
 }
 

@@ -234,7 +234,7 @@ TEST(FilePixels, KeepTheValuesOfTheFile) {
     const FilePixels exr = readFilePixels(directory / "a.exr");
     EXPECT_TRUE(exr.isLight);
     EXPECT_EQ(exr.grey, 0);
-    EXPECT_EQ(exr.values, (std::vector<float>{-2.5F, kInfinity}));
+    EXPECT_EQ(exr.values, (std::pmr::vector<float>{-2.5F, kInfinity}));
 }
 
 TEST(FilePixels, CannotBeReadFromMissingOrBrokenFiles) {
@@ -250,17 +250,19 @@ TEST(FilePixels, CannotBeReadFromMissingOrBrokenFiles) {
 
 // The same picture in two files: encoded for the screen, in 8 bits, and as linear light.
 struct BothKinds {
-    const TemporaryDirectory directory;
-    FilePixels screen, light;
-
     // The screen value 128 of 255 encodes the light 0.2158605. `level` is the first value of the file with light.
-    explicit BothKinds(float level = 0.2158605F) {
-        EXPECT_TRUE(writeImageFile<std::uint8_t>(directory / "a.png", 2, 1, 3, {128, 128, 128, 255, 0, 128}));
-        EXPECT_TRUE(
-            writeImageFile<float>(directory / "a.exr", 2, 1, 3, {level, 0.2158605F, 0.2158605F, 7, -1, 0.2158605F}));
-        screen = readFilePixels(directory / "a.png");
-        light = readFilePixels(directory / "a.exr");
+    explicit BothKinds(float level = 0.2158605F)
+        : screen(written<std::uint8_t>("a.png", {128, 128, 128, 255, 0, 128})),
+          light(written<float>("a.exr", {level, 0.2158605F, 0.2158605F, 7, -1, 0.2158605F})) {}
+
+    template <class Value>
+    FilePixels written(const std::string &name, const std::vector<Value> &values) const {
+        EXPECT_TRUE(writeImageFile<Value>(directory / name, 2, 1, 3, values));
+        return readFilePixels(directory / name);
     }
+
+    const TemporaryDirectory directory;
+    const FilePixels screen, light;
 };
 
 TEST(CompareKinds, LightIsEncodedForTheScreenFirst) {

@@ -20,7 +20,7 @@ HostImage greyImage(int width, int height, std::vector<float> values) {
     image.width = width;
     image.height = height;
     image.channels = 1;
-    image.levels.push_back({.width = width, .height = height, .pixels = std::move(values)});
+    image.levels.push_back({.width = width, .height = height, .pixels = {values.begin(), values.end()}});
     return image;
 }
 

@@ -65,7 +65,7 @@ TEST_F(MeshFileTest, PolygonsKeepTheirNumbers) {
     const Mesh mesh = read("a.obj", "v 0 0 0\nv 2 0 0\nv 2 2 0\nv 1 3 0\nv 0 2 0\nv 5 0 0\nv 6 0 0\nv 6 1 0\nv 5 1 0\n"
                                     "f 1 2 3 4 5\nf 1 1 2\nf 6 7 8 9\nl 1 2\nf 1 2 3\n");
     EXPECT_EQ(mesh.triangles.size(), 6u);
-    EXPECT_EQ(mesh.polygonNumbers, (std::vector<std::uint32_t>{0, 0, 0, 2, 2, 3}));
+    EXPECT_EQ(mesh.polygonNumbers, (std::pmr::vector<std::uint32_t>{0, 0, 0, 2, 2, 3}));
     double area = 0;
     for (std::uint32_t i = 0; i < 6; ++i) {
         const auto corners = cornersOf(mesh, i);

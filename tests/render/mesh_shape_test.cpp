@@ -47,7 +47,7 @@ TEST(Shapes, BoxIsSixPolygons) {
     const Mesh mesh = shapeMesh(BoxShape{}, Transform());
     EXPECT_EQ(mesh.polygonCount, 6u);
     EXPECT_EQ(mesh.triangles.size(), 12u);
-    EXPECT_EQ(mesh.polygonNumbers, (std::vector<std::uint32_t>{0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5}));
+    EXPECT_EQ(mesh.polygonNumbers, (std::pmr::vector<std::uint32_t>{0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5}));
     EXPECT_TRUE(mesh.materialNumbers.empty());
 }
 

@@ -84,8 +84,8 @@ TEST(AbsentImages, MissingFilesGiveWarnings) {
 
 TEST(AbsentImages, DamagedFilesGiveWarnings) {
     const test::TemporaryDirectory directory;
-    const std::string file = directory.write("sky.ppm", "P6 0 0 255\n");
-    const Built result = build(directory, "\"Sky\": {\"file\": \"sky.ppm\"}");
+    const std::string file = directory.write("sky.hdr", test::redHdr("-Y 0 +X 0"));
+    const Built result = build(directory, "\"Sky\": {\"file\": \"sky.hdr\"}");
     ASSERT_FALSE(result.warnings.empty()) << result.error;
     const std::string start = directory.file("scene.json") + ":3: images.Sky.file: ";
     ASSERT_TRUE(result.warnings[0].starts_with(start + file + ": cannot read the image")) << result.warnings[0];
@@ -94,9 +94,9 @@ TEST(AbsentImages, DamagedFilesGiveWarnings) {
 
 TEST(AbsentImages, LeaveTheOtherImagesLoaded) {
     const test::TemporaryDirectory directory;
-    directory.write("a.ppm", "P3 1 1 255 255 0 0\n");
+    directory.write("a.hdr", test::redHdr("-Y 1 +X 1"));
     const Built result = build(directory, "\"Sky\": {\"file\": \"sky.exr\"},"
-                                          "\"First\": {\"file\": \"a.ppm\"}, \"Second\": {\"file\": \"a.ppm\"}");
+                                          "\"First\": {\"file\": \"a.hdr\"}, \"Second\": {\"file\": \"a.hdr\"}");
     EXPECT_EQ(result.warnings.size(), 4u);
     EXPECT_EQ(result.images, (std::vector<std::string>{"First", "Second"}));
 }

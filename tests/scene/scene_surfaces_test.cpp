@@ -58,10 +58,10 @@ TEST(BuildScene, AppliesTheSettingOfAConnectedInput) {
 }
 
 TEST(BuildScene, PutsImagesIntoTheListAndTakesThemOut) {
-    const std::string text = R"({"cameras": {"Main": {}}, "images": {"Chart": {"file": "chart.ppm"}},
+    const std::string text = R"({"cameras": {"Main": {}}, "images": {"Chart": {"file": "chart.hdr"}},
         "surfaces": {"Clay": {"nodes": {"Picture": {"server": "Image", "settings": {"Image": "Chart"}}}}}})";
     const test::TemporaryDirectory directory;
-    directory.write("chart.ppm", "P3 1 1 255 255 0 0\n");
+    directory.write("chart.hdr", test::redHdr("-Y 1 +X 1"));
     const SceneDescription scene = readSceneText(text, directory.file("scene.json"), {});
     {
         const SceneSurfaces built(scene, serverList());

@@ -22,6 +22,12 @@ inline std::string refusal(const std::string &text) {
     return {};
 }
 
+// An HDR image with a header for this size, such as "-Y 1 +X 1", and the data of one pixel of red light.
+inline std::string redHdr(const std::string &size) {
+    const std::string pixel = {'\x80', '\0', '\0', '\x81'};
+    return "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n" + size + "\n" + pixel;
+}
+
 // A directory that exists during one test.
 class TemporaryDirectory {
   public:

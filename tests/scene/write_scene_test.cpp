@@ -116,10 +116,10 @@ TEST(WriteScene, RefusesTwoObjectsOfOneName) {
 
 TEST(WriteScene, NamesFilesRelativeToItsDirectory) {
     const TemporaryDirectory directory;
-    for (const char *file : {"scenes/near.ppm", "scenes/maps/far.ppm", "data/other.ppm"}) directory.write(file, "");
+    for (const char *file : {"scenes/near.hdr", "scenes/maps/far.hdr", "data/other.hdr"}) directory.write(file, "");
     const SceneDescription scene =
-        readSceneText(R"({"cameras": {"Main": {}}, "images": {"A": {"file": "near.ppm"}, "B": {"file": "maps/far.ppm"},
-                      "C": {"file": "other.ppm"}, "D": {"file": "absent.ppm", "source": "a shop"}}})",
+        readSceneText(R"({"cameras": {"Main": {}}, "images": {"A": {"file": "near.hdr"}, "B": {"file": "maps/far.hdr"},
+                      "C": {"file": "other.hdr"}, "D": {"file": "absent.hdr", "source": "a shop"}}})",
                       directory.file("scenes/a.json"), {.directories = {directory.file("data")}});
     const auto names = [&scene](const std::string &where) {
         const auto json = nlohmann::json::parse(writeScene(scene, where));
@@ -127,26 +127,26 @@ TEST(WriteScene, NamesFilesRelativeToItsDirectory) {
         for (const auto &image : json.at("images")) all.push_back(image.at("file"));
         return all;
     };
-    const std::string other = directory.file("data/other.ppm");
+    const std::string other = directory.file("data/other.hdr");
     EXPECT_EQ(names(directory.file("scenes")),
-              (std::vector<std::string>{"near.ppm", "maps/far.ppm", other, "absent.ppm"}));
+              (std::vector<std::string>{"near.hdr", "maps/far.hdr", other, "absent.hdr"}));
     EXPECT_EQ(names(directory.file("./scenes/")), names(directory.file("scenes")));
     EXPECT_EQ(names(directory.file("scene")),
-              (std::vector<std::string>{directory.file("scenes/near.ppm"), directory.file("scenes/maps/far.ppm"), other,
-                                        "absent.ppm"}));
-    EXPECT_EQ(names(directory.path().string())[1], "scenes/maps/far.ppm");
+              (std::vector<std::string>{directory.file("scenes/near.hdr"), directory.file("scenes/maps/far.hdr"), other,
+                                        "absent.hdr"}));
+    EXPECT_EQ(names(directory.path().string())[1], "scenes/maps/far.hdr");
 }
 
 TEST(WriteScene, FindsFilesFromTheCurrentDirectory) {
     SceneDescription scene = read(R"({"cameras": {"Main": {}}, "images": {"A": {"file": "no such file"}}})");
     scene.images[0].notFound.clear();
-    scene.images[0].file = "maps/a.ppm";
+    scene.images[0].file = "maps/a.hdr";
     for (const char *here : {"", "."}) {
         const std::string text = writeScene(scene, here);
-        EXPECT_NE(text.find("\"maps/a.ppm\""), std::string::npos) << text;
+        EXPECT_NE(text.find("\"maps/a.hdr\""), std::string::npos) << text;
     }
     const std::string above = writeScene(scene, "elsewhere");
-    EXPECT_NE(above.find(fs::absolute("maps/a.ppm").string()), std::string::npos) << above;
+    EXPECT_NE(above.find(fs::absolute("maps/a.hdr").string()), std::string::npos) << above;
 }
 
 // ---- Object files ----

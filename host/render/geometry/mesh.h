@@ -8,6 +8,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <memory_resource>
 #include <string>
 #include <vector>
 
@@ -26,18 +28,20 @@ namespace velm::host {
 
 struct UvMap {
     std::string name;
-    std::vector<std::array<float, 2>> values; // by vertex; NaN where the map has no value
+    std::pmr::vector<std::array<float, 2>> values; // by vertex; NaN where the map has no value
 };
 
+// The buffers of a mesh from a file are in memory that the process that read it filled. Copies have their own.
 struct Mesh {
-    std::vector<HostPoint> points;
-    std::vector<HostPolygon> triangles;
-    std::vector<std::array<float, 3>> normals; // by vertex; empty: none
+    const std::shared_ptr<void> memory = nullptr; // where the buffers are; see readApart. Null: in the heap
+    std::pmr::vector<HostPoint> points;
+    std::pmr::vector<HostPolygon> triangles;
+    std::pmr::vector<std::array<float, 3>> normals; // by vertex; empty: none
     std::vector<UvMap> uvMaps;
-    std::vector<std::uint32_t> polygonNumbers;  // by triangle; empty: every triangle is a polygon
-    std::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
-    std::vector<std::string> materials;         // names
-    std::uint32_t polygonCount = 0;             // before polygons were cut into triangles
+    std::pmr::vector<std::uint32_t> polygonNumbers;  // by triangle; empty: every triangle is a polygon
+    std::pmr::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
+    std::vector<std::string> materials;              // names
+    std::uint32_t polygonCount = 0;                  // before polygons were cut into triangles
 
     // What smoothNormals did: the angles that it computed `normals` with, and by vertex that it appended to `points`,
     // the vertex that was split. Both are empty where it computed no normals.
@@ -62,10 +66,11 @@ struct Mesh {
     }
 };
 
-// Reads a mesh file and transforms it to world space. Files count as right-handed with +Y up and are mirrored in Z.
+// Reads a mesh file in a process of its own (see host/io/reader_process.h), by the format that its contents have (see
+// mesh_formats.h), and transforms it to world space. Files count as right-handed with +Y up and are mirrored in Z.
 // Polygons with any number of corners become triangles; those without an area are dropped. Lines, points and materials
-// that no polygon has are left out. Throws InputError with the file's name for a file that is missing, broken or
-// without polygons. [interface thread]
+// that no polygon has are left out. Throws InputError with the file's name for a file that is missing, broken, without
+// polygons or of another format, and if reading it exceeds a limit. [interface thread]
 Mesh readMesh(const std::string &file, const Transform &transform);
 
 // The names of all files that readMesh opens, the mesh file itself first; the others are such as a file of materials.

@@ -1,41 +1,65 @@
 // Reads mesh files with assimp.
 #include "host/render/geometry/mesh_builder.h"
-#include "host/render/geometry/mesh_readers.h"
+#include "host/render/geometry/mesh_formats.h"
 
 #include "host/base/error.h"
 #include "host/io/files.h"
 
+#include <assimp/BaseImporter.h>
 #include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <memory>
+#include <new>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velm::host {
 namespace {
 
-// Opens the other files that a mesh file names, such as its materials. They must be readable regular files too.
-class RegularFiles final : public Assimp::DefaultIOSystem {
+// Opens the mesh file under a name with the ending of its format, and the other files that it names, such as its
+// materials. They must be readable regular files too.
+class MeshFiles final : public Assimp::DefaultIOSystem {
   public:
     // `opened`, which may be null, gets the name of each file that is opened.
-    explicit RegularFiles(std::vector<std::string> *opened) : opened_(opened) {}
+    MeshFiles(std::string file, std::string alias, std::vector<std::string> *opened)
+        : file_(std::move(file)), alias_(std::move(alias)), opened_(opened) {}
 
-    bool Exists(const char *file) const override { return !whyUnreadable(file); } // the base's opens it
-    Assimp::IOStream *Open(const char *file, const char *mode) override {
-        Assimp::IOStream *stream = whyUnreadable(file) ? nullptr : DefaultIOSystem::Open(file, mode);
-        if (stream && opened_) opened_->emplace_back(file);
+    bool Exists(const char *name) const override { return !whyUnreadable(realName(name)); } // the base's opens it
+    Assimp::IOStream *Open(const char *name, const char *mode) override {
+        const std::string real = realName(name);
+        Assimp::IOStream *stream = whyUnreadable(real) ? nullptr : DefaultIOSystem::Open(real.c_str(), mode);
+        if (stream && opened_) opened_->push_back(real);
         return stream;
     }
 
   private:
+    std::string realName(const std::string &name) const { return name == alias_ ? file_ : name; }
+
+    std::string file_, alias_;
     std::vector<std::string> *opened_;
 };
+
+// Removes all importers but those of a format, so that no other one looks at the file.
+void keepImporters(Assimp::Importer &importer, const MeshFormat &format) {
+    for (std::size_t i = importer.GetImporterCount(); i-- > 0;) {
+        std::istringstream endings(importer.GetImporterInfo(i)->mFileExtensions);
+        if (std::find(std::istream_iterator<std::string>(endings), {}, format.ending) !=
+            std::istream_iterator<std::string>())
+            continue;
+        const std::unique_ptr<Assimp::BaseImporter> removed(importer.GetImporter(i));
+        importer.UnregisterLoader(removed.get());
+    }
+}
 
 bool hasPolygons(const aiMesh &mesh) {
     return std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
@@ -157,31 +181,44 @@ class FileMesh {
     MeshBuilder builder_;
 };
 
+// The name of a file with the ending of its format, in upper or lower case: the file's own, if it has it.
+std::string aliasOf(const std::string &file, const MeshFormat &format) {
+    const std::string ending = std::string(".") + format.ending;
+    const bool hasEnding = file.size() >= ending.size() &&
+                           std::equal(ending.begin(), ending.end(), file.end() - static_cast<int>(ending.size()),
+                                      [](char a, unsigned char b) { return a == std::tolower(b); });
+    return hasEnding ? file : file + ending;
+}
+
 // The scene belongs to the importer.
-const aiScene &import(Assimp::Importer &importer, const std::string &file, std::vector<std::string> *opened) {
-    importer.SetIOHandler(std::make_unique<RegularFiles>(opened).release()); // which the importer owns
-    const aiScene *scene = importer.ReadFile(file, 0);
+const aiScene &import(Assimp::Importer &importer, const std::string &file, const MeshFormat &format,
+                      std::vector<std::string> *opened) {
+    const std::string alias = aliasOf(file, format);
+    keepImporters(importer, format);
+    importer.SetIOHandler(std::make_unique<MeshFiles>(file, alias, opened).release()); // which the importer owns
+    const aiScene *scene = importer.ReadFile(alias, 0);
     if (!scene) {
-        const std::string why = importer.GetErrorString();
-        throw InputError({.file = file}, "cannot read the mesh: " +
-                                             (why == "std::bad_alloc" ? "there is not enough memory for it" : why));
+        std::string why = importer.GetErrorString();
+        if (why == "std::bad_alloc") throw std::bad_alloc();
+        if (const std::size_t at = why.find(alias); at != std::string::npos) why.replace(at, alias.size(), file);
+        throw InputError({.file = file}, "cannot read the mesh: " + why);
     }
     return *scene;
 }
 
 } // namespace
 
-Mesh readWithAssimp(const std::string &file, const Transform &transform) {
+Mesh readWithAssimp(const std::string &file, const MeshFormat &format, const Transform &transform) {
     Assimp::Importer importer;
-    const aiScene &scene = import(importer, file, nullptr);
+    const aiScene &scene = import(importer, file, format, nullptr);
     if (!scene.mRootNode || scene.mNumMeshes == 0) throw InputError({.file = file}, "the mesh has no polygons");
     return FileMesh(scene, transform, file).build();
 }
 
-std::vector<std::string> filesReadWithAssimp(const std::string &file) {
+std::vector<std::string> filesReadWithAssimp(const std::string &file, const MeshFormat &format) {
     std::vector<std::string> opened, files{file};
     Assimp::Importer importer;
-    import(importer, file, &opened);
+    import(importer, file, format, &opened);
     for (const std::string &one : opened)
         if (std::find(files.begin(), files.end(), one) == files.end()) files.push_back(one);
     return files;

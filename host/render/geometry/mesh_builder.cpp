@@ -34,9 +34,9 @@ bool same(const std::array<float, n> &a, const std::array<float, n> &b) {
 
 // Frees the unused capacity of a vector, except for `spare` elements.
 template <typename Element>
-void trim(std::vector<Element> &elements, std::size_t spare = 0) {
+void trim(std::pmr::vector<Element> &elements, std::size_t spare = 0) {
     if (elements.capacity() <= elements.size() + spare + elements.size() / 8) return;
-    std::vector<Element> tight;
+    std::pmr::vector<Element> tight(elements.get_allocator());
     tight.reserve(elements.size() + spare);
     tight.assign(elements.begin(), elements.end());
     elements = std::move(tight);
@@ -149,14 +149,17 @@ Mesh MeshBuilder::finish() {
     const auto isOwnNumber = [&number](std::uint32_t polygon) { return polygon == number++; };
     if (std::all_of(mesh_.polygonNumbers.begin(), mesh_.polygonNumbers.end(), isOwnNumber)) mesh_.polygonNumbers = {};
     if (mesh_.materials.size() < 2) mesh_.materialNumbers = {};
-    trim(mesh_.points, 1);
-    mesh_.padPoints();
-    trim(mesh_.triangles);
-    trim(mesh_.normals);
-    for (UvMap &map : mesh_.uvMaps) trim(map.values);
-    trim(mesh_.polygonNumbers);
-    trim(mesh_.materialNumbers);
     return std::move(mesh_);
+}
+
+void trimBuffers(Mesh &mesh) {
+    trim(mesh.points, 1);
+    mesh.padPoints();
+    trim(mesh.triangles);
+    trim(mesh.normals);
+    for (UvMap &map : mesh.uvMaps) trim(map.values);
+    trim(mesh.polygonNumbers);
+    trim(mesh.materialNumbers);
 }
 
 } // namespace velm::host

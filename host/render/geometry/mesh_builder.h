@@ -33,7 +33,7 @@ class MeshBuilder {
 
     std::size_t triangleCount() const { return mesh_.triangles.size(); }
 
-    // Returns the finished mesh, with its buffers trimmed; the builder is empty afterwards.
+    // Returns the finished mesh; the builder is empty afterwards. Its buffers have room for more: see trimBuffers.
     Mesh finish();
 
   private:
@@ -48,6 +48,9 @@ class MeshBuilder {
     std::vector<std::uint32_t> table_;              // open addressing: vertex index + 1, or 0 for a free slot
     std::vector<std::array<std::uint32_t, 3>> cut_; // the triangles of the polygon being added
 };
+
+// Frees what the buffers of a mesh hold beyond its elements, where that is much, and pads its points.
+void trimBuffers(Mesh &mesh);
 
 // Cuts a polygon with the corners `points` into triangles of corner numbers (0 to count - 1), which run in the
 // polygon's own sense. Clips ears, so that concave polygons come out right too.

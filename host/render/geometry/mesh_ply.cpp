@@ -1,5 +1,5 @@
-// Reads PLY files. They are checked first, because assimp never returns from a header without an end.
-#include "host/render/geometry/mesh_readers.h"
+// Checks PLY files before assimp reads them: it never returns from a header without an end.
+#include "host/render/geometry/mesh_formats.h"
 
 #include "host/base/error.h"
 
@@ -28,9 +28,11 @@ class Lines {
     std::ifstream stream_;
 };
 
+} // namespace
+
 // A PLY file begins with a header of text lines up to "end_header". In the text form, one line for each vertex and
 // polygon follows; for missing lines assimp repeats the last one.
-void requireWhole(const std::string &file) {
+void requireWholePly(const std::string &file) {
     const auto fail = [&file](const std::string &why) {
         throw InputError({.file = file}, "cannot read the mesh: " + why);
     };
@@ -52,19 +54,6 @@ void requireWhole(const std::string &file) {
         if (line.find_first_not_of(" \t") != std::string::npos) ++found;
     if (found < expected)
         fail(fmt::format("it ends too early: of {} lines after its header, {} are there", expected, found));
-}
-
-} // namespace
-
-bool isPly(const std::string &file) {
-    Lines lines(file);
-    std::string line;
-    return lines.next(line) && (line == "ply" || line == "PLY");
-}
-
-Mesh readPly(const std::string &file, const Transform &transform) {
-    requireWhole(file);
-    return readWithAssimp(file, transform);
 }
 
 } // namespace velm::host

@@ -31,7 +31,11 @@ class ShapeBuilder {
         if (mirrors_) std::reverse(corners.begin() + 1, corners.end());
         builder_.addPolygon(corners, material_);
     }
-    Mesh finish() { return builder_.finish(); }
+    Mesh finish() {
+        Mesh mesh = builder_.finish();
+        trimBuffers(mesh);
+        return mesh;
+    }
 
   private:
     const Transform &transform_;

@@ -96,7 +96,7 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
     sample.threadIndex = state.threadIndex;
     sample.rayFlags = incoming.flags | (back ? kRayBackSide : 0) | (surface.doubleSided ? kRayDoubleSided : 0);
 
-    const std::vector<std::uint32_t> &numbers = mesh.polygonNumbers;
+    const auto &numbers = mesh.polygonNumbers;
     const double margin = kMarginFactor * (largest(position) + corners.extent(position));
     constexpr double kNever = std::numeric_limits<double>::quiet_NaN();
     origin = {.position = position,

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <unordered_map>
 #include <utility>
 
 namespace velm::host {
@@ -84,12 +85,12 @@ class AbsentImages {
     }
 
     const ImageDescription *find(const std::string &name) const {
-        const auto found = std::ranges::find(absent_, name, &ImageDescription::name);
-        return found == absent_.end() ? nullptr : *found;
+        const auto found = absent_.find(name);
+        return found == absent_.end() ? nullptr : found->second;
     }
 
     void note(const ImageDescription &image, const std::string &why) {
-        absent_.push_back(&image);
+        absent_.emplace(image.name, &image);
         ImageList::instance().noteAbsent(image.name);
         const std::string source = image.source.empty() ? "" : "; it comes from " + image.source;
         warnings_.add({.location = image.fileLocation,
@@ -108,7 +109,7 @@ class AbsentImages {
     }
 
     Warnings &warnings_;
-    std::vector<const ImageDescription *> absent_; // of the scene, which outlives this object
+    std::unordered_map<std::string, const ImageDescription *> absent_; // by name; of the scene, which outlives this
 };
 
 // Settings that create names come before those that choose among them, in whichever surface or network they are.

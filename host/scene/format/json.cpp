@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <unordered_map>
 
 namespace velm::host {
 
@@ -82,10 +83,9 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
 
     bool key(string_t &key) override {
         refuseNull(key);
-        JsonValue &object = *open_.back();
-        for (const JsonMember &member : object.members)
-            if (member.key == key) fail(fmt::format("\"{}\" occurs twice; first on line {}", key, member.line));
-        object.members.push_back({.key = std::move(key), .line = line_, .value = {}});
+        const auto [first, isNew] = keys_.back().emplace(key, line_);
+        if (!isNew) fail(fmt::format("\"{}\" occurs twice; first on line {}", key, first->second));
+        open_.back()->members.push_back({.key = std::move(key), .line = line_, .value = {}});
         return true;
     }
 
@@ -120,10 +120,12 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     bool open(JsonValue::Kind kind) {
         if (open_.size() == kDeepest) fail(fmt::format("lists and objects are nested deeper than {}", kDeepest));
         open_.push_back(&add(kind));
+        keys_.emplace_back();
         return true;
     }
     bool close() {
         open_.pop_back();
+        keys_.pop_back();
         return true;
     }
 
@@ -131,6 +133,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     const int &line_;
     JsonValue root_;
     std::vector<JsonValue *> open_;
+    std::vector<std::unordered_map<std::string, int>> keys_; // by open value: its keys so far, and their lines
 };
 
 } // namespace

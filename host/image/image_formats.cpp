@@ -1,0 +1,132 @@
+#include "host/image/image_formats.h"
+
+#include "host/base/error.h"
+#include "host/io/file_ends.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <optional>
+#include <string_view>
+#include <thread>
+
+namespace velm::host {
+
+namespace {
+
+using std::string_view_literals::operator""sv;
+
+bool isPng(const FileEnds &file) { return file.startsWith("\x89PNG\r\n\x1a\n"); }
+bool isJpeg(const FileEnds &file) { return file.startsWith("\xff\xd8\xff"); }
+bool isExr(const FileEnds &file) { return file.startsWith("\x76\x2f\x31\x01"); }
+bool isHdr(const FileEnds &file) { return file.startsWith("#?"); }
+bool isBmp(const FileEnds &file) { return file.startsWith("BM"); }
+bool isGif(const FileEnds &file) { return file.startsWith("GIF87a") || file.startsWith("GIF89a"); }
+bool isPsd(const FileEnds &file) { return file.startsWith("8BPS"); }
+bool isIff(const FileEnds &file) { return file.startsWith("FOR4") && file.hasAt(8, "CIMG"); }
+
+bool isTiff(const FileEnds &file) { // also BigTIFF
+    constexpr std::string_view kStarts[] = {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv};
+    return std::any_of(std::begin(kStarts), std::end(kStarts),
+                       [&](std::string_view start) { return file.startsWith(start); });
+}
+
+// Newer files end with a signature. For older ones, every field of the header has to make sense.
+bool isTga(const FileEnds &file) {
+    constexpr std::size_t kHeader = 18;
+    if (std::string_view(file.tail).ends_with("TRUEVISION-XFILE.\0"sv)) return true;
+    if (file.size <= kHeader) return false;
+    const std::uint32_t hasPalette = file.number(1, 1), type = file.number(2, 1), entries = file.number(5, 2),
+                        entryBits = file.number(7, 1), bits = file.number(16, 1), flags = file.number(17, 1);
+    const std::uint32_t kind = type & ~8u; // without the flag of run-length encoding
+    const bool isPaletteSane = hasPalette == 0
+                                   ? entries == 0 && kind != 1
+                                   : hasPalette == 1 && entries > 0 &&
+                                         (entryBits == 15 || entryBits == 16 || entryBits == 24 || entryBits == 32);
+    const bool areBitsSane = kind == 2 ? bits == 15 || bits == 16 || bits == 24 || bits == 32 : bits == 8 || bits == 16;
+    return isPaletteSane && kind >= 1 && kind <= 3 && areBitsSane && file.number(12, 2) > 0 && file.number(14, 2) > 0 &&
+           flags < 64; // no interleaving
+}
+
+struct ImageFormat {
+    const char *name;
+    const char *reader; // OpenImageIO's name of it
+    bool (*recognises)(const FileEnds &file);
+};
+
+// TGA comes last: it has no signature at its beginning.
+constexpr ImageFormat kImageFormats[] = {
+    {.name = "PNG", .reader = "png", .recognises = isPng},    {.name = "JPEG", .reader = "jpeg", .recognises = isJpeg},
+    {.name = "TIFF", .reader = "tiff", .recognises = isTiff}, {.name = "EXR", .reader = "openexr", .recognises = isExr},
+    {.name = "HDR", .reader = "hdr", .recognises = isHdr},    {.name = "BMP", .reader = "bmp", .recognises = isBmp},
+    {.name = "GIF", .reader = "gif", .recognises = isGif},    {.name = "PSD", .reader = "psd", .recognises = isPsd},
+    {.name = "IFF", .reader = "iff", .recognises = isIff},    {.name = "TGA", .reader = "targa", .recognises = isTga},
+};
+
+// Hides an environment variable for as long as it lives.
+class HiddenVariable {
+  public:
+    explicit HiddenVariable(const char *name) : name_(name) {
+        if (const char *value = std::getenv(name)) value_ = value;
+        unsetenv(name);
+    }
+    ~HiddenVariable() {
+        if (value_) setenv(name_, value_->c_str(), 1);
+    }
+    HiddenVariable(const HiddenVariable &) = delete;
+    HiddenVariable &operator=(const HiddenVariable &) = delete;
+
+  private:
+    const char *name_;
+    std::optional<std::string> value_;
+};
+
+} // namespace
+
+std::string imageFormats() {
+    std::string list;
+    for (const ImageFormat &format : kImageFormats) list += (list.empty() ? "" : ", ") + std::string(format.name);
+    return list;
+}
+
+std::unique_ptr<OIIO::ImageInput> openImage(const std::string &file) {
+    setUpImageLibrary();
+    const auto fail = [&file](const std::string &why) {
+        throw InputError({.file = file}, "cannot read the image: " + why);
+    };
+    const FileEnds ends = readFileEnds(file);
+    if (ends.size == 0) fail("it is empty");
+    const auto *const format = std::find_if(std::begin(kImageFormats), std::end(kImageFormats),
+                                            [&](const ImageFormat &one) { return one.recognises(ends); });
+    if (format == std::end(kImageFormats)) fail("it has none of the formats that are read: " + imageFormats());
+    std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::create(format->reader);
+    if (!input) fail(OIIO::geterror());
+    OIIO::attribute("exr_threads", static_cast<int>(std::thread::hardware_concurrency()));
+    OIIO::ImageSpec found, wishes;
+    wishes.attribute("oiio:UnassociatedAlpha", 1);
+    if (!input->open(file, found, wishes)) fail(input->geterror());
+    return input;
+}
+
+void setUpImageLibrary() {
+    [[maybe_unused]] static const bool done = [] {
+        // The library adds the directories in these variables to the path when it makes its list of formats, which is
+        // when the first reader or writer is made.
+        const HiddenVariable ours("OIIO_LIBRARY_PATH"), linker("LD_LIBRARY_PATH");
+        OIIO::attribute("plugin_searchpath", "");
+        OIIO::attribute("exr_threads", -1);
+        OIIO::ImageInput::create("png");
+        return true;
+    }();
+}
+
+int alphaChannelOf(const OIIO::ImageSpec &spec) {
+    if (spec.alpha_channel < spec.nchannels) return std::max(spec.alpha_channel, -1);
+    for (const char *name : {"A", "Alpha", "alpha"})
+        if (const int index = spec.channelindex(name); index >= 0) return index;
+    return -1;
+}
+
+int depthChannelOf(const OIIO::ImageSpec &spec) { return spec.z_channel < spec.nchannels ? spec.z_channel : -1; }
+
+} // namespace velm::host

@@ -1,0 +1,35 @@
+// The formats of mesh files that are read.
+#pragma once
+
+#include "host/render/geometry/mesh.h"
+
+#include <string>
+#include <vector>
+
+namespace velm::host {
+
+struct MeshFormat {
+    const char *name;
+    const char *ending; // of the names of such files, by which assimp's importers for the format are found
+    void (*check)(const std::string &file); // throws InputError for what the importer would not survive; null: nothing
+};
+
+// The names of the formats, in one line: "LWO, OBJ, ...".
+std::string meshFormats();
+
+// The format that the contents of the file have, whatever it is called; null if it is none of those that are read.
+// Throws InputError if the file cannot be read or is empty.
+const MeshFormat *meshFormatOf(const std::string &file);
+
+// Throws InputError for a PLY file that ends too early.
+void requireWholePly(const std::string &file);
+
+// Reads a file of that format with assimp. The buffers of the mesh have room for more than its elements. Throws
+// InputError as readMesh does. To be called in a process of its own: see readApart.
+Mesh readWithAssimp(const std::string &file, const MeshFormat &format, const Transform &transform);
+
+// The names of all files that readWithAssimp opens, the mesh file itself first. Throws as it does, and is to be called
+// in a process of its own, too.
+std::vector<std::string> filesReadWithAssimp(const std::string &file, const MeshFormat &format);
+
+} // namespace velm::host
