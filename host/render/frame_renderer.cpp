@@ -114,8 +114,10 @@ class PassRender {
         _MM_SET_DENORMALS_ZERO_MODE(_MM_DENORMALS_ZERO_ON);
         RayState &state = rayState;
         state = renderer_.initialState(threadIndex);
-        for (int tile = next_++; tile < tiles_.count() && !stop_; tile = next_++)
-            if (renderTile(state, slot, tile)) endTile(tile);
+        slot.run([&] {
+            for (int tile = next_++; tile < tiles_.count() && !stop_; tile = next_++)
+                if (renderTile(state, slot, tile)) endTile(tile);
+        });
         const std::lock_guard lock(mutex_);
         rays_ += state.counts;
         samples_ += state.samples;
