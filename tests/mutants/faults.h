@@ -4,6 +4,8 @@
 
 #include "module/host.h"
 
+#include "tests/mutants/processes.h"
+
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
@@ -63,6 +65,10 @@ enum Fault {
     kOpensFile,
     kStartsThread,
     kAllocates,
+    kExits,
+    kEndsItsThread,
+    kLeavesProcesses,
+    kOverwritesRecord,
     // In settings
     kForgetsMode,
     kSavesProcess,
@@ -271,6 +277,10 @@ inline void evaluating(const HostNodeFuncs *nodes, HostNode *node, ShadingSample
     if (is(kChangesRounding)) _mm_setcsr(_mm_getcsr() | _MM_ROUND_UP);
     if (is(kSetsLocale)) std::setlocale(LC_NUMERIC, "C.UTF-8");
     if (is(kStartsThread)) onThread(nothing, nullptr);
+    if (is(kExits)) std::exit(0);
+    if (is(kEndsItsThread)) pthread_exit(nullptr);
+    if (is(kLeavesProcesses)) leaveProcesses();
+    if (is(kOverwritesRecord)) overwriteSharedMemory();
     if (is(kAllocates)) {
         void *volatile room = std::calloc(1, 10); // volatile, or the compiler removes the pair of calls
         std::free(room);
