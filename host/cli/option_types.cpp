@@ -24,6 +24,7 @@ void addData(CLI::App &command, std::vector<std::string> &directories) {
                     "VELM_DATA, separated by colons, follow")
         ->check(CLI::ExistingDirectory)
         ->expected(1)
+        ->allow_extra_args(false) // otherwise it takes a "--" that follows
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->type_name("DIR");
 }

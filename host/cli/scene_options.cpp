@@ -48,6 +48,7 @@ void declareSceneOptions(CLI::App &command, SceneOptions &options) {
             "render.samples=16 or surfaces.Clay.nodes.AO.settings.Max=2; may be given\n"
             "several times. Values are JSON; quote parts of the path that contain dots")
         ->expected(1)
+        ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->type_name("PATH=VALUE");
     command.add_option("--camera", options.camera, "The camera to render from; the scene's by default")

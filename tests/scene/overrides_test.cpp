@@ -71,7 +71,7 @@ TEST(Overrides, ErrorsAreThoseOfTheOverrideWithTheNearestName) {
         const char *text, *message;
     };
     const Row rows[] = {
-        {"render.sampels=4", "has no key \"sampels\", did you mean \"samples\"?"},
+        {"render.wdith=4", "has no key \"wdith\", did you mean \"width\"?"},
         {"render.samples=0", "\"samples\" must be"},
         {"lights.Key.intensity=2", "\"lights\" has no \"Key\", there is only \"Key light\""},
         {"lights.Kye light.intensity=2", "\"lights\" has no \"Kye light\", did you mean \"Key light\"?"},
