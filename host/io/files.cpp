@@ -151,12 +151,12 @@ void tryToWrite(const std::string &path) {
 
 void writeFileAtomically(const std::string &path, std::string_view bytes) {
     if (const auto reason = whyIrreplaceable(path)) failToWrite(path, *reason);
-    const std::string place = behindLinks(path);
-    const mode_t mode = modeFor(place);
-    Beside beside(place);
+    const std::string target = behindLinks(path);
+    const mode_t mode = modeFor(target);
+    Beside beside(target);
     const bool written = beside.file().number() >= 0 && writeAll(beside.file().number(), bytes) &&
                          ::fchmod(beside.file().number(), mode) == 0 && ::fsync(beside.file().number()) == 0 &&
-                         beside.file().close() && beside.rename(place);
+                         beside.file().close() && beside.rename(target);
     if (!written) failToWrite(path, std::strerror(errno));
 }
 
