@@ -32,7 +32,7 @@ Region FrameTiles::region(int tile) const {
 PixelSum *FrameTiles::sums(int tile) {
     const auto index = static_cast<std::size_t>(tile);
     if (finished_[index] != 0) return nullptr;
-    if (!sums_[index]) sums_[index] = std::make_unique<PixelSum[]>(std::size_t{kTileSize * kTileSize});
+    if (!sums_[index]) sums_[index] = std::make_unique<PixelSum[]>(std::size_t{kTileSize} * kTileSize);
     return sums_[index].get();
 }
 
