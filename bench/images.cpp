@@ -78,7 +78,8 @@ void pixelOfThePlainBuffer(benchmark::State &state) {
     for (auto _ : state) {
         at.step();
         float colour[3];
-        std::copy_n(&plain[static_cast<std::size_t>(3 * (at.y() * kWidth + at.x()))], 3, colour);
+        std::copy_n(&plain[3 * (static_cast<std::size_t>(at.y()) * kWidth + static_cast<std::size_t>(at.x()))], 3,
+                    colour);
         benchmark::DoNotOptimize(colour);
     }
 }

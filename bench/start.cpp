@@ -94,8 +94,8 @@ void startPlainly(const std::string &file) {
         const aiMesh &part = *read->mMeshes[m];
         const auto first = static_cast<uint32_t>(mesh.points.size() / 3);
         for (unsigned i = 0; i < part.mNumVertices; ++i) {
-            const aiVector3D &place = part.mVertices[i];
-            for (const float each : {place.x, place.y, place.z}) mesh.points.push_back(each);
+            const aiVector3D &vertex = part.mVertices[i];
+            for (const float each : {vertex.x, vertex.y, vertex.z}) mesh.points.push_back(each);
         }
         for (unsigned i = 0; i < part.mNumFaces; ++i) {
             const aiFace &face = part.mFaces[i];
@@ -149,7 +149,7 @@ void addSphere(PlainMesh &mesh) {
             const double heading = 2 * std::numbers::pi * column / columns;
             mesh.addPoint(std::cos(pitch) * std::sin(heading), std::sin(pitch), std::cos(pitch) * std::cos(heading));
         }
-    const auto at = [columns](int row, int column) { return static_cast<uint32_t>(row * (columns + 1) + column); };
+    const auto at = [](int row, int column) { return static_cast<uint32_t>(row * (columns + 1) + column); };
     for (int row = 0; row < rows; ++row)
         for (int column = 0; column < columns; ++column) {
             if (row > 0) mesh.addTriangle(at(row, column), at(row, column + 1), at(row + 1, column + 1));

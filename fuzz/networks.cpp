@@ -36,7 +36,7 @@ std::string writtenAgain(const std::string &block, const std::string &file) {
 std::string throughSurface(std::string_view block, const std::string &file, std::size_t offset) {
     Surface surface("Fuzzed");
     loadNetwork(surface, block, file, offset);
-    const std::string written = write(surface, file);
+    std::string written = write(surface, file);
     require(writtenAgain(written, file) == written, "a written network is written again without a change");
     return written;
 }

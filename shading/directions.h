@@ -45,9 +45,8 @@ void sendInBatches(int64_t count, Aim aim, Rotate rotate, Send send) {
         const int length = static_cast<int>(std::min<int64_t>(count - sent, DirectionBatch::kMost));
         ahead.fill(kWords * length);
         const uint32_t *words = ahead.words();
-        for (int i = 0; i < length; ++i)
-            aim(sent + i, words[kWords * i] * kPerInt32Closed, words[kWords * i + 1] * kPerInt32Closed, batch.theta[i],
-                batch.phi[i]);
+        for (int i = 0; i < length; ++i, words += kWords)
+            aim(sent + i, words[0] * kPerInt32Closed, words[1] * kPerInt32Closed, batch.theta[i], batch.phi[i]);
         rotate(batch, length);
         for (int i = 0; i < length && ahead.left() == kWords * (length - i); ++i, ++sent) {
             ahead.use(kWords);

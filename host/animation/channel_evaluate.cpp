@@ -77,8 +77,8 @@ double bezier2(const HostKey &from, const HostKey &to, Handle leaving, Handle ar
         const double at = bernstein(from.time, from.time + leaving.time, to.time + arriving.time, to.time, middle);
         (at < time ? low : high) = middle;
     }
-    const double place = (low + high) / 2;
-    return bernstein(from.value, from.value + leaving.value, to.value + arriving.value, to.value, place);
+    const double middle = (low + high) / 2;
+    return bernstein(from.value, from.value + leaving.value, to.value + arriving.value, to.value, middle);
 }
 
 class Curve {

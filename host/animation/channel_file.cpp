@@ -146,8 +146,8 @@ void saveText(const HostEnvelope &envelope, const HostSaveState &state) {
                                          handles ? p[0] : 0.0, handles ? p[1] : 0.0, 0.0};
         if (key->shape == kShapeBezier2) numbers = {p[0], p[1], p[2], p[3], 0, 0};
         state.beginBlock(state.data, &kKey, 1);
-        const std::array<double, 2> place = {key->value, key->time};
-        state.writeDP(state.data, place.data(), 2);
+        const std::array<double, 2> valueAndTime = {key->value, key->time};
+        state.writeDP(state.data, valueAndTime.data(), 2);
         state.writeI4(state.data, &key->shape, 1);
         state.writeDP(state.data, numbers.data(), 6);
         state.endBlock(state.data);
@@ -159,16 +159,17 @@ void saveText(const HostEnvelope &envelope, const HostSaveState &state) {
 }
 
 HostError loadTextKey(const HostLoadState &state, HostEnvelope &envelope) {
-    std::array<double, 2> place{};
+    std::array<double, 2> valueAndTime{};
     int shape = 0;
-    if (state.readDP(state.data, place.data(), 2) != 2 || state.readI4(state.data, &shape, 1) != 1) return kDamaged;
+    if (state.readDP(state.data, valueAndTime.data(), 2) != 2 || state.readI4(state.data, &shape, 1) != 1)
+        return kDamaged;
     if (shape < kShapeTcb || shape > kShapeBezier2) return kDamaged;
-    if (!std::isfinite(place[0]) || !std::isfinite(place[1])) return kDamaged;
+    if (!std::isfinite(valueAndTime[0]) || !std::isfinite(valueAndTime[1])) return kDamaged;
     std::array<double, 6> numbers{};
     state.readDP(state.data, numbers.data(), 6); // missing numbers stay 0
     for (const double number : numbers)
         if (!std::isfinite(number)) return kDamaged;
-    HostKey &key = envelope.putKey(place[1], place[0]);
+    HostKey &key = envelope.putKey(valueAndTime[1], valueAndTime[0]);
     key.shape = shape;
     if (shape == kShapeBezier2) {
         key.parameters = {numbers[0], numbers[1], numbers[2], numbers[3]};

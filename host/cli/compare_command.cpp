@@ -51,9 +51,9 @@ void declareOptions(CLI::App &command, ProgramOptions &program, CompareOptions &
 }
 
 std::string sizeText(const FilePixels &image) {
-    const std::string place =
+    const std::string origin =
         image.left == 0 && image.top == 0 ? std::string() : fmt::format(" from {},{}", image.left, image.top);
-    return fmt::format("{} x {}{}", image.width, image.height, place);
+    return fmt::format("{} x {}{}", image.width, image.height, origin);
 }
 
 // Prints each figure beside its limit.

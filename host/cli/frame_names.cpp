@@ -18,10 +18,10 @@ FrameNames::FrameNames(const std::string &pattern, bool several) {
     const std::size_t nameStart = slash == std::string::npos ? 0 : slash + 1;
     const std::string name = pattern.substr(nameStart);
 
-    static const std::regex place("#+|%(0?)([0-9]?)d");
+    static const std::regex placeholder("#+|%(0?)([0-9]?)d");
     std::smatch match;
-    if (std::regex_search(name, match, place)) {
-        if (std::regex_search(match.suffix().first, name.end(), place))
+    if (std::regex_search(name, match, placeholder)) {
+        if (std::regex_search(match.suffix().first, name.end(), placeholder))
             throw UsageError(fmt::format("\"{}\" has two places for the frame's number", name));
         before_ = pattern.substr(0, nameStart) + match.prefix().str();
         after_ = match.suffix();

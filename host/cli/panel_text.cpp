@@ -145,8 +145,8 @@ class LayoutPrinter {
         while (item->kind != ItemKind::control && !item->items.empty()) item = &item->items.front();
         const auto found = controls_.find(item->id);
         if (found == controls_.end() || found->second->stacks.size() <= stacks) return "never shown";
-        const StackPosition &place = found->second->stacks[stacks];
-        return fmt::format("shown while {} is {}", place.drivenBy, fmt::join(place.shownFor, " or "));
+        const StackPosition &position = found->second->stacks[stacks];
+        return fmt::format("shown while {} is {}", position.drivenBy, fmt::join(position.shownFor, " or "));
     }
 
     static std::size_t indentOf(std::size_t depth) { return kIndent * (depth + 1); }

@@ -8,7 +8,7 @@ namespace velm::host {
 
 namespace {
 
-constexpr std::size_t kSize = 256 * 1024; // unwinding needs room, most of all under the sanitizers
+constexpr std::size_t kSize = std::size_t{256} * 1024; // unwinding needs room, most of all under the sanitizers
 
 } // namespace
 

@@ -22,8 +22,8 @@ struct Pair {
 };
 
 int colourOf(const std::string &name) {
-    const auto place = std::string("RGB").find(name);
-    return name.size() == 1 && place != std::string::npos ? static_cast<int>(place) : -1;
+    const auto index = std::string("RGB").find(name);
+    return name.size() == 1 && index != std::string::npos ? static_cast<int>(index) : -1;
 }
 
 // The index of the channel that corresponds to a name of the other image; -1 if there is none.

@@ -76,8 +76,8 @@ void readOpened(OIIO::ImageInput &input, const std::string &file, ReadValues &re
 } // namespace
 
 int FilePixels::find(const std::string &name) const {
-    const auto place = std::find(channels.begin(), channels.end(), name);
-    return place == channels.end() ? -1 : static_cast<int>(place - channels.begin());
+    const auto found = std::find(channels.begin(), channels.end(), name);
+    return found == channels.end() ? -1 : static_cast<int>(found - channels.begin());
 }
 
 FilePixels readFilePixels(const std::string &file) {

@@ -126,8 +126,8 @@ ImageLevel halve(const ImageLevel &level, int channels) {
                             row.weight[static_cast<std::size_t>(j)] * column.weight[static_cast<std::size_t>(i)];
                         if (weight == 0) continue;
                         const int x = std::min(column.first + i, level.width - 1);
-                        const std::ptrdiff_t place = static_cast<std::ptrdiff_t>(y) * level.width + x;
-                        sum += weight * level.pixels[static_cast<std::size_t>(place * channels + channel)];
+                        const std::ptrdiff_t index = static_cast<std::ptrdiff_t>(y) * level.width + x;
+                        sum += weight * level.pixels[static_cast<std::size_t>(index * channels + channel)];
                     }
                 }
                 *target++ = sum;

@@ -9,8 +9,8 @@ namespace velm::host {
 namespace {
 
 const float *pixelOf(const HostImage &image, const ImageLevel &level, int x, int y) {
-    const std::ptrdiff_t place = static_cast<std::ptrdiff_t>(y) * level.width + x;
-    return level.pixels.data() + place * image.channels;
+    const std::ptrdiff_t index = static_cast<std::ptrdiff_t>(y) * level.width + x;
+    return level.pixels.data() + index * image.channels;
 }
 
 // The four pixels around a point of the map, and the interpolation weights.

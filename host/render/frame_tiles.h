@@ -67,6 +67,8 @@ class FrameTiles {
 };
 
 // The number of a pixel in its tile's sums; x and y count from the tile's upper left corner.
-inline std::size_t pixelInTile(int x, int y) { return static_cast<std::size_t>(y * kTileSize + x); }
+inline std::size_t pixelInTile(int x, int y) {
+    return static_cast<std::size_t>(y) * kTileSize + static_cast<std::size_t>(x);
+}
 
 } // namespace velm::host

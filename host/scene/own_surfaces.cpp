@@ -39,7 +39,7 @@ class ObjectFiles {
     std::string nameOf(const SurfaceDescription &surface) {
         for (const SurfaceDescription &one : scene_.surfaces)
             if (one.saved.file == surface.saved.file && one.saved.name == surface.saved.name) return one.name;
-        const std::string name =
+        std::string name =
             nameInScene(surface.saved, [this](const std::string &wanted) { return findSurface(scene_, wanted); });
         scene_.surfaces.push_back(surface);
         scene_.surfaces.back().name = name;

@@ -7,7 +7,7 @@ unsigned int systemWord = kSystemLayout;
 }
 
 void *systemId() {
-    return reinterpret_cast<void *>(static_cast<HostWord>(systemWord)); // NOLINT(performance-no-int-to-ptr): no address
+    return reinterpret_cast<void *>(static_cast<HostWord>(systemWord)); // no address
 }
 
 void setSystemId(unsigned int word) { systemWord = word; }

@@ -8,7 +8,7 @@ namespace velm::host {
 
 struct UvProvider {
     // Writes the UV coordinates of the sample's position: u to the right and v up, as in the mesh's file, not wrapped.
-    // `mapName` names the map; null selects the mesh's first map. False, with *u and *v left alone, when the mesh has
+    // `mapName` names the map; null selects the mesh's first map. False, with *u and *v unchanged, when the mesh has
     // no such map or the sample is not on a mesh. Allocates nothing. [render threads]
     bool (*lookup)(const ShadingSample *sample, const char *mapName, double *u, double *v) = nullptr;
 };

@@ -41,9 +41,9 @@ typedef struct HostCameraEvaluation {
     void (*preview)(HostCameraEvaluator *evaluator, int mode);
     /* Forgets what the evaluator holds of the last frame, before newTime. [between frames] */
     void (*reset)(HostCameraEvaluator *evaluator);
-    /* Leaves the ray through a point of the film in *ray and gives 1; 0, with *ray left alone, when there is none. Film
-     * positions are metres from the film's centre to the picture's right and top; lens positions are from -1 to 1; the
-     * time fraction is from 0 to 1 while the shutter is open. [render threads] */
+    /* Stores the ray through a point of the film in *ray and gives 1; gives 0, with *ray unchanged, when there is none.
+     * Film positions are metres from the film's centre to the picture's right and top; lens positions are from -1 to 1;
+     * the time fraction is from 0 to 1 while the shutter is open. [render threads] */
     int (*evaluate)(HostCameraEvaluator *evaluator, double filmX, double filmY, double lensX, double lensY,
                     double timeFraction, HostCameraRay *ray);
 } HostCameraEvaluation;

@@ -36,10 +36,10 @@ typedef struct HostCameraInfo {
     /* Operations that are not described here. They must not be called, and the stand-alone host leaves them null.
      * [interface thread; not while rendering] */
     void (*reserved[kCameraInfoReserved])(void);
-    /* Leaves the size of a camera's film in metres; 0 and 0 for what is no camera. No pointer to a size may be null.
+    /* Stores the size of a camera's film in metres; 0 and 0 for what is no camera. No pointer to a size may be null.
      * [render threads] */
     void (*filmSize)(HostItem *camera, double *width, double *height);
-    /* Leaves when a camera takes a frame; all zeros for what is no camera. `timing` must not be null.
+    /* Stores in *timing when a camera takes a frame; all zeros for what is no camera. `timing` must not be null.
      * [between frames] */
     void (*frameTiming)(HostItem *camera, int frame, HostFrameTiming *timing);
 } HostCameraInfo;

@@ -102,8 +102,8 @@ typedef struct HostEnvelopeFuncs {
      * or key, a null value, a number that is not finite, a shape that does not exist, or the time of another key.
      * [interface thread; not while rendering] */
     int (*setKey)(HostEnvelope *envelope, HostKey *key, int tag, const void *value);
-    /* Leaves the member of a key that `tag` names in *value. Gives 1; 0, with *value left alone, for an unknown tag or
-     * key or a null value. [interface thread; not while rendering] */
+    /* Stores the member of a key that `tag` names in *value and gives 1; gives 0, with *value unchanged, for an unknown
+     * tag or key or a null value. [interface thread; not while rendering] */
     int (*getKey)(HostEnvelope *envelope, HostKey *key, int tag, void *value);
     /* Adds a function to be called after changes, until the envelope is destroyed; the same function with the same user
      * data is added once. Gives 1, or 0 for null. [interface thread; not while rendering] */
@@ -111,8 +111,8 @@ typedef struct HostEnvelopeFuncs {
     /* Sets the behaviour that `tag` (kEnvelopePreBehaviour and so on) names. Gives 1; 0, without a change, for an
      * unknown tag, a null value or a behaviour that does not exist. [interface thread; not while rendering] */
     int (*set)(HostEnvelope *envelope, int tag, const void *value);
-    /* Leaves the behaviour that `tag` names in *value. Gives 1; 0, with *value left alone, for an unknown tag or a null
-     * value. [interface thread; not while rendering] */
+    /* Stores the behaviour that `tag` names in *value and gives 1; gives 0, with *value unchanged, for an unknown tag
+     * or a null value. [interface thread; not while rendering] */
     int (*get)(HostEnvelope *envelope, int tag, void *value);
 } HostEnvelopeFuncs;
 

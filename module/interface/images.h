@@ -37,16 +37,16 @@ typedef struct HostImageList {
     /* Asks for the image to be prepared for lookups of spots. The stand-alone host prepares every image and does
      * nothing here. [interface thread; not while rendering] */
     void (*needAntialiasing)(HostImage *image);
-    /* Leaves the image's size in pixels, 0 and 0 for null. Neither pointer may be null. [any thread] */
+    /* Stores the image's size in pixels, 0 and 0 for null. Neither pointer may be null. [any thread] */
     void (*size)(HostImage *image, int *width, int *height);
     /* Gives the luminance of a pixel. [any thread] */
     float (*luma)(HostImage *image, int x, int y);
-    /* Leaves the colour of a pixel; without colour, its luminance in each component. [any thread] */
+    /* Stores the colour of a pixel; of an image without colour, the luminance in each component. [any thread] */
     void (*rgb)(HostImage *image, int x, int y, float colour[3]);
     /* Gives the mean luminance of a spot around (u, v), `spotSize` times as wide as the image; with `blend` 0, the
      * luminance of the pixel at its centre. [any thread] */
     double (*lumaSpot)(HostImage *image, double u, double v, double spotSize, int blend);
-    /* Leaves the mean colour of a spot around (u, v), `spotSize` times as wide as the image; with `blend` 0, the colour
+    /* Stores the mean colour of a spot around (u, v), `spotSize` times as wide as the image; with `blend` 0, the colour
      * of the pixel at its centre. [any thread] */
     void (*rgbSpot)(HostImage *image, double u, double v, double spotSize, int blend, double colour[3]);
     /* Removes the image from the list and frees it. Null and images that are not in the list are ignored.

@@ -35,7 +35,7 @@ typedef struct HostRootDescription {
     /* Shows the root node's settings in a window of the owner's own, for a root without a panel. Gives a message on
      * failure. The stand-alone host never calls it. [interface thread; not while rendering] */
     HostError (*options)(HostNodeEditor *editor);
-    /* Leaves in `colour` what the root node's preview shows for a sample. [render threads] */
+    /* Stores in `colour` what the root node's preview shows for a sample. [render threads] */
     void (*preview)(HostNodeEditor *editor, ShadingSample *sample, double colour[3]);
     /* Draws the root node's preview, `width` by `height` pixels, for the preview type kPreviewDrawnByNode. The
      * stand-alone host never calls it. [interface thread; not while rendering] */
@@ -46,7 +46,7 @@ typedef struct HostRootDescription {
  * editor's user data; the stand-alone host ignores the result. [interface thread; not while rendering] */
 typedef void *HostEditorEvent(HostNodeEditor *editor);
 
-/* Asks the owner which box previews are to show. Leaves its low and high end along x, y and z in `bounds`, in metres;
+/* Asks the owner which box previews are to show. Stores its low and high end along x, y and z in `bounds`, in metres;
  * before the call these are -0.5 and 0.5. [interface thread; not while rendering] */
 typedef void HostEditorAutosize(HostNodeEditor *editor, void *userData, double bounds[3][2]);
 

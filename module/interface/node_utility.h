@@ -62,7 +62,7 @@ typedef struct HostNodeUtilityFuncs {
      * gives (0.5, 0.5). [render threads] */
     void (*directionMapping)(double seamAngle, const double direction[3], double *u, double *v);
     /* Looks up the sample's coordinates in the UV map of that name, u to the right and v up, not wrapped; a null or
-     * empty name selects the mesh's first map. Gives non-zero, or 0 with *u and *v left alone when the sample is not on
+     * empty name selects the mesh's first map. Gives non-zero, or 0 with *u and *v unchanged, when the sample is not on
      * the map. [render threads] */
     int (*uvMapping)(const char *mapName, ShadingSample *sample, double *u, double *v);
     /* Gives the orientation of the camera of the render: by row, its right, up and forward directions in world space,

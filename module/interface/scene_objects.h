@@ -29,7 +29,7 @@ typedef struct HostSceneObjects {
     int (*layerCount)(int object);
     /* Gives non-zero when the object has the layer. [interface thread; not while rendering] */
     int (*layerExists)(int object, int layer);
-    /* Leaves the point that a layer turns about, in the object's space, in metres.
+    /* Stores the point that a layer turns about, in the object's space, in metres.
      * [interface thread; not while rendering] */
     void (*pivot)(int object, int layer, double pivot[3]);
     /* Gives the mesh of a layer, or null. [interface thread; not while rendering] */

@@ -47,16 +47,16 @@ enum {
 
 typedef struct HostRayHit HostRayHit;
 
-/* Evaluates the light `light` at a position in metres. Leaves the unit direction from the light to the position and the
+/* Evaluates the light `light` at a position in metres. Stores the unit direction from the light to the position and the
  * light's colour there, with falloff and shadows, and gives 1. Where none of its light arrives, or for an item that is
- * no light or null, it leaves no direction (zeros) and black and gives 0. [render threads] */
+ * no light or null, it stores zeros as the direction and black, and gives 0. [render threads] */
 typedef int HostIlluminate(HostItem *light, const double position[3], double direction[3], double colour[3]);
 /* The same, but an area light is evaluated at one point of its area. `sampler` is the host's random sequence; null is
  * allowed. [render threads] */
 typedef int HostIlluminateSampled(HostItem *light, const double position[3], double direction[3], double colour[3],
                                   void *sampler);
 /* Traces a ray and shades what it hits, as rayTraceMode does with kTraceReflection. The direction need not have unit
- * length. Leaves the shaded colour, or the backdrop's, and gives the distance to the hit in metres, or HOST_RAY_MISS.
+ * length. Stores the shaded colour, or the backdrop's, and gives the distance to the hit in metres, or HOST_RAY_MISS.
  * Beyond the recursion limit, a hit is black. [render threads] */
 typedef double HostRayTrace(const double position[3], const double direction[3], double colour[3]);
 /* Gives the distance in metres to the nearest hit along a ray, or HOST_RAY_MISS. The direction need not have unit

@@ -83,7 +83,7 @@ typedef struct HostVParmFuncs {
     int (*editTexture)(HostVParm *parm);
     /* Prepares a textured parameter for evaluation; nothing to do for any other. [between frames] */
     HostError (*init)(HostVParm *parm);
-    /* Leaves the envelopes of the components in `handles`, which may be null, with null where there is none, and gives
+    /* Stores the envelopes of the components in `handles`, which may be null, with null where there is none, and gives
      * how many there are. They belong to the parameter. [interface thread; not while rendering] */
     int (*envelopes)(HostVParm *parm, HostEnvelope *handles[3]);
     /* Gives the texture, which belongs to the parameter, or null for none; always null in the stand-alone host.

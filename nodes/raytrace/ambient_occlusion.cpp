@@ -315,9 +315,9 @@ void gatherPolar(Gathering &rays) {
     AmbientOcclusion_sample(rays, rays.axis.c); // not normalised
     const double ringStep = rays.resolved.coneAngle / (rings - 1), azimuthStep = kFullTurn / perRing;
     const auto aim = [=](int64_t ray, double r1, double r2, double &theta, double &phi) {
-        const auto ring = static_cast<double>(1 + ray / perRing), index = static_cast<double>(ray % perRing);
-        theta = ringStep * ring - jitter * r2;
-        phi = azimuthStep * index - jitter + 2 * jitter * r1;
+        const int64_t ring = 1 + ray / perRing, index = ray % perRing;
+        theta = ringStep * static_cast<double>(ring) - jitter * r2;
+        phi = azimuthStep * static_cast<double>(index) - jitter + 2 * jitter * r1;
     };
     gather(rays, int64_t{rings - 1} * perRing, aim);
 }

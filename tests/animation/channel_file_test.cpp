@@ -167,8 +167,8 @@ TEST(ParameterFile, DamageLeavesTheParameterUnchanged) {
         "{ VariantParameter\n 3\n 0\n { ParameterValue\n 1\n 1\n { Envelope\n 1\n Key 1 0 6\n }\n }\n}\n",
         "{ VariantParameter\n 3\n 0\n { ParameterValue\n 1\n 1\n { Envelope\n 1\n Key 1 nan 0\n }\n }\n}\n",
         "{ VariantParameter\n 3\n 0\n { ParameterValue\n 1\n 1\n { Envelope\n 1\n Key 1 0 0 inf\n }\n }\n}\n",
-        "{ VariantParameter\n 3\n 0\n { ParameterValue\n 1\n 1\n { Envelope\n 1\n Key 1 0 0\n Behaviors 1 6\n }\n "
-        "}\n}\n",
+        ("{ VariantParameter\n 3\n 0\n { ParameterValue\n 1\n 1\n { Envelope\n 1\n Key 1 0 0\n Behaviors 1 6\n }\n "
+         "}\n}\n"),
     };
     for (const char *text : texts) {
         HostVParm parm(kParmFloat);

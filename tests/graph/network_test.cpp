@@ -238,7 +238,7 @@ TEST_F(NetworkTest, TheOwnersEventIsCalledAfterChanges) {
     nodeEditorFuncs()->setEvent(&network, nullptr);
 }
 
-// A user interface that shows everything it is asked for.
+// A user interface that opens every window it is asked to open, and records each.
 struct AllDialogs final : Dialogs {
     Lines shown;
     bool show(const std::string &what) {

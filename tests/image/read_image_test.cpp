@@ -118,8 +118,9 @@ TEST(ReadImage, OnlyRegularFilesAreRead) {
     const TemporaryDirectory directory;
     const std::string pipe = directory / "a.png";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    for (const auto &[file, kind] : {std::pair(pipe, "pipe"), std::pair(std::string("/dev/zero"), "device")}) {
-        const std::string expected = file + ": cannot read the image: it is a " + kind;
+    for (const auto &row : {std::pair(pipe, "pipe"), std::pair(std::string("/dev/zero"), "device")}) {
+        const std::string &file = row.first;
+        const std::string expected = file + ": cannot read the image: it is a " + row.second;
         const auto expectRefusal = [&](auto read) {
             try {
                 read();

@@ -83,7 +83,7 @@ TEST(Descriptor, StartupGivesTheSameWordEveryTime) {
 
 TEST(Descriptor, ShutdownTakesAnyWord) {
     for (const uintptr_t word : {uintptr_t{0}, uintptr_t{4}, UINTPTR_MAX})
-        _mod_descrip.shutdown(reinterpret_cast<void *>(word)); // NOLINT(performance-no-int-to-ptr): no address
+        _mod_descrip.shutdown(reinterpret_cast<void *>(word)); // no address
     EXPECT_EQ(reinterpret_cast<uintptr_t>(_mod_descrip.startup()), 4u) << "nothing was shut down";
 }
 

@@ -243,7 +243,7 @@ void *FakeHost::lookup(const char *service, int use) {
         {HOST_ENVELOPE_FUNCS, tablePointer(kEnvelopeFuncs)},
         {HOST_PANEL_FUNCS, tablePointer(kPanelFuncs)},
         {HOST_INSTANCE_UPDATE, reinterpret_cast<void *>(instanceUpdate)},
-        {HOST_SYSTEM_ID, reinterpret_cast<void *>(host().systemWord)}, // NOLINT(performance-no-int-to-ptr): no address
+        {HOST_SYSTEM_ID, reinterpret_cast<void *>(host().systemWord)}, // no address
         {HOST_BACKDROP_INFO, tablePointer(kBackdropInfo)},
         {HOST_TIME_INFO, &host().time},
         {HOST_IMAGE_LIST, tablePointer(kImageList)},

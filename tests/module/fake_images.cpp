@@ -17,8 +17,8 @@ FakeHost &host() { return FakeHost::current(); }
 HostImage *nextImage(HostImage *image) {
     auto &list = images().list;
     if (images().nextCallsLeft && (*images().nextCallsLeft)-- <= 0) return nullptr;
-    auto place = std::find_if(list.begin(), list.end(), [&](const auto &listed) { return listed.get() == image; });
-    return place == list.end() || ++place == list.end() ? nullptr : place->get();
+    auto found = std::find_if(list.begin(), list.end(), [&](const auto &listed) { return listed.get() == image; });
+    return found == list.end() || ++found == list.end() ? nullptr : found->get();
 }
 
 // Does not return the loaded image: nodes must look at the list.

@@ -31,8 +31,8 @@ const HostSceneObjects kSceneObjects = [] {
         return type == kVertexMapTxuv ? static_cast<int>(scene().uvMaps.size()) : 0;
     };
     objects.vertexMapName = [](int type, int index) -> const char * {
-        const auto place = static_cast<size_t>(index);
-        return type == kVertexMapTxuv && place < scene().uvMaps.size() ? scene().uvMaps[place].c_str() : nullptr;
+        const auto number = static_cast<size_t>(index);
+        return type == kVertexMapTxuv && number < scene().uvMaps.size() ? scene().uvMaps[number].c_str() : nullptr;
     };
     return objects;
 }();
@@ -44,8 +44,8 @@ const HostItemInfo kItemInfo = [] {
     };
     items.next = [](HostItem *item) -> HostItem * {
         auto &cameras = scene().cameras;
-        const auto place = std::find_if(cameras.begin(), cameras.end(), [=](HostItem &one) { return &one == item; });
-        return place + 1 == cameras.end() ? nullptr : &place[1];
+        const auto found = std::find_if(cameras.begin(), cameras.end(), [=](HostItem &one) { return &one == item; });
+        return found + 1 == cameras.end() ? nullptr : &found[1];
     };
     items.name = [](HostItem *item) { return item->name.c_str(); };
     return items;

@@ -251,7 +251,7 @@ TEST_F(Refractions, BendsTheViewBySnellsLaw) {
          {Bend{0, 1, 1.5, 0}, Bend{30, 1, 1.5, 1.0 / 3}, Bend{30, 1.5, 1, 0.75}, Bend{45, 1, 1.5, std::sqrt(0.5) / 1.5},
           Bend{30, 1, 2, 0.25}, Bend{89, 1, 1.3, 0}, Bend{40, 1.3, 1.25, 0}}) {
         SCOPED_TRACE(testing::Message() << one.degrees << " degrees, " << one.from << " to " << one.into);
-        const double sine = one.bentSine ? one.bentSine : std::sin(one.degrees * kPi / 180) * one.from / one.into;
+        const double sine = one.bentSine != 0 ? one.bentSine : std::sin(one.degrees * kPi / 180) * one.from / one.into;
         const FakeRays::Call ray = traced(comingDown(one.degrees), {0, 1, 0}, one.from, one.into);
         expectNear(ray.direction, {sine, -std::sqrt(1 - sine * sine), 0});
         EXPECT_EQ(ray.eta, one.into);

@@ -33,7 +33,7 @@ class Reader {
 
     void read() {
         loadSegments();
-        for (int i = 0; i < header_.e_shnum; ++i) {
+        for (uint64_t i = 0; i < header_.e_shnum; ++i) {
             const auto section = sectionAt(i);
             if (section.sh_type == SHT_DYNSYM) readSymbols(section);
             if (section.sh_type == SHT_DYNAMIC) readLibraries(section);

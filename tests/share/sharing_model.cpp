@@ -4,13 +4,13 @@
 
 namespace velm::plugin {
 
-int SharingModel::List::placeOf(int serial) const {
-    const auto place = std::find(entries.begin(), entries.begin() + count, serial);
-    return place == entries.begin() + count ? -1 : static_cast<int>(place - entries.begin());
+int SharingModel::List::indexOf(int serial) const {
+    const auto index = std::find(entries.begin(), entries.begin() + count, serial);
+    return index == entries.begin() + count ? -1 : static_cast<int>(index - entries.begin());
 }
 
 bool SharingModel::List::add(int serial) {
-    if (placeOf(serial) >= 0 || count == static_cast<int>(entries.size())) return false;
+    if (indexOf(serial) >= 0 || count == static_cast<int>(entries.size())) return false;
     entries.at(static_cast<size_t>(count++)) = serial;
     return true;
 }
@@ -18,11 +18,11 @@ bool SharingModel::List::add(int serial) {
 // The entries behind it move up, and the last one becomes empty. Removing the last entry lowers the count by one, any
 // other by two.
 void SharingModel::List::remove(int serial) {
-    const int place = placeOf(serial);
-    if (place < 0) return;
-    std::move(entries.begin() + place + 1, entries.begin() + count, entries.begin() + place);
+    const int index = indexOf(serial);
+    if (index < 0) return;
+    std::move(entries.begin() + index + 1, entries.begin() + count, entries.begin() + index);
     entries.at(static_cast<size_t>(count - 1)) = kNobody;
-    count -= place == count - 1 ? 1 : 2;
+    count -= index == count - 1 ? 1 : 2;
 }
 
 void SharingModel::list(int serial) {
@@ -30,8 +30,8 @@ void SharingModel::list(int serial) {
     ModelStore &store = at(stores, serial);
     if (store.id == -1) store.id = lastID_ + 1;
     lastID_ = std::max(lastID_, store.id);
-    for (int place = 0; place < getList_.count; ++place) {
-        ModelGet &get = at(gets, getList_.entries.at(static_cast<size_t>(place)));
+    for (int index = 0; index < getList_.count; ++index) {
+        ModelGet &get = at(gets, getList_.entries.at(static_cast<size_t>(index)));
         if (get.alive && get.storeID == store.id) get.slot = storeList_.count;
     }
 }
@@ -71,8 +71,8 @@ void SharingModel::loadGet(int get, int slot, int storeID) {
 void SharingModel::startRender(int serial) {
     ModelGet &get = at(gets, serial);
     get.store = kNobody;
-    for (int place = storeList_.count - 1; place >= 0; --place) { // the first one counts
-        const int store = storeList_.entries.at(static_cast<size_t>(place));
+    for (int index = storeList_.count - 1; index >= 0; --index) { // the first one counts
+        const int store = storeList_.entries.at(static_cast<size_t>(index));
         if (at(stores, store).id == get.storeID) get.store = store;
     }
 }
@@ -84,7 +84,7 @@ void SharingModel::destroyStore(int store) {
         if (get.store == store) get.store = kNobody;
 }
 
-void SharingModel::destroyGet(int get) { at(gets, get).alive = false; } // its place in the list stays taken
+void SharingModel::destroyGet(int get) { at(gets, get).alive = false; } // its index in the list stays taken
 
 void SharingModel::choose(int serial, int slot) {
     ModelGet &get = at(gets, serial);
@@ -96,9 +96,9 @@ void SharingModel::choose(int serial, int slot) {
 // Up to the first empty entry, regardless of the count.
 std::vector<std::string> SharingModel::popup() const {
     std::vector<std::string> items = {"(none)"};
-    for (int place = 0; place < 64 && storeList_.entries.at(static_cast<size_t>(place)) != kNobody; ++place) {
-        const int store = storeList_.entries.at(static_cast<size_t>(place));
-        items.push_back(place < storeList_.count ? stores.at(static_cast<size_t>(store)).name : "(error)");
+    for (int index = 0; index < 64 && storeList_.entries.at(static_cast<size_t>(index)) != kNobody; ++index) {
+        const int store = storeList_.entries.at(static_cast<size_t>(index));
+        items.push_back(index < storeList_.count ? stores.at(static_cast<size_t>(store)).name : "(error)");
     }
     return items;
 }

@@ -1,5 +1,5 @@
-// A simple reference model of Store Material, Get Material and the registry: the lists hold serial numbers, and
-// removing an entry is described by its result. The random walk compares the nodes with this model.
+// A simple reference model of Store Material, Get Material and the registry: its lists hold serial
+// numbers instead of pointers. The random walk compares the nodes with this model.
 #pragma once
 
 #include <array>
@@ -51,7 +51,7 @@ class SharingModel {
         std::array<int, 64> entries;
         int count = 0;
         List() { entries.fill(kNobody); }
-        int placeOf(int serial) const; // index among the counted entries, or -1
+        int indexOf(int serial) const; // index among the counted entries, or -1
         bool add(int serial);          // false if it is listed already, or the list is full
         void remove(int serial);
     };

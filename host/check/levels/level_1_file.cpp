@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr int kReloads = 1000, kFirstReloads = 100;
 // Growth in bytes that counts as a leak: less than one smallest heap block at each load.
-constexpr std::size_t kLeastGrowth = 8 * (kReloads - kFirstReloads);
+constexpr std::size_t kLeastGrowth = std::size_t{8} * (kReloads - kFirstReloads);
 
 std::vector<std::string> nodeNamesIn(const std::string &file) {
     const CallScope scope(kModuleItself, "loading the module");

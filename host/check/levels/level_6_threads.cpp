@@ -7,6 +7,7 @@
 #include "host/check/process/check_record.h"
 
 #include <barrier>
+#include <cstddef>
 #include <memory>
 #include <thread>
 
@@ -119,7 +120,7 @@ void useManyInstances(const CheckTask &task) {
 
 // Evaluates a thread's part of one of kSlices slices.
 void evaluateSlice(Fixture &fixture, const std::vector<ShadingSample> &samples, int slice, Results &found) {
-    const auto from = samples.begin() + slice * (kSamples / kSlices);
+    const auto from = samples.begin() + std::ptrdiff_t{slice} * (kSamples / kSlices);
     const Results some = fixture.evaluate({from, from + kSamples / kSlices});
     found.insert(found.end(), some.begin(), some.end());
 }

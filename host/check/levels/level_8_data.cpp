@@ -112,7 +112,7 @@ void survivesMutations(const CheckTask &task) {
     for (int round = 0; round < kMutations; round += kOneInstance) {
         Fixture fixture(module, task.server);
         for (int i = 0; i < kOneInstance; ++i) {
-            noteRound(static_cast<std::uint64_t>(round + i));
+            noteRound(static_cast<std::uint64_t>(round) + static_cast<std::uint64_t>(i));
             Saved damaged = originals[static_cast<std::size_t>(random.below(originals.size()))];
             mutate(damaged, random);
             fixture.load(damaged.bytes, damaged.mode);

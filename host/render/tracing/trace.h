@@ -107,7 +107,7 @@ inline void advance(RTCRayHit &ray, float farthest) {
     ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
 }
 
-// Finds the nearest hit that counts between ray.ray.tnear and ray.ray.tfar, and leaves it in `ray`. False when there is
+// Finds the nearest hit that counts between ray.ray.tnear and ray.ray.tfar, and stores it in `ray`. False when there is
 // none.
 inline bool findHit(RayState &state, RTCScene scene, RTCRayHit &ray, const HitRules &rules) {
     const float farthest = ray.ray.tfar;

@@ -35,7 +35,8 @@ std::map<std::string, std::string> dataOf(const SceneSurfaces &built, const std:
 // nodes inside. Such a node therefore gets data of its own only when no node inside it was changed.
 class Completion {
   public:
-    // What the nodes saved in the object, and what the nodes made from the descriptions save.
+    // By the paths of nodes: the data that each saved in the object, and the data that it saves when it is created from
+    // the descriptions.
     Completion(const std::map<std::string, std::string> &wanted, const std::map<std::string, std::string> &made)
         : wanted_(wanted), made_(made) {}
 

@@ -25,7 +25,7 @@ struct ValueRule {
         scale, // a list of three numbers, or one number for all three; none of them 0
         vec4,  // a list of four numbers
         text,  // never empty
-        choice // one of the texts; its value is the index in the list
+        choice // one of the texts in `choices`; the value is its index there
     };
     Kind kind = Kind::number;
     double minimum = -std::numeric_limits<double>::infinity();
