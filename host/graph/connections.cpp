@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <deque>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace velm::host {
@@ -45,6 +46,45 @@ std::string dependence(HostNode &node, HostNode &source) {
     return path;
 }
 
+// The nodes that can be reached from a node in one direction, found step by step.
+class Reach {
+  public:
+    explicit Reach(HostNode &start) : seen_{&start}, open_{&start} {}
+
+    bool isComplete() const { return open_.empty(); }
+    bool has(HostNode &node) const { return seen_.count(&node) != 0; }
+    // Looks at the neighbours of one more node, which `visit(node, found)` names by calling `found` with each.
+    template <class Visit>
+    void step(Visit visit) {
+        HostNode *current = open_.front();
+        open_.pop_front();
+        visit(*current, [&](HostNode *next) {
+            if (seen_.insert(next).second) open_.push_back(next);
+        });
+    }
+
+  private:
+    std::unordered_set<HostNode *> seen_;
+    std::deque<HostNode *> open_; // seen, but not yet looked at
+};
+
+// Whether `source` depends on `node`. Searches from both at once and stops when one search has seen all there is: where
+// a network is built, one of the two nodes often has few nodes before or behind it, however large the network is.
+bool depends(HostNode &source, HostNode &node) {
+    Reach before(source), behind(node);
+    while (!before.isComplete() && !behind.isComplete()) {
+        before.step([](const HostNode &at, auto found) {
+            for (const auto &input : at.inputs)
+                if (input->source) found(input->source->node);
+        });
+        behind.step([](const HostNode &at, auto found) {
+            for (const auto &output : at.outputs)
+                for (const HostInput *consumer : output->consumers) found(consumer->node);
+        });
+    }
+    return before.isComplete() ? before.has(node) : behind.has(source);
+}
+
 template <class T>
 std::vector<std::string> namesOf(const std::vector<std::unique_ptr<T>> &all) {
     std::vector<std::string> names;
@@ -64,8 +104,9 @@ void Network::connect(HostOutput &output, HostInput &input) {
     if (output.node->network != this || input.node->network != this)
         refuse("they are not both nodes of " + inQuotes(name_));
     if (output.node == root_.get()) refuse("the root node feeds nothing");
-    const std::string path = dependence(*input.node, *output.node);
-    if (!path.empty()) refuse(fmt::format("it would close the cycle {} -> {}", path, input.node->name));
+    if (depends(*output.node, *input.node))
+        refuse(
+            fmt::format("it would close the cycle {} -> {}", dependence(*input.node, *output.node), input.node->name));
     breakConnection(input);
     output.consumers.push_back(&input);
     input.source = &output;
