@@ -4,6 +4,7 @@
 #include "host/check/report.h"
 #include "host/cli/commands.h"
 #include "host/cli/option_types.h"
+#include "host/cli/output_file.h"
 #include "host/io/files.h"
 
 #include <CLI/CLI.hpp>
@@ -61,8 +62,11 @@ int runCheck(const ProgramOptions &program, const CheckCommandOptions &check, st
     if (const auto reason = whyUnreadable(run.module))
         throw InputError({.file = run.module}, "cannot read the module: " + *reason);
     if (check.reproduce) return report({reproduceCheck(run)}, run, out);
-    for (const std::string &file : {check.json, check.junit})
-        if (!file.empty()) tryToWrite(file); // now, since the checks may take hours
+    for (const std::string &file : {check.json, check.junit}) {
+        if (file.empty()) continue;
+        refuseToReplace(file, run.module);
+        tryToWrite(file); // now, since the checks may take hours
+    }
     const std::vector<CheckResult> results = runChecks(run, [](const CheckResult &) {});
     const int status =
         report(results, run, out); // before the files, so that the results are printed even if those cannot be written

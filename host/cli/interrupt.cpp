@@ -1,5 +1,7 @@
 #include "host/cli/interrupt.h"
 
+#include "host/guard/process_settings.h"
+
 namespace velm::host {
 
 namespace {
@@ -12,14 +14,20 @@ extern "C" void noteInterrupt(int) { noted = 1; }
 
 InterruptGuard::InterruptGuard() {
     noted = 0;
+    putBackSettings(); // the module may have changed the effect of SIGINT
     struct sigaction action {};
     action.sa_handler = noteInterrupt;
     action.sa_flags = static_cast<int>(SA_RESETHAND); // a second signal gets the default action
     sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, &before_);
+    sigaction(SIGINT, nullptr, &before_);
+    if (before_.sa_handler != SIG_IGN) sigaction(SIGINT, &action, nullptr);
+    keepSignals();
 }
 
-InterruptGuard::~InterruptGuard() { sigaction(SIGINT, &before_, nullptr); }
+InterruptGuard::~InterruptGuard() {
+    sigaction(SIGINT, &before_, nullptr);
+    keepSignals();
+}
 
 bool InterruptGuard::interrupted() { return noted != 0; }
 

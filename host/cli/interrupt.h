@@ -6,7 +6,8 @@
 namespace velm::host {
 
 // While an InterruptGuard exists, the first SIGINT only sets a flag, so that the render can end in an orderly way; a
-// second one ends the program at once. [interface thread; one at a time]
+// second one ends the program at once. A SIGINT that is ignored, as in a shell's background job, stays ignored.
+// [interface thread; one at a time]
 class InterruptGuard {
   public:
     InterruptGuard();

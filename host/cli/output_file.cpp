@@ -35,4 +35,9 @@ void refuseToReplace(const std::string &output, const std::string &input) {
         throw UsageError(fmt::format("cannot write \"{}\": it is read, as \"{}\"", output, input));
 }
 
+void refuseToReplaceImages(const std::string &output, std::span<const ImageDescription> images) {
+    for (const ImageDescription &image : images)
+        if (image.notFound.empty()) refuseToReplace(output, image.file);
+}
+
 } // namespace velm::host

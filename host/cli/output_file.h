@@ -1,6 +1,9 @@
 // Checks, before the work starts, that its result can be written.
 #pragma once
 
+#include "host/scene/read_scene.h"
+
+#include <span>
 #include <string>
 
 namespace velm::host {
@@ -15,5 +18,7 @@ void prepareOutput(const std::string &file);
 
 // UsageError when `output` is the same file as `input`, which is read, under whatever name.
 void refuseToReplace(const std::string &output, const std::string &input);
+// The same for each of these images that was found.
+void refuseToReplaceImages(const std::string &output, std::span<const ImageDescription> images);
 
 } // namespace velm::host

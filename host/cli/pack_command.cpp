@@ -84,6 +84,7 @@ int runPack(const ProgramOptions &program, const PackOptions &pack, std::ostream
     refuseToReplace(output, pack.scene); // replacing the object is fine: the new one contains everything it had
     Warnings warnings = printedWarnings(err, pack.strict);
     SceneDescription scene = readSurfaces(pack.scene, makeSearchPath(pack.data, std::getenv("VELM_DATA")));
+    refuseToReplaceImages(output, scene.images);
     // Nodes save the file names of images, which have to be valid wherever the object is.
     for (ImageDescription &image : scene.images) image.file = std::filesystem::absolute(image.file).string();
     ObjectFile object(readFile(pack.object), pack.object);
@@ -101,10 +102,11 @@ int runUnpack(const ProgramOptions &program, const UnpackOptions &unpack, std::o
     Warnings warnings = printedWarnings(err, unpack.strict);
     const ObjectFile object(readFile(unpack.object), unpack.object);
     warnOfAnimated(object, warnings);
+    const SearchPath path = makeSearchPath(unpack.data, std::getenv("VELM_DATA"));
+    refuseToReplaceImages(unpack.output, imagesOf(object, path));
     UnpackedSurfaces unpacked;
     {
         const ListedModule module(program.module);
-        const SearchPath path = makeSearchPath(unpack.data, std::getenv("VELM_DATA"));
         unpacked = unpackSurfaces(object, path, serverList(), warnings);
     }
     // What the settings cannot express is added as data; where that is not enough, the settings are dropped and the
@@ -113,6 +115,7 @@ int runUnpack(const ProgramOptions &program, const UnpackOptions &unpack, std::o
         const ListedModule module(program.module);
         changed = completeUnpacked(unpacked, serverList());
     }
+    refuseToReplaceImages(unpack.output, unpacked.images); // those that nodes name are among them
     const std::string scene = writeSurfaces(unpacked.images, unpacked.surfaces);
     if (unpack.output.empty())
         out << scene;

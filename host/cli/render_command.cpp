@@ -97,8 +97,7 @@ void prepareOutputs(const RenderPlan &plan, const SceneDescription &scene) {
     for (const int frame : plan.frames) {
         const std::string file = plan.names(frame);
         checkOutputName(file);
-        for (const ImageDescription &image : scene.images)
-            if (image.notFound.empty()) refuseToReplace(file, image.file);
+        refuseToReplaceImages(file, scene.images);
     }
 }
 

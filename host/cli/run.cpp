@@ -5,12 +5,14 @@
 #include "host/cli/command_line.h"
 #include "host/cli/log_file.h"
 #include "host/cli/progress.h"
+#include "host/guard/process_settings.h"
 #include "host/render/services/scene_services.h"
 #include "host/services/services.h"
 
 #include <fmt/format.h>
 #include <functional>
 #include <new>
+#include <optional>
 #include <ostream>
 
 namespace velm::host {
@@ -54,6 +56,8 @@ int runCommand(const CommandLine &line, std::ostream &out, std::ostream &err) {
     return statusOf({.err = err, .log = line.program.log}, [&] {
         offerNodeServices();
         offerSceneServices();
+        std::optional<KeptSettings> settings; // not of checks, which look at what a module changes
+        if (line.command->needsModule) settings.emplace();
         const int status = line.command->run(line.program, line.record, out, err);
         flush(out);
         return status;

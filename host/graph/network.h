@@ -166,8 +166,9 @@ class Network final : public HostNodeEditor {
     void breakConnections(HostNode &node);
     void destroyInstance(HostNode &node);
     void removeNode(HostNode &node);
-    HostError initNode(HostNode &node, int mode);
-    HostError newTimeNode(HostNode &node, int frame, double time);
+    using Failure = std::optional<std::string>; // the error that a node's callback has reported
+    Failure initNode(HostNode &node, int mode);
+    Failure newTimeNode(HostNode &node, int frame, double time);
     void cleanupNode(HostNode &node);
     // network.cpp
     std::vector<HostNode *> all() const; // the root first
@@ -207,7 +208,7 @@ constexpr int kDeepestNesting = 16;
 
 // The error of a node's callback: the one that it reported, or else the last error of a network nested in the node,
 // which the node did not pass on; nothing when neither is there. Clears the last errors of those networks.
-std::optional<std::string> failureOf(const HostNode &node, HostError reported);
+std::optional<std::string> failureOf(const HostNode &node, std::optional<std::string> reported);
 
 // The panel of a node, owned by the node; null when it has none. InputError when the server refuses.
 // [interface thread; not while rendering]

@@ -5,6 +5,7 @@
 #include "host/graph/network.h"
 #include "host/graph/placeholder.h"
 #include "host/guard/module_call.h"
+#include "host/guard/process_settings.h"
 #include "host/panel/panel.h"
 
 #include <fmt/format.h>
@@ -103,14 +104,14 @@ std::unique_ptr<HostNode> Network::createNode(ServerClass &server, std::string n
     node->server = &server;
     node->handler = &handler;
     node->name = std::move(name);
-    const char *error = nullptr;
     InstanceCreation creation(*node);
-    node->instance = callModule(server.number(), "create",
-                                [&] { return handler.instance->create(handler.instance->priv, node.get(), &error); });
-    if (!node->instance) {
-        if (creation.refusal.empty() && error) creation.refusal = error;
-        throw CreationError(node->name, creation.refusal);
-    }
+    node->instance = callModule(server.number(), "create", [&] {
+        const char *error = nullptr;
+        void *instance = handler.instance->create(handler.instance->priv, node.get(), &error);
+        if (!instance && creation.refusal.empty()) creation.refusal = moduleText(error);
+        return instance;
+    });
+    if (!node->instance) throw CreationError(node->name, creation.refusal);
     node->evaluate = handler.evaluate;
     return node;
 }
@@ -181,23 +182,24 @@ void Network::clear() {
 // ---- Rendering -----------------------------------------------------------------------------------------------------
 // A node without a server is a root that is described by functions.
 
-HostError Network::initNode(HostNode &node, int mode) {
+Network::Failure Network::initNode(HostNode &node, int mode) {
     if (node.handler) {
         const auto init = node.handler->render->init;
-        return init ? callModule(node.server->number(), "init", [&] { return init(node.instance, mode); }) : nullptr;
+        if (!init) return {};
+        return callForError(node.server->number(), "init", [&] { return init(node.instance, mode); });
     }
-    if (!description_.init) return nullptr;
-    return callModule(owningServer_, "root init", [&] { return description_.init(this, mode); });
+    if (!description_.init) return {};
+    return callForError(owningServer_, "root init", [&] { return description_.init(this, mode); });
 }
 
-HostError Network::newTimeNode(HostNode &node, int frame, double time) {
+Network::Failure Network::newTimeNode(HostNode &node, int frame, double time) {
     if (node.handler) {
         const auto set = node.handler->render->newTime;
-        return set ? callModule(node.server->number(), "newTime", [&] { return set(node.instance, frame, time); })
-                   : nullptr;
+        if (!set) return {};
+        return callForError(node.server->number(), "newTime", [&] { return set(node.instance, frame, time); });
     }
-    if (!description_.newTime) return nullptr;
-    return callModule(owningServer_, "root newTime", [&] { return description_.newTime(this, frame, time); });
+    if (!description_.newTime) return {};
+    return callForError(owningServer_, "root newTime", [&] { return description_.newTime(this, frame, time); });
 }
 
 void Network::cleanupNode(HostNode &node) {
@@ -210,6 +212,7 @@ void Network::cleanupNode(HostNode &node) {
 
 void Network::init(int mode) {
     assertBetweenFrames();
+    putBackSettings(); // as the nodes may have changed them while they were made
     const std::vector<HostNode *> every = all();
     for (std::size_t i = 0; i < every.size(); ++i) {
         const auto error = failureOf(*every[i], initNode(*every[i], mode));
@@ -218,6 +221,7 @@ void Network::init(int mode) {
         while (i > 0) cleanupNode(*every[--i]);
         throw InputError(message);
     }
+    putBackSettings();
 }
 
 void Network::newTime(int frame, double time) {
@@ -225,16 +229,17 @@ void Network::newTime(int frame, double time) {
     for (HostNode *node : all())
         if (const auto error = failureOf(*node, newTimeNode(*node, frame, time)))
             throw InputError(fmt::format("node {}: {}", inQuotes(node->name), *error));
+    putBackSettings();
 }
 
 void Network::cleanup() {
     assertBetweenFrames();
     for (HostNode *node : all()) cleanupNode(*node);
+    putBackSettings();
 }
 
-std::optional<std::string> failureOf(const HostNode &node, HostError reported) {
-    std::optional<std::string> failure;
-    if (reported) failure = reported;
+std::optional<std::string> failureOf(const HostNode &node, std::optional<std::string> reported) {
+    std::optional<std::string> failure = std::move(reported);
     for (Network *nested : node.nestedNetworks) {
         std::string hidden = nested->takeLastError();
         if (!failure && !hidden.empty()) failure = std::move(hidden);

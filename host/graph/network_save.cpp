@@ -6,8 +6,12 @@
 #include "host/graph/node_data.h"
 #include "host/graph/placeholder.h"
 #include "host/guard/module_call.h"
+#include "host/state/save_state.h"
 
 #include <fmt/format.h>
+
+#include <unordered_map>
+#include <utility>
 
 namespace velm::host {
 
@@ -41,6 +45,8 @@ void saveNode(const HostSaveState &state, const HostNode &node, const std::strin
     saveString(state, kPreview, node.look.preview);
     saveString(state, kComment, node.look.comment);
     state.endBlock(state.data);
+    if (const std::string mistake = firstMistake(state); !mistake.empty())
+        throw InputError(fmt::format("cannot save the node {}: {}", inQuotes(node.name), mistake));
 }
 
 void copySettings(HostNode &to, const HostNode &from) {
@@ -48,9 +54,9 @@ void copySettings(HostNode &to, const HostNode &from) {
     to.savesData = from.savesData;
     to.savedCopy = from.savedCopy;
     if (!to.handler || !to.handler->instance->copy) return;
-    const HostError said =
-        callModule(to.server->number(), "copy", [&] { return to.handler->instance->copy(to.instance, from.instance); });
-    if (const auto error = failureOf(to, said))
+    auto said = callForError(to.server->number(), "copy",
+                             [&] { return to.handler->instance->copy(to.instance, from.instance); });
+    if (const auto error = failureOf(to, std::move(said)))
         throw InputError(fmt::format("cannot copy the node {}: {}", inQuotes(from.name), *error));
 }
 
@@ -104,7 +110,7 @@ void Network::copyFrom(Network &from) {
     state_ = from.state_;
     location_ = from.location_;
     zoom_ = from.zoom_;
-    std::vector<HostNode *> copies;
+    std::unordered_map<const HostNode *, HostNode *> copies;
     for (const HostNode *node : from.all()) {
         const auto copied = [&]() -> HostNode & {
             if (node == from.root_.get()) return *root_;
@@ -113,17 +119,13 @@ void Network::copyFrom(Network &from) {
         };
         HostNode &copy = copied();
         if (copy.server == node->server) copySettings(copy, *node);
-        copies.push_back(&copy);
+        copies[node] = &copy;
     }
-    const auto copyOf = [&, originals = from.all()](const HostNode *node) {
-        for (std::size_t i = 0; i < originals.size(); ++i)
-            if (originals[i] == node) return copies[i];
-        return static_cast<HostNode *>(nullptr);
-    };
     for (const HostNode *node : from.all())
         for (const auto &input : node->inputs) {
             if (!input->source) continue;
-            connectAsSaved(copyOf(input->source->node)->name, input->source->name, copyOf(node)->name, input->name);
+            connectAsSaved(copies.at(input->source->node)->name, input->source->name, copies.at(node)->name,
+                           input->name);
         }
 }
 

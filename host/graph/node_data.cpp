@@ -9,6 +9,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 namespace velm::host {
 
 namespace {
@@ -17,9 +19,9 @@ namespace {
 void saveByServer(const HostNode &node, const HostSaveState &state) {
     if (!node.handler || !node.handler->instance->save) return;
     const int depth = state.depth(state.data);
-    const HostError said =
-        callModule(node.server->number(), "save", [&] { return node.handler->instance->save(node.instance, &state); });
-    if (const auto error = failureOf(node, said))
+    auto said = callForError(node.server->number(), "save",
+                             [&] { return node.handler->instance->save(node.instance, &state); });
+    if (const auto error = failureOf(node, std::move(said)))
         throw InputError(fmt::format("cannot save the node {}: {}", inQuotes(node.name), *error));
     while (state.depth(state.data) > depth) state.endBlock(state.data); // that the server left open
 }
@@ -38,9 +40,9 @@ void loadData(HostNode &node, const HostLoadState &state) {
     const bool canCopy = state.mode == kStateBinary && isOfReader(state);
     std::string inFile = canCopy ? unreadContents(state) : std::string();
     const int depth = state.depth(state.data);
-    const HostError said =
-        callModule(node.server->number(), "load", [&] { return node.handler->instance->load(node.instance, &state); });
-    if (const auto error = failureOf(node, said))
+    auto said = callForError(node.server->number(), "load",
+                             [&] { return node.handler->instance->load(node.instance, &state); });
+    if (const auto error = failureOf(node, std::move(said)))
         throw InputError(fmt::format("cannot load the node {}: {}", inQuotes(node.name), *error));
     while (state.depth(state.data) > depth) state.endBlock(state.data); // that the server left open
     node.savedCopy.reset();

@@ -100,6 +100,14 @@ const HostServer *findInterface(const HostServer *table, const char *name) {
     return nullptr;
 }
 
+// A table without an end would be read until memory ends.
+void requireEnd(const HostServer *table, const std::string &origin) {
+    constexpr int kMostRows = 4096;
+    int rows = 0;
+    while (rows < kMostRows && table && table[rows].className) ++rows;
+    if (rows == kMostRows) throw InputError(fmt::format("{}: the table of its servers does not end", origin));
+}
+
 bool isNamed(const std::vector<std::unique_ptr<ServerClass>> &classes, std::string_view name) {
     return std::any_of(classes.begin(), classes.end(), [&](const auto &one) { return one->name() == name; });
 }
@@ -107,6 +115,8 @@ bool isNamed(const std::vector<std::unique_ptr<ServerClass>> &classes, std::stri
 } // namespace
 
 void ServerList::add(const HostServer *table, const std::string &origin) {
+    const CallScope reading(origin == kBuiltinOrigin ? kHostServer : kModuleItself, "the table of its servers");
+    requireEnd(table, origin);
     std::vector<std::unique_ptr<ServerClass>> added;
     for (const HostServer *server = table; server && server->className; ++server) {
         if (!isClass(*server, HOST_CLASS_NODE_HANDLER)) continue;

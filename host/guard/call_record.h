@@ -8,6 +8,8 @@
 #include "host/guard/alternate_stack.h"
 #include "module/host.h"
 
+#include <cxxabi.h>
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -56,7 +58,8 @@ struct alignas(64) CallSlot {
     CallSite answer;                  // valid while `answered` is set
 };
 
-enum class CrashKind : int { none, signal, exception, exit };
+// threadExit: a render thread was ended by pthread_exit; trap: by a floating-point trap, which the host never turns on.
+enum class CrashKind : int { none, signal, exception, exit, threadExit, trap, last = trap };
 
 // How the process crashed. If several threads crash, the first one fills in the record.
 struct CrashRecord {
@@ -131,6 +134,10 @@ class DialogScope {
 // The server in whose call the calling thread is: its number or kModuleItself; kHostServer outside of noted calls.
 int serverInCall();
 
+// Ends this process with a crash record that says that the module has ended the calling thread. Returns if crash
+// handlers are not installed.
+void endAfterThreadExit();
+
 // Makes the calling thread use the slot of the render thread with this index, for as long as the scope lasts.
 class SlotScope {
   public:
@@ -138,6 +145,18 @@ class SlotScope {
     ~SlotScope();
     SlotScope(const SlotScope &) = delete;
     SlotScope &operator=(const SlotScope &) = delete;
+
+    // Calls `work`. If the module ends the thread meanwhile (pthread_exit), the process ends with a crash record of
+    // that, since the thread's part of the work would never be done. Without crash handlers, the thread just ends.
+    template <class Work>
+    void run(Work work) {
+        try {
+            work();
+        } catch (abi::__forced_unwind &) {
+            endAfterThreadExit();
+            throw;
+        }
+    }
 
     // Counts a finished sample as progress. Costs one store.
     void step() { slot_.steps.store(slot_.steps.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed); }

@@ -2,9 +2,12 @@
 
 #include "host/base/error.h"
 #include "host/guard/crash_signals.h"
+#include "host/guard/module_call.h"
 #include "host/guard/stack_search.h"
 
 #include <cxxabi.h>
+#include <fmt/format.h>
+#include <ucontext.h>
 #include <unistd.h>
 
 #include <array>
@@ -26,20 +29,42 @@ constexpr const char *kEvaluate = "evaluate";
 pid_t handledProcess = 0;
 std::array<struct sigaction, kCrashSignals.size()> previousActions;
 
+// The call that is noted in a slot.
+CallSite notedCallSite(const CallSlot &slot) {
+    const char *call = slot.call.load(std::memory_order_relaxed);
+    if (!call) return {};
+    CallSite noted{.inModule = true, .call = call, .servers = {}};
+    if (const int server = slot.server.load(std::memory_order_relaxed); server >= 0) noted.servers.add(server);
+    return noted;
+}
+
+// An evaluation by any of the servers that have been called.
+CallSite someEvaluation() { return {.inModule = true, .call = kEvaluate, .servers = callRecord().used}; }
+
+// Whether the thread that a signal interrupted had floating-point traps turned on. The host never does that.
+bool hasTrapsOn([[maybe_unused]] const void *context) {
+#if defined(__x86_64__)
+    constexpr unsigned kSimdMasks = 0x1F80, kClassicMasks = 0x3F;
+    const auto *registers = static_cast<const ucontext_t *>(context)->uc_mcontext.fpregs;
+    return registers &&
+           ((registers->mxcsr & kSimdMasks) != kSimdMasks || (registers->cwd & kClassicMasks) != kClassicMasks);
+#else
+    return false;
+#endif
+}
+
 // The call site of the calling thread: from its slot if a call is noted there, else from its stack.
 CallSite currentCallSite(int slotNumber, void *context) {
     const CallRecord &record = callRecord();
     if (slotNumber >= 0) {
         const CallSlot &slot = record.slots[slotNumber];
-        if (const char *call = slot.call.load(std::memory_order_relaxed)) {
-            CallSite noted{.inModule = true, .call = call, .servers = {}};
-            if (const int server = slot.server.load(std::memory_order_relaxed); server >= 0) noted.servers.add(server);
-            return noted;
-        }
+        if (const CallSite noted = notedCallSite(slot); noted.inModule) return noted;
         // The stack leads through the module that asked for the dialog.
         if (slot.inDialog.load(std::memory_order_relaxed)) return {};
     }
     const StackFinding found = searchStack(context);
+    // A thread that is not the host's, while the module's code is loaded and still unknown.
+    if (!found.inModule && slotNumber < 0) return notedCallSite(record.slots[0]);
     if (!found.inModule) return {};
     return {.inModule = true, .call = kEvaluate, .servers = found.servers.isEmpty() ? record.used : found.servers};
 }
@@ -56,6 +81,10 @@ void fillCrashRecord(CrashKind kind, int signal, void *context) {
     crash.signal = signal;
     crash.slot = ownSlot();
     crash.site = currentCallSite(crash.slot, context);
+    if (!crash.site.inModule && signal == SIGFPE && context && hasTrapsOn(context)) crash.kind = CrashKind::trap;
+    // Both are the module's doing, although its code is not on the stack any more.
+    const bool isPast = crash.kind == CrashKind::trap || crash.kind == CrashKind::threadExit;
+    if (isPast && !crash.site.inModule) crash.site = someEvaluation();
     crash.filled.store(true);
 }
 
@@ -123,12 +152,16 @@ std::string typeText() {
     if (!type) return "an exception";
     int status = 0;
     char *readable = abi::__cxa_demangle(type->name(), nullptr, nullptr, &status);
-    std::string text = status == 0 ? readable : type->name();
+    std::string text = moduleText(status == 0 ? readable : type->name());
     std::free(readable);
     return text;
 }
 
 } // namespace
+
+void endAfterThreadExit() {
+    if (getpid() == handledProcess) exitAfterCrash(CrashKind::threadExit, "");
+}
 
 void installSignalHandlers() {
     static const AlternateStack stack; // for the rest of the process
@@ -146,8 +179,10 @@ void installSignalHandlers() {
 void installCrashHandlers() {
     installSignalHandlers();
     std::set_terminate(onTerminate);
-    std::atexit(onExit);
+    installExitHandler();
 }
+
+void installExitHandler() { std::atexit(onExit); }
 
 void installCrashHandlersOfWorker() {
     if (handledProcess == 0)
@@ -167,7 +202,7 @@ std::string currentExceptionText() {
     } catch (const ModuleError &error) { // its message already names the call
         return error.what();
     } catch (const std::exception &error) {
-        return "threw " + type + ": " + error.what();
+        return fmt::format("threw {}: {}", type, moduleText(error.what()));
     } catch (...) {
         return "threw " + type;
     }

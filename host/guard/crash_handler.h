@@ -15,9 +15,10 @@ namespace velm::host {
 // A signal then has the effect that it had before; the other two end the process with kCrashedStatus. Threads that get
 // a SlotScope from now on answer callSiteSignal(). [interface thread; before there are other threads]
 void installCrashHandlers();
-// Installs only the signal handlers, including that of callSiteSignal().
+// Installs only the signal handlers, including that of callSiteSignal(), or only the handler for calls of `exit`.
 // [interface thread; before there are other threads]
 void installSignalHandlers();
+void installExitHandler();
 // For a process that was forked from one that may have handlers: from now on, its crashes are recorded, too.
 // [before all other threads of this process]
 void installCrashHandlersOfWorker();

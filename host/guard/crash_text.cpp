@@ -2,6 +2,7 @@
 
 #include "host/guard/crash_signals.h"
 
+#include <fmt/format.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -46,6 +47,8 @@ std::string whatHappened(const CrashRecord &crash) {
     switch (crash.kind) {
     case CrashKind::exception: return crash.text;
     case CrashKind::exit: return "ended the process by exit";
+    case CrashKind::threadExit: return "ended the thread by pthread_exit";
+    case CrashKind::trap: return "turned on floating-point traps, one of which ended the process,";
     default: return "crashed (" + signalText(crash.signal) + ')';
     }
 }
@@ -82,6 +85,22 @@ std::optional<CrashText> crashText(const CallRecord &record, int status) {
     if (signal == SIGKILL) return unrecorded(record, "was killed, perhaps because memory ran out,");
     if (isCrashSignal(signal)) return unrecorded(record, "crashed (" + signalText(signal) + ')');
     return std::nullopt;
+}
+
+CrashText stopText(const CallRecord &record, int signal) {
+    const char *name = sigabbrev_np(signal);
+    CrashText stop = unrecorded(record, name ? fmt::format("was stopped by SIG{}", name) : "was stopped");
+    if (!stop.isOfModule) stop.text = fmt::format("{}: the process {}", record.module, stop.text);
+    return stop;
+}
+
+std::string endText(int status) {
+    if (WIFEXITED(status)) return fmt::format("ended with status {}", WEXITSTATUS(status));
+    return WTERMSIG(status) == SIGKILL ? "was ended" : fmt::format("crashed ({})", signalText(WTERMSIG(status)));
+}
+
+std::string overwrittenText(const std::string &module, const std::string &end) {
+    return fmt::format("{}: the module has overwritten the host's record of its calls; the process {}", module, end);
 }
 
 std::string hangText(const CallRecord &record) {

@@ -1,11 +1,15 @@
 #include "host/guard/guarded.h"
 
 #include "host/base/error.h"
+#include "host/guard/blocked_signals.h"
 #include "host/guard/call_record.h"
 #include "host/guard/crash_handler.h"
 #include "host/guard/crash_text.h"
+#include "host/guard/orphans.h"
+#include "host/guard/record_copy.h"
 #include "host/guard/shared_record.h"
 
+#include <fmt/format.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -14,10 +18,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <optional>
 
 namespace velm::host {
@@ -32,41 +36,12 @@ constexpr double kTicksInALimit = 10;
 constexpr double kAnswerTime = 1; // seconds that threads have to answer where they are
 constexpr double kCrashTime = 10; // seconds that a process that crashed has to end
 
-// Blocks the signals that the guarding process handles, so that it can wait for them, until it is destroyed.
-class BlockedSignals {
-  public:
-    BlockedSignals() {
-        sigemptyset(&blocked_);
-        for (const int signal : {SIGCHLD, SIGINT, SIGQUIT, SIGTERM, SIGHUP}) sigaddset(&blocked_, signal);
-        sigprocmask(SIG_BLOCK, &blocked_, &previous_);
-        std::signal(SIGCHLD, SIG_DFL); // if it was inherited as ignored, waitpid would give no status
-    }
-    ~BlockedSignals() { unblock(); }
-    BlockedSignals(const BlockedSignals &) = delete;
-    BlockedSignals &operator=(const BlockedSignals &) = delete;
-
-    // Restores the signal mask of the time before, in this process or in one forked from it.
-    void unblock() const { sigprocmask(SIG_SETMASK, &previous_, nullptr); }
-    // Waits for the next of these signals; nothing if none arrives within that time.
-    std::optional<siginfo_t> next(double seconds) const {
-        siginfo_t info{};
-        const double whole = std::floor(seconds);
-        const timespec limit{.tv_sec = static_cast<time_t>(whole),
-                             .tv_nsec = static_cast<long>((seconds - whole) * 1e9)};
-        if (sigtimedwait(&blocked_, &info, &limit) < 0) return std::nullopt;
-        return info;
-    }
-
-  private:
-    sigset_t blocked_{}, previous_{};
-};
-
 // A terminal's signals come from the kernel, and reach every process of the foreground group by themselves.
 bool isFromTerminal(const siginfo_t &info) { return info.si_code == SI_KERNEL; }
 
 class Guard {
   public:
-    Guard(const std::string &module, const GuardOptions &options) : limit_(options.callLimit) {
+    Guard(const std::string &module, const GuardOptions &options) : module_(module), limit_(options.callLimit) {
         std::snprintf(record_->module, kLongestPath, "%s", module.c_str());
         const double tick = limit_ > 0 ? limit_ / kTicksInALimit : kLongestTick;
         tick_ = std::clamp(tick, kShortestTick, kLongestTick);
@@ -81,8 +56,10 @@ class Guard {
         while (!ended_) {
             const auto info = signals_.next(tick_);
             if (info) handle(*info);
+            noteChild(); // also without SIGCHLD, which may have reached an idle thread of a library
             checkProgress();
         }
+        cleanUp();
         return result();
     }
 
@@ -92,7 +69,7 @@ class Guard {
     [[noreturn]] void runWork(pid_t guard, const std::function<int()> &work) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (getppid() != guard) _exit(kCrashedStatus); // the guarding process ended before the call above
-        signals_.unblock();
+        BlockedSignals::unblockInForkedProcess();
         useCallRecord(&*record_);
         installCrashHandlers();
         const int status = work();
@@ -103,20 +80,35 @@ class Guard {
 
     void handle(const siginfo_t &info) {
         switch (info.si_signo) {
-        case SIGCHLD: ended_ = waitpid(process_, &status_, WNOHANG) == process_; break;
+        case SIGCHLD:
+            noteChild();
+            orphans_.reap({&process_, 1});
+            break;
         case SIGINT:
         case SIGQUIT:
             if (!isFromTerminal(info)) kill(process_, info.si_signo);
             break;
         default: // the other process would not remove its unfinished file
             end();
-            dieOf(info.si_signo);
+            signals_.dieOf(info.si_signo);
+        }
+    }
+
+    // Notes whether the other process has stopped, continued or ended.
+    void noteChild() {
+        int status = 0;
+        while (!ended_ && waitpid(process_, &status, WNOHANG | WUNTRACED | WCONTINUED) == process_) {
+            stopSignal_ = WIFSTOPPED(status) ? WSTOPSIG(status) : 0;
+            if (WIFSTOPPED(status) || WIFCONTINUED(status)) continue;
+            status_ = status;
+            ended_ = true;
         }
     }
 
     // Adds up the time without progress in a call, and acts when it exceeds a limit. One check adds two ticks at most,
-    // so that time does not count in which this process was stopped or the machine was suspended.
+    // so that time does not count in which this process was stopped, too, as by Ctrl-Z, or the machine was suspended.
     void checkProgress() {
+        if (ended_) return;
         const auto now = Clock::now();
         const double passed = std::min(Seconds(now - lastCheck_).count(), 2 * tick_);
         lastCheck_ = now;
@@ -126,23 +118,32 @@ class Guard {
             steps += slot.steps.load(std::memory_order_relaxed);
             isBusy = isBusy || slot.call.load(std::memory_order_relaxed) || slot.thread.load() != 0;
         }
+        if (!isIntact(*record_)) {
+            end();
+            throw ModuleError(overwrittenText(module_, "was ended"));
+        }
+        isBusy = isBusy || stopSignal_ != 0;
         const bool isCrashing = record_->crash.thread.load() != 0;
         idleTime_ = (isBusy || isCrashing) && steps == steps_ ? idleTime_ + passed : 0;
         steps_ = steps;
         if (isCrashing && idleTime_ > kCrashTime) end();
-        if (!isCrashing && limit_ > 0 && idleTime_ > limit_ && !ended_) handleHang();
+        if (!isCrashing && limit_ > 0 && idleTime_ > limit_) handleHang();
     }
 
     void handleHang() {
         idleTime_ = 0;
+        if (stopSignal_ != 0) {
+            const CrashText stop = stopText(*copiedRecord(), stopSignal_);
+            end();
+            fail({.text = fmt::format("{}: not continued for {:g} s", stop.text, limit_),
+                  .isOfModule = stop.isOfModule});
+        }
         if (!record_->slots[0].call.load()) askThreads();
         if (ended_) return;
-        const std::string hang = hangText(*record_);
+        const std::string hang = hangText(*copiedRecord());
         if (hang.empty()) return; // the host's own work has no limit
         end();
-        char limit[32];
-        std::snprintf(limit, sizeof limit, "%g", limit_);
-        throw ModuleError(hang + ": no progress for " + limit + " s");
+        throw ModuleError(fmt::format("{}: no progress for {:g} s", hang, limit_));
     }
 
     // Asks each render thread for its call site, and waits until all have answered or kAnswerTime has passed.
@@ -158,7 +159,7 @@ class Guard {
             if (const auto info = signals_.next(kShortestTick)) handle(*info);
     }
 
-    // Kills the other process if it still runs, and removes its unfinished file.
+    // Kills the other process if it still runs, and clears up after it.
     void end() {
         if (!ended_) {
             kill(process_, SIGKILL);
@@ -169,36 +170,49 @@ class Guard {
         cleanUp();
     }
 
+    // Kills what the other process has left behind, and removes its unfinished file. Call it once it has ended.
     void cleanUp() const {
-        if (record_->unfinished[0] != '\0') unlink(record_->unfinished);
+        orphans_.kill();
+        char unfinished[kLongestPath];
+        copyText(unfinished, record_->unfinished, sizeof unfinished);
+        if (unfinished[0] != '\0') unlink(unfinished);
     }
 
-    // Ends this process by the signal, so that its parent sees the true cause.
-    [[noreturn]] void dieOf(int signal) const {
-        std::signal(signal, SIG_DFL);
-        raise(signal);
-        signals_.unblock();
-        _exit(128 + signal); // the signal was ignored or blocked before it was handled here
+    // A copy of the record that is safe to read. ModuleError if the record has been overwritten.
+    std::unique_ptr<CallRecord> copiedRecord() {
+        auto copy = std::make_unique<CallRecord>();
+        if (!copyRecord(*record_, *copy)) {
+            end();
+            throw ModuleError(overwrittenText(module_, endText(status_)));
+        }
+        copyText(copy->module, module_.c_str(), std::min(module_.size() + 1, sizeof copy->module));
+        return copy;
+    }
+
+    [[noreturn]] static void fail(const CrashText &crash) {
+        if (crash.isOfModule) throw ModuleError(crash.text);
+        throw MachineError(crash.text);
     }
 
     // The status of the work, once the other process has ended; an exception if it ended otherwise.
     int result() {
-        cleanUp();
         const int finished = record_->finished.load();
-        if (WIFEXITED(status_) && finished != 0) return finished - 1;
-        const std::optional<CrashText> crash = crashText(*record_, status_);
-        if (!crash) dieOf(WTERMSIG(status_));
-        if (crash->isOfModule) throw ModuleError(crash->text);
-        throw MachineError(crash->text);
+        if (WIFEXITED(status_) && finished == WEXITSTATUS(status_) + 1) return finished - 1;
+        const std::optional<CrashText> crash = crashText(*copiedRecord(), status_);
+        if (!crash) signals_.dieOf(WTERMSIG(status_));
+        fail(*crash);
     }
 
+    const std::string module_; // the record's own may be overwritten
     const BlockedSignals signals_;
+    const Orphans orphans_;
     const SharedRecord<CallRecord> record_;
     const double limit_; // seconds; 0: none
     double tick_;        // seconds between two checks for progress
     pid_t process_ = -1;
     int status_ = 0; // of the other process, once it has ended
     bool ended_ = false;
+    int stopSignal_ = 0; // that has stopped the other process; 0: it is not stopped
     Clock::time_point lastCheck_ = Clock::now();
     std::uint64_t steps_ = 0;
     double idleTime_ = 0; // seconds without progress in a call

@@ -4,6 +4,7 @@
 #include "host/guard/call_record.h"
 #include "host/guard/crash_handler.h"
 #include "host/guard/crash_text.h"
+#include "host/guard/record_copy.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -17,6 +18,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -34,7 +36,12 @@ std::string systemReason() { return std::strerror(errno); }
     if (getppid() != parent) _exit(kCrashedStatus); // the parent ended before the call above
     std::signal(SIGINT, SIG_IGN);                   // a terminal sends it to all; the parent decides what it means
     installCrashHandlersOfWorker();
-    work();
+    try {
+        work();
+    } catch (abi::__forced_unwind &) {
+        endAfterThreadExit();
+        throw;
+    }
     std::fflush(nullptr);
     _exit(0);
 }
@@ -42,7 +49,9 @@ std::string systemReason() { return std::strerror(errno); }
 // Throws what the end of a worker means, and clears its traces from the call record.
 [[noreturn]] void throwWorkerError(pid_t process, int status) {
     CallRecord &record = callRecord();
-    const std::optional<CrashText> crash = crashText(record, status);
+    const auto copy = std::make_unique<CallRecord>();
+    if (!copyRecord(record, *copy)) throw ModuleError(overwrittenText(copy->module, endText(status)));
+    const std::optional<CrashText> crash = crashText(*copy, status);
     for (CallSlot &slot : record.slots) {
         if (slot.process.load() != process) continue;
         slot.call.store(nullptr);

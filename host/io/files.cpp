@@ -2,6 +2,7 @@
 
 #include "host/base/error.h"
 #include "host/guard/call_record.h"
+#include "host/guard/process_settings.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -97,13 +98,25 @@ bool writeAll(int file, std::string_view bytes) {
     return true;
 }
 
-// The mode of the file that is replaced, or the default of a new file: a temporary file is readable by its owner only.
-mode_t modeFor(const std::string &path) {
+constexpr mode_t kPermissions = 0777; // without the bits that let a program run as the file's owner
+
+// Gives the new file the owner and the permissions of the file that it replaces, or else those of a new file: a
+// temporary file is readable by its owner only. The owner stays as far as the system allows that. False if it fails.
+bool setAccess(int file, const std::string &replaced) {
     struct stat old {};
-    if (::stat(path.c_str(), &old) == 0) return old.st_mode & 07777;
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return 0666 & ~mask;
+    if (::stat(replaced.c_str(), &old) != 0) {
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        return ::fchmod(file, 0666 & ~mask) == 0;
+    }
+    static_cast<void>(::fchown(file, old.st_uid, old.st_gid) == 0);
+    return ::fchmod(file, old.st_mode & kPermissions) == 0;
+}
+
+// Renaming needs no permission to write to the old file, so that it would be replaced even if it is write-protected.
+void requirePermission(const std::string &path) {
+    if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0 && errno != ENOENT)
+        failToWrite(path, std::strerror(errno));
 }
 
 } // namespace
@@ -144,18 +157,21 @@ std::string readFile(const std::string &path) {
 }
 
 void tryToWrite(const std::string &path) {
+    putBackSettings();
     if (const auto reason = whyIrreplaceable(path)) failToWrite(path, *reason);
+    requirePermission(path);
     // Permissions do not bind root, and a full disk shows only on writing: so this really creates a file.
     if (Beside(behindLinks(path)).file().number() < 0) failToWrite(path, std::strerror(errno));
 }
 
 void writeFileAtomically(const std::string &path, std::string_view bytes) {
+    putBackSettings(); // a module may have changed the working directory or the file mask while it was evaluated
     if (const auto reason = whyIrreplaceable(path)) failToWrite(path, *reason);
+    requirePermission(path);
     const std::string place = behindLinks(path);
-    const mode_t mode = modeFor(place);
     Beside beside(place);
     const bool written = beside.file().number() >= 0 && writeAll(beside.file().number(), bytes) &&
-                         ::fchmod(beside.file().number(), mode) == 0 && ::fsync(beside.file().number()) == 0 &&
+                         setAccess(beside.file().number(), place) && ::fsync(beside.file().number()) == 0 &&
                          beside.file().close() && beside.rename(place);
     if (!written) failToWrite(path, std::strerror(errno));
 }

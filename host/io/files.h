@@ -20,8 +20,9 @@ std::optional<std::string> whyIrreplaceable(const std::string &path);
 std::string readFile(const std::string &path);
 
 // Replaces or creates the file atomically: writes a temporary file beside it, syncs it to the disk, and renames it. A
-// link is kept, and its target is replaced. On failure, and for a device or a pipe, throws MachineError with the
-// reason; the old file, if any, is unchanged and no temporary file is left.
+// link is kept, and its target is replaced, with its permissions and, where the system allows that, its owner. On
+// failure, and for a device, a pipe or a file that this process may not write to, throws MachineError with the reason;
+// the old file, if any, is unchanged and no temporary file is left.
 void writeFileAtomically(const std::string &path, std::string_view bytes);
 
 // Tries beforehand whether writeFileAtomically can create the file. Throws as it does; leaves no file behind.

@@ -4,6 +4,7 @@
 #include "host/base/error.h"
 #include "host/guard/crash_handler.h"
 #include "host/guard/module_call.h"
+#include "host/guard/process_settings.h"
 #include "host/load/shared_object.h"
 
 #include <dlfcn.h>
@@ -52,10 +53,14 @@ Module Module::open(const std::string &path) {
     Module module(path, library); // closes the library if a check fails
     const auto *descriptor = static_cast<const HostModuleDescriptor *>(dlsym(library, HOST_MODULE_SYMBOL));
     if (!descriptor) fail(path, "it has no module descriptor " HOST_MODULE_SYMBOL);
-    checkDescriptor(path, *descriptor);
+    {
+        const CallScope reading(kModuleItself, kLoading); // the descriptor may be shorter than it has to be
+        checkDescriptor(path, *descriptor);
+    }
     noteModuleCode(descriptor);
     module.descriptor_ = descriptor;
     module.word_ = callModule(kModuleItself, "startup", descriptor->startup);
+    putBackSettings();
     if (!module.word_) fail(path, "it refuses to start");
     return module;
 }

@@ -67,9 +67,8 @@ std::vector<std::string> HostPanel::entries(const PanelItem &control) const {
     std::vector<std::string> all;
     const int count = entryCount(control);
     for (int i = 0; i < count; ++i) {
-        const char *name =
-            callModule(owningServer, "panel popup name", [&] { return control.popupName(instance_, i); });
-        all.emplace_back(name ? name : "");
+        all.push_back(
+            callModule(owningServer, "panel popup name", [&] { return moduleText(control.popupName(instance_, i)); }));
     }
     return all;
 }

@@ -79,8 +79,10 @@ void FramePass::work(int index, int threadIndex) {
     state = renderer_.initialState(threadIndex);
     const std::unique_ptr<TileWorker> worker = makeWorker_();
     Progress &progress = *progress_;
-    for (int tile = progress.next++; tile < tiles_.count() && !progress.stop; tile = progress.next++)
-        if (renderTile(*worker, state, slot, tile)) noteFinished(tile);
+    slot.run([&] {
+        for (int tile = progress.next++; tile < tiles_.count() && !progress.stop; tile = progress.next++)
+            if (renderTile(*worker, state, slot, tile)) noteFinished(tile);
+    });
     results_[static_cast<std::size_t>(index)] = {.rays = state.counts, .samples = state.samples};
     if (detail::wasEvaluationTooDeep()) wentTooDeep_[0] = true;
 }

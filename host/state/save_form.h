@@ -19,6 +19,7 @@ class SaveForm {
     const HostSaveState *state() const { return &state_; }
     std::string finish(); // see StateWriter::finish
     static void writeLines(void *data, std::string_view lines);
+    static std::string mistakeIn(const HostSaveState &state); // see firstMistake
 
   protected:
     explicit SaveForm(int mode);

@@ -119,6 +119,12 @@ void SaveForm::writeLines(void *data, std::string_view lines) {
     guarded(data, [=](SaveForm &form) { form.putLines(lines); });
 }
 
+std::string SaveForm::mistakeIn(const HostSaveState &state) {
+    return state.beginBlock == begin ? static_cast<const SaveForm *>(state.data)->mistake_ : std::string();
+}
+
+std::string firstMistake(const HostSaveState &state) { return SaveForm::mistakeIn(state); }
+
 void writeLines(const HostSaveState &state, std::string_view lines) { SaveForm::writeLines(state.data, lines); }
 
 } // namespace velm::host

@@ -44,6 +44,9 @@ class StateWriter {
     std::unique_ptr<SaveForm> form_;
 };
 
+// The first mistake that has been made in writing to a state of a StateWriter; empty for none, and for other states.
+std::string firstMistake(const HostSaveState &state);
+
 // Writes lines, as unreadContents returned them, into the innermost block of a text state of a StateWriter, with the
 // indentation of the block's contents. In a binary state it is a mistake.
 void writeLines(const HostSaveState &state, std::string_view lines);

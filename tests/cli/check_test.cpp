@@ -66,6 +66,20 @@ TEST(CheckCommand, WritesReportsToFiles) {
     }
 }
 
+TEST(CheckCommand, DoesNotReplaceItsModule) {
+    const std::filesystem::path name =
+        std::filesystem::temp_directory_path() / ("velm_module_" + std::to_string(getpid()));
+    std::filesystem::copy_file(VELM_MODULE_FILE, name);
+    const auto size = std::filesystem::file_size(name);
+    for (const char *option : {"--json", "--junit"}) {
+        const Outcome outcome = velm({"check", name, "--filter", "identity.table", option, name}, false);
+        EXPECT_EQ(outcome.status, kExitUsage);
+        EXPECT_NE(outcome.err.find("it is read, as"), std::string::npos) << outcome.err;
+    }
+    EXPECT_EQ(std::filesystem::file_size(name), size);
+    std::filesystem::remove(name);
+}
+
 TEST(CheckCommand, AFilterThatSelectsNothingIsAnError) {
     const Outcome outcome = velm({"check", VELM_MODULE_FILE, "--level", "1", "--filter", "no such check"}, false);
     EXPECT_EQ(outcome.status, kExitInput);

@@ -4,7 +4,10 @@
 // never.
 #include "module/host.h"
 
+#include <fenv.h>
+#include <pthread.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -80,12 +83,41 @@ constexpr Fault kFaults[] = {
     {"_exit", [] { _exit(0); }},
     {"hang", hang},
     {"throw", throwError},
+    {"move", [] { static_cast<void>(chdir("/") == 0); }},
+    {"mask", [] { umask(0777); }},
+    {"trap", [] { feenableexcept(FE_ALL_EXCEPT); }},
+    {"ignore", [] { signal(SIGINT, SIG_IGN); }},
+    {"leave", [] { pthread_exit(nullptr); }},
+    {"stop", [] { kill(getpid(), SIGSTOP); }},
     {"busy",
      [] {
          for (volatile bool on = true; on;) {
          }
      }},
 };
+
+// Whether VELM_FAULT is this text.
+bool isFault(const char *text) {
+    const char *wanted = std::getenv("VELM_FAULT");
+    return wanted && std::strcmp(wanted, text) == 0;
+}
+
+template <class Type>
+Type *wild() {
+    return reinterpret_cast<Type *>(16);
+}
+
+// The error that a callback reports: "wild load", for example, an address without a text; "long load", a megabyte.
+HostError errorAt(const char *callback) {
+    static char text[1 << 20];
+    const char *wanted = std::getenv("VELM_FAULT");
+    const char *blank = wanted ? std::strchr(wanted, ' ') : nullptr;
+    if (!blank || std::strcmp(blank + 1, callback) != 0) return nullptr;
+    if (std::strncmp(wanted, "wild", 4) == 0) return wild<const char>();
+    if (std::strncmp(wanted, "long", 4) != 0) return nullptr;
+    std::memset(text, 'x', sizeof text - 1);
+    return text;
+}
 
 [[gnu::noinline]] void faultAt(const char *callback) {
     const char *wanted = std::getenv("VELM_FAULT");
@@ -130,9 +162,10 @@ void *make(void *node) {
     return own;
 }
 
-void *create(void *, void *node, const char **) {
+void *create(void *, void *node, const char **error) {
     faultAt("create");
-    return make(node);
+    *error = errorAt("create");
+    return *error ? nullptr : make(node);
 }
 void *createSound(void *, void *node, const char **) { return make(node); }
 
@@ -142,13 +175,20 @@ void destroy(void *instance) {
 }
 void destroySound(void *instance) { std::free(instance); }
 
+// "large save" writes more than a block of an object file can hold.
+HostError save(void *, const HostSaveState *state) {
+    static const char bytes[70000] = {};
+    if (isFault("large save")) state->write(state->data, bytes, sizeof bytes);
+    return nullptr;
+}
+
 HostError init(void *, int) {
     faultAt("init");
-    return nullptr;
+    return errorAt("init");
 }
 HostError newTime(void *, int, double) {
     faultAt("newTime");
-    return nullptr;
+    return errorAt("newTime");
 }
 void cleanup(void *) { faultAt("cleanup"); }
 
@@ -198,6 +238,7 @@ int activate(int version, HostLookup *lookup, void *local, void *) {
     auto *handler = static_cast<HostNodeHandler *>(local);
     handler->instance->create = create;
     handler->instance->destroy = destroy;
+    handler->instance->save = save;
     *handler->render = {.init = init, .cleanup = cleanup, .newTime = newTime};
     return result;
 }
@@ -208,7 +249,8 @@ int activateTail(int version, HostLookup *lookup, void *local, void *) {
     return activateWith(version, lookup, local, evaluateTail);
 }
 
-const HostServer kServers[] = {
+// Not constant, since some faults are in it.
+HostServer servers[] = {
     {HOST_CLASS_NODE_HANDLER, "Faulty Node", activate, nullptr},
     {HOST_CLASS_NODE_HANDLER, "Sound Node", activateSound, nullptr},
     {HOST_CLASS_NODE_HANDLER, "Tail Node", activateTail, nullptr},
@@ -217,6 +259,10 @@ const HostServer kServers[] = {
 
 void *startup() {
     faultAt("startup");
+    if (isFault("tags")) servers[0].tags = wild<const HostTag>();
+    if (isFault("name")) servers[0].name = wild<const char>();
+    if (isFault("class")) servers[1].className = wild<const char>();
+    if (isFault("end")) servers[3] = servers[2], servers[3].className = wild<const char>();
     static int word;
     return &word;
 }
@@ -230,5 +276,5 @@ extern "C" __attribute__((visibility("default"))) const HostModuleDescriptor _mo
     .platform = kPlatformMacintosh,
     .startup = startup,
     .shutdown = shutdown,
-    .servers = kServers,
+    .servers = servers,
 };

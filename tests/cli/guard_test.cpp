@@ -2,7 +2,7 @@
 #include "tests/cli/program.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
@@ -86,6 +86,22 @@ const FaultCase kFaults[] = {
      "server \"Faulty Node\" threw std::runtime_error: no luck in evaluate, thread 1"},
     {"ThrowInTail", "throw tail", "server \"Tail Node\" threw std::runtime_error: no luck in evaluate, thread 1"},
     {"ThrowAtCleanup", "throw cleanup", "server \"Faulty Node\" threw std::runtime_error: no luck in cleanup"},
+    {"ThrowAtShutdown", "throw shutdown", "the module threw std::runtime_error: no luck in shutdown"},
+    {"LeaveAtCreate", "leave create", "server \"Faulty Node\" ended the thread by pthread_exit in create"},
+    {"LeaveAtEvaluate", "leave evaluate",
+     "one of the servers \"Faulty Node\", \"Sound Node\", \"Tail Node\" ended the thread by pthread_exit in evaluate, "
+     "thread 1"},
+    {"StopAtCreate", "stop create", "server \"Faulty Node\" was stopped by SIGSTOP in create: not continued for 1 s"},
+    {"WildTags", "tags", "the module crashed (segmentation fault) in the table of its servers"},
+    {"WildName", "name", "the module crashed (segmentation fault) in the table of its servers"},
+    {"WildClass", "class", "the module crashed (segmentation fault) in the table of its servers"},
+    {"TableWithoutEnd", "end", "the module crashed (segmentation fault) in the table of its servers"},
+    {"WildErrorOfCreate", "wild create", "server \"Faulty Node\" crashed (segmentation fault) in create"},
+    {"WildErrorOfInit", "wild init", "server \"Faulty Node\" crashed (segmentation fault) in init"},
+    {"WildErrorOfNewTime", "wild newTime", "server \"Faulty Node\" crashed (segmentation fault) in newTime"},
+    {"TrapAtEvaluate", "trap evaluate",
+     "one of the servers \"Faulty Node\", \"Sound Node\", \"Tail Node\" turned on floating-point traps, one of which "
+     "ended the process, in evaluate, thread 1"},
     {"ThrowAtDestroy", "throw destroy", "server \"Faulty Node\" threw std::runtime_error: no luck in destroy"},
 };
 
@@ -136,6 +152,48 @@ TEST(SoundModule, RendersUnderTheGuardAndWithoutIt) {
     const test::Outcome outcome = runProgram(directory, words);
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(runProgram(directory, {"compare", "old.png", "new.png"}).status, kCompareSame);
+}
+
+// What a module does to the whole process is put back, or kept away from what the host does.
+TEST(MeddlingModule, ChangesNothingOutside) {
+    for (const char *what : {"move", "mask", "ignore"})
+        for (const char *callback : {"loading", "startup", "activate", "create", "init", "newTime", "evaluate"}) {
+            const WorkDirectory directory;
+            std::vector<std::string> words = renderWords(directory);
+            words[1] = "scene.json"; // relative, as is the picture
+            words[3] = "new.png";
+            const test::Outcome outcome = runProgram(directory, words, [&] {
+                umask(022);
+                setenv("VELM_FAULT", (std::string(what) + ' ' + callback).c_str(), 1);
+            });
+            EXPECT_EQ(outcome.status, kExitDone) << what << ' ' << callback << ": " << outcome.err;
+            EXPECT_EQ(directory.files(), (std::vector<std::string>{"new.png", "old.png", "scene.json"}));
+            EXPECT_EQ(std::filesystem::status(directory.file("new.png")).permissions(), std::filesystem::perms{0644})
+                << what << ' ' << callback;
+        }
+}
+
+TEST(MeddlingModule, HasItsTrapsTurnedOff) {
+    for (const char *callback : {"loading", "startup", "activate", "create", "init", "newTime"}) {
+        const WorkDirectory directory;
+        const test::Outcome outcome = runProgram(directory, renderWords(directory), [&] {
+            setenv("VELM_FAULT", (std::string("trap ") + callback).c_str(), 1);
+        });
+        EXPECT_EQ(outcome.status, kExitDone) << callback << ": " << outcome.err;
+    }
+}
+
+TEST(TalkativeModule, HasItsErrorsCut) {
+    for (const char *callback : {"create", "init", "newTime"}) {
+        const WorkDirectory directory;
+        const test::Outcome outcome = runProgram(directory, renderWords(directory), [&] {
+            setenv("VELM_FAULT", (std::string("long ") + callback).c_str(), 1);
+        });
+        EXPECT_EQ(outcome.status, kExitInput);
+        EXPECT_LT(outcome.err.size(), 2000U);
+        EXPECT_NE(outcome.err.find("xxx...\n"), std::string::npos) << outcome.err;
+        EXPECT_TRUE(directory.pictureIsUnchanged());
+    }
 }
 
 TEST(FaultyModuleElsewhere, IsNamedByOtherCommands) {

@@ -98,6 +98,21 @@ TEST(FullDisk, OfStandardOutputIsAnError) {
     EXPECT_EQ(outcome.err, "velm: the results could not be written to standard output\n");
 }
 
+// ---- Networks that cannot be saved ----
+
+TEST(PackError, NamesTheSurfaceAndTheNode) {
+    const WorkDirectory directory;
+    const std::string scene =
+        directory.write("scene.json", R"({"surfaces": {"Default": {"nodes": {"Big": {"server": "Faulty Node"}}}}})");
+    const Outcome outcome =
+        runProgram(directory, {"pack", scene, kObject, "-o", directory.file("new.lwo"), "--module", VELM_FAULTY_MODULE},
+                   [] { setenv("VELM_FAULT", "large save", 1); });
+    EXPECT_EQ(outcome.status, kExitInput);
+    EXPECT_NE(outcome.err.find("surface \"Default\": cannot save the node \"Big\": "), std::string::npos)
+        << outcome.err;
+    EXPECT_EQ(directory.files(), (Files{"old.png", "scene.json"}));
+}
+
 // ---- Processes that are killed ----
 
 void waitFor(const std::function<bool()> &condition) {
@@ -166,6 +181,46 @@ INSTANTIATE_TEST_SUITE_P(All, EndedRender,
                                          Ending{"InterruptedBeforeRendering", "hang create", {SIGINT}},
                                          Ending{"InterruptedTwice", "hang evaluate", {SIGINT, SIGINT}}),
                          [](const auto &row) { return row.param.name; });
+
+// A signal that is ignored from the start, as by nohup, ends neither process: the render goes on until the module
+// hangs.
+TEST(IgnoredSignal, EndsNothing) {
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+        const WorkDirectory directory, markers;
+        const std::string arrived = markers.file("arrived");
+        std::vector<std::string> words = renderWords(directory, directory.write("scene.json", kWall));
+        words.insert(words.end(), {"--call-limit", "1"});
+        const Outcome outcome = runProgram(
+            directory, words,
+            [&] {
+                setenv("VELM_FAULT", "hang evaluate", 1);
+                setenv("VELM_FAULT_FILE", arrived.c_str(), 1);
+                std::signal(signal, SIG_IGN);
+            },
+            [&](pid_t process) {
+                waitFor([&] { return std::filesystem::exists(arrived); });
+                for (const pid_t each : {workerOf(process), process}) kill(each, signal);
+            });
+        EXPECT_EQ(outcome.status, kExitMachine) << signal;
+        EXPECT_NE(outcome.err.find("hangs in evaluate"), std::string::npos) << outcome.err;
+    }
+}
+
+TEST(InterruptedCheck, LeavesNoFile) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        const WorkDirectory directory, temporary;
+        const auto isBegun = [&] { return temporary.files().size() > 1; }; // besides the existing picture
+        const Outcome outcome = runProgram(
+            directory, {"check", VELM_MODULE_FILE, "--level", "1"},
+            [&] { setenv("TMPDIR", temporary.file("").c_str(), 1); },
+            [&](pid_t process) {
+                waitFor(isBegun);
+                kill(process, signal);
+            });
+        EXPECT_EQ(outcome.status, -signal);
+        EXPECT_EQ(temporary.files(), Files{"old.png"});
+    }
+}
 
 // Only the worker is killed, as the system does when memory runs out.
 TEST(KilledWorker, IsReportedWithItsCall) {

@@ -4,6 +4,7 @@
 #include "host/io/files.h"
 
 #include "tests/cli/command.h"
+#include "tests/files/test_files.h"
 #include "tests/scene/scene_text.h"
 
 #include <gtest/gtest.h>
@@ -152,6 +153,21 @@ TEST_F(PackTest, NeitherReplacesItsInputByAnotherKindOfFile) {
     EXPECT_EQ(velm({"pack", scene, object, "-o", object}).status, kExitDone)
         << "an object may be replaced by its new version";
     EXPECT_EQ(readFile(object), before);
+}
+
+TEST_F(PackTest, NeitherReplacesAnImage) {
+    const std::string picture = directory_.write("wall.jpg", "a picture");
+    const std::string scene =
+        directory_.write("a.json", R"({"surfaces": {}, "images": {"Wall": {"file": "wall.jpg"}}})");
+    const std::string object = directory_.write("small.lwo", test::smallObject());
+    for (const auto &words : {std::vector{std::string("pack"), scene, object}, {"unpack", object}}) {
+        std::vector<std::string> all = words;
+        all.insert(all.end(), {"-o", picture});
+        const test::Outcome outcome = velm(all);
+        EXPECT_EQ(outcome.status, kExitUsage);
+        EXPECT_NE(outcome.err.find("wall.jpg\": it is read, as"), std::string::npos) << outcome.err;
+        EXPECT_EQ(readFile(picture), "a picture");
+    }
 }
 
 } // namespace

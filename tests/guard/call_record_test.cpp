@@ -109,5 +109,16 @@ TEST(CallModule, NamesTheServerTheExceptionAndTheCall) {
     EXPECT_EQ(callModule(number, "create", [] { return 5; }), 5);
 }
 
+TEST(CallModule, CutsLongTexts) {
+    const std::string megabyte(1 << 20, 'x'), cut(kLongestModuleText, 'x');
+    EXPECT_EQ(moduleText(megabyte.c_str()), cut + "...");
+    EXPECT_EQ(moduleText(cut.c_str()), cut);
+    EXPECT_EQ(moduleText(nullptr), "");
+    const int number = numberOfServer("Talker");
+    EXPECT_LT(messageOf(number, [&] { throw std::runtime_error(megabyte); }).size(), 2 * kLongestModuleText);
+    EXPECT_EQ(callForError(number, "load", [&] { return megabyte.c_str(); }), cut + "...");
+    EXPECT_EQ(callForError(number, "load", []() -> const char * { return nullptr; }), std::nullopt);
+}
+
 } // namespace
 } // namespace velm::host

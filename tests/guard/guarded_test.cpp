@@ -3,10 +3,16 @@
 #include "host/guard/call_record.h"
 #include "host/guard/crash_handler.h"
 #include "host/guard/guarded.h"
+#include "host/guard/module_call.h"
+#include "host/guard/shared_record.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
+#include <atomic>
+#include <cfenv>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -159,6 +165,176 @@ TEST(Guarded, LeavesNoUnfinishedFile) {
         return 0;
     });
     EXPECT_TRUE(std::filesystem::remove(file));
+}
+
+// ---- Processes that the work leaves behind -------------------------------------------------------------------------
+
+[[noreturn]] void sleepForEver() {
+    for (;;) pause();
+}
+
+// Forks a process that never ends, and one in a session of its own whose parent has ended. Their numbers go to `known`.
+void leaveProcesses(std::atomic<pid_t> *known) {
+    const pid_t child = fork();
+    if (child == 0) sleepForEver();
+    known[0] = child;
+    const pid_t between = fork();
+    if (between == 0) {
+        setsid();
+        if (fork() == 0) {
+            known[1] = getpid();
+            sleepForEver();
+        }
+        _exit(0);
+    }
+    waitpid(between, nullptr, 0);
+    while (known[1] == 0) usleep(1000);
+}
+
+struct Known {
+    std::atomic<pid_t> processes[2];
+};
+
+TEST(Guarded, LeavesNoProcess) {
+    const std::function<int()> ends[] = {[] { return 5; }, [] { return raise(SIGSEGV); },
+                                         [] {
+                                             const CallScope call(numberOfServer("Parent"), "create");
+                                             hang();
+                                             return 0;
+                                         }};
+    for (const auto &end : ends) {
+        const SharedRecord<Known> known;
+        try {
+            guarded(
+                [&] {
+                    leaveProcesses(known->processes);
+                    return end();
+                },
+                kQuick);
+        } catch (const std::runtime_error &) { // it crashed or hung
+        }
+        for (const auto &process : known->processes) {
+            ASSERT_GT(process, 0);
+            EXPECT_EQ(kill(process, 0), -1) << "process " << process << " is left behind";
+        }
+    }
+}
+
+TEST(Guarded, KillsNoProcessOfOthers) {
+    const pid_t before = fork();
+    if (before == 0) sleepForEver();
+    const SharedRecord<Known> known;
+    guarded([&] {
+        leaveProcesses(known->processes);
+        return 0;
+    });
+    EXPECT_EQ(kill(before, 0), 0);
+    int status = 0;
+    EXPECT_EQ(waitpid(before, &status, WNOHANG), 0) << "it has ended";
+    for (const pid_t process : {before, known->processes[0].load(), known->processes[1].load()}) {
+        ASSERT_GT(process, 0);
+        kill(process, SIGKILL);
+    }
+    waitpid(before, nullptr, 0);
+}
+
+// ---- Stopped processes, threads that end ---------------------------------------------------------------------------
+
+TEST(Guarded, ReportsAProcessThatStaysStopped) {
+    EXPECT_EQ(errorOf<ModuleError>(
+                  [] {
+                      const CallScope call(numberOfServer("Stopper"), "create");
+                      raise(SIGSTOP);
+                  },
+                  kQuick),
+              "some.p: server \"Stopper\" was stopped by SIGSTOP in create: not continued for 0.1 s");
+    EXPECT_EQ(errorOf<MachineError>([] { raise(SIGSTOP); }, kQuick),
+              "some.p: the process was stopped by SIGSTOP; no call of the module was in progress: not continued for "
+              "0.1 s");
+}
+
+TEST(Guarded, LetsAStoppedProcessContinue) {
+    EXPECT_EQ(guarded(
+                  [] {
+                      const pid_t work = getpid();
+                      const pid_t other = fork();
+                      if (other == 0) {
+                          std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                          kill(work, SIGCONT);
+                          _exit(0);
+                      }
+                      raise(SIGSTOP);
+                      std::this_thread::sleep_for(std::chrono::milliseconds(600)); // not in a call
+                      waitpid(other, nullptr, 0);
+                      return 5;
+                  },
+                  {.on = true, .callLimit = 0.5}),
+              5);
+}
+
+TEST(Guarded, ReportsAThreadThatTheModuleHasEnded) {
+    EXPECT_EQ(errorOf<ModuleError>([] {
+                  { const CallScope call(numberOfServer("Leaver"), "create"); }
+                  std::thread([] {
+                      SlotScope slot(2);
+                      slot.run([] { pthread_exit(nullptr); });
+                  }).detach();
+                  sleepForEver();
+              }),
+              "some.p: server \"Leaver\" ended the thread by pthread_exit in evaluate, thread 2");
+    EXPECT_EQ(
+        errorOf<ModuleError>([] { callModule(numberOfServer("Leaver"), "create", [] { pthread_exit(nullptr); }); }),
+        "some.p: server \"Leaver\" ended the thread by pthread_exit in create");
+}
+
+// ---- What a module does to its host --------------------------------------------------------------------------------
+
+TEST(Guarded, ReportsAnOverwrittenRecord) {
+    const std::function<void()> ends[] = {[] { raise(SIGSEGV); }, hang, [] { _exit(0); }};
+    for (const int byte : {0x41, 0x01, 0xFF})
+        for (const auto &end : ends)
+            EXPECT_EQ(errorOf<ModuleError>([&] {
+                          const CallScope call(numberOfServer("Scribbler"), "create");
+                          std::memset(static_cast<void *>(&callRecord()), byte, sizeof(CallRecord));
+                          end();
+                      }).find("some.p: the module has overwritten the host's record of its calls; the process "),
+                      0U);
+}
+
+TEST(Guarded, NamesTheModuleThatTurnedTrapsOn) {
+    EXPECT_EQ(errorOf<ModuleError>([] {
+                  { const CallScope call(numberOfServer("Trapper"), "create"); }
+                  feenableexcept(FE_DIVBYZERO);
+                  volatile double zero = 0;
+                  volatile double result = 1 / zero;
+                  static_cast<void>(result);
+              }),
+              "some.p: server \"Trapper\" turned on floating-point traps, one of which ended the process, in evaluate");
+}
+
+TEST(Guarded, NamesTheModuleWhoseThreadCrashesWhileItIsLoaded) {
+    EXPECT_EQ(errorOf<ModuleError>([] {
+                  const CallScope call(kModuleItself, "loading the module");
+                  std::thread([] { raise(SIGSEGV); }).join();
+              }),
+              "some.p: the module crashed (segmentation fault) in loading the module, on a thread of its own");
+}
+
+// ---- Signals that are ignored --------------------------------------------------------------------------------------
+
+TEST(Guarded, KeepsIgnoringSignals) {
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGQUIT}) {
+        const auto before = std::signal(signal, SIG_IGN);
+        EXPECT_EQ(guarded([&] {
+                      struct sigaction here {};
+                      sigaction(signal, nullptr, &here);
+                      kill(getppid(), signal);
+                      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                      return here.sa_handler == SIG_IGN ? 5 : 6;
+                  }),
+                  5);
+        std::signal(signal, before);
+    }
 }
 
 } // namespace

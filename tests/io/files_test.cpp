@@ -55,6 +55,59 @@ TEST_F(Files, KeepsTheModeOfWhatItReplaces) {
     EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms{0640});
 }
 
+// Runs something as a user without privileges, whom permissions bind.
+template <class Act>
+void asNobody(Act act) {
+    constexpr uid_t kNobody = 65534;
+    const uid_t own = ::geteuid();
+    const auto become = [own](uid_t user) { return own != 0 || ::seteuid(user) == 0; };
+    ASSERT_TRUE(become(kNobody));
+    act();
+    ASSERT_TRUE(become(own));
+}
+
+TEST_F(Files, WriteProtectedFilesStay) {
+    const std::string path = (directory_ / "file").string();
+    writeFileAtomically(path, "old");
+    std::filesystem::permissions(directory_, std::filesystem::perms{0777});
+    std::filesystem::permissions(path, std::filesystem::perms{0444});
+    asNobody([&] {
+        for (const auto &write :
+             {std::function([&] { writeFileAtomically(path, "new"); }), {[&] { tryToWrite(path); }}})
+            try {
+                write();
+                ADD_FAILURE() << "it was written";
+            } catch (const MachineError &error) {
+                EXPECT_EQ(std::string(error.what()), "cannot write \"" + path + "\": Permission denied");
+            }
+    });
+    EXPECT_EQ(readFile(path), "old");
+    EXPECT_EQ(entries(), 1U);
+    if (::geteuid() != 0) return;
+    writeFileAtomically(path, "by root");
+    EXPECT_EQ(readFile(path), "by root");
+}
+
+TEST_F(Files, NewContentsDoNotRunAsTheOwner) {
+    const std::filesystem::path path = directory_ / "file";
+    writeFileAtomically(path.string(), "old");
+    ASSERT_EQ(::chmod(path.c_str(), 06755), 0);
+    writeFileAtomically(path.string(), "new");
+    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms{0755});
+}
+
+TEST_F(Files, KeepsTheOwnerOfWhatRootReplaces) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root may give files to others";
+    const std::filesystem::path path = directory_ / "file";
+    writeFileAtomically(path.string(), "old");
+    ASSERT_EQ(::chown(path.c_str(), 65534, 65534), 0);
+    writeFileAtomically(path.string(), "new");
+    struct stat found {};
+    ASSERT_EQ(::stat(path.c_str(), &found), 0);
+    EXPECT_EQ(found.st_uid, 65534U);
+    EXPECT_EQ(found.st_gid, 65534U);
+}
+
 TEST_F(Files, LeavesNothingBehindWhenItFails) {
     const std::filesystem::path taken = directory_ / "taken"; // a directory with something in it cannot be replaced
     std::filesystem::create_directories(taken / "inside");

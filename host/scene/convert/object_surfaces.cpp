@@ -67,7 +67,11 @@ namespace {
 std::string networkBlock(Surface &surface) {
     StateWriter writer(kStateBinary);
     surface.save(*writer.state());
-    return writer.finish();
+    try {
+        return writer.finish();
+    } catch (const InputError &error) {
+        throw InputError(fmt::format("surface {}: {}", inQuotes(surface.name()), error.what()));
+    }
 }
 
 } // namespace
