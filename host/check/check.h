@@ -39,9 +39,11 @@ struct CheckResult {
 };
 
 // Runs the selected checks, at most two at a time, and returns their results in the order of `allChecks`, then by node,
-// then by turn. `done` is called with each result as its check ends, in any order. The module is never loaded into the
-// calling process. The calling process forks: its other threads must be idle. Throws InputError if the filter selects
-// nothing or, with `minutes`, no check of several turns; MachineError if no process can be started. [interface thread]
+// then by turn. `done` is called with each result as its check ends, in any order. If the module cannot be loaded, the
+// only result is that of the check that loads it. The module is never loaded into the calling process. A signal that
+// ends programs ends the calling process as soon as the checks' processes and files are gone. The calling process
+// forks: its other threads must be idle. Throws InputError if the filter selects nothing or, with `minutes`, no check
+// of several turns; MachineError if no process can be started. [interface thread]
 std::vector<CheckResult> runChecks(const CheckOptions &options, const std::function<void(const CheckResult &)> &done);
 
 // Runs the first turn of the one selected check in the calling process without a time limit, for a debugger. A failure

@@ -4,6 +4,8 @@
 #include "host/check/fixture/generator.h"
 #include "host/check/levels/levels.h"
 #include "host/check/process/child.h"
+#include "host/check/process/ending_signals.h"
+#include "host/check/process/temporary_directory.h"
 #include "host/check/watch/watch.h"
 #include "host/load/module.h"
 
@@ -49,15 +51,17 @@ void writeNames(const std::string &file) {
         std::snprintf(record.servers[record.serverCount++], kLongestServer, "%s", name.c_str());
 }
 
-void discover(Discovery &found, const std::string &file) {
+void discover(Discovery &found, const std::string &file, const EndingSignals *signals) {
     Child child(
         *found.record, [&] { writeNames(file); }, kDiscoveryLimit);
+    std::vector<pollfd> ended{{.fd = child.descriptor(), .events = POLLIN, .revents = 0}};
+    while (signals && ended[0].revents == 0 && !child.isOver()) signals->wait(ended, child.deadline());
     const ChildEnd end = waitFor(child);
     if (end.outcome != Outcome::pass) {
         found.failure = end;
         return;
     }
-    found.record->serverCount = child.record().serverCount;
+    found.record->serverCount = std::min(child.record().serverCount, kMostServers);
     std::copy_n(&child.record().servers[0][0], sizeof child.record().servers, &found.record->servers[0][0]);
     for (int i = 0; i < found.record->serverCount; ++i) found.servers.emplace_back(found.record->servers[i]);
 }
@@ -72,6 +76,15 @@ CheckResult makeResult(const Check &check, const std::string &server, std::uint6
     return one;
 }
 
+// The result for a module that cannot be loaded, for which no other check can say anything.
+CheckResult unloadable(const CheckOptions &options, const ChildEnd &end) {
+    CheckResult one = makeResult(fileChecks().front(), "", options.seed);
+    one.outcome = end.outcome;
+    one.message = end.message;
+    one.printed = end.printed;
+    return one;
+}
+
 std::vector<CheckResult> select(const CheckOptions &options, const Discovery &found) {
     std::vector<CheckResult> selected;
     const auto add = [&](const Check &check, const std::string &server) {
@@ -79,7 +92,7 @@ std::vector<CheckResult> select(const CheckOptions &options, const Discovery &fo
         if (isSelected(one, options)) selected.push_back(std::move(one));
     };
     for (const Check &check : allChecks()) {
-        if (check.scope == CheckScope::module || found.failure) {
+        if (check.scope == CheckScope::module) {
             add(check, "");
             continue;
         }
@@ -132,10 +145,9 @@ class FurtherTurns {
 
 class Runner {
   public:
-    Runner(const CheckOptions &options, const Discovery &found, std::vector<CheckResult> first,
+    Runner(const CheckOptions &options, const Discovery &found, const EndingSignals &signals,
            const std::function<void(const CheckResult &)> &done)
-        : options_(options), found_(found), further_(options, first), results_(first.begin(), first.end()),
-          done_(done) {}
+        : Runner(options, found, signals, done, select(options, found)) {}
 
     std::vector<CheckResult> run() {
         for (;;) {
@@ -152,6 +164,11 @@ class Runner {
     }
 
   private:
+    Runner(const CheckOptions &options, const Discovery &found, const EndingSignals &signals,
+           const std::function<void(const CheckResult &)> &done, const std::vector<CheckResult> &first)
+        : options_(options), found_(found), signals_(signals), further_(options, first),
+          results_(first.begin(), first.end()), done_(done) {}
+
     struct Running {
         CheckResult *result;
         std::unique_ptr<Child> child;
@@ -171,13 +188,10 @@ class Runner {
     static unsigned atOnce() { return std::clamp(std::thread::hardware_concurrency(), 1U, kMostAtOnce); }
 
     void start(CheckResult &result) {
-        if (result.check->scope == CheckScope::node && found_.failure) {
-            result.outcome = found_.failure->outcome;
-            result.message = "the module's nodes cannot be listed: " + found_.failure->message;
-            done_(result);
-            return;
-        }
-        const CheckTask task{.module = options_.module, .server = result.server, .seed = result.seed};
+        const CheckTask task{.module = options_.module,
+                             .server = result.server,
+                             .seed = result.seed,
+                             .directory = directory_.path().string()};
         const Check &check = *result.check;
         running_.push_back({&result, std::make_unique<Child>(
                                          *found_.record, [&check, task] { check.run(task); }, options_.limit)});
@@ -190,8 +204,7 @@ class Runner {
             ends.push_back({.fd = one.child->descriptor(), .events = POLLIN, .revents = 0});
             deadline = std::min(deadline, one.child->deadline());
         }
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Child::Clock::now());
-        poll(ends.data(), ends.size(), static_cast<int>(std::max<long>(0, left.count())));
+        signals_.wait(ends, deadline);
         for (std::size_t i = ends.size(); i-- > 0;)
             if (ends[i].revents != 0 || running_[i].child->isOver()) finish(i);
     }
@@ -209,6 +222,8 @@ class Runner {
 
     const CheckOptions &options_;
     const Discovery &found_;
+    const EndingSignals &signals_;
+    const TemporaryDirectory directory_;
     FurtherTurns further_;
     std::deque<CheckResult> results_; // a deque, since running checks point at their results
     const std::function<void(const CheckResult &)> &done_;
@@ -226,15 +241,24 @@ std::span<const Check> allChecks() {
 std::string CheckResult::fullName() const { return server.empty() ? check->name : check->name + ("/" + server); }
 
 std::vector<CheckResult> runChecks(const CheckOptions &options, const std::function<void(const CheckResult &)> &done) {
-    Discovery found;
-    discover(found, options.module);
-    return Runner(options, found, select(options, found), done).run();
+    const EndingSignals signals;
+    try {
+        Discovery found;
+        discover(found, options.module, &signals);
+        if (!found.failure) return Runner(options, found, signals, done).run();
+        const CheckResult one = unloadable(options, *found.failure);
+        done(one);
+        return {one};
+    } catch (const EndingSignal &ending) { // the checks' processes and their directory are gone now
+        signals.dieOf(ending);
+    }
 }
 
 CheckResult reproduceCheck(const CheckOptions &options) {
     Discovery found;
-    discover(found, options.module);
-    std::vector<CheckResult> selected = select(options, found);
+    discover(found, options.module, nullptr);
+    std::vector<CheckResult> selected =
+        found.failure ? std::vector{unloadable(options, *found.failure)} : select(options, found);
     if (selected.size() != 1)
         throw InputError(
             fmt::format("{} checks are selected, \"{}\" and \"{}\" among them; only one can be reproduced at a time",
@@ -242,7 +266,11 @@ CheckResult reproduceCheck(const CheckOptions &options) {
     CheckResult result = selected[0];
     useCheckRecord(&*found.record);
     setReproducing(true);
-    result.check->run({.module = options.module, .server = result.server, .seed = result.seed});
+    const TemporaryDirectory directory;
+    result.check->run({.module = options.module,
+                       .server = result.server,
+                       .seed = result.seed,
+                       .directory = directory.path().string()});
     setReproducing(false);
     result.message = found.record->notes;
     result.outcome = result.message.empty() ? Outcome::pass : Outcome::warn;

@@ -4,7 +4,13 @@
 #include "host/base/error.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <set>
 
 namespace velm::host::test {
@@ -70,11 +76,33 @@ TEST(CheckRun, GoesOnForMinutes) {
     EXPECT_THROW(resultsOf(options), InputError);
 }
 
-TEST(CheckRun, AModuleThatCrashesFailsTheChecksOfItsNodes) {
-    const auto results = resultsOf(optionsFor(mutantFile("crashes_at_load"), "life.balance"));
-    ASSERT_EQ(results.size(), 1u);
-    EXPECT_FALSE(allWell(results));
-    EXPECT_NE(results[0].message.find("the module's nodes cannot be listed"), std::string::npos) << results[0].message;
+TEST(CheckRun, AModuleThatCannotBeLoadedFailsOnce) {
+    for (const std::string &file : {mutantFile("crashes_at_load"), std::string("/nowhere/at/all.p")}) {
+        for (const char *filter : {"", "life.balance"}) {
+            const auto results = resultsOf(optionsFor(file, filter));
+            ASSERT_EQ(results.size(), 1u);
+            EXPECT_EQ(results[0].fullName(), "file.loads");
+            EXPECT_FALSE(allWell(results));
+        }
+    }
+}
+
+// The processes that a module leaves behind neither delay a check nor outlive it.
+TEST(CheckRun, LeavesNoProcess) {
+    const std::string list =
+        (std::filesystem::temp_directory_path() / ("velm-left-" + std::to_string(getpid()))).string();
+    setenv("VELM_MUTANT_PROCESSES", list.c_str(), 1);
+    const auto start = std::chrono::steady_clock::now();
+    CheckOptions options = optionsFor(mutantFile("leaves_processes"), "evaluate.finite");
+    options.limit = 20;
+    for (const CheckResult &one : resultsOf(options)) EXPECT_EQ(one.outcome, Outcome::pass) << one.message;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
+    unsetenv("VELM_MUTANT_PROCESSES");
+    std::ifstream left(list);
+    int count = 0;
+    for (pid_t process = 0; left >> process; ++count) EXPECT_EQ(kill(process, 0), -1) << process << " is left behind";
+    EXPECT_GT(count, 0);
+    std::filesystem::remove(list);
 }
 
 TEST(CheckRun, AFileThatIsNoModuleFails) {

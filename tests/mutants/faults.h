@@ -63,6 +63,10 @@ enum Fault {
     kOpensFile,
     kStartsThread,
     kAllocates,
+    kExits,
+    kEndsItsThread,
+    kLeavesProcesses,
+    kOverwritesRecord,
     // In settings
     kForgetsMode,
     kSavesProcess,
@@ -215,6 +219,36 @@ inline void onThread(void *(*work)(void *), void *argument) {
 
 inline void *nothing(void *argument) { return argument; }
 
+[[noreturn]] inline void sleepForEver() {
+    if (std::FILE *file = std::fopen(std::getenv("VELM_MUTANT_PROCESSES"), "a")) {
+        std::fprintf(file, "%d\n", static_cast<int>(getpid()));
+        std::fclose(file);
+    }
+    for (;;) pause();
+}
+
+// Starts a process that stays in the group of this one, and one in a session of its own.
+inline void leaveProcesses() {
+    if (counted++ > 0) return;
+    if (fork() == 0) sleepForEver();
+    if (fork() == 0) {
+        setsid();
+        if (fork() == 0) sleepForEver();
+        _exit(0);
+    }
+}
+
+// Writes to all memory that is shared with other processes, which is that of the host.
+inline void overwriteSharedMemory() {
+    std::FILE *maps = std::fopen("/proc/self/maps", "r");
+    char line[512], access[8];
+    unsigned long from = 0, to = 0;
+    while (maps && std::fgets(line, sizeof line, maps))
+        if (std::sscanf(line, "%lx-%lx %7s", &from, &to, access) == 3 && access[1] == 'w' && access[3] == 's')
+            std::memset(reinterpret_cast<void *>(from), 0x41, to - from);
+    crash();
+}
+
 // ---- With threads ---------------------------------------------------------------------------------------------------
 
 inline int countForAll = 0;
@@ -271,6 +305,10 @@ inline void evaluating(const HostNodeFuncs *nodes, HostNode *node, ShadingSample
     if (is(kChangesRounding)) _mm_setcsr(_mm_getcsr() | _MM_ROUND_UP);
     if (is(kSetsLocale)) std::setlocale(LC_NUMERIC, "C.UTF-8");
     if (is(kStartsThread)) onThread(nothing, nullptr);
+    if (is(kExits)) std::exit(0);
+    if (is(kEndsItsThread)) pthread_exit(nullptr);
+    if (is(kLeavesProcesses)) leaveProcesses();
+    if (is(kOverwritesRecord)) overwriteSharedMemory();
     if (is(kAllocates)) {
         void *volatile room = std::calloc(1, 10); // volatile, or the compiler removes the pair of calls
         std::free(room);

@@ -9,10 +9,8 @@
 #include <fmt/format.h>
 #include <malloc.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 
 namespace velm::host {
@@ -31,26 +29,6 @@ std::vector<std::string> nodeNamesIn(const std::string &file) {
     return nodeNames(module.servers());
 }
 
-// A temporary directory, removed with the object.
-class TemporaryDirectory {
-  public:
-    TemporaryDirectory() {
-        std::string name = (fs::temp_directory_path() / "velm-check-XXXXXX").string();
-        if (!mkdtemp(name.data())) throw MachineError("cannot create a temporary directory");
-        path_ = name;
-    }
-    ~TemporaryDirectory() {
-        std::error_code ignored; // a directory left behind does no harm
-        fs::remove_all(path_, ignored);
-    }
-    TemporaryDirectory(const TemporaryDirectory &) = delete;
-    TemporaryDirectory &operator=(const TemporaryDirectory &) = delete;
-    const fs::path &path() const { return path_; }
-
-  private:
-    fs::path path_;
-};
-
 // Loads a copy of the module at another path. Returns what is wrong; empty if nothing is.
 std::string tryPath(const std::string &file, const fs::path &path, const std::vector<std::string> &expected) {
     fs::create_directories(path.parent_path());
@@ -64,21 +42,21 @@ std::string tryPath(const std::string &file, const fs::path &path, const std::ve
     }
 }
 
-std::string tryUnusualPaths(const std::string &file) {
+std::string tryUnusualPaths(const std::string &file, const fs::path &directory) {
     const std::vector<std::string> expected = nodeNamesIn(file);
-    const TemporaryDirectory directory;
+    if (directory.empty()) throw MachineError("cannot create a temporary directory");
     for (const char *path :
          {"with blanks in it/a module.p", "\xc3\xbc\xc3\xa9\xe6\x97\xa5/\xce\xb1.p", "no_ending", "quote'\"$(x)/%s.p"})
-        if (std::string wrong = tryPath(file, directory.path() / path, expected); !wrong.empty()) return wrong;
+        if (std::string wrong = tryPath(file, directory / path, expected); !wrong.empty()) return wrong;
     const fs::path absolute = fs::absolute(file);
-    fs::current_path(directory.path());
+    fs::current_path(directory);
     const bool same = nodeNamesIn(absolute.string()) == expected;
     fs::current_path("/");
     return same ? "" : "it has other servers in another working directory";
 }
 
 void loadsFromUnusualPaths(const CheckTask &task) {
-    if (const std::string wrong = tryUnusualPaths(task.module); !wrong.empty()) failCheck(wrong);
+    if (const std::string wrong = tryUnusualPaths(task.module, task.directory); !wrong.empty()) failCheck(wrong);
 }
 
 void exportsOneSymbol(const CheckTask &task) {

@@ -35,10 +35,10 @@ void onAllThreads(Run run) {
     std::vector<std::thread> threads;
     for (int index = 0; index < kMaxThreads; ++index)
         threads.emplace_back([&, index] {
-            const SlotScope slot(index);
+            SlotScope slot(index);
             const RoleScope role(ThreadRole::render);
             start.arrive_and_wait();
-            run(static_cast<std::size_t>(index));
+            slot.run([&] { run(static_cast<std::size_t>(index)); });
         });
     for (std::thread &thread : threads) thread.join();
 }

@@ -13,6 +13,8 @@ struct CheckTask {
     std::string module;     // path of the module's file
     std::string server;     // server name of the node; empty for a check of the module as a whole
     std::uint64_t seed = 0; // of all random choices
+    // A temporary directory for the checks of this run, which is removed after it; empty if it could not be created.
+    std::string directory = {};
 };
 
 enum class CheckScope { module, node };

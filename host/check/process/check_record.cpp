@@ -1,5 +1,7 @@
 #include "host/check/process/check_record.h"
 
+#include "host/guard/record_copy.h"
+
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -18,12 +20,12 @@ bool reproducing = false;
 
 constexpr auto kRelaxed = std::memory_order_relaxed; // noting calls must not order what threads do
 
-void copyText(char *to, std::size_t size, const std::string &text) { std::snprintf(to, size, "%s", text.c_str()); }
+void printText(char *to, std::size_t size, const std::string &text) { std::snprintf(to, size, "%s", text.c_str()); }
 
 [[noreturn]] void decide(Outcome outcome, const std::string &message) {
     if (!currentRecord->decided.exchange(true)) {
         currentRecord->outcome = outcome;
-        copyText(currentRecord->message, sizeof currentRecord->message, message);
+        printText(currentRecord->message, sizeof currentRecord->message, message);
     } else {
         pause(); // another thread is about to end the process
     }
@@ -45,6 +47,20 @@ std::string callText(const CheckRecord &record, int index, const char *call) {
 }
 
 } // namespace
+
+std::unique_ptr<CheckRecord> copyOf(const CheckRecord &record, bool &isIntact) {
+    auto copy = std::make_unique<CheckRecord>();
+    isIntact = copyRecord(record, *copy);
+    for (int i = 0; i < kSlots; ++i) copy->rounds[i].store(record.rounds[i].load(kRelaxed), kRelaxed);
+    copy->decided.store(isSet(record.decided));
+    int outcome = 0;
+    std::memcpy(&outcome, &record.outcome, sizeof outcome);
+    isIntact = isIntact && outcome >= 0 && outcome <= static_cast<int>(Outcome::skip);
+    copy->outcome = isIntact ? static_cast<Outcome>(outcome) : Outcome::crash;
+    copyText(copy->message, record.message, sizeof copy->message);
+    copyText(copy->notes, record.notes, sizeof copy->notes);
+    return copy;
+}
 
 CheckRecord &checkRecord() { return *currentRecord; }
 void useCheckRecord(CheckRecord *shared) {
@@ -75,7 +91,7 @@ void warnCheck(const std::string &message) {
     char *notes = currentRecord->notes;
     if (std::strstr(notes, message.c_str())) return;
     const std::size_t used = std::strlen(notes);
-    copyText(notes + used, sizeof currentRecord->notes - used, (used > 0 ? "; " : "") + message);
+    printText(notes + used, sizeof currentRecord->notes - used, (used > 0 ? "; " : "") + message);
 }
 
 void setReproducing(bool reproduces) { reproducing = reproduces; }

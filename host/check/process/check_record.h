@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace velm::host {
@@ -22,6 +23,10 @@ struct CheckRecord : CallRecord {
     char notes[4000]; // warnings, joined by "; "
 };
 
+// A copy of the record of another process that is safe to read, whatever a module has written to it; see copyRecord.
+// `isIntact` is set to whether the record was in order. [any thread]
+std::unique_ptr<CheckRecord> copyOf(const CheckRecord &record, bool &isIntact);
+
 // The record of this process: private until `useCheckRecord` replaces it by another, which has to outlive its use.
 CheckRecord &checkRecord();               // [any thread]
 void useCheckRecord(CheckRecord *shared); // [interface thread; before all other threads]
@@ -30,7 +35,8 @@ void useCheckRecord(CheckRecord *shared); // [interface thread; before all other
 void noteRound(std::uint64_t round);
 
 // Describes the calls in progress: "node "Velm Counter", evaluate, render thread 3, round 17". After a crash it is the
-// call of the crashed thread; otherwise those of all threads inside a call, else the call made last. [any thread]
+// call of the crashed thread; otherwise those of all threads inside a call, else the call made last. The record is a
+// copy, or that of this process. [any thread]
 std::string lastCalls(const CheckRecord &record);
 
 // Each ends the check, and with it the process, from any thread at any call depth. If several threads do so at once,

@@ -1,13 +1,16 @@
 #include "host/check/process/child.h"
 
 #include "host/base/error.h"
+#include "host/guard/blocked_signals.h"
 #include "host/guard/crash_handler.h"
+#include "host/guard/orphans.h"
 
 #include <fmt/format.h>
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +19,8 @@
 #include <cmath>
 #include <csignal>
 #include <cstring>
+#include <optional>
+#include <vector>
 
 namespace velm::host {
 
@@ -30,6 +35,18 @@ std::string signalText(int signal) {
     return name ? "SIG" + std::string(name) : "signal " + std::to_string(signal);
 }
 
+std::string howItEnded(const CheckRecord &record, int status) {
+    if (WIFSIGNALED(status)) return signalText(WTERMSIG(status));
+    const bool isFilled = record.crash.filled.load();
+    if (isFilled && record.crash.kind == CrashKind::exit) return "ended the process by exit";
+    if (isFilled && record.crash.kind == CrashKind::threadExit) return "ended the thread by pthread_exit";
+    return fmt::format("ended with status {}", WEXITSTATUS(status));
+}
+
+// The processes of all Child objects, and what ended ones have left behind.
+std::vector<pid_t> running;
+std::optional<Orphans> orphans; // while any run
+
 } // namespace
 
 Child::Child(const CheckRecord &names, const std::function<void()> &work, double limitSeconds)
@@ -39,53 +56,70 @@ Child::Child(const CheckRecord &names, const std::function<void()> &work, double
     record_->serverCount = names.serverCount;
     std::memcpy(record_->servers, names.servers, sizeof names.servers);
     printed_ = memfd_create("printed", MFD_CLOEXEC);
-    int ends[2];
-    if (printed_ < 0 || pipe(ends) != 0) throw MachineError("cannot start a check: " + reason());
+    if (printed_ < 0) throw MachineError("cannot start a check: " + reason());
+    if (running.empty()) orphans.emplace();
     process_ = fork();
     if (process_ < 0) throw MachineError("cannot start a check: " + reason());
-    if (process_ == 0) {
-        close(ends[0]);
-        live(work, printed_);
-    }
+    if (process_ == 0) live(work, printed_);
+    running.push_back(process_);
     setpgid(process_, process_); // in parent and child, since either may run first
-    close(ends[1]);
-    pipe_ = ends[0];
+    // Not a pipe that closes with the process: one that the module has forked would keep it open.
+    ended_ = static_cast<int>(syscall(SYS_pidfd_open, process_, 0));
+    if (ended_ < 0) {
+        const std::string why = reason();
+        finish();
+        throw MachineError("cannot watch a check: " + why);
+    }
 }
 
 Child::~Child() {
     if (process_ > 0) finish();
-    if (pipe_ >= 0) close(pipe_);
+    if (ended_ >= 0) close(ended_);
     if (printed_ >= 0) close(printed_);
 }
 
 void Child::live(const std::function<void()> &work, int printed) {
     setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    BlockedSignals::unblockInForkedProcess();
+    // The processes that the module leaves behind stay below this one until it ends, apart from those of other checks.
+    running.clear();
+    orphans.reset();
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     const rlimit noCore{0, 0};
     setrlimit(RLIMIT_CORE, &noCore);
     dup2(printed, STDOUT_FILENO);
     dup2(printed, STDERR_FILENO);
     useCheckRecord(&*record_);
     installSignalHandlers();
+    installExitHandler();
     runToTheEnd(work);
 }
 
 ChildEnd Child::finish() {
-    pollfd end{.fd = pipe_, .events = POLLIN, .revents = 0};
+    pollfd end{.fd = ended_, .events = POLLIN, .revents = 0};
     const bool ended = poll(&end, 1, 0) > 0;
     kill(-process_, SIGKILL);
+    kill(process_, SIGKILL); // also if the module has moved it to another group
     int status = 0;
     while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {
     }
+    std::erase(running, process_);
     process_ = -1;
-    if (ended && WIFEXITED(status) && WEXITSTATUS(status) == kDecidedStatus && record_->decided.load())
-        return {record_->outcome, record_->message, {}};
-    const std::string last = lastCalls(*record_);
+    orphans->kill(running);
+    if (running.empty()) orphans.reset();
+    copy_ = copyOf(*record_, isIntact_);
+    return endOf(ended, status);
+}
+
+ChildEnd Child::endOf(bool ended, int status) const {
+    const bool isDecided = ended && WIFEXITED(status) && WEXITSTATUS(status) == kDecidedStatus && copy_->decided.load();
+    if (isDecided && isIntact_) return {copy_->outcome, copy_->message, {}};
+    if (!isIntact_) return {Outcome::crash, "it has overwritten the host's record of its calls", printedText()};
+    const std::string last = lastCalls(*copy_);
     if (!ended)
         return {Outcome::hang, fmt::format("not done after {} s: {}", std::lround(limit_), last), printedText()};
-    const std::string how =
-        WIFSIGNALED(status) ? signalText(WTERMSIG(status)) : "ended with status " + std::to_string(WEXITSTATUS(status));
-    return {Outcome::crash, how + ": " + last, printedText()};
+    return {Outcome::crash, fmt::format("{}: {}", howItEnded(*copy_, status), last), printedText()};
 }
 
 std::string Child::printedText() const {

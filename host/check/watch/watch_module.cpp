@@ -34,6 +34,8 @@ auto callModule(int server, Phase entered, const char *name, Call call) -> declt
     const PhaseScope phaseScope(entered);
     try {
         return call();
+    } catch (abi::__forced_unwind &) {
+        failCheck(fmt::format("the callback {} ends its thread", name));
     } catch (const std::exception &error) {
         failCheck(fmt::format("an exception left the callback {}: {}", name, error.what()));
     } catch (...) {
