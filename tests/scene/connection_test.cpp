@@ -5,7 +5,7 @@
 namespace velm::host {
 namespace {
 
-const std::vector<std::string> kNodes{"Clay", "AO", "AO.2", "My Node"};
+const NodeNameSet kNodes({"Clay", "AO", "AO.2", "My Node"});
 
 struct Good {
     const char *text, *fromNode, *output, *toNode, *input;

@@ -21,14 +21,11 @@ struct End {
     std::string node, socket;
 };
 
-End parseEnd(std::string_view text, const std::vector<std::string> &nodes, const SourceLocation &location) {
-    const std::string *longest = nullptr;
-    for (const std::string &node : nodes) {
-        const bool fits = text.size() > node.size() && text.starts_with(node) && text[node.size()] == '.';
-        if (fits && (!longest || node.size() > longest->size())) longest = &node;
-    }
-    if (longest) {
-        End end{.node = *longest, .socket = std::string(text.substr(longest->size() + 1))};
+End parseEnd(std::string_view text, const NodeNameSet &nodes, const SourceLocation &location) {
+    constexpr auto kNone = std::string_view::npos;
+    for (auto at = text.rfind('.'); at != kNone; at = at > 0 ? text.rfind('.', at - 1) : kNone) {
+        if (!nodes.has(text.substr(0, at))) continue;
+        End end{.node = std::string(text.substr(0, at)), .socket = std::string(text.substr(at + 1))};
         if (end.socket.empty()) throw InputError(location, fmt::format("\"{}\" names nothing after its dot", text));
         return end;
     }
@@ -37,7 +34,8 @@ End parseEnd(std::string_view text, const std::vector<std::string> &nodes, const
         throw InputError(location,
                          fmt::format("\"{}\" must be a node's name, a dot, and one of its inputs or outputs", text));
     const std::string_view wanted = text.substr(0, dot);
-    throw InputError(location, fmt::format("there is no node {} here{}", inQuotes(wanted), suggestion(wanted, nodes)));
+    throw InputError(location,
+                     fmt::format("there is no node {} here{}", inQuotes(wanted), suggestion(wanted, nodes.all())));
 }
 
 } // namespace
@@ -52,8 +50,8 @@ NetworkRoot ownerRoot(const std::string &node) {
             .feedsNothing = "the node that holds the network, whose outputs are outside"};
 }
 
-ConnectionDescription parseConnection(std::string_view text, const std::vector<std::string> &nodes,
-                                      const NetworkRoot &root, const SourceLocation &location) {
+ConnectionDescription parseConnection(std::string_view text, const NodeNameSet &nodes, const NetworkRoot &root,
+                                      const SourceLocation &location) {
     const auto arrow = text.find(kArrow);
     if (arrow == std::string_view::npos)
         throw InputError(

@@ -5,6 +5,8 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace velm::host {
@@ -19,12 +21,25 @@ struct NetworkRoot {
 NetworkRoot surfaceRoot(const std::string &surface);
 NetworkRoot ownerRoot(const std::string &node); // of the network inside a node
 
-// Parses a connection. `nodes` are the names that may stand before the dots, the root's among them. Names of nodes, and
+// The names of the nodes of a network, the root's among them.
+class NodeNameSet {
+  public:
+    explicit NodeNameSet(std::vector<std::string> names) : all_(std::move(names)), set_(all_.begin(), all_.end()) {}
+
+    bool has(std::string_view name) const { return set_.count(std::string(name)) != 0; }
+    const std::vector<std::string> &all() const { return all_; } // in the order of the file
+
+  private:
+    std::vector<std::string> all_;
+    std::unordered_set<std::string> set_;
+};
+
+// Parses a connection. `nodes` are the names that may stand before the dots. Names of nodes, and
 // of their inputs and outputs, may contain blanks and dots; the longest name that fits an end is the node's. Throws
 // InputError, with the location and the nearest right name, for a text of another form, for an unknown node, and for a
 // connection that starts at the root. Whether the output and the input exist is known only when the nodes are made.
-ConnectionDescription parseConnection(std::string_view text, const std::vector<std::string> &nodes,
-                                      const NetworkRoot &root, const SourceLocation &location);
+ConnectionDescription parseConnection(std::string_view text, const NodeNameSet &nodes, const NetworkRoot &root,
+                                      const SourceLocation &location);
 
 // The inverse of parseConnection.
 std::string connectionText(const ConnectionDescription &connection);

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <unordered_map>
 
 namespace velm::host {
 
@@ -83,8 +84,8 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     bool key(string_t &key) override {
         refuseNull(key);
         JsonValue &object = *open_.back();
-        for (const JsonMember &member : object.members)
-            if (member.key == key) fail(fmt::format("\"{}\" occurs twice; first on line {}", key, member.line));
+        if (const auto [earlier, isNew] = keys_.back().emplace(key, line_); !isNew)
+            fail(fmt::format("\"{}\" occurs twice; first on line {}", key, earlier->second));
         object.members.push_back({.key = std::move(key), .line = line_, .value = {}});
         return true;
     }
@@ -120,10 +121,12 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     bool open(JsonValue::Kind kind) {
         if (open_.size() == kDeepest) fail(fmt::format("lists and objects are nested deeper than {}", kDeepest));
         open_.push_back(&add(kind));
+        keys_.emplace_back();
         return true;
     }
     bool close() {
         open_.pop_back();
+        keys_.pop_back();
         return true;
     }
 
@@ -131,6 +134,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     const int &line_;
     JsonValue root_;
     std::vector<JsonValue *> open_;
+    std::vector<std::unordered_map<std::string, int>> keys_; // the lines of the keys of each open object
 };
 
 } // namespace

@@ -6,6 +6,8 @@
 #include "host/scene/format/tables.h"
 
 #include <fmt/format.h>
+#include <map>
+#include <utility>
 
 namespace velm::host {
 
@@ -107,14 +109,17 @@ void finishNetwork(const ReadContext &context, const JsonValue &object, const Ne
     }
     const JsonValue *connections = object.find("connections");
     if (!connections) return;
+    const NodeNameSet nodes(std::move(names));
+    std::map<std::pair<std::string, std::string>, int> lines; // of the connection of each node's input
     for (const JsonValue &text : connections->list) {
-        const ConnectionDescription connection =
-            parseConnection(readText(context, "connections", text, textRule()), names, root, context.at(text.line));
-        for (const ConnectionDescription &earlier : network.connections)
-            if (earlier.toNode == connection.toNode && earlier.input == connection.input)
-                context.fail(text.line, fmt::format("\"{}.{}\" is connected twice; first on line {}", earlier.toNode,
-                                                    earlier.input, earlier.location.line));
-        network.connections.push_back(connection);
+        ConnectionDescription connection =
+            parseConnection(readText(context, "connections", text, textRule()), nodes, root, context.at(text.line));
+        const auto [earlier, isNew] =
+            lines.emplace(std::pair(connection.toNode, connection.input), connection.location.line);
+        if (!isNew)
+            context.fail(text.line, fmt::format("\"{}.{}\" is connected twice; first on line {}", connection.toNode,
+                                                connection.input, earlier->second));
+        network.connections.push_back(std::move(connection));
     }
 }
 
