@@ -50,7 +50,7 @@ std::string systemReason() { return std::strerror(errno); }
 [[noreturn]] void throwWorkerError(pid_t process, int status) {
     CallRecord &record = callRecord();
     const auto copy = std::make_unique<CallRecord>();
-    if (!copyRecord(record, *copy)) throw ModuleError(overwrittenText(copy->module, endText(status)));
+    if (!copyRecord(record, *copy)) throw ModuleError(overwrittenText(namedModule(), endText(status)));
     const std::optional<CrashText> crash = crashText(*copy, status);
     for (CallSlot &slot : record.slots) {
         if (slot.process.load() != process) continue;
