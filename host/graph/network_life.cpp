@@ -80,10 +80,14 @@ Network::Network(std::string name, std::shared_ptr<Placeholder> placeholder) : n
 Network::~Network() {
     assertInterface();
     event_ = nullptr; // the owner that it would call is being destroyed, too
-    clear();
-    observers_.notify([](NetworkObserver &observer) { observer.networkDestroyed(); });
-    breakConnections(*root_);
-    destroyInstance(*root_);
+    try {
+        clear();
+        observers_.notify([](NetworkObserver &observer) { observer.networkDestroyed(); });
+        breakConnections(*root_);
+        destroyInstance(*root_);
+    } catch (const ModuleError &error) {
+        endByModuleError(error);
+    }
     root_.reset();
     if (ownerNode_) std::erase(ownerNode_->nestedNetworks, this);
 }

@@ -16,6 +16,7 @@ namespace {
 
 CallRecord privateRecord{};
 CallRecord *currentRecord = &privateRecord;
+std::string moduleFile;
 
 constexpr int kInterfaceSlot = 0;
 // Also kInterfaceSlot on threads that have no SlotScope and are not the interface thread; ownSlot() tells them apart.
@@ -42,7 +43,12 @@ void shareCallRecord() {
     currentRecord = &*shared;
 }
 
-void nameModule(const std::string &file) { std::snprintf(currentRecord->module, kLongestPath, "%s", file.c_str()); }
+void nameModule(const std::string &file) {
+    moduleFile = file;
+    std::snprintf(currentRecord->module, kLongestPath, "%s", file.c_str());
+}
+
+const std::string &namedModule() { return moduleFile; }
 
 int numberOfServer(const char *name) {
     const auto *const begin = currentRecord->servers, *const end = begin + currentRecord->serverCount;

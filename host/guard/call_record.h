@@ -93,6 +93,8 @@ void shareCallRecord();
 
 // Notes the file of the module that is about to be loaded. A longer path than kLongestPath is cut. [interface thread]
 void nameModule(const std::string &file);
+// The name of that file, whatever has become of the record. [interface thread]
+const std::string &namedModule();
 
 // The number of the module's server of this name. A new name gets the next free number, or kModuleItself if there is
 // none. Names count as equal if their first kLongestServer - 1 bytes are. [interface thread]

@@ -159,6 +159,12 @@ std::string typeText() {
 
 } // namespace
 
+void endByModuleError(const std::exception &error) {
+    if (getpid() == handledProcess) exitAfterCrash(CrashKind::exception, error.what());
+    std::fprintf(stderr, "%s\n", error.what());
+    std::abort();
+}
+
 void endAfterThreadExit() {
     if (getpid() == handledProcess) exitAfterCrash(CrashKind::threadExit, "");
 }
@@ -196,6 +202,7 @@ bool crashHandlersInstalled() { return handledProcess != 0; }
 int callSiteSignal() { return SIGRTMIN + 3; }
 
 std::string currentExceptionText() {
+    if (!std::current_exception()) return "ended the process by std::terminate";
     const std::string type = typeText();
     try {
         throw;

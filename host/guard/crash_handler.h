@@ -39,7 +39,7 @@ using EvaluateFunction = void (*)(void *, ShadingSample *, HostOutput *, HostNod
 void noteEvaluate(int server, EvaluateFunction function);
 
 // Describes the exception that is being handled, as in "threw std::runtime_error: no luck". Of a ModuleError it is the
-// message alone, which already names the call.
+// message alone, which already names the call. Without an exception, it describes a call of std::terminate.
 std::string currentExceptionText();
 
 } // namespace velm::host

@@ -4,6 +4,7 @@
 
 #include "host/guard/call_record.h"
 
+#include <exception>
 #include <optional>
 #include <string>
 
@@ -12,6 +13,10 @@ namespace velm::host {
 // Replaces the exception that is being handled by a ModuleError that names the server and the call. Rethrows it
 // unchanged if it is already a ModuleError, from a call inside this one, or if `server` is kHostServer.
 [[noreturn]] void throwModuleError(int server, const char *call);
+
+// For destructors, from which nothing can be thrown: ends this process because of an error of the module. With crash
+// handlers, the error becomes the crash record's text; without, it is printed.
+[[noreturn]] void endByModuleError(const std::exception &error);
 
 // Puts back the settings that a call has changed; see process_settings.h.
 class CallSettings {

@@ -36,7 +36,12 @@ std::string systemReason() { return std::strerror(errno); }
     if (getppid() != parent) _exit(kCrashedStatus); // the parent ended before the call above
     std::signal(SIGINT, SIG_IGN);                   // a terminal sends it to all; the parent decides what it means
     installCrashHandlersOfWorker();
-    work();
+    try {
+        work();
+    } catch (abi::__forced_unwind &) {
+        endAfterThreadExit();
+        throw;
+    }
     std::fflush(nullptr);
     _exit(0);
 }
@@ -44,8 +49,8 @@ std::string systemReason() { return std::strerror(errno); }
 // Throws what the end of a worker means, and clears its traces from the call record.
 [[noreturn]] void throwWorkerError(pid_t process, int status) {
     CallRecord &record = callRecord();
-    const auto copy = std::make_unique<CallRecord>(); // the module may have written to the record itself
-    if (!copyRecord(record, *copy)) throw ModuleError(overwrittenText(copy->module, endText(status)));
+    const auto copy = std::make_unique<CallRecord>();
+    if (!copyRecord(record, *copy)) throw ModuleError(overwrittenText(namedModule(), endText(status)));
     const std::optional<CrashText> crash = crashText(*copy, status);
     for (CallSlot &slot : record.slots) {
         if (slot.process.load() != process) continue;

@@ -81,15 +81,19 @@ Module &Module::operator=(Module &&other) noexcept {
     return *this;
 }
 
-void Module::close() {
-    if (word_) callModule(kModuleItself, "shutdown", [&] { descriptor_->shutdown(std::exchange(word_, nullptr)); });
-    descriptor_ = nullptr;
-    void *library = std::exchange(library_, nullptr);
+void Module::close() noexcept {
+    try {
+        if (word_) callModule(kModuleItself, "shutdown", [&] { descriptor_->shutdown(std::exchange(word_, nullptr)); });
+        descriptor_ = nullptr;
+        void *library = std::exchange(library_, nullptr);
 #ifndef __SANITIZE_ADDRESS__ // the leak check at exit needs the module's pointers and symbol names
-    if (library) callModule(kModuleItself, "unloading the module", [&] { dlclose(library); });
+        if (library) callModule(kModuleItself, "unloading the module", [&] { dlclose(library); });
 #else
-    static_cast<void>(library);
+        static_cast<void>(library);
 #endif
+    } catch (const ModuleError &error) {
+        endByModuleError(error);
+    }
 }
 
 } // namespace velm::host

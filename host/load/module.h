@@ -27,7 +27,7 @@ class Module {
 
   private:
     Module(std::string path, void *library) : path_(std::move(path)), library_(library) {}
-    void close();
+    void close() noexcept;
 
     std::string path_;
     void *library_ = nullptr;

@@ -1,5 +1,6 @@
 #include "host/panel/panel.h"
 
+#include "host/base/error.h"
 #include "host/guard/module_call.h"
 
 #include <fmt/format.h>
@@ -12,7 +13,11 @@ using namespace velm::host;
 
 HostPanel::~HostPanel() {
     observers_.notify([&](PanelObserver &observer) { observer.panelDestroyed(*this); });
-    if (destroyed_) callModule(owningServer, "panel destroyed", [&] { destroyed_(data(0)); });
+    try {
+        if (destroyed_) callModule(owningServer, "panel destroyed", [&] { destroyed_(data(0)); });
+    } catch (const ModuleError &error) {
+        endByModuleError(error);
+    }
 }
 
 void HostPanel::problem(const std::string &text) {

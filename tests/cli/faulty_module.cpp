@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <stdexcept>
 
 namespace {
@@ -83,6 +84,7 @@ constexpr Fault kFaults[] = {
     {"_exit", [] { _exit(0); }},
     {"hang", hang},
     {"throw", throwError},
+    {"terminate", [] { std::terminate(); }},
     {"move", [] { static_cast<void>(chdir("/") == 0); }},
     {"mask", [] { umask(0777); }},
     {"trap", [] { feenableexcept(FE_ALL_EXCEPT); }},

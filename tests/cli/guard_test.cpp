@@ -87,6 +87,9 @@ const FaultCase kFaults[] = {
     {"ThrowInTail", "throw tail", "server \"Tail Node\" threw std::runtime_error: no luck in evaluate, thread 1"},
     {"ThrowAtCleanup", "throw cleanup", "server \"Faulty Node\" threw std::runtime_error: no luck in cleanup"},
     {"ThrowAtShutdown", "throw shutdown", "the module threw std::runtime_error: no luck in shutdown"},
+    {"TerminateAtCreate", "terminate create", "server \"Faulty Node\" ended the process by std::terminate in create"},
+    {"TerminateAtEvaluate", "terminate evaluate",
+     "server \"Faulty Node\" ended the process by std::terminate in evaluate, thread 1"},
     {"LeaveAtCreate", "leave create", "server \"Faulty Node\" ended the thread by pthread_exit in create"},
     {"LeaveAtEvaluate", "leave evaluate",
      "one of the servers \"Faulty Node\", \"Sound Node\", \"Tail Node\" ended the thread by pthread_exit in evaluate, "
