@@ -3,6 +3,7 @@
 import json
 import random
 import re
+import signal
 
 import bench
 import seeds
@@ -13,6 +14,9 @@ KIND, WEIGHT = "modules", 24
 SOURCE = "tests/attack/faults.h"
 CALL_LIMIT = 1  # seconds, for --call-limit
 MODULE = "evil.p"
+NAMED = (MODULE, 'node "It"', 'node "Evil"', 'server "Evil Node"')  # one of these is in the message of every failure
+SILENCING = (": close errors @ ", ": close all @ ")  # no message can appear where standard error is closed
+ENDS_ITSELF = ": end itself @ "  # SIGTERM, which ends both processes whoever sends it
 HARMLESS_NOTE, NAMED_NOTE = "harmless", "named"
 
 SCENE = {
@@ -79,15 +83,16 @@ def evil_object(frame):
 
 
 def judge(frame, outcome, what):
-    """The module is named, or did no harm; nothing of it goes on."""
+    """The module or its node is named, or did no harm; nothing of it goes on."""
     if outcome.hung:
         frame.report("hang", f"no end after {bench.RUN_TIME} s; {what}", outcome)
         return
-    if outcome.status < 0:
+    if outcome.status < 0 and not (outcome.status == -signal.SIGTERM and ENDS_ITSELF in what):
         frame.report("death", f"ended by signal {-outcome.status}; {what}", outcome)
     elif outcome.status not in (0, 1, 3):
         frame.report("status", f"status {outcome.status}; {what}", outcome)
-    elif outcome.status != 0 and MODULE not in outcome.err + outcome.out:
+    elif outcome.status != 0 and not any(name in outcome.err + outcome.out for name in NAMED) \
+            and not any(fault in what for fault in SILENCING):
         frame.report("untold", f"the module is not named: {outcome.err[-200:]!r}; {what}", outcome)
     frame.tally.notes[NAMED_NOTE if outcome.status else HARMLESS_NOTE] += 1
     if outcome.left:

@@ -36,7 +36,7 @@ WRITINGS = (
     Writing(["pack", "scene.json", "object.lwo", "-o", "packed.lwo"], ["packed.lwo"]),
     Writing(["pack", "scene.json", "object.lwo", "-o", "old.lwo"], ["old.lwo"]),
     Writing(["unpack", "object.lwo", "-o", "old.json"], ["old.json"]),
-    Writing(["archive", "scene.json", "archive"], ["archive/scene.json", "archive/ball.ply"]),
+    Writing(["archive", "scene.json", "archive"], ["archive/scene.json", "archive/meshes/ball.ply"]),
     Writing(["compare", "old.png", "other.png", "--differences", "differences.png"], ["differences.png"]),
 )
 OLD = ("old.png", "old.exr", "old.lwo", "old.json")
