@@ -99,7 +99,7 @@ def run_workers(scratch, found, kinds, options, deadline):
     except KeyboardInterrupt:
         for worker in workers:
             processes.send(worker, signal.SIGTERM)
-        processes.reap()
+        processes.wait_for_all()
         raise
     if failed:
         sys.exit("attack: a worker process failed; see above")
@@ -125,6 +125,7 @@ def tell(failures):
 
 def main():
     """Attacks, prints the table, and gives the exit status."""
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     options = arguments()
     options.velm, options.evil = options.velm.resolve(), options.evil.resolve()
     deadline = time.monotonic() + 60 * options.minutes
@@ -145,4 +146,7 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    try:
+        sys.exit(main())
+    except KeyboardInterrupt:
+        sys.exit(130)

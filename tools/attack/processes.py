@@ -62,6 +62,15 @@ def reap():
         pass
 
 
+def wait_for_all():
+    """Waits until no child is left."""
+    try:
+        while True:
+            os.wait()
+    except ChildProcessError:
+        pass
+
+
 def end_strays(grace=GRACE):
     """Waits for all remaining children of this process, and kills those that do not end; gives their command lines."""
     until = time.monotonic() + grace
