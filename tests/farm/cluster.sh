@@ -4,6 +4,7 @@
 #
 #     cluster_up DIR NODES    starts it, and sets SLURM_CONF; the nodes are n1, n2 ...
 #     cluster_cut NODE        ends a node and all that it runs at once, as a power cut would
+#     wait_for_job JOB        waits until a job, with all tasks of an array, has ended
 #     cluster_down            ends everything that cluster_up started
 #
 # Every process is ended by the id under which it was started.
@@ -125,4 +126,19 @@ cluster_down() {
     for id in "${cluster_daemons[@]}"; do kill "$id" 2>/dev/null || true; done
     for id in "${cluster_daemons[@]}"; do wait "$id" 2>/dev/null || true; done
     cluster_daemons=()
+}
+
+# A squeue that fails says nothing about the job.
+job_is_over() { # JOB
+    local left
+    left=$(squeue --noheader --jobs="$1" 2>/dev/null) && [ -z "$left" ]
+}
+
+wait_for_job() { # JOB
+    local try
+    for ((try = 0; try < 20; ++try)); do
+        if wait_until job_is_over "$1" 2>/dev/null; then return 0; fi
+    done
+    echo "Job $1 does not end" >&2
+    return 1
 }

@@ -42,10 +42,6 @@ expect_same() { # PICTURE PICTURE
 
 # ---- Slurm ----
 
-job_is_over() { # JOB
-    [ -z "$(squeue --noheader --jobs="$1" --states=PENDING,RUNNING,COMPLETING,SUSPENDED 2>/dev/null)" ]
-}
-
 # The task that runs on a node, as JOB_TASK; fails if there is none.
 task_on() { # NODE
     local task
@@ -91,7 +87,7 @@ SCRIPT
     lap "Slurm: node n2 is cut off, with task $task"
     release "$task"
     lap "Slurm: task $task was queued again"
-    for ((try = 0; try < 20; ++try)); do ! wait_until job_is_over "$merge" 2>/dev/null || break; done
+    wait_for_job "$merge"
     expect_same "$work/out/slurm.exr" "$work/whole.exr"
     lap "Slurm: the merged picture equals the whole"
 }
@@ -100,7 +96,7 @@ frames_on_slurm() {
     farm slurm --frames 1-4 --chunk 3 -o "$work/out/slurm_#.exr" >"$work/frames.sbatch"
     local job
     job=$(cd "$work" && bash "$work/frames.sbatch")
-    wait_until job_is_over "${job##* }"
+    wait_for_job "${job##* }"
     for frame in 1 2 3 4; do expect_same "$work/out/slurm_$frame.exr" "$work/frame_$frame.exr"; done
     lap "Slurm: frames in chunks equal those of one render"
 }
@@ -144,7 +140,7 @@ farm() { # ENGINE OPTION ...
     "$velm" farm "$work/scene/scene.json" --engine "$1" "${@:2}" -- "${size[@]}"
 }
 
-still=(--size 960x540 --samples 9)
+still=(--size 480x270 --samples 9)
 "$velm" archive examples/occlusion.json "$work/scene" >/dev/null
 "$velm" render "$work/scene/scene.json" "${still[@]}" -o "$work/whole.exr" --quiet
 "$velm" render "$work/scene/scene.json" --size 240x135 --samples 1 --frames 1-4 -o "$work/frame_#.exr" --quiet
