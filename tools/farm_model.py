@@ -35,8 +35,6 @@ def interpolated(xs, ys, x):
 class Film:
     """What one frame and one start cost, from the figures."""
 
-    last = 0.0  # seconds of work after the last task
-
     def __init__(self, figures):
         measured, film, self.assumed = figures["measured"], figures["film"], figures["assumed"]
         triangles = film["triangles"]
@@ -49,28 +47,12 @@ class Film:
         scaling = measured["scaling"]
         # What is lost with each doubling of the cores of a task.
         self.loss = (scaling["cores"] / scaling["gain"] - 1) / math.log2(scaling["cores"])
-        self.scene_bytes = triangles * measured["mesh bytes a triangle"]
-        self.picture_bytes = pixels * measured["picture bytes a pixel"]
-        self.dispatch = measured["scheduler seconds a task"]
+        self.scene_bytes = triangles * self.assumed["mesh bytes a triangle"]
+        self.picture_bytes = pixels * self.assumed["picture bytes a pixel"]
+        self.dispatch = self.assumed["scheduler seconds a task"]
 
     def frame_seconds(self, cores):
         return self.core_seconds / cores * (1 + self.loss * math.log2(cores))
-
-
-class Still:
-    """One picture in parts, as rendered on two nodes to check the model. A part is what a frame is to a film."""
-
-    def __init__(self, figures, parts):
-        nodes = figures["two nodes"]
-        self.frames, self.start = parts, nodes["start"]
-        self.core_seconds = (nodes["whole"] - nodes["start"]) / parts
-        self.scene_bytes = self.picture_bytes = 0  # what is local is part of the start
-        self.dispatch = figures["measured"]["scheduler seconds a task"]
-        self.last = nodes["start of a job"] + nodes["merge"]
-        self.assumed = figures["assumed"] | {"cores of a machine": 1, "hours between failures of a machine": 1e9}
-
-    def frame_seconds(self, _):
-        return self.core_seconds
 
 
 class Resource:
@@ -139,7 +121,7 @@ class Farm:
                 self.spent["failures"] += again - now
                 now, fails = again, again + self.random.expovariate(1 / (3600 * hours))
                 yield now
-        self.end = max(self.end, now + self.film.last)
+        self.end = max(self.end, now)
 
     def run(self):
         machines = [(0.0, number, self.machine()) for number in range(self.machines)]
@@ -192,14 +174,6 @@ def costs(film):
                       f"| the scheduler, for a task | {film.dispatch:.3f} s |"])
 
 
-def check_table(figures):
-    lines = ["| parts | measured, s | simulated, s |", "| ---: | ---: | ---: |"]
-    for run in figures["two nodes"]["runs"]:
-        still = Farm(Still(figures, run["parts"]), 2, 1, 0).run()
-        lines.append(f"| {run['parts']} | {run['seconds']:.1f} | {still.end:.1f} |")
-    return "\n".join(lines)
-
-
 def plot(film, file):
     import matplotlib
 
@@ -250,9 +224,8 @@ def main():
     parser.add_argument("--renew", action="store_true", help="write docs/farm.md and docs/farm.png")
     options = parser.parse_args()
     with open(options.figures, encoding="utf-8") as file:
-        figures = json.load(file)
-    film = Film(figures)
-    blocks = {"costs": costs(film), "film": table(film), "still": check_table(figures)}
+        film = Film(json.load(file))
+    blocks = {"costs": costs(film), "film": table(film)}
     print("\n\n".join(blocks.values()))
     if options.renew:
         renew(blocks)
