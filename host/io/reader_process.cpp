@@ -199,6 +199,7 @@ class ReaderProcess {
 
     [[noreturn]] void start(SharedArena &arena, const char *what, const std::function<void()> &work, pid_t starter,
                             int output) const {
+        SharedArena::unmapSealed();
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (getppid() != starter) _exit(0); // it ended before the call above
         resetSignals();

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <unordered_set>
 
 namespace velm::host {
 
@@ -18,6 +19,12 @@ namespace {
 constexpr std::size_t kLeastBytes = std::size_t{1} << 20;
 
 std::size_t pageSize() { return static_cast<std::size_t>(sysconf(_SC_PAGESIZE)); }
+// [interface thread]
+std::unordered_set<const SharedArena *> &sealedArenas() {
+    static std::unordered_set<const SharedArena *> arenas;
+    return arenas;
+}
+
 std::size_t roundedUp(std::size_t bytes, std::size_t unit) { return (bytes + unit - 1) / unit * unit; }
 
 } // namespace
@@ -34,7 +41,10 @@ SharedArena::SharedArena(std::size_t bytes) {
     throw MachineError("no memory to share with a process that reads a file: " + std::string(std::strerror(errno)));
 }
 
-SharedArena::~SharedArena() { munmap(begin_, size_); }
+SharedArena::~SharedArena() {
+    sealedArenas().erase(this);
+    munmap(begin_, size_);
+}
 
 std::size_t SharedArena::used() const { return std::min(*reinterpret_cast<const std::size_t *>(begin_), size_); }
 
@@ -50,7 +60,11 @@ void SharedArena::seal() {
     const std::size_t kept = roundedUp(used(), pageSize());
     if (kept < size_) munmap(begin_ + kept, size_ - kept);
     size_ = kept;
-    madvise(begin_, size_, MADV_DONTFORK);
+    sealedArenas().insert(this);
+}
+
+void SharedArena::unmapSealed() {
+    for (const SharedArena *arena : sealedArenas()) munmap(arena->begin_, arena->size_);
 }
 
 bool SharedArena::contains(const void *begin, std::size_t bytes) const {

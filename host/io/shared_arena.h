@@ -28,9 +28,11 @@ class SharedArena final : public std::pmr::memory_resource {
     // it is made; it may throw.
     void fillHere(std::function<void(std::size_t)> charge) { charge_ = std::move(charge); }
 
-    // Ends the use of the arena by other processes: gives back the addresses that were not used, and keeps those in use
-    // out of processes that are forked from now on.
+    // Ends the filling of the arena: gives back the addresses that were not used.
     void seal();
+    // For a process that was forked to read another file: unmaps all sealed arenas there, so that it cannot damage
+    // earlier results.
+    static void unmapSealed();
 
     // Whether these bytes are in the part of the arena that is in use. No bytes at all are.
     bool contains(const void *begin, std::size_t bytes) const;

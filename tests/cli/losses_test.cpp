@@ -149,7 +149,7 @@ TEST_P(EndedRender, LeavesTheOldPictureAndNothingElse) {
     const WorkDirectory directory, markers;
     const std::string arrived = markers.file("arrived");
     std::vector<std::string> words = renderWords(directory, directory.write("scene.json", kWall));
-    words.insert(words.end(), {"--call-limit", "0"});
+    words.insert(words.end(), {"--call-limit", "0", "--order", "classic"});
     pid_t worker = 0;
     const Outcome outcome = runProgram(
         directory, words,
