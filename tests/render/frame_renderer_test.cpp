@@ -109,7 +109,7 @@ class TileSink : public ProgressSink {
     int tiles = 0;
 };
 
-TEST(FrameRendererThreaded, EveryTileIsHandedOutOnce) {
+TEST(FrameRenderer, EveryTileIsHandedOutOnce) {
     TestScene scene = litBall();
     scene.job.threads = 3;
     FrameRenderer renderer(scene.renderScene(), scene.job);
@@ -123,7 +123,7 @@ TEST(FrameRendererThreaded, EveryTileIsHandedOutOnce) {
     }
 }
 
-TEST(FrameRendererThreaded, PassesOnSeveralThreadsMakeTheSamePicture) {
+TEST(FrameRenderer, PassesOfSeveralWorkersMakeTheSamePicture) {
     TestScene scene = litBall();
     const Picture whole = scene.render().picture;
     scene.job.threads = 4;
@@ -168,7 +168,7 @@ TEST(FrameRendererThreaded, StopsAfterTheSampleAtHand) {
 }
 
 // A unit of work that was stopped is begun again: its samples so far do not count.
-TEST(FrameRendererThreaded, GoesOnFromTheLastWholeUnit) {
+TEST(FrameRenderer, GoesOnFromTheLastWholeUnit) {
     TestScene scene;
     scene.job.width = scene.job.height = kTileSize;
     scene.job.samples = 4;

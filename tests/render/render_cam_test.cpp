@@ -77,6 +77,7 @@ class RunningScene {
     Picture seenBy(const std::string &camera) {
         RenderJob job = renderJob(scene_.render);
         job.camera = camera;
+        job.order = RenderOrder::classic;
         job.threads = 2;
         return renderFrame(renderScene_, job).picture;
     }

@@ -18,22 +18,23 @@ constexpr double kTolerance = 1e-6;
 
 const Region kWhole = {.left = 0, .top = 0, .right = 50, .bottom = 40};
 
-TEST(RendererThreaded, PictureDoesNotDependOnThreads) {
+void expectSamePictures(RenderOrder order, int mostWorkers) {
     TestScene scene = litBall();
+    scene.job.order = order;
+    scene.job.threads = 1;
     const Picture one = scene.render().picture;
-    for (const RenderOrder order : {RenderOrder::repeatable, RenderOrder::classic}) {
-        scene.job.order = order;
-        for (const int threads : {1, 2, 3, 16}) {
-            scene.job.threads = threads;
-            const Frame frame = scene.render();
-            EXPECT_TRUE(samePixels(frame.picture, one, kWhole)) << threads;
-            EXPECT_EQ(frame.statistics.threads, std::min(threads, order == RenderOrder::classic ? 12 : 4))
-                << "at most one for each tile";
-            EXPECT_EQ(frame.statistics.order, order);
-            EXPECT_EQ(frame.statistics.orderReason, "");
-        }
+    for (const int threads : {1, 2, 3, 16}) {
+        scene.job.threads = threads;
+        const Frame frame = scene.render();
+        EXPECT_TRUE(samePixels(frame.picture, one, kWhole)) << threads;
+        EXPECT_EQ(frame.statistics.threads, std::min(threads, mostWorkers)) << "at most one for each tile";
+        EXPECT_EQ(frame.statistics.order, order);
+        EXPECT_EQ(frame.statistics.orderReason, "");
     }
 }
+
+TEST(Renderer, PictureDoesNotDependOnWorkers) { expectSamePictures(RenderOrder::repeatable, 4); }
+TEST(RendererThreaded, PictureDoesNotDependOnThreads) { expectSamePictures(RenderOrder::classic, 12); }
 
 TEST(Renderer, RegionIsThatPartOfTheWhole) {
     TestScene scene = litBall();
@@ -127,7 +128,7 @@ class NotingSink : public ProgressSink {
     int enough_;
 };
 
-TEST(RendererThreaded, TellsItsProgress) {
+TEST(Renderer, TellsItsProgress) {
     TestScene scene = litBall();
     NotingSink sink(1000);
     const Frame frame = renderFrame(scene.renderScene(), scene.job, &sink);
@@ -174,7 +175,7 @@ TEST(RendererThreaded, CanBeCancelled) {
     EXPECT_FALSE(frame.complete);
 }
 
-TEST(RendererThreaded, SinkThatThrowsEndsTheRender) {
+TEST(Renderer, SinkThatThrowsEndsTheRender) {
     class ThrowingSink : public ProgressSink {
         bool progress(int, int) override { throw InputError("enough"); }
     };
