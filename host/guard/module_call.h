@@ -34,7 +34,7 @@ class CallSettings {
 // must not throw; what one throws all the same arrives as a ModuleError, and one that ends the thread ends the process.
 // `server` and `name` are as in CallScope. Evaluations of samples are not called this way, see call_record.h.
 template <class Call>
-auto callModule(int server, const char *name, Call call) -> decltype(call()) {
+VELM_FORCED_UNWIND auto callModule(int server, const char *name, Call call) -> decltype(call()) {
     const CallScope noted(server, name);
     const CallSettings settings(server);
     try {

@@ -31,7 +31,7 @@ std::string systemReason() { return std::strerror(errno); }
 
 // What a worker's process does, from the fork to its end. It ends with _exit: exit handlers and static destructors
 // belong to the process that it was forked from.
-[[noreturn]] void runProcess(pid_t parent, const std::function<void()> &work) {
+[[noreturn]] VELM_FORCED_UNWIND void runProcess(pid_t parent, const std::function<void()> &work) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(kCrashedStatus); // the parent ended before the call above
     std::signal(SIGINT, SIG_IGN);                   // a terminal sends it to all; the parent decides what it means

@@ -102,8 +102,8 @@ TEST_P(ReaderFault, IsOneOfTheFile) {
 }
 
 void crash() {
-    volatile int *nowhere = nullptr;
-    *nowhere = 1;
+    signal(SIGSEGV, SIG_DFL); // a sanitizer would report it in its own way
+    raise(SIGSEGV);
 }
 
 INSTANTIATE_TEST_SUITE_P(

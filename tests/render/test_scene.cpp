@@ -120,9 +120,9 @@ TestScene litBall() {
 }
 
 bool samePixels(const Picture &a, const Picture &b, const Region &region) {
-    const auto width = static_cast<std::size_t>(region.right - region.left) * Picture::kChannels;
     for (int y = region.top; y < region.bottom; ++y)
-        if (std::memcmp(a.pixel(region.left, y), b.pixel(region.left, y), width * sizeof(float)) != 0) return false;
+        for (int x = region.left; x < region.right; ++x)
+            if (std::memcmp(a.pixel(x, y), b.pixel(x, y), Picture::kChannels * sizeof(float)) != 0) return false;
     return true;
 }
 

@@ -29,7 +29,7 @@ WatchedNode watchedNodes[kMostServers];
 
 // Calls a callback of the module. An exception that leaves it would crash a host written in C, so it fails the check.
 template <class Call>
-auto callModule(int server, Phase entered, const char *name, Call call) -> decltype(call()) {
+VELM_FORCED_UNWIND auto callModule(int server, Phase entered, const char *name, Call call) -> decltype(call()) {
     const CallScope callScope(server, name);
     const PhaseScope phaseScope(entered);
     try {
