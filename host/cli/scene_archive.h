@@ -18,7 +18,7 @@ class ArchiveLayout {
         std::string from, to;
     };
 
-    // `warnings` is told of files outside of the directory of the mesh that names them, which are left out.
+    // Files outside of the directory of the mesh that names them are left out, with a warning in `warnings`.
     ArchiveLayout(const std::vector<SceneFile> &files, Warnings &warnings);
 
     // Each file once, and no two at one location.

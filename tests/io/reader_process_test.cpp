@@ -252,7 +252,7 @@ TEST_F(ReaderProcessTest, HaveNoSignalHandlers) {
     EXPECT_EQ(handled, 0);
 }
 
-// Where nobody is told when a child ends.
+// With SIGCHLD ignored, the system keeps no status of processes that have ended.
 TEST_F(ReaderProcessTest, WorkWithoutChildSignals) {
     std::signal(SIGCHLD, SIG_IGN);
     EXPECT_EQ(failureOf([](Numbers &numbers) { numbers.values = {1}; }), "");
