@@ -1,6 +1,7 @@
 // "velm merge": pictures that were rendered in parts.
 #include "host/base/error.h"
 #include "host/cli/commands.h"
+#include "host/cli/option_types.h"
 #include "host/cli/output_file.h"
 #include "host/cli/run.h"
 #include "host/image/picture_parts.h"
@@ -20,11 +21,12 @@ struct MergeOptions {
     int expected = 0; // number of parts; 0: any
 };
 
-void declareMergeOptions(CLI::App &command, ProgramOptions &, MergeOptions &options) {
+void declareMergeOptions(CLI::App &command, ProgramOptions &program, MergeOptions &options) {
     command.add_option("PARTS", options.parts, "The EXR files that velm render --part or --region wrote")
         ->required()
         ->type_name("");
     command.add_option("-o,--output", options.output, "The file of the whole picture")->required()->type_name("FILE");
+    addReadLimits(command, program.reading);
     command.add_option("--expect", options.expected, "How many parts there have to be")
         ->check(CLI::PositiveNumber)
         ->type_name("N");

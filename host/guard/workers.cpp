@@ -121,6 +121,11 @@ bool Workers::wait(std::chrono::milliseconds limit) {
     return ended;
 }
 
+void Workers::waitForAll() {
+    while (!wait(std::chrono::milliseconds{50})) {
+    }
+}
+
 // Notes which processes have ended. `options` are those of waitpid.
 void Workers::reap(int options) {
     for (std::size_t i = 0; i < processes_.size(); ++i) {

@@ -39,6 +39,7 @@ class Workers {
     // Waits until all have ended, for this long at most. True once all have. Throws ModuleError or MachineError for one
     // that did not end as it should.
     bool wait(std::chrono::milliseconds limit);
+    void waitForAll(); // throws likewise
 
   private:
     struct Process {

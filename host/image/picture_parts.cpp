@@ -2,8 +2,10 @@
 
 #include "host/base/error.h"
 #include "host/base/names.h"
+#include "host/image/image_formats.h"
 #include "host/image/metadata_headers.h"
 #include "host/io/files.h"
+#include "host/io/reader_process.h"
 
 #include <OpenImageIO/imageio.h>
 
@@ -14,24 +16,57 @@
 #include <fmt/format.h>
 #include <memory>
 #include <set>
+#include <string_view>
 
 namespace velm::host {
 namespace {
 
-constexpr const char *kDigestPrefix = "velm:scene ";
+constexpr std::string_view kDigestPrefix = "velm:scene ";
 
-// Opens a file with the reader of one format; null when it is not of that format.
-std::unique_ptr<OIIO::ImageInput> openAs(const char *format, const std::string &file, OIIO::ImageSpec &spec) {
-    std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::create(format);
-    if (!input || !input->valid_file(file) || !input->open(file, spec)) return nullptr;
-    return input;
-}
+// What the process that reads a picture's file hands over.
+struct ReadPicture {
+    explicit ReadPicture(std::pmr::memory_resource *memory) : headers(memory), description(memory), values(memory) {}
 
-PictureMetadata metadataOf(const OIIO::ImageSpec &spec) {
-    PictureMetadata metadata;
-    for (const MetadataHeader &header : kMetadataHeaders)
-        metadata.*header.member = spec.get_string_attribute(header.name);
-    return metadata;
+    bool isWithin(const SharedArena &arena) const {
+        const auto isHeld = [&](const std::pmr::string &text) { return arena.holds(text); };
+        return arena.holds(headers) && headers.size() == std::size(kMetadataHeaders) &&
+               std::all_of(headers.begin(), headers.end(), isHeld) && arena.holds(description) && arena.holds(values);
+    }
+
+    PictureMetadata metadata() const {
+        PictureMetadata metadata;
+        for (std::size_t i = 0; i < headers.size(); ++i) metadata.*kMetadataHeaders[i].member = headers[i];
+        return metadata;
+    }
+
+    bool isExr = false;
+    int width = 0, height = 0, channels = 0;
+    Region window;                              // of the pixels in the file
+    std::pmr::vector<std::pmr::string> headers; // in the order of kMetadataHeaders
+    std::pmr::string description;               // the format's own
+    std::pmr::vector<float> values;             // of the pixels of EXR files of four channels, if they are read
+};
+
+// Reads a picture in a process of its own; with its pixels if they can be a part's. InputError as readImage.
+std::shared_ptr<ReadPicture> readPicture(const std::string &file, bool withPixels) {
+    if (const auto reason = whyUnreadable(file)) throw InputError({.file = file}, *reason);
+    setUpImageLibrary();
+    return readApart<ReadPicture>(file, "the picture", [&](ReadPicture &read) {
+        const std::unique_ptr<OIIO::ImageInput> input = openImage(file);
+        const OIIO::ImageSpec &spec = input->spec();
+        for (const MetadataHeader &header : kMetadataHeaders)
+            read.headers.emplace_back(spec.get_string_attribute(header.name));
+        read.description = spec.get_string_attribute("ImageDescription");
+        read.isExr = std::string_view(input->format_name()) == "openexr";
+        read.width = spec.full_width;
+        read.height = spec.full_height;
+        read.channels = spec.nchannels;
+        read.window = {.left = spec.x, .top = spec.y, .right = spec.x + spec.width, .bottom = spec.y + spec.height};
+        if (!withPixels || !read.isExr || spec.nchannels != Picture::kChannels || spec.deep) return;
+        read.values.resize(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels));
+        if (!input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, read.values.data()))
+            throw InputError({.file = file}, "cannot be read: " + input->geterror());
+    });
 }
 
 bool parseSamples(const std::string &text, SamplesOfPart &samples) {
@@ -139,33 +174,34 @@ std::string samplesText(const SamplesOfPart &samples) {
 }
 
 std::string digestOfFile(const std::string &file) {
-    if (whyUnreadable(file)) return {};
-    OIIO::ImageSpec spec;
-    if (openAs("openexr", file, spec) || openAs("png", file, spec)) return metadataOf(spec).digest;
-    if (openAs("tiff", file, spec)) {
-        const std::string text = spec.get_string_attribute("ImageDescription");
-        if (text.starts_with(kDigestPrefix)) return text.substr(std::string_view(kDigestPrefix).size());
+    try {
+        const std::shared_ptr<ReadPicture> read = readPicture(file, false);
+        const std::string digest = read->metadata().digest;
+        const std::string_view description = read->description;
+        if (digest.empty() && description.starts_with(kDigestPrefix))
+            return std::string(description.substr(kDigestPrefix.size()));
+        return digest;
+    } catch (const InputError &) { // a file that cannot be read has no digest
+        return {};
     }
-    return {};
 }
 
 PartFile readPart(const std::string &file) {
     const auto fail = [&file](const std::string &why) { throw InputError({.file = file}, why); };
-    if (const auto reason = whyUnreadable(file)) fail(*reason);
-    OIIO::ImageSpec spec;
-    const std::unique_ptr<OIIO::ImageInput> input = openAs("openexr", file, spec);
-    if (!input) fail("is no EXR file");
-    PartFile part{.file = file, .picture = {}, .metadata = metadataOf(spec), .samples = {}};
+    const std::shared_ptr<ReadPicture> read = readPicture(file, true);
+    if (!read->isExr) fail("is no EXR file");
+    PartFile part{.file = file, .picture = {}, .metadata = read->metadata(), .samples = {}};
     if (part.metadata.digest.empty() || !parseSamples(part.metadata.samples, part.samples))
         fail("has no headers velm:scene and velm:samples, as pictures rendered by velm have");
-    if (spec.nchannels != Picture::kChannels) fail(fmt::format("has {} channels, not RGBA", spec.nchannels));
-    const Region window = {.left = spec.x, .top = spec.y, .right = spec.x + spec.width, .bottom = spec.y + spec.height};
-    const Region whole = {.left = 0, .top = 0, .right = spec.full_width, .bottom = spec.full_height};
+    if (read->channels != Picture::kChannels) fail(fmt::format("has {} channels, not RGBA", read->channels));
+    const Region &window = read->window, whole = {.left = 0, .top = 0, .right = read->width, .bottom = read->height};
     if (window.isEmpty() || intersection(window, whole) != window) fail("its data window does not lie in the picture");
-    part.picture = Picture(spec.full_width, spec.full_height, window);
-    if (!input->read_image(0, 0, 0, Picture::kChannels, OIIO::TypeDesc::FLOAT,
-                           part.picture.pixel(window.left, window.top)))
-        fail("cannot be read: " + input->geterror());
+    const auto row = static_cast<std::size_t>(window.width()) * Picture::kChannels;
+    if (read->values.size() != row * static_cast<std::size_t>(window.height())) refuseResult(file, "the picture");
+    part.picture = Picture(read->width, read->height, window);
+    for (int y = window.top; y < window.bottom; ++y)
+        std::copy_n(&read->values[row * static_cast<std::size_t>(y - window.top)], row,
+                    part.picture.pixel(window.left, y));
     return part;
 }
 

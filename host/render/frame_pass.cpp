@@ -4,6 +4,7 @@
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace velm::host {
@@ -30,11 +31,11 @@ struct FramePass::StopScope {
 FramePass::FramePass(const SampleRenderer &renderer, FrameTiles &tiles, Picture &picture, int step,
                      const MakeTileWorker &makeWorker)
     : renderer_(renderer), tiles_(tiles), picture_(picture), step_(step), makeWorker_(makeWorker),
-      finishedTiles_(static_cast<std::size_t>(tiles.count())), wentTooDeep_(1) {}
+      finishedTiles_(static_cast<std::size_t>(tiles.count())) {}
 
 void FramePass::run(Workers::In in, int workers, ProgressSink *sink, const std::stop_token &stop) {
-    // Sleeping for a while between reports costs less than waking up for every tile.
-    constexpr milliseconds kFirstRest{2}, kRest{50};
+    // Sleeping for a while between reports costs less than waking up for every tile. The first one comes soon.
+    constexpr milliseconds kShortestRest{2}, kLongestRest{50};
     results_ = SharedArray<WorkerResult>(static_cast<std::size_t>(workers));
     const std::stop_callback cancel(stop, [this] { progress_->stop = true; });
     const bool ownThreads = in == Workers::In::threads;
@@ -42,11 +43,12 @@ void FramePass::run(Workers::In in, int workers, ProgressSink *sink, const std::
     Workers crew(workers, in, work);
     const StopScope scope{progress_->stop};
     int reported = 0;
-    for (bool ended = false; !ended;) {
-        ended = crew.wait(reported == 0 ? kFirstRest : kRest);
+    milliseconds rest = sink ? kShortestRest : kLongestRest;
+    for (bool ended = false; !ended; rest = std::min(2 * rest, kLongestRest)) {
+        ended = crew.wait(rest);
         if (sink) reported = report(reported, *sink);
     }
-    if (wentTooDeep_[0]) detail::evaluationTooDeep();
+    if (progress_->wentTooDeep) detail::evaluationTooDeep();
 }
 
 WorkerResult FramePass::result() const {
@@ -84,7 +86,7 @@ void FramePass::work(int index, int threadIndex) {
             if (renderTile(*worker, state, slot, tile)) noteFinished(tile);
     });
     results_[static_cast<std::size_t>(index)] = {.rays = state.counts, .samples = state.samples};
-    if (detail::wasEvaluationTooDeep()) wentTooDeep_[0] = true;
+    if (detail::wasEvaluationTooDeep()) progress.wentTooDeep = true;
 }
 
 // False when it was stopped in the middle.

@@ -44,6 +44,7 @@ class FramePass {
         std::atomic<int> next = 0;     // tile to begin
         std::atomic<int> finished = 0; // tiles
         std::atomic<bool> stop = false;
+        std::atomic<bool> wentTooDeep = false; // evaluations were cut off
     };
     struct StopScope;
 
@@ -61,7 +62,6 @@ class FramePass {
     SharedRecord<Progress> progress_;
     SharedArray<std::atomic<int>> finishedTiles_; // one more than a tile's number, in the order of finishing
     SharedArray<WorkerResult> results_;           // by worker
-    SharedArray<std::atomic<bool>> wentTooDeep_;  // one element: evaluations were cut off
 };
 
 } // namespace velm::host

@@ -21,11 +21,6 @@ int workersFor(const RenderJob &job, int tiles) {
     return std::min({job.threads > 0 ? job.threads : usableProcessors(), most, tiles});
 }
 
-SceneServices servicesFor(const SampleRenderer &renderer, int threads) {
-    return {renderer.scene(), renderer.job(),        regionOf(renderer.job()),
-            threads,          renderer.cameraItem(), renderer.camera()};
-}
-
 // Whether nodes have a memory: whether a small picture that is rendered twice, from the same place in the random
 // stream, comes out differently. It is rendered in another process, so that the nodes of this one are as before.
 bool showMemory(const RenderSceneData &scene, RenderJob job, const NodeTraits &traits) {
@@ -49,8 +44,7 @@ bool showMemory(const RenderSceneData &scene, RenderJob job, const NodeTraits &t
                               &sums[time * kTilePixels], stop);
     };
     Workers crew(1, Workers::In::processes, work);
-    while (!crew.wait(std::chrono::milliseconds{50})) {
-    }
+    crew.waitForAll();
     return std::memcmp(&sums[0], &sums[kTilePixels], kTilePixels * sizeof(PixelSum)) != 0;
 }
 
@@ -143,6 +137,7 @@ bool FrameRenderer::renderPass(const RenderPass &pass, ProgressSink *sink, const
 }
 
 int FrameRenderer::samplesDone() const { return work_->samplesDone; }
+NotFinitePixels FrameRenderer::notFinite() const { return findNotFinite(work_->picture, work_->renderer); }
 const Picture &FrameRenderer::picture() const { return work_->picture; }
 Picture FrameRenderer::takePicture() { return std::move(work_->picture); }
 RenderStatistics FrameRenderer::statistics() const { return work_->statistics; }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/image/picture.h"
+#include "host/render/not_finite.h"
 #include "host/render/order/choose_order.h"
 #include "host/render/progress_sink.h"
 #include "host/render/sample_renderer.h"
@@ -71,6 +72,9 @@ class FrameRenderer {
     const Picture &picture() const;
     // The picture, for a FrameRenderer that is not used any more.
     Picture takePicture();
+
+    // Of the picture once it has all its samples. Throws as findNotFinite. [controller thread]
+    NotFinitePixels notFinite() const;
 
     // Of all passes so far.
     RenderStatistics statistics() const;

@@ -6,8 +6,9 @@
 namespace velm::host {
 
 struct Frame {
-    Picture picture;      // width by height; what is outside the region or was not reached is black
-    bool complete = true; // false when the sink cancelled
+    Picture picture;           // width by height; what is outside the region or was not reached is black
+    bool complete = true;      // false when the sink cancelled
+    NotFinitePixels notFinite; // of a complete picture
     RenderStatistics statistics;
 };
 

@@ -91,6 +91,11 @@ bool SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index, 
     return true;
 }
 
+SceneServices servicesFor(const SampleRenderer &renderer, int threads) {
+    const RenderJob &job = renderer.job();
+    return {renderer.scene(), job, regionOf(job), threads, renderer.cameraItem(), renderer.camera()};
+}
+
 DenormalsAreZero::DenormalsAreZero() : previous_(_mm_getcsr()) {
     _mm_setcsr(previous_ | _MM_FLUSH_ZERO_ON | _MM_DENORMALS_ZERO_ON);
 }

@@ -3,6 +3,7 @@
 
 #include "host/render/scene/camera.h"
 #include "host/render/scene/render_job.h"
+#include "host/render/services/scene_services.h"
 #include "host/render/tracing/ray_state.h"
 
 namespace velm::host {
@@ -39,6 +40,10 @@ class SampleRenderer {
     const Camera camera_;
     const bool allOpaque_;
 };
+
+// The services that describe the scene, for as long as the result lives; `threads` is what nodes are told. The renderer
+// has to outlive it. [between frames]
+SceneServices servicesFor(const SampleRenderer &renderer, int threads);
 
 // Makes the calling thread treat denormal numbers as zero while it lives, as Embree recommends: they are slow, and do
 // not matter to a picture.

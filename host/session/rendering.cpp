@@ -1,7 +1,11 @@
 #include "host/session/rendering.h"
 
+#include "host/base/names.h"
 #include "host/graph/node.h"
 #include "host/services/time.h"
+
+#include <fmt/format.h>
+#include <utility>
 
 namespace velm::host {
 
@@ -16,6 +20,20 @@ void warnOfCircle(const std::string &sceneFile, Warnings &warnings) {
                   .brief = "nodes that evaluate each other in a circle",
                   .message = "nodes evaluate each other in a circle, perhaps through a material store; the inputs at "
                              "which it was cut count as unconnected"});
+}
+
+void warnOfNotFinite(const NotFinitePixels &pixels, int frame, const std::string &sceneFile, Warnings &warnings) {
+    if (pixels.count == 0) return;
+    std::string path, source;
+    if (!pixels.node.empty()) {
+        path = pathTo(pathTo(pathTo("surfaces", pixels.surface), "nodes"), pixels.node);
+        source = fmt::format(", where the node {} gives such a value", inQuotes(pixels.node));
+    }
+    warnings.add({.location = {.file = sceneFile, .line = 0},
+                  .path = std::move(path),
+                  .brief = "pixels that are NaN or infinite",
+                  .message = fmt::format("frame {}: {} {} NaN or infinite, the first at {}, {}{}", frame, pixels.count,
+                                         pixels.count == 1 ? "pixel is" : "pixels are", pixels.x, pixels.y, source)});
 }
 
 } // namespace
@@ -49,7 +67,9 @@ Frame Rendering::render(RenderJob job, ProgressSink *sink) {
     prepare(job);
     Frame frame = renderFrame(session_.renderScene(), job, sink);
     order_ = frame.statistics.order; // the same for all frames
-    if (frame.complete) warnOfCircle(session_.scene().file, session_.warnings());
+    if (!frame.complete) return frame;
+    warnOfCircle(session_.scene().file, session_.warnings());
+    warnOfNotFinite(frame.notFinite, frame_, session_.scene().file, session_.warnings());
     return frame;
 }
 

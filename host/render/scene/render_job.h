@@ -4,6 +4,7 @@
 #include "host/base/limits.h"
 #include "host/base/region.h"
 #include "host/scene/format/description.h"
+#include "module/host.h"
 
 #include <cstdint>
 #include <string>
@@ -32,9 +33,9 @@ struct RenderJob {
     std::string camera; // name; empty: the first camera
     int niceness = 0;   // of the render threads, 0 to 19, on top of the process's own
     RenderOrder order = RenderOrder::automatic;
-    int initMode = 1;       // how the surfaces were initialised: kInitRender or kInitPreview
-    std::uint32_t seed = 0; // chooses one of many patterns of noise
-    bool lockNoise = false; // the same pattern in all frames
+    int initMode = kInitRender; // how the surfaces were initialised: kInitRender or kInitPreview
+    std::uint32_t seed = 0;     // chooses one of many patterns of noise
+    bool lockNoise = false;     // the same pattern in all frames
 };
 
 // Throws InputError for a job that makes no sense, such as a region outside of the picture.

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 namespace velm::host {
 
@@ -31,6 +32,11 @@ struct RayOrigin {
     const HostItem *item = nullptr; // the object or the camera
 };
 
+// Where a colour that is NaN or infinite comes from: names; empty where unknown.
+struct NotFiniteSource {
+    std::string surface, node;
+};
+
 struct RayState {
     const RenderSceneData *scene = nullptr; // null while the thread is not rendering
     RTCScene rayScene = nullptr, shadowScene = nullptr;
@@ -42,9 +48,10 @@ struct RayState {
     bool allOpaque = false; // no surface of the scene is transparent anywhere in this frame
     int threadIndex = 0;
     int pixelX = 0, pixelY = 0;
-    double spread = 0;           // growth of the footprint per metre of path
-    std::uint32_t seed = 0;      // of the current camera sample
-    std::uint32_t drawnSets = 0; // sets of light points drawn for the current camera sample
+    double spread = 0;                    // growth of the footprint per metre of path
+    std::uint32_t seed = 0;               // of the current camera sample
+    std::uint32_t drawnSets = 0;          // sets of light points drawn for the current camera sample
+    NotFiniteSource *notFinite = nullptr; // filled in by the first surface that has such a value; null: nobody asks
 };
 
 inline constinit thread_local RayState rayState;

@@ -1,5 +1,6 @@
 #include "host/render/tracing/shade.h"
 
+#include "host/graph/not_finite.h"
 #include "host/render/tracing/illumination.h"
 
 #include <algorithm>
@@ -56,6 +57,14 @@ Vec3 seenThrough(RayState &state, const ShadingSample &sample, const SurfaceValu
     return seen(state, position, refracted, to, kTraceRefraction, leaves ? kRayToOutside : 0);
 }
 
+void noteNotFinite(Surface &surface, ShadingSample &sample, NotFiniteSource &source) {
+    for (const auto &input : surface.network().root().inputs) {
+        if (!source.node.empty()) return;
+        if (const HostNode *node = sourceOfNotFinite(*input, &sample))
+            source = {.surface = surface.name(), .node = node->name};
+    }
+}
+
 } // namespace
 
 HitRules rulesOf(unsigned mode) {
@@ -87,7 +96,10 @@ Vec3 shadeHit(RayState &state, const RTCRayHit &ray, const IncomingRay &incoming
     RayOrigin origin;
     fillSample(state, ray, incoming, sample, origin);
     const RayOriginScope scope(state, origin);
-    values = state.scene->surfaceOf(ray.hit.geomID, ray.hit.primID).surface->evaluate(&sample);
+    Surface &surface = *state.scene->surfaceOf(ray.hit.geomID, ray.hit.primID).surface;
+    values = surface.evaluate(&sample);
+    if (state.notFinite) [[unlikely]]
+        noteNotFinite(surface, sample, *state.notFinite);
     return shade(state, sample, values);
 }
 
