@@ -3,13 +3,16 @@
 #include "bench/compare.h"
 #include "bench/plain_picture.h"
 #include "host/graph/listed_module.h"
+#include "host/guard/workers.h"
 #include "host/scene/read_scene.h"
 #include "host/session/rendering.h"
 
 #include <OpenImageIO/imagebuf.h>
 
+#include <chrono>
 #include <cmath>
 #include <filesystem>
+#include <functional>
 #include <stdexcept>
 
 namespace velm::host::bench {
@@ -53,8 +56,9 @@ class Fixture {
     Fixture &operator=(const Fixture &) = delete;
 
     // Millions of rays per second.
-    double byNodes(int threads) {
+    double byNodes(int threads, RenderOrder order = RenderOrder::repeatable) {
         job_.threads = threads;
+        job_.order = order;
         const RenderStatistics statistics = rendering_.render(job_).statistics;
         return static_cast<double>(statistics.rays.total()) / statistics.seconds / 1e6;
     }
@@ -81,6 +85,15 @@ class Fixture {
     PlainShader shader_;
 };
 
+// Milliseconds from the start to the end of a worker that does nothing.
+double startOfWorker(Workers::In in) {
+    constexpr int kWorkers = 16;
+    const std::function<void(int)> nothing = [](int) {};
+    const auto begin = std::chrono::steady_clock::now();
+    Workers(kWorkers, in, nothing).waitForAll();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count() / kWorkers;
+}
+
 void compareOcclusion(Table &table, const SceneDescription &demonstration) {
     const auto occlusion = [&](const char *output, const std::vector<SettingDescription> &settings) {
         return shadedBy(demonstration, "Velm Ambient Occlusion", output, settings);
@@ -90,12 +103,29 @@ void compareOcclusion(Table &table, const SceneDescription &demonstration) {
         fixture.compare(table, "occlusion, 27 random rays", 1, 0.95);
         fixture.compare(table, "occlusion, 27 random rays", 2, 0.90);
         table.compare(
-            {.what = "occlusion, 27 random rays, 2 threads",
-             .against = "our own single thread",
+            {.what = "occlusion, 27 random rays, 2 workers",
+             .against = "one worker",
              .unit = "Mrays/s",
              .goal = Goal::ratioAtLeast,
-             .target = 1.85},
+             .target = 1.95},
             kRounds, [&] { return fixture.byNodes(2); }, [&] { return fixture.byNodes(1); });
+        for (const int workers : {1, 2})
+            table.compare(
+                {.what = "occlusion, 27 random rays, repeatable order, " + std::to_string(workers),
+                 .against = "classic order",
+                 .unit = "Mrays/s",
+                 .goal = Goal::ratioAtLeast,
+                 .target = 0.98},
+                kRounds, [&] { return fixture.byNodes(workers); },
+                [&] { return fixture.byNodes(workers, RenderOrder::classic); });
+        table.compare(
+            {.what = "start and end of a worker",
+             .against = "a thread",
+             .unit = "ms",
+             .goal = Goal::differenceAtMost,
+             .target = 5},
+            kRounds, [] { return startOfWorker(Workers::In::processes); },
+            [] { return startOfWorker(Workers::In::threads); });
     }
     {
         Fixture fixture(occlusion("Color", {setting("Color Mode", std::string("Backdrop")),
