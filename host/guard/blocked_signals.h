@@ -17,6 +17,8 @@ class BlockedSignals {
     BlockedSignals(const BlockedSignals &) = delete;
     BlockedSignals &operator=(const BlockedSignals &) = delete;
 
+    // Whether a signal is one of these.
+    bool has(int signal) const { return sigismember(&blocked_, signal) == 1; }
     // The next of these signals; nothing if none arrives within so many seconds.
     std::optional<siginfo_t> next(double seconds) const;
     // A new descriptor, which the caller closes: readable while one of these signals is pending, which `next` then

@@ -1,5 +1,6 @@
 #include "host/guard/crash_text.h"
 
+#include "host/base/error.h"
 #include "host/guard/crash_signals.h"
 
 #include <fmt/format.h>
@@ -17,6 +18,11 @@ std::string signalText(int signal) {
     std::string text = known ? known : "signal " + std::to_string(signal);
     text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
     return text;
+}
+
+std::string signalName(int signal) {
+    const char *name = sigabbrev_np(signal);
+    return name ? fmt::format("SIG{}", name) : fmt::format("signal {}", signal);
 }
 
 namespace {
@@ -73,30 +79,42 @@ CrashText unrecorded(const CallRecord &record, const std::string &what) {
     return {.text = what + "; no call of the module was in progress", .isOfModule = false};
 }
 
+// For a process to which a signal has happened that no handler has recorded.
+CrashText signalled(const CallRecord &record, const std::string &what) {
+    CrashText signalled = unrecorded(record, what);
+    if (!signalled.isOfModule) signalled.text = fmt::format("{}: the process {}", record.module, signalled.text);
+    return signalled;
+}
+
 bool isCrashSignal(int signal) { return std::ranges::find(kCrashSignals, signal) != kCrashSignals.end(); }
 
 } // namespace
 
-std::optional<CrashText> crashText(const CallRecord &record, int status) {
+void throwCrash(const CrashText &crash) {
+    if (crash.isOfModule) throw ModuleError(crash.text);
+    throw MachineError(crash.text);
+}
+
+CrashText crashText(const CallRecord &record, int status) {
     if (record.crash.filled.load()) return recorded(record);
     if (WIFEXITED(status))
         return unrecorded(record, "ended the process with status " + std::to_string(WEXITSTATUS(status)));
     const int signal = WTERMSIG(status);
     if (signal == SIGKILL) return unrecorded(record, "was killed, perhaps because memory ran out,");
     if (isCrashSignal(signal)) return unrecorded(record, "crashed (" + signalText(signal) + ')');
-    return std::nullopt;
+    return signalled(record, "was ended by " + signalName(signal));
 }
 
 CrashText stopText(const CallRecord &record, int signal) {
-    const char *name = sigabbrev_np(signal);
-    CrashText stop = unrecorded(record, name ? fmt::format("was stopped by SIG{}", name) : "was stopped");
-    if (!stop.isOfModule) stop.text = fmt::format("{}: the process {}", record.module, stop.text);
-    return stop;
+    return signalled(record, "was stopped by " + signalName(signal));
 }
 
 std::string endText(int status) {
     if (WIFEXITED(status)) return fmt::format("ended with status {}", WEXITSTATUS(status));
-    return WTERMSIG(status) == SIGKILL ? "was ended" : fmt::format("crashed ({})", signalText(WTERMSIG(status)));
+    const int signal = WTERMSIG(status);
+    if (signal == SIGKILL) return "was ended";
+    return isCrashSignal(signal) ? fmt::format("crashed ({})", signalText(signal))
+                                 : "was ended by " + signalName(signal);
 }
 
 std::string overwrittenText(const std::string &module, const std::string &end) {

@@ -4,24 +4,28 @@
 
 #include "host/guard/call_record.h"
 
-#include <optional>
 #include <string>
 
 namespace velm::host {
 
-// The name of a signal, in lower case: "segmentation fault".
+// What a signal means, in lower case: "segmentation fault".
 std::string signalText(int signal);
+// The name of a signal: "SIGSEGV"; "signal 40" for one without a name.
+std::string signalName(int signal);
 
 struct CrashText {
     std::string text; // "velm.p: server "Velm Counter" crashed (segmentation fault) in evaluate, thread 1"
     bool isOfModule;  // false: no code of the module was running, so that the module is not to blame
 };
 
+// Throws the text as a ModuleError, or as a MachineError if the module is not to blame.
+[[noreturn]] void throwCrash(const CrashText &crash);
+
 // All records are copies, made by copyRecord.
 
 // Describes the end of a process that ended without setting `finished`. `record` is its call record, `status` the
-// status that waitpid gave. Nothing if it was ended on purpose, by a signal such as SIGTERM.
-std::optional<CrashText> crashText(const CallRecord &record, int status);
+// status that waitpid gave.
+CrashText crashText(const CallRecord &record, int status);
 
 // Describes where a process that still runs is hanging: in the call of the interface thread, else at the call site that
 // a render thread answered, or is assumed to be at if it did not answer. Empty if no thread is in the module's code.

@@ -16,13 +16,16 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bitset>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <memory>
-#include <optional>
+#include <string>
 
 namespace velm::host {
 
@@ -33,11 +36,22 @@ using Seconds = std::chrono::duration<double>;
 
 constexpr double kLongestTick = 1, kShortestTick = 0.01; // seconds between two checks for progress
 constexpr double kTicksInALimit = 10;
-constexpr double kAnswerTime = 1; // seconds that threads have to answer where they are
-constexpr double kCrashTime = 10; // seconds that a process that crashed has to end
+constexpr double kAnswerTime = 1;   // seconds that threads have to answer where they are
+constexpr double kCrashTime = 10;   // seconds that a process that crashed has to end
+constexpr double kSignalTime = 0.5; // seconds within which a signal to both processes reaches the second one
 
 // A terminal's signals come from the kernel, and reach every process of the foreground group by themselves.
 bool isFromTerminal(const siginfo_t &info) { return info.si_code == SI_KERNEL; }
+
+// The parent of a process; 0 if there is no such process.
+pid_t parentOf(pid_t process) {
+    std::ifstream file(fmt::format("/proc/{}/stat", process));
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::size_t nameEnd = text.rfind(')'); // the name itself may contain anything
+    pid_t parent = 0;
+    if (nameEnd != std::string::npos) std::sscanf(text.c_str() + nameEnd, ") %*c %d", &parent);
+    return parent;
+}
 
 class Guard {
   public:
@@ -79,6 +93,7 @@ class Guard {
     }
 
     void handle(const siginfo_t &info) {
+        received_.set(static_cast<std::size_t>(info.si_signo));
         switch (info.si_signo) {
         case SIGCHLD:
             noteChild();
@@ -86,7 +101,7 @@ class Guard {
             break;
         case SIGINT:
         case SIGQUIT:
-            if (!isFromTerminal(info)) kill(process_, info.si_signo);
+            if (!ended_ && !isFromTerminal(info)) kill(process_, info.si_signo);
             break;
         default: // the other process would not remove its unfinished file
             end();
@@ -133,10 +148,10 @@ class Guard {
     void handleHang() {
         idleTime_ = 0;
         if (stopSignal_ != 0) {
-            const CrashText stop = stopText(*copiedRecord(), stopSignal_);
+            CrashText stop = stopText(*copiedRecord(), stopSignal_);
             end();
-            fail({.text = fmt::format("{}: not continued for {:g} s", stop.text, limit_),
-                  .isOfModule = stop.isOfModule});
+            stop.text += fmt::format(": not continued for {:g} s", limit_);
+            throwCrash(stop);
         }
         if (!record_->slots[0].call.load()) askThreads();
         if (ended_) return;
@@ -150,14 +165,18 @@ class Guard {
     void askThreads() {
         for (CallSlot &slot : record_->slots) {
             slot.answered.store(false);
-            const int thread = slot.thread.load();
-            if (thread != 0) syscall(SYS_tgkill, slot.process.load(), thread, callSiteSignal());
+            const int thread = slot.thread.load(), process = slot.process.load();
+            if (thread != 0 && isWatched(process)) syscall(SYS_tgkill, process, thread, callSiteSignal());
         }
         const auto isUnanswered = [](const CallSlot &slot) { return slot.thread.load() != 0 && !slot.answered.load(); };
         const auto deadline = Clock::now() + Seconds(kAnswerTime);
         while (Clock::now() < deadline && std::ranges::any_of(record_->slots, isUnanswered))
             if (const auto info = signals_.next(kShortestTick)) handle(*info);
     }
+
+    // Whether this is the other process or a worker that it has forked. A module may have written any number into the
+    // record.
+    bool isWatched(pid_t process) const { return process == process_ || parentOf(process) == process_; }
 
     // Kills the other process if it still runs, and clears up after it.
     void end() {
@@ -189,18 +208,23 @@ class Guard {
         return copy;
     }
 
-    [[noreturn]] static void fail(const CrashText &crash) {
-        if (crash.isOfModule) throw ModuleError(crash.text);
-        throw MachineError(crash.text);
-    }
-
     // The status of the work, once the other process has ended; an exception if it ended otherwise.
     int result() {
         const int finished = record_->finished.load();
         if (WIFEXITED(status_) && finished == WEXITSTATUS(status_) + 1) return finished - 1;
-        const std::optional<CrashText> crash = crashText(*copiedRecord(), status_);
-        if (!crash) signals_.dieOf(WTERMSIG(status_));
-        fail(*crash);
+        if (WIFSIGNALED(status_) && isForBoth(WTERMSIG(status_))) signals_.dieOf(WTERMSIG(status_));
+        throwCrash(crashText(*copiedRecord(), status_));
+    }
+
+    // Whether the signal that ended the other process is to end this one, too: if this one has received it as well, or
+    // does so within a moment, since batch systems send a signal to one process after the other. SIGPIPE says that
+    // nobody reads the output any more.
+    bool isForBoth(int signal) {
+        const auto number = static_cast<std::size_t>(signal);
+        const auto deadline = Clock::now() + Seconds(kSignalTime);
+        while (signals_.has(signal) && !received_.test(number) && Clock::now() < deadline)
+            if (const auto info = signals_.next(kShortestTick)) handle(*info);
+        return received_.test(number) || signal == SIGPIPE;
     }
 
     const std::string module_; // the record's own may be overwritten
@@ -212,7 +236,8 @@ class Guard {
     pid_t process_ = -1;
     int status_ = 0; // of the other process, once it has ended
     bool ended_ = false;
-    int stopSignal_ = 0; // that has stopped the other process; 0: it is not stopped
+    std::bitset<NSIG> received_; // the signals that this process has received
+    int stopSignal_ = 0;         // that has stopped the other process; 0: it is not stopped
     Clock::time_point lastCheck_ = Clock::now();
     std::uint64_t steps_ = 0;
     double idleTime_ = 0; // seconds without progress in a call

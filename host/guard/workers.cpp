@@ -19,7 +19,6 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -51,7 +50,7 @@ std::string systemReason() { return std::strerror(errno); }
     CallRecord &record = callRecord();
     const auto copy = std::make_unique<CallRecord>();
     if (!copyRecord(record, *copy)) throw ModuleError(overwrittenText(namedModule(), endText(status)));
-    const std::optional<CrashText> crash = crashText(*copy, status);
+    const CrashText crash = crashText(*copy, status);
     for (CallSlot &slot : record.slots) {
         if (slot.process.load() != process) continue;
         slot.call.store(nullptr);
@@ -59,9 +58,7 @@ std::string systemReason() { return std::strerror(errno); }
     }
     record.crash.filled.store(false);
     record.crash.thread.store(0);
-    if (!crash) throw MachineError("a render process was ended by signal " + std::to_string(WTERMSIG(status)));
-    if (crash->isOfModule) throw ModuleError(crash->text);
-    throw MachineError(crash->text);
+    throwCrash(crash);
 }
 
 } // namespace
@@ -131,7 +128,11 @@ void Workers::reap(int options) {
     for (std::size_t i = 0; i < processes_.size(); ++i) {
         Process &process = processes_[i];
         int status = 0;
-        if (!process.running || waitpid(process.id, &status, options) != process.id) continue;
+        if (!process.running) continue;
+        const pid_t found = waitpid(process.id, &status, options);
+        // Its status is lost if the module has waited for it, or has SIGCHLD ignored.
+        const bool isLost = found < 0 && errno == ECHILD;
+        if (found != process.id && !isLost) continue;
         process.running = false;
         // One that ended without doing its work was ended by the module: by _exit, or by ending its only thread.
         if (WIFEXITED(status) && WEXITSTATUS(status) == 0 && done_[i].load()) continue;

@@ -169,21 +169,17 @@ TEST(Guarded, LeavesNoUnfinishedFile) {
 
 // ---- Processes that the work leaves behind -------------------------------------------------------------------------
 
-[[noreturn]] void sleepForEver() {
-    for (;;) pause();
-}
-
 // Forks a process that never ends, and one in a session of its own whose parent has ended. Their numbers go to `known`.
 void leaveProcesses(std::atomic<pid_t> *known) {
     const pid_t child = fork();
-    if (child == 0) sleepForEver();
+    if (child == 0) hang();
     known[0] = child;
     const pid_t between = fork();
     if (between == 0) {
         setsid();
         if (fork() == 0) {
             known[1] = getpid();
-            sleepForEver();
+            hang();
         }
         _exit(0);
     }
@@ -222,7 +218,7 @@ TEST(Guarded, LeavesNoProcess) {
 
 TEST(Guarded, KillsNoProcessOfOthers) {
     const pid_t before = fork();
-    if (before == 0) sleepForEver();
+    if (before == 0) hang();
     const SharedRecord<Known> known;
     guarded([&] {
         leaveProcesses(known->processes);
@@ -279,12 +275,30 @@ TEST(Guarded, ReportsAThreadThatTheModuleHasEnded) {
                       SlotScope slot(2);
                       slot.run([] { pthread_exit(nullptr); });
                   }).detach();
-                  sleepForEver();
+                  hang();
               }),
               "some.p: server \"Leaver\" ended the thread by pthread_exit in evaluate, thread 2");
     EXPECT_EQ(
         errorOf<ModuleError>([] { callModule(numberOfServer("Leaver"), "create", [] { pthread_exit(nullptr); }); }),
         "some.p: server \"Leaver\" ended the thread by pthread_exit in create");
+}
+
+// A module may write anything into the record, and so the numbers of a process and a thread that are not velm's.
+TEST(Guarded, AsksNoThreadOfOtherProcesses) {
+    const pid_t other = fork();
+    if (other == 0) hang();
+    EXPECT_EQ(errorOf<ModuleError>(
+                  [other] {
+                      { const CallScope call(numberOfServer("Scribbler"), "create"); }
+                      callRecord().slots[1].process.store(other);
+                      callRecord().slots[1].thread.store(other);
+                      hang();
+                  },
+                  kQuick),
+              "some.p: server \"Scribbler\" hangs in evaluate, thread 0: no progress for 0.1 s");
+    EXPECT_EQ(waitpid(other, nullptr, WNOHANG), 0) << "it has ended";
+    kill(other, SIGKILL);
+    waitpid(other, nullptr, 0);
 }
 
 // ---- What a module does to its host --------------------------------------------------------------------------------
@@ -320,7 +334,55 @@ TEST(Guarded, NamesTheModuleWhoseThreadCrashesWhileItIsLoaded) {
               "some.p: the module crashed (segmentation fault) in loading the module, on a thread of its own");
 }
 
-// ---- Signals that are ignored --------------------------------------------------------------------------------------
+// ---- Signals that end programs -------------------------------------------------------------------------------------
+
+TEST(Guarded, ReportsSignalsThatTheModuleSends) {
+    const auto endBy = [](int signal) {
+        return errorOf<ModuleError>([signal] {
+            const CallScope call(numberOfServer("Sender"), "create");
+            kill(getpid(), signal);
+            hang();
+        });
+    };
+    EXPECT_EQ(endBy(SIGTERM), "some.p: server \"Sender\" was ended by SIGTERM in create");
+    EXPECT_EQ(endBy(SIGINT), "some.p: server \"Sender\" was ended by SIGINT in create");
+    EXPECT_EQ(endBy(SIGALRM), "some.p: server \"Sender\" was ended by SIGALRM in create");
+    EXPECT_EQ(errorOf<MachineError>([] { raise(SIGTERM); }),
+              "some.p: the process was ended by SIGTERM; no call of the module was in progress");
+}
+
+// Runs work under a guard in another process, and calls `send(guard, worker)` with the numbers of both processes once
+// the work has begun. Returns the signal that ended the guard; 0 if none did.
+int signalThatEnds(const std::function<void()> &work, const std::function<void(pid_t, pid_t)> &send) {
+    const SharedRecord<Known> known;
+    const pid_t guard = fork();
+    if (guard == 0)
+        _exit(guarded([&] {
+            known->processes[0] = getpid();
+            work();
+            return 0;
+        }));
+    while (known->processes[0] == 0) usleep(1000);
+    send(guard, known->processes[0]);
+    int status = 0;
+    waitpid(guard, &status, 0);
+    return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+}
+
+TEST(Guarded, EndsByTheSignalThatEndsBothProcesses) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
+        EXPECT_EQ(signalThatEnds(hang, [signal](pid_t guard, pid_t) { kill(guard, signal); }), signal);
+        EXPECT_EQ(signalThatEnds(hang,
+                                 [signal](pid_t guard, pid_t worker) {
+                                     kill(worker, signal);
+                                     usleep(50000);
+                                     kill(guard, signal);
+                                 }),
+                  signal)
+            << "sent to one after the other";
+    }
+    EXPECT_EQ(signalThatEnds([] { raise(SIGPIPE); }, [](pid_t, pid_t) {}), SIGPIPE);
+}
 
 TEST(Guarded, KeepsIgnoringSignals) {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGQUIT}) {

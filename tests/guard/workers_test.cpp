@@ -15,6 +15,7 @@
 #include <functional>
 #include <sched.h>
 #include <set>
+#include <stdexcept>
 #include <string>
 
 namespace velm::host::test {
@@ -88,7 +89,20 @@ TEST(Workers, NoticesAProcessThatEndsWithoutDoingItsWork) {
               "faulty.p: server \"Velm Faulty\" ended the process by exit in evaluate, thread 0");
     EXPECT_EQ(ends([] { std::raise(SIGKILL); }),
               "faulty.p: server \"Velm Faulty\" was killed, perhaps because memory ran out, in evaluate");
-    EXPECT_EQ(ends([] { std::raise(SIGTERM); }), "a render process was ended by signal 15");
+    EXPECT_EQ(ends([] { std::raise(SIGTERM); }), "faulty.p: server \"Velm Faulty\" was ended by SIGTERM in evaluate");
+}
+
+// The system then keeps no status of processes that have ended.
+TEST(Workers, NoticesTheEndOfAProcessWithoutItsStatus) {
+    const std::function<void(int)> work = [](int) {
+        usleep(100000);
+        _exit(1);
+    };
+    Workers workers(1, Workers::In::processes, work);
+    const auto before = std::signal(SIGCHLD, SIG_IGN);
+    EXPECT_THROW(for (int waits = 0; waits < 100; ++waits) workers.wait(std::chrono::milliseconds{50}),
+                 std::runtime_error);
+    std::signal(SIGCHLD, before);
 }
 
 TEST(Workers, AfterACrashTheNextOnesWork) {
