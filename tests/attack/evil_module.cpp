@@ -3,6 +3,7 @@
 #include "module/host.h"
 
 #include "tests/attack/faults.h"
+#include "tests/module/small_module.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -12,9 +13,9 @@ namespace {
 
 using evil::answer;
 using evil::lastNode;
-using evil::outputs;
+using small_module::inputs;
+using small_module::outputs;
 
-const HostNodeInputFuncs *inputs;
 const HostPanelFuncs *panels;
 
 [[gnu::noinline]] void faultAt(const char *place) {
@@ -35,8 +36,7 @@ struct AtLoad {
 // ---- The node ----
 
 struct Instance {
-    HostInput *in;
-    HostOutput *out;
+    small_module::Connections connections;
     HostPanel *panel;
     int amount;
 };
@@ -49,8 +49,7 @@ void *create(void *, void *node, const char **error) {
         *error = answer;
         return nullptr;
     }
-    own->in = inputs->create(static_cast<HostNode *>(node), kConnectColour, "In", nullptr);
-    own->out = outputs->create(static_cast<HostNode *>(node), kConnectColour, "Color");
+    own->connections = small_module::connect(node, "Color");
     return own;
 }
 
@@ -91,7 +90,7 @@ void cleanup(void *) { faultAt("cleanup"); }
 
 void evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     double colour[3] = {0.5, 0.2, 0.1};
-    inputs->evaluate(static_cast<Instance *>(instance)->in, sample, colour);
+    inputs->evaluate(static_cast<Instance *>(instance)->connections.in, sample, colour);
     faultAt("evaluate");
     outputs->setValue(value, colour);
 }
@@ -137,10 +136,7 @@ int activatePanel(int version, HostLookup *lookup, void *local, void *) {
 
 int activate(int version, HostLookup *lookup, void *local, void *) {
     faultAt("activate");
-    if (version != kNodeHandlerVersion) return kActivateBadVersion;
-    inputs = static_cast<const HostNodeInputFuncs *>(lookup(HOST_NODE_INPUT_FUNCS, kUseTransient));
-    outputs = static_cast<const HostNodeOutputFuncs *>(lookup(HOST_NODE_OUTPUT_FUNCS, kUseTransient));
-    if (!inputs || !outputs) return kActivateBadGlobal;
+    if (const int result = small_module::lookUpConnections(version, lookup); result != kActivateOk) return result;
     auto *handler = static_cast<HostNodeHandler *>(local);
     *handler->instance = {.priv = nullptr,
                           .create = create,
@@ -171,11 +167,4 @@ void shutdown(void *) { faultAt("shutdown"); }
 
 } // namespace
 
-HostModuleDescriptor _mod_descrip = {
-    .syncWord = kModuleSyncWord,
-    .version = kModuleVersion,
-    .platform = kPlatformMacintosh,
-    .startup = startup,
-    .shutdown = shutdown,
-    .servers = kServers,
-};
+constinit HostModuleDescriptor _mod_descrip = small_module::descriptor(kServers, startup, shutdown);

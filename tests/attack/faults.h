@@ -4,6 +4,9 @@
 
 #include "module/host.h"
 
+#include "tests/module/harm.h"
+#include "tests/module/small_module.h"
+
 #include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
@@ -31,49 +34,19 @@ extern "C" __attribute__((visibility("default"))) HostModuleDescriptor _mod_desc
 
 namespace evil {
 
-inline const HostNodeOutputFuncs *outputs = nullptr;
+using namespace harm;
+using small_module::outputs;
+
 inline void *lastNode = nullptr;
 
 // What callbacks that can fail answer with, once a fault has set it.
 inline HostError answer = nullptr;
 
-template <class Type>
-Type *wild() {
-    return reinterpret_cast<Type *>(std::uintptr_t{0x12345678});
-}
-
 // ---- Crashes ----
-
-inline void crash() {
-    volatile int *volatile nowhere = nullptr;
-    *nowhere = 1;
-}
-
-inline void callNothing() {
-    void (*volatile nothing)() = nullptr;
-    nothing();
-}
 
 inline void callAnything() {
     void (*volatile anything)() = reinterpret_cast<void (*)()>(std::uintptr_t{0x12345678});
     anything();
-}
-
-inline void divide() {
-    volatile int seven = 7, zero = 0;
-    volatile int result = seven / zero;
-    static_cast<void>(result);
-}
-
-inline int deeper(volatile int *from) {
-    volatile int room[1000];
-    room[0] = *from + 1;
-    return room[0] == 0 ? 0 : deeper(room) + room[0];
-}
-
-inline void recurse() {
-    volatile int none = 0;
-    deeper(&none);
 }
 
 // Reads a page of a file that is too short for it.
@@ -119,15 +92,6 @@ inline void overrunHeap() {
 }
 
 // ---- Ends, hangs and hunger ----
-
-inline void sleepForEver() {
-    for (;;) sleep(1);
-}
-
-inline void spin() {
-    for (volatile bool on = true; on;) {
-    }
-}
 
 inline void lockTwice() {
     pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
@@ -223,20 +187,6 @@ inline void limitFiles() {
 inline void flood(std::FILE *stream) {
     for (int i = 0; i < 20000; ++i) std::fprintf(stream, "velm: all is well %d\n", i);
     std::fflush(stream);
-}
-
-// Overwrites all memory that this process shares with others, which holds the host's record of calls.
-inline void overwriteShared(int byte) {
-    std::FILE *maps = std::fopen("/proc/self/maps", "r");
-    if (!maps) return;
-    char line[512];
-    while (std::fgets(line, sizeof line, maps)) {
-        unsigned long from = 0, to = 0;
-        char access[8] = "";
-        if (std::sscanf(line, "%lx-%lx %7s", &from, &to, access) == 3 && access[1] == 'w' && access[3] == 's')
-            std::memset(reinterpret_cast<void *>(from), byte, to - from);
-    }
-    std::fclose(maps);
 }
 
 inline void overwriteTables() {

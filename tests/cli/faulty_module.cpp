@@ -4,6 +4,9 @@
 // never.
 #include "module/host.h"
 
+#include "tests/module/harm.h"
+#include "tests/module/small_module.h"
+
 #include <fenv.h>
 #include <pthread.h>
 #include <signal.h>
@@ -19,41 +22,10 @@
 
 namespace {
 
-const HostNodeInputFuncs *inputs;
-const HostNodeOutputFuncs *outputs;
+using namespace harm;
+using small_module::Connections;
 
 // ---- Faults ----
-
-int deeper(volatile int *from) {
-    volatile int room[1000];
-    room[0] = *from + 1;
-    return room[0] == 0 ? 0 : deeper(room) + room[0];
-}
-
-void callNothing() {
-    void (*volatile nothing)() = nullptr;
-    nothing();
-}
-
-void crash() {
-    volatile int *volatile nowhere = nullptr;
-    *nowhere = 1;
-}
-
-void divide() {
-    volatile int seven = 7, zero = 0;
-    volatile int result = seven / zero;
-    static_cast<void>(result);
-}
-
-void recurse() {
-    volatile int none = 0;
-    deeper(&none);
-}
-
-[[noreturn]] void hang() {
-    for (;;) sleep(1);
-}
 
 [[noreturn]] void throwError() { throw std::runtime_error("no luck"); }
 
@@ -82,7 +54,7 @@ constexpr Fault kFaults[] = {
     {"abort", [] { std::abort(); }},
     {"exit", [] { std::exit(0); }},
     {"_exit", [] { _exit(0); }},
-    {"hang", hang},
+    {"hang", sleepForEver},
     {"throw", throwError},
     {"terminate", [] { std::terminate(); }},
     {"move", [] { static_cast<void>(chdir("/") == 0); }},
@@ -91,22 +63,13 @@ constexpr Fault kFaults[] = {
     {"ignore", [] { signal(SIGINT, SIG_IGN); }},
     {"leave", [] { pthread_exit(nullptr); }},
     {"stop", [] { kill(getpid(), SIGSTOP); }},
-    {"busy",
-     [] {
-         for (volatile bool on = true; on;) {
-         }
-     }},
+    {"busy", spin},
 };
 
 // Whether VELM_FAULT is this text.
 bool isFault(const char *text) {
     const char *wanted = std::getenv("VELM_FAULT");
     return wanted && std::strcmp(wanted, text) == 0;
-}
-
-template <class Type>
-Type *wild() {
-    return reinterpret_cast<Type *>(16);
 }
 
 // The error that a callback reports: "wild load", for example, an address without a text; "long load", a megabyte.
@@ -151,16 +114,9 @@ void failOnTheSecondThread(int thread, const char *callback) {
 
 // ---- Nodes ----
 
-struct Instance {
-    HostInput *in;
-    HostOutput *out;
-};
-
 void *make(void *node) {
-    auto *own = static_cast<Instance *>(std::malloc(sizeof(Instance)));
-    if (!own) return nullptr;
-    own->in = inputs->create(static_cast<HostNode *>(node), kConnectColour, "In", nullptr);
-    own->out = outputs->create(static_cast<HostNode *>(node), kConnectColour, "Out");
+    auto *own = static_cast<Connections *>(std::malloc(sizeof(Connections)));
+    if (own) *own = small_module::connect(node, "Out");
     return own;
 }
 
@@ -196,8 +152,7 @@ void cleanup(void *) { faultAt("cleanup"); }
 
 void passThrough(void *instance, ShadingSample *sample, HostNodeValue *value) {
     double colour[3] = {1, 1, 1};
-    inputs->evaluate(static_cast<Instance *>(instance)->in, sample, colour);
-    outputs->setValue(value, colour);
+    small_module::passThrough(*static_cast<Connections *>(instance), sample, value, colour);
 }
 
 void evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
@@ -222,10 +177,7 @@ void evaluateTail(void *instance, ShadingSample *sample, HostOutput *output, Hos
 // ---- Activation ----
 
 int activateWith(int version, HostLookup *lookup, void *local, decltype(&evaluate) evaluation) {
-    if (version != kNodeHandlerVersion) return kActivateBadVersion;
-    inputs = static_cast<const HostNodeInputFuncs *>(lookup(HOST_NODE_INPUT_FUNCS, kUseTransient));
-    outputs = static_cast<const HostNodeOutputFuncs *>(lookup(HOST_NODE_OUTPUT_FUNCS, kUseTransient));
-    if (!inputs || !outputs) return kActivateBadGlobal;
+    if (const int result = small_module::lookUpConnections(version, lookup); result != kActivateOk) return result;
     auto *handler = static_cast<HostNodeHandler *>(local);
     handler->instance->create = createSound;
     handler->instance->destroy = destroySound;
@@ -272,11 +224,5 @@ void shutdown(void *) { faultAt("shutdown"); }
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const HostModuleDescriptor _mod_descrip = {
-    .syncWord = kModuleSyncWord,
-    .version = kModuleVersion,
-    .platform = kPlatformMacintosh,
-    .startup = startup,
-    .shutdown = shutdown,
-    .servers = servers,
-};
+extern "C" __attribute__((visibility("default"))) const HostModuleDescriptor _mod_descrip =
+    small_module::descriptor(servers, startup, shutdown);

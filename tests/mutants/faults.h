@@ -280,7 +280,7 @@ inline void evaluating(const HostNodeFuncs *nodes, HostNode *node, ShadingSample
     if (is(kExits)) std::exit(0);
     if (is(kEndsItsThread)) pthread_exit(nullptr);
     if (is(kLeavesProcesses)) leaveProcesses();
-    if (is(kOverwritesRecord)) overwriteSharedMemory();
+    if (is(kOverwritesRecord)) overwriteRecord();
     if (is(kAllocates)) {
         void *volatile room = std::calloc(1, 10); // volatile, or the compiler removes the pair of calls
         std::free(room);

@@ -3,6 +3,7 @@
 // any.
 #include "module/host.h"
 
+#include "tests/module/small_module.h"
 #include "tests/mutants/faults.h"
 #include "tests/mutants/sequences.h"
 
@@ -10,6 +11,10 @@
 #include <cstring>
 
 namespace {
+
+using small_module::Connections;
+using small_module::inputs;
+using small_module::outputs;
 
 struct Sum {
     HostNode *node;
@@ -27,8 +32,6 @@ struct Sum {
 };
 
 const HostNodeFuncs *nodes;
-const HostNodeInputFuncs *inputs;
-const HostNodeOutputFuncs *outputs;
 const HostVParmFuncs *parameters;
 const HostEnvelopeFuncs *envelopes;
 const HostPanelFuncs *panels;
@@ -203,19 +206,13 @@ HostPanel *panelOf(Sum &own) {
 }
 
 // The second node passes its input through.
-struct Pass {
-    HostInput *in;
-    HostOutput *out;
-};
-
 void *createPass(void *, void *node, const char **error) {
-    auto *own = static_cast<Pass *>(std::malloc(sizeof(Pass)));
+    auto *own = static_cast<Connections *>(std::malloc(sizeof(Connections)));
     if (!own) {
         *error = "Out of memory.";
         return nullptr;
     }
-    own->in = inputs->create(static_cast<HostNode *>(node), kConnectColour, "In", nullptr);
-    own->out = outputs->create(static_cast<HostNode *>(node), kConnectColour, "Out");
+    *own = small_module::connect(node, "Out");
     return own;
 }
 
@@ -226,8 +223,7 @@ HostError saveNothing(void *, const HostSaveState *) { return nullptr; }
 
 void evaluatePass(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
     double colour[3] = {sample->position[0], sample->position[1], sample->position[2]};
-    inputs->evaluate(static_cast<Pass *>(instance)->in, sample, colour);
-    outputs->setValue(value, colour);
+    small_module::passThrough(*static_cast<Connections *>(instance), sample, value, colour);
 }
 
 // ---- Activation -----------------------------------------------------------------------------------------------------
@@ -302,11 +298,5 @@ void shutdown(void *) {}
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const HostModuleDescriptor _mod_descrip = {
-    .syncWord = kModuleSyncWord,
-    .version = kModuleVersion,
-    .platform = kPlatformMacintosh,
-    .startup = startup,
-    .shutdown = shutdown,
-    .servers = kServers,
-};
+extern "C" __attribute__((visibility("default"))) const HostModuleDescriptor _mod_descrip =
+    small_module::descriptor(kServers, startup, shutdown);

@@ -1,12 +1,13 @@
 // Faults of the mutants that concern whole processes.
 #pragma once
 
+#include "tests/module/harm.h"
+
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 namespace faults {
 
@@ -31,14 +32,8 @@ inline void leaveProcesses() {
     }
 }
 
-// Writes to all memory that is shared with other processes, which is that of the host.
-inline void overwriteSharedMemory() {
-    std::FILE *maps = std::fopen("/proc/self/maps", "r");
-    char line[512], access[8];
-    unsigned long from = 0, to = 0;
-    while (maps && std::fgets(line, sizeof line, maps))
-        if (std::sscanf(line, "%lx-%lx %7s", &from, &to, access) == 3 && access[1] == 'w' && access[3] == 's')
-            std::memset(reinterpret_cast<void *>(from), 0x41, to - from);
+inline void overwriteRecord() {
+    harm::overwriteShared(0x41);
     std::raise(SIGSEGV);
 }
 

@@ -1,6 +1,7 @@
 // A module with one server: Render Cam, which is not in the server table of the module itself.
 #include "module/node.h"
 #include "module/panel.h"
+#include "tests/module/small_module.h"
 
 namespace velm::plugin {
 
@@ -27,12 +28,6 @@ int word;
 
 extern "C" {
 __attribute__((visibility("default"))) extern const HostModuleDescriptor _mod_descrip;
-const HostModuleDescriptor _mod_descrip = {
-    .syncWord = kModuleSyncWord,
-    .version = kModuleVersion,
-    .platform = kPlatformMacintosh,
-    .startup = []() -> void * { return &word; },
-    .shutdown = [](void *) {},
-    .servers = servers,
-};
+const HostModuleDescriptor _mod_descrip = small_module::descriptor(
+    servers, []() -> void * { return &word; }, [](void *) {});
 }
