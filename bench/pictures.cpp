@@ -4,6 +4,7 @@
 #include "bench/plain_picture.h"
 #include "host/graph/listed_module.h"
 #include "host/guard/workers.h"
+#include "host/image/image_formats.h"
 #include "host/scene/read_scene.h"
 #include "host/session/rendering.h"
 
@@ -143,6 +144,7 @@ void compareOcclusion(Table &table, const SceneDescription &demonstration) {
 class EnvironmentFile {
   public:
     EnvironmentFile() : file_(std::filesystem::temp_directory_path() / "velm_bench_environment.exr") {
+        setUpImageLibrary();
         OIIO::ImageBuf image(OIIO::ImageSpec(1024, 512, 3, OIIO::TypeDesc::FLOAT));
         for (int y = 0; y < 512; ++y)
             for (int x = 0; x < 1024; ++x) {

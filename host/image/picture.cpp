@@ -60,11 +60,12 @@ Region storedWindow(const Picture &picture, const PictureFormat &format) {
                          : Region{.left = 0, .top = 0, .right = picture.width(), .bottom = picture.height()};
 }
 
-void addMetadata(const PictureMetadata &metadata, OIIO::ImageSpec &spec) {
+void addMetadata(const PictureMetadata &metadata, const PictureFormat &format, OIIO::ImageSpec &spec) {
     for (const MetadataHeader &header : kMetadataHeaders)
         if (const std::string &text = metadata.*header.member; !text.empty()) spec.attribute(header.name, text);
     // The only text that the format's library writes to TIFF files.
-    if (!metadata.digest.empty()) spec.attribute("ImageDescription", "velm:scene " + metadata.digest);
+    if (format.hasDigest && !metadata.digest.empty())
+        spec.attribute("ImageDescription", "velm:scene " + metadata.digest);
 }
 
 OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, const PictureMetadata &metadata) {
@@ -80,7 +81,7 @@ OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, co
     spec.attribute("tiff:write_exif", 0); // cannot be written to memory, and would be empty
     spec.attribute("DateTime", ""); // otherwise the library adds the time, and equal pictures would not be equal files
     if (format.compression) spec.attribute("Compression", format.compression);
-    addMetadata(metadata, spec);
+    addMetadata(metadata, format, spec);
     return spec;
 }
 

@@ -1,6 +1,8 @@
 // Writes image files with given pixels.
 #pragma once
 
+#include "host/image/image_formats.h"
+
 #include <OpenImageIO/imageio.h>
 
 #include <cstdint>
@@ -17,6 +19,7 @@ inline OIIO::TypeDesc typeOf(float) { return OIIO::TypeDesc::FLOAT; }
 // the colours are not multiplied.
 template <typename Value>
 bool writeImageFile(const std::string &file, int width, int height, int channels, const std::vector<Value> &values) {
+    setUpImageLibrary();
     const auto output = OIIO::ImageOutput::create(file);
     OIIO::ImageSpec spec(width, height, channels, typeOf(Value{}));
     spec.attribute("oiio:UnassociatedAlpha", 1);
