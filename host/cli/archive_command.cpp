@@ -10,7 +10,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -27,18 +26,16 @@ namespace fs = std::filesystem;
 
 constexpr const char *kSceneName = "scene.json";
 
-struct ArchiveOptions {
-    std::string scene, directory;
-    std::vector<std::string> data;
+struct ArchiveOptions : SceneSource {
+    std::string directory;
     bool strict = false;
 };
 
 void declareOptions(CLI::App &command, ProgramOptions &program, ArchiveOptions &options) {
-    command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
+    addSceneSource(command, options);
     command.add_option("DIR", options.directory, "The directory that is made: it must not exist, or be empty")
         ->required()
         ->type_name("");
-    addData(command, options.data);
     addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict, "Treat missing images as errors: nothing is written then");
 }
@@ -113,7 +110,7 @@ int run(const ProgramOptions &, const ArchiveOptions &options, std::ostream &out
     const InterruptGuard guard;
     const fs::path directory = checkedDirectory(options.directory);
     Warnings warnings = printedWarnings(err, options.strict);
-    const SceneDescription scene = readScene(options.scene, makeSearchPath(options.data, std::getenv("VELM_DATA")));
+    const SceneDescription scene = readScene(options.scene, searchPath(options.data));
     const ArchiveLayout layout(filesOfScene(scene, warnings), warnings);
     UnfinishedDirectory unfinished(directory);
     for (const ArchiveLayout::Entry &entry : layout.entries()) {

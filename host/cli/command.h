@@ -9,6 +9,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -16,14 +17,14 @@ class App;
 
 namespace velm::host {
 
-// Options that every command has.
+// Options that take effect around a command's own work, for all commands that have them; each command has its others in
+// a record of its own.
 struct ProgramOptions {
-    std::string module;         // the file of the module
-    GuardOptions guard;         // of commands that load the module
-    ReadLimits reading;         // of commands that read meshes or images
-    std::string commandLine;    // as given
-    std::string pictureCommand; // the same without what does not change a picture, for the headers of pictures
-    std::string log;            // the file of the log; empty: none
+    std::string module;             // the file of the module
+    GuardOptions guard;             // of commands that load the module
+    ReadLimits reading;             // of commands that read meshes or images
+    std::string log;                // the file of the log, to which errors are added; empty: none
+    std::vector<std::string> words; // of the command line as given, without the program's name
 };
 
 // One command. Its file ends with its definition by `makeCommand`.

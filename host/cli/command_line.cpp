@@ -51,39 +51,6 @@ void addGuard(CLI::App &command, GuardOptions &guard) {
     throw UsageError(fmt::format("there is no command {}{}", inQuotes(word), suggestion(word, names)));
 }
 
-// Options that do not change a picture, so that the headers of pictures leave them out: equal pictures are equal files.
-struct SilentOption {
-    const char *name;
-    bool hasValue;
-};
-constexpr SilentOption kSilentOptions[] = {
-    {.name = "--threads", .hasValue = true},   {.name = "-o", .hasValue = true},
-    {.name = "--output", .hasValue = true},    {.name = "--progress", .hasValue = true},
-    {.name = "--log", .hasValue = true},       {.name = "--time-limit", .hasValue = true},
-    {.name = "--quiet", .hasValue = false},    {.name = "--stats", .hasValue = false},
-    {.name = "--json", .hasValue = false},     {.name = "--skip-existing", .hasValue = false},
-    {.name = "--unguarded", .hasValue = false}};
-
-// The words of the command line, without silent options for pictures.
-std::string commandText(int argc, const char *const *argv, bool forPictures) {
-    std::vector<std::string> words{"velm"};
-    for (int i = 1; i < argc; ++i) {
-        const std::string_view word = argv[i];
-        const auto *const silent = std::ranges::find_if(kSilentOptions, [word](const SilentOption &option) {
-            const std::string_view name = option.name;
-            // "--threads 4", "--threads=4" or "-oFILE"
-            const bool holdsValue = option.hasValue && word.starts_with(name) && word.size() > name.size() &&
-                                    (word[name.size()] == '=' || !name.starts_with("--"));
-            return word == name || holdsValue;
-        });
-        if (!forPictures || silent == std::end(kSilentOptions))
-            words.emplace_back(word);
-        else if (silent->hasValue && word == silent->name)
-            ++i;
-    }
-    return fmt::format("{}", fmt::join(words, " "));
-}
-
 // The parser library lists all unknown words, the last one first, without suggestions. This names the first unknown
 // option and the nearest right one.
 [[noreturn]] void failAtLeftWords(const CLI::App &app, const CLI::ParseError &error, int status) {
@@ -131,9 +98,8 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, s
                      .program = {.module = defaultModule(),
                                  .guard = {},
                                  .reading = {},
-                                 .commandLine = commandText(argc, argv, false),
-                                 .pictureCommand = commandText(argc, argv, true),
-                                 .log = {}},
+                                 .log = {},
+                                 .words = {argv + std::min(argc, 1), argv + argc}},
                      .record = {}};
     CLI::App app("Loads a module of shading nodes, lists its nodes, and renders scenes with them.", "velm");
     app.require_subcommand(1);

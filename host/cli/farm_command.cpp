@@ -10,7 +10,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -22,17 +21,17 @@ namespace {
 
 constexpr int kMostParts = 10000;
 
-struct FarmOptions {
-    std::string scene, engine;
+struct FarmOptions : SceneSource {
+    std::string engine;
     std::string output; // empty: the scene's name, in the current directory
     std::optional<FrameList> frames;
-    int parts = 0; // 0: frames
-    int chunk = 1; // frames of a task
-    std::vector<std::string> data, more;
+    int parts = 0;                 // 0: frames
+    int chunk = 1;                 // frames of a task
+    std::vector<std::string> more; // options of "velm render"
 };
 
 void declareOptions(CLI::App &command, ProgramOptions &, FarmOptions &options) {
-    command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
+    addSceneSource(command, options);
     command.add_option("--engine", options.engine, "What runs the job: slurm, openjd or parallel")
         ->required()
         ->type_name("NAME");
@@ -51,7 +50,6 @@ void declareOptions(CLI::App &command, ProgramOptions &, FarmOptions &options) {
         ->check(CLI::PositiveNumber)
         ->excludes(parts)
         ->type_name("N");
-    addData(command, options.data);
     command.add_option("OPTIONS", options.more, "After --: further options of \"velm render\" for all tasks")
         ->type_name("");
 }
@@ -69,7 +67,7 @@ int run(const ProgramOptions &, const FarmOptions &options, std::ostream &out, s
     if (std::ranges::count(farmEngines(), options.engine) == 0)
         throw UsageError(fmt::format("--engine: there is no engine {}{}", inQuotes(options.engine),
                                      suggestion(options.engine, farmEngines())));
-    const SceneDescription scene = readScene(options.scene, makeSearchPath(options.data, std::getenv("VELM_DATA")));
+    const SceneDescription scene = readScene(options.scene, searchPath(options.data));
     const RenderDescription &render = scene.render;
     FarmJob job{.velm = programFile(),
                 .scene = std::filesystem::absolute(options.scene).lexically_normal().string(),

@@ -6,7 +6,6 @@
 #include "host/scene/read_scene.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <ostream>
 #include <set>
 
@@ -14,22 +13,19 @@ namespace velm::host {
 
 namespace {
 
-struct FilesOptions {
-    std::string scene;
-    std::vector<std::string> data;
+struct FilesOptions : SceneSource {
     bool strict = false;
 };
 
 void declareOptions(CLI::App &command, ProgramOptions &program, FilesOptions &options) {
-    command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
-    addData(command, options.data);
+    addSceneSource(command, options);
     addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict, "Treat missing images as errors");
 }
 
 int run(const ProgramOptions &, const FilesOptions &options, std::ostream &out, std::ostream &err) {
     Warnings warnings = printedWarnings(err, options.strict);
-    const SceneDescription scene = readScene(options.scene, makeSearchPath(options.data, std::getenv("VELM_DATA")));
+    const SceneDescription scene = readScene(options.scene, searchPath(options.data));
     std::set<std::string> printed;
     const auto print = [&](const std::string &file) {
         if (printed.insert(file).second) out << onOneLine(file) << '\n';

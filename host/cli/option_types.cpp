@@ -1,5 +1,6 @@
 #include "host/cli/option_types.h"
 
+#include <cstdlib>
 #include <fmt/format.h>
 #include <ostream>
 
@@ -27,6 +28,15 @@ void addData(CLI::App &command, std::vector<std::string> &directories) {
         ->allow_extra_args(false) // otherwise it takes a "--" that follows
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->type_name("DIR");
+}
+
+SearchPath searchPath(const std::vector<std::string> &directories) {
+    return makeSearchPath(directories, std::getenv("VELM_DATA"));
+}
+
+void addSceneSource(CLI::App &command, SceneSource &source) {
+    command.add_option("SCENE", source.scene, "The scene file")->required()->type_name("");
+    addData(command, source.data);
 }
 
 Warnings printedWarnings(std::ostream &err, bool strict) {

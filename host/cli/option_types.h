@@ -3,6 +3,7 @@
 
 #include "host/base/warnings.h"
 #include "host/io/reader_process.h"
+#include "host/scene/format/search_path.h"
 
 #include <CLI/CLI.hpp>
 #include <array>
@@ -44,6 +45,16 @@ CLI::Validator numberFrom(double least, double most);
 
 // The option --data: directories to look for meshes and images in.
 void addData(CLI::App &command, std::vector<std::string> &directories);
+// Where a command looks for meshes and images: these directories, and those that the environment names.
+SearchPath searchPath(const std::vector<std::string> &directories);
+
+// A scene file, and the directories of --data.
+struct SceneSource {
+    std::string scene;
+    std::vector<std::string> data;
+};
+// The argument SCENE, and --data.
+void addSceneSource(CLI::App &command, SceneSource &source);
 
 // Prints each warning in a line of its own; if `strict` is set, the first one is an InputError instead. The stream must
 // outlive the result.

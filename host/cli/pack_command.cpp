@@ -11,7 +11,6 @@
 #include "host/scene/read_scene.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
 #include <ostream>
@@ -85,7 +84,7 @@ int runPack(const ProgramOptions &program, const PackOptions &pack, std::ostream
     const std::string output = pack.output.empty() ? packedName(pack.object) : pack.output;
     refuseToReplace(output, pack.scene); // replacing the object is fine: the new one contains everything it had
     Warnings warnings = printedWarnings(err, pack.strict);
-    SceneDescription scene = readSurfaces(pack.scene, makeSearchPath(pack.data, std::getenv("VELM_DATA")));
+    SceneDescription scene = readSurfaces(pack.scene, searchPath(pack.data));
     refuseToReplaceImages(output, scene.images);
     // Nodes save the file names of images, which have to be valid wherever the object is.
     for (ImageDescription &image : scene.images) image.file = std::filesystem::absolute(image.file).string();
@@ -104,7 +103,7 @@ int runUnpack(const ProgramOptions &program, const UnpackOptions &unpack, std::o
     Warnings warnings = printedWarnings(err, unpack.strict);
     const ObjectFile object(readFile(unpack.object), unpack.object);
     warnOfAnimated(object, warnings);
-    const SearchPath path = makeSearchPath(unpack.data, std::getenv("VELM_DATA"));
+    const SearchPath path = searchPath(unpack.data);
     refuseToReplaceImages(unpack.output, imagesOf(object, path));
     UnpackedSurfaces unpacked;
     {

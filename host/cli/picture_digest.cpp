@@ -1,30 +1,47 @@
 #include "host/cli/picture_digest.h"
 
-#include "host/io/files.h"
+#include "host/image/picture.h"
 
 #include <fmt/format.h>
+#include <unordered_set>
 #include <variant>
 
 namespace velm::host {
 
-PictureDigest::PictureDigest(const SceneDescription &scene, const RenderOptions &options, const RenderJob &job,
-                             const std::string &module) {
-    digest_.addFile(options.scene);
-    for (const SceneOverride &override : options.overrides) digest_.add(override.text);
+namespace {
+
+// The contents of the files that a scene names, each once, in the scene's order.
+void addFiles(const SceneDescription &scene, Digest &digest) {
+    std::unordered_set<std::string> added;
+    const auto add = [&](const std::string &file) {
+        if (added.insert(file).second) digest.addFile(file);
+    };
     for (const ObjectDescription &object : scene.objects)
-        if (const auto *mesh = std::get_if<MeshFile>(&object.shape)) digest_.addFile(mesh->file);
-    for (const ImageDescription &image : scene.images) digest_.addFile(image.file);
-    if (!scene.surfaceFile.empty()) digest_.addFile(scene.surfaceFile);
-    digest_.addFile(module);
+        if (const auto *mesh = std::get_if<MeshFile>(&object.shape)) add(mesh->file);
+    for (const ImageDescription &image : scene.images) add(image.file);
+    if (!scene.surfaceFile.empty()) add(scene.surfaceFile);
+}
+
+} // namespace
+
+PictureDigest::PictureDigest(const std::string &file, const SceneDescription &scene, const RenderOptions &options,
+                             const RenderJob &job, const std::string &module) {
+    if (!hasDigest(file)) return;
+    Digest &digest = digest_.emplace();
+    digest.addFile(options.scene);
+    for (const SceneOverride &override : options.overrides) digest.add(override.text);
+    addFiles(scene, digest);
+    digest.addFile(module);
     const Region region = regionOf(job);
-    digest_.add(fmt::format("{}x{} {},{},{},{} {} {} {} {} {} {}", job.width, job.height, region.left, region.top,
-                            region.right, region.bottom, job.samples, job.recursionDepth, job.camera,
-                            static_cast<int>(job.order), job.seed, job.lockNoise));
-    digest_.add(VELM_VERSION);
+    digest.add(fmt::format("{}x{} {},{},{},{} {} {} {} {} {} {}", job.width, job.height, region.left, region.top,
+                           region.right, region.bottom, job.samples, job.recursionDepth, job.camera,
+                           static_cast<int>(job.order), job.seed, job.lockNoise));
+    digest.add(VELM_VERSION);
 }
 
 std::string PictureDigest::of(int frame) const {
-    Digest digest = digest_;
+    if (!digest_) return {};
+    Digest digest = *digest_;
     digest.add(std::to_string(frame));
     return digest.text();
 }

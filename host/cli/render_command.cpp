@@ -8,6 +8,7 @@
 #include "host/cli/log_file.h"
 #include "host/cli/memory_use.h"
 #include "host/cli/output_file.h"
+#include "host/cli/picture_command.h"
 #include "host/cli/picture_digest.h"
 #include "host/cli/progress.h"
 #include "host/cli/render_options.h"
@@ -19,6 +20,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <optional>
 #include <ostream>
 
@@ -161,7 +163,7 @@ PictureMetadata metadataOf(const ProgramOptions &program, const RenderOptions &o
     return {.scene = options.scene,
             .module = module,
             .version = "velm " VELM_VERSION,
-            .command = program.pictureCommand,
+            .command = pictureCommand(program.words),
             .digest = {},
             .part = partText(plan.part),
             .samples = samplesText(samples),
@@ -270,8 +272,8 @@ int run(const ProgramOptions &program, const RenderOptions &options, std::ostrea
     prepareOutputs(plan, scene);
     checkLog(program.log, plan);
     reporting.log.prepare();
-    reporting.log.add(LogLevel::info, fmt::format("velm " VELM_VERSION ": {}", program.commandLine));
-    const PictureDigest digest(scene, options, plan.job, program.module);
+    reporting.log.add(LogLevel::info, fmt::format("velm " VELM_VERSION ": velm {}", fmt::join(program.words, " ")));
+    const PictureDigest digest(plan.names(plan.frames.front()), scene, options, plan.job, program.module);
     if (options.skipExisting) skipExisting(plan, digest, reporting);
     const bool complete =
         plan.frames.empty() || renderScene(program, options, plan, std::move(scene), digest, reporting);

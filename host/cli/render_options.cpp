@@ -1,7 +1,6 @@
 #include "host/cli/render_options.h"
 
 #include "host/base/limits.h"
-#include "host/cli/option_types.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

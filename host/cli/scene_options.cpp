@@ -6,7 +6,6 @@
 #include "host/session/override_settings.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fmt/format.h>
 
 namespace velm::host {
@@ -30,8 +29,7 @@ void selectCamera(const std::string &name, SceneDescription &scene) {
 } // namespace
 
 void declareSceneOptions(CLI::App &command, SceneOptions &options) {
-    command.add_option("SCENE", options.scene, "The scene file")->required()->type_name("");
-    addData(command, options.data);
+    addSceneSource(command, options);
     command
         .add_option_function<std::vector<std::string>>(
             "--set",
@@ -66,9 +64,7 @@ void withOverrides(const SceneOptions &options, const std::function<void()> &wor
 
 SceneDescription openScene(const SceneOptions &options) {
     SceneDescription scene;
-    withOverrides(options, [&] {
-        scene = readScene(options.scene, makeSearchPath(options.data, std::getenv("VELM_DATA")), options.overrides);
-    });
+    withOverrides(options, [&] { scene = readScene(options.scene, searchPath(options.data), options.overrides); });
     selectCamera(options.camera, scene);
     return scene;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/cli/command.h"
+#include "host/cli/option_types.h"
 #include "host/scene/format/description.h"
 #include "host/scene/overrides.h"
 #include "host/session/session.h"
@@ -12,9 +13,7 @@
 
 namespace velm::host {
 
-struct SceneOptions {
-    std::string scene;
-    std::vector<std::string> data;
+struct SceneOptions : SceneSource {
     std::vector<SceneOverride> overrides; // of --set
     std::string camera;                   // empty: the scene's
 };

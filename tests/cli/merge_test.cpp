@@ -51,7 +51,7 @@ class Merge : public testing::Test {
     test::Outcome merge(std::vector<std::string> words) const {
         words.insert(words.begin(), "merge");
         words.insert(words.end(), {"-o", file("merged.exr")});
-        return test::velm(words);
+        return test::velm(words, false);
     }
 
     double largestDifference(const std::string &a, const std::string &b) const {
@@ -104,7 +104,9 @@ TEST_F(Merge, RefusesPartsOfAnotherSeed) {
 
 TEST_F(Merge, RefusesToReplaceAPart) {
     ASSERT_EQ(render("merged.exr", {"--part", "1/1"}).status, kExitDone);
-    EXPECT_EQ(merge({file("merged.exr")}).status, kExitUsage);
+    const test::Outcome merged = merge({file("merged.exr")});
+    EXPECT_EQ(merged.status, kExitUsage);
+    EXPECT_NE(merged.err.find("it is read, as"), std::string::npos) << merged.err;
 }
 
 TEST_F(Merge, PartsThatMakeNoSenseAreUsageErrors) {
