@@ -37,13 +37,18 @@ class PixelOrder {
   public:
     enum class By { rows, hash };
 
-    // `area`: the part of the tile that is evaluated, in pixels from the tile's upper left corner. By::hash is for
-    // nodes that draw: neighbouring tiles and successive frames, whose places in the stream may be close together, then
-    // give words that are close together to pixels that are not.
+    // `area`: the part of the tile that is evaluated, in pixels from the tile's upper left corner. By::hash shuffles
+    // small blocks of pixels, for nodes that draw: neighbouring tiles and successive frames, whose places in the stream
+    // may be close together, then give words that are close together to pixels that are not.
     std::span<const std::uint16_t> arrange(const UnitOfWork &unit, const Region &area, By by);
 
   private:
+    // Adds a pixel if the unit has it.
+    void add(const UnitOfWork &unit, int x, int y);
+    void shuffleBlocks(const UnitOfWork &unit, const Region &area);
+
     std::array<std::uint16_t, kTilePixels> pixels_;
+    std::size_t count_ = 0;
 };
 
 // How many words of the stream a unit with this many pixels skips: up to 16 for each pixel, by the unit's hash.
