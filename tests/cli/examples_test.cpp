@@ -3,6 +3,7 @@
 #include "host/image/image.h"
 
 #include "tests/cli/command.h"
+#include "tests/cli/example_names.h"
 #include "tests/scene/scene_text.h"
 
 #include <algorithm>
@@ -12,20 +13,13 @@
 namespace velm::host {
 namespace {
 
-std::vector<std::string> exampleNames() {
-    std::vector<std::string> names;
-    for (const auto &entry : std::filesystem::directory_iterator(VELM_SOURCE_DIR "/examples"))
-        if (entry.path().extension() == ".json") names.push_back(entry.path().stem());
-    return names;
-}
-
 class Example : public testing::TestWithParam<std::string> {};
 
 TEST_P(Example, RendersAPictureWithContrast) {
     const test::TemporaryDirectory directory;
     const std::string file = directory.file("small.exr");
-    const test::Outcome outcome = test::velm({"render", VELM_SOURCE_DIR "/examples/" + GetParam() + ".json", "-o", file,
-                                              "--size", "32x18", "--samples", "1", "--frames", "1", "--quiet"});
+    const test::Outcome outcome = test::velm({"render", test::exampleFile(GetParam()), "-o", file, "--size", "32x18",
+                                              "--samples", "1", "--frames", "1", "--quiet"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
     // Some examples reflect panoramas from a package that only "./run examples" installs. Without it, they warn where
     // to get it, and the picture may be empty.
@@ -48,7 +42,8 @@ TEST_P(Example, RendersAPictureWithContrast) {
     EXPECT_GT(brightest - darkest, kLeastContrast);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Example, testing::ValuesIn(exampleNames()), [](const auto &name) { return name.param; });
+INSTANTIATE_TEST_SUITE_P(All, Example, testing::ValuesIn(test::exampleNames()),
+                         [](const auto &name) { return name.param; });
 
 } // namespace
 } // namespace velm::host

@@ -1,6 +1,7 @@
 // Compares a small rendering of each example scene with the picture in tests/references. After a change that is meant
 // to be visible, "./run references" renders these pictures again.
 #include "tests/cli/command.h"
+#include "tests/cli/example_names.h"
 #include "tests/scene/scene_text.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char *kExamples = VELM_SOURCE_DIR "/examples", *kReferences = VELM_SOURCE_DIR "/tests/references";
+constexpr const char *kReferences = VELM_SOURCE_DIR "/tests/references";
 
 // These need meshes or images that "./run examples" installs.
 constexpr const char *kNeedFetchedFiles[] = {"glass", "metal", "pixels"};
@@ -28,16 +29,8 @@ const std::vector<std::string> kRenderOptions = {"--size", "96x54",    "--sample
 const std::vector<std::string> kLimits = {"--tolerance", "0.008", "--share", "0.002",
                                           "--rms",       "0.015", "--mean",  "0.0005"};
 
-std::vector<std::string> stemsIn(const fs::path &directory, const char *ending) {
-    std::vector<std::string> names;
-    for (const auto &entry : fs::directory_iterator(directory))
-        if (entry.path().extension() == ending) names.push_back(entry.path().stem());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 std::vector<std::string> comparedExamples() {
-    std::vector<std::string> names = stemsIn(kExamples, ".json");
+    std::vector<std::string> names = test::exampleNames();
     for (const char *name : kNeedFetchedFiles) std::erase(names, name);
     return names;
 }
@@ -45,7 +38,7 @@ std::vector<std::string> comparedExamples() {
 std::string referenceOf(const std::string &name) { return std::string(kReferences) + "/" + name + ".png"; }
 
 test::Outcome render(const std::string &name, const std::string &file) {
-    std::vector<std::string> words = {"render", std::string(kExamples) + "/" + name + ".json", "-o", file};
+    std::vector<std::string> words = {"render", test::exampleFile(name), "-o", file};
     words.insert(words.end(), kRenderOptions.begin(), kRenderOptions.end());
     return test::velm(words);
 }
@@ -73,7 +66,9 @@ TEST_P(Reference, LooksAsBefore) {
 INSTANTIATE_TEST_SUITE_P(All, Reference, testing::ValuesIn(comparedExamples()),
                          [](const auto &name) { return name.param; });
 
-TEST(References, ExistForEveryComparedSceneAndNoOther) { EXPECT_EQ(stemsIn(kReferences, ".png"), comparedExamples()); }
+TEST(References, ExistForEveryComparedSceneAndNoOther) {
+    EXPECT_EQ(test::stemsIn(kReferences, ".png"), comparedExamples());
+}
 
 TEST(References, AreSmall) {
     constexpr std::uintmax_t kMostBytes = 60'000;

@@ -1,8 +1,10 @@
 // A scene renders to the same bytes every time: in a new process and in one that has rendered before, with any number
 // of workers, and each frame by itself. A picture and its header contain nothing that could differ, such as the time.
 #include "tests/cli/command.h"
+#include "tests/cli/example_names.h"
 #include "tests/scene/scene_text.h"
 
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -137,17 +139,37 @@ TEST_P(SameBytes, WithAnyNumberOfWorkers) {
     }
 }
 
-// The names of the files are the same, but the header of each names the frames that were asked for.
-TEST_P(SameBytes, FrameByFrameThePixelsAreTheSame) {
-    ASSERT_EQ(test::velm(words(".hdr")).status, kExitDone);
-    const std::string together = takeFrames(".hdr");
-    ASSERT_EQ(test::velm(words(".hdr", "2")).status, kExitDone);
-    ASSERT_EQ(test::velm(words(".hdr", "1")).status, kExitDone);
-    EXPECT_TRUE(takeFrames(".hdr") == together);
+TEST_P(SameBytes, FrameByFrame) {
+    ASSERT_EQ(test::velm(words(".exr")).status, kExitDone);
+    const std::string together = takeFrames(".exr");
+    ASSERT_EQ(test::velm(words(".exr", "2")).status, kExitDone);
+    ASSERT_EQ(test::velm(words(".exr", "1")).status, kExitDone);
+    EXPECT_TRUE(takeFrames(".exr") == together);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SameBytes, testing::ValuesIn(kScenes),
                          [](const auto &scene) { return scene.param.name; });
+
+class SameBytesOfExample : public testing::TestWithParam<std::string> {};
+
+TEST_P(SameBytesOfExample, WithAnyNumberOfWorkers) {
+    const TemporaryDirectory directory;
+    const std::string file = directory.file("a.exr");
+    std::string one;
+    for (const char *threads : {"1", "2", "3", "16", "32"}) {
+        const test::Outcome outcome =
+            test::velm({"render", test::exampleFile(GetParam()), "-o", file, "--size", "96x54", "--samples", "1",
+                        "--frames", "1", "--order", "repeatable", "--threads", threads, "--quiet"});
+        ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+        const std::string bytes = bytesOf(file);
+        ASSERT_FALSE(bytes.empty());
+        if (one.empty()) one = bytes;
+        EXPECT_TRUE(bytes == one) << threads;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SameBytesOfExample, testing::ValuesIn(test::exampleNames()),
+                         [](const auto &name) { return name.param; });
 
 } // namespace
 } // namespace velm::host
