@@ -6,8 +6,8 @@
 namespace velm::host {
 
 void printJson(const Json &value, std::ostream &out) {
-    constexpr int kIndent = 2;
-    out << value.dump(kIndent, ' ', false, Json::error_handler_t::replace) << '\n';
+    constexpr int kSpaces = 2;
+    out << value.dump(kSpaces, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 Json jsonNumber(double number) {

@@ -13,7 +13,6 @@ namespace velm::host {
 
 namespace {
 
-constexpr std::size_t kIndent = 2;
 constexpr std::size_t kLongestLine = 100;
 
 const char *kindText(ControlKind kind) {
@@ -48,16 +47,16 @@ std::string limitsText(const ControlInfo &control) {
 }
 
 void printSettings(const std::vector<ControlInfo> &controls, const HelpSentences &sentences, std::ostream &out) {
-    using Row = std::array<std::string, 4>;
-    std::vector<Row> rows{{"Name", "Default", "Kind", "Limits"}};
+    using SettingRow = std::array<std::string, 4>;
+    std::vector<SettingRow> rows{{"Name", "Default", "Kind", "Limits"}};
     for (const ControlInfo &control : controls)
         if (isSetting(control))
             rows.push_back({control.name, valueText(control), controlKindText(control), limitsText(control)});
     out << "\nSettings\n";
     std::array<std::size_t, 4> widths{};
-    for (const Row &row : rows)
+    for (const SettingRow &row : rows)
         for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
-    for (const Row &row : rows) {
+    for (const SettingRow &row : rows) {
         std::string line = fmt::format("  {:<{}}  {:<{}}  {:<{}}  {}", row[0], widths[0], row[1], widths[1], row[2],
                                        widths[2], row[3]);
         line.erase(line.find_last_not_of(' ') + 1);

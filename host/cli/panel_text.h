@@ -21,7 +21,7 @@ std::string controlKindText(const ControlInfo &control);
 // Whether the control has a value that scene files can set. [any thread]
 bool isSetting(const ControlInfo &control);
 
-// How far help is indented below the line that it describes.
-inline constexpr std::size_t kHelpIndent = 4;
+// How far the lines of a section are indented, and help below the line that it describes.
+inline constexpr std::size_t kIndent = 2, kHelpIndent = 4;
 
 } // namespace velm::host

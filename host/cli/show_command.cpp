@@ -21,8 +21,6 @@ namespace velm::host {
 
 namespace {
 
-constexpr std::size_t kIndent = 2;
-
 // Finds a node by its server name, or by its display name if only one node has that.
 ServerClass &findServer(const std::string &wanted) {
     if (ServerClass *server = serverList().find(wanted)) return *server;

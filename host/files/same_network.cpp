@@ -17,7 +17,7 @@ using namespace blocks;
 class Facts {
   public:
     explicit Facts(std::string_view block) : reader_(kStateBinary, block, "network"), state_(*reader_.state()) {
-        static constexpr HostBlockId kTop[] = {kNetwork, {0, nullptr}};
+        static constexpr HostBlockId kTop[] = {blocks::kNetwork, {0, nullptr}};
         static constexpr HostBlockId kParts[] = {kRoot, kNodes, kConnections, {0, nullptr}};
         forEach(kTop, [&](unsigned int) {
             forEach(kParts, [&](unsigned int id) {

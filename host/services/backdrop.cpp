@@ -79,16 +79,18 @@ void Backdrop::evaluate(const double direction[3], double colour[3]) const {
 namespace {
 
 const Backdrop kNoBackdrop;
-const Backdrop *current = &kNoBackdrop;
+const Backdrop *currentBackdrop = &kNoBackdrop;
 
 // Backdrops do not change over time: every function ignores its first argument, the time.
-void backdropColour(double, const double direction[3], double colour[3]) { current->evaluate(direction, colour); }
+void backdropColour(double, const double direction[3], double colour[3]) {
+    currentBackdrop->evaluate(direction, colour);
+}
 
-int backdropType(double) { return current->type(); }
+int backdropType(double) { return currentBackdrop->type(); }
 
 void backdropColours(double, double zenith[3], double sky[3], double ground[3], double nadir[3]) {
-    const BackdropDescription &description = current->description();
-    const bool isGradient = current->type() == Backdrop::kGradient;
+    const BackdropDescription &description = currentBackdrop->description();
+    const bool isGradient = currentBackdrop->type() == Backdrop::kGradient;
     const auto give = [&](const Double3 &colour, double result[3]) {
         std::copy_n((isGradient ? colour : description.colour).begin(), 3, result);
     };
@@ -99,8 +101,8 @@ void backdropColours(double, double zenith[3], double sky[3], double ground[3], 
 }
 
 void backdropSqueeze(double, double *sky, double *ground) {
-    *sky = current->description().skySqueeze;
-    *ground = current->description().groundSqueeze;
+    *sky = currentBackdrop->description().skySqueeze;
+    *ground = currentBackdrop->description().groundSqueeze;
 }
 
 constexpr HostBackdropInfo kBackdropInfo = {
@@ -114,6 +116,6 @@ constexpr HostBackdropInfo kBackdropInfo = {
 
 const HostBackdropInfo *backdropInfo() { return &kBackdropInfo; }
 
-void setBackdrop(const Backdrop *backdrop) { current = backdrop ? backdrop : &kNoBackdrop; }
+void setBackdrop(const Backdrop *backdrop) { currentBackdrop = backdrop ? backdrop : &kNoBackdrop; }
 
 } // namespace velm::host

@@ -54,12 +54,12 @@ int askingType(HostNodeValue *value) {
     return value->askingType;
 }
 
-HostOutput *byIndex(HostNode *node, int index) { return atIndex(node->outputs, index); }
+HostOutput *outputByIndex(HostNode *node, int index) { return atIndex(node->outputs, index); }
 int indexOf(HostOutput *output) { return indexInList(output->node->outputs, output); }
-HostOutput *first(HostNode *node) { return byIndex(node, 1); }
-HostOutput *next(HostOutput *output) { return byIndex(output->node, indexOf(output) + 1); }
-HostOutput *previous(HostOutput *output) { return byIndex(output->node, indexOf(output) - 1); }
-int count(HostNode *node) { return static_cast<int>(node->outputs.size()); }
+HostOutput *firstOutput(HostNode *node) { return outputByIndex(node, 1); }
+HostOutput *next(HostOutput *output) { return outputByIndex(output->node, indexOf(output) + 1); }
+HostOutput *previous(HostOutput *output) { return outputByIndex(output->node, indexOf(output) - 1); }
+int outputCount(HostNode *node) { return static_cast<int>(node->outputs.size()); }
 HostNode *nodeOf(HostOutput *output) { return output->node; }
 
 } // namespace
@@ -71,11 +71,11 @@ const HostNodeOutputFuncs *nodeOutputFuncs() {
         .setValue = setValue,
         .getValue = getValue,
         .askingType = askingType,
-        .first = first,
+        .first = firstOutput,
         .next = next,
         .previous = previous,
-        .count = count,
-        .byIndex = byIndex,
+        .count = outputCount,
+        .byIndex = outputByIndex,
         .indexOf = indexOf,
         .node = nodeOf,
     };

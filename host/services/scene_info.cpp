@@ -6,7 +6,7 @@ namespace {
 
 HostItem *noCamera(double) { return nullptr; }
 
-HostSceneInfo current = {
+HostSceneInfo currentInfo = {
     .name = "",
     .fileName = "",
     .points = 0,
@@ -33,8 +33,8 @@ HostSceneInfo current = {
 
 } // namespace
 
-const HostSceneInfo *sceneInfo() { return &current; }
+const HostSceneInfo *sceneInfo() { return &currentInfo; }
 
-void setSceneInfo(const HostSceneInfo &facts) { current = facts; }
+void setSceneInfo(const HostSceneInfo &facts) { currentInfo = facts; }
 
 } // namespace velm::host

@@ -15,7 +15,7 @@ namespace velm::host {
 
 namespace {
 
-thread_local Phase phase = Phase::none;
+thread_local Phase ownPhase = Phase::none;
 thread_local EvaluationWatch evaluation;
 
 // A node's servers, and the callbacks that their activations have filled in.
@@ -129,9 +129,9 @@ Module openWatched(const std::string &file) {
 
 EvaluationWatch &currentEvaluation() { return evaluation; }
 
-PhaseScope::PhaseScope(Phase entered) : outer_(std::exchange(phase, entered)) {}
-PhaseScope::~PhaseScope() { phase = outer_; }
-Phase currentPhase() { return phase; }
+PhaseScope::PhaseScope(Phase entered) : outer_(std::exchange(ownPhase, entered)) {}
+PhaseScope::~PhaseScope() { ownPhase = outer_; }
+Phase currentPhase() { return ownPhase; }
 
 const HostServer *findServer(const HostServer *table, const char *className, const std::string &name) {
     for (int i = 0; i < kMostRows && table[i].className; ++i)
