@@ -21,14 +21,11 @@
 namespace velm::host::test {
 namespace {
 
-constexpr std::chrono::milliseconds kLong{10000};
-
 // Waits for all workers, and gives the message of the error, or an empty text.
 std::string outcome(int count, Workers::In in, const std::function<void(int)> &work) {
     try {
         Workers workers(count, in, work);
-        while (!workers.wait(kLong)) {
-        }
+        workers.waitForAll();
     } catch (const std::exception &error) {
         return error.what();
     }
