@@ -35,9 +35,10 @@ enum { kChannelFloat = 2, kChannelDistance = 3, kChannelPercent = 4, kChannelAng
 
 } // namespace velm::host
 
-// A key. Its shape is that of the span which ends at the key. TCB spans use tension, continuity and bias. Of the four
-// parameters, Hermite uses [0] as the incoming and [1] as the outgoing tangent, in value per span; Bezier 1D [0] and
-// [1] as the values of the incoming and outgoing handles, relative to the key; Bezier 2D [0], [1] as time and value of
+// A key. Its shape is that of the span which ends at the key; its tangents on both sides depend on it, too. TCB uses
+// tension, continuity and bias. Of the four parameters, Hermite and Bezier 1D, which are the same, use [0] as the
+// incoming and [1] as the outgoing tangent: the change of value, at the key's slope, over the time from the previous
+// key to the next one, or to the only neighbour of the first and last key. Bezier 2D uses [0], [1] as time and value of
 // the incoming handle and [2], [3] as those of the outgoing one, relative to the key.
 struct HostKey {
     double time = 0; // seconds
@@ -69,7 +70,7 @@ struct HostEnvelope {
     HostEnvelope &operator=(const HostEnvelope &) = delete;
     ~HostEnvelope();
 
-    // The value at a time in seconds; 0 without keys. Allocates nothing.
+    // The value at a time in seconds; 0 without keys, and that of a single key at any time. Allocates nothing.
     double evaluate(double time) const;
 
     // The key at that time, created if there is none; gets that value.

@@ -7,58 +7,73 @@
 
 namespace {
 
-// Tangents are in value per span, as cubic Hermite curves need them; the span is the one on the side of the tangent. A
-// key at an end of the envelope has no neighbour on one side.
-struct Neighbours {
+// Two neighbouring keys, and the keys beyond them: null at an end of the envelope.
+struct Span {
     const HostKey *previous;
+    const HostKey &from;
+    const HostKey &to;
     const HostKey *next;
 };
 
-// Kochanek and Bartels, "Interpolating Splines with Local Tension, Continuity, and Bias Control", 1984, with their
-// adjustment for spans of different length: a tangent is scaled by its span's fraction of both.
-double tcbTangent(const HostKey &key, Neighbours around, bool outgoing) {
-    if (!around.previous && !around.next) return 0;
-    const double continuity = outgoing ? key.continuity : -key.continuity;
-    const double fromBefore = (1 - key.tension) * (1 + continuity) * (1 + key.bias);
-    const double fromAfter = (1 - key.tension) * (1 - continuity) * (1 - key.bias);
-    if (!around.previous) return (1 - key.tension) * (around.next->value - key.value);
-    if (!around.next) return (1 - key.tension) * (key.value - around.previous->value);
-    const double both = around.next->time - around.previous->time;
-    const double span = outgoing ? around.next->time - key.time : key.time - around.previous->time;
-    const double sum = fromBefore * (key.value - around.previous->value) + fromAfter * (around.next->value - key.value);
-    return sum * span / both;
-}
-
-double spanDifference(const HostKey &key, Neighbours around, bool outgoing) {
-    const HostKey *other = outgoing ? around.next : around.previous;
-    if (!other) return 0;
-    return outgoing ? other->value - key.value : key.value - other->value;
-}
-
-// The two-dimensional handle of a key on one side, relative to the key: time (within the span) and value.
-struct Handle {
-    double time, value;
+// A span as seen from the key at one of its ends. The span beyond is the one on the other side of that key. All
+// differences of values are in the direction of time.
+struct SpanEnd {
+    const HostKey &key;
+    bool outgoing;   // the span begins at the key; otherwise it ends there
+    double length;   // of the span, in seconds; positive
+    double rise;     // difference of values over the span
+    double beyond;   // difference of values over the span beyond; 0 without one
+    double fraction; // of this span in the time of both; 1 without the other
 };
 
-Handle bezierHandle(const HostKey &key, double span, bool outgoing) {
-    const double time = outgoing ? std::clamp(key.parameters[2], 0.0, span) : std::clamp(key.parameters[0], -span, 0.0);
-    return {.time = time, .value = outgoing ? key.parameters[3] : key.parameters[1]};
+SpanEnd startOf(const Span &span) {
+    const double length = span.to.time - span.from.time;
+    return {.key = span.from,
+            .outgoing = true,
+            .length = length,
+            .rise = span.to.value - span.from.value,
+            .beyond = span.previous ? span.from.value - span.previous->value : 0,
+            .fraction = span.previous ? length / (span.to.time - span.previous->time) : 1};
 }
 
-// The tangents of a key depend on its own shape, whatever the shape of the span on its other side.
-double tangent(const HostKey &key, Neighbours around, bool outgoing) {
+SpanEnd endOf(const Span &span) {
+    const double length = span.to.time - span.from.time;
+    return {.key = span.to,
+            .outgoing = false,
+            .length = length,
+            .rise = span.to.value - span.from.value,
+            .beyond = span.next ? span.next->value - span.to.value : 0,
+            .fraction = span.next ? length / (span.next->time - span.from.time) : 1};
+}
+
+// In seconds. Where its slope is needed, a narrower handle counts as one of this width.
+constexpr double kNarrowestHandle = 1e-5;
+
+// The tangent of a two-dimensional Bezier key: the slope of its handle.
+double handleTangent(const SpanEnd &end) {
+    const double time = end.key.parameters[end.outgoing ? 2 : 0];
+    const double value = end.key.parameters[end.outgoing ? 3 : 1];
+    const double narrowest = end.outgoing ? kNarrowestHandle : -kNarrowestHandle;
+    return value * end.length / (std::fabs(time) < kNarrowestHandle ? narrowest : time);
+}
+
+// The tangent at a key in value per span, as cubic Hermite curves need it. It depends on the shape of the key, even
+// where the span has another: a key's shape is that of the span before it. A key between two spans has tangents over
+// both of them, and each span takes its fraction.
+double tangent(const SpanEnd &end) {
+    const HostKey &key = end.key;
     switch (key.shape) {
-    case kShapeTcb: return tcbTangent(key, around, outgoing);
-    case kShapeHermite: return key.parameters[outgoing ? 1 : 0];
-    case kShapeBezier1: return outgoing ? 3 * key.parameters[1] : -3 * key.parameters[0];
-    case kShapeLinear: return spanDifference(key, around, outgoing);
-    case kShapeBezier2: {
-        const HostKey *other = outgoing ? around.next : around.previous;
-        if (!other) return 0;
-        const double span = std::fabs(other->time - key.time);
-        const Handle handle = bezierHandle(key, span, outgoing);
-        return handle.time == 0 ? 0 : handle.value / handle.time * span;
+    case kShapeTcb: {
+        // Kochanek and Bartels, "Interpolating Splines with Local Tension, Continuity, and Bias Control", 1984.
+        const double bias = end.outgoing ? key.bias : -key.bias;
+        const double ofBeyond = (1 - key.tension) * (1 + key.continuity) * (1 + bias);
+        const double ofRise = (1 - key.tension) * (1 - key.continuity) * (1 - bias);
+        return end.fraction * (ofBeyond * end.beyond + ofRise * end.rise);
     }
+    case kShapeHermite:
+    case kShapeBezier1: return end.fraction * key.parameters[end.outgoing ? 1 : 0];
+    case kShapeLinear: return end.fraction * (end.beyond + end.rise);
+    case kShapeBezier2: return handleTangent(end);
     default: return 0; // stepped: horizontal
     }
 }
@@ -68,96 +83,86 @@ double bernstein(double p0, double p1, double p2, double p3, double t) {
     return s * s * s * p0 + 3 * s * s * t * p1 + 3 * s * t * t * p2 + t * t * t * p3;
 }
 
-// The curve's time increases monotonically, since no handle leaves the span. Bisection therefore finds the curve
-// parameter for a time to the last bit, in as many steps as a double has binary digits.
-double bezier2(const HostKey &from, const HostKey &to, Handle leaving, Handle arriving, double time) {
+// The curve in time and value. Bisection finds the curve parameter for a time to the last bit, in as many steps as a
+// double has binary digits. The curve begins before that time and ends after it, so there always is such a parameter.
+// Handles that leave the span can fold the curve back; bisection then settles on one of several parameters.
+double bezier2(const SpanEnd &start, const HostKey &to, double time) {
+    const HostKey &key = start.key;
+    const bool alike = key.shape == kShapeBezier2;
+    const double handleTime = alike ? key.parameters[2] : start.length / 3;
+    const double handleValue = alike ? key.parameters[3] : tangent(start) / 3;
     double low = 0, high = 1;
     for (int step = 0; step < 60; ++step) {
         const double middle = (low + high) / 2;
-        const double at = bernstein(from.time, from.time + leaving.time, to.time + arriving.time, to.time, middle);
+        const double at = bernstein(key.time, key.time + handleTime, to.time + to.parameters[0], to.time, middle);
         (at < time ? low : high) = middle;
     }
     const double middle = (low + high) / 2;
-    return bernstein(from.value, from.value + leaving.value, to.value + arriving.value, to.value, middle);
+    return bernstein(key.value, key.value + handleValue, to.value + to.parameters[1], to.value, middle);
 }
 
-class Curve {
-  public:
-    explicit Curve(const HostEnvelope &envelope) : keys_(envelope.keys) {}
+// The value between the two keys, by the shape of the second one.
+double between(const Span &span, double time) {
+    const HostKey &from = span.from;
+    const HostKey &to = span.to;
+    if (to.shape == kShapeStepped) return from.value;
+    const SpanEnd start = startOf(span);
+    const double x = (time - from.time) / start.length;
+    if (to.shape == kShapeLinear) return from.value + x * start.rise;
+    if (to.shape == kShapeBezier2) return bezier2(start, to, time);
+    const double x2 = x * x, x3 = x2 * x;
+    return (2 * x3 - 3 * x2 + 1) * from.value + (3 * x2 - 2 * x3) * to.value + (x3 - 2 * x2 + x) * tangent(start) +
+           (x3 - x2) * tangent(endOf(span));
+}
 
-    // The value between two keys; `index` is the key at which the span ends.
-    double span(std::size_t index, double time) const {
-        const HostKey &from = *keys_[index - 1];
-        const HostKey &to = *keys_[index];
-        const double length = to.time - from.time;
-        if (to.shape == kShapeStepped) return time < to.time ? from.value : to.value;
-        if (to.shape == kShapeLinear) return from.value + (to.value - from.value) * ((time - from.time) / length);
-        const double leaving = tangent(from, around(index - 1), true);
-        if (to.shape == kShapeBezier2) {
-            const bool alike = from.shape == kShapeBezier2;
-            const Handle handle = alike ? bezierHandle(from, length, true) : Handle{length / 3, leaving / 3};
-            return bezier2(from, to, handle, bezierHandle(to, length, false), time);
-        }
-        const double arriving = tangent(to, around(index), false);
-        const double t = (time - from.time) / length;
-        const double t2 = t * t, t3 = t2 * t;
-        return (2 * t3 - 3 * t2 + 1) * from.value + (t3 - 2 * t2 + t) * leaving + (3 * t2 - 2 * t3) * to.value +
-               (t3 - t2) * arriving;
-    }
+// The span that ends at the key with this index, which is at least 1.
+Span spanTo(const HostEnvelope &envelope, std::size_t index) {
+    const auto &keys = envelope.keys;
+    return {.previous = index > 1 ? keys[index - 2].get() : nullptr,
+            .from = *keys[index - 1],
+            .to = *keys[index],
+            .next = index + 1 < keys.size() ? keys[index + 1].get() : nullptr};
+}
 
-    // From the time of the first key to that of the last.
-    double inside(double time) const {
-        const auto after = std::upper_bound(keys_.begin(), keys_.end(), time,
-                                            [](double wanted, const auto &key) { return wanted < key->time; });
-        if (after == keys_.begin()) return keys_.front()->value;
-        const HostKey &at = **(after - 1);
-        if (at.time == time || after == keys_.end()) return at.value;
-        return span(static_cast<std::size_t>(after - keys_.begin()), time);
-    }
+// The value from the time of the first key to that of the last.
+double inside(const HostEnvelope &envelope, double time) {
+    const auto &keys = envelope.keys;
+    const auto after = std::upper_bound(keys.begin(), keys.end(), time,
+                                        [](double wanted, const auto &key) { return wanted < key->time; });
+    if (after == keys.begin()) return keys.front()->value;
+    const HostKey &at = **(after - 1);
+    if (at.time == time || after == keys.end()) return at.value;
+    return between(spanTo(envelope, static_cast<std::size_t>(after - keys.begin())), time);
+}
 
-    // The slope in value per second at the first or last key, on its inner side.
-    double endSlope(bool last) const {
-        if (keys_.size() < 2) return 0;
-        const std::size_t end = last ? keys_.size() - 1 : 1; // the key at which the outermost span ends
-        const double length = keys_[end]->time - keys_[end - 1]->time;
-        const HostKey &from = *keys_[end - 1];
-        const HostKey &to = *keys_[end];
-        if (to.shape == kShapeStepped) return 0;
-        if (to.shape == kShapeLinear) return (to.value - from.value) / length;
-        return (last ? tangent(to, around(end), false) : tangent(from, around(0), true)) / length;
-    }
-
-  private:
-    Neighbours around(std::size_t index) const {
-        return {.previous = index > 0 ? keys_[index - 1].get() : nullptr,
-                .next = index + 1 < keys_.size() ? keys_[index + 1].get() : nullptr};
-    }
-
-    const std::vector<std::unique_ptr<HostKey>> &keys_;
-};
+// The value on the straight line that leaves the first key (`early`) or the last one along its tangent.
+double straightOn(const HostEnvelope &envelope, bool early, double time) {
+    const Span span = spanTo(envelope, early ? 1 : envelope.keys.size() - 1);
+    const SpanEnd end = early ? startOf(span) : endOf(span);
+    return end.key.value + (time - end.key.time) * tangent(end) / end.length;
+}
 
 } // namespace
 
 double HostEnvelope::evaluate(double time) const {
     if (keys.empty()) return 0;
-    const Curve curve(*this);
     const HostKey &first = *keys.front();
     const HostKey &last = *keys.back();
     if (!std::isfinite(time)) return time > 0 ? last.value : first.value;
+    if (keys.size() == 1) return first.value; // a single key has no range to leave
     const bool early = time < first.time;
-    if (!early && time <= last.time) return curve.inside(time);
+    if (!early && time <= last.time) return inside(*this, time);
 
-    const HostKey &end = early ? first : last;
-    const double length = last.time - first.time;
     // How many whole lengths of the keyed range lie between (rounded down), and the position in the last one.
-    const double runs = length > 0 ? std::floor((time - first.time) / length) : 0;
-    const double into = length > 0 ? std::clamp(time - first.time - runs * length, 0.0, length) : 0;
+    const double length = last.time - first.time;
+    const double runs = std::floor((time - first.time) / length);
+    const double into = std::clamp(time - first.time - runs * length, 0.0, length);
     switch (early ? before : after) {
     case kBehaveReset: return 0;
-    case kBehaveRepeat: return curve.inside(first.time + into);
-    case kBehaveOscillate: return curve.inside(std::fmod(runs, 2) == 0 ? first.time + into : last.time - into);
-    case kBehaveOffsetRepeat: return curve.inside(first.time + into) + runs * (last.value - first.value);
-    case kBehaveLinear: return end.value + curve.endSlope(!early) * (time - end.time);
-    default: return end.value; // constant
+    case kBehaveRepeat: return inside(*this, first.time + into);
+    case kBehaveOscillate: return inside(*this, std::fmod(runs, 2) == 0 ? first.time + into : last.time - into);
+    case kBehaveOffsetRepeat: return inside(*this, first.time + into) + runs * (last.value - first.value);
+    case kBehaveLinear: return straightOn(*this, early, time);
+    default: return early ? first.value : last.value; // constant
     }
 }

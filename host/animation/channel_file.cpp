@@ -2,8 +2,8 @@
 // then sub-blocks NAME (string), TYPE (kind of value, component), "PRE " (behaviour), for each key "KEY " (time, value)
 // and SPAN (shape identifier and its numbers), and POST (behaviour). Text, `{ Envelope`: the number of keys, a line
 // `Key value time shape p1 ... p6` for each, and `Behaviors pre post`. Of the six numbers the first three are tension,
-// continuity and bias and the next two the tangents or handles of Hermite and Bezier 1D; the first four of Bezier 2D
-// are its handles. A file stores only the numbers that a key's shape uses.
+// continuity and bias and the next two the tangents of Hermite and Bezier 1D; the first four of Bezier 2D are its
+// handles. A file stores only the numbers that a key's shape uses.
 
 #include "host/animation/channel.h"
 #include "host/base/four_cc.h"

@@ -18,17 +18,17 @@ extern "C" {
 
 #define HOST_ENVELOPE_FUNCS "Animation Envelopes"
 
-/* Shape of the span that ends at a key. */
+/* Shape of the span that ends at a key. The key's tangents on both sides follow from it, too. */
 enum {
     kShapeTcb,     /* a spline with tension, continuity and bias */
     kShapeHermite, /* a spline with given tangents */
-    kShapeBezier1, /* a Bezier curve whose handles have a value */
+    kShapeBezier1, /* the same as kShapeHermite */
     kShapeLinear,
     kShapeStepped, /* the value of the key before, up to this key */
     kShapeBezier2  /* a Bezier curve whose handles have a time and a value */
 };
 
-/* What an envelope does before its first key and after its last. */
+/* What an envelope does before its first key and after its last. An envelope with one key is constant. */
 enum {
     kBehaveReset,        /* 0 */
     kBehaveConstant,     /* the value of the nearest key */

@@ -1,35 +1,15 @@
 // The values of envelopes, compared with closed formulas.
 
-#include "host/animation/channel.h"
+#include "tests/animation/curve_fixture.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <limits>
 
 using namespace velm::host;
 
 namespace {
-
-struct Tangents {
-    double leaving, arriving; // value per span
-};
-
-double hermite(double from, double to, Tangents tangents, double t) {
-    return (1 + 2 * t) * (1 - t) * (1 - t) * from + t * (1 - t) * (1 - t) * tangents.leaving +
-           t * t * (3 - 2 * t) * to + t * t * (t - 1) * tangents.arriving;
-}
-
-double bernstein(double p0, double p1, double p2, double p3, double t) {
-    return std::pow(1 - t, 3) * p0 + 3 * t * std::pow(1 - t, 2) * p1 + 3 * t * t * (1 - t) * p2 + t * t * t * p3;
-}
-
-HostKey &put(HostEnvelope &envelope, double time, double value, int shape) {
-    HostKey &key = envelope.putKey(time, value);
-    key.shape = shape;
-    return key;
-}
 
 TEST(Envelope, WithoutKeysIsZero) {
     const HostEnvelope envelope;
@@ -77,11 +57,11 @@ TEST(Envelope, HermiteTakesItsTangentsFromTheKeys) {
     for (const double t : {0.25, 0.5, 0.8}) EXPECT_NEAR(envelope.evaluate(1 + 4 * t), hermite(2, 6, {-3, 4}, t), 1e-12);
 }
 
-TEST(Envelope, OneDimensionalBezierTakesItsHandlesFromTheKeys) {
+TEST(Envelope, OneDimensionalBezierIsHermite) {
     HostEnvelope envelope;
-    put(envelope, 0, 2, kShapeBezier1).parameters = {9, 1.5, 0, 0};
-    put(envelope, 2, 6, kShapeBezier1).parameters = {-0.5, 9, 0, 0};
-    for (const double t : {0.25, 0.5, 0.8}) EXPECT_NEAR(envelope.evaluate(2 * t), bernstein(2, 3.5, 5.5, 6, t), 1e-12);
+    put(envelope, 1, 2, kShapeBezier1).parameters = {9, -3, 0, 0};
+    put(envelope, 5, 6, kShapeBezier1).parameters = {4, 9, 0, 0};
+    for (const double t : {0.25, 0.5, 0.8}) EXPECT_NEAR(envelope.evaluate(1 + 4 * t), hermite(2, 6, {-3, 4}, t), 1e-12);
 }
 
 TEST(Envelope, TwoDimensionalBezierPassesThroughItsCurve) {
@@ -94,12 +74,24 @@ TEST(Envelope, TwoDimensionalBezierPassesThroughItsCurve) {
     }
 }
 
-TEST(Envelope, BezierHandlesStayWithinTheirSpan) {
+TEST(Envelope, BezierHandlesMayLeaveTheirSpan) {
+    // Time still increases along this curve, though the handle of the first key ends after the second key.
     HostEnvelope envelope;
-    put(envelope, 0, 0, kShapeBezier2).parameters = {0, 0, 50, 1};
-    put(envelope, 1, 1, kShapeBezier2).parameters = {-50, 0, 0, 0};
-    for (const double s : {0.2, 0.5, 0.9})
-        EXPECT_NEAR(envelope.evaluate(bernstein(0, 1, 0, 1, s)), bernstein(0, 1, 1, 1, s), 1e-5);
+    put(envelope, 0, 0, kShapeBezier2).parameters = {0, 0, 1.2, 4};
+    put(envelope, 1, 1, kShapeBezier2).parameters = {-0.1, 2, 0, 0};
+    for (const double s : {0.1, 0.4, 0.7, 0.9})
+        EXPECT_NEAR(envelope.evaluate(bernstein(0, 1.2, 0.9, 1, s)), bernstein(0, 4, 3, 1, s), 1e-9);
+}
+
+TEST(Envelope, BezierCurvesThatFoldBackAreLeftAtOneOfTheirPoints) {
+    // The values make the curve's value its own parameter.
+    HostEnvelope envelope;
+    put(envelope, 0, 0, kShapeBezier2).parameters = {0, 0, 50, 1.0 / 3};
+    put(envelope, 1, 1, kShapeBezier2).parameters = {-50, -1.0 / 3, 0, 0};
+    for (double time = 0.05; time < 1; time += 0.05) {
+        const double s = envelope.evaluate(time);
+        EXPECT_NEAR(bernstein(0, 50, -49, 1, s), time, 1e-12);
+    }
 }
 
 TEST(Envelope, TcbMatchesThePublishedFormulas) {
@@ -119,8 +111,9 @@ TEST(Envelope, TcbMatchesThePublishedFormulas) {
         return plain * 2 * span / (times[i + 1] - times[i - 1]);
     };
     const Tangents middle = {tangent(1, continuity, 2), tangent(2, -continuity, 2)};
-    const Tangents first = {(1 - tension) * 2, tangent(1, -continuity, 1)};
-    const Tangents last = {tangent(2, continuity, 1), (1 - tension) * 6};
+    // A key at an end has no difference on its outer side, and its one span counts whole.
+    const Tangents first = {(1 - tension) * (1 - continuity) * (1 - bias) * 2, tangent(1, -continuity, 1)};
+    const Tangents last = {tangent(2, continuity, 1), (1 - tension) * (1 - continuity) * (1 + bias) * 6};
     for (const double t : {0.2, 0.5, 0.7}) {
         EXPECT_NEAR(envelope.evaluate(t), hermite(0, 2, first, t), 1e-12);
         EXPECT_NEAR(envelope.evaluate(1 + 2 * t), hermite(2, -1, middle, t), 1e-12);
@@ -140,8 +133,9 @@ TEST(Envelope, AStraightLineIsStraightInEverySmoothShape) {
         HostEnvelope envelope;
         for (int i = 0; i < 4; ++i) {
             HostKey &key = put(envelope, i, 2 * i, shape);
-            if (shape == kShapeHermite) key.parameters = {2, 2, 0, 0};
-            if (shape == kShapeBezier1) key.parameters = {-2.0 / 3, 2.0 / 3, 0, 0};
+            // The change of value over both spans; over the only one at the ends.
+            const bool hermites = shape == kShapeHermite || shape == kShapeBezier1;
+            if (hermites) key.parameters = {i < 3 ? 4.0 : 2.0, i > 0 ? 4.0 : 2.0, 0, 0};
             if (shape == kShapeBezier2) key.parameters = {-0.25, -0.5, 0.4, 0.8};
         }
         for (double time = 0; time <= 3; time += 0.125) EXPECT_NEAR(envelope.evaluate(time), 2 * time, 1e-9) << shape;
@@ -198,13 +192,12 @@ TEST(Envelope, LinearBehaviourLeavesAlongTheCurve) {
     EXPECT_DOUBLE_EQ(envelope.evaluate(3), 6);
 }
 
-TEST(Envelope, ASingleKeyHasNoRange) {
+TEST(Envelope, ASingleKeyIsConstantWhateverTheBehaviours) {
     for (int behaviour = kBehaveReset; behaviour <= kBehaveLinear; ++behaviour) {
         HostEnvelope envelope;
         envelope.putKey(1, 7);
         envelope.before = envelope.after = behaviour;
-        EXPECT_EQ(envelope.evaluate(1), 7);
-        for (const double time : {0.0, 5.0}) EXPECT_EQ(envelope.evaluate(time), behaviour == kBehaveReset ? 0 : 7);
+        for (const double time : {0.0, 1.0, 5.0}) EXPECT_EQ(envelope.evaluate(time), 7) << behaviour;
     }
 }
 

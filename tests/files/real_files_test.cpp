@@ -141,10 +141,12 @@ double halfWay(double a, double b, double m, double n) { return (a + b) / 2 + (m
 
 TEST(RealFiles, HermiteSpansGoByTheirKeysTangents) {
     const auto x = channel("move_xz_hermite.lws", 0);
-    // The fourth and fifth number of a key: its tangents in and out.
-    EXPECT_NEAR(x->evaluate(kTime1 / 2), halfWay(kKey0, kKey1, 2.0144942798797212, -0.17433448632558185), kClose);
-    EXPECT_NEAR(x->evaluate((kTime1 + kTime2) / 2), halfWay(kKey1, kKey2, -0.3486689726511637, -2.4474120653818376),
-                kClose);
+    // The fourth and fifth number of a key: its tangents in and out. Those of the middle key are for both spans
+    // together, and each span takes its fraction.
+    const double arriving = -0.17433448632558185 * kTime1 / kTime2;
+    const double leaving = -0.3486689726511637 * (kTime2 - kTime1) / kTime2;
+    EXPECT_NEAR(x->evaluate(kTime1 / 2), halfWay(kKey0, kKey1, 2.0144942798797212, arriving), kClose);
+    EXPECT_NEAR(x->evaluate((kTime1 + kTime2) / 2), halfWay(kKey1, kKey2, leaving, -2.4474120653818376), kClose);
 }
 
 TEST(RealFiles, SplineSpansGoByTheirNeighbours) {

@@ -70,7 +70,8 @@ constexpr Field<KeyInFile> kKeyFields[] = {
      .target = inside<&KeyInFile::key, &KeyDescription::bias>,
      .kinds = kTcbBit},
     {.key = "parameters",
-     .help = "The four numbers of a Hermite or Bezier key: tangents in and out, or control points.",
+     .help = "The four numbers of a curve: tangents in and out (Hermite, Bezier), or time and value of the handles in "
+             "and out (Bezier2).",
      .rule = vec4Rule(),
      .target = inside<&KeyInFile::key, &KeyDescription::parameters>,
      .kinds = kCurveBits},
