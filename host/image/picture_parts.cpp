@@ -176,7 +176,7 @@ std::string samplesText(const SamplesOfPart &samples) {
 std::string digestOfFile(const std::string &file) {
     try {
         const std::shared_ptr<ReadPicture> read = readPicture(file, false);
-        const std::string digest = read->metadata().digest;
+        std::string digest = read->metadata().digest;
         const std::string_view description = read->description;
         if (digest.empty() && description.starts_with(kDigestPrefix))
             return std::string(description.substr(kDigestPrefix.size()));

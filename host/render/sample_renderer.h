@@ -29,7 +29,8 @@ class SampleRenderer {
     // The state that a render thread starts with.
     RayState initialState(int threadIndex) const;
 
-    // Renders sample `index` of a pixel of the picture. Its colour replaces `colour`; true when it is an object's.
+    // Renders sample `index` of the pixel (x, y) of the picture, and writes its colour to `colour`. Returns whether the
+    // camera ray hit an object; if not, the colour is the backdrop's.
     // [render threads]
     bool render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const;
 
@@ -41,8 +42,8 @@ class SampleRenderer {
     const bool allOpaque_;
 };
 
-// The services that describe the scene, for as long as the result lives; `threads` is what nodes are told. The renderer
-// has to outlive it. [between frames]
+// Offers the services that describe the scene, for as long as the result lives. `threads` is the number of render
+// threads that they give to nodes. The renderer has to outlive the result. [between frames]
 SceneServices servicesFor(const SampleRenderer &renderer, int threads);
 
 // Makes the calling thread treat denormal numbers as zero while it lives, as Embree recommends: they are slow, and do

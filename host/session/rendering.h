@@ -23,8 +23,8 @@ class Rendering {
     // before the first render.
     void setFrame(int frame);
 
-    // The order in which the current frame is rendered for a job; decided once for all frames. May render a small
-    // picture to find out whether nodes have a memory. As renderFrame.
+    // The order in which the current frame is rendered for a job. The first frame decides for all. May render a small
+    // picture to find out whether nodes have a memory; throws as renderFrame does.
     OrderChoice decideOrder(RenderJob job) const;
 
     const std::string &sceneFile() const { return session_.scene().file; }

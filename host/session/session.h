@@ -34,8 +34,8 @@ class Session {
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
 
-    // The description as opened or last changed. Surfaces whose network was changed are as they were opened; see
-    // describe().
+    // The description as opened or last changed by `change`. It does not have the changes to networks and surface
+    // values; describe() gives those too.
     const SceneDescription &scene() const { return scene_; }
     const RenderScene &renderScene() const { return renderScene_; }
     Warnings &warnings() { return warnings_; }

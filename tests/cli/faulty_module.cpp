@@ -156,7 +156,7 @@ void passThrough(void *instance, ShadingSample *sample, HostNodeValue *value) {
 }
 
 void evaluate(void *instance, ShadingSample *sample, HostOutput *, HostNodeValue *value) {
-    const Cleanup cleanup_;
+    const Cleanup atTheEnd;
     passThrough(instance, sample, value);
     failOnTheSecondThread(sample->threadIndex, "evaluate");
 }

@@ -67,7 +67,7 @@ TEST_F(ReaderProcessTest, HandsOverWhatTheOtherProcessBuilt) {
     EXPECT_EQ(std::accumulate(read->values.begin(), read->values.end(), 0L), 4999950000L);
 }
 
-// The result may be changed, moved and copied like any other; its memory lives as long as it is needed.
+// The caller may change, move and copy what was read. Its memory stays valid until the last part that uses it is gone.
 TEST_F(ReaderProcessTest, ResultsCanBeUsedFreely) {
     std::pmr::vector<int> copy;
     {

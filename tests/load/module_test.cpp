@@ -137,7 +137,7 @@ class CounterReader {
     CounterReader &operator=(const CounterReader &) = delete;
     int starts() const { return *static_cast<int *>(dlsym(library_, "starts")); }
     int stops() const { return *static_cast<int *>(dlsym(library_, "stops")); }
-    void *stoppedWord() const { return *static_cast<void **>(dlsym(library_, "stopped_word")); }
+    void *stoppedWord() const { return *static_cast<void **>(dlsym(library_, "stoppedWord")); }
     void *startWord() const { return dlsym(library_, "starts"); }
 
   private:

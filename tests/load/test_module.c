@@ -21,7 +21,7 @@
 
 /* Read by the tests: the number of calls of startup and shutdown, and the last argument of shutdown. */
 VISIBLE int starts, stops;
-VISIBLE void *stopped_word;
+VISIBLE void *stoppedWord;
 
 static void *startup(void) {
     ++starts;
@@ -30,7 +30,7 @@ static void *startup(void) {
 
 static void shutdown(void *word) {
     ++stops;
-    stopped_word = word;
+    stoppedWord = word;
 }
 
 static int activate(int version, HostLookup *lookup, void *local, void *serverData) {

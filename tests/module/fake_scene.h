@@ -64,10 +64,10 @@ class FakeRays {
 
     std::function<void()> met; // called for each ray, after it is recorded
 
-    double distance = 1;                         // the result of both functions
+    double distance = 1;                         // what rayShade and rayTraceMode return
     std::optional<std::array<double, 3>> colour; // the colour that both write; without it the colour is unchanged
 
-    // A sample with both functions.
+    // A sample whose rayShade and rayTraceMode are these.
     ShadingSample sample() const;
 };
 

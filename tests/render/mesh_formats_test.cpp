@@ -100,7 +100,7 @@ TEST(MeshFormats, BinaryStlMayBeginLikeText) {
     EXPECT_STREQ(meshFormatOf(directory / "a")->name, "STL");
 }
 
-// The mesh library knows these formats, too, and goes by the names of the files.
+// The mesh library reads these formats, too, or would choose one of its readers by the name of the file.
 TEST(MeshFormats, AllOthersAreRefused) {
     const TemporaryDirectory directory;
     const std::array<std::pair<const char *, std::string>, 8> files{

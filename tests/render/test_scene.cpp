@@ -3,7 +3,8 @@
 #include "host/services/services.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstddef>
+#include <span>
 
 namespace velm::host::test {
 namespace {
@@ -120,9 +121,12 @@ TestScene litBall() {
 }
 
 bool samePixels(const Picture &a, const Picture &b, const Region &region) {
+    const auto bytes = [](const Picture &picture, int x, int y) {
+        return std::as_bytes(std::span(picture.pixel(x, y), Picture::kChannels));
+    };
     for (int y = region.top; y < region.bottom; ++y)
         for (int x = region.left; x < region.right; ++x)
-            if (std::memcmp(a.pixel(x, y), b.pixel(x, y), Picture::kChannels * sizeof(float)) != 0) return false;
+            if (!std::ranges::equal(bytes(a, x, y), bytes(b, x, y))) return false;
     return true;
 }
 

@@ -131,7 +131,7 @@ TEST_F(ImageBackdrop, HasSeamAngleAndBrightness) {
 
 TEST_F(ImageBackdrop, MissingImageIsAnErrorWithItsLocation) {
     try {
-        Backdrop(describe(Kind::image, [](BackdropDescription &each) {
+        const Backdrop backdrop(describe(Kind::image, [](BackdropDescription &each) {
             each.image = "mop";
             each.location = {.file = "scene.json", .line = 7};
         }));

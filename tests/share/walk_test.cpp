@@ -206,7 +206,7 @@ std::string Session::difference() {
     }
     for (size_t i = 0; i < gets_.size(); ++i)
         if (gets_[i])
-            if (const std::string found = differenceOfGet(i); !found.empty()) return found;
+            if (std::string found = differenceOfGet(i); !found.empty()) return found;
     const ShareRegistry &registry = *getShareInst();
     if (registry.storeNodeCount != model_.storeCount() || registry.getNodeCount != model_.getCount())
         return told("there are ", registry.storeNodeCount, " stores and ", registry.getNodeCount, " gets, not ",

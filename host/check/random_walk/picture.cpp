@@ -15,9 +15,9 @@ constexpr long kInputs = 300;
 constexpr int kLargestInteger = 50;
 constexpr std::size_t kProbes = 3, kSamples = 2, kCalls = 8;
 
-std::vector<Picture::Probe> chooseProbes(CallScript &script, Network &network) {
+std::vector<RandomPicture::Probe> chooseProbes(CallScript &script, Network &network) {
     const std::vector<HostNode *> nodes = nodesIn(network);
-    std::vector<Picture::Probe> probes;
+    std::vector<RandomPicture::Probe> probes;
     if (nodes.empty()) return probes;
     for (std::size_t i = 0; i < kProbes; ++i) {
         const auto node = static_cast<std::size_t>(script.below(nodes.size()));
@@ -27,8 +27,8 @@ std::vector<Picture::Probe> chooseProbes(CallScript &script, Network &network) {
     return probes;
 }
 
-Picture::Call makeSlice(CallScript &script) {
-    Picture::Call slice{.step = Picture::Step::slice, .samples = {}};
+RandomPicture::Call makeSlice(CallScript &script) {
+    RandomPicture::Call slice{.step = RandomPicture::Step::slice, .samples = {}};
     const int threads = 1 + script.below(kMaxThreads);
     Generator random = script.generator();
     for (int thread = 0; thread < threads; ++thread) {
@@ -38,9 +38,9 @@ Picture::Call makeSlice(CallScript &script) {
     return slice;
 }
 
-Picture::Call makeFrame(CallScript &script) {
+RandomPicture::Call makeFrame(CallScript &script) {
     const int frame = script.below(100) - 10;
-    return {.step = Picture::Step::frame, .frame = frame, .time = frame / 25.0, .samples = {}};
+    return {.step = RandomPicture::Step::frame, .frame = frame, .time = frame / 25.0, .samples = {}};
 }
 
 // The rendering of one network of a picture.
@@ -53,14 +53,14 @@ struct Part {
 
 class Rendering {
   public:
-    Rendering(const Picture &picture, const std::vector<Network *> &networks, RenderThreads *threads)
+    Rendering(const RandomPicture &picture, const std::vector<Network *> &networks, RenderThreads *threads)
         : picture_(picture), threads_(threads), parts_(networks.size()) {
         for (std::size_t i = 0; i < networks.size(); ++i) {
             Part &part = parts_[i];
             part.network = networks[i];
             if (!part.network) continue;
             const std::vector<HostNode *> nodes = nodesIn(*part.network);
-            for (const Picture::Probe &probe : picture.probes[i])
+            for (const RandomPicture::Probe &probe : picture.probes[i])
                 part.outputs.push_back(nodes.at(probe.node)->outputs.at(probe.output).get());
         }
     }
@@ -68,7 +68,7 @@ class Rendering {
     std::vector<std::string> run() {
         for (Part &part : parts_)
             if (part.network) start(part);
-        for (const Picture::Call &call : picture_.calls) make(call);
+        for (const RandomPicture::Call &call : picture_.calls) make(call);
         for (Part &part : parts_) end(part);
         std::vector<std::string> results;
         for (Part &part : parts_) results.push_back(std::move(part.results));
@@ -76,14 +76,14 @@ class Rendering {
     }
 
   private:
-    void make(const Picture::Call &call) {
+    void make(const RandomPicture::Call &call) {
         switch (call.step) {
-        case Picture::Step::slice: return evaluate(call.samples);
-        case Picture::Step::end: return end(parts_[call.network]);
-        case Picture::Step::startAgain:
+        case RandomPicture::Step::slice: return evaluate(call.samples);
+        case RandomPicture::Step::end: return end(parts_[call.network]);
+        case RandomPicture::Step::startAgain:
             if (parts_[call.network].isRunning) start(parts_[call.network]);
             return;
-        case Picture::Step::frame:
+        case RandomPicture::Step::frame:
             for (Part &part : parts_)
                 if (part.isRunning) beginFrame(part, call.frame, call.time);
         }
@@ -144,15 +144,15 @@ class Rendering {
         return results;
     }
 
-    const Picture &picture_;
+    const RandomPicture &picture_;
     RenderThreads *threads_;
     std::vector<Part> parts_;
 };
 
 } // namespace
 
-Picture makePicture(CallScript &script, const std::vector<Network *> &networks) {
-    Picture picture;
+RandomPicture makePicture(CallScript &script, const std::vector<Network *> &networks) {
+    RandomPicture picture;
     picture.mode = script.below(4) == 0 ? kInitPreview : kInitRender;
     for (Network *network : networks) picture.probes.push_back(chooseProbes(script, *network));
     picture.calls.push_back(makeFrame(script));
@@ -160,9 +160,11 @@ Picture makePicture(CallScript &script, const std::vector<Network *> &networks) 
     for (std::size_t left = static_cast<std::size_t>(script.below(kCalls)); left > 0; --left) {
         const auto network = static_cast<std::size_t>(script.below(networks.size()));
         switch (script.below(8)) {
-        case 0: picture.calls.push_back({.step = Picture::Step::startAgain, .network = network, .samples = {}}); break;
+        case 0:
+            picture.calls.push_back({.step = RandomPicture::Step::startAgain, .network = network, .samples = {}});
+            break;
         case 1:
-        case 2: picture.calls.push_back({.step = Picture::Step::end, .network = network, .samples = {}}); break;
+        case 2: picture.calls.push_back({.step = RandomPicture::Step::end, .network = network, .samples = {}}); break;
         case 3: picture.calls.push_back(makeFrame(script)); break;
         default: picture.calls.push_back(makeSlice(script));
         }
@@ -170,12 +172,12 @@ Picture makePicture(CallScript &script, const std::vector<Network *> &networks) 
     return picture;
 }
 
-std::vector<std::string> render(const Picture &picture, const std::vector<Network *> &networks,
+std::vector<std::string> render(const RandomPicture &picture, const std::vector<Network *> &networks,
                                 RenderThreads *threads) {
     return Rendering(picture, networks, threads).run();
 }
 
-std::string renderAlone(const Picture &picture, std::size_t index, Network &network) {
+std::string renderAlone(const RandomPicture &picture, std::size_t index, Network &network) {
     std::vector<Network *> networks(picture.probes.size());
     networks[index] = &network;
     return render(picture, networks, nullptr)[index];

@@ -15,7 +15,7 @@ namespace velm::host {
 
 // The calls of a rendering. Networks, nodes and outputs are given by their indices, so that the calls can be repeated
 // with other networks of the same nodes.
-struct Picture {
+struct RandomPicture {
     enum class Step { frame, slice, startAgain, end };
 
     // An output that is evaluated.
@@ -36,14 +36,15 @@ struct Picture {
 };
 
 // Makes a picture of at least one network.
-Picture makePicture(CallScript &script, const std::vector<Network *> &networks);
+RandomPicture makePicture(CallScript &script, const std::vector<Network *> &networks);
 
 // Renders a picture and returns the results of each network as bytes, with "error: ..." where a node reports one.
 // Networks that are null are left out. Without `threads`, the calling thread evaluates the samples of all threads in
 // turn. [interface thread; between frames]
-std::vector<std::string> render(const Picture &picture, const std::vector<Network *> &networks, RenderThreads *threads);
+std::vector<std::string> render(const RandomPicture &picture, const std::vector<Network *> &networks,
+                                RenderThreads *threads);
 
 // Renders only the network at one index, or another network of the same nodes in its place, on the calling thread.
-std::string renderAlone(const Picture &picture, std::size_t index, Network &network);
+std::string renderAlone(const RandomPicture &picture, std::size_t index, Network &network);
 
 } // namespace velm::host

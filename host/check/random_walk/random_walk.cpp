@@ -268,10 +268,10 @@ class RandomWalk {
     // ---- Pictures ----
 
     void renderPicture();
-    void comparePicture(const Picture &picture, const std::vector<Network *> &networks,
+    void comparePicture(const RandomPicture &picture, const std::vector<Network *> &networks,
                         const std::vector<std::vector<std::string>> &results);
-    void compareWithRebuilt(const Picture &picture, std::size_t index, Network &network, const std::string &results,
-                            int mode);
+    void compareWithRebuilt(const RandomPicture &picture, std::size_t index, Network &network,
+                            const std::string &results, int mode);
 
     CallScript script_;
     WalkOptions options_;
@@ -328,7 +328,7 @@ void RandomWalk::renderPicture() {
     for (const auto &network : networks_)
         if (!script_.flag() || networks_.size() == 1) networks.push_back(network.get());
     if (networks.empty()) return;
-    const Picture picture = makePicture(script_, networks);
+    const RandomPicture picture = makePicture(script_, networks);
     std::vector<std::vector<std::string>> results;
     for (int i = 0; i < options_.renders; ++i) results.push_back(render(picture, networks, options_.threads));
     if (options_.journal) comparePicture(picture, networks, results);
@@ -339,7 +339,7 @@ void RandomWalk::renderPicture() {
             compareWithRebuilt(picture, i, *networks[i], results[0][i], mode);
 }
 
-void RandomWalk::comparePicture(const Picture &picture, const std::vector<Network *> &networks,
+void RandomWalk::comparePicture(const RandomPicture &picture, const std::vector<Network *> &networks,
                                 const std::vector<std::vector<std::string>> &results) {
     for (std::size_t i = 0; i < networks.size(); ++i) {
         bool isDeterministic = haveAll(nodesIn(*networks[i]), &NodeSetEntry::isDeterministic);
@@ -352,7 +352,7 @@ void RandomWalk::comparePicture(const Picture &picture, const std::vector<Networ
 
 // The results of a network may depend only on its saved data: not on its past, on other networks or on the number of
 // threads.
-void RandomWalk::compareWithRebuilt(const Picture &picture, std::size_t index, Network &network,
+void RandomWalk::compareWithRebuilt(const RandomPicture &picture, std::size_t index, Network &network,
                                     const std::string &results, int mode) {
     const std::optional<std::string> saved = saveNetwork(network, mode);
     if (!saved) return;

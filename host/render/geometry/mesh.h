@@ -51,7 +51,7 @@ struct Mesh {
     // Reserves the memory that Embree reads beyond the last point: it reads 16 bytes at each. Copying a mesh loses it.
     void padPoints() { points.reserve(points.size() + 1); }
 
-    // Whether the file or shape brought the normals.
+    // Whether there are normals that come from the file or shape, instead of smoothNormals.
     bool hasOwnNormals() const { return !normals.empty() && smoothingAngles.empty(); }
 
     std::uint32_t polygonNumber(std::uint32_t triangle) const {

@@ -21,24 +21,25 @@ void moveElements(Vector &from, Vector &to, std::size_t spare = 0) {
 }
 
 // What the process that reads a mesh hands over.
-struct ReadBuffers {
+class ReadBuffers {
+  public:
     explicit ReadBuffers(std::pmr::memory_resource *memory)
-        : points(memory), triangles(memory), normals(memory), uvs(memory), polygonNumbers(memory),
-          materialNumbers(memory), uvNames(memory), materials(memory) {}
+        : points_(memory), triangles_(memory), normals_(memory), uvs_(memory), polygonNumbers_(memory),
+          materialNumbers_(memory), uvNames_(memory), materials_(memory) {}
 
     void take(Mesh mesh) {
-        moveElements(mesh.points, points, 1); // padded as Mesh::padPoints does
-        moveElements(mesh.triangles, triangles);
-        moveElements(mesh.normals, normals);
-        moveElements(mesh.polygonNumbers, polygonNumbers);
-        moveElements(mesh.materialNumbers, materialNumbers);
-        uvs.resize(mesh.uvMaps.size());
-        for (std::size_t i = 0; i < uvs.size(); ++i) {
-            moveElements(mesh.uvMaps[i].values, uvs[i]);
-            uvNames.emplace_back(mesh.uvMaps[i].name);
+        moveElements(mesh.points, points_, 1); // padded as Mesh::padPoints does
+        moveElements(mesh.triangles, triangles_);
+        moveElements(mesh.normals, normals_);
+        moveElements(mesh.polygonNumbers, polygonNumbers_);
+        moveElements(mesh.materialNumbers, materialNumbers_);
+        uvs_.resize(mesh.uvMaps.size());
+        for (std::size_t i = 0; i < uvs_.size(); ++i) {
+            moveElements(mesh.uvMaps[i].values, uvs_[i]);
+            uvNames_.emplace_back(mesh.uvMaps[i].name);
         }
-        materials.assign(mesh.materials.begin(), mesh.materials.end());
-        polygonCount = mesh.polygonCount;
+        materials_.assign(mesh.materials.begin(), mesh.materials.end());
+        polygonCount_ = mesh.polygonCount;
     }
 
     bool isWithin(const SharedArena &arena) const {
@@ -46,53 +47,54 @@ struct ReadBuffers {
             return arena.holds(outer) &&
                    std::all_of(outer.begin(), outer.end(), [&](const auto &inner) { return arena.holds(inner); });
         };
-        return arena.holds(points) && arena.holds(triangles) && arena.holds(normals) && arena.holds(polygonNumbers) &&
-               arena.holds(materialNumbers) && areHeld(uvs) && areHeld(uvNames) && areHeld(materials) && fits();
+        return arena.holds(points_) && arena.holds(triangles_) && arena.holds(normals_) &&
+               arena.holds(polygonNumbers_) && arena.holds(materialNumbers_) && areHeld(uvs_) && areHeld(uvNames_) &&
+               areHeld(materials_) && fits();
     }
 
     Mesh mesh(std::shared_ptr<void> memory) {
         Mesh result{.memory = std::move(memory),
-                    .points = std::move(points),
-                    .triangles = std::move(triangles),
-                    .normals = std::move(normals),
+                    .points = std::move(points_),
+                    .triangles = std::move(triangles_),
+                    .normals = std::move(normals_),
                     .uvMaps = {},
-                    .polygonNumbers = std::move(polygonNumbers),
-                    .materialNumbers = std::move(materialNumbers),
-                    .materials = {materials.begin(), materials.end()},
-                    .polygonCount = polygonCount,
+                    .polygonNumbers = std::move(polygonNumbers_),
+                    .materialNumbers = std::move(materialNumbers_),
+                    .materials = {materials_.begin(), materials_.end()},
+                    .polygonCount = polygonCount_,
                     .smoothingAngles = {},
                     .splitFrom = {}};
-        for (std::size_t i = 0; i < uvs.size(); ++i)
-            result.uvMaps.push_back({.name = std::string(uvNames[i]), .values = std::move(uvs[i])});
+        for (std::size_t i = 0; i < uvs_.size(); ++i)
+            result.uvMaps.push_back({.name = std::string(uvNames_[i]), .values = std::move(uvs_[i])});
         return result;
     }
 
   private:
     // Whether the buffers belong together, and no index leads out of them.
     bool fits() const {
-        const auto isPoint = [&](std::uint32_t corner) { return corner < points.size(); };
+        const auto isPoint = [&](std::uint32_t corner) { return corner < points_.size(); };
         const auto isInside = [&](const HostPolygon &triangle) {
             return std::all_of(triangle.corners, triangle.corners + 3, isPoint);
         };
         const auto isComplete = [](const auto &buffer, std::size_t size) {
             return buffer.empty() || buffer.size() == size;
         };
-        return isComplete(normals, points.size()) && isComplete(polygonNumbers, triangles.size()) &&
-               isComplete(materialNumbers, triangles.size()) && uvNames.size() == uvs.size() &&
-               std::all_of(uvs.begin(), uvs.end(), [&](const auto &map) { return map.size() == points.size(); }) &&
-               std::all_of(materialNumbers.begin(), materialNumbers.end(),
-                           [&](std::uint16_t number) { return number < materials.size(); }) &&
-               std::all_of(triangles.begin(), triangles.end(), isInside);
+        return isComplete(normals_, points_.size()) && isComplete(polygonNumbers_, triangles_.size()) &&
+               isComplete(materialNumbers_, triangles_.size()) && uvNames_.size() == uvs_.size() &&
+               std::all_of(uvs_.begin(), uvs_.end(), [&](const auto &map) { return map.size() == points_.size(); }) &&
+               std::all_of(materialNumbers_.begin(), materialNumbers_.end(),
+                           [&](std::uint16_t number) { return number < materials_.size(); }) &&
+               std::all_of(triangles_.begin(), triangles_.end(), isInside);
     }
 
-    std::pmr::vector<HostPoint> points;
-    std::pmr::vector<HostPolygon> triangles;
-    std::pmr::vector<std::array<float, 3>> normals;
-    std::pmr::vector<std::pmr::vector<std::array<float, 2>>> uvs; // by map, then by vertex
-    std::pmr::vector<std::uint32_t> polygonNumbers;
-    std::pmr::vector<std::uint16_t> materialNumbers;
-    std::pmr::vector<std::pmr::string> uvNames, materials;
-    std::uint32_t polygonCount = 0;
+    std::pmr::vector<HostPoint> points_;
+    std::pmr::vector<HostPolygon> triangles_;
+    std::pmr::vector<std::array<float, 3>> normals_;
+    std::pmr::vector<std::pmr::vector<std::array<float, 2>>> uvs_; // by map, then by vertex
+    std::pmr::vector<std::uint32_t> polygonNumbers_;
+    std::pmr::vector<std::uint16_t> materialNumbers_;
+    std::pmr::vector<std::pmr::string> uvNames_, materials_;
+    std::uint32_t polygonCount_ = 0;
 };
 
 // The names of the files that a mesh file makes its reader open.

@@ -16,7 +16,7 @@ using std::string_view_literals::operator""sv;
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-// The head of a file as text: without a mark of its byte order and, in UTF-16, without the zeros of Latin letters.
+// The head of a file as text: without its byte-order mark and, for UTF-16, without the zero byte of each ASCII letter.
 std::string textOf(const FileEnds &file) {
     std::string text = file.head;
     if (text.starts_with("\xef\xbb\xbf")) return text.substr(3);
