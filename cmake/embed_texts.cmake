@@ -1,14 +1,13 @@
 # Builds text files into a library. Included, this file defines the function that does it; run as a script,
-# cmake -DLIST=FILE -DOUTPUT=FILE -DHEADER=... -DTYPE=... -DFUNCTION=... -P embed_texts.cmake, it writes the C++ source
+# cmake -DLIST=FILE -DOUTPUT=FILE -DHEADER=... -DFUNCTION=... -P embed_texts.cmake, it writes the C++ source
 # that holds them. LIST is a file with the path of one text a line.
 if(NOT CMAKE_SCRIPT_MODE_FILE)
     set(VELM_EMBED_TEXTS ${CMAKE_CURRENT_LIST_FILE})
 
-    # velm_embed_texts(TARGET HEADER header TYPE type FUNCTION name TEXTS pattern ...)
-    # Defines the function that the header declares: std::span<const TYPE> FUNCTION(), of records with the name of a file
-    # and its text.
+    # velm_embed_texts(TARGET HEADER header FUNCTION name TEXTS pattern ...)
+    # Defines the function that the header declares: std::span<const EmbeddedText> FUNCTION().
     function(velm_embed_texts target)
-        cmake_parse_arguments(EMBED "" "HEADER;TYPE;FUNCTION" "TEXTS" ${ARGN})
+        cmake_parse_arguments(EMBED "" "HEADER;FUNCTION" "TEXTS" ${ARGN})
         file(GLOB texts CONFIGURE_DEPENDS ${EMBED_TEXTS})
         list(JOIN texts "\n" paths)
         set(list ${CMAKE_CURRENT_BINARY_DIR}/${EMBED_FUNCTION}.txt)
@@ -17,7 +16,7 @@ if(NOT CMAKE_SCRIPT_MODE_FILE)
         file(CONFIGURE OUTPUT ${list} CONTENT "@paths@\n" @ONLY)
         add_custom_command(
             OUTPUT ${source}
-            COMMAND ${CMAKE_COMMAND} -DLIST=${list} -DOUTPUT=${source} -DHEADER=${EMBED_HEADER} -DTYPE=${EMBED_TYPE}
+            COMMAND ${CMAKE_COMMAND} -DLIST=${list} -DOUTPUT=${source} -DHEADER=${EMBED_HEADER}
                     -DFUNCTION=${EMBED_FUNCTION} -P ${VELM_EMBED_TEXTS}
             DEPENDS ${texts} ${list} ${VELM_EMBED_TEXTS}
             COMMENT "Embedding the texts of ${EMBED_FUNCTION}"
@@ -45,12 +44,12 @@ namespace velm::host {
 
 namespace {
 
-constexpr ${TYPE} kFiles[] = {
+constexpr EmbeddedText kFiles[] = {
 ${rows}};
 
 } // namespace
 
-std::span<const ${TYPE}> ${FUNCTION}() { return kFiles; }
+std::span<const EmbeddedText> ${FUNCTION}() { return kFiles; }
 
 } // namespace velm::host
 ")

@@ -5,15 +5,10 @@
 
 namespace {
 
-// The name, with a number from 2 on if it is taken.
-template <typename Members>
-std::string uniqueName(const std::string &wanted, const Members &members) {
-    const auto taken = [&members](const std::string &name) {
-        return std::any_of(members.begin(), members.end(),
-                           [&name](const auto &member) { return member->name == name; });
-    };
+// Takes the name, with a number from 2 on if it is taken.
+std::string takeName(const std::string &wanted, std::unordered_set<std::string> &taken) {
     std::string name = wanted;
-    for (int number = 2; taken(name); ++number) name = wanted + " (" + std::to_string(number) + ")";
+    for (int number = 2; !taken.insert(name).second; ++number) name = wanted + " (" + std::to_string(number) + ")";
     return name;
 }
 
@@ -84,7 +79,7 @@ HostChannelGroup::~HostChannelGroup() {
 
 HostEnvelope &HostChannelGroup::addEnvelope(const std::string &wantedName, int type) {
     auto envelope = std::make_unique<HostEnvelope>();
-    envelope->name = uniqueName(wantedName, envelopes);
+    envelope->name = takeName(wantedName, envelopeNames_);
     envelope->group = this;
     envelope->type = type;
     return *envelopes.emplace_back(std::move(envelope));
@@ -92,14 +87,20 @@ HostEnvelope &HostChannelGroup::addEnvelope(const std::string &wantedName, int t
 
 HostChannelGroup &HostChannelGroup::addGroup(const std::string &wantedName) {
     auto group = std::make_unique<HostChannelGroup>();
-    group->name = uniqueName(wantedName, groups);
+    group->name = takeName(wantedName, groupNames_);
     group->parent = this;
     return *groups.emplace_back(std::move(group));
 }
 
-void HostChannelGroup::removeEnvelope(HostEnvelope &envelope) { remove(envelopes, envelope); }
+void HostChannelGroup::removeEnvelope(HostEnvelope &envelope) {
+    envelopeNames_.erase(envelope.name);
+    remove(envelopes, envelope);
+}
 
-void HostChannelGroup::removeGroup(HostChannelGroup &group) { remove(groups, group); }
+void HostChannelGroup::removeGroup(HostChannelGroup &group) {
+    groupNames_.erase(group.name);
+    remove(groups, group);
+}
 
 HostEnvelope *HostChannelGroup::findEnvelope(const std::string &wantedName) const {
     const auto found = std::find_if(envelopes.begin(), envelopes.end(),

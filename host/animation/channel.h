@@ -6,6 +6,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace velm::host {
@@ -85,7 +86,7 @@ struct HostEnvelope {
 
 // A folder of envelopes and further groups.
 struct HostChannelGroup {
-    std::string name; // unique among the parent's groups
+    std::string name; // unique among the parent's groups; never changes
     HostChannelGroup *parent = nullptr;
     std::vector<std::unique_ptr<HostEnvelope>> envelopes;
     std::vector<std::unique_ptr<HostChannelGroup>> groups;
@@ -102,6 +103,9 @@ struct HostChannelGroup {
     void removeEnvelope(HostEnvelope &envelope);
     void removeGroup(HostChannelGroup &group);
     HostEnvelope *findEnvelope(const std::string &wantedName) const; // null when there is none
+
+  private:
+    std::unordered_set<std::string> groupNames_, envelopeNames_;
 };
 
 namespace velm::host {

@@ -20,9 +20,10 @@ struct SourceLocation {
     std::string text() const { return line > 0 && !file.empty() ? file + ":" + std::to_string(line) : file; }
 };
 
+// what() of each of these errors is one line, whatever characters the names and texts that it quotes contain.
+
 // The input is wrong: a scene, a module, an image, a name in them. The message says what was found and what was
-// expected. what() is that message after the location, where one is known; it is one line, whatever characters the
-// quoted names contain. Exit status 1.
+// expected. what() is that message after the location, where one is known. Exit status 1.
 class InputError : public std::runtime_error {
   public:
     explicit InputError(const std::string &message) : InputError(SourceLocation{}, message) {}
@@ -44,14 +45,14 @@ class InputError : public std::runtime_error {
 // The machine failed: disk full, no memory, a file that cannot be written. Exit status 3.
 class MachineError : public std::runtime_error {
   public:
-    using std::runtime_error::runtime_error;
+    explicit MachineError(const std::string &message) : std::runtime_error(onOneLine(message)) {}
 };
 
 // A module crashed, hung, threw or ended the process. The message names its file, its server and the call. Exit
 // status 3.
 class ModuleError : public std::runtime_error {
   public:
-    using std::runtime_error::runtime_error;
+    explicit ModuleError(const std::string &message) : std::runtime_error(onOneLine(message)) {}
 };
 
 } // namespace velm::host

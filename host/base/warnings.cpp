@@ -36,8 +36,10 @@ std::string Warnings::summary() const {
     std::unordered_set<std::string_view> things;
     std::string list;
     for (const Warning &warning : all_)
-        if (things.insert(warning.brief).second) list += (list.empty() ? "" : "; ") + warning.brief;
+        if (things.insert(warning.brief).second && things.size() <= kMostInSummary)
+            list += (list.empty() ? "" : "; ") + warning.brief;
     if (things.empty()) return {};
+    if (things.size() > kMostInSummary) list += "; and " + std::to_string(things.size() - kMostInSummary) + " more";
     return std::to_string(things.size()) + (things.size() == 1 ? " warning: " : " warnings: ") + onOneLine(list);
 }
 

@@ -4,6 +4,7 @@
 
 #include "host/base/error.h"
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -40,7 +41,9 @@ class Warnings {
 
     const std::vector<Warning> &all() const { return all_; }
 
-    // "2 warnings: no image \"Sky\"; no image \"Wood\"", with each cause once. Empty if there are none.
+    // "2 warnings: no image \"Sky\"; no image \"Wood\"", with each cause once, and the first kMostInSummary of them by
+    // name. Empty if there are none.
+    static constexpr std::size_t kMostInSummary = 20;
     std::string summary() const;
 
   private:

@@ -1,5 +1,7 @@
 #include "host/check/report.h"
 
+#include "host/base/one_line.h"
+
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
@@ -72,18 +74,21 @@ void printBad(std::span<const CheckResult> some, const CheckOptions &options, st
     }
 }
 
-// Escapes a text for XML attributes and contents. Control characters, which XML does not allow, are dropped.
+// Escapes a text for XML attributes and contents. Other control characters than line ends, which XML does not allow,
+// are spelt as in messages.
 std::string xml(const std::string &text) {
     std::string escaped;
-    for (const char character : text) switch (character) {
-        case '&': escaped += "&amp;"; break;
-        case '<': escaped += "&lt;"; break;
-        case '>': escaped += "&gt;"; break;
-        case '"': escaped += "&quot;"; break;
-        case '\n': escaped += "&#10;"; break;
-        default:
-            if (static_cast<unsigned char>(character) >= ' ') escaped += character;
-        }
+    for (std::size_t at = 0, end = 0; end != std::string::npos; at = end + 1) {
+        end = text.find('\n', at);
+        for (const char character : onOneLine(std::string_view(text).substr(at, end - at))) switch (character) {
+            case '&': escaped += "&amp;"; break;
+            case '<': escaped += "&lt;"; break;
+            case '>': escaped += "&gt;"; break;
+            case '"': escaped += "&quot;"; break;
+            default: escaped += character;
+            }
+        if (end != std::string::npos) escaped += "&#10;";
+    }
     return escaped;
 }
 
@@ -142,7 +147,7 @@ std::string resultsAsJson(std::span<const CheckResult> results, const CheckOptio
                                         {"counts", counts},
                                         {"results", list}};
     // A module's texts may be invalid UTF-8.
-    return all.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return escapedJson(all.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) + "\n";
 }
 
 std::string resultsAsJunit(std::span<const CheckResult> results, const CheckOptions &options) {

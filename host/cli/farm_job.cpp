@@ -14,7 +14,7 @@ namespace velm::host {
 namespace {
 
 std::string templateText(const std::string &name) {
-    for (const FarmTemplate &one : farmTemplates())
+    for (const EmbeddedText &one : farmTemplates())
         if (one.name == name) return std::string(one.text);
     throw std::logic_error("there is no template " + name);
 }

@@ -1,17 +1,13 @@
 // The job templates of packaging/farm, as they were when the program was built.
 #pragma once
 
+#include "host/base/embedded_text.h"
+
 #include <span>
-#include <string_view>
 
 namespace velm::host {
 
-struct FarmTemplate {
-    std::string_view name; // "velm-frames.sbatch"
-    std::string_view text;
-};
-
 // The texts live as long as the program. [any thread]
-std::span<const FarmTemplate> farmTemplates();
+std::span<const EmbeddedText> farmTemplates();
 
 } // namespace velm::host

@@ -1,5 +1,7 @@
 #include "host/cli/json_output.h"
 
+#include "host/base/one_line.h"
+
 #include <cmath>
 #include <ostream>
 
@@ -7,7 +9,7 @@ namespace velm::host {
 
 void printJson(const Json &value, std::ostream &out) {
     constexpr int kSpaces = 2;
-    out << value.dump(kSpaces, ' ', false, Json::error_handler_t::replace) << '\n';
+    out << escapedJson(value.dump(kSpaces, ' ', false, Json::error_handler_t::replace)) << '\n';
 }
 
 Json jsonNumber(double number) {

@@ -41,7 +41,7 @@ ProgressReport::~ProgressReport() {
 }
 
 void ProgressReport::begin(std::string title, const FramePosition &position) {
-    title_ = std::move(title);
+    title_ = onOneLine(title);
     position_ = position;
     start_ = Clock::now();
     shown_ = -1;

@@ -4,6 +4,7 @@
 #include "host/base/one_line.h"
 #include "host/cli/command_line.h"
 #include "host/cli/log_file.h"
+#include "host/cli/plain_output.h"
 #include "host/cli/progress.h"
 #include "host/guard/process_settings.h"
 #include "host/render/services/scene_services.h"
@@ -69,9 +70,10 @@ using RunCommand = int(const CommandLine &line, std::ostream &out, std::ostream 
 
 int parseAndRun(int argc, const char *const *argv, std::ostream &out, std::ostream &err, RunCommand *runIt) {
     return statusOf({.err = err, .log = {}}, [&] {
-        const std::optional<CommandLine> line = parseCommandLine(argc, argv, out);
-        if (line) return runIt(*line, out, err);
-        flush(out);
+        PlainOutput plain(out);
+        const std::optional<CommandLine> line = parseCommandLine(argc, argv, plain);
+        if (line) return runIt(*line, plain, err);
+        flush(plain);
         return int{kExitDone};
     });
 }

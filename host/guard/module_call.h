@@ -48,8 +48,7 @@ VELM_FORCED_UNWIND auto callModule(int server, const char *name, Call call) -> d
 }
 
 // A copy of a text that a module has given; empty for null. A text beyond kLongestModuleText bytes is cut, and ends
-// with
-// "...". To be called while the call is noted that has given it: reading the text may crash.
+// with "...". To be called while the call is noted that has given it: reading the text may crash.
 constexpr std::size_t kLongestModuleText = 1000;
 std::string moduleText(const char *text);
 

@@ -29,6 +29,21 @@ bool isSameAction(const struct sigaction &one, const struct sigaction &other) {
     return one.sa_sigaction == other.sa_sigaction && one.sa_flags == other.sa_flags;
 }
 
+// A copy of a descriptor with a high number, where a module that closes whatever may be open does not look; -1 if the
+// descriptor is closed.
+int copied(int descriptor) {
+    constexpr int kHigh = 800, kLow = STDERR_FILENO + 1; // the high one may be beyond the process's limit
+    const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, kHigh);
+    return copy >= 0 ? copy : fcntl(descriptor, F_DUPFD_CLOEXEC, kLow);
+}
+
+// The copy alone.
+int moved(int descriptor) {
+    const int copy = copied(descriptor);
+    if (descriptor >= 0) close(descriptor);
+    return copy;
+}
+
 #if defined(__x86_64__) || defined(__i386__)
 constexpr unsigned int kSimdStatus = 0x3F; // the bits that are no mode
 
@@ -52,21 +67,31 @@ void setModes(unsigned int, unsigned short) {}
 } // namespace
 
 KeptSettings::KeptSettings()
-    : directory_(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)), simdMode_(simdMode()), classicMode_(classicMode()),
-      fileMask_(umask(0)), locale_(std::setlocale(LC_ALL, nullptr)) {
+    : directory_(noted(moved(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)))), streams_{noted(copied(STDIN_FILENO)),
+                                                                                      noted(copied(STDOUT_FILENO)),
+                                                                                      noted(copied(STDERR_FILENO))},
+      simdMode_(simdMode()), classicMode_(classicMode()), fileMask_(umask(0)),
+      locale_(std::setlocale(LC_ALL, nullptr)) {
     umask(fileMask_);
-    struct stat here {};
-    if (directory_ >= 0 && fstat(directory_, &here) == 0) {
-        device_ = here.st_dev;
-        number_ = here.st_ino;
-    }
     noteSignals();
     kept = this;
 }
 
 KeptSettings::~KeptSettings() {
     kept = nullptr;
-    if (directory_ >= 0) close(directory_);
+    if (directory_.descriptor >= 0) close(directory_.descriptor);
+    for (const OpenFile &stream : streams_)
+        if (stream.descriptor >= 0) close(stream.descriptor);
+}
+
+KeptSettings::OpenFile KeptSettings::noted(int descriptor) {
+    OpenFile file{.descriptor = descriptor};
+    struct stat found {};
+    if (descriptor >= 0 && fstat(descriptor, &found) == 0) {
+        file.device = found.st_dev;
+        file.number = found.st_ino;
+    }
+    return file;
 }
 
 void KeptSettings::putBackFloatingPoint() const {
@@ -75,9 +100,24 @@ void KeptSettings::putBackFloatingPoint() const {
 
 void KeptSettings::putBackDirectory() const {
     struct stat here {};
-    if (directory_ < 0 || (stat(".", &here) == 0 && here.st_dev == device_ && here.st_ino == number_)) return;
+    if (directory_.descriptor < 0 ||
+        (stat(".", &here) == 0 && here.st_dev == directory_.device && here.st_ino == directory_.number))
+        return;
     // It existed when it was opened. Where it cannot be entered any more, its files cannot be opened either.
-    static_cast<void>(fchdir(directory_) == 0);
+    static_cast<void>(fchdir(directory_.descriptor) == 0);
+}
+
+// A stream that stayed closed would lose the host's messages, and the next file to be opened would get its descriptor:
+// what is printed would then be written into that file.
+void KeptSettings::putBackStreams() const {
+    for (std::size_t i = 0; i < streams_.size(); ++i) {
+        const OpenFile &kept = streams_[i];
+        const auto stream = static_cast<int>(i);
+        struct stat now {};
+        if (kept.descriptor < 0 || (fstat(stream, &now) == 0 && now.st_dev == kept.device && now.st_ino == kept.number))
+            continue;
+        dup2(kept.descriptor, stream);
+    }
 }
 
 void KeptSettings::putBackOthers() const {
@@ -98,6 +138,7 @@ void putBackAfterCall() {
     if (!kept) return;
     kept->putBackFloatingPoint();
     kept->putBackDirectory();
+    kept->putBackStreams();
 }
 
 void putBackSettings() {

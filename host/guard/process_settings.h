@@ -9,11 +9,11 @@
 
 namespace velm::host {
 
-// While it lives, this process keeps the settings that it has when the object is made. The working directory and the
-// floating-point mode are put back after each call of a module (see module_call.h); putBackSettings() also puts back
-// the file mask, the locale, and the effects of signals: those that end the host, and those by which it sees crashes.
-// Without such an object, nothing is put back, so that checks can see what a module changes. [interface thread; one at
-// a time]
+// While it lives, this process keeps the settings that it has when the object is made. The working directory, the
+// floating-point mode and the standard streams, which a module may close or redirect, are put back after each call of a
+// module (see module_call.h); putBackSettings() also puts back the file mask, the locale, and the effects of signals:
+// those that end the host, and those by which it sees crashes. Without such an object, nothing is put back, so that
+// checks can see what a module changes. [interface thread; one at a time]
 class KeptSettings {
   public:
     KeptSettings();
@@ -23,15 +23,23 @@ class KeptSettings {
 
     void putBackFloatingPoint() const;
     void putBackDirectory() const;
+    void putBackStreams() const;
     void putBackOthers() const;
     void noteSignals();
 
   private:
-    static constexpr std::size_t kSignals = 14;
+    static constexpr std::size_t kSignals = 14, kStreams = 3;
 
-    int directory_; // a descriptor; -1: the directory could not be opened
-    dev_t device_ = 0;
-    ino_t number_ = 0;
+    // An open file, which may have other descriptors, too.
+    struct OpenFile {
+        int descriptor; // owned; -1: there is none
+        dev_t device = 0;
+        ino_t number = 0;
+    };
+    static OpenFile noted(int descriptor);
+
+    OpenFile directory_;
+    std::array<OpenFile, kStreams> streams_; // copies of the descriptors 0, 1 and 2
     unsigned int simdMode_ = 0;
     unsigned short classicMode_ = 0;
     mode_t fileMask_ = 0;
@@ -40,7 +48,7 @@ class KeptSettings {
 };
 
 // The three functions have no effect without a KeptSettings object. [interface thread]
-void putBackAfterCall(); // the directory and the floating-point mode; costs one system call
+void putBackAfterCall(); // the directory, the floating-point mode and the streams; costs four system calls
 void putBackSettings();  // all settings
 void keepSignals();      // from now on, the present effects of signals are kept: the host has changed them itself
 

@@ -66,7 +66,7 @@ std::string fileName(const std::string &server) {
 
 std::vector<NodeHelp> readAll() {
     std::vector<NodeHelp> all;
-    for (const HelpFile &file : helpFiles()) all.push_back(readHelp(std::string(file.name), file.text));
+    for (const EmbeddedText &file : helpFiles()) all.push_back(readHelp(std::string(file.name), file.text));
     return all;
 }
 

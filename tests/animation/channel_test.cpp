@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <limits>
+#include <string>
 
 using namespace velm::host;
 
@@ -228,6 +230,20 @@ TEST(ChannelGroup, NamesAreUniqueByNumber) {
     root->removeEnvelope(*root->findEnvelope("Color.R (2)"));
     EXPECT_EQ(root->addEnvelope("Color.R", kChannelPercent).name, "Color.R (2)");
     EXPECT_EQ(root->findEnvelope("Color"), nullptr);
+}
+
+// Each node of a network has a group. The time must not grow as the square of their number.
+TEST(ChannelGroup, ManyMembersTakeLittleTime) {
+    constexpr int kMembers = 100000;
+    constexpr std::chrono::seconds kMost{5}; // it takes less than a tenth of that, except under the sanitizers
+    const auto start = std::chrono::steady_clock::now();
+    const auto root = makeRootGroup("Scene");
+    for (int i = 0; i < kMembers; ++i) {
+        root->addGroup("Group of node " + std::to_string(i));
+        root->addEnvelope("Envelope of node " + std::to_string(i), kChannelFloat);
+    }
+    EXPECT_EQ(root->addGroup("Group of node 7").name, "Group of node 7 (2)");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, kMost);
 }
 
 } // namespace

@@ -24,7 +24,18 @@ TEST(OneLine, LeavesOtherTextUnchanged) {
         EXPECT_EQ(onOneLine(text), text);
 }
 
+// Writers of JSON escape only the control characters below U+0020.
+TEST(OneLine, EscapesTheOtherControlCharactersOfJson) {
+    EXPECT_EQ(escapedJson("{\"a\x7f\": \"\xc2\x9b"
+                          "31m\"}"),
+              "{\"a\\u007f\": \"\\u009b31m\"}");
+    for (const std::string text : {"", "{\n  \"a\": 1\n}", "\"\xc3\xbc\xc2\xa0\\u001b\""})
+        EXPECT_EQ(escapedJson(text), text);
+}
+
 TEST(OneLine, AppliesToErrorsAndWarnings) {
+    EXPECT_STREQ(MachineError("no \x1b[2J").what(), "no \\x1b[2J");
+    EXPECT_STREQ(ModuleError("server \"\x1b[2J\"").what(), "server \"\\x1b[2J\"");
     EXPECT_STREQ(InputError("no node \"a\0b\n\""s).what(), "no node \"a\\x00b\\n\"");
     EXPECT_STREQ(InputError({.file = "a\nb.json", .line = 3}, "wrong").what(), "a\\nb.json:3: wrong");
     const Warning warning{.location = {.file = "a.json", .line = 1}, .path = "", .brief = "x\ny", .message = "no \x1b"};

@@ -53,6 +53,12 @@ TEST(Warnings, AreSummarisedByTheirBriefTexts) {
     wood.message = "it is damaged";
     warnings.add(wood);
     EXPECT_EQ(warnings.summary(), "2 warnings: no image \"Sky\"; no image \"Wood\"");
+    for (int i = 0; i < 10000; ++i) {
+        const std::string what = "no image " + std::to_string(i);
+        warnings.add({.location = {}, .path = {}, .brief = what, .message = what});
+    }
+    EXPECT_TRUE(warnings.summary().starts_with("10002 warnings: no image \"Sky\"; ")) << warnings.summary();
+    EXPECT_TRUE(warnings.summary().ends_with("; no image 17; and 9982 more")) << warnings.summary();
 }
 
 TEST(Warnings, AreErrorsUnderTheStrictPolicy) {

@@ -39,10 +39,29 @@ TEST_P(ThreadedModule, PassesTheCheck) {
     }
 }
 
+constexpr const char *kSharedVariables = "threads.globals"; // which needs a process for each of its threads
+
 std::vector<const char *> threadCheckNames() {
     std::vector<const char *> names;
-    for (const Check &check : threadChecks()) names.push_back(check.name);
+    for (const Check &check : threadChecks())
+        if (std::string(check.name) != kSharedVariables) names.push_back(check.name);
     return names;
+}
+
+// The one that all threads share, on purpose. Without optimisation, its plain stores are atomic instructions.
+TEST(ModuleVariables, OnlyTheRandomStreamIsShared) {
+    constexpr const char *kDrawing[] = {"Velm Ambient Occlusion", "Velm Gaussian Reflections",
+                                        "Velm Gaussian Refractions", "Velm Random"};
+    for (const CheckResult &one : resultsOf(optionsFor(VELM_MODULE_FILE, kSharedVariables))) {
+        if (one.outcome == Outcome::skip) GTEST_SKIP() << one.message;
+        const bool draws = std::ranges::find(kDrawing, one.server) != std::end(kDrawing);
+        const bool isWarned = one.message.find("velm::plugin::mt") != std::string::npos;
+        EXPECT_EQ(one.outcome, isWarned ? Outcome::warn : Outcome::pass) << one.fullName() << ": " << one.message;
+        EXPECT_FALSE(isWarned && !draws) << one.fullName() << ": " << one.message;
+#ifdef __OPTIMIZE__
+        EXPECT_TRUE(isWarned || !draws) << one.fullName();
+#endif
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Checks, ThreadedModule, ::testing::ValuesIn(threadCheckNames()), [](const auto &row) {

@@ -89,7 +89,7 @@ TEST_F(Farms, RefuseWhatCannotBeRendered) {
 
 TEST(FarmTemplates, AreThoseOfThePackage) {
     std::vector<std::string_view> names;
-    for (const FarmTemplate &one : farmTemplates()) names.push_back(one.name);
+    for (const EmbeddedText &one : farmTemplates()) names.push_back(one.name);
     EXPECT_EQ(names, (std::vector<std::string_view>{"velm-frames.sbatch", "velm-frames.sh", "velm-frames.yaml",
                                                     "velm-still.sbatch", "velm-still.sh", "velm-still.yaml"}));
 }

@@ -59,6 +59,7 @@ constexpr Fault kFaults[] = {
     {"terminate", [] { std::terminate(); }},
     {"move", [] { static_cast<void>(chdir("/") == 0); }},
     {"mask", [] { umask(0777); }},
+    {"silence", [] { close(STDOUT_FILENO), close(STDERR_FILENO); }},
     {"trap", [] { feenableexcept(FE_ALL_EXCEPT); }},
     {"ignore", [] { signal(SIGINT, SIG_IGN); }},
     {"leave", [] { pthread_exit(nullptr); }},
@@ -72,13 +73,19 @@ bool isFault(const char *text) {
     return wanted && std::strcmp(wanted, text) == 0;
 }
 
-// The error that a callback reports: "wild load", for example, an address without a text; "long load", a megabyte.
+// A text that clears a terminal and makes it red.
+constexpr const char *kTerminalText = "Red\x1b[2J\xc2\x9b"
+                                      "31m";
+
+// The error that a callback reports: "wild load", for example, an address without a text; "long load", a megabyte;
+// "terminal load", control sequences of terminals.
 HostError errorAt(const char *callback) {
     static char text[1 << 20];
     const char *wanted = std::getenv("VELM_FAULT");
     const char *blank = wanted ? std::strchr(wanted, ' ') : nullptr;
     if (!blank || std::strcmp(blank + 1, callback) != 0) return nullptr;
     if (std::strncmp(wanted, "wild", 4) == 0) return wild<const char>();
+    if (std::strncmp(wanted, "terminal", 8) == 0) return kTerminalText;
     if (std::strncmp(wanted, "long", 4) != 0) return nullptr;
     std::memset(text, 'x', sizeof text - 1);
     return text;
@@ -215,6 +222,7 @@ void *startup() {
     faultAt("startup");
     if (isFault("tags")) servers[0].tags = wild<const HostTag>();
     if (isFault("name")) servers[0].name = wild<const char>();
+    if (isFault("terminal")) servers[0].name = kTerminalText;
     if (isFault("class")) servers[1].className = wild<const char>();
     if (isFault("end")) servers[3] = servers[2], servers[3].className = wild<const char>();
     static int word;

@@ -159,7 +159,7 @@ TEST(SoundModule, RendersUnderTheGuardAndWithoutIt) {
 
 // What a module does to the whole process is put back, or kept away from what the host does.
 TEST(MeddlingModule, ChangesNothingOutside) {
-    for (const char *what : {"move", "mask", "ignore"})
+    for (const char *what : {"move", "mask", "ignore", "silence"})
         for (const char *callback : {"loading", "startup", "activate", "create", "init", "newTime", "evaluate"}) {
             const WorkDirectory directory;
             std::vector<std::string> words = renderWords(directory);
@@ -174,6 +174,38 @@ TEST(MeddlingModule, ChangesNothingOutside) {
             EXPECT_EQ(std::filesystem::status(directory.file("new.png")).permissions(), std::filesystem::perms{0644})
                 << what << ' ' << callback;
         }
+}
+
+TEST(MeddlingModule, SilencesNoMessage) {
+    for (const char *callback : {"loading", "startup", "activate", "create"}) {
+        const WorkDirectory directory;
+        const auto silence = [&] { setenv("VELM_FAULT", (std::string("silence ") + callback).c_str(), 1); };
+        const test::Outcome listed = runProgram(directory, {"nodes", "--module", VELM_FAULTY_MODULE}, silence);
+        EXPECT_EQ(listed.status, kExitDone) << callback << ": " << listed.err;
+        EXPECT_NE(listed.out.find("Tail Node"), std::string::npos) << callback;
+        std::vector<std::string> words = renderWords(directory);
+        directory.write("scene.json", std::string(kScene).replace(std::string(kScene).find("Tail.In"), 7, "Tail.No"));
+        const test::Outcome failed = runProgram(directory, words, silence);
+        EXPECT_EQ(failed.status, kExitInput);
+        EXPECT_NE(failed.err.find("scene.json:"), std::string::npos) << callback << ": " << failed.err;
+    }
+}
+
+// Without a descriptor of its own, a stream would write into the first file that is opened.
+TEST(Program, WritesNoMessagesIntoFilesWhenItsStreamsAreClosed) {
+    const WorkDirectory directory;
+    std::vector<std::string> words = renderWords(directory);
+    words[3] = "new.png";
+    words.insert(words.end(), {"--log", "velm.log"});
+    std::erase(words, "--quiet");
+    const test::Outcome outcome = runProgram(directory, words, [] {
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) close(stream);
+    });
+    EXPECT_EQ(outcome.status, kExitDone);
+    EXPECT_EQ(directory.files(), (std::vector<std::string>{"new.png", "old.png", "scene.json", "velm.log"}));
+    const std::string log = directory.read("velm.log");
+    EXPECT_EQ(log.find(" %"), std::string::npos) << log;
+    EXPECT_EQ(runProgram(directory, {"compare", "new.png", "new.png"}).status, kCompareSame);
 }
 
 TEST(MeddlingModule, HasItsTrapsTurnedOff) {
@@ -196,6 +228,42 @@ TEST(TalkativeModule, HasItsErrorsCut) {
         EXPECT_LT(outcome.err.size(), 2000U);
         EXPECT_NE(outcome.err.find("xxx...\n"), std::string::npos) << outcome.err;
         EXPECT_TRUE(directory.pictureIsUnchanged());
+    }
+}
+
+bool controlsTerminals(const std::string &text) {
+    return text.find('\x1b') != std::string::npos || text.find("\xc2\x9b") != std::string::npos;
+}
+
+TEST(TalkativeModule, ControlsNoTerminal) {
+    struct Row {
+        std::vector<std::string> words; // without the module
+        const char *fault;
+    };
+    const Row rows[] = {
+        {{"nodes"}, "terminal"},
+        {{"nodes", "--json"}, "terminal"},
+        {{"show", "Red\x1b[2J\xc2\x9b"
+                  "31m"},
+         "terminal"},
+        {{"nodes"}, "terminal create"},
+        {{"render", "scene.json", "-o", "new.png", "--log", "velm.log"}, "terminal create"},
+        {{"check", "--filter", "identity.repeats", "--json", "a.json", "--junit", "a.xml"}, "terminal create"},
+    };
+    const WorkDirectory directory;
+    directory.write("scene.json", kScene);
+    for (const Row &row : rows) {
+        std::vector<std::string> words = row.words;
+        if (words[0] != "check") words.push_back("--module"); // there, it is no option
+        words.push_back(VELM_FAULTY_MODULE);
+        const test::Outcome outcome = runProgram(directory, words, [&] { setenv("VELM_FAULT", row.fault, 1); });
+        const std::string text = outcome.out + outcome.err;
+        EXPECT_FALSE(controlsTerminals(text)) << words[0] << ": " << text;
+        EXPECT_NE(text.find("Red\\"), std::string::npos) << words[0] << ": " << text;
+    }
+    for (const char *file : {"a.json", "a.xml", "velm.log"}) {
+        EXPECT_NE(directory.read(file).find("Red\\"), std::string::npos) << file;
+        EXPECT_FALSE(controlsTerminals(directory.read(file))) << file;
     }
 }
 

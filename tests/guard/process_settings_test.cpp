@@ -2,6 +2,7 @@
 #include "host/guard/module_call.h"
 #include "host/guard/process_settings.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -55,6 +56,25 @@ TEST(KeptSettings, PutsBackTheFloatingPointModeAfterEachCall) {
     });
     EXPECT_EQ(std::fegetround(), FE_TONEAREST);
     EXPECT_EQ(fegetexcept(), 0);
+}
+
+// Closed descriptors would be given to the next files that the host opens.
+TEST(KeptSettings, PutsBackTheStandardStreamsAfterEachCall) {
+    struct stat before[3], after[3];
+    const KeptSettings kept;
+    for (int i = 0; i < 3; ++i) ASSERT_EQ(fstat(i, &before[i]), 0);
+    callModule(server(), "create", [] {
+        const int other = open("/proc/self/stat", O_RDONLY);
+        dup2(other, STDOUT_FILENO);
+        close(other);
+        close(STDERR_FILENO);
+        close(STDIN_FILENO);
+    });
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(fstat(i, &after[i]), 0) << "descriptor " << i;
+        EXPECT_EQ(after[i].st_ino, before[i].st_ino) << "descriptor " << i;
+        EXPECT_EQ(after[i].st_dev, before[i].st_dev) << "descriptor " << i;
+    }
 }
 
 TEST(KeptSettings, PutsBackTheFileMaskAndSignals) {

@@ -75,7 +75,7 @@ TEST(Help, HoldsTheFilesAsTheyAre) {
     for (const auto &entry : std::filesystem::directory_iterator(VELM_SOURCE_DIR "/docs/nodes"))
         count += entry.path().extension() == ".json";
     EXPECT_EQ(helpFiles().size(), count);
-    for (const HelpFile &file : helpFiles()) {
+    for (const EmbeddedText &file : helpFiles()) {
         std::ifstream stream(VELM_SOURCE_DIR "/docs/nodes/" + std::string(file.name), std::ios::binary);
         std::ostringstream text;
         text << stream.rdbuf();

@@ -13,6 +13,7 @@
 #include <unistd.h>
 #include <xmmintrin.h>
 
+#include <atomic>
 #include <clocale>
 #include <csignal>
 #include <cstdint>
@@ -85,6 +86,8 @@ enum Fault {
     kNeedsItsThread,
     kFillsLate,
     kForgetsWithOthers,
+    kCountsForNobody,
+    kCountsProperly, // no fault
     // With odd inputs
     kTrustsMode,
     kTrustsSettings,
@@ -229,6 +232,24 @@ inline volatile int filled = 0; // state of a table that is filled on first use:
 inline pthread_t owners[kMaxThreads];
 inline bool owned[kMaxThreads];
 
+inline volatile int countForNobody = 0; // no result depends on it
+
+// What threads may share: what a lock or an atomic instruction guards, what is made once, and a place for each thread.
+inline void countProperly(int thread) {
+    static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+    static pthread_once_t once = PTHREAD_ONCE_INIT;
+    static volatile int guarded, made, byThread[kMaxThreads];
+    static std::atomic<int> counter, latest;
+    static const volatile int first = thread;
+    pthread_mutex_lock(&mutex);
+    guarded = guarded + first;
+    pthread_mutex_unlock(&mutex);
+    pthread_once(&once, [] { made = 1; });
+    ++counter;
+    latest = thread;
+    byThread[thread] = byThread[thread] + made;
+}
+
 // Whether a thread has not yet evaluated a sample.
 inline int isFresh(int right, int thread) {
     static int known[kMaxThreads];
@@ -239,6 +260,8 @@ inline int isFresh(int right, int thread) {
 
 inline double withThreads(double right, const void *instance, int thread) {
     if (is(kCountsForAll)) return right + ++countForAll;
+    if (is(kCountsForNobody)) countForNobody = countForNobody + 1;
+    if (is(kCountsProperly)) countProperly(thread);
     if (is(kKnowsOneInstance)) {
         const bool isKnown = !lastInstance || lastInstance == instance;
         lastInstance = instance;

@@ -134,61 +134,71 @@ TEST(FrameRenderer, PassesOfSeveralWorkersMakeTheSamePicture) {
     EXPECT_TRUE(samePixels(renderer.picture(), whole, kWhole));
 }
 
-TEST(FrameRendererThreaded, StopsAfterTheSampleAtHand) {
-    for (const int threads : {1, 4}) {
-        TestScene scene;
-        scene.job.order = RenderOrder::classic;
-        scene.job.width = scene.job.height = 64;
-        scene.job.samples = 4;
-        scene.job.threads = threads;
-        std::atomic<int> evaluations = 0;
-        std::stop_source source;
-        constexpr int kEnough = 200;
-        scene.surface("Wall", {{"Luminosity", 1}});
-        scene.probe("Wall", "Color", [&](ShadingSample &sample, double value[3]) {
+// A wall that fills a picture of four samples. Rendering it is stopped by its evaluation of a given number.
+class StoppedRender {
+  public:
+    StoppedRender(int side, int enough) {
+        scene_.job.width = scene_.job.height = side;
+        scene_.job.samples = kSamples;
+        scene_.surface("Wall", {{"Luminosity", 1}});
+        scene_.probe("Wall", "Color", [this, enough](ShadingSample &sample, double value[3]) {
             value[0] = sample.position[0];
-            if (++evaluations == kEnough) source.request_stop();
+            if (++evaluations_ == enough) source_.request_stop();
         });
-        scene.object("Wall", BoxShape{.size = {9, 9, 1}}, "Wall");
-        FrameRenderer renderer(scene.renderScene(), scene.job);
-        EXPECT_FALSE(renderer.renderPass({.samples = 4}, nullptr, source.get_token()));
-        EXPECT_GE(evaluations, kEnough);
-        EXPECT_LE(evaluations, kEnough + threads - 1) << "each other thread may finish one sample";
+        scene_.object("Wall", BoxShape{.size = {9, 9, 1}}, "Wall");
+    }
+
+    RenderJob &job() { return scene_.job; }
+    int evaluations() const { return evaluations_; }
+    bool start(FrameRenderer &renderer) {
+        return renderer.renderPass({.samples = kSamples}, nullptr, source_.get_token());
+    }
+    FrameRenderer renderer() { return FrameRenderer(scene_.renderScene(), scene_.job); }
+    // Renders the rest, and compares the picture with one that was not stopped. The number of evaluations until then.
+    int finish(FrameRenderer &renderer) {
+        EXPECT_TRUE(renderer.renderPass({.samples = kSamples}));
+        const int evaluations = evaluations_;
+        EXPECT_TRUE(samePixels(renderer.picture(), scene_.render().picture,
+                               {.left = 0, .top = 0, .right = scene_.job.width, .bottom = scene_.job.height}));
+        return evaluations;
+    }
+
+    static constexpr int kSamples = 4;
+
+  private:
+    TestScene scene_;
+    std::atomic<int> evaluations_ = 0;
+    std::stop_source source_;
+};
+
+TEST(FrameRendererThreaded, StopsAfterTheSampleAtHand) {
+    constexpr int kSide = 64, kEnough = 200;
+    for (const int threads : {1, 4}) {
+        StoppedRender stopped(kSide, kEnough);
+        stopped.job().order = RenderOrder::classic;
+        stopped.job().threads = threads;
+        FrameRenderer renderer = stopped.renderer();
+        EXPECT_FALSE(stopped.start(renderer));
+        EXPECT_GE(stopped.evaluations(), kEnough);
+        EXPECT_LE(stopped.evaluations(), kEnough + threads - 1) << "each other thread may finish one sample";
         EXPECT_EQ(renderer.samplesDone(), 0);
 
-        const int before = evaluations;
-        EXPECT_FALSE(renderer.renderPass({.samples = 4}, nullptr, source.get_token())) << "stopped before it began";
-        EXPECT_EQ(evaluations, before);
-
-        EXPECT_TRUE(renderer.renderPass({.samples = 4})) << "goes on where it stopped";
-        EXPECT_EQ(evaluations, 64 * 64 * 4);
-        EXPECT_TRUE(
-            samePixels(renderer.picture(), scene.render().picture, {.left = 0, .top = 0, .right = 64, .bottom = 64}));
+        const int before = stopped.evaluations();
+        EXPECT_FALSE(stopped.start(renderer)) << "stopped before it began";
+        EXPECT_EQ(stopped.evaluations(), before);
+        EXPECT_EQ(stopped.finish(renderer), kSide * kSide * StoppedRender::kSamples) << "goes on where it stopped";
     }
 }
 
 // A unit of work that was stopped is begun again: its samples so far do not count.
 TEST(FrameRenderer, GoesOnFromTheLastWholeUnit) {
-    TestScene scene;
-    scene.job.width = scene.job.height = kTileSize;
-    scene.job.samples = 4;
-    scene.job.threads = 1;
-    int evaluations = 0;
-    std::stop_source source;
-    constexpr int kEnough = 2 * kTilePixels + 100;
-    scene.surface("Wall", {{"Luminosity", 1}});
-    scene.probe("Wall", "Color", [&](ShadingSample &sample, double value[3]) {
-        value[0] = sample.position[0];
-        if (++evaluations == kEnough) source.request_stop();
-    });
-    scene.object("Wall", BoxShape{.size = {9, 9, 1}}, "Wall");
-    FrameRenderer renderer(scene.renderScene(), scene.job);
-    EXPECT_FALSE(renderer.renderPass({.samples = 4}, nullptr, source.get_token()));
-    EXPECT_EQ(evaluations, kEnough);
-    EXPECT_TRUE(renderer.renderPass({.samples = 4}));
-    EXPECT_EQ(evaluations, 4 * kTilePixels + 100);
-    EXPECT_TRUE(samePixels(renderer.picture(), scene.render().picture,
-                           {.left = 0, .top = 0, .right = kTileSize, .bottom = kTileSize}));
+    constexpr int kBegun = 100, kEnough = 2 * kTilePixels + kBegun;
+    StoppedRender stopped(kTileSize, kEnough);
+    stopped.job().threads = 1;
+    FrameRenderer renderer = stopped.renderer();
+    EXPECT_FALSE(stopped.start(renderer));
+    EXPECT_EQ(stopped.evaluations(), kEnough);
+    EXPECT_EQ(stopped.finish(renderer), StoppedRender::kSamples * kTilePixels + kBegun);
 }
 
 TEST(FrameRendererThreaded, RenderThreadsHaveTheirPriority) {

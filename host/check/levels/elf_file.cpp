@@ -3,9 +3,11 @@
 #include "host/base/error.h"
 #include "host/io/files.h"
 
+#include <cxxabi.h>
 #include <elf.h>
 #include <link.h>
 
+#include <cstdlib>
 #include <cstring>
 
 namespace velm::host {
@@ -33,12 +35,37 @@ bool isExported(const ElfW(Sym) & symbol) {
            (type == STT_OBJECT || type == STT_FUNC);
 }
 
+std::vector<ElfW(Shdr)> sectionsOf(const std::string &bytes) {
+    const ElfW(Ehdr) header = recordsAt<ElfW(Ehdr)>(bytes, 0, sizeof(ElfW(Ehdr))).front();
+    return recordsAt<ElfW(Shdr)>(bytes, header.e_shoff, header.e_shnum * sizeof(ElfW(Shdr)));
+}
+
+std::string readable(const std::string &symbol) {
+    int status = 0;
+    char *text = abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, &status);
+    std::string name = status == 0 ? text : symbol;
+    std::free(text);
+    return name;
+}
+
 } // namespace
+
+std::string variableAt(const std::string &file, std::uintptr_t address) {
+    const std::string bytes = readFile(file);
+    const auto sections = sectionsOf(bytes);
+    for (const ElfW(Shdr) & section : sections) {
+        if (section.sh_type != SHT_SYMTAB && section.sh_type != SHT_DYNSYM) continue;
+        for (const ElfW(Sym) & symbol : recordsAt<ElfW(Sym)>(bytes, section.sh_offset, section.sh_size))
+            if (ELF64_ST_TYPE(symbol.st_info) == STT_OBJECT && symbol.st_shndx != SHN_UNDEF &&
+                address >= symbol.st_value && address - symbol.st_value < symbol.st_size)
+                return readable(nameAt(bytes, sections.at(section.sh_link), symbol.st_name));
+    }
+    return {};
+}
 
 ElfSymbols readSymbols(const std::string &file) {
     const std::string bytes = readFile(file);
-    const ElfW(Ehdr) header = recordsAt<ElfW(Ehdr)>(bytes, 0, sizeof(ElfW(Ehdr))).front();
-    const auto sections = recordsAt<ElfW(Shdr)>(bytes, header.e_shoff, header.e_shnum * sizeof(ElfW(Shdr)));
+    const auto sections = sectionsOf(bytes);
     ElfSymbols symbols;
     for (const ElfW(Shdr) & section : sections) {
         if (section.sh_type != SHT_DYNSYM && section.sh_type != SHT_DYNAMIC) continue;

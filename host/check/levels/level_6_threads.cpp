@@ -3,12 +3,22 @@
 #include "host/base/thread_role.h"
 #include "host/check/fixture/fixture.h"
 #include "host/check/fixture/render_threads.h"
+#include "host/check/levels/elf_file.h"
 #include "host/check/levels/levels.h"
 #include "host/check/process/check_record.h"
+#include "host/check/process/child.h"
+#include "host/check/process/shared_strings.h"
+#include "host/check/watch/global_writes.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <barrier>
 #include <cstddef>
+#include <cstring>
+#include <iterator>
 #include <memory>
+#include <set>
 #include <thread>
 
 namespace velm::host {
@@ -16,17 +26,31 @@ namespace velm::host {
 namespace {
 
 constexpr int kSettings = 6, kSamples = 60, kOracleRuns = 3, kSlices = 5, kInstances = 8, kOthers = 6;
+// Each write to a protected variable takes as long as thousands of other instructions.
+constexpr int kProtectedSettings = 3, kProtectedSamples = 12;
+constexpr std::size_t kShownVariables = 4;
 
 using Results = std::vector<Result>;
 
 // The samples of each thread, in their order.
 using Work = std::vector<std::vector<ShadingSample>>;
 
-Work makeWork(Generator &random) {
+Work makeWork(Generator &random, int samples = kSamples) {
     Work work(kMaxThreads);
     for (int thread = 0; thread < kMaxThreads; ++thread)
-        for (int i = 0; i < kSamples; ++i) work[static_cast<std::size_t>(thread)].push_back(makeSample(random, thread));
+        for (int i = 0; i < samples; ++i) work[static_cast<std::size_t>(thread)].push_back(makeSample(random, thread));
     return work;
+}
+
+// Runs `run` with the index on a new render thread of that index, after `wait`.
+template <class Wait, class Run>
+std::thread renderThread(int index, Wait wait, Run run) {
+    return std::thread([=] {
+        SlotScope slot(index);
+        const RoleScope role(ThreadRole::render);
+        wait();
+        slot.run([&] { run(static_cast<std::size_t>(index)); });
+    });
 }
 
 // Runs something on kMaxThreads new threads that start together.
@@ -35,12 +59,8 @@ void onAllThreads(Run run) {
     std::barrier start(kMaxThreads);
     std::vector<std::thread> threads;
     for (int index = 0; index < kMaxThreads; ++index)
-        threads.emplace_back([&, index] {
-            SlotScope slot(index);
-            const RoleScope role(ThreadRole::render);
-            start.arrive_and_wait();
-            slot.run([&] { run(static_cast<std::size_t>(index)); });
-        });
+        threads.push_back(renderThread(
+            index, [&] { start.arrive_and_wait(); }, run));
     for (std::thread &thread : threads) thread.join();
 }
 
@@ -191,6 +211,68 @@ void startTogether(const CheckTask &task) {
     }
 }
 
+// The addresses of the module's global variables that one thread writes to without a lock, in a process of its own.
+std::vector<std::uintptr_t> writesOfThread(const WatchedModule &module, Fixture &fixture, const Work &work,
+                                           int thread) {
+    SharedStrings shared;
+    Child child(
+        checkRecord(),
+        [&] {
+            std::vector<std::uintptr_t> writes;
+            renderThread(
+                thread, [] {},
+                [&](std::size_t index) {
+                    writes = globalWritesOf(&module.module().descriptor(), [&] { fixture.evaluate(work[index]); });
+                })
+                .join();
+            shared.add({reinterpret_cast<const char *>(writes.data()), writes.size() * sizeof(std::uintptr_t)});
+        },
+        kOtherProcessSeconds);
+    const ChildEnd end = waitFor(child);
+    if (end.outcome != Outcome::pass && end.outcome != Outcome::warn)
+        failCheck("with write-protected variables: " + end.message);
+    const std::string bytes = shared.all().front();
+    std::vector<std::uintptr_t> writes(bytes.size() / sizeof(std::uintptr_t));
+    std::memcpy(writes.data(), bytes.data(), bytes.size());
+    return writes;
+}
+
+// "a, b and 3 more": the variables at some addresses.
+std::string variablesText(const std::string &file, const std::set<std::uintptr_t> &addresses) {
+    std::vector<std::string> names;
+    for (const std::uintptr_t address : addresses) {
+        std::string name = variableAt(file, address);
+        if (name.empty()) name = fmt::format("the variable at {:#x}", address);
+        if (std::ranges::find(names, name) == names.end()) names.push_back(std::move(name));
+    }
+    const std::size_t shown = std::min(names.size(), kShownVariables);
+    const std::string list = fmt::format("{}", fmt::join(names.begin(), names.begin() + std::ptrdiff_t(shown), ", "));
+    return shown == names.size() ? list : fmt::format("{} and {} more", list, names.size() - shown);
+}
+
+// Two threads evaluate from the same state, each in a process of its own, as if they began at the same time. A variable
+// that both write to without a lock is one that they would race for.
+void sharesNoVariables(const CheckTask &task) {
+    if (const char *reason = whyWritesAreUnknown()) skipCheck(reason);
+    WatchedModule module(task.module);
+    Fixture fixture(module, task.server);
+    Generator random(task.seed);
+    std::set<std::uintptr_t> shared;
+    for (int round = 0; round < kProtectedSettings; ++round) {
+        noteRound(static_cast<std::uint64_t>(round));
+        if (round > 0) fixture.randomSettings(random);
+        const Work work = makeWork(random, kProtectedSamples);
+        begin(fixture);
+        const std::vector<std::uintptr_t> first = writesOfThread(module, fixture, work, 0);
+        const std::vector<std::uintptr_t> second = writesOfThread(module, fixture, work, 1);
+        std::ranges::set_intersection(first, second, std::inserter(shared, shared.end()));
+        fixture.end();
+    }
+    if (!shared.empty())
+        warnCheck("all render threads write to the same variables without a lock: " +
+                  variablesText(task.module, shared));
+}
+
 constexpr Check kChecks[] = {
     {"threads.one", 6, CheckScope::node, "sixteen threads on one instance get the results that each gets alone",
      shareOneInstance},
@@ -199,6 +281,8 @@ constexpr Check kChecks[] = {
     {"threads.new", 6, CheckScope::node, "a new thread may take over the index of one that has ended", comeAndGo},
     {"threads.others", 6, CheckScope::node, "other instances may come and go between the slices of a picture",
      othersComeAndGo},
+    {"threads.globals", 6, CheckScope::node, "evaluating writes to no variable that other threads write to, too",
+     sharesNoVariables},
     {"threads.first", 6, CheckScope::node, "sixteen threads may evaluate a new instance at once", startTogether},
 };
 

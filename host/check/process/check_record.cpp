@@ -1,5 +1,6 @@
 #include "host/check/process/check_record.h"
 
+#include "host/base/one_line.h"
 #include "host/guard/record_copy.h"
 
 #include <fmt/format.h>
@@ -30,8 +31,8 @@ void printText(char *to, std::size_t size, const std::string &text) { std::snpri
         pause(); // another thread is about to end the process
     }
     if (reproducing) {
-        std::fprintf(stderr, "%s: %s\n  last call: %s\n", outcomeName(outcome), message.c_str(),
-                     lastCalls(*currentRecord).c_str());
+        std::fprintf(stderr, "%s: %s\n  last call: %s\n", outcomeName(outcome), onOneLine(message).c_str(),
+                     onOneLine(lastCalls(*currentRecord)).c_str());
         if (outcome == Outcome::fail) std::abort();
         _exit(0);
     }

@@ -1,5 +1,8 @@
 #include "host/check/watch/imports.h"
 
+#include "host/check/watch/import.h"
+#include "host/check/watch/locks.h"
+
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <link.h>
@@ -8,7 +11,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <clocale>
 #include <csignal>
@@ -16,8 +18,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <new>
+#include <span>
 #include <string_view>
 
 namespace velm::host {
@@ -132,16 +134,6 @@ int watchedSigaction(int number, const struct sigaction *action, struct sigactio
     return sigaction(number, action, before);
 }
 
-struct Import {
-    std::string_view name;
-    void *function;
-};
-
-template <class Function>
-Import import(std::string_view name, Function *function) {
-    return {name, reinterpret_cast<void *>(function)};
-}
-
 const Import kImports[] = {
     import("malloc", watchedMalloc),
     import("calloc", watchedCalloc),
@@ -169,6 +161,13 @@ const Import kImports[] = {
     import("signal", watchedSignal),
     import("sigaction", watchedSigaction),
 };
+
+const Import *findImport(std::string_view name) {
+    for (const std::span<const Import> imports : {std::span<const Import>(kImports), lockImports()})
+        for (const Import &import : imports)
+            if (import.name == name) return &import;
+    return nullptr;
+}
 
 #if __SIZEOF_POINTER__ == 8
 using Relocation = ElfW(Rela);
@@ -218,10 +217,8 @@ int watchTable(const Dynamic &dynamic, const char *table, std::size_t size, ElfW
     for (std::size_t i = 0; table && i < size / sizeof(Relocation); ++i) {
         const std::size_t symbol = symbolOf(entries[i]);
         if (symbol == 0) continue;
-        const std::string_view name = dynamic.names + dynamic.symbols[symbol].st_name;
-        const auto *found = std::find_if(std::begin(kImports), std::end(kImports),
-                                         [&](const Import &import) { return import.name == name; });
-        if (found == std::end(kImports)) continue;
+        const Import *found = findImport(dynamic.names + dynamic.symbols[symbol].st_name);
+        if (!found) continue;
         replaceEntry(reinterpret_cast<void **>(base + entries[i].r_offset), found->function);
         ++count;
     }

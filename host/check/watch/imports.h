@@ -1,5 +1,6 @@
 // Watches a loaded module's calls to the system's libraries: malloc, fopen, pthread_create and so on are redirected to
-// functions that count them and can make a chosen allocation fail. The redirection replaces entries of the module's own
+// functions that count them and can make a chosen allocation fail, and those that take locks to functions that follow
+// them (locks.h). The redirection replaces entries of the module's own
 // import tables, so calls that the C++ library makes on the module's behalf are not seen.
 #pragma once
 

@@ -1,5 +1,7 @@
 #include "host/scene/format/json_layout.h"
 
+#include "host/base/one_line.h"
+
 #include <nlohmann/json.hpp>
 
 namespace velm::host {
@@ -20,7 +22,7 @@ std::string onOneLine(const Json &json) {
         }
         return json.is_object() ? '{' + text + '}' : '[' + text + ']';
     }
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return escapedJson(json.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 std::string layOut(const Json &json, std::size_t indent) {
