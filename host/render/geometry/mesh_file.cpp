@@ -24,7 +24,7 @@ void moveElements(Vector &from, Vector &to, std::size_t spare = 0) {
 struct ReadBuffers {
     explicit ReadBuffers(std::pmr::memory_resource *memory)
         : points(memory), triangles(memory), normals(memory), uvs(memory), polygonNumbers(memory),
-          materialNumbers(memory), uvNames(memory), materials(memory) {}
+          materialNumbers(memory), firstOfPoint(memory), uvNames(memory), materials(memory), warnings(memory) {}
 
     void take(Mesh mesh) {
         moveElements(mesh.points, points, 1); // padded as Mesh::padPoints does
@@ -32,12 +32,17 @@ struct ReadBuffers {
         moveElements(mesh.normals, normals);
         moveElements(mesh.polygonNumbers, polygonNumbers);
         moveElements(mesh.materialNumbers, materialNumbers);
+        moveElements(mesh.firstOfPoint, firstOfPoint);
         uvs.resize(mesh.uvMaps.size());
         for (std::size_t i = 0; i < uvs.size(); ++i) {
             moveElements(mesh.uvMaps[i].values, uvs[i]);
             uvNames.emplace_back(mesh.uvMaps[i].name);
         }
         materials.assign(mesh.materials.begin(), mesh.materials.end());
+        for (const MeshWarning &warning : mesh.warnings) {
+            warnings.emplace_back(warning.brief);
+            warnings.emplace_back(warning.message);
+        }
         polygonCount = mesh.polygonCount;
     }
 
@@ -47,7 +52,8 @@ struct ReadBuffers {
                    std::all_of(outer.begin(), outer.end(), [&](const auto &inner) { return arena.holds(inner); });
         };
         return arena.holds(points) && arena.holds(triangles) && arena.holds(normals) && arena.holds(polygonNumbers) &&
-               arena.holds(materialNumbers) && areHeld(uvs) && areHeld(uvNames) && areHeld(materials) && fits();
+               arena.holds(materialNumbers) && arena.holds(firstOfPoint) && areHeld(uvs) && areHeld(uvNames) &&
+               areHeld(materials) && areHeld(warnings) && fits();
     }
 
     Mesh mesh(std::shared_ptr<void> memory) {
@@ -60,10 +66,14 @@ struct ReadBuffers {
                     .materialNumbers = std::move(materialNumbers),
                     .materials = {materials.begin(), materials.end()},
                     .polygonCount = polygonCount,
+                    .firstOfPoint = std::move(firstOfPoint),
+                    .warnings = {},
                     .smoothingAngles = {},
                     .splitFrom = {}};
         for (std::size_t i = 0; i < uvs.size(); ++i)
             result.uvMaps.push_back({.name = std::string(uvNames[i]), .values = std::move(uvs[i])});
+        for (std::size_t i = 0; i + 1 < warnings.size(); i += 2)
+            result.warnings.push_back({.brief = std::string(warnings[i]), .message = std::string(warnings[i + 1])});
         return result;
     }
 
@@ -78,7 +88,8 @@ struct ReadBuffers {
             return buffer.empty() || buffer.size() == size;
         };
         return isComplete(normals, points.size()) && isComplete(polygonNumbers, triangles.size()) &&
-               isComplete(materialNumbers, triangles.size()) && uvNames.size() == uvs.size() &&
+               isComplete(materialNumbers, triangles.size()) && isComplete(firstOfPoint, points.size()) &&
+               std::all_of(firstOfPoint.begin(), firstOfPoint.end(), isPoint) && uvNames.size() == uvs.size() &&
                std::all_of(uvs.begin(), uvs.end(), [&](const auto &map) { return map.size() == points.size(); }) &&
                std::all_of(materialNumbers.begin(), materialNumbers.end(),
                            [&](std::uint16_t number) { return number < materials.size(); }) &&
@@ -91,7 +102,9 @@ struct ReadBuffers {
     std::pmr::vector<std::pmr::vector<std::array<float, 2>>> uvs; // by map, then by vertex
     std::pmr::vector<std::uint32_t> polygonNumbers;
     std::pmr::vector<std::uint16_t> materialNumbers;
+    std::pmr::vector<std::uint32_t> firstOfPoint;
     std::pmr::vector<std::pmr::string> uvNames, materials;
+    std::pmr::vector<std::pmr::string> warnings; // brief and message in turn
     std::uint32_t polygonCount = 0;
 };
 
@@ -126,7 +139,8 @@ const MeshFormat &checkedFormatOf(const std::string &file) {
 Mesh readMesh(const std::string &file, const Transform &transform) {
     requireReadable(file);
     const auto read = readApart<ReadBuffers>(file, "the mesh", [&](ReadBuffers &buffers) {
-        buffers.take(readWithAssimp(file, checkedFormatOf(file), transform));
+        const MeshFormat &format = checkedFormatOf(file);
+        buffers.take(format.read(file, format, transform));
     });
     return read->mesh(read);
 }
@@ -134,7 +148,8 @@ Mesh readMesh(const std::string &file, const Transform &transform) {
 std::vector<std::string> filesOfMesh(const std::string &file) {
     requireReadable(file);
     const auto read = readApart<ReadNames>(file, "the mesh", [&](ReadNames &files) {
-        for (const std::string &name : filesReadWithAssimp(file, checkedFormatOf(file))) files.names.emplace_back(name);
+        const MeshFormat &format = checkedFormatOf(file);
+        for (const std::string &name : format.files(file, format)) files.names.emplace_back(name);
     });
     return {read->names.begin(), read->names.end()};
 }
