@@ -40,6 +40,7 @@ class Corpus {
 // Adds an object, its networks, and an object that has only its surfaces, so that most mutations change one.
 void addObject(Corpus &corpus, const std::string &bytes, const std::string &name) {
     corpus.add("object_file", bytes);
+    corpus.add("object_geometry", bytes);
     if (bytes.substr(0, 4) != "FORM" || bytes.substr(8, 4) != "LWO2") return; // an older format, which is refused
     const ObjectFile file(bytes, name);
     ObjectFile surfaces(std::string("FORM\0\0\0\4LWO2", 12), name);

@@ -13,21 +13,13 @@ namespace velm::host {
 
 namespace {
 
-constexpr std::uint32_t kForm = fourCC("FORM"), kObject = fourCC("LWO2"), kSurface = fourCC("SURF"),
-                        kClip = fourCC("CLIP"), kStill = fourCC("STIL"), kNetwork = fourCC("NODS");
-constexpr std::size_t kChunkHeader = 8, kSubChunkHeader = 6, kFormHeader = 12;
+constexpr std::uint32_t kObject = fourCC("LWO2"), kSurface = fourCC("SURF"), kClip = fourCC("CLIP"),
+                        kStill = fourCC("STIL"), kNetwork = fourCC("NODS");
+constexpr std::size_t kChunkHeader = 8, kSubChunkHeader = 6;
 constexpr std::size_t kLargestSubChunk = 0xffff;
 
 std::string_view asText(std::span<const std::byte> bytes) {
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
-}
-
-bool isPrintable(std::uint32_t id) {
-    for (int shift = 0; shift < 32; shift += 8) {
-        const std::uint32_t character = id >> shift & 0xff;
-        if (character < ' ' || character > '~') return false;
-    }
-    return true;
 }
 
 std::string bigEndian(std::size_t value, int bytes) {
@@ -58,87 +50,37 @@ ObjectFile::ObjectFile(std::string_view bytes, std::string name) : name_(std::mo
 ObjectFile::ObjectFile(std::span<const std::byte> bytes, std::string name)
     : ObjectFile(asText(bytes), std::move(name)) {}
 
-void ObjectFile::fail(std::size_t at, const std::string &what) const {
-    throw InputError(fmt::format("{}: byte {}: {}", name_, at, what));
-}
-
-std::uint32_t ObjectFile::big(std::size_t at, std::size_t count) const {
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < count; ++i) value = value << 8 | static_cast<unsigned char>(bytes_[at + i]);
-    return value;
-}
-
 void ObjectFile::readChunks() {
-    if (bytes_.size() < kFormHeader || big(0, 4) != kForm)
-        fail(0, "this is no object file: it does not start with FORM");
-    if (big(8, 4) != kObject)
-        fail(8, fmt::format("the object file has the form {}; only LWO2 is read", blockName(big(8, 4))));
-    const std::size_t size = big(4, 4);
-    if (size < 4 || size > bytes_.size() - kChunkHeader)
-        fail(4, fmt::format("the form has {} bytes where {} are there", size, bytes_.size() - kChunkHeader));
-    end_ = kChunkHeader + size;
-    std::size_t at = kFormHeader;
-    while (at < end_) {
-        if (end_ - at < kChunkHeader) fail(at, "the form ends within the head of a chunk");
-        const std::uint32_t id = big(at, 4);
-        const std::size_t length = big(at + 4, 4), room = end_ - at - kChunkHeader;
-        if (!isPrintable(id)) fail(at, fmt::format("expected a chunk; found {}", blockName(id)));
-        if (length > room)
-            fail(at, fmt::format("the chunk {} has {} bytes where {} are left", blockName(id), length, room));
-        const FileRange contents{.at = at + kChunkHeader, .size = length};
-        if (id == kSurface) readSurface(contents);
-        if (id == kClip) readImage(contents);
-        // The padding byte of the last chunk may be missing.
-        at = std::min(contents.at + length + length % 2, end_);
+    const IffFile file = iff();
+    if (const std::uint32_t type = file.formType(); type != kObject)
+        file.fail(8, fmt::format("the object file has the form {}; only LWO2 is read", blockName(type)));
+    end_ = file.endOfForm();
+    for (const Chunk &chunk : file.chunks()) {
+        if (chunk.id == kSurface) readSurface(chunk.contents);
+        if (chunk.id == kClip) readImage(chunk.contents);
     }
-}
-
-// A string that ends with a zero, padded to an even length. Moves `at` past it.
-std::string ObjectFile::readString(std::size_t &at, std::size_t end, const char *what) const {
-    const std::size_t zero = bytes_.find('\0', at);
-    if (zero >= end) fail(at, fmt::format("{} has no end", what));
-    std::string text = bytes_.substr(at, zero - at);
-    const std::size_t length = zero + 1 - at;
-    at = std::min(at + length + length % 2, end);
-    return text;
-}
-
-std::vector<SubChunk> ObjectFile::readSubChunks(FileRange range, const char *owner) const {
-    std::vector<SubChunk> found;
-    std::size_t at = range.at;
-    const std::size_t end = range.at + range.size;
-    while (at < end) {
-        if (end - at < kSubChunkHeader) fail(at, fmt::format("{} ends within the head of a sub-chunk", owner));
-        const std::uint32_t id = big(at, 4);
-        const std::size_t length = big(at + 4, 2), room = end - at - kSubChunkHeader;
-        if (!isPrintable(id)) fail(at, fmt::format("expected a sub-chunk; found {}", blockName(id)));
-        if (length > room)
-            fail(at, fmt::format("the sub-chunk {} has {} bytes where {} are left", blockName(id), length, room));
-        found.push_back({.id = id, .contents = {.at = at + kSubChunkHeader, .size = length}});
-        at = std::min(at + kSubChunkHeader + length + length % 2, end);
-    }
-    return found;
 }
 
 void ObjectFile::readSurface(FileRange range) {
+    const IffFile file = iff();
     std::size_t at = range.at;
-    const std::size_t end = range.at + range.size;
     ObjectSurface surface;
     surface.chunk = range;
-    surface.name = readString(at, end, "the name of a surface");
-    surface.source = readString(at, end, "the name of a surface's source");
-    surface.subChunks = readSubChunks({.at = at, .size = end - at}, "the surface");
+    surface.name = file.text(at, range.end(), "the name of a surface");
+    surface.source = file.text(at, range.end(), "the name of a surface's source");
+    surface.subChunks = file.subChunks({.at = at, .size = range.end() - at}, "the surface");
     surfaces_.push_back(std::move(surface));
 }
 
 void ObjectFile::readImage(FileRange range) {
-    if (range.size < 4) fail(range.at, "the clip ends within its number");
+    const IffFile file = iff();
+    if (range.size < 4) file.fail(range.at, "the clip ends within its number");
     const FileRange rest{.at = range.at + 4, .size = range.size - 4};
-    for (const SubChunk &sub : readSubChunks(rest, "the clip")) {
+    for (const Chunk &sub : file.subChunks(rest, "the clip")) {
         if (sub.id != kStill) continue;
         std::size_t at = sub.contents.at;
         images_.push_back(
-            {.number = big(range.at, 4), .file = readString(at, at + sub.contents.size, "the name of an image")});
+            {.number = file.number(range.at, 4), .file = file.text(at, sub.contents.end(), "the name of an image")});
     }
 }
 
@@ -148,37 +90,38 @@ std::optional<std::size_t> ObjectFile::findSurface(std::string_view surface) con
     return std::nullopt;
 }
 
-const SubChunk *ObjectFile::find(const ObjectSurface &surface, std::uint32_t id) const {
-    for (const SubChunk &sub : surface.subChunks)
+const Chunk *ObjectFile::find(const ObjectSurface &surface, std::uint32_t id) const {
+    for (const Chunk &sub : surface.subChunks)
         if (sub.id == id) return &sub;
     return nullptr;
 }
 
 std::optional<std::string_view> ObjectFile::network(std::size_t surface) const {
     if (networks_[surface]) return *networks_[surface];
-    const SubChunk *sub = find(surfaces_[surface], kNetwork);
+    const Chunk *sub = find(surfaces_[surface], kNetwork);
     if (!sub) return std::nullopt;
     return std::string_view(bytes_).substr(sub->contents.at - kSubChunkHeader, kSubChunkHeader + sub->contents.size);
 }
 
 std::size_t ObjectFile::networkOffset(std::size_t surface) const {
-    const SubChunk *sub = find(surfaces_[surface], kNetwork);
+    const Chunk *sub = find(surfaces_[surface], kNetwork);
     return sub ? sub->contents.at - kSubChunkHeader : 0;
 }
 
 template <std::size_t n>
 std::optional<std::array<float, n>> ObjectFile::floats(const ObjectSurface &surface, std::uint32_t id,
                                                        SurfaceChunkValues *values) const {
-    const SubChunk *sub = find(surface, id);
+    const Chunk *sub = find(surface, id);
     if (!sub) return std::nullopt;
     if (sub->contents.size < 4 * n)
-        fail(sub->contents.at,
-             fmt::format("the sub-chunk {} has {} bytes; it needs {}", blockName(id), sub->contents.size, 4 * n));
+        iff().fail(sub->contents.at,
+                   fmt::format("the sub-chunk {} has {} bytes; it needs {}", blockName(id), sub->contents.size, 4 * n));
     std::array<float, n> result{};
-    for (std::size_t i = 0; i < n; ++i) result[i] = std::bit_cast<float>(big(sub->contents.at + 4 * i, 4));
+    for (std::size_t i = 0; i < n; ++i) result[i] = std::bit_cast<float>(iff().number(sub->contents.at + 4 * i, 4));
     // The numbers are followed by the number of an envelope; 0 means none.
     const std::size_t rest = sub->contents.size - 4 * n;
-    if (values && rest >= 2 && big(sub->contents.at + 4 * n, 2) != 0) values->animated.push_back(blockName(id));
+    if (values && rest >= 2 && iff().number(sub->contents.at + 4 * n, 2) != 0)
+        values->animated.push_back(blockName(id));
     return result;
 }
 
@@ -198,9 +141,9 @@ SurfaceChunkValues ObjectFile::values(std::size_t index) const {
     values.transparency = number(fourCC("TRAN"));
     values.refractionIndex = number(fourCC("RIND"));
     if (const auto angle = floats<1>(surface, fourCC("SMAN"), nullptr)) values.smoothingAngle = (*angle)[0];
-    if (const SubChunk *sides = find(surface, fourCC("SIDE"))) {
-        if (sides->contents.size < 2) fail(sides->contents.at, "the sub-chunk SIDE is too short");
-        values.sides = static_cast<int>(big(sides->contents.at, 2));
+    if (const Chunk *sides = find(surface, fourCC("SIDE"))) {
+        if (sides->contents.size < 2) iff().fail(sides->contents.at, "the sub-chunk SIDE is too short");
+        values.sides = static_cast<int>(iff().number(sides->contents.at, 2));
     }
     return values;
 }
@@ -217,7 +160,7 @@ void ObjectFile::addSurface(std::string_view name, std::string_view subChunks, s
 // The contents of a surface's chunk with its network replaced.
 std::string ObjectFile::surfaceWith(const ObjectSurface &surface, const std::string &network) const {
     const std::string_view old = std::string_view(bytes_).substr(surface.chunk.at, surface.chunk.size);
-    const SubChunk *sub = find(surface, kNetwork);
+    const Chunk *sub = find(surface, kNetwork);
     const std::size_t from = sub ? sub->contents.at - kSubChunkHeader - surface.chunk.at : old.size();
     const std::size_t to =
         sub ? std::min(from + kSubChunkHeader + sub->contents.size + sub->contents.size % 2, old.size()) : old.size();

@@ -6,6 +6,9 @@
 // sizes have two bytes. The sub-chunk "NODS" is the network of the surface.
 #pragma once
 
+#include "host/object/iff.h"
+#include "host/object/surface_values.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -17,39 +20,16 @@
 
 namespace velm::host {
 
-// Part of an object file: `size` bytes from the offset `at` in the file.
-struct FileRange {
-    std::size_t at = 0;
-    std::size_t size = 0;
-};
-
-// A sub-chunk of a surface or a clip. The range is that of its contents.
-struct SubChunk {
-    std::uint32_t id = 0; // four characters, the first in the high byte
-    FileRange contents;
-};
-
 struct ObjectSurface {
     std::string name, source;
     FileRange chunk; // of the contents of the surface chunk
-    std::vector<SubChunk> subChunks;
+    std::vector<Chunk> subChunks;
 };
 
 // An image that the object uses: its number, and its file name on the machine that wrote the object.
 struct ObjectImage {
     std::uint32_t number = 0;
     std::string file;
-};
-
-// A surface's own values, which it has besides its network, each from a sub-chunk. Nothing where the sub-chunk is
-// missing. Fractions are 1 for full, the angle is in radians.
-struct SurfaceChunkValues {
-    std::optional<std::array<float, 3>> colour;                                 // COLR
-    std::optional<float> luminosity, diffuse, specular, glossiness, reflection; // LUMI DIFF SPEC GLOS REFL
-    std::optional<float> transparency, refractionIndex;                         // TRAN RIND
-    std::optional<float> smoothingAngle;                                        // SMAN
-    std::optional<int> sides;                                                   // SIDE: 1 or 3
-    std::vector<std::string> animated; // those of these sub-chunks whose value an envelope drives
 };
 
 // One file in memory. Reading allocates no more than a few times the file's size.
@@ -87,15 +67,12 @@ class ObjectFile {
     void readChunks();
     void readSurface(FileRange chunk);
     void readImage(FileRange chunk);
-    std::vector<SubChunk> readSubChunks(FileRange range, const char *owner) const;
-    std::string readString(std::size_t &at, std::size_t end, const char *what) const;
-    std::uint32_t big(std::size_t at, std::size_t count) const;
-    const SubChunk *find(const ObjectSurface &surface, std::uint32_t id) const;
+    IffFile iff() const { return {bytes_, name_}; }
+    const Chunk *find(const ObjectSurface &surface, std::uint32_t id) const;
     template <std::size_t n>
     std::optional<std::array<float, n>> floats(const ObjectSurface &surface, std::uint32_t id,
                                                SurfaceChunkValues *values) const;
     std::string surfaceWith(const ObjectSurface &surface, const std::string &network) const;
-    [[noreturn]] void fail(std::size_t at, const std::string &what) const;
 
     std::string name_, bytes_;
     std::size_t end_ = 0; // end of the form; any bytes after it are preserved

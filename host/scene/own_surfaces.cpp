@@ -1,6 +1,9 @@
 #include "host/scene/own_surfaces.h"
 
+#include "host/files/object_file.h"
 #include "host/io/files.h"
+#include "host/object/object_geometry.h"
+#include "host/object/old_surfaces.h"
 #include "host/scene/convert/object_surfaces.h"
 #include "host/scene/format/surface_collection.h"
 
@@ -21,18 +24,30 @@ class ObjectFiles {
   public:
     ObjectFiles(const SearchPath &path, SceneDescription &scene) : path_(path), scene_(scene) {}
 
+    // The surfaces that the file describes.
     const std::vector<SurfaceDescription> &surfacesIn(const std::string &file, const SourceLocation &location) {
         const auto known = files_.find(file);
         if (known != files_.end()) return known->second;
         try {
-            const ObjectFile object(readFile(file), file);
-            for (ImageDescription &image : imagesOf(object, path_))
-                if (std::ranges::count(scene_.images, image.name, &ImageDescription::name) == 0)
-                    scene_.images.push_back(std::move(image));
-            return files_[file] = surfacesOf(object);
+            return files_[file] = read(readFile(file), file);
         } catch (const InputError &error) {
             throw InputError(location, error.what());
         }
+    }
+
+    // Also those that only its polygons name.
+    const std::vector<SurfaceDescription> &surfacesOfMesh(const std::string &file, const SourceLocation &location) {
+        const auto known = meshes_.find(file);
+        if (known != meshes_.end()) return known->second;
+        std::vector<SurfaceDescription> surfaces = surfacesIn(file, location);
+        try {
+            for (const std::string &name : surfacesOfPolygons(readObject(readFile(file), file)))
+                if (std::ranges::count(surfaces, name, &SurfaceDescription::name) == 0)
+                    surfaces.push_back(undescribedSurface(name, file));
+        } catch (const InputError &error) {
+            throw InputError(location, error.what());
+        }
+        return meshes_[file] = std::move(surfaces);
     }
 
     // The name that the scene has for a surface of a file. Adds the surface to the scene if it is not there yet.
@@ -47,9 +62,18 @@ class ObjectFiles {
     }
 
   private:
+    std::vector<SurfaceDescription> read(const std::string &bytes, const std::string &file) {
+        if (isOldObject(bytes)) return surfacesOfOldObject(bytes, file);
+        const ObjectFile object(bytes, file);
+        for (ImageDescription &image : imagesOf(object, path_))
+            if (std::ranges::count(scene_.images, image.name, &ImageDescription::name) == 0)
+                scene_.images.push_back(std::move(image));
+        return surfacesOf(object);
+    }
+
     const SearchPath &path_;
     SceneDescription &scene_;
-    std::map<std::string, std::vector<SurfaceDescription>> files_;
+    std::map<std::string, std::vector<SurfaceDescription>> files_, meshes_; // by file
 };
 
 } // namespace
@@ -62,7 +86,7 @@ void addOwnSurfaces(const SearchPath &path, SceneDescription &scene) {
     for (ObjectDescription &object : scene.objects) {
         if (std::ranges::count(object.surfaces, "", &SurfaceUse::material) > 0) continue;
         const std::string &file = std::get<MeshFile>(object.shape).file;
-        for (const SurfaceDescription &surface : files.surfacesIn(file, object.location))
+        for (const SurfaceDescription &surface : files.surfacesOfMesh(file, object.location))
             if (std::ranges::count(object.surfaces, surface.saved.name, &SurfaceUse::material) == 0)
                 object.surfaces.push_back({.material = surface.saved.name,
                                            .surface = files.nameOf(surface),

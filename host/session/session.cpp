@@ -2,6 +2,7 @@
 
 #include "host/base/names.h"
 #include "host/panel/settings.h"
+#include "host/render/scene/render_scene_data.h"
 #include "host/scene/format/surface_collection.h"
 #include "host/scene/format/write_scene.h"
 #include "host/scene/own_surfaces.h"
@@ -28,6 +29,17 @@ SceneDescription sceneOfObject(const std::string &file, const SearchPath &path) 
     return scene;
 }
 
+// What was left out of the meshes' files.
+void warnOfMeshes(const RenderSceneData &scene, Warnings &warnings) {
+    for (const RenderObject &object : scene.objects) {
+        const auto *file = std::get_if<MeshFile>(&object.shape);
+        if (!file) continue;
+        for (const MeshWarning &warning : object.mesh->warnings)
+            warnings.add(
+                {.location = {.file = file->file}, .path = "", .brief = warning.brief, .message = warning.message});
+    }
+}
+
 HostPanel &panelFor(HostNode &node, const NodePath &path) {
     HostPanel *panel = panelOf(node);
     if (!panel) throw InputError(fmt::format("the node {} has no panel", inQuotes(path.text())));
@@ -42,6 +54,7 @@ SceneDescription openDescription(const std::string &file, const SearchPath &path
 
 Session::Session(SceneDescription scene, Warnings &warnings)
     : scene_(std::move(scene)), warnings_(warnings), renderScene_(scene_), surfaces_(scene_, serverList(), &warnings) {
+    warnOfMeshes(renderScene_.data(), warnings);
     renderScene_.prepare(scene_, [this](const std::string &name) { return surfaces_.surface(name); });
 }
 
@@ -113,8 +126,14 @@ void Session::disconnect(const NodePath &to, const std::string &input) {
 // ---- Scene ----
 
 SceneWork Session::apply(SceneDescription changed) {
-    const SceneWork update =
-        renderScene_.update(changed, [this](const std::string &name) { return surfaces_.surface(name); });
+    const auto surfaceOf = [this](const std::string &name) { return surfaces_.surface(name); };
+    const SceneWork update = renderScene_.update(changed, surfaceOf);
+    try {
+        warnOfMeshes(renderScene_.data(), warnings_);
+    } catch (const InputError &) { // under the strict policy
+        renderScene_.update(scene_, surfaceOf);
+        throw;
+    }
     scene_ = std::move(changed);
     return update;
 }

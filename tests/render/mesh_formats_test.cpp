@@ -53,18 +53,18 @@ TEST_P(MeshFormatTest, IsRecognisedByTheContents) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MeshFormatTest,
-                         testing::Values(Sample{"LWO", "LWO/LWO2/boxuv.lwo", 12}, Sample{"FBX", "FBX/box.fbx", 12},
-                                         Sample{"GLB", "glTF2/BoxTextured-glTF-Binary/BoxTextured.glb", 12},
-                                         Sample{"glTF", "glTF2/BoxTextured-glTF-Embedded/BoxTextured.gltf", 12},
-                                         Sample{"PLY", "PLY/cube.ply", 12},
-                                         Sample{"DAE", "Collada/cube_triangulate.dae", 12},
-                                         Sample{"3DS", "3DS/cube_with_diffuse_texture.3DS", 12},
-                                         Sample{"OFF", "OFF/Cube.off", 12}, Sample{"STL", "STL/triangle.stl", 1},
-                                         Sample{"OBJ", "OBJ/box.obj", 12}),
-                         [](const auto &sample) { return std::string("The") + sample.param.format; });
+INSTANTIATE_TEST_SUITE_P(
+    All, MeshFormatTest,
+    testing::Values(Sample{"LWO", "LWO/LWO2/boxuv.lwo", 12}, Sample{"LXO", "LWO/LXOB_Modo/sphereWithVertMap.lxo", 528},
+                    Sample{"FBX", "FBX/box.fbx", 12},
+                    Sample{"GLB", "glTF2/BoxTextured-glTF-Binary/BoxTextured.glb", 12},
+                    Sample{"glTF", "glTF2/BoxTextured-glTF-Embedded/BoxTextured.gltf", 12},
+                    Sample{"PLY", "PLY/cube.ply", 12}, Sample{"DAE", "Collada/cube_triangulate.dae", 12},
+                    Sample{"3DS", "3DS/cube_with_diffuse_texture.3DS", 12}, Sample{"OFF", "OFF/Cube.off", 12},
+                    Sample{"STL", "STL/triangle.stl", 1}, Sample{"OBJ", "OBJ/box.obj", 12}),
+    [](const auto &sample) { return std::string("The") + sample.param.format; });
 
-TEST(MeshFormats, AreAllTested) { EXPECT_EQ(meshFormats(), "LWO, FBX, GLB, glTF, PLY, DAE, 3DS, OFF, STL, OBJ"); }
+TEST(MeshFormats, AreAllTested) { EXPECT_EQ(meshFormats(), "LWO, LXO, FBX, GLB, glTF, PLY, DAE, 3DS, OFF, STL, OBJ"); }
 
 TEST(MeshFormats, AreDocumented) {
     for (const char *name : {"/docs/scene.md", "/docs/commands.md", "/docs/scene.schema.json"}) {
@@ -127,7 +127,7 @@ struct FaultyMesh : testing::Test {
 };
 
 TEST_F(FaultyMesh, ThatMakesTheLibraryCrash) {
-    const std::string refusal = refusalOf(VELM_SOURCE_DIR "/tests/render/faulty_meshes/crash.lwo");
+    const std::string refusal = refusalOf(VELM_SOURCE_DIR "/tests/render/faulty_meshes/crash.lxo");
     EXPECT_TRUE(refusal.starts_with("cannot read the mesh: the library that reads it ")) << refusal;
 }
 

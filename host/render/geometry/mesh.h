@@ -31,6 +31,12 @@ struct UvMap {
     std::pmr::vector<std::array<float, 2>> values; // by vertex; NaN where the map has no value
 };
 
+// Something that a mesh's file has and that is left out or drawn otherwise, for the user to be warned of.
+struct MeshWarning {
+    std::string brief;   // a few words, equal for equal causes: "hidden layers"
+    std::string message; // a line
+};
+
 // The buffers of a mesh from a file are in memory that the process that read it filled. Copies have their own.
 struct Mesh {
     const std::shared_ptr<void> memory = nullptr; // where the buffers are; see readApart. Null: in the heap
@@ -42,6 +48,11 @@ struct Mesh {
     std::pmr::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
     std::vector<std::string> materials;              // names
     std::uint32_t polygonCount = 0;                  // before polygons were cut into triangles
+
+    // By vertex, the first vertex of the same point of the file: vertices of one point differ only in UV coordinates.
+    // Empty: vertices at equal positions count as one point.
+    std::pmr::vector<std::uint32_t> firstOfPoint;
+    std::vector<MeshWarning> warnings;
 
     // What smoothNormals did: the angles that it computed `normals` with, and by vertex that it appended to `points`,
     // the vertex that was split. Both are empty where it computed no normals.
@@ -67,7 +78,8 @@ struct Mesh {
 };
 
 // Reads a mesh file in a process of its own (see host/io/reader_process.h), by the format that its contents have (see
-// mesh_formats.h), and transforms it to world space. Files count as right-handed with +Y up and are mirrored in Z.
+// mesh_formats.h), and transforms it to world space. LightWave's objects are taken as they are; other files count as
+// right-handed with +Y up and are mirrored in Z.
 // Polygons with any number of corners become triangles; those without an area are dropped. Lines, points and materials
 // that no polygon has are left out. Throws InputError with the file's name for a file that is missing, broken, without
 // polygons or of another format, and if reading it exceeds a limit. [interface thread]
@@ -92,10 +104,10 @@ Mesh makeMesh(const ShapeDescription &shape, const Transform &transform);
 // Computes the normals of a mesh that has none of its own, or computes them again for other angles. The normal of a
 // corner is the mean of the normals of the triangles around it that have the same material and are inclined to the
 // corner's own triangle by at most the material's smoothing angle, weighted by their angles at the corner (Thürmer and
-// Wüthrich, "Computing Vertex Normals from Polygonal Facets", 1998). Vertices at equal positions count as one. A vertex
-// whose corners get different normals is split. `smoothingAngles` are in degrees, by material; corners of materials
-// with an angle of 0 get arbitrary normals. Without any angle above 0, the mesh gets no normals and loses those
-// computed before. The result does not depend on earlier calls. [any thread]
+// Wüthrich, "Computing Vertex Normals from Polygonal Facets", 1998). Vertices of one point count as one
+// (see Mesh::firstOfPoint). A vertex whose corners get different normals is split. `smoothingAngles` are in degrees, by
+// material; corners of materials with an angle of 0 get arbitrary normals. Without any angle above 0, the mesh gets no
+// normals and loses those computed before. The result does not depend on earlier calls. [any thread]
 void smoothNormals(Mesh &mesh, const std::vector<double> &smoothingAngles);
 
 } // namespace velm::host

@@ -86,9 +86,28 @@ void MeshBuilder::grow() {
     table_ = std::move(larger);
 }
 
-std::uint32_t MeshBuilder::addVertex(const BuilderVertex &vertex) {
+void MeshBuilder::requireRoom() const {
     if (mesh_.points.size() >= std::numeric_limits<std::uint32_t>::max() - 1)
         throw InputError("a mesh of more than four billion vertices");
+}
+
+std::uint32_t MeshBuilder::addSeparateVertex(const BuilderVertex &vertex) {
+    requireRoom();
+    append(vertex);
+    return static_cast<std::uint32_t>(mesh_.points.size() - 1);
+}
+
+void MeshBuilder::reserve(std::size_t vertices, std::size_t triangles) {
+    mesh_.points.reserve(vertices);
+    for (UvMap &map : mesh_.uvMaps) map.values.reserve(vertices);
+    if (hasNormals_) mesh_.normals.reserve(vertices);
+    mesh_.triangles.reserve(triangles);
+    mesh_.polygonNumbers.reserve(triangles);
+    mesh_.materialNumbers.reserve(triangles);
+}
+
+std::uint32_t MeshBuilder::addVertex(const BuilderVertex &vertex) {
+    requireRoom();
     if ((mesh_.points.size() + 1) * 3 > table_.size() * 2) grow();
     // The vertex is appended first, so that it can be hashed like the others, and removed again if it has a duplicate.
     append(vertex);

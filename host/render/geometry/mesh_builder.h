@@ -21,8 +21,15 @@ class MeshBuilder {
     // `hasNormals`: every vertex has a normal of its own, which the mesh keeps.
     MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals);
 
-    // Returns the vertex's index in the mesh. Throws InputError for more than 2^32 - 2 vertices.
+    // Returns the vertex's index in the mesh: that of an equal vertex, if there is one. Throws InputError for more than
+    // 2^32 - 2 vertices.
     std::uint32_t addVertex(const BuilderVertex &vertex);
+
+    // The same for a vertex that is not merged with equal ones. Not to be mixed with addVertex.
+    std::uint32_t addSeparateVertex(const BuilderVertex &vertex);
+
+    // Reserves memory for that many vertices and triangles in all.
+    void reserve(std::size_t vertices, std::size_t triangles);
 
     // Returns the material's number; the same one for the same name. Throws InputError for more than 65536 materials.
     std::uint16_t addMaterial(const std::string &name);
@@ -37,6 +44,7 @@ class MeshBuilder {
     Mesh finish();
 
   private:
+    void requireRoom() const;
     bool equals(std::uint32_t number, const BuilderVertex &vertex) const;
     void append(const BuilderVertex &vertex);
     void grow();

@@ -25,7 +25,7 @@ class ReadBuffers {
   public:
     explicit ReadBuffers(std::pmr::memory_resource *memory)
         : points_(memory), triangles_(memory), normals_(memory), uvs_(memory), polygonNumbers_(memory),
-          materialNumbers_(memory), uvNames_(memory), materials_(memory) {}
+          materialNumbers_(memory), firstOfPoint_(memory), uvNames_(memory), materials_(memory), warnings_(memory) {}
 
     void take(Mesh mesh) {
         moveElements(mesh.points, points_, 1); // padded as Mesh::padPoints does
@@ -33,12 +33,17 @@ class ReadBuffers {
         moveElements(mesh.normals, normals_);
         moveElements(mesh.polygonNumbers, polygonNumbers_);
         moveElements(mesh.materialNumbers, materialNumbers_);
+        moveElements(mesh.firstOfPoint, firstOfPoint_);
         uvs_.resize(mesh.uvMaps.size());
         for (std::size_t i = 0; i < uvs_.size(); ++i) {
             moveElements(mesh.uvMaps[i].values, uvs_[i]);
             uvNames_.emplace_back(mesh.uvMaps[i].name);
         }
         materials_.assign(mesh.materials.begin(), mesh.materials.end());
+        for (const MeshWarning &warning : mesh.warnings) {
+            warnings_.emplace_back(warning.brief);
+            warnings_.emplace_back(warning.message);
+        }
         polygonCount_ = mesh.polygonCount;
     }
 
@@ -48,8 +53,8 @@ class ReadBuffers {
                    std::all_of(outer.begin(), outer.end(), [&](const auto &inner) { return arena.holds(inner); });
         };
         return arena.holds(points_) && arena.holds(triangles_) && arena.holds(normals_) &&
-               arena.holds(polygonNumbers_) && arena.holds(materialNumbers_) && areHeld(uvs_) && areHeld(uvNames_) &&
-               areHeld(materials_) && fits();
+               arena.holds(polygonNumbers_) && arena.holds(materialNumbers_) && arena.holds(firstOfPoint_) &&
+               areHeld(uvs_) && areHeld(uvNames_) && areHeld(materials_) && areHeld(warnings_) && fits();
     }
 
     Mesh mesh(std::shared_ptr<void> memory) {
@@ -62,10 +67,14 @@ class ReadBuffers {
                     .materialNumbers = std::move(materialNumbers_),
                     .materials = {materials_.begin(), materials_.end()},
                     .polygonCount = polygonCount_,
+                    .firstOfPoint = std::move(firstOfPoint_),
+                    .warnings = {},
                     .smoothingAngles = {},
                     .splitFrom = {}};
         for (std::size_t i = 0; i < uvs_.size(); ++i)
             result.uvMaps.push_back({.name = std::string(uvNames_[i]), .values = std::move(uvs_[i])});
+        for (std::size_t i = 0; i + 1 < warnings_.size(); i += 2)
+            result.warnings.push_back({.brief = std::string(warnings_[i]), .message = std::string(warnings_[i + 1])});
         return result;
     }
 
@@ -80,7 +89,8 @@ class ReadBuffers {
             return buffer.empty() || buffer.size() == size;
         };
         return isComplete(normals_, points_.size()) && isComplete(polygonNumbers_, triangles_.size()) &&
-               isComplete(materialNumbers_, triangles_.size()) && uvNames_.size() == uvs_.size() &&
+               isComplete(materialNumbers_, triangles_.size()) && isComplete(firstOfPoint_, points_.size()) &&
+               std::all_of(firstOfPoint_.begin(), firstOfPoint_.end(), isPoint) && uvNames_.size() == uvs_.size() &&
                std::all_of(uvs_.begin(), uvs_.end(), [&](const auto &map) { return map.size() == points_.size(); }) &&
                std::all_of(materialNumbers_.begin(), materialNumbers_.end(),
                            [&](std::uint16_t number) { return number < materials_.size(); }) &&
@@ -93,7 +103,9 @@ class ReadBuffers {
     std::pmr::vector<std::pmr::vector<std::array<float, 2>>> uvs_; // by map, then by vertex
     std::pmr::vector<std::uint32_t> polygonNumbers_;
     std::pmr::vector<std::uint16_t> materialNumbers_;
+    std::pmr::vector<std::uint32_t> firstOfPoint_;
     std::pmr::vector<std::pmr::string> uvNames_, materials_;
+    std::pmr::vector<std::pmr::string> warnings_; // brief and message in turn
     std::uint32_t polygonCount_ = 0;
 };
 
@@ -128,7 +140,8 @@ const MeshFormat &checkedFormatOf(const std::string &file) {
 Mesh readMesh(const std::string &file, const Transform &transform) {
     requireReadable(file);
     const auto read = readApart<ReadBuffers>(file, "the mesh", [&](ReadBuffers &buffers) {
-        buffers.take(readWithAssimp(file, checkedFormatOf(file), transform));
+        const MeshFormat &format = checkedFormatOf(file);
+        buffers.take(format.read(file, format, transform));
     });
     return read->mesh(read);
 }
@@ -136,7 +149,8 @@ Mesh readMesh(const std::string &file, const Transform &transform) {
 std::vector<std::string> filesOfMesh(const std::string &file) {
     requireReadable(file);
     const auto read = readApart<ReadNames>(file, "the mesh", [&](ReadNames &files) {
-        for (const std::string &name : filesReadWithAssimp(file, checkedFormatOf(file))) files.names.emplace_back(name);
+        const MeshFormat &format = checkedFormatOf(file);
+        for (const std::string &name : format.files(file, format)) files.names.emplace_back(name);
     });
     return {read->names.begin(), read->names.end()};
 }

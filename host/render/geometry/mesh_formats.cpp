@@ -3,6 +3,7 @@
 
 #include "host/base/error.h"
 #include "host/io/file_ends.h"
+#include "host/object/object_geometry.h"
 
 #include <algorithm>
 #include <iterator>
@@ -30,9 +31,9 @@ std::string firstWord(const std::string &text) {
     return word;
 }
 
-bool isLwo(const FileEnds &file) {
-    return file.startsWith("FORM") && (file.hasAt(8, "LWO2") || file.hasAt(8, "LWOB") || file.hasAt(8, "LXOB"));
-}
+bool isLwo(const FileEnds &file) { return isObject(file.head); }
+
+bool isLxo(const FileEnds &file) { return file.startsWith("FORM") && file.hasAt(8, "LXOB"); }
 
 bool isPly(const FileEnds &file) {
     return file.head.size() > 3 && (file.startsWith("ply") || file.startsWith("PLY")) &&
@@ -91,18 +92,26 @@ struct Recogniser {
     bool (*recognises)(const FileEnds &file);
 };
 
+constexpr MeshFormat byAssimp(const char *name, const char *ending, void (*check)(const std::string &) = nullptr) {
+    return {.name = name, .ending = ending, .check = check, .read = readWithAssimp, .files = filesReadWithAssimp};
+}
+
+constexpr MeshFormat kObjects{
+    .name = "LWO", .ending = "lwo", .check = nullptr, .read = readObjectMesh, .files = filesOfObjectMesh};
+
 // Formats with a signature come first.
 constexpr Recogniser kRecognisers[] = {
-    {.format = {.name = "LWO", .ending = "lwo", .check = nullptr}, .recognises = isLwo},
-    {.format = {.name = "FBX", .ending = "fbx", .check = nullptr}, .recognises = isFbx},
-    {.format = {.name = "GLB", .ending = "glb", .check = nullptr}, .recognises = isGlb},
-    {.format = {.name = "glTF", .ending = "gltf", .check = nullptr}, .recognises = isGltf},
-    {.format = {.name = "PLY", .ending = "ply", .check = requireWholePly}, .recognises = isPly},
-    {.format = {.name = "DAE", .ending = "dae", .check = nullptr}, .recognises = isDae},
-    {.format = {.name = "3DS", .ending = "3ds", .check = nullptr}, .recognises = is3ds},
-    {.format = {.name = "OFF", .ending = "off", .check = nullptr}, .recognises = isOff},
-    {.format = {.name = "STL", .ending = "stl", .check = nullptr}, .recognises = isStl},
-    {.format = {.name = "OBJ", .ending = "obj", .check = nullptr}, .recognises = isObj},
+    {.format = kObjects, .recognises = isLwo},
+    {.format = byAssimp("LXO", "lxo"), .recognises = isLxo},
+    {.format = byAssimp("FBX", "fbx"), .recognises = isFbx},
+    {.format = byAssimp("GLB", "glb"), .recognises = isGlb},
+    {.format = byAssimp("glTF", "gltf"), .recognises = isGltf},
+    {.format = byAssimp("PLY", "ply", requireWholePly), .recognises = isPly},
+    {.format = byAssimp("DAE", "dae"), .recognises = isDae},
+    {.format = byAssimp("3DS", "3ds"), .recognises = is3ds},
+    {.format = byAssimp("OFF", "off"), .recognises = isOff},
+    {.format = byAssimp("STL", "stl"), .recognises = isStl},
+    {.format = byAssimp("OBJ", "obj"), .recognises = isObj},
 };
 
 } // namespace

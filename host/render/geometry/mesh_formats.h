@@ -12,6 +12,13 @@ struct MeshFormat {
     const char *name;
     const char *ending; // of the names of such files, by which assimp's importers for the format are found
     void (*check)(const std::string &file); // throws InputError for what the importer would not survive; null: nothing
+
+    // Reads a file of the format. The buffers of the mesh have room for more than its elements. Throws InputError as
+    // readMesh does. To be called in a process of its own: see readApart.
+    Mesh (*read)(const std::string &file, const MeshFormat &format, const Transform &transform);
+    // The names of all files that reading opens, the mesh file itself first. Throws as it does, and is to be called in
+    // a process of its own, too.
+    std::vector<std::string> (*files)(const std::string &file, const MeshFormat &format);
 };
 
 // The names of the formats, in one line: "LWO, OBJ, ...".
@@ -24,12 +31,13 @@ const MeshFormat *meshFormatOf(const std::string &file);
 // Throws InputError for a PLY file that ends too early.
 void requireWholePly(const std::string &file);
 
-// Reads a file of that format with assimp. The buffers of the mesh have room for more than its elements. Throws
-// InputError as readMesh does. To be called in a process of its own: see readApart.
+// MeshFormat::read and MeshFormat::files of the formats that assimp reads.
 Mesh readWithAssimp(const std::string &file, const MeshFormat &format, const Transform &transform);
-
-// The names of all files that readWithAssimp opens, the mesh file itself first. Throws as it does, and is to be called
-// in a process of its own, too.
 std::vector<std::string> filesReadWithAssimp(const std::string &file, const MeshFormat &format);
+
+// The same of LightWave's objects: their visible layers. Points that the file has more than once are not joined, since
+// normals are only smoothed across common points. What is left out is in the mesh's warnings.
+Mesh readObjectMesh(const std::string &file, const MeshFormat &format, const Transform &transform);
+std::vector<std::string> filesOfObjectMesh(const std::string &file, const MeshFormat &format);
 
 } // namespace velm::host

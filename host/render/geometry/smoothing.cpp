@@ -9,8 +9,9 @@
 namespace velm::host {
 namespace {
 
-// By vertex, the first vertex at the same position.
-std::vector<std::uint32_t> groupByPosition(const Mesh &mesh) {
+// By vertex, the first vertex of the same point.
+std::vector<std::uint32_t> groupByPoint(const Mesh &mesh) {
+    if (!mesh.firstOfPoint.empty()) return {mesh.firstOfPoint.begin(), mesh.firstOfPoint.end()};
     const std::size_t count = mesh.points.size();
     std::vector<std::uint32_t> group(count);
     std::iota(group.begin(), group.end(), 0u);
@@ -181,7 +182,7 @@ void smoothNormals(Mesh &mesh, const std::vector<double> &smoothingAngles) {
     if (!mesh.smoothingAngles.empty()) removeNormals(mesh);
     if (std::none_of(smoothingAngles.begin(), smoothingAngles.end(), [](double angle) { return angle > 0; })) return;
     mesh.smoothingAngles = smoothingAngles;
-    const std::vector<std::uint32_t> group = groupByPosition(mesh);
+    const std::vector<std::uint32_t> group = groupByPoint(mesh);
     const CornerLists lists = cornersByGroup(mesh, group);
     mesh.normals.resize(mesh.points.size());
     CornerSmoother smoother(mesh, smoothingAngles);

@@ -2,6 +2,7 @@
 
 #include "host/base/names.h"
 #include "host/files/same_network.h"
+#include "host/object/old_surfaces.h"
 #include "host/scene/convert/surface_chunk.h"
 #include "host/state/save_state.h"
 
@@ -12,28 +13,50 @@
 
 namespace velm::host {
 
+namespace {
+
+// A surface without its network.
+SurfaceDescription describe(const std::string &name, const std::string &file, const SurfaceChunkValues &values) {
+    SurfaceDescription surface;
+    surface.name = surface.saved.name = name;
+    surface.location.file = surface.saved.file = file;
+    describeValues(values, surface);
+    surface.saved.settings = surface.settings;
+    surface.saved.smoothingAngle = surface.smoothingAngle;
+    surface.saved.doubleSided = surface.doubleSided;
+    return surface;
+}
+
+} // namespace
+
 std::vector<SurfaceDescription> surfacesOf(const ObjectFile &object, std::vector<std::string> *animated) {
     std::vector<SurfaceDescription> result;
     for (std::size_t i = 0; i < object.surfaces().size(); ++i) {
-        SurfaceDescription &surface = result.emplace_back();
-        surface.name = object.surfaces()[i].name;
-        surface.location.file = object.name();
-        surface.saved.file = object.name();
-        surface.saved.name = surface.name;
+        const SurfaceChunkValues values = object.values(i);
+        SurfaceDescription &surface = result.emplace_back(describe(object.surfaces()[i].name, object.name(), values));
         if (const auto block = object.network(i)) {
             surface.saved.block = *block;
             surface.saved.offset = object.networkOffset(i);
         }
-        const SurfaceChunkValues values = object.values(i);
-        describeValues(values, surface);
-        surface.saved.settings = surface.settings;
-        surface.saved.smoothingAngle = surface.smoothingAngle;
-        surface.saved.doubleSided = surface.doubleSided;
         if (!animated) continue;
         for (const std::string &chunk : values.animated)
             animated->push_back(fmt::format("the value {} of the surface {}", chunk, inQuotes(surface.name)));
     }
     return result;
+}
+
+std::vector<SurfaceDescription> surfacesOfOldObject(std::string_view bytes, const std::string &file) {
+    std::vector<SurfaceDescription> result;
+    for (const OldSurface &surface : readOldSurfaces(bytes, file))
+        result.push_back(describe(surface.name, file, surface.values));
+    return result;
+}
+
+SurfaceDescription undescribedSurface(const std::string &name, const std::string &file) {
+    constexpr float kGrey = 200.0F / 255; // of new surfaces in LightWave
+    SurfaceChunkValues values;
+    values.colour = {kGrey, kGrey, kGrey};
+    return describe(name, file, values);
 }
 
 std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPath &path) {

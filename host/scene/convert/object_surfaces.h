@@ -11,6 +11,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velm::host {
@@ -19,6 +20,13 @@ namespace velm::host {
 // drives is described without the envelope; `animated`, if not null, receives its name ("the value COLR of the surface
 // \"Clay\""). InputError with the byte's offset.
 std::vector<SurfaceDescription> surfacesOf(const ObjectFile &object, std::vector<std::string> *animated = nullptr);
+
+// The same for an object of LightWave 5 or earlier, given by its bytes: see host/object/old_surfaces.h. Its surfaces
+// have no networks.
+std::vector<SurfaceDescription> surfacesOfOldObject(std::string_view bytes, const std::string &file);
+
+// A surface that polygons of the object have, but that the file does not describe: plain grey, flat and one-sided.
+SurfaceDescription undescribedSurface(const std::string &name, const std::string &file);
 
 // The images of an object. The object has the file names of the machine that wrote it. A file is looked for under that
 // name, then by the name's last part, beside the object and along the path. The description of an image that was not

@@ -19,9 +19,8 @@ constexpr int kFewestSegments = 3, kMostSegments = 4096;
 
 constexpr Field<MeshFile> kMeshFields[] = {
     {.key = "file",
-     .help =
-         "The mesh's file (LWO, FBX, GLB, glTF, PLY, DAE, 3DS, OFF, STL or OBJ), relative to the scene's directory or "
-         "to one of the data directories.",
+     .help = "The mesh's file (LWO, LXO, FBX, GLB, glTF, PLY, DAE, 3DS, OFF, STL or OBJ), relative to the scene's "
+             "directory or to one of the data directories.",
      .target = CustomValue<MeshFile>{.read = [](const ReadContext &context, const JsonMember &found,
                                                 MeshFile &mesh) { mesh.file = resolveFile(context, found.value); },
                                      .write = [](const WriteContext &context, const MeshFile &mesh)

@@ -1,0 +1,80 @@
+#include "host/object/losses.h"
+
+#include <fmt/format.h>
+
+namespace velm::host {
+namespace {
+
+struct Wording {
+    Loss kind;
+    const char *brief;
+    const char *one, *many; // `many` with the count for {}
+};
+
+constexpr Wording kWordings[] = {
+    {.kind = Loss::unknownChunk,
+     .brief = "unknown chunks",
+     .one = "a chunk of an unknown kind is left out",
+     .many = "{} chunks of unknown kinds are left out"},
+    {.kind = Loss::curve, .brief = "curves", .one = "a curve is left out", .many = "{} curves are left out"},
+    {.kind = Loss::unreadPolygons,
+     .brief = "polygons of other types",
+     .one = "a chunk of polygons of another type than FACE, PTCH and SUBD could not be read to its end",
+     .many = "{} chunks of polygons of other types than FACE, PTCH and SUBD could not be read to their ends"},
+    {.kind = Loss::danglingTag,
+     .brief = "tags without a polygon",
+     .one = "a tag for a polygon is ignored: the object has no such polygon or tag",
+     .many = "{} tags for polygons are ignored: the object has no such polygons or tags"},
+    {.kind = Loss::danglingMapValue,
+     .brief = "map values without a point",
+     .one = "a value of a vertex map is ignored: the object has no such point or polygon",
+     .many = "{} values of vertex maps are ignored: the object has no such points or polygons"},
+    {.kind = Loss::hiddenLayer,
+     .brief = "hidden layers",
+     .one = "a layer is hidden and not drawn",
+     .many = "{} layers are hidden and not drawn"},
+    {.kind = Loss::smallPolygon,
+     .brief = "polygons of one or two points",
+     .one = "a polygon has fewer than three points and is left out",
+     .many = "{} polygons have fewer than three points and are left out"},
+    {.kind = Loss::undrawnPolygon,
+     .brief = "polygons of other types",
+     .one = "a polygon is of another type than FACE, PTCH and SUBD and is left out",
+     .many = "{} polygons are of other types than FACE, PTCH and SUBD and are left out"},
+    {.kind = Loss::cage,
+     .brief = "subdivision surfaces",
+     .one = "a polygon of a subdivision surface is drawn as it is, without subdivision",
+     .many = "{} polygons of subdivision surfaces are drawn as they are, without subdivision"},
+    {.kind = Loss::smoothingGroup,
+     .brief = "smoothing groups",
+     .one = "the smoothing group of a polygon is ignored",
+     .many = "the smoothing groups of {} polygons are ignored"},
+    {.kind = Loss::unusedMap,
+     .brief = "vertex maps",
+     .one = "a vertex map is not used: only UV maps are",
+     .many = "{} vertex maps are not used: only UV maps are"},
+};
+
+} // namespace
+
+void Losses::add(Loss kind, const std::string &place, std::size_t count) {
+    if (count == 0) return;
+    Entry &entry = entries_[static_cast<std::size_t>(kind)];
+    if (entry.count == 0) entry.first = place;
+    entry.count += count;
+}
+
+std::vector<Losses::Text> Losses::texts() const {
+    std::vector<Text> texts;
+    for (const Wording &wording : kWordings) {
+        const Entry &entry = entries_[static_cast<std::size_t>(wording.kind)];
+        if (entry.count == 0) continue;
+        const std::string what = entry.count == 1 ? wording.one : fmt::format(fmt::runtime(wording.many), entry.count);
+        texts.push_back(
+            {.brief = wording.brief,
+             .message = fmt::format("{} ({}{})", what, entry.count == 1 ? "" : "the first: ", entry.first)});
+    }
+    return texts;
+}
+
+} // namespace velm::host

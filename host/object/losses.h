@@ -1,0 +1,52 @@
+// What is left out of an object, for the user to be warned of: one line for each kind, with a count and the first
+// place.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace velm::host {
+
+enum class Loss {
+    unknownChunk,     // that the reader does not know
+    curve,            // CRVS in objects of LightWave 5
+    unreadPolygons,   // a chunk of a polygon type that is not drawn, and that could not be read
+    danglingTag,      // of a polygon or tag that is not there
+    danglingMapValue, // of a point or polygon that is not there
+    hiddenLayer,      // its polygons are not drawn
+    smallPolygon,     // fewer than three points
+    undrawnPolygon,   // a curve, a metaball, a bone or another type
+    cage,             // of a subdivision surface: drawn without subdivision
+    smoothingGroup,   // normals are smoothed across its border
+    unusedMap,        // a vertex map that is not used for rendering
+};
+
+class Losses {
+  public:
+    // `place` says where the thing is, in the file or in the object: "polygon 3 of layer 0".
+    void add(Loss kind, const std::string &place, std::size_t count = 1);
+    // The same for things that are many: `place` is only called for the first one of its kind.
+    template <class Place>
+    void addAt(Loss kind, const Place &place) {
+        if (Entry &entry = entries_[static_cast<std::size_t>(kind)]; entry.count++ == 0) entry.first = place();
+    }
+    std::size_t count(Loss kind) const { return entries_[static_cast<std::size_t>(kind)].count; }
+
+    struct Text {
+        std::string brief;   // the kind: "hidden layers"
+        std::string message; // a line: "2 layers are hidden and not drawn (the first: layer 3 \"Wheels\")"
+    };
+    // One for each kind of which there is anything, in the order of the kinds.
+    std::vector<Text> texts() const;
+
+  private:
+    struct Entry {
+        std::size_t count = 0;
+        std::string first;
+    };
+    std::array<Entry, static_cast<std::size_t>(Loss::unusedMap) + 1> entries_;
+};
+
+} // namespace velm::host

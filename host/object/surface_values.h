@@ -1,0 +1,22 @@
+// The values that a surface of an object file has besides its network.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velm::host {
+
+// A surface's own values, which it has besides its network, each from a sub-chunk. Nothing where the sub-chunk is
+// missing. Fractions are 1 for full, the angle is in radians.
+struct SurfaceChunkValues {
+    std::optional<std::array<float, 3>> colour;                                 // COLR
+    std::optional<float> luminosity, diffuse, specular, glossiness, reflection; // LUMI DIFF SPEC GLOS REFL
+    std::optional<float> transparency, refractionIndex;                         // TRAN RIND
+    std::optional<float> smoothingAngle;                                        // SMAN
+    std::optional<int> sides;                                                   // SIDE: 1 or 3
+    std::vector<std::string> animated; // those of these sub-chunks whose value an envelope drives
+};
+
+} // namespace velm::host
