@@ -39,6 +39,7 @@ struct ReadBuffers {
         }
         materials.assign(mesh.materials.begin(), mesh.materials.end());
         polygonCount = mesh.polygonCount;
+        leftOut = mesh.leftOut;
     }
 
     bool isWithin(const SharedArena &arena) const {
@@ -58,6 +59,7 @@ struct ReadBuffers {
                     .uvMaps = {},
                     .polygonNumbers = std::move(polygonNumbers),
                     .materialNumbers = std::move(materialNumbers),
+                    .leftOut = leftOut,
                     .materials = {materials.begin(), materials.end()},
                     .polygonCount = polygonCount,
                     .smoothingAngles = {},
@@ -93,6 +95,7 @@ struct ReadBuffers {
     std::pmr::vector<std::uint16_t> materialNumbers;
     std::pmr::vector<std::pmr::string> uvNames, materials;
     std::uint32_t polygonCount = 0;
+    LeftOutCounts leftOut{};
 };
 
 // The names of the files that a mesh file makes its reader open.
