@@ -1,32 +1,17 @@
 #include "host/session/session.h"
 
 #include "host/base/names.h"
+#include "host/open/open_file.h"
 #include "host/panel/settings.h"
-#include "host/scene/format/surface_collection.h"
 #include "host/scene/format/write_scene.h"
-#include "host/scene/own_surfaces.h"
-#include "host/scene/read_scene.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <fmt/format.h>
 #include <utility>
 
 namespace velm::host {
 
 namespace {
-
-SceneDescription sceneOfObject(const std::string &file, const SearchPath &path) {
-    SceneDescription scene;
-    scene.file = file;
-    scene.name = std::filesystem::path(file).stem().string();
-    ObjectDescription &object = scene.objects.emplace_back();
-    object.name = scene.name;
-    object.shape = MeshFile{file};
-    object.location.file = file;
-    addOwnSurfaces(path, scene);
-    return scene;
-}
 
 HostPanel &panelFor(HostNode &node, const NodePath &path) {
     HostPanel *panel = panelOf(node);
@@ -37,11 +22,12 @@ HostPanel &panelFor(HostNode &node, const NodePath &path) {
 } // namespace
 
 SceneDescription openDescription(const std::string &file, const SearchPath &path) {
-    return isObjectFile(file) ? sceneOfObject(file, path) : readScene(file, path);
+    return openFile({.file = file, .path = path}).scene;
 }
 
-Session::Session(SceneDescription scene, Warnings &warnings)
-    : scene_(std::move(scene)), warnings_(warnings), renderScene_(scene_), surfaces_(scene_, serverList(), &warnings) {
+Session::Session(SceneDescription scene, Warnings &warnings, MeshCache *meshes)
+    : scene_(std::move(scene)), warnings_(warnings), renderScene_(scene_, meshes),
+      surfaces_(scene_, serverList(), &warnings) {
     renderScene_.prepare(scene_, [this](const std::string &name) { return surfaces_.surface(name); });
 }
 
