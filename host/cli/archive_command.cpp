@@ -5,8 +5,8 @@
 #include "host/cli/option_types.h"
 #include "host/cli/scene_archive.h"
 #include "host/io/files.h"
+#include "host/open/open_file.h"
 #include "host/scene/format/write_scene.h"
-#include "host/scene/read_scene.h"
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
@@ -110,7 +110,9 @@ int run(const ProgramOptions &, const ArchiveOptions &options, std::ostream &out
     const InterruptGuard guard;
     const fs::path directory = checkedDirectory(options.directory);
     Warnings warnings = printedWarnings(err, options.strict);
-    const SceneDescription scene = readScene(options.scene, searchPath(options.data));
+    MeshCache meshes;
+    const SceneDescription scene =
+        completeFile(openFile({.file = options.scene, .path = searchPath(options.data)}), meshes, warnings);
     const ArchiveLayout layout(filesOfScene(scene, warnings), warnings);
     UnfinishedDirectory unfinished(directory);
     for (const ArchiveLayout::Entry &entry : layout.entries()) {

@@ -6,7 +6,7 @@
 #include "host/cli/frame_list.h"
 #include "host/cli/option_types.h"
 #include "host/cli/output_file.h"
-#include "host/scene/read_scene.h"
+#include "host/open/open_file.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -67,7 +67,7 @@ int run(const ProgramOptions &, const FarmOptions &options, std::ostream &out, s
     if (std::ranges::count(farmEngines(), options.engine) == 0)
         throw UsageError(fmt::format("--engine: there is no engine {}{}", inQuotes(options.engine),
                                      suggestion(options.engine, farmEngines())));
-    const SceneDescription scene = readScene(options.scene, searchPath(options.data));
+    const SceneDescription scene = openFile({.file = options.scene, .path = searchPath(options.data)}).scene;
     const RenderDescription &render = scene.render;
     FarmJob job{.velm = programFile(),
                 .scene = std::filesystem::absolute(options.scene).lexically_normal().string(),

@@ -3,7 +3,7 @@
 #include "host/cli/commands.h"
 #include "host/cli/option_types.h"
 #include "host/cli/scene_files.h"
-#include "host/scene/read_scene.h"
+#include "host/open/open_file.h"
 
 #include <CLI/CLI.hpp>
 #include <ostream>
@@ -25,7 +25,7 @@ void declareOptions(CLI::App &command, ProgramOptions &program, FilesOptions &op
 
 int run(const ProgramOptions &, const FilesOptions &options, std::ostream &out, std::ostream &err) {
     Warnings warnings = printedWarnings(err, options.strict);
-    const SceneDescription scene = readScene(options.scene, searchPath(options.data));
+    const SceneDescription scene = openFile({.file = options.scene, .path = searchPath(options.data)}).scene;
     std::set<std::string> printed;
     const auto print = [&](const std::string &file) {
         if (printed.insert(file).second) out << onOneLine(file) << '\n';

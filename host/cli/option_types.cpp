@@ -35,7 +35,9 @@ SearchPath searchPath(const std::vector<std::string> &directories) {
 }
 
 void addSceneSource(CLI::App &command, SceneSource &source) {
-    command.add_option("SCENE", source.scene, "The scene file")->required()->type_name("");
+    command.add_option("FILE", source.scene, "A scene (JSON), an object (.lwo) or a mesh, such as .obj or .gltf")
+        ->required()
+        ->type_name("");
     addData(command, source.data);
 }
 

@@ -2,16 +2,20 @@
 #pragma once
 
 #include "host/base/warnings.h"
+#include "host/cli/run.h"
 #include "host/io/reader_process.h"
 #include "host/scene/format/search_path.h"
 
 #include <CLI/CLI.hpp>
 #include <array>
 #include <charconv>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velm::host {
@@ -40,6 +44,17 @@ CLI::Option *addParsed(CLI::App &command, const std::string &name, std::optional
         ->type_name(kind);
 }
 
+// The value that a word stands for. UsageError, with the option and all words, for any other word.
+template <class Value, std::size_t n>
+Value parseWord(const char *option, const std::string &text, const std::pair<const char *, Value> (&words)[n]) {
+    std::vector<std::string> known;
+    for (const auto &[word, value] : words) {
+        if (text == word) return value;
+        known.emplace_back(word);
+    }
+    throw UsageError(fmt::format("{}: \"{}\" is none of {}", option, text, fmt::join(known, ", ")));
+}
+
 // Accepts numbers from `least` to `most`. The library's own range accepts "nan", which is neither below nor above.
 CLI::Validator numberFrom(double least, double most);
 
@@ -48,12 +63,12 @@ void addData(CLI::App &command, std::vector<std::string> &directories);
 // Where a command looks for meshes and images: these directories, and those that the environment names.
 SearchPath searchPath(const std::vector<std::string> &directories);
 
-// A scene file, and the directories of --data.
+// A file that can be opened as a scene, and the directories of --data.
 struct SceneSource {
     std::string scene;
     std::vector<std::string> data;
 };
-// The argument SCENE, and --data.
+// The argument FILE, and --data.
 void addSceneSource(CLI::App &command, SceneSource &source);
 
 // Prints each warning in a line of its own; if `strict` is set, the first one is an InputError instead. The stream must

@@ -30,6 +30,8 @@ PictureDigest::PictureDigest(const std::string &file, const SceneDescription &sc
     Digest &digest = digest_.emplace();
     digest.addFile(options.scene);
     for (const SceneOverride &override : options.overrides) digest.add(override.text);
+    if (options.view) digest.add(fmt::format("view {}", static_cast<int>(*options.view)));
+    if (options.rig) digest.add(fmt::format("rig {}", static_cast<int>(*options.rig)));
     addFiles(scene, digest);
     digest.addFile(module);
     const Region region = regionOf(job);

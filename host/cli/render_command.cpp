@@ -103,6 +103,17 @@ void prepareOutputs(const RenderPlan &plan, const SceneDescription &scene) {
     }
 }
 
+// UsageError if a picture that was not named would replace one that was not rendered. Textures often lie beside a mesh
+// and have its name.
+void refuseToReplaceOthers(const RenderPlan &plan) {
+    for (const int frame : plan.frames) {
+        const std::string file = plan.names(frame);
+        std::error_code error; // a name that cannot be followed is reported when the picture is written
+        if (std::filesystem::exists(file, error) && digestOfFile(file).empty())
+            throw UsageError(fmt::format("{} exists, and was not rendered by velm; name the picture with -o", file));
+    }
+}
+
 // UsageError if the pictures are parts and their format has no room for what puts them together.
 void checkParts(const RenderPlan &plan) {
     if (plan.part.count > 1 && !holdsParts(plan.names(plan.frames.front())))
@@ -229,12 +240,26 @@ bool renderFrames(RenderPlan plan, Session &session, PictureMetadata metadata, c
     return true;
 }
 
-// Opens the scene and renders it; false when it was stopped.
-bool renderScene(const ProgramOptions &program, const RenderOptions &options, const RenderPlan &plan,
-                 SceneDescription scene, const PictureDigest &digest, Reporting &reporting) {
+// Tells what the file does not bring.
+void tellAdditions(const OpenedFile &opened, const SceneDescription &completed, Reporting &reporting) {
+    const std::string added = additionsText(opened, completed);
+    if (added.empty()) return;
+    const std::string note = fmt::format("{}: added what the file does not bring: {}", opened.scene.file, added);
+    reporting.progress.note("velm: note: " + note);
+    reporting.log.add(LogLevel::info, note);
+}
+
+// Builds the scene and renders it; false when it was stopped.
+bool renderScene(const ProgramOptions &program, const RenderOptions &options, RenderPlan plan, const OpenedFile &opened,
+                 const PictureDigest &digest, Reporting &reporting) {
     const ListedModule module(program.module);
     std::optional<Session> session;
-    withOverrides(options, [&] { session.emplace(std::move(scene), reporting.warnings); });
+    withOverrides(options, [&] {
+        MeshCache meshes;
+        session.emplace(completeFile(opened, meshes, reporting.warnings), reporting.warnings, &meshes);
+    });
+    plan.job.camera = session->scene().render.camera;
+    tellAdditions(opened, session->scene(), reporting);
     overrideSettings(options, *session);
     reporting.total.prepared(session->renderScene().pointCount());
     reporting.log.add(LogLevel::info, fmt::format("prepared: {} points; module {}", session->renderScene().pointCount(),
@@ -265,18 +290,19 @@ int endStopped(const RenderOptions &options, Reporting &reporting) {
 
 int run(const ProgramOptions &program, const RenderOptions &options, std::ostream &out, std::ostream &err) {
     Reporting reporting(program, options, out, err);
-    SceneDescription scene = openScene(options);
-    applyOptions(options, scene.render);
+    OpenedFile opened = openScene(options);
+    const SceneDescription &scene = opened.scene;
+    applyOptions(options, opened.scene.render);
     RenderPlan plan = makePlan(scene, options);
     checkParts(plan);
     prepareOutputs(plan, scene);
+    if (options.output.empty() && !opened.reader->isScene) refuseToReplaceOthers(plan);
     checkLog(program.log, plan);
     reporting.log.prepare();
     reporting.log.add(LogLevel::info, fmt::format("velm " VELM_VERSION ": velm {}", fmt::join(program.words, " ")));
     const PictureDigest digest(plan.names(plan.frames.front()), scene, options, plan.job, program.module);
     if (options.skipExisting) skipExisting(plan, digest, reporting);
-    const bool complete =
-        plan.frames.empty() || renderScene(program, options, plan, std::move(scene), digest, reporting);
+    const bool complete = plan.frames.empty() || renderScene(program, options, plan, opened, digest, reporting);
     reporting.sumUpWarnings();
     if (!complete) return endStopped(options, reporting);
     reporting.log.add(LogLevel::info, fmt::format("done: frames written: {}, not rendered: {}; peak memory {:.1f} MiB",
@@ -287,7 +313,7 @@ int run(const ProgramOptions &program, const RenderOptions &options, std::ostrea
 
 } // namespace
 
-constinit const Command renderCommand =
-    makeCommand<RenderOptions, declareRenderOptions, run>({.name = "render", .help = "Render a scene"});
+constinit const Command renderCommand = makeCommand<RenderOptions, declareRenderOptions, run>(
+    {.name = "render", .help = "Render a scene, an object or a mesh"});
 
 } // namespace velm::host

@@ -3,9 +3,7 @@
 #include "host/base/limits.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 #include <utility>
-#include <vector>
 
 namespace velm::host {
 
@@ -37,17 +35,6 @@ Region parseRegion(const std::string &text) {
 }
 
 namespace {
-
-// The value that a word stands for.
-template <class Value, std::size_t n>
-Value parseWord(const char *option, const std::string &text, const std::pair<const char *, Value> (&words)[n]) {
-    std::vector<std::string> known;
-    for (const auto &[word, value] : words) {
-        if (text == word) return value;
-        known.emplace_back(word);
-    }
-    throw UsageError(fmt::format("{}: \"{}\" is none of {}", option, text, fmt::join(known, ", ")));
-}
 
 RenderOrder parseOrder(const std::string &text) {
     constexpr std::pair<const char *, RenderOrder> kOrders[] = {{"automatic", RenderOrder::automatic},

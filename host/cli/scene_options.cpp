@@ -2,7 +2,6 @@
 
 #include "host/base/names.h"
 #include "host/cli/option_types.h"
-#include "host/scene/read_scene.h"
 #include "host/session/override_settings.h"
 
 #include <algorithm>
@@ -14,6 +13,23 @@ namespace {
 
 [[noreturn]] void failAt(const SceneOverride &override, const InputError &error) {
     throw UsageError(fmt::format("--set {}: {}", override.text, error.message()));
+}
+
+View parseView(const std::string &text) {
+    constexpr std::pair<const char *, View> kViews[] = {{"front", View::front},
+                                                        {"back", View::back},
+                                                        {"left", View::left},
+                                                        {"right", View::right},
+                                                        {"top", View::top},
+                                                        {"bottom", View::bottom},
+                                                        {"threequarter", View::threeQuarter}};
+    return parseWord("--view", text, kViews);
+}
+
+Rig parseRig(const std::string &text) {
+    constexpr std::pair<const char *, Rig> kRigs[] = {
+        {"studio", Rig::studio}, {"outdoor", Rig::outdoor}, {"none", Rig::none}};
+    return parseWord("--rig", text, kRigs);
 }
 
 void selectCamera(const std::string &name, SceneDescription &scene) {
@@ -49,8 +65,16 @@ void declareSceneOptions(CLI::App &command, SceneOptions &options) {
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->type_name("PATH=VALUE");
-    command.add_option("--camera", options.camera, "The camera to render from; the scene's by default")
-        ->type_name("NAME");
+    auto *const camera =
+        command.add_option("--camera", options.camera, "The camera to render from; the scene's by default")
+            ->type_name("NAME");
+    addParsed(command, "--view", options.view, parseView, "VIEW",
+              "Frames all objects from the front, back, left, right, top, bottom or threequarter,\n"
+              "the default for files without a camera. The front is at -Z")
+        ->excludes(camera);
+    addParsed(command, "--rig", options.rig, parseRig, "RIG",
+              "Lights the objects instead of the file's lights: studio, the default for files\n"
+              "without lights; outdoor; or none");
 }
 
 void withOverrides(const SceneOptions &options, const std::function<void()> &work) {
@@ -62,11 +86,17 @@ void withOverrides(const SceneOptions &options, const std::function<void()> &wor
     }
 }
 
-SceneDescription openScene(const SceneOptions &options) {
-    SceneDescription scene;
-    withOverrides(options, [&] { scene = readScene(options.scene, searchPath(options.data), options.overrides); });
-    selectCamera(options.camera, scene);
-    return scene;
+OpenedFile openScene(const SceneOptions &options) {
+    OpenedFile opened;
+    withOverrides(options, [&] {
+        opened = openFile({.file = options.scene,
+                           .path = searchPath(options.data),
+                           .overrides = options.overrides,
+                           .view = options.view,
+                           .rig = options.rig});
+    });
+    selectCamera(options.camera, opened.scene);
+    return opened;
 }
 
 void overrideSettings(const SceneOptions &options, Session &session) {

@@ -3,11 +3,12 @@
 
 #include "host/cli/command.h"
 #include "host/cli/option_types.h"
-#include "host/scene/format/description.h"
+#include "host/open/open_file.h"
 #include "host/scene/overrides.h"
 #include "host/session/session.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,14 +17,16 @@ namespace velm::host {
 struct SceneOptions : SceneSource {
     std::vector<SceneOverride> overrides; // of --set
     std::string camera;                   // empty: the scene's
+    std::optional<View> view;             // from where the scene is framed
+    std::optional<Rig> rig;               // that replaces the lights
 };
 
-// SCENE, --data, --set and --camera.
+// FILE, --data, --set, --camera, --view and --rig.
 void declareSceneOptions(CLI::App &command, SceneOptions &options);
 
-// Reads the scene with the values that the options replace, except for settings of nodes and surfaces: see
+// Opens the file with the values that the options replace, except for settings of nodes and surfaces: see
 // overrideSettings. InputError for the file, UsageError for the options.
-SceneDescription openScene(const SceneOptions &options);
+OpenedFile openScene(const SceneOptions &options);
 
 // Does work with the scene, such as opening a session; errors in values of --set become UsageErrors that name them.
 void withOverrides(const SceneOptions &options, const std::function<void()> &work);

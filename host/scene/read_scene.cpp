@@ -35,11 +35,10 @@ void checkNames(const SceneDescription &scene) {
             requireNamed(scene.surfaces, use.surface, "surface", use.location);
 }
 
-// A scene of which only the surfaces are used needs no camera.
-enum class Purpose { rendering, surfaces };
+} // namespace
 
-SceneDescription read(std::string_view text, const std::string &file, const SearchPath &path, Purpose purpose,
-                      std::span<const SceneOverride> overrides = {}) {
+SceneDescription readSceneText(std::string_view text, const std::string &file, const SearchPath &path,
+                               std::span<const SceneOverride> overrides, Cameras cameras) {
     const std::filesystem::path filePath(file);
     const ReadContext context{.file = file, .directory = filePath.parent_path().string(), .path = path};
     JsonValue root = parseJson(text, file);
@@ -48,35 +47,30 @@ SceneDescription read(std::string_view text, const std::string &file, const Sear
     scene.file = file;
     scene.name = filePath.stem().string();
     readObject(context, sceneTable(), root, scene);
-    if (purpose == Purpose::rendering && scene.cameras.empty()) {
-        const JsonValue *cameras = root.find("cameras");
-        if (!cameras) context.fail(root.line, "a scene needs \"cameras\"");
-        context.fail(cameras->line, "a scene needs at least one camera");
+    if (cameras == Cameras::required && scene.cameras.empty()) {
+        const JsonValue *found = root.find("cameras");
+        if (!found) context.fail(root.line, "a scene needs \"cameras\"");
+        context.fail(found->line, "a scene needs at least one camera");
     }
     addOwnSurfaces(path, scene);
     checkNames(scene);
     return scene;
 }
 
-} // namespace
-
-SceneDescription readSceneText(std::string_view text, const std::string &file, const SearchPath &path) {
-    return read(text, file, path, Purpose::rendering);
-}
-
-SceneDescription readScene(const std::string &file, const SearchPath &path, std::span<const SceneOverride> overrides) {
-    return read(readFile(file), file, path, Purpose::rendering, overrides);
+SceneDescription readScene(const std::string &file, const SearchPath &path, std::span<const SceneOverride> overrides,
+                           Cameras cameras) {
+    return readSceneText(readFile(file), file, path, overrides, cameras);
 }
 
 SceneDescription readSurfaces(const std::string &file, const SearchPath &path) {
-    return read(readFile(file), file, path, Purpose::surfaces);
+    return readScene(file, path, {}, Cameras::optional);
 }
 
 std::string sceneSchema() {
     nlohmann::ordered_json schema = {{"$schema", "https://json-schema.org/draft/2020-12/schema"},
                                      {"title", "A scene of the stand-alone host"}};
     schema.update(objectSchema(sceneTable()));
-    schema["required"] = {"cameras"}; // for rendering; see Purpose
+    schema["required"] = {"cameras"}; // for rendering, unless it is framed
     schema["$defs"] = {{"settings", settingsDefinition()}, {"node", nodeDefinition()}};
     return schema.dump(2) + '\n';
 }

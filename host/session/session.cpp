@@ -1,33 +1,18 @@
 #include "host/session/session.h"
 
 #include "host/base/names.h"
+#include "host/open/open_file.h"
 #include "host/panel/settings.h"
 #include "host/render/scene/render_scene_data.h"
-#include "host/scene/format/surface_collection.h"
 #include "host/scene/format/write_scene.h"
-#include "host/scene/own_surfaces.h"
-#include "host/scene/read_scene.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <fmt/format.h>
 #include <utility>
 
 namespace velm::host {
 
 namespace {
-
-SceneDescription sceneOfObject(const std::string &file, const SearchPath &path) {
-    SceneDescription scene;
-    scene.file = file;
-    scene.name = std::filesystem::path(file).stem().string();
-    ObjectDescription &object = scene.objects.emplace_back();
-    object.name = scene.name;
-    object.shape = MeshFile{file};
-    object.location.file = file;
-    addOwnSurfaces(path, scene);
-    return scene;
-}
 
 // What was left out of the meshes' files.
 void warnOfMeshes(const RenderSceneData &scene, Warnings &warnings) {
@@ -49,11 +34,12 @@ HostPanel &panelFor(HostNode &node, const NodePath &path) {
 } // namespace
 
 SceneDescription openDescription(const std::string &file, const SearchPath &path) {
-    return isObjectFile(file) ? sceneOfObject(file, path) : readScene(file, path);
+    return openFile({.file = file, .path = path}).scene;
 }
 
-Session::Session(SceneDescription scene, Warnings &warnings)
-    : scene_(std::move(scene)), warnings_(warnings), renderScene_(scene_), surfaces_(scene_, serverList(), &warnings) {
+Session::Session(SceneDescription scene, Warnings &warnings, MeshCache *meshes)
+    : scene_(std::move(scene)), warnings_(warnings), renderScene_(scene_, meshes),
+      surfaces_(scene_, serverList(), &warnings) {
     warnOfMeshes(renderScene_.data(), warnings);
     renderScene_.prepare(scene_, [this](const std::string &name) { return surfaces_.surface(name); });
 }

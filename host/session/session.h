@@ -17,9 +17,11 @@
 
 namespace velm::host {
 
-// Reads a scene file (JSON), or an object file (.lwo), which becomes a scene of that object with its own surfaces and
-// without cameras and lights. Meshes and images are looked for beside the file and along the path. InputError with the
-// source location. [any thread]
+class MeshCache;
+
+// Reads any file that host/open/ opens, such as an object file (.lwo), which becomes a scene of that object with its
+// own surfaces and without cameras and lights. Meshes and images are looked for beside the file and along the path.
+// InputError with the source location. [any thread]
 SceneDescription openDescription(const std::string &file, const SearchPath &path);
 
 // Everything is for the [interface thread; not while rendering] but what says otherwise. One session exists at a time,
@@ -29,7 +31,8 @@ class Session {
   public:
     // Reads the meshes and images, makes the nodes, and builds the ray structure. InputError, with the source location,
     // for what cannot be opened; what can be opened without a part is warned of. `warnings` outlives the session.
-    Session(SceneDescription scene, Warnings &warnings);
+    // Meshes are taken from `meshes` where it has them; it may be null.
+    Session(SceneDescription scene, Warnings &warnings, MeshCache *meshes = nullptr);
     ~Session();
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;

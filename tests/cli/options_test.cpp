@@ -94,6 +94,14 @@ TEST(Options, OfRenderAreAllParsed) {
     EXPECT_EQ(line.program.words[2], "-o");
 }
 
+TEST(Options, OfRenderMayChooseTheViewAndTheLights) {
+    const CommandLine line = parse({"render", "a.lwo", "--view", "threequarter", "--rig", "outdoor"});
+    EXPECT_EQ(renderOptions(line).view, View::threeQuarter);
+    EXPECT_EQ(renderOptions(line).rig, Rig::outdoor);
+    const CommandLine none = parse({"render", "a.lwo"});
+    EXPECT_FALSE(renderOptions(none).view || renderOptions(none).rig);
+}
+
 TEST(Options, TheModuleMayPrecedeTheCommand) {
     EXPECT_EQ(parse({"--module", "m.p", "nodes", "--all"}).program.module, "m.p");
     EXPECT_EQ(parse({"show", "--module", "m.p", "Velm Counter"}).program.module, "m.p");
@@ -136,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"NegativeNumber", render({"--call-limit", "-1"}), "\"-1\" is not a number from 0"},
         Wrong{"LineBreak", {"a\nb"}, "there is no command \"a\\nb\""},
         Wrong{"ShowWithoutNode", {"show"}, "NODE is required"},
-        Wrong{"RenderWithoutScene", {"render"}, "SCENE is required"}, Wrong{"TwoScenes", render({"b.json"}), "b.json"},
+        Wrong{"RenderWithoutScene", {"render"}, "FILE is required"}, Wrong{"TwoScenes", render({"b.json"}), "b.json"},
         Wrong{"SizeZero", render({"--size", "0x0"}), "--size: 0 is not from 1 to 32768"},
         Wrong{"SizeHuge", render({"--size", "10x99999"}), "--size: 99999 is not from 1 to 32768"},
         Wrong{"SizeText", render({"--size", "640"}), "--size: \"640\" is no size such as 960x540"},

@@ -54,6 +54,15 @@ inline std::string networkBlock(const std::string &nodes, const std::string &con
                         subChunk("NVER", big(1, 4)) + subChunk("NNDS", nodes) + subChunk("NCON", connections));
 }
 
+// An object of one triangle with that surface; `surfaces` are the chunks of surfaces.
+inline std::string triangleObject(const std::string &surface, const std::string &surfaces) {
+    const std::string zero(4, '\0'), one("\x3f\x80\0\0", 4);
+    return objectFile(chunk("TAGS", cString(surface)) + chunk("LAYR", std::string(16, '\0') + cString("")) +
+                      chunk("PNTS", zero + zero + zero + one + zero + zero + zero + one + zero) +
+                      chunk("POLS", "FACE" + big(3, 2) + big(0, 2) + big(2, 2) + big(1, 2)) +
+                      chunk("PTAG", "SURF" + big(0, 2) + big(0, 2)) + surfaces);
+}
+
 // An object with other chunks, an image, and the surfaces "Clay" and "Plain". The network of "Clay" has a node whose
 // server is not available.
 inline std::string smallObject() {

@@ -8,6 +8,7 @@
 #include <assimp/BaseImporter.h>
 #include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
+#include <assimp/material.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
@@ -73,6 +74,32 @@ std::string uvNameOf(const aiMesh &mesh, unsigned channel) {
     return channel == 0 ? "UV" : "UV " + std::to_string(channel + 1);
 }
 
+// Materials count where polygons have them, without those that the importer makes up for files that have none.
+LeftOutCounts countLeftOut(const aiScene &scene) {
+    LeftOutCounts counts{};
+    const auto add = [&counts](LeftOut kind, unsigned count) { counts[static_cast<std::size_t>(kind)] += count; };
+    std::vector<bool> used(scene.mNumMaterials);
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+        const aiMesh &mesh = *scene.mMeshes[i];
+        if (!hasPolygons(mesh)) continue;
+        if (mesh.mMaterialIndex < used.size()) used[mesh.mMaterialIndex] = true;
+        add(LeftOut::vertexColours, mesh.GetNumColorChannels());
+        add(LeftOut::bones, mesh.mNumBones);
+        add(LeftOut::morphTargets, mesh.mNumAnimMeshes);
+    }
+    for (unsigned i = 0; i < scene.mNumMaterials; ++i) {
+        const std::string name = scene.mMaterials[i]->GetName().C_Str();
+        if (!used[i] || name.empty() || name == AI_DEFAULT_MATERIAL_NAME) continue;
+        add(LeftOut::materials, 1);
+        for (int type = aiTextureType_DIFFUSE; type <= AI_TEXTURE_TYPE_MAX; ++type)
+            add(LeftOut::textures, scene.mMaterials[i]->GetTextureCount(static_cast<aiTextureType>(type)));
+    }
+    add(LeftOut::cameras, scene.mNumCameras);
+    add(LeftOut::lights, scene.mNumLights);
+    add(LeftOut::animations, scene.mNumAnimations);
+    return counts;
+}
+
 std::vector<unsigned> uvChannelsOf(const aiMesh &mesh) {
     std::vector<unsigned> channels;
     for (unsigned channel = 0; channel < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++channel)
@@ -90,7 +117,9 @@ class FileMesh {
     Mesh build() {
         addNode(*scene_.mRootNode, aiMatrix4x4());
         if (builder_.triangleCount() == 0) throw InputError({.file = file_}, "the mesh has no polygons");
-        return builder_.finish();
+        Mesh mesh = builder_.finish();
+        mesh.leftOut = countLeftOut(scene_);
+        return mesh;
     }
 
   private:

@@ -45,6 +45,7 @@ class ReadBuffers {
             warnings_.emplace_back(warning.message);
         }
         polygonCount_ = mesh.polygonCount;
+        leftOut_ = mesh.leftOut;
     }
 
     bool isWithin(const SharedArena &arena) const {
@@ -65,6 +66,7 @@ class ReadBuffers {
                     .uvMaps = {},
                     .polygonNumbers = std::move(polygonNumbers_),
                     .materialNumbers = std::move(materialNumbers_),
+                    .leftOut = leftOut_,
                     .materials = {materials_.begin(), materials_.end()},
                     .polygonCount = polygonCount_,
                     .firstOfPoint = std::move(firstOfPoint_),
@@ -107,6 +109,7 @@ class ReadBuffers {
     std::pmr::vector<std::pmr::string> uvNames_, materials_;
     std::pmr::vector<std::pmr::string> warnings_; // brief and message in turn
     std::uint32_t polygonCount_ = 0;
+    LeftOutCounts leftOut_{};
 };
 
 // The names of the files that a mesh file makes its reader open.

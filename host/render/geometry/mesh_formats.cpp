@@ -122,9 +122,19 @@ std::string meshFormats() {
     return list;
 }
 
+std::vector<const MeshFormat *> allMeshFormats() {
+    std::vector<const MeshFormat *> all;
+    for (const Recogniser &one : kRecognisers) all.push_back(&one.format);
+    return all;
+}
+
 const MeshFormat *meshFormatOf(const std::string &file) {
     const FileEnds ends = readFileEnds(file);
     if (ends.size == 0) throw InputError({.file = file}, "cannot read the mesh: it is empty");
+    return meshFormatOf(ends);
+}
+
+const MeshFormat *meshFormatOf(const FileEnds &ends) {
     const auto *const found = std::find_if(std::begin(kRecognisers), std::end(kRecognisers),
                                            [&](const Recogniser &one) { return one.recognises(ends); });
     return found == std::end(kRecognisers) ? nullptr : &found->format;

@@ -1,6 +1,7 @@
 // The formats of mesh files that are read.
 #pragma once
 
+#include "host/io/file_ends.h"
 #include "host/render/geometry/mesh.h"
 
 #include <string>
@@ -27,6 +28,11 @@ std::string meshFormats();
 // The format that the contents of the file have, whatever it is called; null if it is none of those that are read.
 // Throws InputError if the file cannot be read or is empty.
 const MeshFormat *meshFormatOf(const std::string &file);
+// The same by what was read of the file, which must not be empty. [any thread]
+const MeshFormat *meshFormatOf(const FileEnds &ends);
+
+// All formats that are read, in the order of meshFormats. [any thread]
+std::vector<const MeshFormat *> allMeshFormats();
 
 // Throws InputError for a PLY file that ends too early.
 void requireWholePly(const std::string &file);

@@ -1,6 +1,7 @@
 #include "host/render/scene/scene_builders.h"
 
 #include "host/base/error.h"
+#include "host/render/geometry/mesh_cache.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,9 +22,9 @@ void requireUsable(const TransformDescription &transform) {
 
 class ItemBuilder {
   public:
-    ItemBuilder(const SceneDescription &scene, const RenderSceneData &former, ItemHandles &handles,
+    ItemBuilder(const SceneDescription &scene, const RenderSceneData &former, MeshCache *meshes, ItemHandles &handles,
                 RenderSceneData &data)
-        : scene_(scene), handles_(handles), data_(data) {
+        : scene_(scene), meshes_(meshes), handles_(handles), data_(data) {
         for (const RenderObject &object : former.objects) former_[object.item] = &object;
     }
 
@@ -64,7 +65,8 @@ class ItemBuilder {
 
     RenderObject newObject(HostItem *item, const ObjectDescription &description) {
         const Transform transform(description.transform);
-        auto mesh = std::make_shared<Mesh>(makeMesh(description.shape, transform));
+        std::shared_ptr<Mesh> mesh = meshes_ ? meshes_->take(description.shape, description.transform) : nullptr;
+        if (!mesh) mesh = std::make_shared<Mesh>(makeMesh(description.shape, transform));
         std::vector<Bounds> bounds = boundsByMaterial(*mesh);
         return {.item = item,
                 .shape = description.shape,
@@ -85,6 +87,7 @@ class ItemBuilder {
     }
 
     const SceneDescription &scene_;
+    MeshCache *meshes_; // may be null
     ItemHandles &handles_;
     RenderSceneData &data_;
     std::map<const HostItem *, const RenderObject *> former_;
@@ -97,13 +100,13 @@ void numberHandles(const Things &things) {
 
 } // namespace
 
-void buildItems(const SceneDescription &scene, const RenderSceneData &former, ItemHandles &handles,
+void buildItems(const SceneDescription &scene, const RenderSceneData &former, MeshCache *meshes, ItemHandles &handles,
                 RenderSceneData &data) {
     data.sceneName = scene.name;
     data.sceneFile = scene.file;
     data.render = scene.render;
     data.work = former.work;
-    ItemBuilder(scene, former, handles, data).build();
+    ItemBuilder(scene, former, meshes, handles, data).build();
 }
 
 void attachHandles(ItemHandles &handles, const RenderSceneData &data) {

@@ -11,6 +11,10 @@
 namespace velm::host {
 namespace {
 
+bool hasMaterial(const Mesh &mesh, const std::string &name) {
+    return std::find(mesh.materials.begin(), mesh.materials.end(), name) != mesh.materials.end();
+}
+
 class SurfaceBuilder {
   public:
     SurfaceBuilder(const SceneDescription &scene, const SurfaceLookup &surfaceOf, const RenderSceneData &former,
@@ -37,14 +41,15 @@ class SurfaceBuilder {
         }
     }
 
-    // Gives each material of the mesh its surface: its own, or the one for all materials that are not named.
+    // Gives each material of the mesh its surface: its own, or the one for all materials that are not named. An object
+    // file may bring surfaces that none of its polygons has.
     void assignSurfaces(const ObjectDescription &description, RenderObject &object) {
         const std::vector<std::string> &materials = object.mesh->materials;
         const SurfaceUse *others = nullptr;
         for (const SurfaceUse &use : description.surfaces) {
             if (use.material.empty()) {
                 others = &use;
-            } else if (std::find(materials.begin(), materials.end(), use.material) == materials.end()) {
+            } else if (!use.fromObject && !hasMaterial(*object.mesh, use.material)) {
                 locateErrorsAt(use);
                 throw InputError(fmt::format("its mesh has no material \"{}\"{}", use.material,
                                              didYouMean(use.material, materials)));

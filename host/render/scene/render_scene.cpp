@@ -38,9 +38,9 @@ bool lookUpUvOf(const ShadingSample *sample, const char *mapName, double *u, dou
 
 } // namespace
 
-RenderScene::RenderScene(const SceneDescription &scene)
+RenderScene::RenderScene(const SceneDescription &scene, MeshCache *meshes)
     : handles_(std::make_unique<ItemHandles>()), data_(std::make_unique<RenderSceneData>()) {
-    withinMemory([&] { buildItems(scene, {}, *handles_, *data_); });
+    withinMemory([&] { buildItems(scene, {}, meshes, *handles_, *data_); });
     attachHandles(*handles_, *data_);
     setUvProvider({.lookup = lookUpUvOf});
     setCurrentScene({.scene = data_.get(), .width = scene.render.width, .height = scene.render.height});
@@ -56,7 +56,7 @@ SceneWork RenderScene::update(const SceneDescription &scene, const SurfaceLookup
     assert(data_->acceleration && "prepare the scene first");
     RenderSceneData next;
     withinMemory([&] {
-        buildItems(scene, *data_, *handles_, next);
+        buildItems(scene, *data_, nullptr, *handles_, next);
         buildSurfaces(scene, surfaceOf, *data_, next);
     });
     const SceneWork done = next.work - data_->work;

@@ -13,6 +13,7 @@
 namespace velm::host {
 
 class ItemHandles;
+class MeshCache;
 class Surface;
 struct RenderSceneData; // host/render/scene/render_scene_data.h
 
@@ -30,7 +31,8 @@ class RenderScene {
   public:
     // The first step: objects, lights and cameras, which the services describe from then on. Throws InputError, with a
     // source location, for a mesh that cannot be read and for invalid numbers; MachineError when memory runs out.
-    explicit RenderScene(const SceneDescription &scene);
+    // Meshes are taken from `meshes` where it has them; it may be null.
+    explicit RenderScene(const SceneDescription &scene, MeshCache *meshes = nullptr);
     // The second step: surfaces, backdrop and acceleration structure, for the same description; once, and before the
     // first frame. `surfaceOf` is called during this call only. Throws InputError, with a source location, for a
     // missing surface or image, a material without a surface, and invalid numbers; MachineError when memory runs out.

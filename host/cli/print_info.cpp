@@ -1,0 +1,181 @@
+#include "host/base/names.h"
+#include "host/base/one_line.h"
+#include "host/cli/file_info.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <ostream>
+
+namespace velm::host {
+
+namespace {
+
+constexpr const char *kLightKinds[] = {"point", "distant", "area"}; // by LightDescription::Kind
+
+const char *nameOf(LightDescription::Kind kind) { return kLightKinds[static_cast<std::size_t>(kind)]; }
+
+const char *unitOf(const FileReader &reader) {
+    return reader.isMetric ? "metres" : "not given by the format; taken as metres";
+}
+
+// "x -1 to 1, y 0 to 2, z -1 to 1"
+std::string boundsText(const Bounds &bounds) {
+    std::string text;
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        text += fmt::format("{}{} {:.6g} to {:.6g}", axis > 0 ? ", " : "", "xyz"[axis], bounds.sides[axis][0],
+                            bounds.sides[axis][1]);
+    return text;
+}
+
+std::string quoted(const std::vector<std::string> &names) {
+    std::vector<std::string> all;
+    for (const std::string &name : names) all.push_back(inQuotes(name));
+    return fmt::format("{}", fmt::join(all, ", "));
+}
+
+std::string vectorText(const Double3 &vector) { return fmt::format("{:.6g}", fmt::join(vector, " ")); }
+
+// Lines of a label and a text.
+class Lines {
+  public:
+    explicit Lines(std::ostream &out) : out_(out) {}
+    void add(const char *label, const std::string &text) { out_ << fmt::format("{:<9} {}\n", label, onOneLine(text)); }
+
+  private:
+    std::ostream &out_;
+};
+
+void addObjects(const FileInfo &info, Lines &lines) {
+    for (const ObjectInfo &object : info.objects) {
+        lines.add("object", fmt::format("{}: {}{}{}, {} points, {} polygons, {} triangles", inQuotes(object.name),
+                                        object.shape, object.file.empty() ? "" : " ", object.file, object.points,
+                                        object.polygons, object.triangles));
+        if (!object.materials.empty()) lines.add("", "materials " + quoted(object.materials));
+        if (!object.uvMaps.empty()) lines.add("", "UV maps " + quoted(object.uvMaps));
+        const std::string leftOut = leftOutText(*info.reader, object.leftOut);
+        if (!leftOut.empty()) lines.add("", "not read: " + leftOut);
+    }
+}
+
+void addSurfaces(const FileInfo &info, Lines &lines) {
+    for (const SurfaceInfo &surface : info.surfaces) {
+        lines.add("surface", inQuotes(surface.name) + (surface.file.empty() ? "" : " of " + surface.file));
+        for (const NodeInfo &node : surface.nodes)
+            lines.add("", fmt::format("node {}: {}{}", inQuotes(node.path), node.server,
+                                      node.isKnown ? "" : " (an unknown server)"));
+    }
+}
+
+void addRest(const SceneDescription &scene, bool isScene, Lines &lines) {
+    for (const ImageDescription &image : scene.images)
+        lines.add("image", fmt::format("{}: {}", inQuotes(image.name),
+                                       image.notFound.empty() ? image.file : "missing: " + image.notFound));
+    for (const CameraDescription &camera : scene.cameras)
+        lines.add("camera", fmt::format("{}: at {}, field of view {:.6g} degrees", inQuotes(camera.name),
+                                        vectorText(camera.position), camera.fieldOfView));
+    for (const LightDescription &light : scene.lights)
+        lines.add("light",
+                  fmt::format("{}: {}, intensity {:.6g}", inQuotes(light.name), nameOf(light.kind), light.intensity));
+    if (!isScene) return;
+    const RenderDescription &render = scene.render;
+    lines.add("frames", fmt::format("{} to {}, step {}, {:.6g} a second", render.firstFrame, render.lastFrame,
+                                    render.frameStep, render.framesPerSecond));
+    lines.add("picture",
+              fmt::format("{} x {} pixels, {} samples a pixel", render.width, render.height, render.samples));
+}
+
+Json objectsJson(const FileInfo &info) {
+    Json all = Json::array();
+    for (const ObjectInfo &object : info.objects) {
+        Json one = {{"name", object.name}, {"shape", object.shape}};
+        if (!object.file.empty()) one["file"] = object.file;
+        one["points"] = object.points;
+        one["polygons"] = object.polygons;
+        one["triangles"] = object.triangles;
+        one["materials"] = object.materials;
+        one["uvMaps"] = object.uvMaps;
+        one["notRead"] = Json::object();
+        for (const LeftOut kind : info.reader->leavesOut)
+            if (const auto count = object.leftOut[static_cast<std::size_t>(kind)]; count > 0)
+                one["notRead"][nameOf(kind)] = count;
+        all.push_back(one);
+    }
+    return all;
+}
+
+Json surfacesJson(const FileInfo &info) {
+    Json all = Json::array();
+    for (const SurfaceInfo &surface : info.surfaces) {
+        Json one = {{"name", surface.name}};
+        if (!surface.file.empty()) one["file"] = surface.file;
+        one["nodes"] = Json::array();
+        for (const NodeInfo &node : surface.nodes)
+            one["nodes"].push_back({{"name", node.path}, {"server", node.server}, {"known", node.isKnown}});
+        all.push_back(one);
+    }
+    return all;
+}
+
+Json imagesJson(const SceneDescription &scene) {
+    Json all = Json::array();
+    for (const ImageDescription &image : scene.images)
+        all.push_back({{"name", image.name}, {"file", image.file}, {"found", image.notFound.empty()}});
+    return all;
+}
+
+Json camerasJson(const SceneDescription &scene) {
+    Json all = Json::array();
+    for (const CameraDescription &camera : scene.cameras)
+        all.push_back({{"name", camera.name}, {"position", camera.position}, {"fieldOfView", camera.fieldOfView}});
+    return all;
+}
+
+Json lightsJson(const SceneDescription &scene) {
+    Json all = Json::array();
+    for (const LightDescription &light : scene.lights)
+        all.push_back({{"name", light.name}, {"kind", nameOf(light.kind)}, {"intensity", light.intensity}});
+    return all;
+}
+
+} // namespace
+
+void printInfo(const FileInfo &info, std::ostream &out) {
+    const SceneDescription &scene = info.scene;
+    const FileReader &reader = *info.reader;
+    Lines lines(out);
+    lines.add("file", scene.file);
+    lines.add("kind", reader.name);
+    lines.add("units", unitOf(reader));
+    lines.add("up", reader.isZUp ? "+Z in the file, turned to +Y" : "+Y");
+    if (!info.objects.empty()) lines.add("bounds", boundsText(info.bounds));
+    addObjects(info, lines);
+    addSurfaces(info, lines);
+    addRest(scene, reader.isScene, lines);
+}
+
+Json infoJson(const FileInfo &info) {
+    const SceneDescription &scene = info.scene;
+    const FileReader &reader = *info.reader;
+    Json json = {{"file", scene.file}, {"kind", reader.name}, {"units", unitOf(reader)}};
+    json["up"] = reader.isZUp ? "+Z" : "+Y";
+    if (!info.objects.empty()) {
+        const auto &side = info.bounds.sides;
+        json["bounds"] = {{"low", {side[0][0], side[1][0], side[2][0]}},
+                          {"high", {side[0][1], side[1][1], side[2][1]}}};
+    }
+    json["objects"] = objectsJson(info);
+    json["surfaces"] = surfacesJson(info);
+    json["images"] = imagesJson(scene);
+    json["cameras"] = camerasJson(scene);
+    json["lights"] = lightsJson(scene);
+    if (!reader.isScene) return json;
+    const RenderDescription &render = scene.render;
+    json["frames"] = {{"first", render.firstFrame},
+                      {"last", render.lastFrame},
+                      {"step", render.frameStep},
+                      {"perSecond", render.framesPerSecond}};
+    json["picture"] = {{"width", render.width}, {"height", render.height}, {"samples", render.samples}};
+    return json;
+}
+
+} // namespace velm::host

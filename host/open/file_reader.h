@@ -1,0 +1,57 @@
+// The kinds of file that can be opened as a scene.
+#pragma once
+
+#include "host/io/file_ends.h"
+#include "host/render/geometry/mesh.h"
+#include "host/scene/format/description.h"
+#include "host/scene/format/search_path.h"
+#include "host/scene/overrides.h"
+#include "host/scene/read_scene.h"
+
+#include <span>
+#include <string>
+
+namespace velm::host {
+
+struct FileReader;
+
+// What a reader is asked for.
+struct ReadRequest {
+    const FileReader &reader;
+    std::string file;
+    SearchPath path;                          // where to look for the files that this one names
+    std::span<const SceneOverride> overrides; // see readScene
+    Cameras cameras = Cameras::required;      // of scenes
+};
+
+// A kind of file.
+struct FileReader {
+    const char *name;                                                   // "OBJ"
+    const char *ending;                                                 // of the names of such files, in lower case
+    bool (*recognises)(const FileReader &reader, const FileEnds &file); // by its contents
+    // Reads a scene. Throws InputError that names the file.
+    SceneDescription (*read)(const ReadRequest &request);
+    bool isScene = false;                 // a scene with cameras, lights and surfaces, to which nothing has to be added
+    bool isMetric = false;                // the format says that lengths are metres
+    bool isZUp = false;                   // +Z is up in the file. The object is turned
+    std::span<const LeftOut> leavesOut{}; // what such files may hold and this reader does not read
+};
+
+// All kinds. [any thread]
+std::span<const FileReader> fileReaders();
+
+// The names of all kinds, for messages: "scene (JSON), LWO, ...".
+std::string readableKinds();
+
+// The kind that the contents of the file have; where they fit several kinds, or none, its name decides. InputError,
+// with a list of what is read, for other files, and for a file that cannot be read. [any thread]
+const FileReader &readerOf(const std::string &file);
+
+// "3 materials, 1 texture and 2 lights": of the kinds of things that the reader leaves out, those that a file has.
+// Empty when there are none.
+std::string leftOutText(const FileReader &reader, const LeftOutCounts &counts);
+
+// The plural of the name of such a thing: "vertex colour maps".
+const char *nameOf(LeftOut kind);
+
+} // namespace velm::host

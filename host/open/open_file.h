@@ -1,0 +1,55 @@
+// Opening any file that can be rendered: scenes, objects and meshes.
+#pragma once
+
+#include "host/base/warnings.h"
+#include "host/open/file_reader.h"
+#include "host/open/framing.h"
+#include "host/open/rig.h"
+#include "host/render/geometry/mesh_cache.h"
+
+#include <optional>
+#include <span>
+#include <string>
+
+namespace velm::host {
+
+// What is wanted of a file besides its contents.
+struct OpenRequest {
+    std::string file;
+    SearchPath path{};                          // where to look for the files that this one names
+    std::span<const SceneOverride> overrides{}; // see readScene
+    std::optional<View> view{};                 // a camera that frames the scene from there
+    std::optional<Rig> rig{};                   // replaces the lights
+};
+
+// A file as it was read, and what is still to be added to it.
+struct OpenedFile {
+    SceneDescription scene;
+    const FileReader *reader = nullptr; // never null
+    std::optional<View> view;           // of a camera to be added
+    std::optional<Rig> rig;             // that replaces the lights
+
+    // Whether completeFile has something to do. It reads the meshes, which takes time.
+    bool isIncomplete() const { return view || rig || !reader->isScene; }
+};
+
+// Reads a file, but not its meshes. A scene gets what the request asks for; any other file also gets what it does not
+// bring: a camera from a three-quarter view and the studio rig. InputError with the source location. [any thread]
+OpenedFile openFile(const OpenRequest &request);
+
+// The scene with all that is to be added: a camera for pictures of the scene's size, lights, and, unless the file is a
+// scene, a surface for polygons that have none, a ground and a backdrop. The added camera becomes the scene's. Warns of
+// what a reader left out. Meshes that are read for their bounds stay in `meshes`. InputError with the source location.
+// [interface thread]
+SceneDescription completeFile(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings);
+
+// What was added to the completed scene because the file does not bring it, for people: "a camera (three-quarter view),
+// lights (studio), ...". Empty for scenes.
+std::string additionsText(const OpenedFile &opened, const SceneDescription &completed);
+
+// The bounds of all objects in world space. Meshes are taken from `meshes`, and those that it does not have are made
+// there. InputError for a mesh that cannot be read, and for a scene without objects or with points that are not finite.
+// [interface thread]
+Bounds boundsOf(const SceneDescription &scene, MeshCache &meshes);
+
+} // namespace velm::host
