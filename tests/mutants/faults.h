@@ -261,7 +261,7 @@ inline int isFresh(int right, int thread) {
 inline double withThreads(double right, const void *instance, int thread) {
     if (is(kCountsForAll)) return right + ++countForAll;
     if (is(kCountsForNobody)) countForNobody = countForNobody + 1;
-    if (is(kCountsProperly)) countProperly(thread);
+    if constexpr (is(kCountsProperly)) countProperly(thread);
     if (is(kKnowsOneInstance)) {
         const bool isKnown = !lastInstance || lastInstance == instance;
         lastInstance = instance;
