@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -14,12 +15,13 @@ std::string takeName(const std::string &wanted, std::unordered_set<std::string> 
 
 template <typename Member>
 void remove(std::vector<std::unique_ptr<Member>> &members, const Member &member) {
+    // From the end, since a network destroys the newest node first.
     const auto found =
-        std::find_if(members.begin(), members.end(), [&member](const auto &each) { return each.get() == &member; });
-    if (found == members.end()) return;
+        std::find_if(members.rbegin(), members.rend(), [&member](const auto &each) { return each.get() == &member; });
+    if (found == members.rend()) return;
     // Removed from the list first, since destroying it calls back.
     const std::unique_ptr<Member> gone = std::move(*found);
-    members.erase(found);
+    members.erase(std::next(found).base());
 }
 
 } // namespace
