@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char *kLightKinds[] = {"point", "distant", "area"}; // by LightDescription::Kind
 
-const char *nameOf(LightDescription::Kind kind) { return kLightKinds[static_cast<std::size_t>(kind)]; }
+const char *nameOfLight(LightDescription::Kind kind) { return kLightKinds[static_cast<std::size_t>(kind)]; }
 
 const char *unitOf(const FileReader &reader) {
     return reader.isMetric ? "metres" : "not given by the format; taken as metres";
@@ -74,8 +74,8 @@ void addRest(const SceneDescription &scene, bool isScene, Lines &lines) {
         lines.add("camera", fmt::format("{}: at {}, field of view {:.6g} degrees", inQuotes(camera.name),
                                         vectorText(camera.position), camera.fieldOfView));
     for (const LightDescription &light : scene.lights)
-        lines.add("light",
-                  fmt::format("{}: {}, intensity {:.6g}", inQuotes(light.name), nameOf(light.kind), light.intensity));
+        lines.add("light", fmt::format("{}: {}, intensity {:.6g}", inQuotes(light.name), nameOfLight(light.kind),
+                                       light.intensity));
     if (!isScene) return;
     const RenderDescription &render = scene.render;
     lines.add("frames", fmt::format("{} to {}, step {}, {:.6g} a second", render.firstFrame, render.lastFrame,
@@ -133,7 +133,7 @@ Json camerasJson(const SceneDescription &scene) {
 Json lightsJson(const SceneDescription &scene) {
     Json all = Json::array();
     for (const LightDescription &light : scene.lights)
-        all.push_back({{"name", light.name}, {"kind", nameOf(light.kind)}, {"intensity", light.intensity}});
+        all.push_back({{"name", light.name}, {"kind", nameOfLight(light.kind)}, {"intensity", light.intensity}});
     return all;
 }
 

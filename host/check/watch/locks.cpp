@@ -54,11 +54,11 @@ class Held {
 };
 
 int watchedOnce(pthread_once_t *once, void (*initialise)()) {
-    const Held held_(once);
+    const Held lock(once);
     return pthread_once(once, initialise);
 }
 void watchedCallOnce(once_flag *once, void (*initialise)()) {
-    const Held held_(once);
+    const Held lock(once);
     call_once(once, initialise);
 }
 
