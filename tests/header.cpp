@@ -1,1 +1,0 @@
-// Holds nothing: the target of this file has the precompiled header of all tests.
