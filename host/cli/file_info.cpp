@@ -23,7 +23,10 @@ ObjectInfo objectInfo(const ObjectDescription &object, const Mesh &mesh) {
     ObjectInfo info;
     info.name = object.name;
     info.shape = std::visit([](const auto &shape) { return nameOf(shape); }, object.shape);
-    if (const auto *file = std::get_if<MeshFile>(&object.shape)) info.file = file->file;
+    if (const auto *file = std::get_if<MeshFile>(&object.shape)) {
+        info.file = file->file;
+        info.parts = partsOfObject(file->file);
+    }
     info.points = mesh.points.size();
     info.triangles = mesh.triangles.size();
     info.polygons = mesh.polygonCount;
@@ -31,6 +34,7 @@ ObjectInfo objectInfo(const ObjectDescription &object, const Mesh &mesh) {
                          [](const std::string &name) { return !name.empty(); });
     for (const UvMap &map : mesh.uvMaps) info.uvMaps.push_back(map.name);
     info.leftOut = mesh.leftOut;
+    for (const MeshWarning &warning : mesh.warnings) info.notes.push_back(warning.message);
     return info;
 }
 

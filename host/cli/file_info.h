@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/cli/json_output.h"
+#include "host/cli/object_parts.h"
 #include "host/graph/server_list.h"
 #include "host/open/open_file.h"
 
@@ -29,7 +30,9 @@ struct ObjectInfo {
     std::string file;  // of a mesh
     std::size_t points = 0, triangles = 0, polygons = 0;
     std::vector<std::string> materials, uvMaps;
-    LeftOutCounts leftOut{}; // of what the mesh's file holds besides
+    ObjectParts parts;                // of a LightWave object
+    LeftOutCounts leftOut{};          // of what the mesh's file holds besides
+    std::vector<std::string> notes{}; // on what is drawn otherwise, or not at all: a line each
 };
 
 struct FileInfo {

@@ -52,6 +52,9 @@ void addObjects(const FileInfo &info, Lines &lines) {
                                         object.polygons, object.triangles));
         if (!object.materials.empty()) lines.add("", "materials " + quoted(object.materials));
         if (!object.uvMaps.empty()) lines.add("", "UV maps " + quoted(object.uvMaps));
+        for (const LayerInfo &layer : object.parts.layers) lines.add("", "layer " + layerText(layer));
+        if (!object.parts.parts.empty()) lines.add("", "parts " + quoted(object.parts.parts));
+        for (const std::string &note : object.notes) lines.add("", "note: " + note);
         const std::string leftOut = leftOutText(*info.reader, object.leftOut);
         if (!leftOut.empty()) lines.add("", "not read: " + leftOut);
     }
@@ -94,6 +97,9 @@ Json objectsJson(const FileInfo &info) {
         one["triangles"] = object.triangles;
         one["materials"] = object.materials;
         one["uvMaps"] = object.uvMaps;
+        one["layers"] = layersJson(object.parts);
+        one["parts"] = object.parts.parts;
+        one["notes"] = object.notes;
         one["notRead"] = Json::object();
         for (const LeftOut kind : info.reader->leavesOut)
             if (const auto count = object.leftOut[static_cast<std::size_t>(kind)]; count > 0)

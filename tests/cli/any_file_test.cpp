@@ -2,6 +2,7 @@
 #include "host/image/file_pixels.h"
 #include "tests/cli/command.h"
 #include "tests/files/test_files.h"
+#include "tests/object/object_bytes.h"
 #include "tests/scene/scene_text.h"
 
 #include <algorithm>
@@ -148,6 +149,32 @@ TEST_F(AnyFile, InfoTellsWhatASceneHolds) {
     for (const char *part :
          {"camera    \"Main\"", "light     \"Key\": area", "image     \"Gone\": missing: there is no file",
           "node \"AO\": Velm Ambient Occlusion\n", "frames    1 to 24"})
+        EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
+}
+
+TEST_F(AnyFile, InfoTellsTheLayersOfAnObject) {
+    using namespace test;
+    const std::string object = directory_.write(
+        "two.lwo",
+        objectFile(tagsChunk({"Clay", "Wheel"}) + layerChunk(0, 0, "Body") + pointsChunk(kSixPoints) +
+                   mapChunk("TXUV", 2, "Skin", {{.point = 0, .numbers = {0.5F, 0.5F}}}) +
+                   polygonsChunk("FACE", kSquareAndTriangle) + polygonTagsChunk("PART", {{0, 1}}) +
+                   cornerMapChunk("TXUV", 2, "Skin", {{.point = 0, .polygon = 0, .numbers = {0, 0}}}) +
+                   layerChunk(4, 1, "Spare", words({0})) + pointsChunk({0, 0, 0, 0, 1, 0, 1, 1, 0}) +
+                   mapChunk("WGHT", 1, "Soft", {{.point = 0, .numbers = {1}}}) + polygonsChunk("FACE", {{0, 1, 2}})));
+    const nlohmann::json one = info(object)["objects"][0];
+    EXPECT_EQ(one["parts"], (std::vector<std::string>{"Wheel"}));
+    ASSERT_EQ(one["layers"].size(), 2U);
+    EXPECT_EQ(one["layers"][0]["name"], "Body");
+    EXPECT_EQ(one["layers"][0]["polygons"], 2);
+    EXPECT_EQ(one["layers"][0]["maps"], nlohmann::json::parse(R"([{"type": "TXUV", "name": "Skin"}])"));
+    EXPECT_EQ(one["layers"][1]["hidden"], true);
+    EXPECT_EQ(one["layers"][1]["parent"], 0);
+    EXPECT_FALSE(one["notes"].empty()) << "the hidden layer is not drawn";
+    const std::string text = velm({"info", object}).out;
+    for (const char *part : {"layer 0 \"Body\": 6 points, 2 polygons, maps TXUV \"Skin\"\n",
+                             "layer 4 \"Spare\": 3 points, 1 polygons, hidden, child of layer 0, maps WGHT \"Soft\"\n",
+                             "parts \"Wheel\"\n"})
         EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
 }
 
