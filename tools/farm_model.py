@@ -35,6 +35,8 @@ def interpolated(xs, ys, x):
 class Film:
     """What one frame and one start cost, from the figures."""
 
+    last = 0.0  # seconds of work after the last task
+
     def __init__(self, figures):
         measured, film, self.assumed = figures["measured"], figures["film"], figures["assumed"]
         triangles = film["triangles"]
@@ -47,12 +49,28 @@ class Film:
         scaling = measured["scaling"]
         # What is lost with each doubling of the cores of a task.
         self.loss = (scaling["cores"] / scaling["gain"] - 1) / math.log2(scaling["cores"])
-        self.scene_bytes = triangles * self.assumed["mesh bytes a triangle"]
-        self.picture_bytes = pixels * self.assumed["picture bytes a pixel"]
-        self.dispatch = self.assumed["scheduler seconds a task"]
+        self.scene_bytes = triangles * measured["mesh bytes a triangle"]
+        self.picture_bytes = pixels * measured["picture bytes a pixel"]
+        self.launch = measured["seconds a machine takes to launch a task"]
 
     def frame_seconds(self, cores):
         return self.core_seconds / cores * (1 + self.loss * math.log2(cores))
+
+
+class Still:
+    """One picture in parts, as rendered on two nodes to check the model. A part is what a frame is to a film."""
+
+    def __init__(self, figures, parts):
+        nodes = figures["two nodes"]
+        self.frames, self.start = parts, nodes["start"]
+        self.core_seconds = (nodes["whole"] - nodes["start"]) / parts
+        self.scene_bytes = self.picture_bytes = 0  # what is local is part of the start
+        self.launch = figures["measured"]["seconds a machine takes to launch a task"]
+        self.last = nodes["start of a job"] + nodes["merge"]
+        self.assumed = figures["assumed"] | {"cores of a machine": 1, "hours between failures of a machine": 1e9}
+
+    def frame_seconds(self, _):
+        return self.core_seconds
 
 
 class Resource:
@@ -78,7 +96,7 @@ class Farm:
         self.frame_seconds = film.frame_seconds(per_machine)
         self.scheduler, self.storage = Resource(), Resource()
         self.queue = [min(chunk, film.frames - first) for first in range(0, film.frames, chunk)]
-        self.spent = {"waiting": 0.0, "reading": 0.0, "building": 0.0, "rendering": 0.0, "writing": 0.0,
+        self.spent = {"launching": 0.0, "reading": 0.0, "building": 0.0, "rendering": 0.0, "writing": 0.0,
                       "failures": 0.0}
         self.end = 0.0
 
@@ -91,9 +109,12 @@ class Farm:
         return self.storage.serve(now, size / assumed["storage bytes a second"],
                                   size / assumed["storage bytes a second of a machine"])
 
+    def launched(self, now):
+        return self.scheduler.serve(now, self.film.assumed["scheduler seconds a task"]) + self.film.launch
+
     def steps(self, frames):
         """The steps of a task: what each is spent on, and a function from its start to its end."""
-        yield "waiting", lambda now: self.scheduler.serve(now, self.film.dispatch)
+        yield "launching", lambda now: self.launched(now)
         yield "reading", lambda now: self.transfer(now, self.film.scene_bytes)
         yield "building", lambda now: now + self.film.start
         for _ in range(frames):
@@ -121,7 +142,7 @@ class Farm:
                 self.spent["failures"] += again - now
                 now, fails = again, again + self.random.expovariate(1 / (3600 * hours))
                 yield now
-        self.end = max(self.end, now)
+        self.end = max(self.end, now + self.film.last)
 
     def run(self):
         machines = [(0.0, number, self.machine()) for number in range(self.machines)]
@@ -171,7 +192,15 @@ def costs(film):
                       f"| the scene's files, a picture | {film.scene_bytes / 1e6:,.0f} MB, "
                       f"{film.picture_bytes / 1e6:,.0f} MB |",
                       f"| lost with each doubling of a task's cores | {100 * film.loss:.1f} % |",
-                      f"| the scheduler, for a task | {film.dispatch:.3f} s |"])
+                      f"| launching a task on a machine | {film.launch:.2f} s |"])
+
+
+def check_table(figures):
+    lines = ["| parts | measured, s | simulated, s |", "| ---: | ---: | ---: |"]
+    for run in figures["two nodes"]["runs"]:
+        still = Farm(Still(figures, run["parts"]), 2, 1, 0).run()
+        lines.append(f"| {run['parts']} | {run['seconds']:.1f} | {still.end:.1f} |")
+    return "\n".join(lines)
 
 
 def plot(film, file):
@@ -224,8 +253,9 @@ def main():
     parser.add_argument("--renew", action="store_true", help="write docs/farm.md and docs/farm.png")
     options = parser.parse_args()
     with open(options.figures, encoding="utf-8") as file:
-        film = Film(json.load(file))
-    blocks = {"costs": costs(film), "film": table(film)}
+        figures = json.load(file)
+    film = Film(figures)
+    blocks = {"costs": costs(film), "film": table(film), "still": check_table(figures)}
     print("\n\n".join(blocks.values()))
     if options.renew:
         renew(blocks)
