@@ -33,6 +33,7 @@ std::uint32_t IffFile::formType() const {
 }
 
 std::size_t IffFile::endOfForm() const {
+    formType(); // throws where there is no form, and so no size
     const std::size_t size = number(kSize, 4), there = bytes_.size() - kSize - 4;
     if (size < 4 || size > there) fail(kSize, fmt::format("the form has {} bytes where {} are there", size, there));
     return kSize + 4 + size;

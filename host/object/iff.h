@@ -39,7 +39,7 @@ class IffFile {
 
     // The type of the form, such as "LWO2". Throws for a file that is no form.
     std::uint32_t formType() const;
-    // Where the form ends; any bytes after it are not part of it. Throws when the file is shorter.
+    // Where the form ends; any bytes after it are not part of it. Throws for a file that is no form, or shorter.
     std::size_t endOfForm() const;
     // The chunks of the form, in order. Throws for one that is longer than the form, or whose name is not printable.
     std::vector<Chunk> chunks() const;

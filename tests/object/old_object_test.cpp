@@ -168,6 +168,12 @@ TEST(OldSurfaces, MalformedTheySayChunkAndByte) {
               "a.lwo: byte 30: the chunk COLR: it ends within a number");
 }
 
+TEST(OldSurfaces, AreNotReadFromWhatIsNoObject) {
+    for (const char *bytes : {"", "FORM", "none of this is a form"})
+        EXPECT_EQ(errorOf([bytes] { readOldSurfaces(bytes, "a.lwo"); }),
+                  "a.lwo: byte 0: this is no object file: it does not start with FORM");
+}
+
 TEST(OldSurfaces, AreThoseOfTheOldForms) {
     EXPECT_TRUE(isOldObject(oldObjectFile("")));
     EXPECT_TRUE(isOldObject(oldObjectFile("", "LWLO")));
