@@ -2,7 +2,7 @@
 # Renders the frames of a scene with GNU parallel, one list of frames after another on each machine.
 #
 #     bash velm-frames.sh SCENE PICTURE FRAMES ...
-#     bash velm-frames.sh walk.json /farm/walk_####.exr 1-10 11-20 21-24
+#     bash velm-frames.sh walk.json renders/walk_####.exr 1-10 11-20 21-24
 #
 # VELM names the program, if it is not "velm"; VELM_HOSTS the machines to use by ssh, as in "render1,render2" or
 # "4/render1,:" (the option --sshlogin of parallel). They must have the files at the same paths. The job log is beside

@@ -2,7 +2,7 @@
 # Renders one picture in parts with GNU parallel, one part after another on each machine, and merges them.
 #
 #     bash velm-still.sh SCENE PICTURE.exr PARTS
-#     bash velm-still.sh hall.json /farm/hall.exr 64
+#     bash velm-still.sh hall.json renders/hall.exr 64
 #
 # VELM names the program, if it is not "velm"; VELM_HOSTS the machines to use by ssh, as in "render1,render2" or
 # "4/render1,:" (the option --sshlogin of parallel). They must have the files at the same paths. The parts and the job
