@@ -26,24 +26,17 @@ struct SpanEnd {
     double fraction; // of this span in the time of both; 1 without the other
 };
 
-SpanEnd startOf(const Span &span) {
+// The span as seen from the key at which it begins (`outgoing`) or ends.
+SpanEnd seenFrom(const Span &span, bool outgoing) {
+    const HostKey &first = outgoing && span.previous ? *span.previous : span.from;
+    const HostKey &last = !outgoing && span.next ? *span.next : span.to;
     const double length = span.to.time - span.from.time;
-    return {.key = span.from,
-            .outgoing = true,
+    return {.key = outgoing ? span.from : span.to,
+            .outgoing = outgoing,
             .length = length,
             .rise = span.to.value - span.from.value,
-            .beyond = span.previous ? span.from.value - span.previous->value : 0,
-            .fraction = span.previous ? length / (span.to.time - span.previous->time) : 1};
-}
-
-SpanEnd endOf(const Span &span) {
-    const double length = span.to.time - span.from.time;
-    return {.key = span.to,
-            .outgoing = false,
-            .length = length,
-            .rise = span.to.value - span.from.value,
-            .beyond = span.next ? span.next->value - span.to.value : 0,
-            .fraction = span.next ? length / (span.next->time - span.from.time) : 1};
+            .beyond = outgoing ? span.from.value - first.value : last.value - span.to.value,
+            .fraction = length / (last.time - first.time)};
 }
 
 // In seconds. Where its slope is needed, a narrower handle counts as one of this width.
@@ -106,13 +99,13 @@ double between(const Span &span, double time) {
     const HostKey &from = span.from;
     const HostKey &to = span.to;
     if (to.shape == kShapeStepped) return from.value;
-    const SpanEnd start = startOf(span);
+    const SpanEnd start = seenFrom(span, true);
     const double x = (time - from.time) / start.length;
     if (to.shape == kShapeLinear) return from.value + x * start.rise;
     if (to.shape == kShapeBezier2) return bezier2(start, to, time);
     const double x2 = x * x, x3 = x2 * x;
     return (2 * x3 - 3 * x2 + 1) * from.value + (3 * x2 - 2 * x3) * to.value + (x3 - 2 * x2 + x) * tangent(start) +
-           (x3 - x2) * tangent(endOf(span));
+           (x3 - x2) * tangent(seenFrom(span, false));
 }
 
 // The span that ends at the key with this index, which is at least 1.
@@ -138,7 +131,7 @@ double inside(const HostEnvelope &envelope, double time) {
 // The value on the straight line that leaves the first key (`early`) or the last one along its tangent.
 double straightOn(const HostEnvelope &envelope, bool early, double time) {
     const Span span = spanTo(envelope, early ? 1 : envelope.keys.size() - 1);
-    const SpanEnd end = early ? startOf(span) : endOf(span);
+    const SpanEnd end = seenFrom(span, early);
     return end.key.value + (time - end.key.time) * tangent(end) / end.length;
 }
 

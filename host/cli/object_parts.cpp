@@ -4,6 +4,7 @@
 #include "host/io/file_ends.h"
 #include "host/io/files.h"
 #include "host/object/object_geometry.h"
+#include "host/state/blocks.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -13,13 +14,6 @@
 namespace velm::host {
 
 namespace {
-
-std::string codeText(std::uint32_t code) {
-    std::string text;
-    for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(code >> shift & 0xff);
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
-}
 
 LayerInfo layerInfo(const ObjectLayer &layer) {
     LayerInfo info{.number = layer.number,
@@ -31,7 +25,7 @@ LayerInfo layerInfo(const ObjectLayer &layer) {
                    .polygons = layer.ends.size(),
                    .maps = {}};
     for (const ObjectVertexMap &map : layer.maps) {
-        const MapInfo one{.type = codeText(map.type), .name = map.name};
+        const MapInfo one{.type = blockName(map.type), .name = map.name};
         if (std::ranges::count(info.maps, one) == 0) info.maps.push_back(one);
     }
     return info;

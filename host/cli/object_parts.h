@@ -12,7 +12,7 @@
 namespace velm::host {
 
 struct MapInfo {
-    std::string type; // four characters without trailing blanks: "TXUV", "WGHT", "RGB"
+    std::string type; // four characters: "TXUV", "WGHT", "RGB "
     std::string name;
     bool operator==(const MapInfo &) const = default;
 };

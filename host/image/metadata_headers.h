@@ -3,12 +3,18 @@
 
 #include "host/image/picture.h"
 
+#include <string>
+#include <string_view>
+
 namespace velm::host {
 
 struct MetadataHeader {
     const char *name;
     std::string PictureMetadata::*member;
 };
+
+// Begins the description of files whose format has room for no other metadata; the digest follows.
+inline constexpr std::string_view kDigestPrefix = "velm:scene ";
 
 inline constexpr MetadataHeader kMetadataHeaders[] = {
     {.name = "scene", .member = &PictureMetadata::scene},

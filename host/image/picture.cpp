@@ -65,7 +65,7 @@ void addMetadata(const PictureMetadata &metadata, const PictureFormat &format, O
         if (const std::string &text = metadata.*header.member; !text.empty()) spec.attribute(header.name, text);
     // The only text that the format's library writes to TIFF files.
     if (format.hasDigest && !metadata.digest.empty())
-        spec.attribute("ImageDescription", "velm:scene " + metadata.digest);
+        spec.attribute("ImageDescription", std::string(kDigestPrefix) + metadata.digest);
 }
 
 OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, const PictureMetadata &metadata) {

@@ -21,8 +21,6 @@
 namespace velm::host {
 namespace {
 
-constexpr std::string_view kDigestPrefix = "velm:scene ";
-
 // What the process that reads a picture's file hands over.
 struct ReadPicture {
     explicit ReadPicture(std::pmr::memory_resource *memory) : headers(memory), description(memory), values(memory) {}

@@ -19,6 +19,7 @@ namespace {
 constexpr std::size_t kLeastBytes = std::size_t{1} << 20;
 
 std::size_t pageSize() { return static_cast<std::size_t>(sysconf(_SC_PAGESIZE)); }
+
 // [interface thread]
 std::unordered_set<const SharedArena *> &sealedArenas() {
     static std::unordered_set<const SharedArena *> arenas;
