@@ -83,11 +83,22 @@ void clearProgressBar(std::ostream &err) {
     if (progressStyle(err, false) == ProgressStyle::bar) err << kClearLine;
 }
 
+// The status of the other process where a command has failed and its messages could not be written. A module can do
+// that to the process that it is in, by limiting the size of files, but not to this one.
+constexpr int kMessagesLost = 100;
+
 int runCommandGuarded(const CommandLine &line, std::ostream &out, std::ostream &err) {
     if (!line.command->needsModule) return runCommand(line, out, err);
     return statusOf({.err = err, .log = line.program.log}, [&] {
         try {
-            return runGuarded(line.program.module, line.program.guard, [&] { return runCommand(line, out, err); });
+            const int status = runGuarded(line.program.module, line.program.guard, [&] {
+                const int own = runCommand(line, out, err);
+                return own == kExitDone || err.flush() ? own : kMessagesLost;
+            });
+            if (status != kMessagesLost) return status;
+            throw ModuleError(fmt::format("{}: the command failed, and why could not be written to standard error; the "
+                                          "module may have limited the size of files",
+                                          line.program.module));
         } catch (...) {
             clearProgressBar(err);
             throw;

@@ -10,6 +10,7 @@
 #include <fenv.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -60,6 +61,11 @@ constexpr Fault kFaults[] = {
     {"move", [] { static_cast<void>(chdir("/") == 0); }},
     {"mask", [] { umask(0777); }},
     {"silence", [] { close(STDOUT_FILENO), close(STDERR_FILENO); }},
+    {"limit",
+     [] {
+         const rlimit none{0, 0};
+         setrlimit(RLIMIT_FSIZE, &none);
+     }},
     {"trap", [] { feenableexcept(FE_ALL_EXCEPT); }},
     {"ignore", [] { signal(SIGINT, SIG_IGN); }},
     {"leave", [] { pthread_exit(nullptr); }},

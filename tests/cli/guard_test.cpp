@@ -1,11 +1,15 @@
 // When a module crashes, hangs or throws, the program names the server and the call, and existing files stay unchanged.
 #include "tests/cli/program.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <thread>
 
 namespace velm::host {
@@ -188,6 +192,23 @@ TEST(MeddlingModule, SilencesNoMessage) {
         const test::Outcome failed = runProgram(directory, words, silence);
         EXPECT_EQ(failed.status, kExitInput);
         EXPECT_NE(failed.err.find("scene.json:"), std::string::npos) << callback << ": " << failed.err;
+    }
+}
+
+// The process that the module is in cannot write its messages then, since they go to a file.
+TEST(MeddlingModule, IsNamedWhenItLimitsTheSizeOfFiles) {
+    for (const char *callback : {"activate", "create", "newTime"}) {
+        const WorkDirectory directory;
+        const std::string messages = directory.file("messages");
+        const test::Outcome outcome = runProgram(directory, renderWords(directory), [&] {
+            setenv("VELM_FAULT", (std::string("limit ") + callback).c_str(), 1);
+            dup2(open(messages.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
+        });
+        EXPECT_EQ(outcome.status, kExitMachine) << callback;
+        EXPECT_TRUE(directory.pictureIsUnchanged()) << callback;
+        std::ifstream stream(messages);
+        const std::string text{std::istreambuf_iterator<char>(stream), {}};
+        EXPECT_NE(text.find("velm: " VELM_FAULTY_MODULE ": the command failed"), std::string::npos) << callback << text;
     }
 }
 
