@@ -4,6 +4,7 @@
 #include "tests/files/test_files.h"
 #include "tests/object/object_bytes.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -24,7 +25,7 @@ class AnyFile : public testing::Test {
     test::TemporaryDirectory directory_;
     std::string cube_ = directory_.write("cube.obj", kCube);
 
-    std::string file(const std::string &name) const { return directory_.file(name); }
+    std::string file(const std::string &name) const { return directory_ / name; }
     Outcome render(const std::vector<std::string> &options) const {
         std::vector<std::string> words = {"render", cube_, "-o", file("a.exr"), "--size", "64x36", "--samples", "2"};
         words.insert(words.end(), options.begin(), options.end());

@@ -3,6 +3,7 @@
 
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -37,9 +38,9 @@ class Archives : public testing::Test {
         directory_.write("work/a/stone.obj", kObj);
         directory_.write("work/a/stone.mtl", kMaterials);
         directory_.write("work/b/stone.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\nf 1 2 4 3\n");
-        fs::copy(VELM_SOURCE_DIR "/examples/robin.png", directory_.file("work/sky.png"));
+        fs::copy(VELM_SOURCE_DIR "/examples/robin.png", directory_ / "work/sky.png");
     }
-    std::string file(const std::string &name) const { return directory_.file(name); }
+    std::string file(const std::string &name) const { return directory_ / name; }
     static std::string read(const std::string &name) {
         std::ifstream stream(name, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};

@@ -4,6 +4,7 @@
 
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +27,7 @@ class CompareCommand : public testing::Test {
         directory_.write("text.exr", "no picture");
     }
 
-    std::string file(const char *name) const { return directory_.file(name); }
+    std::string file(const char *name) const { return directory_ / name; }
     Outcome compare(const char *first, const char *second, const std::vector<std::string> &options = {}) const {
         std::vector<std::string> words{"compare", file(first), file(second)};
         words.insert(words.end(), options.begin(), options.end());

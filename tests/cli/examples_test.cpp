@@ -5,6 +5,7 @@
 #include "tests/cli/command.h"
 #include "tests/cli/example_names.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,7 +18,7 @@ class Example : public testing::TestWithParam<std::string> {};
 
 TEST_P(Example, RendersAPictureWithContrast) {
     const test::TemporaryDirectory directory;
-    const std::string file = directory.file("small.exr");
+    const std::string file = directory / "small.exr";
     const test::Outcome outcome = test::velm({"render", test::exampleFile(GetParam()), "-o", file, "--size", "32x18",
                                               "--samples", "1", "--frames", "1", "--quiet"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;

@@ -3,6 +3,7 @@
 
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <array>
 #include <fmt/format.h>
@@ -34,7 +35,7 @@ class FarmOptions : public testing::Test {
     TemporaryDirectory directory_;
     std::string scene_ = directory_.write("wall.json", kWall);
 
-    std::string file(const std::string &name) const { return directory_.file(name); }
+    std::string file(const std::string &name) const { return directory_ / name; }
     test::Outcome render(const std::string &output, std::vector<std::string> more = {}) const {
         std::vector<std::string> words{"render", scene_, "-o", file(output), "--threads", "1"};
         words.insert(words.end(), more.begin(), more.end());

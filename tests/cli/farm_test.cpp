@@ -4,6 +4,7 @@
 
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 

@@ -128,7 +128,7 @@ TEST_P(FaultyModule, IsNamedAndLeavesExistingFilesUnchanged) {
     const std::string expected = "velm: " VELM_FAULTY_MODULE ": " + std::string(one.message) + "\n";
     EXPECT_NE(outcome.err.find(expected), std::string::npos) << outcome.err << "does not have\n" << expected;
     EXPECT_EQ(directory.pictureIsUnchanged(), !isAfterThePicture(one.fault));
-    EXPECT_EQ(directory.files(), (std::vector<std::string>{"old.png", "scene.json"}));
+    EXPECT_EQ(directory.names(), (std::vector<std::string>{"old.png", "scene.json"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FaultyModule, testing::ValuesIn(kFaults),
@@ -145,7 +145,7 @@ TEST(FaultyModuleHang, WhileRenderingIsNamed) {
                   std::string::npos)
             << outcome.err;
         EXPECT_TRUE(directory.pictureIsUnchanged());
-        EXPECT_EQ(directory.files(), (std::vector<std::string>{"old.png", "scene.json"}));
+        EXPECT_EQ(directory.names(), (std::vector<std::string>{"old.png", "scene.json"}));
     }
 }
 
@@ -155,7 +155,7 @@ TEST(SoundModule, RendersUnderTheGuardAndWithoutIt) {
     ASSERT_EQ(runProgram(directory, words).status, kExitDone);
     EXPECT_FALSE(directory.pictureIsUnchanged());
     words.emplace_back("--unguarded");
-    words[3] = directory.file("new.png");
+    words[3] = directory / "new.png";
     const test::Outcome outcome = runProgram(directory, words);
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(runProgram(directory, {"compare", "old.png", "new.png"}).status, kCompareSame);
@@ -174,8 +174,8 @@ TEST(MeddlingModule, ChangesNothingOutside) {
                 setenv("VELM_FAULT", (std::string(what) + ' ' + callback).c_str(), 1);
             });
             EXPECT_EQ(outcome.status, kExitDone) << what << ' ' << callback << ": " << outcome.err;
-            EXPECT_EQ(directory.files(), (std::vector<std::string>{"new.png", "old.png", "scene.json"}));
-            EXPECT_EQ(std::filesystem::status(directory.file("new.png")).permissions(), std::filesystem::perms{0644})
+            EXPECT_EQ(directory.names(), (std::vector<std::string>{"new.png", "old.png", "scene.json"}));
+            EXPECT_EQ(std::filesystem::status(directory / "new.png").permissions(), std::filesystem::perms{0644})
                 << what << ' ' << callback;
         }
 }
@@ -199,7 +199,7 @@ TEST(MeddlingModule, SilencesNoMessage) {
 TEST(MeddlingModule, IsNamedWhenItLimitsTheSizeOfFiles) {
     for (const char *callback : {"activate", "create", "newTime"}) {
         const WorkDirectory directory;
-        const std::string messages = directory.file("messages");
+        const std::string messages = directory / "messages";
         const test::Outcome outcome = runProgram(directory, renderWords(directory), [&] {
             setenv("VELM_FAULT", (std::string("limit ") + callback).c_str(), 1);
             dup2(open(messages.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
@@ -223,7 +223,7 @@ TEST(Program, WritesNoMessagesIntoFilesWhenItsStreamsAreClosed) {
         for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) close(stream);
     });
     EXPECT_EQ(outcome.status, kExitDone);
-    EXPECT_EQ(directory.files(), (std::vector<std::string>{"new.png", "old.png", "scene.json", "velm.log"}));
+    EXPECT_EQ(directory.names(), (std::vector<std::string>{"new.png", "old.png", "scene.json", "velm.log"}));
     const std::string log = directory.read("velm.log");
     EXPECT_EQ(log.find(" %"), std::string::npos) << log;
     EXPECT_EQ(runProgram(directory, {"compare", "new.png", "new.png"}).status, kCompareSame);
@@ -313,7 +313,7 @@ TEST(FaultyModuleElsewhere, IsShownWithoutHelp) {
 
 TEST(Guard, PassesStatusesAndErrorsOn) {
     const WorkDirectory directory;
-    const test::Outcome input = runProgram(directory, {"render", directory.file("none.json")});
+    const test::Outcome input = runProgram(directory, {"render", directory / "none.json"});
     EXPECT_EQ(input.status, kExitInput);
     EXPECT_EQ(std::count(input.err.begin(), input.err.end(), '\n'), 1) << input.err;
     EXPECT_EQ(runProgram(directory, {"render"}).status, kExitUsage);

@@ -3,6 +3,7 @@
 
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -59,13 +60,12 @@ Picture plain(float level, int width = 2) {
 
 TEST(JsonResults, OfCompareHaveTheVerdictAndTheFigures) {
     const test::TemporaryDirectory directory;
-    writePicture(plain(0.5F), directory.file("a.exr"));
-    writePicture(plain(1), directory.file("b.exr"));
-    writePicture(plain(1, 3), directory.file("c.exr"));
-    writePicture(plain(std::numeric_limits<float>::quiet_NaN()), directory.file("nan.exr"));
+    writePicture(plain(0.5F), directory / "a.exr");
+    writePicture(plain(1), directory / "b.exr");
+    writePicture(plain(1, 3), directory / "c.exr");
+    writePicture(plain(std::numeric_limits<float>::quiet_NaN()), directory / "nan.exr");
     const auto compare = [&directory](const char *first, const char *second, int status) {
-        const test::Outcome outcome =
-            test::velm({"compare", directory.file(first), directory.file(second), "--json"}, false);
+        const test::Outcome outcome = test::velm({"compare", directory / first, directory / second, "--json"}, false);
         EXPECT_EQ(outcome.status, status) << outcome.err;
         return json::parse(outcome.out);
     };

@@ -5,6 +5,7 @@
 
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <cmath>
 #include <fmt/format.h>
@@ -20,7 +21,7 @@ constexpr double kPi = std::numbers::pi, kDegree = kPi / 180;
 
 // Renders a scene on one thread and returns its picture.
 std::unique_ptr<HostImage> rendered(const TemporaryDirectory &directory, const std::string &text) {
-    const std::string file = directory.file("result.exr");
+    const std::string file = directory / "result.exr";
     const test::Outcome outcome = test::velm(
         {"render", directory.write("scene.json", text), "-o", file, "--quiet", "--strict", "--threads", "1"});
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
@@ -64,7 +65,7 @@ class Mirror : public testing::TestWithParam<MirrorCase> {};
 // For every pixel of the environment, the camera is placed so that its mirrored view hits the centre of that pixel.
 TEST_P(Mirror, ShowsTheExactPixelsOfTheEnvironment) {
     const TemporaryDirectory directory;
-    writeEnvironment(directory.file("map.exr"));
+    writeEnvironment(directory / "map.exr");
     for (int y = 0; y < kRows; ++y)
         for (int x = 0; x < kColumns; ++x) {
             const double heading = ((x + 0.5) / kColumns - 0.5) * 2 * kPi, elevation = (0.5 - (y + 0.5) / kRows) * kPi;
@@ -105,7 +106,7 @@ void writeProtractor(const std::string &file) {
 // normal.
 TEST(Snell, GivesTheAngleOfRefraction) {
     const TemporaryDirectory directory;
-    writeProtractor(directory.file("map.exr"));
+    writeProtractor(directory / "map.exr");
     for (const double index : {1.0, 1.33, 1.5, 2.4})
         for (const double degrees : {10.0, 30.0, 45.0, 60.0, 80.0}) {
             const auto image = rendered(

@@ -46,10 +46,10 @@ void limitFileSizes() {
 void expectOldFile(const WorkDirectory &directory, const Outcome &outcome, const std::string &name,
                    const Files &files) {
     EXPECT_EQ(outcome.status, kExitMachine) << outcome.err;
-    const std::string message = "velm: cannot write \"" + directory.file(name) + "\": File too large\n";
+    const std::string message = "velm: cannot write \"" + (directory / name) + "\": File too large\n";
     EXPECT_NE(outcome.err.find(message), std::string::npos) << outcome.err;
     EXPECT_EQ(directory.read(name), "old") << name;
-    EXPECT_EQ(directory.files(), files);
+    EXPECT_EQ(directory.names(), files);
 }
 
 TEST(FullDisk, LeavesTheOldPicture) {
@@ -86,7 +86,7 @@ TEST(FullDisk, LeavesTheOldReportsOfCheck) {
     const std::vector<std::string> words{"check", VELM_FAULTY_MODULE, "--filter", "identity.table"};
     for (const std::string name : {"new.json", "new.xml"}) {
         std::vector<std::string> all = words;
-        all.insert(all.end(), {name == "new.json" ? "--json" : "--junit", directory.file(name)});
+        all.insert(all.end(), {name == "new.json" ? "--json" : "--junit", directory / name});
         expectOldFile(directory, runProgram(directory, all, limitFileSizes), name, files);
     }
 }
@@ -105,12 +105,12 @@ TEST(PackError, NamesTheSurfaceAndTheNode) {
     const std::string scene =
         directory.write("scene.json", R"({"surfaces": {"Default": {"nodes": {"Big": {"server": "Faulty Node"}}}}})");
     const Outcome outcome =
-        runProgram(directory, {"pack", scene, kObject, "-o", directory.file("new.lwo"), "--module", VELM_FAULTY_MODULE},
+        runProgram(directory, {"pack", scene, kObject, "-o", directory / "new.lwo", "--module", VELM_FAULTY_MODULE},
                    [] { setenv("VELM_FAULT", "large save", 1); });
     EXPECT_EQ(outcome.status, kExitInput);
     EXPECT_NE(outcome.err.find("surface \"Default\": cannot save the node \"Big\": "), std::string::npos)
         << outcome.err;
-    EXPECT_EQ(directory.files(), (Files{"old.png", "scene.json"}));
+    EXPECT_EQ(directory.names(), (Files{"old.png", "scene.json"}));
 }
 
 // ---- Processes that are killed ----
@@ -147,7 +147,7 @@ class EndedRender : public testing::TestWithParam<Ending> {};
 TEST_P(EndedRender, LeavesTheOldPictureAndNothingElse) {
     const Ending &ending = GetParam();
     const WorkDirectory directory, markers;
-    const std::string arrived = markers.file("arrived");
+    const std::string arrived = markers / "arrived";
     std::vector<std::string> words = renderWords(directory, directory.write("scene.json", kWall));
     words.insert(words.end(), {"--call-limit", "0", "--order", "classic"});
     pid_t worker = 0;
@@ -168,7 +168,7 @@ TEST_P(EndedRender, LeavesTheOldPictureAndNothingElse) {
     EXPECT_EQ(outcome.status, -ending.signals.front());
     EXPECT_EQ(outcome.err, "");
     EXPECT_TRUE(directory.pictureIsUnchanged());
-    EXPECT_EQ(directory.files(), (Files{"old.png", "scene.json"}));
+    EXPECT_EQ(directory.names(), (Files{"old.png", "scene.json"}));
     ASSERT_GT(worker, 0);
     waitFor([&] { return isGone(worker); });
     EXPECT_TRUE(isGone(worker));
@@ -187,7 +187,7 @@ INSTANTIATE_TEST_SUITE_P(All, EndedRender,
 TEST(IgnoredSignal, EndsNothing) {
     for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
         const WorkDirectory directory, markers;
-        const std::string arrived = markers.file("arrived");
+        const std::string arrived = markers / "arrived";
         std::vector<std::string> words = renderWords(directory, directory.write("scene.json", kWall));
         words.insert(words.end(), {"--call-limit", "1"});
         const Outcome outcome = runProgram(
@@ -209,23 +209,23 @@ TEST(IgnoredSignal, EndsNothing) {
 TEST(InterruptedCheck, LeavesNoFile) {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
         const WorkDirectory directory, temporary;
-        const auto isBegun = [&] { return temporary.files().size() > 1; }; // besides the existing picture
+        const auto isBegun = [&] { return temporary.names().size() > 1; }; // besides the existing picture
         const Outcome outcome = runProgram(
             directory, {"check", VELM_MODULE_FILE, "--level", "1"},
-            [&] { setenv("TMPDIR", temporary.file("").c_str(), 1); },
+            [&] { setenv("TMPDIR", temporary.path().c_str(), 1); },
             [&](pid_t process) {
                 waitFor(isBegun);
                 kill(process, signal);
             });
         EXPECT_EQ(outcome.status, -signal);
-        EXPECT_EQ(temporary.files(), Files{"old.png"});
+        EXPECT_EQ(temporary.names(), Files{"old.png"});
     }
 }
 
 // Only the worker is killed, as the system does when memory runs out.
 TEST(KilledWorker, IsReportedWithItsCall) {
     const WorkDirectory directory, markers;
-    const std::string arrived = markers.file("arrived");
+    const std::string arrived = markers / "arrived";
     const Outcome outcome = runProgram(
         directory, renderWords(directory, directory.write("scene.json", kWall)),
         [&] {
@@ -251,7 +251,7 @@ TEST(Leftover, OfAKilledProcessIsIgnored) {
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_TRUE(directory.read("old.png").starts_with("\x89PNG"));
     EXPECT_EQ(directory.read("old.png.aB3xYz"), "half a pict");
-    EXPECT_EQ(directory.files(), (Files{"old.png", "old.png.aB3xYz", "scene.json"}));
+    EXPECT_EQ(directory.names(), (Files{"old.png", "old.png.aB3xYz", "scene.json"}));
 }
 
 // ---- Unreadable meshes ----
@@ -273,9 +273,9 @@ TEST_P(UnreadableMesh, IsNamedAndLeavesTheOldPicture) {
         "surfaces": {"Wall": {}},
         "objects": {"Wall": {"mesh": {"file": "wall.ply"}, "surface": "Wall"}}
     })");
-    GetParam().make(directory.file("wall.ply"));
+    GetParam().make(directory / "wall.ply");
     if (GetParam().name == std::string("Unpermitted") && geteuid() == 0) GTEST_SKIP() << "root may read every file";
-    const Files before = directory.files();
+    const Files before = directory.names();
     const Outcome outcome = runProgram(directory, renderWords(directory, scene));
     EXPECT_EQ(outcome.status, kExitInput) << outcome.err;
     EXPECT_TRUE(outcome.err.starts_with("velm: ")) << outcome.err;
@@ -284,7 +284,7 @@ TEST_P(UnreadableMesh, IsNamedAndLeavesTheOldPicture) {
     ASSERT_NE(named, std::string::npos) << outcome.err;
     EXPECT_NE(outcome.err.find(GetParam().message), std::string::npos) << outcome.err;
     EXPECT_TRUE(directory.pictureIsUnchanged());
-    EXPECT_EQ(directory.files(), before);
+    EXPECT_EQ(directory.names(), before);
 }
 
 constexpr const char *kHeader = "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"

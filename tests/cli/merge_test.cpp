@@ -2,6 +2,7 @@
 #include "host/image/picture_parts.h"
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +28,7 @@ constexpr const char *kNoise = R"({
 
 class Merge : public testing::Test {
   protected:
-    std::string file(const std::string &name) const { return directory_.file(name); }
+    std::string file(const std::string &name) const { return directory_ / name; }
 
     test::Outcome render(const std::string &output, std::vector<std::string> more) const {
         std::vector<std::string> words{"render", scene_, "-o", file(output), "--quiet"};

@@ -6,6 +6,7 @@
 #include "tests/cli/command.h"
 #include "tests/files/test_files.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
@@ -25,9 +26,9 @@ class PackTest : public ::testing::Test {
             << "the package assimp-testmodels is not installed; ./run test does that";
     }
     std::string pack(const std::string &scene, const std::string &object, const std::string &name) const {
-        const test::Outcome outcome = velm({"pack", scene, object, "-o", directory_.file(name)});
+        const test::Outcome outcome = velm({"pack", scene, object, "-o", directory_ / name});
         EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
-        return directory_.file(name);
+        return directory_ / name;
     }
     std::string unpack(const std::string &object, const std::string &name) const {
         const test::Outcome outcome = velm({"unpack", object});
@@ -79,7 +80,7 @@ constexpr const char *kView = R"(, "render": {"width": 8, "height": 8},
 
 // Renders a scene and returns the pixel in the middle, in linear light. Stores the warnings in `warnings`, unless null.
 std::array<float, 3> rendered(const TemporaryDirectory &directory, const std::string &scene, std::string *warnings) {
-    const std::string file = directory.write("scene.json", scene), picture = directory.file("picture.exr");
+    const std::string file = directory.write("scene.json", scene), picture = directory / "picture.exr";
     const test::Outcome outcome = velm({"render", file, "-o", picture, "--quiet"});
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
     if (warnings) *warnings = outcome.err;
@@ -115,10 +116,9 @@ TEST_F(PackTest, AMissingNodeIsReportedAndIsAnErrorWhenStrict) {
     EXPECT_EQ(rendered(directory_, scene, &warnings), (std::array<float, 3>{1, 0, 1}));
     EXPECT_NE(warnings.find("surface \"Skin\", node \"Rain\": there is no node \"Weather\" here"), std::string::npos)
         << warnings;
-    const test::Outcome strict =
-        velm({"render", directory_.file("scene.json"), "-o", directory_.file("no.exr"), "--strict"});
+    const test::Outcome strict = velm({"render", directory_ / "scene.json", "-o", directory_ / "no.exr", "--strict"});
     EXPECT_EQ(strict.status, kExitInput);
-    EXPECT_FALSE(std::filesystem::exists(directory_.file("no.exr")));
+    EXPECT_FALSE(std::filesystem::exists(directory_ / "no.exr"));
     const test::Outcome unpacked = velm({"unpack", kGradient, "--strict"});
     EXPECT_EQ(unpacked.status, kExitInput);
     EXPECT_EQ(unpacked.out, "");
@@ -126,24 +126,24 @@ TEST_F(PackTest, AMissingNodeIsReportedAndIsAnErrorWhenStrict) {
 }
 
 TEST_F(PackTest, ErrorsSayWhatIsWrongWithAFile) {
-    const test::Outcome none = velm({"unpack", directory_.file("none.lwo")});
+    const test::Outcome none = velm({"unpack", directory_ / "none.lwo"});
     EXPECT_EQ(none.status, kExitInput);
     const test::Outcome old = velm({"unpack", "/usr/share/assimp/models/LWO/LWOB/ConcavePolygon.lwo"});
     EXPECT_EQ(old.status, kExitInput);
     EXPECT_NE(old.err.find("only LWO2 is read"), std::string::npos) << old.err;
     const std::string scene =
         directory_.write("bad.json", R"({"surfaces": {"A": {"nodes": {"B": {"server": "Nothing"}}}}})");
-    EXPECT_EQ(velm({"pack", scene, kCube, "-o", directory_.file("bad.lwo")}).status, kExitInput);
-    EXPECT_FALSE(std::filesystem::exists(directory_.file("bad.lwo")));
+    EXPECT_EQ(velm({"pack", scene, kCube, "-o", directory_ / "bad.lwo"}).status, kExitInput);
+    EXPECT_FALSE(std::filesystem::exists(directory_ / "bad.lwo"));
     const std::string good = directory_.write("good.json", glow(""));
-    EXPECT_EQ(velm({"pack", good, kCube, "-o", directory_.file("no/such/directory.lwo")}).status, kExitMachine);
+    EXPECT_EQ(velm({"pack", good, kCube, "-o", directory_ / "no/such/directory.lwo"}).status, kExitMachine);
 }
 
 TEST_F(PackTest, NeitherReplacesItsInputByAnotherKindOfFile) {
-    const std::string object = directory_.file("cube.lwo"), scene = directory_.write("a.json", "{\"surfaces\": {}}");
+    const std::string object = directory_ / "cube.lwo", scene = directory_.write("a.json", "{\"surfaces\": {}}");
     std::filesystem::copy_file(kCube, object);
     const std::string before = readFile(object);
-    EXPECT_EQ(velm({"unpack", object, "-o", directory_.file("./cube.lwo")}).status, kExitUsage);
+    EXPECT_EQ(velm({"unpack", object, "-o", directory_ / "./cube.lwo"}).status, kExitUsage);
     EXPECT_EQ(readFile(object), before);
     const test::Outcome packed = velm({"pack", scene, object, "-o", scene});
     EXPECT_EQ(packed.status, kExitUsage);

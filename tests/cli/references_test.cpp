@@ -3,6 +3,7 @@
 #include "tests/cli/command.h"
 #include "tests/cli/example_names.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -52,7 +53,7 @@ TEST_P(Reference, LooksAsBefore) {
         GTEST_SKIP() << "renewed " << referenceOf(GetParam());
     }
     const test::TemporaryDirectory directory;
-    const std::string file = directory.file(GetParam() + ".png");
+    const std::string file = directory / (GetParam() + ".png");
     const test::Outcome rendered = render(GetParam(), file);
     ASSERT_EQ(rendered.status, kExitDone) << rendered.err;
     std::vector<std::string> words = {"compare", referenceOf(GetParam()), file};

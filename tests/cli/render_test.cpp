@@ -3,6 +3,7 @@
 
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <algorithm>
 #include <csignal>
@@ -58,7 +59,7 @@ std::vector<std::string> filesIn(const fs::path &directory) {
 
 TEST(Render, WritesPngWithTheKnownColour) {
     const TemporaryDirectory directory;
-    const std::string scene = directory.write("wall.json", kGlowingWall), file = directory.file("new/wall.png");
+    const std::string scene = directory.write("wall.json", kGlowingWall), file = directory / "new/wall.png";
     const test::Outcome outcome = test::velm({"render", scene, "-o", file});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(outcome.out, "");
@@ -70,19 +71,19 @@ TEST(Render, WritesPngWithTheKnownColour) {
     EXPECT_NEAR(colour[0], 0.25F, kEightBits);
     EXPECT_NEAR(colour[1], 0.5F, kEightBits);
     EXPECT_NEAR(colour[2], 1.0F, kEightBits);
-    EXPECT_EQ(filesIn(directory.file("new")), (std::vector<std::string>{"wall.png"}));
+    EXPECT_EQ(filesIn(directory / "new"), (std::vector<std::string>{"wall.png"}));
 }
 
 TEST(Render, WritesExrWithTheExactColour) {
     const TemporaryDirectory directory;
-    const std::string file = directory.file("wall.exr");
+    const std::string file = directory / "wall.exr";
     ASSERT_EQ(test::velm({"render", directory.write("wall.json", kGlowingWall), "-o", file}).status, kExitDone);
     EXPECT_EQ(middleOf(file), (std::array<float, 3>{0.25F, 0.5F, 1.0F}));
 }
 
 TEST(Render, TakesSizeAndRegionFromTheCommandLine) {
     const TemporaryDirectory directory;
-    const std::string file = directory.file("wall.hdr"); // an EXR file would have the region alone
+    const std::string file = directory / "wall.hdr"; // an EXR file would have the region alone
     const test::Outcome outcome = test::velm({"render", directory.write("wall.json", kGlowingWall), "-o", file,
                                               "--size", "10x4", "--region", "0,0,5,4", "--quiet", "--samples", "2"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
@@ -99,7 +100,7 @@ TEST(Render, TakesSizeAndRegionFromTheCommandLine) {
 TEST(Render, PrintsProgressInFewLinesAndStatisticsOnRequest) {
     const TemporaryDirectory directory;
     const test::Outcome outcome = test::velm({"render", directory.write("wall.json", kGlowingWall), "-o",
-                                              directory.file("wall.png"), "--stats", "--threads", "1"});
+                                              directory / "wall.png", "--stats", "--threads", "1"});
     EXPECT_NE(outcome.err.find("frame 1: 100 %\n"), std::string::npos) << outcome.err;
     EXPECT_NE(outcome.err.find("wall.png, 8 x 6, in 0:00\n"), std::string::npos) << outcome.err;
     EXPECT_NE(outcome.out.find("camera rays                      48 "), std::string::npos) << outcome.out;
@@ -111,18 +112,18 @@ TEST(Render, PrintsProgressInFewLinesAndStatisticsOnRequest) {
 TEST(Render, AnimatesSettingsOverFrames) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("grow.json", kGrowingWall);
-    ASSERT_EQ(test::velm({"render", scene, "-o", directory.file("g##.exr")}).status, kExitDone);
+    ASSERT_EQ(test::velm({"render", scene, "-o", directory / "g##.exr"}).status, kExitDone);
     EXPECT_EQ(filesIn(directory.path()), (std::vector<std::string>{"g00.exr", "g01.exr", "g02.exr", "grow.json"}));
-    EXPECT_NEAR(middleOf(directory.file("g00.exr"))[0], 0, 1e-6);
-    EXPECT_NEAR(middleOf(directory.file("g01.exr"))[0], 0.5, 1e-6);
-    EXPECT_NEAR(middleOf(directory.file("g02.exr"))[0], 1, 1e-6);
+    EXPECT_NEAR(middleOf(directory / "g00.exr")[0], 0, 1e-6);
+    EXPECT_NEAR(middleOf(directory / "g01.exr")[0], 0.5, 1e-6);
+    EXPECT_NEAR(middleOf(directory / "g02.exr")[0], 1, 1e-6);
 }
 
 TEST(Render, NumbersTheRequestedFrames) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("grow.json", kGrowingWall);
-    ASSERT_EQ(test::velm({"render", scene, "-o", directory.file("g.exr"), "--frames", "1-2"}).status, kExitDone);
-    ASSERT_EQ(test::velm({"render", scene, "-o", directory.file("one.exr"), "--frames", "1"}).status, kExitDone);
+    ASSERT_EQ(test::velm({"render", scene, "-o", directory / "g.exr", "--frames", "1-2"}).status, kExitDone);
+    ASSERT_EQ(test::velm({"render", scene, "-o", directory / "one.exr", "--frames", "1"}).status, kExitDone);
     EXPECT_EQ(filesIn(directory.path()),
               (std::vector<std::string>{"g_0001.exr", "g_0002.exr", "grow.json", "one.exr"}));
 }
@@ -148,7 +149,7 @@ TEST(Render, AppliesSettingsThatDependOnLaterOnes) {
         },
         "objects": {"Wall": {"box": {"size": [20, 20, 1]}, "surface": "Glow"}}
     })");
-    const std::string file = directory.file("shared.exr");
+    const std::string file = directory / "shared.exr";
     const test::Outcome outcome = test::velm({"render", scene, "-o", file});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(middleOf(file), (std::array<float, 3>{1.0F, 0.5F, 0.125F}));
@@ -168,10 +169,10 @@ TEST(Render, ProvidesNodesWithTheScenesFramesWhateverFramesAreRendered) {
         "objects": {"Wall": {"box": {"size": [20, 20, 1]}, "surface": "Glow"}}
     })");
     const test::Outcome outcome =
-        test::velm({"render", scene, "-o", directory.file("#.exr"), "--frames", "2-3", "--threads", "2"});
+        test::velm({"render", scene, "-o", directory / "#.exr", "--frames", "2-3", "--threads", "2"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
-    EXPECT_EQ(middleOf(directory.file("2.exr")), (std::array<float, 3>{9.0F, 2.0F, 5.0F}));
-    EXPECT_EQ(middleOf(directory.file("3.exr")), (std::array<float, 3>{9.0F, 3.0F, 5.0F}));
+    EXPECT_EQ(middleOf(directory / "2.exr"), (std::array<float, 3>{9.0F, 2.0F, 5.0F}));
+    EXPECT_EQ(middleOf(directory / "3.exr"), (std::array<float, 3>{9.0F, 3.0F, 5.0F}));
 }
 
 struct Wrong {
@@ -196,7 +197,7 @@ TEST_P(WrongRender, EndsWithItsStatusAndWritesNoFile) {
     const std::string scene = directory.write("scene.json", wrong.scene);
     std::vector<std::string> words{"render", scene};
     words.insert(words.end(), wrong.words.begin(), wrong.words.end());
-    if (std::ranges::find(words, "-o") == words.end()) words.insert(words.end(), {"-o", directory.file("result.png")});
+    if (std::ranges::find(words, "-o") == words.end()) words.insert(words.end(), {"-o", directory / "result.png"});
     const test::Outcome outcome = test::velm(words);
     EXPECT_EQ(outcome.status, wrong.status) << outcome.err;
     std::string message = wrong.message;
@@ -258,13 +259,13 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(Render, ReplacesOnlyRegularFiles) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("wall.json", kGrowingWall);
-    ASSERT_EQ(mkfifo(directory.file("a_0001.png").c_str(), 0600), 0);
-    const test::Outcome outcome = test::velm({"render", scene, "-o", directory.file("a.png")});
+    ASSERT_EQ(mkfifo((directory / "a_0001.png").c_str(), 0600), 0);
+    const test::Outcome outcome = test::velm({"render", scene, "-o", directory / "a.png"});
     EXPECT_EQ(outcome.status, kExitUsage);
     EXPECT_EQ(outcome.err,
-              "velm: cannot write \"" + directory.file("a_0001.png") + "\": it is a pipe (see velm --help)\n");
+              "velm: cannot write \"" + (directory / "a_0001.png") + "\": it is a pipe (see velm --help)\n");
     EXPECT_EQ(filesIn(directory.path()), (std::vector<std::string>{"a_0001.png", "wall.json"}));
-    EXPECT_TRUE(fs::is_fifo(directory.file("a_0001.png")));
+    EXPECT_TRUE(fs::is_fifo(directory / "a_0001.png"));
 }
 
 // A picture must not replace an image of the scene, as it would if the scene and its image had the same name: pictures
@@ -274,9 +275,9 @@ TEST(Render, ReplacesNoImageThatItReads) {
     std::string text = kGlowingWall;
     text.insert(text.find('{') + 1, R"("images": {"Sky": {"file": "wall.png"}},)");
     const std::string scene = directory.write("wall.json", text), file = directory.write("wall.png", "the image");
-    const std::string link = directory.file("link.png");
+    const std::string link = directory / "link.png";
     fs::create_symlink("wall.png", link);
-    for (const std::string &output : {file, link, directory.file("./wall.png")}) {
+    for (const std::string &output : {file, link, directory / "./wall.png"}) {
         const test::Outcome outcome = test::velm({"render", scene, "-o", output});
         EXPECT_EQ(outcome.status, kExitUsage);
         EXPECT_EQ(outcome.err,
@@ -347,7 +348,7 @@ TEST(Render, AnInterruptLeavesNoPicture) {
     InterruptingBuffer buffer;
     std::ostream errors(&buffer);
     const test::Outcome outcome =
-        test::velm({"render", scene, "-o", directory.file("wall.png"), "--size", "200x200"}, true, &errors);
+        test::velm({"render", scene, "-o", directory / "wall.png", "--size", "200x200"}, true, &errors);
     EXPECT_EQ(outcome.status, kExitInterrupted);
     EXPECT_TRUE(buffer.str().ends_with("is not written\n")) << buffer.str();
     EXPECT_EQ(filesIn(directory.path()), (std::vector<std::string>{"wall.json"}));

@@ -3,6 +3,7 @@
 #include "tests/cli/command.h"
 #include "tests/cli/example_names.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <filesystem>
 #include <fstream>
@@ -88,15 +89,15 @@ class SameBytes : public testing::TestWithParam<Scene> {
   protected:
     // The pictures have the same names every time, since their headers contain the command line.
     std::vector<std::string> words(const char *ending, const char *frames = "1-2", const char *threads = "1") const {
-        return {"render",   scene_,  "-o",        directory_.file(std::string("#") + ending),
+        return {"render",   scene_,  "-o",        directory_ / (std::string("#") + ending),
                 "--size",   "80x45", "--samples", "2",
                 "--frames", frames,  "--threads", threads,
                 "--quiet"};
     }
     // Returns the bytes of the two frames, one after the other, and removes their files.
     std::string takeFrames(const char *ending) const {
-        const fs::path first = directory_.file(std::string("1") + ending);
-        const fs::path second = directory_.file(std::string("2") + ending);
+        const fs::path first = directory_ / (std::string("1") + ending);
+        const fs::path second = directory_ / (std::string("2") + ending);
         const std::string one = bytesOf(first), two = bytesOf(second);
         EXPECT_FALSE(one.empty());
         EXPECT_NE(one, two) << "the frames use no random numbers";
@@ -154,7 +155,7 @@ class SameBytesOfExample : public testing::TestWithParam<std::string> {};
 
 TEST_P(SameBytesOfExample, WithAnyNumberOfWorkers) {
     const TemporaryDirectory directory;
-    const std::string file = directory.file("a.exr");
+    const std::string file = directory / "a.exr";
     std::string one;
     for (const char *threads : {"1", "2", "3", "16", "32"}) {
         const test::Outcome outcome =

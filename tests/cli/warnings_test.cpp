@@ -3,6 +3,7 @@
 
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <array>
 #include <gtest/gtest.h>
@@ -48,7 +49,7 @@ class AbsentImage : public testing::TestWithParam<AbsentCase> {};
 TEST_P(AbsentImage, IsReportedAtOnceAndAtTheEndAndLeftOut) {
     const TemporaryDirectory directory;
     if (!GetParam().contents.empty()) directory.write("wood.hdr", GetParam().contents);
-    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory.file("a.exr");
+    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory / "a.exr";
     const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--quiet", "--threads", "1"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(outcome.out, "");
@@ -67,7 +68,7 @@ TEST_P(AbsentImage, IsReportedAtOnceAndAtTheEndAndLeftOut) {
 TEST_P(AbsentImage, IsAnErrorWithoutAPictureWhenStrict) {
     const TemporaryDirectory directory;
     if (!GetParam().contents.empty()) directory.write("wood.hdr", GetParam().contents);
-    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory.file("a.exr");
+    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory / "a.exr";
     const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--strict"});
     EXPECT_EQ(outcome.status, kExitInput);
     EXPECT_TRUE(outcome.err.starts_with("velm: " + scene + ":3: images.Wood.file: ")) << outcome.err;
@@ -88,7 +89,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(StrictRender, OfAGoodSceneIsTheSame) {
     const TemporaryDirectory directory;
     directory.write("wood.hdr", test::redHdr("-Y 1 +X 1"));
-    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory.file("a.exr");
+    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory / "a.exr";
     const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--quiet", "--strict"});
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(outcome.err, "");
@@ -103,7 +104,7 @@ constexpr const char *kMeshScene = R"({"render": {"width": 4, "height": 4}, "cam
 TEST(ReadLimitOptions, EndTheReadingOfAMeshWithAnError) {
     const TemporaryDirectory directory;
     const std::string mesh = directory.write("a.ply", "ply\nformat ascii 1.0\nelement 100000000 1\nend_header\n0\n");
-    const std::string scene = directory.write("scene.json", kMeshScene), file = directory.file("a.exr");
+    const std::string scene = directory.write("scene.json", kMeshScene), file = directory / "a.exr";
     const test::Outcome outcome = test::velm({"render", scene, "-o", file, "--read-time", "0.25", "--quiet"});
     EXPECT_EQ(outcome.status, kExitInput);
     EXPECT_EQ(outcome.err, "velm: " + scene + ":3: object \"M\": " + mesh +
@@ -115,7 +116,7 @@ TEST(ReadLimitOptions, EndTheReadingOfAMeshWithAnError) {
 TEST(ReadLimitOptions, HoldForImages) {
     const TemporaryDirectory directory;
     const std::string image = directory.write("wood.hdr", test::redHdr("-Y 2000 +X 2000"));
-    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory.file("a.exr");
+    const std::string scene = directory.write("scene.json", wallWith("wood.hdr")), file = directory / "a.exr";
     const std::string why = image + ": cannot read the image: its size of 2000 by 2000 pixels with 3 channels needs "
                                     "more than 16 MiB of memory (see --read-memory)";
     const std::vector<std::string> words = {"render", scene, "-o", file, "--read-memory", "16", "--quiet"};
@@ -151,26 +152,26 @@ constexpr const char *kCircle = R"({
 TEST(CircularEvaluation, IsReportedOnceAndSummarised) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("scene.json", kCircle);
-    const test::Outcome outcome = test::velm({"render", scene, "-o", directory.file("#.exr"), "--quiet"});
+    const test::Outcome outcome = test::velm({"render", scene, "-o", directory / "#.exr", "--quiet"});
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(outcome.err,
               "velm: warning: " + scene +
                   ": nodes evaluate each other in a circle, perhaps through a material store; the inputs at "
                   "which it was cut count as unconnected\n"
                   "velm: 1 warning: nodes that evaluate each other in a circle\n");
-    EXPECT_TRUE(std::filesystem::exists(directory.file("2.exr")));
+    EXPECT_TRUE(std::filesystem::exists(directory / "2.exr"));
 }
 
 TEST(CircularEvaluation, IsAnErrorWhenStrict) {
     const TemporaryDirectory directory;
     const std::string scene = directory.write("scene.json", kCircle);
-    const test::Outcome outcome = test::velm({"render", scene, "-o", directory.file("#.exr"), "--quiet", "--strict"});
+    const test::Outcome outcome = test::velm({"render", scene, "-o", directory / "#.exr", "--quiet", "--strict"});
     EXPECT_EQ(outcome.status, kExitInput) << outcome.err;
     EXPECT_TRUE(outcome.err.starts_with("velm: " + scene + ": nodes evaluate each other in a circle")) << outcome.err;
-    EXPECT_FALSE(std::filesystem::exists(directory.file("1.exr")));
+    EXPECT_FALSE(std::filesystem::exists(directory / "1.exr"));
     // The next render is not affected.
     const std::string good = directory.write("good.json", wallWith("none.hdr"));
-    EXPECT_EQ(test::velm({"render", good, "-o", directory.file("a.exr")}).err.find("circle"), std::string::npos);
+    EXPECT_EQ(test::velm({"render", good, "-o", directory / "a.exr"}).err.find("circle"), std::string::npos);
 }
 
 } // namespace

@@ -25,9 +25,8 @@ class DistinctValue : public ::testing::Test {
   protected:
     DistinctValue() {
         for (const char *name : {"module", "examples"})
-            std::filesystem::create_directory_symlink(std::filesystem::path(VELM_SOURCE_DIR) / name,
-                                                      directory_.file(name));
-        const std::string command = "cd '" + directory_.file("") + "' && " + commandOfTheReadme();
+            std::filesystem::create_directory_symlink(std::filesystem::path(VELM_SOURCE_DIR) / name, directory_ / name);
+        const std::string command = "cd '" + directory_.path().string() + "' && " + commandOfTheReadme();
         EXPECT_EQ(std::system(command.c_str()), 0) << command;
         module_ = Module::open(file());
         serverList().add(module_->servers(), file());
@@ -38,7 +37,7 @@ class DistinctValue : public ::testing::Test {
         serverList().remove(file());
     }
 
-    std::string file() const { return directory_.file("distinct_value.p"); }
+    std::string file() const { return directory_ / "distinct_value.p"; }
     HostNode &addNode() { return surface_->network().addNode(serverList().get("Example Distinct Value")); }
     // What arrives at an input of the surface that the node is connected to.
     double valueOf(HostNode &node) {

@@ -70,7 +70,7 @@ TEST(FirstNodePage, ItsSceneShadesTheBallByTheNode) {
     const Outcome outcome = runProgram(directory, {"--module", VELM_FIRST_NODE, "render", scene, "-o", "edge.exr",
                                                    "--strict", "--quiet", "--threads", "1"});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
-    const FilePixels picture = readFilePixels(directory.file("edge.exr"));
+    const FilePixels picture = readFilePixels(directory / "edge.exr");
     ASSERT_EQ(picture.width, 128);
     EXPECT_EQ(*picture.pixel(64, 64), 1) << "the middle faces the camera";
     std::set<float> greys;

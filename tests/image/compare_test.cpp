@@ -2,7 +2,7 @@
 #include "host/base/error.h"
 #include "host/image/compare.h"
 #include "tests/image/image_files.h"
-#include "tests/image/temporary_directory.h"
+#include "tests/temporary_directory.h"
 
 #include <OpenImageIO/imagebufalgo.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Parts of pictures: their files, and putting them together.
 #include "host/base/error.h"
 #include "host/image/picture_parts.h"
-#include "tests/image/temporary_directory.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "host/base/error.h"
 #include "host/image/image.h"
 #include "host/image/picture.h"
-#include "tests/image/temporary_directory.h"
+#include "tests/temporary_directory.h"
 
 #include <OpenImageIO/imageio.h>
 #include <gtest/gtest.h>

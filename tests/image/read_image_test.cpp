@@ -3,7 +3,7 @@
 #include "host/image/file_pixels.h"
 #include "host/image/image.h"
 #include "tests/image/image_files.h"
-#include "tests/image/temporary_directory.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

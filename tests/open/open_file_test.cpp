@@ -4,6 +4,7 @@
 #include "host/session/session.h"
 #include "tests/files/test_files.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -57,7 +58,7 @@ TEST_F(OpenFile, TellsTheKindByTheNameWhereTheContentsDoNot) {
 TEST_F(OpenFile, ListsWhatIsReadWhereItRefuses) {
     for (const auto &[name, text] : {std::pair{"shot.lws", "LWSC\n5\n"}, {"notes.txt", "to do"}, {"empty", ""}}) {
         const std::string why = refusalOf(directory_.write(name, text));
-        EXPECT_TRUE(why.starts_with(directory_.file(name) + ": ")) << why;
+        EXPECT_TRUE(why.starts_with((directory_ / name) + ": ")) << why;
         for (const char *kind : {"scene (JSON)", "LWO", "glTF", "OBJ"})
             EXPECT_NE(why.find(kind), std::string::npos) << why;
     }
@@ -82,7 +83,7 @@ TEST_F(OpenFile, AddsToAMeshWhatItDoesNotBring) {
     EXPECT_NE(scene.backdrop.colour, Double3{});
     Warnings warnings(Warnings::Policy::strict);
     EXPECT_EQ(Session(scene, warnings).renderScene().triangleCount(), 3U);
-    const OpenedFile opened = openFile({.file = directory_.file("sail.obj")});
+    const OpenedFile opened = openFile({.file = directory_ / "sail.obj"});
     EXPECT_EQ(additionsText(opened, scene),
               "a camera (three-quarter view), lights (studio), a ground, a backdrop, a neutral surface");
 }
@@ -154,7 +155,7 @@ TEST_F(OpenFile, ReplacesValuesInTheSceneThatAFileBecomes) {
     EXPECT_EQ(scene.objects[0].transform.position[1], 7);
     EXPECT_GT(scene.cameras[0].position[1], 7);
     const std::vector<SceneOverride> wrong = {parseOverride("objects.Sale.position=[0,7,0]")};
-    EXPECT_THROW(openFile({.file = directory_.file("sail.obj"), .overrides = wrong}), InputError);
+    EXPECT_THROW(openFile({.file = directory_ / "sail.obj", .overrides = wrong}), InputError);
 }
 
 TEST_F(OpenFile, WarnsOfWhatAFileHasAndIsNotRead) {
@@ -195,7 +196,7 @@ TEST_F(OpenFile, HandsTheMeshesOver) {
     MeshCache meshes;
     Warnings warnings(Warnings::Policy::strict);
     const SceneDescription scene = completeFile(opened, meshes, warnings);
-    std::filesystem::remove(directory_.file("sail.obj"));
+    std::filesystem::remove(directory_ / "sail.obj");
     EXPECT_NO_THROW(Session(scene, warnings, &meshes)) << "the file is not read again";
     EXPECT_THROW(Session(scene, warnings, &meshes), InputError) << "the mesh was taken";
 }

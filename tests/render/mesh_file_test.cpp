@@ -1,8 +1,8 @@
 // Meshes from files: axes, polygons, materials, maps and errors.
 #include "host/base/error.h"
 #include "host/render/geometry/mesh.h"
-#include "tests/image/temporary_directory.h"
 #include "tests/render/test_scene.h"
+#include "tests/temporary_directory.h"
 
 #include <algorithm>
 #include <fstream>

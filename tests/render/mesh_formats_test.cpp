@@ -2,7 +2,7 @@
 #include "host/base/error.h"
 #include "host/io/reader_process.h"
 #include "host/render/geometry/mesh_formats.h"
-#include "tests/image/temporary_directory.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 

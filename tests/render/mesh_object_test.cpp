@@ -2,9 +2,9 @@
 #include "host/base/error.h"
 #include "host/render/geometry/bounds.h"
 #include "host/render/geometry/mesh_formats.h"
-#include "tests/image/temporary_directory.h"
 #include "tests/object/object_bytes.h"
 #include "tests/render/test_scene.h"
+#include "tests/temporary_directory.h"
 
 #include <algorithm>
 #include <map>

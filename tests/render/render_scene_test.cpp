@@ -1,8 +1,8 @@
 // Render scenes from descriptions, and their errors.
 #include "host/base/error.h"
 #include "host/render/geometry/item.h"
-#include "tests/image/temporary_directory.h"
 #include "tests/render/test_scene.h"
+#include "tests/temporary_directory.h"
 
 namespace velm::host::test {
 namespace {

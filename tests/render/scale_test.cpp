@@ -1,7 +1,7 @@
 // A scene looks the same at any size and, nearly, at any distance from the origin: rounding errors cause no hits.
 #include "host/render/geometry/transform.h"
-#include "tests/image/temporary_directory.h"
 #include "tests/render/test_scene.h"
+#include "tests/temporary_directory.h"
 
 #include <fstream>
 #include <random>

@@ -2,9 +2,9 @@
 #include "host/base/error.h"
 #include "host/render/geometry/item.h"
 #include "host/render/geometry/mesh.h"
-#include "tests/image/temporary_directory.h"
 #include "tests/render/service_table.h"
 #include "tests/render/test_scene.h"
+#include "tests/temporary_directory.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // Changes of a prepared scene: the pictures of a scene that is built anew, with only the work that a change needs.
 #include "host/base/error.h"
 #include "host/render/scene/render_scene_data.h"
-#include "tests/image/temporary_directory.h"
 #include "tests/render/test_scene.h"
+#include "tests/temporary_directory.h"
 
 #include <filesystem>
 

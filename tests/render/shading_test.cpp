@@ -1,6 +1,6 @@
 // Light on surfaces, against closed forms.
-#include "tests/image/temporary_directory.h"
 #include "tests/render/test_scene.h"
+#include "tests/temporary_directory.h"
 
 #include <vector>
 

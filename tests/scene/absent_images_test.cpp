@@ -6,6 +6,7 @@
 #include "host/panel/settings.h"
 #include "host/services/backdrop.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +38,7 @@ Built build(const test::TemporaryDirectory &directory, const std::string &images
     Warnings collected(policy, [&](const Warning &warning) { result.warnings.push_back(warning.text()); });
     try {
         const SceneDescription scene =
-            readSceneText(sceneWith(images), directory.file("scene.json"), {.directories = {"/nowhere/at all"}});
+            readSceneText(sceneWith(images), directory / "scene.json", {.directories = {"/nowhere/at all"}});
         SceneSurfaces built(scene, serverList(), &collected);
         result.images = ImageList::instance().names();
         built.init(kInitRender);
@@ -59,7 +60,7 @@ Built build(const test::TemporaryDirectory &directory, const std::string &images
 void expectDoneWithout(const Built &result, const test::TemporaryDirectory &directory, const std::string &file,
                        const std::string &firstWarning) {
     EXPECT_EQ(result.error, "");
-    const std::string scene = directory.file("scene.json"), absent = "the image \"Sky\" (" + file + ") is absent; ";
+    const std::string scene = directory / "scene.json", absent = "the image \"Sky\" (" + file + ") is absent; ";
     EXPECT_EQ(
         result.warnings,
         (std::vector<std::string>{
@@ -87,7 +88,7 @@ TEST(AbsentImages, DamagedFilesGiveWarnings) {
     const std::string file = directory.write("sky.hdr", test::redHdr("-Y 0 +X 0"));
     const Built result = build(directory, "\"Sky\": {\"file\": \"sky.hdr\"}");
     ASSERT_FALSE(result.warnings.empty()) << result.error;
-    const std::string start = directory.file("scene.json") + ":3: images.Sky.file: ";
+    const std::string start = (directory / "scene.json") + ":3: images.Sky.file: ";
     ASSERT_TRUE(result.warnings[0].starts_with(start + file + ": cannot read the image")) << result.warnings[0];
     expectDoneWithout(result, directory, file, result.warnings[0].substr(start.size()));
 }
@@ -104,7 +105,7 @@ TEST(AbsentImages, LeaveTheOtherImagesLoaded) {
 TEST(AbsentImages, AreErrorsWhenStrict) {
     const test::TemporaryDirectory directory;
     const Built result = build(directory, "\"Sky\": {\"file\": \"sky.exr\"}", Warnings::Policy::strict);
-    EXPECT_EQ(result.error, directory.file("scene.json") +
+    EXPECT_EQ(result.error, (directory / "scene.json") +
                                 ":3: images.Sky.file: there is no file \"sky.exr\"; looked in " +
                                 directory.path().string() + ", /nowhere/at all");
     EXPECT_TRUE(result.warnings.empty());

@@ -1,6 +1,7 @@
 // Surfaces of object files in scenes, and surfaces of scenes in object files; without a module.
 #include "tests/files/test_files.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include "host/graph/node_data.h"
 #include "host/io/files.h"
@@ -30,7 +31,7 @@ std::string unpacked(const ObjectFile &object, std::vector<Warning> *reported = 
 std::string packed(const std::string &scene, std::string object) {
     const TemporaryDirectory directory;
     directory.write("scene.json", scene);
-    const SceneDescription description = readSurfaces(directory.file("scene.json"), {});
+    const SceneDescription description = readSurfaces(directory / "scene.json", {});
     Warnings warnings(Warnings::Policy::goOn);
     const SceneSurfaces built(description, serverList(), &warnings);
     ObjectFile file(object, "object.lwo");
@@ -168,7 +169,7 @@ TEST(ObjectSurfaces, AMeshOfAnObjectFileBringsItsSurfaces) {
     const TemporaryDirectory directory;
     directory.write("small.lwo", smallObject());
     const auto read = [&](const std::string &rest) {
-        return readSceneText(R"({"cameras": {"C": {}}, )" + rest + '}', directory.file("scene.json"), {});
+        return readSceneText(R"({"cameras": {"C": {}}, )" + rest + '}', directory / "scene.json", {});
     };
     const SceneDescription own =
         read(R"("objects": {"A": {"mesh": {"file": "small.lwo"}}, "B": {"mesh": {"file": "small.lwo"}}})");
@@ -197,10 +198,10 @@ TEST(ObjectSurfaces, AMeshOfAnObjectFileBringsItsSurfaces) {
 TEST(ObjectSurfaces, AnObjectsImagesAreFoundByTheirLastNames) {
     const TemporaryDirectory directory;
     directory.write("wall.jpg", "");
-    const std::vector<ImageDescription> images = imagesOf(ObjectFile(smallObject(), directory.file("small.lwo")), {});
+    const std::vector<ImageDescription> images = imagesOf(ObjectFile(smallObject(), directory / "small.lwo"), {});
     ASSERT_EQ(images.size(), 1U);
     EXPECT_EQ(images[0].name, "wall.jpg");
-    EXPECT_EQ(images[0].file, directory.file("wall.jpg"));
+    EXPECT_EQ(images[0].file, directory / "wall.jpg");
     EXPECT_EQ(images[0].notFound, "");
     const std::vector<ImageDescription> absent = imagesOf(ObjectFile(smallObject(), "elsewhere/small.lwo"), {});
     EXPECT_EQ(absent[0].notFound,

@@ -2,6 +2,7 @@
 
 #include "host/base/error.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 

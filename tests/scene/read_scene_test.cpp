@@ -1,4 +1,5 @@
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include "module/host.h"
 
@@ -204,10 +205,9 @@ TEST(ReadScene, FindsFilesBesideTheSceneAndThenAlongThePath) {
     directory.write("data/far.obj", "");
     directory.write("scenes/a.json", R"({"cameras": {"Main": {}}, "surfaces": {"S": {}}, "objects": {
         "Near": {"mesh": {"file": "near.obj"}, "surface": "S"}, "Far": {"mesh": {"file": "far.obj"}, "surface": "S"}}})");
-    const SceneDescription scene =
-        readScene(directory.file("scenes/a.json"), {.directories = {directory.file("data")}});
-    EXPECT_EQ(std::get<MeshFile>(scene.objects[0].shape).file, directory.file("scenes/near.obj"));
-    EXPECT_EQ(std::get<MeshFile>(scene.objects[1].shape).file, directory.file("data/far.obj"));
+    const SceneDescription scene = readScene(directory / "scenes/a.json", {.directories = {directory / "data"}});
+    EXPECT_EQ(std::get<MeshFile>(scene.objects[0].shape).file, directory / "scenes/near.obj");
+    EXPECT_EQ(std::get<MeshFile>(scene.objects[1].shape).file, directory / "data/far.obj");
     EXPECT_EQ(scene.name, "a");
 }
 
@@ -225,7 +225,7 @@ TEST(SearchPath, TakesAbsoluteNamesAsTheyAre) {
     const test::TemporaryDirectory directory;
     const std::string file = directory.write("a.obj", "");
     EXPECT_EQ(findFile(file, "/elsewhere", {}), file);
-    EXPECT_EQ(findFile(directory.file("b.obj"), directory.path().string(), {}), std::nullopt);
+    EXPECT_EQ(findFile(directory / "b.obj", directory.path().string(), {}), std::nullopt);
     EXPECT_EQ(findFile(".", directory.path().string(), {}), std::nullopt) << "a directory is no file";
 }
 

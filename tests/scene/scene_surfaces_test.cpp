@@ -4,6 +4,7 @@
 #include "host/image/image.h"
 #include "host/panel/settings.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
@@ -62,7 +63,7 @@ TEST(BuildScene, PutsImagesIntoTheListAndTakesThemOut) {
         "surfaces": {"Clay": {"nodes": {"Picture": {"server": "Image", "settings": {"Image": "Chart"}}}}}})";
     const test::TemporaryDirectory directory;
     directory.write("chart.hdr", test::redHdr("-Y 1 +X 1"));
-    const SceneDescription scene = readSceneText(text, directory.file("scene.json"), {});
+    const SceneDescription scene = readSceneText(text, directory / "scene.json", {});
     {
         const SceneSurfaces built(scene, serverList());
         EXPECT_NE(ImageList::instance().find("Chart"), nullptr);
@@ -75,12 +76,12 @@ TEST(BuildScene, ReportsABrokenImageWithItsLine) {
     directory.write("chart.png", "no picture");
     const SceneDescription scene =
         readSceneText("{\"cameras\": {\"Main\": {}},\n\"images\": {\n\"Chart\": {\"file\": \"chart.png\"}}}",
-                      directory.file("scene.json"), {});
+                      directory / "scene.json", {});
     try {
         const SceneSurfaces built(scene, serverList());
         FAIL() << "not refused";
     } catch (const InputError &error) {
-        EXPECT_TRUE(std::string(error.what()).starts_with(directory.file("scene.json") + ":3: ")) << error.what();
+        EXPECT_TRUE(std::string(error.what()).starts_with((directory / "scene.json") + ":3: ")) << error.what();
     }
     EXPECT_EQ(ImageList::instance().first(), nullptr);
 }

@@ -28,28 +28,4 @@ inline std::string redHdr(const std::string &size) {
     return "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n" + size + "\n" + pixel;
 }
 
-// A directory that exists during one test.
-class TemporaryDirectory {
-  public:
-    TemporaryDirectory() {
-        std::string name = (std::filesystem::temp_directory_path() / "velm-test-XXXXXX").string();
-        if (!mkdtemp(name.data())) throw std::runtime_error("no temporary directory");
-        path_ = name;
-    }
-    ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
-    TemporaryDirectory(const TemporaryDirectory &) = delete;
-    TemporaryDirectory &operator=(const TemporaryDirectory &) = delete;
-
-    std::string file(const std::string &name) const { return (path_ / name).string(); }
-    std::string write(const std::string &name, const std::string &text) const {
-        std::filesystem::create_directories((path_ / name).parent_path());
-        std::ofstream(path_ / name, std::ios::binary) << text;
-        return file(name);
-    }
-    const std::filesystem::path &path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
-
 } // namespace velm::host::test

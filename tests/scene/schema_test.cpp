@@ -1,6 +1,7 @@
 // The published JSON Schema is that of the reader's tables, and the reader accepts what it describes.
 #include "tests/scene/scene_text.h"
 #include "tests/scene/schema_example.h"
+#include "tests/temporary_directory.h"
 
 #include "host/io/files.h"
 
@@ -20,8 +21,7 @@ TEST(Schema, TheReaderAcceptsEveryKeyAndAlternative) {
     const test::TemporaryDirectory directory;
     directory.write("Name", "");
     const std::vector<std::string> scenes = test::schemaExamples();
-    for (const std::string &text : scenes)
-        EXPECT_NO_THROW(readSceneText(text, directory.file("scene.json"), {})) << text;
+    for (const std::string &text : scenes) EXPECT_NO_THROW(readSceneText(text, directory / "scene.json", {})) << text;
     EXPECT_GE(scenes.size(), 6u) << "keys have six shapes";
 }
 

@@ -2,6 +2,7 @@
 #include "host/scene/format/search_path.h"
 
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
@@ -16,17 +17,17 @@ TEST(SearchPath, PassesOverWhatIsNoFile) {
     const TemporaryDirectory directory;
     const std::string found = directory.write("data/wall.obj", "");
     std::filesystem::create_directories(directory.path() / "scene" / "wall.obj");
-    EXPECT_EQ(findFile("wall.obj", directory.file("scene"), {.directories = {directory.file("data")}}), found);
+    EXPECT_EQ(findFile("wall.obj", directory / "scene", {.directories = {directory / "data"}}), found);
 }
 
 TEST(SearchPath, SaysWhatIsThereInstead) {
     const TemporaryDirectory directory;
-    const std::string scene = directory.file("scene"), data = directory.file("data");
+    const std::string scene = directory / "scene", data = directory / "data";
     std::filesystem::create_directories(directory.path() / "scene");
     std::filesystem::create_directories(directory.path() / "data" / "wall.obj");
     const SearchPath path{.directories = {data}};
     EXPECT_EQ(whyNotFound("wall.obj", scene, path), "cannot read \"" + data + "/wall.obj\": it is a directory");
-    ASSERT_EQ(mkfifo(directory.file("scene/wall.obj").c_str(), 0600), 0);
+    ASSERT_EQ(mkfifo((directory / "scene/wall.obj").c_str(), 0600), 0);
     EXPECT_EQ(whyNotFound("wall.obj", scene, path), "cannot read \"" + scene + "/wall.obj\": it is a pipe");
 }
 

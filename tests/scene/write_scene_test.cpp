@@ -9,6 +9,7 @@
 #include "tests/scene/compare.h"
 #include "tests/scene/scene_text.h"
 #include "tests/scene/schema_example.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
@@ -76,7 +77,7 @@ TEST(WriteScene, KeepsTheInputsOfTheFuzzer) {
 TEST(WriteScene, KeepsEveryKeyOfTheSchema) {
     const TemporaryDirectory directory;
     directory.write("Name", "");
-    for (const std::string &text : schemaExamples()) expectKept(text, directory.file("scene.json"));
+    for (const std::string &text : schemaExamples()) expectKept(text, directory / "scene.json");
 }
 
 TEST(WriteScene, KeepsEveryNumberToTheLastBit) {
@@ -120,19 +121,18 @@ TEST(WriteScene, NamesFilesRelativeToItsDirectory) {
     const SceneDescription scene =
         readSceneText(R"({"cameras": {"Main": {}}, "images": {"A": {"file": "near.hdr"}, "B": {"file": "maps/far.hdr"},
                       "C": {"file": "other.hdr"}, "D": {"file": "absent.hdr", "source": "a shop"}}})",
-                      directory.file("scenes/a.json"), {.directories = {directory.file("data")}});
+                      directory / "scenes/a.json", {.directories = {directory / "data"}});
     const auto names = [&scene](const std::string &where) {
         const auto json = nlohmann::json::parse(writeScene(scene, where));
         std::vector<std::string> all;
         for (const auto &image : json.at("images")) all.push_back(image.at("file"));
         return all;
     };
-    const std::string other = directory.file("data/other.hdr");
-    EXPECT_EQ(names(directory.file("scenes")),
-              (std::vector<std::string>{"near.hdr", "maps/far.hdr", other, "absent.hdr"}));
-    EXPECT_EQ(names(directory.file("./scenes/")), names(directory.file("scenes")));
-    EXPECT_EQ(names(directory.file("scene")),
-              (std::vector<std::string>{directory.file("scenes/near.hdr"), directory.file("scenes/maps/far.hdr"), other,
+    const std::string other = directory / "data/other.hdr";
+    EXPECT_EQ(names(directory / "scenes"), (std::vector<std::string>{"near.hdr", "maps/far.hdr", other, "absent.hdr"}));
+    EXPECT_EQ(names(directory / "./scenes/"), names(directory / "scenes"));
+    EXPECT_EQ(names(directory / "scene"),
+              (std::vector<std::string>{directory / "scenes/near.hdr", directory / "scenes/maps/far.hdr", other,
                                         "absent.hdr"}));
     EXPECT_EQ(names(directory.path().string())[1], "scenes/maps/far.hdr");
 }
@@ -160,13 +160,11 @@ class WriteOwnSurfaces : public testing::Test {
     }
     SceneDescription read(const std::string &rest) const { return readText(withCamera(rest)); }
     SceneDescription readText(const std::string &text) const {
-        return readSceneText(text, directory_.file("scene.json"), {});
+        return readSceneText(text, directory_ / "scene.json", {});
     }
     static std::string withCamera(const std::string &rest) { return R"({"cameras": {"C": {}}, )" + rest + '}'; }
     std::string write(const SceneDescription &scene) const { return writeScene(scene, directory_.path().string()); }
-    void expectKept(const std::string &rest) const {
-        test::expectKept(withCamera(rest), directory_.file("scene.json"));
-    }
+    void expectKept(const std::string &rest) const { test::expectKept(withCamera(rest), directory_ / "scene.json"); }
     std::string refusal(const SceneDescription &scene) const {
         try {
             write(scene);
@@ -236,7 +234,7 @@ TEST_F(WriteOwnSurfaces, GoWithTheLastObjectThatHasThem) {
     const SceneDescription again = readText(write(scene));
     EXPECT_EQ(again.surfaces.size(), 2u);
     EXPECT_EQ(again.objects[0].surfaces[0].surface, "Clay");
-    EXPECT_EQ(again.surfaces[0].saved.file, directory_.file("other.lwo"));
+    EXPECT_EQ(again.surfaces[0].saved.file, directory_ / "other.lwo");
 }
 
 TEST_F(WriteOwnSurfaces, MustKeepTheNamesThatTheSceneUses) {

@@ -3,7 +3,7 @@
 #include "host/image/image.h"
 #include "host/services/backdrop.h"
 #include "tests/image/image_files.h"
-#include "tests/image/temporary_directory.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 

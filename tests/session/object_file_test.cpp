@@ -1,6 +1,6 @@
 // Sessions with LightWave's object files.
-#include "tests/image/temporary_directory.h"
 #include "tests/object/object_bytes.h"
+#include "tests/temporary_directory.h"
 
 #include "host/render/scene/render_scene.h"
 #include "host/session/session.h"

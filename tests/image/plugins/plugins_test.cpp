@@ -2,7 +2,7 @@
 // looks for them once.
 #include "host/image/image.h"
 #include "host/image/picture.h"
-#include "tests/image/temporary_directory.h"
+#include "tests/temporary_directory.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
