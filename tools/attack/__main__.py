@@ -55,7 +55,8 @@ def arguments():
 def work(frame, kinds, options, worker, deadline):
     """Runs all kinds of attack until the deadline: what one worker process does."""
     processes.become_subreaper()
-    resource.setrlimit(resource.RLIMIT_AS, (ADDRESS_SPACE, ADDRESS_SPACE))
+    if not options.sanitized:  # sanitizers map far more than they use
+        resource.setrlimit(resource.RLIMIT_AS, (ADDRESS_SPACE, ADDRESS_SPACE))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     weights = [kind.WEIGHT for kind in kinds]
     for index, kind in enumerate(kinds):
@@ -128,6 +129,11 @@ def main():
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     options = arguments()
     options.velm, options.evil = options.velm.resolve(), options.evil.resolve()
+    options.sanitized = b"__asan_init" in options.velm.read_bytes()
+    if options.sanitized and options.report:
+        sys.exit("attack: --report is for builds without sanitizers")
+    if options.sanitized:
+        os.environ["ASAN_OPTIONS"] = "detect_leaks=0"  # for the commands that make the seeds
     deadline = time.monotonic() + 60 * options.minutes
     kinds = [kind for kind in KINDS if not options.only or kind.KIND in options.only]
     shutil.rmtree(SAVED, ignore_errors=True)
@@ -139,7 +145,7 @@ def main():
     finally:
         shutil.rmtree(scratch, ignore_errors=True)
     tell(failures)
-    print(report.as_text(tallies))
+    print(report.as_text(tallies, options.sanitized))
     if options.report:
         (seeds.ROOT / "docs/attack.md").write_text(report.page(options, tallies), encoding="utf-8")
     return 1 if failures else 0

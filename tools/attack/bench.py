@@ -29,7 +29,18 @@ BARS = {
     "torn": "torn or lost",
     "left": "left behind",
     "process": "processes left",
+    "undefined": "sanitizers' reports",
 }
+BARS_OF_ALL = [bar for bar in BARS if bar != "undefined"]  # that builds without sanitizers can break
+
+# For a build with sanitizers. Reports go to files, since processes that read files have no standard error of their own.
+# Freed memory is reused sooner than by default, to stay within --read-memory.
+SANITIZERS = {
+    "ASAN_OPTIONS": "log_path={reports}/report:detect_leaks=0:quarantine_size_mb=8:allocator_may_return_null=1",
+    "UBSAN_OPTIONS": "log_path={reports}/report:print_stacktrace=1",
+}
+# What a sanitizer reports where other builds throw std::bad_alloc.
+NO_MEMORY = re.compile("out-of-memory|allocation-size-too-big|failed to allocate")
 
 
 @dataclasses.dataclass
@@ -71,6 +82,8 @@ class Bench:
         self.scratch = scratch
         self.work = scratch / "work"  # the current directory of the commands
         self.temporary = scratch / "tmp"  # their TMPDIR
+        self.reports = scratch / "reports"  # where their sanitizers report
+        self.sanitized = options.sanitized
         self.saved = saved
         self.seeds = seeds
         self.tallies = collections.defaultdict(Tally)
@@ -93,7 +106,7 @@ class Bench:
     def begin(self, kind, number):
         """Starts an attack with empty directories."""
         self.kind, self.number = kind, number
-        for directory in (self.work, self.temporary):
+        for directory in (self.work, self.temporary, self.reports):
             shutil.rmtree(directory, ignore_errors=True)
             directory.mkdir(parents=True)
 
@@ -106,8 +119,9 @@ class Bench:
 
     def environment(self, extra=None):
         """The environment of commands."""
+        sanitizers = {key: value.format(reports=self.reports) for key, value in SANITIZERS.items()}
         return {"PATH": os.environ.get("PATH", "/usr/bin:/bin"), "HOME": str(self.temporary), "LC_ALL": "C.UTF-8",
-                "TMPDIR": str(self.temporary), **(extra or {})}
+                "TMPDIR": str(self.temporary), **(sanitizers if self.sanitized else {}), **(extra or {})}
 
     def start(self, words, extra=None, before=None):
         """Starts velm with these words."""
@@ -121,10 +135,20 @@ class Bench:
         left = processes.end_strays(0 if hung else processes.GRACE)
         self.tally.runs += 1
         self.tally.taken += status == 0
-        return processes.Outcome(words=list(words), environment=dict(extra or {}), status=status, hung=hung,
-                                 out=processes.text_of(self.scratch / "out.txt"),
-                                 err=processes.text_of(self.scratch / "err.txt"),
-                                 seconds=time.monotonic() - began, peak=peak, left=[] if hung else left)
+        outcome = processes.Outcome(words=list(words), environment=dict(extra or {}), status=status, hung=hung,
+                                    out=processes.text_of(self.scratch / "out.txt"),
+                                    err=processes.text_of(self.scratch / "err.txt"),
+                                    seconds=time.monotonic() - began, peak=peak, left=[] if hung else left)
+        self.check_reports(outcome)
+        return outcome
+
+    def check_reports(self, outcome):
+        """No sanitizer has reported anything but a lack of memory."""
+        for path in sorted(self.reports.iterdir()):
+            text = processes.text_of(path)
+            path.unlink()
+            if not NO_MEMORY.search(text):
+                self.report("undefined", text, outcome)
 
     def run(self, words, extra=None, seconds=RUN_TIME, before=None):
         """Runs velm with these words, and gives the outcome."""
@@ -146,7 +170,7 @@ class Bench:
             self.report("status", f"status {outcome.status}", outcome)
         self.check_message(outcome, named)
         limit = memory or READ_MEMORY + OWN_MEMORY
-        if outcome.peak > limit:
+        if outcome.peak > limit and not self.sanitized:
             self.report("memory", f"{outcome.peak:.0f} MiB, of {limit}", outcome)
         if outcome.left:
             self.report("process", left_text(outcome), outcome)

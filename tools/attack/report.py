@@ -8,36 +8,34 @@ import subprocess
 import bench
 import modules
 
-COLUMNS = ("attack", "inputs", "runs", "status 0", *bench.BARS.values())
 
-
-def rows_of(tallies):
-    """The rows of the table: one for each kind of attack, and their sum."""
+def table(tallies, bars):
+    """The head of the table, a row for each kind of attack, and their sum."""
     total = bench.Tally()
-    rows = []
+    rows = [("attack", "inputs", "runs", "status 0", *(bench.BARS[bar] for bar in bars))]
     for kind, tally in tallies.items():
         total.add(tally)
-        rows.append(row_of(kind, tally))
-    return [*rows, row_of("all", total)]
+        rows.append(row_of(kind, tally, bars))
+    return [*rows, row_of("all", total, bars)]
 
 
-def row_of(kind, tally):
+def row_of(kind, tally, bars):
     """One row of the table."""
-    return (kind, tally.inputs, tally.runs, tally.taken, *(tally.broken[bar] for bar in bench.BARS))
+    return (kind, tally.inputs, tally.runs, tally.taken, *(tally.broken[bar] for bar in bars))
 
 
-def as_text(tallies):
+def as_text(tallies, sanitized):
     """The table for a terminal."""
-    rows = [COLUMNS, *rows_of(tallies)]
-    widths = [max(len(str(row[index])) for row in rows) for index in range(len(COLUMNS))]
+    rows = table(tallies, bench.BARS if sanitized else bench.BARS_OF_ALL)
+    widths = [max(len(str(row[index])) for row in rows) for index in range(len(rows[0]))]
     return "\n".join("  ".join(str(cell).ljust(width) if index == 0 else str(cell).rjust(width)
                                for index, (cell, width) in enumerate(zip(row, widths))) for row in rows)
 
 
 def as_markdown(tallies):
     """The table for a document."""
-    lines = ["| " + " | ".join(COLUMNS) + " |", "|---" + "|---:" * (len(COLUMNS) - 1) + "|"]
-    lines += ["| " + " | ".join(str(cell) for cell in row) + " |" for row in rows_of(tallies)]
+    lines = ["| " + " | ".join(str(cell) for cell in row) + " |" for row in table(tallies, bench.BARS_OF_ALL)]
+    lines.insert(1, "|---" + "|---:" * (len(bench.BARS_OF_ALL) + 3) + "|")
     return "\n".join(lines)
 
 
