@@ -167,7 +167,7 @@ std::string partText(const PicturePart &part) {
 
 // The headers of the pictures, without the digest.
 PictureMetadata metadataOf(const ProgramOptions &program, const RenderOptions &options, const RenderPlan &plan,
-                           const std::string &module) {
+                           Workflow workflow, const std::string &module) {
     const RenderJob &job = plan.job;
     const SamplesOfPart samples = {
         .first = job.firstSample, .end = job.firstSample + samplesOf(job), .count = job.samples};
@@ -178,7 +178,8 @@ PictureMetadata metadataOf(const ProgramOptions &program, const RenderOptions &o
             .digest = {},
             .part = partText(plan.part),
             .samples = samplesText(samples),
-            .seed = std::to_string(job.seed)};
+            .seed = std::to_string(job.seed),
+            .workflow = workflowText(workflow)};
 }
 
 // Chooses the order of evaluation for all frames, and says why where that is not the usual one. The first frame is
@@ -242,9 +243,8 @@ bool renderFrames(RenderPlan plan, Session &session, PictureMetadata metadata, c
 
 // Tells what the file does not bring.
 void tellAdditions(const OpenedFile &opened, const SceneDescription &completed, Reporting &reporting) {
-    const std::string added = additionsText(opened, completed);
-    if (added.empty()) return;
-    const std::string note = fmt::format("{}: added what the file does not bring: {}", opened.scene.file, added);
+    const std::string note = additionsNote(opened, completed);
+    if (note.empty()) return;
     reporting.progress.note("velm: note: " + note);
     reporting.log.add(LogLevel::info, note);
 }
@@ -264,8 +264,9 @@ bool renderScene(const ProgramOptions &program, const RenderOptions &options, Re
     reporting.total.prepared(session->renderScene().pointCount());
     reporting.log.add(LogLevel::info, fmt::format("prepared: {} points; module {}", session->renderScene().pointCount(),
                                                   module.path()));
-    return renderFrames(plan, *session, metadataOf(program, options, plan, module.path()), digest, options.skipExisting,
-                        reporting);
+    const PictureMetadata metadata =
+        metadataOf(program, options, plan, session->scene().render.workflow, module.path());
+    return renderFrames(plan, *session, metadata, digest, options.skipExisting, reporting);
 }
 
 // Leaves frames out whose pictures exist before the scene is opened, which takes time.

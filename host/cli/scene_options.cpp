@@ -32,6 +32,12 @@ Rig parseRig(const std::string &text) {
     return parseWord("--rig", text, kRigs);
 }
 
+Workflow parseWorkflow(const std::string &text) {
+    constexpr std::pair<const char *, Workflow> kWorkflows[] = {{kWorkflowNames[0], Workflow::linear},
+                                                                {kWorkflowNames[1], Workflow::classic}};
+    return parseWord("--workflow", text, kWorkflows);
+}
+
 void selectCamera(const std::string &name, SceneDescription &scene) {
     if (name.empty()) return;
     if (std::ranges::count(scene.cameras, name, &CameraDescription::name) == 0) {
@@ -65,6 +71,10 @@ void declareSceneOptions(CLI::App &command, SceneOptions &options) {
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->type_name("PATH=VALUE");
+    declareCompletion(command, options);
+}
+
+void declareCompletion(CLI::App &command, CompletionOptions &options) {
     auto *const camera =
         command.add_option("--camera", options.camera, "The camera to render from; the scene's by default")
             ->type_name("NAME");
@@ -75,6 +85,10 @@ void declareSceneOptions(CLI::App &command, SceneOptions &options) {
     addParsed(command, "--rig", options.rig, parseRig, "RIG",
               "Lights the objects instead of the file's lights: studio, the default for files\n"
               "without lights; outdoor; or none");
+    addParsed(command, "--workflow", options.workflow, parseWorkflow, "NAME",
+              "What the numbers of colours mean: linear light, to which the sRGB curve is applied\n"
+              "as 8-bit images are read and written; or classic, without a curve, as in\n"
+              "LightWave, the default for its objects");
 }
 
 void withOverrides(const SceneOptions &options, const std::function<void()> &work) {
@@ -86,17 +100,27 @@ void withOverrides(const SceneOptions &options, const std::function<void()> &wor
     }
 }
 
-OpenedFile openScene(const SceneOptions &options) {
-    OpenedFile opened;
-    withOverrides(options, [&] {
-        opened = openFile({.file = options.scene,
-                           .path = searchPath(options.data),
-                           .overrides = options.overrides,
-                           .view = options.view,
-                           .rig = options.rig});
-    });
+OpenedFile openCompletable(const CompletionOptions &options, std::span<const SceneOverride> overrides) {
+    OpenedFile opened = openFile({.file = options.scene,
+                                  .path = searchPath(options.data),
+                                  .overrides = overrides,
+                                  .view = options.view,
+                                  .rig = options.rig,
+                                  .workflow = options.workflow});
     selectCamera(options.camera, opened.scene);
     return opened;
+}
+
+OpenedFile openScene(const SceneOptions &options) {
+    OpenedFile opened;
+    withOverrides(options, [&] { opened = openCompletable(options, options.overrides); });
+    return opened;
+}
+
+std::string additionsNote(const OpenedFile &opened, const SceneDescription &completed) {
+    const std::string added = additionsText(opened, completed);
+    if (added.empty()) return {};
+    return fmt::format("{}: added what the file does not bring: {}", opened.scene.file, added);
 }
 
 void overrideSettings(const SceneOptions &options, Session &session) {

@@ -9,24 +9,37 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace velm::host {
 
-struct SceneOptions : SceneSource {
-    std::vector<SceneOverride> overrides; // of --set
-    std::string camera;                   // empty: the scene's
-    std::optional<View> view;             // from where the scene is framed
-    std::optional<Rig> rig;               // that replaces the lights
+// How a file becomes a whole scene.
+struct CompletionOptions : SceneSource {
+    std::string camera;               // empty: the scene's
+    std::optional<View> view;         // from where the scene is framed
+    std::optional<Rig> rig;           // that replaces the lights
+    std::optional<Workflow> workflow; // that replaces the scene's
 };
 
-// FILE, --data, --set, --camera, --view and --rig.
+struct SceneOptions : CompletionOptions {
+    std::vector<SceneOverride> overrides; // of --set
+};
+
+// --camera, --view, --rig and --workflow.
+void declareCompletion(CLI::App &command, CompletionOptions &options);
+// FILE, --data, --set, and those of declareCompletion.
 void declareSceneOptions(CLI::App &command, SceneOptions &options);
 
-// Opens the file with the values that the options replace, except for settings of nodes and surfaces: see
-// overrideSettings. InputError for the file, UsageError for the options.
+// Opens the file with the values that the options replace. InputError for the file, UsageError for the options.
+OpenedFile openCompletable(const CompletionOptions &options, std::span<const SceneOverride> overrides = {});
+// The same with the values of --set, except for settings of nodes and surfaces: see overrideSettings. UsageError for
+// these.
 OpenedFile openScene(const SceneOptions &options);
+
+// A line that says what was added to the completed scene because the file does not bring it; empty for scenes.
+std::string additionsNote(const OpenedFile &opened, const SceneDescription &completed);
 
 // Does work with the scene, such as opening a session; errors in values of --set become UsageErrors that name them.
 void withOverrides(const SceneOptions &options, const std::function<void()> &work);

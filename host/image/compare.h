@@ -1,9 +1,10 @@
 // How far two image files are apart, and whether that is too far.
 //
 // The numbers are compared as they are in the files. If one file holds light (float) and the other display values (8 or
-// 16 bits), the light is converted by the sRGB curve first, as when it is written to such a file. Channels correspond
-// by name. A grey channel corresponds to red, green and blue if the other file has those. Alpha that only one file has
-// is 1 in the other. Any other channel that only one file has makes the images different.
+// 16 bits, or a float picture whose header says that it was rendered in the classic workflow), the light is converted
+// by the sRGB curve first, as when it is written to such a file. Channels correspond by name. A grey channel
+// corresponds to red, green and blue if the other file has those. Alpha that only one file has is 1 in the other. Any
+// other channel that only one file has makes the images different.
 //
 // OpenImageIO's comparison agrees with this one on finite numbers of equal channels. It is not used because it treats
 // two NaNs, and an infinity and its negative, as equal, and fills missing channels with black.

@@ -2,6 +2,7 @@
 
 #include "host/base/error.h"
 #include "host/image/image_formats.h"
+#include "host/image/metadata_headers.h"
 #include "host/io/files.h"
 #include "host/io/reader_process.h"
 
@@ -63,7 +64,8 @@ void readOpened(OIIO::ImageInput &input, const std::string &file, ReadValues &re
     read.height = spec.height;
     read.left = spec.x;
     read.top = spec.y;
-    read.isLight = isFloat(spec.format);
+    read.isLight =
+        isFloat(spec.format) && spec.get_string_attribute(kWorkflowHeader) != workflowText(Workflow::classic);
     read.alpha = alphaChannelOf(spec);
     read.grey = greyChannel(spec);
     read.channels.reserve(static_cast<std::size_t>(spec.nchannels));

@@ -185,7 +185,7 @@ void checkMemory(const OIIO::ImageSpec &spec, const ChannelChoice &choice, const
                              " MiB of memory (see --read-memory)");
 }
 
-void readOpened(OIIO::ImageInput &input, const std::string &file, ReadPixels &image) {
+void readOpened(OIIO::ImageInput &input, const std::string &file, Workflow workflow, ReadPixels &image) {
     const OIIO::ImageSpec spec = input.spec();
     if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1 || spec.depth > 1 || spec.deep)
         failToRead(file, sizeText(spec) + " is none that can be used");
@@ -203,17 +203,18 @@ void readOpened(OIIO::ImageInput &input, const std::string &file, ReadPixels &im
     image.isColour = choice.isColour;
     image.hasAlpha = choice.hasAlpha;
     buildLevels(image, spec.width, spec.height,
-                arrange({read.get(), values}, spec.nchannels, choice, isScreenEncoded(spec.format),
+                arrange({read.get(), values}, spec.nchannels, choice,
+                        workflow == Workflow::linear && isScreenEncoded(spec.format),
                         image.levels.get_allocator().resource()));
 }
 
 } // namespace
 
-std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name) {
+std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name, Workflow workflow) {
     if (const auto reason = whyUnreadable(file)) failToRead(file, *reason);
     setUpImageLibrary(); // once for all the processes
-    const auto read = readApart<ReadPixels>(file, "the image",
-                                            [&](ReadPixels &pixels) { readOpened(*openImage(file), file, pixels); });
+    const auto read = readApart<ReadPixels>(
+        file, "the image", [&](ReadPixels &pixels) { readOpened(*openImage(file), file, workflow, pixels); });
     return std::make_unique<HostImage>(HostImage{
         .memory = read,
         .name = name,

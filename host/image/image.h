@@ -1,6 +1,7 @@
-// Images that scenes and nodes read: stored as floats in linear light, and looked up from render threads.
+// Images that scenes and nodes read: stored as floats, and looked up from render threads.
 #pragma once
 
+#include "host/base/workflow.h"
 #include "module/host.h"
 
 #include <cstdint>
@@ -35,13 +36,15 @@ struct HostImage {
 namespace velm::host {
 
 // Reads an image in a process of its own (see host/io/reader_process.h), by the format that its contents have; the
-// formats are in image_formats.cpp. Colour channels of 8-bit and 16-bit integer files are converted from sRGB to linear
-// light; float files, and alpha, are used as they are. Colours that the file does not multiply by alpha stay so. Of
-// animated and multi-part files, the first picture is read.
+// formats are in image_formats.cpp. In the linear workflow, colour channels of 8-bit and 16-bit integer files are
+// converted from sRGB to linear light; in the classic one they are used as they are, as float files and alpha always
+// are. Colours that the file does not multiply by alpha stay so. Of animated and multi-part files, the first picture is
+// read.
 // Throws InputError with the name of the file if it is missing, damaged, empty or of another format, and if reading it
 // exceeds a limit. An image whose header claims a size that would need more memory is refused before any is allocated.
 // [interface thread]
-std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name);
+std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name,
+                                     Workflow workflow = Workflow::linear);
 
 // Pixel lookups. The null image is black and has no alpha; outside the image, the nearest pixel is returned. `colour`
 // receives three components, which are equal for an image without colour. [render threads]
@@ -70,6 +73,9 @@ void directionToImage(double seamAngle, const double direction[3], double *u, do
 class ImageList {
   public:
     static ImageList &instance();
+
+    // How the images that are loaded from now on are read; `clear` sets it back to linear.
+    void setWorkflow(Workflow workflow) { workflow_ = workflow; }
 
     // Returns the image of that file and name, and reads it if it is not in the list. An empty name matches any image
     // of that file; a new image then gets the file name without directories, numbered if it is taken: "wood.png (2)".
@@ -102,6 +108,7 @@ class ImageList {
     HostImage *first_ = nullptr;
     std::unordered_set<std::string> absent_;
     std::string lastError_;
+    Workflow workflow_ = Workflow::linear;
 };
 
 // The table of "LW Image List 5" for ImageList::instance(). A saved reference is two strings, the name of the image and

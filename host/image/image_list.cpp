@@ -28,7 +28,7 @@ HostImage &ImageList::load(const std::string &file, const std::string &name) {
     } else if (const HostImage *other = find(name)) {
         throw InputError({.file = file}, "the name \"" + name + "\" already stands for the image " + other->file);
     }
-    images_.push_back(readImage(file, newName));
+    images_.push_back(readImage(file, newName, workflow_));
     relink();
     return *images_.back();
 }
@@ -53,6 +53,7 @@ void ImageList::remove(const HostImage *image) {
 void ImageList::clear() {
     images_.clear();
     absent_.clear();
+    workflow_ = Workflow::linear;
     relink();
 }
 

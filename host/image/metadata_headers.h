@@ -16,6 +16,9 @@ struct MetadataHeader {
 // Begins the description of files whose format has room for no other metadata; the digest follows.
 inline constexpr std::string_view kDigestPrefix = "velm:scene ";
 
+// Says which pictures hold display values even where they are floats.
+inline constexpr const char *kWorkflowHeader = "velm:workflow";
+
 inline constexpr MetadataHeader kMetadataHeaders[] = {
     {.name = "scene", .member = &PictureMetadata::scene},
     {.name = "module", .member = &PictureMetadata::module},
@@ -25,6 +28,7 @@ inline constexpr MetadataHeader kMetadataHeaders[] = {
     {.name = "velm:part", .member = &PictureMetadata::part},
     {.name = "velm:samples", .member = &PictureMetadata::samples},
     {.name = "velm:seed", .member = &PictureMetadata::seed},
+    {.name = kWorkflowHeader, .member = &PictureMetadata::workflow},
 };
 
 } // namespace velm::host

@@ -60,6 +60,8 @@ Region storedWindow(const Picture &picture, const PictureFormat &format) {
                          : Region{.left = 0, .top = 0, .right = picture.width(), .bottom = picture.height()};
 }
 
+bool isOfDisplayValues(const PictureMetadata &metadata) { return metadata.workflow == workflowText(Workflow::classic); }
+
 void addMetadata(const PictureMetadata &metadata, const PictureFormat &format, OIIO::ImageSpec &spec) {
     for (const MetadataHeader &header : kMetadataHeaders)
         if (const std::string &text = metadata.*header.member; !text.empty()) spec.attribute(header.name, text);
@@ -95,10 +97,13 @@ std::vector<Value> convertRow(const Picture &picture, const Region &window, int 
     return row;
 }
 
-std::uint8_t toByte(float linear) { return static_cast<std::uint8_t>(std::lround(linearToSrgb(linear) * 255)); }
+std::uint8_t toByte(double display) { return static_cast<std::uint8_t>(std::lround(display * 255)); }
+std::uint8_t byteOfLight(float light) { return toByte(linearToSrgb(light)); }
+std::uint8_t byteOfDisplayValue(float value) { return value > 0 ? toByte(std::min(1.0F, value)) : std::uint8_t{0}; }
 
-bool writeRows(OIIO::ImageOutput &output, const Picture &picture, const PictureFormat &format) {
+bool writeRows(OIIO::ImageOutput &output, const Picture &picture, const PictureFormat &format, bool displayValues) {
     const Region window = storedWindow(picture, format);
+    const auto convert = displayValues ? byteOfDisplayValue : byteOfLight;
     for (int y = window.top; y < window.bottom; ++y) {
         const bool written =
             format.isFloat
@@ -106,7 +111,7 @@ bool writeRows(OIIO::ImageOutput &output, const Picture &picture, const PictureF
                       y, 0, OIIO::TypeDesc::FLOAT,
                       convertRow<float>(picture, window, y, format.channels, [](float value) { return value; }).data())
                 : output.write_scanline(y, 0, OIIO::TypeDesc::UINT8,
-                                        convertRow<std::uint8_t>(picture, window, y, format.channels, toByte).data());
+                                        convertRow<std::uint8_t>(picture, window, y, format.channels, convert).data());
         if (!written) return false;
     }
     return true;
@@ -136,7 +141,7 @@ void writePicture(const Picture &picture, const std::string &file, const Picture
     if (!output) fail(OIIO::geterror());
     if (!output->set_ioproxy(&memory)) fail("the format cannot be made in memory");
     if (!output->open(file, describe(picture, format, metadata))) fail(output->geterror());
-    if (!writeRows(*output, picture, format)) fail(output->geterror());
+    if (!writeRows(*output, picture, format, isOfDisplayValues(metadata))) fail(output->geterror());
     if (!output->close()) fail(output->geterror());
     writeFileAtomically(file, {reinterpret_cast<const char *>(bytes.data()), bytes.size()});
 }

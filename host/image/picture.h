@@ -3,16 +3,17 @@
 
 #include "host/base/region.h"
 #include "host/base/shared_memory.h"
+#include "host/base/workflow.h"
 
 #include <cstddef>
 #include <string>
 
 namespace velm::host {
 
-// A picture in memory: red, green and blue in linear light, and alpha (the fraction of the pixel that shows an object),
-// as floats; rows from the top. The colour is not multiplied by alpha: it includes the backdrop. Only the pixels of the
-// data window take memory; those outside it are black and without coverage. The memory is shared with processes that
-// are forked from this one, so that they can fill the picture in.
+// A picture in memory: red, green and blue, in linear light or as the workflow has it, and alpha (the fraction of the
+// pixel that shows an object), as floats; rows from the top. The colour is not multiplied by alpha: it includes the
+// backdrop. Only the pixels of the data window take memory; those outside it are black and without coverage. The memory
+// is shared with processes that are forked from this one, so that they can fill the picture in.
 class Picture {
   public:
     static constexpr int kChannels = 4;
@@ -61,7 +62,14 @@ struct PictureMetadata {
     std::string part;    // "2/8 by tiles" of a picture that is rendered in parts; empty for a whole one
     std::string samples; // "0-3 of 16": the samples of each pixel, from the first to the last
     std::string seed;    // of the noise, as a number
+    // "classic" for a picture of display values, which the sRGB curve is not applied to; empty for linear light.
+    std::string workflow;
 };
+
+// PictureMetadata::workflow of pictures that are rendered in a workflow. [any thread]
+inline std::string workflowText(Workflow workflow) {
+    return workflow == Workflow::linear ? std::string() : kWorkflowNames[static_cast<std::size_t>(workflow)];
+}
 
 // Throws InputError, listing the known extensions, if the file has none of them. To be called before the work.
 void checkPictureEnding(const std::string &file);
@@ -72,12 +80,13 @@ bool hasDigest(const std::string &file);
 bool holdsParts(const std::string &file);
 
 // Writes a picture in the format of the file name's extension, in upper or lower case: .png, .jpg, .jpeg, .tif, .tiff
-// (8 bits, sRGB, no alpha), .exr (float, linear, with alpha), .hdr (shared exponent, linear, no alpha). 8-bit
-// components are clamped to 0..1; NaN becomes 0 there. EXR files have the picture's data window, and headers with the
-// metadata: scene, module, version, command, velm:scene (the digest), velm:part, velm:samples and velm:seed. PNG texts
-// have these too, and TIFF files the digest in their description. The picture is written to a temporary file beside
-// `file` and renamed, so that `file` is never incomplete. Throws InputError for an unknown extension, and MachineError
-// if the file cannot be written.
+// (8 bits, sRGB, no alpha), .exr (float, with alpha), .hdr (shared exponent, no alpha). Float files have the numbers of
+// the picture. 8-bit files have display values: linear light is converted by the sRGB curve, a picture of display
+// values is not. 8-bit components are clamped to 0..1; NaN becomes 0 there. EXR files have the picture's data window,
+// and headers with the metadata: scene, module, version, command, velm:scene (the digest), velm:part, velm:samples,
+// velm:seed and velm:workflow. PNG texts have these too, and TIFF files the digest in their description. The picture is
+// written to a temporary file beside `file` and renamed, so that `file` is never incomplete. Throws InputError for an
+// unknown extension, and MachineError if the file cannot be written.
 void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata = {});
 
 } // namespace velm::host

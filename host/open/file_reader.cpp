@@ -54,6 +54,7 @@ SceneDescription readMeshFile(const ReadRequest &request) {
     scene.file = request.file;
     scene.name = std::filesystem::path(request.file).stem().string();
     scene.render.samples = kSamples;
+    scene.render.workflow = request.reader.workflow;
     ObjectDescription &object = scene.objects.emplace_back();
     object.name = scene.name;
     object.shape = MeshFile{request.file};
@@ -91,6 +92,7 @@ std::vector<FileReader> makeReaders() {
                                         .recognises = isMesh,
                                         .read = readObjectFile,
                                         .isMetric = true,
+                                        .workflow = Workflow::classic,
                                         .leavesOut = kAllButMaterials}};
     for (const MeshFormat *format : allMeshFormats()) {
         const std::string_view ending = format->ending;

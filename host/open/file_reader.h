@@ -34,6 +34,7 @@ struct FileReader {
     bool isScene = false;                 // a scene with cameras, lights and surfaces, to which nothing has to be added
     bool isMetric = false;                // the format says that lengths are metres
     bool isZUp = false;                   // +Z is up in the file. The object is turned
+    Workflow workflow = Workflow::linear; // of files other than scenes
     std::span<const LeftOut> leavesOut{}; // what such files may hold and this reader does not read
 };
 

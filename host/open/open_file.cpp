@@ -154,9 +154,10 @@ OpenedFile openFile(const OpenRequest &request) {
                       .reader = &reader,
                       .view = request.view,
                       .rig = request.rig};
+    if (!reader.isScene) coverObjects(opened.scene);
+    if (!reader.isScene && !request.overrides.empty()) opened.scene = withOverrides(opened.scene, request);
+    if (request.workflow) opened.scene.render.workflow = *request.workflow;
     if (reader.isScene) return opened;
-    coverObjects(opened.scene);
-    if (!request.overrides.empty()) opened.scene = withOverrides(opened.scene, request);
     if (!opened.view && opened.scene.cameras.empty()) opened.view = View::threeQuarter;
     if (!opened.rig && opened.scene.lights.empty()) opened.rig = Rig::studio;
     return opened;

@@ -20,6 +20,7 @@ struct OpenRequest {
     std::span<const SceneOverride> overrides{}; // see readScene
     std::optional<View> view{};                 // a camera that frames the scene from there
     std::optional<Rig> rig{};                   // replaces the lights
+    std::optional<Workflow> workflow{};         // replaces the scene's, or that of the kind of file
 };
 
 // A file as it was read, and what is still to be added to it.

@@ -112,6 +112,8 @@ void Session::disconnect(const NodePath &to, const std::string &input) {
 // ---- Scene ----
 
 SceneWork Session::apply(SceneDescription changed) {
+    if (changed.render.workflow != scene_.render.workflow)
+        throw InputError("the workflow of an open scene cannot be changed, since its images are read for it");
     const auto surfaceOf = [this](const std::string &name) { return surfaces_.surface(name); };
     const SceneWork update = renderScene_.update(changed, surfaceOf);
     try {

@@ -67,8 +67,9 @@ class Session {
     // ---- Changing the scene. Meshes are read and the ray structure is built again only where `geometry` changes. ----
 
     // Changes the cameras, lights, backdrop, render settings, objects, or the smoothing and sides of surfaces: `change`
-    // gets a copy of the description to edit. Networks and settings of surfaces, images, and the set of surfaces stay
-    // as they are: change them as above. InputError leaves the session unchanged. Gives what was rebuilt.
+    // gets a copy of the description to edit. Networks and settings of surfaces, images, the workflow, and the
+    // set of surfaces stay as they are: change networks and settings as above. InputError leaves the session unchanged.
+    // Gives what was rebuilt.
     template <class Change>
     SceneWork change(Change change) {
         SceneDescription changed = scene_;

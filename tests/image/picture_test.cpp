@@ -1,5 +1,6 @@
 // Writing pictures to files, and reading them back.
 #include "host/base/error.h"
+#include "host/image/file_pixels.h"
 #include "host/image/image.h"
 #include "host/image/picture.h"
 #include "tests/temporary_directory.h"
@@ -9,6 +10,7 @@
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <limits>
@@ -120,7 +122,8 @@ TEST(Picture, ExrHeaderStatesHowItWasMade) {
                                       .digest = {},
                                       .part = {},
                                       .samples = {},
-                                      .seed = {}};
+                                      .seed = {},
+                                      .workflow = {}};
     writePicture(ramp(), directory / "a.exr", metadata);
     const auto input = OIIO::ImageInput::open(directory / "a.exr");
     ASSERT_TRUE(input);
@@ -129,6 +132,25 @@ TEST(Picture, ExrHeaderStatesHowItWasMade) {
     EXPECT_EQ(input->spec().get_string_attribute("version"), metadata.version);
     EXPECT_EQ(input->spec().get_string_attribute("command"), metadata.command);
     EXPECT_EQ(input->spec().format, OIIO::TypeDesc::FLOAT);
+}
+
+// By definition of the sRGB curve, light of 0.5 is 188 of 255.
+TEST(Picture, DisplayValuesAreWrittenWithoutACurve) {
+    const TemporaryDirectory directory;
+    Picture picture(3, 1);
+    for (const auto &[x, value] : {std::pair{0, 0.5F}, {1, 2.0F}, {2, std::numeric_limits<float>::quiet_NaN()}})
+        std::fill_n(picture.pixel(x, 0), 3, value);
+    const auto bytes = [&](Workflow workflow) {
+        PictureMetadata metadata;
+        metadata.workflow = workflowText(workflow);
+        writePicture(picture, directory / "a.png", metadata);
+        const FilePixels read = readFilePixels(directory / "a.png");
+        std::vector<int> values;
+        for (int x = 0; x < 3; ++x) values.push_back(static_cast<int>(std::lround(read.pixel(x, 0)[1] * 255)));
+        return values;
+    };
+    EXPECT_EQ(bytes(Workflow::classic), (std::vector<int>{128, 255, 0}));
+    EXPECT_EQ(bytes(Workflow::linear), (std::vector<int>{188, 255, 0}));
 }
 
 TEST(Picture, NoFileHoldsADate) {

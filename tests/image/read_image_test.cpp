@@ -48,6 +48,19 @@ TEST(ReadImage, SixteenBitsAreDecodedFromSrgb) {
     EXPECT_NEAR(colour[2], 0.001517635, kByteTolerance);
 }
 
+TEST(ReadImage, TheClassicWorkflowTakesThemAsTheyAre) {
+    const TemporaryDirectory directory;
+    std::vector<std::uint8_t> values;
+    for (const Encoded &each : kEncoded) values.insert(values.end(), 3, static_cast<std::uint8_t>(each.of255));
+    ASSERT_TRUE(writeImageFile(directory / "a.png", 5, 1, 3, values));
+    const auto image = readImage(directory / "a.png", "a", Workflow::classic);
+    for (int x = 0; x < 5; ++x) {
+        float colour[3];
+        pixel(image.get(), x, 0, colour);
+        for (const float component : colour) EXPECT_NEAR(component, kEncoded[x].of255 / 255.0, kByteTolerance) << x;
+    }
+}
+
 class FloatFile : public testing::TestWithParam<const char *> {};
 
 TEST_P(FloatFile, KeepsItsValues) {

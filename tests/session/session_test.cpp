@@ -82,6 +82,8 @@ TEST_F(OpenSession, StaysAsItWasWhenAChangeIsRefused) {
     const std::vector<float> before = test::pixelsOf(session_);
     const auto shrinkToNothing = [](SceneDescription &scene) { scene.objects[0].transform.scale = {0, 1, 1}; };
     EXPECT_NE(refusal([&] { session_.change(shrinkToNothing); }), "");
+    const auto switchCurve = [](SceneDescription &scene) { scene.render.workflow = Workflow::classic; };
+    EXPECT_NE(refusal([&] { session_.change(switchCurve); }), "") << "the images were read for the other workflow";
     EXPECT_EQ(session_.scene().objects[0].transform.scale, (Double3{1, 1, 1}));
     EXPECT_EQ(test::pixelsOf(session_), before);
 }

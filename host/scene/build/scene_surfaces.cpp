@@ -191,6 +191,7 @@ SceneSurfaces::Images::~Images() { ImageList::instance().clear(); }
 SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers, Warnings *warnings) {
     Warnings asErrors(Warnings::Policy::strict);
     Warnings &reported = warnings ? *warnings : asErrors;
+    ImageList::instance().setWorkflow(scene.render.workflow);
     AbsentImages absentImages(reported);
     absentImages.load(scene);
     NetworkBuilder builder(servers);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "host/base/error.h"
+#include "host/base/workflow.h"
 #include "host/graph/node_look.h"
 #include "host/panel/setting.h"
 #include "host/services/backdrop_description.h"
@@ -189,6 +190,7 @@ struct RenderDescription {
     SourceLocation cameraLocation;
     Double3 ambientColour{1, 1, 1};
     double ambientIntensity = 0;
+    Workflow workflow = Workflow::linear;
 
     bool operator==(const RenderDescription &) const = default;
 };

@@ -11,6 +11,18 @@ namespace {
 
 // ---- Render settings ----
 
+constexpr CustomValue<RenderDescription> kWorkflow{
+    .read =
+        [](const ReadContext &context, const JsonMember &found, RenderDescription &render) {
+            render.workflow =
+                static_cast<Workflow>(readChoice(context, found.key, found.value, choiceRule(kWorkflowNames)));
+        },
+    .write = [](const WriteContext &, const RenderDescription &render) -> std::optional<nlohmann::ordered_json> {
+        if (render.workflow == Workflow::linear) return std::nullopt;
+        return writePlain(choiceRule(kWorkflowNames), static_cast<int>(render.workflow));
+    },
+    .schema = [] { return ruleSchema(choiceRule(kWorkflowNames)); }};
+
 constexpr Field<RenderDescription> kRenderFields[] = {
     {.key = "width",
      .help = "Width of the picture, in pixels.",
@@ -55,6 +67,10 @@ constexpr Field<RenderDescription> kRenderFields[] = {
      .help = "Intensity of the ambient light; 1 lights a white surface fully.",
      .rule = atLeastRule(0),
      .target = &RenderDescription::ambientIntensity},
+    {.key = "workflow",
+     .help = "linear, the default: colours are linear light, and the sRGB curve is applied to files of 8 and 16 bits "
+             "as they are read and written. classic: without any curve, as in LightWave up to version 9.",
+     .target = kWorkflow},
 };
 
 void finishRender(const ReadContext &context, const JsonValue &object, RenderDescription &render) {

@@ -1,5 +1,6 @@
 #include "host/scene/format/surface_collection.h"
 
+#include "host/io/file_ends.h"
 #include "host/scene/format/tables.h"
 
 #include <algorithm>
@@ -48,7 +49,9 @@ Json surfaceCollectionSchema() {
 bool isObjectFile(const std::string &file) {
     std::string ending = std::filesystem::path(file).extension().string();
     std::ranges::transform(ending, ending.begin(), [](unsigned char letter) { return std::tolower(letter); });
-    return ending == ".lwo";
+    if (ending == ".lwo") return true;
+    const FileEnds ends = readFileEnds(file);
+    return ends.startsWith("FORM") && (ends.hasAt(8, "LWO2") || ends.hasAt(8, "LWOB") || ends.hasAt(8, "LWLO"));
 }
 
 std::string nameInScene(const SavedNetwork &surface, const std::function<bool(const std::string &)> &isTaken) {

@@ -15,7 +15,8 @@ std::optional<nlohmann::ordered_json> writeSurfaceCollection(const WriteContext 
                                                              const SceneDescription &scene);
 nlohmann::ordered_json surfaceCollectionSchema();
 
-// True for the name of an object file (.lwo), which may have surfaces of its own.
+// Whether a file is an object of LightWave, by its ending (.lwo) or by its contents. Such a file may have surfaces of
+// its own. InputError for a file without this ending that cannot be read.
 bool isObjectFile(const std::string &file);
 
 // The name in the scene of a surface of an object file: its own if that is free, else "Wood (chair.lwo)" or
