@@ -3,6 +3,7 @@
 #include "host/io/files.h"
 #include "tests/cli/command.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -32,13 +33,13 @@ Outcome convert(const std::string &input, const std::string &output, std::vector
 
 // Converts the file, and expects the same picture of the new scene. Gives the scene's text.
 nlohmann::json expectSamePicture(const TemporaryDirectory &directory, const std::string &input) {
-    const std::string output = directory.file("converted.json");
+    const std::string output = directory / "converted.json";
     const Outcome outcome = convert(input, output);
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(outcome.out, output + '\n');
-    const auto before = rendered(input, directory.file("a.exr"));
+    const auto before = rendered(input, directory / "a.exr");
     EXPECT_GT(std::ranges::max(before), 0.0F) << input;
-    EXPECT_EQ(rendered(output, directory.file("b.exr")), before) << input;
+    EXPECT_EQ(rendered(output, directory / "b.exr"), before) << input;
     return nlohmann::json::parse(readFile(output));
 }
 
@@ -65,10 +66,10 @@ TEST_F(Convert, ObjectsKeepTheirNetworksAndImages) {
         "settings": {"Luminosity": 1, "Diffuse": 0},
         "nodes": {"Paint": {"server": "Constant Color", "settings": {"Color": [0.25, 0.5, 1]}}},
         "connections": ["Paint.Color -> Default.Color"]}}})");
-    const std::string object = directory_.file("glow.lwo");
+    const std::string object = directory_ / "glow.lwo";
     ASSERT_EQ(test::velm({"pack", glow, kModels + "LWS/simple_cube.lwo", "-o", object}).status, kExitDone);
     expectSamePicture(directory_, object);
-    const auto values = rendered(directory_.file("converted.json"), directory_.file("b.exr"));
+    const auto values = rendered(directory_ / "converted.json", directory_ / "b.exr");
     const std::size_t middle = (9 * 32 + 16) * 4;
     EXPECT_EQ((std::vector<float>{values[middle], values[middle + 1], values[middle + 2]}),
               (std::vector<float>{0.25F, 0.5F, 1}));
@@ -86,13 +87,13 @@ TEST_F(Convert, ScenesRenderTheSame) {
     const nlohmann::json scene = expectSamePicture(directory_, example);
     EXPECT_FALSE(scene.contains("$schema")) << "which is relative to the old directory";
     // Written again, it is the same text.
-    const std::string first = directory_.file("converted.json"), second = directory_.file("second.json");
+    const std::string first = directory_ / "converted.json", second = directory_ / "second.json";
     ASSERT_EQ(convert(first, second).status, kExitDone);
     EXPECT_EQ(readFile(second), readFile(first));
 }
 
 TEST_F(Convert, WritesWhatTheOptionsAskFor) {
-    const std::string mesh = directory_.write("models/sail.obj", kTriangle), output = directory_.file("sail.json");
+    const std::string mesh = directory_.write("models/sail.obj", kTriangle), output = directory_ / "sail.json";
     const Outcome outcome = convert(mesh, output, {"--view", "back", "--rig", "none", "--workflow", "classic"});
     ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
     EXPECT_EQ(outcome.err, "velm: note: " + mesh +
@@ -107,18 +108,18 @@ TEST_F(Convert, WritesWhatTheOptionsAskFor) {
 
 TEST_F(Convert, FindsImagesWithoutTheDataDirectories) {
     const std::string object = directory_.write("a/box.lwo", readFile(kModels + "LWO/LWO2/boxuv.lwo"));
-    const std::string output = directory_.file("box.json");
+    const std::string output = directory_ / "box.json";
     ASSERT_EQ(convert(object, output, {"--data", kModels + "LWO/LWO2"}).status, kExitDone);
     const Outcome outcome =
-        test::velm({"render", output, "-o", directory_.file("a.png"), "--size", "8x8", "--quiet", "--strict"});
+        test::velm({"render", output, "-o", directory_ / "a.png", "--size", "8x8", "--quiet", "--strict"});
     EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
 }
 
 TEST_F(Convert, ReplacesNothingThatItReads) {
     const std::string text = R"({"cameras": {"Main": {}}})", scene = directory_.write("scene.json", text);
     EXPECT_EQ(convert(scene, scene).status, kExitUsage);
-    std::filesystem::create_symlink(scene, directory_.file("link.json"));
-    EXPECT_EQ(convert(scene, directory_.file("link.json")).status, kExitUsage);
+    std::filesystem::create_symlink(scene, directory_ / "link.json");
+    EXPECT_EQ(convert(scene, directory_ / "link.json").status, kExitUsage);
     const std::string mesh = directory_.write("sail.json", kTriangle); // a mesh, whatever its name
     const std::string named = directory_.write("named.json", R"({"cameras": {"Main": {}}, "surfaces": {"Clay": {}},
         "objects": {"Sail": {"mesh": {"file": "sail.json"}, "surface": "Clay"}}})");
@@ -129,15 +130,15 @@ TEST_F(Convert, ReplacesNothingThatItReads) {
 
 TEST_F(Convert, RefusesOtherOutputsAndWhatIsNotReadWhereStrict) {
     const std::string mesh = directory_.write("sail.obj", kTriangle);
-    const Outcome picture = convert(mesh, directory_.file("sail.png"));
+    const Outcome picture = convert(mesh, directory_ / "sail.png");
     EXPECT_EQ(picture.status, kExitUsage);
     EXPECT_NE(picture.err.find("sail.png\": the name of a scene file ends in .json"), std::string::npos) << picture.err;
-    EXPECT_EQ(convert(mesh, directory_.file("none/sail.json")).status, kExitMachine);
-    EXPECT_EQ(convert(directory_.file("none.obj"), directory_.file("a.json")).status, kExitInput);
+    EXPECT_EQ(convert(mesh, directory_ / "none/sail.json").status, kExitMachine);
+    EXPECT_EQ(convert(directory_ / "none.obj", directory_ / "a.json").status, kExitInput);
     directory_.write("grey.mtl", "newmtl Grey\nKd 0.5 0.5 0.5\n");
     const std::string grey = directory_.write("grey.obj", std::string("mtllib grey.mtl\nusemtl Grey\n") + kTriangle);
-    EXPECT_EQ(convert(grey, directory_.file("grey.json"), {"--strict"}).status, kExitInput);
-    EXPECT_FALSE(std::filesystem::exists(directory_.file("grey.json")));
+    EXPECT_EQ(convert(grey, directory_ / "grey.json", {"--strict"}).status, kExitInput);
+    EXPECT_FALSE(std::filesystem::exists(directory_ / "grey.json"));
 }
 
 } // namespace

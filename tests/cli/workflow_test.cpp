@@ -3,6 +3,7 @@
 #include "tests/cli/command.h"
 #include "tests/files/test_files.h"
 #include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
 
 #include <array>
 #include <cmath>
@@ -31,7 +32,7 @@ class WorkflowTest : public testing::Test {
     test::TemporaryDirectory directory_;
     std::string object_ = directory_.write("half.lwo", halfObject());
 
-    std::string file(const std::string &name) const { return directory_.file(name); }
+    std::string file(const std::string &name) const { return directory_ / name; }
     Outcome render(const std::string &name, const std::vector<std::string> &options) const {
         std::vector<std::string> words = {"render", object_,  "-o",    file(name),  "--view", "front",     "--rig",
                                           "none",   "--size", "32x32", "--samples", "2",      "--threads", "1"};
