@@ -79,7 +79,7 @@ FileInfo infoOf(const std::string &file, const SearchPath &path, ServerList &ser
     MeshCache meshes;
     if (!info.scene.objects.empty()) info.bounds = boundsOf(info.scene, meshes);
     for (const ObjectDescription &object : info.scene.objects)
-        info.objects.push_back(objectInfo(object, meshes.get(object.shape, object.transform)));
+        info.objects.push_back(objectInfo(object, meshes.get(object.shape, object)));
     SavedNetworks saved(path, servers);
     for (const SurfaceDescription &surface : info.scene.surfaces) {
         SurfaceInfo &one = info.surfaces.emplace_back();

@@ -59,7 +59,7 @@ SceneDescription readMeshFile(const ReadRequest &request) {
     object.name = scene.name;
     object.shape = MeshFile{request.file};
     object.location.file = request.file;
-    if (request.reader.isZUp) object.transform.rotation = {0, 90, 0}; // +Z of the file to +Y, and -Y to -Z
+    if (request.reader.isZUp) object.rotation = {0, 90, 0}; // +Z of the file to +Y, and -Y to -Z
     return scene;
 }
 

@@ -32,7 +32,7 @@ SceneDescription withOverrides(const SceneDescription &scene, const OpenRequest 
 
 const Mesh &meshOf(const ObjectDescription &object, MeshCache &meshes) {
     try {
-        return meshes.get(object.shape, object.transform);
+        return meshes.get(object.shape, object);
     } catch (const InputError &error) {
         if (object.location.line == 0) throw; // the object is the file, which the error names
         throw InputError(object.location, fmt::format("object {}: {}", inQuotes(object.name), error.what()));

@@ -126,7 +126,7 @@ ObjectDescription groundBelow(const Bounds &bounds) {
     const Vec3 centre = centreOf(bounds);
     ObjectDescription ground;
     ground.shape = PlaneShape{.width = kWidth * radius, .depth = kWidth * radius};
-    ground.transform.position = {centre.x, bounds.sides[1][0] - kGap * radius, centre.z};
+    ground.position = {centre.x, bounds.sides[1][0] - kGap * radius, centre.z};
     return ground;
 }
 

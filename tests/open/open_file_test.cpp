@@ -152,7 +152,7 @@ TEST_F(OpenFile, ReplacesValuesInTheSceneThatAFileBecomes) {
                                                   parseOverride("objects.sail.position=[0,7,0]")};
     const SceneDescription scene = completed({.file = directory_.write("sail.obj", kTriangle), .overrides = overrides});
     EXPECT_EQ(scene.render.samples, 3);
-    EXPECT_EQ(scene.objects[0].transform.position[1], 7);
+    EXPECT_EQ(scene.objects[0].position[1], 7);
     EXPECT_GT(scene.cameras[0].position[1], 7);
     const std::vector<SceneOverride> wrong = {parseOverride("objects.Sale.position=[0,7,0]")};
     EXPECT_THROW(openFile({.file = directory_ / "sail.obj", .overrides = wrong}), InputError);

@@ -64,7 +64,7 @@ TEST(Rig, LightsFromTheSideThatIsSeen) {
 
 TEST(Rig, PutsTheGroundJustBelowTheBounds) {
     for (const double size : {1e-4, 1.0, 1e5}) {
-        const double height = groundBelow(box(size)).transform.position[1];
+        const double height = groundBelow(box(size)).position[1];
         EXPECT_LT(height, 0);
         EXPECT_GT(height, -0.01 * size);
     }

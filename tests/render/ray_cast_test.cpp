@@ -24,7 +24,7 @@ TEST(RayCast, MeetsPlaneAtTheClosedForm) {
     TestScene scene;
     scene.surface("Wall");
     ObjectDescription &wall = scene.object("Wall", PlaneShape{.width = 1000, .depth = 1000}, "Wall", {0, -2, 0});
-    wall.transform.rotation = {30, 0, 0};
+    wall.rotation = {30, 0, 0};
     probeAtOrigin(scene, [](ShadingSample &sample, double *) {
         std::mt19937 random(1);
         for (int i = 0; i < 1000; ++i) {
@@ -90,7 +90,7 @@ TEST(RayCast, ClosedBoxLetsNothingOut) {
     TestScene scene;
     scene.surface("Box");
     ObjectDescription &box = scene.object("Box", BoxShape{.size = {2, 3, 4}, .inward = true}, "Box", {0.1, 0.2, 0.3});
-    box.transform.rotation = {31, 17, 43};
+    box.rotation = {31, 17, 43};
     probeAtOrigin(scene, [](ShadingSample &sample, double *) {
         std::mt19937 random(4);
         for (int i = 0; i < 20000; ++i) EXPECT_GT(cast(sample, {0, 0, 0}, randomDirection(random)), 0.5);
@@ -122,7 +122,7 @@ TEST(RayCast, WallFillsItsHalfSpace) {
     TestScene scene;
     scene.surface("Wall");
     ObjectDescription &wall = scene.object("Wall", PlaneShape{.width = 4e6, .depth = 4e6}, "Wall", {3, 0, 0});
-    wall.transform.rotation = {0, 0, 90};
+    wall.rotation = {0, 0, 90};
     probeAtOrigin(scene, [](ShadingSample &sample, double *) {
         std::mt19937 random(5);
         for (int i = 0; i < 2000; ++i) {

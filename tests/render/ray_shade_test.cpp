@@ -23,7 +23,7 @@ TEST(RayShade, FillsTheWholeRecord) {
                    {"Refraction Index", 1.25}},
                   {1, 0, 0.5});
     ObjectDescription &wall = scene.object("Wall", BoxShape{.size = {4, 4, 4}}, "Wall", {0, 0, 5});
-    wall.transform.scale = {1, 1, 0.5};
+    wall.scale = {1, 1, 0.5};
     probeAtOrigin(scene, [&](ShadingSample &sample, double *) {
         HostRayHitRoom room;
         EXPECT_NEAR(shadeRay(sample, {0, 0.5, 4}, room), length({0, 0.5, 4}), 1e-5);

@@ -97,9 +97,9 @@ TEST(RenderScene, RefusesWhatMakesNoSense) {
         EXPECT_THROW(scene.renderScene(), InputError) << what;
     };
     refused([](SceneDescription &scene) { scene.objects[0].surfaces.clear(); }, "no surface");
-    refused([](SceneDescription &scene) { scene.objects[0].transform.scale = {1, 0, 1}; }, "flattened");
-    refused([](SceneDescription &scene) { scene.objects[0].transform.position = {NAN, 0, 0}; }, "nowhere");
-    refused([](SceneDescription &scene) { scene.objects[0].transform.rotation = {0, INFINITY, 0}; }, "spinning");
+    refused([](SceneDescription &scene) { scene.objects[0].scale = {1, 0, 1}; }, "flattened");
+    refused([](SceneDescription &scene) { scene.objects[0].position = {NAN, 0, 0}; }, "nowhere");
+    refused([](SceneDescription &scene) { scene.objects[0].rotation = {0, INFINITY, 0}; }, "spinning");
     refused([](SceneDescription &scene) { scene.objects[0].shape = BoxShape{.size = {1, 0, 1}}; }, "a flat box");
     refused([](SceneDescription &scene) { scene.lights.emplace_back(); }, "a distant light on its target");
     refused(

@@ -68,7 +68,7 @@ TEST(Renderer, AlphaIsCoverageAndBackdropIsColour) {
     const double pixel = 2 * std::tan(20 * kPi / 180) / 2;
     ObjectDescription &wall =
         scene.object("Wall", PlaneShape{.width = 2, .depth = 10}, "Wall", {-1 + pixel / 4, 0, -4});
-    wall.transform.rotation = {0, -90, 0};
+    wall.rotation = {0, -90, 0};
     const Frame frame = scene.render();
     EXPECT_EQ(frame.picture.pixel(0, 0)[3], 1);
     EXPECT_NEAR(frame.picture.pixel(1, 0)[3], 0.25, 0.01);
@@ -86,7 +86,7 @@ TEST(Renderer, OneSampleStandsInTheMiddle) {
         places[static_cast<std::size_t>(sample.pixelX + 3 * sample.pixelY)] = Vec3(sample.position);
         ++samples;
     });
-    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall", {0, 0, -4}).transform.rotation = {0, -90, 0};
+    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall", {0, 0, -4}).rotation = {0, -90, 0};
     scene.render();
     const double pixel = 2 * std::tan(20 * kPi / 180) / 3;
     EXPECT_EQ(samples, 9);
@@ -195,7 +195,7 @@ TEST(Renderer, CountsRaysByKind) {
         sample.rayTraceMode(sample.position, up, colour, 1, kTraceShadow);
         sample.rayTrace(sample.position, up, colour);
     });
-    scene.object("Wall", PlaneShape{.width = 4, .depth = 4}, "Wall").transform.rotation = {0, -90, 0};
+    scene.object("Wall", PlaneShape{.width = 4, .depth = 4}, "Wall").rotation = {0, -90, 0};
     LightDescription sun;
     sun.position = {0, 0, -1};
     scene.description.lights.push_back(sun);

@@ -21,8 +21,8 @@ struct SampleTest : testing::Test {
             probe(sample, value);
         });
         ObjectDescription &floor = scene.object("Floor", PlaneShape{.width = 4, .depth = 4}, "Floor", {1, -1, 0.5});
-        floor.transform.rotation = {90, 0, 0};
-        floor.transform.scale = {2, 1, 4};
+        floor.rotation = {90, 0, 0};
+        floor.scale = {2, 1, 4};
         scene.description.cameras[0].position = {0, 0, -std::sqrt(3.0)};
         scene.description.cameras[0].rotation = {0, 30, 0};
         scene.render();
@@ -114,8 +114,8 @@ TEST(Sample, SpotGrowsAlongThePath) {
     scene.probe("Mirror", "Luminosity", note);
     scene.probe("Wall", "Luminosity", note);
     const PlaneShape wall{.width = 9, .depth = 9};
-    scene.object("Mirror", wall, "Mirror").transform.rotation = {0, 90, 0};
-    scene.object("Wall", wall, "Wall", {0, 0, -7}).transform.rotation = {0, 90, 0};
+    scene.object("Mirror", wall, "Mirror").rotation = {0, 90, 0};
+    scene.object("Wall", wall, "Wall", {0, 0, -7}).rotation = {0, 90, 0};
     scene.render();
     ASSERT_EQ(spots.size(), 2u);
     EXPECT_NEAR(spots[0], 5 * pixel, kTolerance);
@@ -133,7 +133,7 @@ TEST(Sample, BackSidesAreTurnedToTheView) {
         expectNear(Vec3(sample.shadingNormal), {0, 0, -1}, kTolerance);
         EXPECT_NEAR(sample.cosine, 1, kTolerance);
     });
-    scene.object("Pane", PlaneShape{.width = 4, .depth = 4}, "Pane").transform.rotation = {0, 90, 0};
+    scene.object("Pane", PlaneShape{.width = 4, .depth = 4}, "Pane").rotation = {0, 90, 0};
     scene.render();
     EXPECT_TRUE(called);
 }
@@ -141,13 +141,13 @@ TEST(Sample, BackSidesAreTurnedToTheView) {
 TEST(Sample, SingleSidedBacksAreNotThere) {
     TestScene scene;
     scene.surface("Pane", {{"Luminosity", 1}}).doubleSided = false;
-    scene.object("Pane", PlaneShape{.width = 4, .depth = 4}, "Pane").transform.rotation = {0, 90, 0};
+    scene.object("Pane", PlaneShape{.width = 4, .depth = 4}, "Pane").rotation = {0, 90, 0};
     expectNear(scene.pixel(), {0.25, 0.5, 0.75}, kTolerance, "the back");
     TestScene front;
     front.surface("Pane", {{"Luminosity", 1}}).doubleSided = false;
     int flags = -1;
     front.probe("Pane", "Color", [&](ShadingSample &sample, double *) { flags = sample.rayFlags; });
-    front.object("Pane", PlaneShape{.width = 4, .depth = 4}, "Pane").transform.rotation = {0, -90, 0};
+    front.object("Pane", PlaneShape{.width = 4, .depth = 4}, "Pane").rotation = {0, -90, 0};
     front.render();
     EXPECT_EQ(flags, 0);
 }

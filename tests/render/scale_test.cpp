@@ -25,7 +25,7 @@ Picture pictureAt(double scale) {
     scene.object("Ball", SphereShape{.radius = scale, .segments = 48}, "Ball", at(-0.8, 0, 0));
     scene.object("Mirror", PlaneShape{.width = 6 * scale, .depth = 6 * scale}, "Mirror", at(0, 0, 4))
         .transform.rotation = {0, -80, 0};
-    scene.object("Glass", BoxShape{.size = at(1, 1, 1)}, "Glass", at(1.3, -0.45, -0.5)).transform.rotation = {30, 0, 0};
+    scene.object("Glass", BoxShape{.size = at(1, 1, 1)}, "Glass", at(1.3, -0.45, -0.5)).rotation = {30, 0, 0};
     LightDescription sun;
     sun.kind = LightDescription::Kind::distant;
     sun.position = {1, 2, -1};
@@ -120,8 +120,8 @@ TEST(SelfIntersection, FlatGridsDoNotSeeThemselves) {
             }
         });
         ObjectDescription &grid = scene.object("Grid", MeshFile{directory / "grid.obj"}, "Grid", each.position);
-        grid.transform.rotation = each.rotation;
-        grid.transform.scale = {each.size, each.size, each.size};
+        grid.rotation = each.rotation;
+        grid.scale = {each.size, each.size, each.size};
         const Vec3 up = rotationMatrix(each.rotation) * Vec3{0, 1, 0};
         const Vec3 eye = Vec3(each.position) + 2 * each.size * up;
         scene.description.cameras[0].position = {eye.x, eye.y, eye.z};

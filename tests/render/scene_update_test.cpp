@@ -19,7 +19,7 @@ struct SceneUpdateTest : testing::Test {
         test.surface("Ball", {{"Diffuse", 0.8}, {"Reflection", 0.3}});
         test.surface("Box", {{"Diffuse", 0.7}}, {1, 0.5, 0.2});
         test.object("Ball", SphereShape{.radius = 0.7, .segments = 12}, "Ball", {-0.6, 0, 0});
-        test.object("Box", BoxShape{}, "Box", {0.8, 0.2, 0}).transform.rotation = {30, 20, 10};
+        test.object("Box", BoxShape{}, "Box", {0.8, 0.2, 0}).rotation = {30, 20, 10};
         test.object("Floor", PlaneShape{.width = 10, .depth = 10}, "Box", {0, -1, 0});
         LightDescription sun;
         sun.name = "Sun";
@@ -79,7 +79,7 @@ TEST_F(SceneUpdateTest, LooksCostNothing) {
     scene().objects[0].surfaces[0].surface = "Box";
     expectWork("another surface", {});
     surface("Ball").doubleSided = surface("Box").doubleSided = false;
-    scene().objects[2].transform.rotation = {0, 180, 0}; // the floor turns its back
+    scene().objects[2].rotation = {0, 180, 0}; // the floor turns its back
     expectWork("single-sided surfaces", {.meshes = 1, .smoothings = 1, .accelerations = 1});
     EXPECT_NE(acceleration(), before);
     EXPECT_EQ(object(0).mesh.get(), ball);
@@ -108,7 +108,7 @@ TEST_F(SceneUpdateTest, SmoothingComputesNormalsOnly) {
 
 TEST_F(SceneUpdateTest, GeometryIsBuiltWhereItChanged) {
     const Mesh *const floor = object(2).mesh.get();
-    scene().objects[0].transform.position[0] = -0.4;
+    scene().objects[0].position[0] = -0.4;
     expectWork("moved", {.meshes = 1, .accelerations = 1});
     scene().objects[1].shape = BoxShape{.size = {1, 2, 1}};
     expectWork("reshaped", {.meshes = 1, .smoothings = 1, .accelerations = 1});
@@ -119,7 +119,7 @@ TEST_F(SceneUpdateTest, GeometryIsBuiltWhereItChanged) {
     EXPECT_EQ(object(1).mesh.get(), floor);
     scene().objects.insert(scene().objects.begin(), scene().objects.back());
     scene().objects.front().name = "Ceiling";
-    scene().objects.front().transform.position[1] = 1.5;
+    scene().objects.front().position[1] = 1.5;
     expectWork("added", {.meshes = 1, .smoothings = 1, .accelerations = 1});
 }
 
@@ -131,7 +131,7 @@ TEST_F(SceneUpdateTest, FilesAreNotReadAgain) {
     std::filesystem::remove(directory / "a.obj");
     scene().cameras[0].fieldOfView = 50;
     EXPECT_EQ(test.update(), SceneWork{});
-    scene().objects.back().transform.scale = {2, 2, 2};
+    scene().objects.back().scale = {2, 2, 2};
     EXPECT_THROW(test.update(), InputError);
 }
 
@@ -182,7 +182,7 @@ TEST_F(SceneUpdateTest, ErrorsLeaveTheSceneAsItWas) {
         EXPECT_EQ(test.item(kItemObject, "Ball"), ball) << what;
         EXPECT_EQ(ball->mesh, object(0).mesh.get()) << what;
     };
-    refused("flattened", [](SceneDescription &scene) { scene.objects[0].transform.scale = {1, 0, 1}; });
+    refused("flattened", [](SceneDescription &scene) { scene.objects[0].scale = {1, 0, 1}; });
     refused("a new object without a surface", [](SceneDescription &scene) {
         scene.objects.insert(scene.objects.begin(), scene.objects[1]);
         scene.objects[0].name = "New";
@@ -198,7 +198,8 @@ TEST_F(SceneUpdateTest, ErrorsLeaveTheSceneAsItWas) {
 }
 
 TEST_F(SceneUpdateTest, SurfacesLearnTheirNewBounds) {
-    scene().objects[1].transform = {.position = {5, 0, 0}};
+    scene().objects[1].position = {5, 0, 0};
+    scene().objects[1].rotation = {};
     test.update();
     double bounds[3][2] = {};
     test.surfaceOf("Box")->network().bounds(bounds);

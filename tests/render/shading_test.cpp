@@ -23,7 +23,7 @@ LightDescription light(Kind kind, const Double3 &position, const Double3 &target
 TestScene wall(TestScene::Values values, const Double3 &colour = {1, 1, 1}) {
     TestScene scene;
     scene.surface("Wall", values, colour);
-    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall").transform.rotation = {0, -90, 0};
+    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall").rotation = {0, -90, 0};
     return scene;
 }
 
@@ -200,7 +200,7 @@ TEST(Shading, PenumbraOfAnAreaLightIsHalfWay) {
     // A half plane above the axis hides the upper half of the light from the middle of the wall.
     TestScene scene = wall({{"Diffuse", 1}});
     scene.surface("Screen");
-    scene.object("Screen", PlaneShape{.width = 40, .depth = 2}, "Screen", {0, 1, -5}).transform.rotation = {0, 90, 0};
+    scene.object("Screen", PlaneShape{.width = 40, .depth = 2}, "Screen", {0, 1, -5}).rotation = {0, 90, 0};
     scene.description.objects.back().seenByCamera = false;
     LightDescription area = light(Kind::area, {0, 0, -10});
     area.samples = 256;

@@ -80,7 +80,7 @@ ObjectDescription &TestScene::object(const std::string &name, const ShapeDescrip
     ObjectDescription &object = description.objects.emplace_back();
     object.name = name;
     object.shape = shape;
-    object.transform.position = position;
+    object.position = position;
     object.surfaces.push_back({.material = "", .surface = surface, .location = {}});
     return object;
 }

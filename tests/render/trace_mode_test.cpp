@@ -37,9 +37,9 @@ TestScene panes() {
     scene.surface("Quarter", {{"Luminosity", 1}, {"Transparency", 0.25}}, {0, 0, 1});
     scene.surface("Wall", {{"Luminosity", 1}}, {1, 0, 0});
     const PlaneShape pane{.width = 2, .depth = 2};
-    scene.object("Half", pane, "Half", {0, 0, 2}).transform.rotation = {0, -90, 0};
-    scene.object("Quarter", pane, "Quarter", {0, 0, 4}).transform.rotation = {0, -90, 0};
-    scene.object("Wall", pane, "Wall", {0, 0, 6}).transform.rotation = {0, -90, 0};
+    scene.object("Half", pane, "Half", {0, 0, 2}).rotation = {0, -90, 0};
+    scene.object("Quarter", pane, "Quarter", {0, 0, 4}).rotation = {0, -90, 0};
+    scene.object("Wall", pane, "Wall", {0, 0, 6}).rotation = {0, -90, 0};
     return scene;
 }
 
@@ -161,9 +161,9 @@ TEST(TraceMode, RecursionStopsAtTheLimit) {
         TestScene scene;
         scene.job.recursionDepth = limit;
         scene.surface("Mirror", {{"Luminosity", 0.25}, {"Reflection", 0.5}});
-        scene.object("Front", PlaneShape{.width = 4, .depth = 4}, "Mirror", {0, 0, 1}).transform.rotation = {0, 90, 0};
+        scene.object("Front", PlaneShape{.width = 4, .depth = 4}, "Mirror", {0, 0, 1}).rotation = {0, 90, 0};
         ObjectDescription &back = scene.object("Back", PlaneShape{.width = 40, .depth = 40}, "Mirror", {0, 0, -9});
-        back.transform.rotation = {0, 90, 0};
+        back.rotation = {0, 90, 0};
         // 0.25 from each mirror that is shaded, halved each time; black beyond the last.
         double expected = 0;
         for (int i = 0; i <= limit; ++i) expected += 0.25 * std::pow(0.5, i);
@@ -194,8 +194,8 @@ TEST(TraceMode, ShadowsThatTraceShadowsEnd) {
         const Vec3 position(sample.position);
         value[0] = 1 - trace(sample, kTraceShadow, {0, 0, position.z > 3 ? -1.0 : 1.0}, position).colour.x / 2;
     });
-    scene.object("A", PlaneShape{}, "Pane", {0, 0, 2}).transform.rotation = {0, 90, 0};
-    scene.object("B", PlaneShape{}, "Pane", {0, 0, 4}).transform.rotation = {0, 90, 0};
+    scene.object("A", PlaneShape{}, "Pane", {0, 0, 2}).rotation = {0, 90, 0};
+    scene.object("B", PlaneShape{}, "Pane", {0, 0, 4}).rotation = {0, 90, 0};
     probeAtOrigin(scene, [](ShadingSample &sample, double *) { trace(sample, kTraceShadow); });
     EXPECT_GT(evaluations, 4);
     EXPECT_LT(evaluations, 100);

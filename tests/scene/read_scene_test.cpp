@@ -108,15 +108,15 @@ TEST(ReadScene, ReadsObjectsOfEveryShape) {
     EXPECT_TRUE(floor.seenByCamera);
     EXPECT_EQ(std::get<BoxShape>(crate.shape).size, (Double3{1, 2, 3}));
     EXPECT_TRUE(std::get<BoxShape>(crate.shape).inward);
-    EXPECT_EQ(crate.transform.rotation, (Double3{4, 5, 6}));
-    EXPECT_EQ(crate.transform.scale, (Double3{2, 2, 2}));
+    EXPECT_EQ(crate.rotation, (Double3{4, 5, 6}));
+    EXPECT_EQ(crate.scale, (Double3{2, 2, 2}));
     ASSERT_EQ(crate.surfaces.size(), 2u);
     EXPECT_EQ(crate.surfaces[0].material, "");
     EXPECT_EQ(crate.surfaces[0].surface, "Steel");
     EXPECT_EQ(crate.surfaces[1].material, "Lid");
     EXPECT_EQ(crate.surfaces[1].surface, "Clay");
     EXPECT_EQ(std::get<SphereShape>(ball.shape).segments, 12);
-    EXPECT_EQ(ball.transform.scale, (Double3{1, 2, -1}));
+    EXPECT_EQ(ball.scale, (Double3{1, 2, -1}));
     EXPECT_FALSE(ball.castsShadows);
 }
 

@@ -71,8 +71,7 @@ TEST_F(OpenSession, ChangesLightsBackdropAndRenderSettingsWithoutBuildingAnythin
 }
 
 TEST_F(OpenSession, BuildsTheRayStructureAgainForAnObjectThatMoves) {
-    const SceneWork work =
-        session_.change([](SceneDescription &scene) { scene.objects[0].transform.position[0] = 0.5; });
+    const SceneWork work = session_.change([](SceneDescription &scene) { scene.objects[0].position[0] = 0.5; });
     EXPECT_EQ(work.accelerations, 1);
     EXPECT_EQ(work.meshes, 1) << "only the mesh of the moved object";
     EXPECT_EQ(test::pixelsOf(session_), test::pixelsOf(session_.describe()));
@@ -80,11 +79,11 @@ TEST_F(OpenSession, BuildsTheRayStructureAgainForAnObjectThatMoves) {
 
 TEST_F(OpenSession, StaysAsItWasWhenAChangeIsRefused) {
     const std::vector<float> before = test::pixelsOf(session_);
-    const auto shrinkToNothing = [](SceneDescription &scene) { scene.objects[0].transform.scale = {0, 1, 1}; };
+    const auto shrinkToNothing = [](SceneDescription &scene) { scene.objects[0].scale = {0, 1, 1}; };
     EXPECT_NE(refusal([&] { session_.change(shrinkToNothing); }), "");
     const auto switchCurve = [](SceneDescription &scene) { scene.render.workflow = Workflow::classic; };
     EXPECT_NE(refusal([&] { session_.change(switchCurve); }), "") << "the images were read for the other workflow";
-    EXPECT_EQ(session_.scene().objects[0].transform.scale, (Double3{1, 1, 1}));
+    EXPECT_EQ(session_.scene().objects[0].scale, (Double3{1, 1, 1}));
     EXPECT_EQ(test::pixelsOf(session_), before);
 }
 

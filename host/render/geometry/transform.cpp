@@ -41,11 +41,12 @@ Matrix lookAlong(const Vec3 &direction) {
     return {.m = {right.x, up.x, forward.x, right.y, up.y, forward.y, right.z, up.z, forward.z}};
 }
 
-Transform::Transform(const TransformDescription &description) : position(description.position) {
+Transform::Transform(const TransformDescription &description) {
     toWorld = rotationMatrix(description.rotation);
     for (std::size_t row = 0; row < 3; ++row)
         for (std::size_t column = 0; column < 3; ++column) toWorld.m[3 * row + column] *= description.scale[column];
     toObject = toWorld.inverse();
+    position = Vec3(description.position) - toWorld * Vec3(description.pivot);
 }
 
 } // namespace velm::host

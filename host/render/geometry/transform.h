@@ -33,10 +33,11 @@ Matrix lookAlong(const Vec3 &direction);
 
 struct Transform {
     Matrix toWorld, toObject;
-    Vec3 position;
+    Vec3 position; // of the origin of the object's coordinates
 
     Transform() = default;
-    // Scale, then rotation, then translation. A scale of 0 makes matrices that are not finite; callers check for it.
+    // The pivot to the origin, then scale, rotation and translation. A scale of 0 makes matrices that are not finite;
+    // callers check for it.
     explicit Transform(const TransformDescription &description);
 
     Vec3 pointToWorld(const Vec3 &point) const { return toWorld * point + position; }

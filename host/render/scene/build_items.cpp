@@ -46,11 +46,11 @@ class ItemBuilder {
 
     void addObject(const ObjectDescription &description) {
         try {
-            requireUsable(description.transform);
+            requireUsable(description);
             HostItem *item = take(kItemObject, description.name);
             const auto former = former_.find(item);
             const bool same = former != former_.end() && former->second->shape == description.shape &&
-                              former->second->placement == description.transform;
+                              former->second->placement == description;
             data_.objects.push_back(same ? *former->second : newObject(item, description));
             RenderObject &object = data_.objects.back();
             object.surfaces.clear();
@@ -64,13 +64,13 @@ class ItemBuilder {
     }
 
     RenderObject newObject(HostItem *item, const ObjectDescription &description) {
-        const Transform transform(description.transform);
-        std::shared_ptr<Mesh> mesh = meshes_ ? meshes_->take(description.shape, description.transform) : nullptr;
+        const Transform transform(description);
+        std::shared_ptr<Mesh> mesh = meshes_ ? meshes_->take(description.shape, description) : nullptr;
         if (!mesh) mesh = std::make_shared<Mesh>(makeMesh(description.shape, transform));
         std::vector<Bounds> bounds = boundsByMaterial(*mesh);
         return {.item = item,
                 .shape = description.shape,
-                .placement = description.transform,
+                .placement = description,
                 .meshNumber = data_.work.meshes++,
                 .mesh = std::move(mesh),
                 .bounds = std::move(bounds),

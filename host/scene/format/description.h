@@ -92,8 +92,53 @@ struct TransformDescription {
     Double3 position{};
     Double3 rotation{}; // heading, pitch, bank
     Double3 scale{1, 1, 1};
+    Double3 pivot{}; // the point that is at `position`, and about which the item is rotated and scaled
 
     bool operator==(const TransformDescription &) const = default;
+};
+
+// The values of items that may have keys. Those with three components have keys for each component by itself.
+enum class Channel {
+    position,
+    rotation, // degrees
+    scale,
+    pivot,
+    target,      // the point
+    colour,      // of lights
+    intensity,   // of lights
+    range,       // of lights
+    cone,        // of spot lights, degrees
+    edge,        // of spot lights, degrees
+    fieldOfView, // of cameras, degrees
+    dissolve,    // of objects
+};
+
+// The keys of one component of a value. They replace the constant in the item's member, which then keeps its default.
+struct ChannelDescription {
+    Channel channel = Channel::position;
+    int component = 0;    // 0 to 2; 0 of a value with one component
+    KeysDescription keys; // of one component, in seconds and in the unit of the member
+
+    bool operator==(const ChannelDescription &) const = default;
+};
+
+// What objects, nulls, lights and cameras have in common: where they are. An item's transform is relative to its
+// parent. Its target replaces its rotation.
+struct ItemDescription : TransformDescription {
+    std::string name;                         // unique among the items of its kind
+    std::string parent;                       // the name of another item of any kind, unique among all; empty: none
+    bool hasTarget = false;                   // the item's +Z points at `targetItem`, or at `target`
+    Double3 target{};                         // in world coordinates; used when `targetItem` is empty
+    std::string targetItem;                   // the name of another item of any kind, unique among all
+    std::vector<ChannelDescription> channels; // in order of channel and component; none occurs twice
+    SourceLocation location, parentLocation, targetLocation;
+
+    bool operator==(const ItemDescription &) const = default;
+};
+
+// An item without a shape, to which others are attached.
+struct NullDescription : ItemDescription {
+    bool operator==(const NullDescription &) const = default;
 };
 
 struct MeshFile {
@@ -131,40 +176,39 @@ struct SurfaceUse {
     bool operator==(const SurfaceUse &) const = default;
 };
 
-struct ObjectDescription {
-    std::string name;
+struct ObjectDescription : ItemDescription {
     ShapeDescription shape;
-    TransformDescription transform;
     std::vector<SurfaceUse> surfaces; // the entry with the empty material first, where there is one
     bool seenByCamera = true, seenByRays = true, castsShadows = true;
-    SourceLocation location;
+    double dissolve = 0; // 0 to 1: 1 is invisible
 
     bool operator==(const ObjectDescription &) const = default;
 };
 
-struct LightDescription {
-    enum class Kind { point, distant, area } kind = Kind::distant;
-    std::string name;
-    Double3 position{}; // of point and area lights
-    Double3 target{};   // the point that a distant or area light faces; a distant light shines from position to target
+// A light shines along its +Z. The scale changes the size of an area light.
+struct LightDescription : ItemDescription {
+    enum class Kind { point, distant, area, spot } kind = Kind::distant;
+    // The factor by which the light decreases with the distance d: 1, max(0, 1 - d / range), range / d, (range / d)^2.
+    enum class Falloff { none, linear, inverseDistance, inverseSquare } falloff = Falloff::inverseSquare;
+
     Double3 colour{1, 1, 1};
-    double intensity = 1;         // 1 lights a facing diffuse white surface to 1 (at 1 m for point and area lights)
+    double intensity = 1;         // 1 lights a facing diffuse white surface to 1 where the falloff is 1
+    double range = 1;             // of the falloff, metres
+    double cone = 30;             // of a spot light: half the full angle of its cone, degrees
+    double edge = 5;              // of a spot light: width of the soft edge inside the cone, degrees
     double width = 1, height = 1; // of an area light
     int samples = 16;             // shadow rays of an area light
     bool shadows = true;
-    SourceLocation location;
+
+    LightDescription() { hasTarget = true; } // the origin
 
     bool operator==(const LightDescription &) const = default;
 };
 
-struct CameraDescription {
-    std::string name;
-    Double3 position{0, 0, -5};
-    Double3 rotation{}; // heading, pitch, bank; ignored when there is a target
-    bool hasTarget = false;
-    Double3 target{};
+struct CameraDescription : ItemDescription {
     double fieldOfView = 40; // horizontal, degrees
-    SourceLocation location;
+
+    CameraDescription() { position = {0, 0, -5}; }
 
     bool operator==(const CameraDescription &) const = default;
 };
@@ -204,6 +248,7 @@ struct SceneDescription {
     std::vector<LightDescription> lights;
     std::vector<ImageDescription> images;
     std::vector<ObjectDescription> objects;
+    std::vector<NullDescription> nulls;
     std::vector<SurfaceDescription> surfaces;
     std::string surfaceFile; // an object file whose surfaces are added to these; empty: none
     SourceLocation surfaceFileLocation;

@@ -75,7 +75,7 @@ struct MemberPath {
 template <auto member>
 using OwnerOf = typename MemberPath<member>::Owner;
 
-// `inside<&ObjectDescription::transform, &TransformDescription::scale>`: a member of a member.
+// `inside<&KeyInFile::key, &KeyDescription::time>`: a member of a member.
 template <auto first, auto... rest, class Path = MemberPath<first, rest...>>
 consteval auto insideOf() {
     return InnerMember<typename Path::Owner, typename Path::Value>{.get = Path::get, .getConst = Path::getConst};
