@@ -50,7 +50,7 @@ JsonValue parseValue(std::string_view text) {
 
 // Whether the children of a key have names that the scene's author chose. `depth` counts from the top of the file.
 bool holdsNames(std::size_t depth, const std::string &key) {
-    constexpr std::string_view kCollections[] = {"cameras", "lights", "images", "objects", "surfaces"};
+    constexpr std::string_view kCollections[] = {"cameras", "lights", "images", "objects", "nulls", "surfaces"};
     return depth == 0 ? std::ranges::count(kCollections, key) > 0 : key == "nodes";
 }
 

@@ -2,6 +2,8 @@
 
 #include "host/base/names.h"
 #include "host/io/files.h"
+#include "host/scene/format/item_tree.h"
+#include "host/scene/format/keyed_values.h"
 #include "host/scene/format/nested.h"
 #include "host/scene/format/tables.h"
 #include "host/scene/own_surfaces.h"
@@ -33,6 +35,7 @@ void checkNames(const SceneDescription &scene) {
     for (const ObjectDescription &object : scene.objects)
         for (const SurfaceUse &use : object.surfaces)
             requireNamed(scene.surfaces, use.surface, "surface", use.location);
+    ItemTree{scene}; // throws for parents and targets that there are not
 }
 
 } // namespace
@@ -71,7 +74,10 @@ std::string sceneSchema() {
                                      {"title", "A scene of the stand-alone host"}};
     schema.update(objectSchema(sceneTable()));
     schema["required"] = {"cameras"}; // for rendering, unless it is framed
-    schema["$defs"] = {{"settings", settingsDefinition()}, {"node", nodeDefinition()}};
+    schema["$defs"] = {{"settings", settingsDefinition()},
+                       {"node", nodeDefinition()},
+                       {"numberKeys", numberKeysDefinition()},
+                       {"vectorKeys", vectorKeysDefinition()}};
     return schema.dump(2) + '\n';
 }
 

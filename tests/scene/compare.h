@@ -21,13 +21,16 @@ inline void clearLocations(NetworkDescription &network) {
 
 inline SceneDescription withoutLocations(SceneDescription scene) {
     scene.surfaceFileLocation = scene.render.cameraLocation = scene.backdrop.location = {};
-    for (CameraDescription &camera : scene.cameras) camera.location = {};
-    for (LightDescription &light : scene.lights) light.location = {};
+    const auto forget = [](auto &items) {
+        for (ItemDescription &item : items) item.location = item.parentLocation = item.targetLocation = {};
+    };
+    forget(scene.cameras);
+    forget(scene.lights);
+    forget(scene.nulls);
+    forget(scene.objects);
     for (ImageDescription &image : scene.images) image.location = image.fileLocation = {};
-    for (ObjectDescription &object : scene.objects) {
-        object.location = {};
+    for (ObjectDescription &object : scene.objects)
         for (SurfaceUse &use : object.surfaces) use.location = {};
-    }
     for (SurfaceDescription &surface : scene.surfaces) {
         surface.location = {};
         clearLocations(surface.settings);

@@ -64,7 +64,7 @@ class SchemaExample {
     Json object(const Json &schema, const std::string &key) {
         Json result = Json::object();
         if (schema.at("additionalProperties").is_object()) {
-            const std::string name = key == "nodes" ? nodeName() : "Name";
+            const std::string name = key == "nodes" ? nodeName() : key == "nulls" ? kRoot : "Name";
             result[name] = make(schema["additionalProperties"], name);
             return result;
         }
@@ -75,8 +75,13 @@ class SchemaExample {
             if (!onlyOne.empty())
                 for (const Json &one : schema["oneOf"])
                     rival = rival || (one["required"][0] == name && name != onlyOne);
-            // A camera has one or the other. The schema does not say so; the reader does.
+            // An item has one or the other. The schema does not say so; the reader does.
             if (name == "rotation" && result.contains("target")) continue;
+            if (name == "target" && turn_ % 2 == 1) continue;
+            if (name == "parent") { // the null's own would be a circle
+                if (key != kRoot) result[name] = kRoot;
+                continue;
+            }
             if (name == "network") {
                 if (depth_ == 0) result[name] = network(property);
                 continue;
@@ -87,6 +92,8 @@ class SchemaExample {
         if (result.contains("target")) result["target"] = {7, 8, 9};
         return result;
     }
+
+    static constexpr const char *kRoot = "Root"; // the null
 
     const Json &root_;
     std::size_t turn_, alternatives_ = 1;

@@ -1,4 +1,5 @@
-// The tables of objects and their shapes.
+// The tables of objects, their shapes, and nulls.
+#include "host/scene/format/item_rows.h"
 #include "host/scene/format/nested.h"
 #include "host/scene/format/quoted_list.h"
 #include "host/scene/format/surface_collection.h"
@@ -140,19 +141,9 @@ std::optional<Json> writeMaterials(const WriteContext &, const ObjectDescription
 
 // ---- Objects ----
 
-constexpr Field<ObjectDescription> kOtherFields[] = {
-    {.key = "position",
-     .help = "Position of the shape's origin, in metres.",
-     .rule = vec3Rule(),
-     .target = &ObjectDescription::position},
-    {.key = "rotation",
-     .help = "Heading, pitch and bank, in degrees.",
-     .rule = vec3Rule(),
-     .target = &ObjectDescription::rotation},
-    {.key = "scale",
-     .help = "Factor by which the shape is scaled: one number, or one along each axis.",
-     .rule = scaleRule(),
-     .target = &ObjectDescription::scale},
+constexpr ValueRule kDissolveRule{.kind = ValueRule::Kind::number, .minimum = 0, .maximum = 1};
+
+constexpr auto kOtherFields = std::to_array<Field<ObjectDescription>>({
     {.key = "surface",
      .help = "Name of the surface of all polygons that \"materials\" does not mention. Required, except for a mesh "
              "from an object file (.lwo), which then gets the file's own surfaces.",
@@ -178,19 +169,31 @@ constexpr Field<ObjectDescription> kOtherFields[] = {
      .help = "Whether the object casts shadows.",
      .rule = boolRule(),
      .target = &ObjectDescription::castsShadows},
-};
+    {.key = "dissolve",
+     .help = "0 for a visible object, 1 for an invisible one. Objects in between are drawn like visible ones.",
+     .target = keyed<ObjectDescription, Channel::dissolve, &ObjectDescription::dissolve, kDissolveRule>},
+});
 
-// The rows of the shapes, then the others.
-constexpr auto kObjectFields = []<std::size_t... other>(std::index_sequence<other...>) {
-    return std::apply(
-        [](const auto &...rows) {
-            return std::array{shapeField(rows)..., kOtherFields[other]...};
-        },
-        kShapes);
+constexpr auto kShapeFields = std::apply([](const auto &...rows) { return std::array{shapeField(rows)...}; }, kShapes);
+
+constexpr auto kObjectFields = joined(kShapeFields,
+                                      std::array{kPositionField<ObjectDescription>, kTargetField<ObjectDescription>,
+                                                 kRotationField<ObjectDescription>, kScaleField<ObjectDescription>,
+                                                 kPivotField<ObjectDescription>, kParentField<ObjectDescription>},
+                                      kOtherFields);
+
+// ---- Nulls ----
+
+constexpr std::array kNullFields{kPositionField<NullDescription>, kTargetField<NullDescription>,
+                                 kRotationField<NullDescription>, kScaleField<NullDescription>,
+                                 kPivotField<NullDescription>,    kParentField<NullDescription>};
+
+void finishNull(const ReadContext &context, const JsonValue &value, NullDescription &item) {
+    checkAim(context, value, item, "null");
 }
-(std::make_index_sequence<std::size(kOtherFields)>());
 
 void finishObject(const ReadContext &context, const JsonValue &value, ObjectDescription &object) {
+    checkAim(context, value, object, "object");
     if (value.find("surface")) return;
     const auto *mesh = std::get_if<MeshFile>(&object.shape);
     if (!mesh || !isObjectFile(mesh->file)) context.fail(value.line, "an object needs \"surface\"");
@@ -201,6 +204,11 @@ void finishObject(const ReadContext &context, const JsonValue &value, ObjectDesc
 const Table<ObjectDescription> &objectTable() {
     static constexpr Table<ObjectDescription> table{
         .what = "an object", .fields = kObjectFields, .oneOf = kShapeKeys, .finish = finishObject};
+    return table;
+}
+
+const Table<NullDescription> &nullTable() {
+    static constexpr Table<NullDescription> table{.what = "a null", .fields = kNullFields, .finish = finishNull};
     return table;
 }
 

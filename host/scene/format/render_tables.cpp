@@ -1,5 +1,6 @@
 // The tables of render settings, cameras and lights.
 #include "host/base/limits.h"
+#include "host/scene/format/item_rows.h"
 #include "host/scene/format/nested.h"
 #include "host/scene/format/tables.h"
 
@@ -82,89 +83,108 @@ void finishRender(const ReadContext &context, const JsonValue &object, RenderDes
 
 // ---- Cameras ----
 
-constexpr CustomValue<CameraDescription> kCameraTarget{
-    .read =
-        [](const ReadContext &context, const JsonMember &found, CameraDescription &camera) {
-            camera.target = readVec3(context, found.key, found.value, vec3Rule());
-            camera.hasTarget = true;
-        },
-    .write = [](const WriteContext &, const CameraDescription &camera) -> std::optional<nlohmann::ordered_json> {
-        if (!camera.hasTarget) return std::nullopt;
-        return writePlain(vec3Rule(), camera.target);
-    },
-    .schema = [] { return ruleSchema(vec3Rule()); }};
-
-// A camera with a target has no rotation in its file.
-constexpr CustomValue<CameraDescription> kCameraRotation{
-    .read = [](const ReadContext &context, const JsonMember &found,
-               CameraDescription &camera) { readPlain(context, found.key, found.value, vec3Rule(), camera.rotation); },
-    .write = [](const WriteContext &, const CameraDescription &camera) -> std::optional<nlohmann::ordered_json> {
-        if (camera.hasTarget || camera.rotation == CameraDescription{}.rotation) return std::nullopt;
-        return writePlain(vec3Rule(), camera.rotation);
-    },
-    .schema = [] { return ruleSchema(vec3Rule()); }};
-
 void finishCamera(const ReadContext &context, const JsonValue &object, CameraDescription &camera) {
-    if (!camera.hasTarget) return;
-    if (const JsonValue *rotation = object.find("rotation"))
-        context.fail(rotation->line, "a camera that has a \"target\" cannot have a \"rotation\" too");
-    if (camera.target == camera.position)
-        context.fail(object.find("target")->line, "the position of the camera is its target");
+    checkAim(context, object, camera, "camera");
 }
 
 constexpr ValueRule kFieldOfView{
     .kind = ValueRule::Kind::number, .minimum = 0, .maximum = 180, .exclusiveMinimum = true, .exclusiveMaximum = true};
 
-constexpr Field<CameraDescription> kCameraFields[] = {
-    {.key = "position",
-     .help = "Position of the camera, in metres.",
-     .rule = vec3Rule(),
-     .target = &CameraDescription::position},
-    {.key = "target",
-     .help = "The point that the camera looks at, in metres; replaces a rotation.",
-     .target = kCameraTarget},
-    {.key = "rotation", .help = "Heading, pitch and bank, in degrees.", .target = kCameraRotation},
-    {.key = "fieldOfView",
-     .help = "Horizontal field of view, in degrees.",
-     .rule = kFieldOfView,
-     .target = &CameraDescription::fieldOfView},
+constexpr std::array kCameraFields{
+    kPositionField<CameraDescription>,
+    kTargetField<CameraDescription>,
+    kRotationField<CameraDescription>,
+    kPivotField<CameraDescription>,
+    kParentField<CameraDescription>,
+    Field<CameraDescription>{
+        .key = "fieldOfView",
+        .help = "Horizontal field of view, in degrees.",
+        .target = keyed<CameraDescription, Channel::fieldOfView, &CameraDescription::fieldOfView, kFieldOfView>},
 };
 
 // ---- Lights ----
 
-constexpr const char *kLightKinds[] = {"point", "distant", "area"};
+constexpr const char *kLightKinds[] = {"point", "distant", "area", "spot"};
 constexpr unsigned kPoint = 1u << static_cast<unsigned>(LightDescription::Kind::point);
 constexpr unsigned kDistant = 1u << static_cast<unsigned>(LightDescription::Kind::distant);
 constexpr unsigned kArea = 1u << static_cast<unsigned>(LightDescription::Kind::area);
-static_assert(kPoint == 1 && kDistant == 2 && kArea == 4, "the texts of the kinds are in the order of the kinds");
+constexpr unsigned kSpot = 1u << static_cast<unsigned>(LightDescription::Kind::spot);
+static_assert(kPoint == 1 && kDistant == 2 && kArea == 4 && kSpot == 8,
+              "the texts of the kinds are in the order of the kinds");
+
+constexpr const char *kFalloffs[] = {"none", "linear", "inverseDistance", "inverseSquare"};
+static_assert(static_cast<int>(LightDescription::Falloff::none) == 0 &&
+              static_cast<int>(LightDescription::Falloff::linear) == 1 &&
+              static_cast<int>(LightDescription::Falloff::inverseDistance) == 2 &&
+              static_cast<int>(LightDescription::Falloff::inverseSquare) == 3);
+
+constexpr CustomValue<LightDescription> kFalloff{
+    .read =
+        [](const ReadContext &context, const JsonMember &found, LightDescription &light) {
+            const int falloff = readChoice(context, found.key, found.value, choiceRule(kFalloffs));
+            light.falloff = static_cast<LightDescription::Falloff>(falloff);
+        },
+    .write = [](const WriteContext &, const LightDescription &light) -> std::optional<nlohmann::ordered_json> {
+        if (light.falloff == LightDescription{}.falloff) return std::nullopt;
+        return writePlain(choiceRule(kFalloffs), static_cast<int>(light.falloff));
+    },
+    .schema = [] { return ruleSchema(choiceRule(kFalloffs)); }};
 
 void finishLight(const ReadContext &context, const JsonValue &object, LightDescription &light) {
-    if (light.kind != LightDescription::Kind::point && light.position == light.target)
-        context.fail(object.line, "the position of the light is its target");
+    if (light.kind != LightDescription::Kind::point) checkAim(context, object, light, "light");
 }
 
-constexpr Field<LightDescription> kLightFields[] = {
+constexpr ValueRule kColour = colourRule(), kAtLeast0 = atLeastRule(0), kPositive = positiveRule();
+constexpr ValueRule kConeRule{.kind = ValueRule::Kind::number, .minimum = 0, .maximum = 180, .exclusiveMinimum = true};
+
+// Every light says where it is.
+constexpr Field<LightDescription> kLightPosition{
+    .key = "position",
+    .help = "Position of the light, in metres, relative to the parent.",
+    .target = keyed<LightDescription, Channel::position, &LightDescription::position, kVectorRule, true>,
+    .required = true};
+
+constexpr Field<LightDescription> kLightTarget{
+    .key = "target",
+    .help = "What the light shines at, instead of a rotation: a point of the scene, in metres, or an item's name; the "
+            "origin by default.",
+    .target = kTargetValue<LightDescription>,
+    .kinds = kDistant | kArea | kSpot};
+
+constexpr auto kLightKind = std::to_array<Field<LightDescription>>({
     {.key = "kind",
-     .help = "A point light shines in all directions, a distant light has parallel rays, an area light soft shadows.",
+     .help = "A point light shines in all directions, a distant light has parallel rays, an area light soft shadows, a "
+             "spot light a cone.",
      .rule = choiceRule(kLightKinds),
      .target = kindIn<&LightDescription::kind>,
      .required = true},
-    {.key = "position",
-     .help = "Position of the light, in metres.",
-     .rule = vec3Rule(),
-     .target = &LightDescription::position,
-     .required = true},
-    {.key = "target",
-     .help = "The point that the light shines at, in metres; the origin by default.",
-     .rule = vec3Rule(),
-     .target = &LightDescription::target,
-     .kinds = kDistant | kArea},
-    {.key = "colour", .help = "Colour of the light.", .rule = colourRule(), .target = &LightDescription::colour},
+});
+
+constexpr auto kLightValues = std::to_array<Field<LightDescription>>({
+    {.key = "colour",
+     .help = "Colour of the light.",
+     .target = keyed<LightDescription, Channel::colour, &LightDescription::colour, kColour>},
     {.key = "intensity",
-     .help = "1 lights a white surface that faces the light fully: at any distance from a distant light, at one metre "
-             "from the others.",
-     .rule = atLeastRule(0),
-     .target = &LightDescription::intensity},
+     .help = "1 lights a white surface that faces the light fully: at any distance from a distant light, at the range "
+             "(one metre by default) from the others.",
+     .target = keyed<LightDescription, Channel::intensity, &LightDescription::intensity, kAtLeast0>},
+    {.key = "falloff",
+     .help = "How the light decreases with the distance d: not at all, to nothing at the range (1 - d / range), by "
+             "range / d, or by its square.",
+     .target = kFalloff,
+     .kinds = kPoint | kArea | kSpot},
+    {.key = "range",
+     .help = "Range of the falloff, in metres.",
+     .target = keyed<LightDescription, Channel::range, &LightDescription::range, kPositive>,
+     .kinds = kPoint | kArea | kSpot},
+    {.key = "cone",
+     .help = "Half the angle of the cone, in degrees.",
+     .target = keyed<LightDescription, Channel::cone, &LightDescription::cone, kConeRule>,
+     .kinds = kSpot},
+    {.key = "edge",
+     .help = "Width of the soft edge inside the cone, in degrees.",
+     .target = keyed<LightDescription, Channel::edge, &LightDescription::edge, kAtLeast0>,
+     .kinds = kSpot},
     {.key = "width",
      .help = "Width of the light's rectangle, in metres.",
      .rule = positiveRule(),
@@ -184,7 +204,13 @@ constexpr Field<LightDescription> kLightFields[] = {
      .help = "Whether objects cast shadows in this light.",
      .rule = boolRule(),
      .target = &LightDescription::shadows},
-};
+});
+
+constexpr auto kLightFields =
+    joined(kLightKind,
+           std::array{kLightPosition, kLightTarget, kRotationField<LightDescription>, kScaleField<LightDescription>,
+                      kPivotField<LightDescription>, kParentField<LightDescription>},
+           kLightValues);
 
 } // namespace
 

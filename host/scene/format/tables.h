@@ -12,6 +12,7 @@ const Table<LightDescription> &lightTable();
 const Table<BackdropDescription> &backdropTable();
 const Table<ImageDescription> &imageTable();
 const Table<ObjectDescription> &objectTable();
+const Table<NullDescription> &nullTable();
 const Table<SurfaceDescription> &surfaceTable();
 const Table<NodeDescription> &nodeTable();
 const Table<NetworkView> &viewTable();     // "view" of a surface or of a network inside a node
