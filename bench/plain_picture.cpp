@@ -76,7 +76,8 @@ Vec3 PlainTracer::normalAt(const RTCRayHit &ray) const {
 }
 
 PlainPicture renderPlain(const RenderScene &scene, const RenderJob &job, int threads, const PlainShader &shader) {
-    const Camera camera(scene.data().cameras.front().description, job.width, job.height);
+    const RenderCamera &first = scene.data().cameras.front();
+    const Camera camera(first.description, first.transform, job.width, job.height);
     const int columns = (job.width + kTileSize - 1) / kTileSize, rows = (job.height + kTileSize - 1) / kTileSize;
     PlainPicture result;
     std::vector<Vec3> pixels(static_cast<size_t>(job.width) * static_cast<size_t>(job.height));

@@ -1,6 +1,7 @@
 #include "host/cli/file_info.h"
 
 #include "host/io/files.h"
+#include "host/render/motion/pose.h"
 #include "host/scene/convert/object_surfaces.h"
 
 #include <algorithm>
@@ -78,8 +79,11 @@ FileInfo infoOf(const std::string &file, const SearchPath &path, ServerList &ser
         {.reader = *info.reader, .file = file, .path = path, .overrides = {}, .cameras = Cameras::optional});
     MeshCache meshes;
     if (!info.scene.objects.empty()) info.bounds = boundsOf(info.scene, meshes);
-    for (const ObjectDescription &object : info.scene.objects)
-        info.objects.push_back(objectInfo(object, meshes.get(object.shape, object)));
+    const ScenePose pose = poseAt(info.scene, startTime(info.scene.render));
+    for (std::size_t i = 0; i < info.scene.objects.size(); ++i) {
+        const ObjectDescription &object = info.scene.objects[i];
+        info.objects.push_back(objectInfo(object, meshes.get(object.shape, pose.ofMesh(i))));
+    }
     SavedNetworks saved(path, servers);
     for (const SurfaceDescription &surface : info.scene.surfaces) {
         SurfaceInfo &one = info.surfaces.emplace_back();

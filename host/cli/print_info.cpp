@@ -1,6 +1,8 @@
 #include "host/base/names.h"
 #include "host/base/one_line.h"
 #include "host/cli/file_info.h"
+#include "host/render/motion/pose.h"
+#include "host/render/motion/values.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -31,6 +33,10 @@ std::string quoted(const std::vector<std::string> &names) {
     std::vector<std::string> all;
     for (const std::string &name : names) all.push_back(inQuotes(name));
     return fmt::format("{}", fmt::join(all, ", "));
+}
+
+Double3 positionOf(const Transform &transform) {
+    return {transform.position.x, transform.position.y, transform.position.z};
 }
 
 std::string vectorText(const Double3 &vector) { return fmt::format("{:.6g}", fmt::join(vector, " ")); }
@@ -73,12 +79,15 @@ void addRest(const SceneDescription &scene, bool isScene, Lines &lines) {
     for (const ImageDescription &image : scene.images)
         lines.add("image", fmt::format("{}: {}", inQuotes(image.name),
                                        image.notFound.empty() ? image.file : "missing: " + image.notFound));
-    for (const CameraDescription &camera : scene.cameras)
-        lines.add("camera", fmt::format("{}: at {}, field of view {:.6g} degrees", inQuotes(camera.name),
-                                        vectorText(camera.position), camera.fieldOfView));
+    const double start = startTime(scene.render);
+    const ScenePose pose = poseAt(scene, start);
+    for (std::size_t i = 0; i < scene.cameras.size(); ++i)
+        lines.add("camera",
+                  fmt::format("{}: at {}, field of view {:.6g} degrees", inQuotes(scene.cameras[i].name),
+                              vectorText(positionOf(pose.cameras[i])), valuesAt(scene.cameras[i], start).fieldOfView));
     for (const LightDescription &light : scene.lights)
         lines.add("light", fmt::format("{}: {}, intensity {:.6g}", inQuotes(light.name), nameOfLight(light.kind),
-                                       light.intensity));
+                                       valuesAt(light, start).intensity));
     if (!isScene) return;
     const RenderDescription &render = scene.render;
     lines.add("frames", fmt::format("{} to {}, step {}, {:.6g} a second", render.firstFrame, render.lastFrame,
@@ -131,15 +140,21 @@ Json imagesJson(const SceneDescription &scene) {
 
 Json camerasJson(const SceneDescription &scene) {
     Json all = Json::array();
-    for (const CameraDescription &camera : scene.cameras)
-        all.push_back({{"name", camera.name}, {"position", camera.position}, {"fieldOfView", camera.fieldOfView}});
+    const double start = startTime(scene.render);
+    const ScenePose pose = poseAt(scene, start);
+    for (std::size_t i = 0; i < scene.cameras.size(); ++i)
+        all.push_back({{"name", scene.cameras[i].name},
+                       {"position", positionOf(pose.cameras[i])},
+                       {"fieldOfView", valuesAt(scene.cameras[i], start).fieldOfView}});
     return all;
 }
 
 Json lightsJson(const SceneDescription &scene) {
     Json all = Json::array();
     for (const LightDescription &light : scene.lights)
-        all.push_back({{"name", light.name}, {"kind", nameOfLight(light.kind)}, {"intensity", light.intensity}});
+        all.push_back({{"name", light.name},
+                       {"kind", nameOfLight(light.kind)},
+                       {"intensity", valuesAt(light, startTime(scene.render)).intensity}});
     return all;
 }
 

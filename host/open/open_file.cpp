@@ -2,6 +2,7 @@
 
 #include "host/base/error.h"
 #include "host/base/names.h"
+#include "host/render/motion/pose.h"
 #include "host/scene/format/write_scene.h"
 #include "host/scene/read_scene.h"
 
@@ -23,6 +24,21 @@ std::string freeName(const std::vector<T> &all, const std::string &wanted) {
     return name;
 }
 
+// Whether an item has this name as its parent or target.
+bool isReferredTo(const SceneDescription &scene, const std::string &name) {
+    const auto refers = [&name](const ItemDescription &item) { return item.parent == name || item.targetItem == name; };
+    return std::ranges::any_of(scene.objects, refers) || std::ranges::any_of(scene.nulls, refers) ||
+           std::ranges::any_of(scene.lights, refers) || std::ranges::any_of(scene.cameras, refers);
+}
+
+// The name for a new item, so that parents and targets stay what they are.
+template <class T>
+std::string freeItemName(const SceneDescription &scene, const std::vector<T> &all, const std::string &wanted) {
+    std::string name = freeName(all, wanted);
+    while (isReferredTo(scene, name)) name = freeName(all, name + " (added)");
+    return name;
+}
+
 // Values are replaced in the scene that the file becomes, as if that were a scene file.
 SceneDescription withOverrides(const SceneDescription &scene, const OpenRequest &request) {
     const std::string directory = std::filesystem::path(request.file).parent_path().string();
@@ -30,9 +46,13 @@ SceneDescription withOverrides(const SceneDescription &scene, const OpenRequest 
                          Cameras::optional);
 }
 
-const Mesh &meshOf(const ObjectDescription &object, MeshCache &meshes) {
+ScenePose startPose(const SceneDescription &scene) { return poseAt(scene, startTime(scene.render)); }
+
+// The mesh of an object as ScenePose::ofMesh says.
+const Mesh &meshOf(const SceneDescription &scene, const ScenePose &pose, std::size_t index, MeshCache &meshes) {
+    const ObjectDescription &object = scene.objects[index];
     try {
-        return meshes.get(object.shape, object);
+        return meshes.get(object.shape, pose.ofMesh(index));
     } catch (const InputError &error) {
         if (object.location.line == 0) throw; // the object is the file, which the error names
         throw InputError(object.location, fmt::format("object {}: {}", inQuotes(object.name), error.what()));
@@ -61,11 +81,13 @@ void coverObjects(SceneDescription &scene) {
 
 // Gives the materials of a mesh that have no surface a neutral one, where others have their own.
 void coverMaterials(SceneDescription &scene, MeshCache &meshes) {
+    const ScenePose pose = startPose(scene);
     std::string neutral;
-    for (ObjectDescription &object : scene.objects) {
-        std::vector<SurfaceUse> &uses = object.surfaces;
+    for (std::size_t i = 0; i < scene.objects.size(); ++i) {
+        const ObjectDescription &object = scene.objects[i];
+        std::vector<SurfaceUse> &uses = scene.objects[i].surfaces;
         if (std::ranges::count(uses, "", &SurfaceUse::material) > 0) continue;
-        for (const std::string &material : meshOf(object, meshes).materials) {
+        for (const std::string &material : meshOf(scene, pose, i, meshes).materials) {
             if (std::ranges::count(uses, material, &SurfaceUse::material) > 0) continue;
             if (neutral.empty()) neutral = addNeutralSurface(scene);
             const SurfaceUse use{.material = material, .surface = neutral, .location = object.location};
@@ -74,42 +96,92 @@ void coverMaterials(SceneDescription &scene, MeshCache &meshes) {
     }
 }
 
-// A scene without its planes, which are usually wide floors and walls, unless it has nothing else.
-SceneDescription withoutFloors(SceneDescription scene) {
-    const auto isFloor = [](const ObjectDescription &object) {
-        return std::holds_alternative<PlaneShape>(object.shape);
-    };
-    if (!std::ranges::all_of(scene.objects, isFloor)) std::erase_if(scene.objects, isFloor);
-    return scene;
+// Planes are usually wide floors and walls.
+bool isFloor(const ObjectDescription &object) { return std::holds_alternative<PlaneShape>(object.shape); }
+
+Bounds boundsOfMesh(const SceneDescription &scene, const ScenePose &pose, std::size_t index, MeshCache &meshes) {
+    const Mesh &mesh = meshOf(scene, pose, index, meshes);
+    Bounds all;
+    for (const Bounds &bounds :
+         boundsByMaterial(pose.movingObjects[index] ? placedMesh(mesh, pose.objects[index]) : mesh))
+        all.include(bounds);
+    return all;
+}
+
+// The bounds of the objects for which `counts` is true.
+template <class Counts>
+Bounds boundsIf(const SceneDescription &scene, MeshCache &meshes, Counts counts) {
+    const ScenePose pose = startPose(scene);
+    Bounds all;
+    for (std::size_t i = 0; i < scene.objects.size(); ++i)
+        if (counts(scene.objects[i])) all.include(boundsOfMesh(scene, pose, i, meshes));
+    for (const auto &side : all.sides)
+        if (!std::isfinite(side[1] - side[0]))
+            throw InputError({.file = scene.file},
+                             scene.objects.empty() ? "there is no object to frame" : "the objects have no finite size");
+    return all;
+}
+
+// The bounds of what a picture should show: without the planes, unless there is nothing else.
+Bounds framedBounds(const SceneDescription &scene, MeshCache &meshes) {
+    const bool hasOnlyFloors = std::ranges::all_of(scene.objects, isFloor);
+    return boundsIf(scene, meshes, [&](const ObjectDescription &object) { return hasOnlyFloors || !isFloor(object); });
 }
 
 void addCamera(SceneDescription &scene, const Bounds &bounds, View view) {
     CameraDescription camera = framed(bounds, view, double(scene.render.width) / scene.render.height);
-    camera.name = freeName(scene.cameras, "View");
+    camera.name = freeItemName(scene, scene.cameras, "View");
     camera.location.file = scene.file;
     scene.render.camera = camera.name;
     scene.cameras.push_back(std::move(camera));
 }
 
-const CameraDescription &renderCamera(const SceneDescription &scene) {
-    const auto named = std::ranges::find(scene.cameras, scene.render.camera, &CameraDescription::name);
-    return named == scene.cameras.end() ? scene.cameras.front() : *named;
+// The camera that renders the picture, as one by itself at the first frame.
+CameraDescription renderCamera(const SceneDescription &scene) {
+    auto found = std::ranges::find(scene.cameras, scene.render.camera, &CameraDescription::name);
+    if (found == scene.cameras.end()) found = scene.cameras.begin();
+    const bool isByItself = found->parent.empty() && found->targetItem.empty() && found->channels.empty();
+    if (isByItself) return *found;
+    const Transform transform = startPose(scene).cameras[static_cast<std::size_t>(found - scene.cameras.begin())];
+    const Vec3 target = transform.pointToWorld({0, 0, 1});
+    CameraDescription camera;
+    camera.name = found->name;
+    camera.location = found->location;
+    transform.position.store(camera.position.data());
+    camera.hasTarget = true;
+    target.store(camera.target.data());
+    return camera;
 }
 
 void addGround(SceneDescription &scene, const Bounds &bounds, const Double3 &colour) {
     ObjectDescription ground = groundBelow(bounds);
-    ground.name = freeName(scene.objects, "Ground");
+    ground.name = freeItemName(scene, scene.objects, "Ground");
     ground.location.file = scene.file;
     const std::string surface = addSurface(scene, "Ground", colour);
     ground.surfaces.push_back({.material = "", .surface = surface, .location = ground.location});
     scene.objects.push_back(std::move(ground));
 }
 
+// Lights that others have as their parent or target become nulls.
+void replaceLights(std::vector<LightDescription> lights, SceneDescription &scene) {
+    for (const LightDescription &light : scene.lights) {
+        if (!isReferredTo(scene, light.name)) continue;
+        NullDescription &stays = scene.nulls.emplace_back();
+        static_cast<ItemDescription &>(stays) = light;
+        stays.hasTarget = light.hasTarget && light.kind != LightDescription::Kind::point;
+    }
+    scene.lights.clear();
+    for (LightDescription &light : lights) {
+        light.name = freeItemName(scene, scene.lights, light.name);
+        light.location.file = scene.file;
+        scene.lights.push_back(light);
+    }
+}
+
 void addLights(const OpenedFile &opened, const Bounds &bounds, SceneDescription &scene) {
     const CameraDescription camera = renderCamera(scene);
     Lighting lighting = lightingOf(*opened.rig, bounds, camera);
-    for (LightDescription &light : lighting.lights) light.location.file = scene.file;
-    scene.lights = std::move(lighting.lights);
+    replaceLights(std::move(lighting.lights), scene);
     scene.render.ambientColour = lighting.ambientColour;
     scene.render.ambientIntensity = lighting.ambientIntensity;
     if (opened.reader->isScene) return; // which has a backdrop, and a ground if it wants one
@@ -119,8 +191,9 @@ void addLights(const OpenedFile &opened, const Bounds &bounds, SceneDescription 
 }
 
 void warnOfLeftOut(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings) {
-    for (const ObjectDescription &object : opened.scene.objects) {
-        const std::string text = leftOutText(*opened.reader, meshOf(object, meshes).leftOut);
+    const ScenePose pose = startPose(opened.scene);
+    for (std::size_t i = 0; i < opened.scene.objects.size(); ++i) {
+        const std::string text = leftOutText(*opened.reader, meshOf(opened.scene, pose, i, meshes).leftOut);
         if (!text.empty())
             warnings.add({.location = {.file = opened.scene.file, .line = 0},
                           .path = "",
@@ -164,20 +237,13 @@ OpenedFile openFile(const OpenRequest &request) {
 }
 
 Bounds boundsOf(const SceneDescription &scene, MeshCache &meshes) {
-    Bounds all;
-    for (const ObjectDescription &object : scene.objects)
-        for (const Bounds &bounds : boundsByMaterial(meshOf(object, meshes))) all.include(bounds);
-    for (const auto &side : all.sides)
-        if (!std::isfinite(side[1] - side[0]))
-            throw InputError({.file = scene.file},
-                             scene.objects.empty() ? "there is no object to frame" : "the objects have no finite size");
-    return all;
+    return boundsIf(scene, meshes, [](const ObjectDescription &) { return true; });
 }
 
 SceneDescription completeFile(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings) {
     SceneDescription scene = opened.scene;
     if (!opened.isIncomplete()) return scene;
-    const Bounds bounds = boundsOf(withoutFloors(scene), meshes);
+    const Bounds bounds = framedBounds(scene, meshes);
     if (!opened.reader->isScene) {
         warnOfLeftOut(opened, meshes, warnings);
         coverMaterials(scene, meshes);

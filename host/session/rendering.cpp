@@ -47,6 +47,7 @@ Rendering::~Rendering() { session_.surfaces().cleanup(); }
 void Rendering::setFrame(int frame) {
     frame_ = frame;
     time_ = frame / session_.scene().render.framesPerSecond;
+    session_.setTime(time_);
     setTime(frame_, time_);
     session_.surfaces().newTime(frame_, time_);
 }

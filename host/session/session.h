@@ -77,6 +77,10 @@ class Session {
         return apply(std::move(changed));
     }
 
+    // Moves the items to a time in seconds. InputError where that is impossible, as for a camera that is at its target;
+    // the items stay where they are then.
+    void setTime(double time);
+
     // ---- Writing it back ----
 
     // The scene as it is now, the changed networks included. The networks stay as they are.

@@ -40,8 +40,11 @@ class CameraServices : public testing::Test {
         scene_.description.render.framesPerSecond = 25;
         scene_.description.cameras[0].position = {1, 2, 3};
         scene_.description.cameras[0].fieldOfView = 90;
-        scene_.description.cameras.push_back(
-            {.name = "Turned", .position = {-4, 5, 6}, .rotation = {30, -40, 50}, .fieldOfView = 65, .location = {}});
+        CameraDescription &turned = scene_.description.cameras.emplace_back();
+        turned.name = "Turned";
+        turned.position = {-4, 5, 6};
+        turned.rotation = {30, -40, 50};
+        turned.fieldOfView = 65;
         scene_.renderScene();
     }
     HostItem *camera(const std::string &name) { return const_cast<HostItem *>(scene_.item(kItemCamera, name)); }
@@ -84,6 +87,22 @@ TEST_F(CameraServices, TheMiddleOfTheFilmLooksForward) {
         expectNear(Vec3(ray.direction), forward, kTolerance, name);
         expectNear(Vec3(ray.filmNormal), forward, kTolerance, name);
     }
+}
+
+TEST_F(CameraServices, EvaluatorsFollowTheirCameraAtEachNewTime) {
+    CameraDescription &moving = scene_.description.cameras[0];
+    for (const int component : {0, 1, 2})
+        moving.channels.push_back(
+            {.channel = Channel::position,
+             .component = component,
+             .keys = {.components = 1,
+                      .keys = {{.time = 0, .value = {1.0 * component, 0, 0}},
+                               {.time = 2, .value = {5.0 * component, 0, 0}, .shape = kShapeLinear}}}});
+    scene_.update();
+    const Evaluator evaluator = evaluatorOf(camera("Camera"));
+    scene_.renderScene().setTime(scene_.description, 1, scene_.lookup());
+    EXPECT_EQ(evaluationService().newTime(evaluator.get(), 25, 1), nullptr);
+    expectNear(Vec3(rayAt(evaluator, 0, 0).origin), {0, 3, 6}, kTolerance);
 }
 
 // For the level camera, with 45 degrees from the middle to the left and right edges and a picture of 4

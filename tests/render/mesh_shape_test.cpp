@@ -80,6 +80,26 @@ TEST(Shapes, SphereIsRoundClosedAndFacesOutwards) {
     EXPECT_EQ(shapeMesh(SphereShape{.segments = 3}, Transform()).polygonCount, 3u * 2);
 }
 
+// A mesh that is made and then moved is the one that is made in its place, but for rounding.
+TEST(Shapes, CanBeMovedAfterwards) {
+    const TransformDescription stretched = {.position = {4, 5, 6}, .rotation = {-70, 5, 12}, .scale = {3, 0.5, -2}};
+    for (const TransformDescription &place : {TransformDescription{}, kTurned, kMirrored, stretched}) {
+        const Transform transform(place);
+        const SphereShape shape{.radius = 2, .segments = 16};
+        const Mesh moved = placedMesh(shapeMesh(shape, Transform()), transform), made = shapeMesh(shape, transform);
+        ASSERT_EQ(moved.points.size(), made.points.size());
+        for (std::size_t i = 0; i < made.points.size(); ++i) {
+            const float *p = moved.points[i].position, *q = made.points[i].position;
+            expectNear({p[0], p[1], p[2]}, {q[0], q[1], q[2]}, 1e-5);
+            const auto &n = moved.normals[i], &m = made.normals[i];
+            expectNear({n[0], n[1], n[2]}, {m[0], m[1], m[2]}, 1e-5);
+        }
+        EXPECT_NEAR(Measures(moved).volume, Measures(made).volume, 1e-4) << "facing outwards";
+        EXPECT_EQ(moved.uvMaps[0].values, made.uvMaps[0].values);
+        EXPECT_GT(moved.points.capacity(), moved.points.size()) << "for what Embree reads beyond the last point";
+    }
+}
+
 TEST(Shapes, StretchedSphereHasTheNormalsOfAnEllipsoid) {
     const Mesh mesh = shapeMesh(SphereShape{.radius = 1, .segments = 16}, Transform({.scale = {3, 1, 2}}));
     for (std::size_t i = 0; i < mesh.points.size(); ++i) {

@@ -2,6 +2,8 @@
 #include "tests/render/test_scene.h"
 #include "tests/temporary_directory.h"
 
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace velm::host::test {
@@ -52,6 +54,74 @@ TEST(Shading, PointLightFallsOffWithTheSquare) {
         scene.description.lights[0].intensity = 0.7;
         EXPECT_NEAR(grey(scene), 0.7 / (distance * distance), kTolerance) << distance;
     }
+}
+
+TEST(Shading, FalloffGoesByTheRange) {
+    using Falloff = LightDescription::Falloff;
+    constexpr double kRange = 3;
+    for (const Kind kind : {Kind::point, Kind::spot, Kind::area}) {
+        for (const double distance : {0.5, 2.0, 5.0}) {
+            const std::pair<Falloff, double> kExpected[] = {
+                {Falloff::none, 1},
+                {Falloff::linear, std::max(0.0, 1 - distance / kRange)},
+                {Falloff::inverseDistance, kRange / distance},
+                {Falloff::inverseSquare, kRange * kRange / (distance * distance)}};
+            for (const auto &[falloff, factor] : kExpected) {
+                TestScene scene = wall({{"Diffuse", 1}});
+                LightDescription lamp = light(kind, {0, 0, -distance});
+                lamp.falloff = falloff;
+                lamp.range = kRange;
+                lamp.intensity = 0.7;
+                lamp.width = lamp.height = 1e-5;
+                scene.description.lights.push_back(lamp);
+                EXPECT_NEAR(grey(scene), 0.7 * factor, 1e-5) << static_cast<int>(falloff) << " at " << distance;
+            }
+        }
+    }
+}
+
+// A spot light one metre in front of the wall, turned away from its middle by an angle.
+TEST(Shading, SpotLightsShineInACone) {
+    constexpr double kCone = 30, kEdge = 10;
+    for (const double angle : {0.0, 19.0, 22.0, 25.0, 28.0, 31.0, 170.0}) {
+        TestScene scene = wall({{"Diffuse", 1}});
+        LightDescription spot = light(Kind::spot, {0, 0, -1});
+        spot.cone = kCone;
+        spot.edge = kEdge;
+        spot.hasTarget = false;
+        spot.rotation = {angle, 0, 0};
+        scene.description.lights.push_back(spot);
+        const double x = std::clamp((kCone - angle) / kEdge, 0.0, 1.0);
+        EXPECT_NEAR(grey(scene), x * x * (3 - 2 * x), kTolerance) << angle;
+    }
+}
+
+TEST(Shading, SpotLightsMayHaveAHardEdge) {
+    for (const double angle : {29.9, 30.1}) {
+        TestScene scene = wall({{"Diffuse", 1}});
+        LightDescription spot = light(Kind::spot, {0, 0, -1});
+        spot.cone = 30;
+        spot.edge = 0;
+        spot.hasTarget = false;
+        spot.rotation = {0, angle, 0};
+        scene.description.lights.push_back(spot);
+        EXPECT_NEAR(grey(scene), angle < 30 ? 1 : 0, kTolerance) << angle;
+    }
+}
+
+// The scale changes the size of the light, and so how soft its shadows are, but not how much of it arrives.
+TEST(Shading, ScaleEnlargesAreaLights) {
+    const auto lit = [](const Double3 &scale, double width) {
+        TestScene scene = wall({{"Diffuse", 1}});
+        LightDescription area = light(Kind::area, {0, 0, -2});
+        area.scale = scale;
+        area.width = width;
+        area.height = 0.5;
+        scene.description.lights.push_back(area);
+        return grey(scene);
+    };
+    EXPECT_NEAR(lit({3, 1, 1}, 0.5), lit({1, 1, 1}, 1.5), kTolerance);
+    EXPECT_GT(std::fabs(lit({3, 1, 1}, 0.5) - lit({1, 1, 1}, 0.5)), 1e-3);
 }
 
 TEST(Shading, LightsGoByTheCosine) {

@@ -107,6 +107,10 @@ inline Mesh shapeMesh(const MeshFile &shape, const Transform &transform) { retur
 // The mesh of any shape: each alternative of ShapeDescription has its overload of shapeMesh.
 Mesh makeMesh(const ShapeDescription &shape, const Transform &transform);
 
+// A copy of a mesh that is in an object's own coordinates, transformed to world space. Has the normals that the file or
+// shape gave, and none that smoothNormals computed. [any thread]
+Mesh placedMesh(const Mesh &mesh, const Transform &transform);
+
 // Computes the normals of a mesh that has none of its own, or computes them again for other angles. The normal of a
 // corner is the mean of the normals of the triangles around it that have the same material and are inclined to the
 // corner's own triangle by at most the material's smoothing angle, weighted by their angles at the corner (Thürmer and

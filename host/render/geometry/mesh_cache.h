@@ -11,19 +11,20 @@ namespace velm::host {
 // [interface thread]
 class MeshCache {
   public:
-    // The mesh of a shape in world space, made at the first call. Valid until it is taken. Throws as makeMesh does.
-    const Mesh &get(const ShapeDescription &shape, const TransformDescription &transform);
+    // The mesh of a shape, made with that transform at the first call. Valid until it is taken. Throws as makeMesh
+    // does.
+    const Mesh &get(const ShapeDescription &shape, const Transform &transform);
 
     // Hands a mesh over, so that the cache no longer has it; null if it has none of that shape and transform.
-    std::shared_ptr<Mesh> take(const ShapeDescription &shape, const TransformDescription &transform);
+    std::shared_ptr<Mesh> take(const ShapeDescription &shape, const Transform &transform);
 
   private:
     struct Entry {
         ShapeDescription shape;
-        TransformDescription transform;
+        Transform transform;
         std::shared_ptr<Mesh> mesh;
     };
-    std::vector<Entry>::iterator find(const ShapeDescription &shape, const TransformDescription &transform);
+    std::vector<Entry>::iterator find(const ShapeDescription &shape, const Transform &transform);
 
     std::vector<Entry> entries_;
 };

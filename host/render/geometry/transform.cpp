@@ -8,6 +8,15 @@ double Matrix::determinant() const {
     return m[0] * (m[4] * m[8] - m[5] * m[7]) - m[1] * (m[3] * m[8] - m[5] * m[6]) + m[2] * (m[3] * m[7] - m[4] * m[6]);
 }
 
+Matrix Matrix::operator*(const Matrix &other) const {
+    Matrix result;
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 3; ++column)
+            result.m[3 * row + column] = m[3 * row] * other.m[column] + m[3 * row + 1] * other.m[3 + column] +
+                                         m[3 * row + 2] * other.m[6 + column];
+    return result;
+}
+
 Matrix Matrix::inverse() const {
     const double factor = 1 / determinant();
     Matrix result;
@@ -41,12 +50,30 @@ Matrix lookAlong(const Vec3 &direction) {
     return {.m = {right.x, up.x, forward.x, right.y, up.y, forward.y, right.z, up.z, forward.z}};
 }
 
-Transform::Transform(const TransformDescription &description) {
-    toWorld = rotationMatrix(description.rotation);
+Matrix withoutScale(const Matrix &matrix) {
+    const Vec3 forward = normalised(matrix * Vec3{0, 0, 1});
+    const Vec3 upwards = matrix * Vec3{0, 1, 0};
+    const Vec3 up = normalised(upwards - dot(upwards, forward) * forward, {0, 1, 0});
+    const Vec3 right = cross(up, forward);
+    return {.m = {right.x, up.x, forward.x, right.y, up.y, forward.y, right.z, up.z, forward.z}};
+}
+
+Transform::Transform(const TransformDescription &description)
+    : Transform(description, rotationMatrix(description.rotation)) {}
+
+Transform::Transform(const TransformDescription &description, const Matrix &rotation) : toWorld(rotation) {
     for (std::size_t row = 0; row < 3; ++row)
         for (std::size_t column = 0; column < 3; ++column) toWorld.m[3 * row + column] *= description.scale[column];
     toObject = toWorld.inverse();
     position = Vec3(description.position) - toWorld * Vec3(description.pivot);
+}
+
+Transform Transform::operator*(const Transform &other) const {
+    Transform result;
+    result.toWorld = toWorld * other.toWorld;
+    result.toObject = result.toWorld.inverse();
+    result.position = pointToWorld(other.position);
+    return result;
 }
 
 } // namespace velm::host

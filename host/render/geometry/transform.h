@@ -19,8 +19,11 @@ struct Matrix {
         return {m[0] * v.x + m[3] * v.y + m[6] * v.z, m[1] * v.x + m[4] * v.y + m[7] * v.z,
                 m[2] * v.x + m[5] * v.y + m[8] * v.z};
     }
+    Matrix operator*(const Matrix &other) const;
     double determinant() const;
     Matrix inverse() const; // the determinant must not be 0
+
+    bool operator==(const Matrix &) const = default;
 };
 
 // Heading, pitch and bank in degrees: bank is applied first (about +Z, +X towards +Y), then pitch (about +X, +Y towards
@@ -31,6 +34,9 @@ Matrix rotationMatrix(const Double3 &headingPitchBank);
 // turns to -Z or +Z.
 Matrix lookAlong(const Vec3 &direction);
 
+// The rotation in a matrix: +Z stays where the matrix turns it, +Y as close to that as a rotation can bring it.
+Matrix withoutScale(const Matrix &matrix);
+
 struct Transform {
     Matrix toWorld, toObject;
     Vec3 position; // of the origin of the object's coordinates
@@ -39,11 +45,19 @@ struct Transform {
     // The pivot to the origin, then scale, rotation and translation. A scale of 0 makes matrices that are not finite;
     // callers check for it.
     explicit Transform(const TransformDescription &description);
+    // The same with a rotation matrix instead of the description's rotation.
+    Transform(const TransformDescription &description, const Matrix &rotation);
+
+    // First the other transform, then this one: of an item that is attached to the one that this transform belongs to.
+    Transform operator*(const Transform &other) const;
+    bool operator==(const Transform &) const = default;
 
     Vec3 pointToWorld(const Vec3 &point) const { return toWorld * point + position; }
     Vec3 pointToObject(const Vec3 &point) const { return toObject * (point - position); }
     // Not normalised.
     Vec3 normalToWorld(const Vec3 &normal) const { return toObject.transposedTimes(normal); }
+    // Whether it maps different points to different points; false where the scale along an axis is 0.
+    bool isInvertible() const { return toWorld.determinant() != 0 && std::isfinite(toObject.determinant()); }
     bool mirrors() const { return toWorld.determinant() < 0; }
 };
 

@@ -29,6 +29,7 @@ struct Vec3 {
         return *this;
     }
     Vec3 operator-() const { return {-x, -y, -z}; }
+    bool operator==(const Vec3 &) const = default;
 };
 
 inline Vec3 operator+(const Vec3 &a, const Vec3 &b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }

@@ -2,6 +2,8 @@
 
 #include "host/base/error.h"
 #include "host/render/geometry/mesh_cache.h"
+#include "host/render/motion/pose.h"
+#include "host/render/motion/values.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,30 +13,31 @@
 namespace velm::host {
 namespace {
 
-void requireUsable(const TransformDescription &transform) {
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        if (!std::isfinite(transform.position[axis]) || !std::isfinite(transform.rotation[axis]))
-            throw InputError("its position and rotation have to be finite");
-        if (transform.scale[axis] == 0 || !std::isfinite(transform.scale[axis]))
-            throw InputError("its scale must not be 0");
-    }
+void requireFinite(const Transform &transform) {
+    const Matrix &matrix = transform.toWorld;
+    if (!isFinite(transform.position) ||
+        !std::all_of(matrix.m, matrix.m + 9, [](double m) { return std::isfinite(m); }))
+        throw InputError("its position, rotation and scale have to be finite");
 }
 
 class ItemBuilder {
   public:
-    ItemBuilder(const SceneDescription &scene, const RenderSceneData &former, MeshCache *meshes, ItemHandles &handles,
-                RenderSceneData &data)
-        : scene_(scene), meshes_(meshes), handles_(handles), data_(data) {
+    ItemBuilder(const SceneDescription &scene, double time, const RenderSceneData &former, MeshCache *meshes,
+                ItemHandles &handles, RenderSceneData &data)
+        : scene_(scene), time_(time), pose_(poseAt(scene, time)), meshes_(meshes), handles_(handles), data_(data) {
         for (const RenderObject &object : former.objects) former_[object.item] = &object;
     }
 
     void build() {
         handles_.begin();
-        for (const LightDescription &light : scene_.lights)
-            data_.lights.push_back({.item = take(kItemLight, light.name), .light = Light(light)});
-        for (const CameraDescription &camera : scene_.cameras)
-            data_.cameras.push_back({.item = take(kItemCamera, camera.name), .description = camera});
-        for (const ObjectDescription &object : scene_.objects) addObject(object);
+        for (std::size_t i = 0; i < scene_.lights.size(); ++i)
+            data_.lights.push_back({.item = take(kItemLight, scene_.lights[i].name),
+                                    .light = Light(valuesAt(scene_.lights[i], time_), pose_.lights[i])});
+        for (std::size_t i = 0; i < scene_.cameras.size(); ++i)
+            data_.cameras.push_back({.item = take(kItemCamera, scene_.cameras[i].name),
+                                     .description = valuesAt(scene_.cameras[i], time_),
+                                     .transform = pose_.cameras[i]});
+        for (std::size_t i = 0; i < scene_.objects.size(); ++i) addObject(i);
     }
 
   private:
@@ -44,34 +47,56 @@ class ItemBuilder {
         return item;
     }
 
-    void addObject(const ObjectDescription &description) {
+    void addObject(std::size_t index) {
+        const ObjectDescription &description = scene_.objects[index];
+        const Transform &transform = pose_.objects[index];
         try {
-            requireUsable(description);
+            requireFinite(transform);
+            if (!transform.isInvertible() && !pose_.movingObjects[index]) throw InputError("its scale must not be 0");
             HostItem *item = take(kItemObject, description.name);
-            const auto former = former_.find(item);
-            const bool same = former != former_.end() && former->second->shape == description.shape &&
-                              former->second->placement == description;
-            data_.objects.push_back(same ? *former->second : newObject(item, description));
+            const auto found = former_.find(item);
+            const RenderObject *former =
+                found != former_.end() && found->second->shape == description.shape ? found->second : nullptr;
+            const bool same =
+                former && former->transform == transform && (former->model != nullptr) == pose_.movingObjects[index];
+            data_.objects.push_back(same ? *former : newObject(item, index, former));
             RenderObject &object = data_.objects.back();
             object.surfaces.clear();
-            object.seenByCamera = description.seenByCamera;
-            object.seenByRays = description.seenByRays;
-            object.castsShadows = description.castsShadows;
+            const bool isVisible = transform.isInvertible() && valuesAt(description, time_).dissolve < 1;
+            object.seenByCamera = isVisible && description.seenByCamera;
+            object.seenByRays = isVisible && description.seenByRays;
+            object.castsShadows = isVisible && description.castsShadows;
             for (const UvMap &map : object.mesh->uvMaps) addUvMap(map.name);
         } catch (const InputError &error) {
             throw InputError(description.location, fmt::format("object \"{}\": {}", description.name, error.what()));
         }
     }
 
-    RenderObject newObject(HostItem *item, const ObjectDescription &description) {
-        const Transform transform(description);
-        std::shared_ptr<Mesh> mesh = meshes_ ? meshes_->take(description.shape, description) : nullptr;
-        if (!mesh) mesh = std::make_shared<Mesh>(makeMesh(description.shape, transform));
+    std::shared_ptr<Mesh> makeMeshOf(std::size_t index) {
+        const ShapeDescription &shape = scene_.objects[index].shape;
+        std::shared_ptr<Mesh> mesh = meshes_ ? meshes_->take(shape, pose_.ofMesh(index)) : nullptr;
+        if (!mesh) mesh = std::make_shared<Mesh>(makeMesh(shape, pose_.ofMesh(index)));
+        ++data_.work.meshes;
+        return mesh;
+    }
+
+    // `former` is the same object before, if it has the same shape; else null.
+    RenderObject newObject(HostItem *item, std::size_t index, const RenderObject *former) {
+        const Transform &transform = pose_.objects[index];
+        std::shared_ptr<const Mesh> model;
+        std::shared_ptr<Mesh> mesh;
+        if (pose_.movingObjects[index]) {
+            model = former && former->model ? former->model : makeMeshOf(index);
+            mesh = std::make_shared<Mesh>(placedMesh(*model, transform));
+            ++data_.work.placements;
+        } else {
+            mesh = makeMeshOf(index);
+        }
         std::vector<Bounds> bounds = boundsByMaterial(*mesh);
         return {.item = item,
-                .shape = description.shape,
-                .placement = description,
-                .meshNumber = data_.work.meshes++,
+                .shape = scene_.objects[index].shape,
+                .model = std::move(model),
+                .meshNumber = data_.work.meshes + data_.work.placements,
                 .mesh = std::move(mesh),
                 .bounds = std::move(bounds),
                 .transform = transform,
@@ -87,6 +112,8 @@ class ItemBuilder {
     }
 
     const SceneDescription &scene_;
+    const double time_; // seconds
+    const ScenePose pose_;
     MeshCache *meshes_; // may be null
     ItemHandles &handles_;
     RenderSceneData &data_;
@@ -100,13 +127,14 @@ void numberHandles(const Things &things) {
 
 } // namespace
 
-void buildItems(const SceneDescription &scene, const RenderSceneData &former, MeshCache *meshes, ItemHandles &handles,
-                RenderSceneData &data) {
+void buildItems(const SceneDescription &scene, double time, const RenderSceneData &former, MeshCache *meshes,
+                ItemHandles &handles, RenderSceneData &data) {
     data.sceneName = scene.name;
     data.sceneFile = scene.file;
     data.render = scene.render;
+    data.time = time;
     data.work = former.work;
-    ItemBuilder(scene, former, meshes, handles, data).build();
+    ItemBuilder(scene, time, former, meshes, handles, data).build();
 }
 
 void attachHandles(ItemHandles &handles, const RenderSceneData &data) {

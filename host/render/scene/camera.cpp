@@ -1,25 +1,24 @@
 #include "host/render/scene/camera.h"
 
 #include "host/base/error.h"
+#include "host/render/motion/pose.h"
 
 #include <numbers>
 
 namespace velm::host {
 
-Camera::Camera(const CameraDescription &description, int width, int height)
-    : position_(description.position), middleX_(width / 2.0), middleY_(height / 2.0) {
+Camera::Camera(const CameraDescription &description, const Transform &transform, int width, int height)
+    : toWorld_(isRigid(description) ? transform.toWorld : withoutScale(transform.toWorld)),
+      position_(transform.position), middleX_(width / 2.0), middleY_(height / 2.0) {
     if (!(description.fieldOfView > 0 && description.fieldOfView < 180)) {
         throw InputError(description.location, "the field of view of the camera \"" + description.name +
                                                    "\" has to be between 0 and 180 degrees");
     }
-    if (description.hasTarget && description.target == description.position) {
-        throw InputError(description.location,
-                         "the camera \"" + description.name + "\" is at the same position as its target");
-    }
-    toWorld_ =
-        description.hasTarget ? lookAlong(Vec3(description.target) - position_) : rotationMatrix(description.rotation);
     pixelSize_ = 2 * std::tan(description.fieldOfView * std::numbers::pi / 360) / width;
 }
+
+Camera::Camera(const CameraDescription &description, int width, int height)
+    : Camera(description, transformOf(description, "camera"), width, height) {}
 
 CameraRay Camera::ray(double x, double y) const {
     const Vec3 film{(x - middleX_) * pixelSize_, (middleY_ - y) * pixelSize_, 1};

@@ -26,7 +26,10 @@ inline FilmSize filmSize(int pictureWidth, int pictureHeight) {
 // A pinhole camera with square pixels, prepared for pictures of one size.
 class Camera {
   public:
-    // Throws InputError for a field of view that is not between 0 and 180 degrees, and for a target at the camera's own
+    // Throws InputError for a field of view that is not between 0 and 180 degrees. `transform` is to the world; only
+    // its rotation matters, not its scale.
+    Camera(const CameraDescription &description, const Transform &transform, int width, int height);
+    // A camera without a parent, keys, and a target that is an item. Throws InputError for a target at its own
     // position.
     Camera(const CameraDescription &description, int width, int height);
 

@@ -1,27 +1,67 @@
 #include "host/render/scene/lights.h"
 
 #include "host/base/error.h"
+#include "host/render/motion/pose.h"
 
+#include <algorithm>
 #include <limits>
+#include <numbers>
 
 namespace velm::host {
+namespace {
 
-Light::Light(const LightDescription &description)
-    : kind_(description.kind), position_(description.position),
-      colour_(description.intensity * Vec3(description.colour)), shadows_(description.shadows) {
+constexpr double kDegree = std::numbers::pi / 180;
+
+// A point light has no direction, and so no target.
+Transform alone(const LightDescription &description) {
+    return description.kind == LightDescription::Kind::point ? Transform(description)
+                                                             : transformOf(description, "light");
+}
+
+// The direction in which a light shines.
+Vec3 forwardOf(const LightDescription &description, const Matrix &toWorld) {
+    const Vec3 forward = toWorld * Vec3{0, 0, 1};
+    return isRigid(description) ? forward : normalised(forward);
+}
+
+} // namespace
+
+Light::Light(const LightDescription &description, const Transform &transform)
+    : kind_(description.kind), falloff_(description.falloff), position_(transform.position),
+      forward_(forwardOf(description, transform.toWorld)), colour_(description.intensity * Vec3(description.colour)),
+      range_(std::max(0.0, description.range)), cone_(std::min(description.cone, 180.0) * kDegree),
+      innerCone_(std::max(0.0, cone_ - description.edge * kDegree)), shadows_(description.shadows) {
     const auto fail = [&](const char *why) {
         throw InputError(description.location, "the light \"" + description.name + "\" " + why);
     };
-    if (kind_ == LightDescription::Kind::point) return;
-    if (description.position == description.target) fail("is at the same position as its target");
-    const Matrix toWorld = lookAlong(Vec3(description.target) - position_);
-    forward_ = toWorld * Vec3{0, 0, 1};
     if (kind_ != LightDescription::Kind::area) return;
     if (!(description.width >= 0) || !(description.height >= 0)) fail("has a negative size");
     if (description.samples < 1) fail("has to have at least 1 sample");
-    right_ = description.width * (toWorld * Vec3{1, 0, 0});
-    up_ = description.height * (toWorld * Vec3{0, 1, 0});
+    right_ = description.width * (transform.toWorld * Vec3{1, 0, 0});
+    up_ = description.height * (transform.toWorld * Vec3{0, 1, 0});
     samples_ = description.samples;
+}
+
+Light::Light(const LightDescription &description) : Light(description, alone(description)) {}
+
+// What is left of an amount of light at a distance, given its square.
+double Light::fallenOff(double amount, double distance2) const {
+    switch (falloff_) {
+    case LightDescription::Falloff::none: return amount;
+    case LightDescription::Falloff::linear: return amount * std::max(0.0, 1 - std::sqrt(distance2) / range_);
+    case LightDescription::Falloff::inverseDistance: return amount * range_ / std::sqrt(distance2);
+    case LightDescription::Falloff::inverseSquare: break;
+    }
+    return amount * (range_ * range_) / distance2;
+}
+
+// 1 inside the soft edge of the cone, 0 outside the cone, and a smooth step of the angle between.
+double Light::coneFactor(const Vec3 &toLight) const {
+    const double angle = std::acos(std::clamp(-dot(forward_, toLight), -1.0, 1.0));
+    if (angle <= innerCone_) return 1;
+    if (angle >= cone_) return 0;
+    const double x = (cone_ - angle) / (cone_ - innerCone_);
+    return x * x * (3 - 2 * x);
 }
 
 bool Light::sample(const Vec3 &location, const UnitSquare &point, LightSample &result) const {
@@ -36,9 +76,13 @@ bool Light::sample(const Vec3 &location, const UnitSquare &point, LightSample &r
     if (!(distance2 > 0) || !std::isfinite(distance2)) return false;
     const double distance = std::sqrt(distance2);
     const Vec3 toLight = 1 / distance * way;
-    const double cosine = isArea ? -dot(forward_, toLight) : 1;
-    if (!(cosine > 0)) return false;
-    result = {.toLight = toLight, .distance = distance, .colour = cosine / distance2 * colour_};
+    double factor = 1;
+    if (isArea) factor = -dot(forward_, toLight);
+    if (kind_ == LightDescription::Kind::spot) factor = coneFactor(toLight);
+    if (!(factor > 0)) return false;
+    factor = fallenOff(factor, distance2);
+    if (!(factor > 0)) return false;
+    result = {.toLight = toLight, .distance = distance, .colour = factor * colour_};
     return true;
 }
 

@@ -16,25 +16,35 @@ struct LightSample {
 
 class Light {
   public:
-    // Throws InputError, with the description's location, for an area light of negative size or with fewer than 1
-    // sample, and for a distant or area light at the same position as its target.
+    // `transform` is to the world. Throws InputError, with the description's location, for an area light of negative
+    // size or with fewer than 1 sample.
+    Light(const LightDescription &description, const Transform &transform);
+    // A light without a parent, keys, and a target that is an item. Throws InputError as above, and for a light that is
+    // at the same position as its target, unless it is a point light.
     explicit Light(const LightDescription &description);
 
     bool castsShadows() const { return shadows_; }
     // Samples to take for each lit position: more than 1 for area lights only.
     int sampleCount() const { return samples_; }
 
-    // The light from the point (u, v) of the light's area, each 0 to 1. Point and distant lights have one point only.
-    //   point    intensity / distance^2
+    // The light from the point (u, v) of the light's area, each 0 to 1. Other lights have one point only.
+    //   point    intensity * falloff
     //   distant  intensity
-    //   area     intensity / distance^2 times the cosine at the light, which shines to its target's side only
-    // False when none of it reaches `location`. [render threads]
+    //   area     intensity * falloff, times the cosine at the light, which shines along its +Z only
+    //   spot     intensity * falloff; it decreases smoothly over the edge of the cone to 0
+    // with the falloffs that LightDescription names. False when none of it reaches `location`. [render threads]
     bool sample(const Vec3 &location, const UnitSquare &point, LightSample &result) const;
 
   private:
+    double fallenOff(double amount, double distance2) const;
+    double coneFactor(const Vec3 &toLight) const;
+
     LightDescription::Kind kind_;
+    LightDescription::Falloff falloff_;
     Vec3 position_, forward_, right_, up_; // right and up span the whole area
     Vec3 colour_;                          // times the intensity
+    double range_;                         // metres
+    double cone_, innerCone_;              // half angles where the light ends, and within which it is full, in radians
     int samples_ = 1;
     bool shadows_;
 };

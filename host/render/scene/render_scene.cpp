@@ -2,6 +2,8 @@
 
 #include "host/base/error.h"
 #include "host/base/thread_role.h"
+#include "host/render/motion/pose.h"
+#include "host/render/motion/values.h"
 #include "host/render/scene/current_scene.h"
 #include "host/render/scene/render_scene_data.h"
 #include "host/render/scene/scene_builders.h"
@@ -40,7 +42,7 @@ bool lookUpUvOf(const ShadingSample *sample, const char *mapName, double *u, dou
 
 RenderScene::RenderScene(const SceneDescription &scene, MeshCache *meshes)
     : handles_(std::make_unique<ItemHandles>()), data_(std::make_unique<RenderSceneData>()) {
-    withinMemory([&] { buildItems(scene, {}, meshes, *handles_, *data_); });
+    withinMemory([&] { buildItems(scene, startTime(scene.render), {}, meshes, *handles_, *data_); });
     attachHandles(*handles_, *data_);
     setUvProvider({.lookup = lookUpUvOf});
     setCurrentScene({.scene = data_.get(), .width = scene.render.width, .height = scene.render.height});
@@ -52,11 +54,20 @@ void RenderScene::prepare(const SceneDescription &scene, const SurfaceLookup &su
 }
 
 SceneWork RenderScene::update(const SceneDescription &scene, const SurfaceLookup &surfaceOf) {
+    return rebuild(scene, data_->time, surfaceOf);
+}
+
+SceneWork RenderScene::setTime(const SceneDescription &scene, double time, const SurfaceLookup &surfaceOf) {
+    if (time == data_->time || !hasKeys(scene)) return {};
+    return rebuild(scene, time, surfaceOf);
+}
+
+SceneWork RenderScene::rebuild(const SceneDescription &scene, double time, const SurfaceLookup &surfaceOf) {
     assertInterface();
     assert(data_->acceleration && "prepare the scene first");
     RenderSceneData next;
     withinMemory([&] {
-        buildItems(scene, *data_, nullptr, *handles_, next);
+        buildItems(scene, time, *data_, nullptr, *handles_, next);
         buildSurfaces(scene, surfaceOf, *data_, next);
     });
     const SceneWork done = next.work - data_->work;

@@ -45,13 +45,19 @@ class RenderScene {
 
     // Changes a prepared scene to another description. Afterwards it renders the same pictures as a RenderScene that is
     // built from that description, but repeats only the work that the changes need: it makes the meshes of objects
-    // whose name, shape or transform differ; it computes the normals of meshes whose surfaces' smoothing angles differ;
-    // and it builds the acceleration structure if a mesh, the visibility or the order of objects differs. It does not
-    // look for mesh files that changed on disk. Returns the work that was repeated.
+    // whose name, shape or transform differ, but only moves those of objects with keys; it computes the normals of
+    // meshes whose surfaces' smoothing angles differ; and it builds the acceleration structure if a mesh, the
+    // visibility or the order of objects differs. It does not look for mesh files that changed on disk. Returns the
+    // work that was repeated.
     //
     // Throws as both steps, and then leaves the scene as it was. Items that keep their names keep their handles; meshes
     // that were made or smoothed again get new ones. FrameRenderers of the scene become invalid.
     SceneWork update(const SceneDescription &scene, const SurfaceLookup &surfaceOf);
+
+    // Moves the items to another time: of a scene with keys, the same as an update at that time; nothing for others. A
+    // new scene is at the time of its first frame, and updates keep the time. `scene` is the current description.
+    // Throws as an update, and then leaves the scene as it was.
+    SceneWork setTime(const SceneDescription &scene, double time, const SurfaceLookup &surfaceOf);
 
     ~RenderScene();
     RenderScene(const RenderScene &) = delete;
@@ -71,6 +77,8 @@ class RenderScene {
     std::size_t accelerationBytes() const; // memory that the acceleration structure holds now
 
   private:
+    SceneWork rebuild(const SceneDescription &scene, double time, const SurfaceLookup &surfaceOf);
+
     std::unique_ptr<ItemHandles> handles_;
     std::unique_ptr<RenderSceneData> data_;
     int updates_ = 0;

@@ -30,13 +30,13 @@ struct RenderSurface {
 };
 
 struct RenderObject {
-    HostItem *item;                 // kItemObject
-    ShapeDescription shape;         // that the mesh was made of
-    TransformDescription placement; // likewise
-    int meshNumber; // meshes made from a shape are numbered; one that only gets other normals keeps its number
-    std::shared_ptr<Mesh> mesh; // changes only until an acceleration structure is built over it
+    HostItem *item;                    // kItemObject
+    ShapeDescription shape;            // that the mesh was made of
+    std::shared_ptr<const Mesh> model; // of an object that moves: its mesh in its own coordinates; else null
+    int meshNumber;             // meshes made or moved are numbered; one that only gets other normals keeps its number
+    std::shared_ptr<Mesh> mesh; // in world space; changes only until an acceleration structure is built over it
     std::vector<Bounds> bounds; // by the mesh's material
-    Transform transform;
+    Transform transform;        // likewise what the mesh was made with
     std::vector<std::uint16_t> surfaces; // by the mesh's material: an index into RenderSceneData::surfaces
     bool seenByCamera, seenByRays, castsShadows;
 };
@@ -47,13 +47,15 @@ struct RenderLight {
 };
 
 struct RenderCamera {
-    HostItem *item; // kItemCamera
-    CameraDescription description;
+    HostItem *item;                // kItemCamera
+    CameraDescription description; // at the scene's time
+    Transform transform;
 };
 
 struct RenderSceneData {
     std::string sceneName, sceneFile;
     RenderDescription render;
+    double time = 0; // seconds, that the items are at
     std::vector<RenderSurface> surfaces;
     std::vector<RenderObject> objects;
     std::vector<RenderLight> lights;

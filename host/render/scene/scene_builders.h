@@ -13,11 +13,12 @@ namespace velm::host {
 
 class MeshCache;
 
-// The first step: names, settings, cameras, lights, and objects with their meshes, without normals for smoothing. New
+// The first step: names, settings, cameras, lights, and objects with their meshes, without normals for smoothing, all
+// at a time in seconds. New
 // handles are taken from `handles`, and are only filled in by attachHandles. Meshes that `meshes` has are taken from
 // it; it may be null.
-void buildItems(const SceneDescription &scene, const RenderSceneData &former, MeshCache *meshes, ItemHandles &handles,
-                RenderSceneData &data);
+void buildItems(const SceneDescription &scene, double time, const RenderSceneData &former, MeshCache *meshes,
+                ItemHandles &handles, RenderSceneData &data);
 
 // Makes the handles refer to the items of `data`, and to nothing where `data` has no such item. Throws nothing.
 void attachHandles(ItemHandles &handles, const RenderSceneData &data);

@@ -1,6 +1,7 @@
 // The "LW Camera Evaluation Funcs 2" and "LW Camera Info 5" services: rays, films and shutters of the scene's cameras.
-// The cameras are pinhole cameras that do not move: their rays are the same at every point of the lens and at every
-// time. So an evaluator is ready once it is created, and has no state per frame.
+// The cameras are pinhole cameras that move between frames only: their rays are the same at every point of the lens and
+// at every time while the shutter is open. An evaluator is ready once it is created, and follows the camera at each new
+// time.
 #include "host/base/thread_role.h"
 #include "host/render/scene/camera.h"
 #include "host/render/scene/current_scene.h"
@@ -11,6 +12,7 @@
 
 // A camera prepared for evaluating rays. An opaque handle of the plug-in interface; it may outlive its scene.
 struct HostCameraEvaluator {
+    const HostItem *item;
     velm::host::Camera camera;
 };
 
@@ -23,13 +25,17 @@ const RenderCamera *cameraOf(const HostItem *item) {
     return &currentScene().scene->cameras[static_cast<std::size_t>(known->index)];
 }
 
+Camera currentCamera(const RenderCamera &camera) {
+    return {camera.description, camera.transform, currentScene().width, currentScene().height};
+}
+
 // Null for an item that is no camera of the current scene, for a camera with invalid settings, and without memory.
 HostCameraEvaluator *create(HostItem *item) {
     assertBetweenFrames();
     const RenderCamera *found = cameraOf(item);
     if (!found) return nullptr;
     try {
-        return new HostCameraEvaluator{Camera(found->description, currentScene().width, currentScene().height)};
+        return new HostCameraEvaluator{.item = item, .camera = currentCamera(*found)};
     } catch (const std::exception &) {
         return nullptr; // this service's way to report errors
     }
@@ -43,6 +49,20 @@ void destroy(HostCameraEvaluator *evaluator) {
 HostError ready(const HostCameraEvaluator *evaluator) {
     assertBetweenFrames();
     return evaluator ? nullptr : "there is no camera evaluator";
+}
+
+// An evaluator whose camera is no longer in the scene keeps the last one.
+HostError newTime(HostCameraEvaluator *evaluator, int, double) {
+    assertBetweenFrames();
+    if (!evaluator) return ready(evaluator);
+    const RenderCamera *found = cameraOf(evaluator->item);
+    if (!found) return nullptr;
+    try {
+        evaluator->camera = currentCamera(*found);
+    } catch (const std::exception &) {
+        return "the camera has invalid settings";
+    }
+    return nullptr;
 }
 
 int evaluate(HostCameraEvaluator *evaluator, double filmX, double filmY, double, double, double, HostCameraRay *ray) {
@@ -63,7 +83,7 @@ constexpr HostCameraEvaluation kCameraEvaluation = {
     .destroy = destroy,
     .init = [](HostCameraEvaluator *evaluator, int) { return ready(evaluator); },
     .cleanup = [](HostCameraEvaluator *) {},
-    .newTime = [](HostCameraEvaluator *evaluator, int, double) { return ready(evaluator); },
+    .newTime = newTime,
     .preview = [](HostCameraEvaluator *, int) {},
     .reset = [](HostCameraEvaluator *) {},
     .evaluate = evaluate,

@@ -1,5 +1,5 @@
-// The "LW Item Info 4" service: the objects, lights and cameras of the current scene, in the scene's order. No item has
-// a parent, a target item or bones; the target of a camera or light is a point.
+// The "LW Item Info 4" service: the objects, lights and cameras of the current scene, in the scene's order. It does not
+// tell which items follow others, and no item has bones.
 #include "host/base/thread_role.h"
 #include "host/render/scene/current_scene.h"
 #include "host/render/services/scene_services.h"

@@ -1,0 +1,95 @@
+#include "host/render/motion/values.h"
+
+#include "host/animation/channel.h"
+
+#include <algorithm>
+
+namespace velm::host {
+namespace {
+
+// The member that a channel belongs to; null for one that items of the kind do not have. The member of a vector is its
+// first component.
+double *memberOf(ItemDescription &item, Channel channel) {
+    switch (channel) {
+    case Channel::position: return item.position.data();
+    case Channel::rotation: return item.rotation.data();
+    case Channel::scale: return item.scale.data();
+    case Channel::pivot: return item.pivot.data();
+    case Channel::target: return item.target.data();
+    default: return nullptr;
+    }
+}
+
+double *memberOf(ObjectDescription &object, Channel channel) {
+    if (channel == Channel::dissolve) return &object.dissolve;
+    return memberOf(static_cast<ItemDescription &>(object), channel);
+}
+
+double *memberOf(NullDescription &item, Channel channel) {
+    return memberOf(static_cast<ItemDescription &>(item), channel);
+}
+
+double *memberOf(LightDescription &light, Channel channel) {
+    switch (channel) {
+    case Channel::colour: return light.colour.data();
+    case Channel::intensity: return &light.intensity;
+    case Channel::range: return &light.range;
+    case Channel::cone: return &light.cone;
+    case Channel::edge: return &light.edge;
+    default: return memberOf(static_cast<ItemDescription &>(light), channel);
+    }
+}
+
+double *memberOf(CameraDescription &camera, Channel channel) {
+    if (channel == Channel::fieldOfView) return &camera.fieldOfView;
+    return memberOf(static_cast<ItemDescription &>(camera), channel);
+}
+
+template <class Item>
+Item itemAt(const Item &item, double time) {
+    Item result = item;
+    for (const ChannelDescription &each : item.channels)
+        if (double *member = memberOf(result, each.channel)) member[each.component] = valueOf(each.keys, time);
+    result.channels.clear();
+    return result;
+}
+
+} // namespace
+
+double valueOf(const KeysDescription &keys, double time) {
+    HostEnvelope envelope;
+    for (const KeyDescription &each : keys.keys) {
+        HostKey &key = envelope.putKey(each.time, each.value[0]);
+        key.shape = each.shape;
+        key.tension = each.tension;
+        key.continuity = each.continuity;
+        key.bias = each.bias;
+        key.parameters = each.parameters;
+    }
+    envelope.before = keys.before;
+    envelope.after = keys.after;
+    return envelope.evaluate(time);
+}
+
+ObjectDescription valuesAt(const ObjectDescription &object, double time) { return itemAt(object, time); }
+NullDescription valuesAt(const NullDescription &item, double time) { return itemAt(item, time); }
+LightDescription valuesAt(const LightDescription &light, double time) { return itemAt(light, time); }
+CameraDescription valuesAt(const CameraDescription &camera, double time) { return itemAt(camera, time); }
+ItemDescription placeAt(const ItemDescription &item, double time) { return itemAt(item, time); }
+
+bool hasMotion(const ItemDescription &item) {
+    return std::ranges::any_of(item.channels, [&item](const ChannelDescription &each) {
+        ItemDescription place;
+        const bool isUsed = each.channel != (item.hasTarget ? Channel::rotation : Channel::target);
+        return isUsed && memberOf(place, each.channel);
+    });
+}
+
+bool hasKeys(const SceneDescription &scene) {
+    const auto haveKeys = [](const auto &items) {
+        return std::ranges::any_of(items, [](const ItemDescription &item) { return !item.channels.empty(); });
+    };
+    return haveKeys(scene.objects) || haveKeys(scene.nulls) || haveKeys(scene.lights) || haveKeys(scene.cameras);
+}
+
+} // namespace velm::host
