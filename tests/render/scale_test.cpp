@@ -23,8 +23,8 @@ Picture pictureAt(double scale) {
     const auto at = [scale](double x, double y, double z) { return Double3{scale * x, scale * y, scale * z}; };
     scene.object("Floor", PlaneShape{.width = 40 * scale, .depth = 40 * scale}, "Floor", at(0, -1, 0));
     scene.object("Ball", SphereShape{.radius = scale, .segments = 48}, "Ball", at(-0.8, 0, 0));
-    scene.object("Mirror", PlaneShape{.width = 6 * scale, .depth = 6 * scale}, "Mirror", at(0, 0, 4))
-        .rotation = {0, -80, 0};
+    scene.object("Mirror", PlaneShape{.width = 6 * scale, .depth = 6 * scale}, "Mirror", at(0, 0, 4)).rotation = {
+        0, -80, 0};
     scene.object("Glass", BoxShape{.size = at(1, 1, 1)}, "Glass", at(1.3, -0.45, -0.5)).rotation = {30, 0, 0};
     LightDescription sun;
     sun.kind = LightDescription::Kind::distant;
