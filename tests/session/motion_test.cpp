@@ -3,6 +3,7 @@
 #include "host/render/motion/values.h"
 #include "host/render/scene/render_scene_data.h"
 #include "tests/session/open_scene.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
@@ -119,10 +120,10 @@ TEST(Motion, AMeshFileIsReadOnce) {
             "objects": {"Flag": {"mesh": {"file": "triangle.obj"}, "surface": "Clay",
                 "position": {"keys": [{"time": 0, "value": [0, 0, 0]}, {"time": 9, "value": [9, 0, 0]}]}}},
             "surfaces": {"Clay": {}}})",
-        directory.file("scene.json"), {});
+        directory / "scene.json", {});
     Warnings warnings(Warnings::Policy::strict);
     Session session(scene, warnings);
-    std::filesystem::remove(directory.file("triangle.obj"));
+    std::filesystem::remove(directory / "triangle.obj");
     EXPECT_NO_THROW(session.setTime(7));
     EXPECT_EQ(session.renderScene().data().work.meshes, 1);
 }
