@@ -17,10 +17,12 @@ bool readFramesPerSecond(Statement &statement, Scene &scene) {
 }
 
 bool readRayTraceEffects(Statement &statement, Scene &scene) {
-    constexpr int kShadows = 1;
+    constexpr int kShadows = 1, kReflections = 2;
     const std::optional<int> bits = statement.words.integer();
-    if (bits) scene.tracesShadows = (*bits & kShadows) != 0;
-    return bits.has_value();
+    if (!bits) return false;
+    scene.tracesShadows = (*bits & kShadows) != 0;
+    scene.tracesReflections = (*bits & kReflections) != 0;
+    return true;
 }
 
 bool readRecursionLimit(Statement &statement, Scene &scene) {

@@ -88,7 +88,7 @@ struct Scene {
     Double3 backdrop{0, 0, 0}, zenith{0, 0.1569, 0.3137}, sky{0.4706, 0.7059, 0.9412}, ground{0.1961, 0.1569, 0.1176},
         nadir{0.3922, 0.3137, 0.2353};
     double skySqueeze = 2, groundSqueeze = 2;
-    bool tracesShadows = true, hasShadowMaps = true;
+    bool tracesShadows = true, tracesReflections = true, hasShadowMaps = true;
     int antialiasingSamples = 1; // of a pixel
     std::optional<int> recursionLimit;
     int currentCamera = 0; // an index; there may be no such camera

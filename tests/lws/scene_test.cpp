@@ -25,6 +25,7 @@ TEST(LwsScene, SettingsOfTheWholeScene) {
     EXPECT_EQ(scene.zenith, (Double3{0, 0, 1}));
     EXPECT_EQ(scene.skySqueeze, 3);
     EXPECT_FALSE(scene.tracesShadows);
+    EXPECT_TRUE(scene.tracesReflections);
     EXPECT_FALSE(scene.hasShadowMaps);
     EXPECT_EQ(scene.recursionLimit, 4);
     EXPECT_EQ(scene.antialiasingSamples, 9);
