@@ -118,7 +118,10 @@ void addScripts(Corpus &corpus) {
 void addFile(Corpus &corpus, const fs::path &path) {
     const std::string bytes = readFile(path.string());
     if (path.extension() == ".lwo") addObject(corpus, bytes, path.string());
-    if (path.extension() == ".lws") corpus.add("scene_text", bytes);
+    if (path.extension() == ".lws") {
+        corpus.add("scene_text", bytes);
+        corpus.add("lws_scene", bytes);
+    }
     if (path.extension() == ".json") corpus.add("scene_json", bytes);
     if (path.extension() == ".txt") addSavedData(corpus, bytes);
 }

@@ -75,8 +75,12 @@ class SavedNetworks {
 FileInfo infoOf(const std::string &file, const SearchPath &path, ServerList &servers) {
     FileInfo info;
     info.reader = &readerOf(file);
-    info.scene = info.reader->read(
-        {.reader = *info.reader, .file = file, .path = path, .overrides = {}, .cameras = Cameras::optional});
+    info.scene = info.reader->read({.reader = *info.reader,
+                                    .file = file,
+                                    .path = path,
+                                    .overrides = {},
+                                    .cameras = Cameras::optional,
+                                    .warnings = info.warnings});
     MeshCache meshes;
     if (!info.scene.objects.empty()) info.bounds = boundsOf(info.scene, meshes);
     const ScenePose pose = poseAt(info.scene, startTime(info.scene.render));

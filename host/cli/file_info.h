@@ -40,7 +40,8 @@ struct FileInfo {
     SceneDescription scene;             // as it was read
     std::vector<ObjectInfo> objects;
     std::vector<SurfaceInfo> surfaces;
-    Bounds bounds; // of all objects; infinite the wrong way round where there are none
+    std::vector<Warning> warnings; // of what the file has and the scene does not
+    Bounds bounds;                 // of all objects; infinite the wrong way round where there are none
 };
 
 // Reads a file with its meshes and networks. A node is known whose server is in the list. InputError for what cannot be

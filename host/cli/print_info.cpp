@@ -88,6 +88,8 @@ void addRest(const SceneDescription &scene, bool isScene, Lines &lines) {
     for (const LightDescription &light : scene.lights)
         lines.add("light", fmt::format("{}: {}, intensity {:.6g}", inQuotes(light.name), nameOfLight(light.kind),
                                        valuesAt(light, start).intensity));
+    for (const NullDescription &item : scene.nulls)
+        lines.add("null", fmt::format("{}: at {}", inQuotes(item.name), vectorText(placeAt(item, start).position)));
     if (!isScene) return;
     const RenderDescription &render = scene.render;
     lines.add("frames", fmt::format("{} to {}, step {}, {:.6g} a second", render.firstFrame, render.lastFrame,
@@ -149,6 +151,13 @@ Json camerasJson(const SceneDescription &scene) {
     return all;
 }
 
+Json nullsJson(const SceneDescription &scene) {
+    Json all = Json::array();
+    for (const NullDescription &item : scene.nulls)
+        all.push_back({{"name", item.name}, {"position", placeAt(item, startTime(scene.render)).position}});
+    return all;
+}
+
 Json lightsJson(const SceneDescription &scene) {
     Json all = Json::array();
     for (const LightDescription &light : scene.lights)
@@ -172,6 +181,7 @@ void printInfo(const FileInfo &info, std::ostream &out) {
     addObjects(info, lines);
     addSurfaces(info, lines);
     addRest(scene, reader.isScene, lines);
+    for (const Warning &warning : info.warnings) lines.add("note", warning.text());
 }
 
 Json infoJson(const FileInfo &info) {
@@ -189,6 +199,9 @@ Json infoJson(const FileInfo &info) {
     json["images"] = imagesJson(scene);
     json["cameras"] = camerasJson(scene);
     json["lights"] = lightsJson(scene);
+    json["nulls"] = nullsJson(scene);
+    json["notes"] = Json::array();
+    for (const Warning &warning : info.warnings) json["notes"].push_back(warning.text());
     if (!reader.isScene) return json;
     const RenderDescription &render = scene.render;
     json["frames"] = {{"first", render.firstFrame},

@@ -48,7 +48,8 @@ struct ObjectVertexMap {
 
 struct ObjectLayer {
     std::uint32_t number = 0; // counted from 0
-    std::uint32_t flags = 0;  // of an LWO2 object; bit 0: hidden
+    static constexpr std::uint32_t kHidden = 1;
+    std::uint32_t flags = 0; // of an LWO2 object: kHidden, and others that nothing here depends on
     std::string name;
     std::array<float, 3> pivot{};                              // points are not relative to it
     std::optional<std::uint32_t> parent;                       // the number of another layer
@@ -62,7 +63,7 @@ struct ObjectLayer {
     std::vector<std::uint32_t> surfaces, parts, smoothingGroups;
     std::vector<ObjectVertexMap> maps;
 
-    bool isHidden() const { return (flags & 1) != 0; }
+    bool isHidden() const { return (flags & kHidden) != 0; }
     std::size_t begin(std::size_t polygon) const { return polygon == 0 ? 0 : ends[polygon - 1]; }
     std::uint32_t surfaceTag(std::size_t polygon) const {
         return polygon < surfaces.size() ? surfaces[polygon] : kNoTag;

@@ -1,7 +1,9 @@
 #include "host/open/file_reader.h"
 
 #include "host/base/error.h"
+#include "host/lws/scene_record.h"
 #include "host/render/geometry/mesh_formats.h"
+#include "host/scene/lws_scene.h"
 #include "host/scene/own_surfaces.h"
 
 #include <algorithm>
@@ -69,6 +71,14 @@ SceneDescription readObjectFile(const ReadRequest &request) {
     return scene;
 }
 
+bool isLightWaveScene(const FileReader &, const FileEnds &file) { return lws::isScene(file.head); }
+
+SceneDescription readLightWaveScene(const ReadRequest &request) {
+    SceneDescription scene = readLwsScene(request.file, request.path, request.warnings);
+    scene.render.workflow = request.reader.workflow;
+    return scene;
+}
+
 bool isMesh(const FileReader &reader, const FileEnds &file) {
     const MeshFormat *format = meshFormatOf(file);
     return format && std::string_view(format->ending) == reader.ending;
@@ -86,7 +96,15 @@ std::vector<FileReader> makeReaders() {
                                         .recognises = isJson,
                                         .read = readJson,
                                         .isScene = true,
+                                        .isComplete = true,
                                         .isMetric = true},
+                                       {.name = "LightWave scene",
+                                        .ending = "lws",
+                                        .recognises = isLightWaveScene,
+                                        .read = readLightWaveScene,
+                                        .isScene = true,
+                                        .isMetric = true,
+                                        .workflow = Workflow::classic},
                                        {.name = "LWO",
                                         .ending = "lwo",
                                         .recognises = isMesh,

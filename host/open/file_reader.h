@@ -1,6 +1,7 @@
 // The kinds of file that can be opened as a scene.
 #pragma once
 
+#include "host/base/warnings.h"
 #include "host/io/file_ends.h"
 #include "host/render/geometry/mesh.h"
 #include "host/scene/format/description.h"
@@ -10,6 +11,7 @@
 
 #include <span>
 #include <string>
+#include <vector>
 
 namespace velm::host {
 
@@ -22,6 +24,7 @@ struct ReadRequest {
     SearchPath path;                          // where to look for the files that this one names
     std::span<const SceneOverride> overrides; // see readScene
     Cameras cameras = Cameras::required;      // of scenes
+    std::vector<Warning> &warnings;           // gets what the file has and the scene does not
 };
 
 // A kind of file.
@@ -31,10 +34,11 @@ struct FileReader {
     bool (*recognises)(const FileReader &reader, const FileEnds &file); // by its contents
     // Reads a scene. Throws InputError that names the file.
     SceneDescription (*read)(const ReadRequest &request);
-    bool isScene = false;                 // a scene with cameras, lights and surfaces, to which nothing has to be added
+    bool isScene = false;                 // a scene with frames and a backdrop of its own
+    bool isComplete = false;              // has all that a picture needs, so that nothing has to be added
     bool isMetric = false;                // the format says that lengths are metres
     bool isZUp = false;                   // +Z is up in the file. The object is turned
-    Workflow workflow = Workflow::linear; // of files other than scenes
+    Workflow workflow = Workflow::linear; // of files that do not say, as scenes of ours may
     std::span<const LeftOut> leavesOut{}; // what such files may hold and this reader does not read
 };
 

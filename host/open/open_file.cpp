@@ -191,6 +191,7 @@ void addLights(const OpenedFile &opened, const Bounds &bounds, SceneDescription 
 }
 
 void warnOfLeftOut(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings) {
+    if (opened.reader->leavesOut.empty()) return;
     const ScenePose pose = startPose(opened.scene);
     for (std::size_t i = 0; i < opened.scene.objects.size(); ++i) {
         const std::string text = leftOutText(*opened.reader, meshOf(opened.scene, pose, i, meshes).leftOut);
@@ -219,18 +220,17 @@ const char *nameOf(View view) {
 
 OpenedFile openFile(const OpenRequest &request) {
     const FileReader &reader = readerOf(request.file);
-    OpenedFile opened{.scene = reader.read({.reader = reader,
-                                            .file = request.file,
-                                            .path = request.path,
-                                            .overrides = request.overrides,
-                                            .cameras = request.view ? Cameras::optional : Cameras::required}),
-                      .reader = &reader,
-                      .view = request.view,
-                      .rig = request.rig};
-    if (!reader.isScene) coverObjects(opened.scene);
-    if (!reader.isScene && !request.overrides.empty()) opened.scene = withOverrides(opened.scene, request);
+    OpenedFile opened{.scene = {}, .reader = &reader, .view = request.view, .rig = request.rig};
+    opened.scene = reader.read({.reader = reader,
+                                .file = request.file,
+                                .path = request.path,
+                                .overrides = request.overrides,
+                                .cameras = request.view ? Cameras::optional : Cameras::required,
+                                .warnings = opened.warnings});
+    if (!reader.isComplete) coverObjects(opened.scene);
+    if (!reader.isComplete && !request.overrides.empty()) opened.scene = withOverrides(opened.scene, request);
     if (request.workflow) opened.scene.render.workflow = *request.workflow;
-    if (reader.isScene) return opened;
+    if (reader.isComplete) return opened;
     if (!opened.view && opened.scene.cameras.empty()) opened.view = View::threeQuarter;
     if (!opened.rig && opened.scene.lights.empty()) opened.rig = Rig::studio;
     return opened;
@@ -242,26 +242,27 @@ Bounds boundsOf(const SceneDescription &scene, MeshCache &meshes) {
 
 SceneDescription completeFile(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings) {
     SceneDescription scene = opened.scene;
-    if (!opened.isIncomplete()) return scene;
-    const Bounds bounds = framedBounds(scene, meshes);
-    if (!opened.reader->isScene) {
+    for (const Warning &warning : opened.warnings) warnings.add(warning);
+    if (!opened.reader->isComplete) {
         warnOfLeftOut(opened, meshes, warnings);
         coverMaterials(scene, meshes);
     }
+    if (!opened.view && !opened.rig) return scene;
+    const Bounds bounds = framedBounds(scene, meshes);
     if (opened.view) addCamera(scene, bounds, *opened.view);
     if (opened.rig) addLights(opened, bounds, scene);
     return scene;
 }
 
 std::string additionsText(const OpenedFile &opened, const SceneDescription &completed) {
-    if (opened.reader->isScene) return {};
+    if (opened.reader->isComplete) return {};
     std::string text;
     const auto add = [&text](const std::string &what) { text += (text.empty() ? "" : ", ") + what; };
     if (opened.view) add(fmt::format("a camera ({})", nameOf(*opened.view)));
     if (opened.rig == Rig::studio) add("lights (studio)");
     if (opened.rig == Rig::outdoor) add("the sun and a sky (outdoor)");
     if (completed.objects.size() > opened.scene.objects.size()) add("a ground");
-    if (opened.rig) add("a backdrop");
+    if (opened.rig && !opened.reader->isScene) add("a backdrop");
     const auto objects = std::span(completed.objects).first(opened.scene.objects.size());
     if (std::ranges::any_of(objects, [](const ObjectDescription &object) {
             return std::ranges::count(object.surfaces, false, &SurfaceUse::fromObject) > 0;

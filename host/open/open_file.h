@@ -29,13 +29,12 @@ struct OpenedFile {
     const FileReader *reader = nullptr; // never null
     std::optional<View> view;           // of a camera to be added
     std::optional<Rig> rig;             // that replaces the lights
-
-    // Whether completeFile has something to do. It reads the meshes, which takes time.
-    bool isIncomplete() const { return view || rig || !reader->isScene; }
+    std::vector<Warning> warnings{};    // of what the file has and the scene does not
 };
 
-// Reads a file, but not its meshes. A scene gets what the request asks for; any other file also gets what it does not
-// bring: a camera from a three-quarter view and the studio rig. InputError with the source location. [any thread]
+// Reads a file, but not its meshes. A scene of ours gets what the request asks for; any other file also gets what it
+// does not bring: a camera from a three-quarter view and the studio rig. InputError with the source location. [any
+// thread]
 OpenedFile openFile(const OpenRequest &request);
 
 // The scene with all that is to be added: a camera for pictures of the scene's size, lights, and, unless the file is a
@@ -45,7 +44,7 @@ OpenedFile openFile(const OpenRequest &request);
 SceneDescription completeFile(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings);
 
 // What was added to the completed scene because the file does not bring it, for people: "a camera (three-quarter view),
-// lights (studio), ...". Empty for scenes.
+// lights (studio), ...". Empty for scenes of ours.
 std::string additionsText(const OpenedFile &opened, const SceneDescription &completed);
 
 // The bounds of all objects in world space. Meshes are taken from `meshes`, and those that it does not have are made

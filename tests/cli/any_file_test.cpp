@@ -88,10 +88,10 @@ TEST_F(AnyFile, DoesNotReplaceAPictureThatItDidNotRender) {
 }
 
 TEST_F(AnyFile, RefusesOtherFilesAndWords) {
-    const Outcome scene = test::velm({"render", directory_.write("shot.lws", "LWSC\n5\n\n")});
-    EXPECT_EQ(scene.status, kExitInput);
-    EXPECT_NE(scene.err.find("shot.lws: the file is of no kind that is read; these kinds"), std::string::npos)
-        << scene.err;
+    const Outcome notes = test::velm({"render", directory_.write("notes.txt", "to do")});
+    EXPECT_EQ(notes.status, kExitInput);
+    EXPECT_NE(notes.err.find("notes.txt: the file is of no kind that is read; these kinds"), std::string::npos)
+        << notes.err;
     const Outcome view = render({"--view", "oblique"});
     EXPECT_EQ(view.status, kExitUsage);
     EXPECT_NE(view.err.find("--view: \"oblique\" is none of front, back, left"), std::string::npos) << view.err;

@@ -55,11 +55,39 @@ TEST_F(OpenFile, TellsTheKindByTheNameWhereTheContentsDoNot) {
         << "the contents fit glTF, too";
 }
 
+TEST_F(OpenFile, AddsToALightWaveSceneWhatItDoesNotBring) {
+    directory_.write("a.lwo", test::triangleObject("Red", ""));
+    const std::string object = "LWSC\n5\nSolidBackdrop 1\nBackdropColor 0 0 1\nLoadObjectLayer 1 10000000 a.lwo\n";
+    const std::string bare = directory_.write("bare.lws", object);
+    const OpenedFile opened = openFile({.file = bare});
+    EXPECT_STREQ(opened.reader->name, "LightWave scene");
+    const SceneDescription scene = completed({.file = bare});
+    EXPECT_EQ(additionsText(opened, scene), "a camera (three-quarter view), lights (studio)");
+    EXPECT_EQ(scene.cameras.size(), 1u);
+    EXPECT_EQ(scene.lights.size(), 3u);
+    EXPECT_EQ(scene.objects.size(), 1u) << "no ground";
+    EXPECT_EQ(scene.backdrop.colour, (Double3{0, 0, 1})) << "its own";
+    const OpenRequest whole{.file = directory_.write("whole.lws", object + "AddLight 20000000\nAddCamera 30000000\n")};
+    EXPECT_EQ(completed(whole).cameras.at(0).name, "Camera");
+    EXPECT_EQ(completed(whole).lights.at(0).name, "Light");
+    EXPECT_EQ(additionsText(openFile(whole), completed(whole)), "");
+}
+
+TEST_F(OpenFile, WarnsOfWhatALightWaveSceneHasBesides) {
+    const std::string file = directory_.write("a.lws", "LWSC\n5\nFogType 1\nAddLight 20000000\nAddCamera 30000000\n");
+    MeshCache meshes;
+    Warnings warnings(Warnings::Policy::goOn), strict(Warnings::Policy::strict);
+    completeFile(openFile({.file = file}), meshes, warnings);
+    ASSERT_EQ(warnings.all().size(), 1u);
+    EXPECT_EQ(warnings.all()[0].text(), file + ":3: fog is not rendered");
+    EXPECT_THROW(completeFile(openFile({.file = file}), meshes, strict), InputError);
+}
+
 TEST_F(OpenFile, ListsWhatIsReadWhereItRefuses) {
-    for (const auto &[name, text] : {std::pair{"shot.lws", "LWSC\n5\n"}, {"notes.txt", "to do"}, {"empty", ""}}) {
+    for (const auto &[name, text] : {std::pair{"notes.txt", "to do"}, {"empty", ""}}) {
         const std::string why = refusalOf(directory_.write(name, text));
         EXPECT_TRUE(why.starts_with((directory_ / name) + ": ")) << why;
-        for (const char *kind : {"scene (JSON)", "LWO", "glTF", "OBJ"})
+        for (const char *kind : {"scene (JSON)", "LightWave scene", "LWO", "glTF", "OBJ"})
             EXPECT_NE(why.find(kind), std::string::npos) << why;
     }
     EXPECT_NE(refusalOf("/nowhere/chair.lwo").find("/nowhere/chair.lwo"), std::string::npos);
@@ -69,7 +97,7 @@ TEST_F(OpenFile, EveryMeshFormatHasOneReader) {
     for (const FileReader &reader : fileReaders())
         EXPECT_EQ(std::ranges::count(fileReaders(), std::string(reader.ending), &FileReader::ending), 1)
             << reader.ending;
-    EXPECT_EQ(readableKinds(), "scene (JSON), " + meshFormats());
+    EXPECT_EQ(readableKinds(), "scene (JSON), LightWave scene, " + meshFormats());
 }
 
 TEST_F(OpenFile, AddsToAMeshWhatItDoesNotBring) {

@@ -125,6 +125,20 @@ TEST_F(ObjectMeshTest, HiddenLayersAreLeftOut) {
               (directory / "a.lwo") + ": the mesh has no polygons but in hidden layers");
 }
 
+TEST_F(ObjectMeshTest, OneLayerCanBeDrawnByItself) {
+    writeText(directory / "a.lwo",
+              objectFile(layerChunk(0, 0, "") + kPoints + kPolygons + layerChunk(3, 1, "Wheels") +
+                         pointsChunk({0, 5, 0, 0, 6, 0, 1, 5, 0}) + polygonsChunk("FACE", {{0, 1, 2}})));
+    const auto layer = [this](int number) { return readMesh(directory / "a.lwo", {}, number); };
+    EXPECT_EQ(layer(0).polygonCount, 2U);
+    EXPECT_EQ(layer(3).polygonCount, 1U) << "although it is hidden";
+    EXPECT_TRUE(layer(0).warnings.empty()) << "of layers that nobody asked for";
+    EXPECT_EQ(errorOf([&] { layer(1); }), (directory / "a.lwo") + ": the object has no layer 1");
+    writeText(directory / "a.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    EXPECT_EQ(errorOf([&] { readMesh(directory / "a.obj", {}, 0); }),
+              (directory / "a.obj") + ": a file of this format has no layers");
+}
+
 TEST_F(ObjectMeshTest, WhatIsNotDrawnIsTold) {
     const Mesh mesh =
         read(objectFile(tagsChunk({"A"}) + kPoints + mapChunk("WGHT", 1, "Bend", {{0, {1}}}) +

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <memory_resource>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -88,8 +89,10 @@ struct Mesh {
 // right-handed with +Y up and are mirrored in Z.
 // Polygons with any number of corners become triangles; those without an area are dropped. Lines, points and materials
 // that no polygon has are left out. Throws InputError with the file's name for a file that is missing, broken, without
-// polygons or of another format, and if reading it exceeds a limit. [interface thread]
-Mesh readMesh(const std::string &file, const Transform &transform);
+// polygons or of another format, and if reading it exceeds a limit. Of an object with layers, all visible ones are
+// read, or only the one with that number, which may be hidden; InputError if the file has no such layer. [interface
+// thread]
+Mesh readMesh(const std::string &file, const Transform &transform, std::optional<int> layer = {});
 
 // The names of all files that readMesh opens, the mesh file itself first; the others are such as a file of materials.
 // InputError as readMesh, for a file that is missing or broken. Takes as long as reading. [interface thread]
@@ -102,7 +105,9 @@ std::vector<std::string> filesOfMesh(const std::string &file);
 Mesh shapeMesh(const PlaneShape &shape, const Transform &transform);
 Mesh shapeMesh(const BoxShape &shape, const Transform &transform);
 Mesh shapeMesh(const SphereShape &shape, const Transform &transform);
-inline Mesh shapeMesh(const MeshFile &shape, const Transform &transform) { return readMesh(shape.file, transform); }
+inline Mesh shapeMesh(const MeshFile &shape, const Transform &transform) {
+    return readMesh(shape.file, transform, shape.layer);
+}
 
 // The mesh of any shape: each alternative of ShapeDescription has its overload of shapeMesh.
 Mesh makeMesh(const ShapeDescription &shape, const Transform &transform);

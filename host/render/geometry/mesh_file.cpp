@@ -140,11 +140,16 @@ const MeshFormat &checkedFormatOf(const std::string &file) {
 
 } // namespace
 
-Mesh readMesh(const std::string &file, const Transform &transform) {
+Mesh readMesh(const std::string &file, const Transform &transform, std::optional<int> layer) {
     requireReadable(file);
     const auto read = readApart<ReadBuffers>(file, "the mesh", [&](ReadBuffers &buffers) {
         const MeshFormat &format = checkedFormatOf(file);
-        buffers.take(format.read(file, format, transform));
+        if (!layer)
+            buffers.take(format.read(file, format, transform));
+        else if (format.read == readObjectMesh)
+            buffers.take(readObjectLayer(file, transform, *layer));
+        else
+            throw InputError({.file = file}, "a file of this format has no layers");
     });
     return read->mesh(read);
 }

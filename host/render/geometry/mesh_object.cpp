@@ -298,6 +298,15 @@ Mesh readObjectMesh(const std::string &file, const MeshFormat &, const Transform
     return ObjectMesh(geometry, transform).build(file);
 }
 
+Mesh readObjectLayer(const std::string &file, const Transform &transform, int layer) {
+    ObjectGeometry geometry = readObject(readFile(file), file);
+    std::erase_if(geometry.layers,
+                  [layer](const ObjectLayer &one) { return one.number != static_cast<std::uint32_t>(layer); });
+    if (geometry.layers.empty()) throw InputError({.file = file}, fmt::format("the object has no layer {}", layer));
+    for (ObjectLayer &one : geometry.layers) one.flags &= ~ObjectLayer::kHidden;
+    return ObjectMesh(geometry, transform).build(file);
+}
+
 std::vector<std::string> filesOfObjectMesh(const std::string &file, const MeshFormat &) {
     readObject(readFile(file), file);
     return {file};

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -142,7 +143,8 @@ struct NullDescription : ItemDescription {
 };
 
 struct MeshFile {
-    std::string file; // as found: a relative path in the scene file is already resolved
+    std::string file;           // as found: a relative path in the scene file is already resolved
+    std::optional<int> layer{}; // of a LightWave object, by its number in the file: only this one, even if it is hidden
 
     bool operator==(const MeshFile &) const = default;
 };

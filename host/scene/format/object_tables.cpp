@@ -18,6 +18,17 @@ using Json = nlohmann::ordered_json;
 
 constexpr int kFewestSegments = 3, kMostSegments = 4096;
 
+constexpr ValueRule kLayerRule = integerRule(0, 65535);
+
+void readLayer(const ReadContext &context, const JsonMember &found, MeshFile &mesh) {
+    mesh.layer = readInteger(context, found.key, found.value, kLayerRule);
+}
+
+std::optional<Json> writeLayer(const WriteContext &, const MeshFile &mesh) {
+    if (!mesh.layer) return std::nullopt;
+    return *mesh.layer;
+}
+
 constexpr Field<MeshFile> kMeshFields[] = {
     {.key = "file",
      .help = "The mesh's file (LWO, LXO, FBX, GLB, glTF, PLY, DAE, 3DS, OFF, STL or OBJ), relative to the scene's "
@@ -28,6 +39,13 @@ constexpr Field<MeshFile> kMeshFields[] = {
                                          -> std::optional<Json> { return context.nameOf(mesh.file); },
                                      .schema = textSchema},
      .required = true},
+    {.key = "layer",
+     .help =
+         "Number of the only layer of an LWO file to use, as in the file: one less than LightWave shows. All visible "
+         "layers by default.",
+     .target = CustomValue<MeshFile>{.read = readLayer,
+                                     .write = writeLayer,
+                                     .schema = [] { return ruleSchema(kLayerRule); }}},
 };
 
 constexpr Field<PlaneShape> kPlaneFields[] = {

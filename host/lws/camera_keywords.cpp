@@ -1,0 +1,74 @@
+#include "host/lws/keywords.h"
+
+namespace velm::host::lws {
+
+namespace {
+
+bool readFrameSize(Statement &statement, Camera &camera) {
+    const std::optional<double> width = statement.words.number(), height = statement.words.number();
+    if (!width || !height || *width < 1 || *height < 1) return false;
+    camera.width = *width;
+    camera.height = *height;
+    return true;
+}
+
+bool readMultiplier(Statement &statement, Camera &camera) {
+    const std::optional<double> multiplier = statement.words.number();
+    if (!multiplier || *multiplier <= 0) return false;
+    camera.multiplier = *multiplier;
+    return true;
+}
+
+bool readPixelAspect(Statement &statement, Camera &camera) {
+    const std::optional<double> aspect = statement.words.number();
+    if (!aspect) return false;
+    camera.hasSquarePixels = *aspect == 1;
+    return true;
+}
+
+// In versions 1 and 2: the number of a video format, or -1 for the ratio in another line.
+bool readPixelAspectCode(Statement &statement, Camera &camera) {
+    constexpr int kOwn = -1, kSquare = 2;
+    const std::optional<int> code = statement.words.integer();
+    if (!code) return false;
+    camera.usesOwnPixelRatio = *code == kOwn;
+    camera.hasSquarePixels = *code == kOwn || *code == kSquare;
+    return true;
+}
+
+bool readPixelRatio(Statement &statement, Camera &camera) {
+    const std::optional<double> ratio = statement.words.number();
+    if (ratio && camera.usesOwnPixelRatio) camera.hasSquarePixels = *ratio == 1;
+    return ratio.has_value();
+}
+
+// In versions 1 and 2: the number of a video format.
+bool readResolution(Statement &, Camera &camera) {
+    camera.usesSizeCode = true;
+    return true;
+}
+
+constexpr Keyword<Camera> kCameraKeywords[] = {
+    {.name = "ZoomFactor", .read = value<&Camera::zoom>},
+    {.name = "FrameSize", .read = readFrameSize},
+    {.name = "CustomSize", .read = readFrameSize},
+    {.name = "ResolutionMultiplier", .read = readMultiplier},
+    {.name = "Resolution", .read = readResolution},
+    {.name = "PixelAspect", .read = readPixelAspect},
+    {.name = "PixelAspectRatio", .read = readPixelAspectCode},
+    {.name = "CustomPixelRatio", .read = readPixelRatio},
+    {.name = "UseGlobalResolution", .read = flag<&Camera::usesGlobalSize>},
+    {.name = "AASamples", .read = integer<&Camera::samples>},
+    {.name = "MotionBlur", .read = leftOutUnless<Loss::motionBlur, 0>},
+    {.name = "DepthOfField", .read = leftOutUnless<Loss::depthOfField, 0>},
+    {.name = "DepthofField", .read = leftOutUnless<Loss::depthOfField, 0>},
+    {.name = "FieldRendering", .read = leftOutUnless<Loss::fieldRendering, 0>},
+    {.name = "CameraMask", .read = leftOutUnless<Loss::cameraMask, 0>},
+    {.name = "LimitedRegion", .read = leftOutUnless<Loss::limitedRegion, 0>},
+};
+
+} // namespace
+
+std::span<const Keyword<Camera>> cameraKeywords() { return kCameraKeywords; }
+
+} // namespace velm::host::lws

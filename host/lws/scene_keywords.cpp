@@ -1,0 +1,100 @@
+// What belongs to the scene as a whole.
+#include "host/lws/keywords.h"
+
+#include <algorithm>
+
+namespace velm::host::lws {
+
+namespace {
+
+constexpr double kLeastRate = 0.001;
+
+bool readFramesPerSecond(Statement &statement, Scene &scene) {
+    const std::optional<double> rate = statement.words.number();
+    if (!rate || *rate < kLeastRate) return false;
+    scene.framesPerSecond = *rate;
+    return true;
+}
+
+bool readRayTraceEffects(Statement &statement, Scene &scene) {
+    constexpr int kShadows = 1, kReflections = 2;
+    const std::optional<int> bits = statement.words.integer();
+    if (!bits) return false;
+    scene.tracesShadows = (*bits & kShadows) != 0;
+    scene.tracesReflections = (*bits & kReflections) != 0;
+    return true;
+}
+
+bool readRecursionLimit(Statement &statement, Scene &scene) {
+    scene.recursionLimit = statement.words.integer();
+    return scene.recursionLimit.has_value();
+}
+
+// The number of one of the levels of anti-aliasing.
+bool readAntialiasing(Statement &statement, Scene &scene) {
+    constexpr std::array<int, 5> kPasses = {1, 5, 9, 17, 33};
+    const std::optional<int> level = statement.words.integer();
+    if (!level || *level < 0) return false;
+    scene.antialiasingSamples = kPasses[std::min(static_cast<std::size_t>(*level), kPasses.size() - 1)];
+    return true;
+}
+
+bool readGlobalSize(Statement &statement, Scene &scene) {
+    const std::optional<double> width = statement.words.number(), height = statement.words.number();
+    if (!width || !height || *width < 1 || *height < 1) return false;
+    scene.globalCamera.width = *width;
+    scene.globalCamera.height = *height;
+    return true;
+}
+
+bool readGlobalMultiplier(Statement &statement, Scene &scene) {
+    const std::optional<double> multiplier = statement.words.number();
+    if (!multiplier || *multiplier <= 0) return false;
+    scene.globalCamera.multiplier = *multiplier;
+    return true;
+}
+
+bool readGlobalPixelAspect(Statement &statement, Scene &scene) {
+    const std::optional<double> aspect = statement.words.number();
+    if (aspect) scene.globalCamera.hasSquarePixels = *aspect == 1;
+    return aspect.has_value();
+}
+
+constexpr Keyword<Scene> kSceneKeywords[] = {
+    {.name = "FirstFrame", .read = integer<&Scene::firstFrame>},
+    {.name = "LastFrame", .read = integer<&Scene::lastFrame>},
+    {.name = "FrameStep", .read = integer<&Scene::frameStep>},
+    {.name = "FramesPerSecond", .read = readFramesPerSecond},
+    {.name = "RenderRangeType", .read = leftOutUnless<Loss::renderRange, 0>},
+    {.name = "AmbientColor", .read = constant<&Scene::ambientColour>},
+    {.name = "AmbientIntensity", .read = constant<&Scene::ambientIntensity>},
+    {.name = "AmbIntensity", .read = constant<&Scene::ambientIntensity>},
+    {.name = "SolidBackdrop", .read = flag<&Scene::solidBackdrop>},
+    {.name = "BackdropColor", .read = constant<&Scene::backdrop>},
+    {.name = "ZenithColor", .read = constant<&Scene::zenith>},
+    {.name = "SkyColor", .read = constant<&Scene::sky>},
+    {.name = "GroundColor", .read = constant<&Scene::ground>},
+    {.name = "NadirColor", .read = constant<&Scene::nadir>},
+    {.name = "SkySqueezeAmount", .read = constant<&Scene::skySqueeze>},
+    {.name = "GroundSqueezeAmount", .read = constant<&Scene::groundSqueeze>},
+    {.name = "RayTraceEffects", .read = readRayTraceEffects},
+    {.name = "RayRecursionLimit", .read = readRecursionLimit},
+    {.name = "EnableShadowMaps", .read = flag<&Scene::hasShadowMaps>},
+    {.name = "Antialiasing", .read = readAntialiasing},
+    {.name = "CurrentCamera", .read = integer<&Scene::currentCamera>},
+    {.name = "GlobalFrameSize", .read = readGlobalSize},
+    {.name = "GlobalMultiplier", .read = readGlobalMultiplier},
+    {.name = "GlobalPixelAspect", .read = readGlobalPixelAspect},
+    {.name = "EnableRadiosity", .read = leftOutUnless<Loss::globalIllumination, 0>},
+    {.name = "EnableCaustics", .read = leftOutUnless<Loss::caustics, 0>},
+    {.name = "FogType", .read = leftOutUnless<Loss::fog, 0>},
+    {.name = "BGImage", .read = leftOutFile<Loss::compositing>},
+    {.name = "FGImage", .read = leftOutFile<Loss::compositing>},
+    {.name = "FGAlphaImage", .read = leftOutFile<Loss::compositing>},
+};
+
+} // namespace
+
+std::span<const Keyword<Scene>> sceneKeywords() { return kSceneKeywords; }
+
+} // namespace velm::host::lws

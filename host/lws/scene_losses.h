@@ -1,0 +1,73 @@
+// What a LightWave scene has and its record does not keep, for the user to be warned of: one line for each kind, with a
+// count and the first line of the file.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace velm::host::lws {
+
+enum class Loss {
+    unreadLine, // a keyword that is known, with arguments that are not
+    unknownItem,
+    motionModifier,
+    controller, // inverse kinematics, paths, poles
+    sameAsItem,
+    pivotRotation,
+    bone,
+    morph,
+    displacement,
+    clipMap,
+    distanceDissolve,
+    polygonSize,
+    shadowOption,
+    excludedLight,
+    lightShape,   // drawn as a point light
+    unknownLight, // left out
+    negativeLight,
+    lensFlare,
+    volumetricLight,
+    projectedImage,
+    shadowColour,
+    lightEffect,
+    animatedValue, // that cannot have keys here
+    globalIllumination,
+    caustics,
+    fog,
+    compositing,
+    environment,
+    imageFilter,
+    cameraKind,
+    motionBlur,
+    depthOfField,
+    fieldRendering,
+    cameraMask,
+    limitedRegion,
+    pixelAspect,
+    frameSizeCode,
+    renderRange,
+};
+
+class Losses {
+  public:
+    void add(Loss kind, int line);
+
+    struct Text {
+        int line = 0;        // of the first one
+        std::string brief;   // "depth of field"
+        std::string message; // "2 cameras have depth of field, which is not rendered"
+    };
+    // One for each kind of which there is anything, in the order of the kinds.
+    std::vector<Text> texts() const;
+
+  private:
+    struct Entry {
+        std::size_t count = 0;
+        int first = 0;
+    };
+    std::array<Entry, static_cast<std::size_t>(Loss::renderRange) + 1> entries_{};
+};
+
+} // namespace velm::host::lws

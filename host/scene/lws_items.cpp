@@ -1,0 +1,158 @@
+#include "host/scene/lws_items.h"
+
+#include "host/animation/channel.h"
+#include "host/base/limits.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+#include <limits>
+#include <numbers>
+
+namespace velm::host {
+
+namespace {
+
+constexpr std::size_t kComponents = 3;
+constexpr double kUnlimited = std::numeric_limits<double>::infinity();
+
+// Sets a component of an item's value, or its keys. Values outside of the range become its ends.
+void setValue(ItemDescription &item, Channel channel, int component, const lws::Value &value, double &member,
+              double least = -kUnlimited, double most = kUnlimited) {
+    if (!value.isAnimated()) {
+        member = std::clamp(value.constant, least, most);
+        return;
+    }
+    KeysDescription keys = value.keys;
+    for (KeyDescription &key : keys.keys) key.value[0] = std::clamp(key.value[0], least, most);
+    item.channels.push_back({.channel = channel, .component = component, .keys = std::move(keys)});
+}
+
+void setValues(ItemDescription &item, Channel channel, const lws::Value *values, Double3 &member,
+               double least = -kUnlimited) {
+    for (std::size_t i = 0; i < kComponents; ++i)
+        setValue(item, channel, static_cast<int>(i), values[i], member[i], least);
+}
+
+// The horizontal field of view, in degrees.
+double fieldOfView(double zoom, double aspect) {
+    constexpr double kLeastZoom = 1e-4; // a field of view near 180 degrees
+    constexpr double kDegreesPerRadian = 180 / std::numbers::pi;
+    return 2 * std::atan(aspect / std::max(zoom, kLeastZoom)) * kDegreesPerRadian;
+}
+
+// Keys of the field of view at each frame of the zoom's keys, so that it is exact there.
+void setAngleKeys(const KeysDescription &zoom, double aspect, double framesPerSecond, CameraDescription &to) {
+    constexpr double kMostKeys = 10000; // of longer animations, with a straight line between them
+    HostEnvelope envelope;
+    for (const KeyDescription &key : zoom.keys) {
+        HostKey &added = envelope.putKey(key.time, key.value[0]);
+        added.shape = key.shape;
+        added.tension = key.tension;
+        added.continuity = key.continuity;
+        added.bias = key.bias;
+        added.parameters = key.parameters;
+    }
+    const double first = zoom.keys.front().time, length = zoom.keys.back().time - first;
+    const auto steps = static_cast<int>(std::ceil(std::clamp(length * framesPerSecond, 1.0, kMostKeys)));
+    KeysDescription keys{.components = 1, .keys = {}, .before = zoom.before, .after = zoom.after};
+    for (int i = 0; i <= steps; ++i) {
+        KeyDescription &key = keys.keys.emplace_back();
+        key.time = first + length * i / steps;
+        key.value[0] = fieldOfView(envelope.evaluate(key.time), aspect);
+        key.shape = kShapeLinear;
+    }
+    to.channels.push_back({.channel = Channel::fieldOfView, .component = 0, .keys = std::move(keys)});
+}
+
+LightDescription::Kind kindOf(lws::Light::Kind kind) {
+    switch (kind) {
+    case lws::Light::Kind::point:
+    case lws::Light::Kind::otherPoint: return LightDescription::Kind::point;
+    case lws::Light::Kind::spot: return LightDescription::Kind::spot;
+    case lws::Light::Kind::area: return LightDescription::Kind::area;
+    default: return LightDescription::Kind::distant;
+    }
+}
+
+LightDescription::Falloff falloffOf(lws::Light::Falloff falloff) {
+    switch (falloff) {
+    case lws::Light::Falloff::none: return LightDescription::Falloff::none;
+    case lws::Light::Falloff::linear: return LightDescription::Falloff::linear;
+    case lws::Light::Falloff::inverseDistance: return LightDescription::Falloff::inverseDistance;
+    case lws::Light::Falloff::inverseSquare: return LightDescription::Falloff::inverseSquare;
+    }
+    return {};
+}
+
+bool hasShadows(const lws::Light &light, const lws::Scene &scene) {
+    switch (light.shadows) {
+    case lws::Light::Shadows::none: return false;
+    case lws::Light::Shadows::traced: return scene.tracesShadows;
+    case lws::Light::Shadows::mapped: return scene.hasShadowMaps;
+    }
+    return true;
+}
+
+} // namespace
+
+void LwsNames::add(const lws::Item &item, const std::string &wanted) {
+    // What names in our scenes cannot have: arrows, which are for connections, and blanks at their ends.
+    std::string name = wanted;
+    if (name.find("->") != std::string::npos) std::erase(name, '>');
+    name.erase(name.find_last_not_of(' ') + 1);
+    if (name.empty()) name = "Item";
+    const std::string plain = name;
+    while (!taken_.insert(name).second)
+        name = fmt::format("{} ({})", plain, ++next_.try_emplace(plain, 1).first->second);
+    names_[item.id] = std::move(name);
+}
+
+void convertPlace(const lws::Item &from, const LwsNames &names, const std::string &file, ItemDescription &to) {
+    to.name = names[from.id];
+    to.location = to.parentLocation = to.targetLocation = {.file = file, .line = from.line};
+    if (from.parent) to.parent = names[*from.parent];
+    to.hasTarget = from.aims && from.target;
+    if (to.hasTarget) to.targetItem = names[*from.target];
+    setValues(to, Channel::position, &from.motion[0], to.position);
+    if (!to.hasTarget) setValues(to, Channel::rotation, &from.motion[3], to.rotation);
+    if (lws::kindOf(from.id) != lws::ItemKind::camera) setValues(to, Channel::scale, &from.motion[6], to.scale);
+    if (from.pivot) to.pivot = *from.pivot;
+}
+
+void convertDissolve(const lws::Object &from, ObjectDescription &to) {
+    if (from.active)
+        setValue(to, Channel::dissolve, 0, from.dissolve, to.dissolve, 0, 1);
+    else
+        to.dissolve = 1;
+}
+
+void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescription &to) {
+    constexpr double kLeastRange = 1e-6, kLeastCone = 1e-3, kMostCone = 180;
+    to.kind = kindOf(from.kind);
+    to.falloff = falloffOf(from.falloff);
+    to.shadows = hasShadows(from, scene);
+    if (from.quality) {
+        const int side = std::clamp(*from.quality, 1, 64); // of a square of samples
+        to.samples = std::min(side * side, kMostSamples);
+    }
+    setValues(to, Channel::colour, from.colour.data(), to.colour, 0);
+    if (from.active)
+        setValue(to, Channel::intensity, 0, from.intensity, to.intensity, 0);
+    else
+        to.intensity = 0;
+    const bool hasRange = to.kind != LightDescription::Kind::distant;
+    if (hasRange) setValue(to, Channel::range, 0, from.range, to.range, kLeastRange);
+    if (to.kind != LightDescription::Kind::spot) return;
+    setValue(to, Channel::cone, 0, from.cone, to.cone, kLeastCone, kMostCone);
+    setValue(to, Channel::edge, 0, from.edge, to.edge, 0);
+}
+
+void convertZoom(const lws::Camera &from, double aspect, double framesPerSecond, CameraDescription &to) {
+    if (from.zoom.isAnimated())
+        setAngleKeys(from.zoom.keys, aspect, framesPerSecond, to);
+    else
+        to.fieldOfView = fieldOfView(from.zoom.constant, aspect);
+}
+
+} // namespace velm::host
