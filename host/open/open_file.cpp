@@ -118,15 +118,15 @@ void addLights(const OpenedFile &opened, const Bounds &bounds, SceneDescription 
     if (*opened.rig != Rig::none && !looksUpwards(camera)) addGround(scene, bounds, lighting.groundColour);
 }
 
+// What the file holds and a scene that names it would have itself; Session warns of the rest.
 void warnOfLeftOut(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings) {
-    for (const ObjectDescription &object : opened.scene.objects) {
-        const std::string text = leftOutText(*opened.reader, meshOf(object, meshes).leftOut);
-        if (!text.empty())
-            warnings.add({.location = {.file = opened.scene.file, .line = 0},
-                          .path = "",
-                          .brief = "parts of the file are not read",
-                          .message = fmt::format("not read from this {} file: {}", opened.reader->name, text)});
-    }
+    for (const ObjectDescription &object : opened.scene.objects)
+        for (const MeshWarning &warning : meshOf(object, meshes).warnings)
+            if (warning.isBesideMesh)
+                warnings.add({.location = {.file = opened.scene.file, .line = 0},
+                              .path = "",
+                              .brief = warning.brief + " that are not read",
+                              .message = warning.message});
 }
 
 const char *nameOf(View view) {
@@ -154,6 +154,7 @@ OpenedFile openFile(const OpenRequest &request) {
                       .reader = &reader,
                       .view = request.view,
                       .rig = request.rig};
+    if (reader.workflow) opened.scene.render.workflow = *reader.workflow;
     if (!reader.isScene) coverObjects(opened.scene);
     if (!reader.isScene && !request.overrides.empty()) opened.scene = withOverrides(opened.scene, request);
     if (request.workflow) opened.scene.render.workflow = *request.workflow;
