@@ -34,7 +34,6 @@ ObjectInfo objectInfo(const ObjectDescription &object, const Mesh &mesh) {
     std::ranges::copy_if(mesh.materials, std::back_inserter(info.materials),
                          [](const std::string &name) { return !name.empty(); });
     for (const UvMap &map : mesh.uvMaps) info.uvMaps.push_back(map.name);
-    info.leftOut = mesh.leftOut;
     for (const MeshWarning &warning : mesh.warnings) info.notes.push_back(warning.message);
     return info;
 }

@@ -31,7 +31,6 @@ struct ObjectInfo {
     std::size_t points = 0, triangles = 0, polygons = 0;
     std::vector<std::string> materials, uvMaps;
     ObjectParts parts;                // of a LightWave object
-    LeftOutCounts leftOut{};          // of what the mesh's file holds besides
     std::vector<std::string> notes{}; // on what is drawn otherwise, or not at all: a line each
 };
 

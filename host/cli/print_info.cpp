@@ -61,8 +61,6 @@ void addObjects(const FileInfo &info, Lines &lines) {
         for (const LayerInfo &layer : object.parts.layers) lines.add("", "layer " + layerText(layer));
         if (!object.parts.parts.empty()) lines.add("", "parts " + quoted(object.parts.parts));
         for (const std::string &note : object.notes) lines.add("", "note: " + note);
-        const std::string leftOut = leftOutText(*info.reader, object.leftOut);
-        if (!leftOut.empty()) lines.add("", "not read: " + leftOut);
     }
 }
 
@@ -111,10 +109,6 @@ Json objectsJson(const FileInfo &info) {
         one["layers"] = layersJson(object.parts);
         one["parts"] = object.parts.parts;
         one["notes"] = object.notes;
-        one["notRead"] = Json::object();
-        for (const LeftOut kind : info.reader->leavesOut)
-            if (const auto count = object.leftOut[static_cast<std::size_t>(kind)]; count > 0)
-                one["notRead"][nameOf(kind)] = count;
         all.push_back(one);
     }
     return all;

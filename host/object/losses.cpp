@@ -12,6 +12,26 @@ struct Wording {
 };
 
 constexpr Wording kWordings[] = {
+    {.kind = Loss::material,
+     .brief = "materials",
+     .one = "a material is not read",
+     .many = "{} materials are not read"},
+    {.kind = Loss::texture, .brief = "textures", .one = "a texture is not read", .many = "{} textures are not read"},
+    {.kind = Loss::colourMap,
+     .brief = "vertex colours",
+     .one = "a map of vertex colours is not read",
+     .many = "{} maps of vertex colours are not read"},
+    {.kind = Loss::bone, .brief = "bones", .one = "a bone is not read", .many = "{} bones are not read"},
+    {.kind = Loss::morphTarget,
+     .brief = "morph targets",
+     .one = "a morph target is not read",
+     .many = "{} morph targets are not read"},
+    {.kind = Loss::camera, .brief = "cameras", .one = "a camera is not read", .many = "{} cameras are not read"},
+    {.kind = Loss::light, .brief = "lights", .one = "a light is not read", .many = "{} lights are not read"},
+    {.kind = Loss::animation,
+     .brief = "animations",
+     .one = "an animation is not read",
+     .many = "{} animations are not read"},
     {.kind = Loss::unknownChunk,
      .brief = "unknown chunks",
      .one = "a chunk of an unknown kind is left out",
@@ -71,7 +91,8 @@ std::vector<Losses::Text> Losses::texts() const {
         if (entry.count == 0) continue;
         const std::string what = entry.count == 1 ? wording.one : fmt::format(fmt::runtime(wording.many), entry.count);
         texts.push_back(
-            {.brief = wording.brief,
+            {.kind = wording.kind,
+             .brief = wording.brief,
              .message = fmt::format("{} ({}{})", what, entry.count == 1 ? "" : "the first: ", entry.first)});
     }
     return texts;

@@ -1,5 +1,5 @@
-// What is left out of an object, for the user to be warned of: one line for each kind, with a count and the first
-// place.
+// What is left out of an object or another mesh file, for the user to be warned of: one line for each kind, with a
+// count and the first place.
 #pragma once
 
 #include <array>
@@ -10,6 +10,16 @@
 namespace velm::host {
 
 enum class Loss {
+    // What a mesh file holds besides the mesh:
+    material,
+    texture,
+    colourMap, // colours of vertices
+    bone,
+    morphTarget,
+    camera,
+    light,
+    animation,
+    // Of LightWave's objects:
     unknownChunk,     // that the reader does not know
     curve,            // CRVS in objects of LightWave 5
     unreadPolygons,   // a chunk of a polygon type that is not drawn, and that could not be read
@@ -23,6 +33,10 @@ enum class Loss {
     unusedMap,        // a vertex map that is not used for rendering
 };
 
+// Whether a scene that names the mesh has these things itself, so that they are only missed where the file is opened by
+// itself.
+constexpr bool isBesideMesh(Loss kind) { return kind <= Loss::animation; }
+
 class Losses {
   public:
     // `place` says where the thing is, in the file or in the object: "polygon 3 of layer 0".
@@ -35,6 +49,7 @@ class Losses {
     std::size_t count(Loss kind) const { return entries_[static_cast<std::size_t>(kind)].count; }
 
     struct Text {
+        Loss kind;
         std::string brief;   // the kind: "hidden layers"
         std::string message; // a line: "2 layers are hidden and not drawn (the first: layer 3 \"Wheels\")"
     };

@@ -17,29 +17,7 @@ namespace velm::host {
 
 namespace {
 
-struct LeftOutName {
-    const char *one, *many;
-};
-
-// By LeftOut.
-constexpr LeftOutName kNames[kLeftOutKinds] = {
-    {.one = "material", .many = "materials"},
-    {.one = "texture", .many = "textures"},
-    {.one = "vertex colour map", .many = "vertex colour maps"},
-    {.one = "bone", .many = "bones"},
-    {.one = "morph target", .many = "morph targets"},
-    {.one = "camera", .many = "cameras"},
-    {.one = "light", .many = "lights"},
-    {.one = "animation", .many = "animations"},
-};
-
 constexpr int kSamples = 8; // of a pixel, where the file does not say
-
-constexpr LeftOut kAll[kLeftOutKinds] = {LeftOut::materials, LeftOut::textures,     LeftOut::vertexColours,
-                                         LeftOut::bones,     LeftOut::morphTargets, LeftOut::cameras,
-                                         LeftOut::lights,    LeftOut::animations};
-// Object files keep their surfaces.
-constexpr std::span<const LeftOut> kAllButMaterials = std::span(kAll).subspan(1);
 
 bool isJson(const FileReader &, const FileEnds &file) {
     const std::size_t first = file.head.find_first_not_of(" \t\r\n");
@@ -56,7 +34,6 @@ SceneDescription readMeshFile(const ReadRequest &request) {
     scene.file = request.file;
     scene.name = std::filesystem::path(request.file).stem().string();
     scene.render.samples = kSamples;
-    scene.render.workflow = request.reader.workflow;
     ObjectDescription &object = scene.objects.emplace_back();
     object.name = scene.name;
     object.shape = MeshFile{request.file};
@@ -74,9 +51,7 @@ SceneDescription readObjectFile(const ReadRequest &request) {
 bool isLightWaveScene(const FileReader &, const FileEnds &file) { return lws::isScene(file.head); }
 
 SceneDescription readLightWaveScene(const ReadRequest &request) {
-    SceneDescription scene = readLwsScene(request.file, request.path, request.warnings);
-    scene.render.workflow = request.reader.workflow;
-    return scene;
+    return readLwsScene(request.file, request.path, request.warnings);
 }
 
 bool isMesh(const FileReader &reader, const FileEnds &file) {
@@ -110,8 +85,7 @@ std::vector<FileReader> makeReaders() {
                                         .recognises = isMesh,
                                         .read = readObjectFile,
                                         .isMetric = true,
-                                        .workflow = Workflow::classic,
-                                        .leavesOut = kAllButMaterials}};
+                                        .workflow = Workflow::classic}};
     for (const MeshFormat *format : allMeshFormats()) {
         const std::string_view ending = format->ending;
         if (std::ranges::count(readers, ending, &FileReader::ending) > 0) continue;
@@ -120,8 +94,7 @@ std::vector<FileReader> makeReaders() {
                            .recognises = isMesh,
                            .read = readMeshFile,
                            .isMetric = std::ranges::count(kMetric, ending) > 0,
-                           .isZUp = std::ranges::count(kZUp, ending) > 0,
-                           .leavesOut = kAll});
+                           .isZUp = std::ranges::count(kZUp, ending) > 0});
     }
     return readers;
 }
@@ -157,21 +130,6 @@ const FileReader &readerOf(const std::string &file) {
                      fmt::format("{}; these kinds of file are read: {}",
                                  ends.size == 0 ? "the file is empty" : "the file is of no kind that is read",
                                  readableKinds()));
-}
-
-const char *nameOf(LeftOut kind) { return kNames[static_cast<std::size_t>(kind)].many; }
-
-std::string leftOutText(const FileReader &reader, const LeftOutCounts &counts) {
-    std::vector<std::string> parts;
-    for (const LeftOut kind : reader.leavesOut) {
-        const std::uint32_t count = counts[static_cast<std::size_t>(kind)];
-        const LeftOutName &name = kNames[static_cast<std::size_t>(kind)];
-        if (count > 0) parts.push_back(fmt::format("{} {}", count, count == 1 ? name.one : name.many));
-    }
-    if (parts.size() < 2) return parts.empty() ? std::string() : parts.front();
-    const std::string last = std::move(parts.back());
-    parts.pop_back();
-    return fmt::format("{} and {}", fmt::join(parts, ", "), last);
 }
 
 } // namespace velm::host

@@ -9,6 +9,7 @@
 #include "host/scene/overrides.h"
 #include "host/scene/read_scene.h"
 
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -34,12 +35,11 @@ struct FileReader {
     bool (*recognises)(const FileReader &reader, const FileEnds &file); // by its contents
     // Reads a scene. Throws InputError that names the file.
     SceneDescription (*read)(const ReadRequest &request);
-    bool isScene = false;                 // a scene with frames and a backdrop of its own
-    bool isComplete = false;              // has all that a picture needs, so that nothing has to be added
-    bool isMetric = false;                // the format says that lengths are metres
-    bool isZUp = false;                   // +Z is up in the file. The object is turned
-    Workflow workflow = Workflow::linear; // of files that do not say, as scenes of ours may
-    std::span<const LeftOut> leavesOut{}; // what such files may hold and this reader does not read
+    bool isScene = false;               // a scene with frames and a backdrop of its own
+    bool isComplete = false;            // has all that a picture needs, so that nothing has to be added
+    bool isMetric = false;              // the format says that lengths are metres
+    bool isZUp = false;                 // +Z is up in the file. The object is turned
+    std::optional<Workflow> workflow{}; // that such files are made for; nothing where the file says it itself
 };
 
 // All kinds. [any thread]
@@ -51,12 +51,5 @@ std::string readableKinds();
 // The kind that the contents of the file have; where they fit several kinds, or none, its name decides. InputError,
 // with a list of what is read, for other files, and for a file that cannot be read. [any thread]
 const FileReader &readerOf(const std::string &file);
-
-// "3 materials, 1 texture and 2 lights": of the kinds of things that the reader leaves out, those that a file has.
-// Empty when there are none.
-std::string leftOutText(const FileReader &reader, const LeftOutCounts &counts);
-
-// The plural of the name of such a thing: "vertex colour maps".
-const char *nameOf(LeftOut kind);
 
 } // namespace velm::host

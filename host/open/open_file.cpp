@@ -190,17 +190,16 @@ void addLights(const OpenedFile &opened, const Bounds &bounds, SceneDescription 
     if (*opened.rig != Rig::none && !looksUpwards(camera)) addGround(scene, bounds, lighting.groundColour);
 }
 
+// What the file holds and a scene that names it would have itself; Session warns of the rest.
 void warnOfLeftOut(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings) {
-    if (opened.reader->leavesOut.empty()) return;
     const ScenePose pose = startPose(opened.scene);
-    for (std::size_t i = 0; i < opened.scene.objects.size(); ++i) {
-        const std::string text = leftOutText(*opened.reader, meshOf(opened.scene, pose, i, meshes).leftOut);
-        if (!text.empty())
-            warnings.add({.location = {.file = opened.scene.file, .line = 0},
-                          .path = "",
-                          .brief = "parts of the file are not read",
-                          .message = fmt::format("not read from this {} file: {}", opened.reader->name, text)});
-    }
+    for (std::size_t i = 0; i < opened.scene.objects.size(); ++i)
+        for (const MeshWarning &warning : meshOf(opened.scene, pose, i, meshes).warnings)
+            if (warning.isBesideMesh)
+                warnings.add({.location = opened.scene.objects[i].location,
+                              .path = "",
+                              .brief = warning.brief + " that are not read",
+                              .message = warning.message});
 }
 
 const char *nameOf(View view) {
@@ -227,6 +226,7 @@ OpenedFile openFile(const OpenRequest &request) {
                                 .overrides = request.overrides,
                                 .cameras = request.view ? Cameras::optional : Cameras::required,
                                 .warnings = opened.warnings});
+    if (reader.workflow) opened.scene.render.workflow = *reader.workflow;
     if (!reader.isComplete) coverObjects(opened.scene);
     if (!reader.isComplete && !request.overrides.empty()) opened.scene = withOverrides(opened.scene, request);
     if (request.workflow) opened.scene.render.workflow = *request.workflow;

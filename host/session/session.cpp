@@ -15,14 +15,15 @@ namespace velm::host {
 
 namespace {
 
-// What was left out of the meshes' files.
+// What was left out of the meshes, or is drawn otherwise.
 void warnOfMeshes(const RenderSceneData &scene, Warnings &warnings) {
     for (const RenderObject &object : scene.objects) {
         const auto *file = std::get_if<MeshFile>(&object.shape);
         if (!file) continue;
         for (const MeshWarning &warning : object.mesh->warnings)
-            warnings.add(
-                {.location = {.file = file->file}, .path = "", .brief = warning.brief, .message = warning.message});
+            if (!warning.isBesideMesh)
+                warnings.add(
+                    {.location = {.file = file->file}, .path = "", .brief = warning.brief, .message = warning.message});
     }
 }
 

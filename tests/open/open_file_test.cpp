@@ -192,8 +192,13 @@ TEST_F(OpenFile, WarnsOfWhatAFileHasAndIsNotRead) {
     MeshCache meshes;
     Warnings warnings(Warnings::Policy::goOn);
     completeFile(openFile({.file = file}), meshes, warnings);
-    ASSERT_EQ(warnings.all().size(), 1U);
-    EXPECT_EQ(warnings.all()[0].text(), file + ": not read from this OBJ file: 1 material and 1 texture");
+    ASSERT_EQ(warnings.all().size(), 2U);
+    EXPECT_EQ(warnings.all()[0].text(), file + ": a material is not read (\"Grey\")");
+    EXPECT_EQ(warnings.all()[1].text(), file + ": a texture is not read (of the material \"Grey\")");
+    EXPECT_EQ(warnings.summary(), "2 warnings: materials that are not read; textures that are not read");
+    Warnings asErrors(Warnings::Policy::strict);
+    MeshCache others;
+    EXPECT_THROW(completeFile(openFile({.file = file}), others, asErrors), InputError);
     Warnings none(Warnings::Policy::strict);
     EXPECT_NO_THROW(completeFile(openFile({.file = directory_.write("b.obj", kTriangle)}), meshes, none));
 }

@@ -36,12 +36,10 @@ struct UvMap {
 struct MeshWarning {
     std::string brief;   // a few words, equal for equal causes: "hidden layers"
     std::string message; // a line
+    // What the file holds besides the mesh, such as materials. A scene that names the file has these itself; they are
+    // only missed where the file is opened by itself.
+    bool isBesideMesh = false;
 };
-
-// What mesh files hold and readMesh leaves out.
-enum class LeftOut { materials, textures, vertexColours, bones, morphTargets, cameras, lights, animations };
-inline constexpr std::size_t kLeftOutKinds = 8;
-using LeftOutCounts = std::array<std::uint32_t, kLeftOutKinds>; // by LeftOut
 
 // The buffers of a mesh from a file are in memory that the process that read it filled. Copies have their own.
 struct Mesh {
@@ -52,7 +50,6 @@ struct Mesh {
     std::vector<UvMap> uvMaps;
     std::pmr::vector<std::uint32_t> polygonNumbers;  // by triangle; empty: every triangle is a polygon
     std::pmr::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
-    LeftOutCounts leftOut{};                         // of what the file holds besides
     std::vector<std::string> materials;              // names
     std::uint32_t polygonCount = 0;                  // before polygons were cut into triangles
 

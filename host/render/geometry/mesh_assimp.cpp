@@ -3,7 +3,9 @@
 #include "host/render/geometry/mesh_formats.h"
 
 #include "host/base/error.h"
+#include "host/base/names.h"
 #include "host/io/files.h"
+#include "host/object/losses.h"
 
 #include <assimp/BaseImporter.h>
 #include <assimp/DefaultIOSystem.h>
@@ -15,6 +17,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <fmt/format.h>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -74,30 +77,47 @@ std::string uvNameOf(const aiMesh &mesh, unsigned channel) {
     return channel == 0 ? "UV" : "UV " + std::to_string(channel + 1);
 }
 
-// Materials count where polygons have them, without those that the importer makes up for files that have none.
-LeftOutCounts countLeftOut(const aiScene &scene) {
-    LeftOutCounts counts{};
-    const auto add = [&counts](LeftOut kind, unsigned count) { counts[static_cast<std::size_t>(kind)] += count; };
+// The name that a part of the file has, or its number, counted from 1.
+std::string nameOrNumber(const aiString &name, unsigned index) {
+    return name.length > 0 ? inQuotes(name.C_Str()) : fmt::format("number {}", index + 1);
+}
+
+// Things of one kind that have names.
+template <class Thing>
+void addNamed(Loss kind, Thing *const *things, unsigned count, Losses &losses) {
+    if (count > 0) losses.add(kind, nameOrNumber(things[0]->mName, 0), count);
+}
+
+// Adds the materials that polygons have, without those that the importer makes up for files that have none.
+void addMaterials(const aiScene &scene, const std::vector<bool> &used, Losses &losses) {
+    for (unsigned i = 0; i < scene.mNumMaterials; ++i) {
+        const std::string name = scene.mMaterials[i]->GetName().C_Str();
+        if (!used[i] || name.empty() || name == AI_DEFAULT_MATERIAL_NAME) continue;
+        losses.add(Loss::material, inQuotes(name));
+        for (int type = aiTextureType_DIFFUSE; type <= AI_TEXTURE_TYPE_MAX; ++type)
+            losses.add(Loss::texture, "of the material " + inQuotes(name),
+                       scene.mMaterials[i]->GetTextureCount(static_cast<aiTextureType>(type)));
+    }
+}
+
+// What the file holds and the mesh does not.
+Losses lossesOf(const aiScene &scene) {
+    Losses losses;
     std::vector<bool> used(scene.mNumMaterials);
     for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
         const aiMesh &mesh = *scene.mMeshes[i];
         if (!hasPolygons(mesh)) continue;
         if (mesh.mMaterialIndex < used.size()) used[mesh.mMaterialIndex] = true;
-        add(LeftOut::vertexColours, mesh.GetNumColorChannels());
-        add(LeftOut::bones, mesh.mNumBones);
-        add(LeftOut::morphTargets, mesh.mNumAnimMeshes);
+        const std::string place = "of the mesh " + nameOrNumber(mesh.mName, i);
+        losses.add(Loss::colourMap, place, mesh.GetNumColorChannels());
+        losses.add(Loss::morphTarget, place, mesh.mNumAnimMeshes);
+        addNamed(Loss::bone, mesh.mBones, mesh.mNumBones, losses);
     }
-    for (unsigned i = 0; i < scene.mNumMaterials; ++i) {
-        const std::string name = scene.mMaterials[i]->GetName().C_Str();
-        if (!used[i] || name.empty() || name == AI_DEFAULT_MATERIAL_NAME) continue;
-        add(LeftOut::materials, 1);
-        for (int type = aiTextureType_DIFFUSE; type <= AI_TEXTURE_TYPE_MAX; ++type)
-            add(LeftOut::textures, scene.mMaterials[i]->GetTextureCount(static_cast<aiTextureType>(type)));
-    }
-    add(LeftOut::cameras, scene.mNumCameras);
-    add(LeftOut::lights, scene.mNumLights);
-    add(LeftOut::animations, scene.mNumAnimations);
-    return counts;
+    addMaterials(scene, used, losses);
+    addNamed(Loss::camera, scene.mCameras, scene.mNumCameras, losses);
+    addNamed(Loss::light, scene.mLights, scene.mNumLights, losses);
+    addNamed(Loss::animation, scene.mAnimations, scene.mNumAnimations, losses);
+    return losses;
 }
 
 std::vector<unsigned> uvChannelsOf(const aiMesh &mesh) {
@@ -118,7 +138,7 @@ class FileMesh {
         addNode(*scene_.mRootNode, aiMatrix4x4());
         if (builder_.triangleCount() == 0) throw InputError({.file = file_}, "the mesh has no polygons");
         Mesh mesh = builder_.finish();
-        mesh.leftOut = countLeftOut(scene_);
+        addWarnings(lossesOf(scene_), mesh);
         return mesh;
     }
 

@@ -25,7 +25,8 @@ class ReadBuffers {
   public:
     explicit ReadBuffers(std::pmr::memory_resource *memory)
         : points_(memory), triangles_(memory), normals_(memory), uvs_(memory), polygonNumbers_(memory),
-          materialNumbers_(memory), firstOfPoint_(memory), uvNames_(memory), materials_(memory), warnings_(memory) {}
+          materialNumbers_(memory), firstOfPoint_(memory), uvNames_(memory), materials_(memory), warnings_(memory),
+          areBesideMesh_(memory) {}
 
     void take(Mesh mesh) {
         moveElements(mesh.points, points_, 1); // padded as Mesh::padPoints does
@@ -43,9 +44,9 @@ class ReadBuffers {
         for (const MeshWarning &warning : mesh.warnings) {
             warnings_.emplace_back(warning.brief);
             warnings_.emplace_back(warning.message);
+            areBesideMesh_.push_back(warning.isBesideMesh);
         }
         polygonCount_ = mesh.polygonCount;
-        leftOut_ = mesh.leftOut;
     }
 
     bool isWithin(const SharedArena &arena) const {
@@ -55,7 +56,8 @@ class ReadBuffers {
         };
         return arena.holds(points_) && arena.holds(triangles_) && arena.holds(normals_) &&
                arena.holds(polygonNumbers_) && arena.holds(materialNumbers_) && arena.holds(firstOfPoint_) &&
-               areHeld(uvs_) && areHeld(uvNames_) && areHeld(materials_) && areHeld(warnings_) && fits();
+               areHeld(uvs_) && areHeld(uvNames_) && areHeld(materials_) && areHeld(warnings_) &&
+               arena.holds(areBesideMesh_) && areBesideMesh_.size() * 2 == warnings_.size() && fits();
     }
 
     Mesh mesh(std::shared_ptr<void> memory) {
@@ -66,7 +68,6 @@ class ReadBuffers {
                     .uvMaps = {},
                     .polygonNumbers = std::move(polygonNumbers_),
                     .materialNumbers = std::move(materialNumbers_),
-                    .leftOut = leftOut_,
                     .materials = {materials_.begin(), materials_.end()},
                     .polygonCount = polygonCount_,
                     .firstOfPoint = std::move(firstOfPoint_),
@@ -75,8 +76,10 @@ class ReadBuffers {
                     .splitFrom = {}};
         for (std::size_t i = 0; i < uvs_.size(); ++i)
             result.uvMaps.push_back({.name = std::string(uvNames_[i]), .values = std::move(uvs_[i])});
-        for (std::size_t i = 0; i + 1 < warnings_.size(); i += 2)
-            result.warnings.push_back({.brief = std::string(warnings_[i]), .message = std::string(warnings_[i + 1])});
+        for (std::size_t i = 0; i < areBesideMesh_.size(); ++i)
+            result.warnings.push_back({.brief = std::string(warnings_[2 * i]),
+                                       .message = std::string(warnings_[2 * i + 1]),
+                                       .isBesideMesh = areBesideMesh_[i] != 0});
         return result;
     }
 
@@ -107,9 +110,9 @@ class ReadBuffers {
     std::pmr::vector<std::uint16_t> materialNumbers_;
     std::pmr::vector<std::uint32_t> firstOfPoint_;
     std::pmr::vector<std::pmr::string> uvNames_, materials_;
-    std::pmr::vector<std::pmr::string> warnings_; // brief and message in turn
+    std::pmr::vector<std::pmr::string> warnings_;  // brief and message in turn
+    std::pmr::vector<std::uint8_t> areBesideMesh_; // by warning
     std::uint32_t polygonCount_ = 0;
-    LeftOutCounts leftOut_{};
 };
 
 // The names of the files that a mesh file makes its reader open.
@@ -139,6 +142,13 @@ const MeshFormat &checkedFormatOf(const std::string &file) {
 }
 
 } // namespace
+
+void addWarnings(const Losses &losses, Mesh &mesh) {
+    for (Losses::Text &text : losses.texts())
+        mesh.warnings.push_back({.brief = std::move(text.brief),
+                                 .message = std::move(text.message),
+                                 .isBesideMesh = isBesideMesh(text.kind)});
+}
 
 Mesh readMesh(const std::string &file, const Transform &transform, std::optional<int> layer) {
     requireReadable(file);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/io/file_ends.h"
+#include "host/object/losses.h"
 #include "host/render/geometry/mesh.h"
 
 #include <string>
@@ -36,6 +37,9 @@ std::vector<const MeshFormat *> allMeshFormats();
 
 // Throws InputError for a PLY file that ends too early.
 void requireWholePly(const std::string &file);
+
+// Adds what was left out of the file to the mesh's warnings.
+void addWarnings(const Losses &losses, Mesh &mesh);
 
 // MeshFormat::read and MeshFormat::files of the formats that assimp reads.
 Mesh readWithAssimp(const std::string &file, const MeshFormat &format, const Transform &transform);

@@ -215,8 +215,7 @@ class ObjectMesh {
                                                  : "the mesh has no polygons");
         Mesh mesh = builder_.finish();
         mesh.firstOfPoint = std::move(firstOfPoint_);
-        for (Losses::Text &loss : geometry_.losses.texts())
-            mesh.warnings.push_back({.brief = std::move(loss.brief), .message = std::move(loss.message)});
+        addWarnings(geometry_.losses, mesh);
         return mesh;
     }
 
