@@ -1,8 +1,9 @@
-// Fuzzes object files: their chunks, and the values and networks of their surfaces.
+// Fuzzes object files: their chunks, and the values, textures and networks of their surfaces.
 #include "fuzz/module_nodes.h"
 #include "fuzz/networks.h"
 #include "fuzz/require.h"
 
+#include "host/files/network_outline.h"
 #include "host/files/object_file.h"
 
 using namespace velm::host;
@@ -30,8 +31,10 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
         require(file.write() == bytes, "an object file is written as it was read");
         for (std::size_t i = 0; i < file.surfaces().size(); ++i) {
             acceptsInput(kName, [&] { file.values(i); });
+            acceptsInput(kName, [&] { file.textures(i); });
             const auto network = file.network(i);
             if (!network) continue;
+            outlineOf(*network);
             ObjectFile same = file;
             same.setNetwork(i, std::string(*network));
             // The bytes may differ, since writing corrects a missing or non-zero padding byte.

@@ -92,7 +92,8 @@ FileInfo infoOf(const std::string &file, const SearchPath &path, ServerList &ser
         SurfaceInfo &one = info.surfaces.emplace_back();
         one.name = surface.name;
         one.file = surface.saved.file;
-        addNodes(surface.saved.block.empty() ? surface.network : saved.of(surface.saved), "", servers, one.nodes);
+        const bool isSaved = surface.network.nodes.empty() && !surface.saved.block.empty();
+        addNodes(isSaved ? saved.of(surface.saved) : surface.network, "", servers, one.nodes);
     }
     return info;
 }

@@ -30,6 +30,7 @@ struct UnpackOptions {
     std::string object;
     std::string output; // empty: standard output
     std::vector<std::string> data;
+    bool textures = false; // print nodes for the surfaces' textures
     bool strict = false;
 };
 
@@ -50,6 +51,8 @@ void declareUnpack(CLI::App &command, ProgramOptions &program, UnpackOptions &op
     command.add_option("OBJECT", options.object, "The object file (.lwo)")->required()->type_name("");
     command.add_option("-o,--output", options.output, "The scene file; printed by default")->type_name("FILE");
     addData(command, options.data);
+    command.add_flag("--textures", options.textures,
+                     "Also print the nodes that stand for the surfaces' texture layers");
     addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict,
                      "Treat warnings, such as of a node whose server is missing, as errors");
@@ -71,9 +74,7 @@ void tell(const PackedSurface &surface, std::ostream &out) {
 }
 
 void warnOfAnimated(const ObjectFile &object, Warnings &warnings) {
-    std::vector<std::string> animated;
-    surfacesOf(object, &animated);
-    for (const std::string &what : animated)
+    for (const std::string &what : surfacesOf(object).animated)
         warnings.add({.location = {.file = object.name(), .line = 0},
                       .path = "",
                       .brief = "envelopes of surfaces",
@@ -108,7 +109,8 @@ int runUnpack(const ProgramOptions &program, const UnpackOptions &unpack, std::o
     UnpackedSurfaces unpacked;
     {
         const ListedModule module(program.module);
-        unpacked = unpackSurfaces(object, path, serverList(), warnings);
+        unpacked = unpackSurfaces(object, path, serverList(), warnings,
+                                  unpack.textures ? UnpackTextures::yes : UnpackTextures::no);
     }
     // What the settings cannot express is added as data; where that is not enough, the settings are dropped and the
     // data remains. Each turn only removes settings, so that the loop ends.

@@ -4,6 +4,7 @@
 #include "host/base/four_cc.h"
 #include "host/state/blocks.h"
 
+#include <algorithm>
 #include <bit>
 #include <fmt/format.h>
 #include <limits>
@@ -38,6 +39,26 @@ std::string chunk(std::uint32_t id, const std::string &contents) {
     std::string result = bigEndian(id, 4) + bigEndian(contents.size(), 4) + contents;
     if (contents.size() % 2 != 0) result += '\0';
     return result;
+}
+
+// Whether a sub-chunk of a clip changes the image. Numbers are followed by the number of an envelope.
+bool isFilter(const IffFile &file, const Chunk &sub) {
+    const auto numberIs = [&](float neutral) {
+        const bool isShort = sub.contents.size < 4;
+        const bool isNeutral = isShort || std::bit_cast<float>(file.number(sub.contents.at, 4)) == neutral;
+        return isNeutral && (sub.contents.size < 6 || file.number(sub.contents.at + 4, 2) == 0);
+    };
+    switch (sub.id) {
+    case fourCC("BRIT"):
+    case fourCC("CONT"):
+    case fourCC("SATR"):
+    case fourCC("HUE "): return !numberIs(0);
+    case fourCC("GAMM"): return !numberIs(1);
+    case fourCC("NEGA"): return sub.contents.size >= 2 && file.number(sub.contents.at, 2) != 0;
+    case fourCC("IFLT"):
+    case fourCC("PFLT"): return true; // plug-ins
+    default: return false;
+    }
 }
 
 } // namespace
@@ -76,9 +97,12 @@ void ObjectFile::readImage(FileRange range) {
     const IffFile file = iff();
     if (range.size < 4) file.fail(range.at, "the clip ends within its number");
     const FileRange rest{.at = range.at + 4, .size = range.size - 4};
+    bool isStill = false;
     for (const Chunk &sub : file.subChunks(rest, "the clip")) {
+        if (isStill && isFilter(file, sub)) images_.back().isFiltered = true;
         if (sub.id != kStill) continue;
         std::size_t at = sub.contents.at;
+        isStill = true;
         images_.push_back(
             {.number = file.number(range.at, 4), .file = file.text(at, sub.contents.end(), "the name of an image")});
     }
@@ -146,6 +170,18 @@ SurfaceChunkValues ObjectFile::values(std::size_t index) const {
         values.sides = static_cast<int>(iff().number(sides->contents.at, 2));
     }
     return values;
+}
+
+std::vector<SurfaceTexture> ObjectFile::textures(std::size_t index) const {
+    std::vector<SurfaceTexture> textures = readTextures(iff(), surfaces_[index].subChunks);
+    for (SurfaceTexture &texture : textures) {
+        if (texture.kind != SurfaceTexture::Kind::image) continue;
+        const auto image = std::ranges::find(images_, texture.clip, &ObjectImage::number);
+        if (image == images_.end()) continue;
+        texture.imageFile = image->file;
+        texture.isFiltered = image->isFiltered;
+    }
+    return textures;
 }
 
 void ObjectFile::setNetwork(std::size_t surface, std::string block) { networks_[surface] = std::move(block); }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "host/object/iff.h"
+#include "host/object/surface_textures.h"
 #include "host/object/surface_values.h"
 
 #include <array>
@@ -30,6 +31,7 @@ struct ObjectSurface {
 struct ObjectImage {
     std::uint32_t number = 0;
     std::string file;
+    bool isFiltered = false; // the object changes its brightness, contrast and so on
 };
 
 // One file in memory. Reading allocates no more than a few times the file's size.
@@ -52,6 +54,9 @@ class ObjectFile {
     std::size_t networkOffset(std::size_t surface) const;
     // The surface's own values. Throws InputError with the byte's offset for a sub-chunk that is too short.
     SurfaceChunkValues values(std::size_t surface) const;
+    // The surface's texture layers and shaders, the lowest first; see readTextures. Those of still images have the
+    // image's file name. Throws InputError with the byte's offset for a sub-chunk that is too short.
+    std::vector<SurfaceTexture> textures(std::size_t surface) const;
 
     // Sets the network of a surface, as a block of the form that `network` gives. It replaces the old one; if there was
     // none, it is written after the last sub-chunk.

@@ -54,6 +54,12 @@ ServerClass &rootClass() {
 
 } // namespace
 
+std::array<double, 3> newSurfaceValue(std::string_view label) {
+    for (const builtin::Parameter &parameter : kRoot.parameters)
+        if (parameter.label && parameter.label == label) return parameter.initial;
+    return {};
+}
+
 // Reads the root's values; has access to the surface.
 struct Surface::Root {
     static const builtin::Instance &instance(const Network &network) {

@@ -4,8 +4,10 @@
 #include "host/graph/network.h"
 #include "host/panel/setting.h"
 
+#include <array>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace velm::host {
 
@@ -21,6 +23,10 @@ struct SurfaceValues {
     double refractionIndex;
     double normal[3]; // unit length, world space: the input Normal, or else the sample's shading normal
 };
+
+// The value that one of a surface's own settings has in a new surface: three numbers for "Color", and the first of the
+// three for the others. Zeros for an unknown label. [any thread]
+std::array<double, 3> newSurfaceValue(std::string_view label);
 
 class Surface {
   public:

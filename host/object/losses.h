@@ -1,5 +1,5 @@
-// What is left out of an object or another mesh file, for the user to be warned of: one line for each kind, with a
-// count and the first place.
+// What is left out of an object, of its surfaces or of another mesh file, for the user to be warned of: one line for each
+// kind, with a count and the first place.
 #pragma once
 
 #include <array>
@@ -31,6 +31,23 @@ enum class Loss {
     cage,             // of a subdivision surface: drawn without subdivision
     smoothingGroup,   // normals are smoothed across its border
     unusedMap,        // a vertex map that is not used for rendering
+    // Of surfaces:
+    animatedValue,     // a value that an envelope drives
+    vertexColours,     // that tint the surface
+    shader,            // a plug-in
+    layersBesideNodes, // texture layers of a surface that has a network
+    procedural,        // a texture that a function computes
+    otherChannel,      // a texture of the bump or of another channel that is not rendered
+    alphaLayer,        // a texture that masks the one below it
+    displacementLayer, // a texture that moves those below it
+    imageSequence,     // an image that is not a single file
+    imageFilter,       // a change to an image
+    alphaImage,        // an image that masks a texture
+    gradientInput,     // a gradient over something that is not known here
+    gradientKeys,      // a key of a gradient that has too many
+    animatedTexture,   // a texture that moves, or one with an envelope
+    referenceObject,   // that a texture follows
+    frozenProjection,  // a front projection as it was at one time
 };
 
 // Whether a scene that names the mesh has these things itself, so that they are only missed where the file is opened by
@@ -61,7 +78,7 @@ class Losses {
         std::size_t count = 0;
         std::string first;
     };
-    std::array<Entry, static_cast<std::size_t>(Loss::unusedMap) + 1> entries_;
+    std::array<Entry, static_cast<std::size_t>(Loss::frozenProjection) + 1> entries_;
 };
 
 } // namespace velm::host

@@ -2,6 +2,7 @@
 
 #include "host/base/four_cc.h"
 #include "host/object/iff.h"
+#include "host/object/old_textures.h"
 
 #include <algorithm>
 #include <cmath>
@@ -57,6 +58,7 @@ class OldSurfaceReader {
         if (const Chunk *chunk = find("GLOS")) values.glossiness = glossinessOf(ChunkCursor(file_, *chunk).u2());
         if (const Chunk *chunk = find("RIND")) values.refractionIndex = ChunkCursor(file_, *chunk).real();
         readFlags();
+        surface_.textures = readOldTextures(file_, chunks_);
         return std::move(surface_);
     }
 

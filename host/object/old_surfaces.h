@@ -2,6 +2,7 @@
 // networks.
 #pragma once
 
+#include "host/object/surface_textures.h"
 #include "host/object/surface_values.h"
 
 #include <string>
@@ -13,6 +14,7 @@ namespace velm::host {
 struct OldSurface {
     std::string name;
     SurfaceChunkValues values;
+    std::vector<SurfaceTexture> textures; // in order of the file; each replaces the value of its channel
 };
 
 // Whether these bytes of an object file begin with the form LWOB or LWLO.

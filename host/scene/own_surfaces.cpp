@@ -8,7 +8,9 @@
 #include "host/scene/format/surface_collection.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <map>
+#include <utility>
 
 namespace velm::host {
 
@@ -56,19 +58,62 @@ class ObjectFiles {
             if (one.saved.file == surface.saved.file && one.saved.name == surface.saved.name) return one.name;
         std::string name =
             nameInScene(surface.saved, [this](const std::string &wanted) { return findSurface(scene_, wanted); });
-        scene_.surfaces.push_back(surface);
-        scene_.surfaces.back().name = name;
+        SurfaceDescription &added = scene_.surfaces.emplace_back(surface);
+        for (ConnectionDescription &connection : added.network.connections) // the root has the surface's name
+            if (connection.toNode == added.name) connection.toNode = name;
+        added.name = name;
         return name;
     }
 
   private:
     std::vector<SurfaceDescription> read(const std::string &bytes, const std::string &file) {
-        if (isOldObject(bytes)) return surfacesOfOldObject(bytes, file);
+        if (isOldObject(bytes))
+            return added(imagesOfOldObject(bytes, file, path_), surfacesOfOldObject(bytes, file), file);
         const ObjectFile object(bytes, file);
-        for (ImageDescription &image : imagesOf(object, path_))
-            if (std::ranges::count(scene_.images, image.name, &ImageDescription::name) == 0)
-                scene_.images.push_back(std::move(image));
-        return surfacesOf(object);
+        return added(imagesOf(object, path_), surfacesOf(object), file);
+    }
+
+    // Adds an object's images and notes to the scene and gives its surfaces.
+    std::vector<SurfaceDescription> added(std::vector<ImageDescription> images, ObjectSurfaces found,
+                                          const std::string &file) {
+        for (ImageDescription &image : images) {
+            const std::string inObject = image.name;
+            if (const std::string name = addImage(std::move(image)); name != inObject)
+                renameImage(inObject, name, found.surfaces);
+        }
+        for (Losses::Text &loss : found.losses.texts())
+            scene_.notes.push_back({.file = file, .brief = std::move(loss.brief), .message = std::move(loss.message)});
+        return std::move(found.surfaces);
+    }
+
+    // Adds an image unless the scene has its file under its name, plain or numbered; gives the name in the scene. An
+    // image of that name that the scene itself describes replaces the object's. One of another object does not: the new
+    // one gets a number.
+    std::string addImage(ImageDescription image) {
+        const ImageDescription *first = findImage(image.name);
+        std::string name = image.name;
+        int number = 2;
+        for (const ImageDescription *known = first; known; known = findImage(name)) {
+            if (known->file == image.file) return name;
+            name = fmt::format("{} ({})", image.name, number++);
+        }
+        if (first && first->objectFile.empty()) return image.name;
+        image.name = name;
+        scene_.images.push_back(std::move(image));
+        return name;
+    }
+
+    const ImageDescription *findImage(const std::string &name) const {
+        const auto found = std::ranges::find(scene_.images, name, &ImageDescription::name);
+        return found == scene_.images.end() ? nullptr : &*found;
+    }
+
+    // In the networks that stand for textures; the others refer to images by their files, too.
+    static void renameImage(const std::string &from, const std::string &to, std::vector<SurfaceDescription> &surfaces) {
+        for (SurfaceDescription &surface : surfaces)
+            for (NodeDescription &node : surface.network.nodes)
+                for (SettingDescription &setting : node.settings)
+                    if (setting.label == "Image" && setting.value == SettingValue(from)) setting.value = to;
     }
 
     const SearchPath &path_;

@@ -39,6 +39,12 @@ void warnOfDissolve(const SceneDescription &scene, double time, Warnings &warnin
     }
 }
 
+// What was left out of the surfaces of object files.
+void warnOfSurfaces(const SceneDescription &scene, Warnings &warnings) {
+    for (const ReadingNote &note : scene.notes)
+        warnings.add({.location = {.file = note.file}, .path = "", .brief = note.brief, .message = note.message});
+}
+
 HostPanel &panelFor(HostNode &node, const NodePath &path) {
     HostPanel *panel = panelOf(node);
     if (!panel) throw InputError(fmt::format("the node {} has no panel", inQuotes(path.text())));
@@ -56,6 +62,7 @@ Session::Session(SceneDescription scene, Warnings &warnings, MeshCache *meshes)
       surfaces_(scene_, serverList(), &warnings) {
     warnOfMeshes(renderScene_.data(), warnings);
     warnOfDissolve(scene_, renderScene_.data().time, warnings);
+    warnOfSurfaces(scene_, warnings);
     renderScene_.prepare(scene_, [this](const std::string &name) { return surfaces_.surface(name); });
 }
 

@@ -1,5 +1,6 @@
 // The commands "velm pack" and "velm unpack", which copy networks from scenes into object files and back.
 #include "host/files/object_file.h"
+#include "host/image/file_pixels.h"
 #include "host/image/image.h"
 #include "host/io/files.h"
 
@@ -58,11 +59,27 @@ TEST_F(PackTest, ExamplesReadBackFromAnObject) {
 
 TEST_F(PackTest, RealObjectsReadBackToTheByte) {
     const std::string models = "/usr/share/assimp/models/LWO/LWO2/";
-    for (const std::string name :
-         {"sphere_with_gradient", "hierarchy_smoothed", "transparency", "shader_test/CellShader"}) {
+    for (const std::string name : {"sphere_with_gradient", "hierarchy_smoothed", "transparency",
+                                   "shader_test/CellShader", "boxuv", "MappingModes/earth_planar_x"}) {
         const std::string path = models + name + ".lwo", bytes = readFile(path), text = unpack(path, "object.json");
         EXPECT_EQ(readFile(pack(text, path, "again.lwo")), bytes) << path << readFile(text);
     }
+}
+
+TEST_F(PackTest, TexturesOfAnObjectCanBecomeItsNetwork) {
+    const std::string object = "/usr/share/assimp/models/LWO/LWO2/MappingModes/earth_spherical_y.lwo";
+    const test::Outcome outcome = velm({"unpack", object, "--textures"});
+    ASSERT_EQ(outcome.status, kExitDone) << outcome.err;
+    EXPECT_NE(outcome.out.find("\"Projection\": \"Spherical\""), std::string::npos) << outcome.out;
+    const std::string packed = pack(directory_.write("earth.json", outcome.out), object, "earth.lwo");
+    EXPECT_NE(readFile(packed).find("Image Projection"), std::string::npos);
+    // Both objects show the same.
+    const auto picture = [&](const std::string &file, const char *name) {
+        const test::Outcome rendered = velm({"render", file, "-o", directory_ / name, "--size", "16x12", "--quiet"});
+        EXPECT_EQ(rendered.status, kExitDone) << rendered.err;
+        return readFilePixels(directory_ / name).values;
+    };
+    EXPECT_EQ(picture(packed, "packed.exr"), picture(object, "object.exr"));
 }
 
 // A scene whose network makes the cube's surface emit a colour. `rest` is appended to the scene's text.

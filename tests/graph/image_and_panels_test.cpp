@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <numbers>
 
 namespace velm::host::test {
 namespace {
@@ -73,10 +74,18 @@ TEST_F(ImageTest, IsChosenByNameAndReleasedWithTheList) {
 
 class EveryNode : public ImageTest, public ::testing::WithParamInterface<const char *> {
   protected:
+    static constexpr double kAngle = 3.5 * 180 / std::numbers::pi; // stored in radians
+
+    static bool isAngle(const HostPanel &panel, const std::string &label) {
+        return std::ranges::any_of(panel.controls(), [&](unsigned int id) {
+            const PanelItem &control = *panel.find(id);
+            return panel.uniqueLabel(control) == label && control.type->unit == Unit::degrees;
+        });
+    }
     // A value other than the present one, which a float in a file represents exactly.
     static SettingValue other(HostPanel &panel, const std::string &label) {
         const SettingValue now = readSetting(panel, label);
-        if (const auto *number = std::get_if<double>(&now)) return *number + 200;
+        if (const auto *number = std::get_if<double>(&now)) return isAngle(panel, label) ? kAngle : *number + 200;
         if (std::holds_alternative<Double3>(now)) return Double3{0.25, 0.5, 0.75};
         for (unsigned int id : panel.controls()) {
             const PanelItem &control = *panel.find(id);
@@ -126,7 +135,8 @@ INSTANTIATE_TEST_SUITE_P(Panels, EveryNode,
                                            "Spot Info", "Add Scalar", "Multiply Scalar", "Mix Scalar", "Clamp Scalar",
                                            "Add Color", "Multiply Color", "Mix Color", "Clamp Color", "Make Vector",
                                            "Split Vector", "Make Color", "Split Color", "Checker", "Fractal Noise",
-                                           "Image", "Curve"));
+                                           "Image", "Curve", "Image Projection", "Color Ramp", "Blend Color",
+                                           "Blend Scalar"));
 
 } // namespace
 } // namespace velm::host::test

@@ -109,7 +109,7 @@ TEST(ObjectSurfaces, ANewSurfaceBringsItsOwnValues) {
     EXPECT_EQ(values.transparency, 0.9F);
     EXPECT_NEAR(*values.smoothingAngle, 1.0471975511965976, 1e-7);
     EXPECT_EQ(values.sides, 1);
-    const std::vector<SurfaceDescription> surfaces = surfacesOf(file);
+    const std::vector<SurfaceDescription> surfaces = surfacesOf(file).surfaces;
     EXPECT_EQ(surfaces[2].smoothingAngle, 60);
     EXPECT_FALSE(surfaces[2].doubleSided);
 }

@@ -35,6 +35,20 @@ TEST_F(ObjectFileSession, WarnsOfWhatIsLeftOut) {
     EXPECT_EQ(errorOf([&] { Session(scene, strict); }), warnings.all()[0].text());
 }
 
+TEST_F(ObjectFileSession, WarnsOfWhatIsLeftOutOfSurfaces) {
+    const std::string shader = subChunk("BLOK", subChunk("SHDR", cString("\x80")) + subChunk("FUNC", cString("Edge")));
+    const SceneDescription scene = open(objectFile(
+        tagsChunk({"Skin"}) + layerChunk(0, 0, "") + kSquare + polygonTagsChunk("SURF", {{0, 0}, {1, 0}}) +
+        chunk("SURF", cString("Skin") + cString("") + subChunk("COLR", reals({1, 1, 1}) + words({5})) + shader)));
+    Warnings warnings(Warnings::Policy::goOn);
+    const Session session(scene, warnings);
+    EXPECT_EQ(warnings.summary(), "2 warnings: envelopes of surfaces; shaders");
+    ASSERT_EQ(warnings.all().size(), 2U);
+    EXPECT_EQ(warnings.all()[1].text(), (directory / "a.lwo") + ": a shader is left out (surface \"Skin\", \"Edge\")");
+    Warnings strict(Warnings::Policy::strict);
+    EXPECT_EQ(errorOf([&] { Session(scene, strict); }), warnings.all()[0].text());
+}
+
 TEST_F(ObjectFileSession, StaysAsItIsWhenAStrictChangeIsRefused) {
     const SceneDescription scene = open(kPlain);
     Warnings strict(Warnings::Policy::strict);

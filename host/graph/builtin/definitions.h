@@ -16,6 +16,8 @@ extern const Definition addColour, multiplyColour, mixColour, clampColour;
 extern const Definition makeVector, splitVector, makeColour, splitColour;
 // checker.cpp, fractal_noise.cpp, image.cpp, curve.cpp
 extern const Definition checker, fractalNoise, image, curve;
+// image_projection.cpp, colour_ramp.cpp, blend_layers.cpp
+extern const Definition imageProjection, colourRamp, blendColour, blendScalar;
 
 // The colours of the nodes' titles, by menu group.
 constexpr std::array<int, 3> kConstantColour{90, 110, 90};

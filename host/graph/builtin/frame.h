@@ -10,7 +10,7 @@
 
 namespace velm::host::builtin {
 
-constexpr int kMaxParameters = 12;
+constexpr int kMaxParameters = 36;
 constexpr int kMaxOutputs = 20;
 constexpr int kTextSize = 256;
 

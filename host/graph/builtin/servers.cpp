@@ -45,6 +45,10 @@ std::vector<HostServer> table() {
     add<checker, kTextures>(servers);
     add<fractalNoise, kTextures>(servers);
     add<image, kTextures>(servers);
+    add<imageProjection, kTextures>(servers);
+    add<colourRamp, kTextures>(servers);
+    add<blendColour, kTextures>(servers);
+    add<blendScalar, kTextures>(servers);
     servers.push_back({nullptr, nullptr, nullptr, nullptr});
     return servers;
 }

@@ -127,8 +127,13 @@ class NetworkBuilder {
     // Makes the nodes of a network and of the networks inside them, and notes their settings and connections. `path` is
     // that of the network in the scene file.
     void makeNodes(const NetworkDescription &description, Network &network, const std::string &path) {
-        connections_.push_back({.network = &network, .description = &description});
         setView(network, description.view);
+        addNodes(description, network, path);
+    }
+
+    // The same without the view.
+    void addNodes(const NetworkDescription &description, Network &network, const std::string &path) {
+        connections_.push_back({.network = &network, .description = &description});
         for (const NodeDescription &node : description.nodes) {
             HostNode *made = nullptr;
             atLocation(node.location, [&] { made = &makeDescribed(node, network, servers_); });
@@ -207,6 +212,7 @@ SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers,
                               .path = path,
                               .brief = "an image of a node",
                               .message = missing + "; the node goes without it"});
+            builder.addNodes(description.network, surface.network(), path);
             continue;
         }
         builder.noteSettings(description.settings, surface.network().root(), path);

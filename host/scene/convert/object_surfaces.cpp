@@ -1,9 +1,12 @@
 #include "host/scene/convert/object_surfaces.h"
 
+#include "host/base/four_cc.h"
 #include "host/base/names.h"
+#include "host/files/network_outline.h"
 #include "host/files/same_network.h"
 #include "host/object/old_surfaces.h"
 #include "host/scene/convert/surface_chunk.h"
+#include "host/scene/convert/texture_network.h"
 #include "host/state/save_state.h"
 
 #include <algorithm>
@@ -29,26 +32,39 @@ SurfaceDescription describe(const std::string &name, const std::string &file, co
 
 } // namespace
 
-std::vector<SurfaceDescription> surfacesOf(const ObjectFile &object, std::vector<std::string> *animated) {
-    std::vector<SurfaceDescription> result;
+ObjectSurfaces surfacesOf(const ObjectFile &object) {
+    ObjectSurfaces result;
     for (std::size_t i = 0; i < object.surfaces().size(); ++i) {
+        const ObjectSurface &inFile = object.surfaces()[i];
         const SurfaceChunkValues values = object.values(i);
-        SurfaceDescription &surface = result.emplace_back(describe(object.surfaces()[i].name, object.name(), values));
+        SurfaceDescription &surface = result.surfaces.emplace_back(describe(inFile.name, object.name(), values));
+        NetworkOutline outline;
         if (const auto block = object.network(i)) {
             surface.saved.block = *block;
             surface.saved.offset = object.networkOffset(i);
+            outline = outlineOf(*block);
         }
-        if (!animated) continue;
-        for (const std::string &chunk : values.animated)
-            animated->push_back(fmt::format("the value {} of the surface {}", chunk, inQuotes(surface.name)));
+        const std::vector<SurfaceTexture> textures = object.textures(i);
+        if (outline.nodes == 0)
+            describeTextures(textures, surface, result.losses);
+        else
+            noteUnusedTextures(textures, outline.rootInputs, surface.name, result.losses);
+        if (std::ranges::count(inFile.subChunks, fourCC("VCOL"), &Chunk::id) > 0)
+            result.losses.add(Loss::vertexColours, fmt::format("surface {}", inQuotes(surface.name)));
+        for (const std::string &chunk : values.animated) {
+            result.animated.push_back(fmt::format("the value {} of the surface {}", chunk, inQuotes(surface.name)));
+            result.losses.add(Loss::animatedValue, fmt::format("surface {}, {}", inQuotes(surface.name), chunk));
+        }
     }
     return result;
 }
 
-std::vector<SurfaceDescription> surfacesOfOldObject(std::string_view bytes, const std::string &file) {
-    std::vector<SurfaceDescription> result;
-    for (const OldSurface &surface : readOldSurfaces(bytes, file))
-        result.push_back(describe(surface.name, file, surface.values));
+ObjectSurfaces surfacesOfOldObject(std::string_view bytes, const std::string &file) {
+    ObjectSurfaces result;
+    for (const OldSurface &inFile : readOldSurfaces(bytes, file)) {
+        SurfaceDescription &surface = result.surfaces.emplace_back(describe(inFile.name, file, inFile.values));
+        describeTextures(inFile.textures, surface, result.losses);
+    }
     return result;
 }
 
@@ -59,29 +75,44 @@ SurfaceDescription undescribedSurface(const std::string &name, const std::string
     return describe(name, file, values);
 }
 
+namespace {
+
+// Adds the image of that name in an object to the descriptions, unless they have it already.
+void describeImage(const std::string &inObject, const std::string &object, const SearchPath &path,
+                   std::vector<ImageDescription> &images) {
+    const std::string directory = std::filesystem::path(object).parent_path().string();
+    const std::string last = sceneNameOfImage(inObject);
+    if (last.empty() || std::ranges::count(images, last, &ImageDescription::name) > 0) return;
+    ImageDescription &description = images.emplace_back();
+    description.name = last;
+    description.file = inObject;
+    description.objectFile = object;
+    description.location.file = description.fileLocation.file = object;
+    auto found = findFile(inObject, directory, path);
+    if (!found) found = findFile(last, directory, path);
+    if (found)
+        description.file = *found;
+    else if (inObject == last)
+        description.notFound = whyNotFound(last, directory, path);
+    else
+        description.notFound =
+            fmt::format("there is no file {}; and {}", inQuotes(inObject), whyNotFound(last, directory, path));
+}
+
+} // namespace
+
 std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPath &path) {
-    const std::string directory = std::filesystem::path(object.name()).parent_path().string();
-    std::vector<ImageDescription> result;
-    for (const ObjectImage &image : object.images()) {
-        // The last part of the name, after slashes or backslashes, or after the colon of a drive.
-        const std::string last = image.file.substr(image.file.find_last_of("/\\:") + 1);
-        if (last.empty() || std::ranges::count(result, last, &ImageDescription::name) > 0) continue;
-        ImageDescription &description = result.emplace_back();
-        description.name = last;
-        description.file = image.file;
-        description.objectFile = object.name();
-        description.location.file = description.fileLocation.file = object.name();
-        auto found = findFile(image.file, directory, path);
-        if (!found) found = findFile(last, directory, path);
-        if (found)
-            description.file = *found;
-        else if (image.file == last)
-            description.notFound = whyNotFound(last, directory, path);
-        else
-            description.notFound =
-                fmt::format("there is no file {}; and {}", inQuotes(image.file), whyNotFound(last, directory, path));
-    }
-    return result;
+    std::vector<ImageDescription> images;
+    for (const ObjectImage &image : object.images()) describeImage(image.file, object.name(), path, images);
+    return images;
+}
+
+std::vector<ImageDescription> imagesOfOldObject(std::string_view bytes, const std::string &file,
+                                                const SearchPath &path) {
+    std::vector<ImageDescription> images;
+    for (const OldSurface &surface : readOldSurfaces(bytes, file))
+        for (const SurfaceTexture &texture : surface.textures) describeImage(texture.imageFile, file, path, images);
+    return images;
 }
 
 namespace {

@@ -4,6 +4,7 @@
 #include "host/base/warnings.h"
 #include "host/files/object_file.h"
 #include "host/graph/server_list.h"
+#include "host/object/losses.h"
 #include "host/scene/build/describe_network.h"
 #include "host/scene/build/scene_surfaces.h"
 #include "host/scene/format/description.h"
@@ -16,14 +17,22 @@
 
 namespace velm::host {
 
-// The surfaces of an object: their networks as saved blocks, their own values as settings. A value that an envelope
-// drives is described without the envelope; `animated`, if not null, receives its name ("the value COLR of the surface
-// \"Clay\""). InputError with the byte's offset.
-std::vector<SurfaceDescription> surfacesOf(const ObjectFile &object, std::vector<std::string> *animated = nullptr);
+// The surfaces of an object, and what they have in the object and not here.
+struct ObjectSurfaces {
+    std::vector<SurfaceDescription> surfaces;
+    Losses losses;
+    std::vector<std::string> animated; // values that envelopes drive: "the value COLR of the surface \"Clay\""
+};
+
+// The surfaces of an object: their networks as saved blocks, their own values as settings, and the texture layers of
+// those whose networks have no nodes as descriptions of nodes, which name the images as imagesOf does. A value that an
+// envelope drives is described without the envelope. InputError with the byte's offset.
+// [interface thread; not while rendering]
+ObjectSurfaces surfacesOf(const ObjectFile &object);
 
 // The same for an object of LightWave 5 or earlier, given by its bytes: see host/object/old_surfaces.h. Its surfaces
-// have no networks.
-std::vector<SurfaceDescription> surfacesOfOldObject(std::string_view bytes, const std::string &file);
+// have no networks of their own.
+ObjectSurfaces surfacesOfOldObject(std::string_view bytes, const std::string &file);
 
 // A surface that polygons of the object have, but that the file does not describe: plain grey, flat and one-sided.
 SurfaceDescription undescribedSurface(const std::string &name, const std::string &file);
@@ -32,6 +41,8 @@ SurfaceDescription undescribedSurface(const std::string &name, const std::string
 // name, then by the name's last part, beside the object and along the path. The description of an image that was not
 // found says where it was looked for.
 std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPath &path);
+std::vector<ImageDescription> imagesOfOldObject(std::string_view bytes, const std::string &file,
+                                                const SearchPath &path);
 
 // Surfaces of an object as descriptions, with the data that each node has in the object, by the node's path.
 struct UnpackedSurfaces {
@@ -40,10 +51,13 @@ struct UnpackedSurfaces {
     std::map<std::string, std::string> data;
 };
 
+// Whether the nodes that stand for texture layers are unpacked, too.
+enum class UnpackTextures { no, yes };
+
 // Describes the surfaces of an object that have a network. InputError for a damaged network, and for two surfaces of
 // one name. [interface thread; not while rendering]
 UnpackedSurfaces unpackSurfaces(const ObjectFile &object, const SearchPath &path, ServerList &servers,
-                                Warnings &warnings);
+                                Warnings &warnings, UnpackTextures textures = UnpackTextures::no);
 
 // Builds the described surfaces and compares the data that each node saves with the data in the object. A node whose
 // data differ gets those of the object besides its settings; a node that has them already loses its settings. True when

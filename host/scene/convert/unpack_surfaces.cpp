@@ -71,13 +71,14 @@ class Completion {
 } // namespace
 
 UnpackedSurfaces unpackSurfaces(const ObjectFile &object, const SearchPath &path, ServerList &servers,
-                                Warnings &warnings) {
+                                Warnings &warnings, UnpackTextures textures) {
     const DefaultSettings defaults(servers);
     SceneDescription scene;
     scene.file = object.name();
     scene.images = imagesOf(object, path);
-    for (SurfaceDescription &surface : surfacesOf(object)) {
-        if (surface.saved.block.empty()) continue;
+    for (SurfaceDescription &surface : surfacesOf(object).surfaces) {
+        if (textures == UnpackTextures::no) surface.network = {};
+        if (surface.saved.block.empty() && surface.network.nodes.empty()) continue;
         if (std::ranges::count(scene.surfaces, surface.name, &SurfaceDescription::name) > 0)
             throw InputError(fmt::format("{}: there are two surfaces {}", object.name(), inQuotes(surface.name)));
         scene.surfaces.push_back(std::move(surface));

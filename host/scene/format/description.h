@@ -80,8 +80,10 @@ struct SavedNetwork {
 struct SurfaceDescription {
     std::string name;
     std::vector<SettingDescription> settings; // of the root node: "Color", "Diffuse" and so on
+    // Of a surface that an object file brings: what stands for its texture layers, and is added to the network in
+    // `saved`, which then has no nodes itself.
     NetworkDescription network;
-    SavedNetwork saved;           // replaces `network`; the root's data in its block override `settings`
+    SavedNetwork saved;           // the root's data in its block override `settings`
     double smoothingAngle = 89.5; // degrees; 0 gives flat polygons
     bool doubleSided = true;
     SourceLocation location;
@@ -241,6 +243,15 @@ struct RenderDescription {
     bool operator==(const RenderDescription &) const = default;
 };
 
+// Something that an object file has, and that its surfaces here do not, for the user to be warned of.
+struct ReadingNote {
+    std::string file;
+    std::string brief;   // a few words, equal for equal causes: "procedural textures"
+    std::string message; // a line
+
+    bool operator==(const ReadingNote &) const = default;
+};
+
 struct SceneDescription {
     std::string file, name;
     std::string schema; // the JSON Schema that the file names for editors; may be empty
@@ -254,6 +265,7 @@ struct SceneDescription {
     std::vector<SurfaceDescription> surfaces;
     std::string surfaceFile; // an object file whose surfaces are added to these; empty: none
     SourceLocation surfaceFileLocation;
+    std::vector<ReadingNote> notes; // of the surfaces that object files bring
 
     bool operator==(const SceneDescription &) const = default;
 };

@@ -1,0 +1,69 @@
+#include "host/files/network_outline.h"
+
+#include "host/graph/network_blocks.h"
+#include "host/state/load_state.h"
+
+namespace velm::host {
+
+namespace {
+
+using namespace blocks;
+
+class Outline {
+  public:
+    explicit Outline(std::string_view block) : reader_(kStateBinary, block, "network"), state_(*reader_.state()) {}
+
+    NetworkOutline read() {
+        static constexpr HostBlockId kTop[] = {blocks::kNetwork, {0, nullptr}};
+        static constexpr HostBlockId kParts[] = {kNodes, kConnections, {0, nullptr}};
+        forEach(kTop, [&](unsigned int) {
+            forEach(kParts, [&](unsigned int id) { id == kNodes.id ? readNodes() : readConnections(); });
+        });
+        return result_;
+    }
+
+  private:
+    template <class Act>
+    void forEach(const HostBlockId *table, Act act) {
+        while (const unsigned int id = state_.findBlock(state_.data, table)) {
+            act(id);
+            state_.endBlock(state_.data);
+        }
+    }
+
+    // The root is the first node.
+    void readNodes() {
+        static constexpr HostBlockId kEach[] = {kTag, {0, nullptr}};
+        static constexpr HostBlockId kOfTag[] = {kName, {0, nullptr}};
+        bool isRoot = true;
+        forEach(kEach, [&](unsigned int) {
+            if (isRoot)
+                forEach(kOfTag, [&](unsigned int) { rootName_ = unreadContents(state_); });
+            else
+                ++result_.nodes;
+            isRoot = false;
+        });
+    }
+
+    // The input's node comes before the input.
+    void readConnections() {
+        static constexpr HostBlockId kEach[] = {kInputNode, kInput, {0, nullptr}};
+        bool isOfRoot = false;
+        forEach(kEach, [&](unsigned int id) {
+            const std::string text = unreadContents(state_);
+            if (id == kInputNode.id) isOfRoot = text == rootName_;
+            if (id == kInput.id && isOfRoot) result_.rootInputs.emplace_back(text.c_str());
+        });
+    }
+
+    StateReader reader_;
+    const HostLoadState &state_;
+    NetworkOutline result_;
+    std::string rootName_; // as it is in the file, with its padding
+};
+
+} // namespace
+
+NetworkOutline outlineOf(std::string_view block) { return Outline(block).read(); }
+
+} // namespace velm::host

@@ -1,0 +1,29 @@
+// From the texture layers of object files to networks of the host's nodes.
+#pragma once
+
+#include "host/object/losses.h"
+#include "host/object/surface_textures.h"
+#include "host/scene/format/description.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velm::host {
+
+// Adds to a surface's description the network that stands for its texture layers, the lowest of which comes first: each
+// layer is an image or gradient that a blend node lays over the layers below, and the last one feeds the surface's
+// input. The value below the first layer is the surface's setting. `losses` counts what the network does not have.
+void describeTextures(const std::vector<SurfaceTexture> &textures, SurfaceDescription &surface, Losses &losses);
+
+// Counts the enabled textures and shaders of a surface that has nodes, which are left out. A network that feeds an
+// input of the surface replaces the textures of that channel, as in LightWave: these count as nothing. `fedInputs` are
+// the names of such inputs.
+void noteUnusedTextures(const std::vector<SurfaceTexture> &textures, const std::vector<std::string> &fedInputs,
+                        const std::string &surface, Losses &losses);
+
+// The name that an image of an object gets in the scene: the last part of its file's name on the machine that wrote the
+// object. Empty where the name ends with a separator.
+std::string sceneNameOfImage(std::string_view file);
+
+} // namespace velm::host

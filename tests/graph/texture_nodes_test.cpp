@@ -1,0 +1,112 @@
+// The nodes that combine textures: Blend Color, Blend Scalar and Color Ramp.
+#include "tests/graph/builtin_fixture.h"
+
+#include <cmath>
+
+namespace velm::host::test {
+namespace {
+
+std::string text(const char *entry) { return entry; }
+
+TEST_F(BuiltinTest, BlendsAreTheFormulasOfTheirModes) {
+    // Below is 0.8 and the layer 0.5; at 100 %, and at 50 % of 50 %, which is an opacity of 0.25.
+    const struct {
+        const char *mode;
+        double full, quarter;
+    } kRows[] = {{"Normal", 0.5, 0.725},     {"Additive", 1.3, 0.925}, {"Subtractive", 0.3, 0.675},
+                 {"Difference", 0.3, 0.675}, {"Multiply", 0.4, 0.7},   {"Divide", 1.6, 0.8 / 0.875}};
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(row.mode);
+        const Settings full{{"Below", 0.8}, {"Layer", 0.5}, {"Mode", text(row.mode)}};
+        Settings quarter = full;
+        quarter.insert(quarter.end(), {{"Opacity", 50.0}, {"Coverage", 50.0}});
+        EXPECT_NEAR(scalar(add("Blend Scalar", full), "Out"), row.full, 1e-12);
+        EXPECT_NEAR(scalar(add("Blend Scalar", quarter), "Out"), row.quarter, 1e-12);
+        const Settings colours{
+            {"Below", Double3{0.8, 0, 0.8}}, {"Layer", Double3{0.5, 0, 0.5}}, {"Mode", text(row.mode)}};
+        const Double3 colour = triple(add("Blend Color", colours), "Color");
+        EXPECT_NEAR(colour[0], row.full, 1e-12);
+        EXPECT_EQ(colour[1], 0);
+        EXPECT_EQ(colour[2], colour[0]);
+    }
+}
+
+TEST_F(BuiltinTest, BlendsStayFiniteAndUncoveredLayersShowWhatIsBelow) {
+    const Settings bright{{"Below", 0.25}, {"Layer", 1.0}, {"Mode", text("Difference")}};
+    EXPECT_EQ(scalar(add("Blend Scalar", bright), "Out"), 0.75);
+    const Settings divided{{"Below", 0.5}, {"Layer", 0.0}, {"Mode", text("Divide")}};
+    EXPECT_EQ(scalar(add("Blend Scalar", divided), "Out"), 128);
+    for (const char *mode : {"Normal", "Additive", "Subtractive", "Difference", "Multiply", "Divide"}) {
+        const Settings uncovered{{"Below", -0.5}, {"Layer", 3.0}, {"Coverage", 0.0}, {"Mode", text(mode)}};
+        EXPECT_EQ(scalar(add("Blend Scalar", uncovered), "Out"), -0.5) << mode;
+    }
+}
+
+// Three keys at 0, 1 and 3 with the values 0, 1 and 0.
+Settings threeKeys(const char *shape) {
+    return {{"Keys", 3.0},     {"Position 3", 3.0},      {"Color 3", Double3{0, 0, 0}},
+            {"Alpha 3", 50.0}, {"Shape 2", text(shape)}, {"Shape 3", text(shape)}};
+}
+
+TEST_F(BuiltinTest, RampsGoFromKeyToKey) {
+    const struct {
+        const char *shape;
+        double at, expected;
+    } kRows[] = {
+        {"Linear", 0.25, 0.25},
+        {"Linear", 2.5, 0.25},
+        {"Linear", 1, 1},
+        {"Step", 0.99, 0},
+        {"Step", 1, 1},
+        {"Step", 2.99, 1},
+        {"Step", 3, 0},
+        // Hermite: the tangents of the first span are 1 and (1/3)(0 - 0) = 0.
+        {"Spline", 0.5, 0.5 + 0.125},
+        {"Spline", 1, 1},
+        // Those of the second are 0 and -1.
+        {"Spline", 2, 0.5 + 0.125},
+        // Beyond the keys.
+        {"Linear", -7, 0},
+        {"Linear", 7, 0},
+    };
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(testing::Message() << row.shape << " at " << row.at);
+        Settings settings = threeKeys(row.shape);
+        settings.emplace_back("Input", row.at);
+        const Double3 colour = triple(add("Color Ramp", settings), "Color");
+        expectTriple(colour, {row.expected, row.expected, row.expected});
+    }
+    Settings between = threeKeys("Linear");
+    between.emplace_back("Input", 2.0);
+    EXPECT_EQ(scalar(add("Color Ramp", between), "Alpha"), 0.75);
+}
+
+TEST_F(BuiltinTest, RampsStayFiniteWithKeysOutOfOrder) {
+    for (const char *shape : {"Linear", "Spline", "Step"}) {
+        Settings settings = threeKeys(shape);
+        settings.insert(settings.end(), {{"Position 1", 5.0}, {"Position 3", 1.0}});
+        for (const double at : {0.5, 1.0, 2.0, 4.0}) {
+            HostNode &ramp = add("Color Ramp", settings);
+            applySetting(*panelOf(ramp), {"Input", at, {}});
+            EXPECT_TRUE(std::isfinite(triple(ramp, "Color")[0])) << shape << ' ' << at;
+        }
+    }
+}
+
+TEST_F(BuiltinTest, RampsDependOnHowTheSurfaceIsSeen) {
+    sample.cosine = 0.5;
+    sample.geometricNormal[1] = std::sqrt(0.5);
+    sample.rayLength = 20;
+    sample.bumpHeight = 0.25;
+    const std::pair<const char *, double> kSources[] = {
+        {"Incidence Angle", 30.0 / 90}, {"Slope", 45.0 / 90}, {"Distance to Camera", 20.0 / 90}, {"Bump", 0.25 / 90}};
+    for (const auto &[source, expected] : kSources) {
+        HostNode &ramp = add("Color Ramp", {{"Source", text(source)}, {"Position 2", 90.0}});
+        EXPECT_NEAR(triple(ramp, "Color")[0], expected, 1e-12) << source;
+    }
+    sample.cosine = 2; // of no angle
+    EXPECT_EQ(triple(add("Color Ramp", {{"Source", text("Incidence Angle")}, {"Position 2", 90.0}}), "Color")[0], 1);
+}
+
+} // namespace
+} // namespace velm::host::test

@@ -1,0 +1,241 @@
+// The textures of object files in scenes.
+#include "tests/object/object_bytes.h"
+#include "tests/scene/scene_text.h"
+#include "tests/temporary_directory.h"
+
+#include "host/files/network_outline.h"
+#include "host/scene/convert/object_surfaces.h"
+#include "host/scene/convert/write_surfaces.h"
+
+#include <cmath>
+#include <filesystem>
+#include <numbers>
+
+namespace velm::host::test {
+namespace {
+
+// A network of the root alone, as LightWave writes it for surfaces without nodes.
+const std::string kRootAlone = networkBlock(nodeBlocks("Surface", "Surface", ""), "");
+
+std::string imageBlock(std::size_t clip) {
+    return subChunk("BLOK", subChunk("IMAP", cString("\x80") + subChunk("CHAN", "COLR") +
+                                                 subChunk("OPAC", words({0}) + reals({1}) + words({0}))) +
+                                subChunk("PROJ", words({2})) + subChunk("AXIS", words({1})) +
+                                subChunk("IMAG", words({clip})));
+}
+std::string clip(std::size_t number, const std::string &file, const std::string &rest = "") {
+    return chunk("CLIP", big(number, 4) + subChunk("STIL", cString(file)) + rest);
+}
+std::string surface(const std::string &name, const std::string &subChunks) {
+    return chunk("SURF", cString(name) + cString("") + subChunk("COLR", reals({1, 0.5F, 0}) + words({0})) + subChunks);
+}
+
+TEST(ObjectTextures, AreReadWhereTheNetworkHasNoNodes) {
+    const std::string weather = networkBlock(nodeBlocks("Surface", "Root", "") + nodeBlocks("Weather", "Rain", ""),
+                                             connectionBlocks("Rain", "Drops", "Root", "Color") +
+                                                 connectionBlocks("Rain", "Drops", "Rain", "Diffuse"));
+    const ObjectFile object(objectFile(clip(3, "C:maps/earth.jpg") + surface("Plain", "") +
+                                       surface("Alone", imageBlock(3) + kRootAlone) + surface("Bare", imageBlock(3)) +
+                                       surface("Nodes", imageBlock(3) + weather) + surface("Lost", imageBlock(4)) +
+                                       surface("Dyed", subChunk("VCOL", reals({1})))),
+                            "a.lwo");
+    EXPECT_EQ(outlineOf(*object.network(1)).nodes, 0U);
+    EXPECT_EQ(outlineOf(*object.network(3)).nodes, 1U);
+    EXPECT_EQ(outlineOf(*object.network(3)).rootInputs, (std::vector<std::string>{"Color"}));
+    EXPECT_EQ(outlineOf("NODS").nodes, 0U);
+    const ObjectSurfaces found = surfacesOf(object);
+    std::vector<std::size_t> nodes;
+    for (const SurfaceDescription &each : found.surfaces) nodes.push_back(each.network.nodes.size());
+    EXPECT_EQ(nodes, (std::vector<std::size_t>{0, 2, 2, 0, 0, 0}));
+    EXPECT_EQ(found.losses.count(Loss::layersBesideNodes), 0U) << "the node feeds the colour";
+    EXPECT_EQ(found.losses.count(Loss::imageSequence), 1U);
+    EXPECT_EQ(found.losses.count(Loss::vertexColours), 1U);
+}
+
+TEST(ObjectTextures, FiltersOfImagesAreNoticed) {
+    const std::string none = words({0});
+    const std::pair<std::string, bool> kRows[] = {{subChunk("BRIT", reals({0}) + none), false},
+                                                  {subChunk("BRIT", reals({0.5F}) + none), true},
+                                                  {subChunk("HUE ", reals({0}) + words({2})), true},
+                                                  {subChunk("GAMM", reals({1}) + none), false},
+                                                  {subChunk("GAMM", reals({2.2F}) + none), true},
+                                                  {subChunk("NEGA", words({0})), false},
+                                                  {subChunk("NEGA", words({1})), true},
+                                                  {subChunk("IFLT", cString("Blur")), true},
+                                                  {subChunk("FLAG", "abcd"), false}};
+    for (const auto &[filter, isFiltered] : kRows) {
+        const ObjectFile object(objectFile(clip(1, "a.png", filter) + surface("A", imageBlock(1))), "a.lwo");
+        EXPECT_EQ(object.images()[0].isFiltered, isFiltered) << filter;
+        EXPECT_EQ(surfacesOf(object).losses.count(Loss::imageFilter), isFiltered ? 1U : 0U) << filter;
+    }
+}
+
+// A scene with an object "a.lwo" beside a red image.
+class TexturedScene : public ::testing::Test {
+  protected:
+    TexturedScene() {
+        directory_.write("red.hdr", redHdr("-Y 1 +X 1"));
+        writeObject("a.lwo", "C:maps/red.hdr");
+    }
+    void writeObject(const std::string &name, const std::string &image) const {
+        directory_.write(name, triangleObject("Globe", clip(1, image) + surface("Globe", imageBlock(1) + kRootAlone)));
+    }
+    SceneDescription readObjects(const std::string &objects) const {
+        return readSceneText(R"({"cameras": {"C": {}}, "objects": {)" + objects + "}}", directory_ / "scene.json", {});
+    }
+    static SurfaceValues valuesOf(const SceneSurfaces &surfaces, const std::string &name, double x) {
+        ShadingSample sample{};
+        sample.objectPosition[0] = x;
+        sample.objectPosition[2] = -1;
+        return surfaces.surface(name)->evaluate(&sample);
+    }
+
+    TemporaryDirectory directory_;
+};
+
+TEST_F(TexturedScene, ShowsTheImage) {
+    const SceneDescription scene = readObjects(R"("A": {"mesh": {"file": "a.lwo"}})");
+    const SceneSurfaces built(scene, serverList());
+    const SurfaceValues values = valuesOf(built, "Globe", 0);
+    EXPECT_GT(values.colour[0], 0.9);
+    EXPECT_EQ(values.colour[1], 0);
+    EXPECT_EQ(values.diffuse, 1);
+}
+
+TEST_F(TexturedScene, ShowsTheSurfacesColourWhereTheImageIsMissing) {
+    std::filesystem::remove(directory_ / "red.hdr");
+    const SceneDescription scene = readObjects(R"("A": {"mesh": {"file": "a.lwo"}})");
+    Warnings warnings(Warnings::Policy::goOn);
+    const SceneSurfaces built(scene, serverList(), &warnings);
+    EXPECT_EQ(valuesOf(built, "Globe", 0).colour[1], 0.5);
+    EXPECT_FALSE(warnings.all().empty());
+}
+
+TEST_F(TexturedScene, ASurfaceKeepsItsTexturesUnderAnotherName) {
+    const SceneDescription scene = readSceneText(R"({"cameras": {"C": {}}, "surfaces": {"Globe": {}},
+        "objects": {"A": {"mesh": {"file": "a.lwo"}}}})",
+                                                 directory_ / "scene.json", {});
+    const SceneSurfaces built(scene, serverList());
+    EXPECT_EQ(valuesOf(built, "Globe (a.lwo)", 0).colour[1], 0);
+}
+
+TEST_F(TexturedScene, ImagesOfOneNameFromTwoObjectsStayApart) {
+    directory_.write("b/red.hdr", redHdr("-Y 1 +X 1"));
+    writeObject("b/b.lwo", "red.hdr");
+    const SceneDescription scene =
+        readObjects(R"("A": {"mesh": {"file": "a.lwo"}}, "B": {"mesh": {"file": "b/b.lwo"}})");
+    ASSERT_EQ(scene.images.size(), 2U);
+    EXPECT_EQ(scene.images[0].name, "red.hdr");
+    EXPECT_EQ(scene.images[1].name, "red.hdr (2)");
+    EXPECT_EQ(scene.images[1].file, directory_ / "b/red.hdr");
+    EXPECT_EQ(scene.surfaces[1].network.nodes[0].settings[0].value, SettingValue(std::string("red.hdr (2)")));
+    EXPECT_NO_THROW(SceneSurfaces(scene, serverList()));
+    // The scene may describe them itself, under the same names.
+    const SceneDescription own = readSceneText(R"json({"cameras": {"C": {}},
+        "images": {"red.hdr": {"file": "red.hdr"}, "red.hdr (2)": {"file": "b/red.hdr"}},
+        "objects": {"A": {"mesh": {"file": "a.lwo"}}, "B": {"mesh": {"file": "b/b.lwo"}}}})json",
+                                               directory_ / "scene.json", {});
+    EXPECT_EQ(own.images.size(), 2U);
+    EXPECT_EQ(own.surfaces[1].network.nodes[0].settings[0].value, SettingValue(std::string("red.hdr (2)")));
+}
+
+TEST_F(TexturedScene, AnImageThatTheSceneDescribesReplacesTheObjects) {
+    directory_.write("b/red.hdr", redHdr("-Y 1 +X 1"));
+    const SceneDescription scene = readSceneText(R"({"cameras": {"C": {}}, "images": {"red.hdr": {"file": "b/red.hdr"}},
+        "objects": {"A": {"mesh": {"file": "a.lwo"}}}})",
+                                                 directory_ / "scene.json", {});
+    ASSERT_EQ(scene.images.size(), 1U);
+    EXPECT_EQ(scene.surfaces[0].network.nodes[0].settings[0].value, SettingValue(std::string("red.hdr")));
+}
+
+TEST_F(TexturedScene, TexturesOfOldObjectsAreShown) {
+    const std::string texture = subChunk("CTEX", cString("Spherical Image Map")) + subChunk("TFLG", words({2})) +
+                                subChunk("TIMG", cString("C:\\maps\\red.hdr"));
+    directory_.write("old.lwo",
+                     oldObjectFile(chunk("SRFS", cString("Globe")) + pointsChunk(kSixPoints) +
+                                   chunk("POLS", words({3, 0, 1, 2, 1})) +
+                                   chunk("SURF", cString("Globe") + subChunk("COLR", big(0xffffff00, 4)) + texture)));
+    const SceneDescription scene = readObjects(R"("A": {"mesh": {"file": "old.lwo"}})");
+    ASSERT_EQ(scene.images.size(), 1U);
+    EXPECT_EQ(scene.images[0].file, directory_ / "red.hdr");
+    const SceneSurfaces built(scene, serverList());
+    EXPECT_EQ(valuesOf(built, "Globe", 0).colour[1], 0);
+}
+
+TEST_F(TexturedScene, NotesWhatIsLeftOutOnceForEachFile) {
+    const std::string shader = subChunk("BLOK", subChunk("SHDR", cString("\x80")) + subChunk("FUNC", cString("Edge")));
+    directory_.write("a.lwo", triangleObject("A", surface("A", shader) + surface("B", shader)));
+    const SceneDescription scene = readObjects(R"("A": {"mesh": {"file": "a.lwo"}}, "B": {"mesh": {"file": "a.lwo"}})");
+    ASSERT_EQ(scene.notes.size(), 1U);
+    EXPECT_EQ(scene.notes[0].file, directory_ / "a.lwo");
+    EXPECT_EQ(scene.notes[0].message, "2 shaders are left out (the first: surface \"A\", \"Edge\")");
+}
+
+TEST_F(TexturedScene, TexturesAreUnpackedOnDemandAndPackedBesideTheOldOnes) {
+    const std::string bytes =
+        triangleObject("Globe", clip(1, directory_ / "red.hdr") + surface("Globe", imageBlock(1) + kRootAlone));
+    const ObjectFile object(bytes, directory_ / "a.lwo");
+    Warnings warnings(Warnings::Policy::strict);
+    const auto unpacked = [&](UnpackTextures textures) {
+        UnpackedSurfaces found = unpackSurfaces(object, {}, serverList(), warnings, textures);
+        while (completeUnpacked(found, serverList())) {
+        }
+        return writeSurfaces(found.images, found.surfaces);
+    };
+    EXPECT_EQ(unpacked(UnpackTextures::no).find("Image Projection"), std::string::npos);
+    const std::string text = unpacked(UnpackTextures::yes);
+    EXPECT_NE(text.find("Image Projection"), std::string::npos) << text;
+    const SceneDescription scene = readSurfaces(directory_.write("scene.json", text), {});
+    ObjectFile packed(bytes, "a.lwo");
+    {
+        const SceneSurfaces built(scene, serverList());
+        packSurfaces(packed, scene, built, DefaultSettings(serverList()));
+    }
+    const std::string written = packed.write();
+    EXPECT_NE(written.find(imageBlock(1)), std::string::npos) << "the layer itself";
+    // Now the nodes show the image, and the layer counts no more.
+    directory_.write("a.lwo", written);
+    const SceneDescription again = readObjects(R"("A": {"mesh": {"file": "a.lwo"}})");
+    EXPECT_TRUE(again.surfaces[0].network.nodes.empty());
+    EXPECT_TRUE(again.notes.empty());
+    const SceneSurfaces built(again, serverList());
+    EXPECT_EQ(valuesOf(built, "Globe", 0).colour[1], 0);
+}
+
+// ---- Real objects ----
+
+// The colour of a surface of a globe at a place: degrees to the east of the direction -Z, and to the north.
+Double3 colourAt(const Surface &surface, double east, double north) {
+    constexpr double kDegree = std::numbers::pi / 180;
+    const double level = std::cos(north * kDegree);
+    ShadingSample sample{};
+    sample.objectPosition[0] = level * std::sin(east * kDegree);
+    sample.objectPosition[1] = std::sin(north * kDegree);
+    sample.objectPosition[2] = -level * std::cos(east * kDegree);
+    const SurfaceValues values = surface.evaluate(&sample);
+    return {values.colour[0], values.colour[1], values.colour[2]};
+}
+
+// With the prime meridian in the middle of the image, where the ocean is blue and the deserts are not.
+TEST(RealTextures, TheEarthIsNotMirrored) {
+    const std::string file = "/usr/share/assimp/models/LWO/LWO2/MappingModes/earth_spherical_y.lwo";
+    ASSERT_TRUE(std::filesystem::exists(file)) << "the package assimp-testmodels is not installed";
+    const SceneDescription scene = readSceneText(
+        R"({"cameras": {"C": {}}, "objects": {"Earth": {"mesh": {"file": ")" + file + R"("}}}})", "scene.json", {});
+    EXPECT_TRUE(scene.notes.empty());
+    const SceneSurfaces built(scene, serverList());
+    const Surface &earth = *built.surface("Default");
+    const auto isSea = [&](double east, double north) {
+        const Double3 colour = colourAt(earth, east, north);
+        return colour[2] > colour[0];
+    };
+    EXPECT_TRUE(isSea(-40, 20)) << "the Atlantic";
+    EXPECT_FALSE(isSea(45, 22)) << "Arabia";
+    EXPECT_FALSE(isSea(10, 22)) << "the Sahara";
+    EXPECT_TRUE(isSea(0, -22)) << "the Atlantic";
+    EXPECT_FALSE(isSea(133, -25)) << "Australia";
+    EXPECT_TRUE(isSea(-133, -25)) << "the Pacific";
+}
+
+} // namespace
+} // namespace velm::host::test

@@ -1,0 +1,228 @@
+// The texture layers of a surface as a network of nodes.
+#include "host/base/four_cc.h"
+#include "host/scene/convert/texture_network.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <functional>
+#include <limits>
+#include <stdexcept>
+
+namespace velm::host::test {
+namespace {
+
+using Kind = SurfaceTexture::Kind;
+
+SurfaceTexture imageOf(const char (&channel)[5], const std::string &file) {
+    SurfaceTexture texture;
+    texture.channel = fourCC(channel);
+    texture.blend = TextureBlend::normal;
+    texture.clip = 1;
+    texture.imageFile = file;
+    return texture;
+}
+
+SurfaceTexture gradientOf(const char (&channel)[5], const std::string &input) {
+    SurfaceTexture texture;
+    texture.kind = Kind::gradient;
+    texture.channel = fourCC(channel);
+    texture.input = input;
+    texture.keys = {{.at = 0, .colour = {0, 0, 0, 1}}, {.at = 90, .colour = {1, 0.5F, 0, 1}}};
+    return texture;
+}
+
+struct Described {
+    SurfaceDescription surface;
+    Losses losses;
+
+    std::vector<std::string> connections() const {
+        std::vector<std::string> texts;
+        for (const ConnectionDescription &one : surface.network.connections)
+            texts.push_back(fmt::format("{}.{} -> {}.{}", one.fromNode, one.output, one.toNode, one.input));
+        std::ranges::sort(texts);
+        return texts;
+    }
+    const NodeDescription &node(const std::string &name) const {
+        const auto found = std::ranges::find(surface.network.nodes, name, &NodeDescription::name);
+        if (found == surface.network.nodes.end()) throw std::runtime_error("there is no node " + name);
+        return *found;
+    }
+    SettingValue setting(const std::string &name, const std::string &label) const {
+        const auto &settings = node(name).settings;
+        const auto found = std::ranges::find(settings, label, &SettingDescription::label);
+        if (found == settings.end()) throw std::runtime_error("there is no setting " + label);
+        return found->value;
+    }
+};
+
+Described describe(const std::vector<SurfaceTexture> &textures, std::vector<SettingDescription> settings = {}) {
+    Described result;
+    result.surface.name = "Globe";
+    result.surface.settings = std::move(settings);
+    describeTextures(textures, result.surface, result.losses);
+    return result;
+}
+
+TEST(TextureNetwork, ALayerIsBlendedWithTheSurfacesValue) {
+    const Described result = describe({imageOf("COLR", "C:maps/earth.jpg")},
+                                      {{.label = "Color", .value = Double3{0.1, 0.2, 0.3}, .location = {}}});
+    EXPECT_EQ(result.connections(), (std::vector<std::string>{"Color Blend 1.Color -> Globe.Color",
+                                                              "Color Image 1.Alpha -> Color Blend 1.Coverage",
+                                                              "Color Image 1.Color -> Color Blend 1.Layer"}));
+    EXPECT_EQ(result.setting("Color Image 1", "Image"), SettingValue(std::string("earth.jpg")));
+    EXPECT_EQ(result.setting("Color Blend 1", "Below"), SettingValue(Double3{0.1, 0.2, 0.3}));
+    EXPECT_TRUE(result.losses.texts().empty());
+    // Without a value in the file, that of a new surface.
+    EXPECT_EQ(describe({imageOf("COLR", "a.png")}).setting("Color Blend 1", "Below"),
+              SettingValue(Double3{0.78431, 0.78431, 0.78431}));
+    EXPECT_EQ(describe({imageOf("GLOS", "a.png")}).setting("Glossiness Blend 1", "Below"), SettingValue(0.4));
+}
+
+TEST(TextureNetwork, LayersOfAChannelAreBlendedInTheirOrder) {
+    SurfaceTexture above = imageOf("DIFF", "above.png");
+    above.blend = TextureBlend::multiply;
+    above.opacity = 0.25F;
+    const Described result = describe({imageOf("DIFF", "below.png"), imageOf("COLR", "earth.jpg"), above});
+    EXPECT_EQ(
+        result.connections(),
+        (std::vector<std::string>{
+            "Color Blend 1.Color -> Globe.Color", "Color Image 1.Alpha -> Color Blend 1.Coverage",
+            "Color Image 1.Color -> Color Blend 1.Layer", "Diffuse Blend 1.Out -> Diffuse Blend 2.Below",
+            "Diffuse Blend 2.Out -> Globe.Diffuse", "Diffuse Image 1.Alpha -> Diffuse Blend 1.Coverage",
+            "Diffuse Image 1.Luminance -> Diffuse Blend 1.Layer", "Diffuse Image 2.Alpha -> Diffuse Blend 2.Coverage",
+            "Diffuse Image 2.Luminance -> Diffuse Blend 2.Layer"}));
+    EXPECT_EQ(result.setting("Diffuse Image 2", "Image"), SettingValue(std::string("above.png")));
+    EXPECT_EQ(result.setting("Diffuse Blend 2", "Mode"), SettingValue(std::string("Multiply")));
+    EXPECT_EQ(result.setting("Diffuse Blend 2", "Opacity"), SettingValue(25.0));
+}
+
+TEST(TextureNetwork, TheSettingsAreThoseOfTheTextureInTheUnitsOfPanels) {
+    SurfaceTexture texture = imageOf("COLR", "earth.jpg");
+    texture.projection = 2;
+    texture.axis = 1;
+    texture.isInWorld = texture.isNegative = true;
+    texture.centre = {0.1F, 0, 0};
+    texture.rotation = {0, 1.5707964F, 0};
+    texture.wrap = {0, 3};
+    texture.repeats = {2, 1};
+    texture.falloffType = 4;
+    texture.antialiasing = 0.5F;
+    texture.isBlendingPixels = false;
+    const Described result = describe({texture});
+    const std::pair<const char *, SettingValue> kExpected[] = {{"Projection", std::string("Spherical")},
+                                                               {"Axis", std::string("Y")},
+                                                               {"Coordinates", std::string("World")},
+                                                               {"Center", Double3{0.1, 0, 0}},
+                                                               {"Pitch", 90.0},
+                                                               {"Wrap U", std::string("Reset")},
+                                                               {"Wrap V", std::string("Edge")},
+                                                               {"Repeats U", 2.0},
+                                                               {"Falloff Type", std::string("Linear Z")},
+                                                               {"Antialiasing", 50.0},
+                                                               {"Pixel Blending", std::string("Off")},
+                                                               {"Negative", std::string("On")}};
+    for (const auto &[label, value] : kExpected) EXPECT_EQ(result.setting("Color Image 1", label), value) << label;
+}
+
+TEST(TextureNetwork, AGradientIsARamp) {
+    SurfaceTexture negative = gradientOf("COLR", "Incidence Angle");
+    negative.isNegative = true;
+    negative.keys[1].shape = GradientKey::Shape::spline;
+    std::swap(negative.keys[0], negative.keys[1]); // the ramp's ascend
+    const Described result = describe({negative, gradientOf("COLR", "Previous Layer")});
+    EXPECT_EQ(result.setting("Color Gradient 1", "Source"), SettingValue(std::string("Incidence Angle")));
+    EXPECT_EQ(result.setting("Color Gradient 1", "Keys"), SettingValue(2.0));
+    EXPECT_EQ(result.setting("Color Gradient 1", "Position 2"), SettingValue(90.0));
+    EXPECT_EQ(result.setting("Color Gradient 1", "Color 2"), SettingValue(Double3{0, 0.5, 1}));
+    EXPECT_EQ(result.setting("Color Gradient 1", "Shape 2"), SettingValue(std::string("Spline")));
+    EXPECT_EQ(result.setting("Color Gradient 2", "Source"), SettingValue(std::string("Input")));
+    EXPECT_EQ(std::ranges::count(result.connections(), "Color Blend 1.Color -> Color Gradient 2.Input"), 1);
+    // The first layer has the surface's value below it.
+    const Described first = describe({gradientOf("COLR", "Previous Layer")},
+                                     {{.label = "Color", .value = Double3{0, 1, 0}, .location = {}}});
+    EXPECT_EQ(first.setting("Color Gradient 1", "Input"), SettingValue(0.587));
+}
+
+TEST(TextureNetwork, ANodeDoesNotGetTheNameOfItsSurface) {
+    SurfaceDescription surface;
+    surface.name = "Color Image 1";
+    Losses losses;
+    describeTextures({imageOf("COLR", "a.png")}, surface, losses);
+    EXPECT_EQ(surface.network.nodes[0].name, "Color Image 1 (2)");
+}
+
+TEST(TextureNetwork, NumbersThatAreNotFiniteCountAsZero) {
+    SurfaceTexture texture = imageOf("COLR", "a.png");
+    texture.opacity = std::numeric_limits<float>::infinity();
+    texture.centre[1] = -std::numeric_limits<float>::infinity();
+    const Described result = describe({texture});
+    EXPECT_EQ(result.setting("Color Blend 1", "Opacity"), SettingValue(0.0));
+    EXPECT_EQ(result.setting("Color Image 1", "Center"), SettingValue(Double3{0, 0, 0}));
+}
+
+TEST(TextureNetwork, LayersWithoutAnEffectMakeNoNodes) {
+    SurfaceTexture disabled = imageOf("COLR", "a.png"), empty = imageOf("COLR", ""),
+                   unmapped = imageOf("COLR", "a.png"), keyless = gradientOf("COLR", "Slope");
+    disabled.isEnabled = false;
+    empty.clip = 0;
+    unmapped.projection = 5;
+    keyless.keys.clear();
+    const Described result = describe({disabled, empty, unmapped, keyless});
+    EXPECT_TRUE(result.surface.network.nodes.empty());
+    EXPECT_TRUE(result.losses.texts().empty());
+}
+
+struct LossRow {
+    Loss loss;
+    std::function<void(SurfaceTexture &)> change; // of an image of the colour
+    bool isLeftOut;                               // or only ignored in part
+};
+
+TEST(TextureNetwork, WhatItDoesNotHaveIsCounted) {
+    const LossRow kRows[] = {
+        {Loss::shader, [](SurfaceTexture &t) { t.kind = Kind::shader; }, true},
+        {Loss::procedural, [](SurfaceTexture &t) { t.kind = Kind::procedural; }, true},
+        {Loss::otherChannel, [](SurfaceTexture &t) { t.channel = fourCC("BUMP"); }, true},
+        {Loss::alphaLayer, [](SurfaceTexture &t) { t.blend = TextureBlend::alpha; }, true},
+        {Loss::displacementLayer, [](SurfaceTexture &t) { t.blend = TextureBlend::displacement; }, true},
+        {Loss::imageSequence, [](SurfaceTexture &t) { t.imageFile.clear(); }, true},
+        {Loss::gradientInput, [](SurfaceTexture &t) { t = gradientOf("COLR", "Weight Map"); }, true},
+        {Loss::gradientKeys,
+         [](SurfaceTexture &t) {
+             t = gradientOf("COLR", "Slope");
+             t.keys.resize(9);
+         },
+         false},
+        {Loss::imageFilter, [](SurfaceTexture &t) { t.isFiltered = true; }, false},
+        {Loss::alphaImage, [](SurfaceTexture &t) { t.alphaFile = "mask.iff"; }, false},
+        {Loss::animatedTexture, [](SurfaceTexture &t) { t.isAnimated = true; }, false},
+        {Loss::animatedTexture, [](SurfaceTexture &t) { t.isMoving = true; }, false},
+        {Loss::referenceObject, [](SurfaceTexture &t) { t.reference = "Null"; }, false},
+        {Loss::frozenProjection, [](SurfaceTexture &t) { t.isFrozen = true; }, false},
+    };
+    for (const LossRow &row : kRows) {
+        SurfaceTexture texture = imageOf("COLR", "a.png");
+        row.change(texture);
+        const Described result = describe({texture});
+        EXPECT_EQ(result.losses.count(row.loss), 1U) << static_cast<int>(row.loss);
+        ASSERT_EQ(result.losses.texts().size(), 1U) << static_cast<int>(row.loss);
+        EXPECT_NE(result.losses.texts()[0].message.find("surface \"Globe\""), std::string::npos);
+        EXPECT_EQ(result.surface.network.nodes.empty(), row.isLeftOut) << static_cast<int>(row.loss);
+    }
+}
+
+TEST(TextureNetwork, TexturesBesideNodesAreCountedUnlessNodesReplaceThem) {
+    SurfaceTexture shader, disabled = imageOf("COLR", "a.png");
+    shader.kind = Kind::shader;
+    disabled.isEnabled = false;
+    Losses losses;
+    noteUnusedTextures({imageOf("COLR", "a.png"), imageOf("DIFF", "a.png"), imageOf("BUMP", "a.png"), shader, disabled},
+                       {"Color", "Normal"}, "Globe", losses);
+    EXPECT_EQ(losses.count(Loss::layersBesideNodes), 2U);
+    EXPECT_EQ(losses.count(Loss::shader), 1U);
+}
+
+} // namespace
+} // namespace velm::host::test
