@@ -1,5 +1,5 @@
-// What is left out of an object, of its surfaces or of another mesh file, for the user to be warned of: one line for each
-// kind, with a count and the first place.
+// What is left out of an object, of its surfaces or of another mesh file, for the user to be warned of: one line for
+// each kind, with a count and the first place.
 #pragma once
 
 #include <array>
