@@ -140,7 +140,7 @@ TEST(Pose, KnowsWhatMoves) {
     NullDescription &still = rig.null("Still");
     still.position = {1, 0, 0};
     addKeys(rig.null("Moving"), Channel::position, 0, line(0, 1));
-    const auto moves = [&rig] { return poseAt(rig.scene, 0).movingObjects[0]; };
+    const auto moves = [&rig]() -> bool { return poseAt(rig.scene, 0).movingObjects[0]; };
     EXPECT_FALSE(moves());
     addKeys(rig.ball(), Channel::dissolve, 0, line(0, 1));
     EXPECT_FALSE(moves()) << "keys of something else";
