@@ -1,6 +1,9 @@
 // LightWave scenes as scenes of ours.
 #include "host/scene/lws_scene.h"
 
+#include "host/scene/format/write_scene.h"
+#include "host/scene/read_scene.h"
+
 #include "module/host.h"
 #include "tests/object/object_bytes.h"
 #include "tests/temporary_directory.h"
@@ -239,6 +242,28 @@ TEST_F(LwsSceneTest, WarnsOfReflectionsThatTheSceneSwitchesOff) {
     ASSERT_EQ(warnings("mirror.lwo", "0").size(), 1u);
     EXPECT_EQ(warnings_[0].text(), (directory_ / "shot.lws") + ": reflections are traced although the scene switches "
                                                                "them off (the first surface: \"Chrome\")");
+}
+
+TEST_F(LwsSceneTest, CanBeWrittenAsASceneOfOurs) {
+    const SceneDescription scene =
+        read("LastFrame 1\nFirstFrame 9\nFrameStep -3\nAmbientIntensity -1\nSkyColor -1 0 0\nSkySqueezeAmount 0\n"
+             "LoadObjectLayer 2 10000000 car.lwo\nObjectMotion\nNumChannels 9\nChannel 4\n" +
+             kKeys +
+             "ObjectDissolve -1\nAddNullObject 10000001 car:2\nParentItem 10000000\nAddLight 20000000\nLightType 2\n" +
+             "LightConeAngle 1000\nLightEdgeAngle -5\nLightRange -1\nLightIntensity -2\nParentItem 10000001\n"
+             "AddCamera 30000000\nZoomFactor -1\nFrameSize 100000 1\nTargetItem 10000000\nPController 1\n");
+    const std::string json = writeScene(scene, directory_.path().string());
+    const SceneDescription again = readSceneText(json, directory_ / "shot.json", {});
+    EXPECT_EQ(std::get<MeshFile>(again.objects.at(0).shape), (MeshFile{.file = car_, .layer = 1})) << json;
+    EXPECT_EQ(again.objects[0].channels, scene.objects.at(0).channels);
+    EXPECT_EQ(again.objects[0].pivot, (Double3{4, 5, 6}));
+    EXPECT_EQ(again.objects[0].surfaces.size(), scene.objects[0].surfaces.size());
+    EXPECT_EQ(again.nulls.at(0).parent, "car:2");
+    EXPECT_EQ(again.lights.at(0).parent, "car:2 (2)");
+    EXPECT_EQ(again.lights[0].cone, 180);
+    EXPECT_EQ(again.cameras.at(0).targetItem, "car:2");
+    EXPECT_EQ(again.cameras[0].fieldOfView, scene.cameras.at(0).fieldOfView);
+    EXPECT_EQ(again.render.width, 32768);
 }
 
 TEST_F(LwsSceneTest, WarnsOfWhatIsLeftOut) {
