@@ -19,12 +19,12 @@ namespace velm::host {
 namespace {
 
 // A channel of textures, and the input of a surface that it stands for.
-struct Channel {
+struct TextureChannel {
     std::uint32_t id;
     const char *label;
     bool isColour = false;
 };
-constexpr Channel kChannels[] = {
+constexpr TextureChannel kChannels[] = {
     {.id = fourCC("COLR"), .label = "Color", .isColour = true},
     {.id = fourCC("LUMI"), .label = "Luminosity"},
     {.id = fourCC("DIFF"), .label = "Diffuse"},
@@ -61,8 +61,8 @@ const char *modeOf(TextureBlend blend) {
     }
 }
 
-const Channel *channelOf(const SurfaceTexture &texture) {
-    const auto *found = std::ranges::find(kChannels, texture.channel, &Channel::id);
+const TextureChannel *channelOf(const SurfaceTexture &texture) {
+    const auto *found = std::ranges::find(kChannels, texture.channel, &TextureChannel::id);
     return found == std::end(kChannels) ? nullptr : found;
 }
 
@@ -82,7 +82,7 @@ class TextureNetwork {
         : surface_(surface), network_(surface.network), losses_(losses) {}
 
     void add(const SurfaceTexture &texture) {
-        const Channel *channel = channelOf(texture);
+        const TextureChannel *channel = channelOf(texture);
         if (!texture.isEnabled || isLeftOut(texture, channel)) return;
         const int number = ++numbers_[channel];
         const bool isImage = texture.kind == SurfaceTexture::Kind::image;
@@ -96,7 +96,7 @@ class TextureNetwork {
     }
 
     void finish() {
-        for (const Channel &channel : kChannels)
+        for (const TextureChannel &channel : kChannels)
             if (const auto top = tops_.find(&channel); top != tops_.end())
                 connect(top->second, blendOutput(channel), surface_.name, channel.label);
     }
@@ -107,7 +107,7 @@ class TextureNetwork {
     }
 
     // Whether the layer has no effect or cannot be had; notes the latter.
-    bool isLeftOut(const SurfaceTexture &texture, const Channel *channel) {
+    bool isLeftOut(const SurfaceTexture &texture, const TextureChannel *channel) {
         using Kind = SurfaceTexture::Kind;
         const auto because = [&](Loss kind, const std::string &detail) {
             lose(kind, detail);
@@ -129,7 +129,7 @@ class TextureNetwork {
         return sceneNameOfImage(texture.imageFile).empty() && because(Loss::imageSequence, channel->label);
     }
 
-    NodeDescription &addNode(const Channel &channel, const char *what, int number, const char *server) {
+    NodeDescription &addNode(const TextureChannel &channel, const char *what, int number, const char *server) {
         constexpr int kWide = 240, kHigh = 200;
         NodeDescription &node = network_.nodes.emplace_back();
         node.name = fmt::format("{} {} {}", channel.label, what, number);
@@ -151,7 +151,7 @@ class TextureNetwork {
             {.fromNode = from, .output = output, .toNode = to, .input = input, .location = surface_.location});
     }
 
-    std::string addImage(const SurfaceTexture &texture, const Channel &channel, int number) {
+    std::string addImage(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
         noteImageLosses(texture);
         NodeDescription &node = addNode(channel, "Image", number, "Image Projection");
         const auto chosen = [&](const char *label, const auto &texts, int index) {
@@ -188,7 +188,7 @@ class TextureNetwork {
         if (!texture.alphaFile.empty()) lose(Loss::alphaImage, inQuotes(texture.alphaFile));
     }
 
-    std::string addRamp(const SurfaceTexture &texture, const Channel &channel, int number) {
+    std::string addRamp(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
         if (texture.isAnimated) lose(Loss::animatedTexture);
         std::vector<GradientKey> keys = texture.keys;
         std::ranges::stable_sort(keys, {}, [](const GradientKey &key) { return finite(key.at); });
@@ -220,7 +220,7 @@ class TextureNetwork {
         set(node, fmt::format("Shape {}", number), std::string(kShapes[static_cast<int>(key.shape)]));
     }
 
-    std::string addBlend(const SurfaceTexture &texture, const Channel &channel, int number) {
+    std::string addBlend(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
         NodeDescription &node = addNode(channel, kBlend, number, channel.isColour ? "Blend Color" : "Blend Scalar");
         const std::string name = node.name;
         set(node, "Opacity", shown(texture.opacity, kPercent));
@@ -232,10 +232,10 @@ class TextureNetwork {
         return name;
     }
 
-    static const char *blendOutput(const Channel &channel) { return channel.isColour ? "Color" : "Out"; }
+    static const char *blendOutput(const TextureChannel &channel) { return channel.isColour ? "Color" : "Out"; }
 
     // The surface's own value.
-    SettingValue base(const Channel &channel) const {
+    SettingValue base(const TextureChannel &channel) const {
         const auto setting =
             std::ranges::find(surface_.settings, std::string_view(channel.label), &SettingDescription::label);
         if (setting != surface_.settings.end()) return setting->value;
@@ -243,7 +243,7 @@ class TextureNetwork {
         return channel.isColour ? SettingValue(initial) : SettingValue(initial[0]);
     }
 
-    double luminanceBelow(const Channel &channel) const {
+    double luminanceBelow(const TextureChannel &channel) const {
         const SettingValue value = base(channel);
         if (const auto *colour = std::get_if<Double3>(&value))
             return shortest(0.299 * (*colour)[0] + 0.587 * (*colour)[1] + 0.114 * (*colour)[2], 1);
@@ -255,9 +255,9 @@ class TextureNetwork {
     SurfaceDescription &surface_;
     NetworkDescription &network_;
     Losses &losses_;
-    std::map<const Channel *, int> numbers_;      // of the layers so far
-    std::map<const Channel *, std::string> tops_; // the blend nodes of the topmost layers
-    int rows_ = 0;                                // of nodes in an editor
+    std::map<const TextureChannel *, int> numbers_;      // of the layers so far
+    std::map<const TextureChannel *, std::string> tops_; // the blend nodes of the topmost layers
+    int rows_ = 0;                                       // of nodes in an editor
 };
 
 } // namespace
@@ -273,7 +273,7 @@ void noteUnusedTextures(const std::vector<SurfaceTexture> &textures, const std::
     const std::string place = fmt::format("surface {}", inQuotes(surface));
     for (const SurfaceTexture &texture : textures) {
         if (!texture.isEnabled) continue;
-        const Channel *channel = channelOf(texture);
+        const TextureChannel *channel = channelOf(texture);
         if (texture.kind == SurfaceTexture::Kind::shader)
             losses.add(Loss::shader, place);
         else if (!channel || std::ranges::count(fedInputs, channel->label) == 0)
