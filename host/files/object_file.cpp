@@ -15,7 +15,7 @@ namespace velm::host {
 namespace {
 
 constexpr std::uint32_t kObject = fourCC("LWO2"), kSurface = fourCC("SURF"), kClip = fourCC("CLIP"),
-                        kStill = fourCC("STIL"), kNetwork = fourCC("NODS");
+                        kStill = fourCC("STIL"), kNetworkChunk = fourCC("NODS");
 constexpr std::size_t kChunkHeader = 8, kSubChunkHeader = 6;
 constexpr std::size_t kLargestSubChunk = 0xffff;
 
@@ -122,13 +122,13 @@ const Chunk *ObjectFile::find(const ObjectSurface &surface, std::uint32_t id) co
 
 std::optional<std::string_view> ObjectFile::network(std::size_t surface) const {
     if (networks_[surface]) return *networks_[surface];
-    const Chunk *sub = find(surfaces_[surface], kNetwork);
+    const Chunk *sub = find(surfaces_[surface], kNetworkChunk);
     if (!sub) return std::nullopt;
     return std::string_view(bytes_).substr(sub->contents.at - kSubChunkHeader, kSubChunkHeader + sub->contents.size);
 }
 
 std::size_t ObjectFile::networkOffset(std::size_t surface) const {
-    const Chunk *sub = find(surfaces_[surface], kNetwork);
+    const Chunk *sub = find(surfaces_[surface], kNetworkChunk);
     return sub ? sub->contents.at - kSubChunkHeader : 0;
 }
 
@@ -196,7 +196,7 @@ void ObjectFile::addSurface(std::string_view name, std::string_view subChunks, s
 // The contents of a surface's chunk with its network replaced.
 std::string ObjectFile::surfaceWith(const ObjectSurface &surface, const std::string &network) const {
     const std::string_view old = std::string_view(bytes_).substr(surface.chunk.at, surface.chunk.size);
-    const Chunk *sub = find(surface, kNetwork);
+    const Chunk *sub = find(surface, kNetworkChunk);
     const std::size_t from = sub ? sub->contents.at - kSubChunkHeader - surface.chunk.at : old.size();
     const std::size_t to =
         sub ? std::min(from + kSubChunkHeader + sub->contents.size + sub->contents.size % 2, old.size()) : old.size();

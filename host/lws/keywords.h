@@ -1,18 +1,16 @@
 // The lines of a scene: tables of keywords, each with the function that reads its arguments.
 #pragma once
 
+#include "host/base/angles.h"
 #include "host/lws/scene_keys.h"
 #include "host/lws/scene_lines.h"
 #include "host/lws/scene_record.h"
 
 #include <array>
-#include <numbers>
 #include <span>
 #include <string_view>
 
 namespace velm::host::lws {
-
-constexpr double kDegreesPerRadian = 180 / std::numbers::pi;
 
 // A line that is being read.
 struct Statement {

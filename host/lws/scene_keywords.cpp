@@ -17,11 +17,11 @@ bool readFramesPerSecond(Statement &statement, Scene &scene) {
 }
 
 bool readRayTraceEffects(Statement &statement, Scene &scene) {
-    constexpr int kShadows = 1, kReflections = 2;
+    constexpr int kShadowBit = 1, kReflectionBit = 2;
     const std::optional<int> bits = statement.words.integer();
     if (!bits) return false;
-    scene.tracesShadows = (*bits & kShadows) != 0;
-    scene.tracesReflections = (*bits & kReflections) != 0;
+    scene.tracesShadows = (*bits & kShadowBit) != 0;
+    scene.tracesReflections = (*bits & kReflectionBit) != 0;
     return true;
 }
 

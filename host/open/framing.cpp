@@ -1,17 +1,16 @@
 #include "host/open/framing.h"
 
+#include "host/base/angles.h"
 #include "host/render/geometry/transform.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 
 namespace velm::host {
 
 namespace {
 
-constexpr double kDegree = std::numbers::pi / 180;
 constexpr double kFieldOfView = 40; // of the picture's longer side, degrees
 
 // Heading, pitch and bank of a camera, in degrees.
@@ -48,9 +47,9 @@ struct Range {
 CameraDescription framed(const Bounds &bounds, View view, double aspect) {
     CameraDescription camera;
     camera.rotation = rotationOf(view);
-    const double longer = std::tan(kFieldOfView / 2 * kDegree);
+    const double longer = std::tan(kFieldOfView / 2 * kRadiansPerDegree);
     const double halfWidth = aspect >= 1 ? longer : longer * aspect;
-    camera.fieldOfView = 2 * std::atan(halfWidth) / kDegree;
+    camera.fieldOfView = 2 * std::atan(halfWidth) / kRadiansPerDegree;
     const double slopeX = halfWidth * (1 - 2 * kFrameMargin), slopeY = slopeX / aspect;
     const Matrix toWorld = rotationMatrix(camera.rotation);
     Range across, upwards;

@@ -1,7 +1,8 @@
 #include "host/panel/control_type.h"
 
+#include "host/base/angles.h"
+
 #include <iterator>
-#include <numbers>
 
 namespace velm::host {
 
@@ -65,7 +66,7 @@ Storage storageOfValueType(std::string_view name) {
 
 double shownFactor(Unit unit) {
     if (unit == Unit::percent) return 100;
-    return unit == Unit::degrees ? 180 / std::numbers::pi : 1;
+    return unit == Unit::degrees ? kDegreesPerRadian : 1;
 }
 
 std::string unitName(Unit unit) {

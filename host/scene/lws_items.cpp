@@ -1,13 +1,13 @@
 #include "host/scene/lws_items.h"
 
 #include "host/animation/channel.h"
+#include "host/base/angles.h"
 #include "host/base/limits.h"
 
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
 #include <limits>
-#include <numbers>
 
 namespace velm::host {
 
@@ -37,7 +37,6 @@ void setValues(ItemDescription &item, Channel channel, const lws::Value *values,
 // The horizontal field of view, in degrees.
 double fieldOfView(double zoom, double aspect) {
     constexpr double kLeastZoom = 1e-4; // a field of view near 180 degrees
-    constexpr double kDegreesPerRadian = 180 / std::numbers::pi;
     return 2 * std::atan(aspect / std::max(zoom, kLeastZoom)) * kDegreesPerRadian;
 }
 

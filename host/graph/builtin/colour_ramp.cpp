@@ -1,11 +1,11 @@
 // A gradient: a colour for each value of an input, given by up to eight keys. The shape of a key is that of the span
 // which ends at it: a straight line, a curve with the tangents of a Catmull-Rom spline, or the key before up to the
 // end. Beyond the keys the nearest one counts. Of the eight keys, the first "Keys" count; their positions ascend.
+#include "host/base/angles.h"
 #include "host/graph/builtin/definitions.h"
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace velm::host::builtin {
 
@@ -22,14 +22,12 @@ static_assert(kFirstKey + kMostKeys * kRowsOfKey < kMaxParameters);
 constexpr const char *kSourceTexts[] = {"Input", "Incidence Angle", "Slope", "Distance to Camera", "Bump", nullptr};
 constexpr const char *kShapeTexts[] = {"Linear", "Spline", "Step", nullptr};
 
-constexpr double kToDegrees = 180 / std::numbers::pi;
-
 // The slope is the angle between the ground and the polygon: 0 facing up, 90 upright, 180 facing down.
 double inputOf(const Evaluation &evaluation) {
     const ShadingSample &sample = evaluation.sample();
     switch (evaluation.choice(kSource)) {
-    case kIncidence: return std::asin(std::clamp(sample.cosine, -1.0, 1.0)) * kToDegrees;
-    case kSlope: return std::acos(std::clamp(sample.geometricNormal[1], -1.0, 1.0)) * kToDegrees;
+    case kIncidence: return std::asin(std::clamp(sample.cosine, -1.0, 1.0)) * kDegreesPerRadian;
+    case kSlope: return std::acos(std::clamp(sample.geometricNormal[1], -1.0, 1.0)) * kDegreesPerRadian;
     case kDistance: return sample.rayLength;
     case kBump: return sample.bumpHeight;
     default: return evaluation.scalar(kInput);

@@ -1,6 +1,6 @@
 #include "host/render/geometry/transform.h"
 
-#include <numbers>
+#include "host/base/angles.h"
 
 namespace velm::host {
 
@@ -31,10 +31,12 @@ Matrix Matrix::inverse() const {
 }
 
 Matrix rotationMatrix(const Double3 &headingPitchBank) {
-    constexpr double kDegree = std::numbers::pi / 180;
-    const double ch = std::cos(headingPitchBank[0] * kDegree), sh = std::sin(headingPitchBank[0] * kDegree);
-    const double cp = std::cos(headingPitchBank[1] * kDegree), sp = std::sin(headingPitchBank[1] * kDegree);
-    const double cb = std::cos(headingPitchBank[2] * kDegree), sb = std::sin(headingPitchBank[2] * kDegree);
+    const double ch = std::cos(headingPitchBank[0] * kRadiansPerDegree),
+                 sh = std::sin(headingPitchBank[0] * kRadiansPerDegree);
+    const double cp = std::cos(headingPitchBank[1] * kRadiansPerDegree),
+                 sp = std::sin(headingPitchBank[1] * kRadiansPerDegree);
+    const double cb = std::cos(headingPitchBank[2] * kRadiansPerDegree),
+                 sb = std::sin(headingPitchBank[2] * kRadiansPerDegree);
     // Heading times pitch times bank, with heading (ch 0 sh; 0 1 0; -sh 0 ch), pitch (1 0 0; 0 cp -sp; 0 sp cp) and
     // bank (cb -sb 0; sb cb 0; 0 0 1).
     return {.m = {ch * cb + sh * sp * sb, -ch * sb + sh * sp * cb, sh * cp, //

@@ -1,16 +1,14 @@
 #include "host/render/scene/lights.h"
 
+#include "host/base/angles.h"
 #include "host/base/error.h"
 #include "host/render/motion/pose.h"
 
 #include <algorithm>
 #include <limits>
-#include <numbers>
 
 namespace velm::host {
 namespace {
-
-constexpr double kDegree = std::numbers::pi / 180;
 
 // A point light has no direction, and so no target.
 Transform alone(const LightDescription &description) {
@@ -29,8 +27,8 @@ Vec3 forwardOf(const LightDescription &description, const Matrix &toWorld) {
 Light::Light(const LightDescription &description, const Transform &transform)
     : kind_(description.kind), falloff_(description.falloff), position_(transform.position),
       forward_(forwardOf(description, transform.toWorld)), colour_(description.intensity * Vec3(description.colour)),
-      range_(std::max(0.0, description.range)), cone_(std::min(description.cone, 180.0) * kDegree),
-      innerCone_(std::max(0.0, cone_ - description.edge * kDegree)), shadows_(description.shadows) {
+      range_(std::max(0.0, description.range)), cone_(std::min(description.cone, 180.0) * kRadiansPerDegree),
+      innerCone_(std::max(0.0, cone_ - description.edge * kRadiansPerDegree)), shadows_(description.shadows) {
     const auto fail = [&](const char *why) {
         throw InputError(description.location, "the light \"" + description.name + "\" " + why);
     };

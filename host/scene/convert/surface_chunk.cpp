@@ -1,12 +1,12 @@
 #include "host/scene/convert/surface_chunk.h"
 
+#include "host/base/angles.h"
 #include "host/scene/format/shortest.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <numbers>
 
 namespace velm::host {
 
@@ -29,7 +29,6 @@ constexpr NumberChunk kNumbers[] = {
 };
 constexpr const char *kColour = "Color";
 constexpr int kBothSides = 3;
-constexpr double kDegrees = 180 / std::numbers::pi;
 
 const SettingValue &valueOf(const SurfaceDescription &surface, const std::string &label,
                             const DefaultSettings &defaults) {
@@ -66,8 +65,8 @@ void describeValues(const SurfaceChunkValues &values, SurfaceDescription &surfac
     for (const NumberChunk &chunk : kNumbers)
         if (const auto &value = values.*chunk.value)
             surface.settings.push_back({chunk.label, shortest(static_cast<double>(*value), 1), {}});
-    const double angle = values.smoothingAngle.value_or(0.0F) * kDegrees;
-    surface.smoothingAngle = std::isfinite(angle) ? shortest(std::clamp(angle, 0.0, 180.0), kDegrees) : 0;
+    const double angle = values.smoothingAngle.value_or(0.0F) * kDegreesPerRadian;
+    surface.smoothingAngle = std::isfinite(angle) ? shortest(std::clamp(angle, 0.0, 180.0), kDegreesPerRadian) : 0;
     surface.doubleSided = values.sides == kBothSides;
 }
 
@@ -88,7 +87,7 @@ std::string subChunksOf(const SurfaceDescription &surface, const DefaultSettings
         subChunk("COLR", floatBytes(colour[0]) + floatBytes(colour[1]) + floatBytes(colour[2]) + noEnvelope);
     for (const NumberChunk &chunk : kNumbers)
         result += subChunk(chunk.id, floatBytes(numbersOf(valueOf(surface, chunk.label, defaults))[0]) + noEnvelope);
-    result += subChunk("SMAN", floatBytes(surface.smoothingAngle / kDegrees));
+    result += subChunk("SMAN", floatBytes(surface.smoothingAngle / kDegreesPerRadian));
     result += subChunk("SIDE", bigEndian(surface.doubleSided ? kBothSides : 1, 2));
     return result;
 }

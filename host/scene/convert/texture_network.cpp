@@ -1,5 +1,6 @@
 #include "host/scene/convert/texture_network.h"
 
+#include "host/base/angles.h"
 #include "host/base/four_cc.h"
 #include "host/base/names.h"
 #include "host/graph/surface.h"
@@ -11,7 +12,6 @@
 #include <fmt/format.h>
 #include <iterator>
 #include <map>
-#include <numbers>
 #include <utility>
 
 namespace velm::host {
@@ -73,7 +73,7 @@ SettingValue shown(const std::array<float, 3> &numbers) {
     return shortest(SettingValue(Double3{finite(numbers[0]), finite(numbers[1]), finite(numbers[2])}), 1);
 }
 
-constexpr double kPercent = 100, kDegrees = 180 / std::numbers::pi;
+constexpr double kPercent = 100;
 
 // Builds the network of one surface.
 class TextureNetwork {
@@ -164,9 +164,9 @@ class TextureNetwork {
         set(node, "Coordinates", std::string(texture.isInWorld ? "World" : "Object"));
         set(node, "Center", shown(texture.centre));
         set(node, "Size", shown(texture.size));
-        set(node, "Heading", shown(texture.rotation[0], kDegrees));
-        set(node, "Pitch", shown(texture.rotation[1], kDegrees));
-        set(node, "Bank", shown(texture.rotation[2], kDegrees));
+        set(node, "Heading", shown(texture.rotation[0], kDegreesPerRadian));
+        set(node, "Pitch", shown(texture.rotation[1], kDegreesPerRadian));
+        set(node, "Bank", shown(texture.rotation[2], kDegreesPerRadian));
         if (texture.projection == kUvProjection) set(node, "UV Map", texture.uvMap.substr(0, kLongestName));
         chosen("Wrap U", kWraps, texture.wrap[0]);
         chosen("Wrap V", kWraps, texture.wrap[1]);
