@@ -73,7 +73,7 @@ SettingValue shown(const std::array<float, 3> &numbers) {
     return shortest(SettingValue(Double3{finite(numbers[0]), finite(numbers[1]), finite(numbers[2])}), 1);
 }
 
-constexpr double kPercent = 100, kDegrees = 180 / std::numbers::pi;
+constexpr double kInPercent = 100, kInDegrees = 180 / std::numbers::pi;
 
 // Builds the network of one surface.
 class TextureNetwork {
@@ -164,9 +164,9 @@ class TextureNetwork {
         set(node, "Coordinates", std::string(texture.isInWorld ? "World" : "Object"));
         set(node, "Center", shown(texture.centre));
         set(node, "Size", shown(texture.size));
-        set(node, "Heading", shown(texture.rotation[0], kDegrees));
-        set(node, "Pitch", shown(texture.rotation[1], kDegrees));
-        set(node, "Bank", shown(texture.rotation[2], kDegrees));
+        set(node, "Heading", shown(texture.rotation[0], kInDegrees));
+        set(node, "Pitch", shown(texture.rotation[1], kInDegrees));
+        set(node, "Bank", shown(texture.rotation[2], kInDegrees));
         if (texture.projection == kUvProjection) set(node, "UV Map", texture.uvMap.substr(0, kLongestName));
         chosen("Wrap U", kWraps, texture.wrap[0]);
         chosen("Wrap V", kWraps, texture.wrap[1]);
@@ -174,7 +174,7 @@ class TextureNetwork {
         set(node, "Repeats V", shown(texture.repeats[1], 1));
         chosen("Falloff Type", kFalloffs, texture.falloffType);
         set(node, "Falloff", shown(texture.falloff));
-        set(node, "Antialiasing", shown(texture.antialiasing, kPercent));
+        set(node, "Antialiasing", shown(texture.antialiasing, kInPercent));
         isOn("Pixel Blending", texture.isBlendingPixels);
         isOn("Negative", texture.isNegative);
         return node.name;
@@ -216,14 +216,14 @@ class TextureNetwork {
             for (float &component : colour) component = 1 - component;
         set(node, fmt::format("Position {}", number), shown(key.at, 1));
         set(node, fmt::format("Color {}", number), shown(colour));
-        set(node, fmt::format("Alpha {}", number), shown(key.colour[3], kPercent));
+        set(node, fmt::format("Alpha {}", number), shown(key.colour[3], kInPercent));
         set(node, fmt::format("Shape {}", number), std::string(kShapes[static_cast<int>(key.shape)]));
     }
 
     std::string addBlend(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
         NodeDescription &node = addNode(channel, kBlend, number, channel.isColour ? "Blend Color" : "Blend Scalar");
         const std::string name = node.name;
-        set(node, "Opacity", shown(texture.opacity, kPercent));
+        set(node, "Opacity", shown(texture.opacity, kInPercent));
         set(node, "Mode", std::string(modeOf(texture.blend)));
         if (const auto top = tops_.find(&channel); top != tops_.end())
             connect(top->second, blendOutput(channel), name, "Below");
