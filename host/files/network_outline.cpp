@@ -7,17 +7,15 @@ namespace velm::host {
 
 namespace {
 
-using namespace blocks;
-
 class Outline {
   public:
     explicit Outline(std::string_view block) : reader_(kStateBinary, block, "network"), state_(*reader_.state()) {}
 
     NetworkOutline read() {
         static constexpr HostBlockId kTop[] = {blocks::kNetwork, {0, nullptr}};
-        static constexpr HostBlockId kParts[] = {kNodes, kConnections, {0, nullptr}};
+        static constexpr HostBlockId kParts[] = {blocks::kNodes, blocks::kConnections, {0, nullptr}};
         forEach(kTop, [&](unsigned int) {
-            forEach(kParts, [&](unsigned int id) { id == kNodes.id ? readNodes() : readConnections(); });
+            forEach(kParts, [&](unsigned int id) { id == blocks::kNodes.id ? readNodes() : readConnections(); });
         });
         return result_;
     }
@@ -33,8 +31,8 @@ class Outline {
 
     // The root is the first node.
     void readNodes() {
-        static constexpr HostBlockId kEach[] = {kTag, {0, nullptr}};
-        static constexpr HostBlockId kOfTag[] = {kName, {0, nullptr}};
+        static constexpr HostBlockId kEach[] = {blocks::kTag, {0, nullptr}};
+        static constexpr HostBlockId kOfTag[] = {blocks::kName, {0, nullptr}};
         bool isRoot = true;
         forEach(kEach, [&](unsigned int) {
             if (isRoot)
@@ -47,12 +45,12 @@ class Outline {
 
     // The input's node comes before the input.
     void readConnections() {
-        static constexpr HostBlockId kEach[] = {kInputNode, kInput, {0, nullptr}};
+        static constexpr HostBlockId kEach[] = {blocks::kInputNode, blocks::kInput, {0, nullptr}};
         bool isOfRoot = false;
         forEach(kEach, [&](unsigned int id) {
             const std::string text = unreadContents(state_);
-            if (id == kInputNode.id) isOfRoot = text == rootName_;
-            if (id == kInput.id && isOfRoot) result_.rootInputs.emplace_back(text.c_str());
+            if (id == blocks::kInputNode.id) isOfRoot = text == rootName_;
+            if (id == blocks::kInput.id && isOfRoot) result_.rootInputs.emplace_back(text.c_str());
         });
     }
 
