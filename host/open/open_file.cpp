@@ -180,7 +180,7 @@ void replaceLights(std::vector<LightDescription> lights, SceneDescription &scene
 
 void addLights(const OpenedFile &opened, const Bounds &bounds, SceneDescription &scene) {
     const CameraDescription camera = renderCamera(scene);
-    Lighting lighting = lightingOf(*opened.rig, bounds, camera);
+    Lighting lighting = lightingOf(*opened.rig, bounds, camera, scene.render.workflow);
     replaceLights(std::move(lighting.lights), scene);
     scene.render.ambientColour = lighting.ambientColour;
     scene.render.ambientIntensity = lighting.ambientIntensity;

@@ -45,10 +45,23 @@ struct StudioLight {
 };
 
 // The key light is at the left of the camera, the fill light at its right, and the rim light behind the object.
-constexpr double kStudioAmbient = 0.2;
-constexpr double kStudioGround = 0.6;
+struct StudioLevels {
+    double ambient, lights; // factors of ambient light and of the illuminances above
+    double ground;          // grey of its surface
 
-Lighting studio(const Bounds &bounds, const Axes &axes) {
+    // Far away, only ambient light reaches the ground: with this backdrop, no horizon shows.
+    Double3 backdrop() const { return {ground * ambient, ground * ambient, ground * ambient}; }
+};
+
+// Without the curve of the linear workflow, the same levels would show much darker shadows, ground and backdrop.
+constexpr StudioLevels kLinearStudio{.ambient = 0.2, .lights = 1, .ground = 0.6};
+constexpr StudioLevels kClassicStudio{.ambient = 0.45, .lights = 0.6, .ground = 0.85};
+
+const StudioLevels &levelsFor(Workflow workflow) {
+    return workflow == Workflow::linear ? kLinearStudio : kClassicStudio;
+}
+
+Lighting studio(const Bounds &bounds, const Axes &axes, const StudioLevels &levels) {
     const StudioLight kLights[] = {
         {.name = "Key", .place = {-1.8, 2.6, -2.4}, .size = 2, .illuminance = 0.75, .colour = {1, 0.98, 0.95}},
         {.name = "Fill", .place = {2.8, 1.2, -2.2}, .size = 3, .illuminance = 0.25, .colour = {0.92, 0.96, 1}},
@@ -64,16 +77,14 @@ Lighting studio(const Bounds &bounds, const Axes &axes) {
         light.position = stored(centre + radius * axes.along(each.place));
         light.target = stored(centre);
         light.colour = each.colour;
-        light.intensity = each.illuminance * distance * distance;
+        light.intensity = levels.lights * each.illuminance * distance * distance;
         light.width = light.height = radius * each.size;
         light.samples = 4;
         lighting.lights.push_back(light);
     }
-    lighting.ambientIntensity = kStudioAmbient;
-    lighting.groundColour = {kStudioGround, kStudioGround, kStudioGround};
-    // Far away, only ambient light reaches the ground: no horizon shows.
-    lighting.backdrop.colour = {kStudioGround * kStudioAmbient, kStudioGround * kStudioAmbient,
-                                kStudioGround * kStudioAmbient};
+    lighting.ambientIntensity = levels.ambient;
+    lighting.groundColour = {levels.ground, levels.ground, levels.ground};
+    lighting.backdrop.colour = levels.backdrop();
     return lighting;
 }
 
@@ -108,15 +119,14 @@ bool looksUpwards(const CameraDescription &camera) {
     return viewing(camera).forward().y > kSteep;
 }
 
-Lighting lightingOf(Rig rig, const Bounds &bounds, const CameraDescription &camera) {
+Lighting lightingOf(Rig rig, const Bounds &bounds, const CameraDescription &camera, Workflow workflow) {
     switch (rig) {
-    case Rig::studio: return studio(bounds, Axes(camera));
+    case Rig::studio: return studio(bounds, Axes(camera), levelsFor(workflow));
     case Rig::outdoor: return outdoor(bounds, Axes(camera));
     case Rig::none: break;
     }
     Lighting unlit;
-    unlit.backdrop.colour = {kStudioGround * kStudioAmbient, kStudioGround * kStudioAmbient,
-                             kStudioGround * kStudioAmbient};
+    unlit.backdrop.colour = levelsFor(workflow).backdrop();
     return unlit;
 }
 

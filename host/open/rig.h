@@ -23,8 +23,10 @@ struct Lighting {
 };
 
 // The lights of a rig around the bounds, which must be finite, for pictures by that camera. All lengths follow from the
-// size of the bounds. A camera that looks steeply upwards is lit from below. [any thread]
-Lighting lightingOf(Rig rig, const Bounds &bounds, const CameraDescription &camera);
+// size of the bounds. A camera that looks steeply upwards is lit from below. The studio looks alike in both workflows.
+// [any thread]
+Lighting lightingOf(Rig rig, const Bounds &bounds, const CameraDescription &camera,
+                    Workflow workflow = Workflow::linear);
 
 // Whether a camera looks upwards so steeply that a ground would be in its way.
 bool looksUpwards(const CameraDescription &camera);

@@ -42,6 +42,27 @@ TEST(Rig, LightsObjectsOfAllSizesAlike) {
     EXPECT_TRUE(illuminances(Rig::none, 1).empty());
 }
 
+// By definition of the sRGB curve, light of 0.12 is shown as 0.38, and of 1 as 1.
+TEST(Rig, LooksAlikeInBothWorkflows) {
+    const CameraDescription camera = framed(box(1), View::threeQuarter, 1.5);
+    const Lighting linear = lightingOf(Rig::studio, box(1), camera);
+    const Lighting classic = lightingOf(Rig::studio, box(1), camera, Workflow::classic);
+    EXPECT_NEAR(linear.backdrop.colour[0], 0.12, 1e-9);
+    EXPECT_NEAR(classic.backdrop.colour[0], 0.38, 0.01);
+    const auto brightest = [](const Lighting &lighting) {
+        double sum = lighting.ambientIntensity;
+        for (const LightDescription &light : lighting.lights) {
+            LightSample sample{};
+            EXPECT_TRUE(Light(light).sample(middle(1), {.x = 0.5, .y = 0.5}, sample));
+            if (light.name == "Key") sum += sample.colour.x;
+        }
+        return sum;
+    };
+    EXPECT_NEAR(brightest(linear), 0.95, 0.01);
+    EXPECT_NEAR(brightest(classic), 0.9, 0.01);
+    EXPECT_EQ(lightingOf(Rig::none, box(1), camera, Workflow::classic).backdrop.colour, classic.backdrop.colour);
+}
+
 TEST(Rig, HasItsKeyLightOnTheCamerasSide) {
     for (const View view : {View::front, View::back, View::left, View::right, View::threeQuarter}) {
         const CameraDescription camera = framed(box(1), view, 1.5);
