@@ -77,12 +77,13 @@ TEST_F(PackTest, TexturesOfAnObjectCanBecomeItsNetwork) {
     const auto picture = [&](const std::string &file, const char *name) {
         const test::Outcome rendered = velm({"render", file, "-o", directory_ / name, "--size", "16x12", "--quiet"});
         EXPECT_EQ(rendered.status, kExitDone) << rendered.err;
-        return readFilePixels(directory_ / name).values;
+        return readFilePixels(directory_ / name);
     };
     constexpr float kSinglePrecision = 1e-5F; // of the numbers that the packed nodes hold
-    const auto one = picture(packed, "packed.exr"), other = picture(object, "object.exr");
-    ASSERT_EQ(one.size(), other.size());
-    for (std::size_t i = 0; i < one.size(); ++i) ASSERT_NEAR(one[i], other[i], kSinglePrecision) << i;
+    const FilePixels one = picture(packed, "packed.exr"), other = picture(object, "object.exr");
+    ASSERT_EQ(one.values.size(), other.values.size());
+    for (std::size_t i = 0; i < one.values.size(); ++i)
+        ASSERT_NEAR(one.values[i], other.values[i], kSinglePrecision) << i;
 }
 
 // A scene whose network makes the cube's surface emit a colour. `rest` is appended to the scene's text.

@@ -29,8 +29,9 @@ import processes
 import report
 import scenes
 import seeds
+import shots
 
-KINDS = (scenes, objects, images, meshes, kills, modules, disks)
+KINDS = (scenes, shots, objects, images, meshes, kills, modules, disks)
 SAVED = seeds.ROOT / "out/attack"
 ADDRESS_SPACE = 16 << 30  # bytes that a command may map, so that the machine survives what has no limit
 SHOWN = 30  # broken bars that are printed

@@ -30,6 +30,7 @@ class Seeds:
     objects: list  # the bytes of LightWave objects, all with networks of nodes
     images: dict  # ending: list of bytes
     meshes: dict  # ending: list of bytes
+    shots: list  # the bytes of LightWave scenes, all of the object "object.lwo"
 
 
 def small(scene):
@@ -91,6 +92,27 @@ def make_meshes():
     }
 
 
+def make_shot():
+    """A LightWave scene with a hierarchy of moving items, a spot light and a camera."""
+    keys = "".join(f"Channel {channel}\n{{ Envelope\n  2\n  Key 0 0 {channel % 6} 0 0 0 0 0 0\n"
+                   f"  Key {0.5 if channel < 6 else 1} 0.4 {channel % 6} 0 0 0 0.1 0.2 0\n"
+                   f"  Behaviors {channel % 6} 1\n}}\n" for channel in range(9))
+    return ("LWSC\n5\n\nFirstFrame 0\nLastFrame 10\nFrameStep 1\nFramesPerSecond 25\n"
+            f"LoadObjectLayer 1 10000000 object.lwo\nObjectMotion\nNumChannels 9\n{keys}"
+            "UnseenByRays 1\nShadowOptions 7\nAddNullObject 10000001 Null\nParentItem 10000000\n"
+            "AmbientColor 1 1 1\nAmbientIntensity 0.1\nAddLight 20000000\nLightName Key\nLightColor 1 1 1\n"
+            "LightIntensity 0.8\nLightType 2\nLightFalloffType 3\nLightRange 2\nLightConeAngle 30\n"
+            "LightEdgeAngle 5\nParentItem 10000001\nAddCamera 30000000\nCameraName Main\nZoomFactor 3.2\n"
+            "FrameSize 320 240\nPixelAspect 1\nTargetItem 10000000\nSolidBackdrop 0\nZenithColor 0 0 0.4\n"
+            "FogType 1\nRayRecursionLimit 4\n").encode()
+
+
+def make_shots():
+    """LightWave scenes of several versions: one of ours, and the mesh library's samples."""
+    samples = [path.read_bytes() for path in bench.seed_files(MODELS, (".lws",), MOST_MESH)]
+    return [make_shot(), *(re.sub(rb"[^ \r\n]*\.lwo", b"object.lwo", sample) for sample in samples)]
+
+
 def make_object(velm, directory, number, scene):
     """A LightWave object with the networks of a scene, and the scene that it gives back."""
     (directory / f"{number}.json").write_text(json.dumps(scene))
@@ -140,4 +162,5 @@ def make(velm, directory, jobs):
     for ending in MESHES:
         meshes.setdefault(ending, []).extend(path.read_bytes() for path in model_files(ending))
     meshes[".lwo"] += objects[:2]
-    return Seeds(scenes=scenes + [scene for _, scene in packed], objects=objects, images=images, meshes=meshes)
+    return Seeds(scenes=scenes + [scene for _, scene in packed], objects=objects, images=images, meshes=meshes,
+                 shots=make_shots())
