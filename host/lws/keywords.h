@@ -52,19 +52,19 @@ bool readConstant(Statement &statement, Double3 &colour);
 
 template <class Member>
 struct TargetOf;
-template <class Target, class Type>
-struct TargetOf<Type Target::*> {
-    using Target_ = Target;
+template <class Target, class Member>
+struct TargetOf<Member Target::*> {
+    using Type = Target;
 };
 
-template <auto member, class Target = typename TargetOf<decltype(member)>::Target_>
+template <auto member, class Target = typename TargetOf<decltype(member)>::Type>
 bool number(Statement &statement, Target &target) {
     const std::optional<double> value = statement.words.number();
     if (value) target.*member = *value;
     return value.has_value();
 }
 
-template <auto member, class Target = typename TargetOf<decltype(member)>::Target_>
+template <auto member, class Target = typename TargetOf<decltype(member)>::Type>
 bool integer(Statement &statement, Target &target) {
     const std::optional<int> value = statement.words.integer();
     if (value) target.*member = *value;
@@ -72,25 +72,25 @@ bool integer(Statement &statement, Target &target) {
 }
 
 // True for any number but 0; `on` is what the member becomes then.
-template <auto member, bool on = true, class Target = typename TargetOf<decltype(member)>::Target_>
+template <auto member, bool on = true, class Target = typename TargetOf<decltype(member)>::Type>
 bool flag(Statement &statement, Target &target) {
     const std::optional<double> value = statement.words.number();
     if (value) target.*member = (*value != 0) == on;
     return value.has_value();
 }
 
-template <auto member, class Target = typename TargetOf<decltype(member)>::Target_>
+template <auto member, class Target = typename TargetOf<decltype(member)>::Type>
 bool value(Statement &statement, Target &target) {
     return readValue(statement, target.*member);
 }
 
 // Of degrees; in keys of version 3 and later of radians.
-template <auto member, class Target = typename TargetOf<decltype(member)>::Target_>
+template <auto member, class Target = typename TargetOf<decltype(member)>::Type>
 bool angle(Statement &statement, Target &target) {
     return readValue(statement, target.*member, 1, kDegreesPerRadian);
 }
 
-template <auto member, class Target = typename TargetOf<decltype(member)>::Target_>
+template <auto member, class Target = typename TargetOf<decltype(member)>::Type>
 bool constant(Statement &statement, Target &target) {
     return readConstant(statement, target.*member);
 }

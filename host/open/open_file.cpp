@@ -35,7 +35,7 @@ bool isReferredTo(const SceneDescription &scene, const std::string &name) {
 template <class T>
 std::string freeItemName(const SceneDescription &scene, const std::vector<T> &all, const std::string &wanted) {
     std::string name = freeName(all, wanted);
-    while (isReferredTo(scene, name)) name = freeName(all, name + " (added)");
+    while (isReferredTo(scene, name)) name = freeName(all, fmt::format("{} (added)", name));
     return name;
 }
 

@@ -37,7 +37,7 @@ class WorkflowTest : public testing::Test {
         std::vector<std::string> words = {"render", object_,  "-o",    file(name),  "--view", "front",     "--rig",
                                           "none",   "--size", "32x32", "--samples", "2",      "--threads", "1"};
         words.insert(words.end(), options.begin(), options.end());
-        const Outcome outcome = test::velm(words);
+        Outcome outcome = test::velm(words);
         EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
         return outcome;
     }

@@ -23,7 +23,7 @@ constexpr double kTolerance = 1e-9;
 
 std::string layer(std::size_t number, std::size_t flags, const std::vector<float> &pivot, bool hasPolygons = true) {
     using namespace test;
-    const std::string head =
+    std::string head =
         chunk("LAYR", words({number, flags}) + reals(pivot) + cString("Layer " + std::to_string(number)));
     if (!hasPolygons) return head;
     return head + pointsChunk({0, 0, 0, 1, 0, 0, 0, 1, 0}) + polygonsChunk("FACE", {{0, 1, 2}});

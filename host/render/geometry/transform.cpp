@@ -2,6 +2,8 @@
 
 #include "host/base/angles.h"
 
+#include <cstddef>
+
 namespace velm::host {
 
 double Matrix::determinant() const {
@@ -10,8 +12,8 @@ double Matrix::determinant() const {
 
 Matrix Matrix::operator*(const Matrix &other) const {
     Matrix result;
-    for (int row = 0; row < 3; ++row)
-        for (int column = 0; column < 3; ++column)
+    for (std::size_t row = 0; row < 3; ++row)
+        for (std::size_t column = 0; column < 3; ++column)
             result.m[3 * row + column] = m[3 * row] * other.m[column] + m[3 * row + 1] * other.m[3 + column] +
                                          m[3 * row + 2] * other.m[6 + column];
     return result;

@@ -198,7 +198,7 @@ class TextureNetwork {
             keys.resize(kMostKeys);
         }
         NodeDescription &node = addNode(channel, "Gradient", number, "Color Ramp");
-        const std::string name = node.name;
+        std::string name = node.name;
         set(node, "Source", texture.input == kPreviousLayer ? std::string("Input") : texture.input);
         set(node, "Keys", static_cast<double>(keys.size()));
         for (std::size_t i = 0; i < keys.size(); ++i) addKey(keys[i], i + 1, texture.isNegative, node);
@@ -222,7 +222,7 @@ class TextureNetwork {
 
     std::string addBlend(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
         NodeDescription &node = addNode(channel, kBlend, number, channel.isColour ? "Blend Color" : "Blend Scalar");
-        const std::string name = node.name;
+        std::string name = node.name;
         set(node, "Opacity", shown(texture.opacity, kPercent));
         set(node, "Mode", std::string(modeOf(texture.blend)));
         if (const auto top = tops_.find(&channel); top != tops_.end())
