@@ -1,18 +1,12 @@
 #include "host/lws/scene_losses.h"
 
-#include <fmt/format.h>
+#include <utility>
 
 namespace velm::host::lws {
 
 namespace {
 
-struct Wording {
-    Loss kind;
-    const char *brief;
-    const char *one, *many; // `many` with the count for {}
-};
-
-constexpr Wording kWordings[] = {
+constexpr LossWording<Loss> kWordings[] = {
     {.kind = Loss::unreadLine,
      .brief = "lines that could not be read",
      .one = "a line is ignored: its arguments are not those that its keyword has",
@@ -160,21 +154,10 @@ constexpr Wording kWordings[] = {
 
 } // namespace
 
-void Losses::add(Loss kind, int line) {
-    Entry &entry = entries_[static_cast<std::size_t>(kind)];
-    if (entry.count++ == 0) entry.first = line;
-}
-
 std::vector<Losses::Text> Losses::texts() const {
     std::vector<Text> texts;
-    for (const Wording &wording : kWordings) {
-        const Entry &entry = entries_[static_cast<std::size_t>(wording.kind)];
-        if (entry.count == 0) continue;
-        texts.push_back(
-            {.line = entry.first,
-             .brief = wording.brief,
-             .message = entry.count == 1 ? wording.one : fmt::format(fmt::runtime(wording.many), entry.count)});
-    }
+    for (Found &each : found(kWordings))
+        texts.push_back({.line = each.first, .brief = each.wording.brief, .message = std::move(each.text)});
     return texts;
 }
 

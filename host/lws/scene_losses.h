@@ -2,7 +2,8 @@
 // count and the first line of the file.
 #pragma once
 
-#include <array>
+#include "host/base/loss_counts.h"
+
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -50,10 +51,9 @@ enum class Loss {
     renderRange,
 };
 
-class Losses {
+// A place is a line of the file.
+class Losses : public LossCounts<Loss, static_cast<std::size_t>(Loss::renderRange) + 1, int> {
   public:
-    void add(Loss kind, int line);
-
     struct Text {
         int line = 0;        // of the first one
         std::string brief;   // "depth of field"
@@ -61,13 +61,6 @@ class Losses {
     };
     // One for each kind of which there is anything, in the order of the kinds.
     std::vector<Text> texts() const;
-
-  private:
-    struct Entry {
-        std::size_t count = 0;
-        int first = 0;
-    };
-    std::array<Entry, static_cast<std::size_t>(Loss::renderRange) + 1> entries_{};
 };
 
 } // namespace velm::host::lws

@@ -5,13 +5,7 @@
 namespace velm::host {
 namespace {
 
-struct Wording {
-    Loss kind;
-    const char *brief;
-    const char *one, *many; // `many` with the count for {}
-};
-
-constexpr Wording kWordings[] = {
+constexpr LossWording<Loss> kWordings[] = {
     {.kind = Loss::material,
      .brief = "materials",
      .one = "a material is not read",
@@ -138,24 +132,13 @@ constexpr Wording kWordings[] = {
 
 } // namespace
 
-void Losses::add(Loss kind, const std::string &place, std::size_t count) {
-    if (count == 0) return;
-    Entry &entry = entries_[static_cast<std::size_t>(kind)];
-    if (entry.count == 0) entry.first = place;
-    entry.count += count;
-}
-
 std::vector<Losses::Text> Losses::texts() const {
     std::vector<Text> texts;
-    for (const Wording &wording : kWordings) {
-        const Entry &entry = entries_[static_cast<std::size_t>(wording.kind)];
-        if (entry.count == 0) continue;
-        const std::string what = entry.count == 1 ? wording.one : fmt::format(fmt::runtime(wording.many), entry.count);
+    for (const Found &each : found(kWordings))
         texts.push_back(
-            {.kind = wording.kind,
-             .brief = wording.brief,
-             .message = fmt::format("{} ({}{})", what, entry.count == 1 ? "" : "the first: ", entry.first)});
-    }
+            {.kind = each.wording.kind,
+             .brief = each.wording.brief,
+             .message = fmt::format("{} ({}{})", each.text, each.count == 1 ? "" : "the first: ", each.first)});
     return texts;
 }
 

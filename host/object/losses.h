@@ -2,7 +2,8 @@
 // each kind, with a count and the first place.
 #pragma once
 
-#include <array>
+#include "host/base/loss_counts.h"
+
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -54,17 +55,9 @@ enum class Loss {
 // itself.
 constexpr bool isBesideMesh(Loss kind) { return kind <= Loss::animation; }
 
-class Losses {
+// A place is in the file or in the object: "polygon 3 of layer 0".
+class Losses : public LossCounts<Loss, static_cast<std::size_t>(Loss::frozenProjection) + 1, std::string> {
   public:
-    // `place` says where the thing is, in the file or in the object: "polygon 3 of layer 0".
-    void add(Loss kind, const std::string &place, std::size_t count = 1);
-    // The same for things that are many: `place` is only called for the first one of its kind.
-    template <class Place>
-    void addAt(Loss kind, const Place &place) {
-        if (Entry &entry = entries_[static_cast<std::size_t>(kind)]; entry.count++ == 0) entry.first = place();
-    }
-    std::size_t count(Loss kind) const { return entries_[static_cast<std::size_t>(kind)].count; }
-
     struct Text {
         Loss kind;
         std::string brief;   // the kind: "hidden layers"
@@ -72,13 +65,6 @@ class Losses {
     };
     // One for each kind of which there is anything, in the order of the kinds.
     std::vector<Text> texts() const;
-
-  private:
-    struct Entry {
-        std::size_t count = 0;
-        std::string first;
-    };
-    std::array<Entry, static_cast<std::size_t>(Loss::frozenProjection) + 1> entries_;
 };
 
 } // namespace velm::host

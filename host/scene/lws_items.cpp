@@ -1,8 +1,8 @@
 #include "host/scene/lws_items.h"
 
-#include "host/animation/channel.h"
 #include "host/base/angles.h"
 #include "host/base/limits.h"
+#include "host/panel/keys.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,14 +44,7 @@ double fieldOfView(double zoom, double aspect) {
 void setAngleKeys(const KeysDescription &zoom, double aspect, double framesPerSecond, CameraDescription &to) {
     constexpr double kMostKeys = 10000; // of longer animations, with a straight line between them
     HostEnvelope envelope;
-    for (const KeyDescription &key : zoom.keys) {
-        HostKey &added = envelope.putKey(key.time, key.value[0]);
-        added.shape = key.shape;
-        added.tension = key.tension;
-        added.continuity = key.continuity;
-        added.bias = key.bias;
-        added.parameters = key.parameters;
-    }
+    setKeys(zoom, envelope);
     const double first = zoom.keys.front().time, length = zoom.keys.back().time - first;
     const auto steps = static_cast<int>(std::ceil(std::clamp(length * framesPerSecond, 1.0, kMostKeys)));
     KeysDescription keys{.components = 1, .keys = {}, .before = zoom.before, .after = zoom.after};

@@ -1,6 +1,6 @@
 #include "host/render/motion/values.h"
 
-#include "host/animation/channel.h"
+#include "host/panel/keys.h"
 
 #include <algorithm>
 
@@ -58,16 +58,7 @@ Item itemAt(const Item &item, double time) {
 
 double valueOf(const KeysDescription &keys, double time) {
     HostEnvelope envelope;
-    for (const KeyDescription &each : keys.keys) {
-        HostKey &key = envelope.putKey(each.time, each.value[0]);
-        key.shape = each.shape;
-        key.tension = each.tension;
-        key.continuity = each.continuity;
-        key.bias = each.bias;
-        key.parameters = each.parameters;
-    }
-    envelope.before = keys.before;
-    envelope.after = keys.after;
+    setKeys(keys, envelope);
     return envelope.evaluate(time);
 }
 
