@@ -75,8 +75,9 @@ def messages(text, file):
 
 def render(velm, file, picture):
     """The result of one file; None for a file that velm does not read."""
-    command = [velm, "render", file, "-o", picture, "--size", f"{WIDTH}x{HEIGHT}", "--samples", "1", "--threads", "1",
-               "--quiet", "--time-limit", str(SECONDS), "--read-time", str(SECONDS), "--read-memory", str(MEBIBYTES)]
+    command = [velm, "render", file, "-o", picture, "--frames", "1", "--size", f"{WIDTH}x{HEIGHT}", "--samples", "1",
+               "--threads", "1", "--quiet", "--time-limit", str(SECONDS), "--read-time", str(SECONDS),
+               "--read-memory", str(MEBIBYTES)]
     with tempfile.TemporaryFile() as output:
         process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=output)
         # Resources include those of the processes that this one has waited for.
