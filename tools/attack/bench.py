@@ -31,7 +31,7 @@ BARS = {
     "process": "processes left",
     "undefined": "sanitizers' reports",
 }
-BARS_OF_ALL = [bar for bar in BARS if bar != "undefined"]  # that builds without sanitizers can break
+BARS_OF_ALL = [bar for bar in BARS if bar != "undefined"]  # those that apply to builds without sanitizers
 
 # For a build with sanitizers. Reports go to files, since processes that read files have no standard error of their own.
 # Freed memory is reused sooner than by default, to stay within --read-memory.
@@ -143,7 +143,7 @@ class Bench:
         return outcome
 
     def check_reports(self, outcome):
-        """No sanitizer has reported anything but a lack of memory."""
+        """Reports what sanitizers have found, except a lack of memory."""
         for path in sorted(self.reports.iterdir()):
             text = processes.text_of(path)
             path.unlink()

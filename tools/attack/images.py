@@ -51,7 +51,7 @@ def attack(frame, rng):
     before = frame.files()
     outcome = frame.run(bench.render("scene.json"), seconds=bench.RUN_TIME + PER_SCENE * bench.READ_TIME / 4)
     frame.tally.inputs += PER_SCENE
-    # A damaged image is warned of and left out. All images of a scene are in memory at once.
+    # A damaged image causes a warning and is left out. All images of a scene are in memory at once.
     frame.check(outcome, names, statuses=(0,), memory=bench.READ_MEMORY * PER_SCENE + bench.OWN_MEMORY)
     frame.check_files(outcome, before, ["picture.png"])
     for line in outcome.err.splitlines():

@@ -10,7 +10,7 @@ import modules
 
 
 def table(tallies, bars):
-    """The head of the table, a row for each kind of attack, and their sum."""
+    """The rows of the table: the header, one for each kind of attack, and the totals."""
     total = bench.Tally()
     rows = [("attack", "inputs", "runs", "status 0", *(bench.BARS[bar] for bar in bars))]
     for kind, tally in tallies.items():

@@ -7,7 +7,7 @@ KIND, WEIGHT = "shots", 12
 
 
 def attack(frame, rng):
-    """One LightWave scene: rendered, converted, or told of."""
+    """Changes one LightWave scene, and runs velm render, convert or info with it."""
     data = rng.choice(frame.seeds.shots)
     frame.write("shot.lws", mutation.mutate_text(rng, data) if rng.random() < 0.9 else mutation.mutate_bytes(rng, data))
     frame.write("object.lwo", frame.seeds.objects[0])
