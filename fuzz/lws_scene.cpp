@@ -1,10 +1,11 @@
-// Fuzzes the records of LightWave scenes.
+// Fuzzes the reader of LightWave scene files.
 #include "fuzz/require.h"
 
 #include "host/lws/scene_record.h"
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <set>
 
 using namespace velm::host;

@@ -1,4 +1,4 @@
-// Degrees, which files and people have, and radians, which functions have.
+// Conversion factors between degrees, as in files and on panels, and radians, as in functions.
 #pragma once
 
 #include <numbers>

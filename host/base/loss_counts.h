@@ -1,4 +1,4 @@
-// What a reader leaves out of a file, counted by kind, for one warning for each kind.
+// Counts what a reader leaves out of a file, so that there is one warning for each kind of thing.
 #pragma once
 
 #include <array>
@@ -9,15 +9,16 @@
 
 namespace velm::host {
 
-// How a kind is told of.
+// The texts of the warning about a kind.
 template <class Kind>
 struct LossWording {
     Kind kind;
-    const char *brief;
-    const char *one, *many; // `many` with the count for {}
+    const char *brief;      // a few words: "hidden layers"
+    const char *one, *many; // a line, for a count of 1 and for others; "{}" in `many` is replaced by the count
 };
 
-// The wording for that many: "a curve is left out", "3 curves are left out". [any thread]
+// `one` for a count of 1, else `many` with the count instead of "{}", which it must contain: "a curve is left out",
+// "3 curves are left out". [any thread]
 std::string lossText(const char *one, const char *many, std::size_t count);
 
 // `Kind` is an enumeration of `kinds` kinds; `Place` says where in the file something is.
@@ -30,7 +31,7 @@ class LossCounts {
         if (entry.count == 0) entry.first = place;
         entry.count += count;
     }
-    // The same for things that are many: `place` is only called for the first one of its kind.
+    // Adds one. `place` makes the place and is only called for the first one of its kind.
     template <class MakePlace>
     void addAt(Kind kind, const MakePlace &place) {
         if (Entry &entry = at(kind); entry.count++ == 0) entry.first = place();
@@ -44,7 +45,7 @@ class LossCounts {
         Place first;
         std::string text;
     };
-    // One for each kind of which there is anything, in the order of the wordings.
+    // An entry for each kind whose count is not 0, in the order of the wordings.
     std::vector<Found> found(std::span<const LossWording<Kind>> wordings) const {
         std::vector<Found> all;
         for (const LossWording<Kind> &wording : wordings)

@@ -1,14 +1,14 @@
-// What the numbers of colours mean.
+// How the colours of a scene relate to the values in image files.
 #pragma once
 
 namespace velm::host {
 
 enum class Workflow {
-    linear, // linear light: the sRGB curve is between these numbers and those of files of 8 and 16 bits
-    classic // display values, as in LightWave up to version 9: files of all kinds hold the same numbers
+    linear, // colours are linear light; the sRGB curve is applied to files of 8 and 16 bits
+    classic // colours are display values, as in LightWave up to version 9; no curve is applied to files
 };
 
-// As scene files, options and the headers of pictures have them, by Workflow.
+// The names in scene files, options and the headers of pictures, indexed by Workflow.
 inline constexpr const char *kWorkflowNames[] = {"linear", "classic"};
 
 } // namespace velm::host

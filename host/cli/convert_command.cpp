@@ -27,11 +27,11 @@ void declareOptions(CLI::App &command, ProgramOptions &program, ConvertOptions &
     declareCompletion(command, options);
     addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict,
-                     "Treat warnings, such as of what is not read of the file, as errors: nothing is\n"
-                     "written then");
+                     "Treat warnings, such as of parts of the file that are not read, as errors;\n"
+                     "nothing is written then");
 }
 
-// UsageError when the new scene would replace a file that it is made of or names.
+// UsageError if the new scene would replace the file that it is made from, or a file that it refers to.
 void refuseToReplaceFilesOf(const SceneDescription &scene, const std::string &output) {
     refuseToReplace(output, scene.file);
     if (!scene.surfaceFile.empty()) refuseToReplace(output, scene.surfaceFile);
@@ -42,7 +42,8 @@ void refuseToReplaceFilesOf(const SceneDescription &scene, const std::string &ou
 
 // The scene that a file in `directory` can hold.
 SceneDescription convertedScene(SceneDescription scene, const std::string &input, const std::string &directory) {
-    // Images of object files are found again without the directories of --data.
+    // An image of an object file may have been found in a directory of --data. As an image of the scene itself it is
+    // written with its path, so that the new scene does not depend on that option.
     for (ImageDescription &image : scene.images)
         if (image.notFound.empty()) image.objectFile.clear();
     std::error_code error; // for directories that do not exist

@@ -39,7 +39,7 @@ struct FileInfo {
     SceneDescription scene;             // as it was read
     std::vector<ObjectInfo> objects;
     std::vector<SurfaceInfo> surfaces;
-    std::vector<Warning> warnings; // of what the file has and the scene does not
+    std::vector<Warning> warnings; // about parts of the file that are not in the scene
     Bounds bounds;                 // of all objects; infinite the wrong way round where there are none
 };
 

@@ -35,7 +35,9 @@ SearchPath searchPath(const std::vector<std::string> &directories) {
 }
 
 void addSceneSource(CLI::App &command, SceneSource &source) {
-    command.add_option("FILE", source.scene, "A scene (JSON), an object (.lwo) or a mesh, such as .obj or .gltf")
+    command
+        .add_option("FILE", source.scene,
+                    "A scene (JSON), a LightWave scene (.lws), an object (.lwo) or a mesh, such as\n.obj or .gltf")
         ->required()
         ->type_name("");
     addData(command, source.data);

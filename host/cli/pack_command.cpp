@@ -51,8 +51,7 @@ void declareUnpack(CLI::App &command, ProgramOptions &program, UnpackOptions &op
     command.add_option("OBJECT", options.object, "The object file (.lwo)")->required()->type_name("");
     command.add_option("-o,--output", options.output, "The scene file; printed by default")->type_name("FILE");
     addData(command, options.data);
-    command.add_flag("--textures", options.textures,
-                     "Also print the nodes that stand for the surfaces' texture layers");
+    command.add_flag("--textures", options.textures, "Also print nodes that compute the surfaces' texture layers");
     addReadLimits(command, program.reading);
     command.add_flag("--strict", options.strict,
                      "Treat warnings, such as of a node whose server is missing, as errors");

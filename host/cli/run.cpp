@@ -16,6 +16,8 @@
 #include <optional>
 #include <ostream>
 
+#include <sys/resource.h>
+
 namespace velm::host {
 
 namespace {
@@ -83,21 +85,30 @@ void clearProgressBar(std::ostream &err) {
     if (progressStyle(err, false) == ProgressStyle::bar) err << kClearLine;
 }
 
-// The status of the other process where a command has failed and its messages could not be written. A module can do
-// that to the process that it is in, by limiting the size of files, but not to this one.
+// The status of the module's process when a command has failed and its messages could not be written because the module
+// has limited the size of files. The limit holds for the module's process only, so that this one can report it.
 constexpr int kMessagesLost = 100;
+
+// The size that files of this process can have, in bytes.
+rlim_t fileSizeLimit() {
+    rlimit limit{.rlim_cur = RLIM_INFINITY, .rlim_max = RLIM_INFINITY};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    return limit.rlim_cur;
+}
 
 int runCommandGuarded(const CommandLine &line, std::ostream &out, std::ostream &err) {
     if (!line.command->needsModule) return runCommand(line, out, err);
     return statusOf({.err = err, .log = line.program.log}, [&] {
         try {
             const int status = runGuarded(line.program.module, line.program.guard, [&] {
+                const rlim_t limit = fileSizeLimit();
                 const int own = runCommand(line, out, err);
-                return own == kExitDone || err.flush() ? own : kMessagesLost;
+                const bool lost = own != kExitDone && !err.flush() && fileSizeLimit() != limit;
+                return lost ? kMessagesLost : own;
             });
             if (status != kMessagesLost) return status;
-            throw ModuleError(fmt::format("{}: the command failed, and why could not be written to standard error; the "
-                                          "module may have limited the size of files",
+            throw ModuleError(fmt::format("{}: the command failed, and its messages could not be written because the "
+                                          "module has limited the size of files",
                                           line.program.module));
         } catch (...) {
             clearProgressBar(err);

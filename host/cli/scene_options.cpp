@@ -86,9 +86,10 @@ void declareCompletion(CLI::App &command, CompletionOptions &options) {
               "Lights the objects instead of the file's lights: studio, the default for files\n"
               "without lights; outdoor; or none");
     addParsed(command, "--workflow", options.workflow, parseWorkflow, "NAME",
-              "What the numbers of colours mean: linear light, to which the sRGB curve is applied\n"
-              "as 8-bit images are read and written; or classic, without a curve, as in\n"
-              "LightWave, the default for its objects");
+              "What the values of colours mean: linear (light; 8-bit and 16-bit images are\n"
+              "converted from sRGB when read, 8-bit pictures to sRGB when written), or classic\n"
+              "(display values; nothing is converted), the default for LightWave's scenes and\n"
+              "objects");
 }
 
 void withOverrides(const SceneOptions &options, const std::function<void()> &work) {

@@ -15,12 +15,12 @@
 
 namespace velm::host {
 
-// How a file becomes a whole scene.
+// What completes a file to a scene, or replaces what the file has.
 struct CompletionOptions : SceneSource {
     std::string camera;               // empty: the scene's
-    std::optional<View> view;         // from where the scene is framed
-    std::optional<Rig> rig;           // that replaces the lights
-    std::optional<Workflow> workflow; // that replaces the scene's
+    std::optional<View> view;         // the view of a camera that is added
+    std::optional<Rig> rig;           // replaces the lights
+    std::optional<Workflow> workflow; // replaces the scene's
 };
 
 struct SceneOptions : CompletionOptions {
@@ -34,8 +34,8 @@ void declareSceneOptions(CLI::App &command, SceneOptions &options);
 
 // Opens the file with the values that the options replace. InputError for the file, UsageError for the options.
 OpenedFile openCompletable(const CompletionOptions &options, std::span<const SceneOverride> overrides = {});
-// The same with the values of --set, except for settings of nodes and surfaces: see overrideSettings. UsageError for
-// these.
+// The same with the values of --set, except for settings of nodes and surfaces: see overrideSettings. UsageError for a
+// value of --set that is wrong.
 OpenedFile openScene(const SceneOptions &options);
 
 // A line that says what was added to the completed scene because the file does not bring it; empty for scenes.

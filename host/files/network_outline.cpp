@@ -3,6 +3,8 @@
 #include "host/graph/network_blocks.h"
 #include "host/state/load_state.h"
 
+#include <utility>
+
 namespace velm::host {
 
 namespace {
@@ -14,29 +16,22 @@ class Outline {
     NetworkOutline read() {
         static constexpr HostBlockId kTop[] = {blocks::kNetwork, {0, nullptr}};
         static constexpr HostBlockId kParts[] = {blocks::kNodes, blocks::kConnections, {0, nullptr}};
-        forEach(kTop, [&](unsigned int) {
-            forEach(kParts, [&](unsigned int id) { id == blocks::kNodes.id ? readNodes() : readConnections(); });
+        forEachBlock(state_, kTop, [&](unsigned int) {
+            forEachBlock(state_, kParts,
+                         [&](unsigned int id) { id == blocks::kNodes.id ? readNodes() : readConnections(); });
         });
-        return result_;
+        return std::move(result_);
     }
 
   private:
-    template <class Act>
-    void forEach(const HostBlockId *table, Act act) {
-        while (const unsigned int id = state_.findBlock(state_.data, table)) {
-            act(id);
-            state_.endBlock(state_.data);
-        }
-    }
-
     // The root is the first node.
     void readNodes() {
         static constexpr HostBlockId kEach[] = {blocks::kTag, {0, nullptr}};
         static constexpr HostBlockId kOfTag[] = {blocks::kName, {0, nullptr}};
         bool isRoot = true;
-        forEach(kEach, [&](unsigned int) {
+        forEachBlock(state_, kEach, [&](unsigned int) {
             if (isRoot)
-                forEach(kOfTag, [&](unsigned int) { rootName_ = unreadContents(state_); });
+                forEachBlock(state_, kOfTag, [&](unsigned int) { rootName_ = unreadContents(state_); });
             else
                 ++result_.nodes;
             isRoot = false;
@@ -47,7 +42,7 @@ class Outline {
     void readConnections() {
         static constexpr HostBlockId kEach[] = {blocks::kInputNode, blocks::kInput, {0, nullptr}};
         bool isOfRoot = false;
-        forEach(kEach, [&](unsigned int id) {
+        forEachBlock(state_, kEach, [&](unsigned int id) {
             const std::string text = unreadContents(state_);
             if (id == blocks::kInputNode.id) isOfRoot = text == rootName_;
             if (id == blocks::kInput.id && isOfRoot) result_.rootInputs.emplace_back(text.c_str());

@@ -1,4 +1,4 @@
-// What a network of an object file has, without loading it.
+// The contents of a network in an object file, without loading it.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,8 @@ struct NetworkOutline {
     std::vector<std::string> rootInputs; // the inputs of the root that are connected
 };
 
-// Reads a block as ObjectFile::network gives it. What is damaged counts as far as it can be read. [interface thread]
+// Reads a block as ObjectFile::network gives it. Of a damaged block, the outline has what could be read. [interface
+// thread]
 NetworkOutline outlineOf(std::string_view block);
 
 } // namespace velm::host

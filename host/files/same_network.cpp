@@ -19,8 +19,8 @@ class Facts {
     explicit Facts(std::string_view block) : reader_(kStateBinary, block, "network"), state_(*reader_.state()) {
         static constexpr HostBlockId kTop[] = {blocks::kNetwork, {0, nullptr}};
         static constexpr HostBlockId kParts[] = {kRoot, kNodes, kConnections, {0, nullptr}};
-        forEach(kTop, [&](unsigned int) {
-            forEach(kParts, [&](unsigned int id) {
+        forEachBlock(state_, kTop, [&](unsigned int) {
+            forEachBlock(state_, kParts, [&](unsigned int id) {
                 if (id == kRoot.id) readView();
                 if (id == kNodes.id) readNodes();
                 if (id == kConnections.id) readConnections();
@@ -33,14 +33,6 @@ class Facts {
     bool operator==(const Facts &other) const { return facts_ == other.facts_; }
 
   private:
-    template <class Act>
-    void forEach(const HostBlockId *table, Act act) {
-        while (const unsigned int id = state_.findBlock(state_.data, table)) {
-            act(id);
-            state_.endBlock(state_.data);
-        }
-    }
-
     // Adds a value unless it is the default, which a file may leave out: `defaultBytes`, or zeros where those are
     // empty. The default of data is no data.
     void add(const std::string &path, unsigned int id, std::string_view defaultBytes = {}) {
@@ -52,7 +44,8 @@ class Facts {
     void readView() {
         static constexpr HostBlockId kView[] = {kLocation, kZoom, kDisabled, {0, nullptr}};
         static constexpr std::string_view kZoomOne("\x3f\x80\0\0", 4);
-        forEach(kView, [&](unsigned int id) { add("view", id, id == kZoom.id ? kZoomOne : std::string_view()); });
+        forEachBlock(state_, kView,
+                     [&](unsigned int id) { add("view", id, id == kZoom.id ? kZoomOne : std::string_view()); });
     }
 
     // The display name of the server is left out: it depends on the server, not on the network.
@@ -61,11 +54,11 @@ class Facts {
         static constexpr HostBlockId kOfTag[] = {kName, kCoordinates, kMode, kData, kPreview, kComment, {0, nullptr}};
         static constexpr std::string_view kModeOne("\0\0\0\1", 4);
         int number = 0;
-        forEach(kEach, [&](unsigned int id) {
+        forEachBlock(state_, kEach, [&](unsigned int id) {
             const std::string path = "node " + std::to_string(number) + ' ';
             if (id == kServer.id) return add(path, id);
-            forEach(kOfTag,
-                    [&](unsigned int part) { add(path, part, part == kMode.id ? kModeOne : std::string_view()); });
+            forEachBlock(state_, kOfTag,
+                         [&](unsigned int part) { add(path, part, part == kMode.id ? kModeOne : std::string_view()); });
             ++number;
         });
     }
@@ -74,7 +67,7 @@ class Facts {
     void readConnections() {
         static constexpr HostBlockId kEach[] = {kInputNode, kInput, kOutputNode, kOutput, {0, nullptr}};
         std::string connection;
-        forEach(kEach, [&](unsigned int id) {
+        forEachBlock(state_, kEach, [&](unsigned int id) {
             connection += blockName(id) + unreadContents(state_);
             if (id != kOutput.id) return;
             facts_.push_back(connection);

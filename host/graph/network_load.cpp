@@ -22,15 +22,6 @@ namespace {
 
 constexpr int kLongestString = 65536; // with its terminating zero; no block is longer
 
-// Enters each block of the table's kinds in turn, calls `act` with its identifier, and leaves it.
-template <class Act>
-void forEachBlock(const HostLoadState &state, const HostBlockId *table, Act act) {
-    while (const unsigned int id = state.findBlock(state.data, table)) {
-        act(id);
-        state.endBlock(state.data);
-    }
-}
-
 } // namespace
 
 class Network::Loader {

@@ -24,8 +24,8 @@ struct SurfaceValues {
     double normal[3]; // unit length, world space: the input Normal, or else the sample's shading normal
 };
 
-// The value that one of a surface's own settings has in a new surface: three numbers for "Color", and the first of the
-// three for the others. Zeros for an unknown label. [any thread]
+// The default of one of a surface's own settings: three components for "Color"; for the others, only the first counts.
+// Zeros for an unknown label. [any thread]
 std::array<double, 3> newSurfaceValue(std::string_view label);
 
 class Surface {

@@ -14,8 +14,9 @@ struct FilePixels {
     const std::shared_ptr<void> memory = nullptr; // where the values of a file are; see readApart
     int width = 0, height = 0;
     int left = 0, top = 0; // the origin of the pixels in the coordinates of the file; 0 in most formats
-    bool isLight = false;  // float numbers are light, except in pictures of the classic workflow; others are display
-                           // values, integers mapped to 0..1
+    // Whether the values are linear light: those of float files, except pictures of the classic workflow. All others
+    // are display values; integers are mapped to 0..1.
+    bool isLight = false;
     std::vector<std::string> channels;
     int alpha = -1, grey = -1;      // the indices of alpha, and of a channel for red, green and blue alike; -1: none
     std::pmr::vector<float> values; // interleaved channels, pixel by pixel, rows from the top

@@ -16,7 +16,7 @@ struct MetadataHeader {
 // Begins the description of files whose format has room for no other metadata; the digest follows.
 inline constexpr std::string_view kDigestPrefix = "velm:scene ";
 
-// Says which pictures hold display values even where they are floats.
+// The header of the workflow: float files hold display values if it is "classic", else linear light.
 inline constexpr const char *kWorkflowHeader = "velm:workflow";
 
 inline constexpr MetadataHeader kMetadataHeaders[] = {

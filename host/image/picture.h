@@ -10,10 +10,11 @@
 
 namespace velm::host {
 
-// A picture in memory: red, green and blue, in linear light or as the workflow has it, and alpha (the fraction of the
-// pixel that shows an object), as floats; rows from the top. The colour is not multiplied by alpha: it includes the
-// backdrop. Only the pixels of the data window take memory; those outside it are black and without coverage. The memory
-// is shared with processes that are forked from this one, so that they can fill the picture in.
+// A picture in memory: red, green and blue, and alpha (the fraction of the pixel that shows an object), as floats; rows
+// from the top. Colours are linear light in the linear workflow, and display values in the classic one. They are not
+// multiplied by alpha: they include the backdrop. Only the pixels of the data window take memory; those outside it are
+// black and without coverage. The memory is shared with processes that are forked from this one, so that they can fill
+// the picture in.
 class Picture {
   public:
     static constexpr int kChannels = 4;
@@ -62,11 +63,11 @@ struct PictureMetadata {
     std::string part;    // "2/8 by tiles" of a picture that is rendered in parts; empty for a whole one
     std::string samples; // "0-3 of 16": the samples of each pixel, from the first to the last
     std::string seed;    // of the noise, as a number
-    // "classic" for a picture of display values, which the sRGB curve is not applied to; empty for linear light.
+    // "classic" for a picture of display values, to which no sRGB curve is applied; empty for linear light.
     std::string workflow;
 };
 
-// PictureMetadata::workflow of pictures that are rendered in a workflow. [any thread]
+// The value of PictureMetadata::workflow for pictures that are rendered in this workflow. [any thread]
 inline std::string workflowText(Workflow workflow) {
     return workflow == Workflow::linear ? std::string() : kWorkflowNames[static_cast<std::size_t>(workflow)];
 }

@@ -2,8 +2,6 @@
 
 namespace velm::host::lws {
 
-namespace {
-
 bool readFrameSize(Statement &statement, Camera &camera) {
     const std::optional<double> width = statement.words.number(), height = statement.words.number();
     if (!width || !height || *width < 1 || *height < 1) return false;
@@ -25,6 +23,8 @@ bool readPixelAspect(Statement &statement, Camera &camera) {
     camera.hasSquarePixels = *aspect == 1;
     return true;
 }
+
+namespace {
 
 // In versions 1 and 2: the number of a video format, or -1 for the ratio in another line.
 bool readPixelAspectCode(Statement &statement, Camera &camera) {

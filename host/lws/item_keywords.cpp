@@ -1,17 +1,14 @@
 // What items of all kinds have in common, and what objects have.
 #include "host/lws/keywords.h"
 
-#include <algorithm>
-
 namespace velm::host::lws {
 
 namespace {
 
-constexpr std::size_t kHeading = 3, kScale = 6;
-
-// The channels of rotations are in radians, but in versions 1 and 2 in degrees.
+// The factor that converts a channel to metres or degrees. Rotations are in radians, but in versions 1 and 2 in
+// degrees.
 double channelFactor(const Statement &statement, std::size_t channel) {
-    return channel >= kHeading && channel < kScale && !statement.isOld() ? kDegreesPerRadian : 1;
+    return channel >= kRotationChannel && channel < kScaleChannel && !statement.isOld() ? kDegreesPerRadian : 1;
 }
 
 // Starts a motion. In versions 1 and 2 its keys follow; later its channels, each with a line of its own.
@@ -19,7 +16,7 @@ bool readMotion(Statement &statement, Item &item) {
     if (!statement.isOld()) return true;
     std::array<double, kChannels> factors{};
     for (std::size_t i = 0; i < kChannels; ++i) factors[i] = channelFactor(statement, i);
-    readKeyList(statement.lines, statement.units, factors, item.motion);
+    readKeyList(statement.lines, statement.framesPerSecond, factors, item.motion);
     return true;
 }
 
@@ -152,7 +149,7 @@ bool readShadowOptions(Statement &statement, Object &object) {
 
 bool readExcludedLight(Statement &statement, Object &) {
     const std::optional<std::uint32_t> id = statement.words.hex();
-    // Ids far beyond those of lights stand for radiosity and caustics.
+    // Much larger ids mean radiosity and caustics.
     if (id && kindOf(*id) == ItemKind::light && *id < itemId(ItemKind::light, kMostItems))
         statement.lose(Loss::excludedLight);
     return true;

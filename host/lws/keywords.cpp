@@ -23,10 +23,10 @@ bool readValues(Statement &statement, double factor, double keyFactor, std::span
     if (!isEnvelope(statement.lines, statement.words.rest())) return readNumbers(statement, factor, values);
     if (statement.isOld()) {
         const std::array<double, 3> factors{factor, factor, factor};
-        readKeyList(statement.lines, statement.units, factors, values);
+        readKeyList(statement.lines, statement.framesPerSecond, factors, values);
         return true;
     }
-    readNumbers(statement, factor, values); // which some lines have besides
+    readNumbers(statement, factor, values); // some lines have constants besides the keys
     std::size_t read = 0;
     while (read < values.size() && readEnvelope(statement.lines, keyFactor, values[read], statement.losses)) ++read;
     return read == values.size();

@@ -16,7 +16,7 @@ namespace velm::host::lws {
 struct Statement {
     Lines &lines;
     Losses &losses;
-    KeyUnits units;
+    double framesPerSecond = 30; // of the scene, as far as it was read
     Line line;
     Words words; // after the keyword
 
@@ -39,14 +39,21 @@ std::span<const Keyword<Light>> lightKeywords();
 std::span<const Keyword<Camera>> cameraKeywords();
 std::span<const Keyword<Scene>> sceneKeywords();
 
-// Reads a number, or its keys, from the line and what follows it, times `factor`. Keys in blocks, which have radians
-// even where numbers have degrees, are taken times `keyFactor`.
+// Reads a number from the line, or its keys from the lines that follow, and multiplies it by `factor`. Keys in blocks
+// are multiplied by `keyFactor` instead: their angles are in radians, even where numbers are in degrees. Returns false
+// when there is neither a number nor a key. InputError with the line for damaged keys. These hold for the next three,
+// too.
 bool readValue(Statement &statement, Value &value, double factor = 1, double keyFactor = 1);
-// The same for a colour.
+// Reads a colour, of which each component may have keys.
 bool readColour(Statement &statement, std::array<Value, 3> &colour);
-// The same for a value that cannot have keys. Its first key counts.
+// Read a value that cannot have keys here: the value of the first key is used, and the loss is counted.
 bool readConstant(Statement &statement, double &value);
 bool readConstant(Statement &statement, Double3 &colour);
+
+// Lines that cameras have, and the scene for the cameras that use its frame size.
+bool readFrameSize(Statement &statement, Camera &camera);
+bool readMultiplier(Statement &statement, Camera &camera);
+bool readPixelAspect(Statement &statement, Camera &camera);
 
 // ---- Functions for tables ----
 
@@ -58,20 +65,13 @@ struct TargetOf<Member Target::*> {
 };
 
 template <auto member, class Target = typename TargetOf<decltype(member)>::Type>
-bool number(Statement &statement, Target &target) {
-    const std::optional<double> value = statement.words.number();
-    if (value) target.*member = *value;
-    return value.has_value();
-}
-
-template <auto member, class Target = typename TargetOf<decltype(member)>::Type>
 bool integer(Statement &statement, Target &target) {
     const std::optional<int> value = statement.words.integer();
     if (value) target.*member = *value;
     return value.has_value();
 }
 
-// True for any number but 0; `on` is what the member becomes then.
+// Sets the member to `on` for any number but 0, and to the opposite for 0.
 template <auto member, bool on = true, class Target = typename TargetOf<decltype(member)>::Type>
 bool flag(Statement &statement, Target &target) {
     const std::optional<double> value = statement.words.number();
@@ -84,7 +84,7 @@ bool value(Statement &statement, Target &target) {
     return readValue(statement, target.*member);
 }
 
-// Of degrees; in keys of version 3 and later of radians.
+// An angle in degrees. The keys of version 3 and later are in radians.
 template <auto member, class Target = typename TargetOf<decltype(member)>::Type>
 bool angle(Statement &statement, Target &target) {
     return readValue(statement, target.*member, 1, kDegreesPerRadian);
@@ -95,7 +95,7 @@ bool constant(Statement &statement, Target &target) {
     return readConstant(statement, target.*member);
 }
 
-// Something that is left out unless the number is `none`.
+// For a feature that is not supported: counts the loss unless the value is constant and equal to `none`.
 template <Loss loss, int none, class Target>
 bool leftOutUnless(Statement &statement, Target &) {
     const bool hasKeys = isEnvelope(statement.lines, statement.words.rest());
@@ -104,14 +104,14 @@ bool leftOutUnless(Statement &statement, Target &) {
     return hasKeys || value;
 }
 
-// Something that is left out wherever the line is.
+// For a feature that is not supported, and that the line itself switches on: counts the loss.
 template <Loss loss, class Target>
 bool leftOut(Statement &statement, Target &) {
     statement.lose(loss);
     return true;
 }
 
-// The name of a file that is left out.
+// For a file that is not used: counts the loss if the line names one.
 template <Loss loss, class Target>
 bool leftOutFile(Statement &statement, Target &) {
     const std::string_view name = statement.words.rest();

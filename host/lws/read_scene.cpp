@@ -1,8 +1,6 @@
 #include "host/lws/keywords.h"
 #include "host/lws/scene_links.h"
 
-#include "host/base/names.h"
-
 #include <algorithm>
 #include <fmt/format.h>
 #include <utility>
@@ -14,7 +12,7 @@ namespace {
 constexpr int kFirstVersionWithIds = 4;
 constexpr std::uint32_t kBoneShift = 16, kBoneOwnerMask = 0xffff;
 
-// Reads a line by a table, unless the table does not have its keyword.
+// Reads a line whose keyword the table has; returns whether it has it.
 template <class Target>
 bool readByTable(std::span<const Keyword<Target>> table, std::string_view keyword, Statement &statement,
                  Target &target) {
@@ -24,9 +22,10 @@ bool readByTable(std::span<const Keyword<Target>> table, std::string_view keywor
     return true;
 }
 
-// The name of an object that has none: that of its file.
+// The default name of an object: its file name without directories and extension.
 std::string nameOfFile(std::string_view path) {
-    std::string_view name = path.substr(path.find_last_of("/\\:") + 1); // from 0, where there is none of them
+    std::string_view name =
+        path.substr(path.find_last_of("/\\:") + 1); // all of it, where there is no separator: npos + 1 is 0
     const std::size_t dot = name.find_last_of('.');
     if (dot != std::string_view::npos && dot > 0) name = name.substr(0, dot);
     return std::string(name.empty() ? path : name);
@@ -44,7 +43,7 @@ class Reader {
     Scene read() {
         while (const std::optional<Line> line = lines_.next()) {
             if (line->opensBlock())
-                lines_.skipBlock(*line); // of a keyword that has no use for it
+                lines_.skipBlock(*line); // of an unknown keyword
             else if (line->closesBlock())
                 lines_.fail(line->number, "a \"}\" closes nothing");
             else
@@ -55,12 +54,13 @@ class Reader {
     }
 
   private:
-    // The items are in vectors that grow: `current_` is only valid until the next one is added.
+    // The item that is being read. The pointers lead into growing vectors: they are valid until an item of the same
+    // kind is added.
     struct Current {
         Object *object = nullptr;
         Light *light = nullptr;
         Camera *camera = nullptr;
-        Item *item = nullptr; // any of them, or a bone
+        Item *item = nullptr; // one of the three, or a bone of `object`
     };
 
     void readLine(const Line &line) {
@@ -68,7 +68,7 @@ class Reader {
         const std::string_view keyword = words.word().value_or("");
         Statement statement{.lines = lines_,
                             .losses = scene_.losses,
-                            .units = {.framesPerSecond = scene_.framesPerSecond},
+                            .framesPerSecond = scene_.framesPerSecond,
                             .line = line,
                             .words = words};
         if (keyword == "Plugin")
@@ -88,7 +88,7 @@ class Reader {
 
     bool isBone() const { return kindOf(current_.item->id) == ItemKind::bone; }
 
-    // Starts an item if that is what the line does.
+    // Starts an item if the keyword is one of those that do; returns whether it is.
     bool startItem(std::string_view keyword, const Statement &statement) {
         if (keyword == "LoadObjectLayer" || keyword == "LoadObject" || keyword == "AddNullObject")
             return startObject(keyword, statement);
@@ -114,7 +114,7 @@ class Reader {
             if (!number || *number < 1) lines_.fail(statement.line.number, "expected the number of a layer, from 1");
             layer = *number;
         }
-        Statement rest = statement;
+        Statement rest = statement; // after the number of the layer
         rest.words = words;
         Object &object = add(scene_.objects, ItemKind::object, rest, scene_.objects.size());
         if (hasId(rest, ItemKind::object)) words.hex();
@@ -171,7 +171,7 @@ class Reader {
     void readPlugin(const Statement &statement) {
         Words words = statement.words;
         const std::string_view kind = words.word().value_or("");
-        words.word(); // the place in a list
+        words.word(); // the index in a list
         const std::string_view server = words.word().value_or("");
         if (kind == "LightHandler" && current_.light)
             current_.light->kind = kindOfLight(server);
@@ -197,7 +197,7 @@ class Reader {
         return isPoint ? Light::Kind::otherPoint : Light::Kind::none;
     }
 
-    // What follows from several lines together.
+    // Completes values that depend on several lines, and checks them.
     void finish() {
         for (const Light &light : scene_.lights) {
             if (light.kind == Light::Kind::otherPoint) scene_.losses.add(Loss::lightShape, light.line);

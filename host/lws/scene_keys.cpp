@@ -25,7 +25,7 @@ KeyDescription makeKey(double time, double value) {
     return key;
 }
 
-// Whether keys that all have the same value give it at all times.
+// Whether the keys give the same value at all times.
 bool isFlat(const KeysDescription &keys) {
     if (keys.before == kBehaveReset || keys.after == kBehaveReset) return false;
     return std::ranges::all_of(keys.keys, [&keys](const KeyDescription &key) {
@@ -33,7 +33,8 @@ bool isFlat(const KeysDescription &keys) {
     });
 }
 
-// Orders keys by time; of several at the same time, the last one counts. Keys that say nothing become the constant.
+// Orders keys by time; of several at the same time, the last one in the file counts. Keys that give the same value
+// at all times become the constant.
 void settle(Value &value) {
     std::vector<KeyDescription> &keys = value.keys.keys;
     std::ranges::stable_sort(keys, {}, &KeyDescription::time);
@@ -53,7 +54,7 @@ double requireNumber(const Lines &lines, const Line &line, Words &words, const c
 
 Line requireLine(Lines &lines, const char *what) {
     const std::optional<Line> line = lines.next();
-    if (!line) lines.fail(1, fmt::format("the file ends where {} was expected", what));
+    if (!line) lines.failAtEnd(fmt::format("the file ends where {} was expected", what));
     return *line;
 }
 
@@ -118,13 +119,13 @@ struct ChannelSet {
 };
 
 // Version 1: for each key, the values of all channels, then "frame linear tension continuity bias".
-void readSharedKeys(Lines &lines, const KeyUnits &units, int channels, const ChannelSet &set) {
+void readSharedKeys(Lines &lines, double framesPerSecond, int channels, const ChannelSet &set) {
     const int keys = requireCount(lines, "the number of keys", 1, kMostKeys);
     for (int i = 0; i < keys; ++i) {
         const Line line = requireLine(lines, "a key");
         const Line timing = requireLine(lines, "the time of a key");
         Words words(timing.text);
-        KeyDescription key = makeKey(requireNumber(lines, timing, words, "a frame") / units.framesPerSecond, 0);
+        KeyDescription key = makeKey(requireNumber(lines, timing, words, "a frame") / framesPerSecond, 0);
         key.shape = words.number().value_or(0) == kOldLinear ? kShapeLinear : kShapeTcb;
         key.tension = words.number().value_or(0);
         key.continuity = words.number().value_or(0);
@@ -199,12 +200,12 @@ bool readEnvelope(Lines &lines, double factor, Value &value, Losses &losses) {
     return true;
 }
 
-void readKeyList(Lines &lines, const KeyUnits &units, std::span<const double> factors, std::span<Value> values) {
+void readKeyList(Lines &lines, double framesPerSecond, std::span<const double> factors, std::span<Value> values) {
     const int channels = requireCount(lines, "the number of channels", 1, kMostChannels);
     const ChannelSet set{.factors = factors, .values = values};
     for (Value &value : values) value.keys = {};
     if (lines.version() == 1)
-        readSharedKeys(lines, units, channels, set);
+        readSharedKeys(lines, framesPerSecond, channels, set);
     else
         readSeparateKeys(lines, channels, set);
     for (Value &value : values) settle(value);

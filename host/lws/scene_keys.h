@@ -10,21 +10,18 @@
 
 namespace velm::host::lws {
 
-// What the values of a file are multiplied by.
-struct KeyUnits {
-    double framesPerSecond = 30; // of version 1, whose keys have frames
-};
-
-// Whether the arguments of a line, or the block after it, say that its value has keys.
+// Whether the value of a line has keys: its arguments or the block after it say so.
 bool isEnvelope(const Lines &lines, std::string_view arguments);
 
-// Reads the block `{ Envelope` that follows, if there is one: its values times `factor`. A single key becomes the
-// constant. Returns false when there is no such block. InputError with the line when it is damaged.
+// Reads the block `{ Envelope` that follows, if there is one, and multiplies its values by `factor`. Keys that do not
+// change the value become the constant. Returns false when there is no such block. InputError with the line for a
+// damaged block.
 bool readEnvelope(Lines &lines, double factor, Value &value, Losses &losses);
 
-// Reads the list of a motion or a value in a file of version 1 or 2, its values times `factors`, one for each channel.
-// The file may have fewer channels than `values`, whose rest is left as it is, or more, which are skipped. InputError
-// with the line when it is damaged.
-void readKeyList(Lines &lines, const KeyUnits &units, std::span<const double> factors, std::span<Value> values);
+// Reads the keys of a motion or a value in a file of version 1 or 2, and multiplies their values by `factors`, one for
+// each of `values`. `framesPerSecond` converts the times of version 1, which are in frames. Channels that the file does
+// not have keep their constants; those that `values` does not have are skipped. InputError with the line for damaged
+// keys.
+void readKeyList(Lines &lines, double framesPerSecond, std::span<const double> factors, std::span<Value> values);
 
 } // namespace velm::host::lws

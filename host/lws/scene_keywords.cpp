@@ -1,4 +1,4 @@
-// What belongs to the scene as a whole.
+// Settings of the whole scene.
 #include "host/lws/keywords.h"
 
 #include <algorithm>
@@ -39,25 +39,12 @@ bool readAntialiasing(Statement &statement, Scene &scene) {
     return true;
 }
 
-bool readGlobalSize(Statement &statement, Scene &scene) {
-    const std::optional<double> width = statement.words.number(), height = statement.words.number();
-    if (!width || !height || *width < 1 || *height < 1) return false;
-    scene.globalCamera.width = *width;
-    scene.globalCamera.height = *height;
-    return true;
-}
+bool readGlobalSize(Statement &statement, Scene &scene) { return readFrameSize(statement, scene.globalCamera); }
 
-bool readGlobalMultiplier(Statement &statement, Scene &scene) {
-    const std::optional<double> multiplier = statement.words.number();
-    if (!multiplier || *multiplier <= 0) return false;
-    scene.globalCamera.multiplier = *multiplier;
-    return true;
-}
+bool readGlobalMultiplier(Statement &statement, Scene &scene) { return readMultiplier(statement, scene.globalCamera); }
 
 bool readGlobalPixelAspect(Statement &statement, Scene &scene) {
-    const std::optional<double> aspect = statement.words.number();
-    if (aspect) scene.globalCamera.hasSquarePixels = *aspect == 1;
-    return aspect.has_value();
+    return readPixelAspect(statement, scene.globalCamera);
 }
 
 constexpr Keyword<Scene> kSceneKeywords[] = {

@@ -54,12 +54,16 @@ std::optional<double> Words::number() {
     std::string_view after;
     std::string_view text = nextWord(after);
     if (text.starts_with('+')) text.remove_prefix(1);
-    std::optional<double> value = parsed<double>(text);
-    // A number too small for a double is out of range for the library, and 0 for us.
-    if (!value && text.find_first_not_of("0123456789.eE+-") == std::string_view::npos &&
-        text.find("e-") != std::string_view::npos)
-        value = 0;
-    if (!value || !(std::abs(*value) <= kLargest)) return std::nullopt;
+    double value = 0;
+    const char *const end = text.data() + text.size();
+    const auto [last, error] = std::from_chars(text.data(), end, value);
+    if (last != end || text.empty()) return std::nullopt;
+    // The library reports a number that is too small for a double as out of range; it counts as 0.
+    const std::size_t exponent = text.find_first_of("eE");
+    const bool isTiny = error == std::errc::result_out_of_range && exponent != std::string_view::npos &&
+                        text.substr(exponent + 1).starts_with('-');
+    if (isTiny) value = 0;
+    if ((error != std::errc() && !isTiny) || !(std::abs(value) <= kLargest)) return std::nullopt;
     rest_ = after;
     return value;
 }
@@ -92,7 +96,7 @@ Lines::Lines(std::string_view bytes, std::string file) : bytes_(bytes), file_(st
     version_ = *version;
 }
 
-// The line at that offset or the first one after it that is neither empty nor a comment. Moves `at` and `number` on.
+// The first line from that offset on that is neither empty nor a comment. Advances `at` and `number` past it.
 std::optional<Line> Lines::lineAt(std::size_t &at, int &number) const {
     while (at < bytes_.size()) {
         const std::size_t end = std::min(bytes_.find('\n', at), bytes_.size());
@@ -138,6 +142,8 @@ void Lines::skipPlugin(const Line &opening) {
         if (line->text == "EndPlugin") return;
     }
 }
+
+void Lines::failAtEnd(const std::string &what) const { fail(number_ - 1, what); }
 
 void Lines::fail(int line, const std::string &what) const { throw InputError({.file = file_, .line = line}, what); }
 

@@ -9,8 +9,8 @@
 
 namespace velm::host::lws {
 
-// The words of a line, from left to right. A word ends at a blank. Every function leaves the words as they were when
-// the next one is not what it reads.
+// The words of a line, from left to right. A word ends at a blank. A function that cannot read the next word as its
+// type returns nothing and does not advance.
 class Words {
   public:
     explicit Words(std::string_view text) : rest_(text) {}
@@ -48,17 +48,19 @@ class Lines {
 
     std::optional<Line> next(); // nothing at the end of the file
     std::optional<Line> peek() const;
-    // Skips the rest of a block whose first line has just been read, with the blocks in it. InputError when it is not
+    // Skips the rest of a block whose first line has just been read, with its nested blocks. InputError when it is not
     // closed.
     void skipBlock(const Line &opening);
-    // The next line inside a block, which was opened by that line; nothing at the block's end, which is read, too.
-    // Blocks in it are skipped. InputError when it is not closed.
+    // The next line of the block that begins with `opening`; nothing at the end of the block, after reading its "}".
+    // Nested blocks are skipped. InputError when the block is not closed.
     std::optional<Line> nextInBlock(const Line &opening);
     // Skips to the line that ends a "Plugin" whose first line has just been read. InputError when there is none.
     void skipPlugin(const Line &opening);
 
     // Throws InputError with the file and that line.
     [[noreturn]] void fail(int line, const std::string &what) const;
+    // The same with the last line that was read, for a file that ends too early.
+    [[noreturn]] void failAtEnd(const std::string &what) const;
 
   private:
     std::optional<Line> lineAt(std::size_t &at, int &number) const;

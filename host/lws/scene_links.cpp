@@ -19,7 +19,7 @@ void forEachItem(Scene &scene, const Use &use) {
     for (Item &item : scene.cameras) use(item);
 }
 
-// Follows the parents of items. An item is above another if it is its parent, or above its parent.
+// Finds cycles of parents. Every item is visited once, however many lead to it.
 class Hierarchy {
   public:
     explicit Hierarchy(Scene &scene) {
@@ -28,7 +28,7 @@ class Hierarchy {
 
     bool has(std::uint32_t id) const { return items_.contains(id); }
 
-    // Requires that nothing above the item, as far as it was not checked before, is below it.
+    // InputError if the item's parents, and theirs in turn, lead back to an item that was already passed.
     void check(const Item &item, const std::string &file) {
         ++round_;
         for (const Item *one = &item;;) {
@@ -47,7 +47,7 @@ class Hierarchy {
   private:
     struct Entry {
         const Item *item = nullptr;
-        std::size_t round = 0; // in which it was checked; 0: not yet
+        std::size_t round = 0; // of the check that visited the item; 0: none yet
     };
     std::unordered_map<std::uint32_t, Entry> items_;
     std::size_t round_ = 0;

@@ -1,5 +1,5 @@
-// What a LightWave scene has and its record does not keep, for the user to be warned of: one line for each kind, with a
-// count and the first line of the file.
+// Features of LightWave scenes that are not supported, counted for the warnings: one warning for each kind, with the
+// number of occurrences and the line of the first one.
 #pragma once
 
 #include "host/base/loss_counts.h"
@@ -11,7 +11,7 @@
 namespace velm::host::lws {
 
 enum class Loss {
-    unreadLine, // a keyword that is known, with arguments that are not
+    unreadLine, // a known keyword with arguments that could not be read
     unknownItem,
     motionModifier,
     controller, // inverse kinematics, paths, poles
@@ -33,7 +33,7 @@ enum class Loss {
     projectedImage,
     shadowColour,
     lightEffect,
-    animatedValue, // that cannot have keys here
+    animatedValue, // a value that cannot have keys here
     globalIllumination,
     caustics,
     fog,

@@ -1,6 +1,6 @@
-// A LightWave scene as its file has it: items with their ids, motions and values, before they become a scene of ours.
-// Units: metres, seconds, degrees, 1.0 for full colour, whatever the version of the file. Axes are LightWave's:
-// left-handed, +Y up, +Z forward.
+// The contents of a LightWave scene file: items with their ids, motions and values, not yet converted to a
+// SceneDescription. Units: metres, seconds, degrees, 1.0 for full colour, whatever the version of the file. Axes are
+// LightWave's: left-handed, +Y up, +Z forward.
 #pragma once
 
 #include "host/base/double3.h"
@@ -35,14 +35,15 @@ inline std::uint32_t itemId(ItemKind kind, std::uint32_t number) {
     return static_cast<std::uint32_t>(kind) << 28 | number;
 }
 
-constexpr std::size_t kChannels = 9; // of a motion: position, rotation (heading, pitch, bank), scale
+// The channels of a motion: X, Y and Z of the position; heading, pitch and bank; X, Y and Z of the scale.
+constexpr std::size_t kChannels = 9, kPositionChannel = 0, kRotationChannel = 3, kScaleChannel = 6;
 
 struct Item {
     std::uint32_t id = 0; // unique in the scene
     std::string name;     // as the file has it: other items may have the same
-    int line = 0;         // that creates the item
+    int line = 0;         // of the file, where the item begins
     std::array<Value, kChannels> motion{{{}, {}, {}, {}, {}, {}, {.constant = 1}, {.constant = 1}, {.constant = 1}}};
-    std::optional<std::uint32_t> parent, target; // ids of items of the scene. No item is above itself
+    std::optional<std::uint32_t> parent, target; // ids of items of the scene. Parents form no cycle
     bool aims = false;                           // heading and pitch point the item's +Z at the target
     std::optional<Double3> pivot;                // where the scene has one, instead of that of the object's layer
     bool active = true;
@@ -68,12 +69,12 @@ struct Light : Item {
 };
 
 struct Camera : Item {
-    Value zoom{.constant = 3.2};    // 1 / tan(half the vertical field of view)
-    double width = 0, height = 0;   // pixels, before the multiplier; 0: the scene does not say
-    double multiplier = 1;          // of the size
-    bool hasSquarePixels = true;    // or ones whose shape `usesOwnPixelRatio` leaves to another line
-    bool usesOwnPixelRatio = false; // in versions 1 and 2
-    bool usesSizeCode = false;      // in versions 1 and 2
+    Value zoom{.constant = 3.2};  // 1 / tan(half the vertical field of view)
+    double width = 0, height = 0; // pixels, before the multiplier; 0: not given
+    double multiplier = 1;        // of the size
+    bool hasSquarePixels = true;
+    bool usesOwnPixelRatio = false; // in versions 1 and 2: CustomPixelRatio gives the shape of the pixels
+    bool usesSizeCode = false;      // in versions 1 and 2: Resolution gives the number of a video format
     bool usesGlobalSize = false;
     int samples = 1; // of a pixel
 };
@@ -100,16 +101,16 @@ struct Scene {
     Losses losses;
 };
 
-// The first line of such files.
+// Whether a file that begins with `head`, of five bytes or more, is a LightWave scene. [any thread]
 bool isScene(std::string_view head);
 
 // Reads a scene of any version; those after 5 as version 5. `file` is for errors. Unknown lines and blocks are skipped.
 // InputError with the file and the line: for a head, an envelope or a list of keys that is damaged, a block that is not
-// closed, items above themselves, and more than kMostItems of them. The record takes no more than some forty times the
-// size of the file. [any thread]
+// closed, cycles of parents, and more than kMostItems items. Apart from the items, whose number is limited, the record
+// takes memory in proportion to the size of the file. [any thread]
 Scene readScene(std::string_view bytes, const std::string &file);
 
 constexpr std::size_t kMostItems = 65536;
-constexpr int kLastVersion = 5; // that is known
+constexpr int kLastVersion = 5; // the last known version
 
 } // namespace velm::host::lws

@@ -51,8 +51,7 @@ enum class Loss {
     frozenProjection,  // a front projection as it was at one time
 };
 
-// Whether a scene that names the mesh has these things itself, so that they are only missed where the file is opened by
-// itself.
+// True for things that a scene file describes itself. Their loss only matters when the mesh file is opened directly.
 constexpr bool isBesideMesh(Loss kind) { return kind <= Loss::animation; }
 
 // A place is in the file or in the object: "polygon 3 of layer 0".

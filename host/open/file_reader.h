@@ -25,7 +25,7 @@ struct ReadRequest {
     SearchPath path;                          // where to look for the files that this one names
     std::span<const SceneOverride> overrides; // see readScene
     Cameras cameras = Cameras::required;      // of scenes
-    std::vector<Warning> &warnings;           // gets what the file has and the scene does not
+    std::vector<Warning> &warnings;           // warnings of what the reader leaves out of the file are added here
 };
 
 // A kind of file.
@@ -36,10 +36,10 @@ struct FileReader {
     // Reads a scene. Throws InputError that names the file.
     SceneDescription (*read)(const ReadRequest &request);
     bool isScene = false;               // a scene with frames and a backdrop of its own
-    bool isComplete = false;            // has all that a picture needs, so that nothing has to be added
+    bool isComplete = false;            // has everything that a picture needs: nothing is added
     bool isMetric = false;              // the format says that lengths are metres
     bool isZUp = false;                 // +Z is up in the file. The object is turned
-    std::optional<Workflow> workflow{}; // that such files are made for; nothing where the file says it itself
+    std::optional<Workflow> workflow{}; // for which such files are made; none if the file itself states it
 };
 
 // All kinds. [any thread]

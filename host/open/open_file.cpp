@@ -31,7 +31,7 @@ bool isReferredTo(const SceneDescription &scene, const std::string &name) {
            std::ranges::any_of(scene.lights, refers) || std::ranges::any_of(scene.cameras, refers);
 }
 
-// The name for a new item, so that parents and targets stay what they are.
+// A name for a new item that no item has as its parent or target, so that such references keep their meaning.
 template <class T>
 std::string freeItemName(const SceneDescription &scene, const std::vector<T> &all, const std::string &wanted) {
     std::string name = freeName(all, wanted);
@@ -48,7 +48,7 @@ SceneDescription withOverrides(const SceneDescription &scene, const OpenRequest 
 
 ScenePose startPose(const SceneDescription &scene) { return poseAt(scene, startTime(scene.render)); }
 
-// The mesh of an object as ScenePose::ofMesh says.
+// The mesh of an object, made with the transform that ScenePose::ofMesh gives.
 const Mesh &meshOf(const SceneDescription &scene, const ScenePose &pose, std::size_t index, MeshCache &meshes) {
     const ObjectDescription &object = scene.objects[index];
     try {
@@ -136,14 +136,14 @@ void addCamera(SceneDescription &scene, const Bounds &bounds, View view) {
     scene.cameras.push_back(std::move(camera));
 }
 
-// The camera that renders the picture, as one by itself at the first frame.
+// The camera that renders the picture, as it is at the first frame, without a parent, a target item or keys.
 CameraDescription renderCamera(const SceneDescription &scene) {
     auto found = std::ranges::find(scene.cameras, scene.render.camera, &CameraDescription::name);
     if (found == scene.cameras.end()) found = scene.cameras.begin();
     const bool isByItself = found->parent.empty() && found->targetItem.empty() && found->channels.empty();
     if (isByItself) return *found;
     const Transform transform = startPose(scene).cameras[static_cast<std::size_t>(found - scene.cameras.begin())];
-    const Vec3 target = transform.pointToWorld({0, 0, 1});
+    const Vec3 target = transform.position + withoutScale(transform.toWorld) * Vec3{0, 0, 1};
     CameraDescription camera;
     camera.name = found->name;
     camera.location = found->location;
@@ -174,7 +174,7 @@ void replaceLights(std::vector<LightDescription> lights, SceneDescription &scene
     for (LightDescription &light : lights) {
         light.name = freeItemName(scene, scene.lights, light.name);
         light.location.file = scene.file;
-        scene.lights.push_back(light);
+        scene.lights.push_back(std::move(light));
     }
 }
 
@@ -190,7 +190,7 @@ void addLights(const OpenedFile &opened, const Bounds &bounds, SceneDescription 
     if (*opened.rig != Rig::none && !looksUpwards(camera)) addGround(scene, bounds, lighting.groundColour);
 }
 
-// What the file holds and a scene that names it would have itself; Session warns of the rest.
+// Warns of parts of the file that a scene which names it would describe itself. Session warns of all others.
 void warnOfLeftOut(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings) {
     const ScenePose pose = startPose(opened.scene);
     for (std::size_t i = 0; i < opened.scene.objects.size(); ++i)

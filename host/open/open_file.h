@@ -20,7 +20,7 @@ struct OpenRequest {
     std::span<const SceneOverride> overrides{}; // see readScene
     std::optional<View> view{};                 // a camera that frames the scene from there
     std::optional<Rig> rig{};                   // replaces the lights
-    std::optional<Workflow> workflow{};         // replaces the scene's, or that of the kind of file
+    std::optional<Workflow> workflow{};         // replaces that of the scene or of the kind of file
 };
 
 // A file as it was read, and what is still to be added to it.
@@ -29,22 +29,22 @@ struct OpenedFile {
     const FileReader *reader = nullptr; // never null
     std::optional<View> view;           // of a camera to be added
     std::optional<Rig> rig;             // that replaces the lights
-    std::vector<Warning> warnings{};    // of what the file has and the scene does not
+    std::vector<Warning> warnings{};    // of what the reader left out of the file
 };
 
-// Reads a file, but not its meshes. A scene of ours gets what the request asks for; any other file also gets what it
-// does not bring: a camera from a three-quarter view and the studio rig. InputError with the source location. [any
-// thread]
+// Reads a file, but not its meshes. A scene (JSON) gets what the request asks for. Any other file also gets a
+// camera from a three-quarter view and the studio rig if it has no camera or no lights. InputError with the source
+// location. [any thread]
 OpenedFile openFile(const OpenRequest &request);
 
-// The scene with all that is to be added: a camera for pictures of the scene's size, lights, and, unless the file is a
-// scene, a surface for polygons that have none, a ground and a backdrop. The added camera becomes the scene's. Warns of
-// what a reader left out. Meshes that are read for their bounds stay in `meshes`. InputError with the source location.
-// [interface thread]
+// The scene with all that is to be added: a camera for pictures of the scene's size, lights, a surface for polygons
+// that have none, and, unless the file is a scene, a ground and a backdrop. The added camera becomes the scene's. Warns
+// of what a reader left out. Meshes that are read for their bounds stay in `meshes`. InputError with the source
+// location. [interface thread]
 SceneDescription completeFile(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings);
 
-// What was added to the completed scene because the file does not bring it, for people: "a camera (three-quarter view),
-// lights (studio), ...". Empty for scenes of ours.
+// What was added to the completed scene because the file does not have it, as a text for users: "a camera
+// (three-quarter view), lights (studio), ...". Empty for scenes (JSON).
 std::string additionsText(const OpenedFile &opened, const SceneDescription &completed);
 
 // The bounds of all objects in world space. Meshes are taken from `meshes`, and those that it does not have are made

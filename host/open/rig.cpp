@@ -49,11 +49,12 @@ struct StudioLevels {
     double ambient, lights; // factors of ambient light and of the illuminances above
     double ground;          // grey of its surface
 
-    // Far away, only ambient light reaches the ground: with this backdrop, no horizon shows.
+    // The colour of the distant ground, which only ambient light reaches, so that no horizon is visible.
     Double3 backdrop() const { return {ground * ambient, ground * ambient, ground * ambient}; }
 };
 
-// Without the curve of the linear workflow, the same levels would show much darker shadows, ground and backdrop.
+// The classic workflow applies no curve to the picture: with the levels of the linear workflow, shadows, ground and
+// backdrop would look much darker.
 constexpr StudioLevels kLinearStudio{.ambient = 0.2, .lights = 1, .ground = 0.6};
 constexpr StudioLevels kClassicStudio{.ambient = 0.45, .lights = 0.6, .ground = 0.85};
 

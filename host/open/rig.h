@@ -23,8 +23,8 @@ struct Lighting {
 };
 
 // The lights of a rig around the bounds, which must be finite, for pictures by that camera. All lengths follow from the
-// size of the bounds. A camera that looks steeply upwards is lit from below. The studio looks alike in both workflows.
-// [any thread]
+// size of the bounds. A camera that looks steeply upwards is lit from below. The studio rig gives similar pictures in
+// both workflows. [any thread]
 Lighting lightingOf(Rig rig, const Bounds &bounds, const CameraDescription &camera,
                     Workflow workflow = Workflow::linear);
 

@@ -1,4 +1,4 @@
-// The values of keys as scenes describe them.
+// Turns the keys of a scene description into an envelope.
 #pragma once
 
 #include "host/animation/channel.h"
@@ -6,7 +6,8 @@
 
 namespace velm::host {
 
-// Gives an envelope without keys those of one component, and their behaviours. [any thread]
+// Copies the keys of one component, and the behaviours before and after them, to an envelope that has no keys.
+// [any thread]
 void setKeys(const KeysDescription &keys, HostEnvelope &envelope);
 
 } // namespace velm::host

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kComponents = 3;
 constexpr double kUnlimited = std::numeric_limits<double>::infinity();
 
-// Sets a component of an item's value, or its keys. Values outside of the range become its ends.
+// Sets a component of an item's value, or its keys, clamped to the range.
 void setValue(ItemDescription &item, Channel channel, int component, const lws::Value &value, double &member,
               double least = -kUnlimited, double most = kUnlimited) {
     if (!value.isAnimated()) {
@@ -40,18 +40,18 @@ double fieldOfView(double zoom, double aspect) {
     return 2 * std::atan(aspect / std::max(zoom, kLeastZoom)) * kDegreesPerRadian;
 }
 
-// Keys of the field of view at each frame of the zoom's keys, so that it is exact there.
-void setAngleKeys(const KeysDescription &zoom, double aspect, double framesPerSecond, CameraDescription &to) {
-    constexpr double kMostKeys = 10000; // of longer animations, with a straight line between them
+// Sets a key of the field of view for each frame of the zoom's keys, so that it is exact there.
+void setAngleKeys(const KeysDescription &zoom, const ZoomSampling &sampling, CameraDescription &to) {
     HostEnvelope envelope;
     setKeys(zoom, envelope);
     const double first = zoom.keys.front().time, length = zoom.keys.back().time - first;
-    const auto steps = static_cast<int>(std::ceil(std::clamp(length * framesPerSecond, 1.0, kMostKeys)));
+    const double frames = length * sampling.framesPerSecond;
+    const auto steps = static_cast<int>(std::ceil(std::clamp(frames, 1.0, static_cast<double>(sampling.mostSteps))));
     KeysDescription keys{.components = 1, .keys = {}, .before = zoom.before, .after = zoom.after};
     for (int i = 0; i <= steps; ++i) {
         KeyDescription &key = keys.keys.emplace_back();
         key.time = first + length * i / steps;
-        key.value[0] = fieldOfView(envelope.evaluate(key.time), aspect);
+        key.value[0] = fieldOfView(envelope.evaluate(key.time), sampling.aspect);
         key.shape = kShapeLinear;
     }
     to.channels.push_back({.channel = Channel::fieldOfView, .component = 0, .keys = std::move(keys)});
@@ -89,7 +89,7 @@ bool hasShadows(const lws::Light &light, const lws::Scene &scene) {
 } // namespace
 
 void LwsNames::add(const lws::Item &item, const std::string &wanted) {
-    // What names in our scenes cannot have: arrows, which are for connections, and blanks at their ends.
+    // Names in scene descriptions have no arrows, which are for connections, and no blanks at their ends.
     std::string name = wanted;
     if (name.find("->") != std::string::npos) std::erase(name, '>');
     name.erase(name.find_last_not_of(' ') + 1);
@@ -106,9 +106,10 @@ void convertPlace(const lws::Item &from, const LwsNames &names, const std::strin
     if (from.parent) to.parent = names[*from.parent];
     to.hasTarget = from.aims && from.target;
     if (to.hasTarget) to.targetItem = names[*from.target];
-    setValues(to, Channel::position, &from.motion[0], to.position);
-    if (!to.hasTarget) setValues(to, Channel::rotation, &from.motion[3], to.rotation);
-    if (lws::kindOf(from.id) != lws::ItemKind::camera) setValues(to, Channel::scale, &from.motion[6], to.scale);
+    setValues(to, Channel::position, &from.motion[lws::kPositionChannel], to.position);
+    if (!to.hasTarget) setValues(to, Channel::rotation, &from.motion[lws::kRotationChannel], to.rotation);
+    if (lws::kindOf(from.id) != lws::ItemKind::camera)
+        setValues(to, Channel::scale, &from.motion[lws::kScaleChannel], to.scale);
     if (from.pivot) to.pivot = *from.pivot;
 }
 
@@ -140,11 +141,11 @@ void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescript
     setValue(to, Channel::edge, 0, from.edge, to.edge, 0);
 }
 
-void convertZoom(const lws::Camera &from, double aspect, double framesPerSecond, CameraDescription &to) {
+void convertZoom(const lws::Camera &from, const ZoomSampling &sampling, CameraDescription &to) {
     if (from.zoom.isAnimated())
-        setAngleKeys(from.zoom.keys, aspect, framesPerSecond, to);
+        setAngleKeys(from.zoom.keys, sampling, to);
     else
-        to.fieldOfView = fieldOfView(from.zoom.constant, aspect);
+        to.fieldOfView = fieldOfView(from.zoom.constant, sampling.aspect);
 }
 
 } // namespace velm::host

@@ -1,4 +1,4 @@
-// Items of LightWave scenes as items of ours.
+// Converts items of LightWave scenes to item descriptions.
 #pragma once
 
 #include "host/lws/scene_record.h"
@@ -22,12 +22,17 @@ class LwsNames {
     std::unordered_map<std::string, int> next_; // by wanted name: the number to try next
 };
 
-// Each fills in the item; `file` is for its location. Values are brought into the ranges that the format has.
+// Each sets members of `to`; `file` is for its location. Values are clamped to the ranges of the scene format.
 void convertPlace(const lws::Item &from, const LwsNames &names, const std::string &file, ItemDescription &to);
 void convertDissolve(const lws::Object &from, ObjectDescription &to);
 void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescription &to);
-// `aspect` is the width of the picture divided by its height. `framesPerSecond` is the rate at which keys of the zoom,
-// which the field of view does not follow in proportion, become keys of the field of view.
-void convertZoom(const lws::Camera &from, double aspect, double framesPerSecond, CameraDescription &to);
+
+// How zoom factors become fields of view. The two are not proportional, so the zoom's keys are sampled.
+struct ZoomSampling {
+    double aspect = 1;           // the width of the picture divided by its height
+    double framesPerSecond = 30; // the rate of the samples
+    int mostSteps = 0;           // between samples; a longer animation is sampled at a lower rate. At least 1
+};
+void convertZoom(const lws::Camera &from, const ZoomSampling &sampling, CameraDescription &to);
 
 } // namespace velm::host

@@ -15,6 +15,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <map>
+#include <unordered_map>
+#include <utility>
 
 namespace velm::host {
 
@@ -41,7 +43,7 @@ class ObjectLayers {
 
   private:
     ObjectFinder finder_;
-    std::map<std::string, File> files_; // by name in the scene
+    std::map<std::string, File> files_; // by the name in the scene
 };
 
 class Converter {
@@ -144,10 +146,10 @@ class Converter {
         const bool isDrawn = layer ? layer->hasPolygons : std::ranges::any_of(file.layers, [](const LayerSummary &one) {
             return one.hasPolygons && !one.isHidden;
         });
-        // An empty layer, or an object that a constant scale makes flat, only moves its children.
-        const bool isFlat = std::any_of(from.motion.begin() + 6, from.motion.end(), [](const lws::Value &scale) {
-            return !scale.isAnimated() && scale.constant == 0;
-        });
+        // An empty layer, and an object that a constant scale makes flat, become nulls: they only move their children.
+        const bool isFlat =
+            std::any_of(from.motion.begin() + lws::kScaleChannel, from.motion.end(),
+                        [](const lws::Value &scale) { return !scale.isAnimated() && scale.constant == 0; });
         ItemDescription &item = isDrawn && !isFlat ? static_cast<ItemDescription &>(scene_.objects.emplace_back())
                                                    : scene_.nulls.emplace_back();
         convertPlace(from, names_, file_, item);
@@ -172,7 +174,7 @@ class Converter {
                                      numbers.empty() ? "none" : fmt::format("{}", fmt::join(numbers, ", "))));
     }
 
-    // Bones that other items refer to, be it through further bones. They deform nothing.
+    // Converts bones to nulls if other items refer to them, directly or through further bones.
     void convertBones() {
         std::unordered_map<std::uint32_t, const lws::Item *> bones;
         for (const lws::Item &bone : from_.bones) bones.emplace(bone.id, &bone);
@@ -195,16 +197,23 @@ class Converter {
     }
 
     void addLight(const lws::Light &from) {
-        if (from.kind == lws::Light::Kind::none) return addNull(from); // others may be attached to it
+        if (from.kind == lws::Light::Kind::none) return addNull(from); // other items may refer to it
         LightDescription &light = scene_.lights.emplace_back();
         convertPlace(from, names_, file_, light);
         convertLight(from, from_, light);
     }
 
     void addCamera(const lws::Camera &from) {
+        constexpr int kMostZoomSteps = 10000,
+                      kMostZoomStepsOfAll = 1000000; // bounds the memory of scenes with many cameras
         CameraDescription &camera = scene_.cameras.emplace_back();
         convertPlace(from, names_, file_, camera);
-        convertZoom(from, double(scene_.render.width) / scene_.render.height, from_.framesPerSecond, camera);
+        convertZoom(
+            from,
+            {.aspect = double(scene_.render.width) / scene_.render.height,
+             .framesPerSecond = from_.framesPerSecond,
+             .mostSteps = std::min(kMostZoomSteps, kMostZoomStepsOfAll / static_cast<int>(from_.cameras.size()))},
+            camera);
     }
 
     const lws::Scene &from_;

@@ -1,4 +1,4 @@
-// LightWave's scene files as scenes of ours.
+// Converts LightWave scene files to scene descriptions.
 #pragma once
 
 #include "host/base/warnings.h"
@@ -10,10 +10,10 @@
 
 namespace velm::host {
 
-// Reads a LightWave scene with the surfaces of its objects. The objects are looked for as ObjectFinder does, their
-// images along the path. Names that several items have get numbers. What the scene has and this host does not goes to
-// `warnings`, a line for each kind. A scene may be without objects, lights or cameras. InputError with the file and the
-// line: for a scene that is damaged, an object that is not found or damaged, and a layer that an object does not have.
+// Reads a LightWave scene and the surfaces of its objects. ObjectFinder finds the objects; their images are searched
+// for along the path. Names that several items have get numbers. `warnings` receives one warning for each kind of
+// feature that is not supported. The scene may have no objects, lights or cameras. InputError with the file and the
+// line for a damaged scene, an object that is damaged or not found, and a layer that an object does not have.
 SceneDescription readLwsScene(const std::string &file, const SearchPath &path, std::vector<Warning> &warnings);
 
 } // namespace velm::host

@@ -64,7 +64,8 @@ std::optional<fs::path> aboveScenes(fs::path path) {
     return std::nullopt;
 }
 
-// The directory that has the directories "Objects", "Scenes" and so on of a project. As short as the scene's own.
+// The directory of a project, which has the directories "Objects", "Scenes" and so on; else the scene's own. Relative
+// if the scene's path is relative and names it.
 fs::path contentDirectory(const fs::path &sceneDirectory) {
     if (const auto found = aboveScenes(sceneDirectory.lexically_normal())) return *found;
     std::error_code error;
@@ -120,7 +121,7 @@ const ObjectFinder::Names &ObjectFinder::namesIn(const std::string &directory) {
     for (fs::directory_iterator it(directory, error), end; !error && it != end; it.increment(error)) {
         const std::string name = it->path().filename().string();
         std::string &known = entry->second[lowerCase(name)];
-        if (known.empty() || name < known) known = name; // the same one each time, whatever the directory's order
+        if (known.empty() || name < known) known = name; // independent of the order of the directory
     }
     return entry->second;
 }

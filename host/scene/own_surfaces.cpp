@@ -86,9 +86,9 @@ class ObjectFiles {
         return std::move(found.surfaces);
     }
 
-    // Adds an image unless the scene has its file under its name, plain or numbered; gives the name in the scene. An
-    // image of that name that the scene itself describes replaces the object's. One of another object does not: the new
-    // one gets a number.
+    // Adds an image and returns its name in the scene. An image that the scene has already, under its name or a
+    // numbered one, is not added again. An image of the same name in the scene file replaces the object's. If another
+    // object has a different image of that name, the new one gets a number.
     std::string addImage(ImageDescription image) {
         const ImageDescription *first = findImage(image.name);
         std::string name = image.name;
@@ -108,7 +108,7 @@ class ObjectFiles {
         return found == scene_.images.end() ? nullptr : &*found;
     }
 
-    // In the networks that stand for textures; the others refer to images by their files, too.
+    // Renames an image in the networks of texture layers. Saved networks refer to images by their files.
     static void renameImage(const std::string &from, const std::string &to, std::vector<SurfaceDescription> &surfaces) {
         for (SurfaceDescription &surface : surfaces)
             for (NodeDescription &node : surface.network.nodes)

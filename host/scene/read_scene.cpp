@@ -35,7 +35,7 @@ void checkNames(const SceneDescription &scene) {
     for (const ObjectDescription &object : scene.objects)
         for (const SurfaceUse &use : object.surfaces)
             requireNamed(scene.surfaces, use.surface, "surface", use.location);
-    ItemTree{scene}; // throws for parents and targets that there are not
+    ItemTree{scene}; // throws if a parent or target is not an item, or if they lead in a circle
 }
 
 } // namespace

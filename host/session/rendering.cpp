@@ -2,6 +2,7 @@
 
 #include "host/base/names.h"
 #include "host/graph/node.h"
+#include "host/render/motion/pose.h"
 #include "host/services/time.h"
 
 #include <fmt/format.h>
@@ -46,7 +47,7 @@ Rendering::~Rendering() { session_.surfaces().cleanup(); }
 
 void Rendering::setFrame(int frame) {
     frame_ = frame;
-    time_ = frame / session_.scene().render.framesPerSecond;
+    time_ = timeOfFrame(session_.scene().render, frame);
     session_.setTime(time_);
     setTime(frame_, time_);
     session_.surfaces().newTime(frame_, time_);

@@ -9,8 +9,8 @@ namespace velm::host {
 // The scene's own render settings, for its first frame.
 RenderJob renderJob(const Session &session);
 
-// Surfaces are initialised for rendering as long as it lives, and cleaned up at its end. The session does not change
-// meanwhile, but for its time. [between frames]
+// Surfaces are initialised for rendering as long as it lives, and cleaned up at its end. Meanwhile,
+// the session must not be changed, except by setFrame. [between frames]
 class Rendering {
   public:
     // `mode` as nodes get it: kInitRender or kInitPreview. InputError when a node refuses.
@@ -19,9 +19,9 @@ class Rendering {
     Rendering(const Rendering &) = delete;
     Rendering &operator=(const Rendering &) = delete;
 
-    // Moves the scene's items to where they are in `frame`, and makes it the current one for nodes and services; frame
-    // n shows the time n / frames per second, so that a key at 0 shows in frame 0. To be called before the first
-    // render. InputError as Session::setTime.
+    // Makes `frame` the current one: moves the scene's items to its time, and sets the frame and time for nodes and
+    // services. Frame n shows the time n / frames per second, so that a key at 0 shows in frame 0. To be called before
+    // the first render. InputError as Session::setTime.
     void setFrame(int frame);
 
     // The order in which the current frame is rendered for a job. The first frame decides for all. May render a small

@@ -15,7 +15,7 @@ namespace velm::host {
 
 namespace {
 
-// What was left out of the meshes, or is drawn otherwise.
+// Warns of what was left out of the mesh files, or is drawn differently.
 void warnOfMeshes(const RenderSceneData &scene, Warnings &warnings) {
     for (const RenderObject &object : scene.objects) {
         const auto *file = std::get_if<MeshFile>(&object.shape);
@@ -27,7 +27,7 @@ void warnOfMeshes(const RenderSceneData &scene, Warnings &warnings) {
     }
 }
 
-// Objects are drawn whole until they are fully dissolved.
+// Warns of partly dissolved objects: an object is drawn as if it were not dissolved until it is fully dissolved.
 void warnOfDissolve(const SceneDescription &scene, double time, Warnings &warnings) {
     for (const ObjectDescription &object : scene.objects) {
         const double dissolve = valuesAt(object, time).dissolve;
@@ -39,7 +39,7 @@ void warnOfDissolve(const SceneDescription &scene, double time, Warnings &warnin
     }
 }
 
-// What was left out of the surfaces of object files.
+// Warns of what was left out of the surfaces of object files.
 void warnOfSurfaces(const SceneDescription &scene, Warnings &warnings) {
     for (const ReadingNote &note : scene.notes)
         warnings.add({.location = {.file = note.file}, .path = "", .brief = note.brief, .message = note.message});
@@ -135,7 +135,7 @@ void Session::disconnect(const NodePath &to, const std::string &input) {
 
 SceneWork Session::apply(SceneDescription changed) {
     if (changed.render.workflow != scene_.render.workflow)
-        throw InputError("the workflow of an open scene cannot be changed, since its images are read for it");
+        throw InputError("the workflow of an open scene cannot be changed, since its images have been read for it");
     const auto surfaceOf = [this](const std::string &name) { return surfaces_.surface(name); };
     const SceneWork update = renderScene_.update(changed, surfaceOf);
     try {

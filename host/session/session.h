@@ -67,8 +67,8 @@ class Session {
     // ---- Changing the scene. Meshes are read and the ray structure is built again only where `geometry` changes. ----
 
     // Changes the cameras, lights, backdrop, render settings, objects, or the smoothing and sides of surfaces: `change`
-    // gets a copy of the description to edit. Networks and settings of surfaces, images, the workflow, and the
-    // set of surfaces stay as they are: change networks and settings as above. InputError leaves the session unchanged.
+    // gets a copy of the description to edit. Networks and settings of surfaces, images, the workflow, and the set
+    // of surfaces stay as they are: change networks and settings as above. InputError leaves the session unchanged.
     // Gives what was rebuilt.
     template <class Change>
     SceneWork change(Change change) {
@@ -77,8 +77,8 @@ class Session {
         return apply(std::move(changed));
     }
 
-    // Moves the items to a time in seconds. InputError where that is impossible, as for a camera that is at its target;
-    // the items stay where they are then.
+    // Moves the items to a time in seconds. Throws InputError where that is impossible, for example because a camera
+    // would be at its target; then the items stay where they are.
     void setTime(double time);
 
     // ---- Writing it back ----

@@ -56,4 +56,14 @@ bool isOfReader(const HostLoadState &state);
 // block's contents.
 std::string unreadContents(const HostLoadState &state);
 
+// Enters each block of the table's kinds in turn, calls `act` with its identifier, and leaves it. The table ends with
+// an identifier of 0.
+template <class Act>
+void forEachBlock(const HostLoadState &state, const HostBlockId *table, const Act &act) {
+    while (const unsigned int id = state.findBlock(state.data, table)) {
+        act(id);
+        state.endBlock(state.data);
+    }
+}
+
 } // namespace velm::host

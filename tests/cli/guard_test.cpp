@@ -212,6 +212,14 @@ TEST(MeddlingModule, IsNamedWhenItLimitsTheSizeOfFiles) {
     }
 }
 
+// The module has not caused this, and is not blamed for it.
+TEST(Program, KeepsItsStatusWhenItsMessagesCannotBeWritten) {
+    const WorkDirectory directory;
+    const test::Outcome outcome = runProgram(directory, {"render", directory / "none.json"},
+                                             [] { dup2(open("/dev/full", O_WRONLY), STDERR_FILENO); });
+    EXPECT_EQ(outcome.status, kExitInput);
+}
+
 // Without a descriptor of its own, a stream would write into the first file that is opened.
 TEST(Program, WritesNoMessagesIntoFilesWhenItsStreamsAreClosed) {
     const WorkDirectory directory;

@@ -24,7 +24,7 @@ class LwsCommand : public testing::Test {
                            "--samples", "1", "--quiet"});
     }
     float red(const std::string &picture, int x, int y) const { return readFilePixels(file(picture)).pixel(x, y)[0]; }
-    std::string file(const std::string &name) const { return (directory_ / name); }
+    std::string file(const std::string &name) const { return directory_ / name; }
 
     test::TemporaryDirectory directory_;
 };

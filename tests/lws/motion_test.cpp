@@ -132,7 +132,7 @@ TEST(LwsMotion, DamageIsAnErrorWithItsLine) {
     EXPECT_EQ(errorOf(1, "LoadObject a\nObjectMotion (unnamed)\nnine\n"),
               "a.lws:5: the keys are damaged: expected the number of channels, 1 to 64");
     EXPECT_EQ(errorOf(2, "LoadObject a\nObjectMotion (unnamed)\n9\n3\n0 0 2 0 0 0\n"),
-              "a.lws:1: the file ends where a key was expected");
+              "a.lws:7: the file ends where a key was expected");
 }
 
 TEST(LwsMotion, ModifiersOfChannelsAreLost) {

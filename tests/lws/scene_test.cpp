@@ -71,6 +71,16 @@ TEST(LwsScene, LinesThatCannotBeReadAreIgnored) {
                                                         "their keywords have"});
 }
 
+TEST(LwsScene, NumbersTooSmallForADoubleAreZero) {
+    for (const char *tiny : {"1e-400", "-1.5E-400"})
+        EXPECT_EQ(readLws(5, "AmbientIntensity " + std::string(tiny) + "\n").ambientIntensity, 0) << tiny;
+    for (const char *damaged : {"1e-", "e-5", "1e-5-", "1e400", "+"}) {
+        const lws::Scene scene = readLws(5, "AmbientIntensity " + std::string(damaged) + "\n");
+        EXPECT_EQ(scene.ambientIntensity, 0.25) << damaged;
+        EXPECT_EQ(scene.losses.count(lws::Loss::unreadLine), 1U) << damaged;
+    }
+}
+
 TEST(LwsScene, TheFormMustBeWhole) {
     const auto errorOfFile = [](const std::string &text) {
         try {

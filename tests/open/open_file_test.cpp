@@ -147,6 +147,14 @@ TEST_F(OpenFile, ReframesAndRelightsASceneThatAsksForIt) {
     EXPECT_TRUE(completed({.file = file, .rig = Rig::none}).lights.empty());
 }
 
+TEST_F(OpenFile, RelightsASceneWhoseCameraHasAParentOfNoSize) {
+    const std::string file = directory_.write("scene.json", R"({
+        "cameras": {"Main": {"position": [0, 0, -9], "parent": "Arm"}},
+        "nulls": {"Arm": {"scale": {"keys": [{"time": 0, "value": [0, 0, 0]}]}}},
+        "objects": {"Box": {"box": {}, "surface": "Clay"}}, "surfaces": {"Clay": {}}})");
+    EXPECT_EQ(completed({.file = file, .rig = Rig::studio}).lights.size(), 3U);
+}
+
 TEST_F(OpenFile, ASceneWithoutCamerasNeedsAView) {
     const std::string file = directory_.write("scene.json", R"({"objects": {"Box": {"box": {}, "surface": "Clay"}},
         "surfaces": {"Clay": {}}})");

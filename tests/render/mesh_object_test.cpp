@@ -132,7 +132,7 @@ TEST_F(ObjectMeshTest, OneLayerCanBeDrawnByItself) {
     const auto layer = [this](int number) { return readMesh(directory / "a.lwo", {}, number); };
     EXPECT_EQ(layer(0).polygonCount, 2U);
     EXPECT_EQ(layer(3).polygonCount, 1U) << "although it is hidden";
-    EXPECT_TRUE(layer(0).warnings.empty()) << "of layers that nobody asked for";
+    EXPECT_TRUE(layer(0).warnings.empty()) << "nothing about the hidden layer";
     EXPECT_EQ(errorOf([&] { layer(1); }), (directory / "a.lwo") + ": the object has no layer 1");
     writeText(directory / "a.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
     EXPECT_EQ(errorOf([&] { readMesh(directory / "a.obj", {}, 0); }),

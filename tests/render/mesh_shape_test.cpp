@@ -80,7 +80,8 @@ TEST(Shapes, SphereIsRoundClosedAndFacesOutwards) {
     EXPECT_EQ(shapeMesh(SphereShape{.segments = 3}, Transform()).polygonCount, 3u * 2);
 }
 
-// A mesh that is made and then moved is the one that is made in its place, but for rounding.
+// A mesh that is made in object coordinates and then placed equals, except for rounding, one that is made in world
+// space.
 TEST(Shapes, CanBeMovedAfterwards) {
     const TransformDescription stretched = {.position = {4, 5, 6}, .rotation = {-70, 5, 12}, .scale = {3, 0.5, -2}};
     for (const TransformDescription &place : {TransformDescription{}, kTurned, kMirrored, stretched}) {

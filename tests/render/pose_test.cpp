@@ -1,4 +1,4 @@
-// Where items are at a time: against matrices that are known.
+// Transforms of items at a time, compared with known positions and rotations.
 #include "host/base/error.h"
 #include "host/render/motion/pose.h"
 #include "host/render/motion/values.h"
@@ -23,7 +23,7 @@ void addKeys(ItemDescription &item, Channel channel, int component, const KeysDe
     item.channels.push_back({.channel = channel, .component = component, .keys = keys});
 }
 
-// A scene of nulls, with one object "Ball" to measure: where its points are in the world.
+// A scene with one object "Ball", to which tests add nulls. at() gives the world position of a point of the ball.
 struct Rig {
     Rig() {
         scene.objects.emplace_back().name = "Ball";
@@ -55,7 +55,8 @@ TEST(Pose, TurnsByBankThenPitchThenHeading) {
     expectNear(rig.at({0, 0, 1}), {sh * cp, -sp, ch * cp}, kTolerance, "forward");
 }
 
-// Heading 45 turns to the right, pitch looks down: from the upper left behind, the light shines at the origin.
+// A ball above, behind and to the left of the origin: a heading of 45 degrees to the right and a positive pitch, which
+// looks down, turn its +Z to the origin.
 TEST(Pose, LooksDownWithPositivePitch) {
     Rig rig;
     rig.ball().position = {-2, 2, -2};
@@ -82,7 +83,7 @@ TEST(Pose, ThePivotIsAtThePosition) {
     expectNear(rig.at({2, 2, 3}), {-4, 5, 4}, kTolerance);
 }
 
-// world = parent * T(position) * R * S * T(-pivot): a child's position is a point of its parent's own coordinates.
+// world = parent * T(position) * R * S * T(-pivot): a child's position is in its parent's coordinates.
 TEST(Pose, ChildrenMoveWithTheirParents) {
     Rig rig;
     NullDescription &arm = rig.null("Arm");

@@ -56,7 +56,7 @@ TEST(Shading, PointLightFallsOffWithTheSquare) {
     }
 }
 
-TEST(Shading, FalloffGoesByTheRange) {
+TEST(Shading, FalloffDependsOnTheRange) {
     using Falloff = LightDescription::Falloff;
     constexpr double kRange = 3;
     for (const Kind kind : {Kind::point, Kind::spot, Kind::area}) {
@@ -80,7 +80,8 @@ TEST(Shading, FalloffGoesByTheRange) {
     }
 }
 
-// A spot light one metre in front of the wall, turned away from its middle by an angle.
+// The middle of the wall is lit by a spot light one metre in front of it. The axis of the light is turned by `angle`
+// degrees from the direction to the middle, which therefore lies at this angle in the cone.
 TEST(Shading, SpotLightsShineInACone) {
     constexpr double kCone = 30, kEdge = 10;
     for (const double angle : {0.0, 19.0, 22.0, 25.0, 28.0, 31.0, 170.0}) {
@@ -109,7 +110,7 @@ TEST(Shading, SpotLightsMayHaveAHardEdge) {
     }
 }
 
-// The scale changes the size of the light, and so how soft its shadows are, but not how much of it arrives.
+// An area light whose width is scaled by 3 gives the same light as one that is three times as wide.
 TEST(Shading, ScaleEnlargesAreaLights) {
     const auto lit = [](const Double3 &scale, double width) {
         TestScene scene = wall({{"Diffuse", 1}});

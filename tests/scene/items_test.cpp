@@ -1,4 +1,4 @@
-// Items with keys, parents and targets: how they are read, and that writing keeps them.
+// Reading and writing items with keys, parents and targets.
 #include "host/scene/format/item_tree.h"
 #include "host/scene/format/write_scene.h"
 #include "module/host.h"
@@ -68,7 +68,7 @@ TEST(Items, AreWrittenAsTheyWere) {
     const auto json = nlohmann::json::parse(written);
     EXPECT_TRUE(json["nulls"]["Arm"]["rotation"].is_object()) << "keys that the components share";
     EXPECT_TRUE(json["cameras"]["Main"]["position"].is_array());
-    EXPECT_TRUE(json["lights"]["Fill"].contains("rotation")) << "which tells that there is no target";
+    EXPECT_TRUE(json["lights"]["Fill"].contains("rotation")) << "which says that there is no target";
 }
 
 // Keys of components that differ in more than their values are written for each component.

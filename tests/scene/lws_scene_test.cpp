@@ -1,7 +1,8 @@
-// LightWave scenes as scenes of ours.
+// LightWave scenes, converted to scene descriptions.
 #include "host/scene/lws_scene.h"
 
 #include "host/scene/format/write_scene.h"
+#include "host/scene/lws_items.h"
 #include "host/scene/read_scene.h"
 
 #include "module/host.h"
@@ -149,6 +150,21 @@ TEST_F(LwsSceneTest, TheZoomBecomesTheFieldOfView) {
         EXPECT_NEAR(keys.keys[i].time, time, kTolerance);
         EXPECT_NEAR(keys.keys[i].value[0], degrees(1 + time), kTolerance);
     }
+}
+
+TEST(LwsZoom, LongAnimationsAreSampledAtALowerRate) {
+    lws::Camera camera;
+    for (const double time : {0.0, 100.0}) {
+        KeyDescription &key = camera.zoom.keys.keys.emplace_back();
+        key.time = time;
+        key.value[0] = 1 + time;
+    }
+    CameraDescription converted;
+    convertZoom(camera, {.aspect = 1, .framesPerSecond = 30, .mostSteps = 4}, converted);
+    const KeysDescription &keys = converted.channels.at(0).keys;
+    ASSERT_EQ(keys.keys.size(), 5u);
+    EXPECT_EQ(keys.keys[1].time, 25);
+    EXPECT_EQ(keys.keys[4].time, 100);
 }
 
 TEST_F(LwsSceneTest, LightsKeepTheirKindsAndRanges) {

@@ -4,8 +4,6 @@
 #include "host/base/error.h"
 #include "host/scene/read_scene.h"
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 namespace velm::host::test {

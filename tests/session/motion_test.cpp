@@ -32,7 +32,7 @@ const char *const kMoving = R"({
                 "Floor": {"plane": {"width": 8, "depth": 8}, "surface": "Clay"}},
     "surfaces": {"Clay": {}}})";
 
-// The scene without keys that shows what the other one shows at that time.
+// The scene without keys whose items have the values of the keys at that time.
 SceneDescription frozen(SceneDescription scene, double time) {
     const auto freeze = [time](auto &items) {
         for (auto &item : items) item = valuesAt(item, time);
@@ -52,7 +52,7 @@ std::vector<float> pixelsOf(const Picture &picture) {
     return pixels;
 }
 
-// The pictures of frames of a session that is opened for them.
+// The pictures of frames that a new session renders one after the other.
 std::vector<std::vector<float>> framesOf(const SceneDescription &scene, const std::vector<int> &frames,
                                          int threads = 1) {
     Warnings warnings(Warnings::Policy::strict);

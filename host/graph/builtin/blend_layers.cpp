@@ -2,8 +2,8 @@
 // and "Coverage", the modes are those of LightWave's texture layers:
 //   Normal b + o (t - b), Additive b + o t, Subtractive b - o t, Difference |b - o t|,
 //   Multiply b (1 + o (t - 1)), Divide b / (1 + o (t - 1)), with a divisor of at least 1/256.
-// Nothing is clamped. LightWave's formulas are not published; these follow from the names, and agree with the usual
-// ones at an opacity of 100 %.
+// Nothing is clamped. LightWave's formulas are not published; these follow from the names of the modes, and are the
+// usual ones at an opacity of 100 %.
 #include "host/graph/builtin/definitions.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
-// A gradient: a colour for each value of an input, given by up to eight keys. The shape of a key is that of the span
-// which ends at it: a straight line, a curve with the tangents of a Catmull-Rom spline, or the key before up to the
-// end. Beyond the keys the nearest one counts. Of the eight keys, the first "Keys" count; their positions ascend.
+// A gradient: a colour for each value of an input, interpolated between up to eight keys. The setting "Keys" is the
+// number of keys that are used; their positions have to ascend. The shape of a key applies to the span that ends at it:
+// Linear, Spline (a cubic with Catmull-Rom tangents), or Step (the value of the key before). Before the first key and
+// after the last one, the gradient is constant.
 #include "host/base/angles.h"
 #include "host/graph/builtin/definitions.h"
 
@@ -36,7 +37,7 @@ double inputOf(const Evaluation &evaluation) {
 
 constexpr int rowOf(int key, int part) { return kFirstKey + key * kRowsOfKey + part; }
 
-// Where the input is between the keys: each key that counts, and its weight in the result.
+// The result as a weighted sum of keys.
 struct Mix {
     std::array<int, 4> keys{};
     std::array<double, 4> weights{};
@@ -105,7 +106,6 @@ void give(const Evaluation &evaluation, int output) {
     output == kAlphaOut ? evaluation.set(alpha) : evaluation.set(colour);
 }
 
-// The rows of the first two keys make a ramp from black to white; the others are white.
 struct KeyLabels {
     const char *position, *colour, *alpha, *shape;
 };
@@ -116,6 +116,7 @@ constexpr KeyLabels kLabels[kMostKeys] = {
     {"Position 7", "Color 7", "Alpha 7", "Shape 7"}, {"Position 8", "Color 8", "Alpha 8", "Shape 8"},
 };
 
+// Key 1 is black by default, and all others are white.
 constexpr std::array<Parameter, kMaxParameters> rampRows() {
     std::array<Parameter, kMaxParameters> rows{};
     rows[kSource] = {.label = "Source", .kind = Kind::choice, .texts = kSourceTexts};

@@ -1,16 +1,16 @@
 // An image of the scene, projected onto the surface as LightWave projects the images of its texture layers.
 //
-// A position in metres, in the object's space or the world's, is moved by "Center" and turned back by heading, pitch
-// and bank, which gives a position q in the texture's own axes. The projection makes coordinates of it: u across the
-// image and v up it, from 0 to 1. "Size" is that of the image along the axes:
+// The texture has axes of its own: those of the object or the world, rotated by heading, pitch and bank, with the
+// origin at "Center". The projection maps a position q in these axes, in metres, to coordinates of the image: u to the
+// right and v upwards, each from 0 to 1. "Size" is the size of the image along the axes:
 // - Planar, along the axis: the other two components of q, divided by the size. q = 0 is the middle of the image.
 // - Cylindrical: u goes once around the axis, and v along it. For the axis Y, the middle of the image faces -Z.
 // - Spherical: u goes once around the axis, and v from its negative end to its positive end.
 // - Cubic: planar, along that axis to which the polygon's normal is closest.
 // - Front: through the camera. - UV: by the coordinates of a UV map.
-// LightWave's documentation tells the axes and not the signs. Here u runs so that an image around an axis is not
-// mirrored when it is seen from outside. UV maps that LightWave's modeller makes around an axis have the same
-// directions of u and v, but begin a quarter of a turn further.
+// LightWave's documentation gives the axes but not the signs. Here u increases in the direction in which an image
+// around an axis is not mirrored when it is seen from outside. UV maps that LightWave's modeller makes around an axis
+// have the same directions of u and v, but begin a quarter of a turn further.
 #include "host/graph/builtin/definitions.h"
 
 #include <algorithm>
@@ -60,7 +60,7 @@ using Vector = std::array<double, 3>;
 // A point of the image: u across and v up.
 struct Spot {
     double u = 0, v = 0;
-    double width = 0; // of the sample's footprint, in widths of the image; 0 where it is not known
+    double width = 0; // of the sample's footprint, as a fraction of the image's width; 0 where it is not known
     bool isOnMap = true;
 };
 
@@ -96,8 +96,8 @@ class Projection {
         }
     }
 
-    // What is left of the opacity at the sample. A linear falloff is on the positive side of the axis, or on the
-    // negative side where its number is negative.
+    // The factor of the opacity at the sample, 0 to 1. A linear falloff acts on the positive side of its axis, or on
+    // the negative side if its value is negative.
     double falloff() const {
         const Vector falloff = evaluation_.triple(kFalloff);
         if (falloff == Vector{}) return 1;
@@ -182,7 +182,7 @@ class Projection {
     Vector q_{}; // the position in the texture's axes
 };
 
-// Brings a coordinate onto the image; false where it is beyond it.
+// Wraps a coordinate to 0..1; false where the image does not cover it, or where it is not finite.
 bool wrap(double &coordinate, int mode) {
     if (!std::isfinite(coordinate)) return false;
     switch (mode) {

@@ -36,8 +36,8 @@ struct UvMap {
 struct MeshWarning {
     std::string brief;   // a few words, equal for equal causes: "hidden layers"
     std::string message; // a line
-    // What the file holds besides the mesh, such as materials. A scene that names the file has these itself; they are
-    // only missed where the file is opened by itself.
+    // Whether this is about something that a scene which names the file describes itself, such as materials. Then it
+    // only matters where the mesh file is opened instead of a scene.
     bool isBesideMesh = false;
 };
 
@@ -86,9 +86,9 @@ struct Mesh {
 // right-handed with +Y up and are mirrored in Z.
 // Polygons with any number of corners become triangles; those without an area are dropped. Lines, points and materials
 // that no polygon has are left out. Throws InputError with the file's name for a file that is missing, broken, without
-// polygons or of another format, and if reading it exceeds a limit. Of an object with layers, all visible ones are
-// read, or only the one with that number, which may be hidden; InputError if the file has no such layer. [interface
-// thread]
+// polygons or of another format, and if reading it exceeds a limit. `layer` selects one layer of a LightWave object by
+// its number in the file, even if it is hidden; otherwise all visible layers are read. InputError if the file has no
+// such layer. [interface thread]
 Mesh readMesh(const std::string &file, const Transform &transform, std::optional<int> layer = {});
 
 // The names of all files that readMesh opens, the mesh file itself first; the others are such as a file of materials.
@@ -109,8 +109,8 @@ inline Mesh shapeMesh(const MeshFile &shape, const Transform &transform) {
 // The mesh of any shape: each alternative of ShapeDescription has its overload of shapeMesh.
 Mesh makeMesh(const ShapeDescription &shape, const Transform &transform);
 
-// A copy of a mesh that is in an object's own coordinates, transformed to world space. Has the normals that the file or
-// shape gave, and none that smoothNormals computed. [any thread]
+// A copy of a mesh in object coordinates, transformed to world space together with the normals that the file or shape
+// gave. The mesh must not have normals from smoothNormals; these are computed for the copy. [any thread]
 Mesh placedMesh(const Mesh &mesh, const Transform &transform);
 
 // Computes the normals of a mesh that has none of its own, or computes them again for other angles. The normal of a

@@ -48,7 +48,7 @@ std::vector<std::string> filesReadWithAssimp(const std::string &file, const Mesh
 // The same of LightWave's objects: their visible layers. Points that the file has more than once are not joined, since
 // normals are only smoothed across common points. What is left out is in the mesh's warnings.
 Mesh readObjectMesh(const std::string &file, const MeshFormat &format, const Transform &transform);
-Mesh readObjectLayer(const std::string &file, const Transform &transform, int layer); // only that one, even if hidden
+Mesh readObjectLayer(const std::string &file, const Transform &transform, int layer); // one layer, even if it is hidden
 std::vector<std::string> filesOfObjectMesh(const std::string &file, const MeshFormat &format);
 
 } // namespace velm::host

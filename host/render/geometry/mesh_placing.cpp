@@ -1,4 +1,4 @@
-// Meshes that are moved as a whole.
+// Transforms meshes from object coordinates to world space.
 #include "host/render/geometry/mesh.h"
 
 #include <cassert>
@@ -7,7 +7,7 @@
 namespace velm::host {
 
 Mesh placedMesh(const Mesh &mesh, const Transform &transform) {
-    assert(mesh.smoothingAngles.empty() && "normals are computed of the placed mesh");
+    assert(mesh.smoothingAngles.empty() && "smooth the placed mesh instead");
     Mesh placed(mesh);
     placed.padPoints();
     for (HostPoint &point : placed.points) {

@@ -46,20 +46,26 @@ Matrix rotationMatrix(const Double3 &headingPitchBank) {
                   -sh * cb + ch * sp * sb, sh * sb + ch * sp * cb, ch * cp}};
 }
 
+namespace {
+
+Matrix fromColumns(const Vec3 &right, const Vec3 &up, const Vec3 &forward) {
+    return {.m = {right.x, up.x, forward.x, right.y, up.y, forward.y, right.z, up.z, forward.z}};
+}
+
+} // namespace
+
 Matrix lookAlong(const Vec3 &direction) {
     const Vec3 forward = normalised(direction);
     const Vec3 level = cross({0, 1, 0}, forward); // in left-handed axes: up, forward -> right
     const Vec3 right = normalised(level, {1, 0, 0});
-    const Vec3 up = cross(forward, right);
-    return {.m = {right.x, up.x, forward.x, right.y, up.y, forward.y, right.z, up.z, forward.z}};
+    return fromColumns(right, cross(forward, right), forward);
 }
 
 Matrix withoutScale(const Matrix &matrix) {
     const Vec3 forward = normalised(matrix * Vec3{0, 0, 1});
     const Vec3 upwards = matrix * Vec3{0, 1, 0};
     const Vec3 up = normalised(upwards - dot(upwards, forward) * forward, {0, 1, 0});
-    const Vec3 right = cross(up, forward);
-    return {.m = {right.x, up.x, forward.x, right.y, up.y, forward.y, right.z, up.z, forward.z}};
+    return fromColumns(cross(up, forward), up, forward);
 }
 
 Transform::Transform(const TransformDescription &description)

@@ -34,7 +34,8 @@ Matrix rotationMatrix(const Double3 &headingPitchBank);
 // turns to -Z or +Z.
 Matrix lookAlong(const Vec3 &direction);
 
-// The rotation in a matrix: +Z stays where the matrix turns it, +Y as close to that as a rotation can bring it.
+// The rotation of a matrix: maps +Z to the direction to which the matrix maps it, and +Y as close as a rotation can to
+// the direction to which the matrix maps +Y.
 Matrix withoutScale(const Matrix &matrix);
 
 struct Transform {
@@ -42,13 +43,14 @@ struct Transform {
     Vec3 position; // of the origin of the object's coordinates
 
     Transform() = default;
-    // The pivot to the origin, then scale, rotation and translation. A scale of 0 makes matrices that are not finite;
-    // callers check for it.
+    // Moves the pivot to the origin, then scales, rotates and translates. A scale of 0 makes matrices that are not
+    // finite; callers check for it.
     explicit Transform(const TransformDescription &description);
     // The same with a rotation matrix instead of the description's rotation.
     Transform(const TransformDescription &description, const Matrix &rotation);
 
-    // First the other transform, then this one: of an item that is attached to the one that this transform belongs to.
+    // Applies `other` first, then this transform: if this is the world transform of a parent and `other` is that of a
+    // child relative to it, the product is the world transform of the child.
     Transform operator*(const Transform &other) const;
     bool operator==(const Transform &) const = default;
 

@@ -9,7 +9,7 @@
 namespace velm::host {
 namespace {
 
-// The rotation that turns an item's +Z to a target. Both points are in the parent's coordinates.
+// The rotation that turns an item's +Z to a target, which is in the parent's coordinates.
 Matrix rotationTo(const Vec3 &target, const ItemDescription &item, const char *kind) {
     const Vec3 position(item.position);
     if (target == position)
@@ -51,7 +51,7 @@ class Poser {
         return parent == ItemTree::kNone ? nullptr : &worlds_[parent];
     }
 
-    // The position of an item, and so its pivot, in the world.
+    // The position of an item, which is where its pivot is, in world space.
     Vec3 positionOf(std::size_t number) const {
         const Vec3 position(places_[number].position);
         const Transform *parent = parentOf(number);
@@ -65,7 +65,7 @@ class Poser {
         const Vec3 target = entry.target == ItemTree::kNone ? Vec3(place.target) : positionOf(entry.target);
         const Transform *parent = parentOf(number);
         if (!parent) return rotationTo(target, place, entry.kind);
-        if (!parent->isInvertible()) return {}; // shrunk to nothing, the item has no directions
+        if (!parent->isInvertible()) return {}; // the parent has a scale of 0, so there is no direction to the target
         return rotationTo(parent->pointToObject(target), place, entry.kind);
     }
 

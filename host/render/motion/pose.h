@@ -1,4 +1,4 @@
-// Where the items of a scene are at one time.
+// The transforms of all items of a scene at one time.
 #pragma once
 
 #include "host/render/geometry/transform.h"
@@ -9,13 +9,14 @@
 
 namespace velm::host {
 
-// Transforms from each item's coordinates to the world's, by index in the scene's lists. A transform cannot be inverted
-// where a scale is 0.
+// Transforms from each item's coordinates to world space, by index in the scene's lists. A transform with a scale of 0
+// cannot be inverted.
 struct ScenePose {
     std::vector<Transform> objects, lights, cameras;
-    std::vector<bool> movingObjects; // those whose transform depends on keys, be it those of a parent or a target
+    std::vector<bool> movingObjects; // whether keys change its transform: its own, or those of a parent or target
 
-    // The transform that the mesh of an object is made with: objects that move are made in their own coordinates.
+    // The transform with which the mesh of an object is made. For an object that moves, this is the identity: its mesh
+    // is made in object coordinates, and placedMesh transforms it for each frame.
     const Transform &ofMesh(std::size_t object) const {
         static const Transform none;
         return movingObjects[object] ? none : objects[object];
@@ -26,19 +27,23 @@ struct ScenePose {
 //
 //   world = parent's world * T(position) * R(heading, pitch, bank) * S(scale) * T(-pivot)
 //
-// so that a position is a point of the parent's own coordinates. An item with a target turns its +Z to the target's
-// pivot, with +Y as upright in the parent's coordinates as it can. InputError, with the item's location, for parents
-// and targets that ItemTree refuses, and for an item that is at its target. [any thread]
+// A position is thus in the coordinates of the parent. An item with a target turns its +Z to the target's pivot, and
+// its +Y as close as possible to the parent's +Y. InputError, with the item's location, for parents and targets that
+// ItemTree refuses, and for an item that is at its target. [any thread]
 ScenePose poseAt(const SceneDescription &scene, double time);
 
-// The transform of an item by itself: without its parent, its keys, and a target that is an item. InputError as above;
-// `kind` is "light" and so on.
+// The transform of an item without regard to its parent, its keys and its target item. A target point counts.
+// InputError for an item that is at its target point; `kind` is "light" and so on, for the message.
 Transform transformOf(const ItemDescription &item, const char *kind);
 
-// Whether the item's transform to the world is a rotation and a translation, and nothing else.
+// Whether the item's transform to world space is known to be only a rotation and a translation: it has no scale of its
+// own, and no parent that may have one.
 inline bool isRigid(const ItemDescription &item) { return item.parent.empty() && item.scale == Double3{1, 1, 1}; }
 
-// The time of the first frame, in seconds: frame n shows the time n / frames per second.
-inline double startTime(const RenderDescription &render) { return render.firstFrame / render.framesPerSecond; }
+// The time that a frame shows, in seconds.
+inline double timeOfFrame(const RenderDescription &render, int frame) { return frame / render.framesPerSecond; }
+
+// The time of the first frame.
+inline double startTime(const RenderDescription &render) { return timeOfFrame(render, render.firstFrame); }
 
 } // namespace velm::host

@@ -7,8 +7,8 @@
 namespace velm::host {
 namespace {
 
-// The member that a channel belongs to; null for one that items of the kind do not have. The member of a vector is its
-// first component.
+// The member whose values a channel replaces, or its first component if it is a vector. Null for a channel that items
+// of this kind do not have.
 double *memberOf(ItemDescription &item, Channel channel) {
     switch (channel) {
     case Channel::position: return item.position.data();
@@ -23,10 +23,6 @@ double *memberOf(ItemDescription &item, Channel channel) {
 double *memberOf(ObjectDescription &object, Channel channel) {
     if (channel == Channel::dissolve) return &object.dissolve;
     return memberOf(static_cast<ItemDescription &>(object), channel);
-}
-
-double *memberOf(NullDescription &item, Channel channel) {
-    return memberOf(static_cast<ItemDescription &>(item), channel);
 }
 
 double *memberOf(LightDescription &light, Channel channel) {

@@ -5,7 +5,7 @@
 
 namespace velm::host {
 
-// The value of keys of one component at a time in seconds.
+// The value of one component's keys at a time in seconds.
 double valueOf(const KeysDescription &keys, double time);
 
 // A copy of an item whose members have the values of that time; it has no channels. [any thread]
@@ -14,13 +14,14 @@ NullDescription valuesAt(const NullDescription &item, double time);
 LightDescription valuesAt(const LightDescription &light, double time);
 CameraDescription valuesAt(const CameraDescription &camera, double time);
 
-// The part that all items have in common.
+// The same for the members that all kinds of items have.
 ItemDescription placeAt(const ItemDescription &item, double time);
 
-// Whether keys change where the item is relative to its parent and its target.
+// Whether the item has keys of its own that change its transform: not those of a light's colour, nor those of a
+// rotation that a target replaces.
 bool hasMotion(const ItemDescription &item);
 
-// Whether anything in the scene has keys; settings of nodes do not count.
+// Whether any item of the scene has keys. Settings of nodes do not count.
 bool hasKeys(const SceneDescription &scene);
 
 } // namespace velm::host

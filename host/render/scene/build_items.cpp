@@ -80,7 +80,7 @@ class ItemBuilder {
         return mesh;
     }
 
-    // `former` is the same object before, if it has the same shape; else null.
+    // `former` is the object in the scene before the update if it had the same shape, else null.
     RenderObject newObject(HostItem *item, std::size_t index, const RenderObject *former) {
         const Transform &transform = pose_.objects[index];
         std::shared_ptr<const Mesh> model;

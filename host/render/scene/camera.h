@@ -26,11 +26,11 @@ inline FilmSize filmSize(int pictureWidth, int pictureHeight) {
 // A pinhole camera with square pixels, prepared for pictures of one size.
 class Camera {
   public:
-    // Throws InputError for a field of view that is not between 0 and 180 degrees. `transform` is to the world; only
-    // its rotation matters, not its scale.
+    // `transform` is the camera's world transform, of which the scale is ignored. Throws InputError for a field of view
+    // that is not between 0 and 180 degrees.
     Camera(const CameraDescription &description, const Transform &transform, int width, int height);
-    // A camera without a parent, keys, and a target that is an item. Throws InputError for a target at its own
-    // position.
+    // The same with the transform from transformOf: for a camera without a parent, keys or a target item. Throws
+    // InputError also for a target at the camera's own position.
     Camera(const CameraDescription &description, int width, int height);
 
     // The ray through a point of the picture, in pixels from its upper left corner: the middle of pixel (0, 0) is at

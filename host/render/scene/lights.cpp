@@ -11,7 +11,7 @@ namespace velm::host {
 namespace {
 
 // A point light has no direction, and so no target.
-Transform alone(const LightDescription &description) {
+Transform ownTransform(const LightDescription &description) {
     return description.kind == LightDescription::Kind::point ? Transform(description)
                                                              : transformOf(description, "light");
 }
@@ -40,20 +40,20 @@ Light::Light(const LightDescription &description, const Transform &transform)
     samples_ = description.samples;
 }
 
-Light::Light(const LightDescription &description) : Light(description, alone(description)) {}
+Light::Light(const LightDescription &description) : Light(description, ownTransform(description)) {}
 
-// What is left of an amount of light at a distance, given its square.
-double Light::fallenOff(double amount, double distance2) const {
+// `amount` times the falloff at a distance, which is given together with its square.
+double Light::fallenOff(double amount, double distance, double distance2) const {
     switch (falloff_) {
     case LightDescription::Falloff::none: return amount;
-    case LightDescription::Falloff::linear: return amount * std::max(0.0, 1 - std::sqrt(distance2) / range_);
-    case LightDescription::Falloff::inverseDistance: return amount * range_ / std::sqrt(distance2);
+    case LightDescription::Falloff::linear: return amount * std::max(0.0, 1 - distance / range_);
+    case LightDescription::Falloff::inverseDistance: return amount * range_ / distance;
     case LightDescription::Falloff::inverseSquare: break;
     }
     return amount * (range_ * range_) / distance2;
 }
 
-// 1 inside the soft edge of the cone, 0 outside the cone, and a smooth step of the angle between.
+// 1 up to the soft edge of the cone, 0 outside the cone, and in between a smooth step of the angle to the axis.
 double Light::coneFactor(const Vec3 &toLight) const {
     const double angle = std::acos(std::clamp(-dot(forward_, toLight), -1.0, 1.0));
     if (angle <= innerCone_) return 1;
@@ -77,8 +77,7 @@ bool Light::sample(const Vec3 &location, const UnitSquare &point, LightSample &r
     double factor = 1;
     if (isArea) factor = -dot(forward_, toLight);
     if (kind_ == LightDescription::Kind::spot) factor = coneFactor(toLight);
-    if (!(factor > 0)) return false;
-    factor = fallenOff(factor, distance2);
+    factor = fallenOff(factor, distance, distance2);
     if (!(factor > 0)) return false;
     result = {.toLight = toLight, .distance = distance, .colour = factor * colour_};
     return true;

@@ -16,11 +16,11 @@ struct LightSample {
 
 class Light {
   public:
-    // `transform` is to the world. Throws InputError, with the description's location, for an area light of negative
-    // size or with fewer than 1 sample.
+    // `transform` is the light's world transform. Throws InputError, with the description's location, for an area light
+    // of negative size or with fewer than 1 sample.
     Light(const LightDescription &description, const Transform &transform);
-    // A light without a parent, keys, and a target that is an item. Throws InputError as above, and for a light that is
-    // at the same position as its target, unless it is a point light.
+    // The same with the transform from the description: for a light without a parent, keys or a target item. Throws
+    // InputError also for a light at the same position as its target, unless it is a point light.
     explicit Light(const LightDescription &description);
 
     bool castsShadows() const { return shadows_; }
@@ -32,11 +32,11 @@ class Light {
     //   distant  intensity
     //   area     intensity * falloff, times the cosine at the light, which shines along its +Z only
     //   spot     intensity * falloff; it decreases smoothly over the edge of the cone to 0
-    // with the falloffs that LightDescription names. False when none of it reaches `location`. [render threads]
+    // with the falloffs of LightDescription::Falloff. False when none of it reaches `location`. [render threads]
     bool sample(const Vec3 &location, const UnitSquare &point, LightSample &result) const;
 
   private:
-    double fallenOff(double amount, double distance2) const;
+    double fallenOff(double amount, double distance, double distance2) const;
     double coneFactor(const Vec3 &toLight) const;
 
     LightDescription::Kind kind_;
@@ -44,7 +44,7 @@ class Light {
     Vec3 position_, forward_, right_, up_; // right and up span the whole area
     Vec3 colour_;                          // times the intensity
     double range_;                         // metres
-    double cone_, innerCone_;              // half angles where the light ends, and within which it is full, in radians
+    double cone_, innerCone_; // angles from the axis at which the light ends and starts to decrease, in radians
     int samples_ = 1;
     bool shadows_;
 };

@@ -1,6 +1,7 @@
 #include "host/render/scene/render_job.h"
 
 #include "host/base/error.h"
+#include "host/render/motion/pose.h"
 #include "module/host.h"
 
 #include <fmt/format.h>
@@ -51,7 +52,7 @@ RenderJob renderJob(const RenderDescription &description) {
     job.samples = description.samples;
     job.recursionDepth = description.recursionDepth;
     job.frame = description.firstFrame;
-    job.time = description.firstFrame / description.framesPerSecond;
+    job.time = startTime(description);
     job.camera = description.camera;
     return job;
 }

@@ -45,7 +45,7 @@ class RenderScene {
 
     // Changes a prepared scene to another description. Afterwards it renders the same pictures as a RenderScene that is
     // built from that description, but repeats only the work that the changes need: it makes the meshes of objects
-    // whose name, shape or transform differ, but only moves those of objects with keys; it computes the normals of
+    // whose name, shape or transform differ, but only transforms those of objects that move; it computes the normals of
     // meshes whose surfaces' smoothing angles differ; and it builds the acceleration structure if a mesh, the
     // visibility or the order of objects differs. It does not look for mesh files that changed on disk. Returns the
     // work that was repeated.
@@ -54,9 +54,9 @@ class RenderScene {
     // that were made or smoothed again get new ones. FrameRenderers of the scene become invalid.
     SceneWork update(const SceneDescription &scene, const SurfaceLookup &surfaceOf);
 
-    // Moves the items to another time: of a scene with keys, the same as an update at that time; nothing for others. A
-    // new scene is at the time of its first frame, and updates keep the time. `scene` is the current description.
-    // Throws as an update, and then leaves the scene as it was.
+    // Moves the items to another time, in seconds; `scene` is the current description. Does the work of an update, or
+    // nothing if no item has keys or the time is the same. A new scene is at the time of its first frame, and updates
+    // keep the time. Throws as update, and then leaves the scene as it was.
     SceneWork setTime(const SceneDescription &scene, double time, const SurfaceLookup &surfaceOf);
 
     ~RenderScene();

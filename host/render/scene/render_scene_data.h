@@ -32,11 +32,11 @@ struct RenderSurface {
 struct RenderObject {
     HostItem *item;                    // kItemObject
     ShapeDescription shape;            // that the mesh was made of
-    std::shared_ptr<const Mesh> model; // of an object that moves: its mesh in its own coordinates; else null
-    int meshNumber;             // meshes made or moved are numbered; one that only gets other normals keeps its number
+    std::shared_ptr<const Mesh> model; // of an object that moves: its mesh in object coordinates; else null
+    int meshNumber; // counts meshes that are made or placed; one that only gets other normals keeps its number
     std::shared_ptr<Mesh> mesh; // in world space; changes only until an acceleration structure is built over it
     std::vector<Bounds> bounds; // by the mesh's material
-    Transform transform;        // likewise what the mesh was made with
+    Transform transform;        // to world space, with which the mesh was made or placed
     std::vector<std::uint16_t> surfaces; // by the mesh's material: an index into RenderSceneData::surfaces
     bool seenByCamera, seenByRays, castsShadows;
 };
@@ -55,7 +55,7 @@ struct RenderCamera {
 struct RenderSceneData {
     std::string sceneName, sceneFile;
     RenderDescription render;
-    double time = 0; // seconds, that the items are at
+    double time = 0; // of the items, seconds
     std::vector<RenderSurface> surfaces;
     std::vector<RenderObject> objects;
     std::vector<RenderLight> lights;

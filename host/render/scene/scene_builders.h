@@ -14,9 +14,8 @@ namespace velm::host {
 class MeshCache;
 
 // The first step: names, settings, cameras, lights, and objects with their meshes, without normals for smoothing, all
-// at a time in seconds. New
-// handles are taken from `handles`, and are only filled in by attachHandles. Meshes that `meshes` has are taken from
-// it; it may be null.
+// at a time in seconds. New handles are taken from `handles`, and are only filled in by attachHandles. Meshes that
+// `meshes` has are taken from it; it may be null.
 void buildItems(const SceneDescription &scene, double time, const RenderSceneData &former, MeshCache *meshes,
                 ItemHandles &handles, RenderSceneData &data);
 

@@ -5,7 +5,7 @@ namespace velm::host {
 
 struct SceneWork {
     int meshes = 0;        // read from a file or made from a shape
-    int placements = 0;    // meshes that were moved
+    int placements = 0;    // meshes of moving objects that were transformed to world space
     int smoothings = 0;    // meshes whose normals were computed
     int accelerations = 0; // acceleration structures that were built
 

@@ -51,7 +51,7 @@ HostError ready(const HostCameraEvaluator *evaluator) {
     return evaluator ? nullptr : "there is no camera evaluator";
 }
 
-// An evaluator whose camera is no longer in the scene keeps the last one.
+// An evaluator whose camera is no longer in the scene stays as it was.
 HostError newTime(HostCameraEvaluator *evaluator, int, double) {
     assertBetweenFrames();
     if (!evaluator) return ready(evaluator);

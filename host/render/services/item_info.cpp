@@ -1,5 +1,5 @@
-// The "LW Item Info 4" service: the objects, lights and cameras of the current scene, in the scene's order. It does not
-// tell which items follow others, and no item has bones.
+// The "LW Item Info 4" service: the objects, lights and cameras of the current scene, in the scene's order. Parents
+// and target items are not reported, and no item has bones.
 #include "host/base/thread_role.h"
 #include "host/render/scene/current_scene.h"
 #include "host/render/services/scene_services.h"

@@ -131,7 +131,7 @@ class NetworkBuilder {
         addNodes(description, network, path);
     }
 
-    // The same without the view.
+    // The same, except that the view of the network stays as it is.
     void addNodes(const NetworkDescription &description, Network &network, const std::string &path) {
         connections_.push_back({.network = &network, .description = &description});
         for (const NodeDescription &node : description.nodes) {

@@ -17,7 +17,7 @@
 
 namespace velm::host {
 
-// The surfaces of an object, and what they have in the object and not here.
+// The surfaces of an object, and their features that are not supported.
 struct ObjectSurfaces {
     std::vector<SurfaceDescription> surfaces;
     Losses losses;
@@ -51,7 +51,7 @@ struct UnpackedSurfaces {
     std::map<std::string, std::string> data;
 };
 
-// Whether the nodes that stand for texture layers are unpacked, too.
+// Whether the nodes that represent texture layers are unpacked, too.
 enum class UnpackTextures { no, yes };
 
 // Describes the surfaces of an object that have a network. InputError for a damaged network, and for two surfaces of

@@ -18,7 +18,7 @@ namespace velm::host {
 
 namespace {
 
-// A channel of textures, and the input of a surface that it stands for.
+// A channel of textures, and the input of a surface that it drives.
 struct TextureChannel {
     std::uint32_t id;
     const char *label;
@@ -106,7 +106,7 @@ class TextureNetwork {
         losses_.add(kind, fmt::format("surface {}{}{}", inQuotes(surface_.name), detail.empty() ? "" : ", ", detail));
     }
 
-    // Whether the layer has no effect or cannot be had; notes the latter.
+    // Whether the layer has no effect or is not supported; counts the loss of the latter.
     bool isLeftOut(const SurfaceTexture &texture, const TextureChannel *channel) {
         using Kind = SurfaceTexture::Kind;
         const auto because = [&](Loss kind, const std::string &detail) {

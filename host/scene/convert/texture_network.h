@@ -1,4 +1,4 @@
-// From the texture layers of object files to networks of the host's nodes.
+// Converts the texture layers of object files to networks of the host's nodes.
 #pragma once
 
 #include "host/object/losses.h"
@@ -11,13 +11,14 @@
 
 namespace velm::host {
 
-// Adds to a surface's description the network that stands for its texture layers, the lowest of which comes first: each
-// layer is an image or gradient that a blend node lays over the layers below, and the last one feeds the surface's
-// input. The value below the first layer is the surface's setting. `losses` counts what the network does not have.
+// Adds to a surface's description the network that represents its texture layers, which are given from the lowest to
+// the highest. Each layer is an image or gradient node, and a blend node that blends it with the layers below; the last
+// blend node feeds the surface's input. The value below the first layer is the surface's setting. `losses` counts what
+// the network cannot represent.
 void describeTextures(const std::vector<SurfaceTexture> &textures, SurfaceDescription &surface, Losses &losses);
 
 // Counts the enabled textures and shaders of a surface that has nodes, which are left out. A network that feeds an
-// input of the surface replaces the textures of that channel, as in LightWave: these count as nothing. `fedInputs` are
+// input of the surface replaces the textures of that channel, as in LightWave: these are not counted. `fedInputs` are
 // the names of such inputs.
 void noteUnusedTextures(const std::vector<SurfaceTexture> &textures, const std::vector<std::string> &fedInputs,
                         const std::string &surface, Losses &losses);

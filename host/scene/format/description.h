@@ -80,8 +80,8 @@ struct SavedNetwork {
 struct SurfaceDescription {
     std::string name;
     std::vector<SettingDescription> settings; // of the root node: "Color", "Diffuse" and so on
-    // Of a surface that an object file brings: what stands for its texture layers, and is added to the network in
-    // `saved`, which then has no nodes itself.
+    // For a surface from an object file: the nodes made from its texture layers. They are added to the network in
+    // `saved`, which then has no nodes of its own.
     NetworkDescription network;
     SavedNetwork saved;           // the root's data in its block override `settings`
     double smoothingAngle = 89.5; // degrees; 0 gives flat polygons
@@ -100,7 +100,7 @@ struct TransformDescription {
     bool operator==(const TransformDescription &) const = default;
 };
 
-// The values of items that may have keys. Those with three components have keys for each component by itself.
+// The values of items that may have keys. Each component of a vector has keys of its own.
 enum class Channel {
     position,
     rotation, // degrees
@@ -116,7 +116,7 @@ enum class Channel {
     dissolve,    // of objects
 };
 
-// The keys of one component of a value. They replace the constant in the item's member, which then keeps its default.
+// The keys of one component of a value. They replace the constant, and the item's member keeps its default.
 struct ChannelDescription {
     Channel channel = Channel::position;
     int component = 0;    // 0 to 2; 0 of a value with one component
@@ -243,7 +243,7 @@ struct RenderDescription {
     bool operator==(const RenderDescription &) const = default;
 };
 
-// Something that an object file has, and that its surfaces here do not, for the user to be warned of.
+// A warning about something in an object file that was left out of the scene's surfaces.
 struct ReadingNote {
     std::string file;
     std::string brief;   // a few words, equal for equal causes: "procedural textures"

@@ -1,4 +1,4 @@
-// The rows that objects, nulls, lights and cameras have in common: where they are.
+// The rows that objects, nulls, lights and cameras have in common: their transforms.
 #pragma once
 
 #include "host/scene/format/keyed_values.h"
@@ -12,7 +12,7 @@ namespace velm::host {
 inline constexpr ValueRule kVectorRule = vec3Rule();
 inline constexpr ValueRule kScaleRule = scaleRule();
 
-// A point, with keys or without, or the name of an item.
+// A point, which may have keys, or the name of an item.
 template <class T>
 inline constexpr CustomValue<T> kTargetValue{
     .read =
@@ -53,10 +53,15 @@ inline constexpr CustomValue<T> kRotationValue{
     },
     .schema = [] { return keyedSchema(kVectorRule); }};
 
+// A row of a vector that may have keys.
+template <class T, Channel channel, auto member, const ValueRule &rule = kVectorRule>
+constexpr Field<T> keyedVector(const char *key, const char *help) {
+    return {.key = key, .help = help, .target = keyed<T, channel, member, rule>};
+}
+
 template <class T>
-inline constexpr Field<T> kPositionField{.key = "position",
-                                         .help = "Position of the item's pivot, in metres, relative to the parent.",
-                                         .target = keyed<T, Channel::position, &T::position, kVectorRule>};
+inline constexpr auto kPositionField = keyedVector<T, Channel::position, &T::position>(
+    "position", "Position of the item's pivot, in metres, relative to the parent.");
 template <class T>
 inline constexpr Field<T> kTargetField{
     .key = "target",
@@ -67,29 +72,16 @@ inline constexpr Field<T> kRotationField{.key = "rotation",
                                          .help = "Heading, pitch and bank, in degrees, relative to the parent.",
                                          .target = kRotationValue<T>};
 template <class T>
-inline constexpr Field<T> kScaleField{.key = "scale",
-                                      .help = "Factor by which the item and its children are scaled: one number, or "
-                                              "one along each axis.",
-                                      .target = keyed<T, Channel::scale, &T::scale, kScaleRule>};
+inline constexpr auto kScaleField = keyedVector<T, Channel::scale, &T::scale, kScaleRule>(
+    "scale", "Factor by which the item and its children are scaled: one number, or one along each axis.");
 template <class T>
-inline constexpr Field<T> kPivotField{
-    .key = "pivot",
-    .help = "The point of the item, in metres, that is at its position, and about which it turns and scales.",
-    .target = keyed<T, Channel::pivot, &T::pivot, kVectorRule>};
+inline constexpr auto kPivotField = keyedVector<T, Channel::pivot, &T::pivot>(
+    "pivot", "The point of the item, in metres, that is at its position, and about which it turns and scales.");
 template <class T>
 inline constexpr Field<T> kParentField{
     .key = "parent",
     .help = "Name of the item that this one moves with: an object, null, light or camera.",
-    .target = CustomValue<T>{.read =
-                                 [](const ReadContext &context, const JsonMember &found, T &item) {
-                                     item.parent = readText(context, found.key, found.value, textRule());
-                                     item.parentLocation = context.at(found.value.line);
-                                 },
-                             .write = [](const WriteContext &, const T &item) -> std::optional<nlohmann::ordered_json> {
-                                 if (item.parent.empty()) return std::nullopt;
-                                 return item.parent;
-                             },
-                             .schema = textSchema}};
+    .target = locatedText<&T::parent, &T::parentLocation, T>};
 
 template <class T, std::size_t... sizes>
 constexpr auto joined(const std::array<Field<T>, sizes> &...parts) {
@@ -102,8 +94,8 @@ constexpr auto joined(const std::array<Field<T>, sizes> &...parts) {
     return all;
 }
 
-// Throws InputError for an item with both a target and a rotation, and for one that is at its own target. `kind` is
-// "light" and so on.
+// Throws InputError for an item with both a target and a rotation, and for one whose position is its target. `kind` is
+// "light" and so on, for the message.
 template <class T>
 void checkAim(const ReadContext &context, const JsonValue &object, const T &item, const char *kind) {
     const JsonValue *target = object.find("target");

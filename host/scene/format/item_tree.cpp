@@ -16,7 +16,7 @@ class ItemTree::Names {
         for (std::size_t i = 0; i < entries.size(); ++i) numbers_[entries[i].item->name].push_back(i);
     }
 
-    // `named` is where the name is used; a description that was not read from a file has only `item`.
+    // Errors have the location `named`, where the name is used, or `item` if `named` is not set.
     std::size_t find(const std::string &name, const SourceLocation &named, const SourceLocation &item) const {
         const SourceLocation &location = named.file.empty() ? item : named;
         const auto found = numbers_.find(name);
@@ -69,7 +69,7 @@ std::vector<std::size_t> ItemTree::dependenciesOf(std::size_t number) const {
     return all;
 }
 
-// Kahn's algorithm: places an item as soon as all that it depends on are placed.
+// Kahn's algorithm: places an item as soon as everything that it depends on is placed.
 void ItemTree::sort() {
     std::vector<std::size_t> missing(entries_.size());
     std::vector<std::vector<std::size_t>> dependents(entries_.size());
@@ -92,10 +92,13 @@ void ItemTree::sort() {
 }
 
 void ItemTree::failCircle(const std::vector<bool> &isPlaced) const {
-    // Every item that is not placed depends on another one, so following these leads to an item that was met before.
+    // Every item that is not placed depends on another one that is not placed. Following these dependencies therefore
+    // leads back to an item that was visited before.
     std::size_t at = static_cast<std::size_t>(std::ranges::find(isPlaced, false) - isPlaced.begin());
     std::vector<std::size_t> path;
-    while (std::ranges::count(path, at) == 0) {
+    std::vector<bool> isVisited(entries_.size(), false);
+    while (!isVisited[at]) {
+        isVisited[at] = true;
         path.push_back(at);
         const std::vector<std::size_t> all = dependenciesOf(at);
         at = *std::ranges::find_if(all, [&](std::size_t each) { return !isPlaced[each]; });

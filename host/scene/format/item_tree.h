@@ -1,4 +1,4 @@
-// The items of a scene, and which of them each one follows: its parent and its target.
+// The items of a scene with their parents and targets, in an order in which their transforms can be computed.
 #pragma once
 
 #include "host/scene/format/description.h"
@@ -20,8 +20,8 @@ class ItemTree {
     };
 
     // Throws InputError, with the location of the item or of its parent or target, for a parent or target that the
-    // scene does not have or that several items could be, for an item that is its own target, and for items whose
-    // places depend on each other in a circle. Refers to the description, which must live longer.
+    // scene does not have, for a name that several items have, for an item that is its own target, and for items whose
+    // transforms depend on each other in a circle. Refers to the description, which must live longer.
     explicit ItemTree(const SceneDescription &scene);
 
     const std::vector<Entry> &entries() const { return entries_; }

@@ -77,19 +77,20 @@ const KeysDescription *keysOf(std::span<const ChannelDescription> channels, Chan
     return nullptr;
 }
 
-// The keys of three components as one list; nothing where they differ in more than their values.
+// The keys of three components as one list of keys with three values each. None where the components' keys differ in
+// more than their values.
 std::optional<KeysDescription> merged(const std::array<const KeysDescription *, 3> &components) {
     for (const KeysDescription *each : components)
         if (!each || each->keys.size() != components[0]->keys.size()) return std::nullopt;
-    std::array<KeysDescription, 3> shifted; // with the value where that of the component is in the merged keys
+    std::array<KeysDescription, 3> candidates; // the keys of each component, with the values of all three
     for (std::size_t i = 0; i < 3; ++i) {
-        shifted[i] = *components[i];
-        shifted[i].components = 3;
-        for (std::size_t k = 0; k < shifted[i].keys.size(); ++k)
-            for (std::size_t j = 0; j < 3; ++j) shifted[i].keys[k].value[j] = components[j]->keys[k].value[0];
+        candidates[i] = *components[i];
+        candidates[i].components = 3;
+        for (std::size_t k = 0; k < candidates[i].keys.size(); ++k)
+            for (std::size_t j = 0; j < 3; ++j) candidates[i].keys[k].value[j] = components[j]->keys[k].value[0];
     }
-    if (shifted[0] != shifted[1] || shifted[0] != shifted[2]) return std::nullopt;
-    return shifted[0];
+    if (candidates[0] != candidates[1] || candidates[0] != candidates[2]) return std::nullopt;
+    return candidates[0];
 }
 
 Json keysDefinition(const ValueRule &rule) {

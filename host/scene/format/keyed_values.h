@@ -9,11 +9,12 @@
 #include "host/scene/format/fields.h"
 
 #include <nlohmann/json.hpp>
-#include <utility>
+#include <span>
+#include <type_traits>
 
 namespace velm::host {
 
-// A value of one or three components as the file has it: constants, and keys of components.
+// Where a value of one or three components is read to: constants, and keys of components.
 struct KeyedValue {
     const char *key; // of the row
     Channel channel;
@@ -31,7 +32,7 @@ nlohmann::ordered_json writeKeyed(const WriteContext &context, const ValueRule &
 bool hasKeys(std::span<const ChannelDescription> channels, Channel channel);
 nlohmann::ordered_json keyedSchema(const ValueRule &rule);
 
-// The schemas of {"keys": [...]} for one and for three components, to which the others refer as "#/$defs/numberKeys"
+// The schemas of {"keys": [...]} for one and for three components, to which keyedSchema refers as "#/$defs/numberKeys"
 // and "#/$defs/vectorKeys".
 nlohmann::ordered_json numberKeysDefinition();
 nlohmann::ordered_json vectorKeysDefinition();

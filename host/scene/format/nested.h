@@ -43,19 +43,34 @@ nlohmann::ordered_json objectSchema(const Table<T> &table) {
 
 inline nlohmann::ordered_json textSchema() { return ruleSchema(textRule()); }
 
-// A text with a member that remembers where in the file it stands. An empty text is left out.
-template <auto text, auto location>
-inline constexpr CustomValue<OwnerOf<text>> locatedText{
+// A text with a member that remembers its location in the file. An empty text is left out. `Owner` may be derived from
+// the class that has the members.
+template <auto text, auto location, class Owner = OwnerOf<text>>
+inline constexpr CustomValue<Owner> locatedText{
     .read =
-        [](const ReadContext &context, const JsonMember &found, OwnerOf<text> &result) {
+        [](const ReadContext &context, const JsonMember &found, Owner &result) {
             result.*text = readText(context, found.key, found.value, textRule());
             result.*location = context.at(found.value.line);
         },
-    .write = [](const WriteContext &, const OwnerOf<text> &object) -> std::optional<nlohmann::ordered_json> {
+    .write = [](const WriteContext &, const Owner &object) -> std::optional<nlohmann::ordered_json> {
         if ((object.*text).empty()) return std::nullopt;
         return object.*text;
     },
     .schema = textSchema};
+
+// An enumeration, written as one of `names`, which its values index. The default is left out.
+template <auto member, const auto &names>
+inline constexpr CustomValue<OwnerOf<member>> choiceIn{
+    .read =
+        [](const ReadContext &context, const JsonMember &found, OwnerOf<member> &result) {
+            const int choice = readChoice(context, found.key, found.value, choiceRule(names));
+            result.*member = static_cast<typename MemberPath<member>::Value>(choice);
+        },
+    .write = [](const WriteContext &, const OwnerOf<member> &object) -> std::optional<nlohmann::ordered_json> {
+        if (object.*member == OwnerOf<member>{}.*member) return std::nullopt;
+        return writePlain(choiceRule(names), static_cast<int>(object.*member));
+    },
+    .schema = [] { return ruleSchema(choiceRule(names)); }};
 
 // Whether the JSON of an object says nothing that reading does not give without it.
 template <class T>

@@ -12,18 +12,6 @@ namespace {
 
 // ---- Render settings ----
 
-constexpr CustomValue<RenderDescription> kWorkflow{
-    .read =
-        [](const ReadContext &context, const JsonMember &found, RenderDescription &render) {
-            render.workflow =
-                static_cast<Workflow>(readChoice(context, found.key, found.value, choiceRule(kWorkflowNames)));
-        },
-    .write = [](const WriteContext &, const RenderDescription &render) -> std::optional<nlohmann::ordered_json> {
-        if (render.workflow == Workflow::linear) return std::nullopt;
-        return writePlain(choiceRule(kWorkflowNames), static_cast<int>(render.workflow));
-    },
-    .schema = [] { return ruleSchema(choiceRule(kWorkflowNames)); }};
-
 constexpr Field<RenderDescription> kRenderFields[] = {
     {.key = "width",
      .help = "Width of the picture, in pixels.",
@@ -71,7 +59,7 @@ constexpr Field<RenderDescription> kRenderFields[] = {
     {.key = "workflow",
      .help = "linear, the default: colours are linear light, and the sRGB curve is applied to files of 8 and 16 bits "
              "as they are read and written. classic: without any curve, as in LightWave up to version 9.",
-     .target = kWorkflow},
+     .target = choiceIn<&RenderDescription::workflow, kWorkflowNames>},
 };
 
 void finishRender(const ReadContext &context, const JsonValue &object, RenderDescription &render) {
@@ -118,18 +106,6 @@ static_assert(static_cast<int>(LightDescription::Falloff::none) == 0 &&
               static_cast<int>(LightDescription::Falloff::inverseDistance) == 2 &&
               static_cast<int>(LightDescription::Falloff::inverseSquare) == 3);
 
-constexpr CustomValue<LightDescription> kFalloff{
-    .read =
-        [](const ReadContext &context, const JsonMember &found, LightDescription &light) {
-            const int falloff = readChoice(context, found.key, found.value, choiceRule(kFalloffs));
-            light.falloff = static_cast<LightDescription::Falloff>(falloff);
-        },
-    .write = [](const WriteContext &, const LightDescription &light) -> std::optional<nlohmann::ordered_json> {
-        if (light.falloff == LightDescription{}.falloff) return std::nullopt;
-        return writePlain(choiceRule(kFalloffs), static_cast<int>(light.falloff));
-    },
-    .schema = [] { return ruleSchema(choiceRule(kFalloffs)); }};
-
 void finishLight(const ReadContext &context, const JsonValue &object, LightDescription &light) {
     if (light.kind != LightDescription::Kind::point) checkAim(context, object, light, "light");
 }
@@ -137,7 +113,7 @@ void finishLight(const ReadContext &context, const JsonValue &object, LightDescr
 constexpr ValueRule kColour = colourRule(), kAtLeast0 = atLeastRule(0), kPositive = positiveRule();
 constexpr ValueRule kConeRule{.kind = ValueRule::Kind::number, .minimum = 0, .maximum = 180, .exclusiveMinimum = true};
 
-// Every light says where it is.
+// The file must say where a light is.
 constexpr Field<LightDescription> kLightPosition{
     .key = "position",
     .help = "Position of the light, in metres, relative to the parent.",
@@ -171,7 +147,7 @@ constexpr auto kLightValues = std::to_array<Field<LightDescription>>({
     {.key = "falloff",
      .help = "How the light decreases with the distance d: not at all, to nothing at the range (1 - d / range), by "
              "range / d, or by its square.",
-     .target = kFalloff,
+     .target = choiceIn<&LightDescription::falloff, kFalloffs>,
      .kinds = kPoint | kArea | kSpot},
     {.key = "range",
      .help = "Range of the falloff, in metres.",
