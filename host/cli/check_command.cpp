@@ -32,6 +32,12 @@ void declareOptions(CLI::App &command, ProgramOptions &program, CheckCommandOpti
     command.add_option("--seed", check.run.seed, "The seed of all random choices")
         ->capture_default_str()
         ->type_name("N");
+    constexpr double kLeastSeconds = 0.1, kMostSeconds = 1e6;
+    command
+        .add_option("--check-limit", check.run.limit, "Seconds after which a check that has not ended counts as hung")
+        ->check(numberFrom(kLeastSeconds, kMostSeconds))
+        ->capture_default_str()
+        ->type_name("SECONDS");
     constexpr double kLeastMinutes = 1e-6, kMostMinutes = 1e6;
     CLI::Option *minutes = command
                                .add_option("--minutes", check.run.minutes,

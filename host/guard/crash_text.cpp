@@ -59,13 +59,27 @@ std::string whatHappened(const CrashRecord &crash) {
     }
 }
 
+// Whether any call of the module has begun.
+bool hasRun(const CallRecord &record) {
+    return std::ranges::any_of(record.slots, [](const CallSlot &slot) { return slot.steps.load() > 0; });
+}
+
+// For a crash outside the module's code. A module that has written beyond its memory often crashes the host later, so
+// that an artist who is told of the crash has to know which module was there.
+std::string outsideText(const CallRecord &record, bool isCrash) {
+    return isCrash && hasRun(record)
+               ? fmt::format("; no code of {} was running, but it may have damaged memory before", record.module)
+               : "; no code of the module was running";
+}
+
 CrashText recorded(const CallRecord &record) {
     const CrashRecord &crash = record.crash;
     const std::string what = whatHappened(crash);
     // A ModuleError: its message names the module and the call.
     if (crash.kind == CrashKind::exception && what.find(record.module) == 0) return {.text = what, .isOfModule = true};
     if (crash.site.inModule) return {.text = text(record, crash.site, what, crash.slot), .isOfModule = true};
-    return {.text = what + threadText(crash.slot) + "; no code of the module was running", .isOfModule = false};
+    return {.text = what + threadText(crash.slot) + outsideText(record, crash.kind == CrashKind::signal),
+            .isOfModule = false};
 }
 
 // For a process that ended without filling in the crash record: names the first thread that was in a call.

@@ -212,6 +212,18 @@ TEST(MeddlingModule, IsNamedWhenItLimitsTheSizeOfFiles) {
     }
 }
 
+TEST(HangingModule, TakesAsLongAsACheckMay) {
+    const WorkDirectory directory;
+    const test::Outcome outcome = runProgram(directory,
+                                             {"check", VELM_FAULTY_MODULE, "--check-limit", "0.5", "--level", "3",
+                                              "--filter", "life.connectors/Faulty Node"},
+                                             [] { setenv("VELM_FAULT", "hang create", 1); });
+    EXPECT_EQ(outcome.status, kExitInput) << outcome.err;
+    EXPECT_NE(outcome.out.find("HANG  Faulty Node: not done after 0.5 s: node \"Faulty Node\", create"),
+              std::string::npos)
+        << outcome.out;
+}
+
 // The module has not caused this, and is not blamed for it.
 TEST(Program, KeepsItsStatusWhenItsMessagesCannotBeWritten) {
     const WorkDirectory directory;

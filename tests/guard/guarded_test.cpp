@@ -89,6 +89,20 @@ TEST(Guarded, DoesNotBlameAModuleThatWasNotRunning) {
               "threw std::runtime_error: no luck, thread 2; no code of the module was running");
 }
 
+// A module that writes beyond its memory often makes the host crash, some time later.
+TEST(Guarded, NamesAModuleThatHasRunBeforeACrash) {
+    EXPECT_EQ(errorOf<MachineError>([] {
+                  { const CallScope call(numberOfServer("Writer"), "create"); }
+                  raise(SIGABRT);
+              }),
+              "crashed (aborted); no code of some.p was running, but it may have damaged memory before");
+    EXPECT_EQ(errorOf<MachineError>([] {
+                  { const CallScope call(numberOfServer("Writer"), "create"); }
+                  std::thread([] { throw std::runtime_error("no luck"); }).join();
+              }),
+              "threw std::runtime_error: no luck, on a thread of its own; no code of the module was running");
+}
+
 TEST(Guarded, DoesNotCountTimeOutsideTheModule) {
     EXPECT_EQ(guarded(
                   [] {
@@ -145,7 +159,7 @@ TEST(Guarded, BlamesNoModuleForACrashInADialog) {
                   const DialogScope dialog;
                   raise(SIGSEGV);
               }),
-              "crashed (segmentation fault); no code of the module was running");
+              "crashed (segmentation fault); no code of some.p was running, but it may have damaged memory before");
 }
 
 TEST(Guarded, LeavesNoUnfinishedFile) {

@@ -12,7 +12,7 @@ import writes
 KIND, WEIGHT = "modules", 24
 
 SOURCE = "tests/attack/faults.h"
-CALL_LIMIT = 1  # seconds, for --call-limit
+CALL_LIMIT, CHECK_LIMIT = 1, 5  # seconds, for --call-limit and --check-limit
 MODULE = "evil.p"
 NAMED = (MODULE, 'node "It"', 'node "Evil"', 'server "Evil Node"')  # one of these is in the message of every failure
 SILENCING = (": close errors @ ", ": close all @ ")  # no message can appear where standard error is closed
@@ -35,7 +35,8 @@ COMMANDS = {
     "render": (bench.render("scene.json"), ("create", "set", "init", "newTime", "evaluate", "cleanup", "destroy")),
     "pack": (["pack", "scene.json", "object.lwo", "-o", "picture.png"], ("create", "save", "unloading")),
     "unpack": (["unpack", "evil.lwo", "-o", "picture.png"], ("load",)),
-    "check": (["check", MODULE, "--level", "2", "--seed", "1"], (*LOADING, "copy", "save", "load")),
+    "check": (["check", MODULE, "--level", "2", "--seed", "1", "--check-limit", str(CHECK_LIMIT)],
+              (*LOADING, "copy", "save", "load")),
 }
 CHECKED = 0.03  # the fraction of cases of `velm check`, which takes long, that is tried
 

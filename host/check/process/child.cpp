@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <csignal>
 #include <cstring>
 #include <optional>
@@ -117,8 +116,7 @@ ChildEnd Child::endOf(bool ended, int status) const {
     if (isDecided && isIntact_) return {copy_->outcome, copy_->message, {}};
     if (!isIntact_) return {Outcome::crash, "it has overwritten the host's record of its calls", printedText()};
     const std::string last = lastCalls(*copy_);
-    if (!ended)
-        return {Outcome::hang, fmt::format("not done after {} s: {}", std::lround(limit_), last), printedText()};
+    if (!ended) return {Outcome::hang, fmt::format("not done after {:g} s: {}", limit_, last), printedText()};
     return {Outcome::crash, fmt::format("{}: {}", howItEnded(*copy_, status), last), printedText()};
 }
 
