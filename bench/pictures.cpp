@@ -3,6 +3,7 @@
 #include "bench/compare.h"
 #include "bench/plain_picture.h"
 #include "host/graph/listed_module.h"
+#include "host/guard/shared_record.h"
 #include "host/guard/workers.h"
 #include "host/image/image_formats.h"
 #include "host/scene/read_scene.h"
@@ -10,6 +11,7 @@
 
 #include <OpenImageIO/imagebuf.h>
 
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
@@ -63,6 +65,16 @@ class Fixture {
         const RenderStatistics statistics = rendering_.render(job_).statistics;
         return static_cast<double>(statistics.rays.total()) / statistics.seconds / 1e6;
     }
+    // The same as the sum of two processes with one worker each, which have nothing to do with each other: as fast as
+    // two cores of this machine can be.
+    double byTwoProcesses() {
+        const SharedRecord<std::array<double, 2>> rates;
+        const std::function<void(int)> render = [&](int process) {
+            (*rates)[static_cast<std::size_t>(process)] = byNodes(1);
+        };
+        Workers(2, Workers::In::processes, render).waitForAll();
+        return (*rates)[0] + (*rates)[1];
+    }
     double byHand(int threads) const {
         const PlainPicture picture = renderPlain(session_.renderScene(), job_, threads, shader_);
         return static_cast<double>(picture.rays) / picture.seconds / 1e6;
@@ -110,6 +122,13 @@ void compareOcclusion(Table &table, const SceneDescription &demonstration) {
              .goal = Goal::ratioAtLeast,
              .target = 1.95},
             kRounds, [&] { return fixture.byNodes(2); }, [&] { return fixture.byNodes(1); });
+        table.compare(
+            {.what = "occlusion, 27 random rays, 2 workers",
+             .against = "two processes with a worker each",
+             .unit = "Mrays/s",
+             .goal = Goal::ratioAtLeast,
+             .target = 0.975},
+            kRounds, [&] { return fixture.byNodes(2); }, [&] { return fixture.byTwoProcesses(); });
         for (const int workers : {1, 2})
             table.compare(
                 {.what = "occlusion, 27 random rays, repeatable order, " + std::to_string(workers),
