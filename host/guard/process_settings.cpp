@@ -111,12 +111,12 @@ void KeptSettings::putBackDirectory() const {
 // what is printed would then be written into that file.
 void KeptSettings::putBackStreams() const {
     for (std::size_t i = 0; i < streams_.size(); ++i) {
-        const OpenFile &kept = streams_[i];
+        const OpenFile &file = streams_[i];
         const auto stream = static_cast<int>(i);
         struct stat now {};
-        if (kept.descriptor < 0 || (fstat(stream, &now) == 0 && now.st_dev == kept.device && now.st_ino == kept.number))
+        if (file.descriptor < 0 || (fstat(stream, &now) == 0 && now.st_dev == file.device && now.st_ino == file.number))
             continue;
-        dup2(kept.descriptor, stream);
+        dup2(file.descriptor, stream);
     }
 }
 

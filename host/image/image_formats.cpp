@@ -23,7 +23,6 @@ bool isHdr(const FileEnds &file) { return file.startsWith("#?"); }
 bool isBmp(const FileEnds &file) { return file.startsWith("BM"); }
 bool isGif(const FileEnds &file) { return file.startsWith("GIF87a") || file.startsWith("GIF89a"); }
 bool isPsd(const FileEnds &file) { return file.startsWith("8BPS"); }
-bool isIff(const FileEnds &file) { return file.startsWith("FOR4") && file.hasAt(8, "CIMG"); }
 
 bool isTiff(const FileEnds &file) { // also BigTIFF
     constexpr std::string_view kStarts[] = {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv};
@@ -60,7 +59,7 @@ constexpr ImageFormat kImageFormats[] = {
     {.name = "TIFF", .reader = "tiff", .recognises = isTiff}, {.name = "EXR", .reader = "openexr", .recognises = isExr},
     {.name = "HDR", .reader = "hdr", .recognises = isHdr},    {.name = "BMP", .reader = "bmp", .recognises = isBmp},
     {.name = "GIF", .reader = "gif", .recognises = isGif},    {.name = "PSD", .reader = "psd", .recognises = isPsd},
-    {.name = "IFF", .reader = "iff", .recognises = isIff},    {.name = "TGA", .reader = "targa", .recognises = isTga},
+    {.name = "TGA", .reader = "targa", .recognises = isTga},
 };
 
 // Hides an environment variable for as long as it lives.

@@ -17,8 +17,6 @@ def mutated(rng, files):
     data = rng.choice(files[ending])
     if ending == ".png" and rng.random() < 0.7:
         return ending, mutation.mutate_png(rng, data, rng.choice(files[ending]))
-    if ending == ".iff" and rng.random() < 0.7:
-        return ending, mutation.mutate_iff(rng, data, rng.choice(files[ending]))
     if ending == ".hdr" and rng.random() < 0.5:
         return ending, mutation.mutate_text(rng, data)
     return ending, mutation.mutate_bytes(rng, data)

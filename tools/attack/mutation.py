@@ -139,7 +139,7 @@ def change_list(rng, pieces, others):
         pieces.insert(at, rng.choice(others))
 
 
-# ---- IFF: LightWave's objects (chunks with sizes of 4 bytes, in surfaces of 2 bytes) and Maya's images ----
+# ---- LightWave's objects: chunks with sizes of 4 bytes, in surfaces of 2 bytes ----
 
 
 def read_chunks(data, size_bytes):

@@ -13,7 +13,7 @@ import bench
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 MODELS = pathlib.Path("/usr/share/assimp/models")
-IMAGES = (".png", ".jpg", ".tif", ".exr", ".hdr", ".bmp", ".gif", ".psd", ".iff", ".tga")
+IMAGES = (".png", ".jpg", ".tif", ".exr", ".hdr", ".bmp", ".gif", ".psd", ".tga")
 MESHES = (".lwo", ".fbx", ".glb", ".gltf", ".ply", ".dae", ".3ds", ".off", ".stl", ".obj")
 MOST_IMAGE, MOST_MESH = 4000, 40000  # bytes
 PER_FORMAT = 6  # meshes of each format

@@ -134,27 +134,11 @@ def write_psd(name, channels):
     expect(name, channels, False, scaled(pixels))
 
 
-def write_iff():
-    """Maya's: one tile, whose rows run from the bottom, with the channels in reverse order."""
-    header = struct.pack(">IIHHIHHIII", WIDTH, HEIGHT, 1, 1, 3, 0, 1, 0, 0, 0)
-    opaque = [pixel[:3] + (255,) for pixel in PIXELS]
-    tile = struct.pack(">4H", 0, 0, WIDTH - 1, HEIGHT - 1)
-    for y in reversed(range(HEIGHT)):
-        for pixel in opaque[y * WIDTH:(y + 1) * WIDTH]:
-            tile += bytes(reversed(pixel))
-    tiles = b"TBMPRGBA" + struct.pack(">I", len(tile)) + tile
-    form = b"CIMGTBHD" + struct.pack(">I", len(header)) + header + b"FOR4" + struct.pack(">I", len(tiles)) + tiles
-    with open("rgba.iff", "wb") as file:
-        file.write(b"FOR4" + struct.pack(">I", len(form)) + form)
-    expect("rgba.iff", 4, False, scaled(opaque))
-
-
 write_with_pillow()
 write_hdr()
 write_exr("half.exr", 1, "e")
 write_exr("float.exr", 2, "f")
 write_psd("l.psd", 1)
 write_psd("rgb.psd", 3)
-write_iff()
 with open("expected.txt", "w", encoding="ascii") as expected:
     expected.writelines(lines)
