@@ -19,8 +19,15 @@ bool readMultiplier(Statement &statement, Camera &camera) {
 
 bool readPixelAspect(Statement &statement, Camera &camera) {
     const std::optional<double> aspect = statement.words.number();
-    if (!aspect) return false;
-    camera.hasSquarePixels = *aspect == 1;
+    if (!aspect || *aspect <= 0) return false;
+    camera.pixelAspect = *aspect;
+    return true;
+}
+
+bool readFilmHeight(Statement &statement, Camera &camera) {
+    double height = 0;
+    if (!readConstant(statement, height) || height <= 0) return false;
+    camera.apertureHeight = height;
     return true;
 }
 
@@ -32,14 +39,16 @@ bool readPixelAspectCode(Statement &statement, Camera &camera) {
     const std::optional<int> code = statement.words.integer();
     if (!code) return false;
     camera.usesOwnPixelRatio = *code == kOwn;
-    camera.hasSquarePixels = *code == kOwn || *code == kSquare;
+    camera.hasPixelCode = *code != kOwn && *code != kSquare;
     return true;
 }
 
+// The height of a pixel divided by its width.
 bool readPixelRatio(Statement &statement, Camera &camera) {
     const std::optional<double> ratio = statement.words.number();
-    if (ratio && camera.usesOwnPixelRatio) camera.hasSquarePixels = *ratio == 1;
-    return ratio.has_value();
+    if (!ratio || *ratio <= 0) return false;
+    if (camera.usesOwnPixelRatio) camera.pixelAspect = 1 / *ratio;
+    return true;
 }
 
 // In versions 1 and 2: the number of a video format.
@@ -57,6 +66,7 @@ constexpr Keyword<Camera> kCameraKeywords[] = {
     {.name = "PixelAspect", .read = readPixelAspect},
     {.name = "PixelAspectRatio", .read = readPixelAspectCode},
     {.name = "CustomPixelRatio", .read = readPixelRatio},
+    {.name = "ApertureHeight", .read = readFilmHeight},
     {.name = "UseGlobalResolution", .read = flag<&Camera::usesGlobalSize>},
     {.name = "AASamples", .read = integer<&Camera::samples>},
     {.name = "MotionBlur", .read = leftOutUnless<Loss::motionBlur, 0>},

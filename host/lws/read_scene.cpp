@@ -215,9 +215,10 @@ class Reader {
             camera.width = global.width;
             camera.height = global.height;
             camera.multiplier = global.multiplier;
-            camera.hasSquarePixels = global.hasSquarePixels;
+            camera.pixelAspect = global.pixelAspect;
+            camera.apertureHeight = global.apertureHeight;
         }
-        if (!camera.hasSquarePixels) scene_.losses.add(Loss::pixelAspect, camera.line);
+        if (camera.hasPixelCode) scene_.losses.add(Loss::pixelAspect, camera.line);
         if (camera.width > 0) return;
         if (camera.usesSizeCode) scene_.losses.add(Loss::frameSizeCode, camera.line);
         camera.width = kWidth;

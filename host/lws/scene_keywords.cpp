@@ -47,6 +47,8 @@ bool readGlobalPixelAspect(Statement &statement, Scene &scene) {
     return readPixelAspect(statement, scene.globalCamera);
 }
 
+bool readGlobalFilmHeight(Statement &statement, Scene &scene) { return readFilmHeight(statement, scene.globalCamera); }
+
 constexpr Keyword<Scene> kSceneKeywords[] = {
     {.name = "FirstFrame", .read = integer<&Scene::firstFrame>},
     {.name = "LastFrame", .read = integer<&Scene::lastFrame>},
@@ -72,6 +74,7 @@ constexpr Keyword<Scene> kSceneKeywords[] = {
     {.name = "GlobalFrameSize", .read = readGlobalSize},
     {.name = "GlobalMultiplier", .read = readGlobalMultiplier},
     {.name = "GlobalPixelAspect", .read = readGlobalPixelAspect},
+    {.name = "GlobalFilmHeight", .read = readGlobalFilmHeight},
     {.name = "EnableRadiosity", .read = leftOutUnless<Loss::globalIllumination, 0>},
     {.name = "EnableCaustics", .read = leftOutUnless<Loss::caustics, 0>},
     {.name = "FogType", .read = leftOutUnless<Loss::fog, 0>},

@@ -69,11 +69,13 @@ struct Light : Item {
 };
 
 struct Camera : Item {
-    Value zoom{.constant = 3.2};  // 1 / tan(half the vertical field of view)
-    double width = 0, height = 0; // pixels, before the multiplier; 0: not given
-    double multiplier = 1;        // of the size
-    bool hasSquarePixels = true;
+    Value zoom{.constant = 3.2};    // 1 / tan(half the vertical field of view)
+    double width = 0, height = 0;   // pixels, before the multiplier; 0: not given
+    double multiplier = 1;          // of the size
+    double pixelAspect = 1;         // the width of a pixel divided by its height
+    bool hasPixelCode = false;      // in versions 1 and 2: PixelAspectRatio gives the number of a video format
     bool usesOwnPixelRatio = false; // in versions 1 and 2: CustomPixelRatio gives the shape of the pixels
+    double apertureHeight = 0.015;  // the height of the film, metres
     bool usesSizeCode = false;      // in versions 1 and 2: Resolution gives the number of a video format
     bool usesGlobalSize = false;
     int samples = 1; // of a pixel

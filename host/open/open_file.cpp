@@ -129,7 +129,7 @@ Bounds framedBounds(const SceneDescription &scene, MeshCache &meshes) {
 }
 
 void addCamera(SceneDescription &scene, const Bounds &bounds, View view) {
-    CameraDescription camera = framed(bounds, view, double(scene.render.width) / scene.render.height);
+    CameraDescription camera = framed(bounds, view, pictureAspect(scene.render));
     camera.name = freeItemName(scene, scene.cameras, "View");
     camera.location.file = scene.file;
     scene.render.camera = camera.name;

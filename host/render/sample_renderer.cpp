@@ -44,7 +44,8 @@ bool isOpaque(const RenderSceneData &scene) {
 
 SampleRenderer::SampleRenderer(const RenderSceneData &scene, const RenderJob &job)
     : scene_(scene), job_(job), cameraItem_(findCamera(scene, job.camera)),
-      camera_(cameraItem_.description, cameraItem_.transform, job.width, job.height), allOpaque_(isOpaque(scene)) {}
+      camera_(cameraItem_.description, cameraItem_.transform, job.width, job.height, scene.render.pixelAspect),
+      allOpaque_(isOpaque(scene)) {}
 
 RayState SampleRenderer::initialState(int threadIndex) const {
     RayState state;

@@ -95,6 +95,7 @@ class Converter {
             render.cameraLocation = {.file = file_, .line = camera->line};
             render.width = pixels(camera->width, camera->multiplier);
             render.height = pixels(camera->height, camera->multiplier);
+            render.pixelAspect = std::clamp(camera->pixelAspect, kLeastPixelAspect, kLargestPixelAspect);
             samples = std::max(samples, camera->samples);
         }
         render.samples = samples > 1 ? std::min(samples, kMostSamples) : kSamples;
@@ -204,13 +205,16 @@ class Converter {
     }
 
     void addCamera(const lws::Camera &from) {
+        constexpr double kLeastFilm = 1e-6, kWidestFilm = 1e3; // metres
         constexpr int kMostZoomSteps = 10000,
                       kMostZoomStepsOfAll = 1000000; // bounds the memory of scenes with many cameras
         CameraDescription &camera = scene_.cameras.emplace_back();
         convertPlace(from, names_, file_, camera);
+        const double aspect = pictureAspect(scene_.render);
+        camera.filmWidth = std::clamp(from.apertureHeight * aspect, kLeastFilm, kWidestFilm);
         convertZoom(
             from,
-            {.aspect = double(scene_.render.width) / scene_.render.height,
+            {.aspect = aspect,
              .framesPerSecond = from_.framesPerSecond,
              .mostSteps = std::min(kMostZoomSteps, kMostZoomStepsOfAll / static_cast<int>(from_.cameras.size()))},
             camera);

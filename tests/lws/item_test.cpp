@@ -200,8 +200,9 @@ TEST(LwsItems, ThePluginOfALightIsItsKind) {
 TEST(LwsItems, CamerasHaveAFrameSize) {
     const lws::Scene scene = readLws(
         5, "AddCamera 30000000\nCameraName Wide\nZoomFactor 1.5\nResolutionMultiplier 0.5\nFrameSize 1920 1080\n"
-           "PixelAspect 1\nAASamples 4\nAddCamera 30000001\nUseGlobalResolution 1\nFrameSize 5 5\n"
-           "AddCamera 30000002\nGlobalFrameSize 320 200\nGlobalMultiplier 2\nGlobalPixelAspect 0.9\n"
+           "PixelAspect 1\nApertureHeight 0.02\nAASamples 4\nAddCamera 30000001\nUseGlobalResolution 1\nFrameSize 5 5\n"
+           "AddCamera 30000002\nGlobalFrameSize 320 200\nGlobalMultiplier 2\nGlobalPixelAspect 0.9\nGlobalFilmHeight "
+           "0.024\n"
            "CurrentCamera 1\n");
     ASSERT_EQ(scene.cameras.size(), 3u);
     EXPECT_EQ(scene.cameras[0].name, "Wide");
@@ -215,14 +216,19 @@ TEST(LwsItems, CamerasHaveAFrameSize) {
     EXPECT_EQ(scene.cameras[2].width, 640) << "without any";
     EXPECT_EQ(scene.cameras[2].height, 480);
     EXPECT_EQ(scene.currentCamera, 1);
-    EXPECT_EQ(lossesOf(scene),
-              std::vector<std::string>{"10: the pixels of a camera are not square; they are rendered as squares"});
+    EXPECT_EQ(scene.cameras[0].pixelAspect, 1);
+    EXPECT_EQ(scene.cameras[1].pixelAspect, 0.9);
+    EXPECT_EQ(scene.cameras[0].apertureHeight, 0.02);
+    EXPECT_EQ(scene.cameras[1].apertureHeight, 0.024);
+    EXPECT_EQ(scene.cameras[2].apertureHeight, 0.015) << "without any";
+    EXPECT_EQ(lossesOf(scene), std::vector<std::string>{});
 }
 
 TEST(LwsItems, OldCamerasHaveCodes) {
     const lws::Scene own = readLws(2, "AddCamera\nResolution 1\nCustomSize 320 200\nPixelAspectRatio -1\n"
-                                      "CustomPixelRatio 1\n");
+                                      "CustomPixelRatio 1.25\n");
     EXPECT_EQ(own.cameras.at(0).width, 320);
+    EXPECT_EQ(own.cameras[0].pixelAspect, 0.8) << "the height of a pixel by its width";
     EXPECT_EQ(lossesOf(own), std::vector<std::string>{});
     const lws::Scene code = readLws(1, "AddCamera\nResolution 1\nPixelAspectRatio 0\nDepthofField 1\nMotionBlur 2\n"
                                        "LimitedRegion 1\nCameraMask 1\nFieldRendering 1\n");
@@ -233,7 +239,7 @@ TEST(LwsItems, OldCamerasHaveCodes) {
                   "6: a camera has depth of field, which is not rendered",
                   "10: a camera renders fields; whole frames are rendered", "9: the mask of a camera is left out",
                   "8: a camera renders a limited region; the whole picture is rendered",
-                  "3: the pixels of a camera are not square; they are rendered as squares",
+                  "3: the shape of a camera's pixels is not given as a number; they are rendered as squares",
                   "3: the frame size of a camera is not given in pixels; it is rendered at 640 x 480"}));
 }
 

@@ -76,6 +76,19 @@ TEST_F(CameraServices, TheFilmTakesTheShapeOfThePictureThatIsRendered) {
     EXPECT_NEAR(height, 0.009, kTolerance);
 }
 
+TEST_F(CameraServices, TheFilmTakesTheShapeOfThePixels) {
+    scene_.description.render.pixelAspect = 1.5;
+    scene_.description.cameras[0].filmWidth = 0.02;
+    scene_.update();
+    double width = 0, height = 0;
+    cameraService().filmSize(camera("Camera"), &width, &height);
+    EXPECT_EQ(width, 0.02);
+    EXPECT_NEAR(height, 0.02 / (4.0 / 3 * 1.5), kTolerance);
+    const Evaluator evaluator = evaluatorOf(camera("Camera"));
+    const HostCameraRay corner = rayAt(evaluator, width / 2, height / 2);
+    expectNear(Vec3(corner.direction), normalised({1, height / width, 1}), kTolerance);
+}
+
 TEST_F(CameraServices, TheMiddleOfTheFilmLooksForward) {
     for (const char *name : {"Camera", "Turned"}) {
         const std::size_t index = name == std::string("Turned") ? 1 : 0;

@@ -82,6 +82,17 @@ TEST(Camera, FootprintIsThePixelOnTheFilmPlane) {
     EXPECT_NEAR(camera.ray(0, 50).spread, 2.0 / 200 * std::sqrt(0.5), kTolerance);
 }
 
+// A picture of 200 by 100 pixels that are twice as wide as high is four times as wide as high.
+TEST(Camera, PixelsNeedNotBeSquare) {
+    const Camera camera(described(), 200, 100, 2);
+    const double h = std::sqrt(0.5);
+    expectNear(camera.ray(200, 50).direction, {h, 0, h}, kTolerance, "right edge");
+    expectNear(camera.ray(100, 0).direction, normalised({0, 0.25, 1}), kTolerance, "top edge");
+    EXPECT_NEAR(camera.view().tanHalfHeight, 0.25, kTolerance);
+    // A pixel is 0.01 by 0.005 on the film plane at a distance of 1.
+    EXPECT_NEAR(camera.ray(100, 50).spread, std::sqrt(0.01 * 0.005), kTolerance);
+}
+
 TEST(Camera, LooksAtItsTarget) {
     CameraDescription description = described();
     description.rotation = {77, 88, 99};

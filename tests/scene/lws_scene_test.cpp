@@ -152,6 +152,18 @@ TEST_F(LwsSceneTest, TheZoomBecomesTheFieldOfView) {
     }
 }
 
+// The film of the application is as wide as its picture: focal length = zoom * height / 2.
+TEST_F(LwsSceneTest, CamerasHaveTheShapeOfThePicture) {
+    const SceneDescription scene = read("AddCamera 30000000\nZoomFactor 2\nFrameSize 600 400\nPixelAspect 1.2\n"
+                                        "ApertureHeight 0.02\n");
+    const CameraDescription &camera = scene.cameras.at(0);
+    const double aspect = 600 * 1.2 / 400, half = std::tan(camera.fieldOfView * std::numbers::pi / 360);
+    EXPECT_EQ(scene.render.pixelAspect, 1.2);
+    EXPECT_NEAR(half, aspect / 2, kTolerance);
+    EXPECT_NEAR(camera.filmWidth, 0.02 * aspect, kTolerance);
+    EXPECT_NEAR(camera.filmWidth / 2 / half, 2 * 0.02 / 2, kTolerance) << "the focal length";
+}
+
 TEST(LwsZoom, LongAnimationsAreSampledAtALowerRate) {
     lws::Camera camera;
     for (const double time : {0.0, 100.0}) {

@@ -12,26 +12,26 @@ struct CameraRay {
     double spread;          // growth of a pixel's footprint per metre along the ray
 };
 
-// The size of the film, in metres. Films are as wide as those of 35 mm still cameras; their height follows from the
-// picture's aspect.
+// The size of a film, in metres.
 struct FilmSize {
     double width, height;
 };
-inline constexpr double kFilmWidth = 0.036;
 
-inline FilmSize filmSize(int pictureWidth, int pictureHeight) {
-    return {.width = kFilmWidth, .height = kFilmWidth * pictureHeight / pictureWidth};
+// The width is the camera's own; the height follows from the shape of the picture.
+inline FilmSize filmSize(const CameraDescription &camera, int pictureWidth, int pictureHeight, double pixelAspect) {
+    return {.width = camera.filmWidth, .height = camera.filmWidth * pictureHeight / (pictureWidth * pixelAspect)};
 }
 
-// A pinhole camera with square pixels, prepared for pictures of one size.
+// A pinhole camera, prepared for pictures of one size and shape of pixels.
 class Camera {
   public:
-    // `transform` is the camera's world transform, of which the scale is ignored. Throws InputError for a field of view
-    // that is not between 0 and 180 degrees.
-    Camera(const CameraDescription &description, const Transform &transform, int width, int height);
+    // `transform` is the camera's world transform, of which the scale is ignored; `pixelAspect` is the width of a pixel
+    // divided by its height. Throws InputError for a field of view that is not between 0 and 180 degrees.
+    Camera(const CameraDescription &description, const Transform &transform, int width, int height,
+           double pixelAspect = 1);
     // The same with the transform from transformOf: for a camera without a parent, keys or a target item. Throws
     // InputError also for a target at the camera's own position.
-    Camera(const CameraDescription &description, int width, int height);
+    Camera(const CameraDescription &description, int width, int height, double pixelAspect = 1);
 
     // The ray through a point of the picture, in pixels from its upper left corner: the middle of pixel (0, 0) is at
     // (0.5, 0.5).
@@ -51,7 +51,9 @@ class Camera {
     Matrix toWorld_;
     Vec3 position_;
     double middleX_, middleY_;
-    double pixelSize_; // width of a pixel on the film plane at a distance of 1
+    double filmWidth_;                // metres
+    double pixelWidth_, pixelHeight_; // of a pixel on the film plane at a distance of 1
+    double footprint_;                // the side of a square of the same area
 };
 
 } // namespace velm::host

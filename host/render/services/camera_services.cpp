@@ -26,7 +26,8 @@ const RenderCamera *cameraOf(const HostItem *item) {
 }
 
 Camera currentCamera(const RenderCamera &camera) {
-    return {camera.description, camera.transform, currentScene().width, currentScene().height};
+    const CurrentScene &scene = currentScene();
+    return {camera.description, camera.transform, scene.width, scene.height, scene.scene->render.pixelAspect};
 }
 
 // Null for an item that is no camera of the current scene, for a camera with invalid settings, and without memory.
@@ -92,7 +93,9 @@ constexpr HostCameraEvaluation kCameraEvaluation = {
 // The film of a camera, in metres; 0 by 0 for an item that is no camera of the current scene.
 void filmSizeOf(HostItem *camera, double *width, double *height) {
     const CurrentScene &scene = currentScene();
-    const FilmSize size = cameraOf(camera) ? filmSize(scene.width, scene.height) : FilmSize{.width = 0, .height = 0};
+    FilmSize size{.width = 0, .height = 0};
+    if (const RenderCamera *found = cameraOf(camera))
+        size = filmSize(found->description, scene.width, scene.height, scene.scene->render.pixelAspect);
     *width = size.width;
     *height = size.height;
 }

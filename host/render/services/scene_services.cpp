@@ -30,7 +30,7 @@ HostSceneInfo factsOf(const RenderSceneData &scene, const RenderJob &job, const 
             .framesPerSecond = render.framesPerSecond,
             .width = job.width,
             .height = job.height,
-            .pixelAspect = 1,
+            .pixelAspect = render.pixelAspect,
             .minSamplesPerPixel = job.samples,
             .maxSamplesPerPixel = job.samples,
             .limitedRegion = {region.left, region.top, region.right, region.bottom},

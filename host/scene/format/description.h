@@ -210,7 +210,8 @@ struct LightDescription : ItemDescription {
 };
 
 struct CameraDescription : ItemDescription {
-    double fieldOfView = 40; // horizontal, degrees
+    double fieldOfView = 40;  // horizontal, degrees
+    double filmWidth = 0.036; // metres
 
     CameraDescription() { position = {0, 0, -5}; }
 
@@ -230,6 +231,7 @@ struct ImageDescription {
 
 struct RenderDescription {
     int width = 640, height = 360; // pixels
+    double pixelAspect = 1;        // the width of a pixel divided by its height
     int samples = 1;               // anti-aliasing samples of a pixel
     int recursionDepth = 8;        // bounces
     int firstFrame = 1, lastFrame = 1, frameStep = 1;
@@ -242,6 +244,11 @@ struct RenderDescription {
 
     bool operator==(const RenderDescription &) const = default;
 };
+
+// The width of the picture divided by its height, with the shape of the pixels.
+inline double pictureAspect(const RenderDescription &render) {
+    return render.width * render.pixelAspect / render.height;
+}
 
 // A warning about something in an object file that was left out of the scene's surfaces.
 struct ReadingNote {

@@ -12,6 +12,9 @@ namespace {
 
 // ---- Render settings ----
 
+constexpr ValueRule kPixelAspect{
+    .kind = ValueRule::Kind::number, .minimum = kLeastPixelAspect, .maximum = kLargestPixelAspect};
+
 constexpr Field<RenderDescription> kRenderFields[] = {
     {.key = "width",
      .help = "Width of the picture, in pixels.",
@@ -21,6 +24,10 @@ constexpr Field<RenderDescription> kRenderFields[] = {
      .help = "Height of the picture, in pixels.",
      .rule = integerRule(1, kLargestSide),
      .target = &RenderDescription::height},
+    {.key = "pixelAspect",
+     .help = "Width of a pixel divided by its height.",
+     .rule = kPixelAspect,
+     .target = &RenderDescription::pixelAspect},
     {.key = "samples",
      .help = "Anti-aliasing samples of each pixel.",
      .rule = integerRule(1, kMostSamples),
@@ -88,6 +95,10 @@ constexpr std::array kCameraFields{
         .key = "fieldOfView",
         .help = "Horizontal field of view, in degrees.",
         .target = keyed<CameraDescription, Channel::fieldOfView, &CameraDescription::fieldOfView, kFieldOfView>},
+    Field<CameraDescription>{.key = "filmWidth",
+                             .help = "Width of the film, in metres. With the field of view, it gives the focal length.",
+                             .rule = positiveRule(),
+                             .target = &CameraDescription::filmWidth},
 };
 
 // ---- Lights ----
