@@ -51,6 +51,14 @@ bool readPixelRatio(Statement &statement, Camera &camera) {
     return true;
 }
 
+// In versions 1 and 2: the number of a kind of film.
+bool readFilmCode(Statement &statement, Camera &camera) {
+    constexpr int k35Millimetres = 2;
+    const std::optional<int> code = statement.words.integer();
+    if (code) camera.hasFilmCode = *code != k35Millimetres;
+    return code.has_value();
+}
+
 // In versions 1 and 2: the number of a video format.
 bool readResolution(Statement &, Camera &camera) {
     camera.usesSizeCode = true;
@@ -70,8 +78,13 @@ constexpr Keyword<Camera> kCameraKeywords[] = {
     {.name = "UseGlobalResolution", .read = flag<&Camera::usesGlobalSize>},
     {.name = "AASamples", .read = integer<&Camera::samples>},
     {.name = "MotionBlur", .read = leftOutUnless<Loss::motionBlur, 0>},
-    {.name = "DepthOfField", .read = leftOutUnless<Loss::depthOfField, 0>},
-    {.name = "DepthofField", .read = leftOutUnless<Loss::depthOfField, 0>},
+    {.name = "DepthOfField", .read = flag<&Camera::hasDepthOfField>},
+    {.name = "DepthofField", .read = flag<&Camera::hasDepthOfField>},
+    {.name = "FocalDistance", .read = value<&Camera::focusDistance>},
+    {.name = "LensFStop", .read = value<&Camera::fNumber>},
+    {.name = "DiaphragmSides", .read = integer<&Camera::blades>},
+    {.name = "DiaphragmRotation", .read = constant<&Camera::bladeRotation>},
+    {.name = "FilmSize", .read = readFilmCode},
     {.name = "FieldRendering", .read = leftOutUnless<Loss::fieldRendering, 0>},
     {.name = "CameraMask", .read = leftOutUnless<Loss::cameraMask, 0>},
     {.name = "LimitedRegion", .read = leftOutUnless<Loss::limitedRegion, 0>},

@@ -42,7 +42,7 @@ enum class Loss {
     imageFilter,
     cameraKind,
     motionBlur,
-    depthOfField,
+    filmSize,
     fieldRendering,
     cameraMask,
     limitedRegion,

@@ -76,7 +76,13 @@ struct Camera : Item {
     bool hasPixelCode = false;      // in versions 1 and 2: PixelAspectRatio gives the number of a video format
     bool usesOwnPixelRatio = false; // in versions 1 and 2: CustomPixelRatio gives the shape of the pixels
     double apertureHeight = 0.015;  // the height of the film, metres
-    bool usesSizeCode = false;      // in versions 1 and 2: Resolution gives the number of a video format
+    bool hasFilmCode = false;       // in versions 1 and 2: FilmSize gives the number of another film
+    bool hasDepthOfField = false;
+    Value focusDistance{.constant = 1}; // metres
+    Value fNumber{.constant = 4};
+    int blades = 0;            // of the diaphragm; 0: it is round
+    double bladeRotation = 0;  // degrees
+    bool usesSizeCode = false; // in versions 1 and 2: Resolution gives the number of a video format
     bool usesGlobalSize = false;
     int samples = 1; // of a pixel
 };

@@ -59,6 +59,11 @@ RayState SampleRenderer::initialState(int threadIndex) const {
     return state;
 }
 
+CameraRay SampleRenderer::cameraRay(const PicturePoint &point, std::uint32_t index, std::uint32_t pixelSeed) const {
+    if (!camera_.hasLens()) return camera_.ray(point.x, point.y);
+    return camera_.ray(point.x, point.y, camera_.lensPoint(samplePoint(index, pixelSeed, SamplePurpose::lens)));
+}
+
 bool SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const {
     std::uint32_t pixelSeed = combine(combine(scramble(static_cast<std::uint32_t>(x)), static_cast<std::uint32_t>(y)),
                                       job_.lockNoise ? 0 : static_cast<std::uint32_t>(job_.frame));
@@ -70,7 +75,7 @@ bool SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index, 
     state.seed = combine(pixelSeed, index);
     state.drawnSets = 0;
 
-    const CameraRay view = camera_.ray(x + point.x, y + point.y);
+    const CameraRay view = cameraRay({x + point.x, y + point.y}, index, pixelSeed);
     state.origin = {};
     state.origin.item = cameraItem_.item;
     state.spread = view.spread;

@@ -35,6 +35,11 @@ class SampleRenderer {
     bool render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const;
 
   private:
+    struct PicturePoint {
+        double x, y; // pixels
+    };
+    CameraRay cameraRay(const PicturePoint &point, std::uint32_t index, std::uint32_t pixelSeed) const;
+
     const RenderSceneData &scene_;
     const RenderJob &job_;
     const RenderCamera &cameraItem_;

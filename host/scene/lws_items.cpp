@@ -141,6 +141,15 @@ void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescript
     setValue(to, Channel::edge, 0, from.edge, to.edge, 0);
 }
 
+void convertLens(const lws::Camera &from, CameraDescription &to) {
+    constexpr double kLeastFNumber = 1e-3, kLeastDistance = 1e-3;
+    if (!from.hasDepthOfField) return;
+    setValue(to, Channel::aperture, 0, from.fNumber, to.aperture, kLeastFNumber);
+    setValue(to, Channel::focusDistance, 0, from.focusDistance, to.focusDistance, kLeastDistance);
+    to.blades = from.blades >= 3 ? std::min(from.blades, kMostBlades) : 0;
+    to.bladeRotation = from.bladeRotation;
+}
+
 void convertZoom(const lws::Camera &from, const ZoomSampling &sampling, CameraDescription &to) {
     if (from.zoom.isAnimated())
         setAngleKeys(from.zoom.keys, sampling, to);

@@ -25,6 +25,7 @@ class LwsNames {
 // Each sets members of `to`; `file` is for its location. Values are clamped to the ranges of the scene format.
 void convertPlace(const lws::Item &from, const LwsNames &names, const std::string &file, ItemDescription &to);
 void convertDissolve(const lws::Object &from, ObjectDescription &to);
+void convertLens(const lws::Camera &from, CameraDescription &to);
 void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescription &to);
 
 // How zoom factors become fields of view. The two are not proportional, so the zoom's keys are sampled.

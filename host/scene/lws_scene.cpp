@@ -210,6 +210,7 @@ class Converter {
                       kMostZoomStepsOfAll = 1000000; // bounds the memory of scenes with many cameras
         CameraDescription &camera = scene_.cameras.emplace_back();
         convertPlace(from, names_, file_, camera);
+        convertLens(from, camera);
         const double aspect = pictureAspect(scene_.render);
         camera.filmWidth = std::clamp(from.apertureHeight * aspect, kLeastFilm, kWidestFilm);
         convertZoom(

@@ -233,14 +233,31 @@ TEST(LwsItems, OldCamerasHaveCodes) {
     const lws::Scene code = readLws(1, "AddCamera\nResolution 1\nPixelAspectRatio 0\nDepthofField 1\nMotionBlur 2\n"
                                        "LimitedRegion 1\nCameraMask 1\nFieldRendering 1\n");
     EXPECT_EQ(code.cameras.at(0).width, 640);
+    EXPECT_TRUE(code.cameras[0].hasDepthOfField);
     EXPECT_EQ(lossesOf(code),
               (std::vector<std::string>{
                   "7: a camera has motion blur, which is not rendered",
-                  "6: a camera has depth of field, which is not rendered",
                   "10: a camera renders fields; whole frames are rendered", "9: the mask of a camera is left out",
                   "8: a camera renders a limited region; the whole picture is rendered",
                   "3: the shape of a camera's pixels is not given as a number; they are rendered as squares",
                   "3: the frame size of a camera is not given in pixels; it is rendered at 640 x 480"}));
+}
+
+TEST(LwsItems, CamerasHaveALens) {
+    const lws::Scene scene = readLws(
+        5, "AddCamera 30000000\nDepthOfField 1\nFocalDistance (envelope)\n" + envelope("Key 2 0 3\nKey 5 1 3\n") +
+               "LensFStop 2.8\nDiaphragmSides 5\nDiaphragmRotation 10\nAddCamera 30000001\n");
+    const lws::Camera &camera = scene.cameras.at(0);
+    EXPECT_TRUE(camera.hasDepthOfField);
+    EXPECT_EQ(camera.focusDistance.keys.keys.at(1).value[0], 5);
+    EXPECT_EQ(camera.fNumber.constant, 2.8);
+    EXPECT_EQ(camera.blades, 5);
+    EXPECT_EQ(camera.bladeRotation, 10);
+    EXPECT_FALSE(scene.cameras.at(1).hasDepthOfField);
+    EXPECT_EQ(lossesOf(scene), std::vector<std::string>{});
+    const lws::Scene old = readLws(1, "AddCamera\nDepthofField 1\nFilmSize 6\n");
+    EXPECT_EQ(lossesOf(old), std::vector<std::string>{"3: the film of a camera with depth of field is not given as a "
+                                                      "number; it is taken as 15 mm high"});
 }
 
 } // namespace

@@ -187,6 +187,25 @@ TEST_F(CameraServices, NeitherLensNorTimeMoveARay) {
     }
 }
 
+TEST_F(CameraServices, RaysStartOnTheLens) {
+    CameraDescription &lens = scene_.description.cameras[0]; // a focal length of 18 mm
+    lens.aperture = 3;
+    lens.focusDistance = 2;
+    scene_.update();
+    const Evaluator evaluator = evaluatorOf(camera("Camera"));
+    const auto ray = [&](double x, double y) {
+        HostCameraRay found{};
+        EXPECT_EQ(evaluationService().evaluate(evaluator.get(), 0, 0, x, y, 0, &found), 1);
+        return found;
+    };
+    expectNear(Vec3(ray(-1, 0).origin), {1 - 0.003, 2, 3}, kTolerance);
+    expectNear(Vec3(ray(-1, 0).direction), normalised({0.003, 0, 2}), kTolerance);
+    const double edge = 0.003 * std::sqrt(0.5);
+    expectNear(Vec3(ray(1, 1).origin), {1 + edge, 2 + edge, 3}, kTolerance, "not beyond the lens");
+    HostCameraRay none{};
+    EXPECT_EQ(evaluationService().evaluate(evaluator.get(), 0, 0, NAN, 0, 0, &none), 0);
+}
+
 TEST_F(CameraServices, TheFilterLetsAllColoursThrough) {
     const Evaluator evaluator = evaluatorOf(camera("Camera"));
     const HostCameraRay ray = rayAt(evaluator, 0.01, 0.01);

@@ -93,6 +93,59 @@ TEST(Camera, PixelsNeedNotBeSquare) {
     EXPECT_NEAR(camera.ray(100, 50).spread, std::sqrt(0.01 * 0.005), kTolerance);
 }
 
+CameraDescription withLens() {
+    CameraDescription description = described(); // a focal length of 18 mm
+    description.aperture = 2;
+    description.focusDistance = 4;
+    return description;
+}
+
+TEST(Camera, RaysThroughTheLensMeetInFocus) {
+    const Camera camera(withLens(), 200, 100);
+    for (const double x : {0.0, 63.0, 200.0}) {
+        const CameraRay middle = camera.ray(x, 30);
+        const Vec3 focus = middle.origin + 4 / middle.direction.z * middle.direction;
+        for (const DiscPoint lens : {DiscPoint{0, 0}, {1, 0}, {-0.6, 0.8}}) {
+            const CameraRay ray = camera.ray(x, 30, lens);
+            expectNear(ray.origin, Vec3{1 + 0.0045 * lens.x, 2 + 0.0045 * lens.y, 3}, kTolerance, "18 mm / 2 / 2");
+            expectNear(cross(normalised(focus - ray.origin), ray.direction), {0, 0, 0}, kTolerance);
+        }
+    }
+}
+
+// The point at the depth z is seen through the edge of the lens at a distance of D F |z - d| / (2 z d) on the film from
+// where it is seen through the middle.
+TEST(Camera, PointsOutOfFocusBecomeDiscs) {
+    constexpr double kDiameter = 0.009, kFocalLength = 0.018, kFocus = 4;
+    const Camera camera(withLens(), 200, 100);
+    for (const double depth : {1.0, 3.0, 4.0, 20.0}) {
+        const double radius = kDiameter * kFocalLength * (depth - kFocus) / (2 * depth * kFocus);
+        for (const DiscPoint lens : {DiscPoint{1, 0}, {0, -1}, {0.6, 0.8}}) {
+            const CameraRay ray = camera.filmRay(radius * lens.x, radius * lens.y, lens);
+            const Vec3 there = ray.origin + depth / ray.direction.z * ray.direction;
+            expectNear(there, Vec3{1, 2, 3 + depth}, kTolerance);
+        }
+    }
+}
+
+TEST(Camera, APinholeHasNoLens) {
+    EXPECT_FALSE(Camera(described(), 200, 100).hasLens());
+    EXPECT_TRUE(Camera(withLens(), 200, 100).hasLens());
+}
+
+TEST(Camera, BladesGiveTheLensItsShape) {
+    CameraDescription description = withLens();
+    description.blades = 4;
+    description.bladeRotation = 45;
+    const Camera camera(description, 200, 100);
+    double widest = 0;
+    for (int i = 0; i < 100; ++i) {
+        const DiscPoint point = camera.lensPoint({i % 10 / 10.0, (i / 10 + 1) / 10.0});
+        widest = std::max({widest, std::fabs(point.x), std::fabs(point.y)});
+    }
+    EXPECT_NEAR(widest, std::sqrt(0.5), kTolerance) << "an upright square";
+}
+
 TEST(Camera, LooksAtItsTarget) {
     CameraDescription description = described();
     description.rotation = {77, 88, 99};

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <set>
 #include <utility>
 
@@ -45,6 +46,54 @@ TEST(Sampling, SeedsDiffer) {
     std::set<double> found;
     for (std::uint32_t seed = 0; seed < 1000; ++seed) found.insert(stratifiedPoint(0, combine(seed, 1)).x);
     EXPECT_GT(found.size(), 990u);
+}
+
+// The points of a purpose are stratified like those on the picture.
+TEST(Sampling, PointsOfAPurposeFillEveryElementaryInterval) {
+    constexpr std::uint32_t kCount = 16, kSide = 4;
+    for (const std::uint32_t seed : {1u, 77u}) {
+        for (const std::uint32_t block : {0u, 5u}) {
+            std::set<int> cells;
+            for (std::uint32_t i = 0; i < kCount; ++i) {
+                const UnitSquare point = samplePoint(block * kCount + i, seed, SamplePurpose::lens);
+                cells.insert(static_cast<int>(point.y * kSide) * 4 + static_cast<int>(point.x * kSide));
+            }
+            EXPECT_EQ(cells.size(), kCount) << "seed " << seed << ", block " << block;
+        }
+    }
+}
+
+// Without a shuffled index, the first coordinates of the two points would be in equal quarters wherever those of
+// another sample are: 16 samples would be in only 4 of 4 by 4 cells. Independent ones are in 10.3 of them on average.
+TEST(Sampling, PointsOfAPurposeDoNotFollowThoseOfThePicture) {
+    constexpr std::uint32_t kPixels = 200, kSamples = 16;
+    std::size_t cells = 0;
+    for (std::uint32_t pixel = 0; pixel < kPixels; ++pixel) {
+        std::set<std::pair<int, int>> found;
+        for (std::uint32_t i = 0; i < kSamples; ++i)
+            found.emplace(static_cast<int>(4 * stratifiedPoint(i, scramble(pixel)).x),
+                          static_cast<int>(4 * samplePoint(i, scramble(pixel), SamplePurpose::lens).x));
+        cells += found.size();
+    }
+    EXPECT_GT(static_cast<double>(cells) / kPixels, 9);
+}
+
+// Of equally many points in cells of the square, a part of the shape gets as many as its part of the area.
+TEST(Sampling, ShapesOfLensesAreFilledEvenly) {
+    constexpr int kSide = 200;
+    const double half = std::sqrt(0.5); // the disc of this radius has half of the area
+    int inDisc = 0, inSquare = 0;
+    for (int i = 0; i < kSide * kSide; ++i) {
+        const UnitSquare point = {(i % kSide + 0.5) / kSide, (i / kSide + 0.5) / kSide};
+        const DiscPoint disc = onDisc(point);
+        EXPECT_LE(std::hypot(disc.x, disc.y), 1);
+        if (std::hypot(disc.x, disc.y) < half && disc.x > 0) ++inDisc;
+        const DiscPoint square = onPolygon(point, 4, 0); // the square with corners at (1, 0), (0, 1) and so on
+        EXPECT_LE(std::fabs(square.x) + std::fabs(square.y), 1 + 1e-12);
+        if (square.x + square.y > 0.5) ++inSquare; // the outer quarter of the upper right half
+    }
+    EXPECT_NEAR(inDisc, kSide * kSide / 4, kSide * kSide * 0.005);
+    EXPECT_NEAR(inSquare, kSide * kSide / 4, kSide * kSide * 0.005);
 }
 
 } // namespace

@@ -43,6 +43,8 @@ const BadScene kBadScenes[] = {
      "\"backdrop\", \"images\", \"objects\", \"nulls\" and \"surfaces\""},
     {"EmptyCameras", "{\n\"cameras\": {}}", "2: a scene needs at least one camera"},
     {"UnknownKey", withCamera("\"light\": {}"), "2: a scene has no key \"light\", did you mean \"lights\"?"},
+    {"ALensOfTwoBlades", "{\"cameras\": {\"Main\":\n{\"blades\": 2}}}",
+     "2: a lens has 3 blades or more, or 0 if it is round"},
     {"RepeatedKey", withCamera("\"cameras\": {}"), "2: \"cameras\" occurs twice; first on line 1"},
 
     {"WidthText", render("\"width\": \"640\""), "2: \"width\" must be a whole number from 1 to 32768; found \"640\""},

@@ -164,6 +164,20 @@ TEST_F(LwsSceneTest, CamerasHaveTheShapeOfThePicture) {
     EXPECT_NEAR(camera.filmWidth / 2 / half, 2 * 0.02 / 2, kTolerance) << "the focal length";
 }
 
+TEST_F(LwsSceneTest, LensesHaveAnFNumber) {
+    const SceneDescription scene =
+        read("AddCamera 30000000\nDepthOfField 1\nLensFStop 2.8\nFocalDistance (envelope)\n" + kKeys +
+             "DiaphragmSides 6\nDiaphragmRotation 15\n"
+             "AddCamera 30000001\nLensFStop 2.8\nFocalDistance 3\n");
+    const CameraDescription &camera = scene.cameras.at(0);
+    EXPECT_EQ(camera.aperture, 2.8);
+    EXPECT_EQ(camera.channels.at(0).channel, Channel::focusDistance);
+    EXPECT_EQ(camera.channels[0].keys.keys.at(1).value[0], 2);
+    EXPECT_EQ(camera.blades, 6);
+    EXPECT_EQ(camera.bladeRotation, 15);
+    EXPECT_EQ(scene.cameras.at(1).aperture, 0) << "which has depth of field switched off";
+}
+
 TEST(LwsZoom, LongAnimationsAreSampledAtALowerRate) {
     lws::Camera camera;
     for (const double time : {0.0, 100.0}) {
@@ -295,12 +309,12 @@ TEST_F(LwsSceneTest, CanBeWrittenAsASceneOfOurs) {
 }
 
 TEST_F(LwsSceneTest, WarnsOfWhatIsLeftOut) {
-    read("AddCamera 30000000\nDepthOfField 1\n", 6);
+    read("AddCamera 30000000\nFieldRendering 1\n", 6);
     ASSERT_EQ(warnings_.size(), 2u);
     EXPECT_EQ(warnings_[0].text(), (directory_ / "shot.lws") + ":2: the scene has version 6; it is read as version 5, "
                                                                "the last one that is known");
     EXPECT_EQ(warnings_[1].text(),
-              (directory_ / "shot.lws") + ":4: a camera has depth of field, which is not rendered");
+              (directory_ / "shot.lws") + ":4: a camera renders fields; whole frames are rendered");
 }
 
 } // namespace

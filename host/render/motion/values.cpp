@@ -37,8 +37,12 @@ double *memberOf(LightDescription &light, Channel channel) {
 }
 
 double *memberOf(CameraDescription &camera, Channel channel) {
-    if (channel == Channel::fieldOfView) return &camera.fieldOfView;
-    return memberOf(static_cast<ItemDescription &>(camera), channel);
+    switch (channel) {
+    case Channel::fieldOfView: return &camera.fieldOfView;
+    case Channel::aperture: return &camera.aperture;
+    case Channel::focusDistance: return &camera.focusDistance;
+    default: return memberOf(static_cast<ItemDescription &>(camera), channel);
+    }
 }
 
 template <class Item>

@@ -1,23 +1,36 @@
 #include "host/render/scene/camera.h"
 
+#include "host/base/angles.h"
 #include "host/base/error.h"
 #include "host/render/motion/pose.h"
 
+#include <algorithm>
+#include <cmath>
 #include <numbers>
 
 namespace velm::host {
+namespace {
+
+constexpr double kNearestFocus = 1e-6; // metres; keys may give less between them
+
+} // namespace
 
 Camera::Camera(const CameraDescription &description, const Transform &transform, int width, int height,
                double pixelAspect)
     : toWorld_(isRigid(description) ? transform.toWorld : withoutScale(transform.toWorld)),
-      position_(transform.position), middleX_(width / 2.0), middleY_(height / 2.0), filmWidth_(description.filmWidth) {
+      position_(transform.position), middleX_(width / 2.0), middleY_(height / 2.0), filmWidth_(description.filmWidth),
+      focusDistance_(std::max(description.focusDistance, kNearestFocus)), blades_(description.blades),
+      bladeRotation_(description.bladeRotation * kRadiansPerDegree) {
     if (!(description.fieldOfView > 0 && description.fieldOfView < 180)) {
         throw InputError(description.location, "the field of view of the camera \"" + description.name +
                                                    "\" has to be between 0 and 180 degrees");
     }
-    pixelWidth_ = 2 * std::tan(description.fieldOfView * std::numbers::pi / 360) / width;
+    const double halfView = std::tan(description.fieldOfView * std::numbers::pi / 360);
+    pixelWidth_ = 2 * halfView / width;
     pixelHeight_ = pixelWidth_ / pixelAspect;
     footprint_ = pixelWidth_ / std::sqrt(pixelAspect);
+    const double focalLength = filmWidth_ / (2 * halfView);
+    if (description.aperture > 0) lensRadius_ = focalLength / description.aperture / 2;
 }
 
 Camera::Camera(const CameraDescription &description, int width, int height, double pixelAspect)
@@ -30,9 +43,24 @@ CameraRay Camera::ray(double x, double y) const {
     return {.origin = position_, .direction = toWorld_ * direction, .spread = footprint_ * direction.z};
 }
 
-CameraRay Camera::filmRay(double x, double y) const {
+// All rays from one point of the film meet in one point of the plane in focus.
+CameraRay Camera::ray(double x, double y, const DiscPoint &lens) const {
+    const Vec3 start = lensRadius_ * Vec3{lens.x, lens.y, 0};
+    const Vec3 film{(x - middleX_) * pixelWidth_, (middleY_ - y) * pixelHeight_, 1};
+    const Vec3 direction = normalised(focusDistance_ * film - start);
+    return {
+        .origin = position_ + toWorld_ * start, .direction = toWorld_ * direction, .spread = footprint_ * direction.z};
+}
+
+DiscPoint Camera::lensPoint(const UnitSquare &point) const {
+    return blades_ == 0 ? onDisc(point) : onPolygon(point, blades_, bladeRotation_);
+}
+
+CameraRay Camera::filmRay(double x, double y, const DiscPoint &lens) const {
     const double pixelsPerMetre = 2 * middleX_ / filmWidth_;
-    return ray(middleX_ + x * pixelsPerMetre, middleY_ - y * pixelsPerMetre * (pixelWidth_ / pixelHeight_));
+    const double pixelX = middleX_ + x * pixelsPerMetre;
+    const double pixelY = middleY_ - y * pixelsPerMetre * (pixelWidth_ / pixelHeight_);
+    return hasLens() ? ray(pixelX, pixelY, lens) : ray(pixelX, pixelY);
 }
 
 CameraView Camera::view() const {

@@ -1,6 +1,7 @@
 // The camera that a picture is taken with.
 #pragma once
 
+#include "host/render/geometry/sampling.h"
 #include "host/render/geometry/transform.h"
 #include "host/scene/format/description.h"
 #include "host/services/camera_view.h"
@@ -22,7 +23,15 @@ inline FilmSize filmSize(const CameraDescription &camera, int pictureWidth, int 
     return {.width = camera.filmWidth, .height = camera.filmWidth * pictureHeight / (pictureWidth * pixelAspect)};
 }
 
-// A pinhole camera, prepared for pictures of one size and shape of pixels.
+// A camera with a pinhole or a thin lens, prepared for pictures of one size and shape of pixels.
+//
+// The focal length is F = film width / (2 tan(field of view / 2)), the lens's diameter F / f-number. As in LightWave,
+// the field of view does not depend on the focus: the film is at the distance F behind the lens, not at F d / (d - F).
+// So a point at the depth z becomes a disc on the film, of the diameter
+//
+//   lens diameter * F * |z - d| / (z d)
+//
+// where d is the focus distance. Depths and the focus distance are measured along the camera's axis.
 class Camera {
   public:
     // `transform` is the camera's world transform, of which the scale is ignored; `pixelAspect` is the width of a pixel
@@ -37,9 +46,18 @@ class Camera {
     // (0.5, 0.5).
     CameraRay ray(double x, double y) const;
 
+    // The same through a point of the lens, which has the radius 1 here, with x to the picture's right and y to its
+    // top.
+    CameraRay ray(double x, double y, const DiscPoint &lens) const;
+
+    // Whether rays through different points of the lens differ.
+    bool hasLens() const { return lensRadius_ > 0; }
+    // Maps the square to the shape of the lens, with equal areas.
+    DiscPoint lensPoint(const UnitSquare &point) const;
+
     // The ray through a point of the film, in metres from its middle to the picture's right and to its top; also beyond
     // the film's edges. Except for its spread, the ray does not depend on the picture's size.
-    CameraRay filmRay(double x, double y) const;
+    CameraRay filmRay(double x, double y, const DiscPoint &lens = {0, 0}) const;
 
     // The unit vector in which the camera looks: the film's normal.
     Vec3 forward() const { return toWorld_ * Vec3{0, 0, 1}; }
@@ -54,6 +72,10 @@ class Camera {
     double filmWidth_;                // metres
     double pixelWidth_, pixelHeight_; // of a pixel on the film plane at a distance of 1
     double footprint_;                // the side of a square of the same area
+    double lensRadius_ = 0;           // metres
+    double focusDistance_;            // metres, above 0
+    int blades_;
+    double bladeRotation_; // radians
 };
 
 } // namespace velm::host

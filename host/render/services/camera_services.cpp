@@ -1,7 +1,6 @@
 // The "LW Camera Evaluation Funcs 2" and "LW Camera Info 5" services: rays, films and shutters of the scene's cameras.
-// The cameras are pinhole cameras that move between frames only: their rays are the same at every point of the lens and
-// at every time while the shutter is open. An evaluator is ready once it is created, and follows the camera at each new
-// time.
+// The cameras move between frames only: their rays are the same at every time while the shutter is open. An evaluator
+// is ready once it is created, and follows the camera at each new time.
 #include "host/base/thread_role.h"
 #include "host/render/scene/camera.h"
 #include "host/render/scene/current_scene.h"
@@ -66,11 +65,19 @@ HostError newTime(HostCameraEvaluator *evaluator, int, double) {
     return nullptr;
 }
 
-int evaluate(HostCameraEvaluator *evaluator, double filmX, double filmY, double, double, double, HostCameraRay *ray) {
+// A position beyond the edge of the lens counts as the nearest one on the edge.
+DiscPoint onLens(double x, double y) {
+    const double distance = std::hypot(x, y);
+    return distance > 1 ? DiscPoint{x / distance, y / distance} : DiscPoint{x, y};
+}
+
+int evaluate(HostCameraEvaluator *evaluator, double filmX, double filmY, double lensX, double lensY, double,
+             HostCameraRay *ray) {
     assertRender();
     if (!evaluator || !std::isfinite(filmX) || !std::isfinite(filmY)) return 0;
+    if (evaluator->camera.hasLens() && !std::isfinite(std::hypot(lensX, lensY))) return 0;
     const Camera &camera = evaluator->camera;
-    const CameraRay found = camera.filmRay(filmX, filmY);
+    const CameraRay found = camera.filmRay(filmX, filmY, onLens(lensX, lensY));
     *ray = {};
     for (int i = 0; i < 3; ++i) ray->filter[i][i] = 1; // a filter that lets everything pass
     found.origin.store(ray->origin);

@@ -106,14 +106,16 @@ enum class Channel {
     rotation, // degrees
     scale,
     pivot,
-    target,      // the point
-    colour,      // of lights
-    intensity,   // of lights
-    range,       // of lights
-    cone,        // of spot lights, degrees
-    edge,        // of spot lights, degrees
-    fieldOfView, // of cameras, degrees
-    dissolve,    // of objects
+    target,        // the point
+    colour,        // of lights
+    intensity,     // of lights
+    range,         // of lights
+    cone,          // of spot lights, degrees
+    edge,          // of spot lights, degrees
+    fieldOfView,   // of cameras, degrees
+    dissolve,      // of objects
+    aperture,      // of cameras, f-number
+    focusDistance, // of cameras
 };
 
 // The keys of one component of a value. They replace the constant, and the item's member keeps its default.
@@ -212,6 +214,11 @@ struct LightDescription : ItemDescription {
 struct CameraDescription : ItemDescription {
     double fieldOfView = 40;  // horizontal, degrees
     double filmWidth = 0.036; // metres
+    // The diameter of the lens is the focal length divided by this f-number. 0: a pinhole, with everything in focus.
+    double aperture = 0;
+    double focusDistance = 1; // metres, along the camera's +Z
+    int blades = 0;           // the lens has the shape of a regular polygon with so many sides; 0: it is round
+    double bladeRotation = 0; // of the polygon, degrees
 
     CameraDescription() { position = {0, 0, -5}; }
 

@@ -79,11 +79,15 @@ void finishRender(const ReadContext &context, const JsonValue &object, RenderDes
 // ---- Cameras ----
 
 void finishCamera(const ReadContext &context, const JsonValue &object, CameraDescription &camera) {
+    if (camera.blades == 1 || camera.blades == 2)
+        context.fail(object.find("blades")->line, "a lens has 3 blades or more, or 0 if it is round");
     checkAim(context, object, camera, "camera");
 }
 
 constexpr ValueRule kFieldOfView{
     .kind = ValueRule::Kind::number, .minimum = 0, .maximum = 180, .exclusiveMinimum = true, .exclusiveMaximum = true};
+
+constexpr ValueRule kAperture = atLeastRule(0), kFocusDistance = positiveRule();
 
 constexpr std::array kCameraFields{
     kPositionField<CameraDescription>,
@@ -99,6 +103,24 @@ constexpr std::array kCameraFields{
                              .help = "Width of the film, in metres. With the field of view, it gives the focal length.",
                              .rule = positiveRule(),
                              .target = &CameraDescription::filmWidth},
+    Field<CameraDescription>{
+        .key = "aperture",
+        .help = "F-number of the lens: the focal length divided by the lens's diameter. 0, the default, is a pinhole, "
+                "which has everything in focus.",
+        .target = keyed<CameraDescription, Channel::aperture, &CameraDescription::aperture, kAperture>},
+    Field<CameraDescription>{
+        .key = "focusDistance",
+        .help = "Distance of the plane that is in focus, in metres along the camera's +Z.",
+        .target = keyed<CameraDescription, Channel::focusDistance, &CameraDescription::focusDistance, kFocusDistance>},
+    Field<CameraDescription>{.key = "blades",
+                             .help =
+                                 "Number of sides of the lens, which shows in what is out of focus; 0: it is round.",
+                             .rule = integerRule(0, kMostBlades),
+                             .target = &CameraDescription::blades},
+    Field<CameraDescription>{.key = "bladeRotation",
+                             .help = "Rotation of the blades about the camera's +Z, in degrees, as a bank.",
+                             .rule = numberRule(),
+                             .target = &CameraDescription::bladeRotation},
 };
 
 // ---- Lights ----
