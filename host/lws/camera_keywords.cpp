@@ -2,6 +2,22 @@
 
 namespace velm::host::lws {
 
+namespace {
+
+// Four numbers, all or none of which are set.
+bool readFour(Statement &statement, std::array<double, 4> &numbers) {
+    std::array<double, 4> read{};
+    for (double &number : read) {
+        const std::optional<double> found = statement.words.number();
+        if (!found) return false;
+        number = *found;
+    }
+    numbers = read;
+    return true;
+}
+
+} // namespace
+
 bool readFrameSize(Statement &statement, Camera &camera) {
     const std::optional<double> width = statement.words.number(), height = statement.words.number();
     if (!width || !height || *width < 1 || *height < 1) return false;
@@ -31,7 +47,11 @@ bool readFilmHeight(Statement &statement, Camera &camera) {
     return true;
 }
 
+bool readMask(Statement &statement, Camera &camera) { return readFour(statement, camera.mask); }
+
 namespace {
+
+bool readRegion(Statement &statement, Camera &camera) { return readFour(statement, camera.region); }
 
 // In versions 1 and 2: the number of a video format, or -1 for the ratio in another line.
 bool readPixelAspectCode(Statement &statement, Camera &camera) {
@@ -86,8 +106,12 @@ constexpr Keyword<Camera> kCameraKeywords[] = {
     {.name = "DiaphragmRotation", .read = constant<&Camera::bladeRotation>},
     {.name = "FilmSize", .read = readFilmCode},
     {.name = "FieldRendering", .read = leftOutUnless<Loss::fieldRendering, 0>},
-    {.name = "CameraMask", .read = leftOutUnless<Loss::cameraMask, 0>},
-    {.name = "LimitedRegion", .read = leftOutUnless<Loss::limitedRegion, 0>},
+    {.name = "CameraMask", .read = flag<&Camera::hasMask>},
+    {.name = "MaskPosition", .read = readMask},
+    {.name = "MaskColor", .read = constant<&Camera::maskColour>},
+    {.name = "UseGlobalMask", .read = flag<&Camera::usesGlobalMask>},
+    {.name = "LimitedRegion", .read = flag<&Camera::hasRegion>},
+    {.name = "RegionLimits", .read = readRegion},
 };
 
 } // namespace

@@ -47,6 +47,8 @@ bool readGlobalPixelAspect(Statement &statement, Scene &scene) {
     return readPixelAspect(statement, scene.globalCamera);
 }
 
+bool readGlobalMask(Statement &statement, Scene &scene) { return readMask(statement, scene.globalCamera); }
+
 bool readGlobalFilmHeight(Statement &statement, Scene &scene) { return readFilmHeight(statement, scene.globalCamera); }
 
 constexpr Keyword<Scene> kSceneKeywords[] = {
@@ -74,6 +76,7 @@ constexpr Keyword<Scene> kSceneKeywords[] = {
     {.name = "GlobalFrameSize", .read = readGlobalSize},
     {.name = "GlobalMultiplier", .read = readGlobalMultiplier},
     {.name = "GlobalPixelAspect", .read = readGlobalPixelAspect},
+    {.name = "GlobalMaskPosition", .read = readGlobalMask},
     {.name = "GlobalFilmHeight", .read = readGlobalFilmHeight},
     {.name = "EnableRadiosity", .read = leftOutUnless<Loss::globalIllumination, 0>},
     {.name = "EnableCaustics", .read = leftOutUnless<Loss::caustics, 0>},

@@ -44,8 +44,6 @@ enum class Loss {
     motionBlur,
     filmSize,
     fieldRendering,
-    cameraMask,
-    limitedRegion,
     pixelAspect,
     frameSizeCode,
     renderRange,

@@ -45,7 +45,7 @@ bool isOpaque(const RenderSceneData &scene) {
 SampleRenderer::SampleRenderer(const RenderSceneData &scene, const RenderJob &job)
     : scene_(scene), job_(job), cameraItem_(findCamera(scene, job.camera)),
       camera_(cameraItem_.description, cameraItem_.transform, job.width, job.height, scene.render.pixelAspect),
-      allOpaque_(isOpaque(scene)) {}
+      mask_(pixelsOfPicture(cameraItem_.description.mask, job.width, job.height)), allOpaque_(isOpaque(scene)) {}
 
 RayState SampleRenderer::initialState(int threadIndex) const {
     RayState state;
@@ -65,6 +65,10 @@ CameraRay SampleRenderer::cameraRay(const PicturePoint &point, std::uint32_t ind
 }
 
 bool SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const {
+    if (!mask_.contains(x, y)) [[unlikely]] {
+        colour = Vec3(cameraItem_.description.maskColour);
+        return true;
+    }
     std::uint32_t pixelSeed = combine(combine(scramble(static_cast<std::uint32_t>(x)), static_cast<std::uint32_t>(y)),
                                       job_.lockNoise ? 0 : static_cast<std::uint32_t>(job_.frame));
     if (job_.seed != 0) pixelSeed = combine(pixelSeed, job_.seed);

@@ -30,7 +30,8 @@ class SampleRenderer {
     RayState initialState(int threadIndex) const;
 
     // Renders sample `index` of the pixel (x, y) of the picture, and writes its colour to `colour`. Returns whether the
-    // camera ray hit an object; if not, the colour is the backdrop's.
+    // camera ray hit an object; if not, the colour is the backdrop's. A pixel outside the camera's mask has the mask's
+    // colour, and counts as a hit.
     // [render threads]
     bool render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const;
 
@@ -44,6 +45,7 @@ class SampleRenderer {
     const RenderJob &job_;
     const RenderCamera &cameraItem_;
     const Camera camera_;
+    const Region mask_; // the pixels that show the scene
     const bool allOpaque_;
 };
 

@@ -57,6 +57,13 @@ void setAngleKeys(const KeysDescription &zoom, const ZoomSampling &sampling, Cam
     to.channels.push_back({.channel = Channel::fieldOfView, .component = 0, .keys = std::move(keys)});
 }
 
+// The picture's part of a rectangle; the whole picture if they have nothing in common.
+Part partOf(Part rectangle) {
+    for (double &edge : rectangle) edge = std::clamp(edge, 0.0, 1.0);
+    const bool isEmpty = rectangle[0] >= rectangle[2] || rectangle[1] >= rectangle[3];
+    return isEmpty ? kWholePicture : rectangle;
+}
+
 LightDescription::Kind kindOf(lws::Light::Kind kind) {
     switch (kind) {
     case lws::Light::Kind::point:
@@ -139,6 +146,18 @@ void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescript
     if (to.kind != LightDescription::Kind::spot) return;
     setValue(to, Channel::cone, 0, from.cone, to.cone, kLeastCone, kMostCone);
     setValue(to, Channel::edge, 0, from.edge, to.edge, 0);
+}
+
+Part regionOf(const lws::Camera &camera) {
+    const auto &[left, right, top, bottom] = camera.region;
+    return camera.hasRegion ? partOf({left, top, right, bottom}) : kWholePicture;
+}
+
+void convertMask(const lws::Camera &from, CameraDescription &to) {
+    const auto &[left, top, width, height] = from.mask;
+    if (!from.hasMask) return;
+    to.mask = partOf({left / from.width, top / from.height, (left + width) / from.width, (top + height) / from.height});
+    for (std::size_t i = 0; i < to.maskColour.size(); ++i) to.maskColour[i] = std::max(from.maskColour[i], 0.0);
 }
 
 void convertLens(const lws::Camera &from, CameraDescription &to) {

@@ -25,6 +25,9 @@ class LwsNames {
 // Each sets members of `to`; `file` is for its location. Values are clamped to the ranges of the scene format.
 void convertPlace(const lws::Item &from, const LwsNames &names, const std::string &file, ItemDescription &to);
 void convertDissolve(const lws::Object &from, ObjectDescription &to);
+// The part of the picture that a camera renders.
+Part regionOf(const lws::Camera &camera);
+void convertMask(const lws::Camera &from, CameraDescription &to);
 void convertLens(const lws::Camera &from, CameraDescription &to);
 void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescription &to);
 

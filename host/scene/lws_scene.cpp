@@ -95,6 +95,7 @@ class Converter {
             render.cameraLocation = {.file = file_, .line = camera->line};
             render.width = pixels(camera->width, camera->multiplier);
             render.height = pixels(camera->height, camera->multiplier);
+            render.region = regionOf(*camera);
             render.pixelAspect = std::clamp(camera->pixelAspect, kLeastPixelAspect, kLargestPixelAspect);
             samples = std::max(samples, camera->samples);
         }
@@ -211,6 +212,7 @@ class Converter {
         CameraDescription &camera = scene_.cameras.emplace_back();
         convertPlace(from, names_, file_, camera);
         convertLens(from, camera);
+        convertMask(from, camera);
         const double aspect = pictureAspect(scene_.render);
         camera.filmWidth = std::clamp(from.apertureHeight * aspect, kLeastFilm, kWidestFilm);
         convertZoom(

@@ -237,10 +237,27 @@ TEST(LwsItems, OldCamerasHaveCodes) {
     EXPECT_EQ(lossesOf(code),
               (std::vector<std::string>{
                   "7: a camera has motion blur, which is not rendered",
-                  "10: a camera renders fields; whole frames are rendered", "9: the mask of a camera is left out",
-                  "8: a camera renders a limited region; the whole picture is rendered",
+                  "10: a camera renders fields; whole frames are rendered",
                   "3: the shape of a camera's pixels is not given as a number; they are rendered as squares",
                   "3: the frame size of a camera is not given in pixels; it is rendered at 640 x 480"}));
+}
+
+TEST(LwsItems, CamerasHaveMasksAndRegions) {
+    const lws::Scene scene = readLws(5, "AddCamera 30000000\nCameraMask 1\nMaskPosition 10 20 300 200\n"
+                                        "MaskColor 1 0.5 0\nLimitedRegion 1\nRegionLimits 0.25 0.75 0.1 1\n"
+                                        "AddCamera 30000001\nUseGlobalMask 1\nMaskPosition 0 0 1 1\nRegionLimits 0 1\n"
+                                        "GlobalMaskPosition 1 2 3 4\n");
+    using Four = std::array<double, 4>;
+    EXPECT_TRUE(scene.cameras.at(0).hasMask);
+    EXPECT_EQ(scene.cameras[0].mask, (Four{10, 20, 300, 200}));
+    EXPECT_EQ(scene.cameras[0].maskColour, (Double3{1, 0.5, 0}));
+    EXPECT_TRUE(scene.cameras[0].hasRegion);
+    EXPECT_EQ(scene.cameras[0].region, (Four{0.25, 0.75, 0.1, 1}));
+    EXPECT_FALSE(scene.cameras.at(1).hasMask);
+    EXPECT_EQ(scene.cameras[1].mask, (Four{1, 2, 3, 4}));
+    EXPECT_EQ(scene.cameras[1].region, (Four{0, 1, 0, 1})) << "two numbers are missing";
+    EXPECT_EQ(lossesOf(scene),
+              std::vector<std::string>{"12: a line is ignored: its arguments are not those that its keyword has"});
 }
 
 TEST(LwsItems, CamerasHaveALens) {

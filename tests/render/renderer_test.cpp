@@ -314,5 +314,32 @@ TEST(Renderer, JobFromTheScene) {
     EXPECT_EQ(job.camera, "B");
 }
 
+TEST(RenderJob, ARegionIsMadeOfWholePixels) {
+    RenderDescription description;
+    description.width = 200;
+    description.height = 100;
+    EXPECT_EQ(renderJob(description).region, Region{}) << "the whole picture";
+    description.region = {0.25, 0.5, 0.752, 1};
+    EXPECT_EQ(renderJob(description).region, (Region{.left = 50, .top = 50, .right = 150, .bottom = 100}));
+    description.region = {0.999, 0.001, 1, 0.002};
+    EXPECT_EQ(renderJob(description).region, (Region{.left = 199, .top = 0, .right = 200, .bottom = 1}))
+        << "one at least";
+}
+
+TEST(Mask, PixelsOutsideHaveItsColour) {
+    TestScene scene = litBall(); // 50 by 40 pixels
+    const Picture whole = scene.render().picture;
+    scene.description.cameras[0].mask = {0.2, 0, 1, 0.5};
+    scene.description.cameras[0].maskColour = {1, 2, 3};
+    scene.update();
+    const Picture masked = scene.render().picture;
+    EXPECT_TRUE(samePixels(masked, whole, {.left = 10, .top = 0, .right = 50, .bottom = 20}));
+    for (const auto &[x, y] : {std::pair{9, 0}, {0, 39}, {10, 20}, {49, 39}}) {
+        const float *pixel = masked.pixel(x, y);
+        EXPECT_EQ((Vec3{pixel[0], pixel[1], pixel[2]}), (Vec3{1, 2, 3})) << x << ' ' << y;
+        EXPECT_EQ(pixel[3], 1) << "opaque";
+    }
+}
+
 } // namespace
 } // namespace velm::host::test

@@ -178,6 +178,18 @@ TEST_F(LwsSceneTest, LensesHaveAnFNumber) {
     EXPECT_EQ(scene.cameras.at(1).aperture, 0) << "which has depth of field switched off";
 }
 
+TEST_F(LwsSceneTest, MasksAndRegionsArePartsOfThePicture) {
+    const SceneDescription scene =
+        read("AddCamera 30000000\nFrameSize 400 200\nResolutionMultiplier 2\nCameraMask 1\nMaskPosition 0 20 300 160\n"
+             "MaskColor -1 0.5 0\nLimitedRegion 1\nRegionLimits 0.25 2 0.1 0.5\n"
+             "AddCamera 30000001\nFrameSize 400 200\nMaskPosition 0 20 300 160\n");
+    EXPECT_EQ(scene.render.region, (Part{0.25, 0.1, 1, 0.5}));
+    EXPECT_EQ(scene.cameras.at(0).mask, (Part{0, 0.1, 0.75, 0.9}));
+    EXPECT_EQ(scene.cameras[0].maskColour, (Double3{0, 0.5, 0}));
+    EXPECT_EQ(scene.cameras.at(1).mask, kWholePicture) << "the mask is switched off";
+    EXPECT_EQ(read("AddCamera 30000000\nRegionLimits 0 0.5 0 0.5\n").render.region, kWholePicture);
+}
+
 TEST(LwsZoom, LongAnimationsAreSampledAtALowerRate) {
     lws::Camera camera;
     for (const double time : {0.0, 100.0}) {

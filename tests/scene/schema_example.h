@@ -87,6 +87,7 @@ class SchemaExample {
                 continue;
             }
             if (!rival) result[name] = make(property, name);
+            if (name == "region" || name == "mask") result[name] = {0.25, 0.25, 0.75, 0.5}; // not empty
         }
         // The position of a light or camera must not be its target.
         if (result.contains("target")) result["target"] = {7, 8, 9};

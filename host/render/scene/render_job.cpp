@@ -4,6 +4,8 @@
 #include "host/render/motion/pose.h"
 #include "module/host.h"
 
+#include <algorithm>
+#include <cmath>
 #include <fmt/format.h>
 
 namespace velm::host {
@@ -45,10 +47,20 @@ Region windowOf(const RenderJob &job) {
 
 int samplesOf(const RenderJob &job) { return (job.endSample == 0 ? job.samples : job.endSample) - job.firstSample; }
 
+Region pixelsOfPicture(const Part &part, int width, int height) {
+    const auto edge = [](double fraction, int side) { return static_cast<int>(std::lround(fraction * side)); };
+    const int left = std::min(edge(part[0], width), width - 1), top = std::min(edge(part[1], height), height - 1);
+    return {.left = left,
+            .top = top,
+            .right = std::max(edge(part[2], width), left + 1),
+            .bottom = std::max(edge(part[3], height), top + 1)};
+}
+
 RenderJob renderJob(const RenderDescription &description) {
     RenderJob job;
     job.width = description.width;
     job.height = description.height;
+    if (description.region != kWholePicture) job.region = pixelsOfPicture(description.region, job.width, job.height);
     job.samples = description.samples;
     job.recursionDepth = description.recursionDepth;
     job.frame = description.firstFrame;

@@ -46,6 +46,9 @@ void checkJob(const RenderJob &job);
 Region regionOf(const RenderJob &job);
 Region windowOf(const RenderJob &job);
 
+// The pixels of a part of a picture: those whose edges are nearest to the part's, and at least one.
+Region pixelsOfPicture(const Part &part, int width, int height);
+
 // The number of samples of a pixel that a job renders.
 int samplesOf(const RenderJob &job);
 

@@ -211,6 +211,10 @@ struct LightDescription : ItemDescription {
     bool operator==(const LightDescription &) const = default;
 };
 
+// A rectangle of a picture: its left, top, right and bottom edges, as fractions of the picture's width and height.
+using Part = std::array<double, 4>;
+inline constexpr Part kWholePicture{0, 0, 1, 1};
+
 struct CameraDescription : ItemDescription {
     double fieldOfView = 40;  // horizontal, degrees
     double filmWidth = 0.036; // metres
@@ -219,6 +223,8 @@ struct CameraDescription : ItemDescription {
     double focusDistance = 1; // metres, along the camera's +Z
     int blades = 0;           // the lens has the shape of a regular polygon with so many sides; 0: it is round
     double bladeRotation = 0; // of the polygon, degrees
+    Part mask = kWholePicture;
+    Double3 maskColour{0, 0, 0}; // of the pixels outside the mask
 
     CameraDescription() { position = {0, 0, -5}; }
 
@@ -239,6 +245,7 @@ struct ImageDescription {
 struct RenderDescription {
     int width = 640, height = 360; // pixels
     double pixelAspect = 1;        // the width of a pixel divided by its height
+    Part region = kWholePicture;   // the part that is rendered
     int samples = 1;               // anti-aliasing samples of a pixel
     int recursionDepth = 8;        // bounces
     int firstFrame = 1, lastFrame = 1, frameStep = 1;

@@ -12,6 +12,15 @@ namespace {
 
 // ---- Render settings ----
 
+constexpr ValueRule kPart{.kind = ValueRule::Kind::vec4, .minimum = 0, .maximum = 1};
+
+// Throws InputError for a part of the picture that is empty; `object` is the one that it belongs to.
+void checkPart(const ReadContext &context, const JsonValue &object, const char *key, const Part &part) {
+    if (part[0] < part[2] && part[1] < part[3]) return;
+    context.fail(object.find(key)->line,
+                 fmt::format("\"{}\" is empty: its right and bottom edges must lie beyond its left and top", key));
+}
+
 constexpr ValueRule kPixelAspect{
     .kind = ValueRule::Kind::number, .minimum = kLeastPixelAspect, .maximum = kLargestPixelAspect};
 
@@ -28,6 +37,11 @@ constexpr Field<RenderDescription> kRenderFields[] = {
      .help = "Width of a pixel divided by its height.",
      .rule = kPixelAspect,
      .target = &RenderDescription::pixelAspect},
+    {.key = "region",
+     .help = "The part of the picture that is rendered: its left, top, right and bottom edges, as fractions of the "
+             "width and height from the upper left corner.",
+     .rule = kPart,
+     .target = &RenderDescription::region},
     {.key = "samples",
      .help = "Anti-aliasing samples of each pixel.",
      .rule = integerRule(1, kMostSamples),
@@ -70,6 +84,7 @@ constexpr Field<RenderDescription> kRenderFields[] = {
 };
 
 void finishRender(const ReadContext &context, const JsonValue &object, RenderDescription &render) {
+    checkPart(context, object, "region", render.region);
     if (render.lastFrame >= render.firstFrame) return;
     const JsonValue *last = object.find("lastFrame");
     context.fail(last ? last->line : object.line, fmt::format("the last frame, {}, comes before the first one, {}",
@@ -81,6 +96,7 @@ void finishRender(const ReadContext &context, const JsonValue &object, RenderDes
 void finishCamera(const ReadContext &context, const JsonValue &object, CameraDescription &camera) {
     if (camera.blades == 1 || camera.blades == 2)
         context.fail(object.find("blades")->line, "a lens has 3 blades or more, or 0 if it is round");
+    checkPart(context, object, "mask", camera.mask);
     checkAim(context, object, camera, "camera");
 }
 
@@ -121,6 +137,15 @@ constexpr std::array kCameraFields{
                              .help = "Rotation of the blades about the camera's +Z, in degrees, as a bank.",
                              .rule = numberRule(),
                              .target = &CameraDescription::bladeRotation},
+    Field<CameraDescription>{.key = "mask",
+                             .help = "The part of the picture that shows the scene, like the region of \"render\"; the "
+                                     "rest has the mask's colour.",
+                             .rule = kPart,
+                             .target = &CameraDescription::mask},
+    Field<CameraDescription>{.key = "maskColour",
+                             .help = "Colour of the pixels outside the mask; black by default.",
+                             .rule = colourRule(),
+                             .target = &CameraDescription::maskColour},
 };
 
 // ---- Lights ----

@@ -27,18 +27,20 @@ std::string limitsText(const ValueRule &rule) {
 }
 
 // "a whole number from 1 to 16".
+std::string listOf(const char *count, const ValueRule &rule) {
+    const std::string limits = limitsText(rule);
+    return fmt::format("a list of {} numbers{}{}", count, limits.empty() ? "" : ", each", limits);
+}
+
 std::string expected(const ValueRule &rule) {
     switch (rule.kind) {
     case Kind::boolean: return "true or false";
     case Kind::integer: return "a whole number" + limitsText(rule);
     case Kind::number: return "a number" + limitsText(rule);
     case Kind::int2: return "a list of two whole numbers";
-    case Kind::vec3: {
-        const std::string limits = limitsText(rule);
-        return limits.empty() ? "a list of three numbers" : "a list of three numbers, each" + limits;
-    }
+    case Kind::vec3: return listOf("three", rule);
     case Kind::scale: return "a number or a list of three, none of them 0";
-    case Kind::vec4: return "a list of four numbers";
+    case Kind::vec4: return listOf("four", rule);
     case Kind::text: return "a text";
     case Kind::choice: return "one of " + quotedList(rule.choices);
     }
