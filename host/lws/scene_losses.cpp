@@ -101,7 +101,6 @@ constexpr LossWording<Loss> kWordings[] = {
      .brief = "caustics",
      .one = "caustics are not rendered",
      .many = "caustics are not rendered (switched on {} times)"},
-    {.kind = Loss::fog, .brief = "fog", .one = "fog is not rendered", .many = "fog is not rendered (set {} times)"},
     {.kind = Loss::compositing,
      .brief = "background and foreground images",
      .one = "a background or foreground image is left out",

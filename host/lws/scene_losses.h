@@ -36,7 +36,6 @@ enum class Loss {
     animatedValue, // a value that cannot have keys here
     globalIllumination,
     caustics,
-    fog,
     compositing,
     environment,
     imageFilter,

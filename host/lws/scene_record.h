@@ -102,6 +102,10 @@ struct Scene {
     Double3 backdrop{0, 0, 0}, zenith{0, 0.1569, 0.3137}, sky{0.4706, 0.7059, 0.9412}, ground{0.1961, 0.1569, 0.1176},
         nadir{0.3922, 0.3137, 0.2353};
     double skySqueeze = 2, groundSqueeze = 2;
+    int fogType = 0; // 0: none; 1: linear; 2, 3: of the two other kinds
+    Double3 fogColour{0, 0, 0};
+    bool fogHasBackdropColour = false;
+    double fogMinDistance = 0, fogMaxDistance = 1, fogMinAmount = 0, fogMaxAmount = 1;
     bool tracesShadows = true, tracesReflections = true, hasShadowMaps = true;
     int antialiasingSamples = 1; // of a pixel
     std::optional<int> recursionLimit;

@@ -58,6 +58,7 @@ class Converter {
         nameItems();
         convertSettings();
         convertBackdrop();
+        convertFog();
         for (const lws::Object &object : from_.objects) convertObject(object);
         convertBones();
         for (const lws::Light &light : from_.lights) addLight(light);
@@ -129,6 +130,22 @@ class Converter {
         backdrop.nadir = colour(from_.nadir);
         backdrop.skySqueeze = std::max(from_.skySqueeze, kLeastSqueeze);
         backdrop.groundSqueeze = std::max(from_.groundSqueeze, kLeastSqueeze);
+    }
+
+    // The curves of the types 2 and 3 are not published. Both grow faster near the camera than the linear one.
+    void convertFog() {
+        constexpr double kLeastDepth = 1e-3, kFarthest = 1e9; // metres
+        constexpr FogDescription::Kind kKinds[] = {FogDescription::Kind::linear, FogDescription::Kind::quadratic,
+                                                   FogDescription::Kind::cubic};
+        if (from_.fogType <= 0) return;
+        FogDescription &fog = scene_.fog;
+        fog.kind = kKinds[std::min(static_cast<std::size_t>(from_.fogType), std::size(kKinds)) - 1];
+        fog.colour = colour(from_.fogColour);
+        fog.backdropColour = from_.fogHasBackdropColour;
+        fog.minDistance = std::clamp(from_.fogMinDistance, 0.0, kFarthest);
+        fog.maxDistance = std::clamp(from_.fogMaxDistance, fog.minDistance + kLeastDepth, 2 * kFarthest);
+        fog.minAmount = std::clamp(from_.fogMinAmount, 0.0, 1.0);
+        fog.maxAmount = std::clamp(from_.fogMaxAmount, 0.0, 1.0);
     }
 
     void addNull(const lws::Item &from) { convertPlace(from, names_, file_, scene_.nulls.emplace_back()); }

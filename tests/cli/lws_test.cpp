@@ -74,10 +74,10 @@ TEST_F(LwsCommand, InfoAndFilesTellWhatIsThere) {
     EXPECT_EQ(info["picture"]["width"], 640);
     EXPECT_EQ(info["notes"].size(), 0u);
     const std::string other =
-        directory_.write("a.lws", "LWSC\n5\nAddNullObject 10000000 Rig\nFogType 1\nAddCamera 30000000\n");
+        directory_.write("a.lws", "LWSC\n5\nAddNullObject 10000000 Rig\nEnableCaustics 1\nAddCamera 30000000\n");
     const std::string text = test::velm({"info", other}).out;
     EXPECT_NE(text.find("null      \"Rig\": at 0 0 0\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("note      " + other + ":4: fog is not rendered\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("note      " + other + ":4: caustics are not rendered\n"), std::string::npos) << text;
 }
 
 TEST_F(LwsCommand, ObjectsAreLookedForInTheDataDirectories) {
@@ -99,11 +99,11 @@ TEST_F(LwsCommand, ObjectsAreLookedForInTheDataDirectories) {
 
 TEST_F(LwsCommand, WarningsAreErrorsWhereThatIsWanted) {
     const std::string scene =
-        directory_.write("a.lws", "LWSC\n5\nFogType 1\nAddNullObject 10000000 A\nAddCamera 30000000\n"
+        directory_.write("a.lws", "LWSC\n5\nEnableCaustics 1\nAddNullObject 10000000 A\nAddCamera 30000000\n"
                                   "AddLight 20000000\n");
     const Outcome outcome = test::velm({"render", scene, "-o", file("a.exr"), "--size", "8x8", "--strict"});
     EXPECT_EQ(outcome.status, kExitInput);
-    EXPECT_NE(outcome.err.find(scene + ":3: fog is not rendered"), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find(scene + ":3: caustics are not rendered"), std::string::npos) << outcome.err;
 }
 
 } // namespace

@@ -31,9 +31,26 @@ TEST(LwsScene, SettingsOfTheWholeScene) {
     EXPECT_EQ(scene.antialiasingSamples, 9);
 }
 
+TEST(LwsScene, FogHasOldAndNewNames) {
+    const lws::Scene scene = readLws(5, "FogType 2\nFogMinDistance 1\nFogMaxDistance 20\nFogMinAmount 0.1\n"
+                                        "FogMaxAmount 0.9\nFogColor 1 0.5 0\nBackdropFog 1\n");
+    const lws::Scene old = readLws(1, "FogType 2\nFogMinDist 1\nFogMaxDist 20\nFogMinAmt 0.1\nFogMaxAmt 0.9\n"
+                                      "FogColor 255 127.5 0\nBackdropFog 1\n");
+    for (const lws::Scene *each : {&scene, &old}) {
+        EXPECT_EQ(each->fogType, 2);
+        EXPECT_EQ(each->fogMinDistance, 1);
+        EXPECT_EQ(each->fogMaxDistance, 20);
+        EXPECT_EQ(each->fogMinAmount, 0.1);
+        EXPECT_EQ(each->fogMaxAmount, 0.9);
+        EXPECT_EQ(each->fogColour, (Double3{1, 0.5, 0}));
+        EXPECT_TRUE(each->fogHasBackdropColour);
+        EXPECT_EQ(lossesOf(*each), std::vector<std::string>{});
+    }
+}
+
 TEST(LwsScene, WhatIsLeftOutIsCountedWithItsFirstLine) {
     const lws::Scene scene = readLws(
-        5, "RenderRangeType 1\nEnableRadiosity 1\nEnableCaustics 1\nFogType 1\nBGImage sky.png\nFGImage (none)\n"
+        5, "RenderRangeType 1\nEnableRadiosity 1\nEnableCaustics 1\nEnableCaustics 0\nBGImage sky.png\nFGImage (none)\n"
            "Plugin PixelFilterHandler 1 Bloom\nEndPlugin\nPlugin ImageFilterHandler 1 Vignette\nEndPlugin\n"
            "Plugin EnvironmentHandler 1 SkyTracer\nEndPlugin\nPlugin MasterHandler 1 Notes\nEndPlugin\n"
            "AmbientIntensity (envelope)\n" +
@@ -43,7 +60,7 @@ TEST(LwsScene, WhatIsLeftOutIsCountedWithItsFirstLine) {
         lossesOf(scene),
         (std::vector<std::string>{
             "17: a value that has keys stays as it is at its first key", "4: radiosity is not rendered",
-            "5: caustics are not rendered", "6: fog is not rendered", "7: a background or foreground image is left out",
+            "5: caustics are not rendered", "7: a background or foreground image is left out",
             "13: a plug-in for the environment or a volume is left out", "9: 2 image and pixel filters are left out",
             "3: a range of frames of another form is ignored: the frames from FirstFrame to LastFrame are "
             "rendered"}));

@@ -74,12 +74,13 @@ TEST_F(OpenFile, AddsToALightWaveSceneWhatItDoesNotBring) {
 }
 
 TEST_F(OpenFile, WarnsOfWhatALightWaveSceneHasBesides) {
-    const std::string file = directory_.write("a.lws", "LWSC\n5\nFogType 1\nAddLight 20000000\nAddCamera 30000000\n");
+    const std::string file =
+        directory_.write("a.lws", "LWSC\n5\nEnableCaustics 1\nAddLight 20000000\nAddCamera 30000000\n");
     MeshCache meshes;
     Warnings warnings(Warnings::Policy::goOn), strict(Warnings::Policy::strict);
     completeFile(openFile({.file = file}), meshes, warnings);
     ASSERT_EQ(warnings.all().size(), 1u);
-    EXPECT_EQ(warnings.all()[0].text(), file + ":3: fog is not rendered");
+    EXPECT_EQ(warnings.all()[0].text(), file + ":3: caustics are not rendered");
     EXPECT_THROW(completeFile(openFile({.file = file}), meshes, strict), InputError);
 }
 

@@ -276,6 +276,21 @@ TEST_F(LwsSceneTest, TheSceneHasItsSettings) {
     EXPECT_EQ(plain.backdrop.colour, (Double3{0.1, 0.2, 0.3}));
 }
 
+TEST_F(LwsSceneTest, FogIsConverted) {
+    EXPECT_EQ(read("FogType 0\nFogMaxDistance 5\n").fog, FogDescription{});
+    const SceneDescription scene = read("FogType 1\nFogMinDistance 2\nFogMaxDistance 1\nFogMinAmount -1\n"
+                                        "FogMaxAmount 0.5\nFogColor 0.1 0.2 -3\nBackdropFog 1\n");
+    EXPECT_EQ(scene.fog.kind, FogDescription::Kind::linear);
+    EXPECT_EQ(scene.fog.minDistance, 2);
+    EXPECT_EQ(scene.fog.maxDistance, 2.001) << "beyond the other one";
+    EXPECT_EQ(scene.fog.minAmount, 0);
+    EXPECT_EQ(scene.fog.maxAmount, 0.5);
+    EXPECT_EQ(scene.fog.colour, (Double3{0.1, 0.2, 0}));
+    EXPECT_TRUE(scene.fog.backdropColour);
+    EXPECT_EQ(read("FogType 2\n").fog.kind, FogDescription::Kind::quadratic);
+    EXPECT_EQ(read("FogType 7\n").fog.kind, FogDescription::Kind::cubic);
+}
+
 TEST_F(LwsSceneTest, FlatObjectsOnlyMoveTheirChildren) {
     const SceneDescription scene = read("LoadObjectLayer 1 10000000 cube.lwo\nObjectMotion\nNumChannels 9\nChannel 7\n"
                                         "{ Envelope\n  1\n  Key 0 0 0\n  Behaviors 1 1\n}\n");

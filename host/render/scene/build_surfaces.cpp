@@ -23,6 +23,7 @@ class SurfaceBuilder {
 
     void build() {
         data_.backdrop = Backdrop(scene_.backdrop);
+        data_.fog = Fog(scene_.fog);
         data_.ambient = scene_.render.ambientIntensity * Vec3(scene_.render.ambientColour);
         for (std::size_t i = 0; i < data_.objects.size(); ++i) coverObject(scene_.objects[i], data_.objects[i]);
         for (const RenderSurface &surface : data_.surfaces)

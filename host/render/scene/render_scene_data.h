@@ -6,6 +6,7 @@
 #include "host/render/geometry/item.h"
 #include "host/render/geometry/mesh.h"
 #include "host/render/geometry/transform.h"
+#include "host/render/scene/fog.h"
 #include "host/render/scene/lights.h"
 #include "host/render/scene/scene_work.h"
 #include "host/scene/format/description.h"
@@ -63,6 +64,7 @@ struct RenderSceneData {
     std::unordered_set<const HostItem *> items; // of all of these
     std::vector<std::string> uvMapNames;        // of all meshes, without duplicates, in order of appearance
     Backdrop backdrop;
+    Fog fog;
     Vec3 ambient; // ambient light: intensity times colour
     bool hasSingleSided = false;
     std::shared_ptr<const Acceleration> acceleration; // over `objects`, in the same order

@@ -112,6 +112,7 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
               .sampled = (incoming.flags & kRaySampled) != 0,
               .refractionIndex = incoming.refractionIndex,
               .spotSize = sample.spotSize,
+              .travelled = state.origin.travelled + sample.rayLength,
               .item = object.item};
 }
 

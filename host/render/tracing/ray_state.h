@@ -29,6 +29,7 @@ struct RayOrigin {
     bool sampled = false;
     double refractionIndex = 1;     // of the medium that the sample's ray travelled in
     double spotSize = 0;            // footprint of a pixel at the sample, in metres
+    double travelled = 0;           // metres from the camera to the sample, along the path of its rays
     const HostItem *item = nullptr; // the object or the camera
 };
 

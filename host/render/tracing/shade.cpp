@@ -65,6 +65,17 @@ void noteNotFinite(Surface &surface, ShadingSample &sample, NotFiniteSource &sou
     }
 }
 
+// A colour that is seen through the fog. The distances are those of Fog::transmittance.
+Vec3 inFog(const RenderSceneData &scene, const Vec3 &colour, const Vec3 &direction, double from, double to) {
+    const double through = scene.fog.transmittance(from, to);
+    Double3 fog = scene.fog.colour();
+    if (scene.fog.hasBackdropColour()) {
+        const double seen[3] = {direction.x, direction.y, direction.z};
+        scene.backdrop.evaluate(seen, fog.data());
+    }
+    return through * colour + (1 - through) * Vec3(fog);
+}
+
 } // namespace
 
 HitRules rulesOf(unsigned mode) {
@@ -95,12 +106,15 @@ Vec3 shadeHit(RayState &state, const RTCRayHit &ray, const IncomingRay &incoming
               SurfaceValues &values) {
     RayOrigin origin;
     fillSample(state, ray, incoming, sample, origin);
+    const double start = state.origin.travelled;
     const RayOriginScope scope(state, origin);
     Surface &surface = *state.scene->surfaceOf(ray.hit.geomID, ray.hit.primID).surface;
     values = surface.evaluate(&sample);
     if (state.notFinite) [[unlikely]]
         noteNotFinite(surface, sample, *state.notFinite);
-    return shade(state, sample, values);
+    const Vec3 colour = shade(state, sample, values);
+    return state.scene->fog.exists() ? inFog(*state.scene, colour, incoming.direction, start, origin.travelled)
+                                     : colour;
 }
 
 double traceShaded(RayState &state, const Vec3 &origin, const Vec3 &direction, double colour[3], double refractionIndex,

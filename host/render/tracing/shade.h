@@ -15,7 +15,8 @@ namespace velm::host {
 // to be the sample's. [render threads]
 Vec3 shade(RayState &state, const ShadingSample &sample, const SurfaceValues &values);
 
-// Fills the sample of a hit, evaluates its surface and shades it. `sample` and `values` are outputs. [render threads]
+// Fills the sample of a hit, evaluates its surface, shades it, and covers it with the fog between the ray's origin and
+// the hit. `sample` and `values` are outputs. [render threads]
 Vec3 shadeHit(RayState &state, const RTCRayHit &ray, const IncomingRay &incoming, ShadingSample &sample,
               SurfaceValues &values);
 

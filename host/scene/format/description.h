@@ -231,6 +231,19 @@ struct CameraDescription : ItemDescription {
     bool operator==(const CameraDescription &) const = default;
 };
 
+// Fog covers what a ray hits, by an amount that grows from minAmount to maxAmount between two distances from the
+// camera. With x from 0 to 1 in between, it grows by x, by 1 - (1 - x)^2 or by 1 - (1 - x)^3.
+struct FogDescription {
+    enum class Kind { none, linear, quadratic, cubic } kind = Kind::none;
+
+    Double3 colour{1, 1, 1};
+    bool backdropColour = false;               // the fog has the colour of the backdrop behind it instead
+    double minDistance = 0, maxDistance = 100; // metres; the second is the larger one
+    double minAmount = 0, maxAmount = 1;       // 0 to 1
+
+    bool operator==(const FogDescription &) const = default;
+};
+
 struct ImageDescription {
     std::string name;
     std::string file;         // as found; the name in the scene when there is no such file
@@ -278,6 +291,7 @@ struct SceneDescription {
     std::string schema; // the JSON Schema that the file names for editors; may be empty
     RenderDescription render;
     BackdropDescription backdrop;
+    FogDescription fog;
     std::vector<CameraDescription> cameras;
     std::vector<LightDescription> lights;
     std::vector<ImageDescription> images;

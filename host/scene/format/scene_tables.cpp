@@ -74,6 +74,62 @@ constexpr Field<BackdropDescription> kBackdropFields[] = {
      .kinds = kImage},
 };
 
+// ---- Fog ----
+
+constexpr const char *kFogKinds[] = {"none", "linear", "quadratic", "cubic"};
+static_assert(static_cast<int>(FogDescription::Kind::none) == 0 &&
+              static_cast<int>(FogDescription::Kind::linear) == 1 &&
+              static_cast<int>(FogDescription::Kind::quadratic) == 2 &&
+              static_cast<int>(FogDescription::Kind::cubic) == 3);
+
+constexpr unsigned kSomeFog = ~1u; // the kinds other than none
+constexpr ValueRule kAmount{.kind = ValueRule::Kind::number, .minimum = 0, .maximum = 1};
+
+constexpr Field<FogDescription> kFogFields[] = {
+    {.key = "kind",
+     .help = "How the fog grows with the distance: evenly, or faster near its beginning.",
+     .rule = choiceRule(kFogKinds),
+     .target = kindIn<&FogDescription::kind>,
+     .required = true},
+    {.key = "colour",
+     .help = "Colour of the fog.",
+     .rule = colourRule(),
+     .target = &FogDescription::colour,
+     .kinds = kSomeFog},
+    {.key = "backdropColour",
+     .help = "Whether the fog has the colour of the backdrop behind it, instead of its own.",
+     .rule = boolRule(),
+     .target = &FogDescription::backdropColour,
+     .kinds = kSomeFog},
+    {.key = "minDistance",
+     .help = "Distance from the camera at which the fog begins to grow, in metres.",
+     .rule = atLeastRule(0),
+     .target = &FogDescription::minDistance,
+     .kinds = kSomeFog},
+    {.key = "maxDistance",
+     .help = "Distance from the camera from which on the fog does not grow any more, in metres.",
+     .rule = positiveRule(),
+     .target = &FogDescription::maxDistance,
+     .kinds = kSomeFog},
+    {.key = "minAmount",
+     .help = "Amount of the fog up to the smaller distance; 1 hides everything.",
+     .rule = kAmount,
+     .target = &FogDescription::minAmount,
+     .kinds = kSomeFog},
+    {.key = "maxAmount",
+     .help = "Amount of the fog from the larger distance on.",
+     .rule = kAmount,
+     .target = &FogDescription::maxAmount,
+     .kinds = kSomeFog},
+};
+
+void finishFog(const ReadContext &context, const JsonValue &object, FogDescription &fog) {
+    if (fog.minDistance < fog.maxDistance) return;
+    const JsonValue *found = object.find("maxDistance");
+    if (!found) found = object.find("minDistance");
+    context.fail(found->line, "\"maxDistance\" must be above \"minDistance\"");
+}
+
 // ---- Images ----
 
 // A missing image is not an error yet: whatever uses it may do without.
@@ -121,6 +177,9 @@ constexpr Field<SceneDescription> kSceneFields[] = {
     {.key = "backdrop",
      .help = "What is visible where there is no object; black by default.",
      .target = nested<&SceneDescription::backdrop, backdropTable>},
+    {.key = "fog",
+     .help = "Fog, which covers what is far from the camera; none by default.",
+     .target = nested<&SceneDescription::fog, fogTable>},
     {.key = "images",
      .help = "The images that the backdrop and nodes may use, by name.",
      .target = collection<&SceneDescription::images, imageTable>},
@@ -139,6 +198,11 @@ constexpr Field<SceneDescription> kSceneFields[] = {
 
 const Table<BackdropDescription> &backdropTable() {
     static constexpr Table<BackdropDescription> table{.what = "\"backdrop\"", .fields = kBackdropFields};
+    return table;
+}
+
+const Table<FogDescription> &fogTable() {
+    static constexpr Table<FogDescription> table{.what = "\"fog\"", .fields = kFogFields, .finish = finishFog};
     return table;
 }
 

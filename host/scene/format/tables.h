@@ -10,6 +10,7 @@ const Table<RenderDescription> &renderTable();
 const Table<CameraDescription> &cameraTable();
 const Table<LightDescription> &lightTable();
 const Table<BackdropDescription> &backdropTable();
+const Table<FogDescription> &fogTable();
 const Table<ImageDescription> &imageTable();
 const Table<ObjectDescription> &objectTable();
 const Table<NullDescription> &nullTable();
