@@ -47,6 +47,14 @@ bool readFilmHeight(Statement &statement, Camera &camera) {
     return true;
 }
 
+// In versions 1 and 2: bits, of which the first is for particles only.
+bool readMotionBlur(Statement &statement, Camera &camera) {
+    constexpr int kParticles = 1;
+    const std::optional<int> kind = statement.words.integer();
+    if (kind) camera.hasMotionBlur = statement.isOld() ? (*kind & ~kParticles) != 0 : *kind != 0;
+    return kind.has_value();
+}
+
 bool readMask(Statement &statement, Camera &camera) { return readFour(statement, camera.mask); }
 
 namespace {
@@ -97,7 +105,9 @@ constexpr Keyword<Camera> kCameraKeywords[] = {
     {.name = "ApertureHeight", .read = readFilmHeight},
     {.name = "UseGlobalResolution", .read = flag<&Camera::usesGlobalSize>},
     {.name = "AASamples", .read = integer<&Camera::samples>},
-    {.name = "MotionBlur", .read = leftOutUnless<Loss::motionBlur, 0>},
+    {.name = "MotionBlur", .read = readMotionBlur},
+    {.name = "BlurLength", .read = constant<&Camera::blurLength>},
+    {.name = "UseGlobalBlur", .read = flag<&Camera::usesGlobalBlur>},
     {.name = "DepthOfField", .read = flag<&Camera::hasDepthOfField>},
     {.name = "DepthofField", .read = flag<&Camera::hasDepthOfField>},
     {.name = "FocalDistance", .read = value<&Camera::focusDistance>},

@@ -54,6 +54,7 @@ bool readConstant(Statement &statement, Double3 &colour);
 bool readFrameSize(Statement &statement, Camera &camera);
 bool readMultiplier(Statement &statement, Camera &camera);
 bool readPixelAspect(Statement &statement, Camera &camera);
+bool readMotionBlur(Statement &statement, Camera &camera);
 bool readMask(Statement &statement, Camera &camera);
 bool readFilmHeight(Statement &statement, Camera &camera);
 

@@ -218,6 +218,7 @@ class Reader {
             camera.pixelAspect = global.pixelAspect;
             camera.apertureHeight = global.apertureHeight;
         }
+        if (camera.usesGlobalBlur) camera.hasMotionBlur = global.hasMotionBlur;
         if (camera.usesGlobalMask) camera.mask = global.mask;
         if (camera.hasDepthOfField && camera.hasFilmCode) scene_.losses.add(Loss::filmSize, camera.line);
         if (camera.hasPixelCode) scene_.losses.add(Loss::pixelAspect, camera.line);

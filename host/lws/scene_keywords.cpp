@@ -47,6 +47,8 @@ bool readGlobalPixelAspect(Statement &statement, Scene &scene) {
     return readPixelAspect(statement, scene.globalCamera);
 }
 
+bool readGlobalBlur(Statement &statement, Scene &scene) { return readMotionBlur(statement, scene.globalCamera); }
+
 bool readGlobalMask(Statement &statement, Scene &scene) { return readMask(statement, scene.globalCamera); }
 
 bool readGlobalFilmHeight(Statement &statement, Scene &scene) { return readFilmHeight(statement, scene.globalCamera); }
@@ -76,6 +78,7 @@ constexpr Keyword<Scene> kSceneKeywords[] = {
     {.name = "GlobalFrameSize", .read = readGlobalSize},
     {.name = "GlobalMultiplier", .read = readGlobalMultiplier},
     {.name = "GlobalPixelAspect", .read = readGlobalPixelAspect},
+    {.name = "GlobalMotionBlur", .read = readGlobalBlur},
     {.name = "GlobalMaskPosition", .read = readGlobalMask},
     {.name = "GlobalFilmHeight", .read = readGlobalFilmHeight},
     {.name = "EnableRadiosity", .read = leftOutUnless<Loss::globalIllumination, 0>},

@@ -40,7 +40,6 @@ enum class Loss {
     environment,
     imageFilter,
     cameraKind,
-    motionBlur,
     filmSize,
     fieldRendering,
     pixelAspect,

@@ -77,6 +77,8 @@ struct Camera : Item {
     bool usesOwnPixelRatio = false; // in versions 1 and 2: CustomPixelRatio gives the shape of the pixels
     double apertureHeight = 0.015;  // the height of the film, metres
     bool hasFilmCode = false;       // in versions 1 and 2: FilmSize gives the number of another film
+    bool hasMotionBlur = false, usesGlobalBlur = false;
+    double blurLength = 0.5; // the fraction of a frame
     bool hasMask = false, usesGlobalMask = false;
     std::array<double, 4> mask{}; // left, top, width, height, in pixels before the multiplier; 0 by 0: not given
     Double3 maskColour{0, 0, 0};

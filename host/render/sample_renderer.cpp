@@ -44,7 +44,8 @@ bool isOpaque(const RenderSceneData &scene) {
 
 SampleRenderer::SampleRenderer(const RenderSceneData &scene, const RenderJob &job)
     : scene_(scene), job_(job), cameraItem_(findCamera(scene, job.camera)),
-      camera_(cameraItem_.description, cameraItem_.transform, job.width, job.height, scene.render.pixelAspect),
+      camera_(stepsOf(cameraItem_), job.width, job.height, scene.render.pixelAspect),
+      shutterPart_(scene.shutterPart(cameraItem_.description)),
       mask_(pixelsOfPicture(cameraItem_.description.mask, job.width, job.height)), allOpaque_(isOpaque(scene)) {}
 
 RayState SampleRenderer::initialState(int threadIndex) const {
@@ -59,9 +60,12 @@ RayState SampleRenderer::initialState(int threadIndex) const {
     return state;
 }
 
-CameraRay SampleRenderer::cameraRay(const PicturePoint &point, std::uint32_t index, std::uint32_t pixelSeed) const {
-    if (!camera_.hasLens()) return camera_.ray(point.x, point.y);
-    return camera_.ray(point.x, point.y, camera_.lensPoint(samplePoint(index, pixelSeed, SamplePurpose::lens)));
+CameraRay SampleRenderer::cameraRay(const PicturePoint &point, double time, std::uint32_t index,
+                                    std::uint32_t pixelSeed) const {
+    return camera_.ray(time, [&](const Camera &camera) {
+        if (!camera.hasLens()) return camera.ray(point.x, point.y);
+        return camera.ray(point.x, point.y, camera.lensPoint(samplePoint(index, pixelSeed, SamplePurpose::lens)));
+    });
 }
 
 bool SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const {
@@ -79,8 +83,11 @@ bool SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index, 
     state.seed = combine(pixelSeed, index);
     state.drawnSets = 0;
 
-    const CameraRay view = cameraRay({x + point.x, y + point.y}, index, pixelSeed);
+    // As a fraction of the scene's shutter. Without motion blur, all rays are at its opening.
+    const double time = shutterPart_ > 0 ? shutterPart_ * samplePoint(index, pixelSeed, SamplePurpose::time).x : 0;
+    const CameraRay view = cameraRay({x + point.x, y + point.y}, time, index, pixelSeed);
     state.origin = {};
+    state.origin.time = static_cast<float>(time);
     state.origin.item = cameraItem_.item;
     state.spread = view.spread;
     ++state.counts.camera;

@@ -24,7 +24,7 @@ class SampleRenderer {
     const RenderSceneData &scene() const { return scene_; }
     const RenderJob &job() const { return job_; }
     const RenderCamera &cameraItem() const { return cameraItem_; }
-    const Camera &camera() const { return camera_; }
+    const Camera &camera() const { return camera_.atOpening(); }
 
     // The state that a render thread starts with.
     RayState initialState(int threadIndex) const;
@@ -39,13 +39,14 @@ class SampleRenderer {
     struct PicturePoint {
         double x, y; // pixels
     };
-    CameraRay cameraRay(const PicturePoint &point, std::uint32_t index, std::uint32_t pixelSeed) const;
+    CameraRay cameraRay(const PicturePoint &point, double time, std::uint32_t index, std::uint32_t pixelSeed) const;
 
     const RenderSceneData &scene_;
     const RenderJob &job_;
     const RenderCamera &cameraItem_;
-    const Camera camera_;
-    const Region mask_; // the pixels that show the scene
+    const MovingCamera camera_;
+    const double shutterPart_; // of the scene's shutter
+    const Region mask_;        // the pixels that show the scene
     const bool allOpaque_;
 };
 

@@ -160,6 +160,10 @@ void convertMask(const lws::Camera &from, CameraDescription &to) {
     for (std::size_t i = 0; i < to.maskColour.size(); ++i) to.maskColour[i] = std::max(from.maskColour[i], 0.0);
 }
 
+void convertShutter(const lws::Camera &from, CameraDescription &to) {
+    if (from.hasMotionBlur) to.shutter = std::clamp(from.blurLength, 0.0, kLongestShutter);
+}
+
 void convertLens(const lws::Camera &from, CameraDescription &to) {
     constexpr double kLeastFNumber = 1e-3, kLeastDistance = 1e-3;
     if (!from.hasDepthOfField) return;

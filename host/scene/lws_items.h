@@ -28,6 +28,7 @@ void convertDissolve(const lws::Object &from, ObjectDescription &to);
 // The part of the picture that a camera renders.
 Part regionOf(const lws::Camera &camera);
 void convertMask(const lws::Camera &from, CameraDescription &to);
+void convertShutter(const lws::Camera &from, CameraDescription &to);
 void convertLens(const lws::Camera &from, CameraDescription &to);
 void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescription &to);
 

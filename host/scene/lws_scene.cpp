@@ -229,6 +229,7 @@ class Converter {
         CameraDescription &camera = scene_.cameras.emplace_back();
         convertPlace(from, names_, file_, camera);
         convertLens(from, camera);
+        convertShutter(from, camera);
         convertMask(from, camera);
         const double aspect = pictureAspect(scene_.render);
         camera.filmWidth = std::clamp(from.apertureHeight * aspect, kLeastFilm, kWidestFilm);

@@ -233,10 +233,9 @@ TEST(LwsItems, OldCamerasHaveCodes) {
     const lws::Scene code = readLws(1, "AddCamera\nResolution 1\nPixelAspectRatio 0\nDepthofField 1\nMotionBlur 2\n"
                                        "LimitedRegion 1\nCameraMask 1\nFieldRendering 1\n");
     EXPECT_EQ(code.cameras.at(0).width, 640);
-    EXPECT_TRUE(code.cameras[0].hasDepthOfField);
+    EXPECT_TRUE(code.cameras[0].hasDepthOfField && code.cameras[0].hasMotionBlur);
     EXPECT_EQ(lossesOf(code),
               (std::vector<std::string>{
-                  "7: a camera has motion blur, which is not rendered",
                   "10: a camera renders fields; whole frames are rendered",
                   "3: the shape of a camera's pixels is not given as a number; they are rendered as squares",
                   "3: the frame size of a camera is not given in pixels; it is rendered at 640 x 480"}));
@@ -258,6 +257,17 @@ TEST(LwsItems, CamerasHaveMasksAndRegions) {
     EXPECT_EQ(scene.cameras[1].region, (Four{0, 1, 0, 1})) << "two numbers are missing";
     EXPECT_EQ(lossesOf(scene),
               std::vector<std::string>{"12: a line is ignored: its arguments are not those that its keyword has"});
+}
+
+TEST(LwsItems, CamerasHaveAShutter) {
+    const lws::Scene scene = readLws(5, "AddCamera 30000000\nMotionBlur 2\nBlurLength 0.75\nAddCamera 30000001\n"
+                                        "UseGlobalBlur 1\nMotionBlur 0\nAddCamera 30000002\nMotionBlur 0\n"
+                                        "GlobalMotionBlur 1\n");
+    EXPECT_TRUE(scene.cameras.at(0).hasMotionBlur);
+    EXPECT_EQ(scene.cameras[0].blurLength, 0.75);
+    EXPECT_TRUE(scene.cameras.at(1).hasMotionBlur);
+    EXPECT_FALSE(scene.cameras.at(2).hasMotionBlur);
+    EXPECT_FALSE(readLws(1, "AddCamera\nMotionBlur 1\n").cameras.at(0).hasMotionBlur) << "of particles only";
 }
 
 TEST(LwsItems, CamerasHaveALens) {

@@ -190,6 +190,13 @@ TEST_F(LwsSceneTest, MasksAndRegionsArePartsOfThePicture) {
     EXPECT_EQ(read("AddCamera 30000000\nRegionLimits 0 0.5 0 0.5\n").render.region, kWholePicture);
 }
 
+TEST_F(LwsSceneTest, MotionBlurIsATimeOfTheShutter) {
+    const SceneDescription scene = read("AddCamera 30000000\nMotionBlur 1\nBlurLength 0.75\n"
+                                        "AddCamera 30000001\nMotionBlur 0\nBlurLength 0.75\n");
+    EXPECT_EQ(scene.cameras.at(0).shutter, 0.75);
+    EXPECT_EQ(scene.cameras.at(1).shutter, 0);
+}
+
 TEST(LwsZoom, LongAnimationsAreSampledAtALowerRate) {
     lws::Camera camera;
     for (const double time : {0.0, 100.0}) {

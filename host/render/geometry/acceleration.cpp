@@ -15,10 +15,20 @@ bool countMemory(void *bytes, ssize_t change, bool) {
     return true;
 }
 
-RTCGeometry makeGeometry(RTCDevice device, const Mesh &mesh) {
+RTCGeometry makeGeometry(RTCDevice device, const VisibleMesh &visible) {
+    const Mesh &mesh = *visible.mesh;
     RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
-    rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, mesh.points.data(), 0,
-                               sizeof(HostPoint), mesh.points.size());
+    const auto setPoints = [&](std::size_t step, const HostPoint *points) {
+        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, static_cast<unsigned>(step), RTC_FORMAT_FLOAT3,
+                                   points, 0, sizeof(HostPoint), mesh.points.size());
+    };
+    if (visible.motion) {
+        rtcSetGeometryTimeStepCount(geometry, static_cast<unsigned>(visible.motion->steps()));
+        for (std::size_t step = 0; step < visible.motion->steps(); ++step)
+            setPoints(step, visible.motion->points(step));
+    } else {
+        setPoints(0, mesh.points.data());
+    }
     rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, mesh.triangles.data(), 0,
                                sizeof(HostPolygon), mesh.triangles.size());
     rtcCommitGeometry(geometry);
@@ -49,9 +59,9 @@ void Acceleration::build(const std::vector<VisibleMesh> &meshes) {
     rtcSetDeviceMemoryMonitorFunction(device_, countMemory, &bytes_);
     std::vector<RTCGeometry> geometries;
     std::vector<bool> camera, rays, shadows;
+    meshes_ = meshes;
     for (const VisibleMesh &visible : meshes) {
-        meshes_.push_back(visible.mesh);
-        geometries.push_back(makeGeometry(device_, *visible.mesh));
+        geometries.push_back(makeGeometry(device_, visible));
         camera.push_back(visible.seenByCamera);
         rays.push_back(visible.seenByRays);
         shadows.push_back(visible.castsShadows);

@@ -1,7 +1,7 @@
 // The acceleration structure for rays: Embree scenes over the objects' meshes.
 #pragma once
 
-#include "host/render/geometry/mesh.h"
+#include "host/render/geometry/mesh_motion.h"
 
 #include <embree3/rtcore.h>
 
@@ -16,6 +16,7 @@ namespace velm::host {
 struct VisibleMesh {
     std::shared_ptr<const Mesh> mesh; // must not change afterwards: Embree reads its buffers
     bool seenByCamera, seenByRays, castsShadows;
+    std::shared_ptr<const MeshMotion> motion; // of the mesh; null: it does not move. Rays see it at their own times
 };
 
 class Acceleration {
@@ -39,7 +40,7 @@ class Acceleration {
     void requireNoError() const;
     void release();
 
-    std::vector<std::shared_ptr<const Mesh>> meshes_;
+    std::vector<VisibleMesh> meshes_;
     RTCDevice device_ = nullptr;
     std::vector<RTCScene> owned_;
     RTCScene camera_ = nullptr, rays_ = nullptr, shadows_ = nullptr;

@@ -58,7 +58,7 @@ constexpr std::uint32_t shuffledIndex(std::uint32_t index, std::uint32_t seed) {
 }
 
 // What the further points of a camera sample are for, besides that on the picture.
-enum class SamplePurpose : std::uint32_t { lens = 1 };
+enum class SamplePurpose : std::uint32_t { lens = 1, time = 2 };
 
 // The point for a purpose of a pixel's sample `index`; independent of those for other purposes.
 constexpr UnitSquare samplePoint(std::uint32_t index, std::uint32_t pixelSeed, SamplePurpose purpose) {

@@ -2,6 +2,7 @@
 
 #include "host/base/error.h"
 #include "host/render/geometry/mesh_cache.h"
+#include "host/render/motion/paths.h"
 #include "host/render/motion/pose.h"
 #include "host/render/motion/values.h"
 
@@ -24,7 +25,8 @@ class ItemBuilder {
   public:
     ItemBuilder(const SceneDescription &scene, double time, const RenderSceneData &former, MeshCache *meshes,
                 ItemHandles &handles, RenderSceneData &data)
-        : scene_(scene), time_(time), pose_(poseAt(scene, time)), meshes_(meshes), handles_(handles), data_(data) {
+        : scene_(scene), time_(time), pose_(poseAt(scene, time)),
+          shutterPoses_(shutterPoses(scene, time, data.shutter)), meshes_(meshes), handles_(handles), data_(data) {
         for (const RenderObject &object : former.objects) former_[object.item] = &object;
     }
 
@@ -33,10 +35,13 @@ class ItemBuilder {
         for (std::size_t i = 0; i < scene_.lights.size(); ++i)
             data_.lights.push_back({.item = take(kItemLight, scene_.lights[i].name),
                                     .light = Light(valuesAt(scene_.lights[i], time_), pose_.lights[i])});
-        for (std::size_t i = 0; i < scene_.cameras.size(); ++i)
+        for (std::size_t i = 0; i < scene_.cameras.size(); ++i) {
             data_.cameras.push_back({.item = take(kItemCamera, scene_.cameras[i].name),
                                      .description = valuesAt(scene_.cameras[i], time_),
-                                     .transform = pose_.cameras[i]});
+                                     .transform = pose_.cameras[i],
+                                     .later = {}});
+            data_.cameras.back().later = laterSteps(i);
+        }
         for (std::size_t i = 0; i < scene_.objects.size(); ++i) addObject(i);
     }
 
@@ -57,10 +62,12 @@ class ItemBuilder {
             const auto found = former_.find(item);
             const RenderObject *former =
                 found != former_.end() && found->second->shape == description.shape ? found->second : nullptr;
-            const bool same =
-                former && former->transform == transform && (former->model != nullptr) == pose_.movingObjects[index];
+            const ItemPath path = objectPath(shutterPoses_, index);
+            const bool same = former && former->transform == transform && former->path == path &&
+                              (former->model != nullptr) == pose_.movingObjects[index];
             data_.objects.push_back(same ? *former : newObject(item, index, former));
             RenderObject &object = data_.objects.back();
+            object.path = path;
             object.surfaces.clear();
             const bool isVisible = transform.isInvertible() && valuesAt(description, time_).dissolve < 1;
             object.seenByCamera = isVisible && description.seenByCamera;
@@ -100,10 +107,26 @@ class ItemBuilder {
                 .mesh = std::move(mesh),
                 .bounds = std::move(bounds),
                 .transform = transform,
+                .path = {},
+                .motion = nullptr,
                 .surfaces = {},
                 .seenByCamera = true,
                 .seenByRays = true,
                 .castsShadows = true};
+    }
+
+    std::vector<CameraStep> laterSteps(std::size_t index) const {
+        const CameraDescription &camera = scene_.cameras[index];
+        std::vector<CameraStep> steps;
+        if (!(camera.shutter > 0)) return steps;
+        for (std::size_t step = 1; step < shutterPoses_.size(); ++step)
+            steps.push_back({.description = valuesAt(camera, timeOfStep(time_, data_.shutter, static_cast<int>(step))),
+                             .transform = shutterPoses_[step].cameras[index]});
+        const RenderCamera &first = data_.cameras[index];
+        const bool isStill = std::ranges::all_of(steps, [&first](const CameraStep &step) {
+            return step.description == first.description && step.transform == first.transform;
+        });
+        return isStill ? std::vector<CameraStep>{} : steps;
     }
 
     void addUvMap(const std::string &name) {
@@ -114,6 +137,7 @@ class ItemBuilder {
     const SceneDescription &scene_;
     const double time_; // seconds
     const ScenePose pose_;
+    const std::vector<ScenePose> shutterPoses_;
     MeshCache *meshes_; // may be null
     ItemHandles &handles_;
     RenderSceneData &data_;
@@ -133,6 +157,7 @@ void buildItems(const SceneDescription &scene, double time, const RenderSceneDat
     data.sceneFile = scene.file;
     data.render = scene.render;
     data.time = time;
+    data.shutter = longestShutter(scene);
     data.work = former.work;
     ItemBuilder(scene, time, former, meshes, handles, data).build();
 }

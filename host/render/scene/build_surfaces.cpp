@@ -37,6 +37,7 @@ class SurfaceBuilder {
         try {
             assignSurfaces(description, object);
             smooth(object);
+            move(object);
         } catch (const InputError &error) {
             throw InputError(location_, fmt::format("object \"{}\": {}", description.name, error.what()));
         }
@@ -109,6 +110,14 @@ class SurfaceBuilder {
         ++data_.work.smoothings;
     }
 
+    // Once the mesh has its last points.
+    static void move(RenderObject &object) {
+        if (object.path.empty())
+            object.motion = nullptr;
+        else if (!object.motion || object.motion->mesh() != object.mesh)
+            object.motion = std::make_shared<const MeshMotion>(object.mesh, object.path);
+    }
+
     // Meshes that differ only in normals and split vertices have the same geometry for rays.
     static bool sameGeometry(const RenderObject &a, const RenderObject &b) {
         return a.meshNumber == b.meshNumber && a.seenByCamera == b.seenByCamera && a.seenByRays == b.seenByRays &&
@@ -126,7 +135,8 @@ class SurfaceBuilder {
             meshes.push_back({.mesh = object.mesh,
                               .seenByCamera = object.seenByCamera,
                               .seenByRays = object.seenByRays,
-                              .castsShadows = object.castsShadows});
+                              .castsShadows = object.castsShadows,
+                              .motion = object.motion});
         }
         data_.acceleration = std::make_shared<Acceleration>(meshes);
         ++data_.work.accelerations;

@@ -63,6 +63,29 @@ CameraRay Camera::filmRay(double x, double y, const DiscPoint &lens) const {
     return hasLens() ? ray(pixelX, pixelY, lens) : ray(pixelX, pixelY);
 }
 
+MovingCamera::MovingCamera(const std::vector<CameraStep> &steps, int width, int height, double pixelAspect) {
+    for (const CameraStep &step : steps)
+        steps_.emplace_back(step.description, step.transform, width, height, pixelAspect);
+}
+
+MovingCamera::Moment MovingCamera::momentAt(double time) const {
+    const double position = std::clamp(time, 0.0, 1.0) * static_cast<double>(steps_.size() - 1);
+    const std::size_t step = std::min(static_cast<std::size_t>(position), steps_.size() - 2);
+    return {.step = step, .fraction = position - static_cast<double>(step)};
+}
+
+CameraRay MovingCamera::between(const CameraRay &from, const CameraRay &to, double fraction) {
+    return {.origin = from.origin + fraction * (to.origin - from.origin),
+            .direction = normalised(from.direction + fraction * (to.direction - from.direction), from.direction),
+            .spread = from.spread + fraction * (to.spread - from.spread)};
+}
+
+Vec3 MovingCamera::forward(double time) const {
+    return ray(time,
+               [](const Camera &camera) { return CameraRay{.origin = {}, .direction = camera.forward(), .spread = 0}; })
+        .direction;
+}
+
 CameraView Camera::view() const {
     CameraView view;
     position_.store(view.position);

@@ -6,6 +6,8 @@
 #include "host/scene/format/description.h"
 #include "host/services/camera_view.h"
 
+#include <vector>
+
 namespace velm::host {
 
 struct CameraRay {
@@ -76,6 +78,41 @@ class Camera {
     double focusDistance_;            // metres, above 0
     int blades_;
     double bladeRotation_; // radians
+};
+
+// A camera at one time.
+struct CameraStep {
+    CameraDescription description;
+    Transform transform;
+};
+
+// A camera whose shutter is open for some time. Between steps, its rays are interpolated.
+class MovingCamera {
+  public:
+    // `steps` are at equal steps of time, the first when the shutter opens; there is at least one. Throws as Camera.
+    MovingCamera(const std::vector<CameraStep> &steps, int width, int height, double pixelAspect);
+
+    const Camera &atOpening() const { return steps_.front(); }
+    bool moves() const { return steps_.size() > 1; }
+
+    // The camera that `give` gets gives the ray at a step; `time` is from 0, the first step, to 1, the last one.
+    template <class Give>
+    CameraRay ray(double time, Give give) const {
+        if (!moves()) return give(steps_.front());
+        const Moment moment = momentAt(time);
+        return between(give(steps_[moment.step]), give(steps_[moment.step + 1]), moment.fraction);
+    }
+    Vec3 forward(double time) const;
+
+  private:
+    struct Moment {
+        std::size_t step; // the one before, but not the last one
+        double fraction;  // of the way to the next one
+    };
+    Moment momentAt(double time) const;
+    static CameraRay between(const CameraRay &from, const CameraRay &to, double fraction);
+
+    std::vector<Camera> steps_;
 };
 
 } // namespace velm::host

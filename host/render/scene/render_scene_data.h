@@ -5,7 +5,10 @@
 #include "host/render/geometry/bounds.h"
 #include "host/render/geometry/item.h"
 #include "host/render/geometry/mesh.h"
+#include "host/render/geometry/mesh_motion.h"
 #include "host/render/geometry/transform.h"
+#include "host/render/motion/paths.h"
+#include "host/render/scene/camera.h"
 #include "host/render/scene/fog.h"
 #include "host/render/scene/lights.h"
 #include "host/render/scene/scene_work.h"
@@ -38,7 +41,9 @@ struct RenderObject {
     std::shared_ptr<Mesh> mesh; // in world space; changes only until an acceleration structure is built over it
     std::vector<Bounds> bounds; // by the mesh's material
     Transform transform;        // to world space, with which the mesh was made or placed
-    std::vector<std::uint16_t> surfaces; // by the mesh's material: an index into RenderSceneData::surfaces
+    ItemPath path;              // while the scene's shutter is open
+    std::shared_ptr<const MeshMotion> motion; // of `mesh`; null: the path is empty
+    std::vector<std::uint16_t> surfaces;      // by the mesh's material: an index into RenderSceneData::surfaces
     bool seenByCamera, seenByRays, castsShadows;
 };
 
@@ -51,12 +56,21 @@ struct RenderCamera {
     HostItem *item;                // kItemCamera
     CameraDescription description; // at the scene's time
     Transform transform;
+    std::vector<CameraStep> later; // the steps after the first, while the scene's shutter is open; empty: it is still
 };
+
+// The camera at all steps of the scene's shutter, or at its opening if it is still.
+inline std::vector<CameraStep> stepsOf(const RenderCamera &camera) {
+    std::vector<CameraStep> steps{{.description = camera.description, .transform = camera.transform}};
+    steps.insert(steps.end(), camera.later.begin(), camera.later.end());
+    return steps;
+}
 
 struct RenderSceneData {
     std::string sceneName, sceneFile;
     RenderDescription render;
-    double time = 0; // of the items, seconds
+    double time = 0;    // of the items, seconds
+    double shutter = 0; // the longest time for which the shutter of a camera is open, seconds
     std::vector<RenderSurface> surfaces;
     std::vector<RenderObject> objects;
     std::vector<RenderLight> lights;
@@ -79,6 +93,11 @@ struct RenderSceneData {
         case kItemCamera: return in(cameras);
         default: return nullptr;
         }
+    }
+
+    // The part of `shutter` for which the shutter of a camera is open.
+    double shutterPart(const CameraDescription &camera) const {
+        return shutter > 0 ? camera.shutter / render.framesPerSecond / shutter : 0;
     }
 
     const RenderSurface &surfaceOf(std::uint32_t object, std::uint32_t triangle) const {

@@ -1,5 +1,5 @@
 // The "LW Camera Evaluation Funcs 2" and "LW Camera Info 5" services: rays, films and shutters of the scene's cameras.
-// The cameras move between frames only: their rays are the same at every time while the shutter is open. An evaluator
+// A camera without a shutter time moves between frames only: its rays are the same at every time fraction. An evaluator
 // is ready once it is created, and follows the camera at each new time.
 #include "host/base/thread_role.h"
 #include "host/render/scene/camera.h"
@@ -12,7 +12,8 @@
 // A camera prepared for evaluating rays. An opaque handle of the plug-in interface; it may outlive its scene.
 struct HostCameraEvaluator {
     const HostItem *item;
-    velm::host::Camera camera;
+    velm::host::MovingCamera camera;
+    double shutterPart; // of the scene's shutter
 };
 
 namespace velm::host {
@@ -24,9 +25,11 @@ const RenderCamera *cameraOf(const HostItem *item) {
     return &currentScene().scene->cameras[static_cast<std::size_t>(known->index)];
 }
 
-Camera currentCamera(const RenderCamera &camera) {
+HostCameraEvaluator evaluatorOf(const HostItem *item, const RenderCamera &camera) {
     const CurrentScene &scene = currentScene();
-    return {camera.description, camera.transform, scene.width, scene.height, scene.scene->render.pixelAspect};
+    return {.item = item,
+            .camera = MovingCamera(stepsOf(camera), scene.width, scene.height, scene.scene->render.pixelAspect),
+            .shutterPart = scene.scene->shutterPart(camera.description)};
 }
 
 // Null for an item that is no camera of the current scene, for a camera with invalid settings, and without memory.
@@ -35,7 +38,7 @@ HostCameraEvaluator *create(HostItem *item) {
     const RenderCamera *found = cameraOf(item);
     if (!found) return nullptr;
     try {
-        return new HostCameraEvaluator{.item = item, .camera = currentCamera(*found)};
+        return new HostCameraEvaluator(evaluatorOf(item, *found));
     } catch (const std::exception &) {
         return nullptr; // this service's way to report errors
     }
@@ -58,7 +61,7 @@ HostError newTime(HostCameraEvaluator *evaluator, int, double) {
     const RenderCamera *found = cameraOf(evaluator->item);
     if (!found) return nullptr;
     try {
-        evaluator->camera = currentCamera(*found);
+        *evaluator = evaluatorOf(evaluator->item, *found);
     } catch (const std::exception &) {
         return "the camera has invalid settings";
     }
@@ -71,18 +74,21 @@ DiscPoint onLens(double x, double y) {
     return distance > 1 ? DiscPoint{x / distance, y / distance} : DiscPoint{x, y};
 }
 
-int evaluate(HostCameraEvaluator *evaluator, double filmX, double filmY, double lensX, double lensY, double,
-             HostCameraRay *ray) {
+int evaluate(HostCameraEvaluator *evaluator, double filmX, double filmY, double lensX, double lensY,
+             double timeFraction, HostCameraRay *ray) {
     assertRender();
     if (!evaluator || !std::isfinite(filmX) || !std::isfinite(filmY)) return 0;
-    if (evaluator->camera.hasLens() && !std::isfinite(std::hypot(lensX, lensY))) return 0;
-    const Camera &camera = evaluator->camera;
-    const CameraRay found = camera.filmRay(filmX, filmY, onLens(lensX, lensY));
+    const MovingCamera &camera = evaluator->camera;
+    if (camera.atOpening().hasLens() && !std::isfinite(std::hypot(lensX, lensY))) return 0;
+    if (camera.moves() && !std::isfinite(timeFraction)) return 0;
+    const double time = camera.moves() ? timeFraction * evaluator->shutterPart : 0;
+    const CameraRay found =
+        camera.ray(time, [&](const Camera &step) { return step.filmRay(filmX, filmY, onLens(lensX, lensY)); });
     *ray = {};
     for (int i = 0; i < 3; ++i) ray->filter[i][i] = 1; // a filter that lets everything pass
     found.origin.store(ray->origin);
     found.direction.store(ray->direction);
-    camera.forward().store(ray->filmNormal);
+    camera.forward(time).store(ray->filmNormal);
     return 1;
 }
 
@@ -107,15 +113,19 @@ void filmSizeOf(HostItem *camera, double *width, double *height) {
     *height = size.height;
 }
 
-// The shutter opens once, at the frame's time, and stays open until the next frame's. There are no further intervals,
-// such as those of fields.
+// The shutter opens once, at the frame's time, and stays open for the camera's part of a frame; without one, until the
+// next frame's. There are no further intervals, such as those of fields.
 void frameTiming(HostItem *camera, int frame, HostFrameTiming *timing) {
     assertBetweenFrames();
     *timing = {};
-    if (!cameraOf(camera)) return;
+    const RenderCamera *found = cameraOf(camera);
+    if (!found) return;
     const double framesPerSecond = currentScene().scene->render.framesPerSecond;
-    timing->intervals[0] = {
-        .count = 1, .offset = frame / framesPerSecond, .duration = 1 / framesPerSecond, .stride = 1 / framesPerSecond};
+    const double shutter = found->description.shutter;
+    timing->intervals[0] = {.count = 1,
+                            .offset = frame / framesPerSecond,
+                            .duration = (shutter > 0 ? shutter : 1) / framesPerSecond,
+                            .stride = 1 / framesPerSecond};
 }
 
 constexpr HostCameraInfo kCameraInfo = {.reserved = {}, .filmSize = filmSizeOf, .frameTiming = frameTiming};

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 namespace velm::host {
 namespace {
@@ -18,8 +19,10 @@ struct Corners {
     Vec3 position[3];
     double weight[3];
 
-    Corners(const Mesh &mesh, const RTCHit &hit) {
-        for (int k = 0; k < 3; ++k) position[k] = mesh.corner(hit.primID, k);
+    // `motion` is null for a mesh that does not move.
+    Corners(const Mesh &mesh, const MeshMotion *motion, double time, const RTCHit &hit) {
+        for (int k = 0; k < 3; ++k)
+            position[k] = motion ? motion->corner(hit.primID, k, time) : mesh.corner(hit.primID, k);
         weight[1] = static_cast<double>(hit.u);
         weight[2] = static_cast<double>(hit.v);
         weight[0] = 1 - weight[1] - weight[2];
@@ -49,7 +52,8 @@ void fillPolygon(const Mesh &mesh, std::uint32_t triangle, const Corners &corner
         const HostPoint &point = mesh.points[polygon.corners[k]];
         sample.vertices[k] = const_cast<HostPoint *>(&point);
         sample.vertexWeights[k] = static_cast<float>(corners.weight[k]);
-        std::copy_n(point.position, 3, sample.vertexPositions[k]);
+        const std::array<float, 3> position = rounded(corners.position[k]);
+        std::copy_n(position.begin(), 3, sample.vertexPositions[k]);
     }
     sample.vertices[3] = nullptr;
     sample.vertexWeights[3] = 0;
@@ -64,18 +68,26 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
     const Mesh &mesh = *object.mesh;
     const std::uint32_t triangle = ray.hit.primID;
     const RenderSurface &surface = state.scene->surfaceOf(ray.hit.geomID, triangle);
-    const Corners corners(mesh, ray.hit);
+    const double time = static_cast<double>(ray.ray.time);
+    const MeshMotion *motion = object.motion.get();
+    const Corners corners(mesh, motion, time, ray.hit);
     const Vec3 position = corners.point(), front = corners.normal();
     const Vec3 source{ray.ray.org_x, ray.ray.org_y, ray.ray.org_z};
     const bool back = dot(front, incoming.direction) > 0;
     const bool isSmooth = !mesh.normals.empty() && !surface.flat();
-    const Vec3 smooth = isSmooth ? smoothNormal(mesh, triangle, corners, front) : front;
+    // A moving object is shaded as it is at the time of the ray.
+    std::optional<Transform> moved;
+    if (motion) moved = motion->transform(time);
+    const Transform &transform = moved ? *moved : object.transform;
+    Vec3 smooth = front;
+    if (isSmooth) smooth = smoothNormal(mesh, triangle, corners, front);
+    if (isSmooth && motion) smooth = motion->turned(smooth, transform);
     // Normals point to the side that the ray came from: a back side is shaded like a front.
     const Vec3 geometric = back ? -front : front, shading = back ? -smooth : smooth;
 
     sample.pixelX = state.pixelX;
     sample.pixelY = state.pixelY;
-    object.transform.pointToObject(position).store(sample.objectPosition);
+    transform.pointToObject(position).store(sample.objectPosition);
     position.store(sample.position);
     geometric.store(sample.geometricNormal);
     shading.store(sample.shadingNormal);
@@ -85,8 +97,8 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
     sample.spotSize = state.origin.spotSize + state.spread * sample.rayLength;
     sample.cosine = -dot(geometric, incoming.direction);
     sample.bumpHeight = 0;
-    std::copy_n(object.transform.toWorld.m, 9, sample.objectToWorld);
-    std::copy_n(object.transform.toObject.m, 9, sample.worldToObject);
+    std::copy_n(transform.toWorld.m, 9, sample.objectToWorld);
+    std::copy_n(transform.toObject.m, 9, sample.worldToObject);
     setRayFunctions(sample);
     sample.rayDepth = state.origin.depth + 1;
     sample.sourceItem = const_cast<HostItem *>(state.origin.item);
@@ -113,6 +125,7 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
               .refractionIndex = incoming.refractionIndex,
               .spotSize = sample.spotSize,
               .travelled = state.origin.travelled + sample.rayLength,
+              .time = state.origin.time,
               .item = object.item};
 }
 

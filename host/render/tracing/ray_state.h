@@ -30,6 +30,7 @@ struct RayOrigin {
     double refractionIndex = 1;     // of the medium that the sample's ray travelled in
     double spotSize = 0;            // footprint of a pixel at the sample, in metres
     double travelled = 0;           // metres from the camera to the sample, along the path of its rays
+    float time = 0;                 // of the rays while the scene's shutter is open, from 0 to 1
     const HostItem *item = nullptr; // the object or the camera
 };
 

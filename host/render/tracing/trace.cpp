@@ -9,9 +9,13 @@ namespace velm::host {
 
 bool isOpenBack(const RenderSceneData &scene, const RTCRayHit &ray) {
     if (scene.surfaceOf(ray.hit.geomID, ray.hit.primID).doubleSided) return false;
-    const Mesh &mesh = *scene.objects[ray.hit.geomID].mesh;
-    const Vec3 corner = mesh.corner(ray.hit.primID, 0);
-    const Vec3 front = cross(mesh.corner(ray.hit.primID, 1) - corner, mesh.corner(ray.hit.primID, 2) - corner);
+    const RenderObject &object = scene.objects[ray.hit.geomID];
+    const auto corner = [&](int which) {
+        if (object.motion) return object.motion->corner(ray.hit.primID, which, static_cast<double>(ray.ray.time));
+        return object.mesh->corner(ray.hit.primID, which);
+    };
+    const Vec3 first = corner(0);
+    const Vec3 front = cross(corner(1) - first, corner(2) - first);
     return dot(front, {ray.ray.dir_x, ray.ray.dir_y, ray.ray.dir_z}) > 0;
 }
 

@@ -70,7 +70,7 @@ inline bool spawnRay(const RayOrigin &from, const Vec3 &origin, const Vec3 &dire
     ray.ray.dir_x = static_cast<float>(unit.x);
     ray.ray.dir_y = static_cast<float>(unit.y);
     ray.ray.dir_z = static_cast<float>(unit.z);
-    ray.ray.time = 0;
+    ray.ray.time = from.time;
     ray.ray.tfar = std::numeric_limits<float>::infinity();
     ray.ray.mask = ~0u;
     ray.ray.id = 0;

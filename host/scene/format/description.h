@@ -223,6 +223,7 @@ struct CameraDescription : ItemDescription {
     double focusDistance = 1; // metres, along the camera's +Z
     int blades = 0;           // the lens has the shape of a regular polygon with so many sides; 0: it is round
     double bladeRotation = 0; // of the polygon, degrees
+    double shutter = 0;       // the fraction of a frame for which the shutter is open, from the frame's time on
     Part mask = kWholePicture;
     Double3 maskColour{0, 0, 0}; // of the pixels outside the mask
 

@@ -105,6 +105,8 @@ constexpr ValueRule kFieldOfView{
 
 constexpr ValueRule kAperture = atLeastRule(0), kFocusDistance = positiveRule();
 
+constexpr ValueRule kShutter{.kind = ValueRule::Kind::number, .minimum = 0, .maximum = kLongestShutter};
+
 constexpr std::array kCameraFields{
     kPositionField<CameraDescription>,
     kTargetField<CameraDescription>,
@@ -137,6 +139,11 @@ constexpr std::array kCameraFields{
                              .help = "Rotation of the blades about the camera's +Z, in degrees, as a bank.",
                              .rule = numberRule(),
                              .target = &CameraDescription::bladeRotation},
+    Field<CameraDescription>{.key = "shutter",
+                             .help = "The fraction of a frame for which the shutter is open, from the frame's time on: "
+                                     "what moves is blurred. 0, the default: nothing is.",
+                             .rule = kShutter,
+                             .target = &CameraDescription::shutter},
     Field<CameraDescription>{.key = "mask",
                              .help = "The part of the picture that shows the scene, like the region of \"render\"; the "
                                      "rest has the mask's colour.",
