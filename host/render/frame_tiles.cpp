@@ -8,7 +8,7 @@ void writeMean(const PixelSum &sum, float *pixel) {
     pixel[0] = static_cast<float>(weight * sum.colour.x);
     pixel[1] = static_cast<float>(weight * sum.colour.y);
     pixel[2] = static_cast<float>(weight * sum.colour.z);
-    pixel[3] = static_cast<float>(weight * sum.covered);
+    pixel[3] = static_cast<float>(weight * static_cast<double>(sum.alpha));
 }
 
 } // namespace

@@ -16,12 +16,13 @@ namespace velm::host {
 // not depend on how they are divided into passes.
 struct PixelSum {
     Vec3 colour;
-    std::uint32_t samples = 0, covered = 0; // covered: those that hit an object
+    std::uint32_t samples = 0;
+    float alpha = 0; // exact for samples of 0 and 1
 
-    void add(const Vec3 &sample, bool isCovered) {
+    void add(const Vec3 &sample, double sampleAlpha) {
         colour += sample;
         ++samples;
-        covered += isCovered ? 1 : 0;
+        alpha += static_cast<float>(sampleAlpha);
     }
 };
 

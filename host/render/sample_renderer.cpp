@@ -68,10 +68,10 @@ CameraRay SampleRenderer::cameraRay(const PicturePoint &point, double time, std:
     });
 }
 
-bool SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const {
+double SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const {
     if (!mask_.contains(x, y)) [[unlikely]] {
         colour = Vec3(cameraItem_.description.maskColour);
-        return true;
+        return 1;
     }
     std::uint32_t pixelSeed = combine(combine(scramble(static_cast<std::uint32_t>(x)), static_cast<std::uint32_t>(y)),
                                       job_.lockNoise ? 0 : static_cast<std::uint32_t>(job_.frame));
@@ -99,13 +99,13 @@ bool SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index, 
         const double direction[3] = {view.direction.x, view.direction.y, view.direction.z};
         scene_.backdrop.evaluate(direction, seen);
         colour = Vec3(seen);
-        return false;
+        return 0;
     }
     ++state.samples;
-    ShadingSample sample;
-    SurfaceValues values;
-    colour = shadeHit(state, ray, {.direction = unit, .refractionIndex = 1, .flags = 0}, sample, values);
-    return true;
+    const SeenColour seen = shadeRay(state, scene_.acceleration->cameraScene(), {}, ray,
+                                     {.direction = unit, .refractionIndex = 1, .flags = 0});
+    colour = seen.colour;
+    return seen.opacity;
 }
 
 SceneServices servicesFor(const SampleRenderer &renderer, int threads) {

@@ -21,8 +21,8 @@ bool ClassicWorker::renderTile(RayState &state, SlotScope &slot, const Tile &til
             for (; sum.samples < samples; slot.step()) {
                 if (stop.load(std::memory_order_relaxed)) return false;
                 Vec3 colour;
-                const bool isCovered = renderer_.render(state, x, y, first + sum.samples, colour);
-                sum.add(colour, isCovered);
+                const double alpha = renderer_.render(state, x, y, first + sum.samples, colour);
+                sum.add(colour, alpha);
             }
         }
     }
@@ -79,12 +79,12 @@ bool UnitWorker::renderUnit(RayState &state, SlotScope &slot, const UnitOfWork &
     Result *result = results_.data();
     for (const int pixel : pixels) {
         if (stop.load(std::memory_order_relaxed)) return false;
-        result->covered = renderer_.render(state, left + pixel % kTileSize, top + pixel / kTileSize,
-                                           static_cast<std::uint32_t>(unit.sample), result->colour);
+        result->alpha = renderer_.render(state, left + pixel % kTileSize, top + pixel / kTileSize,
+                                         static_cast<std::uint32_t>(unit.sample), result->colour);
         ++result;
         slot.step();
     }
-    for (std::size_t i = 0; i < pixels.size(); ++i) sums[pixels[i]].add(results_[i].colour, results_[i].covered);
+    for (std::size_t i = 0; i < pixels.size(); ++i) sums[pixels[i]].add(results_[i].colour, results_[i].alpha);
     return true;
 }
 

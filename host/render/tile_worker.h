@@ -48,7 +48,7 @@ class UnitWorker final : public TileWorker {
   private:
     struct Result {
         Vec3 colour;
-        bool covered;
+        double alpha;
     };
     bool renderUnit(RayState &state, SlotScope &slot, const UnitOfWork &unit, const Region &area, PixelSum *sums,
                     const std::atomic<bool> &stop);

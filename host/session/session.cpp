@@ -3,7 +3,6 @@
 #include "host/base/names.h"
 #include "host/open/open_file.h"
 #include "host/panel/settings.h"
-#include "host/render/motion/values.h"
 #include "host/render/scene/render_scene_data.h"
 #include "host/scene/format/write_scene.h"
 
@@ -24,18 +23,6 @@ void warnOfMeshes(const RenderSceneData &scene, Warnings &warnings) {
             if (!warning.isBesideMesh)
                 warnings.add(
                     {.location = {.file = file->file}, .path = "", .brief = warning.brief, .message = warning.message});
-    }
-}
-
-// Warns of partly dissolved objects: an object is drawn as if it were not dissolved until it is fully dissolved.
-void warnOfDissolve(const SceneDescription &scene, double time, Warnings &warnings) {
-    for (const ObjectDescription &object : scene.objects) {
-        const double dissolve = valuesAt(object, time).dissolve;
-        if (!(dissolve > 0 && dissolve < 1)) continue;
-        warnings.add({.location = object.location,
-                      .path = pathTo(pathTo("objects", object.name), "dissolve"),
-                      .brief = "objects that are partly dissolved",
-                      .message = "an object that is partly dissolved is drawn like a visible one"});
     }
 }
 
@@ -61,7 +48,6 @@ Session::Session(SceneDescription scene, Warnings &warnings, MeshCache *meshes)
     : scene_(std::move(scene)), warnings_(warnings), renderScene_(scene_, meshes),
       surfaces_(scene_, serverList(), &warnings) {
     warnOfMeshes(renderScene_.data(), warnings);
-    warnOfDissolve(scene_, renderScene_.data().time, warnings);
     warnOfSurfaces(scene_, warnings);
     renderScene_.prepare(scene_, [this](const std::string &name) { return surfaces_.surface(name); });
 }
@@ -140,7 +126,6 @@ SceneWork Session::apply(SceneDescription changed) {
     const SceneWork update = renderScene_.update(changed, surfaceOf);
     try {
         warnOfMeshes(renderScene_.data(), warnings_);
-        warnOfDissolve(changed, renderScene_.data().time, warnings_);
     } catch (const InputError &) { // under the strict policy
         renderScene_.update(scene_, surfaceOf);
         throw;
@@ -150,7 +135,6 @@ SceneWork Session::apply(SceneDescription changed) {
 }
 
 void Session::setTime(double time) {
-    warnOfDissolve(scene_, time, warnings_);
     renderScene_.setTime(scene_, time, [this](const std::string &name) { return surfaces_.surface(name); });
 }
 

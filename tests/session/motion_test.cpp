@@ -143,16 +143,6 @@ TEST(Motion, DissolvedAndShrunkObjectsAreNotDrawn) {
     }
 }
 
-TEST(Motion, WarnsOfPartialDissolve) {
-    SceneDescription scene = test::read(kMoving);
-    scene.objects[0].dissolve = 0.5;
-    Warnings warnings(Warnings::Policy::goOn);
-    Session session(scene, warnings);
-    session.setTime(1);
-    ASSERT_EQ(warnings.all().size(), 1U) << "once";
-    EXPECT_EQ(warnings.all()[0].path, "objects.Box.dissolve");
-}
-
 TEST(Motion, AFailedMoveLeavesTheItemsWhereTheyWere) {
     SceneDescription scene = test::read(kMoving);
     scene.cameras[0].targetItem = "Arm";

@@ -69,7 +69,9 @@ class ItemBuilder {
             RenderObject &object = data_.objects.back();
             object.path = path;
             object.surfaces.clear();
-            const bool isVisible = transform.isInvertible() && valuesAt(description, time_).dissolve < 1;
+            object.dissolve = std::max(0.0, valuesAt(description, time_).dissolve);
+            const bool isVisible = transform.isInvertible() && object.dissolve < 1;
+            data_.hasDissolved = data_.hasDissolved || (isVisible && object.dissolve > 0);
             object.seenByCamera = isVisible && description.seenByCamera;
             object.seenByRays = isVisible && description.seenByRays;
             object.castsShadows = isVisible && description.castsShadows;

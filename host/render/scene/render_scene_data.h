@@ -45,6 +45,7 @@ struct RenderObject {
     std::shared_ptr<const MeshMotion> motion; // of `mesh`; null: the path is empty
     std::vector<std::uint16_t> surfaces;      // by the mesh's material: an index into RenderSceneData::surfaces
     bool seenByCamera, seenByRays, castsShadows;
+    double dissolve = 0; // 0 to less than 1, or invisible
 };
 
 struct RenderLight {
@@ -81,6 +82,7 @@ struct RenderSceneData {
     Fog fog;
     Vec3 ambient; // ambient light: intensity times colour
     bool hasSingleSided = false;
+    bool hasDissolved = false;                        // objects that are partly dissolved
     std::shared_ptr<const Acceleration> acceleration; // over `objects`, in the same order
     SceneWork work;                                   // done since the scene was made
 

@@ -4,6 +4,8 @@
 #include "host/render/tracing/illumination.h"
 
 #include <algorithm>
+#include <limits>
+#include <vector>
 
 namespace velm::host {
 namespace {
@@ -65,15 +67,18 @@ void noteNotFinite(Surface &surface, ShadingSample &sample, NotFiniteSource &sou
     }
 }
 
+Vec3 backdropAlong(const RenderSceneData &scene, const Vec3 &direction) {
+    const double seen[3] = {direction.x, direction.y, direction.z};
+    double colour[3];
+    scene.backdrop.evaluate(seen, colour);
+    return Vec3(colour);
+}
+
 // A colour that is seen through the fog. The distances are those of Fog::transmittance.
 Vec3 inFog(const RenderSceneData &scene, const Vec3 &colour, const Vec3 &direction, double from, double to) {
     const double through = scene.fog.transmittance(from, to);
-    Double3 fog = scene.fog.colour();
-    if (scene.fog.hasBackdropColour()) {
-        const double seen[3] = {direction.x, direction.y, direction.z};
-        scene.backdrop.evaluate(seen, fog.data());
-    }
-    return through * colour + (1 - through) * Vec3(fog);
+    const Vec3 fog = scene.fog.hasBackdropColour() ? backdropAlong(scene, direction) : Vec3(scene.fog.colour());
+    return through * colour + (1 - through) * fog;
 }
 
 } // namespace
@@ -117,15 +122,43 @@ Vec3 shadeHit(RayState &state, const RTCRayHit &ray, const IncomingRay &incoming
                                      : colour;
 }
 
+SeenColour shadeRay(RayState &state, RTCScene scene, const HitRules &rules, RTCRayHit &ray, const IncomingRay &incoming,
+                    const std::optional<Vec3> &behind) {
+    constexpr float kFarthest = std::numeric_limits<float>::infinity();
+    ShadingSample sample;
+    SurfaceValues values;
+    double dissolve = dissolveAt(state, ray);
+    Vec3 colour = shadeHit(state, ray, incoming, sample, values);
+    if (!(dissolve > 0)) [[likely]]
+        return {.colour = colour};
+    colour = (1 - dissolve) * colour;
+    double through = dissolve;
+    std::vector<std::uint32_t> passed; // objects
+    while (dissolve > 0) {
+        passed.push_back(ray.hit.geomID);
+        do {
+            advance(ray, kFarthest);
+            if (findHit(state, scene, ray, rules)) continue;
+            colour += through * (behind ? *behind : backdropAlong(*state.scene, incoming.direction));
+            return {.colour = colour, .opacity = 1 - through};
+        } while (std::ranges::find(passed, ray.hit.geomID) != passed.end());
+        dissolve = dissolveAt(state, ray);
+        colour += through * (1 - dissolve) * shadeHit(state, ray, incoming, sample, values);
+        through *= dissolve;
+    }
+    return {.colour = colour};
+}
+
 double traceShaded(RayState &state, const Vec3 &origin, const Vec3 &direction, double colour[3], double refractionIndex,
                    unsigned mode, int extraFlags) {
     RTCRayHit ray;
     Vec3 unit;
     if (!spawnRay(state.origin, origin, direction, ray, unit)) return HOST_RAY_MISS;
     ++state.counts.shaded;
-    if (!findHit(state, state.rayScene, ray, rulesOf(mode))) {
-        const double seenDirection[3] = {unit.x, unit.y, unit.z};
-        if ((mode & kTraceUseBackdropColour) == 0) state.scene->backdrop.evaluate(seenDirection, colour);
+    const HitRules rules = rulesOf(mode);
+    const bool showsBackdrop = (mode & kTraceUseBackdropColour) == 0;
+    if (!findHit(state, state.rayScene, ray, rules)) {
+        if (showsBackdrop) backdropAlong(*state.scene, unit).store(colour);
         return HOST_RAY_MISS;
     }
     const double distance = static_cast<double>(ray.ray.tfar);
@@ -134,12 +167,10 @@ double traceShaded(RayState &state, const Vec3 &origin, const Vec3 &direction, d
         return distance;
     }
     const bool sampled = (mode & kTraceSampled) != 0 || state.origin.sampled;
-    ShadingSample sample;
-    SurfaceValues values;
-    shadeHit(state, ray,
+    shadeRay(state, state.rayScene, rules, ray,
              {.direction = unit, .refractionIndex = refractionIndex, .flags = extraFlags | (sampled ? kRaySampled : 0)},
-             sample, values)
-        .store(colour);
+             showsBackdrop ? std::nullopt : std::optional(Vec3(colour)))
+        .colour.store(colour);
     return distance;
 }
 

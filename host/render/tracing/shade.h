@@ -5,6 +5,8 @@
 #include "host/render/tracing/hit.h"
 #include "host/render/tracing/trace.h"
 
+#include <optional>
+
 namespace velm::host {
 
 // The colour of a sample, from its surface's values, the lights, and reflected and refracted rays:
@@ -19,6 +21,19 @@ Vec3 shade(RayState &state, const ShadingSample &sample, const SurfaceValues &va
 // the hit. `sample` and `values` are outputs. [render threads]
 Vec3 shadeHit(RayState &state, const RTCRayHit &ray, const IncomingRay &incoming, ShadingSample &sample,
               SurfaceValues &values);
+
+// The colour along a ray, and the fraction of it that is not of what is behind all objects.
+struct SeenColour {
+    Vec3 colour;
+    double opacity = 1;
+};
+
+// The colour along a ray whose first hit, by findHit in `scene` and with `rules`, is in `ray`. A partly dissolved
+// object is mixed with what the ray hits behind it, whose polygons of the same object do not count: so it fades as a
+// whole. Where nothing is hit any more, there is `behind`, or without it the backdrop. `ray` ends at its last hit.
+// [render threads]
+SeenColour shadeRay(RayState &state, RTCScene scene, const HitRules &rules, RTCRayHit &ray, const IncomingRay &incoming,
+                    const std::optional<Vec3> &behind = {});
 
 // Traces a ray of a shading kind (kTraceReflection, kTraceRefraction, kTraceDissolve), for rayTraceMode and for
 // surfaces. Sets `colour` and returns the distance to the hit, or HOST_RAY_MISS. `mode` is a mode word of rayTraceMode;

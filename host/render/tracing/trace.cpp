@@ -4,6 +4,7 @@
 #include "host/render/tracing/hit.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace velm::host {
 
@@ -46,8 +47,34 @@ double transparencyOf(RayState &state, const RTCRayHit &ray, const Vec3 &directi
 // polygon that the ray starts on. A triangle is never hit by a ray that starts beside it and leaves it, but the other
 // triangles of a larger polygon may be, when the polygon is not quite flat.
 bool anyHitStops(const RayState &state) {
-    return state.allOpaque && !state.scene->hasSingleSided && !state.origin.polygonNumbers;
+    return state.allOpaque && !state.scene->hasDissolved && !state.scene->hasSingleSided &&
+           !state.origin.polygonNumbers;
 }
+
+// The shadows of partly dissolved objects on a ray. Each lets its dissolve pass, and of the rest as much as its
+// polygons.
+class DissolvedShadows {
+  public:
+    void pass(std::uint32_t object, double dissolve, double transparency) {
+        const auto found = std::ranges::find(shadows_, object, &Shadow::object);
+        if (found == shadows_.end())
+            shadows_.push_back({.object = object, .dissolve = dissolve, .transparency = transparency});
+        else
+            found->transparency *= transparency;
+    }
+    double transmittance() const {
+        double through = 1;
+        for (const Shadow &each : shadows_) through *= each.dissolve + (1 - each.dissolve) * each.transparency;
+        return through;
+    }
+
+  private:
+    struct Shadow {
+        std::uint32_t object;
+        double dissolve, transparency;
+    };
+    std::vector<Shadow> shadows_;
+};
 
 } // namespace
 
@@ -65,14 +92,19 @@ double transmittance(RayState &state, RTCScene scene, const Vec3 &origin, const 
     }
     const float farthest = ray.ray.tfar;
     double through = 1;
+    DissolvedShadows dissolved;
     while (findHit(state, scene, ray, rules)) {
         const double transparency = state.allOpaque ? 0 : transparencyOf(state, ray, unit);
+        const double dissolve = dissolveAt(state, ray);
         if (transparency < 1 && firstStop && *firstStop < 0) *firstStop = static_cast<double>(ray.ray.tfar);
-        through *= transparency;
+        if (dissolve > 0) [[unlikely]]
+            dissolved.pass(ray.hit.geomID, dissolve, transparency);
+        else
+            through *= transparency;
         if (through <= 0) return 0;
         advance(ray, farthest);
     }
-    return through;
+    return through * dissolved.transmittance();
 }
 
 } // namespace velm::host

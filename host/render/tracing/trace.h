@@ -80,6 +80,11 @@ inline bool spawnRay(const RayOrigin &from, const Vec3 &origin, const Vec3 &dire
     return true;
 }
 
+// The part of what is behind a hit that its object's dissolve shows. An object is whole for rays that start on it.
+inline double dissolveAt(const RayState &state, const RTCRayHit &ray) {
+    return ray.hit.geomID == state.origin.object ? 0 : state.scene->objects[ray.hit.geomID].dissolve;
+}
+
 // Whether a hit is on the back of a single-sided polygon, and so does not count.
 bool isOpenBack(const RenderSceneData &scene, const RTCRayHit &ray);
 
@@ -121,8 +126,9 @@ inline bool findHit(RayState &state, RTCScene scene, RTCRayHit &ray, const HitRu
 }
 
 // The fraction of the light that passes along a ray: the product of the transparencies of everything that it hits
-// within `distance` metres. 1 for a ray without a direction. *firstStop, unless null, gets the distance to the first
-// hit that is not fully transparent, or HOST_RAY_MISS. [render threads]
+// within `distance` metres, with objects that are partly dissolved only casting the rest of their shadows. 1 for a ray
+// without a direction. *firstStop, unless null, gets the distance to the first hit that is not fully transparent, or
+// HOST_RAY_MISS. [render threads]
 double transmittance(RayState &state, RTCScene scene, const Vec3 &origin, const Vec3 &direction, double distance,
                      const HitRules &rules, double *firstStop);
 

@@ -186,7 +186,7 @@ struct ObjectDescription : ItemDescription {
     ShapeDescription shape;
     std::vector<SurfaceUse> surfaces; // the entry with the empty material first, where there is one
     bool seenByCamera = true, seenByRays = true, castsShadows = true;
-    double dissolve = 0; // 0 to 1: 1 is invisible
+    double dissolve = 0; // 0 to 1: the fraction of what is behind that shows; 1 is invisible
 
     bool operator==(const ObjectDescription &) const = default;
 };
