@@ -123,8 +123,9 @@ void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOpti
         ->type_name("SECONDS");
     addParsed(command, "--size", options.size, parseSize, "WxH", "The size of the picture in pixels");
     addParsed(command, "--region", options.region, parseRegion, "X0,Y0,X1,Y1",
-              "Only the columns X0 to X1 - 1 and rows Y0 to Y1 - 1, from the upper left:\n"
-              "the data window of an EXR file; in other formats the rest is black");
+              "Only the columns X0 to X1 - 1 and rows Y0 to Y1 - 1, from the upper left, instead\n"
+              "of the scene's region: the data window of an EXR file; in other formats the rest\n"
+              "is black");
     command.add_option("--samples", options.samples, "Samples per pixel")
         ->check(CLI::Range(1, kMostSamples))
         ->type_name("N");
