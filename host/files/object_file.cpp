@@ -15,7 +15,7 @@ namespace velm::host {
 namespace {
 
 constexpr std::uint32_t kObject = fourCC("LWO2"), kSurface = fourCC("SURF"), kClip = fourCC("CLIP"),
-                        kStill = fourCC("STIL"), kNetworkChunk = fourCC("NODS");
+                        kEnvelope = fourCC("ENVL"), kStill = fourCC("STIL"), kNetworkChunk = fourCC("NODS");
 constexpr std::size_t kChunkHeader = 8, kSubChunkHeader = 6;
 constexpr std::size_t kLargestSubChunk = 0xffff;
 
@@ -79,6 +79,7 @@ void ObjectFile::readChunks() {
     for (const Chunk &chunk : file.chunks()) {
         if (chunk.id == kSurface) readSurface(chunk.contents);
         if (chunk.id == kClip) readImage(chunk.contents);
+        if (chunk.id == kEnvelope) envelopes_.add(readEnvelope(file, chunk));
     }
 }
 
@@ -142,11 +143,19 @@ std::optional<std::array<float, n>> ObjectFile::floats(const ObjectSurface &surf
                    fmt::format("the sub-chunk {} has {} bytes; it needs {}", blockName(id), sub->contents.size, 4 * n));
     std::array<float, n> result{};
     for (std::size_t i = 0; i < n; ++i) result[i] = std::bit_cast<float>(iff().number(sub->contents.at + 4 * i, 4));
-    // The numbers are followed by the number of an envelope; 0 means none.
-    const std::size_t rest = sub->contents.size - 4 * n;
-    if (values && rest >= 2 && iff().number(sub->contents.at + 4 * n, 2) != 0)
-        values->animated.push_back(blockName(id));
+    if (!values) return result;
+    ComponentEnvelopes envelopes = envelopesAfter(*sub, n);
+    if (!envelopes.empty()) values->envelopes.emplace(blockName(id), std::move(envelopes));
     return result;
+}
+
+// The envelopes of a value of a sub-chunk. Its numbers are followed by the number of the first envelope; 0 means none.
+ComponentEnvelopes ObjectFile::envelopesAfter(const Chunk &sub, std::size_t components) const {
+    const IffFile file = iff();
+    const std::size_t numbers = 4 * components;
+    ChunkCursor cursor(
+        file, {.id = sub.id, .contents = {.at = sub.contents.at + numbers, .size = sub.contents.size - numbers}});
+    return envelopes_.from(cursor.hasIndex() ? cursor.index() : 0, components);
 }
 
 SurfaceChunkValues ObjectFile::values(std::size_t index) const {
@@ -173,7 +182,7 @@ SurfaceChunkValues ObjectFile::values(std::size_t index) const {
 }
 
 std::vector<SurfaceTexture> ObjectFile::textures(std::size_t index) const {
-    std::vector<SurfaceTexture> textures = readTextures(iff(), surfaces_[index].subChunks);
+    std::vector<SurfaceTexture> textures = readTextures(iff(), surfaces_[index].subChunks, envelopes_);
     for (SurfaceTexture &texture : textures) {
         if (texture.kind != SurfaceTexture::Kind::image) continue;
         const auto image = std::ranges::find(images_, texture.clip, &ObjectImage::number);

@@ -34,6 +34,7 @@ enum class Loss {
     unusedMap,        // a vertex map that is not used for rendering
     // Of surfaces:
     animatedValue,     // a value that an envelope drives
+    envelopeModifier,  // a plug-in that changes an envelope
     vertexColours,     // that tint the surface
     shader,            // a plug-in
     layersBesideNodes, // texture layers of a surface that has a network
@@ -46,7 +47,7 @@ enum class Loss {
     alphaImage,        // an image that masks a texture
     gradientInput,     // a gradient over something that is not known here
     gradientKeys,      // a key of a gradient that has too many
-    animatedTexture,   // a texture that moves, or one with an envelope
+    animatedTexture,   // a texture that moves, or whose envelope is missing
     referenceObject,   // that a texture follows
     frozenProjection,  // a front projection as it was at one time
 };

@@ -40,7 +40,27 @@ TEST(ObjectFile, TellsASurfacesOwnValues) {
     EXPECT_FALSE(values.specular);
     EXPECT_EQ(values.smoothingAngle, 1.0F);
     EXPECT_EQ(values.sides, 3);
-    EXPECT_EQ(values.animated, std::vector<std::string>{"DIFF"});
+    ASSERT_EQ(values.envelopes.size(), 1U);
+    EXPECT_EQ(values.envelopes.at("DIFF"), ComponentEnvelopes{nullptr}) << "the object has no envelope 7";
+}
+
+TEST(ObjectFile, ValuesHaveTheirEnvelopes) {
+    const std::string one = std::string("\x3f\x80\0\0", 4), longNumber = big(0xff000102, 4);
+    const auto envelope = [&](const std::string &number) {
+        return chunk("ENVL", number + subChunk("KEY ", one + one));
+    };
+    const std::string bytes =
+        objectFile(chunk("SURF", cString("A") + cString("") + subChunk("COLR", one + one + one + big(3, 2)) +
+                                     subChunk("GLOS", one + longNumber)) +
+                   envelope(big(3, 2)) + envelope(big(5, 2)) + envelope(longNumber));
+    const SurfaceChunkValues values = ObjectFile(bytes, "a.lwo").values(0);
+    const ComponentEnvelopes &colour = values.envelopes.at("COLR"), &glossiness = values.envelopes.at("GLOS");
+    ASSERT_EQ(colour.size(), 3U);
+    EXPECT_EQ(colour[0]->number, 3U);
+    EXPECT_FALSE(colour[1]) << "the object has no envelope 4";
+    EXPECT_EQ(colour[2]->number, 5U);
+    ASSERT_EQ(glossiness.size(), 1U);
+    EXPECT_EQ(glossiness[0]->keys, (std::vector<EnvelopeKey>{{.time = 1, .value = 1}}));
 }
 
 TEST(ObjectFile, WritesWhatItRead) {

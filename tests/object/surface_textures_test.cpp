@@ -5,6 +5,8 @@
 #include "host/object/old_surfaces.h"
 #include "host/object/surface_textures.h"
 
+#include <tuple>
+
 namespace velm::host::test {
 namespace {
 
@@ -24,7 +26,9 @@ std::string imageBlock(const std::string &ordinal, const std::string &headerRest
 std::vector<SurfaceTexture> texturesIn(const std::string &subChunks) {
     const std::string bytes = objectFile(chunk("SURF", subChunks));
     const IffFile file(bytes, "a.lwo");
-    return readTextures(file, file.subChunks(file.chunks().front().contents, "the surface"));
+    EnvelopeList envelopes;
+    envelopes.add({.number = 4, .keys = {{.time = 0, .value = 2}, {.time = 1, .value = 3}}});
+    return readTextures(file, file.subChunks(file.chunks().front().contents, "the surface"), envelopes);
 }
 
 std::vector<std::string> ordinalsOf(const std::vector<SurfaceTexture> &textures) {
@@ -72,7 +76,7 @@ TEST(SurfaceTextures, AnImageHasItsHeaderPositionAndAttributes) {
     EXPECT_EQ(texture.antialiasing, 0.5F);
     EXPECT_FALSE(texture.isBlendingPixels);
     EXPECT_TRUE(texture.isFrozen);
-    EXPECT_FALSE(texture.isAnimated);
+    EXPECT_TRUE(texture.envelopes.empty());
 }
 
 TEST(SurfaceTextures, WhatAFileLeavesOutHasItsDefault) {
@@ -142,14 +146,27 @@ TEST(SurfaceTextures, ProceduralsAndShadersHaveTheNamesOfTheirFunctions) {
     EXPECT_FALSE(textures[1].isEnabled);
 }
 
-TEST(SurfaceTextures, EnvelopesAreNoticedWhereverTheyAre) {
-    const std::string envelope = words({3});
-    for (const std::string &attributes : {subChunk("TMAP", subChunk("CNTR", reals({0, 0, 0}) + envelope)),
-                                          subChunk("TMAP", subChunk("FALL", words({0}) + reals({0, 0, 0}) + envelope)),
-                                          subChunk("WRPH", reals({1}) + envelope)})
-        EXPECT_TRUE(texturesIn(imageBlock("\x80", "", attributes)).at(0).isAnimated);
-    EXPECT_TRUE(
-        texturesIn(imageBlock("\x80", subChunk("OPAC", words({0}) + reals({1}) + envelope), "")).at(0).isAnimated);
+TEST(SurfaceTextures, NumbersHaveTheirEnvelopes) {
+    using enum TextureNumber;
+    const std::string envelope = words({3}), three = reals({0, 0, 0}) + envelope;
+    const std::tuple<std::string, TextureNumber, std::size_t> kRows[] = {
+        {subChunk("TMAP", subChunk("CNTR", three)), centre, 3},
+        {subChunk("TMAP", subChunk("SIZE", three)), size, 3},
+        {subChunk("TMAP", subChunk("ROTA", three)), rotation, 3},
+        {subChunk("TMAP", subChunk("FALL", words({0}) + three)), falloff, 3},
+        {subChunk("WRPW", reals({1}) + envelope), repeatsU, 1},
+        {subChunk("WRPH", reals({1}) + envelope), repeatsV, 1}};
+    for (const auto &[attributes, number, components] : kRows) {
+        const SurfaceTexture texture = texturesIn(imageBlock("\x80", "", attributes)).at(0);
+        ASSERT_EQ(texture.envelopes.size(), 1U);
+        ASSERT_EQ(texture.envelopes.at(number).size(), components);
+        EXPECT_FALSE(texture.envelopes.at(number)[0]) << "the object has no envelope 3";
+        if (components == 1) continue;
+        ASSERT_TRUE(texture.envelopes.at(number)[1]) << "but it has 4";
+        EXPECT_EQ(texture.envelopes.at(number)[1]->keys[1].value, 3);
+    }
+    const std::string blending = subChunk("OPAC", words({0}) + reals({1}) + words({4}));
+    EXPECT_EQ(texturesIn(imageBlock("\x80", blending, "")).at(0).envelopes.at(opacity).at(0)->keys[0].value, 2);
 }
 
 TEST(SurfaceTextures, TruncatedTheySayChunkAndByte) {

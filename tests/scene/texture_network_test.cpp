@@ -2,12 +2,16 @@
 #include "host/base/four_cc.h"
 #include "host/scene/convert/texture_network.h"
 
+#include "module/host.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <fmt/format.h>
 #include <functional>
 #include <limits>
+#include <memory>
+#include <numbers>
 #include <stdexcept>
 
 namespace velm::host::test {
@@ -57,11 +61,12 @@ struct Described {
     }
 };
 
-Described describe(const std::vector<SurfaceTexture> &textures, std::vector<SettingDescription> settings = {}) {
+Described describe(const std::vector<SurfaceTexture> &textures, std::vector<SettingDescription> settings = {},
+                   const SurfaceChunkValues &values = {}) {
     Described result;
     result.surface.name = "Globe";
     result.surface.settings = std::move(settings);
-    describeTextures(textures, result.surface, result.losses);
+    describeTextures(textures, values, result.surface, result.losses);
     return result;
 }
 
@@ -126,6 +131,69 @@ TEST(TextureNetwork, TheSettingsAreThoseOfTheTextureInTheUnitsOfPanels) {
     for (const auto &[label, value] : kExpected) EXPECT_EQ(result.setting("Color Image 1", label), value) << label;
 }
 
+// An envelope from 0 at 0 s to `end` at 1 s, in a straight line.
+std::shared_ptr<const ObjectEnvelope> lineTo(double end, double endTime = 1) {
+    return std::make_shared<ObjectEnvelope>(
+        ObjectEnvelope{.keys = {{.time = 0, .value = 0}, {.time = endTime, .value = end, .shape = kShapeLinear}}});
+}
+
+double lastKey(const SettingValue &value, std::size_t component = 0) {
+    return std::get<KeysDescription>(value).keys.back().value.at(component);
+}
+
+TEST(TextureNetwork, EnvelopesOfLayersAreKeysInTheUnitsOfPanels) {
+    SurfaceTexture texture = imageOf("COLR", "a.png");
+    texture.envelopes = {{TextureNumber::opacity, {lineTo(0.5)}},
+                         {TextureNumber::centre, {lineTo(1), nullptr, lineTo(3)}},
+                         {TextureNumber::rotation, {nullptr, lineTo(std::numbers::pi), nullptr}},
+                         {TextureNumber::repeatsV, {lineTo(7)}},
+                         {TextureNumber::size, {lineTo(2), lineTo(3, 5), nullptr}}};
+    texture.centre[1] = 0.25F;
+    texture.size[2] = 0.5F;
+    const Described result = describe({texture});
+    EXPECT_EQ(lastKey(result.setting("Color Blend 1", "Opacity")), 50);
+    const SettingValue centre = result.setting("Color Image 1", "Center");
+    EXPECT_EQ((Double3{lastKey(centre, 0), lastKey(centre, 1), lastKey(centre, 2)}), (Double3{1, 0.25, 3}));
+    EXPECT_EQ(lastKey(result.setting("Color Image 1", "Pitch")), 180);
+    EXPECT_EQ(result.setting("Color Image 1", "Bank"), SettingValue(0.0));
+    EXPECT_EQ(lastKey(result.setting("Color Image 1", "Repeats V")), 7);
+    // A setting has the same keys for all three numbers. Others are set apart.
+    EXPECT_EQ(std::ranges::count(result.connections(), "Color Image 1 Size.Vector -> Color Image 1.Size"), 1);
+    EXPECT_EQ(lastKey(result.setting("Color Image 1 Size", "X")), 2);
+    EXPECT_EQ(lastKey(result.setting("Color Image 1 Size", "Y")), 3);
+    EXPECT_EQ(result.setting("Color Image 1 Size", "Z"), SettingValue(0.5));
+    EXPECT_TRUE(result.losses.texts().empty());
+}
+
+TEST(TextureNetwork, ColoursWhoseComponentsHaveDifferentKeysAreMadeOfThem) {
+    SurfaceChunkValues values;
+    values.colour = {0, 0.5F, 0};
+    values.envelopes["COLR"] = {lineTo(1), nullptr, lineTo(1, 2)};
+    const Described plain = describe({}, {}, values);
+    EXPECT_EQ(plain.connections(), (std::vector<std::string>{"Color Envelope.Color -> Globe.Color"}));
+    EXPECT_EQ(plain.node("Color Envelope").server, "Make Color");
+    EXPECT_EQ(plain.setting("Color Envelope", "Green"), SettingValue(0.5));
+    EXPECT_EQ(std::get<KeysDescription>(plain.setting("Color Envelope", "Blue")).keys.back().time, 2);
+    const Described layered = describe({gradientOf("COLR", "Previous Layer")}, {}, values);
+    EXPECT_EQ(layered.connections(), (std::vector<std::string>{"Color Blend 1.Color -> Globe.Color",
+                                                               "Color Envelope.Color -> Color Blend 1.Below",
+                                                               "Color Envelope.Color -> Color Gradient 1.Input",
+                                                               "Color Gradient 1.Alpha -> Color Blend 1.Coverage",
+                                                               "Color Gradient 1.Color -> Color Blend 1.Layer"}));
+    values.envelopes["COLR"] = {lineTo(1), nullptr, lineTo(3)};
+    EXPECT_TRUE(describe({}, {}, values).surface.network.nodes.empty()) << "the setting has these";
+}
+
+TEST(TextureNetwork, KeysOfTheSurfacesValueAreBelowTheFirstLayer) {
+    KeysDescription keys{.components = 3, .keys = {{.value = {0, 0, 0}}, {.time = 1, .value = {0, 1, 0}}}};
+    const Described result =
+        describe({gradientOf("COLR", "Previous Layer")}, {{.label = "Color", .value = keys, .location = {}}});
+    EXPECT_EQ(result.setting("Color Blend 1", "Below"), SettingValue(keys));
+    const auto input = std::get<KeysDescription>(result.setting("Color Gradient 1", "Input"));
+    EXPECT_EQ(input.components, 1);
+    EXPECT_EQ(input.keys.back().value[0], 0.587) << "the luminance of green";
+}
+
 TEST(TextureNetwork, AGradientIsARamp) {
     SurfaceTexture negative = gradientOf("COLR", "Incidence Angle");
     negative.isNegative = true;
@@ -149,7 +217,7 @@ TEST(TextureNetwork, ANodeDoesNotGetTheNameOfItsSurface) {
     SurfaceDescription surface;
     surface.name = "Color Image 1";
     Losses losses;
-    describeTextures({imageOf("COLR", "a.png")}, surface, losses);
+    describeTextures({imageOf("COLR", "a.png")}, {}, surface, losses);
     EXPECT_EQ(surface.network.nodes[0].name, "Color Image 1 (2)");
 }
 
@@ -197,7 +265,13 @@ TEST(TextureNetwork, WhatItDoesNotHaveIsCounted) {
          false},
         {Loss::imageFilter, [](SurfaceTexture &t) { t.isFiltered = true; }, false},
         {Loss::alphaImage, [](SurfaceTexture &t) { t.alphaFile = "mask.iff"; }, false},
-        {Loss::animatedTexture, [](SurfaceTexture &t) { t.isAnimated = true; }, false},
+        {Loss::animatedTexture, [](SurfaceTexture &t) { t.envelopes[TextureNumber::size] = {nullptr}; }, false},
+        {Loss::envelopeModifier,
+         [](SurfaceTexture &t) {
+             t.envelopes[TextureNumber::opacity] = {
+                 std::make_shared<ObjectEnvelope>(ObjectEnvelope{.keys = {{.value = 1}}, .isModified = true})};
+         },
+         false},
         {Loss::animatedTexture, [](SurfaceTexture &t) { t.isMoving = true; }, false},
         {Loss::referenceObject, [](SurfaceTexture &t) { t.reference = "Null"; }, false},
         {Loss::frozenProjection, [](SurfaceTexture &t) { t.isFrozen = true; }, false},

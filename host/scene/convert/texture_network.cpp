@@ -4,6 +4,8 @@
 #include "host/base/four_cc.h"
 #include "host/base/names.h"
 #include "host/graph/surface.h"
+#include "host/scene/convert/envelope_keys.h"
+#include "host/scene/convert/network_writer.h"
 #include "host/scene/format/shortest.h"
 #include "host/state/blocks.h"
 
@@ -68,18 +70,34 @@ const TextureChannel *channelOf(const SurfaceTexture &texture) {
 
 double finite(float number) { return std::isfinite(number) ? static_cast<double>(number) : 0; }
 
-SettingValue shown(float number, double factor) { return shortest(finite(number) * factor, factor); }
-SettingValue shown(const std::array<float, 3> &numbers) {
-    return shortest(SettingValue(Double3{finite(numbers[0]), finite(numbers[1]), finite(numbers[2])}), 1);
+constexpr double kPercent = 100;
+
+// Luminance by the weights of Rec. 601. That of keys has keys, too: they depend on the values in a linear way.
+double luminance(const Double3 &colour) {
+    return shortest(0.299 * colour[0] + 0.587 * colour[1] + 0.114 * colour[2], 1);
 }
 
-constexpr double kPercent = 100;
+SettingValue luminance(SettingValue value) {
+    if (const auto *colour = std::get_if<Double3>(&value)) return luminance(*colour);
+    if (auto *keys = std::get_if<KeysDescription>(&value); keys && keys->components == 3) {
+        keys->components = 1;
+        for (KeyDescription &key : keys->keys) key.value = {luminance(key.value)};
+    }
+    return value;
+}
 
 // Builds the network of one surface.
 class TextureNetwork {
   public:
     TextureNetwork(SurfaceDescription &surface, Losses &losses)
-        : surface_(surface), network_(surface.network), losses_(losses) {}
+        : surface_(surface), writer_(surface), losses_(losses) {}
+
+    // Lets nodes compute a colour whose components have different keys; a setting cannot have them.
+    void addColourKeys(const SurfaceChunkValues &values) {
+        const auto envelopes = values.envelopes.find("COLR");
+        if (envelopes == values.envelopes.end() || animatedTriple(envelopes->second, *values.colour, 1)) return;
+        tops_[&kChannels[0]] = writer_.addComponents("Color Envelope", true, *values.colour, envelopes->second);
+    }
 
     void add(const SurfaceTexture &texture) {
         const TextureChannel *channel = channelOf(texture);
@@ -89,16 +107,16 @@ class TextureNetwork {
         // What is below the layer may feed the layer, so the layer is made first.
         const std::string layer = isImage ? addImage(texture, *channel, number) : addRamp(texture, *channel, number);
         const char *output = isImage && !channel->isColour ? "Luminance" : "Color";
-        const std::string blend = addBlend(texture, *channel, number);
-        connect(layer, output, blend, "Layer");
-        connect(layer, "Alpha", blend, "Coverage");
-        tops_[channel] = blend;
+        NetworkWriter::Node blend = addBlend(texture, *channel, number);
+        blend.connect({.node = layer, .output = output}, "Layer");
+        blend.connect({.node = layer, .output = "Alpha"}, "Coverage");
+        tops_[channel] = {.node = blend.name(), .output = channel->isColour ? "Color" : "Out"};
     }
 
     void finish() {
         for (const TextureChannel &channel : kChannels)
             if (const auto top = tops_.find(&channel); top != tops_.end())
-                connect(top->second, blendOutput(channel), surface_.name, channel.label);
+                writer_.connectToSurface(top->second, channel.label);
     }
 
   private:
@@ -129,59 +147,62 @@ class TextureNetwork {
         return sceneNameOfImage(texture.imageFile).empty() && because(Loss::imageSequence, channel->label);
     }
 
-    NodeDescription &addNode(const TextureChannel &channel, const char *what, int number, const char *server) {
-        constexpr int kWide = 240, kHigh = 200;
-        NodeDescription &node = network_.nodes.emplace_back();
-        node.name = fmt::format("{} {} {}", channel.label, what, number);
-        if (node.name == surface_.name) node.name += " (2)"; // a network's owner has its name in it
-        node.server = server;
-        node.location = surface_.location;
-        const bool isBlend = std::string_view(what) == kBlend;
-        node.look.at = {isBlend ? -kWide : -2 * kWide, kHigh * (rows_ - (isBlend ? 1 : 0))};
-        if (!isBlend) ++rows_;
-        return node;
+    NetworkWriter::Node addNode(const TextureChannel &channel, const char *what, int number, const char *server,
+                                int column) {
+        return writer_.add(fmt::format("{} {} {}", channel.label, what, number), server, column);
     }
 
-    void set(NodeDescription &node, std::string label, SettingValue value) const {
-        node.settings.push_back({std::move(label), std::move(value), surface_.location});
-    }
-
-    void connect(const std::string &from, const char *output, const std::string &to, const char *input) {
-        network_.connections.push_back(
-            {.fromNode = from, .output = output, .toNode = to, .input = input, .location = surface_.location});
+    // The envelopes of one of a texture's numbers; counts the loss of those that the object does not have, and of
+    // plug-ins that change them.
+    ComponentEnvelopes envelopesOf(const SurfaceTexture &texture, TextureNumber number) {
+        const auto found = texture.envelopes.find(number);
+        if (found == texture.envelopes.end()) return {};
+        if (!isAnimated(found->second)) lose(Loss::animatedTexture);
+        if (isModified(found->second)) lose(Loss::envelopeModifier);
+        return found->second;
     }
 
     std::string addImage(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
         noteImageLosses(texture);
-        NodeDescription &node = addNode(channel, "Image", number, "Image Projection");
+        NetworkWriter::Node node = addNode(channel, "Image", number, "Image Projection", NetworkWriter::kLayerColumn);
         const auto chosen = [&](const char *label, const auto &texts, int index) {
-            set(node, label, std::string(texts[index]));
+            node.set(label, std::string(texts[index]));
         };
-        const auto isOn = [&](const char *label, bool on) { set(node, label, std::string(on ? "On" : "Off")); };
-        set(node, "Image", sceneNameOfImage(texture.imageFile));
+        const auto isOn = [&](const char *label, bool on) { node.set(label, std::string(on ? "On" : "Off")); };
+        node.set("Image", sceneNameOfImage(texture.imageFile));
         chosen("Projection", kProjections, texture.projection);
         chosen("Axis", kAxes, texture.axis);
-        set(node, "Coordinates", std::string(texture.isInWorld ? "World" : "Object"));
-        set(node, "Center", shown(texture.centre));
-        set(node, "Size", shown(texture.size));
-        set(node, "Heading", shown(texture.rotation[0], kDegreesPerRadian));
-        set(node, "Pitch", shown(texture.rotation[1], kDegreesPerRadian));
-        set(node, "Bank", shown(texture.rotation[2], kDegreesPerRadian));
-        if (texture.projection == kUvProjection) set(node, "UV Map", texture.uvMap.substr(0, kLongestName));
+        setPosition(texture, node);
+        if (texture.projection == kUvProjection) node.set("UV Map", texture.uvMap.substr(0, kLongestName));
         chosen("Wrap U", kWraps, texture.wrap[0]);
         chosen("Wrap V", kWraps, texture.wrap[1]);
-        set(node, "Repeats U", shown(texture.repeats[0], 1));
-        set(node, "Repeats V", shown(texture.repeats[1], 1));
-        chosen("Falloff Type", kFalloffs, texture.falloffType);
-        set(node, "Falloff", shown(texture.falloff));
-        set(node, "Antialiasing", shown(texture.antialiasing, kPercent));
+        node.set("Repeats U", texture.repeats[0], envelopesOf(texture, TextureNumber::repeatsU), 1);
+        node.set("Repeats V", texture.repeats[1], envelopesOf(texture, TextureNumber::repeatsV), 1);
+        setFalloff(texture, node);
+        node.set("Antialiasing", texture.antialiasing, {}, kPercent);
         isOn("Pixel Blending", texture.isBlendingPixels);
         isOn("Negative", texture.isNegative);
-        return node.name;
+        return node.name();
+    }
+
+    // Where the texture is.
+    void setPosition(const SurfaceTexture &texture, NetworkWriter::Node &node) {
+        node.set("Coordinates", std::string(texture.isInWorld ? "World" : "Object"));
+        node.set("Center", texture.centre, envelopesOf(texture, TextureNumber::centre));
+        node.set("Size", texture.size, envelopesOf(texture, TextureNumber::size));
+        const ComponentEnvelopes rotation = envelopesOf(texture, TextureNumber::rotation);
+        constexpr const char *kLabels[] = {"Heading", "Pitch", "Bank"};
+        for (std::size_t i = 0; i < std::size(kLabels); ++i)
+            node.set(kLabels[i], texture.rotation[i], rotation, kDegreesPerRadian, i);
+    }
+
+    void setFalloff(const SurfaceTexture &texture, NetworkWriter::Node &node) {
+        node.set("Falloff Type", std::string(kFalloffs[texture.falloffType]));
+        node.set("Falloff", texture.falloff, envelopesOf(texture, TextureNumber::falloff));
     }
 
     void noteImageLosses(const SurfaceTexture &texture) {
-        if (texture.isAnimated || texture.isMoving) lose(Loss::animatedTexture);
+        if (texture.isMoving) lose(Loss::animatedTexture);
         if (!texture.reference.empty()) lose(Loss::referenceObject, inQuotes(texture.reference));
         if (texture.isFrozen) lose(Loss::frozenProjection);
         if (texture.isFiltered) lose(Loss::imageFilter, inQuotes(texture.imageFile));
@@ -189,7 +210,6 @@ class TextureNetwork {
     }
 
     std::string addRamp(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
-        if (texture.isAnimated) lose(Loss::animatedTexture);
         std::vector<GradientKey> keys = texture.keys;
         std::ranges::stable_sort(keys, {}, [](const GradientKey &key) { return finite(key.at); });
         if (keys.size() > kMostKeys) {
@@ -197,42 +217,39 @@ class TextureNetwork {
                         keys.size() - kMostKeys);
             keys.resize(kMostKeys);
         }
-        NodeDescription &node = addNode(channel, "Gradient", number, "Color Ramp");
-        std::string name = node.name;
-        set(node, "Source", texture.input == kPreviousLayer ? std::string("Input") : texture.input);
-        set(node, "Keys", static_cast<double>(keys.size()));
+        NetworkWriter::Node node = addNode(channel, "Gradient", number, "Color Ramp", NetworkWriter::kLayerColumn);
+        node.set("Source", texture.input == kPreviousLayer ? std::string("Input") : texture.input);
+        node.set("Keys", static_cast<double>(keys.size()));
         for (std::size_t i = 0; i < keys.size(); ++i) addKey(keys[i], i + 1, texture.isNegative, node);
-        if (texture.input != kPreviousLayer) return name;
+        if (texture.input != kPreviousLayer) return node.name();
         if (const auto top = tops_.find(&channel); top != tops_.end())
-            connect(top->second, blendOutput(channel), name, "Input");
+            node.connect(top->second, "Input");
         else
-            set(node, "Input", luminanceBelow(channel));
-        return name;
+            node.set("Input", luminance(base(channel)));
+        return node.name();
     }
 
-    void addKey(const GradientKey &key, std::size_t number, bool isNegative, NodeDescription &node) const {
+    static void addKey(const GradientKey &key, std::size_t number, bool isNegative, NetworkWriter::Node &node) {
         std::array<float, 3> colour{key.colour[0], key.colour[1], key.colour[2]};
         if (isNegative)
             for (float &component : colour) component = 1 - component;
-        set(node, fmt::format("Position {}", number), shown(key.at, 1));
-        set(node, fmt::format("Color {}", number), shown(colour));
-        set(node, fmt::format("Alpha {}", number), shown(key.colour[3], kPercent));
-        set(node, fmt::format("Shape {}", number), std::string(kShapes[static_cast<int>(key.shape)]));
+        node.set(fmt::format("Position {}", number), key.at, {}, 1);
+        node.set(fmt::format("Color {}", number), colour, {});
+        node.set(fmt::format("Alpha {}", number), key.colour[3], {}, kPercent);
+        node.set(fmt::format("Shape {}", number), std::string(kShapes[static_cast<int>(key.shape)]));
     }
 
-    std::string addBlend(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
-        NodeDescription &node = addNode(channel, kBlend, number, channel.isColour ? "Blend Color" : "Blend Scalar");
-        std::string name = node.name;
-        set(node, "Opacity", shown(texture.opacity, kPercent));
-        set(node, "Mode", std::string(modeOf(texture.blend)));
+    NetworkWriter::Node addBlend(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
+        NetworkWriter::Node node = addNode(channel, "Blend", number, channel.isColour ? "Blend Color" : "Blend Scalar",
+                                           NetworkWriter::kBlendColumn);
+        node.set("Opacity", texture.opacity, envelopesOf(texture, TextureNumber::opacity), kPercent);
+        node.set("Mode", std::string(modeOf(texture.blend)));
         if (const auto top = tops_.find(&channel); top != tops_.end())
-            connect(top->second, blendOutput(channel), name, "Below");
+            node.connect(top->second, "Below");
         else
-            set(node, "Below", base(channel));
-        return name;
+            node.set("Below", base(channel));
+        return node;
     }
-
-    static const char *blendOutput(const TextureChannel &channel) { return channel.isColour ? "Color" : "Out"; }
 
     // The surface's own value.
     SettingValue base(const TextureChannel &channel) const {
@@ -243,27 +260,19 @@ class TextureNetwork {
         return channel.isColour ? SettingValue(initial) : SettingValue(initial[0]);
     }
 
-    double luminanceBelow(const TextureChannel &channel) const {
-        const SettingValue value = base(channel);
-        if (const auto *colour = std::get_if<Double3>(&value))
-            return shortest(0.299 * (*colour)[0] + 0.587 * (*colour)[1] + 0.114 * (*colour)[2], 1);
-        return std::get<double>(value);
-    }
-
-    static constexpr const char *kBlend = "Blend";
-
     SurfaceDescription &surface_;
-    NetworkDescription &network_;
+    NetworkWriter writer_;
     Losses &losses_;
-    std::map<const TextureChannel *, int> numbers_;      // of the layers so far
-    std::map<const TextureChannel *, std::string> tops_; // the blend nodes of the topmost layers
-    int rows_ = 0;                                       // of nodes in an editor
+    std::map<const TextureChannel *, int> numbers_;     // of the layers so far
+    std::map<const TextureChannel *, NodeOutput> tops_; // what computes a channel so far
 };
 
 } // namespace
 
-void describeTextures(const std::vector<SurfaceTexture> &textures, SurfaceDescription &surface, Losses &losses) {
+void describeTextures(const std::vector<SurfaceTexture> &textures, const SurfaceChunkValues &values,
+                      SurfaceDescription &surface, Losses &losses) {
     TextureNetwork network(surface, losses);
+    network.addColourKeys(values);
     for (const SurfaceTexture &texture : textures) network.add(texture);
     network.finish();
 }
