@@ -173,6 +173,7 @@ SurfaceChunkValues ObjectFile::values(std::size_t index) const {
     values.reflection = number(fourCC("REFL"));
     values.transparency = number(fourCC("TRAN"));
     values.refractionIndex = number(fourCC("RIND"));
+    values.bump = number(fourCC("BUMP"));
     if (const auto angle = floats<1>(surface, fourCC("SMAN"), nullptr)) values.smoothingAngle = (*angle)[0];
     if (const Chunk *sides = find(surface, fourCC("SIDE"))) {
         if (sides->contents.size < 2) iff().fail(sides->contents.at, "the sub-chunk SIDE is too short");

@@ -39,7 +39,7 @@ enum class Loss {
     shader,            // a plug-in
     layersBesideNodes, // texture layers of a surface that has a network
     procedural,        // a texture that a function computes
-    otherChannel,      // a texture of the bump or of another channel that is not rendered
+    otherChannel,      // a texture of a channel that is not rendered
     alphaLayer,        // a texture that masks the one below it
     displacementLayer, // a texture that moves those below it
     imageSequence,     // an image that is not a single file

@@ -79,6 +79,7 @@ void readOldPart(const IffFile &file, const Chunk &part, SurfaceTexture &texture
     case fourCC("TFP1"):
         if (const float repeats = cursor.real(); repeats > 0) texture.repeats[part.id == fourCC("TFP1")] = repeats;
         return;
+    case fourCC("TAMP"): texture.amplitude = cursor.real(); return;
     case fourCC("TOPC"): texture.opacity = cursor.real(); return;
     case fourCC("TAAS"):
         if (texture.antialiasing > 0) texture.antialiasing = cursor.real();

@@ -94,6 +94,9 @@ class BlockReader {
             texture_.repeats[isUp ? 1 : 0] = cursor.real();
             return readEnvelopes(cursor, isUp ? TextureNumber::repeatsV : TextureNumber::repeatsU, 1);
         }
+        case fourCC("TAMP"):
+            texture_.amplitude = cursor.real();
+            return readEnvelopes(cursor, TextureNumber::amplitude, 1);
         case fourCC("VMAP"): texture_.uvMap = cursor.text("the name of a UV map"); return;
         case fourCC("AAST"): {
             const bool isOn = (cursor.u2() & 1) != 0;

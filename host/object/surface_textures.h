@@ -36,7 +36,7 @@ struct GradientKey {
 };
 
 // The numbers of a layer that envelopes may drive.
-enum class TextureNumber { opacity, centre, size, rotation, falloff, repeatsU, repeatsV };
+enum class TextureNumber { opacity, centre, size, rotation, falloff, repeatsU, repeatsV, amplitude };
 
 // A layer or shader. The members after `negative` hold for the kinds that their comments name. Numbers that the format
 // does not define count as the default.
@@ -60,6 +60,8 @@ struct SurfaceTexture {
     bool isInWorld = false;                       // the position is in world space, not the object's
     std::string reference;                        // the item that the texture follows; empty for none
     bool isMoving = false;                        // the texture has a velocity
+
+    float amplitude = 1; // of a bump
 
     // Of images.
     std::uint32_t clip = 0;             // number of the image in the object; 0 for none, and where the file names it

@@ -16,6 +16,7 @@ struct SurfaceChunkValues {
     std::optional<std::array<float, 3>> colour;                                 // COLR
     std::optional<float> luminosity, diffuse, specular, glossiness, reflection; // LUMI DIFF SPEC GLOS REFL
     std::optional<float> transparency, refractionIndex;                         // TRAN RIND
+    std::optional<float> bump;                                                  // BUMP: the strength
     std::optional<float> smoothingAngle;                                        // SMAN
     std::optional<int> sides;                                                   // SIDE: 1 or 3
     // The envelopes that drive values, by sub-chunk: "COLR". A value without one is not in the map.

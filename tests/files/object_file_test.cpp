@@ -29,13 +29,14 @@ TEST(ObjectFile, TellsASurfacesOwnValues) {
 
     const std::string half = std::string("\x3f\0\0\0", 4), one = std::string("\x3f\x80\0\0", 4);
     const std::string none = big(0, 2);
-    const std::string bytes =
-        objectFile(chunk("SURF", cString("A") + cString("") + subChunk("COLR", one + half + half + none) +
-                                     subChunk("LUMI", half + none) + subChunk("DIFF", one + big(7, 2)) +
-                                     subChunk("SMAN", one) + subChunk("SIDE", big(3, 2))));
+    const std::string bytes = objectFile(
+        chunk("SURF", cString("A") + cString("") + subChunk("COLR", one + half + half + none) +
+                          subChunk("LUMI", half + none) + subChunk("BUMP", half + none) +
+                          subChunk("DIFF", one + big(7, 2)) + subChunk("SMAN", one) + subChunk("SIDE", big(3, 2))));
     const SurfaceChunkValues values = ObjectFile(bytes, "a.lwo").values(0);
     EXPECT_EQ(values.colour, (std::array<float, 3>{1, 0.5F, 0.5F}));
     EXPECT_EQ(values.luminosity, 0.5F);
+    EXPECT_EQ(values.bump, 0.5F);
     EXPECT_EQ(values.diffuse, 1.0F);
     EXPECT_FALSE(values.specular);
     EXPECT_EQ(values.smoothingAngle, 1.0F);

@@ -1,5 +1,7 @@
-// The nodes that combine textures: Blend Color, Blend Scalar and Color Ramp.
+// The nodes that combine textures, Blend Color, Blend Scalar and Color Ramp; and Bump.
 #include "tests/graph/builtin_fixture.h"
+
+#include "host/services/uv_provider.h"
 
 #include <cmath>
 
@@ -106,6 +108,88 @@ TEST_F(BuiltinTest, RampsDependOnHowTheSurfaceIsSeen) {
     }
     sample.cosine = 2; // of no angle
     EXPECT_EQ(triple(add("Color Ramp", {{"Source", text("Incidence Angle")}, {"Position 2", 90.0}}), "Color")[0], 1);
+}
+
+// ---- Bump: heights that rise in one direction tilt the normal by a known angle ----
+
+constexpr double kBumpTolerance = 1e-9;   // of differences of doubles
+constexpr double kSingleTolerance = 1e-5; // where the sample's barycentric coordinates, which are floats, count
+
+// Three metres above the origin of a floor that faces up.
+class BumpTest : public BuiltinTest {
+  protected:
+    BumpTest() {
+        constexpr double kUnturned[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+        std::copy_n(kUnturned, 9, sample.worldToObject);
+        sample.shadingNormal[1] = 1;
+        sample.spotSize = 0.01;
+        place(3, 0, 4);
+    }
+    ~BumpTest() override { setUvProvider({}); }
+
+    // A bump whose height is `slope` times an output of Spot Info or of the node after it.
+    HostNode &bumpOf(const HostNode &source, const char *output, double slope, double strength = 100) {
+        const HostNode &product = add("Multiply Scalar", {{"B", slope}});
+        network.connect(source.name, output, product.name, "A");
+        HostNode &bump = add("Bump", {{"Strength", strength}});
+        network.connect(product.name, "Out", bump.name, "Height");
+        return bump;
+    }
+    // One whose height is `slope` times x in the object's space.
+    HostNode &bumpAlongX(double slope, double strength = 100) {
+        const HostNode &info = add("Spot Info"), &split = add("Split Vector");
+        network.connect(info.name, "Object Position", split.name, "Vector");
+        return bumpOf(split, "X", slope, strength);
+    }
+    void expectTilt(HostNode &bump, double slope, double tolerance = kBumpTolerance) {
+        const Double3 normal = triple(bump, "Normal");
+        const double length = std::hypot(slope, 1);
+        EXPECT_NEAR(normal[0], -slope / length, tolerance);
+        EXPECT_NEAR(normal[1], 1 / length, tolerance);
+        EXPECT_NEAR(normal[2], 0, tolerance);
+    }
+};
+
+TEST_F(BumpTest, TiltsTheNormalByTheSlope) {
+    expectTilt(bumpAlongX(0), 0);
+    expectTilt(bumpAlongX(1), 1); // 45 degrees
+    expectTilt(bumpAlongX(-0.5), -0.5);
+    expectTilt(bumpAlongX(0.5, 50), 0.25);
+    sample.spotSize = 0; // not known
+    expectTilt(bumpAlongX(1), 1);
+}
+
+TEST_F(BumpTest, LeavesTheNormalWithoutATexture) { expectTilt(add("Bump", {{"Height", 5.0}}), 0); }
+
+TEST_F(BumpTest, FollowsTheObjectsScale) {
+    for (std::size_t i = 0; i < 3; ++i) sample.worldToObject[4 * i] = 2; // of half the size
+    expectTilt(bumpAlongX(0.5), 1);
+}
+
+TEST_F(BumpTest, IsSunkInAtTheBack) {
+    sample.rayFlags = kRayBackSide;
+    expectTilt(bumpAlongX(1), -1);
+}
+
+TEST_F(BumpTest, LeavesTheNormalWhereHeightsAreNotFinite) {
+    HostNode &bump = bumpAlongX(1e308);
+    place(1e10, 0, 0);
+    expectTilt(bump, 0);
+}
+
+TEST_F(BumpTest, FollowsUvMaps) {
+    // A triangle with the corners (0, 0, 0), (4, 0, 0) and (0, 0, 4) on which u is the fraction of the second corner.
+    sample.vertexPositions[1][0] = sample.vertexPositions[2][2] = 4;
+    sample.vertexWeights[0] = 0.25F;
+    sample.vertexWeights[1] = 0.5F;
+    sample.vertexWeights[2] = 0.25F;
+    sample.spotSize = 0.5;
+    setUvProvider({.lookup = [](const ShadingSample *at, const char *, double *u, double *v) {
+        *u = static_cast<double>(at->vertexWeights[1]);
+        *v = static_cast<double>(at->vertexWeights[2]);
+        return true;
+    }});
+    expectTilt(bumpOf(add("Spot Info"), "U", 2), 2.0 / 4, kSingleTolerance);
 }
 
 } // namespace

@@ -43,15 +43,15 @@ TEST(SurfaceTextures, AnImageHasItsHeaderPositionAndAttributes) {
                                                       subChunk("ROTA", reals({0.1F, 0.2F, 0.3F}) + kNoEnvelope) +
                                                       subChunk("FALL", words({3}) + reals({7, 8, 9}) + kNoEnvelope) +
                                                       subChunk("OREF", cString("Null")) + subChunk("CSYS", words({1})));
-    const std::vector<SurfaceTexture> textures = texturesIn(
-        imageBlock("\x80",
-                   subChunk("CHAN", "DIFF") + subChunk("OPAC", words({3}) + reals({0.25F}) + kNoEnvelope) +
-                       subChunk("ENAB", words({0})) + subChunk("NEGA", words({1})) + subChunk("AXIS", words({1})),
-                   position + subChunk("PROJ", words({5})) + subChunk("AXIS", words({2})) +
-                       subChunk("IMAG", words({7})) + subChunk("WRAP", words({0, 3})) +
-                       subChunk("WRPW", reals({2}) + kNoEnvelope) + subChunk("WRPH", reals({3}) + kNoEnvelope) +
-                       subChunk("VMAP", cString("Label")) + subChunk("AAST", words({1}) + reals({0.5F})) +
-                       subChunk("PIXB", words({0})) + subChunk("STCK", words({1}) + reals({0}))));
+    const std::vector<SurfaceTexture> textures = texturesIn(imageBlock(
+        "\x80",
+        subChunk("CHAN", "DIFF") + subChunk("OPAC", words({3}) + reals({0.25F}) + kNoEnvelope) +
+            subChunk("ENAB", words({0})) + subChunk("NEGA", words({1})) + subChunk("AXIS", words({1})),
+        position + subChunk("PROJ", words({5})) + subChunk("AXIS", words({2})) + subChunk("IMAG", words({7})) +
+            subChunk("WRAP", words({0, 3})) + subChunk("WRPW", reals({2}) + kNoEnvelope) +
+            subChunk("WRPH", reals({3}) + kNoEnvelope) + subChunk("VMAP", cString("Label")) +
+            subChunk("TAMP", reals({0.75F}) + kNoEnvelope) + subChunk("AAST", words({1}) + reals({0.5F})) +
+            subChunk("PIXB", words({0})) + subChunk("STCK", words({1}) + reals({0}))));
     ASSERT_EQ(textures.size(), 1U);
     const SurfaceTexture &texture = textures[0];
     EXPECT_EQ(texture.kind, Kind::image);
@@ -73,6 +73,7 @@ TEST(SurfaceTextures, AnImageHasItsHeaderPositionAndAttributes) {
     EXPECT_EQ(texture.wrap, (std::array<int, 2>{0, 3}));
     EXPECT_EQ(texture.repeats, (std::array<float, 2>{2, 3}));
     EXPECT_EQ(texture.uvMap, "Label");
+    EXPECT_EQ(texture.amplitude, 0.75F);
     EXPECT_EQ(texture.antialiasing, 0.5F);
     EXPECT_FALSE(texture.isBlendingPixels);
     EXPECT_TRUE(texture.isFrozen);
@@ -155,7 +156,8 @@ TEST(SurfaceTextures, NumbersHaveTheirEnvelopes) {
         {subChunk("TMAP", subChunk("ROTA", three)), rotation, 3},
         {subChunk("TMAP", subChunk("FALL", words({0}) + three)), falloff, 3},
         {subChunk("WRPW", reals({1}) + envelope), repeatsU, 1},
-        {subChunk("WRPH", reals({1}) + envelope), repeatsV, 1}};
+        {subChunk("WRPH", reals({1}) + envelope), repeatsV, 1},
+        {subChunk("TAMP", reals({1}) + envelope), amplitude, 1}};
     for (const auto &[attributes, number, components] : kRows) {
         const SurfaceTexture texture = texturesIn(imageBlock("\x80", "", attributes)).at(0);
         ASSERT_EQ(texture.envelopes.size(), 1U);
@@ -200,8 +202,8 @@ TEST(OldTextures, BelongToTheChannelThatBeginsThem) {
         subChunk("TVEL", reals({0, 0, 1})) + subChunk("TREF", cString("Null")) +
         subChunk("TIMG", cString("C:\\maps\\label.iff")) + subChunk("TALP", cString("mask.iff")) +
         subChunk("TWRP", words({0, 2})) + subChunk("TFP0", reals({2})) + subChunk("TFP1", reals({0})) +
-        subChunk("TOPC", reals({0.75F})) + subChunk("BTEX", cString("Crumple")) + subChunk("TFP0", reals({5})) +
-        subChunk("TIMG", cString("(none)")));
+        subChunk("TOPC", reals({0.75F})) + subChunk("BTEX", cString("Crumple")) + subChunk("TAMP", reals({0.5F})) +
+        subChunk("TFP0", reals({5})) + subChunk("TIMG", cString("(none)")));
     ASSERT_EQ(textures.size(), 2U);
     const SurfaceTexture &image = textures[0], &bump = textures[1];
     EXPECT_EQ(image.kind, Kind::image);
@@ -225,6 +227,7 @@ TEST(OldTextures, BelongToTheChannelThatBeginsThem) {
     EXPECT_EQ(image.repeats, (std::array<float, 2>{2, 1})) << "not at all is once";
     EXPECT_EQ(bump.kind, Kind::procedural);
     EXPECT_EQ(bump.channel, fourCC("BUMP"));
+    EXPECT_EQ(bump.amplitude, 0.5F);
     EXPECT_EQ(bump.function, "Crumple");
     EXPECT_EQ(bump.imageFile, "");
     EXPECT_EQ(bump.repeats, (std::array<float, 2>{1, 1}));

@@ -213,6 +213,31 @@ TEST(TextureNetwork, AGradientIsARamp) {
     EXPECT_EQ(first.setting("Color Gradient 1", "Input"), SettingValue(0.587));
 }
 
+TEST(TextureNetwork, BumpsAreHeightsThatTiltTheNormal) {
+    SurfaceTexture louder = imageOf("BUMP", "b.png");
+    louder.amplitude = 0.5F;
+    SurfaceChunkValues values;
+    values.bump = 0.25F;
+    const Described result = describe({gradientOf("COLR", "Bump"), imageOf("BUMP", "a.png"), louder}, {}, values);
+    EXPECT_EQ(
+        result.connections(),
+        (std::vector<std::string>{
+            "Bump Amplitude 2.Out -> Bump Blend 2.Layer", "Bump Blend 1.Out -> Bump Blend 2.Below",
+            "Bump Blend 2.Out -> Bump.Height", "Bump Blend 2.Out -> Color Gradient 1.Input",
+            "Bump Image 1.Alpha -> Bump Blend 1.Coverage", "Bump Image 1.Height -> Bump Blend 1.Layer",
+            "Bump Image 2.Alpha -> Bump Blend 2.Coverage", "Bump Image 2.Height -> Bump Amplitude 2.A",
+            "Bump.Normal -> Globe.Normal", "Color Blend 1.Color -> Globe.Color",
+            "Color Gradient 1.Alpha -> Color Blend 1.Coverage", "Color Gradient 1.Color -> Color Blend 1.Layer"}));
+    EXPECT_EQ(result.setting("Bump", "Strength"), SettingValue(25.0));
+    EXPECT_EQ(result.setting("Bump Blend 1", "Below"), SettingValue(0.0));
+    EXPECT_EQ(result.setting("Bump Amplitude 2", "B"), SettingValue(0.5));
+    EXPECT_EQ(result.setting("Color Gradient 1", "Source"), SettingValue(std::string("Input")));
+    EXPECT_TRUE(result.losses.texts().empty());
+    values.envelopes["BUMP"] = {lineTo(2)};
+    EXPECT_EQ(lastKey(describe({imageOf("BUMP", "a.png")}, {}, values).setting("Bump", "Strength")), 200);
+    EXPECT_TRUE(describe({}, {}, values).surface.network.nodes.empty());
+}
+
 TEST(TextureNetwork, ANodeDoesNotGetTheNameOfItsSurface) {
     SurfaceDescription surface;
     surface.name = "Color Image 1";
@@ -252,7 +277,8 @@ TEST(TextureNetwork, WhatItDoesNotHaveIsCounted) {
     const LossRow kRows[] = {
         {Loss::shader, [](SurfaceTexture &t) { t.kind = Kind::shader; }, true},
         {Loss::procedural, [](SurfaceTexture &t) { t.kind = Kind::procedural; }, true},
-        {Loss::otherChannel, [](SurfaceTexture &t) { t.channel = fourCC("BUMP"); }, true},
+        {Loss::otherChannel, [](SurfaceTexture &t) { t.channel = fourCC("TRNL"); }, true},
+        {Loss::otherChannel, [](SurfaceTexture &t) { t = gradientOf("BUMP", "Slope"); }, true},
         {Loss::alphaLayer, [](SurfaceTexture &t) { t.blend = TextureBlend::alpha; }, true},
         {Loss::displacementLayer, [](SurfaceTexture &t) { t.blend = TextureBlend::displacement; }, true},
         {Loss::imageSequence, [](SurfaceTexture &t) { t.imageFile.clear(); }, true},

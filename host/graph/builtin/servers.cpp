@@ -49,6 +49,7 @@ std::vector<HostServer> table() {
     add<colourRamp, kTextures>(servers);
     add<blendColour, kTextures>(servers);
     add<blendScalar, kTextures>(servers);
+    add<bump, kTextures>(servers);
     servers.push_back({nullptr, nullptr, nullptr, nullptr});
     return servers;
 }

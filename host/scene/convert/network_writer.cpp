@@ -40,7 +40,7 @@ void NetworkWriter::Node::set(const std::string &label, const std::array<float, 
 void NetworkWriter::Node::connect(const NodeOutput &from, const char *input) { writer_.connect(from, name(), input); }
 
 NetworkWriter::Node NetworkWriter::add(std::string name, const char *server, int column) {
-    if (column == kLayerColumn) ++rows_;
+    if (column == kLayerColumn) startRow();
     NodeDescription &node = network_.nodes.emplace_back();
     node.name = std::move(name);
     if (node.name == surface_.name) node.name += " (2)"; // a network's owner has its name in it

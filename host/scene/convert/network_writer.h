@@ -47,8 +47,9 @@ class NetworkWriter {
     // `surface` has to outlive the writer.
     explicit NetworkWriter(SurfaceDescription &surface) : surface_(surface), network_(surface.network) {}
 
-    // Adds a node of a server. A node of the layers' column starts a new row.
+    // Adds a node of a server in the current row. A node of the layers' column starts a new row.
     Node add(std::string name, const char *server, int column);
+    void startRow() { ++rows_; }
     // Adds a node of three numbers, "Make Color" or "Make Vector", and gives its output. The components may have
     // different keys.
     NodeOutput addComponents(std::string name, bool isColour, const std::array<float, 3> &numbers,
