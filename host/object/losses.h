@@ -39,6 +39,7 @@ enum class Loss {
     shader,            // a plug-in
     layersBesideNodes, // texture layers of a surface that has a network
     procedural,        // a texture that a function computes
+    similarPattern,    // one that is shown by a similar pattern
     otherChannel,      // a texture of a channel that is not rendered
     alphaLayer,        // a texture that masks the one below it
     displacementLayer, // a texture that moves those below it

@@ -61,6 +61,7 @@ bool isMoving(const std::array<float, 3> &velocity) { return velocity != std::ar
 
 void readOldPart(const IffFile &file, const Chunk &part, SurfaceTexture &texture) {
     constexpr std::uint32_t kWraps = 4;
+    constexpr float kFull = 256; // of values
     ChunkCursor cursor(file, part);
     switch (part.id) {
     case fourCC("TFLG"): return setFlags(cursor.u2(), texture);
@@ -79,6 +80,9 @@ void readOldPart(const IffFile &file, const Chunk &part, SurfaceTexture &texture
     case fourCC("TFP1"):
         if (const float repeats = cursor.real(); repeats > 0) texture.repeats[part.id == fourCC("TFP1")] = repeats;
         return;
+    case fourCC("TCLR"): texture.value = readOldColour(cursor); return;
+    case fourCC("TVAL"): texture.value.fill(static_cast<float>(static_cast<std::int16_t>(cursor.u2())) / kFull); return;
+    case fourCC("TFRQ"): texture.octaves = static_cast<int>(cursor.u2()); return;
     case fourCC("TAMP"): texture.amplitude = cursor.real(); return;
     case fourCC("TOPC"): texture.opacity = cursor.real(); return;
     case fourCC("TAAS"):
@@ -89,6 +93,12 @@ void readOldPart(const IffFile &file, const Chunk &part, SurfaceTexture &texture
 }
 
 } // namespace
+
+std::array<float, 3> readOldColour(ChunkCursor &cursor) {
+    const std::uint32_t redGreen = cursor.u2(), blue = cursor.u2() >> 8;
+    const auto fraction = [](std::uint32_t byte) { return static_cast<float>(byte) / 255; };
+    return {fraction(redGreen >> 8), fraction(redGreen & 0xff), fraction(blue)};
+}
 
 std::vector<SurfaceTexture> readOldTextures(const IffFile &file, const std::vector<Chunk> &subChunks) {
     std::vector<SurfaceTexture> textures;

@@ -75,9 +75,20 @@ class BlockReader {
         case fourCC("INAM"): texture_.item = ChunkCursor(file_, part).text("the item of a gradient"); return;
         case fourCC("FKEY"): return readKeys(ChunkCursor(file_, part));
         case fourCC("IKEY"): return readShapes(ChunkCursor(file_, part));
+        case fourCC("VALU"): return readValue(ChunkCursor(file_, part));
         case fourCC("FUNC"): texture_.function = ChunkCursor(file_, part).text("the name of a texture"); return;
         default: readImagePart(part.id, ChunkCursor(file_, part));
         }
+    }
+
+    // One number, or three.
+    void readValue(ChunkCursor cursor) {
+        constexpr std::size_t kColour = 12; // bytes
+        const bool isColour = cursor.left() >= kColour;
+        texture_.value.fill(cursor.real());
+        if (!isColour) return;
+        texture_.value[1] = cursor.real();
+        texture_.value[2] = cursor.real();
     }
 
     void readImagePart(std::uint32_t id, ChunkCursor cursor) {

@@ -83,6 +83,10 @@ struct SurfaceTexture {
 
     // Of procedurals and shaders: the name of the procedural or plug-in.
     std::string function;
+    // Of procedurals: the colour or value that the texture has where its pattern is full, and how many layers of noise
+    // it has; 0 where the file does not say.
+    std::array<float, 3> value{1, 1, 1};
+    int octaves = 0;
 };
 
 // The layers and shaders among the sub-chunks of a surface of an LWO2 object, in their order: the lowest layer first.

@@ -1,9 +1,10 @@
-// The nodes that combine textures, Blend Color, Blend Scalar and Color Ramp; and Bump.
+// The nodes that combine textures, Blend Color, Blend Scalar and Color Ramp; Bump; and Procedural Pattern.
 #include "tests/graph/builtin_fixture.h"
 
 #include "host/services/uv_provider.h"
 
 #include <cmath>
+#include <numbers>
 
 namespace velm::host::test {
 namespace {
@@ -190,6 +191,103 @@ TEST_F(BumpTest, FollowsUvMaps) {
         return true;
     }});
     expectTilt(bumpOf(add("Spot Info"), "U", 2), 2.0 / 4, kSingleTolerance);
+}
+
+// ---- Procedural Pattern, where its patterns have closed forms ----
+
+constexpr double kPatternTolerance = 1e-12;
+
+class PatternTest : public BuiltinTest {
+  protected:
+    PatternTest() {
+        constexpr double kUnturned[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+        std::copy_n(kUnturned, 9, sample.objectToWorld);
+    }
+    HostNode &pattern(const std::string &kind, Settings settings = {}) {
+        settings.emplace_back("Pattern", kind);
+        return add("Procedural Pattern", settings);
+    }
+    double valueAt(HostNode &node, double x, double y, double z) {
+        place(x, y, z);
+        return scalar(node, "Value");
+    }
+};
+
+TEST_F(PatternTest, CheckersAlternateAlongEachAxis) {
+    HostNode &node = pattern("Checkerboard", {{"Size", Double3{1, 2, 4}}});
+    EXPECT_EQ(valueAt(node, 0.5, 1.5, 3.5), 0);
+    EXPECT_EQ(valueAt(node, 1.5, 1.5, 3.5), 1);
+    EXPECT_EQ(valueAt(node, 1.5, 2.5, 3.5), 0);
+    EXPECT_EQ(valueAt(node, 1.5, 2.5, 4.5), 1);
+    EXPECT_EQ(valueAt(node, -0.5, 0.5, 0.5), 1);
+    EXPECT_EQ(valueAt(node, 0.5, 0, 0), 0) << "on a boundary, which is shifted a little";
+}
+
+TEST_F(PatternTest, GridsHaveLinesBetweenTheCells) {
+    HostNode &node = pattern("Grid", {{"Thickness", 20.0}});
+    sample.geometricNormal[0] = 0.6;
+    sample.geometricNormal[1] = 0.8;
+    EXPECT_EQ(valueAt(node, 0.5, 0.5, 0.5), 0);
+    EXPECT_EQ(valueAt(node, 0.5, 1.09, 0.5), 1);
+    EXPECT_EQ(valueAt(node, 0.5, 1.11, 0.5), 0);
+    EXPECT_EQ(valueAt(node, 3.95, 0.5, 0.5), 1);
+    // A floor at the height of a line shows only the lines across it.
+    sample.geometricNormal[0] = 0;
+    sample.geometricNormal[1] = 1;
+    EXPECT_EQ(valueAt(node, 0.5, 1, 0.5), 0);
+    EXPECT_EQ(valueAt(node, 0.5, 1, 1), 1);
+}
+
+TEST_F(PatternTest, DotsAreInTheMiddlesOfTheCells) {
+    HostNode &node = pattern("Dots", {{"Thickness", 40.0}, {"Size", Double3{2, 2, 2}}});
+    EXPECT_EQ(valueAt(node, 1, 1, 1), 1);
+    EXPECT_EQ(valueAt(node, 1.39, 1, -1), 1);
+    EXPECT_EQ(valueAt(node, 1.41, 1, 1), 0);
+    EXPECT_EQ(valueAt(node, 0, 0, 0), 0);
+}
+
+// Where all coordinates are whole, every octave of the noise is 0.
+TEST_F(PatternTest, NoiseDisappearsAtItsLattice) {
+    EXPECT_NEAR(valueAt(pattern("Fractal Noise"), 3, 4, -5), 0.5, kPatternTolerance);
+    EXPECT_NEAR(valueAt(pattern("Turbulence"), 3, 4, -5), 0, kPatternTolerance);
+    EXPECT_NEAR(valueAt(pattern("Marble"), 3, 4, -5), 0.5, 1e-9);
+    EXPECT_NEAR(valueAt(pattern("Wood", {{"Axis", std::string("Y")}}), 1, 7, 1),
+                0.5 + 0.5 * std::sin(2 * std::numbers::pi * std::numbers::sqrt2), 1e-9);
+}
+
+TEST_F(PatternTest, FractalNoiseIsThatOfTheNodeFractalNoise) {
+    HostNode &node = pattern("Fractal Noise", {{"Size", Double3{0.5, 0.5, 0.5}}, {"Octaves", 3.0}});
+    HostNode &other = add("Fractal Noise", {{"Scale", 0.5}, {"Octaves", 3.0}});
+    for (double x = 0.1; x < 3; x += 0.37) {
+        const double value = valueAt(node, x, 1.3, 2.6);
+        EXPECT_NEAR(value, scalar(other, "Scalar"), kPatternTolerance);
+        EXPECT_NE(value, 0.5);
+    }
+}
+
+TEST_F(PatternTest, TurbulenceIsTheMagnitudeOfNoise) {
+    HostNode &noise = pattern("Fractal Noise", {{"Octaves", 1.0}});
+    HostNode &turbulence = pattern("Turbulence", {{"Octaves", 1.0}});
+    for (double x = 0.1; x < 3; x += 0.37)
+        EXPECT_NEAR(valueAt(turbulence, x, 1.3, 2.6), 2 * std::fabs(valueAt(noise, x, 1.3, 2.6) - 0.5),
+                    kPatternTolerance);
+}
+
+TEST_F(PatternTest, ContrastAndNegativeChangeTheValue) {
+    const double plain = valueAt(pattern("Fractal Noise"), 0.3, 0.4, 0.1);
+    EXPECT_NEAR(valueAt(pattern("Fractal Noise", {{"Contrast", 0.5}}), 0.3, 0.4, 0.1), 0.25 + plain / 2,
+                kPatternTolerance);
+    EXPECT_NEAR(valueAt(pattern("Fractal Noise", {{"Negative", std::string("On")}}), 0.3, 0.4, 0.1), 1 - plain,
+                kPatternTolerance);
+    EXPECT_EQ(valueAt(pattern("Fractal Noise", {{"Size", Double3{1, 0, 1}}}), 0.3, 0.4, 0.1), 0);
+}
+
+TEST_F(PatternTest, AlphaAndHeightFallOff) {
+    HostNode &node = pattern("Checkerboard", {{"Size", Double3{4, 2, 4}}, {"Falloff", Double3{0.1, 0, 0}}});
+    place(5, 1, 1);
+    EXPECT_EQ(scalar(node, "Value"), 1);
+    EXPECT_NEAR(scalar(node, "Alpha"), 0.5, kPatternTolerance);
+    EXPECT_NEAR(scalar(node, "Height"), 0.5 * 0.1 * 2, kPatternTolerance);
 }
 
 } // namespace

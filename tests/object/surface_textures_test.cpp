@@ -136,15 +136,19 @@ TEST(SurfaceTextures, AGradientHasKeysAndTheShapesOfItsSpans) {
 TEST(SurfaceTextures, ProceduralsAndShadersHaveTheNamesOfTheirFunctions) {
     const auto function = [](const char *name) { return subChunk("FUNC", cString(name) + "data"); };
     const std::vector<SurfaceTexture> textures = texturesIn(
-        subChunk("BLOK", header("PROC", "\x80", subChunk("CHAN", "BUMP")) + function("Crumple")) +
+        subChunk("BLOK", header("PROC", "\x80", subChunk("CHAN", "BUMP")) + function("Crumple") +
+                             subChunk("VALU", reals({0.5F}))) +
+        subChunk("BLOK", header("PROC", "\x85", subChunk("CHAN", "COLR")) + subChunk("VALU", reals({1, 0, 0.5F}))) +
         subChunk("BLOK", header("SHDR", "\x90", subChunk("ENAB", words({0}))) + function("Fresnel")) +
         subChunk("BLOK", header("ELSE", "\xa0", "")) + subChunk("BLOK", "") + subChunk("COLR", reals({1, 1, 1})));
-    ASSERT_EQ(textures.size(), 2U);
+    ASSERT_EQ(textures.size(), 3U);
     EXPECT_EQ(textures[0].kind, Kind::procedural);
     EXPECT_EQ(textures[0].function, "Crumple");
-    EXPECT_EQ(textures[1].kind, Kind::shader);
-    EXPECT_EQ(textures[1].function, "Fresnel");
-    EXPECT_FALSE(textures[1].isEnabled);
+    EXPECT_EQ(textures[0].value, (Triple{0.5F, 0.5F, 0.5F}));
+    EXPECT_EQ(textures[1].value, (Triple{1, 0, 0.5F}));
+    EXPECT_EQ(textures[2].kind, Kind::shader);
+    EXPECT_EQ(textures[2].function, "Fresnel");
+    EXPECT_FALSE(textures[2].isEnabled);
 }
 
 TEST(SurfaceTextures, NumbersHaveTheirEnvelopes) {
@@ -203,7 +207,8 @@ TEST(OldTextures, BelongToTheChannelThatBeginsThem) {
         subChunk("TIMG", cString("C:\\maps\\label.iff")) + subChunk("TALP", cString("mask.iff")) +
         subChunk("TWRP", words({0, 2})) + subChunk("TFP0", reals({2})) + subChunk("TFP1", reals({0})) +
         subChunk("TOPC", reals({0.75F})) + subChunk("BTEX", cString("Crumple")) + subChunk("TAMP", reals({0.5F})) +
-        subChunk("TFP0", reals({5})) + subChunk("TIMG", cString("(none)")));
+        subChunk("TVAL", words({128})) + subChunk("TFRQ", words({3})) + subChunk("TFP0", reals({5})) +
+        subChunk("TIMG", cString("(none)")));
     ASSERT_EQ(textures.size(), 2U);
     const SurfaceTexture &image = textures[0], &bump = textures[1];
     EXPECT_EQ(image.kind, Kind::image);
@@ -228,6 +233,10 @@ TEST(OldTextures, BelongToTheChannelThatBeginsThem) {
     EXPECT_EQ(bump.kind, Kind::procedural);
     EXPECT_EQ(bump.channel, fourCC("BUMP"));
     EXPECT_EQ(bump.amplitude, 0.5F);
+    EXPECT_EQ(bump.value, (Triple{0.5F, 0.5F, 0.5F}));
+    EXPECT_EQ(bump.octaves, 3);
+    const std::string red = subChunk("CTEX", cString("Marble")) + subChunk("TCLR", big(0xff003300, 4));
+    EXPECT_EQ(oldTexturesIn(red).at(0).value, (Triple{1, 0, 0.2F}));
     EXPECT_EQ(bump.function, "Crumple");
     EXPECT_EQ(bump.imageFile, "");
     EXPECT_EQ(bump.repeats, (std::array<float, 2>{1, 1}));

@@ -148,6 +148,25 @@ TEST_F(TexturedScene, AnImageThatTheSceneDescribesReplacesTheObjects) {
     EXPECT_EQ(scene.surfaces[0].network.nodes[0].settings[0].value, SettingValue(std::string("red.hdr")));
 }
 
+TEST_F(TexturedScene, BumpsTiltTheNormal) {
+    const std::string turbulence =
+        subChunk("BLOK", subChunk("PROC", cString("\x80") + subChunk("CHAN", "BUMP")) + subChunk("VALU", reals({1})) +
+                             subChunk("FUNC", cString("Turbulence")));
+    directory_.write("a.lwo", triangleObject("Globe", surface("Globe", turbulence + subChunk("BUMP", reals({5})))));
+    const SceneDescription scene = readObjects(R"("A": {"mesh": {"file": "a.lwo"}})");
+    const SceneSurfaces built(scene, serverList());
+    ShadingSample sample{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        sample.objectPosition[i] = 0.3;
+        sample.worldToObject[4 * i] = 1;
+    }
+    sample.shadingNormal[1] = 1;
+    sample.spotSize = 0.01;
+    const SurfaceValues values = built.surface("Globe")->evaluate(&sample);
+    EXPECT_LT(values.normal[1], 0.999);
+    EXPECT_NEAR(std::hypot(values.normal[0], values.normal[1], values.normal[2]), 1, 1e-12);
+}
+
 TEST_F(TexturedScene, TexturesOfOldObjectsAreShown) {
     const std::string texture = subChunk("CTEX", cString("Spherical Image Map")) + subChunk("TFLG", words({2})) +
                                 subChunk("TIMG", cString("C:\\maps\\red.hdr"));

@@ -238,6 +238,41 @@ TEST(TextureNetwork, BumpsAreHeightsThatTiltTheNormal) {
     EXPECT_TRUE(describe({}, {}, values).surface.network.nodes.empty());
 }
 
+SurfaceTexture proceduralOf(const char (&channel)[5], const std::string &function) {
+    SurfaceTexture texture = imageOf(channel, "");
+    texture.kind = Kind::procedural;
+    texture.function = function;
+    return texture;
+}
+
+TEST(TextureNetwork, ProceduralsAreSimilarPatterns) {
+    SurfaceTexture texture = proceduralOf("COLR", "LW_FractalNoise");
+    texture.value = {1, 0.5F, 0};
+    texture.size = {2, 3, 4};
+    texture.octaves = 99;
+    const Described colour = describe({texture});
+    EXPECT_EQ(colour.connections(), (std::vector<std::string>{"Color Blend 1.Color -> Globe.Color",
+                                                              "Color Pattern 1.Alpha -> Color Blend 1.Coverage"}));
+    EXPECT_EQ(colour.setting("Color Pattern 1", "Pattern"), SettingValue(std::string("Fractal Noise")));
+    EXPECT_EQ(colour.setting("Color Pattern 1", "Size"), SettingValue(Double3{2, 3, 4}));
+    EXPECT_EQ(colour.setting("Color Pattern 1", "Octaves"), SettingValue(16.0));
+    EXPECT_EQ(colour.setting("Color Blend 1", "Layer"), SettingValue(Double3{1, 0.5, 0}));
+    EXPECT_EQ(colour.losses.count(Loss::similarPattern), 1U);
+    texture.channel = fourCC("DIFF");
+    EXPECT_EQ(describe({texture}).setting("Diffuse Blend 1", "Layer"), SettingValue(0.5925)) << "the luminance";
+    EXPECT_EQ(describe({proceduralOf("DIFF", "Dots")}).setting("Diffuse Pattern 1", "Thickness"), SettingValue(40.0));
+}
+
+TEST(TextureNetwork, ProceduralBumpsHaveTheirValueAsAmplitude) {
+    SurfaceTexture texture = proceduralOf("BUMP", "Turbulence");
+    texture.value.fill(0.5F);
+    const Described result = describe({texture});
+    EXPECT_EQ(result.connections(),
+              (std::vector<std::string>{"Bump Amplitude 1.Out -> Bump Blend 1.Layer", "Bump Blend 1.Out -> Bump.Height",
+                                        "Bump Pattern 1.Height -> Bump Amplitude 1.A", "Bump.Normal -> Globe.Normal"}));
+    EXPECT_EQ(result.setting("Bump Amplitude 1", "B"), SettingValue(0.5));
+}
+
 TEST(TextureNetwork, ANodeDoesNotGetTheNameOfItsSurface) {
     SurfaceDescription surface;
     surface.name = "Color Image 1";

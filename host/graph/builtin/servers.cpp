@@ -50,6 +50,7 @@ std::vector<HostServer> table() {
     add<blendColour, kTextures>(servers);
     add<blendScalar, kTextures>(servers);
     add<bump, kTextures>(servers);
+    add<proceduralPattern, kTextures>(servers);
     servers.push_back({nullptr, nullptr, nullptr, nullptr});
     return servers;
 }

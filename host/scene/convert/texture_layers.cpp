@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
+#include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace velm::host {
@@ -47,6 +49,41 @@ SettingValue luminance(SettingValue value) {
     return value;
 }
 
+double orZero(float number) { return std::isfinite(number) ? static_cast<double>(number) : 0; }
+
+// A procedural texture of LightWave, and the pattern that stands for it.
+struct Pattern {
+    const char *function; // its letters, in lower case
+    const char *entry;    // of the popup
+    double thickness = 0; // in percent; 0 for that of a new node
+};
+constexpr Pattern kPatterns[] = {
+    {.function = "checkerboard", .entry = "Checkerboard"},
+    {.function = "grid", .entry = "Grid", .thickness = 10},
+    {.function = "dots", .entry = "Dots", .thickness = 40},
+    {.function = "fractalnoise", .entry = "Fractal Noise"},
+    {.function = "fbm", .entry = "Fractal Noise"},
+    {.function = "turbulence", .entry = "Turbulence"},
+    {.function = "turbulentnoise", .entry = "Turbulence"},
+    {.function = "marble", .entry = "Marble"},
+    {.function = "wood", .entry = "Wood"},
+};
+constexpr int kMostOctaves = 16; // of the node
+
+// Null for a procedural texture that no pattern stands for. Versions of LightWave spell the names in different ways:
+// "Fractal Noise", "FractalNoise", "LW_FractalNoise".
+const Pattern *patternOf(std::string_view function) {
+    constexpr std::string_view kVendor = "LW_";
+    if (function.starts_with(kVendor)) function.remove_prefix(kVendor.size());
+    std::string letters;
+    for (const char c : function) {
+        const bool isUpper = c >= 'A' && c <= 'Z';
+        if (isUpper || (c >= 'a' && c <= 'z')) letters += isUpper ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    const auto *found = std::ranges::find(kPatterns, letters, &Pattern::function);
+    return found == std::end(kPatterns) ? nullptr : found;
+}
+
 bool isKnownInput(const std::string &input) {
     return input == kPreviousLayer || std::ranges::count(kSources, input) > 0;
 }
@@ -65,7 +102,7 @@ bool LayerNodes::isLeftOut(const SurfaceTexture &texture, const TextureChannel *
     };
     const std::string function = texture.function.empty() ? "" : inQuotes(texture.function);
     if (texture.kind == Kind::shader) return because(Loss::shader, function);
-    if (texture.kind == Kind::procedural) return because(Loss::procedural, function);
+    if (texture.kind == Kind::procedural && !patternOf(texture.function)) return because(Loss::procedural, function);
     const bool isHeight = channel == &kBumpChannel && texture.kind == Kind::gradient; // in an unknown unit
     if (!channel || isHeight) return because(Loss::otherChannel, blockName(texture.channel));
     if (texture.blend == TextureBlend::alpha) return because(Loss::alphaLayer, channel->label);
@@ -74,6 +111,7 @@ bool LayerNodes::isLeftOut(const SurfaceTexture &texture, const TextureChannel *
         if (texture.keys.empty()) return true;
         return !isKnownInput(texture.input) && because(Loss::gradientInput, inQuotes(texture.input));
     }
+    if (texture.kind == Kind::procedural) return false;
     const bool hasNoMap = texture.projection == kUvProjection && texture.uvMap.empty();
     if (hasNoMap || (texture.imageFile.empty() && texture.clip == 0)) return true;
     return sceneNameOfImage(texture.imageFile).empty() && because(Loss::imageSequence, channel->label);
@@ -82,6 +120,7 @@ bool LayerNodes::isLeftOut(const SurfaceTexture &texture, const TextureChannel *
 LayerOutputs LayerNodes::add(const SurfaceTexture &texture, const TextureChannel &channel, int number,
                              const LayersBelow &below) {
     if (texture.kind == SurfaceTexture::Kind::gradient) return addRamp(texture, channel, number, below);
+    if (texture.kind == SurfaceTexture::Kind::procedural) return addPattern(texture, channel, number);
     return addImage(texture, channel, number);
 }
 
@@ -121,16 +160,41 @@ LayerOutputs LayerNodes::addImage(const SurfaceTexture &texture, const TextureCh
     const char *output = channel.isColour ? "Color" : &channel == &kBumpChannel ? "Height" : "Luminance";
     NodeOutput value{.node = node.name(), .output = output};
     if (&channel == &kBumpChannel) value = amplified(std::move(value), texture, number);
-    return {.value = value, .coverage = {.node = node.name(), .output = "Alpha"}};
+    return {.value = value, .constant = {}, .coverage = NodeOutput{.node = node.name(), .output = "Alpha"}};
+}
+
+LayerOutputs LayerNodes::addPattern(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
+    lose(Loss::similarPattern, inQuotes(texture.function));
+    notePositionLosses(texture);
+    const Pattern &pattern = *patternOf(texture.function);
+    NetworkWriter::Node node = addNode(channel, "Pattern", number, "Procedural Pattern");
+    node.set("Pattern", std::string(pattern.entry));
+    setPosition(texture, node);
+    node.set("Axis", std::string(kAxes[texture.axis]));
+    if (texture.octaves > 0) node.set("Octaves", static_cast<double>(std::min(texture.octaves, kMostOctaves)));
+    if (pattern.thickness > 0) node.set("Thickness", pattern.thickness);
+    setFalloff(texture, node);
+    node.set("Negative", std::string(texture.isNegative ? "On" : "Off"));
+    const Double3 value{orZero(texture.value[0]), orZero(texture.value[1]), orZero(texture.value[2])};
+    LayerOutputs outputs;
+    if (&channel == &kBumpChannel) {
+        outputs.value = amplified({.node = node.name(), .output = "Height"}, texture, number);
+        return outputs;
+    }
+    outputs.constant = channel.isColour ? shortest(SettingValue(value), 1) : SettingValue(luminance(value));
+    outputs.coverage = NodeOutput{.node = node.name(), .output = "Alpha"};
+    return outputs;
 }
 
 NodeOutput LayerNodes::amplified(NodeOutput height, const SurfaceTexture &texture, int number) {
     const ComponentEnvelopes envelopes = envelopesOf(texture, TextureNumber::amplitude);
-    if (texture.amplitude == 1 && envelopes.empty()) return height;
+    // The value of a procedural texture is the amplitude of its bump.
+    const float amplitude = texture.amplitude * texture.value[0];
+    if (amplitude == 1 && envelopes.empty()) return height;
     NetworkWriter::Node product =
         writer_.add(fmt::format("Bump Amplitude {}", number), "Multiply Scalar", NetworkWriter::kValueColumn);
     product.connect(height, "A");
-    product.set("B", texture.amplitude, envelopes, 1);
+    product.set("B", amplitude, envelopes, 1);
     return {.node = product.name(), .output = "Out"};
 }
 
@@ -175,7 +239,9 @@ LayerOutputs LayerNodes::addRamp(const SurfaceTexture &texture, const TextureCha
         node.connect(*below.top, "Input");
     else if (isPrevious)
         node.set("Input", luminance(below.base));
-    return {.value = {.node = node.name(), .output = "Color"}, .coverage = {.node = node.name(), .output = "Alpha"}};
+    return {.value = NodeOutput{.node = node.name(), .output = "Color"},
+            .constant = {},
+            .coverage = NodeOutput{.node = node.name(), .output = "Alpha"}};
 }
 
 // The keys of the ramp, in order of their positions.

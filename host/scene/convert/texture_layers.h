@@ -13,8 +13,9 @@ namespace velm::host {
 
 // What a layer puts on the layers below it.
 struct LayerOutputs {
-    NodeOutput value;    // of the channel
-    NodeOutput coverage; // the opacity of the layer at each point
+    std::optional<NodeOutput> value;    // of the channel; nothing where it is `constant`
+    SettingValue constant;              // likewise
+    std::optional<NodeOutput> coverage; // the opacity of the layer at each point; nothing for 100 %
 };
 
 // What is below a layer, for gradients that depend on it.
@@ -47,6 +48,7 @@ class LayerNodes {
     LayerOutputs addImage(const SurfaceTexture &texture, const TextureChannel &channel, int number);
     LayerOutputs addRamp(const SurfaceTexture &texture, const TextureChannel &channel, int number,
                          const LayersBelow &below);
+    LayerOutputs addPattern(const SurfaceTexture &texture, const TextureChannel &channel, int number);
     NodeOutput amplified(NodeOutput height, const SurfaceTexture &texture, int number);
     void setPosition(const SurfaceTexture &texture, NetworkWriter::Node &node);
     void setFalloff(const SurfaceTexture &texture, NetworkWriter::Node &node);

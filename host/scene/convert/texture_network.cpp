@@ -48,8 +48,11 @@ class TextureNetwork {
         const LayersBelow below{.top = topOf(*channel), .base = base(*channel), .bump = topOf(kBumpChannel)};
         const LayerOutputs layer = layers_.add(texture, *channel, number, below);
         NetworkWriter::Node blend = addBlend(texture, *channel, number, below);
-        blend.connect(layer.value, "Layer");
-        blend.connect(layer.coverage, "Coverage");
+        if (layer.value)
+            blend.connect(*layer.value, "Layer");
+        else
+            blend.set("Layer", layer.constant);
+        if (layer.coverage) blend.connect(*layer.coverage, "Coverage");
         tops_[channel] = {.node = blend.name(), .output = channel->isColour ? "Color" : "Out"};
     }
 
