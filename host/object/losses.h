@@ -41,7 +41,7 @@ enum class Loss {
     procedural,        // a texture that a function computes
     similarPattern,    // one that is shown by a similar pattern
     otherChannel,      // a texture of a channel that is not rendered
-    alphaLayer,        // a texture that masks the one below it
+    alphaLayer,        // a texture that masks the one below it, where there is none
     displacementLayer, // a texture that moves those below it
     imageSequence,     // an image that is not a single file
     imageFilter,       // a change to an image

@@ -245,6 +245,45 @@ SurfaceTexture proceduralOf(const char (&channel)[5], const std::string &functio
     return texture;
 }
 
+TEST(TextureNetwork, AlphaLayersMaskTheLayerBelow) {
+    SurfaceTexture mask = imageOf("COLR", "mask.png"), disabled = mask, ramp = gradientOf("COLR", "Slope");
+    mask.blend = disabled.blend = ramp.blend = TextureBlend::alpha;
+    mask.opacity = 0.5F;
+    disabled.isEnabled = false;
+    const Described result =
+        describe({imageOf("COLR", "a.png"), mask, imageOf("DIFF", "a.png"), disabled, ramp, imageOf("COLR", "b.png")});
+    EXPECT_EQ(result.connections(),
+              (std::vector<std::string>{
+                  "Color Blend 1.Color -> Color Blend 2.Below", "Color Blend 2.Color -> Globe.Color",
+                  "Color Image 1.Alpha -> Mask Blend 1.Below", "Color Image 1.Color -> Color Blend 1.Layer",
+                  "Color Image 2.Alpha -> Color Blend 2.Coverage", "Color Image 2.Color -> Color Blend 2.Layer",
+                  "Diffuse Blend 1.Out -> Globe.Diffuse", "Diffuse Image 1.Alpha -> Diffuse Blend 1.Coverage",
+                  "Diffuse Image 1.Luminance -> Diffuse Blend 1.Layer", "Mask Blend 1.Out -> Mask Blend 2.Below",
+                  "Mask Blend 2.Out -> Color Blend 1.Coverage", "Mask Gradient 2.Color -> Mask Blend 2.Layer",
+                  "Mask Image 1.Luminance -> Mask Blend 1.Layer"}));
+    EXPECT_EQ(result.setting("Mask Blend 1", "Mode"), SettingValue(std::string("Multiply")));
+    EXPECT_EQ(result.setting("Mask Blend 1", "Opacity"), SettingValue(50.0));
+    EXPECT_TRUE(result.losses.texts().empty());
+    // One above a disabled layer has no effect.
+    SurfaceTexture off = imageOf("COLR", "a.png");
+    off.isEnabled = false;
+    const Described none = describe({off, mask});
+    EXPECT_TRUE(none.surface.network.nodes.empty());
+    EXPECT_TRUE(none.losses.texts().empty());
+}
+
+TEST(TextureNetwork, PatternsMaskTheLayerBelow) {
+    SurfaceTexture grid = proceduralOf("BUMP", "Grid");
+    grid.blend = TextureBlend::alpha;
+    const Described result = describe({proceduralOf("BUMP", "Marble"), grid});
+    EXPECT_EQ(
+        result.connections(),
+        (std::vector<std::string>{"Bump Blend 1.Out -> Bump.Height", "Bump Pattern 1.Height -> Bump Blend 1.Layer",
+                                  "Bump.Normal -> Globe.Normal", "Mask Blend 1.Out -> Bump Blend 1.Coverage",
+                                  "Mask Pattern 1.Alpha -> Mask Blend 1.Layer"}));
+    EXPECT_EQ(result.setting("Mask Blend 1", "Below"), SettingValue(1.0));
+}
+
 TEST(TextureNetwork, ProceduralsAreSimilarPatterns) {
     SurfaceTexture texture = proceduralOf("COLR", "LW_FractalNoise");
     texture.value = {1, 0.5F, 0};

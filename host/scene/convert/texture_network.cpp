@@ -6,6 +6,8 @@
 #include "host/scene/convert/texture_layers.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <fmt/format.h>
 #include <map>
 #include <optional>
@@ -27,6 +29,32 @@ const char *modeOf(TextureBlend blend) {
     }
 }
 
+// The layers that mask others are made with this one.
+constexpr TextureChannel kMaskChannel{.id = 0, .label = "Mask"};
+
+// A layer, and the layers that mask it.
+struct MaskedLayer {
+    const SurfaceTexture *texture;
+    std::vector<const SurfaceTexture *> masks;
+};
+
+// A layer of the type "alpha" masks the layer of its channel that is next below it. One with nothing below it is given
+// like any other.
+std::vector<MaskedLayer> maskedLayers(const std::vector<SurfaceTexture> &textures) {
+    std::vector<MaskedLayer> layers;
+    std::map<std::uint32_t, std::size_t> lowers; // the indices of the layers that masks would mask, by channel
+    for (const SurfaceTexture &texture : textures) {
+        const auto lower = lowers.find(texture.channel);
+        if (texture.blend == TextureBlend::alpha && lower != lowers.end()) {
+            if (texture.isEnabled) layers[lower->second].masks.push_back(&texture);
+            continue;
+        }
+        if (texture.blend != TextureBlend::alpha) lowers[texture.channel] = layers.size();
+        layers.push_back({.texture = &texture, .masks = {}});
+    }
+    return layers;
+}
+
 // Builds the network of one surface.
 class TextureNetwork {
   public:
@@ -40,13 +68,15 @@ class TextureNetwork {
         tops_[&kColourChannel] = writer_.addComponents("Color Envelope", true, *values.colour, envelopes->second);
     }
 
-    void add(const SurfaceTexture &texture) {
+    void add(const MaskedLayer &masked) {
+        const SurfaceTexture &texture = *masked.texture;
         const TextureChannel *channel = findTextureChannel(texture.channel);
         if (!texture.isEnabled || layers_.isLeftOut(texture, channel)) return;
         const int number = ++numbers_[channel];
         // What is below the layer may feed the layer, so the layer is made first.
         const LayersBelow below{.top = topOf(*channel), .base = base(*channel), .bump = topOf(kBumpChannel)};
-        const LayerOutputs layer = layers_.add(texture, *channel, number, below);
+        LayerOutputs layer = layers_.add(texture, *channel, number, below);
+        for (const SurfaceTexture *mask : masked.masks) addMask(*mask, below, layer);
         NetworkWriter::Node blend = addBlend(texture, *channel, number, below);
         if (layer.value)
             blend.connect(*layer.value, "Layer");
@@ -82,6 +112,19 @@ class TextureNetwork {
         return node;
     }
 
+    // Multiplies the coverage of a layer by 1 + o (t - 1), with the mask's value t and opacity o.
+    void addMask(const SurfaceTexture &texture, const LayersBelow &below, LayerOutputs &layer) {
+        SurfaceTexture mask = texture;
+        mask.blend = TextureBlend::multiply;
+        if (layers_.isLeftOut(mask, &kMaskChannel)) return;
+        const int number = ++numbers_[&kMaskChannel];
+        const LayerOutputs outputs = layers_.add(mask, kMaskChannel, number, below);
+        const LayersBelow coverage{.top = layer.coverage, .base = 1.0, .bump = {}};
+        NetworkWriter::Node blend = addBlend(mask, kMaskChannel, number, coverage);
+        blend.connect(outputs.value ? *outputs.value : *outputs.coverage, "Layer"); // a pattern masks by itself
+        layer.coverage = {.node = blend.name(), .output = "Out"};
+    }
+
     // The normal of the bump. Its input of the surface has another name than the channel.
     void addBump(const NodeOutput &height, const SurfaceChunkValues &values) {
         writer_.startRow();
@@ -109,18 +152,17 @@ class TextureNetwork {
     std::map<const TextureChannel *, NodeOutput> tops_; // what computes a channel so far
 };
 
-bool isBump(const SurfaceTexture &texture) { return texture.channel == kBumpChannel.id; }
-
 } // namespace
 
 void describeTextures(const std::vector<SurfaceTexture> &textures, const SurfaceChunkValues &values,
                       SurfaceDescription &surface, Losses &losses) {
     TextureNetwork network(surface, losses);
     network.addColourKeys(values);
+    const std::vector<MaskedLayer> layers = maskedLayers(textures);
     // Gradients of other channels may depend on the bump, so its layers come first.
     for (const bool bumpsAreAdded : {true, false})
-        for (const SurfaceTexture &texture : textures)
-            if (isBump(texture) == bumpsAreAdded) network.add(texture);
+        for (const MaskedLayer &layer : layers)
+            if ((layer.texture->channel == kBumpChannel.id) == bumpsAreAdded) network.add(layer);
     network.finish(values);
 }
 
