@@ -41,7 +41,12 @@ std::string chunk(std::uint32_t id, const std::string &contents) {
     return result;
 }
 
-// Whether a sub-chunk of a clip changes the image. Numbers are followed by the number of an envelope.
+// Whether a sub-chunk of a clip makes the image its negative.
+bool isNegative(const IffFile &file, const Chunk &sub) {
+    return sub.id == fourCC("NEGA") && sub.contents.size >= 2 && file.number(sub.contents.at, 2) != 0;
+}
+
+// Whether a sub-chunk of a clip changes the image in another way. Numbers are followed by the number of an envelope.
 bool isFilter(const IffFile &file, const Chunk &sub) {
     const auto numberIs = [&](float neutral) {
         const bool isShort = sub.contents.size < 4;
@@ -54,7 +59,6 @@ bool isFilter(const IffFile &file, const Chunk &sub) {
     case fourCC("SATR"):
     case fourCC("HUE "): return !numberIs(0);
     case fourCC("GAMM"): return !numberIs(1);
-    case fourCC("NEGA"): return sub.contents.size >= 2 && file.number(sub.contents.at, 2) != 0;
     case fourCC("IFLT"):
     case fourCC("PFLT"): return true; // plug-ins
     default: return false;
@@ -101,6 +105,7 @@ void ObjectFile::readImage(FileRange range) {
     bool isStill = false;
     for (const Chunk &sub : file.subChunks(rest, "the clip")) {
         if (isStill && isFilter(file, sub)) images_.back().isFiltered = true;
+        if (isStill && isNegative(file, sub)) images_.back().isNegative = !images_.back().isNegative;
         if (sub.id != kStill) continue;
         std::size_t at = sub.contents.at;
         isStill = true;
@@ -190,6 +195,7 @@ std::vector<SurfaceTexture> ObjectFile::textures(std::size_t index) const {
         if (image == images_.end()) continue;
         texture.imageFile = image->file;
         texture.isFiltered = image->isFiltered;
+        texture.isNegative = texture.isNegative != image->isNegative;
     }
     return textures;
 }

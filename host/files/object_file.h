@@ -31,6 +31,7 @@ struct ObjectSurface {
 struct ObjectImage {
     std::uint32_t number = 0;
     std::string file;
+    bool isNegative = false; // the object shows its negative
     bool isFiltered = false; // the object changes its brightness, contrast and so on
 };
 

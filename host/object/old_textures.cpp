@@ -57,6 +57,15 @@ std::string nameOrNone(ChunkCursor &cursor, const char *what) {
     return name == "(none)" ? std::string() : name;
 }
 
+// A sequence of images is an image without a file, as in objects of the form LWO2.
+void readImageName(ChunkCursor &cursor, SurfaceTexture &texture) {
+    constexpr std::uint32_t kAnyNumber = 1;
+    texture.imageFile = nameOrNone(cursor, "the name of an image");
+    if (!texture.imageFile.ends_with(" (sequence)")) return;
+    texture.clip = kAnyNumber;
+    texture.imageFile.clear();
+}
+
 bool isMoving(const std::array<float, 3> &velocity) { return velocity != std::array<float, 3>{}; }
 
 void readOldPart(const IffFile &file, const Chunk &part, SurfaceTexture &texture) {
@@ -70,7 +79,7 @@ void readOldPart(const IffFile &file, const Chunk &part, SurfaceTexture &texture
     case fourCC("TFAL"): texture.falloff = readVector(cursor); return;
     case fourCC("TVEL"): texture.isMoving = isMoving(readVector(cursor)); return;
     case fourCC("TREF"): texture.reference = nameOrNone(cursor, "the reference object of a texture"); return;
-    case fourCC("TIMG"): texture.imageFile = nameOrNone(cursor, "the name of an image"); return;
+    case fourCC("TIMG"): return readImageName(cursor, texture);
     case fourCC("TALP"): texture.alphaFile = nameOrNone(cursor, "the name of an image"); return;
     case fourCC("TWRP"):
         for (int &wrap : texture.wrap)

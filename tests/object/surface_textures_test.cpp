@@ -235,6 +235,10 @@ TEST(OldTextures, BelongToTheChannelThatBeginsThem) {
     EXPECT_EQ(bump.amplitude, 0.5F);
     EXPECT_EQ(bump.value, (Triple{0.5F, 0.5F, 0.5F}));
     EXPECT_EQ(bump.octaves, 3);
+    const std::string sequence =
+        subChunk("CTEX", cString("Planar Image Map")) + subChunk("TIMG", cString("maps/fire.iff (sequence)"));
+    EXPECT_EQ(oldTexturesIn(sequence).at(0).imageFile, "") << "it is no still";
+    EXPECT_NE(oldTexturesIn(sequence).at(0).clip, 0U);
     const std::string red = subChunk("CTEX", cString("Marble")) + subChunk("TCLR", big(0xff003300, 4));
     EXPECT_EQ(oldTexturesIn(red).at(0).value, (Triple{1, 0, 0.2F}));
     EXPECT_EQ(bump.function, "Crumple");
