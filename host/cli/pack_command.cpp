@@ -72,12 +72,15 @@ void tell(const PackedSurface &surface, std::ostream &out) {
                        countText(surface.bytes, "byte"), change);
 }
 
-void warnOfAnimated(const ObjectFile &object, Warnings &warnings) {
-    for (const std::string &what : surfacesOf(object).animated)
+// Warns of the envelopes that the scene file will not have. `textures`: it has the nodes of the texture layers.
+void warnOfAnimated(const ObjectFile &object, bool textures, Warnings &warnings) {
+    for (const UnsetEnvelope &envelope : surfacesOf(object).animated) {
+        if (textures && envelope.isInNetwork) continue;
         warnings.add({.location = {.file = object.name(), .line = 0},
                       .path = "",
                       .brief = "envelopes of surfaces",
-                      .message = what + " has an envelope, which is not read; what it is without it counts"});
+                      .message = envelope.what + " has an envelope, which is not read; what it is without it counts"});
+    }
 }
 
 int runPack(const ProgramOptions &program, const PackOptions &pack, std::ostream &out, std::ostream &err) {
@@ -102,7 +105,7 @@ int runUnpack(const ProgramOptions &program, const UnpackOptions &unpack, std::o
     refuseToReplace(unpack.output, unpack.object);
     Warnings warnings = printedWarnings(err, unpack.strict);
     const ObjectFile object(readFile(unpack.object), unpack.object);
-    warnOfAnimated(object, warnings);
+    warnOfAnimated(object, unpack.textures, warnings);
     const SearchPath path = searchPath(unpack.data);
     refuseToReplaceImages(unpack.output, imagesOf(object, path));
     UnpackedSurfaces unpacked;

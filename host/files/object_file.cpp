@@ -15,7 +15,7 @@ namespace velm::host {
 namespace {
 
 constexpr std::uint32_t kObject = fourCC("LWO2"), kSurface = fourCC("SURF"), kClip = fourCC("CLIP"),
-                        kStill = fourCC("STIL"), kNetworkChunk = fourCC("NODS");
+                        kEnvelope = fourCC("ENVL"), kStill = fourCC("STIL"), kNetworkChunk = fourCC("NODS");
 constexpr std::size_t kChunkHeader = 8, kSubChunkHeader = 6;
 constexpr std::size_t kLargestSubChunk = 0xffff;
 
@@ -41,7 +41,12 @@ std::string chunk(std::uint32_t id, const std::string &contents) {
     return result;
 }
 
-// Whether a sub-chunk of a clip changes the image. Numbers are followed by the number of an envelope.
+// Whether a sub-chunk of a clip makes the image its negative.
+bool isNegative(const IffFile &file, const Chunk &sub) {
+    return sub.id == fourCC("NEGA") && sub.contents.size >= 2 && file.number(sub.contents.at, 2) != 0;
+}
+
+// Whether a sub-chunk of a clip changes the image in another way. Numbers are followed by the number of an envelope.
 bool isFilter(const IffFile &file, const Chunk &sub) {
     const auto numberIs = [&](float neutral) {
         const bool isShort = sub.contents.size < 4;
@@ -54,7 +59,6 @@ bool isFilter(const IffFile &file, const Chunk &sub) {
     case fourCC("SATR"):
     case fourCC("HUE "): return !numberIs(0);
     case fourCC("GAMM"): return !numberIs(1);
-    case fourCC("NEGA"): return sub.contents.size >= 2 && file.number(sub.contents.at, 2) != 0;
     case fourCC("IFLT"):
     case fourCC("PFLT"): return true; // plug-ins
     default: return false;
@@ -79,6 +83,7 @@ void ObjectFile::readChunks() {
     for (const Chunk &chunk : file.chunks()) {
         if (chunk.id == kSurface) readSurface(chunk.contents);
         if (chunk.id == kClip) readImage(chunk.contents);
+        if (chunk.id == kEnvelope) envelopes_.add(readEnvelope(file, chunk));
     }
 }
 
@@ -100,6 +105,7 @@ void ObjectFile::readImage(FileRange range) {
     bool isStill = false;
     for (const Chunk &sub : file.subChunks(rest, "the clip")) {
         if (isStill && isFilter(file, sub)) images_.back().isFiltered = true;
+        if (isStill && isNegative(file, sub)) images_.back().isNegative = !images_.back().isNegative;
         if (sub.id != kStill) continue;
         std::size_t at = sub.contents.at;
         isStill = true;
@@ -142,11 +148,19 @@ std::optional<std::array<float, n>> ObjectFile::floats(const ObjectSurface &surf
                    fmt::format("the sub-chunk {} has {} bytes; it needs {}", blockName(id), sub->contents.size, 4 * n));
     std::array<float, n> result{};
     for (std::size_t i = 0; i < n; ++i) result[i] = std::bit_cast<float>(iff().number(sub->contents.at + 4 * i, 4));
-    // The numbers are followed by the number of an envelope; 0 means none.
-    const std::size_t rest = sub->contents.size - 4 * n;
-    if (values && rest >= 2 && iff().number(sub->contents.at + 4 * n, 2) != 0)
-        values->animated.push_back(blockName(id));
+    if (!values) return result;
+    ComponentEnvelopes envelopes = envelopesAfter(*sub, n);
+    if (!envelopes.empty()) values->envelopes.emplace(blockName(id), std::move(envelopes));
     return result;
+}
+
+// The envelopes of a value of a sub-chunk. Its numbers are followed by the number of the first envelope; 0 means none.
+ComponentEnvelopes ObjectFile::envelopesAfter(const Chunk &sub, std::size_t components) const {
+    const IffFile file = iff();
+    const std::size_t numbers = 4 * components;
+    ChunkCursor cursor(
+        file, {.id = sub.id, .contents = {.at = sub.contents.at + numbers, .size = sub.contents.size - numbers}});
+    return envelopes_.from(cursor.hasIndex() ? cursor.index() : 0, components);
 }
 
 SurfaceChunkValues ObjectFile::values(std::size_t index) const {
@@ -164,6 +178,7 @@ SurfaceChunkValues ObjectFile::values(std::size_t index) const {
     values.reflection = number(fourCC("REFL"));
     values.transparency = number(fourCC("TRAN"));
     values.refractionIndex = number(fourCC("RIND"));
+    values.bump = number(fourCC("BUMP"));
     if (const auto angle = floats<1>(surface, fourCC("SMAN"), nullptr)) values.smoothingAngle = (*angle)[0];
     if (const Chunk *sides = find(surface, fourCC("SIDE"))) {
         if (sides->contents.size < 2) iff().fail(sides->contents.at, "the sub-chunk SIDE is too short");
@@ -173,13 +188,14 @@ SurfaceChunkValues ObjectFile::values(std::size_t index) const {
 }
 
 std::vector<SurfaceTexture> ObjectFile::textures(std::size_t index) const {
-    std::vector<SurfaceTexture> textures = readTextures(iff(), surfaces_[index].subChunks);
+    std::vector<SurfaceTexture> textures = readTextures(iff(), surfaces_[index].subChunks, envelopes_);
     for (SurfaceTexture &texture : textures) {
         if (texture.kind != SurfaceTexture::Kind::image) continue;
         const auto image = std::ranges::find(images_, texture.clip, &ObjectImage::number);
         if (image == images_.end()) continue;
         texture.imageFile = image->file;
         texture.isFiltered = image->isFiltered;
+        texture.isNegative = texture.isNegative != image->isNegative;
     }
     return textures;
 }

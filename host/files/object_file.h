@@ -31,6 +31,7 @@ struct ObjectSurface {
 struct ObjectImage {
     std::uint32_t number = 0;
     std::string file;
+    bool isNegative = false; // the object shows its negative
     bool isFiltered = false; // the object changes its brightness, contrast and so on
 };
 
@@ -73,6 +74,7 @@ class ObjectFile {
     void readSurface(FileRange chunk);
     void readImage(FileRange chunk);
     IffFile iff() const { return {bytes_, name_}; }
+    ComponentEnvelopes envelopesAfter(const Chunk &sub, std::size_t components) const;
     const Chunk *find(const ObjectSurface &surface, std::uint32_t id) const;
     template <std::size_t n>
     std::optional<std::array<float, n>> floats(const ObjectSurface &surface, std::uint32_t id,
@@ -83,6 +85,7 @@ class ObjectFile {
     std::size_t end_ = 0; // end of the form; any bytes after it are preserved
     std::vector<ObjectSurface> surfaces_;
     std::vector<ObjectImage> images_;
+    EnvelopeList envelopes_;
     std::vector<std::optional<std::string>> networks_; // those that were set, by surface
     std::string added_;                                // chunks of added surfaces
 };

@@ -34,19 +34,21 @@ enum class Loss {
     unusedMap,        // a vertex map that is not used for rendering
     // Of surfaces:
     animatedValue,     // a value that an envelope drives
+    envelopeModifier,  // a plug-in that changes an envelope
     vertexColours,     // that tint the surface
     shader,            // a plug-in
     layersBesideNodes, // texture layers of a surface that has a network
     procedural,        // a texture that a function computes
-    otherChannel,      // a texture of the bump or of another channel that is not rendered
-    alphaLayer,        // a texture that masks the one below it
+    similarPattern,    // one that is shown by a similar pattern
+    otherChannel,      // a texture of a channel that is not rendered
+    alphaLayer,        // a texture that masks the one below it, where there is none
     displacementLayer, // a texture that moves those below it
     imageSequence,     // an image that is not a single file
     imageFilter,       // a change to an image
     alphaImage,        // an image that masks a texture
     gradientInput,     // a gradient over something that is not known here
     gradientKeys,      // a key of a gradient that has too many
-    animatedTexture,   // a texture that moves, or one with an envelope
+    animatedTexture,   // a texture that moves, or whose envelope is missing
     referenceObject,   // that a texture follows
     frozenProjection,  // a front projection as it was at one time
 };

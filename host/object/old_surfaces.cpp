@@ -45,9 +45,7 @@ class OldSurfaceReader {
         SurfaceChunkValues &values = surface_.values;
         if (const Chunk *colour = find("COLR")) {
             ChunkCursor cursor(file_, *colour);
-            const std::uint32_t redGreen = cursor.u2(), blue = cursor.u2() >> 8;
-            const auto fraction = [](std::uint32_t byte) { return static_cast<float>(byte) / 255; };
-            values.colour = {fraction(redGreen >> 8), fraction(redGreen & 0xff), fraction(blue)};
+            values.colour = readOldColour(cursor);
         }
         for (const Level &level : kLevels) {
             if (const Chunk *chunk = find(level.whole))

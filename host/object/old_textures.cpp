@@ -57,10 +57,20 @@ std::string nameOrNone(ChunkCursor &cursor, const char *what) {
     return name == "(none)" ? std::string() : name;
 }
 
+// A sequence of images is an image without a file, as in objects of the form LWO2.
+void readImageName(ChunkCursor &cursor, SurfaceTexture &texture) {
+    constexpr std::uint32_t kAnyNumber = 1;
+    texture.imageFile = nameOrNone(cursor, "the name of an image");
+    if (!texture.imageFile.ends_with(" (sequence)")) return;
+    texture.clip = kAnyNumber;
+    texture.imageFile.clear();
+}
+
 bool isMoving(const std::array<float, 3> &velocity) { return velocity != std::array<float, 3>{}; }
 
 void readOldPart(const IffFile &file, const Chunk &part, SurfaceTexture &texture) {
     constexpr std::uint32_t kWraps = 4;
+    constexpr float kFull = 256; // of values
     ChunkCursor cursor(file, part);
     switch (part.id) {
     case fourCC("TFLG"): return setFlags(cursor.u2(), texture);
@@ -69,7 +79,7 @@ void readOldPart(const IffFile &file, const Chunk &part, SurfaceTexture &texture
     case fourCC("TFAL"): texture.falloff = readVector(cursor); return;
     case fourCC("TVEL"): texture.isMoving = isMoving(readVector(cursor)); return;
     case fourCC("TREF"): texture.reference = nameOrNone(cursor, "the reference object of a texture"); return;
-    case fourCC("TIMG"): texture.imageFile = nameOrNone(cursor, "the name of an image"); return;
+    case fourCC("TIMG"): return readImageName(cursor, texture);
     case fourCC("TALP"): texture.alphaFile = nameOrNone(cursor, "the name of an image"); return;
     case fourCC("TWRP"):
         for (int &wrap : texture.wrap)
@@ -79,6 +89,10 @@ void readOldPart(const IffFile &file, const Chunk &part, SurfaceTexture &texture
     case fourCC("TFP1"):
         if (const float repeats = cursor.real(); repeats > 0) texture.repeats[part.id == fourCC("TFP1")] = repeats;
         return;
+    case fourCC("TCLR"): texture.value = readOldColour(cursor); return;
+    case fourCC("TVAL"): texture.value.fill(static_cast<float>(static_cast<std::int16_t>(cursor.u2())) / kFull); return;
+    case fourCC("TFRQ"): texture.octaves = static_cast<int>(cursor.u2()); return;
+    case fourCC("TAMP"): texture.amplitude = cursor.real(); return;
     case fourCC("TOPC"): texture.opacity = cursor.real(); return;
     case fourCC("TAAS"):
         if (texture.antialiasing > 0) texture.antialiasing = cursor.real();
@@ -88,6 +102,12 @@ void readOldPart(const IffFile &file, const Chunk &part, SurfaceTexture &texture
 }
 
 } // namespace
+
+std::array<float, 3> readOldColour(ChunkCursor &cursor) {
+    const std::uint32_t redGreen = cursor.u2(), blue = cursor.u2() >> 8;
+    const auto fraction = [](std::uint32_t byte) { return static_cast<float>(byte) / 255; };
+    return {fraction(redGreen >> 8), fraction(redGreen & 0xff), fraction(blue)};
+}
 
 std::vector<SurfaceTexture> readOldTextures(const IffFile &file, const std::vector<Chunk> &subChunks) {
     std::vector<SurfaceTexture> textures;

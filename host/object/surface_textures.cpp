@@ -20,7 +20,7 @@ int numbered(std::uint32_t number, int count, int usual) {
 
 class BlockReader {
   public:
-    explicit BlockReader(const IffFile &file) : file_(file) {}
+    BlockReader(const IffFile &file, const EnvelopeList &envelopes) : file_(file), envelopes_(envelopes) {}
 
     // False for a block of an unknown kind.
     bool read(const Chunk &block) {
@@ -62,7 +62,7 @@ class BlockReader {
             constexpr int kAdditive = static_cast<int>(TextureBlend::additive);
             texture_.blend = static_cast<TextureBlend>(numbered(cursor.u2(), kAdditive + 1, kAdditive));
             texture_.opacity = cursor.real();
-            return noteEnvelope(cursor);
+            return readEnvelopes(cursor, TextureNumber::opacity, 1);
         }
         default: return;
         }
@@ -75,9 +75,20 @@ class BlockReader {
         case fourCC("INAM"): texture_.item = ChunkCursor(file_, part).text("the item of a gradient"); return;
         case fourCC("FKEY"): return readKeys(ChunkCursor(file_, part));
         case fourCC("IKEY"): return readShapes(ChunkCursor(file_, part));
+        case fourCC("VALU"): return readValue(ChunkCursor(file_, part));
         case fourCC("FUNC"): texture_.function = ChunkCursor(file_, part).text("the name of a texture"); return;
         default: readImagePart(part.id, ChunkCursor(file_, part));
         }
+    }
+
+    // One number, or three.
+    void readValue(ChunkCursor cursor) {
+        constexpr std::size_t kColour = 12; // bytes
+        const bool isColour = cursor.left() >= kColour;
+        texture_.value.fill(cursor.real());
+        if (!isColour) return;
+        texture_.value[1] = cursor.real();
+        texture_.value[2] = cursor.real();
     }
 
     void readImagePart(std::uint32_t id, ChunkCursor cursor) {
@@ -89,9 +100,14 @@ class BlockReader {
             for (int &wrap : texture_.wrap) wrap = numbered(cursor.u2(), kWraps, 1);
             return;
         case fourCC("WRPW"):
-        case fourCC("WRPH"):
-            texture_.repeats[id == fourCC("WRPH") ? 1 : 0] = cursor.real();
-            return noteEnvelope(cursor);
+        case fourCC("WRPH"): {
+            const bool isUp = id == fourCC("WRPH");
+            texture_.repeats[isUp ? 1 : 0] = cursor.real();
+            return readEnvelopes(cursor, isUp ? TextureNumber::repeatsV : TextureNumber::repeatsU, 1);
+        }
+        case fourCC("TAMP"):
+            texture_.amplitude = cursor.real();
+            return readEnvelopes(cursor, TextureNumber::amplitude, 1);
         case fourCC("VMAP"): texture_.uvMap = cursor.text("the name of a UV map"); return;
         case fourCC("AAST"): {
             const bool isOn = (cursor.u2() & 1) != 0;
@@ -109,12 +125,12 @@ class BlockReader {
         for (const Chunk &part : file_.subChunks(position.contents, "the position of the texture")) {
             ChunkCursor cursor(file_, part);
             switch (part.id) {
-            case fourCC("CNTR"): readAnimated(cursor, texture_.centre); break;
-            case fourCC("SIZE"): readAnimated(cursor, texture_.size); break;
-            case fourCC("ROTA"): readAnimated(cursor, texture_.rotation); break;
+            case fourCC("CNTR"): readAnimated(cursor, texture_.centre, TextureNumber::centre); break;
+            case fourCC("SIZE"): readAnimated(cursor, texture_.size, TextureNumber::size); break;
+            case fourCC("ROTA"): readAnimated(cursor, texture_.rotation, TextureNumber::rotation); break;
             case fourCC("FALL"):
                 texture_.falloffType = numbered(cursor.u2(), kFalloffs, 0);
-                readAnimated(cursor, texture_.falloff);
+                readAnimated(cursor, texture_.falloff, TextureNumber::falloff);
                 break;
             case fourCC("OREF"):
                 texture_.reference = cursor.text("the reference object of a texture");
@@ -126,14 +142,15 @@ class BlockReader {
         }
     }
 
-    void readAnimated(ChunkCursor &cursor, std::array<float, 3> &vector) {
+    void readAnimated(ChunkCursor &cursor, std::array<float, 3> &vector, TextureNumber number) {
         vector = readVector(cursor);
-        noteEnvelope(cursor);
+        readEnvelopes(cursor, number, 3);
     }
 
-    // The numbers are followed by the number of an envelope; 0 means none.
-    void noteEnvelope(ChunkCursor &cursor) {
-        if (cursor.hasIndex() && cursor.index() != 0) texture_.isAnimated = true;
+    // The numbers are followed by the number of the first envelope; 0 means none.
+    void readEnvelopes(ChunkCursor &cursor, TextureNumber number, std::size_t components) {
+        ComponentEnvelopes found = envelopes_.from(cursor.hasIndex() ? cursor.index() : 0, components);
+        if (!found.empty()) texture_.envelopes[number] = std::move(found);
     }
 
     void readKeys(ChunkCursor cursor) {
@@ -159,17 +176,19 @@ class BlockReader {
     }
 
     const IffFile &file_;
+    const EnvelopeList &envelopes_;
     SurfaceTexture texture_;
     std::vector<GradientKey::Shape> shapes_;
 };
 
 } // namespace
 
-std::vector<SurfaceTexture> readTextures(const IffFile &file, const std::vector<Chunk> &subChunks) {
+std::vector<SurfaceTexture> readTextures(const IffFile &file, const std::vector<Chunk> &subChunks,
+                                         const EnvelopeList &envelopes) {
     std::vector<SurfaceTexture> textures;
     for (const Chunk &chunk : subChunks) {
         if (chunk.id != fourCC("BLOK")) continue;
-        BlockReader reader(file);
+        BlockReader reader(file, envelopes);
         if (reader.read(chunk)) textures.push_back(reader.take());
     }
     // Strings compare their characters as unsigned bytes.

@@ -4,10 +4,12 @@
 // one channel and is blended with what the channel has so far, the base value first.
 #pragma once
 
+#include "host/object/envelopes.h"
 #include "host/object/iff.h"
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -33,6 +35,9 @@ struct GradientKey {
     Shape shape = Shape::linear;               // of the span that ends at the key
 };
 
+// The numbers of a layer that envelopes may drive.
+enum class TextureNumber { opacity, centre, size, rotation, falloff, repeatsU, repeatsV, amplitude };
+
 // A layer or shader. The members after `negative` hold for the kinds that their comments name. Numbers that the format
 // does not define count as the default.
 struct SurfaceTexture {
@@ -44,7 +49,8 @@ struct SurfaceTexture {
     TextureBlend blend = TextureBlend::additive;
     float opacity = 1; // 1 is full
     bool isNegative = false;
-    bool isAnimated = false; // an envelope drives one of the layer's numbers
+    // The envelopes that drive the layer's numbers. A number without one is not in the map.
+    std::map<TextureNumber, ComponentEnvelopes> envelopes;
 
     // Of images and procedurals: the position of the texture.
     std::array<float, 3> centre{}, size{1, 1, 1}; // metres
@@ -54,6 +60,8 @@ struct SurfaceTexture {
     bool isInWorld = false;                       // the position is in world space, not the object's
     std::string reference;                        // the item that the texture follows; empty for none
     bool isMoving = false;                        // the texture has a velocity
+
+    float amplitude = 1; // of a bump
 
     // Of images.
     std::uint32_t clip = 0;             // number of the image in the object; 0 for none, and where the file names it
@@ -75,10 +83,15 @@ struct SurfaceTexture {
 
     // Of procedurals and shaders: the name of the procedural or plug-in.
     std::string function;
+    // Of procedurals: the colour or value that the texture has where its pattern is full, and how many layers of noise
+    // it has; 0 where the file does not say.
+    std::array<float, 3> value{1, 1, 1};
+    int octaves = 0;
 };
 
 // The layers and shaders among the sub-chunks of a surface of an LWO2 object, in their order: the lowest layer first.
-// Throws InputError with the byte's offset for what is too short. [any thread]
-std::vector<SurfaceTexture> readTextures(const IffFile &file, const std::vector<Chunk> &subChunks);
+// `envelopes` are those of the object. Throws InputError with the byte's offset for what is too short. [any thread]
+std::vector<SurfaceTexture> readTextures(const IffFile &file, const std::vector<Chunk> &subChunks,
+                                         const EnvelopeList &envelopes);
 
 } // namespace velm::host

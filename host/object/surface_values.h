@@ -1,10 +1,12 @@
 // The values that a surface of an object file has besides its network.
 #pragma once
 
+#include "host/object/envelopes.h"
+
 #include <array>
+#include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace velm::host {
 
@@ -14,9 +16,11 @@ struct SurfaceChunkValues {
     std::optional<std::array<float, 3>> colour;                                 // COLR
     std::optional<float> luminosity, diffuse, specular, glossiness, reflection; // LUMI DIFF SPEC GLOS REFL
     std::optional<float> transparency, refractionIndex;                         // TRAN RIND
+    std::optional<float> bump;                                                  // BUMP: the strength
     std::optional<float> smoothingAngle;                                        // SMAN
     std::optional<int> sides;                                                   // SIDE: 1 or 3
-    std::vector<std::string> animated; // those of these sub-chunks whose value an envelope drives
+    // The envelopes that drive values, by sub-chunk: "COLR". A value without one is not in the map.
+    std::map<std::string, ComponentEnvelopes> envelopes;
 };
 
 } // namespace velm::host

@@ -6,6 +6,7 @@
 
 #include "tests/cli/command.h"
 #include "tests/files/test_files.h"
+#include "tests/object/object_bytes.h"
 #include "tests/scene/scene_text.h"
 #include "tests/temporary_directory.h"
 
@@ -108,6 +109,22 @@ std::array<float, 3> rendered(const TemporaryDirectory &directory, const std::st
     std::array<float, 3> colour{};
     pixel(readImage(picture, "result").get(), 4, 4, colour.data());
     return colour;
+}
+
+TEST_F(PackTest, UnpackWarnsOfAColourWithSeparateKeysUnlessItPrintsItsNode) {
+    using namespace test;
+    const auto line = [](std::size_t number, float end) {
+        return chunk("ENVL", words({number}) + subChunk("KEY ", reals({0, 0})) + subChunk("KEY ", reals({end, 1})));
+    };
+    const std::string object = directory_.write(
+        "lamp.lwo",
+        objectFile(line(1, 1) + line(2, 2) +
+                   chunk("SURF", cString("Lamp") + cString("") + subChunk("COLR", reals({1, 1, 1}) + words({1})))));
+    const Outcome plain = velm({"unpack", object}), textures = velm({"unpack", object, "--textures"});
+    EXPECT_EQ(plain.status, kExitDone);
+    EXPECT_NE(plain.err.find("the value COLR of the surface \"Lamp\" has an envelope"), std::string::npos) << plain.err;
+    EXPECT_EQ(textures.err, "");
+    EXPECT_NE(textures.out.find("Color Envelope.Color -> Lamp.Color"), std::string::npos) << textures.out;
 }
 
 TEST_F(PackTest, AnObjectIsRenderedWithItsOwnNetworks) {

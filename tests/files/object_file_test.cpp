@@ -29,18 +29,39 @@ TEST(ObjectFile, TellsASurfacesOwnValues) {
 
     const std::string half = std::string("\x3f\0\0\0", 4), one = std::string("\x3f\x80\0\0", 4);
     const std::string none = big(0, 2);
-    const std::string bytes =
-        objectFile(chunk("SURF", cString("A") + cString("") + subChunk("COLR", one + half + half + none) +
-                                     subChunk("LUMI", half + none) + subChunk("DIFF", one + big(7, 2)) +
-                                     subChunk("SMAN", one) + subChunk("SIDE", big(3, 2))));
+    const std::string bytes = objectFile(
+        chunk("SURF", cString("A") + cString("") + subChunk("COLR", one + half + half + none) +
+                          subChunk("LUMI", half + none) + subChunk("BUMP", half + none) +
+                          subChunk("DIFF", one + big(7, 2)) + subChunk("SMAN", one) + subChunk("SIDE", big(3, 2))));
     const SurfaceChunkValues values = ObjectFile(bytes, "a.lwo").values(0);
     EXPECT_EQ(values.colour, (std::array<float, 3>{1, 0.5F, 0.5F}));
     EXPECT_EQ(values.luminosity, 0.5F);
+    EXPECT_EQ(values.bump, 0.5F);
     EXPECT_EQ(values.diffuse, 1.0F);
     EXPECT_FALSE(values.specular);
     EXPECT_EQ(values.smoothingAngle, 1.0F);
     EXPECT_EQ(values.sides, 3);
-    EXPECT_EQ(values.animated, std::vector<std::string>{"DIFF"});
+    ASSERT_EQ(values.envelopes.size(), 1U);
+    EXPECT_EQ(values.envelopes.at("DIFF"), ComponentEnvelopes{nullptr}) << "the object has no envelope 7";
+}
+
+TEST(ObjectFile, ValuesHaveTheirEnvelopes) {
+    const std::string one = std::string("\x3f\x80\0\0", 4), longNumber = big(0xff000102, 4);
+    const auto envelope = [&](const std::string &number) {
+        return chunk("ENVL", number + subChunk("KEY ", one + one));
+    };
+    const std::string bytes =
+        objectFile(chunk("SURF", cString("A") + cString("") + subChunk("COLR", one + one + one + big(3, 2)) +
+                                     subChunk("GLOS", one + longNumber)) +
+                   envelope(big(3, 2)) + envelope(big(5, 2)) + envelope(longNumber));
+    const SurfaceChunkValues values = ObjectFile(bytes, "a.lwo").values(0);
+    const ComponentEnvelopes &colour = values.envelopes.at("COLR"), &glossiness = values.envelopes.at("GLOS");
+    ASSERT_EQ(colour.size(), 3U);
+    EXPECT_EQ(colour[0]->number, 3U);
+    EXPECT_FALSE(colour[1]) << "the object has no envelope 4";
+    EXPECT_EQ(colour[2]->number, 5U);
+    ASSERT_EQ(glossiness.size(), 1U);
+    EXPECT_EQ(glossiness[0]->keys, (std::vector<EnvelopeKey>{{.time = 1, .value = 1}}));
 }
 
 TEST(ObjectFile, WritesWhatItRead) {

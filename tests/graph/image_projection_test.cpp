@@ -251,5 +251,36 @@ TEST_F(ImageProjectionTest, WithoutAnImageOrASizeThereIsNothing) {
     expectOff(project({}), {NAN, 0, 0});
 }
 
+// ---- Height ----
+
+TEST_F(ImageProjectionTest, TheHeightIsAFractionOfTheImagesWidth) {
+    constexpr double kOfWidth = 0.02;
+    const auto expectWidth = [&](HostNode &node, double width) {
+        const double luminance = scalar(node, "Luminance");
+        EXPECT_GT(luminance, 0);
+        EXPECT_NEAR(scalar(node, "Height"), kOfWidth * width * luminance, kTolerance);
+    };
+    place(0.5, 0.25, 0);
+    expectWidth(project({{"Size", Double3{4, 2, 1}}}), 4);
+    place(0, 0.25, -3);
+    const Settings around{{"Projection", std::string("Cylindrical")}, {"Axis", std::string("Y")}, {"Repeats U", 2.0}};
+    expectWidth(project(around), 2 * std::numbers::pi * 3 / 2);
+    EXPECT_EQ(scalar(project({{"Wrap U", std::string("Reset")}, {"Center", Double3{9, 0, 0}}}), "Height"), 0);
+}
+
+TEST_F(ImageProjectionTest, TheWidthOfAUvMapIsThatOnTheTriangle) {
+    // A right triangle with legs of 6 m and 3 m; its legs on the map are 0.5 and 0.25, so that the map is 12 m wide.
+    sample.vertexPositions[1][0] = 6;
+    sample.vertexPositions[2][1] = 3;
+    std::fill_n(sample.vertexWeights, 3, 1.0F / 3);
+    setUvProvider({.lookup = [](const ShadingSample *at, const char *, double *u, double *v) {
+        *u = 0.25 + 0.5 * static_cast<double>(at->vertexWeights[1]);
+        *v = 0.25 + 0.25 * static_cast<double>(at->vertexWeights[2]);
+        return true;
+    }});
+    HostNode &node = project({{"Projection", std::string("UV")}});
+    EXPECT_NEAR(scalar(node, "Height"), 0.02 * 12 * scalar(node, "Luminance"), kTolerance);
+}
+
 } // namespace
 } // namespace velm::host::test

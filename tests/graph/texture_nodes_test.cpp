@@ -1,7 +1,10 @@
-// The nodes that combine textures: Blend Color, Blend Scalar and Color Ramp.
+// The nodes that combine textures, Blend Color, Blend Scalar and Color Ramp; Bump; and Procedural Pattern.
 #include "tests/graph/builtin_fixture.h"
 
+#include "host/services/uv_provider.h"
+
 #include <cmath>
+#include <numbers>
 
 namespace velm::host::test {
 namespace {
@@ -106,6 +109,185 @@ TEST_F(BuiltinTest, RampsDependOnHowTheSurfaceIsSeen) {
     }
     sample.cosine = 2; // of no angle
     EXPECT_EQ(triple(add("Color Ramp", {{"Source", text("Incidence Angle")}, {"Position 2", 90.0}}), "Color")[0], 1);
+}
+
+// ---- Bump: heights that rise in one direction tilt the normal by a known angle ----
+
+constexpr double kBumpTolerance = 1e-9;   // of differences of doubles
+constexpr double kSingleTolerance = 1e-5; // where the sample's barycentric coordinates, which are floats, count
+
+// Three metres above the origin of a floor that faces up.
+class BumpTest : public BuiltinTest {
+  protected:
+    BumpTest() {
+        constexpr double kUnturned[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+        std::copy_n(kUnturned, 9, sample.worldToObject);
+        sample.shadingNormal[1] = 1;
+        sample.spotSize = 0.01;
+        place(3, 0, 4);
+    }
+    ~BumpTest() override { setUvProvider({}); }
+
+    // A bump whose height is `slope` times an output of Spot Info or of the node after it.
+    HostNode &bumpOf(const HostNode &source, const char *output, double slope, double strength = 100) {
+        const HostNode &product = add("Multiply Scalar", {{"B", slope}});
+        network.connect(source.name, output, product.name, "A");
+        HostNode &bump = add("Bump", {{"Strength", strength}});
+        network.connect(product.name, "Out", bump.name, "Height");
+        return bump;
+    }
+    // One whose height is `slope` times x in the object's space.
+    HostNode &bumpAlongX(double slope, double strength = 100) {
+        const HostNode &info = add("Spot Info"), &split = add("Split Vector");
+        network.connect(info.name, "Object Position", split.name, "Vector");
+        return bumpOf(split, "X", slope, strength);
+    }
+    void expectTilt(HostNode &bump, double slope, double tolerance = kBumpTolerance) {
+        const Double3 normal = triple(bump, "Normal");
+        const double length = std::hypot(slope, 1);
+        EXPECT_NEAR(normal[0], -slope / length, tolerance);
+        EXPECT_NEAR(normal[1], 1 / length, tolerance);
+        EXPECT_NEAR(normal[2], 0, tolerance);
+    }
+};
+
+TEST_F(BumpTest, TiltsTheNormalByTheSlope) {
+    expectTilt(bumpAlongX(0), 0);
+    expectTilt(bumpAlongX(1), 1); // 45 degrees
+    expectTilt(bumpAlongX(-0.5), -0.5);
+    expectTilt(bumpAlongX(0.5, 50), 0.25);
+    sample.spotSize = 0; // not known
+    expectTilt(bumpAlongX(1), 1);
+}
+
+TEST_F(BumpTest, LeavesTheNormalWithoutATexture) { expectTilt(add("Bump", {{"Height", 5.0}}), 0); }
+
+TEST_F(BumpTest, FollowsTheObjectsScale) {
+    for (std::size_t i = 0; i < 3; ++i) sample.worldToObject[4 * i] = 2; // of half the size
+    expectTilt(bumpAlongX(0.5), 1);
+}
+
+TEST_F(BumpTest, IsSunkInAtTheBack) {
+    sample.rayFlags = kRayBackSide;
+    expectTilt(bumpAlongX(1), -1);
+}
+
+TEST_F(BumpTest, LeavesTheNormalWhereHeightsAreNotFinite) {
+    HostNode &bump = bumpAlongX(1e308);
+    place(1e10, 0, 0);
+    expectTilt(bump, 0);
+}
+
+TEST_F(BumpTest, FollowsUvMaps) {
+    // A triangle with the corners (0, 0, 0), (4, 0, 0) and (0, 0, 4) on which u is the fraction of the second corner.
+    sample.vertexPositions[1][0] = sample.vertexPositions[2][2] = 4;
+    sample.vertexWeights[0] = 0.25F;
+    sample.vertexWeights[1] = 0.5F;
+    sample.vertexWeights[2] = 0.25F;
+    sample.spotSize = 0.5;
+    setUvProvider({.lookup = [](const ShadingSample *at, const char *, double *u, double *v) {
+        *u = static_cast<double>(at->vertexWeights[1]);
+        *v = static_cast<double>(at->vertexWeights[2]);
+        return true;
+    }});
+    expectTilt(bumpOf(add("Spot Info"), "U", 2), 2.0 / 4, kSingleTolerance);
+}
+
+// ---- Procedural Pattern, where its patterns have closed forms ----
+
+constexpr double kPatternTolerance = 1e-12;
+
+class PatternTest : public BuiltinTest {
+  protected:
+    PatternTest() {
+        constexpr double kUnturned[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+        std::copy_n(kUnturned, 9, sample.objectToWorld);
+    }
+    HostNode &pattern(const std::string &kind, Settings settings = {}) {
+        settings.emplace_back("Pattern", kind);
+        return add("Procedural Pattern", settings);
+    }
+    double valueAt(HostNode &node, double x, double y, double z) {
+        place(x, y, z);
+        return scalar(node, "Value");
+    }
+};
+
+TEST_F(PatternTest, CheckersAlternateAlongEachAxis) {
+    HostNode &node = pattern("Checkerboard", {{"Size", Double3{1, 2, 4}}});
+    EXPECT_EQ(valueAt(node, 0.5, 1.5, 3.5), 0);
+    EXPECT_EQ(valueAt(node, 1.5, 1.5, 3.5), 1);
+    EXPECT_EQ(valueAt(node, 1.5, 2.5, 3.5), 0);
+    EXPECT_EQ(valueAt(node, 1.5, 2.5, 4.5), 1);
+    EXPECT_EQ(valueAt(node, -0.5, 0.5, 0.5), 1);
+    EXPECT_EQ(valueAt(node, 0.5, 0, 0), 0) << "on a boundary, which is shifted a little";
+}
+
+TEST_F(PatternTest, GridsHaveLinesBetweenTheCells) {
+    HostNode &node = pattern("Grid", {{"Thickness", 20.0}});
+    sample.geometricNormal[0] = 0.6;
+    sample.geometricNormal[1] = 0.8;
+    EXPECT_EQ(valueAt(node, 0.5, 0.5, 0.5), 0);
+    EXPECT_EQ(valueAt(node, 0.5, 1.09, 0.5), 1);
+    EXPECT_EQ(valueAt(node, 0.5, 1.11, 0.5), 0);
+    EXPECT_EQ(valueAt(node, 3.95, 0.5, 0.5), 1);
+    // A floor at the height of a line shows only the lines across it.
+    sample.geometricNormal[0] = 0;
+    sample.geometricNormal[1] = 1;
+    EXPECT_EQ(valueAt(node, 0.5, 1, 0.5), 0);
+    EXPECT_EQ(valueAt(node, 0.5, 1, 1), 1);
+}
+
+TEST_F(PatternTest, DotsAreInTheMiddlesOfTheCells) {
+    HostNode &node = pattern("Dots", {{"Thickness", 40.0}, {"Size", Double3{2, 2, 2}}});
+    EXPECT_EQ(valueAt(node, 1, 1, 1), 1);
+    EXPECT_EQ(valueAt(node, 1.39, 1, -1), 1);
+    EXPECT_EQ(valueAt(node, 1.41, 1, 1), 0);
+    EXPECT_EQ(valueAt(node, 0, 0, 0), 0);
+}
+
+// Where all coordinates are whole, every octave of the noise is 0.
+TEST_F(PatternTest, NoiseDisappearsAtItsLattice) {
+    EXPECT_NEAR(valueAt(pattern("Fractal Noise"), 3, 4, -5), 0.5, kPatternTolerance);
+    EXPECT_NEAR(valueAt(pattern("Turbulence"), 3, 4, -5), 0, kPatternTolerance);
+    EXPECT_NEAR(valueAt(pattern("Marble"), 3, 4, -5), 0.5, 1e-9);
+    EXPECT_NEAR(valueAt(pattern("Wood", {{"Axis", std::string("Y")}}), 1, 7, 1),
+                0.5 + 0.5 * std::sin(2 * std::numbers::pi * std::numbers::sqrt2), 1e-9);
+}
+
+TEST_F(PatternTest, FractalNoiseIsThatOfTheNodeFractalNoise) {
+    HostNode &node = pattern("Fractal Noise", {{"Size", Double3{0.5, 0.5, 0.5}}, {"Octaves", 3.0}});
+    HostNode &other = add("Fractal Noise", {{"Scale", 0.5}, {"Octaves", 3.0}});
+    for (double x = 0.1; x < 3; x += 0.37) {
+        const double value = valueAt(node, x, 1.3, 2.6);
+        EXPECT_NEAR(value, scalar(other, "Scalar"), kPatternTolerance);
+        EXPECT_NE(value, 0.5);
+    }
+}
+
+TEST_F(PatternTest, TurbulenceIsTheMagnitudeOfNoise) {
+    HostNode &noise = pattern("Fractal Noise", {{"Octaves", 1.0}});
+    HostNode &turbulence = pattern("Turbulence", {{"Octaves", 1.0}});
+    for (double x = 0.1; x < 3; x += 0.37)
+        EXPECT_NEAR(valueAt(turbulence, x, 1.3, 2.6), 2 * std::fabs(valueAt(noise, x, 1.3, 2.6) - 0.5),
+                    kPatternTolerance);
+}
+
+TEST_F(PatternTest, ContrastAndNegativeChangeTheValue) {
+    const double plain = valueAt(pattern("Fractal Noise"), 0.3, 0.4, 0.1);
+    EXPECT_NEAR(valueAt(pattern("Fractal Noise", {{"Contrast", 0.5}}), 0.3, 0.4, 0.1), 0.25 + plain / 2,
+                kPatternTolerance);
+    EXPECT_NEAR(valueAt(pattern("Fractal Noise", {{"Negative", std::string("On")}}), 0.3, 0.4, 0.1), 1 - plain,
+                kPatternTolerance);
+    EXPECT_EQ(valueAt(pattern("Fractal Noise", {{"Size", Double3{1, 0, 1}}}), 0.3, 0.4, 0.1), 0);
+}
+
+TEST_F(PatternTest, AlphaAndHeightFallOff) {
+    HostNode &node = pattern("Checkerboard", {{"Size", Double3{4, 2, 4}}, {"Falloff", Double3{0.1, 0, 0}}});
+    place(5, 1, 1);
+    EXPECT_EQ(scalar(node, "Value"), 1);
+    EXPECT_NEAR(scalar(node, "Alpha"), 0.5, kPatternTolerance);
+    EXPECT_NEAR(scalar(node, "Height"), 0.5 * 0.1 * 2, kPatternTolerance);
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 #include "host/object/old_surfaces.h"
 #include "host/object/surface_textures.h"
 
+#include <tuple>
+
 namespace velm::host::test {
 namespace {
 
@@ -24,7 +26,9 @@ std::string imageBlock(const std::string &ordinal, const std::string &headerRest
 std::vector<SurfaceTexture> texturesIn(const std::string &subChunks) {
     const std::string bytes = objectFile(chunk("SURF", subChunks));
     const IffFile file(bytes, "a.lwo");
-    return readTextures(file, file.subChunks(file.chunks().front().contents, "the surface"));
+    EnvelopeList envelopes;
+    envelopes.add({.number = 4, .keys = {{.time = 0, .value = 2}, {.time = 1, .value = 3}}});
+    return readTextures(file, file.subChunks(file.chunks().front().contents, "the surface"), envelopes);
 }
 
 std::vector<std::string> ordinalsOf(const std::vector<SurfaceTexture> &textures) {
@@ -39,15 +43,15 @@ TEST(SurfaceTextures, AnImageHasItsHeaderPositionAndAttributes) {
                                                       subChunk("ROTA", reals({0.1F, 0.2F, 0.3F}) + kNoEnvelope) +
                                                       subChunk("FALL", words({3}) + reals({7, 8, 9}) + kNoEnvelope) +
                                                       subChunk("OREF", cString("Null")) + subChunk("CSYS", words({1})));
-    const std::vector<SurfaceTexture> textures = texturesIn(
-        imageBlock("\x80",
-                   subChunk("CHAN", "DIFF") + subChunk("OPAC", words({3}) + reals({0.25F}) + kNoEnvelope) +
-                       subChunk("ENAB", words({0})) + subChunk("NEGA", words({1})) + subChunk("AXIS", words({1})),
-                   position + subChunk("PROJ", words({5})) + subChunk("AXIS", words({2})) +
-                       subChunk("IMAG", words({7})) + subChunk("WRAP", words({0, 3})) +
-                       subChunk("WRPW", reals({2}) + kNoEnvelope) + subChunk("WRPH", reals({3}) + kNoEnvelope) +
-                       subChunk("VMAP", cString("Label")) + subChunk("AAST", words({1}) + reals({0.5F})) +
-                       subChunk("PIXB", words({0})) + subChunk("STCK", words({1}) + reals({0}))));
+    const std::vector<SurfaceTexture> textures = texturesIn(imageBlock(
+        "\x80",
+        subChunk("CHAN", "DIFF") + subChunk("OPAC", words({3}) + reals({0.25F}) + kNoEnvelope) +
+            subChunk("ENAB", words({0})) + subChunk("NEGA", words({1})) + subChunk("AXIS", words({1})),
+        position + subChunk("PROJ", words({5})) + subChunk("AXIS", words({2})) + subChunk("IMAG", words({7})) +
+            subChunk("WRAP", words({0, 3})) + subChunk("WRPW", reals({2}) + kNoEnvelope) +
+            subChunk("WRPH", reals({3}) + kNoEnvelope) + subChunk("VMAP", cString("Label")) +
+            subChunk("TAMP", reals({0.75F}) + kNoEnvelope) + subChunk("AAST", words({1}) + reals({0.5F})) +
+            subChunk("PIXB", words({0})) + subChunk("STCK", words({1}) + reals({0}))));
     ASSERT_EQ(textures.size(), 1U);
     const SurfaceTexture &texture = textures[0];
     EXPECT_EQ(texture.kind, Kind::image);
@@ -69,10 +73,11 @@ TEST(SurfaceTextures, AnImageHasItsHeaderPositionAndAttributes) {
     EXPECT_EQ(texture.wrap, (std::array<int, 2>{0, 3}));
     EXPECT_EQ(texture.repeats, (std::array<float, 2>{2, 3}));
     EXPECT_EQ(texture.uvMap, "Label");
+    EXPECT_EQ(texture.amplitude, 0.75F);
     EXPECT_EQ(texture.antialiasing, 0.5F);
     EXPECT_FALSE(texture.isBlendingPixels);
     EXPECT_TRUE(texture.isFrozen);
-    EXPECT_FALSE(texture.isAnimated);
+    EXPECT_TRUE(texture.envelopes.empty());
 }
 
 TEST(SurfaceTextures, WhatAFileLeavesOutHasItsDefault) {
@@ -131,25 +136,43 @@ TEST(SurfaceTextures, AGradientHasKeysAndTheShapesOfItsSpans) {
 TEST(SurfaceTextures, ProceduralsAndShadersHaveTheNamesOfTheirFunctions) {
     const auto function = [](const char *name) { return subChunk("FUNC", cString(name) + "data"); };
     const std::vector<SurfaceTexture> textures = texturesIn(
-        subChunk("BLOK", header("PROC", "\x80", subChunk("CHAN", "BUMP")) + function("Crumple")) +
+        subChunk("BLOK", header("PROC", "\x80", subChunk("CHAN", "BUMP")) + function("Crumple") +
+                             subChunk("VALU", reals({0.5F}))) +
+        subChunk("BLOK", header("PROC", "\x85", subChunk("CHAN", "COLR")) + subChunk("VALU", reals({1, 0, 0.5F}))) +
         subChunk("BLOK", header("SHDR", "\x90", subChunk("ENAB", words({0}))) + function("Fresnel")) +
         subChunk("BLOK", header("ELSE", "\xa0", "")) + subChunk("BLOK", "") + subChunk("COLR", reals({1, 1, 1})));
-    ASSERT_EQ(textures.size(), 2U);
+    ASSERT_EQ(textures.size(), 3U);
     EXPECT_EQ(textures[0].kind, Kind::procedural);
     EXPECT_EQ(textures[0].function, "Crumple");
-    EXPECT_EQ(textures[1].kind, Kind::shader);
-    EXPECT_EQ(textures[1].function, "Fresnel");
-    EXPECT_FALSE(textures[1].isEnabled);
+    EXPECT_EQ(textures[0].value, (Triple{0.5F, 0.5F, 0.5F}));
+    EXPECT_EQ(textures[1].value, (Triple{1, 0, 0.5F}));
+    EXPECT_EQ(textures[2].kind, Kind::shader);
+    EXPECT_EQ(textures[2].function, "Fresnel");
+    EXPECT_FALSE(textures[2].isEnabled);
 }
 
-TEST(SurfaceTextures, EnvelopesAreNoticedWhereverTheyAre) {
-    const std::string envelope = words({3});
-    for (const std::string &attributes : {subChunk("TMAP", subChunk("CNTR", reals({0, 0, 0}) + envelope)),
-                                          subChunk("TMAP", subChunk("FALL", words({0}) + reals({0, 0, 0}) + envelope)),
-                                          subChunk("WRPH", reals({1}) + envelope)})
-        EXPECT_TRUE(texturesIn(imageBlock("\x80", "", attributes)).at(0).isAnimated);
-    EXPECT_TRUE(
-        texturesIn(imageBlock("\x80", subChunk("OPAC", words({0}) + reals({1}) + envelope), "")).at(0).isAnimated);
+TEST(SurfaceTextures, NumbersHaveTheirEnvelopes) {
+    using enum TextureNumber;
+    const std::string envelope = words({3}), three = reals({0, 0, 0}) + envelope;
+    const std::tuple<std::string, TextureNumber, std::size_t> kRows[] = {
+        {subChunk("TMAP", subChunk("CNTR", three)), centre, 3},
+        {subChunk("TMAP", subChunk("SIZE", three)), size, 3},
+        {subChunk("TMAP", subChunk("ROTA", three)), rotation, 3},
+        {subChunk("TMAP", subChunk("FALL", words({0}) + three)), falloff, 3},
+        {subChunk("WRPW", reals({1}) + envelope), repeatsU, 1},
+        {subChunk("WRPH", reals({1}) + envelope), repeatsV, 1},
+        {subChunk("TAMP", reals({1}) + envelope), amplitude, 1}};
+    for (const auto &[attributes, number, components] : kRows) {
+        const SurfaceTexture texture = texturesIn(imageBlock("\x80", "", attributes)).at(0);
+        ASSERT_EQ(texture.envelopes.size(), 1U);
+        ASSERT_EQ(texture.envelopes.at(number).size(), components);
+        EXPECT_FALSE(texture.envelopes.at(number)[0]) << "the object has no envelope 3";
+        if (components == 1) continue;
+        ASSERT_TRUE(texture.envelopes.at(number)[1]) << "but it has 4";
+        EXPECT_EQ(texture.envelopes.at(number)[1]->keys[1].value, 3);
+    }
+    const std::string blending = subChunk("OPAC", words({0}) + reals({1}) + words({4}));
+    EXPECT_EQ(texturesIn(imageBlock("\x80", blending, "")).at(0).envelopes.at(opacity).at(0)->keys[0].value, 2);
 }
 
 TEST(SurfaceTextures, TruncatedTheySayChunkAndByte) {
@@ -183,7 +206,8 @@ TEST(OldTextures, BelongToTheChannelThatBeginsThem) {
         subChunk("TVEL", reals({0, 0, 1})) + subChunk("TREF", cString("Null")) +
         subChunk("TIMG", cString("C:\\maps\\label.iff")) + subChunk("TALP", cString("mask.iff")) +
         subChunk("TWRP", words({0, 2})) + subChunk("TFP0", reals({2})) + subChunk("TFP1", reals({0})) +
-        subChunk("TOPC", reals({0.75F})) + subChunk("BTEX", cString("Crumple")) + subChunk("TFP0", reals({5})) +
+        subChunk("TOPC", reals({0.75F})) + subChunk("BTEX", cString("Crumple")) + subChunk("TAMP", reals({0.5F})) +
+        subChunk("TVAL", words({128})) + subChunk("TFRQ", words({3})) + subChunk("TFP0", reals({5})) +
         subChunk("TIMG", cString("(none)")));
     ASSERT_EQ(textures.size(), 2U);
     const SurfaceTexture &image = textures[0], &bump = textures[1];
@@ -208,6 +232,15 @@ TEST(OldTextures, BelongToTheChannelThatBeginsThem) {
     EXPECT_EQ(image.repeats, (std::array<float, 2>{2, 1})) << "not at all is once";
     EXPECT_EQ(bump.kind, Kind::procedural);
     EXPECT_EQ(bump.channel, fourCC("BUMP"));
+    EXPECT_EQ(bump.amplitude, 0.5F);
+    EXPECT_EQ(bump.value, (Triple{0.5F, 0.5F, 0.5F}));
+    EXPECT_EQ(bump.octaves, 3);
+    const std::string sequence =
+        subChunk("CTEX", cString("Planar Image Map")) + subChunk("TIMG", cString("maps/fire.iff (sequence)"));
+    EXPECT_EQ(oldTexturesIn(sequence).at(0).imageFile, "") << "it is no still";
+    EXPECT_NE(oldTexturesIn(sequence).at(0).clip, 0U);
+    const std::string red = subChunk("CTEX", cString("Marble")) + subChunk("TCLR", big(0xff003300, 4));
+    EXPECT_EQ(oldTexturesIn(red).at(0).value, (Triple{1, 0, 0.2F}));
     EXPECT_EQ(bump.function, "Crumple");
     EXPECT_EQ(bump.imageFile, "");
     EXPECT_EQ(bump.repeats, (std::array<float, 2>{1, 1}));

@@ -17,9 +17,9 @@ namespace {
 // A network of the root alone, as LightWave writes it for surfaces without nodes.
 const std::string kRootAlone = networkBlock(nodeBlocks("Surface", "Surface", ""), "");
 
-std::string imageBlock(std::size_t clip) {
+std::string imageBlock(std::size_t clip, const std::string &header = "") {
     return subChunk("BLOK", subChunk("IMAP", cString("\x80") + subChunk("CHAN", "COLR") +
-                                                 subChunk("OPAC", words({0}) + reals({1}) + words({0}))) +
+                                                 subChunk("OPAC", words({0}) + reals({1}) + words({0})) + header) +
                                 subChunk("PROJ", words({2})) + subChunk("AXIS", words({1})) +
                                 subChunk("IMAG", words({clip})));
 }
@@ -54,20 +54,28 @@ TEST(ObjectTextures, AreReadWhereTheNetworkHasNoNodes) {
 
 TEST(ObjectTextures, FiltersOfImagesAreNoticed) {
     const std::string none = words({0});
-    const std::pair<std::string, bool> kRows[] = {{subChunk("BRIT", reals({0}) + none), false},
-                                                  {subChunk("BRIT", reals({0.5F}) + none), true},
-                                                  {subChunk("HUE ", reals({0}) + words({2})), true},
-                                                  {subChunk("GAMM", reals({1}) + none), false},
-                                                  {subChunk("GAMM", reals({2.2F}) + none), true},
-                                                  {subChunk("NEGA", words({0})), false},
-                                                  {subChunk("NEGA", words({1})), true},
-                                                  {subChunk("IFLT", cString("Blur")), true},
-                                                  {subChunk("FLAG", "abcd"), false}};
+    const std::pair<std::string, bool> kRows[] = {
+        {subChunk("BRIT", reals({0}) + none), false},      {subChunk("BRIT", reals({0.5F}) + none), true},
+        {subChunk("HUE ", reals({0}) + words({2})), true}, {subChunk("GAMM", reals({1}) + none), false},
+        {subChunk("GAMM", reals({2.2F}) + none), true},    {subChunk("NEGA", words({1})), false},
+        {subChunk("IFLT", cString("Blur")), true},         {subChunk("FLAG", "abcd"), false}};
     for (const auto &[filter, isFiltered] : kRows) {
         const ObjectFile object(objectFile(clip(1, "a.png", filter) + surface("A", imageBlock(1))), "a.lwo");
         EXPECT_EQ(object.images()[0].isFiltered, isFiltered) << filter;
         EXPECT_EQ(surfacesOf(object).losses.count(Loss::imageFilter), isFiltered ? 1U : 0U) << filter;
     }
+}
+
+TEST(ObjectTextures, NegativesOfImagesAreNegativeTextures) {
+    const auto negativeOf = [](const std::string &filters, const std::string &header) {
+        const ObjectFile object(objectFile(clip(1, "a.png", filters) + surface("A", imageBlock(1, header))), "a.lwo");
+        return object.textures(0).at(0).isNegative;
+    };
+    const std::string negative = subChunk("NEGA", words({1})), positive = subChunk("NEGA", words({0}));
+    EXPECT_FALSE(negativeOf(positive, ""));
+    EXPECT_TRUE(negativeOf(negative, ""));
+    EXPECT_FALSE(negativeOf(negative + negative, ""));
+    EXPECT_FALSE(negativeOf(negative, negative));
 }
 
 // A scene with an object "a.lwo" beside a red image.
@@ -146,6 +154,25 @@ TEST_F(TexturedScene, AnImageThatTheSceneDescribesReplacesTheObjects) {
                                                  directory_ / "scene.json", {});
     ASSERT_EQ(scene.images.size(), 1U);
     EXPECT_EQ(scene.surfaces[0].network.nodes[0].settings[0].value, SettingValue(std::string("red.hdr")));
+}
+
+TEST_F(TexturedScene, BumpsTiltTheNormal) {
+    const std::string turbulence =
+        subChunk("BLOK", subChunk("PROC", cString("\x80") + subChunk("CHAN", "BUMP")) + subChunk("VALU", reals({1})) +
+                             subChunk("FUNC", cString("Turbulence")));
+    directory_.write("a.lwo", triangleObject("Globe", surface("Globe", turbulence + subChunk("BUMP", reals({5})))));
+    const SceneDescription scene = readObjects(R"("A": {"mesh": {"file": "a.lwo"}})");
+    const SceneSurfaces built(scene, serverList());
+    ShadingSample sample{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        sample.objectPosition[i] = 0.3;
+        sample.worldToObject[4 * i] = 1;
+    }
+    sample.shadingNormal[1] = 1;
+    sample.spotSize = 0.01;
+    const SurfaceValues values = built.surface("Globe")->evaluate(&sample);
+    EXPECT_LT(values.normal[1], 0.999);
+    EXPECT_NEAR(std::hypot(values.normal[0], values.normal[1], values.normal[2]), 1, 1e-12);
 }
 
 TEST_F(TexturedScene, TexturesOfOldObjectsAreShown) {

@@ -24,13 +24,8 @@ double noise(const Evaluation &evaluation) {
     const double *position = evaluation.choice(kCoordinates) == kWorld ? sample.position : sample.objectPosition;
     const int octaves = std::clamp(evaluation.integer(kOctaves), 1, kMostOctaves);
     const double lacunarity = evaluation.scalar(kLacunarity), gain = evaluation.scalar(kGain);
-    double frequency = 1 / scale, amplitude = 1, sum = 0, total = 0;
-    for (int octave = 0; octave < octaves; ++octave) {
-        sum += amplitude * gradientNoise(position[0] * frequency, position[1] * frequency, position[2] * frequency);
-        total += amplitude;
-        frequency *= lacunarity;
-        amplitude *= gain;
-    }
+    const auto [sum, total] =
+        sumNoise(position, {.octaves = octaves, .frequency = 1 / scale, .lacunarity = lacunarity, .gain = gain});
     // A negative gain can make the total 0 or less.
     return total > 0 ? std::clamp(0.5 + 0.5 * sum / total, 0.0, 1.0) : 0.5;
 }

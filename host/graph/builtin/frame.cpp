@@ -188,11 +188,17 @@ int activateInterface(int version, HostLookup *lookup, void *local, void *) {
     return kActivateOk;
 }
 
-double Evaluation::scalar(int parameter) const {
+double Evaluation::scalar(int parameter) const { return scalarAt(parameter, *sample_); }
+
+double Evaluation::scalarAt(int parameter, ShadingSample &other) const {
     const auto index = static_cast<std::size_t>(parameter);
     double value = instance_.values[index][0];
-    fetched.inputs->evaluate(instance_.inputs[index], sample_, &value);
+    fetched.inputs->evaluate(instance_.inputs[index], &other, &value);
     return value;
+}
+
+bool Evaluation::isConnected(int parameter) const {
+    return fetched.inputs->isConnected(instance_.inputs[static_cast<std::size_t>(parameter)]) != 0;
 }
 
 std::array<double, 3> Evaluation::triple(int parameter) const {
@@ -216,9 +222,11 @@ int Evaluation::choice(int parameter) const {
     return std::clamp(integer(parameter), 0, last);
 }
 
-bool Evaluation::uv(double &u, double &v) const {
+bool Evaluation::uv(double &u, double &v) const { return uvAt(*sample_, u, v); }
+
+bool Evaluation::uvAt(ShadingSample &other, double &u, double &v) const {
     u = v = 0;
-    return fetched.utility->uvMapping(instance_.text.data(), sample_, &u, &v) != 0;
+    return fetched.utility->uvMapping(instance_.text.data(), &other, &u, &v) != 0;
 }
 
 void Evaluation::set(double result) const { fetched.outputs->setValue(value_, &result); }

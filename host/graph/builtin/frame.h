@@ -89,12 +89,16 @@ class Evaluation {
 
     const ShadingSample &sample() const { return *sample_; }
     double scalar(int parameter) const;
+    // The value that it has at another sample: a copy of this one, at another position.
+    double scalarAt(int parameter, ShadingSample &other) const;
+    bool isConnected(int parameter) const;
     std::array<double, 3> triple(int parameter) const;
     int integer(int parameter) const;
     int choice(int parameter) const; // clamped to the range of its texts
     HostImage *image() const { return instance_.image; }
     // The sample's coordinates on the map that the text parameter names; false, with u and v 0, when there are none.
     bool uv(double &u, double &v) const;
+    bool uvAt(ShadingSample &other, double &u, double &v) const;
 
     // Sets the result, which must have the output's type.
     void set(double result) const;

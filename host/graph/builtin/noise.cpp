@@ -51,4 +51,17 @@ double gradientNoise(double x, double y, double z) {
     return lerp(w, plane[0], plane[1]);
 }
 
+NoiseSum sumNoise(const double position[3], const NoiseOctaves &noise) {
+    NoiseSum result;
+    double frequency = noise.frequency, amplitude = 1;
+    for (int octave = 0; octave < noise.octaves; ++octave) {
+        const double value = gradientNoise(position[0] * frequency, position[1] * frequency, position[2] * frequency);
+        result.sum += amplitude * (noise.shape == NoiseShape::magnitude ? std::fabs(value) : value);
+        result.amplitude += amplitude;
+        frequency *= noise.lacunarity;
+        amplitude *= noise.gain;
+    }
+    return result;
+}
+
 } // namespace velm::host

@@ -9,4 +9,22 @@ namespace velm::host {
 // points and where a position is not finite. The same on every machine. [any thread]
 double gradientNoise(double x, double y, double z);
 
+enum class NoiseShape { plain, magnitude };
+
+// Octaves of noise: each has the frequency of the one before times `lacunarity`, and its amplitude times `gain`.
+struct NoiseOctaves {
+    int octaves = 1;
+    double frequency = 1; // of the first one; its amplitude is 1
+    double lacunarity = 2, gain = 0.5;
+    NoiseShape shape = NoiseShape::plain; // the noise, or its magnitude
+};
+
+struct NoiseSum {
+    double sum = 0;
+    double amplitude = 0; // the sum of the octaves' amplitudes
+};
+
+// [any thread]
+NoiseSum sumNoise(const double position[3], const NoiseOctaves &noise);
+
 } // namespace velm::host

@@ -49,6 +49,8 @@ std::vector<HostServer> table() {
     add<colourRamp, kTextures>(servers);
     add<blendColour, kTextures>(servers);
     add<blendScalar, kTextures>(servers);
+    add<bump, kTextures>(servers);
+    add<proceduralPattern, kTextures>(servers);
     servers.push_back({nullptr, nullptr, nullptr, nullptr});
     return servers;
 }

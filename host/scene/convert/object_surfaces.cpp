@@ -5,6 +5,7 @@
 #include "host/files/network_outline.h"
 #include "host/files/same_network.h"
 #include "host/object/old_surfaces.h"
+#include "host/scene/convert/envelope_keys.h"
 #include "host/scene/convert/surface_chunk.h"
 #include "host/scene/convert/texture_network.h"
 #include "host/state/save_state.h"
@@ -32,11 +33,55 @@ SurfaceDescription describe(const std::string &name, const std::string &file, co
 
 } // namespace
 
+namespace {
+
+// Copies of keys need much more memory than the file, and many values may have the same envelope.
+constexpr std::size_t kMostEnvelopeKeys = 1'000'000;
+
+std::size_t countOfKeys(const ComponentEnvelopes &envelopes) {
+    std::size_t keys = 0;
+    for (const auto &envelope : envelopes)
+        if (envelope) keys += envelope->keys.size();
+    return keys;
+}
+
+// Adds the keys of a surface to `keys`, and throws for too many of them.
+void countKeys(const ObjectFile &object, const SurfaceChunkValues &values, const std::vector<SurfaceTexture> &textures,
+               std::size_t &keys) {
+    for (const auto &[chunk, envelopes] : values.envelopes) keys += countOfKeys(envelopes);
+    for (const SurfaceTexture &texture : textures)
+        for (const auto &[number, envelopes] : texture.envelopes) keys += countOfKeys(envelopes);
+    if (keys > kMostEnvelopeKeys)
+        throw InputError(
+            fmt::format("{}: the envelopes of the surfaces have more than {} keys", object.name(), kMostEnvelopeKeys));
+}
+
+// Notes the envelopes of the last surface's values that its settings do not have. `hasLayers`: its network is made
+// from its texture layers, and computes a colour whose components have different keys.
+void noteEnvelopes(const SurfaceChunkValues &values, bool hasLayers, ObjectSurfaces &result) {
+    const std::string surface = inQuotes(result.surfaces.back().name);
+    for (const auto &[chunk, envelopes] : values.envelopes) {
+        const bool isApart = chunk == "COLR" && !animatedTriple(envelopes, *values.colour, 1);
+        const bool isLost = !isAnimated(envelopes) || (isApart && !hasLayers);
+        if (isLost || isApart)
+            result.animated.push_back(
+                {.what = fmt::format("the value {} of the surface {}", chunk, surface), .isInNetwork = !isLost});
+        const std::string place = fmt::format("surface {}, {}", surface, chunk);
+        if (isLost) result.losses.add(Loss::animatedValue, place);
+        if (isModified(envelopes)) result.losses.add(Loss::envelopeModifier, place);
+    }
+}
+
+} // namespace
+
 ObjectSurfaces surfacesOf(const ObjectFile &object) {
     ObjectSurfaces result;
+    std::size_t keys = 0;
     for (std::size_t i = 0; i < object.surfaces().size(); ++i) {
         const ObjectSurface &inFile = object.surfaces()[i];
         const SurfaceChunkValues values = object.values(i);
+        const std::vector<SurfaceTexture> textures = object.textures(i);
+        countKeys(object, values, textures, keys);
         SurfaceDescription &surface = result.surfaces.emplace_back(describe(inFile.name, object.name(), values));
         NetworkOutline outline;
         if (const auto block = object.network(i)) {
@@ -44,17 +89,13 @@ ObjectSurfaces surfacesOf(const ObjectFile &object) {
             surface.saved.offset = object.networkOffset(i);
             outline = outlineOf(*block);
         }
-        const std::vector<SurfaceTexture> textures = object.textures(i);
         if (outline.nodes == 0)
-            describeTextures(textures, surface, result.losses);
+            describeTextures(textures, values, surface, result.losses);
         else
             noteUnusedTextures(textures, outline.rootInputs, surface.name, result.losses);
         if (std::ranges::count(inFile.subChunks, fourCC("VCOL"), &Chunk::id) > 0)
             result.losses.add(Loss::vertexColours, fmt::format("surface {}", inQuotes(surface.name)));
-        for (const std::string &chunk : values.animated) {
-            result.animated.push_back(fmt::format("the value {} of the surface {}", chunk, inQuotes(surface.name)));
-            result.losses.add(Loss::animatedValue, fmt::format("surface {}, {}", inQuotes(surface.name), chunk));
-        }
+        noteEnvelopes(values, outline.nodes == 0, result);
     }
     return result;
 }
@@ -63,7 +104,7 @@ ObjectSurfaces surfacesOfOldObject(std::string_view bytes, const std::string &fi
     ObjectSurfaces result;
     for (const OldSurface &inFile : readOldSurfaces(bytes, file)) {
         SurfaceDescription &surface = result.surfaces.emplace_back(describe(inFile.name, file, inFile.values));
-        describeTextures(inFile.textures, surface, result.losses);
+        describeTextures(inFile.textures, inFile.values, surface, result.losses);
     }
     return result;
 }

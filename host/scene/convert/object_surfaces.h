@@ -17,16 +17,22 @@
 
 namespace velm::host {
 
+// A value of a surface whose envelope is not in the surface's settings.
+struct UnsetEnvelope {
+    std::string what;         // "the value COLR of the surface \"Clay\""
+    bool isInNetwork = false; // the network that is made from the texture layers has the envelope
+};
+
 // The surfaces of an object, and their features that are not supported.
 struct ObjectSurfaces {
     std::vector<SurfaceDescription> surfaces;
     Losses losses;
-    std::vector<std::string> animated; // values that envelopes drive: "the value COLR of the surface \"Clay\""
+    std::vector<UnsetEnvelope> animated;
 };
 
 // The surfaces of an object: their networks as saved blocks, their own values as settings, and the texture layers of
-// those whose networks have no nodes as descriptions of nodes, which name the images as imagesOf does. A value that an
-// envelope drives is described without the envelope. InputError with the byte's offset.
+// those whose networks have no nodes as descriptions of nodes, which name the images as imagesOf does. Envelopes become
+// keys. InputError with the byte's offset, and for more than a million keys.
 // [interface thread; not while rendering]
 ObjectSurfaces surfacesOf(const ObjectFile &object);
 

@@ -1,6 +1,7 @@
 #include "host/scene/convert/surface_chunk.h"
 
 #include "host/base/angles.h"
+#include "host/scene/convert/envelope_keys.h"
 #include "host/scene/format/shortest.h"
 
 #include <algorithm>
@@ -58,13 +59,21 @@ Double3 numbersOf(const SettingValue &value) {
 } // namespace
 
 void describeValues(const SurfaceChunkValues &values, SurfaceDescription &surface) {
+    const auto envelopesOf = [&](const char *id) {
+        const auto found = values.envelopes.find(id);
+        return found == values.envelopes.end() ? ComponentEnvelopes{} : found->second;
+    };
     if (const auto &colour = values.colour) {
+        const std::optional<SettingValue> animated = animatedTriple(envelopesOf("COLR"), *colour, 1);
         const Double3 numbers{(*colour)[0], (*colour)[1], (*colour)[2]};
-        surface.settings.push_back({kColour, shortest(SettingValue(numbers), 1), {}});
+        surface.settings.push_back({kColour, animated ? *animated : shortest(SettingValue(numbers), 1), {}});
     }
     for (const NumberChunk &chunk : kNumbers)
-        if (const auto &value = values.*chunk.value)
-            surface.settings.push_back({chunk.label, shortest(static_cast<double>(*value), 1), {}});
+        if (const auto &value = values.*chunk.value) {
+            const ComponentEnvelopes envelopes = envelopesOf(chunk.id);
+            surface.settings.push_back(
+                {chunk.label, animatedNumber(envelopes.empty() ? nullptr : envelopes[0], *value, 1), {}});
+        }
     const double angle = values.smoothingAngle.value_or(0.0F) * kDegreesPerRadian;
     surface.smoothingAngle = std::isfinite(angle) ? shortest(std::clamp(angle, 0.0, 180.0), kDegreesPerRadian) : 0;
     surface.doubleSided = values.sides == kBothSides;

@@ -3,6 +3,7 @@
 
 #include "host/object/losses.h"
 #include "host/object/surface_textures.h"
+#include "host/object/surface_values.h"
 #include "host/scene/format/description.h"
 
 #include <string>
@@ -13,9 +14,11 @@ namespace velm::host {
 
 // Adds to a surface's description the network that represents its texture layers, which are given from the lowest to
 // the highest. Each layer is an image or gradient node, and a blend node that blends it with the layers below; the last
-// blend node feeds the surface's input. The value below the first layer is the surface's setting. `losses` counts what
-// the network cannot represent.
-void describeTextures(const std::vector<SurfaceTexture> &textures, SurfaceDescription &surface, Losses &losses);
+// blend node feeds the surface's input. The value below the first layer is the surface's setting; a node computes a
+// colour whose components have different keys. `values` are those of the surface, which its settings have already.
+// `losses` counts what the network cannot represent.
+void describeTextures(const std::vector<SurfaceTexture> &textures, const SurfaceChunkValues &values,
+                      SurfaceDescription &surface, Losses &losses);
 
 // Counts the enabled textures and shaders of a surface that has nodes, which are left out. A network that feeds an
 // input of the surface replaces the textures of that channel, as in LightWave: these are not counted. `fedInputs` are

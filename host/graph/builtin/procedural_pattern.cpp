@@ -1,0 +1,161 @@
+// Patterns in space that stand for the commonest procedural textures of LightWave, which are not published. The texture
+// has axes of its own; "Size" is the size of a cell of the pattern, or of the largest features of noise, along them.
+// With the position p in cells:
+// - Checkerboard: alternating cubes of 0 and 1. Grid: 1 on planes between the cells, and Dots: 1 in balls in their
+//   middles. "Thickness" is that of the planes or the diameter of the balls, as a fraction of a cell.
+// - Fractal Noise: octaves of gradient noise, each of twice the frequency and half the amplitude of the one before.
+// - Turbulence: the same of the noise's magnitude, after K. Perlin, "An Image Synthesizer", SIGGRAPH 1985.
+// - Marble: waves along the axis, displaced by turbulence, after the same.
+// - Wood: rings around the axis, displaced by noise, after D. R. Peachey, "Solid Texturing of Complex Surfaces",
+//   SIGGRAPH 1985.
+// "Contrast" stretches the pattern about 0.5. "Height" is for bumps: 1 is raised by a tenth of the smallest size.
+#include "host/graph/builtin/definitions.h"
+#include "host/graph/builtin/noise.h"
+#include "host/graph/builtin/texture_space.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace velm::host::builtin {
+
+namespace {
+
+enum {
+    kPattern,
+    kCoordinates,
+    kCentre,
+    kSize,
+    kHeading,
+    kPitch,
+    kBank,
+    kAxis,
+    kOctaves,
+    kContrast,
+    kThickness,
+    kFalloffType,
+    kFalloff,
+    kNegative
+};
+enum { kValueOut, kAlphaOut, kHeightOut };
+enum { kCheckerboard, kGrid, kDots, kFractalNoise, kTurbulence, kMarble, kWood };
+
+constexpr const char *kPatternTexts[] = {"Checkerboard", "Grid",   "Dots", "Fractal Noise",
+                                         "Turbulence",   "Marble", "Wood", nullptr};
+constexpr int kMostOctaves = 16;       // finer ones are below the precision of a position
+constexpr double kHeightOfOne = 0.1;   // as a fraction of the smallest size
+constexpr double kRoughness = 0.2;     // of the rings of wood, in cells
+constexpr double kShift = 1e-4;        // see checker.cpp
+constexpr double kFlatNormal = 0.9999; // cosine, above which a polygon lies along the planes of a grid
+
+using Vector = TextureSpace::Vector;
+
+// The distance to the nearest boundary between cells.
+double toBoundary(double coordinate) { return std::fabs(coordinate - std::round(coordinate)); }
+
+// One evaluation of the pattern.
+class Pattern {
+  public:
+    explicit Pattern(const Evaluation &evaluation) : evaluation_(evaluation), space_(evaluation, kCoordinates) {
+        const Vector size = space_.size();
+        smallest_ = std::min({std::fabs(size[0]), std::fabs(size[1]), std::fabs(size[2])});
+        for (std::size_t i = 0; i < 3; ++i) cell_[i] = space_.point()[i] / size[i];
+        isUsable_ = smallest_ > 0 && std::isfinite(cell_[0] + cell_[1] + cell_[2]);
+    }
+
+    // From 0 to 1; 0 where a size is 0.
+    double value() const {
+        if (!isUsable_) return 0;
+        const double contrast = evaluation_.scalar(kContrast);
+        const double value = std::clamp(0.5 + (plain() - 0.5) * contrast, 0.0, 1.0);
+        return evaluation_.choice(kNegative) != 0 ? 1 - value : value;
+    }
+    double smallestSize() const { return smallest_; }
+    const TextureSpace &space() const { return space_; }
+
+  private:
+    double plain() const {
+        switch (evaluation_.choice(kPattern)) {
+        case kGrid: return grid();
+        case kDots: return dots();
+        case kFractalNoise: return 0.5 + 0.5 * noise(NoiseShape::plain);
+        case kTurbulence: return noise(NoiseShape::magnitude);
+        case kMarble: return 0.5 + 0.5 * std::sin(2 * std::numbers::pi * (along() + noise(NoiseShape::magnitude)));
+        case kWood:
+            return 0.5 + 0.5 * std::sin(2 * std::numbers::pi * (fromAxis() + kRoughness * noise(NoiseShape::plain)));
+        default: return checkerboard();
+        }
+    }
+
+    double checkerboard() const {
+        double sum = 0;
+        for (const double coordinate : cell_) sum += std::floor(coordinate + kShift);
+        return std::fabs(std::fmod(sum, 2)) == 1 ? 1 : 0;
+    }
+
+    // Polygons along the planes of one direction show only the lines of the others.
+    double grid() const {
+        const Vector normal = space_.normal();
+        const double length = std::hypot(normal[0], normal[1], normal[2]), half = evaluation_.scalar(kThickness) / 2;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const bool isAlong = std::fabs(normal[i]) > kFlatNormal * length;
+            if (!isAlong && toBoundary(cell_[i]) < half) return 1;
+        }
+        return 0;
+    }
+
+    double dots() const {
+        const double distance =
+            std::hypot(0.5 - toBoundary(cell_[0]), 0.5 - toBoundary(cell_[1]), 0.5 - toBoundary(cell_[2]));
+        return distance < evaluation_.scalar(kThickness) / 2 ? 1 : 0;
+    }
+
+    double noise(NoiseShape shape) const {
+        const int octaves = std::clamp(evaluation_.integer(kOctaves), 1, kMostOctaves);
+        const NoiseSum noise = sumNoise(cell_.data(), {.octaves = octaves, .shape = shape});
+        return noise.sum / noise.amplitude;
+    }
+
+    std::size_t axis() const { return static_cast<std::size_t>(evaluation_.choice(kAxis)); }
+    double along() const { return cell_[axis()]; }
+    double fromAxis() const { return std::hypot(cell_[(axis() + 1) % 3], cell_[(axis() + 2) % 3]); }
+
+    const Evaluation &evaluation_;
+    const TextureSpace space_;
+    double smallest_ = 0;
+    Vector cell_{}; // the position, in cells
+    bool isUsable_ = false;
+};
+
+void give(const Evaluation &evaluation, int output) {
+    const Pattern pattern(evaluation);
+    const double value = pattern.value();
+    if (output == kValueOut) return evaluation.set(value);
+    const double alpha = value > 0 ? value * pattern.space().falloff(kFalloffType) : 0;
+    evaluation.set(output == kHeightOut ? kHeightOfOne * pattern.smallestSize() * alpha : alpha);
+}
+
+} // namespace
+
+constinit const Definition proceduralPattern{
+    .name = "Procedural Pattern",
+    .colour = kTextureColour,
+    .parameters = {{{.label = "Pattern", .kind = Kind::choice, .initial = {kFractalNoise}, .texts = kPatternTexts},
+                    kCoordinatesRow,
+                    kCentreRow,
+                    kSizeRow,
+                    kHeadingRow,
+                    kPitchRow,
+                    kBankRow,
+                    {.label = "Axis", .kind = Kind::choice, .initial = {1}, .texts = kAxisTexts},
+                    {.label = "Octaves", .kind = Kind::integer, .initial = {4}},
+                    {.label = "Contrast", .kind = Kind::scalar, .initial = {1}},
+                    {.label = "Thickness", .kind = Kind::percent, .initial = {0.25}},
+                    kFalloffTypeRow,
+                    kFalloffRow,
+                    {.label = "Negative", .kind = Kind::choice, .texts = kSwitchTexts}}},
+    .outputs = {{{"Value", kConnectScalar}, {"Alpha", kConnectScalar}, {"Height", kConnectScalar}}},
+    .evaluate = give,
+};
+
+} // namespace velm::host::builtin
