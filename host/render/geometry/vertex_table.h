@@ -5,8 +5,10 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <new>
 #include <utility>
-#include <vector>
 
 namespace velm::host {
 
@@ -27,19 +29,19 @@ constexpr std::uint32_t endOfHash(std::uint64_t hash) { return static_cast<std::
 // mesh, each of them is a miss of the processor's caches.
 class VertexTable {
   public:
-    VertexTable() : slots_(1024) {}
+    VertexTable() : slots_(allocated(kLeastSize)) {}
 
     // Makes room for that many vertices in all.
     void reserve(std::size_t vertices) {
         const std::size_t needed = std::bit_ceil(vertices + vertices / 2 + 1);
-        if (needed > slots_.size()) resize(needed);
+        if (needed > size_) resize(needed);
     }
 
     // Gives the first vertex for which `equals(vertex)` is true, of those that were added with that hash. If there is
     // none, adds `newcomer` and gives it.
     template <class Equals>
     std::uint32_t findOrAdd(std::uint32_t hash, std::uint32_t newcomer, const Equals &equals) {
-        if ((count_ + 1) * 3 > slots_.size() * 2) resize(slots_.size() * 2);
+        if ((count_ + 1) * 3 > size_ * 2) resize(size_ * 2);
         std::size_t slot = hash & mask();
         for (; slots_[slot] != 0; slot = (slot + 1) & mask())
             if (slots_[slot] >> 32 == hash && equals(vertexIn(slots_[slot]))) return vertexIn(slots_[slot]);
@@ -53,11 +55,25 @@ class VertexTable {
 
   private:
     static std::uint32_t vertexIn(std::uint64_t slot) { return static_cast<std::uint32_t>(slot) - 1; }
-    std::size_t mask() const { return slots_.size() - 1; }
+    std::size_t mask() const { return size_ - 1; }
+
+    struct Free {
+        void operator()(std::uint64_t *slots) const { std::free(slots); }
+    };
+    using Slots = std::unique_ptr<std::uint64_t[], Free>;
+
+    // Free slots. The system has cleared the memory of large tables already.
+    static Slots allocated(std::size_t size) {
+        Slots slots(static_cast<std::uint64_t *>(std::calloc(size, sizeof(std::uint64_t))));
+        if (!slots) throw std::bad_alloc();
+        return slots;
+    }
 
     void resize(std::size_t size) {
-        const std::vector<std::uint64_t> former = std::exchange(slots_, std::vector<std::uint64_t>(size));
-        for (const std::uint64_t entry : former) {
+        const Slots former = std::exchange(slots_, allocated(size));
+        const std::size_t formerSize = std::exchange(size_, size);
+        for (std::size_t i = 0; i < formerSize; ++i) {
+            const std::uint64_t entry = former[i];
             if (entry == 0) continue;
             std::size_t slot = (entry >> 32) & mask();
             while (slots_[slot] != 0) slot = (slot + 1) & mask();
@@ -65,8 +81,10 @@ class VertexTable {
         }
     }
 
-    std::vector<std::uint64_t> slots_; // a power of two of them; the hash, and the vertex + 1; 0: free
-    std::size_t count_ = 0;            // of vertices
+    static constexpr std::size_t kLeastSize = 1024;
+    Slots slots_;                   // the hash, and the vertex + 1; 0: free
+    std::size_t size_ = kLeastSize; // a power of two
+    std::size_t count_ = 0;         // of vertices
 };
 
 } // namespace velm::host
