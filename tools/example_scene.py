@@ -47,8 +47,8 @@ SURFACES = {
 
 # The objects: the surface, and the radius and height of each ring about the upright axis, outside first.
 VASE = [(0, 0), (0.45, 0), (0.52, 0.04), (0.7, 0.28), (0.8, 0.55), (0.79, 0.8), (0.66, 1.06), (0.46, 1.28),
-        (0.35, 1.44), (0.36, 1.56), (0.48, 1.68), (0.44, 1.68), (0.32, 1.56), (0.31, 1.44), (0.42, 1.27), (0.62, 1.03), (0.72, 0.6),
-        (0.6, 0.26), (0, 0.12)]
+        (0.35, 1.44), (0.36, 1.56), (0.48, 1.68), (0.44, 1.68), (0.32, 1.56), (0.31, 1.44), (0.42, 1.27), (0.62, 1.03),
+        (0.72, 0.6), (0.6, 0.26), (0, 0.12)]
 BALL = [(0.3 * math.sin(angle), -0.3 * math.cos(angle)) for angle in [math.pi * i / 12 for i in range(13)]]
 TABLE = [(200, 0), (0, 0)]
 OBJECTS = {"vase": ("Glaze", VASE), "ball": ("Felt", BALL), "table": ("Table", TABLE)}
