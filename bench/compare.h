@@ -72,6 +72,7 @@ void compareDraws(Table &table);    // the random stream
 void compareNetworks(Table &table); // evaluation through the host
 void comparePictures(Table &table); // whole pictures against loops written by hand
 void compareStart(Table &table);    // from start to the first ray, and the memory used then
+void compareMeshes(Table &table);   // reading large meshes
 
 // Builds a mesh of ten million triangles, with our code or the reference's, and prints how many bytes it holds.
 // compareStart runs this in a new process.

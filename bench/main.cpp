@@ -25,7 +25,8 @@ int main(int argc, char **argv) {
             return 0;
         }
         Table table(rows);
-        for (const auto subject : {compareDraws, compareNetworks, comparePictures, compareStart}) subject(table);
+        for (const auto subject : {compareDraws, compareNetworks, comparePictures, compareStart, compareMeshes})
+            subject(table);
         if (!json.empty()) table.writeJson(json);
         return 0;
     } catch (const std::exception &error) {

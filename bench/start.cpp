@@ -1,5 +1,6 @@
 // The time from start to the first ray, and the memory of a large mesh, against Embree and the mesh reader alone.
 #include "bench/compare.h"
+#include "bench/plain_mesh.h"
 #include "host/graph/listed_module.h"
 #include "host/render/renderer.h"
 #include "host/render/scene/render_scene_data.h"
@@ -9,14 +10,12 @@
 #include <assimp/Importer.hpp>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
-#include <embree3/rtcore.h>
 
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <limits>
 #include <malloc.h>
 #include <numbers>
 #include <stdexcept>
@@ -33,57 +32,6 @@ double secondsOf(const std::function<void()> &act) {
     act();
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
-
-// The minimum for tracing rays: points, triangles, and Embree's tree over them.
-class PlainMesh {
-  public:
-    std::vector<float> points;
-    std::vector<uint32_t> corners;
-
-    ~PlainMesh() {
-        if (scene_) rtcReleaseScene(scene_);
-        if (device_) rtcReleaseDevice(device_);
-    }
-
-    void addPoint(double x, double y, double z) {
-        for (const double each : {x, y, z}) points.push_back(static_cast<float>(each));
-    }
-    void addTriangle(uint32_t a, uint32_t b, uint32_t c) { corners.insert(corners.end(), {a, b, c}); }
-
-    void build() {
-        device_ = rtcNewDevice(nullptr);
-        const RTCGeometry geometry = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_TRIANGLE);
-        constexpr size_t kTriple = 3 * sizeof(float);
-        points.resize(points.size() + 1); // Embree may read four floats at the last point
-        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, points.data(), 0, kTriple,
-                                   points.size() / 3);
-        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, corners.data(), 0, kTriple,
-                                   corners.size() / 3);
-        rtcCommitGeometry(geometry);
-        scene_ = rtcNewScene(device_);
-        rtcSetSceneFlags(scene_, RTC_SCENE_FLAG_ROBUST);
-        rtcAttachGeometry(scene_, geometry);
-        rtcReleaseGeometry(geometry);
-        rtcCommitScene(scene_);
-    }
-
-    void castOneRay() const {
-        RTCIntersectContext context;
-        rtcInitIntersectContext(&context);
-        RTCRayHit ray{};
-        ray.ray.org_z = -5;
-        ray.ray.dir_z = 1;
-        ray.ray.tfar = std::numeric_limits<float>::infinity();
-        ray.ray.mask = ~0u;
-        ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-        rtcIntersect1(scene_, &context, &ray);
-        keep(ray.hit.geomID);
-    }
-
-  private:
-    RTCDevice device_ = nullptr;
-    RTCScene scene_ = nullptr;
-};
 
 void startPlainly(const std::string &file) {
     Assimp::Importer importer;

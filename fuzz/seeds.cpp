@@ -1,6 +1,6 @@
-// Makes the seed corpora of the fuzzers: velm_fuzz_seeds DIRECTORY FILE ... sorts object files, scene files, JSON
-// scenes and saved data (the output of velm_conformance) into one directory for each fuzzer, and adds the saved data of
-// the module's nodes with their default settings, and random call scripts.
+// Makes the seed corpora of the fuzzers: velm_fuzz_seeds DIRECTORY FILE ... sorts object files, meshes, scene files,
+// JSON scenes and saved data (the output of velm_conformance) into one directory for each fuzzer, and adds the saved
+// data of the module's nodes with their default settings, and random call scripts.
 #include "fuzz/module_nodes.h"
 
 #include "host/check/random_walk/call_script.h"
@@ -118,6 +118,8 @@ void addScripts(Corpus &corpus) {
 void addFile(Corpus &corpus, const fs::path &path) {
     const std::string bytes = readFile(path.string());
     if (path.extension() == ".lwo") addObject(corpus, bytes, path.string());
+    if (path.extension() == ".ply" || path.extension() == ".stl" || path.extension() == ".STL")
+        corpus.add("mesh_file", bytes);
     if (path.extension() == ".lws") {
         corpus.add("scene_text", bytes);
         corpus.add("lws_scene", bytes);

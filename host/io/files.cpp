@@ -4,6 +4,7 @@
 #include "host/guard/call_record.h"
 #include "host/guard/process_settings.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -146,6 +147,7 @@ std::string readFile(const std::string &path) {
     if (file.number() < 0 || ::fstat(file.number(), &opened) != 0) throw fail();
     if (const char *kind = otherKind(opened)) throw refusal(kind);
     std::string bytes;
+    bytes.reserve(static_cast<std::size_t>(std::max<off_t>(opened.st_size, 0)));
     std::vector<char> part(1 << 16);
     for (;;) {
         const ssize_t read = ::read(file.number(), part.data(), part.size());

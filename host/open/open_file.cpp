@@ -101,10 +101,10 @@ bool isFloor(const ObjectDescription &object) { return std::holds_alternative<Pl
 
 Bounds boundsOfMesh(const SceneDescription &scene, const ScenePose &pose, std::size_t index, MeshCache &meshes) {
     const Mesh &mesh = meshOf(scene, pose, index, meshes);
+    const std::vector<Bounds> parts =
+        pose.movingObjects[index] ? boundsByMaterial(placedMesh(mesh, pose.objects[index])) : boundsByMaterial(mesh);
     Bounds all;
-    for (const Bounds &bounds :
-         boundsByMaterial(pose.movingObjects[index] ? placedMesh(mesh, pose.objects[index]) : mesh))
-        all.include(bounds);
+    for (const Bounds &bounds : parts) all.include(bounds);
     return all;
 }
 

@@ -41,15 +41,17 @@ class ObjectFiles {
     const std::vector<SurfaceDescription> &surfacesOfMesh(const std::string &file, const SourceLocation &location) {
         const auto known = meshes_.find(file);
         if (known != meshes_.end()) return known->second;
-        std::vector<SurfaceDescription> surfaces = surfacesIn(file, location);
         try {
-            for (const std::string &name : surfacesOfPolygons(readObject(readFile(file), file)))
+            const std::string bytes = readFile(file); // once, since objects may be large
+            if (!files_.contains(file)) files_[file] = read(bytes, file);
+            std::vector<SurfaceDescription> surfaces = files_[file];
+            for (const std::string &name : surfacesOfPolygons(readObject(bytes, file)))
                 if (std::ranges::count(surfaces, name, &SurfaceDescription::name) == 0)
                     surfaces.push_back(undescribedSurface(name, file));
+            return meshes_[file] = std::move(surfaces);
         } catch (const InputError &error) {
             throw InputError(location, error.what());
         }
-        return meshes_[file] = std::move(surfaces);
     }
 
     // The name that the scene has for a surface of a file. Adds the surface to the scene if it is not there yet.

@@ -17,7 +17,15 @@ inline std::vector<std::string> stemsIn(const std::filesystem::path &directory, 
     return names;
 }
 
-inline std::string exampleFile(const std::string &name) { return VELM_SOURCE_DIR "/examples/" + name + ".json"; }
-inline std::vector<std::string> exampleNames() { return stemsIn(VELM_SOURCE_DIR "/examples", ".json"); }
+inline const std::string kExamples = VELM_SOURCE_DIR "/examples/";
+inline std::string exampleFile(const std::string &name) {
+    const std::string json = kExamples + name + ".json";
+    return std::filesystem::exists(json) ? json : kExamples + name + ".lws";
+}
+inline std::vector<std::string> exampleNames() {
+    std::vector<std::string> names = stemsIn(kExamples, ".json"), others = stemsIn(kExamples, ".lws");
+    names.insert(names.end(), others.begin(), others.end());
+    return names;
+}
 
 } // namespace velm::host::test

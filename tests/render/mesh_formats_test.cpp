@@ -133,7 +133,7 @@ TEST_F(FaultyMesh, ThatMakesTheLibraryCrash) {
 
 TEST_F(FaultyMesh, ThatTakesForEver) {
     readLimits().seconds = 0.5;
-    writeText(directory / "a.ply", "ply\nformat ascii 1.0\nelement 100000000 1\nend_header\n0\n");
+    writeText(directory / "a.ply", "ply\nformat ascii 1.0\nelement tristrips 0\nelement 100000000 1\nend_header\n0\n");
     EXPECT_EQ(refusalOf(directory / "a.ply"), "cannot read the mesh: it takes longer than 0.5 s (see --read-time)");
 }
 

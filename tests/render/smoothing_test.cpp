@@ -121,5 +121,30 @@ TEST(Smoothing, EveryNormalIsOfUnitLength) {
     }
 }
 
+// Folds in a row, more points than are smoothed at a time: every point on a ridge is split in two, and the new vertices
+// come in the order of the points.
+TEST(ThreadedSmoothing, SplitsVerticesInTheirOrder) {
+    constexpr std::uint32_t kRidges = 30000;
+    MeshBuilder builder({}, false);
+    builder.addMaterial("");
+    for (std::uint32_t i = 0; i <= kRidges + 1; ++i)
+        for (const double z : {0.0, 1.0})
+            builder.addVertex({.position = {double(i), i % 2 == 0 ? 0.0 : 1.0, z}, .normal = {}, .uvs = {}});
+    for (std::uint32_t i = 0; i <= kRidges; ++i) builder.addPolygon({2 * i, 2 * i + 1, 2 * i + 3, 2 * i + 2}, 0);
+    Mesh mesh = builder.finish();
+    const std::size_t before = mesh.points.size();
+    smoothNormals(mesh, {60});
+    ASSERT_EQ(mesh.splitFrom.size(), 2 * kRidges);
+    for (std::size_t i = 0; i < mesh.splitFrom.size(); ++i) ASSERT_EQ(mesh.splitFrom[i], i + 2);
+    for (std::uint32_t i = 0; i < mesh.triangles.size(); ++i) {
+        const Vec3 across = cross(mesh.corner(i, 1) - mesh.corner(i, 0), mesh.corner(i, 2) - mesh.corner(i, 0));
+        for (const std::uint32_t corner : mesh.triangles[i].corners) {
+            const auto &[x, y, z] = mesh.normals[corner];
+            ASSERT_LT(length(Vec3{x, y, z} - normalised(across)), 1e-6) << i;
+            ASSERT_LT(corner, before + mesh.splitFrom.size());
+        }
+    }
+}
+
 } // namespace
 } // namespace velm::host::test

@@ -1,5 +1,7 @@
 #include "host/render/geometry/bounds.h"
 
+#include "host/render/geometry/parallel.h"
+
 #include <algorithm>
 
 namespace velm::host {
@@ -20,11 +22,17 @@ void Bounds::include(const Bounds &other) {
 }
 
 std::vector<Bounds> boundsByMaterial(const Mesh &mesh) {
-    std::vector<Bounds> bounds(mesh.materials.size());
-    for (std::uint32_t triangle = 0; triangle < mesh.triangles.size(); ++triangle) {
-        Bounds &own = bounds[mesh.materialNumber(triangle)];
-        for (int k = 0; k < 3; ++k) own.include(mesh.corner(triangle, k));
-    }
+    const std::size_t count = mesh.triangles.size(), materials = mesh.materials.size();
+    std::vector<Bounds> ofRanges(rangeCount(count) * materials); // by range, then by material
+    forRanges(count, [&](std::size_t range, std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i) {
+            const auto triangle = static_cast<std::uint32_t>(i);
+            Bounds &own = ofRanges[range * materials + mesh.materialNumber(triangle)];
+            for (int k = 0; k < 3; ++k) own.include(mesh.corner(triangle, k));
+        }
+    });
+    std::vector<Bounds> bounds(materials);
+    for (std::size_t i = 0; i < ofRanges.size(); ++i) bounds[i % materials].include(ofRanges[i]);
     return bounds;
 }
 

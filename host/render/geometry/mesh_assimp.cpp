@@ -130,11 +130,13 @@ std::vector<unsigned> uvChannelsOf(const aiMesh &mesh) {
 // Turns assimp's scene of a file into one mesh.
 class FileMesh {
   public:
-    FileMesh(const aiScene &scene, const Transform &transform, const std::string &file)
+    FileMesh(const aiScene &scene, const Transform &transform, const std::string &file,
+             std::pmr::memory_resource *memory)
         : scene_(scene), transform_(transform), file_(file), uvNames_(allUvNames(scene)),
-          hasNormals_(allHaveNormals(scene)), builder_(uvNames_, hasNormals_) {}
+          hasNormals_(allHaveNormals(scene)), builder_(uvNames_, hasNormals_, memory) {}
 
     Mesh build() {
+        reserve();
         addNode(*scene_.mRootNode, aiMatrix4x4());
         if (builder_.triangleCount() == 0) throw InputError({.file = file_}, "the mesh has no polygons");
         Mesh mesh = builder_.finish();
@@ -157,6 +159,18 @@ class FileMesh {
     static bool allHaveNormals(const aiScene &scene) {
         return std::all_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes,
                            [](const aiMesh *mesh) { return mesh->HasNormals() || !hasPolygons(*mesh); });
+    }
+
+    // Makes room for the triangles and for as many vertices as there can be, which take memory only once they are
+    // written. More is added for meshes that several nodes have.
+    void reserve() {
+        std::size_t vertices = 0, triangles = 0;
+        for (unsigned i = 0; i < scene_.mNumMeshes; ++i) {
+            const aiMesh &mesh = *scene_.mMeshes[i];
+            vertices += mesh.mNumVertices;
+            for (unsigned k = 0; k < mesh.mNumFaces; ++k) triangles += std::max(mesh.mFaces[k].mNumIndices, 2u) - 2;
+        }
+        builder_.reserve(vertices, triangles);
     }
 
     void addNode(const aiNode &node, const aiMatrix4x4 &parent) {
@@ -257,11 +271,12 @@ const aiScene &import(Assimp::Importer &importer, const std::string &file, const
 
 } // namespace
 
-Mesh readWithAssimp(const std::string &file, const MeshFormat &format, const Transform &transform) {
+Mesh readWithAssimp(const std::string &file, const MeshFormat &format, const Transform &transform,
+                    std::pmr::memory_resource *memory) {
     Assimp::Importer importer;
     const aiScene &scene = import(importer, file, format, nullptr);
     if (!scene.mRootNode || scene.mNumMeshes == 0) throw InputError({.file = file}, "the mesh has no polygons");
-    return FileMesh(scene, transform, file).build();
+    return FileMesh(scene, transform, file, memory).build();
 }
 
 std::vector<std::string> filesReadWithAssimp(const std::string &file, const MeshFormat &format) {

@@ -3,8 +3,8 @@
 #include "host/base/error.h"
 
 #include <algorithm>
-#include <bit>
 #include <limits>
+#include <numeric>
 
 namespace velm::host {
 namespace {
@@ -14,21 +14,10 @@ std::array<float, 3> narrowed(const Vec3 &v) {
     return {static_cast<float>(v.x) + 0.0f, static_cast<float>(v.y) + 0.0f, static_cast<float>(v.z) + 0.0f};
 }
 
-// Zero and minus zero count as equal, and so do all NaNs.
-std::uint32_t bits(float value) {
-    if (value == 0) return 0;
-    return value != value ? 0x7fc00000u : std::bit_cast<std::uint32_t>(value);
-}
-
-std::uint64_t mixIn(std::uint64_t hash, float value) {
-    hash = (hash ^ bits(value)) * 0x9e3779b97f4a7c15u; // the golden ratio's multiplier (Knuth, TAOCP 6.4)
-    return hash ^ (hash >> 29);
-}
-
 template <std::size_t n>
 bool same(const std::array<float, n> &a, const std::array<float, n> &b) {
     for (std::size_t i = 0; i < n; ++i)
-        if (bits(a[i]) != bits(b[i])) return false;
+        if (comparedBits(a[i]) != comparedBits(b[i])) return false;
     return true;
 }
 
@@ -44,26 +33,42 @@ void trim(std::pmr::vector<Element> &elements, std::size_t spare = 0) {
 
 } // namespace
 
-MeshBuilder::MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals) : hasNormals_(hasNormals), table_(1024) {
-    for (std::string &name : uvMapNames) mesh_.uvMaps.push_back({.name = std::move(name), .values = {}});
+MeshBuilder::MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals, std::pmr::memory_resource *memory)
+    : mesh_{.points = std::pmr::vector<HostPoint>(memory),
+            .triangles = std::pmr::vector<HostPolygon>(memory),
+            .normals = std::pmr::vector<std::array<float, 3>>(memory),
+            .uvMaps = {},
+            .polygonNumbers = std::pmr::vector<std::uint32_t>(memory),
+            .materialNumbers = std::pmr::vector<std::uint16_t>(memory),
+            .materials = {},
+            .firstOfPoint = std::pmr::vector<std::uint32_t>(memory),
+            .warnings = {},
+            .smoothingAngles = {},
+            .splitFrom = {}},
+      hasNormals_(hasNormals) {
+    for (std::string &name : uvMapNames)
+        mesh_.uvMaps.push_back({.name = std::move(name), .values = std::pmr::vector<std::array<float, 2>>(memory)});
 }
 
-std::uint64_t MeshBuilder::hashOf(std::uint32_t number) const {
+std::uint32_t MeshBuilder::hashOf(std::size_t vertex) const {
     std::uint64_t hash = 0;
-    for (const float value : mesh_.points[number].position) hash = mixIn(hash, value);
+    for (const float value : mesh_.points[vertex].position) hash = mixIn(hash, value);
     if (hasNormals_)
-        for (const float value : mesh_.normals[number]) hash = mixIn(hash, value);
+        for (const float value : mesh_.normals[vertex]) hash = mixIn(hash, value);
     for (const UvMap &map : mesh_.uvMaps)
-        for (const float value : map.values[number]) hash = mixIn(hash, value);
-    return hash;
+        for (const float value : map.values[vertex]) hash = mixIn(hash, value);
+    return endOfHash(hash);
 }
 
-bool MeshBuilder::equals(std::uint32_t number, const BuilderVertex &vertex) const {
-    const float *p = mesh_.points[number].position;
-    if (!same(std::array<float, 3>{p[0], p[1], p[2]}, narrowed(vertex.position))) return false;
-    if (hasNormals_ && !same(mesh_.normals[number], narrowed(vertex.normal))) return false;
-    for (std::size_t map = 0; map < mesh_.uvMaps.size(); ++map)
-        if (!same(mesh_.uvMaps[map].values[number], vertex.uvs[map])) return false;
+bool MeshBuilder::equal(std::uint32_t a, std::uint32_t b) const {
+    const auto placeOf = [this](std::uint32_t vertex) {
+        const float *p = mesh_.points[vertex].position;
+        return std::array<float, 3>{p[0], p[1], p[2]};
+    };
+    if (!same(placeOf(a), placeOf(b))) return false;
+    if (hasNormals_ && !same(mesh_.normals[a], mesh_.normals[b])) return false;
+    for (const UvMap &map : mesh_.uvMaps)
+        if (!same(map.values[a], map.values[b])) return false;
     return true;
 }
 
@@ -74,16 +79,17 @@ void MeshBuilder::append(const BuilderVertex &vertex) {
     for (std::size_t map = 0; map < mesh_.uvMaps.size(); ++map) mesh_.uvMaps[map].values.push_back(vertex.uvs[map]);
 }
 
-void MeshBuilder::grow() {
-    std::vector<std::uint32_t> larger(table_.size() * 2);
-    const std::size_t mask = larger.size() - 1;
-    for (const std::uint32_t entry : table_) {
-        if (entry == 0) continue;
-        std::size_t slot = hashOf(entry - 1) & mask;
-        while (larger[slot] != 0) slot = (slot + 1) & mask;
-        larger[slot] = entry;
-    }
-    table_ = std::move(larger);
+void MeshBuilder::moveVertex(std::size_t from, std::size_t to) {
+    mesh_.points[to] = mesh_.points[from];
+    if (hasNormals_) mesh_.normals[to] = mesh_.normals[from];
+    for (UvMap &map : mesh_.uvMaps) map.values[to] = map.values[from];
+}
+
+// Removes the last vertices.
+void MeshBuilder::resizeVertices(std::size_t count) {
+    mesh_.points.resize(count);
+    if (hasNormals_) mesh_.normals.resize(count);
+    for (UvMap &map : mesh_.uvMaps) map.values.resize(count);
 }
 
 void MeshBuilder::requireRoom() const {
@@ -98,31 +104,45 @@ std::uint32_t MeshBuilder::addSeparateVertex(const BuilderVertex &vertex) {
 }
 
 void MeshBuilder::reserve(std::size_t vertices, std::size_t triangles) {
-    mesh_.points.reserve(vertices);
+    mesh_.points.reserve(vertices + 1);
     for (UvMap &map : mesh_.uvMaps) map.values.reserve(vertices);
     if (hasNormals_) mesh_.normals.reserve(vertices);
     mesh_.triangles.reserve(triangles);
-    mesh_.polygonNumbers.reserve(triangles);
-    mesh_.materialNumbers.reserve(triangles);
 }
 
 std::uint32_t MeshBuilder::addVertex(const BuilderVertex &vertex) {
     requireRoom();
-    if ((mesh_.points.size() + 1) * 3 > table_.size() * 2) grow();
     // The vertex is appended first, so that it can be hashed like the others, and removed again if it has a duplicate.
     append(vertex);
-    const std::uint32_t newcomer = static_cast<std::uint32_t>(mesh_.points.size() - 1);
-    const std::size_t mask = table_.size() - 1;
-    std::size_t slot = hashOf(newcomer) & mask;
-    for (; table_[slot] != 0; slot = (slot + 1) & mask) {
-        if (!equals(table_[slot] - 1, vertex)) continue;
-        mesh_.points.pop_back();
-        if (hasNormals_) mesh_.normals.pop_back();
-        for (UvMap &map : mesh_.uvMaps) map.values.pop_back();
-        return table_[slot] - 1;
+    const auto newcomer = static_cast<std::uint32_t>(mesh_.points.size() - 1);
+    const std::uint32_t found =
+        table_.findOrAdd(hashOf(newcomer), newcomer, [&](std::uint32_t other) { return equal(other, newcomer); });
+    if (found != newcomer) resizeVertices(newcomer);
+    return found;
+}
+
+std::vector<std::uint32_t> MeshBuilder::mergeVertices() {
+    constexpr std::size_t kAhead = 16; // vertices whose slots are being loaded
+    std::array<std::uint32_t, kAhead> hashes{};
+    const std::size_t count = mesh_.points.size();
+    std::vector<std::uint32_t> numbers(count);
+    std::uint32_t kept = 0;
+    table_.reserve(count);
+    for (std::size_t next = 0; next < count + kAhead; ++next) {
+        std::uint32_t &hash = hashes[next % kAhead];
+        if (next >= kAhead) {
+            const std::size_t vertex = next - kAhead;
+            moveVertex(vertex, kept);
+            numbers[vertex] = table_.findOrAdd(hash, kept, [&](std::uint32_t other) { return equal(other, kept); });
+            if (numbers[vertex] == kept) ++kept;
+        }
+        if (next >= count) continue;
+        hash = hashOf(next);
+        table_.prefetch(hash);
     }
-    table_[slot] = newcomer + 1;
-    return newcomer;
+    resizeVertices(kept);
+    table_ = {};
+    return numbers;
 }
 
 std::uint16_t MeshBuilder::addMaterial(const std::string &name) {
@@ -141,9 +161,27 @@ void MeshBuilder::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c,
     };
     const Vec3 across = cross(at(b) - at(a), at(c) - at(a));
     if (!(largest(across) > 0) || !isFinite(across)) return;
+    numberTriangle(material);
     mesh_.triangles.push_back({{a, b, c}});
-    mesh_.polygonNumbers.push_back(mesh_.polygonCount);
-    mesh_.materialNumbers.push_back(material);
+}
+
+// Notes the polygon and the material of the triangle that is added next. The numbers are only stored once they differ
+// from what Mesh says of meshes without them.
+void MeshBuilder::numberTriangle(std::uint16_t material) {
+    const std::size_t triangle = mesh_.triangles.size();
+    if (mesh_.polygonNumbers.empty() && mesh_.polygonCount != triangle) {
+        mesh_.polygonNumbers.reserve(mesh_.triangles.capacity());
+        mesh_.polygonNumbers.resize(triangle);
+        std::iota(mesh_.polygonNumbers.begin(), mesh_.polygonNumbers.end(), 0u);
+        storesPolygons_ = true;
+    }
+    if (storesPolygons_) mesh_.polygonNumbers.push_back(mesh_.polygonCount);
+    if (mesh_.materialNumbers.empty() && material != 0) {
+        mesh_.materialNumbers.reserve(mesh_.triangles.capacity());
+        mesh_.materialNumbers.resize(triangle);
+        storesMaterials_ = true;
+    }
+    if (storesMaterials_) mesh_.materialNumbers.push_back(material);
 }
 
 void MeshBuilder::addPolygon(const std::vector<std::uint32_t> &corners, std::uint16_t material) {
@@ -164,10 +202,6 @@ void MeshBuilder::addPolygon(const std::vector<std::uint32_t> &corners, std::uin
 
 Mesh MeshBuilder::finish() {
     table_ = {};
-    std::uint32_t number = 0;
-    const auto isOwnNumber = [&number](std::uint32_t polygon) { return polygon == number++; };
-    if (std::all_of(mesh_.polygonNumbers.begin(), mesh_.polygonNumbers.end(), isOwnNumber)) mesh_.polygonNumbers = {};
-    if (mesh_.materials.size() < 2) mesh_.materialNumbers = {};
     return std::move(mesh_);
 }
 

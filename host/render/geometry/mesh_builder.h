@@ -2,8 +2,10 @@
 #pragma once
 
 #include "host/render/geometry/mesh.h"
+#include "host/render/geometry/vertex_table.h"
 
 #include <cstdint>
+#include <memory_resource>
 #include <string>
 #include <vector>
 
@@ -18,8 +20,10 @@ struct BuilderVertex {
 // Merges equal vertices as they are added, so that memory never holds a vertex twice.
 class MeshBuilder {
   public:
-    // `hasNormals`: every vertex has a normal of its own, which the mesh keeps.
-    MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals);
+    // `hasNormals`: every vertex has a normal of its own, which the mesh keeps. The buffers of the mesh are allocated
+    // from `memory`.
+    MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals,
+                std::pmr::memory_resource *memory = std::pmr::get_default_resource());
 
     // Returns the vertex's index in the mesh: that of an equal vertex, if there is one. Throws InputError for more than
     // 2^32 - 2 vertices.
@@ -28,7 +32,12 @@ class MeshBuilder {
     // The same for a vertex that is not merged with equal ones. Not to be mixed with addVertex.
     std::uint32_t addSeparateVertex(const BuilderVertex &vertex);
 
-    // Reserves memory for that many vertices and triangles in all.
+    // Merges all equal vertices, faster than addVertex does one by one. To be called after the last addSeparateVertex,
+    // and before the first addPolygon. Returns for each vertex, in the order in which they were added, its index in the
+    // mesh: that which addVertex would have returned.
+    std::vector<std::uint32_t> mergeVertices();
+
+    // Reserves memory for that many vertices and triangles in all, and for the padding of the points.
     void reserve(std::size_t vertices, std::size_t triangles);
 
     // Returns the material's number; the same one for the same name. Throws InputError for more than 65536 materials.
@@ -45,15 +54,18 @@ class MeshBuilder {
 
   private:
     void requireRoom() const;
-    bool equals(std::uint32_t number, const BuilderVertex &vertex) const;
+    bool equal(std::uint32_t a, std::uint32_t b) const;
     void append(const BuilderVertex &vertex);
-    void grow();
+    void moveVertex(std::size_t from, std::size_t to);
+    void resizeVertices(std::size_t count);
     void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint16_t material);
-    std::uint64_t hashOf(std::uint32_t number) const;
+    void numberTriangle(std::uint16_t material);
+    std::uint32_t hashOf(std::size_t vertex) const;
 
     Mesh mesh_;
     bool hasNormals_;
-    std::vector<std::uint32_t> table_;              // open addressing: vertex index + 1, or 0 for a free slot
+    bool storesPolygons_ = false, storesMaterials_ = false; // whether the mesh has the numbers of its triangles
+    VertexTable table_;
     std::vector<std::array<std::uint32_t, 3>> cut_; // the triangles of the polygon being added
 };
 

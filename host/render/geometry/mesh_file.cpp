@@ -11,10 +11,14 @@
 namespace velm::host {
 namespace {
 
-// Moves the elements of a vector, with room for some more, and frees what they were in. Much of a mesh's memory is in
-// these vectors, so that they are moved one by one.
+// Moves the elements of a vector, with room for some more, and frees what they were in, unless it can be taken over as
+// it is. Much of a mesh's memory is in these vectors, so that they are moved one by one.
 template <class Vector>
 void moveElements(Vector &from, Vector &to, std::size_t spare = 0) {
+    if (from.get_allocator() == to.get_allocator() && from.capacity() >= from.size() + spare) {
+        to = std::move(from);
+        return;
+    }
     to.reserve(from.size() + spare);
     to.assign(from.begin(), from.end());
     Vector(from.get_allocator()).swap(from);
@@ -27,6 +31,9 @@ class ReadBuffers {
         : points_(memory), triangles_(memory), normals_(memory), uvs_(memory), polygonNumbers_(memory),
           materialNumbers_(memory), firstOfPoint_(memory), uvNames_(memory), materials_(memory), warnings_(memory),
           areBesideMesh_(memory) {}
+
+    // The memory in which the buffers of the mesh should be.
+    std::pmr::memory_resource *memory() const { return points_.get_allocator().resource(); }
 
     void take(Mesh mesh) {
         moveElements(mesh.points, points_, 1); // padded as Mesh::padPoints does
@@ -131,13 +138,11 @@ void requireReadable(const std::string &file) {
     if (const auto reason = whyUnreadable(file)) throw InputError({.file = file}, "cannot read the mesh: " + *reason);
 }
 
-// The format of a file, which has passed the format's check.
-const MeshFormat &checkedFormatOf(const std::string &file) {
+const MeshFormat &requireFormatOf(const std::string &file) {
     const MeshFormat *format = meshFormatOf(file);
     if (!format)
         throw InputError({.file = file},
                          "cannot read the mesh: it has none of the formats that are read: " + meshFormats());
-    if (format->check) format->check(file);
     return *format;
 }
 
@@ -153,11 +158,11 @@ void addWarnings(const Losses &losses, Mesh &mesh) {
 Mesh readMesh(const std::string &file, const Transform &transform, std::optional<int> layer) {
     requireReadable(file);
     const auto read = readApart<ReadBuffers>(file, "the mesh", [&](ReadBuffers &buffers) {
-        const MeshFormat &format = checkedFormatOf(file);
+        const MeshFormat &format = requireFormatOf(file);
         if (!layer)
-            buffers.take(format.read(file, format, transform));
+            buffers.take(format.read(file, format, transform, buffers.memory()));
         else if (format.read == readObjectMesh)
-            buffers.take(readObjectLayer(file, transform, *layer));
+            buffers.take(readObjectLayer(file, transform, *layer, buffers.memory()));
         else
             throw InputError({.file = file}, "a file of this format has no layers");
     });
@@ -167,7 +172,7 @@ Mesh readMesh(const std::string &file, const Transform &transform, std::optional
 std::vector<std::string> filesOfMesh(const std::string &file) {
     requireReadable(file);
     const auto read = readApart<ReadNames>(file, "the mesh", [&](ReadNames &files) {
-        const MeshFormat &format = checkedFormatOf(file);
+        const MeshFormat &format = requireFormatOf(file);
         for (const std::string &name : format.files(file, format)) files.names.emplace_back(name);
     });
     return {read->names.begin(), read->names.end()};

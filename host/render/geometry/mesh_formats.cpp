@@ -92,12 +92,13 @@ struct Recogniser {
     bool (*recognises)(const FileEnds &file);
 };
 
-constexpr MeshFormat byAssimp(const char *name, const char *ending, void (*check)(const std::string &) = nullptr) {
-    return {.name = name, .ending = ending, .check = check, .read = readWithAssimp, .files = filesReadWithAssimp};
+constexpr MeshFormat byAssimp(const char *name, const char *ending) {
+    return {.name = name, .ending = ending, .read = readWithAssimp, .files = filesReadWithAssimp};
 }
 
-constexpr MeshFormat kObjects{
-    .name = "LWO", .ending = "lwo", .check = nullptr, .read = readObjectMesh, .files = filesOfObjectMesh};
+constexpr MeshFormat kObjects{.name = "LWO", .ending = "lwo", .read = readObjectMesh, .files = filesOfObjectMesh};
+constexpr MeshFormat kPly{.name = "PLY", .ending = "ply", .read = readPlyMesh, .files = filesOfPlainMesh};
+constexpr MeshFormat kStl{.name = "STL", .ending = "stl", .read = readStlMesh, .files = filesOfPlainMesh};
 
 // Formats with a signature come first.
 constexpr Recogniser kRecognisers[] = {
@@ -106,11 +107,11 @@ constexpr Recogniser kRecognisers[] = {
     {.format = byAssimp("FBX", "fbx"), .recognises = isFbx},
     {.format = byAssimp("GLB", "glb"), .recognises = isGlb},
     {.format = byAssimp("glTF", "gltf"), .recognises = isGltf},
-    {.format = byAssimp("PLY", "ply", requireWholePly), .recognises = isPly},
+    {.format = kPly, .recognises = isPly},
     {.format = byAssimp("DAE", "dae"), .recognises = isDae},
     {.format = byAssimp("3DS", "3ds"), .recognises = is3ds},
     {.format = byAssimp("OFF", "off"), .recognises = isOff},
-    {.format = byAssimp("STL", "stl"), .recognises = isStl},
+    {.format = kStl, .recognises = isStl},
     {.format = byAssimp("OBJ", "obj"), .recognises = isObj},
 };
 

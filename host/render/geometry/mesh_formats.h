@@ -5,7 +5,10 @@
 #include "host/object/losses.h"
 #include "host/render/geometry/mesh.h"
 
+#include <memory_resource>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velm::host {
@@ -13,11 +16,11 @@ namespace velm::host {
 struct MeshFormat {
     const char *name;
     const char *ending; // of the names of such files, by which assimp's importers for the format are found
-    void (*check)(const std::string &file); // throws InputError for what the importer would not survive; null: nothing
 
-    // Reads a file of the format. The buffers of the mesh have room for more than its elements. Throws InputError as
-    // readMesh does. To be called in a process of its own: see readApart.
-    Mesh (*read)(const std::string &file, const MeshFormat &format, const Transform &transform);
+    // Reads a file of the format. The buffers of the mesh are allocated from `memory`, and have room for more than its
+    // elements. Throws InputError as readMesh does. To be called in a process of its own: see readApart.
+    Mesh (*read)(const std::string &file, const MeshFormat &format, const Transform &transform,
+                 std::pmr::memory_resource *memory);
     // The names of all files that reading opens, the mesh file itself first. Throws as it does, and is to be called in
     // a process of its own, too.
     std::vector<std::string> (*files)(const std::string &file, const MeshFormat &format);
@@ -35,20 +38,36 @@ const MeshFormat *meshFormatOf(const FileEnds &ends);
 // All formats that are read, in the order of meshFormats. [any thread]
 std::vector<const MeshFormat *> allMeshFormats();
 
-// Throws InputError for a PLY file that ends too early.
-void requireWholePly(const std::string &file);
-
 // Adds what was left out of the file to the mesh's warnings.
 void addWarnings(const Losses &losses, Mesh &mesh);
 
 // MeshFormat::read and MeshFormat::files of the formats that assimp reads.
-Mesh readWithAssimp(const std::string &file, const MeshFormat &format, const Transform &transform);
+Mesh readWithAssimp(const std::string &file, const MeshFormat &format, const Transform &transform,
+                    std::pmr::memory_resource *memory = std::pmr::get_default_resource());
 std::vector<std::string> filesReadWithAssimp(const std::string &file, const MeshFormat &format);
 
 // The same of LightWave's objects: their visible layers. Points that the file has more than once are not joined, since
 // normals are only smoothed across common points. What is left out is in the mesh's warnings.
-Mesh readObjectMesh(const std::string &file, const MeshFormat &format, const Transform &transform);
-Mesh readObjectLayer(const std::string &file, const Transform &transform, int layer); // one layer, even if it is hidden
+Mesh readObjectMesh(const std::string &file, const MeshFormat &format, const Transform &transform,
+                    std::pmr::memory_resource *memory);
+// One layer, even if it is hidden.
+Mesh readObjectLayer(const std::string &file, const Transform &transform, int layer, std::pmr::memory_resource *memory);
 std::vector<std::string> filesOfObjectMesh(const std::string &file, const MeshFormat &format);
+
+// MeshFormat::read of PLY and STL files. What these readers do not know, such as the colours of vertices, is left to
+// assimp.
+Mesh readPlyMesh(const std::string &file, const MeshFormat &format, const Transform &transform,
+                 std::pmr::memory_resource *memory);
+Mesh readStlMesh(const std::string &file, const MeshFormat &format, const Transform &transform,
+                 std::pmr::memory_resource *memory);
+// MeshFormat::files of both.
+std::vector<std::string> filesOfPlainMesh(const std::string &file, const MeshFormat &format);
+
+// The meshes in the bytes of PLY and STL files; nothing if the file has something that is left to assimp. `file` is its
+// name, for errors. Throws InputError as readMesh does. Allocates in proportion to the size of the file. [any thread]
+std::optional<Mesh> plainPlyMesh(std::string_view bytes, const std::string &file, const Transform &transform,
+                                 std::pmr::memory_resource *memory = std::pmr::get_default_resource());
+std::optional<Mesh> plainStlMesh(std::string_view bytes, const std::string &file, const Transform &transform,
+                                 std::pmr::memory_resource *memory = std::pmr::get_default_resource());
 
 } // namespace velm::host

@@ -198,9 +198,9 @@ class LayerVertices {
 
 class ObjectMesh {
   public:
-    ObjectMesh(ObjectGeometry &geometry, const Transform &transform)
-        : geometry_(geometry), transform_(transform), maps_(geometry), builder_(maps_.names(), false),
-          materials_(geometry.tags.size() + 1, kNone) {}
+    ObjectMesh(ObjectGeometry &geometry, const Transform &transform, std::pmr::memory_resource *memory)
+        : geometry_(geometry), transform_(transform), maps_(geometry), builder_(maps_.names(), false, memory),
+          firstOfPoint_(memory), materials_(geometry.tags.size() + 1, kNone) {}
 
     Mesh build(const std::string &file) {
         noteLosses();
@@ -262,6 +262,7 @@ class ObjectMesh {
                                 [&](std::size_t i) { triangles += layer.ends[i] - layer.begin(i) - std::size_t{2}; });
         }
         builder_.reserve(points, triangles);
+        if (maps_.count() > 0) firstOfPoint_.reserve(points);
     }
 
     std::uint16_t materialOf(const ObjectLayer &layer, std::size_t polygon) {
@@ -292,18 +293,20 @@ class ObjectMesh {
 
 } // namespace
 
-Mesh readObjectMesh(const std::string &file, const MeshFormat &, const Transform &transform) {
+Mesh readObjectMesh(const std::string &file, const MeshFormat &, const Transform &transform,
+                    std::pmr::memory_resource *memory) {
     ObjectGeometry geometry = readObject(readFile(file), file);
-    return ObjectMesh(geometry, transform).build(file);
+    return ObjectMesh(geometry, transform, memory).build(file);
 }
 
-Mesh readObjectLayer(const std::string &file, const Transform &transform, int layer) {
+Mesh readObjectLayer(const std::string &file, const Transform &transform, int layer,
+                     std::pmr::memory_resource *memory) {
     ObjectGeometry geometry = readObject(readFile(file), file);
     std::erase_if(geometry.layers,
                   [layer](const ObjectLayer &one) { return one.number != static_cast<std::uint32_t>(layer); });
     if (geometry.layers.empty()) throw InputError({.file = file}, fmt::format("the object has no layer {}", layer));
     for (ObjectLayer &one : geometry.layers) one.flags &= ~ObjectLayer::kHidden;
-    return ObjectMesh(geometry, transform).build(file);
+    return ObjectMesh(geometry, transform, memory).build(file);
 }
 
 std::vector<std::string> filesOfObjectMesh(const std::string &file, const MeshFormat &) {

@@ -1,59 +1,239 @@
-// Checks PLY files before assimp reads them: it never returns from a header without an end.
+// Meshes from PLY files.
+#include "host/render/geometry/mesh_builder.h"
 #include "host/render/geometry/mesh_formats.h"
+#include "host/render/geometry/ply_values.h"
 
 #include "host/base/error.h"
+#include "host/base/names.h"
+#include "host/io/files.h"
 
-#include <cstdint>
+#include <algorithm>
+#include <array>
 #include <fmt/format.h>
-#include <fstream>
-#include <sstream>
-#include <string>
+#include <utility>
 
 namespace velm::host {
 namespace {
 
-// A text file line by line, with any line ends.
-class Lines {
-  public:
-    explicit Lines(const std::string &file) : stream_(file, std::ios::binary) {}
+[[noreturn]] void refusePly(const std::string &file, const std::string &why) {
+    throw InputError({.file = file}, "cannot read the mesh: " + why);
+}
 
-    // The next line, or false at the end.
-    bool next(std::string &line) {
-        if (!std::getline(stream_, line)) return false;
-        if (line.ends_with('\r')) line.pop_back();
-        return true;
+const PlyElement *verticesOf(const PlyHeader &header) { return header.find("vertex"); }
+const PlyElement *facesOf(const PlyHeader &header) { return header.find("face"); }
+
+// The numbers that are read of a vertex. The last slot is for all others.
+enum VertexSlot : std::size_t { xSlot, ySlot, zSlot, nxSlot, nySlot, nzSlot, uSlot, vSlot, otherSlot, slotCount };
+
+// The names that properties have, by slot. No property has an empty name.
+constexpr std::array<std::array<std::string_view, 4>, otherSlot> kSlotNames = {
+    {{"x"}, {"y"}, {"z"}, {"nx"}, {"ny"}, {"nz"}, {"u", "s", "tx", "texture_u"}, {"v", "t", "ty", "texture_v"}}};
+constexpr std::array<std::string_view, 2> kCornerLists = {"vertex_indices", "vertex_index"};
+constexpr std::array<std::string_view, 3> kColours = {"red", "r", "diffuse_red"};
+constexpr std::array<std::string_view, 2> kOfFacesElsewhere = {"texcoord", "material_index"};
+
+// Whether the vertices have all of these numbers.
+bool haveSlots(const PlyElement &vertices, std::initializer_list<VertexSlot> slots) {
+    return std::all_of(slots.begin(), slots.end(), [&](VertexSlot slot) {
+        const auto found = vertices.find(kSlotNames[slot]);
+        return found && !vertices.properties[*found].countType;
+    });
+}
+
+// Reads all elements. `Values` is one of the classes in ply_values.h.
+template <class Values>
+class PlyMesh {
+  public:
+    PlyMesh(const PlyHeader &header, Values values, const std::string &file, const Transform &transform,
+            std::pmr::memory_resource *memory)
+        : header_(header), values_(values), file_(file), transform_(transform), turns_(!transform.mirrors()),
+          hasNormals_(haveSlots(*verticesOf(header), {nxSlot, nySlot, nzSlot})),
+          hasUvs_(haveSlots(*verticesOf(header), {uSlot, vSlot})),
+          builder_(hasUvs_ ? std::vector<std::string>{"UV"} : std::vector<std::string>{}, hasNormals_, memory) {}
+
+    Mesh build() {
+        try {
+            readElements();
+        } catch (const PlyEndsEarly &) {
+            refusePly(file_, fmt::format("it ends too early: of {} {} after its header, {} are there", expected(),
+                                         Values::kUnit, elementsRead_));
+        } catch (const PlyBadWord &bad) {
+            refusePly(file_, fmt::format("line {}: {}", bad.line,
+                                         bad.word.empty() ? "a number is missing"
+                                                          : inQuotes(bad.word) + " is not the number expected"));
+        }
+        if (builder_.triangleCount() == 0) throw InputError({.file = file_}, "the mesh has no polygons");
+        return builder_.finish();
     }
 
   private:
-    std::ifstream stream_;
+    std::uint64_t expected() const {
+        std::uint64_t sum = 0;
+        for (const PlyElement &element : header_.elements) sum += element.properties.empty() ? 0 : element.count;
+        return sum;
+    }
+
+    void readElements() {
+        material_ = builder_.addMaterial("");
+        for (const PlyElement &element : header_.elements) {
+            if (element.properties.empty()) continue; // takes no space
+            if (&element == verticesOf(header_))
+                readVertices(element);
+            else if (&element == facesOf(header_))
+                readFaces(element);
+            else
+                forEach(element, [&] {
+                    for (const PlyProperty &property : element.properties) skip(property);
+                });
+        }
+    }
+
+    template <class Read>
+    void forEach(const PlyElement &element, const Read &read) {
+        for (std::uint64_t i = 0; i < element.count; ++i) {
+            values_.beginElement();
+            read();
+            ++elementsRead_;
+        }
+    }
+
+    std::int64_t countOf(const PlyProperty &list) {
+        const std::int64_t count = values_.integer(*list.countType);
+        if (count < 0) refusePly(file_, "a list has a negative length");
+        return count;
+    }
+
+    void skip(const PlyProperty &property) {
+        for (std::int64_t left = property.countType ? countOf(property) : 1; left > 0; --left)
+            values_.real(property.type);
+    }
+
+    static std::vector<VertexSlot> slotsOf(const PlyElement &vertices) {
+        std::vector<VertexSlot> slots(vertices.properties.size(), otherSlot);
+        for (std::size_t i = 0; i < kSlotNames.size(); ++i)
+            if (const auto found = vertices.find(kSlotNames[i])) slots[*found] = static_cast<VertexSlot>(i);
+        return slots;
+    }
+
+    void readVertices(const PlyElement &vertices) {
+        const std::uint64_t count = std::min(vertices.count, values_.mostOf(vertices)),
+                            triangles = std::min(2 * facesOf(header_)->count, values_.mostOf(*facesOf(header_)));
+        builder_.reserve(count, triangles);
+        const std::vector<VertexSlot> slots = slotsOf(vertices);
+        BuilderVertex vertex;
+        if (hasUvs_) vertex.uvs.resize(1);
+        std::array<float, slotCount> values{};
+        forEach(vertices, [&] {
+            for (std::size_t i = 0; i < slots.size(); ++i) {
+                const PlyProperty &property = vertices.properties[i];
+                if (property.countType)
+                    skip(property);
+                else
+                    values[slots[i]] = values_.real(property.type);
+            }
+            // Files have right-handed axes.
+            vertex.position = transform_.pointToWorld({values[xSlot], values[ySlot], -values[zSlot]});
+            if (hasNormals_)
+                vertex.normal =
+                    normalised(transform_.normalToWorld({values[nxSlot], values[nySlot], -values[nzSlot]}), {0, 0, 0});
+            if (hasUvs_) vertex.uvs[0] = {values[uSlot], values[vSlot]};
+            builder_.addSeparateVertex(vertex);
+        });
+        numbers_ = builder_.mergeVertices();
+    }
+
+    void readFaces(const PlyElement &faces) {
+        const std::size_t list = *faces.find(kCornerLists);
+        forEach(faces, [&] {
+            for (std::size_t i = 0; i < faces.properties.size(); ++i)
+                if (i == list)
+                    readCorners(faces.properties[i]);
+                else
+                    skip(faces.properties[i]);
+            if (corners_.size() < 3) return;
+            // The change to left-handed axes reverses every polygon, and so does a mirroring transform.
+            if (turns_) std::reverse(corners_.begin() + 1, corners_.end());
+            builder_.addPolygon(corners_, material_);
+        });
+    }
+
+    void readCorners(const PlyProperty &list) {
+        corners_.clear();
+        for (std::int64_t left = countOf(list); left > 0; --left) {
+            const auto vertex = static_cast<std::uint64_t>(values_.integer(list.type));
+            if (vertex >= numbers_.size())
+                throw InputError({.file = file_}, "a polygon of the mesh has a vertex that is not there");
+            corners_.push_back(numbers_[vertex]);
+        }
+    }
+
+    const PlyHeader &header_;
+    Values values_;
+    const std::string &file_;
+    const Transform &transform_;
+    const bool turns_, hasNormals_, hasUvs_;
+    MeshBuilder builder_;
+    std::uint16_t material_ = 0;
+    std::vector<std::uint32_t> numbers_; // by vertex of the file: that of the mesh
+    std::vector<std::uint32_t> corners_; // of one polygon
+    std::uint64_t elementsRead_ = 0;
 };
+
+// Whether the file has only what is read here.
+bool isPlain(const PlyHeader &header) {
+    const PlyElement *vertices = verticesOf(header), *faces = facesOf(header);
+    return vertices && faces && vertices < faces && !header.namesTexture && !header.find("material") &&
+           !header.find("tristrips") && !vertices->find(kColours) && !faces->find(kOfFacesElsewhere);
+}
+
+void requireMesh(const PlyHeader &header, const std::string &file) {
+    const PlyElement *vertices = verticesOf(header), *faces = facesOf(header);
+    if (!haveSlots(*vertices, {xSlot, ySlot, zSlot})) refusePly(file, "its vertices have no x, y and z");
+    const auto list = faces->find(kCornerLists);
+    if (!list || !faces->properties[*list].countType) refusePly(file, "its faces have no list \"vertex_indices\"");
+}
+
+// For the text form: assimp repeats the last line where lines are missing.
+void requireLines(std::string_view bytes, const PlyHeader &header, const std::string &file) {
+    if (header.encoding != PlyEncoding::text) return;
+    std::uint64_t wanted = 0, found = 0;
+    for (const PlyElement &element : header.elements) wanted += element.count;
+    for (std::string_view rest = bytes.substr(header.size); !rest.empty() && found < wanted;)
+        if (takeLine(rest).find_first_not_of(" \t") != std::string_view::npos) ++found;
+    if (found < wanted)
+        refusePly(file, fmt::format("it ends too early: of {} lines after its header, {} are there", wanted, found));
+}
 
 } // namespace
 
-// A PLY file begins with a header of text lines up to "end_header". In the text form, one line for each vertex and
-// polygon follows; for missing lines assimp repeats the last one.
-void requireWholePly(const std::string &file) {
-    const auto fail = [&file](const std::string &why) {
-        throw InputError({.file = file}, "cannot read the mesh: " + why);
+std::optional<Mesh> plainPlyMesh(std::string_view bytes, const std::string &file, const Transform &transform,
+                                 std::pmr::memory_resource *memory) {
+    const PlyHeader header = readPlyHeader(bytes, file);
+    if (!isPlain(header)) {
+        requireLines(bytes, header, file);
+        return std::nullopt;
+    }
+    requireMesh(header, file);
+    const std::string_view rest = bytes.substr(header.size);
+    const auto read = [&]<class Values>(Values values) {
+        return PlyMesh<Values>(header, values, file, transform, memory).build();
     };
-    Lines lines(file);
-    std::string line;
-    bool isText = false;
-    std::uint64_t expected = 0, found = 0;
-    do {
-        if (!lines.next(line)) fail("its header does not end; a line \"end_header\" is expected");
-        std::istringstream words(line); // such as "format ascii 1.0" and "element vertex 3"
-        std::string keyword, name;
-        std::uint64_t count = 0;
-        words >> keyword >> name >> count;
-        if (keyword == "format") isText = name == "ascii";
-        if (keyword == "element") expected += count;
-    } while (line != "end_header");
-    if (!isText) return;
-    while (found < expected && lines.next(line))
-        if (line.find_first_not_of(" \t") != std::string::npos) ++found;
-    if (found < expected)
-        fail(fmt::format("it ends too early: of {} lines after its header, {} are there", expected, found));
+    switch (header.encoding) {
+    case PlyEncoding::text: return read(TextPlyValues(rest, header.lines));
+    case PlyEncoding::littleEndian: return read(BinaryPlyValues<std::endian::little>(rest));
+    default: return read(BinaryPlyValues<std::endian::big>(rest));
+    }
+}
+
+Mesh readPlyMesh(const std::string &file, const MeshFormat &format, const Transform &transform,
+                 std::pmr::memory_resource *memory) {
+    std::optional<Mesh> mesh = plainPlyMesh(readFile(file), file, transform, memory);
+    return mesh ? std::move(*mesh) : readWithAssimp(file, format, transform, memory);
+}
+
+std::vector<std::string> filesOfPlainMesh(const std::string &file, const MeshFormat &format) {
+    format.read(file, format, Transform(), std::pmr::get_default_resource());
+    return {file};
 }
 
 } // namespace velm::host

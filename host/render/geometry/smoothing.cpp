@@ -1,5 +1,7 @@
 // Normals at the corners of triangles, smoothed up to an angle.
 #include "host/render/geometry/mesh.h"
+#include "host/render/geometry/parallel.h"
+#include "host/render/geometry/vertex_table.h"
 
 #include <algorithm>
 #include <bit>
@@ -16,18 +18,18 @@ std::vector<std::uint32_t> groupByPoint(const Mesh &mesh) {
     std::vector<std::uint32_t> group(count);
     std::iota(group.begin(), group.end(), 0u);
     if (mesh.uvMaps.empty()) return group; // vertices differ only in position
-    // Ordered by their bits, which works for NaNs too.
-    const auto bitsOf = [&](std::uint32_t vertex) {
-        return std::bit_cast<std::array<std::uint32_t, 3>>(mesh.points[vertex]);
+    const auto equal = [&mesh](std::uint32_t a, std::uint32_t b) {
+        using Bits = std::array<std::uint32_t, 3>; // compared for NaNs, too
+        return std::bit_cast<Bits>(mesh.points[a]) == std::bit_cast<Bits>(mesh.points[b]);
     };
-    const auto before = [&](std::uint32_t a, std::uint32_t b) {
-        const auto pointA = bitsOf(a), pointB = bitsOf(b);
-        return pointA != pointB ? pointA < pointB : a < b;
-    };
-    std::vector<std::uint32_t> order = group;
-    std::sort(order.begin(), order.end(), before);
-    for (std::size_t i = 1; i < count; ++i)
-        if (bitsOf(order[i]) == bitsOf(order[i - 1])) group[order[i]] = group[order[i - 1]];
+    VertexTable table;
+    table.reserve(count);
+    for (std::uint32_t vertex = 0; vertex < count; ++vertex) {
+        std::uint64_t hash = 0;
+        for (const float value : mesh.points[vertex].position) hash = mixIn(hash, value);
+        group[vertex] =
+            table.findOrAdd(endOfHash(hash), vertex, [&](std::uint32_t other) { return equal(other, vertex); });
+    }
     return group;
 }
 
@@ -74,15 +76,23 @@ Facet facetAt(const Mesh &mesh, std::size_t corner) {
             .material = mesh.materialNumber(number)};
 }
 
-// Computes the normals of the corners at one point at a time.
+// Computes the normals of the corners at one point at a time. Several of them work on the same mesh, on different
+// points: each stores the normals of its vertices, and collects the vertices that have to be split.
 class CornerSmoother {
   public:
-    CornerSmoother(Mesh &mesh, const std::vector<double> &smoothingAngles) : mesh_(mesh) {
-        for (const double degrees : smoothingAngles) {
-            // A little more than the angle, so that triangles inclined by exactly that angle are smoothed.
-            cosines_.push_back(std::cos(std::min(degrees + 1e-4, 180.0) * std::numbers::pi / 180));
-        }
-    }
+    // A vertex to be added: that it is split from, and the normal that it has instead.
+    struct Split {
+        std::uint32_t original;
+        std::array<float, 3> normal;
+    };
+    // A corner that gets the vertex of a split.
+    struct Move {
+        std::size_t corner, split;
+    };
+
+    // `normals` are those of the mesh, by vertex.
+    CornerSmoother(const Mesh &mesh, const std::vector<double> &cosines, std::array<float, 3> *normals)
+        : mesh_(mesh), cosines_(cosines), normals_(normals) {}
 
     void smooth(const std::size_t *begin, const std::size_t *end) {
         facets_.clear();
@@ -94,10 +104,16 @@ class CornerSmoother {
         for (const Facet &facet : facets_) assign(facet, normalised(alike ? shared : meanAbout(facet), facet.normal));
     }
 
+    // What there is to be done once all points are smoothed, in this order.
+    std::vector<Split> splits;
+    std::vector<Move> moves;
+
   private:
-    // A normal that corners at a vertex share, and the vertex that holds it: the original or a duplicate.
+    static constexpr std::size_t kOriginal = ~std::size_t{0};
+    // A normal that corners at a vertex share, and the vertex that has it: the original or that of a split.
     struct Variant {
-        std::uint32_t original, number;
+        std::uint32_t original;
+        std::size_t split; // or kOriginal
         std::array<float, 3> normal;
     };
 
@@ -125,19 +141,23 @@ class CornerSmoother {
     void assign(const Facet &facet, const Vec3 &normal) {
         const std::array<float, 3> narrow = {static_cast<float>(normal.x), static_cast<float>(normal.y),
                                              static_cast<float>(normal.z)};
-        std::uint32_t &corner = mesh_.triangles[facet.triangle].corners[facet.corner];
+        const std::uint32_t original = mesh_.triangles[facet.triangle].corners[facet.corner];
+        const std::size_t corner = 3 * facet.triangle + facet.corner;
         bool known = false;
         for (const Variant &variant : variants_) {
-            if (variant.original != corner) continue;
+            if (variant.original != original) continue;
             known = true;
             if (!close(variant.normal, narrow)) continue;
-            corner = variant.number;
+            if (variant.split != kOriginal) moves.push_back({.corner = corner, .split = variant.split});
             return;
         }
-        const std::uint32_t original = corner;
-        if (known) corner = duplicate(original);
-        mesh_.normals[corner] = narrow;
-        variants_.push_back({.original = original, .number = corner, .normal = narrow});
+        if (known) {
+            moves.push_back({.corner = corner, .split = splits.size()});
+            splits.push_back({.original = original, .normal = narrow});
+        } else {
+            normals_[original] = narrow;
+        }
+        variants_.push_back({.original = original, .split = known ? splits.size() - 1 : kOriginal, .normal = narrow});
     }
 
     // The same mean differs by rounding errors when it is summed in another order.
@@ -146,20 +166,43 @@ class CornerSmoother {
         return std::abs(a[0] - b[0]) + std::abs(a[1] - b[1]) + std::abs(a[2] - b[2]) < kClose;
     }
 
-    std::uint32_t duplicate(std::uint32_t vertex) {
-        const auto number = static_cast<std::uint32_t>(mesh_.points.size());
-        mesh_.splitFrom.push_back(vertex);
-        mesh_.points.push_back(HostPoint(mesh_.points[vertex]));
-        mesh_.normals.emplace_back();
-        for (UvMap &map : mesh_.uvMaps) map.values.push_back(std::array<float, 2>(map.values[vertex]));
-        return number;
-    }
-
-    Mesh &mesh_;
-    std::vector<double> cosines_;
+    const Mesh &mesh_;
+    const std::vector<double> &cosines_;
+    std::array<float, 3> *normals_;
     std::vector<Facet> facets_;
     std::vector<Variant> variants_;
 };
+
+// By material, the cosine of its smoothing angle.
+std::vector<double> cosinesOf(const std::vector<double> &smoothingAngles) {
+    std::vector<double> cosines;
+    for (const double degrees : smoothingAngles) {
+        // A little more than the angle, so that triangles inclined by exactly that angle are smoothed.
+        cosines.push_back(std::cos(std::min(degrees + 1e-4, 180.0) * std::numbers::pi / 180));
+    }
+    return cosines;
+}
+
+// Adds the vertices that the smoothers, one after the other, want to be split.
+void splitVertices(Mesh &mesh, const std::vector<CornerSmoother> &smoothers) {
+    std::size_t count = mesh.points.size();
+    for (const CornerSmoother &smoother : smoothers) count += smoother.splits.size();
+    mesh.points.reserve(count + 1);
+    mesh.normals.reserve(count);
+    mesh.splitFrom.reserve(count - mesh.points.size());
+    for (UvMap &map : mesh.uvMaps) map.values.reserve(count);
+    for (const CornerSmoother &smoother : smoothers) {
+        const std::size_t first = mesh.points.size();
+        for (const CornerSmoother::Split &split : smoother.splits) {
+            mesh.splitFrom.push_back(split.original);
+            mesh.points.push_back(mesh.points[split.original]);
+            mesh.normals.push_back(split.normal);
+            for (UvMap &map : mesh.uvMaps) map.values.push_back(map.values[split.original]);
+        }
+        for (const CornerSmoother::Move &move : smoother.moves)
+            mesh.triangles[move.corner / 3].corners[move.corner % 3] = static_cast<std::uint32_t>(first + move.split);
+    }
+}
 
 // Undoes smoothNormals: joins split vertices again and drops the normals.
 void removeNormals(Mesh &mesh) {
@@ -185,11 +228,16 @@ void smoothNormals(Mesh &mesh, const std::vector<double> &smoothingAngles) {
     const std::vector<std::uint32_t> group = groupByPoint(mesh);
     const CornerLists lists = cornersByGroup(mesh, group);
     mesh.normals.resize(mesh.points.size());
-    CornerSmoother smoother(mesh, smoothingAngles);
-    for (std::size_t i = 0; i + 1 < lists.starts.size(); ++i) {
-        const std::size_t begin = lists.starts[i], end = lists.starts[i + 1];
-        if (begin != end) smoother.smooth(lists.corners.data() + begin, lists.corners.data() + end);
-    }
+    const std::vector<double> cosines = cosinesOf(smoothingAngles);
+    const std::size_t groups = lists.starts.size() - 1;
+    std::vector<CornerSmoother> smoothers(rangeCount(groups), CornerSmoother(mesh, cosines, mesh.normals.data()));
+    forRanges(groups, [&](std::size_t range, std::size_t first, std::size_t last) {
+        for (std::size_t i = first; i < last; ++i) {
+            const std::size_t begin = lists.starts[i], end = lists.starts[i + 1];
+            if (begin != end) smoothers[range].smooth(lists.corners.data() + begin, lists.corners.data() + end);
+        }
+    });
+    splitVertices(mesh, smoothers);
     mesh.padPoints();
 }
 
