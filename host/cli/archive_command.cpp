@@ -111,8 +111,8 @@ int run(const ProgramOptions &, const ArchiveOptions &options, std::ostream &out
     const fs::path directory = checkedDirectory(options.directory);
     Warnings warnings = printedWarnings(err, options.strict);
     MeshCache meshes;
-    const SceneDescription scene =
-        completeFile(openFile({.file = options.scene, .path = searchPath(options.data)}), meshes, warnings);
+    const SceneDescription scene = completeFile(
+        openFile({.file = options.scene, .path = searchPath(options.data), .meshes = &meshes}), meshes, warnings);
     const ArchiveLayout layout(filesOfScene(scene, warnings), warnings);
     UnfinishedDirectory unfinished(directory);
     for (const ArchiveLayout::Entry &entry : layout.entries()) {

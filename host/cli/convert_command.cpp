@@ -60,7 +60,7 @@ int run(const ProgramOptions &, const ConvertOptions &options, std::ostream &out
         throw UsageError(fmt::format("cannot write \"{}\": the name of a scene file ends in .json", options.output));
     Warnings warnings = printedWarnings(err, options.strict);
     MeshCache meshes;
-    const OpenedFile opened = openCompletable(options);
+    const OpenedFile opened = openCompletable(options, meshes);
     refuseToReplaceFilesOf(opened.scene, options.output);
     const SceneDescription scene = completeFile(opened, meshes, warnings);
     if (const std::string note = additionsNote(opened, scene); !note.empty()) err << "velm: note: " << note << '\n';

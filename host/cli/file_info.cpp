@@ -74,13 +74,14 @@ class SavedNetworks {
 FileInfo infoOf(const std::string &file, const SearchPath &path, ServerList &servers) {
     FileInfo info;
     info.reader = &readerOf(file);
+    MeshCache meshes;
     info.scene = info.reader->read({.reader = *info.reader,
                                     .file = file,
                                     .path = path,
                                     .overrides = {},
                                     .cameras = Cameras::optional,
-                                    .warnings = info.warnings});
-    MeshCache meshes;
+                                    .warnings = info.warnings,
+                                    .meshes = meshes});
     if (!info.scene.objects.empty()) info.bounds = boundsOf(info.scene, meshes);
     const ScenePose pose = poseAt(info.scene, startTime(info.scene.render));
     for (std::size_t i = 0; i < info.scene.objects.size(); ++i) {

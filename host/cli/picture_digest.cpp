@@ -1,6 +1,7 @@
 #include "host/cli/picture_digest.h"
 
 #include "host/image/picture.h"
+#include "host/io/embedded_images.h"
 
 #include <fmt/format.h>
 #include <unordered_set>
@@ -18,7 +19,7 @@ void addFiles(const SceneDescription &scene, Digest &digest) {
     };
     for (const ObjectDescription &object : scene.objects)
         if (const auto *mesh = std::get_if<MeshFile>(&object.shape)) add(mesh->file);
-    for (const ImageDescription &image : scene.images) add(image.file);
+    for (const ImageDescription &image : scene.images) add(fileToOpen(image.file));
     if (!scene.surfaceFile.empty()) add(scene.surfaceFile);
 }
 

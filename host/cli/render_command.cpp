@@ -251,11 +251,10 @@ void tellAdditions(const OpenedFile &opened, const SceneDescription &completed, 
 
 // Builds the scene and renders it; false when it was stopped.
 bool renderScene(const ProgramOptions &program, const RenderOptions &options, RenderPlan plan, const OpenedFile &opened,
-                 const PictureDigest &digest, Reporting &reporting) {
+                 const PictureDigest &digest, MeshCache &meshes, Reporting &reporting) {
     const ListedModule module(program.module);
     std::optional<Session> session;
     withOverrides(options, [&] {
-        MeshCache meshes;
         session.emplace(completeFile(opened, meshes, reporting.warnings), reporting.warnings, &meshes);
     });
     plan.job.camera = session->scene().render.camera;
@@ -291,7 +290,8 @@ int endStopped(const RenderOptions &options, Reporting &reporting) {
 
 int run(const ProgramOptions &program, const RenderOptions &options, std::ostream &out, std::ostream &err) {
     Reporting reporting(program, options, out, err);
-    OpenedFile opened = openScene(options);
+    MeshCache meshes;
+    OpenedFile opened = openScene(options, meshes);
     const SceneDescription &scene = opened.scene;
     applyOptions(options, opened.scene.render);
     RenderPlan plan = makePlan(scene, options);
@@ -303,7 +303,7 @@ int run(const ProgramOptions &program, const RenderOptions &options, std::ostrea
     reporting.log.add(LogLevel::info, fmt::format("velm " VELM_VERSION ": velm {}", fmt::join(program.words, " ")));
     const PictureDigest digest(plan.names(plan.frames.front()), scene, options, plan.job, program.module);
     if (options.skipExisting) skipExisting(plan, digest, reporting);
-    const bool complete = plan.frames.empty() || renderScene(program, options, plan, opened, digest, reporting);
+    const bool complete = plan.frames.empty() || renderScene(program, options, plan, opened, digest, meshes, reporting);
     reporting.sumUpWarnings();
     if (!complete) return endStopped(options, reporting);
     reporting.log.add(LogLevel::info, fmt::format("done: frames written: {}, not rendered: {}; peak memory {:.1f} MiB",

@@ -1,5 +1,7 @@
 #include "host/cli/scene_archive.h"
 
+#include "host/io/embedded_images.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
@@ -77,7 +79,10 @@ SceneDescription archivedScene(SceneDescription scene, const ArchiveLayout &layo
     for (ImageDescription &image : scene.images) {
         move(image.objectFile);
         if (!image.notFound.empty()) continue;
-        move(image.file);
+        std::string file = fileToOpen(image.file);
+        const std::string inside = image.file.substr(file.size()); // the image's name in that file; may be empty
+        move(file);
+        image.file = file + inside;
         image.objectFile.clear(); // so that the scene names it
     }
     move(scene.surfaceFile);

@@ -1,5 +1,6 @@
 #include "host/cli/scene_files.h"
 
+#include "host/io/embedded_images.h"
 #include "host/render/geometry/mesh.h"
 
 #include <algorithm>
@@ -27,8 +28,8 @@ std::vector<SceneFile> filesOfScene(const SceneDescription &scene, Warnings &war
                           .path = pathTo(pathTo("images", image.name), "file"),
                           .brief = "no image " + image.name,
                           .message = image.notFound});
-        else if (!isListed(image.file))
-            files.push_back({.kind = SceneFile::Kind::image, .file = image.file, .others = {}});
+        else if (const std::string file = fileToOpen(image.file); !isListed(file))
+            files.push_back({.kind = SceneFile::Kind::image, .file = file, .others = {}});
     }
     return files;
 }

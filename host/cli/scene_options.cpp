@@ -101,20 +101,22 @@ void withOverrides(const SceneOptions &options, const std::function<void()> &wor
     }
 }
 
-OpenedFile openCompletable(const CompletionOptions &options, std::span<const SceneOverride> overrides) {
+OpenedFile openCompletable(const CompletionOptions &options, MeshCache &meshes,
+                           std::span<const SceneOverride> overrides) {
     OpenedFile opened = openFile({.file = options.scene,
                                   .path = searchPath(options.data),
                                   .overrides = overrides,
                                   .view = options.view,
                                   .rig = options.rig,
-                                  .workflow = options.workflow});
+                                  .workflow = options.workflow,
+                                  .meshes = &meshes});
     selectCamera(options.camera, opened.scene);
     return opened;
 }
 
-OpenedFile openScene(const SceneOptions &options) {
+OpenedFile openScene(const SceneOptions &options, MeshCache &meshes) {
     OpenedFile opened;
-    withOverrides(options, [&] { opened = openCompletable(options, options.overrides); });
+    withOverrides(options, [&] { opened = openCompletable(options, meshes, options.overrides); });
     return opened;
 }
 

@@ -32,11 +32,13 @@ void declareCompletion(CLI::App &command, CompletionOptions &options);
 // FILE, --data, --set, and those of declareCompletion.
 void declareSceneOptions(CLI::App &command, SceneOptions &options);
 
-// Opens the file with the values that the options replace. InputError for the file, UsageError for the options.
-OpenedFile openCompletable(const CompletionOptions &options, std::span<const SceneOverride> overrides = {});
+// Opens the file with the values that the options replace. `meshes` takes the mesh of a mesh file. InputError for the
+// file, UsageError for the options.
+OpenedFile openCompletable(const CompletionOptions &options, MeshCache &meshes,
+                           std::span<const SceneOverride> overrides = {});
 // The same with the values of --set, except for settings of nodes and surfaces: see overrideSettings. UsageError for a
 // value of --set that is wrong.
-OpenedFile openScene(const SceneOptions &options);
+OpenedFile openScene(const SceneOptions &options, MeshCache &meshes);
 
 // A line that says what was added to the completed scene because the file does not bring it; empty for scenes.
 std::string additionsNote(const OpenedFile &opened, const SceneDescription &completed);

@@ -3,6 +3,7 @@
 #include "host/base/error.h"
 #include "host/image/image_formats.h"
 #include "host/image/metadata_headers.h"
+#include "host/io/embedded_images.h"
 #include "host/io/files.h"
 #include "host/io/reader_process.h"
 
@@ -83,7 +84,7 @@ int FilePixels::find(const std::string &name) const {
 }
 
 FilePixels readFilePixels(const std::string &file) {
-    if (const auto reason = whyUnreadable(file)) failToRead(file, *reason);
+    if (const auto reason = whyUnreadable(fileToOpen(file))) failToRead(file, *reason);
     setUpImageLibrary(); // once for all the processes
     const auto read = readApart<ReadValues>(file, "the image",
                                             [&](ReadValues &values) { readOpened(*openImage(file), file, values); });

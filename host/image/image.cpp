@@ -5,6 +5,7 @@
 #include "host/base/error.h"
 #include "host/image/image_formats.h"
 #include "host/image/transfer.h"
+#include "host/io/embedded_images.h"
 #include "host/io/files.h"
 #include "host/io/reader_process.h"
 
@@ -211,7 +212,7 @@ void readOpened(OIIO::ImageInput &input, const std::string &file, Workflow workf
 } // namespace
 
 std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name, Workflow workflow) {
-    if (const auto reason = whyUnreadable(file)) failToRead(file, *reason);
+    if (const auto reason = whyUnreadable(fileToOpen(file))) failToRead(file, *reason);
     setUpImageLibrary(); // once for all the processes
     const auto read = readApart<ReadPixels>(
         file, "the image", [&](ReadPixels &pixels) { readOpened(*openImage(file), file, workflow, pixels); });

@@ -1,14 +1,19 @@
 #include "host/image/image_formats.h"
 
 #include "host/base/error.h"
+#include "host/io/embedded_images.h"
 #include "host/io/file_ends.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <optional>
 #include <string_view>
+#include <sys/mman.h>
 #include <thread>
+#include <unistd.h>
 
 namespace velm::host {
 
@@ -80,6 +85,31 @@ class HiddenVariable {
     std::optional<std::string> value_;
 };
 
+// Writes the image inside of a file to a file without a name, and returns a path to it. The library reads the image
+// from there, with any of its readers. The file lives as long as this process.
+std::string extracted(const EmbeddedImage &image, const std::string &name) {
+    const auto fail = [&name](const std::string &why) {
+        throw InputError({.file = name}, "cannot read the image: " + why);
+    };
+    const std::vector<std::string> images = readEmbeddedImages(image.file);
+    if (image.index >= images.size() || images[image.index].empty()) fail("there is no such image inside of the file");
+    std::string_view rest = images[image.index];
+    const int file = memfd_create("image", MFD_CLOEXEC);
+    if (file < 0) fail(std::strerror(errno));
+    while (!rest.empty()) {
+        const ssize_t count = write(file, rest.data(), rest.size());
+        if (count <= 0) fail(std::strerror(errno));
+        rest.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return "/proc/self/fd/" + std::to_string(file);
+}
+
+// The path by which the library opens an image.
+std::string pathOf(const std::string &name) {
+    const auto image = embeddedImage(name);
+    return image && fileToOpen(name) == image->file ? extracted(*image, name) : name;
+}
+
 } // namespace
 
 std::string imageFormats() {
@@ -93,7 +123,8 @@ std::unique_ptr<OIIO::ImageInput> openImage(const std::string &file) {
     const auto fail = [&file](const std::string &why) {
         throw InputError({.file = file}, "cannot read the image: " + why);
     };
-    const FileEnds ends = readFileEnds(file);
+    const std::string path = pathOf(file);
+    const FileEnds ends = readFileEnds(path);
     if (ends.size == 0) fail("it is empty");
     const auto *const format = std::find_if(std::begin(kImageFormats), std::end(kImageFormats),
                                             [&](const ImageFormat &one) { return one.recognises(ends); });
@@ -103,7 +134,7 @@ std::unique_ptr<OIIO::ImageInput> openImage(const std::string &file) {
     OIIO::attribute("exr_threads", static_cast<int>(std::thread::hardware_concurrency()));
     OIIO::ImageSpec found, wishes;
     wishes.attribute("oiio:UnassociatedAlpha", 1);
-    if (!input->open(file, found, wishes)) fail(input->geterror());
+    if (!input->open(path, found, wishes)) fail(input->geterror());
     return input;
 }
 

@@ -11,10 +11,10 @@ namespace velm::host {
 // The names of the formats, in one line: "PNG, JPEG, ...".
 std::string imageFormats();
 
-// Opens an image by the reader of the format that its contents have, whatever the file is called. Colours that the file
-// does not multiply by alpha stay so. Throws InputError, which begins with "cannot read the image: ", for a file that
-// cannot be opened, and for one of another format, with the list of formats.
-// To be called in a process of its own: see readApart.
+// Opens an image by the reader of the format that its contents have, whatever the file is called; `file` may also name
+// an image inside of a file (see embedded_images.h). Colours that the file does not multiply by alpha stay so. Throws
+// InputError, which begins with "cannot read the image: ", for a file that cannot be opened, and for one of another
+// format, with the list of formats. To be called in a process of its own: see readApart.
 std::unique_ptr<OIIO::ImageInput> openImage(const std::string &file);
 
 // Sets OpenImageIO up: without readers and writers from other files, which environment variables may name, and without

@@ -6,10 +6,6 @@ namespace velm::host {
 namespace {
 
 constexpr LossWording<Loss> kWordings[] = {
-    {.kind = Loss::material,
-     .brief = "materials",
-     .one = "a material is not read",
-     .many = "{} materials are not read"},
     {.kind = Loss::texture, .brief = "textures", .one = "a texture is not read", .many = "{} textures are not read"},
     {.kind = Loss::colourMap,
      .brief = "vertex colours",

@@ -12,8 +12,7 @@ namespace velm::host {
 
 enum class Loss {
     // What a mesh file holds besides the mesh:
-    material,
-    texture,
+    texture,   // of a material
     colourMap, // colours of vertices
     bone,
     morphTarget,

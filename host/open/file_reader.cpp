@@ -2,7 +2,9 @@
 
 #include "host/base/error.h"
 #include "host/lws/scene_record.h"
+#include "host/open/material_surfaces.h"
 #include "host/render/geometry/mesh_formats.h"
+#include "host/render/motion/pose.h"
 #include "host/scene/lws_scene.h"
 #include "host/scene/own_surfaces.h"
 
@@ -29,7 +31,7 @@ SceneDescription readJson(const ReadRequest &request) {
 }
 
 // A scene of one object, without cameras, lights and surfaces.
-SceneDescription readMeshFile(const ReadRequest &request) {
+SceneDescription readBareObject(const ReadRequest &request) {
     SceneDescription scene;
     scene.file = request.file;
     scene.name = std::filesystem::path(request.file).stem().string();
@@ -42,8 +44,16 @@ SceneDescription readMeshFile(const ReadRequest &request) {
     return scene;
 }
 
+SceneDescription readMeshFile(const ReadRequest &request) {
+    SceneDescription scene = readBareObject(request);
+    ObjectDescription &object = scene.objects.front();
+    const Mesh &mesh = request.meshes.get(object.shape, poseAt(scene, startTime(scene.render)).ofMesh(0));
+    addMaterialSurfaces(mesh, request.path, object, scene);
+    return scene;
+}
+
 SceneDescription readObjectFile(const ReadRequest &request) {
-    SceneDescription scene = readMeshFile(request);
+    SceneDescription scene = readBareObject(request);
     addOwnSurfaces(request.path, scene);
     return scene;
 }

@@ -3,7 +3,7 @@
 
 #include "host/base/warnings.h"
 #include "host/io/file_ends.h"
-#include "host/render/geometry/mesh.h"
+#include "host/render/geometry/mesh_cache.h"
 #include "host/scene/format/description.h"
 #include "host/scene/format/search_path.h"
 #include "host/scene/overrides.h"
@@ -26,6 +26,7 @@ struct ReadRequest {
     std::span<const SceneOverride> overrides; // see readScene
     Cameras cameras = Cameras::required;      // of scenes
     std::vector<Warning> &warnings;           // warnings of what the reader leaves out of the file are added here
+    MeshCache &meshes;                        // takes the mesh where it is read for its materials
 };
 
 // A kind of file.

@@ -69,14 +69,19 @@ std::string addSurface(SceneDescription &scene, const std::string &wanted, const
 
 std::string addNeutralSurface(SceneDescription &scene) { return addSurface(scene, "Neutral", {0.6, 0.6, 0.6}); }
 
-// Gives objects without surfaces a neutral one.
-void coverObjects(SceneDescription &scene) {
+// Gives objects that have no surface for some material, and whose file has none for it either, a neutral one. Returns
+// its name; empty if none was needed.
+std::string coverObjects(SceneDescription &scene) {
     std::string neutral;
     for (ObjectDescription &object : scene.objects) {
-        if (!object.surfaces.empty()) continue;
+        if (std::ranges::count(object.surfaces, "", &SurfaceUse::material) > 0 ||
+            std::ranges::count(object.surfaces, true, &SurfaceUse::fromObject) > 0)
+            continue;
         if (neutral.empty()) neutral = addNeutralSurface(scene);
-        object.surfaces.push_back({.material = "", .surface = neutral, .location = object.location});
+        object.surfaces.insert(object.surfaces.begin(),
+                               {.material = "", .surface = neutral, .location = object.location});
     }
+    return neutral;
 }
 
 // Gives the materials of a mesh that have no surface a neutral one, where others have their own.
@@ -219,15 +224,17 @@ const char *nameOf(View view) {
 
 OpenedFile openFile(const OpenRequest &request) {
     const FileReader &reader = readerOf(request.file);
+    MeshCache ownMeshes;
     OpenedFile opened{.scene = {}, .reader = &reader, .view = request.view, .rig = request.rig};
     opened.scene = reader.read({.reader = reader,
                                 .file = request.file,
                                 .path = request.path,
                                 .overrides = request.overrides,
                                 .cameras = request.view ? Cameras::optional : Cameras::required,
-                                .warnings = opened.warnings});
+                                .warnings = opened.warnings,
+                                .meshes = request.meshes ? *request.meshes : ownMeshes});
     if (reader.workflow) opened.scene.render.workflow = *reader.workflow;
-    if (!reader.isComplete) coverObjects(opened.scene);
+    if (!reader.isComplete) opened.neutral = coverObjects(opened.scene);
     if (!reader.isComplete && !request.overrides.empty()) opened.scene = withOverrides(opened.scene, request);
     if (request.workflow) opened.scene.render.workflow = *request.workflow;
     if (reader.isComplete) return opened;
@@ -263,10 +270,13 @@ std::string additionsText(const OpenedFile &opened, const SceneDescription &comp
     if (opened.rig == Rig::outdoor) add("the sun and a sky (outdoor)");
     if (completed.objects.size() > opened.scene.objects.size()) add("a ground");
     if (opened.rig && !opened.reader->isScene) add("a backdrop");
+    const auto isNeutral = [&opened](const SurfaceUse &use) {
+        return use.surface == opened.neutral ||
+               std::ranges::count(opened.scene.surfaces, use.surface, &SurfaceDescription::name) == 0;
+    };
     const auto objects = std::span(completed.objects).first(opened.scene.objects.size());
-    if (std::ranges::any_of(objects, [](const ObjectDescription &object) {
-            return std::ranges::count(object.surfaces, false, &SurfaceUse::fromObject) > 0;
-        }))
+    if (std::ranges::any_of(
+            objects, [&](const ObjectDescription &object) { return std::ranges::any_of(object.surfaces, isNeutral); }))
         add("a neutral surface");
     return text;
 }

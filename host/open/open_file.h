@@ -21,6 +21,7 @@ struct OpenRequest {
     std::optional<View> view{};                 // a camera that frames the scene from there
     std::optional<Rig> rig{};                   // replaces the lights
     std::optional<Workflow> workflow{};         // replaces that of the scene or of the kind of file
+    MeshCache *meshes = nullptr;                // takes a mesh file's mesh, which has the materials; null: it is freed
 };
 
 // A file as it was read, and what is still to be added to it.
@@ -30,11 +31,12 @@ struct OpenedFile {
     std::optional<View> view;           // of a camera to be added
     std::optional<Rig> rig;             // that replaces the lights
     std::vector<Warning> warnings{};    // of what the reader left out of the file
+    std::string neutral{};              // the surface that was added for objects without one; empty: none was
 };
 
-// Reads a file, but not its meshes. A scene (JSON) gets what the request asks for. Any other file also gets a
-// camera from a three-quarter view and the studio rig if it has no camera or no lights. InputError with the source
-// location. [any thread]
+// Reads a file, but not the meshes that it names; a mesh file brings its materials as surfaces. A scene (JSON) gets
+// what the request asks for. Any other file also gets a camera from a three-quarter view and the studio rig if it has
+// no camera or no lights. InputError with the source location. [interface thread]
 OpenedFile openFile(const OpenRequest &request);
 
 // The scene with all that is to be added: a camera for pictures of the scene's size, lights, a surface for polygons

@@ -1,6 +1,7 @@
 // The geometry of one object, in world space. Embree reads its buffers directly.
 #pragma once
 
+#include "host/object/mesh_material.h"
 #include "host/render/geometry/transform.h"
 #include "host/scene/format/description.h"
 #include "module/host.h"
@@ -51,6 +52,7 @@ struct Mesh {
     std::pmr::vector<std::uint32_t> polygonNumbers;  // by triangle; empty: every triangle is a polygon
     std::pmr::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
     std::vector<std::string> materials;              // names
+    std::vector<MeshMaterial> materialValues;        // of those materials that the file describes, by name
     std::uint32_t polygonCount = 0;                  // before polygons were cut into triangles
 
     // By vertex, the first vertex of the same point of the file: vertices of one point differ only in UV coordinates.

@@ -1,6 +1,8 @@
 // Reads mesh files with assimp.
 #include "host/render/geometry/mesh_builder.h"
 #include "host/render/geometry/mesh_formats.h"
+#include "host/render/geometry/mesh_materials.h"
+#include "host/render/geometry/texture_placing.h"
 
 #include "host/base/error.h"
 #include "host/base/names.h"
@@ -65,6 +67,10 @@ void keepImporters(Assimp::Importer &importer, const MeshFormat &format) {
     }
 }
 
+bool isGltfFormat(const MeshFormat &format) {
+    return format.ending == std::string_view("gltf") || format.ending == std::string_view("glb");
+}
+
 bool hasPolygons(const aiMesh &mesh) {
     return std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
                        [](const aiFace &face) { return face.mNumIndices > 2; });
@@ -88,32 +94,17 @@ void addNamed(Loss kind, Thing *const *things, unsigned count, Losses &losses) {
     if (count > 0) losses.add(kind, nameOrNumber(things[0]->mName, 0), count);
 }
 
-// Adds the materials that polygons have, without those that the importer makes up for files that have none.
-void addMaterials(const aiScene &scene, const std::vector<bool> &used, Losses &losses) {
-    for (unsigned i = 0; i < scene.mNumMaterials; ++i) {
-        const std::string name = scene.mMaterials[i]->GetName().C_Str();
-        if (!used[i] || name.empty() || name == AI_DEFAULT_MATERIAL_NAME) continue;
-        losses.add(Loss::material, inQuotes(name));
-        for (int type = aiTextureType_DIFFUSE; type <= AI_TEXTURE_TYPE_MAX; ++type)
-            losses.add(Loss::texture, "of the material " + inQuotes(name),
-                       scene.mMaterials[i]->GetTextureCount(static_cast<aiTextureType>(type)));
-    }
-}
-
 // What the file holds and the mesh does not.
 Losses lossesOf(const aiScene &scene) {
     Losses losses;
-    std::vector<bool> used(scene.mNumMaterials);
     for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
         const aiMesh &mesh = *scene.mMeshes[i];
         if (!hasPolygons(mesh)) continue;
-        if (mesh.mMaterialIndex < used.size()) used[mesh.mMaterialIndex] = true;
         const std::string place = "of the mesh " + nameOrNumber(mesh.mName, i);
         losses.add(Loss::colourMap, place, mesh.GetNumColorChannels());
         losses.add(Loss::morphTarget, place, mesh.mNumAnimMeshes);
         addNamed(Loss::bone, mesh.mBones, mesh.mNumBones, losses);
     }
-    addMaterials(scene, used, losses);
     addNamed(Loss::camera, scene.mCameras, scene.mNumCameras, losses);
     addNamed(Loss::light, scene.mLights, scene.mNumLights, losses);
     addNamed(Loss::animation, scene.mAnimations, scene.mNumAnimations, losses);
@@ -127,12 +118,29 @@ std::vector<unsigned> uvChannelsOf(const aiMesh &mesh) {
     return channels;
 }
 
+// The materials that polygons have.
+SceneMaterials usedMaterialsOf(const aiScene &scene, const std::string &file, const MeshFormat &format,
+                               Losses &losses) {
+    std::vector<bool> used(scene.mNumMaterials);
+    std::vector<std::vector<std::string>> uvMaps(scene.mNumMaterials); // of the first mesh that has each material
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+        const aiMesh &mesh = *scene.mMeshes[i];
+        if (mesh.mMaterialIndex >= used.size() || used[mesh.mMaterialIndex] || !hasPolygons(mesh)) continue;
+        used[mesh.mMaterialIndex] = true;
+        std::vector<std::string> &names = uvMaps[mesh.mMaterialIndex];
+        names.resize(AI_MAX_NUMBER_OF_TEXTURECOORDS);
+        for (const unsigned channel : uvChannelsOf(mesh)) names[channel] = uvNameOf(mesh, channel);
+    }
+    return materialsOf(scene, file, format, used, uvMaps, losses);
+}
+
 // Turns assimp's scene of a file into one mesh.
 class FileMesh {
   public:
-    FileMesh(const aiScene &scene, const Transform &transform, const std::string &file,
+    FileMesh(const aiScene &scene, const Transform &transform, const std::string &file, const MeshFormat &format,
              std::pmr::memory_resource *memory)
-        : scene_(scene), transform_(transform), file_(file), uvNames_(allUvNames(scene)),
+        : scene_(scene), transform_(transform), file_(file), losses_(lossesOf(scene)),
+          materials_(usedMaterialsOf(scene, file, format, losses_)), uvNames_(allUvNames(scene)),
           hasNormals_(allHaveNormals(scene)), builder_(uvNames_, hasNormals_, memory) {}
 
     Mesh build() {
@@ -140,7 +148,8 @@ class FileMesh {
         addNode(*scene_.mRootNode, aiMatrix4x4());
         if (builder_.triangleCount() == 0) throw InputError({.file = file_}, "the mesh has no polygons");
         Mesh mesh = builder_.finish();
-        addWarnings(lossesOf(scene_), mesh);
+        mesh.materialValues = std::move(materials_.described);
+        addWarnings(losses_, mesh);
         return mesh;
     }
 
@@ -232,13 +241,14 @@ class FileMesh {
     }
 
     std::string materialName(const aiMesh &mesh) const {
-        return mesh.mMaterialIndex < scene_.mNumMaterials ? scene_.mMaterials[mesh.mMaterialIndex]->GetName().C_Str()
-                                                          : "";
+        return mesh.mMaterialIndex < materials_.names.size() ? materials_.names[mesh.mMaterialIndex] : "";
     }
 
     const aiScene &scene_;
     const Transform &transform_;
     const std::string &file_;
+    Losses losses_;
+    SceneMaterials materials_;
     std::vector<std::string> uvNames_;
     bool hasNormals_;
     MeshBuilder builder_;
@@ -260,6 +270,10 @@ const aiScene &import(Assimp::Importer &importer, const std::string &file, const
     keepImporters(importer, format);
     importer.SetIOHandler(std::make_unique<MeshFiles>(file, alias, opened).release()); // which the importer owns
     const aiScene *scene = importer.ReadFile(alias, 0);
+    if (scene) {
+        if (isGltfFormat(format)) correctTexturePlacing(*scene);
+        scene = importer.ApplyPostProcessing(aiProcess_TransformUVCoords);
+    }
     if (!scene) {
         std::string why = importer.GetErrorString();
         if (why == "std::bad_alloc") throw std::bad_alloc();
@@ -276,7 +290,7 @@ Mesh readWithAssimp(const std::string &file, const MeshFormat &format, const Tra
     Assimp::Importer importer;
     const aiScene &scene = import(importer, file, format, nullptr);
     if (!scene.mRootNode || scene.mNumMeshes == 0) throw InputError({.file = file}, "the mesh has no polygons");
-    return FileMesh(scene, transform, file, memory).build();
+    return FileMesh(scene, transform, file, format, memory).build();
 }
 
 std::vector<std::string> filesReadWithAssimp(const std::string &file, const MeshFormat &format) {

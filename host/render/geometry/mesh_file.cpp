@@ -1,4 +1,5 @@
 // Reads meshes from files, in a process of its own for each.
+#include "host/render/geometry/material_buffers.h"
 #include "host/render/geometry/mesh_formats.h"
 
 #include "host/base/error.h"
@@ -30,7 +31,7 @@ class ReadBuffers {
     explicit ReadBuffers(std::pmr::memory_resource *memory)
         : points_(memory), triangles_(memory), normals_(memory), uvs_(memory), polygonNumbers_(memory),
           materialNumbers_(memory), firstOfPoint_(memory), uvNames_(memory), materials_(memory), warnings_(memory),
-          areBesideMesh_(memory) {}
+          areBesideMesh_(memory), materialValues_(memory) {}
 
     // The memory in which the buffers of the mesh should be.
     std::pmr::memory_resource *memory() const { return points_.get_allocator().resource(); }
@@ -53,6 +54,7 @@ class ReadBuffers {
             warnings_.emplace_back(warning.message);
             areBesideMesh_.push_back(warning.isBesideMesh);
         }
+        materialValues_.take(mesh.materialValues);
         polygonCount_ = mesh.polygonCount;
     }
 
@@ -64,7 +66,8 @@ class ReadBuffers {
         return arena.holds(points_) && arena.holds(triangles_) && arena.holds(normals_) &&
                arena.holds(polygonNumbers_) && arena.holds(materialNumbers_) && arena.holds(firstOfPoint_) &&
                areHeld(uvs_) && areHeld(uvNames_) && areHeld(materials_) && areHeld(warnings_) &&
-               arena.holds(areBesideMesh_) && areBesideMesh_.size() * 2 == warnings_.size() && fits();
+               arena.holds(areBesideMesh_) && areBesideMesh_.size() * 2 == warnings_.size() &&
+               materialValues_.isWithin(arena) && fits();
     }
 
     Mesh mesh(std::shared_ptr<void> memory) {
@@ -76,6 +79,7 @@ class ReadBuffers {
                     .polygonNumbers = std::move(polygonNumbers_),
                     .materialNumbers = std::move(materialNumbers_),
                     .materials = {materials_.begin(), materials_.end()},
+                    .materialValues = materialValues_.materials(),
                     .polygonCount = polygonCount_,
                     .firstOfPoint = std::move(firstOfPoint_),
                     .warnings = {},
@@ -119,6 +123,7 @@ class ReadBuffers {
     std::pmr::vector<std::pmr::string> uvNames_, materials_;
     std::pmr::vector<std::pmr::string> warnings_;  // brief and message in turn
     std::pmr::vector<std::uint8_t> areBesideMesh_; // by warning
+    MaterialBuffers materialValues_;
     std::uint32_t polygonCount_ = 0;
 };
 

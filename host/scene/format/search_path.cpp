@@ -1,6 +1,7 @@
 #include "host/scene/format/search_path.h"
 
 #include "host/base/names.h"
+#include "host/io/embedded_images.h"
 #include "host/io/files.h"
 
 #include <cerrno>
@@ -60,7 +61,7 @@ SearchPath makeSearchPath(const std::vector<std::string> &named, const char *env
 std::optional<std::string> findFile(const std::string &name, const std::string &sceneDirectory,
                                     const SearchPath &path) {
     for (const std::string &candidate : candidates(name, sceneDirectory, path))
-        if (isFile(candidate)) return candidate;
+        if (isFile(fileToOpen(candidate))) return candidate;
     return std::nullopt;
 }
 

@@ -16,7 +16,8 @@ struct SearchPath {
 // null), then those system directories that exist on this machine.
 SearchPath makeSearchPath(const std::vector<std::string> &named, const char *environment);
 
-// The file that a scene in `sceneDirectory` calls `name`. An absolute name is used as it is; any other is looked for in
+// The file that a scene in `sceneDirectory` calls `name`, which may also be an image inside of a file (see
+// embedded_images.h). An absolute name is used as it is; any other is looked for in
 // the scene's directory and then along the path. Nothing when there is no such regular file.
 std::optional<std::string> findFile(const std::string &name, const std::string &sceneDirectory, const SearchPath &path);
 
