@@ -71,7 +71,7 @@ class SavedNetworks {
 
 } // namespace
 
-FileInfo infoOf(const std::string &file, const SearchPath &path, ServerList &servers) {
+FileInfo infoOf(const std::string &file, const SearchPath &path, std::optional<int> subdivision, ServerList &servers) {
     FileInfo info;
     info.reader = &readerOf(file);
     info.scene = info.reader->read({.reader = *info.reader,
@@ -80,6 +80,7 @@ FileInfo infoOf(const std::string &file, const SearchPath &path, ServerList &ser
                                     .overrides = {},
                                     .cameras = Cameras::optional,
                                     .warnings = info.warnings});
+    if (subdivision) setSubdivision(*subdivision, info.scene);
     MeshCache meshes;
     if (!info.scene.objects.empty()) info.bounds = boundsOf(info.scene, meshes);
     const ScenePose pose = poseAt(info.scene, startTime(info.scene.render));

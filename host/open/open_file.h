@@ -21,6 +21,7 @@ struct OpenRequest {
     std::optional<View> view{};                 // a camera that frames the scene from there
     std::optional<Rig> rig{};                   // replaces the lights
     std::optional<Workflow> workflow{};         // replaces that of the scene or of the kind of file
+    std::optional<int> subdivision{};           // of all meshes, 0 to kMostSubdivision; replaces that of the file
 };
 
 // A file as it was read, and what is still to be added to it.
@@ -36,6 +37,9 @@ struct OpenedFile {
 // camera from a three-quarter view and the studio rig if it has no camera or no lights. InputError with the source
 // location. [any thread]
 OpenedFile openFile(const OpenRequest &request);
+
+// Sets the level of all meshes from files. [any thread]
+void setSubdivision(int level, SceneDescription &scene);
 
 // The scene with all that is to be added: a camera for pictures of the scene's size, lights, a surface for polygons
 // that have none, and, unless the file is a scene, a ground and a backdrop. The added camera becomes the scene's. Warns
