@@ -1,8 +1,9 @@
-// Fuzzes the geometry of object files and the surfaces of old ones.
+// Fuzzes the geometry of object files, its subdivision, and the surfaces of old ones.
 #include "fuzz/require.h"
 
 #include "host/object/object_geometry.h"
 #include "host/object/old_surfaces.h"
+#include "host/object/subdivision.h"
 
 #include <algorithm>
 
@@ -51,7 +52,9 @@ void requireWhole(const ObjectLayer &layer, const ObjectGeometry &geometry) {
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
     const std::string_view bytes = asText(data, size);
     acceptsInput(kName, [&] {
-        const ObjectGeometry geometry = readObject(bytes, kName);
+        ObjectGeometry geometry = readObject(bytes, kName);
+        for (const ObjectLayer &layer : geometry.layers) requireWhole(layer, geometry);
+        subdivide(geometry, {.level = 2, .mostBytes = 16U << 20}, kName);
         for (const ObjectLayer &layer : geometry.layers) requireWhole(layer, geometry);
         surfacesOfPolygons(geometry);
         geometry.losses.texts();

@@ -11,6 +11,8 @@ inline constexpr double kLongestShutter = 1000;                              // 
 inline constexpr int kMostSamples = 4096;       // of a pixel, and of an area light for each lit point; the least is 1
 inline constexpr int kMaxRecursionDepth = 256;  // bounces of a ray; the least is 0
 inline constexpr int kMostWorkers = 1024;       // processes that render a frame together; the least is 1
+inline constexpr int kDefaultSubdivision = 2;   // level of subdivision surfaces; each doubles the edges
+inline constexpr int kMostSubdivision = 8;      // the least is 0: the control cage
 inline constexpr int kLastFrameNumber = 999999; // frames are numbered from -kLastFrameNumber to this
 
 } // namespace velm::host

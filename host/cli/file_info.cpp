@@ -71,7 +71,7 @@ class SavedNetworks {
 
 } // namespace
 
-FileInfo infoOf(const std::string &file, const SearchPath &path, ServerList &servers) {
+FileInfo infoOf(const std::string &file, const SearchPath &path, std::optional<int> subdivision, ServerList &servers) {
     FileInfo info;
     info.reader = &readerOf(file);
     MeshCache meshes;
@@ -82,6 +82,7 @@ FileInfo infoOf(const std::string &file, const SearchPath &path, ServerList &ser
                                     .cameras = Cameras::optional,
                                     .warnings = info.warnings,
                                     .meshes = meshes});
+    if (subdivision) setSubdivision(*subdivision, info.scene);
     if (!info.scene.objects.empty()) info.bounds = boundsOf(info.scene, meshes);
     const ScenePose pose = poseAt(info.scene, startTime(info.scene.render));
     for (std::size_t i = 0; i < info.scene.objects.size(); ++i) {

@@ -43,9 +43,9 @@ struct FileInfo {
     Bounds bounds;                 // of all objects; infinite the wrong way round where there are none
 };
 
-// Reads a file with its meshes and networks. A node is known whose server is in the list. InputError for what cannot be
-// read. [interface thread; not while rendering]
-FileInfo infoOf(const std::string &file, const SearchPath &path, ServerList &servers);
+// Reads a file with its meshes and networks. `subdivision` replaces the level of all meshes. A node is known whose
+// server is in the list. InputError for what cannot be read. [interface thread; not while rendering]
+FileInfo infoOf(const std::string &file, const SearchPath &path, std::optional<int> subdivision, ServerList &servers);
 
 void printInfo(const FileInfo &info, std::ostream &out); // a line for each thing
 Json infoJson(const FileInfo &info);

@@ -33,6 +33,7 @@ PictureDigest::PictureDigest(const std::string &file, const SceneDescription &sc
     for (const SceneOverride &override : options.overrides) digest.add(override.text);
     if (options.view) digest.add(fmt::format("view {}", static_cast<int>(*options.view)));
     if (options.rig) digest.add(fmt::format("rig {}", static_cast<int>(*options.rig)));
+    if (options.subdivision) digest.add(fmt::format("subdivision {}", *options.subdivision));
     if (scene.render.workflow != Workflow::linear) digest.add("workflow " + workflowText(scene.render.workflow));
     addFiles(scene, digest);
     digest.addFile(module);

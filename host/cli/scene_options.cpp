@@ -1,5 +1,6 @@
 #include "host/cli/scene_options.h"
 
+#include "host/base/limits.h"
 #include "host/base/names.h"
 #include "host/cli/option_types.h"
 #include "host/session/override_settings.h"
@@ -90,6 +91,17 @@ void declareCompletion(CLI::App &command, CompletionOptions &options) {
               "converted from sRGB when read, 8-bit pictures to sRGB when written), or classic\n"
               "(display values; nothing is converted), the default for LightWave's scenes and\n"
               "objects");
+    addSubdivision(command, options.subdivision);
+}
+
+void addSubdivision(CLI::App &command, std::optional<int> &level) {
+    command
+        .add_option("--subdivision", level,
+                    fmt::format("The level of subdivision surfaces in all object files, 0 to {}: each level\n"
+                                "divides the edges of their control cages in two; 0 draws the cages",
+                                kMostSubdivision))
+        ->check(CLI::Range(0, kMostSubdivision))
+        ->type_name("N");
 }
 
 void withOverrides(const SceneOptions &options, const std::function<void()> &work) {
@@ -109,7 +121,8 @@ OpenedFile openCompletable(const CompletionOptions &options, MeshCache &meshes,
                                   .view = options.view,
                                   .rig = options.rig,
                                   .workflow = options.workflow,
-                                  .meshes = &meshes});
+                                  .meshes = &meshes,
+                                  .subdivision = options.subdivision});
     selectCamera(options.camera, opened.scene);
     return opened;
 }

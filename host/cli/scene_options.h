@@ -21,13 +21,16 @@ struct CompletionOptions : SceneSource {
     std::optional<View> view;         // the view of a camera that is added
     std::optional<Rig> rig;           // replaces the lights
     std::optional<Workflow> workflow; // replaces the scene's
+    std::optional<int> subdivision;   // replaces that of all meshes
 };
 
 struct SceneOptions : CompletionOptions {
     std::vector<SceneOverride> overrides; // of --set
 };
 
-// --camera, --view, --rig and --workflow.
+// --subdivision: the level of subdivision surfaces.
+void addSubdivision(CLI::App &command, std::optional<int> &level);
+// --camera, --view, --rig, --workflow and --subdivision.
 void declareCompletion(CLI::App &command, CompletionOptions &options);
 // FILE, --data, --set, and those of declareCompletion.
 void declareSceneOptions(CLI::App &command, SceneOptions &options);

@@ -155,6 +155,13 @@ bool readExcludedLight(Statement &statement, Object &) {
     return true;
 }
 
+// The numbers of segments on the screen and when rendering; old scenes may have one number for both.
+bool readSegments(Statement &statement, Object &object) {
+    const std::optional<int> shown = statement.words.integer(), rendered = statement.words.integer();
+    if (shown) object.segments = rendered ? rendered : shown;
+    return shown.has_value();
+}
+
 constexpr Keyword<Object> kObjectKeywords[] = {
     {.name = "UnseenByRays", .read = flag<&Object::seenByRays, false>},
     {.name = "UnseenByCamera", .read = flag<&Object::seenByCamera, false>},
@@ -164,6 +171,7 @@ constexpr Keyword<Object> kObjectKeywords[] = {
     {.name = "DistanceDissolve", .read = leftOutUnless<Loss::distanceDissolve, 0>},
     {.name = "PolygonSize", .read = leftOutUnless<Loss::polygonSize, 1>},
     {.name = "ExcludeLight", .read = readExcludedLight},
+    {.name = "SubPatchLevel", .read = readSegments},
     {.name = "MorphAmount", .read = leftOutUnless<Loss::morph, 0>},
     {.name = "Metamorph", .read = leftOutUnless<Loss::morph, 0>},
     {.name = "UseBonesFrom", .read = leftOut<Loss::bone>},

@@ -53,7 +53,8 @@ struct Object : Item {
     std::string path; // as it is in the file; empty for a null object
     int layer = 0;    // counted from 1; 0: the whole file
     bool seenByCamera = true, seenByRays = true, castsShadows = true;
-    Value dissolve{}; // 1: invisible
+    Value dissolve{};            // 1: invisible
+    std::optional<int> segments; // of each edge of a subdivision surface, as rendered
 };
 
 struct Light : Item {

@@ -28,7 +28,9 @@ enum class Loss {
     hiddenLayer,      // its polygons are not drawn
     smallPolygon,     // fewer than three points
     undrawnPolygon,   // a curve, a metaball, a bone or another type
-    cage,             // of a subdivision surface: drawn without subdivision
+    cage,             // of a subdivision surface that cannot be subdivided: drawn as it is
+    knottedCage,      // a polygon of a cage that has a point twice
+    cageWeights,      // by which points attract a subdivision surface
     smoothingGroup,   // normals are smoothed across its border
     unusedMap,        // a vertex map that is not used for rendering
     // Of surfaces:

@@ -28,12 +28,12 @@ class NewObject {
         case fourCC("BBOX"): return readBounds(ChunkCursor(file_, chunk));
         case fourCC("POLS"): return readPolygons(chunk);
         case fourCC("PTAG"): return readPolygonTags(ChunkCursor(file_, chunk));
+        case fourCC("VMPA"): return readMapProperties(ChunkCursor(file_, chunk));
         case fourCC("VMAP"): return readMap(ChunkCursor(file_, chunk), false);
         case fourCC("VMAD"): return readMap(ChunkCursor(file_, chunk), true);
         case fourCC("SURF"): // read by ObjectFile, as are clips
         case fourCC("CLIP"):
         case fourCC("ENVL"):
-        case fourCC("VMPA"): // how subdivision treats the next map
         case fourCC("DESC"): // texts and a picture for people
         case fourCC("TEXT"):
         case fourCC("ICON"): return;
@@ -154,11 +154,21 @@ class NewObject {
 
     // ---- Vertex maps ----
 
+    // How the next map is subdivided. The last code, for discontinuous edges, is as close to linear edges as to any.
+    void readMapProperties(ChunkCursor cursor) {
+        constexpr MapSubdivision kCodes[] = {MapSubdivision::linear, MapSubdivision::smooth,
+                                             MapSubdivision::linearCorners, MapSubdivision::linearEdges,
+                                             MapSubdivision::linearEdges};
+        if (cursor.left() < 4) return;
+        if (const std::uint32_t code = cursor.u4(); code < std::size(kCodes)) nextSubdivision_ = kCodes[code];
+    }
+
     void readMap(ChunkCursor cursor, bool isOfCorners) {
         ObjectVertexMap map{.type = cursor.u4(),
                             .size = cursor.u2(),
                             .name = cursor.text("the name of the map"),
                             .isOfCorners = isOfCorners,
+                            .subdivision = std::exchange(nextSubdivision_, MapSubdivision::linear),
                             .points = {},
                             .polygons = {},
                             .numbers = {}};
@@ -185,6 +195,7 @@ class NewObject {
     const IffFile &file_;
     ObjectGeometry &geometry_;
     LayerBuilder builder_;
+    MapSubdivision nextSubdivision_ = MapSubdivision::linear; // of the next map
 };
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "host/object/object_geometry.h"
 
+#include "host/base/names.h"
 #include "host/object/layer_builder.h"
 #include "host/state/blocks.h"
 
@@ -12,6 +13,15 @@ const std::string &ObjectGeometry::surfaceOf(const ObjectLayer &layer, std::size
     static const std::string kDefault = "Default";
     const std::uint32_t tag = layer.surfaceTag(polygon);
     return tag == kNoTag ? kDefault : tags[tag];
+}
+
+std::string placeOf(const ObjectLayer &layer) {
+    return layer.name.empty() ? fmt::format("layer {}", layer.number)
+                              : fmt::format("layer {} {}", layer.number, inQuotes(layer.name));
+}
+
+std::string placeOf(const ObjectLayer &layer, std::size_t polygon) {
+    return fmt::format("polygon {} of {}", polygon, placeOf(layer));
 }
 
 bool isObject(std::string_view head) {

@@ -28,11 +28,16 @@ constexpr std::uint32_t kFacePolygons = fourCC("FACE"), kPatchPolygons = fourCC(
 struct ObjectPolygons {
     std::uint32_t type = 0;           // kFacePolygons and so on; others as the file has them, such as "CURV"
     std::size_t first = 0, count = 0; // polygons of the layer
+    bool isReplaced = false;          // a cage whose subdivided polygons are in the layer, too: see subdivision.h
 
-    // Whether these are plain polygons or the cage of a subdivision surface.
-    bool areDrawn() const { return type == kFacePolygons || areCage(); }
+    // Whether these are plain polygons or the cage of a subdivision surface that is not replaced.
+    bool areDrawn() const { return type == kFacePolygons || (areCage() && !isReplaced); }
     bool areCage() const { return type == kPatchPolygons || type == kSubdivisionPolygons; }
 };
+
+// How the values of a vertex map are interpolated where a control cage is subdivided: linearly everywhere, along the
+// edges or at the corners of its borders, or nowhere. Borders are also where the map is discontinuous.
+enum class MapSubdivision : std::uint8_t { linear, smooth, linearCorners, linearEdges };
 
 // The values of one chunk: of points, or of the corners of polygons, which override those of points in the map of the
 // same type and name.
@@ -41,6 +46,7 @@ struct ObjectVertexMap {
     std::uint32_t size = 0; // numbers in each value; may be 0
     std::string name;
     bool isOfCorners = false;
+    MapSubdivision subdivision = MapSubdivision::linear;
     std::vector<std::uint32_t> points;   // by value
     std::vector<std::uint32_t> polygons; // by value, where they are of corners; else empty
     std::vector<float> numbers;          // `size` for each value
@@ -56,6 +62,9 @@ struct ObjectLayer {
     std::optional<std::array<std::array<float, 3>, 2>> bounds; // as the file says: low and high ends. Unverified
 
     std::vector<std::array<float, 3>> points;
+    // By point: the normal of the subdivision surface that it is on, of unit length and pointing out of the front; zero
+    // for other points, and where the surface has none. Empty: no point has one.
+    std::vector<std::array<float, 3>> normals;
     std::vector<std::uint32_t> corners;   // points of all polygons, clockwise as seen from the front
     std::vector<std::uint32_t> ends;      // by polygon: where its corners end in `corners`
     std::vector<ObjectPolygons> polygons; // all polygons, in order, by type
@@ -79,6 +88,10 @@ struct ObjectGeometry {
     // The name of a polygon's surface; "Default" for a polygon that has none.
     const std::string &surfaceOf(const ObjectLayer &layer, std::size_t polygon) const;
 };
+
+// Where something is, for users: "layer 2 "Wheels"", "polygon 5 of layer 0". [any thread]
+std::string placeOf(const ObjectLayer &layer);
+std::string placeOf(const ObjectLayer &layer, std::size_t polygon);
 
 // Whether these are the first bytes of an object file of any form, at least 12 of them.
 bool isObject(std::string_view head);

@@ -237,10 +237,16 @@ OpenedFile openFile(const OpenRequest &request) {
     if (!reader.isComplete) opened.neutral = coverObjects(opened.scene);
     if (!reader.isComplete && !request.overrides.empty()) opened.scene = withOverrides(opened.scene, request);
     if (request.workflow) opened.scene.render.workflow = *request.workflow;
+    if (request.subdivision) setSubdivision(*request.subdivision, opened.scene);
     if (reader.isComplete) return opened;
     if (!opened.view && opened.scene.cameras.empty()) opened.view = View::threeQuarter;
     if (!opened.rig && opened.scene.lights.empty()) opened.rig = Rig::studio;
     return opened;
+}
+
+void setSubdivision(int level, SceneDescription &scene) {
+    for (ObjectDescription &object : scene.objects)
+        if (auto *mesh = std::get_if<MeshFile>(&object.shape)) mesh->subdivision = level;
 }
 
 Bounds boundsOf(const SceneDescription &scene, MeshCache &meshes) {

@@ -22,6 +22,7 @@ struct OpenRequest {
     std::optional<Rig> rig{};                   // replaces the lights
     std::optional<Workflow> workflow{};         // replaces that of the scene or of the kind of file
     MeshCache *meshes = nullptr;                // takes a mesh file's mesh, which has the materials; null: it is freed
+    std::optional<int> subdivision{};           // of all meshes, 0 to kMostSubdivision; replaces that of the file
 };
 
 // A file as it was read, and what is still to be added to it.
@@ -38,6 +39,9 @@ struct OpenedFile {
 // what the request asks for. Any other file also gets a camera from a three-quarter view and the studio rig if it has
 // no camera or no lights. InputError with the source location. [interface thread]
 OpenedFile openFile(const OpenRequest &request);
+
+// Sets the level of all meshes from files. [any thread]
+void setSubdivision(int level, SceneDescription &scene);
 
 // The scene with all that is to be added: a camera for pictures of the scene's size, lights, a surface for polygons
 // that have none, and, unless the file is a scene, a ground and a backdrop. The added camera becomes the scene's. Warns

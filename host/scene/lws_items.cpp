@@ -120,6 +120,12 @@ void convertPlace(const lws::Item &from, const LwsNames &names, const std::strin
     if (from.pivot) to.pivot = *from.pivot;
 }
 
+int subdivisionOf(int segments) {
+    int level = 0;
+    while (level < kMostSubdivision && 1 << level < segments) ++level;
+    return level;
+}
+
 void convertDissolve(const lws::Object &from, ObjectDescription &to) {
     if (from.active)
         setValue(to, Channel::dissolve, 0, from.dissolve, to.dissolve, 0, 1);

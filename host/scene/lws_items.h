@@ -24,6 +24,9 @@ class LwsNames {
 
 // Each sets members of `to`; `file` is for its location. Values are clamped to the ranges of the scene format.
 void convertPlace(const lws::Item &from, const LwsNames &names, const std::string &file, ItemDescription &to);
+// The level of subdivision at which an edge of a subdivision surface has at least that many segments, as far as levels
+// go. LightWave divides edges into any number of segments; its usual 3 become the 4 of level 2.
+int subdivisionOf(int segments);
 void convertDissolve(const lws::Object &from, ObjectDescription &to);
 // The part of the picture that a camera renders.
 Part regionOf(const lws::Camera &camera);

@@ -176,7 +176,8 @@ class Converter {
         if (!isDrawn || isFlat) return;
         ObjectDescription &object = scene_.objects.back();
         object.shape = MeshFile{.file = file.path,
-                                .layer = layer && file.layers.size() > 1 ? std::optional(layer->number) : std::nullopt};
+                                .layer = layer && file.layers.size() > 1 ? std::optional(layer->number) : std::nullopt,
+                                .subdivision = from.segments ? subdivisionOf(*from.segments) : kDefaultSubdivision};
         object.seenByCamera = from.seenByCamera;
         object.seenByRays = from.seenByRays;
         object.castsShadows = from.castsShadows;

@@ -102,6 +102,12 @@ TEST(Options, OfRenderMayChooseTheViewAndTheLights) {
     EXPECT_FALSE(renderOptions(none).view || renderOptions(none).rig);
 }
 
+TEST(Options, OfRenderMayChooseTheLevelOfSubdivision) {
+    EXPECT_EQ(renderOptions(parse({"render", "a.lwo", "--subdivision", "0"})).subdivision, 0);
+    EXPECT_FALSE(renderOptions(parse({"render", "a.lwo"})).subdivision);
+    EXPECT_THROW(parse({"render", "a.lwo", "--subdivision", "9"}), UsageError);
+}
+
 TEST(Options, TheModuleMayPrecedeTheCommand) {
     EXPECT_EQ(parse({"--module", "m.p", "nodes", "--all"}).program.module, "m.p");
     EXPECT_EQ(parse({"show", "--module", "m.p", "Velm Counter"}).program.module, "m.p");

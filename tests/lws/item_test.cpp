@@ -98,6 +98,16 @@ TEST(LwsItems, BonesAreItemsOfTheirObject) {
     EXPECT_EQ(lossesOf(scene), std::vector<std::string>{"6: 2 bones deform no objects"});
 }
 
+TEST(LwsItems, SubdivisionSurfacesHaveSegments) {
+    const lws::Scene scene = readLws(5, "LoadObjectLayer 1 10000000 a\nSubPatchLevel 2 6\n"
+                                        "LoadObjectLayer 1 10000001 b\nSubPatchLevel 4\n"
+                                        "LoadObjectLayer 1 10000002 c\nSubPatchLevel many\n");
+    EXPECT_EQ(scene.objects.at(0).segments, 6) << "as rendered, not as shown";
+    EXPECT_EQ(scene.objects.at(1).segments, 4);
+    EXPECT_FALSE(scene.objects.at(2).segments);
+    EXPECT_EQ(lossesOf(scene).size(), 1u) << "the line that cannot be read";
+}
+
 TEST(LwsItems, ObjectsHaveFlags) {
     const lws::Scene scene =
         readLws(5, "LoadObjectLayer 1 10000000 a\nUnseenByRays 1\nUnseenByCamera 1\nShadowOptions 5\n"

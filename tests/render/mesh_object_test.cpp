@@ -1,5 +1,6 @@
 // Meshes of LightWave's object files.
 #include "host/base/error.h"
+#include "host/io/reader_process.h"
 #include "host/render/geometry/bounds.h"
 #include "host/render/geometry/mesh_formats.h"
 #include "tests/object/object_bytes.h"
@@ -146,15 +147,35 @@ TEST_F(ObjectMeshTest, WhatIsNotDrawnIsTold) {
                         mapChunk("WGHT", 1, "Empty", {}) + kPolygons + polygonTagsChunk("SMGP", {{1, 0}}) +
                         cornerMapChunk("WGHT", 1, "Bend", {{0, 0, {1}}}) + polygonsChunk("FACE", {{0}, {0, 1}, {}}) +
                         polygonsChunk("PTCH", {{0, 1, 2, 3}}) + polygonsChunk("CURV", {{0, 1, 2}})));
-    EXPECT_EQ(mesh.polygonCount, 3U) << "the cage is drawn";
+    EXPECT_EQ(mesh.polygonCount, 18U) << "the cage is 16 of them";
     EXPECT_EQ(warningsOf(mesh),
               (std::vector<std::string>{
                   "3 polygons have fewer than three points and are left out (the first: polygon 2 of layer 0)",
                   "a polygon is of another type than FACE, PTCH and SUBD and is left out (CURV, polygon 6 of layer 0)",
-                  "a polygon of a subdivision surface is drawn as it is, without subdivision (polygon 5 of layer 0)",
                   "the smoothing group of a polygon is ignored (polygon 1 of layer 0)",
                   "2 vertex maps are not used: only UV maps are (the first: WGHT \"Bend\", layer 0)"}));
     EXPECT_EQ(mesh.warnings[0].brief, "polygons of one or two points");
+}
+
+TEST_F(ObjectMeshTest, SubdivisionSurfacesHaveALevel) {
+    writeText(directory / "a.lwo", objectFile(kPoints + polygonsChunk("PTCH", kSquareAndTriangle)));
+    const auto polygons = [this](int level) { return readMesh(directory / "a.lwo", {}, {}, level).polygonCount; };
+    EXPECT_EQ(polygons(0), 2U);
+    EXPECT_EQ(polygons(3), 4U * 16 + 3 * 16);
+    EXPECT_EQ(readMesh(directory / "a.lwo", {}).polygonCount, polygons(2));
+    const Mesh mesh = read(objectFile(kPoints + polygonsChunk("SUBD", kSquareAndTriangle)), {.scale = {-1, 1, 1}});
+    for (std::uint32_t i = 0; i < mesh.triangles.size(); ++i) expectNear(frontOf(mesh, i), {0, 0, -1}, 1e-5);
+    EXPECT_EQ(mesh.points.size(), 39U) << "those of a disc of 28 polygons with 20 edges around";
+}
+
+TEST_F(ObjectMeshTest, SubdivisionSurfacesTakeNoMoreMemoryThanAllowed) {
+    writeText(directory / "a.lwo", objectFile(kPoints + polygonsChunk("PTCH", kSquareAndTriangle)));
+    const ReadLimits before = std::exchange(readLimits(), {.mebibytes = 32});
+    const std::string error = errorOf([&] { readMesh(directory / "a.lwo", {}, {}, 8); });
+    readLimits() = before;
+    EXPECT_EQ(error, (directory / "a.lwo") +
+                         ": the object's subdivision surfaces have 114688 polygons at level 8, which take about 54 MiB "
+                         "of memory; 32 MiB are allowed. Choose a lower level (see --subdivision)");
 }
 
 // An L, whose corner at (1, 1) is concave: any fan around another corner would leave it.
@@ -281,6 +302,34 @@ TEST_F(ObjectMeshTest, SmoothingGoesAcrossCommonPoints) {
     const Mesh mesh = read(objectFile(pointsChunk(kRoof) + seam));
     EXPECT_EQ(mesh.points.size(), 5U);
     EXPECT_TRUE(isSmooth(mesh));
+}
+
+// The limit surface of a cube's cage has the cube's symmetry. So its normals at the corners are diagonal, also between
+// different surfaces.
+TEST_F(ObjectMeshTest, SubdivisionSurfacesHaveTheNormalsOfTheirLimit) {
+    std::vector<float> points;
+    for (int i = 0; i < 8; ++i)
+        for (int axis = 0; axis < 3; ++axis) points.push_back((i >> axis & 1) != 0 ? 1.0F : -1.0F);
+    const std::string cube =
+        tagsChunk({"Red", "Blue"}) + pointsChunk(points) + mapChunk("TXUV", 2, "M", {{0, {0, 0}}}) +
+        polygonsChunk("PTCH", {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4}, {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}}) +
+        polygonTagsChunk("SURF", {{0, 0}, {1, 0}, {2, 0}, {3, 1}, {4, 1}, {5, 1}});
+    for (const Double3 &scale : {Double3{1, 1, 1}, Double3{-1, 1, 1}}) {
+        Mesh mesh = read(objectFile(cube), {.scale = scale});
+        smoothNormals(mesh, {30, 30});
+        std::size_t corners = 0;
+        for (std::size_t i = 0; i < mesh.points.size(); ++i) {
+            const float *p = mesh.points[i].position;
+            const Vec3 point{p[0], p[1], p[2]}, normal{mesh.normals[i][0], mesh.normals[i][1], mesh.normals[i][2]};
+            EXPECT_GT(dot(point, normal), 0);
+            if (length(point) < std::sqrt(0.75) - 1e-5) continue; // the corners are at (1/2, 1/2, 1/2)
+            if (std::abs(point.x) > 0.5 + 1e-5 || std::abs(point.y) > 0.5 + 1e-5 || std::abs(point.z) > 0.5 + 1e-5)
+                continue;
+            expectNear(normal, normalised(point), 1e-5);
+            ++corners;
+        }
+        EXPECT_EQ(corners, 8U) << "none is split";
+    }
 }
 
 TEST_F(ObjectMeshTest, SmoothingStopsBetweenDifferentPointsAtOnePosition) {

@@ -81,6 +81,24 @@ TEST(Smoothing, MaterialsAreNotSmoothedTogether) {
     EXPECT_EQ(normalsAt(mesh, {0, 0, 1}).size(), 2u);
 }
 
+TEST(Smoothing, SubdivisionSurfacesHaveTheirOwnNormals) {
+    Mesh mesh = roof(60, 1);
+    const std::size_t count = mesh.points.size();
+    mesh.limitNormals.assign(count, {0, 0, 0});
+    const std::array<float, 3> up{0, 1, 0};
+    for (std::size_t i = 0; i < count; ++i)
+        if (mesh.points[i].position[0] == 0) mesh.limitNormals[i] = up; // the ridge
+    for (int times = 0; times < 2; ++times) {
+        smoothNormals(mesh, {10, 20});
+        ASSERT_EQ(normalsAt(mesh, {0, 0, 1}).size(), 1U) << "beyond the angles, and across materials";
+        expectNear(normalsAt(mesh, {0, 0, 1})[0], {0, 1, 0}, 1e-6);
+        EXPECT_EQ(mesh.points.size(), count);
+    }
+    for (std::array<float, 3> &normal : mesh.limitNormals) normal = {0, -normal[1], 0};
+    smoothNormals(mesh, {10, 20});
+    EXPECT_EQ(normalsAt(mesh, {0, 0, 1}).size(), 2U) << "normals that point away from their triangles are not theirs";
+}
+
 TEST(Smoothing, EachMaterialHasItsOwnAngle) {
     for (const double angle : {30.0, 90.0}) {
         Mesh mesh = roof(60);

@@ -57,6 +57,8 @@ TEST(Triangulate, CoversThePolygonOnce) {
         {"square with a square hole, joined by a slit",
          {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}, {0, 0, 0}, {1, 1, 0}, {1, 3, 0}, {3, 3, 0}, {3, 1, 0}, {1, 1, 0}},
          12},
+        {"square that is not flat", {{0, 0, 0.1}, {1, 0, -0.1}, {1, 1, 0.1}, {0, 1, -0.1}}, 1},
+        {"L that is not flat", {{0, 0, 0.1}, {2, 0, 0}, {2, 1, 0.1}, {1, 1, -0.1}, {1, 2, 0}, {0, 2, 0.1}}, 3},
     };
     // Each polygon in several orientations.
     for (const PolygonCase &each : cases) {

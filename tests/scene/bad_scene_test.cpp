@@ -142,6 +142,8 @@ const BadScene kBadScenes[] = {
      "2: \"scale\" must be a number or a list of three, none of them 0; found a list of 3 values"},
     {"FlatBox", object("\"box\": {\"size\": [1, 0, 1]}, \"surface\": \"Clay\""),
      "2: \"size\" must be a list of three numbers, each above 0; its second is 0"},
+    {"SubdivisionTooHigh", object("\"mesh\": {\"subdivision\": 9, \"file\": \"a.lwo\"}, \"surface\": \"Clay\""),
+     "2: \"subdivision\" must be a whole number from 0 to 8; found 9"},
     {"KeyOfAnotherShape", object("\"sphere\": {\"size\": [1, 1, 1]}, \"surface\": \"Clay\""),
      "2: \"sphere\" has no key \"size\", there are \"radius\" and \"segments\""},
 

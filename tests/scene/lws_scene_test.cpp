@@ -77,6 +77,16 @@ TEST_F(LwsSceneTest, ObjectsAreLayersWithTheirPivots) {
     EXPECT_FALSE(scene.objects[0].surfaces.empty()) << "the object's own";
 }
 
+TEST_F(LwsSceneTest, LevelsOfSubdivisionHaveAtLeastTheSegments) {
+    const auto level = [this](const std::string &line) {
+        return std::get<MeshFile>(read("LoadObjectLayer 1 10000000 cube.lwo\n" + line).objects.at(0).shape).subdivision;
+    };
+    EXPECT_EQ(level(""), 2);
+    const std::pair<int, int> kLevels[] = {{-1, 0}, {0, 0}, {1, 0}, {2, 1}, {3, 2}, {4, 2}, {5, 3}, {100000, 8}};
+    for (const auto &[segments, expected] : kLevels)
+        EXPECT_EQ(level("SubPatchLevel 3 " + std::to_string(segments) + "\n"), expected) << segments;
+}
+
 TEST_F(LwsSceneTest, TheNumberOfALayerMayBeThatOfTheFile) {
     directory_.write("odd.lwo", test::objectFile(layer(3, 0, {0, 0, 0}) + layer(7, 0, {0, 0, 0})));
     const auto layerOf = [this](int number) {

@@ -1,6 +1,7 @@
 // The geometry of one object, in world space. Embree reads its buffers directly.
 #pragma once
 
+#include "host/base/limits.h"
 #include "host/object/mesh_material.h"
 #include "host/render/geometry/transform.h"
 #include "host/scene/format/description.h"
@@ -58,6 +59,9 @@ struct Mesh {
     // By vertex, the first vertex of the same point of the file: vertices of one point differ only in UV coordinates.
     // Empty: vertices at equal positions count as one point.
     std::pmr::vector<std::uint32_t> firstOfPoint;
+    // By vertex, the normal of the subdivision surface that it is on; zero for others. Empty: none. Smoothed corners
+    // get it: see smoothNormals.
+    std::pmr::vector<std::array<float, 3>> limitNormals;
     std::vector<MeshWarning> warnings;
 
     // What smoothNormals did: the angles that it computed `normals` with, and by vertex that it appended to `points`,
@@ -90,8 +94,10 @@ struct Mesh {
 // that no polygon has are left out. Throws InputError with the file's name for a file that is missing, broken, without
 // polygons or of another format, and if reading it exceeds a limit. `layer` selects one layer of a LightWave object by
 // its number in the file, even if it is hidden; otherwise all visible layers are read. InputError if the file has no
-// such layer. [interface thread]
-Mesh readMesh(const std::string &file, const Transform &transform, std::optional<int> layer = {});
+// such layer. `subdivision` is the level of a LightWave object's subdivision surfaces: see host/object/subdivision.h.
+// [interface thread]
+Mesh readMesh(const std::string &file, const Transform &transform, std::optional<int> layer = {},
+              int subdivision = kDefaultSubdivision);
 
 // The names of all files that readMesh opens, the mesh file itself first; the others are such as a file of materials.
 // InputError as readMesh, for a file that is missing or broken. Takes as long as reading. [interface thread]
@@ -105,7 +111,7 @@ Mesh shapeMesh(const PlaneShape &shape, const Transform &transform);
 Mesh shapeMesh(const BoxShape &shape, const Transform &transform);
 Mesh shapeMesh(const SphereShape &shape, const Transform &transform);
 inline Mesh shapeMesh(const MeshFile &shape, const Transform &transform) {
-    return readMesh(shape.file, transform, shape.layer);
+    return readMesh(shape.file, transform, shape.layer, shape.subdivision);
 }
 
 // The mesh of any shape: each alternative of ShapeDescription has its overload of shapeMesh.
@@ -119,9 +125,11 @@ Mesh placedMesh(const Mesh &mesh, const Transform &transform);
 // corner is the mean of the normals of the triangles around it that have the same material and are inclined to the
 // corner's own triangle by at most the material's smoothing angle, weighted by their angles at the corner (Thürmer and
 // Wüthrich, "Computing Vertex Normals from Polygonal Facets", 1998). Vertices of one point count as one
-// (see Mesh::firstOfPoint). A vertex whose corners get different normals is split. `smoothingAngles` are in degrees, by
-// material; corners of materials with an angle of 0 get arbitrary normals. Without any angle above 0, the mesh gets no
-// normals and loses those computed before. The result does not depend on earlier calls. [any thread]
+// (see Mesh::firstOfPoint). Corners on a subdivision surface get its normal instead, whatever the angle and the
+// materials around them, unless it points away from their triangle. A vertex whose corners get different normals is
+// split. `smoothingAngles` are in degrees, by material; corners of materials with an angle of 0 get arbitrary normals.
+// Without any angle above 0, the mesh gets no normals and loses those computed before. The result does not depend on
+// earlier calls. [any thread]
 void smoothNormals(Mesh &mesh, const std::vector<double> &smoothingAngles);
 
 } // namespace velm::host

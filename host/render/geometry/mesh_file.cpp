@@ -30,8 +30,8 @@ class ReadBuffers {
   public:
     explicit ReadBuffers(std::pmr::memory_resource *memory)
         : points_(memory), triangles_(memory), normals_(memory), uvs_(memory), polygonNumbers_(memory),
-          materialNumbers_(memory), firstOfPoint_(memory), uvNames_(memory), materials_(memory), warnings_(memory),
-          areBesideMesh_(memory), materialValues_(memory) {}
+          materialNumbers_(memory), firstOfPoint_(memory), limitNormals_(memory), uvNames_(memory), materials_(memory),
+          warnings_(memory), areBesideMesh_(memory), materialValues_(memory) {}
 
     // The memory in which the buffers of the mesh should be.
     std::pmr::memory_resource *memory() const { return points_.get_allocator().resource(); }
@@ -43,6 +43,7 @@ class ReadBuffers {
         moveElements(mesh.polygonNumbers, polygonNumbers_);
         moveElements(mesh.materialNumbers, materialNumbers_);
         moveElements(mesh.firstOfPoint, firstOfPoint_);
+        moveElements(mesh.limitNormals, limitNormals_);
         uvs_.resize(mesh.uvMaps.size());
         for (std::size_t i = 0; i < uvs_.size(); ++i) {
             moveElements(mesh.uvMaps[i].values, uvs_[i]);
@@ -65,8 +66,8 @@ class ReadBuffers {
         };
         return arena.holds(points_) && arena.holds(triangles_) && arena.holds(normals_) &&
                arena.holds(polygonNumbers_) && arena.holds(materialNumbers_) && arena.holds(firstOfPoint_) &&
-               areHeld(uvs_) && areHeld(uvNames_) && areHeld(materials_) && areHeld(warnings_) &&
-               arena.holds(areBesideMesh_) && areBesideMesh_.size() * 2 == warnings_.size() &&
+               arena.holds(limitNormals_) && areHeld(uvs_) && areHeld(uvNames_) && areHeld(materials_) &&
+               areHeld(warnings_) && arena.holds(areBesideMesh_) && areBesideMesh_.size() * 2 == warnings_.size() &&
                materialValues_.isWithin(arena) && fits();
     }
 
@@ -82,6 +83,7 @@ class ReadBuffers {
                     .materialValues = materialValues_.materials(),
                     .polygonCount = polygonCount_,
                     .firstOfPoint = std::move(firstOfPoint_),
+                    .limitNormals = std::move(limitNormals_),
                     .warnings = {},
                     .smoothingAngles = {},
                     .splitFrom = {}};
@@ -106,6 +108,7 @@ class ReadBuffers {
         };
         return isComplete(normals_, points_.size()) && isComplete(polygonNumbers_, triangles_.size()) &&
                isComplete(materialNumbers_, triangles_.size()) && isComplete(firstOfPoint_, points_.size()) &&
+               isComplete(limitNormals_, points_.size()) &&
                std::all_of(firstOfPoint_.begin(), firstOfPoint_.end(), isPoint) && uvNames_.size() == uvs_.size() &&
                std::all_of(uvs_.begin(), uvs_.end(), [&](const auto &map) { return map.size() == points_.size(); }) &&
                std::all_of(materialNumbers_.begin(), materialNumbers_.end(),
@@ -120,6 +123,7 @@ class ReadBuffers {
     std::pmr::vector<std::uint32_t> polygonNumbers_;
     std::pmr::vector<std::uint16_t> materialNumbers_;
     std::pmr::vector<std::uint32_t> firstOfPoint_;
+    std::pmr::vector<std::array<float, 3>> limitNormals_;
     std::pmr::vector<std::pmr::string> uvNames_, materials_;
     std::pmr::vector<std::pmr::string> warnings_;  // brief and message in turn
     std::pmr::vector<std::uint8_t> areBesideMesh_; // by warning
@@ -160,14 +164,14 @@ void addWarnings(const Losses &losses, Mesh &mesh) {
                                  .isBesideMesh = isBesideMesh(text.kind)});
 }
 
-Mesh readMesh(const std::string &file, const Transform &transform, std::optional<int> layer) {
+Mesh readMesh(const std::string &file, const Transform &transform, std::optional<int> layer, int subdivision) {
     requireReadable(file);
     const auto read = readApart<ReadBuffers>(file, "the mesh", [&](ReadBuffers &buffers) {
         const MeshFormat &format = requireFormatOf(file);
-        if (!layer)
+        if (format.read == readObjectMesh)
+            buffers.take(readObjectLayers(file, transform, layer, subdivision, buffers.memory()));
+        else if (!layer)
             buffers.take(format.read(file, format, transform, buffers.memory()));
-        else if (format.read == readObjectMesh)
-            buffers.take(readObjectLayer(file, transform, *layer, buffers.memory()));
         else
             throw InputError({.file = file}, "a file of this format has no layers");
     });

@@ -50,8 +50,9 @@ std::vector<std::string> filesReadWithAssimp(const std::string &file, const Mesh
 // normals are only smoothed across common points. What is left out is in the mesh's warnings.
 Mesh readObjectMesh(const std::string &file, const MeshFormat &format, const Transform &transform,
                     std::pmr::memory_resource *memory);
-// One layer, even if it is hidden.
-Mesh readObjectLayer(const std::string &file, const Transform &transform, int layer, std::pmr::memory_resource *memory);
+// The same with another level of subdivision surfaces than the default, and with one layer, even if it is hidden.
+Mesh readObjectLayers(const std::string &file, const Transform &transform, std::optional<int> layer, int subdivision,
+                      std::pmr::memory_resource *memory);
 std::vector<std::string> filesOfObjectMesh(const std::string &file, const MeshFormat &format);
 
 // MeshFormat::read of PLY and STL files. What these readers do not know, such as the colours of vertices, is left to

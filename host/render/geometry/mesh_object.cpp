@@ -5,7 +5,9 @@
 #include "host/base/error.h"
 #include "host/base/names.h"
 #include "host/io/files.h"
+#include "host/io/reader_process.h"
 #include "host/object/object_geometry.h"
+#include "host/object/subdivision.h"
 #include "host/state/blocks.h"
 
 #include <algorithm>
@@ -26,7 +28,7 @@ constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 bool isUvMap(const ObjectVertexMap &map) { return map.type == fourCC("TXUV") && map.size == 2; }
 
-// Whether a map may matter for a picture. The others are for editing and for subdivision.
+// Whether a map may matter for a picture. The others are for editing.
 bool isForPictures(const ObjectVertexMap &map) {
     switch (map.type) {
     case fourCC("TXUV"):
@@ -38,11 +40,6 @@ bool isForPictures(const ObjectVertexMap &map) {
     case fourCC("NORM"): return !map.points.empty();
     default: return false;
     }
-}
-
-std::string nameOf(const ObjectLayer &layer) {
-    return layer.name.empty() ? fmt::format("layer {}", layer.number)
-                              : fmt::format("layer {} {}", layer.number, inQuotes(layer.name));
 }
 
 // The UV maps of the visible layers by name, with the numbers that they have in the mesh.
@@ -70,9 +67,9 @@ class UvMapNumbers {
 class LayerVertices {
   public:
     LayerVertices(const ObjectLayer &layer, const UvMapNumbers &maps, const Transform &transform, MeshBuilder &builder,
-                  std::pmr::vector<std::uint32_t> &firstOfPoint)
+                  std::pmr::vector<std::uint32_t> &firstOfPoint, std::pmr::vector<std::array<float, 3>> *limitNormals)
         : layer_(layer), maps_(maps), transform_(transform), builder_(builder), firstOfPoint_(firstOfPoint),
-          vertices_(layer.points.size(), kNone) {
+          limitNormals_(limitNormals), vertices_(layer.points.size(), kNone) {
         for (const ObjectVertexMap &map : layer.maps) {
             if (!isUvMap(map) || map.points.empty()) continue;
             if (map.isOfCorners)
@@ -140,7 +137,15 @@ class LayerVertices {
         vertex_.position = transform_.pointToWorld({p[0], p[1], p[2]});
         const std::uint32_t added = builder_.addSeparateVertex(vertex_);
         if (maps_.count() > 0) firstOfPoint_.push_back(first == kNone ? added : first);
+        if (limitNormals_) limitNormals_->push_back(limitNormalOf(point));
         return added;
+    }
+
+    std::array<float, 3> limitNormalOf(std::uint32_t point) const {
+        if (layer_.normals.empty()) return {};
+        const std::array<float, 3> &n = layer_.normals[point];
+        const Vec3 normal = normalised(transform_.normalToWorld({n[0], n[1], n[2]}), {0, 0, 0});
+        return {static_cast<float>(normal.x), static_cast<float>(normal.y), static_cast<float>(normal.z)};
     }
 
     std::uint32_t vertexOf(std::uint32_t point) {
@@ -185,6 +190,7 @@ class LayerVertices {
     const Transform &transform_;
     MeshBuilder &builder_;
     std::pmr::vector<std::uint32_t> &firstOfPoint_;
+    std::pmr::vector<std::array<float, 3>> *limitNormals_; // may be null
     std::vector<std::uint32_t> vertices_;      // by point: the vertex with the point's own UV coordinates, or kNone
     std::vector<std::vector<Uv>> pointValues_; // by map, then by point; empty for a map without values of points
     std::vector<CornerValue> cornerValues_;    // by polygon
@@ -196,11 +202,17 @@ class LayerVertices {
     std::vector<Uv> pointUvs_;
 };
 
+bool hasNormals(const ObjectGeometry &geometry) {
+    return std::any_of(geometry.layers.begin(), geometry.layers.end(),
+                       [](const ObjectLayer &layer) { return !layer.normals.empty(); });
+}
+
 class ObjectMesh {
   public:
     ObjectMesh(ObjectGeometry &geometry, const Transform &transform, std::pmr::memory_resource *memory)
         : geometry_(geometry), transform_(transform), maps_(geometry), builder_(maps_.names(), false, memory),
-          firstOfPoint_(memory), materials_(geometry.tags.size() + 1, kNone) {}
+          firstOfPoint_(memory), hasLimitNormals_(hasNormals(geometry)), limitNormals_(memory),
+          materials_(geometry.tags.size() + 1, kNone) {}
 
     Mesh build(const std::string &file) {
         noteLosses();
@@ -215,6 +227,7 @@ class ObjectMesh {
                                                  : "the mesh has no polygons");
         Mesh mesh = builder_.finish();
         mesh.firstOfPoint = std::move(firstOfPoint_);
+        mesh.limitNormals = std::move(limitNormals_);
         addWarnings(geometry_.losses, mesh);
         return mesh;
     }
@@ -224,33 +237,33 @@ class ObjectMesh {
         std::set<std::pair<std::uint32_t, std::string>> unused; // maps by type and name
         for (const ObjectLayer &layer : geometry_.layers) {
             if (layer.isHidden()) {
-                if (!layer.polygons.empty()) geometry_.losses.addAt(Loss::hiddenLayer, [&] { return nameOf(layer); });
+                if (!layer.polygons.empty()) geometry_.losses.addAt(Loss::hiddenLayer, [&] { return placeOf(layer); });
                 continue;
             }
             notePolygons(layer);
             for (const ObjectVertexMap &map : layer.maps)
                 if (isForPictures(map) && !isUvMap(map) && unused.insert({map.type, map.name}).second)
                     geometry_.losses.addAt(Loss::unusedMap, [&] {
-                        return fmt::format("{} {}, {}", blockName(map.type), inQuotes(map.name), nameOf(layer));
+                        return fmt::format("{} {}, {}", blockName(map.type), inQuotes(map.name), placeOf(layer));
                     });
         }
     }
 
     void notePolygons(const ObjectLayer &layer) {
-        const auto placeOf = [&layer](std::size_t polygon) {
-            return fmt::format("polygon {} of {}", polygon, nameOf(layer));
-        };
         Losses &losses = geometry_.losses;
         for (const ObjectPolygons &group : layer.polygons) {
             if (group.count == 0) continue;
-            if (!group.areDrawn())
-                losses.add(Loss::undrawnPolygon, blockName(group.type) + ", " + placeOf(group.first), group.count);
-            if (group.areCage()) losses.add(Loss::cage, placeOf(group.first), group.count);
-            for (std::size_t i = group.first; group.areDrawn() && i < group.first + group.count; ++i)
-                if (layer.ends[i] - layer.begin(i) < 3) losses.addAt(Loss::smallPolygon, [&] { return placeOf(i); });
+            const bool isKnown = group.areDrawn() || group.areCage();
+            if (!isKnown)
+                losses.add(Loss::undrawnPolygon,
+                           fmt::format("{}, {}", blockName(group.type), placeOf(layer, group.first)), group.count);
+            for (std::size_t i = group.first; isKnown && i < group.first + group.count; ++i)
+                if (layer.ends[i] - layer.begin(i) < 3)
+                    losses.addAt(Loss::smallPolygon, [&] { return placeOf(layer, i); });
         }
         for (std::size_t i = 0; i < layer.smoothingGroups.size(); ++i)
-            if (layer.smoothingGroups[i] != kNoTag) losses.addAt(Loss::smoothingGroup, [&] { return placeOf(i); });
+            if (layer.smoothingGroups[i] != kNoTag)
+                losses.addAt(Loss::smoothingGroup, [&] { return placeOf(layer, i); });
     }
 
     void reserve() {
@@ -263,6 +276,7 @@ class ObjectMesh {
         }
         builder_.reserve(points, triangles);
         if (maps_.count() > 0) firstOfPoint_.reserve(points);
+        if (hasLimitNormals_) limitNormals_.reserve(points);
     }
 
     std::uint16_t materialOf(const ObjectLayer &layer, std::size_t polygon) {
@@ -273,7 +287,8 @@ class ObjectMesh {
     }
 
     void addLayer(const ObjectLayer &layer) {
-        LayerVertices vertices(layer, maps_, transform_, builder_, firstOfPoint_);
+        LayerVertices vertices(layer, maps_, transform_, builder_, firstOfPoint_,
+                               hasLimitNormals_ ? &limitNormals_ : nullptr);
         const bool turn = transform_.mirrors(); // which reverses every polygon
         std::vector<std::uint32_t> corners;
         forEachDrawnPolygon(layer, [&](std::size_t polygon) {
@@ -288,24 +303,31 @@ class ObjectMesh {
     const UvMapNumbers maps_;
     MeshBuilder builder_;
     std::pmr::vector<std::uint32_t> firstOfPoint_; // by vertex; empty without UV maps, as vertices are points then
-    std::vector<std::uint32_t> materials_;         // by tag; the last one is that of polygons without a tag
+    const bool hasLimitNormals_;
+    std::pmr::vector<std::array<float, 3>> limitNormals_;
+    std::vector<std::uint32_t> materials_; // by tag; the last one is that of polygons without a tag
 };
+
+// Leaves only the layer of that number, which becomes visible.
+void keepLayer(int number, const std::string &file, ObjectGeometry &geometry) {
+    std::erase_if(geometry.layers,
+                  [number](const ObjectLayer &one) { return one.number != static_cast<std::uint32_t>(number); });
+    if (geometry.layers.empty()) throw InputError({.file = file}, fmt::format("the object has no layer {}", number));
+    for (ObjectLayer &one : geometry.layers) one.flags &= ~ObjectLayer::kHidden;
+}
 
 } // namespace
 
 Mesh readObjectMesh(const std::string &file, const MeshFormat &, const Transform &transform,
                     std::pmr::memory_resource *memory) {
-    ObjectGeometry geometry = readObject(readFile(file), file);
-    return ObjectMesh(geometry, transform, memory).build(file);
+    return readObjectLayers(file, transform, std::nullopt, kDefaultSubdivision, memory);
 }
 
-Mesh readObjectLayer(const std::string &file, const Transform &transform, int layer,
-                     std::pmr::memory_resource *memory) {
+Mesh readObjectLayers(const std::string &file, const Transform &transform, std::optional<int> layer, int subdivision,
+                      std::pmr::memory_resource *memory) {
     ObjectGeometry geometry = readObject(readFile(file), file);
-    std::erase_if(geometry.layers,
-                  [layer](const ObjectLayer &one) { return one.number != static_cast<std::uint32_t>(layer); });
-    if (geometry.layers.empty()) throw InputError({.file = file}, fmt::format("the object has no layer {}", layer));
-    for (ObjectLayer &one : geometry.layers) one.flags &= ~ObjectLayer::kHidden;
+    if (layer) keepLayer(*layer, file, geometry);
+    subdivide(geometry, {.level = subdivision, .mostBytes = readLimitInBytes()}, file);
     return ObjectMesh(geometry, transform, memory).build(file);
 }
 

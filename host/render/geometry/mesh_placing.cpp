@@ -17,10 +17,11 @@ Mesh placedMesh(const Mesh &mesh, const Transform &transform) {
         p[1] = static_cast<float>(position.y);
         p[2] = static_cast<float>(position.z);
     }
-    for (std::array<float, 3> &normal : placed.normals) {
-        const Vec3 turned = normalised(transform.normalToWorld({normal[0], normal[1], normal[2]}), {0, 0, 0});
-        normal = {static_cast<float>(turned.x), static_cast<float>(turned.y), static_cast<float>(turned.z)};
-    }
+    for (auto *normals : {&placed.normals, &placed.limitNormals})
+        for (std::array<float, 3> &normal : *normals) {
+            const Vec3 turned = normalised(transform.normalToWorld({normal[0], normal[1], normal[2]}), {0, 0, 0});
+            normal = {static_cast<float>(turned.x), static_cast<float>(turned.y), static_cast<float>(turned.z)};
+        }
     if (transform.mirrors())
         for (HostPolygon &triangle : placed.triangles) std::swap(triangle.corners[1], triangle.corners[2]);
     return placed;

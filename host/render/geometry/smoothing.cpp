@@ -101,7 +101,13 @@ class CornerSmoother {
         const bool alike = allAlike();
         Vec3 shared;
         if (alike) shared = meanAbout(facets_.front());
-        for (const Facet &facet : facets_) assign(facet, normalised(alike ? shared : meanAbout(facet), facet.normal));
+        for (const Facet &facet : facets_) {
+            const Vec3 limit = limitNormalAt(facet);
+            if (dot(limit, facet.normal) > 0)
+                assign(facet, limit);
+            else
+                assign(facet, normalised(alike ? shared : meanAbout(facet), facet.normal));
+        }
     }
 
     // What there is to be done once all points are smoothed, in this order.
@@ -126,6 +132,13 @@ class CornerSmoother {
         return std::all_of(facets_.begin(), facets_.end(), [&](const Facet &facet) {
             return facet.material == first.material && dot(facet.normal, first.normal) >= cosine;
         });
+    }
+
+    // The normal of the subdivision surface; zero where there is none.
+    Vec3 limitNormalAt(const Facet &facet) const {
+        if (mesh_.limitNormals.empty()) return {0, 0, 0};
+        const auto &normal = mesh_.limitNormals[mesh_.triangles[facet.triangle].corners[facet.corner]];
+        return {normal[0], normal[1], normal[2]};
     }
 
     Vec3 meanAbout(const Facet &facet) const {

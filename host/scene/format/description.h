@@ -6,6 +6,7 @@
 #pragma once
 
 #include "host/base/error.h"
+#include "host/base/limits.h"
 #include "host/base/workflow.h"
 #include "host/graph/node_look.h"
 #include "host/panel/setting.h"
@@ -149,6 +150,7 @@ struct NullDescription : ItemDescription {
 struct MeshFile {
     std::string file;           // as found: a relative path in the scene file is already resolved
     std::optional<int> layer{}; // of a LightWave object, by its number in the file: only this one, even if it is hidden
+    int subdivision = kDefaultSubdivision; // level of a LightWave object's subdivision surfaces; 0: their control cages
 
     bool operator==(const MeshFile &) const = default;
 };

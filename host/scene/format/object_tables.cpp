@@ -46,6 +46,11 @@ constexpr Field<MeshFile> kMeshFields[] = {
      .target = CustomValue<MeshFile>{.read = readLayer,
                                      .write = writeLayer,
                                      .schema = [] { return ruleSchema(kLayerRule); }}},
+    {.key = "subdivision",
+     .help = "How often the subdivision surfaces of an LWO file are divided: an edge of their control cages becomes 2 "
+             "to the power of this number of edges. 0 draws the cages.",
+     .rule = integerRule(0, kMostSubdivision),
+     .target = &MeshFile::subdivision},
 };
 
 constexpr Field<PlaneShape> kPlaneFields[] = {
