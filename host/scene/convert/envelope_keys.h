@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/object/envelopes.h"
-#include "host/panel/setting.h"
+#include "host/scene/format/description.h"
 
 #include <array>
 #include <optional>
