@@ -29,7 +29,8 @@ double millisecondsOf(const std::function<void()> &act) {
 std::shared_ptr<Mesh> meshIn(const std::string &file) { return std::make_shared<Mesh>(readMesh(file, Transform())); }
 
 void readAndBuild(const std::string &file) {
-    const Acceleration tree({{.mesh = meshIn(file), .seenByCamera = true, .seenByRays = true, .castsShadows = true}});
+    const Acceleration tree(
+        {{.mesh = meshIn(file), .seenByCamera = true, .seenByRays = true, .castsShadows = true, .motion = nullptr}});
     keep(tree);
 }
 

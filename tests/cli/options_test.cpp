@@ -113,13 +113,13 @@ TEST(Options, TheModuleMayPrecedeTheCommand) {
     EXPECT_EQ(parse({"show", "--module", "m.p", "Velm Counter"}).program.module, "m.p");
 }
 
-struct Wrong {
+struct WrongWords {
     const char *name;
     std::vector<std::string> words;
     const char *message; // a part of it
 };
 
-class WrongCommandLine : public testing::TestWithParam<Wrong> {};
+class WrongCommandLine : public testing::TestWithParam<WrongWords> {};
 
 TEST_P(WrongCommandLine, IsReportedInOneLine) {
     const test::Outcome outcome = test::velm(GetParam().words, false);
@@ -139,43 +139,47 @@ std::vector<std::string> render(const std::vector<std::string> &more) {
 INSTANTIATE_TEST_SUITE_P(
     All, WrongCommandLine,
     testing::Values(
-        Wrong{"NoCommand", {}, "a command is needed: nodes, show, render"},
-        Wrong{"UnknownCommand", {"rendre"}, "there is no command \"rendre\", did you mean \"render\"?"},
-        Wrong{"OptionWithoutCommand", {"--everything"}, "there is no option --everything"},
-        Wrong{"ModuleWithoutFile", {"--module"}, "--module"},
-        Wrong{"UnknownOption", {"nodes", "--everything"}, "there is no option --everything (see"},
-        Wrong{"MisspeltOption", render({"--sise", "4x4"}), "no option --sise, did you mean \"--size\"?"},
-        Wrong{"MisspeltOptionWithValue", render({"--treads=4"}), "did you mean \"--threads\"?"},
-        Wrong{"NoNumber", render({"--call-limit", "nan"}), "--call-limit: \"nan\" is not a number from 0 to 1000000"},
-        Wrong{"NegativeNumber", render({"--call-limit", "-1"}), "\"-1\" is not a number from 0"},
-        Wrong{"LineBreak", {"a\nb"}, "there is no command \"a\\nb\""},
-        Wrong{"ShowWithoutNode", {"show"}, "NODE is required"},
-        Wrong{"RenderWithoutScene", {"render"}, "FILE is required"}, Wrong{"TwoScenes", render({"b.json"}), "b.json"},
-        Wrong{"SizeZero", render({"--size", "0x0"}), "--size: 0 is not from 1 to 32768"},
-        Wrong{"SizeHuge", render({"--size", "10x99999"}), "--size: 99999 is not from 1 to 32768"},
-        Wrong{"SizeText", render({"--size", "640"}), "--size: \"640\" is no size such as 960x540"},
-        Wrong{"SizeTail", render({"--size", "640x480x3"}), "is no size"},
-        Wrong{"ManyThreads", render({"--threads", "1025"}), "--threads"},
-        Wrong{"NoThreads", render({"--threads", "0"}), "--threads"},
-        Wrong{"NoSamples", render({"--samples", "0"}), "--samples"},
-        Wrong{"SamplesText", render({"--samples", "many"}), "--samples"},
-        Wrong{"RegionOfThree", render({"--region", "0,0,5"}), "--region: \"0,0,5\" is no region"},
-        Wrong{"RegionEmpty", render({"--region", "5,0,5,9"}), "is empty"},
-        Wrong{"RegionOutside", render({"--region", "-1,0,5,9"}), "starts outside the picture"},
-        Wrong{"FramesBackwards", render({"--frames", "5-3"}), "--frames: the last frame, 3, comes before the first, 5"},
-        Wrong{"FramesText", render({"--frames", "all"}), "--frames: \"all\" is neither"},
-        Wrong{"FramesHuge", render({"--frames", "1-9999999"}), "numbered from -999999 to 999999"},
-        Wrong{"FramesTail", render({"--frames", "1-9x2,b"}), "\"b\" is neither a frame nor a range such as"},
-        Wrong{"QuietProgress", render({"--quiet", "--progress", "bar"}), "--quiet excludes --progress"},
-        Wrong{"ProgressText", render({"--progress", "dots"}),
-              "--progress: \"dots\" is none of bar, percent, openjd, none"},
-        Wrong{"JsonWithoutStatistics", render({"--json"}), "--json requires --stats"},
-        Wrong{"SetWithoutValue", render({"--set", "render.samples"}),
-              "--set: \"render.samples\" is not a path and a value"},
-        Wrong{"SetEmptyPart", render({"--set", "render..samples=3"}), "has an empty part (character 8)"},
-        Wrong{"SetNoJson", render({"--set", "render.samples=3x"}), "the value of \"render.samples=3x\" is not JSON"},
-        Wrong{"TimeLimitBelowZero", render({"--time-limit", "-1"}), "\"-1\" is not a number from 0"},
-        Wrong{"DataNotThere", render({"--data", "/nowhere"}), "/nowhere"}),
+        WrongWords{"NoCommand", {}, "a command is needed: nodes, show, render"},
+        WrongWords{"UnknownCommand", {"rendre"}, "there is no command \"rendre\", did you mean \"render\"?"},
+        WrongWords{"OptionWithoutCommand", {"--everything"}, "there is no option --everything"},
+        WrongWords{"ModuleWithoutFile", {"--module"}, "--module"},
+        WrongWords{"UnknownOption", {"nodes", "--everything"}, "there is no option --everything (see"},
+        WrongWords{"MisspeltOption", render({"--sise", "4x4"}), "no option --sise, did you mean \"--size\"?"},
+        WrongWords{"MisspeltOptionWithValue", render({"--treads=4"}), "did you mean \"--threads\"?"},
+        WrongWords{"NoNumber", render({"--call-limit", "nan"}),
+                   "--call-limit: \"nan\" is not a number from 0 to 1000000"},
+        WrongWords{"NegativeNumber", render({"--call-limit", "-1"}), "\"-1\" is not a number from 0"},
+        WrongWords{"LineBreak", {"a\nb"}, "there is no command \"a\\nb\""},
+        WrongWords{"ShowWithoutNode", {"show"}, "NODE is required"},
+        WrongWords{"RenderWithoutScene", {"render"}, "FILE is required"},
+        WrongWords{"TwoScenes", render({"b.json"}), "b.json"},
+        WrongWords{"SizeZero", render({"--size", "0x0"}), "--size: 0 is not from 1 to 32768"},
+        WrongWords{"SizeHuge", render({"--size", "10x99999"}), "--size: 99999 is not from 1 to 32768"},
+        WrongWords{"SizeText", render({"--size", "640"}), "--size: \"640\" is no size such as 960x540"},
+        WrongWords{"SizeTail", render({"--size", "640x480x3"}), "is no size"},
+        WrongWords{"ManyThreads", render({"--threads", "1025"}), "--threads"},
+        WrongWords{"NoThreads", render({"--threads", "0"}), "--threads"},
+        WrongWords{"NoSamples", render({"--samples", "0"}), "--samples"},
+        WrongWords{"SamplesText", render({"--samples", "many"}), "--samples"},
+        WrongWords{"RegionOfThree", render({"--region", "0,0,5"}), "--region: \"0,0,5\" is no region"},
+        WrongWords{"RegionEmpty", render({"--region", "5,0,5,9"}), "is empty"},
+        WrongWords{"RegionOutside", render({"--region", "-1,0,5,9"}), "starts outside the picture"},
+        WrongWords{"FramesBackwards", render({"--frames", "5-3"}),
+                   "--frames: the last frame, 3, comes before the first, 5"},
+        WrongWords{"FramesText", render({"--frames", "all"}), "--frames: \"all\" is neither"},
+        WrongWords{"FramesHuge", render({"--frames", "1-9999999"}), "numbered from -999999 to 999999"},
+        WrongWords{"FramesTail", render({"--frames", "1-9x2,b"}), "\"b\" is neither a frame nor a range such as"},
+        WrongWords{"QuietProgress", render({"--quiet", "--progress", "bar"}), "--quiet excludes --progress"},
+        WrongWords{"ProgressText", render({"--progress", "dots"}),
+                   "--progress: \"dots\" is none of bar, percent, openjd, none"},
+        WrongWords{"JsonWithoutStatistics", render({"--json"}), "--json requires --stats"},
+        WrongWords{"SetWithoutValue", render({"--set", "render.samples"}),
+                   "--set: \"render.samples\" is not a path and a value"},
+        WrongWords{"SetEmptyPart", render({"--set", "render..samples=3"}), "has an empty part (character 8)"},
+        WrongWords{"SetNoJson", render({"--set", "render.samples=3x"}),
+                   "the value of \"render.samples=3x\" is not JSON"},
+        WrongWords{"TimeLimitBelowZero", render({"--time-limit", "-1"}), "\"-1\" is not a number from 0"},
+        WrongWords{"DataNotThere", render({"--data", "/nowhere"}), "/nowhere"}),
     [](const auto &row) { return row.param.name; });
 
 TEST(Help, IsAvailableForEveryCommand) {

@@ -175,7 +175,7 @@ TEST(Render, ProvidesNodesWithTheScenesFramesWhateverFramesAreRendered) {
     EXPECT_EQ(middleOf(directory / "3.exr"), (std::array<float, 3>{9.0F, 3.0F, 5.0F}));
 }
 
-struct Wrong {
+struct RenderMistake {
     const char *name;
     std::string scene;
     std::vector<std::string> words;
@@ -189,10 +189,10 @@ std::string withNodeSettings(const std::string &settings) {
            settings + "}}}}}}";
 }
 
-class WrongRender : public testing::TestWithParam<Wrong> {};
+class WrongRender : public testing::TestWithParam<RenderMistake> {};
 
 TEST_P(WrongRender, EndsWithItsStatusAndWritesNoFile) {
-    const Wrong &wrong = GetParam();
+    const RenderMistake &wrong = GetParam();
     const TemporaryDirectory directory;
     const std::string scene = directory.write("scene.json", wrong.scene);
     std::vector<std::string> words{"render", scene};
@@ -211,48 +211,49 @@ TEST_P(WrongRender, EndsWithItsStatusAndWritesNoFile) {
 INSTANTIATE_TEST_SUITE_P(
     All, WrongRender,
     testing::Values(
-        Wrong{"NoJson", "{", {}, kExitInput, "velm: SCENE:1: "},
-        Wrong{
+        RenderMistake{"NoJson", "{", {}, kExitInput, "velm: SCENE:1: "},
+        RenderMistake{
             "UnknownKey", "{\n\"camera\": {}}", {}, kExitInput, "SCENE:2: a scene has no key \"camera\", did you mean"},
-        Wrong{
+        RenderMistake{
             "UnknownNode",
             "{\"cameras\": {\"Main\": {}},\n\"surfaces\": {\"S\": {\"nodes\": {\n\"C\": {\"server\": \"Chequer\"}}}}}",
             {},
             kExitInput,
             "SCENE:3: no node \"Chequer\", did you mean \"Checker\"?"},
-        Wrong{"UnknownSetting", withNodeSettings("\"Sise\": 1"), {}, kExitInput, "did you mean \"Size\"?"},
-        Wrong{"SettingsLine", withNodeSettings("\"Sise\": 1"), {}, kExitInput, "velm: SCENE:4: "},
-        Wrong{"WrongKind", withNodeSettings("\"Size\": \"big\""), {}, kExitInput, "velm: SCENE:4: "},
-        Wrong{"UnknownEntry", withNodeSettings("\"Coordinates\": \"Wrld\""), {}, kExitInput, "\"World\""},
-        Wrong{"UnknownOutput",
-              "{\"cameras\": {\"Main\": {}}, \"surfaces\": {\"S\": {\"nodes\": {\"C\": {\"server\": \"Checker\"}},\n"
-              "\"connections\": [\n\"C.Colour -> S.Color\"]}}}",
-              {},
-              kExitInput,
-              "SCENE:3: "},
-        Wrong{"UnknownRootSetting",
-              "{\"cameras\": {\"Main\": {}},\n\"surfaces\": {\"S\": {\"settings\": {\"Colour\": [1, 1, 1]}}}}",
-              {},
-              kExitInput,
-              "did you mean \"Color\"?"},
-        Wrong{"RegionOutside",
-              kGlowingWall,
-              {"--region", "0,0,9,6"},
-              kExitUsage,
-              "--region: the region ends at 9,6, outside the picture of 8x6"},
-        Wrong{"UnknownEnding", kGlowingWall, {"-o", "picture.bmp7"}, kExitUsage, "bmp7"},
-        Wrong{"OutputIsADirectory", kGlowingWall, {"-o", "/tmp"}, kExitUsage, "/tmp"},
-        Wrong{"NameTooLong", // reported before anything is rendered
-              kGlowingWall,
-              {"-o", "/tmp/" + std::string(250, 'x') + ".png"},
-              kExitMachine,
-              ".png\": File name too long"},
-        Wrong{"NameOfTheLastFrameTooLong",
-              kGlowingWall,
-              {"-o", "/tmp/" + std::string(243, 'x') + "#.png", "--frames", "9-10"},
-              kExitMachine,
-              "10.png\": File name too long"},
-        Wrong{"NoDirectoryPossible", kGlowingWall, {"-o", "/dev/null/a.png"}, kExitMachine, "/dev/null/a.png"}),
+        RenderMistake{"UnknownSetting", withNodeSettings("\"Sise\": 1"), {}, kExitInput, "did you mean \"Size\"?"},
+        RenderMistake{"SettingsLine", withNodeSettings("\"Sise\": 1"), {}, kExitInput, "velm: SCENE:4: "},
+        RenderMistake{"WrongKind", withNodeSettings("\"Size\": \"big\""), {}, kExitInput, "velm: SCENE:4: "},
+        RenderMistake{"UnknownEntry", withNodeSettings("\"Coordinates\": \"Wrld\""), {}, kExitInput, "\"World\""},
+        RenderMistake{
+            "UnknownOutput",
+            "{\"cameras\": {\"Main\": {}}, \"surfaces\": {\"S\": {\"nodes\": {\"C\": {\"server\": \"Checker\"}},\n"
+            "\"connections\": [\n\"C.Colour -> S.Color\"]}}}",
+            {},
+            kExitInput,
+            "SCENE:3: "},
+        RenderMistake{"UnknownRootSetting",
+                      "{\"cameras\": {\"Main\": {}},\n\"surfaces\": {\"S\": {\"settings\": {\"Colour\": [1, 1, 1]}}}}",
+                      {},
+                      kExitInput,
+                      "did you mean \"Color\"?"},
+        RenderMistake{"RegionOutside",
+                      kGlowingWall,
+                      {"--region", "0,0,9,6"},
+                      kExitUsage,
+                      "--region: the region ends at 9,6, outside the picture of 8x6"},
+        RenderMistake{"UnknownEnding", kGlowingWall, {"-o", "picture.bmp7"}, kExitUsage, "bmp7"},
+        RenderMistake{"OutputIsADirectory", kGlowingWall, {"-o", "/tmp"}, kExitUsage, "/tmp"},
+        RenderMistake{"NameTooLong", // reported before anything is rendered
+                      kGlowingWall,
+                      {"-o", "/tmp/" + std::string(250, 'x') + ".png"},
+                      kExitMachine,
+                      ".png\": File name too long"},
+        RenderMistake{"NameOfTheLastFrameTooLong",
+                      kGlowingWall,
+                      {"-o", "/tmp/" + std::string(243, 'x') + "#.png", "--frames", "9-10"},
+                      kExitMachine,
+                      "10.png\": File name too long"},
+        RenderMistake{"NoDirectoryPossible", kGlowingWall, {"-o", "/dev/null/a.png"}, kExitMachine, "/dev/null/a.png"}),
     [](const auto &row) { return row.param.name; });
 
 // Anything but a regular file under the picture's name is an error, before anything is rendered.
