@@ -135,7 +135,7 @@ TEST_F(Convert, RefusesOtherOutputsAndWhatIsNotReadWhereStrict) {
     EXPECT_NE(picture.err.find("sail.png\": the name of a scene file ends in .json"), std::string::npos) << picture.err;
     EXPECT_EQ(convert(mesh, directory_ / "none/sail.json").status, kExitMachine);
     EXPECT_EQ(convert(directory_ / "none.obj", directory_ / "a.json").status, kExitInput);
-    directory_.write("grey.mtl", "newmtl Grey\nKd 0.5 0.5 0.5\n");
+    directory_.write("grey.mtl", "newmtl Grey\nKd 0.5 0.5 0.5\nmap_Ks spots.png\n");
     const std::string grey = directory_.write("grey.obj", std::string("mtllib grey.mtl\nusemtl Grey\n") + kTriangle);
     EXPECT_EQ(convert(grey, directory_ / "grey.json", {"--strict"}).status, kExitInput);
     EXPECT_FALSE(std::filesystem::exists(directory_ / "grey.json"));

@@ -22,9 +22,11 @@ inline std::string exampleFile(const std::string &name) {
     const std::string json = kExamples + name + ".json";
     return std::filesystem::exists(json) ? json : kExamples + name + ".lws";
 }
+// In order.
 inline std::vector<std::string> exampleNames() {
     std::vector<std::string> names = stemsIn(kExamples, ".json"), others = stemsIn(kExamples, ".lws");
     names.insert(names.end(), others.begin(), others.end());
+    std::ranges::sort(names);
     return names;
 }
 

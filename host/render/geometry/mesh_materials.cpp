@@ -6,7 +6,7 @@
 // - n = 2 / a^2 - 2, by which both lobes have the same width (Walter et al., "Microfacet Models for Refraction through
 //   Rough Surfaces", 2007), and Specular = F0 / (4 a^2), by which they have the same peak: the lobe's is
 //   F0 D(h) / 4 with D = 1 / (pi a^2), and a light of intensity 1 lights a white surface to 1, which is pi times that.
-// - A rough metal looks like a diffuse surface of its colour; a smooth one is a mirror. Our mirror has no colour, so that
+// - A rough metal looks like a diffuse surface of its colour; a smooth one is a mirror. Our mirror has no colour, so
 //   half of what the metal mirrors stays in Diffuse: with the mirrored part m = metallic (1 - roughness),
 //   Diffuse = 1 - m / 2, and Reflection is m / 2 times the luminance of the base colour.
 #include "host/render/geometry/mesh_materials.h"
