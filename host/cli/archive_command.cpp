@@ -1,15 +1,16 @@
 // "velm archive": a scene and all that it reads, in one directory.
 #include "host/base/error.h"
 #include "host/cli/commands.h"
-#include "host/cli/interrupt.h"
 #include "host/cli/option_types.h"
 #include "host/cli/scene_archive.h"
+#include "host/guard/blocked_signals.h"
 #include "host/io/files.h"
 #include "host/open/open_file.h"
 #include "host/scene/format/write_scene.h"
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -106,23 +107,39 @@ void copy(const std::string &from, const fs::path &to) {
     if (error) throw MachineError(fmt::format("cannot copy \"{}\" to \"{}\": {}", from, to.string(), error.message()));
 }
 
+// The signal that is to end the program; 0: none has arrived.
+int endingSignal(const BlockedSignals &signals) {
+    while (const auto info = signals.next(0))
+        if (info->si_signo != SIGCHLD) return info->si_signo;
+    return 0;
+}
+
+// Writes the directory, or nothing if a signal arrives that is to end the program. Gives that signal, or 0.
+int writeArchive(const SceneDescription &scene, const ArchiveLayout &layout, const fs::path &directory,
+                 const BlockedSignals &signals) {
+    UnfinishedDirectory unfinished(directory);
+    for (const ArchiveLayout::Entry &entry : layout.entries()) {
+        if (const int signal = endingSignal(signals)) return signal;
+        copy(entry.from, fs::path(unfinished.name()) / entry.to);
+    }
+    const SceneDescription archived = archivedScene(scene, layout, unfinished.name());
+    writeFileAtomically((fs::path(unfinished.name()) / kSceneName).string(), writeScene(archived, unfinished.name()));
+    if (const int signal = endingSignal(signals)) return signal;
+    unfinished.finish();
+    return 0;
+}
+
 int run(const ProgramOptions &, const ArchiveOptions &options, std::ostream &out, std::ostream &err) {
-    const InterruptGuard guard;
     const fs::path directory = checkedDirectory(options.directory);
     Warnings warnings = printedWarnings(err, options.strict);
     MeshCache meshes;
     const SceneDescription scene = completeFile(
         openFile({.file = options.scene, .path = searchPath(options.data), .meshes = &meshes}), meshes, warnings);
     const ArchiveLayout layout(filesOfScene(scene, warnings), warnings);
-    UnfinishedDirectory unfinished(directory);
-    for (const ArchiveLayout::Entry &entry : layout.entries()) {
-        if (InterruptGuard::interrupted()) return kExitInterrupted;
-        copy(entry.from, fs::path(unfinished.name()) / entry.to);
-    }
-    const SceneDescription archived = archivedScene(scene, layout, unfinished.name());
-    writeFileAtomically((fs::path(unfinished.name()) / kSceneName).string(), writeScene(archived, unfinished.name()));
-    if (InterruptGuard::interrupted()) return kExitInterrupted;
-    unfinished.finish();
+    const BlockedSignals signals; // which would leave a part of the directory behind
+    const int signal = writeArchive(scene, layout, directory, signals);
+    if (signal == SIGINT) return kExitInterrupted;
+    if (signal != 0) signals.dieOf(signal);
     out << (directory / kSceneName).string() << '\n';
     return kExitDone;
 }

@@ -46,7 +46,8 @@ using ComponentEnvelopes = std::vector<std::shared_ptr<const ObjectEnvelope>>;
 class EnvelopeList {
   public:
     void add(ObjectEnvelope envelope) {
-        envelopes_.try_emplace(envelope.number, std::make_shared<const ObjectEnvelope>(std::move(envelope)));
+        const std::uint32_t number = envelope.number;
+        envelopes_.try_emplace(number, std::make_shared<const ObjectEnvelope>(std::move(envelope)));
     }
     // Those with the numbers from `first` on; empty for 0, which means none. A number without an envelope gives null.
     ComponentEnvelopes from(std::uint32_t first, std::size_t components) const;

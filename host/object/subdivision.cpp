@@ -74,7 +74,7 @@ std::unique_ptr<TopologyRefiner> refined(const Cage &cage, std::span<const CageM
     options.validateFullTopology = true;
     std::unique_ptr<TopologyRefiner> refiner(Refiners::Create(topology, options));
     if (!refiner) return nullptr;
-    TopologyRefiner::UniformOptions uniform(static_cast<unsigned>(level));
+    TopologyRefiner::UniformOptions uniform(level);
     uniform.fullTopologyInLastLevel = true; // which limits need
     refiner->RefineUniform(uniform);
     return refiner;
@@ -94,7 +94,7 @@ Limits limitsOf(const TopologyRefiner &refiner, std::vector<Point> points) {
         points.swap(next);
     }
     next.assign(points.size(), {});
-    Limits limits{.points = next, .tangents = next, .otherTangents = std::move(next)};
+    Limits limits{.points = next, .tangents = next, .otherTangents = next};
     interpolator.Limit(points, limits.points, limits.tangents, limits.otherTangents);
     return limits;
 }

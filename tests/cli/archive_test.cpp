@@ -1,11 +1,12 @@
 // "velm files" and "velm archive".
 #include "host/cli/scene_archive.h"
 
-#include "tests/cli/command.h"
+#include "tests/cli/program.h"
 #include "tests/scene/scene_text.h"
 #include "tests/temporary_directory.h"
 
 #include <algorithm>
+#include <csignal>
 #include <gtest/gtest.h>
 #include <iterator>
 
@@ -108,6 +109,23 @@ TEST_F(Archives, LeaveNothingBehindWhenTheyFail) {
     std::vector<std::string> names;
     for (const auto &entry : fs::directory_iterator(directory_.path())) names.push_back(entry.path().filename());
     EXPECT_EQ(names, (std::vector<std::string>{"work"}));
+}
+
+// The signal is pending from the beginning, so that it does not matter how fast the command is.
+TEST(ArchiveCommand, LeavesNothingBehindWhenItIsEnded) {
+    const test::WorkDirectory directory;
+    directory.write("scene.json", R"({"cameras": {"Main": {}}})");
+    for (const int signal : {SIGTERM, SIGHUP}) {
+        const test::Outcome outcome = test::runProgram(directory, {"archive", "scene.json", "kept"}, [&] {
+            sigset_t blocked;
+            sigemptyset(&blocked);
+            sigaddset(&blocked, signal);
+            sigprocmask(SIG_BLOCK, &blocked, nullptr);
+            raise(signal);
+        });
+        EXPECT_EQ(outcome.status, -signal) << outcome.err;
+        EXPECT_EQ(directory.names(), (std::vector<std::string>{"old.png", "scene.json"}));
+    }
 }
 
 TEST_F(Archives, DoNotReplaceAnything) {

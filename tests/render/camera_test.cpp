@@ -140,7 +140,8 @@ TEST(Camera, BladesGiveTheLensItsShape) {
     const Camera camera(description, 200, 100);
     double widest = 0;
     for (int i = 0; i < 100; ++i) {
-        const DiscPoint point = camera.lensPoint({i % 10 / 10.0, (i / 10 + 1) / 10.0});
+        const int column = i % 10, row = i / 10 + 1;
+        const DiscPoint point = camera.lensPoint({column / 10.0, row / 10.0});
         widest = std::max({widest, std::fabs(point.x), std::fabs(point.y)});
     }
     EXPECT_NEAR(widest, std::sqrt(0.5), kTolerance) << "an upright square";

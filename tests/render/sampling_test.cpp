@@ -84,7 +84,8 @@ TEST(Sampling, ShapesOfLensesAreFilledEvenly) {
     const double half = std::sqrt(0.5); // the disc of this radius has half of the area
     int inDisc = 0, inSquare = 0;
     for (int i = 0; i < kSide * kSide; ++i) {
-        const UnitSquare point = {(i % kSide + 0.5) / kSide, (i / kSide + 0.5) / kSide};
+        const int column = i % kSide, row = i / kSide;
+        const UnitSquare point = {(column + 0.5) / kSide, (row + 0.5) / kSide};
         const DiscPoint disc = onDisc(point);
         EXPECT_LE(std::hypot(disc.x, disc.y), 1);
         if (std::hypot(disc.x, disc.y) < half && disc.x > 0) ++inDisc;
@@ -92,8 +93,8 @@ TEST(Sampling, ShapesOfLensesAreFilledEvenly) {
         EXPECT_LE(std::fabs(square.x) + std::fabs(square.y), 1 + 1e-12);
         if (square.x + square.y > 0.5) ++inSquare; // the outer quarter of the upper right half
     }
-    EXPECT_NEAR(inDisc, kSide * kSide / 4, kSide * kSide * 0.005);
-    EXPECT_NEAR(inSquare, kSide * kSide / 4, kSide * kSide * 0.005);
+    EXPECT_NEAR(inDisc, kSide * kSide / 4.0, kSide * kSide * 0.005);
+    EXPECT_NEAR(inSquare, kSide * kSide / 4.0, kSide * kSide * 0.005);
 }
 
 } // namespace

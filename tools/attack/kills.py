@@ -11,8 +11,8 @@ import writes
 KIND, WEIGHT = "kills", 14
 
 SIGNALS = (signal.SIGKILL, signal.SIGKILL, signal.SIGTERM, signal.SIGINT, signal.SIGHUP)
-# Only SIGKILL of the first process may leave the unfinished file: its name, and six more letters.
-UNFINISHED = re.compile(r"\.[A-Za-z0-9]{6}$")
+# Only SIGKILL of the first process may leave what is unfinished: a file or directory with six more letters in its name.
+UNFINISHED = re.compile(r"\.[A-Za-z0-9]{6}(/.*)?$")
 
 
 def target_of(rng, process):

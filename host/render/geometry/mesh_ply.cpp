@@ -23,10 +23,21 @@ const PlyElement *verticesOf(const PlyHeader &header) { return header.find("vert
 const PlyElement *facesOf(const PlyHeader &header) { return header.find("face"); }
 
 // The numbers that are read of a vertex. The last slot is for all others.
-enum VertexSlot : std::size_t { xSlot, ySlot, zSlot, nxSlot, nySlot, nzSlot, uSlot, vSlot, otherSlot, slotCount };
+enum VertexSlot : std::size_t {
+    kXSlot,
+    kYSlot,
+    kZSlot,
+    kNxSlot,
+    kNySlot,
+    kNzSlot,
+    kUSlot,
+    kVSlot,
+    kOtherSlot,
+    kSlotCount
+};
 
 // The names that properties have, by slot. No property has an empty name.
-constexpr std::array<std::array<std::string_view, 4>, otherSlot> kSlotNames = {
+constexpr std::array<std::array<std::string_view, 4>, kOtherSlot> kSlotNames = {
     {{"x"}, {"y"}, {"z"}, {"nx"}, {"ny"}, {"nz"}, {"u", "s", "tx", "texture_u"}, {"v", "t", "ty", "texture_v"}}};
 constexpr std::array<std::string_view, 2> kCornerLists = {"vertex_indices", "vertex_index"};
 constexpr std::array<std::string_view, 3> kColours = {"red", "r", "diffuse_red"};
@@ -47,8 +58,8 @@ class PlyMesh {
     PlyMesh(const PlyHeader &header, Values values, const std::string &file, const Transform &transform,
             std::pmr::memory_resource *memory)
         : header_(header), values_(values), file_(file), transform_(transform), turns_(!transform.mirrors()),
-          hasNormals_(haveSlots(*verticesOf(header), {nxSlot, nySlot, nzSlot})),
-          hasUvs_(haveSlots(*verticesOf(header), {uSlot, vSlot})),
+          hasNormals_(haveSlots(*verticesOf(header), {kNxSlot, kNySlot, kNzSlot})),
+          hasUvs_(haveSlots(*verticesOf(header), {kUSlot, kVSlot})),
           builder_(hasUvs_ ? std::vector<std::string>{"UV"} : std::vector<std::string>{}, hasNormals_, memory) {}
 
     Mesh build() {
@@ -109,7 +120,7 @@ class PlyMesh {
     }
 
     static std::vector<VertexSlot> slotsOf(const PlyElement &vertices) {
-        std::vector<VertexSlot> slots(vertices.properties.size(), otherSlot);
+        std::vector<VertexSlot> slots(vertices.properties.size(), kOtherSlot);
         for (std::size_t i = 0; i < kSlotNames.size(); ++i)
             if (const auto found = vertices.find(kSlotNames[i])) slots[*found] = static_cast<VertexSlot>(i);
         return slots;
@@ -122,7 +133,7 @@ class PlyMesh {
         const std::vector<VertexSlot> slots = slotsOf(vertices);
         BuilderVertex vertex;
         if (hasUvs_) vertex.uvs.resize(1);
-        std::array<float, slotCount> values{};
+        std::array<float, kSlotCount> values{};
         forEach(vertices, [&] {
             for (std::size_t i = 0; i < slots.size(); ++i) {
                 const PlyProperty &property = vertices.properties[i];
@@ -132,11 +143,11 @@ class PlyMesh {
                     values[slots[i]] = values_.real(property.type);
             }
             // Files have right-handed axes.
-            vertex.position = transform_.pointToWorld({values[xSlot], values[ySlot], -values[zSlot]});
+            vertex.position = transform_.pointToWorld({values[kXSlot], values[kYSlot], -values[kZSlot]});
             if (hasNormals_)
-                vertex.normal =
-                    normalised(transform_.normalToWorld({values[nxSlot], values[nySlot], -values[nzSlot]}), {0, 0, 0});
-            if (hasUvs_) vertex.uvs[0] = {values[uSlot], values[vSlot]};
+                vertex.normal = normalised(
+                    transform_.normalToWorld({values[kNxSlot], values[kNySlot], -values[kNzSlot]}), {0, 0, 0});
+            if (hasUvs_) vertex.uvs[0] = {values[kUSlot], values[kVSlot]};
             builder_.addSeparateVertex(vertex);
         });
         numbers_ = builder_.mergeVertices();
@@ -188,7 +199,7 @@ bool isPlain(const PlyHeader &header) {
 
 void requireMesh(const PlyHeader &header, const std::string &file) {
     const PlyElement *vertices = verticesOf(header), *faces = facesOf(header);
-    if (!haveSlots(*vertices, {xSlot, ySlot, zSlot})) refusePly(file, "its vertices have no x, y and z");
+    if (!haveSlots(*vertices, {kXSlot, kYSlot, kZSlot})) refusePly(file, "its vertices have no x, y and z");
     const auto list = faces->find(kCornerLists);
     if (!list || !faces->properties[*list].countType) refusePly(file, "its faces have no list \"vertex_indices\"");
 }
