@@ -14,8 +14,7 @@ enum { kHeight, kStrength };
 
 using Vector = std::array<double, 3>;
 
-// Where the sample's footprint is not known; metres.
-constexpr double kUsualStep = 0.0005;
+constexpr double kUsualStep = 0.0005; // metres; used if the sample's footprint is not known
 
 double dot(const Vector &a, const Vector &b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
@@ -70,7 +69,7 @@ void give(const Evaluation &evaluation, int) {
     const double strength = evaluation.isConnected(kHeight) ? evaluation.scalar(kStrength) : 0;
     if (strength == 0 || !(dot(normal, normal) > 0)) return evaluation.set(normal);
     const double step = sample.spotSize > 0 ? sample.spotSize / 2 : kUsualStep;
-    // What is raised in front is sunk in at the back.
+    // A bump on the front is a dent on the back.
     const double slope = ((sample.rayFlags & kRayBackSide) != 0 ? -strength : strength) / step;
     const Vector along = perpendicular(normal), across = cross(normal, along);
     const double height = evaluation.scalar(kHeight);

@@ -1,9 +1,8 @@
 // A checkerboard of two colours: cubes in space, or squares on a UV map. "Size" is the edge of a cell: in metres in
 // space, and as a fraction of the map (1 m is the whole map) on a UV map. "Mask" is 0 in the first colour and 1 in the
 // second.
+#include "host/graph/builtin/cells.h"
 #include "host/graph/builtin/definitions.h"
-
-#include <cmath>
 
 namespace velm::host::builtin {
 
@@ -15,10 +14,6 @@ enum { kObject, kWorld, kMap };
 
 constexpr const char *kCoordinateTexts[] = {"Object", "World", "UV", nullptr};
 
-// Surfaces often lie exactly on the boundary of cells, where rounding errors would speckle them. The cells are
-// therefore shifted by this fraction of their size.
-constexpr double kShift = 1e-4;
-
 bool inSecond(const Evaluation &evaluation) {
     const double size = evaluation.scalar(kSize);
     if (!(size > 0)) return false;
@@ -28,12 +23,12 @@ bool inSecond(const Evaluation &evaluation) {
     if (coordinates == kMap) {
         double u = 0, v = 0;
         evaluation.uv(u, v);
-        sum = std::floor(u / size + kShift) + std::floor(v / size + kShift);
+        sum = cellAt(u / size) + cellAt(v / size);
     } else {
         const double *position = coordinates == kWorld ? sample.position : sample.objectPosition;
-        for (int i = 0; i < 3; ++i) sum += std::floor(position[i] / size + kShift);
+        for (int i = 0; i < 3; ++i) sum += cellAt(position[i] / size);
     }
-    return std::fabs(std::fmod(sum, 2)) == 1;
+    return isOdd(sum);
 }
 
 void give(const Evaluation &evaluation, int output) {

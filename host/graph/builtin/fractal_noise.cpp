@@ -3,6 +3,7 @@
 // sum, from 0 to 1 with a mean of 0.5; "Color" mixes the two colours by it.
 #include "host/graph/builtin/definitions.h"
 #include "host/graph/builtin/noise.h"
+#include "host/graph/builtin/texture_space.h"
 
 #include <algorithm>
 
@@ -14,8 +15,6 @@ enum { kFirst, kSecond, kCoordinates, kScale, kOctaves, kLacunarity, kGain };
 enum { kColourOut, kScalarOut };
 enum { kObject, kWorld };
 constexpr int kMostOctaves = 16; // finer ones are below the precision of a position
-
-constexpr const char *kCoordinateTexts[] = {"Object", "World", nullptr};
 
 double noise(const Evaluation &evaluation) {
     const double scale = evaluation.scalar(kScale);

@@ -89,7 +89,7 @@ class Evaluation {
 
     const ShadingSample &sample() const { return *sample_; }
     double scalar(int parameter) const;
-    // The value that it has at another sample: a copy of this one, at another position.
+    // The value at another sample, which is a copy of this one with another position.
     double scalarAt(int parameter, ShadingSample &other) const;
     bool isConnected(int parameter) const;
     std::array<double, 3> triple(int parameter) const;
@@ -98,7 +98,7 @@ class Evaluation {
     HostImage *image() const { return instance_.image; }
     // The sample's coordinates on the map that the text parameter names; false, with u and v 0, when there are none.
     bool uv(double &u, double &v) const;
-    bool uvAt(ShadingSample &other, double &u, double &v) const;
+    bool uvAt(ShadingSample &other, double &u, double &v) const; // the same at another sample
 
     // Sets the result, which must have the output's type.
     void set(double result) const;

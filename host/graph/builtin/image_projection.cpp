@@ -29,20 +29,14 @@ enum {
     kImage,
     kProjection,
     kAxis,
-    kCoordinates,
-    kCentre,
-    kSize,
-    kHeading,
-    kPitch,
-    kBank,
-    kMap,
+    kSpace,
+    kMap = kSpace + kSpaceRowCount,
     kWrapU,
     kWrapV,
     kRepeatsU,
     kRepeatsV,
-    kFalloffType,
     kFalloff,
-    kAntialiasing,
+    kAntialiasing = kFalloff + kFalloffRowCount,
     kPixelBlending,
     kNegative
 };
@@ -68,7 +62,7 @@ struct Spot {
 // The projection of one sample.
 class Projection {
   public:
-    explicit Projection(const Evaluation &evaluation) : evaluation_(evaluation), space_(evaluation, kCoordinates) {}
+    explicit Projection(const Evaluation &evaluation) : evaluation_(evaluation), space_(evaluation, kSpace) {}
 
     Spot spot() const {
         const int axis = evaluation_.choice(kAxis);
@@ -83,7 +77,7 @@ class Projection {
     }
 
     // The factor of the opacity at the sample, 0 to 1.
-    double falloff() const { return space_.falloff(kFalloffType); }
+    double falloff() const { return space_.falloff(kFalloff); }
 
     // The width in metres of a UV map at the sample, from the areas of the triangle in space and on the map; 0 where it
     // is not known.
@@ -212,25 +206,25 @@ void give(const Evaluation &evaluation, int output) {
 constinit const Definition imageProjection{
     .name = "Image Projection",
     .colour = kTextureColour,
-    .parameters = {{{.label = "Image", .kind = Kind::image},
-                    {.label = "Projection", .kind = Kind::choice, .texts = kProjectionTexts},
-                    {.label = "Axis", .kind = Kind::choice, .initial = {2}, .texts = kAxisTexts},
-                    kCoordinatesRow,
-                    kCentreRow,
-                    kSizeRow,
-                    kHeadingRow,
-                    kPitchRow,
-                    kBankRow,
-                    {.label = "UV Map", .kind = Kind::text},
-                    {.label = "Wrap U", .kind = Kind::choice, .initial = {kRepeat}, .texts = kWrapTexts},
-                    {.label = "Wrap V", .kind = Kind::choice, .initial = {kRepeat}, .texts = kWrapTexts},
-                    {.label = "Repeats U", .kind = Kind::scalar, .initial = {1}},
-                    {.label = "Repeats V", .kind = Kind::scalar, .initial = {1}},
-                    kFalloffTypeRow,
-                    kFalloffRow,
-                    {.label = "Antialiasing", .kind = Kind::percent, .initial = {1}},
-                    {.label = "Pixel Blending", .kind = Kind::choice, .initial = {1}, .texts = kSwitchTexts},
-                    {.label = "Negative", .kind = Kind::choice, .texts = kSwitchTexts}}},
+    .parameters = joinRows(std::to_array<Parameter>({
+                               {.label = "Image", .kind = Kind::image},
+                               {.label = "Projection", .kind = Kind::choice, .texts = kProjectionTexts},
+                               {.label = "Axis", .kind = Kind::choice, .initial = {2}, .texts = kAxisTexts},
+                           }),
+                           kSpaceRows,
+                           std::to_array<Parameter>({
+                               {.label = "UV Map", .kind = Kind::text},
+                               {.label = "Wrap U", .kind = Kind::choice, .initial = {kRepeat}, .texts = kWrapTexts},
+                               {.label = "Wrap V", .kind = Kind::choice, .initial = {kRepeat}, .texts = kWrapTexts},
+                               {.label = "Repeats U", .kind = Kind::scalar, .initial = {1}},
+                               {.label = "Repeats V", .kind = Kind::scalar, .initial = {1}},
+                           }),
+                           kFalloffRows,
+                           std::to_array<Parameter>({
+                               {.label = "Antialiasing", .kind = Kind::percent, .initial = {1}},
+                               {.label = "Pixel Blending", .kind = Kind::choice, .initial = {1}, .texts = kSwitchTexts},
+                               {.label = "Negative", .kind = Kind::choice, .texts = kSwitchTexts},
+                           })),
     .outputs = {{{"Color", kConnectColour},
                  {"Alpha", kConnectScalar},
                  {"Luminance", kConnectScalar},

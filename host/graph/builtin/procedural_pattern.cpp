@@ -1,14 +1,17 @@
-// Patterns in space that stand for the commonest procedural textures of LightWave, which are not published. The texture
-// has axes of its own; "Size" is the size of a cell of the pattern, or of the largest features of noise, along them.
-// With the position p in cells:
-// - Checkerboard: alternating cubes of 0 and 1. Grid: 1 on planes between the cells, and Dots: 1 in balls in their
-//   middles. "Thickness" is that of the planes or the diameter of the balls, as a fraction of a cell.
+// Patterns in space that are similar to the commonest procedural textures of LightWave, whose formulas are not
+// published. The texture has axes of its own; along them, "Size" is the size of a cell of the pattern, or of the
+// largest features of noise. With the position p in cells:
+// - Checkerboard: cells that are alternately 0 and 1.
+// - Grid: 1 on the planes between the cells. "Thickness" is that of the planes, as a fraction of a cell.
+// - Dots: 1 in a ball in the middle of each cell. "Thickness" is the diameter of the ball, as a fraction of a cell.
 // - Fractal Noise: octaves of gradient noise, each of twice the frequency and half the amplitude of the one before.
-// - Turbulence: the same of the noise's magnitude, after K. Perlin, "An Image Synthesizer", SIGGRAPH 1985.
-// - Marble: waves along the axis, displaced by turbulence, after the same.
+// - Turbulence: octaves of the magnitude of gradient noise, after K. Perlin, "An Image Synthesizer", SIGGRAPH 1985.
+// - Marble: waves along the axis, displaced by turbulence, after the same paper.
 // - Wood: rings around the axis, displaced by noise, after D. R. Peachey, "Solid Texturing of Complex Surfaces",
 //   SIGGRAPH 1985.
-// "Contrast" stretches the pattern about 0.5. "Height" is for bumps: 1 is raised by a tenth of the smallest size.
+// "Contrast" stretches the pattern about 0.5. The output "Height" is for bumps: 1 is raised by a tenth of the smallest
+// size.
+#include "host/graph/builtin/cells.h"
 #include "host/graph/builtin/definitions.h"
 #include "host/graph/builtin/noise.h"
 #include "host/graph/builtin/texture_space.h"
@@ -23,19 +26,13 @@ namespace {
 
 enum {
     kPattern,
-    kCoordinates,
-    kCentre,
-    kSize,
-    kHeading,
-    kPitch,
-    kBank,
-    kAxis,
+    kSpace,
+    kAxis = kSpace + kSpaceRowCount,
     kOctaves,
     kContrast,
     kThickness,
-    kFalloffType,
     kFalloff,
-    kNegative
+    kNegative = kFalloff + kFalloffRowCount
 };
 enum { kValueOut, kAlphaOut, kHeightOut };
 enum { kCheckerboard, kGrid, kDots, kFractalNoise, kTurbulence, kMarble, kWood };
@@ -45,8 +42,7 @@ constexpr const char *kPatternTexts[] = {"Checkerboard", "Grid",   "Dots", "Frac
 constexpr int kMostOctaves = 16;       // finer ones are below the precision of a position
 constexpr double kHeightOfOne = 0.1;   // as a fraction of the smallest size
 constexpr double kRoughness = 0.2;     // of the rings of wood, in cells
-constexpr double kShift = 1e-4;        // see checker.cpp
-constexpr double kFlatNormal = 0.9999; // cosine, above which a polygon lies along the planes of a grid
+constexpr double kFlatNormal = 0.9999; // above this cosine, a polygon counts as parallel to planes of a grid
 
 using Vector = TextureSpace::Vector;
 
@@ -56,7 +52,7 @@ double toBoundary(double coordinate) { return std::fabs(coordinate - std::round(
 // One evaluation of the pattern.
 class Pattern {
   public:
-    explicit Pattern(const Evaluation &evaluation) : evaluation_(evaluation), space_(evaluation, kCoordinates) {
+    explicit Pattern(const Evaluation &evaluation) : evaluation_(evaluation), space_(evaluation, kSpace) {
         const Vector size = space_.size();
         smallest_ = std::min({std::fabs(size[0]), std::fabs(size[1]), std::fabs(size[2])});
         for (std::size_t i = 0; i < 3; ++i) cell_[i] = space_.point()[i] / size[i];
@@ -89,11 +85,11 @@ class Pattern {
 
     double checkerboard() const {
         double sum = 0;
-        for (const double coordinate : cell_) sum += std::floor(coordinate + kShift);
-        return std::fabs(std::fmod(sum, 2)) == 1 ? 1 : 0;
+        for (const double coordinate : cell_) sum += cellAt(coordinate);
+        return isOdd(sum) ? 1 : 0;
     }
 
-    // Polygons along the planes of one direction show only the lines of the others.
+    // A polygon that is parallel to some of the planes shows only the lines of the others.
     double grid() const {
         const Vector normal = space_.normal();
         const double length = std::hypot(normal[0], normal[1], normal[2]), half = evaluation_.scalar(kThickness) / 2;
@@ -131,7 +127,7 @@ void give(const Evaluation &evaluation, int output) {
     const Pattern pattern(evaluation);
     const double value = pattern.value();
     if (output == kValueOut) return evaluation.set(value);
-    const double alpha = value > 0 ? value * pattern.space().falloff(kFalloffType) : 0;
+    const double alpha = value > 0 ? value * pattern.space().falloff(kFalloff) : 0;
     evaluation.set(output == kHeightOut ? kHeightOfOne * pattern.smallestSize() * alpha : alpha);
 }
 
@@ -140,20 +136,20 @@ void give(const Evaluation &evaluation, int output) {
 constinit const Definition proceduralPattern{
     .name = "Procedural Pattern",
     .colour = kTextureColour,
-    .parameters = {{{.label = "Pattern", .kind = Kind::choice, .initial = {kFractalNoise}, .texts = kPatternTexts},
-                    kCoordinatesRow,
-                    kCentreRow,
-                    kSizeRow,
-                    kHeadingRow,
-                    kPitchRow,
-                    kBankRow,
-                    {.label = "Axis", .kind = Kind::choice, .initial = {1}, .texts = kAxisTexts},
-                    {.label = "Octaves", .kind = Kind::integer, .initial = {4}},
-                    {.label = "Contrast", .kind = Kind::scalar, .initial = {1}},
-                    {.label = "Thickness", .kind = Kind::percent, .initial = {0.25}},
-                    kFalloffTypeRow,
-                    kFalloffRow,
-                    {.label = "Negative", .kind = Kind::choice, .texts = kSwitchTexts}}},
+    .parameters =
+        joinRows(std::to_array<Parameter>(
+                     {{.label = "Pattern", .kind = Kind::choice, .initial = {kFractalNoise}, .texts = kPatternTexts}}),
+                 kSpaceRows,
+                 std::to_array<Parameter>({
+                     {.label = "Axis", .kind = Kind::choice, .initial = {1}, .texts = kAxisTexts},
+                     {.label = "Octaves", .kind = Kind::integer, .initial = {4}},
+                     {.label = "Contrast", .kind = Kind::scalar, .initial = {1}},
+                     {.label = "Thickness", .kind = Kind::percent, .initial = {0.25}},
+                 }),
+                 kFalloffRows,
+                 std::to_array<Parameter>({
+                     {.label = "Negative", .kind = Kind::choice, .texts = kSwitchTexts},
+                 })),
     .outputs = {{{"Value", kConnectScalar}, {"Alpha", kConnectScalar}, {"Height", kConnectScalar}}},
     .evaluate = give,
 };

@@ -7,7 +7,9 @@ namespace velm::host::builtin {
 
 namespace {
 
+// Offsets in kSpaceRows and kFalloffRows.
 enum { kCoordinatesOffset, kCentreOffset, kSizeOffset, kHeadingOffset, kPitchOffset, kBankOffset };
+enum { kFalloffTypeOffset, kFalloffOffset };
 enum { kObject, kWorld };
 enum { kCubicFalloff, kSphericalFalloff, kLinearX };
 
@@ -63,10 +65,10 @@ int TextureSpace::normalAxis() const {
 }
 
 double TextureSpace::falloff(int firstFalloffRow) const {
-    const Vector falloff = evaluation_.triple(firstFalloffRow + 1);
+    const Vector falloff = evaluation_.triple(firstFalloffRow + kFalloffOffset);
     if (falloff == Vector{}) return 1;
     const Vector loss{point_[0] * falloff[0], point_[1] * falloff[1], point_[2] * falloff[2]};
-    const int type = evaluation_.choice(firstFalloffRow);
+    const int type = evaluation_.choice(firstFalloffRow + kFalloffTypeOffset);
     double lost = 0;
     if (type == kCubicFalloff)
         lost = std::max({std::fabs(loss[0]), std::fabs(loss[1]), std::fabs(loss[2])});

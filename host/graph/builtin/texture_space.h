@@ -1,10 +1,12 @@
-// The axes of a texture, which Image Projection and Procedural Pattern have in common: those of the object or the
-// world, rotated by heading, pitch and bank, with the origin at "Center". Lengths are metres.
+// The axes of a texture, for Image Projection and Procedural Pattern: those of the object or the world, rotated by
+// heading, pitch and bank, with the origin at "Center". Lengths are in metres.
 #pragma once
 
 #include "host/graph/builtin/frame.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 
 namespace velm::host::builtin {
 
@@ -13,22 +15,37 @@ inline constexpr const char *kAxisTexts[] = {"X", "Y", "Z", nullptr};
 inline constexpr const char *kFalloffTexts[] = {"Cubic", "Spherical", "Linear X", "Linear Y", "Linear Z", nullptr};
 inline constexpr const char *kSwitchTexts[] = {"Off", "On", nullptr};
 
-// Rows of a node's table. The first six follow one another, and so do the last two.
-inline constexpr Parameter kCoordinatesRow{.label = "Coordinates", .kind = Kind::choice, .texts = kCoordinateTexts};
-inline constexpr Parameter kCentreRow{.label = "Center", .kind = Kind::vector};
-inline constexpr Parameter kSizeRow{.label = "Size", .kind = Kind::vector, .initial = {1, 1, 1}};
-inline constexpr Parameter kHeadingRow{.label = "Heading", .kind = Kind::angle};
-inline constexpr Parameter kPitchRow{.label = "Pitch", .kind = Kind::angle};
-inline constexpr Parameter kBankRow{.label = "Bank", .kind = Kind::angle};
-inline constexpr Parameter kFalloffTypeRow{.label = "Falloff Type", .kind = Kind::choice, .texts = kFalloffTexts};
-inline constexpr Parameter kFalloffRow{.label = "Falloff", .kind = Kind::vector};
+// The rows of a node's table that TextureSpace reads.
+inline constexpr int kSpaceRowCount = 6, kFalloffRowCount = 2;
+inline constexpr std::array<Parameter, kSpaceRowCount> kSpaceRows{{
+    {.label = "Coordinates", .kind = Kind::choice, .texts = kCoordinateTexts},
+    {.label = "Center", .kind = Kind::vector},
+    {.label = "Size", .kind = Kind::vector, .initial = {1, 1, 1}},
+    {.label = "Heading", .kind = Kind::angle},
+    {.label = "Pitch", .kind = Kind::angle},
+    {.label = "Bank", .kind = Kind::angle},
+}};
+inline constexpr std::array<Parameter, kFalloffRowCount> kFalloffRows{{
+    {.label = "Falloff Type", .kind = Kind::choice, .texts = kFalloffTexts},
+    {.label = "Falloff", .kind = Kind::vector},
+}};
+
+// The table of a node, joined from runs of rows.
+template <std::size_t... n>
+constexpr std::array<Parameter, kMaxParameters> joinRows(const std::array<Parameter, n> &...runs) {
+    static_assert((n + ...) <= std::size_t{kMaxParameters});
+    std::array<Parameter, kMaxParameters> rows{};
+    auto *next = rows.data();
+    ((next = std::copy(runs.begin(), runs.end(), next)), ...);
+    return rows;
+}
 
 // A sample in the axes of a texture. [render threads]
 class TextureSpace {
   public:
     using Vector = std::array<double, 3>;
 
-    // `firstRow` is the index of the row "Coordinates". `evaluation` has to outlive the object.
+    // `firstRow` is the index of the first of kSpaceRows. `evaluation` has to outlive the object.
     TextureSpace(const Evaluation &evaluation, int firstRow);
 
     const Vector &point() const { return point_; }
@@ -37,8 +54,8 @@ class TextureSpace {
     Vector normal() const;
     // The axis to which the polygon's normal is closest: 0, 1 or 2.
     int normalAxis() const;
-    // The factor of the opacity at the sample, 0 to 1. `firstFalloffRow` is the index of "Falloff Type". A linear
-    // falloff acts on the positive side of its axis, or on the negative side if its value is negative.
+    // The factor of the opacity at the sample, 0 to 1. `firstFalloffRow` is the index of the first of kFalloffRows. A
+    // linear falloff acts on the positive side of its axis, or on the negative side if its value is negative.
     double falloff(int firstFalloffRow) const;
 
   private:
