@@ -3,9 +3,13 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <iterator>
 #include <limits>
+#include <map>
 #include <numeric>
+#include <string_view>
 #include <tuple>
+#include <utility>
 
 namespace velm::host {
 
@@ -31,7 +35,7 @@ CageMap::Value valueOf(const ObjectVertexMap &map, std::size_t index) {
 
 bool hasValue(const CageMap::Value &value) { return !std::isnan(value[0]); }
 
-// All chunks of one map.
+// The values of one map, from all of its chunks.
 class MapValues {
   public:
     MapValues(const ObjectLayer &layer, const ObjectVertexMap &first) : layer_(layer) {
@@ -39,10 +43,6 @@ class MapValues {
         map_.size = first.size;
         map_.name = first.name;
         map_.subdivision = first.subdivision;
-    }
-
-    bool isOf(const ObjectVertexMap &chunk) const {
-        return std::tie(chunk.type, chunk.size, chunk.name) == std::tie(map_.type, map_.size, map_.name);
     }
 
     void add(const ObjectVertexMap &chunk) {
@@ -57,10 +57,9 @@ class MapValues {
         }
     }
 
-    // The map at the corners of a cage; without values if it has none there.
-    CageMap at(const Cage &cage) {
-        std::stable_sort(ofCorners_.begin(), ofCorners_.end(),
-                         [](const OfCorner &a, const OfCorner &b) { return a.polygon < b.polygon; });
+    // The map at the corners of a cage; without values if it has none there. Call it once, after all chunks are added.
+    CageMap takeFor(const Cage &cage) {
+        std::ranges::stable_sort(ofCorners_, {}, &OfCorner::key);
         bool isEmpty = true;
         std::vector<CageMap::Value> values;
         values.reserve(cage.corners.size());
@@ -81,28 +80,32 @@ class MapValues {
     struct OfCorner {
         std::uint32_t polygon, point;
         CageMap::Value value;
+
+        std::pair<std::uint32_t, std::uint32_t> key() const { return {polygon, point}; }
     };
 
-    // Appends the values of a face; false if a corner has none. The faces come in ascending order.
-    bool addFace(const Cage &cage, std::size_t face, std::vector<CageMap::Value> &values) {
-        const std::uint32_t polygon = cage.polygons[face];
-        while (next_ < ofCorners_.size() && ofCorners_[next_].polygon < polygon) ++next_;
-        std::size_t end = next_;
-        while (end < ofCorners_.size() && ofCorners_[end].polygon == polygon) ++end;
+    // The value at a corner. Of several values in the file, the last one counts; without any, that of the point.
+    CageMap::Value valueAt(std::uint32_t polygon, std::uint32_t point) const {
+        const std::pair corner(polygon, point);
+        const auto next = std::ranges::upper_bound(ofCorners_, corner, {}, &OfCorner::key);
+        if (next != ofCorners_.begin() && std::prev(next)->key() == corner) return std::prev(next)->value;
+        return ofPoints_.empty() ? CageMap::Value{kNoValue} : ofPoints_[point];
+    }
+
+    // Appends the values of a face; false if a corner has none.
+    bool addFace(const Cage &cage, std::size_t face, std::vector<CageMap::Value> &values) const {
         bool isWhole = true;
         for (int i = 0; i < cage.sizes[face]; ++i) {
             const std::uint32_t point = cage.points[static_cast<std::size_t>(cage.corners[values.size()])];
-            CageMap::Value value{kNoValue};
-            if (!ofPoints_.empty()) value = ofPoints_[point];
-            for (std::size_t one = next_; one < end; ++one)
-                if (ofCorners_[one].point == point) value = ofCorners_[one].value;
+            const CageMap::Value value = valueAt(cage.polygons[face], point);
             if (!hasValue(value)) isWhole = false;
             values.push_back(value);
         }
         return isWhole;
     }
 
-    // Numbers the values so that equal ones of a point have the same number. Those that are none stay apart.
+    // Numbers the values so that corners with equal values at the same point have the same number. Each corner without
+    // a value has a number of its own.
     void shareValues(const Cage &cage, const std::vector<CageMap::Value> &values) {
         std::vector<std::uint32_t> order(values.size());
         std::iota(order.begin(), order.end(), 0U);
@@ -120,12 +123,11 @@ class MapValues {
 
     const ObjectLayer &layer_;
     CageMap map_;
-    std::vector<CageMap::Value> ofPoints_; // empty: none
+    std::vector<CageMap::Value> ofPoints_; // by point of the layer; empty for a map of corners only
     std::vector<OfCorner> ofCorners_;
-    std::size_t next_ = 0; // the first one of the faces to come
 };
 
-// The points of a polygon, without those that repeat the one before.
+// The points of a polygon, without those that repeat the previous one.
 void takePoints(const ObjectLayer &layer, std::size_t polygon, std::vector<std::uint32_t> &points) {
     points.assign(layer.corners.begin() + static_cast<std::ptrdiff_t>(layer.begin(polygon)),
                   layer.corners.begin() + static_cast<std::ptrdiff_t>(layer.ends[polygon]));
@@ -163,15 +165,20 @@ Cage cageOf(const ObjectLayer &layer, Losses &losses) {
 }
 
 std::vector<CageMap> mapsOfCage(const ObjectLayer &layer, const Cage &cage) {
-    std::vector<MapValues> all;
+    std::vector<std::vector<const ObjectVertexMap *>> chunks; // by map, in the order of their first chunks
+    std::map<std::tuple<std::uint32_t, std::uint32_t, std::string_view>, std::size_t> indices;
     for (const ObjectVertexMap &chunk : layer.maps) {
         if (!isSubdivided(chunk) || chunk.points.empty()) continue;
-        const auto found = std::find_if(all.begin(), all.end(), [&](const MapValues &one) { return one.isOf(chunk); });
-        (found == all.end() ? all.emplace_back(layer, chunk) : *found).add(chunk);
+        const auto [known, isNew] = indices.try_emplace({chunk.type, chunk.size, chunk.name}, chunks.size());
+        if (isNew) chunks.emplace_back();
+        chunks[known->second].push_back(&chunk);
     }
     std::vector<CageMap> maps;
-    for (MapValues &one : all)
-        if (CageMap map = one.at(cage); !map.values.empty()) maps.push_back(std::move(map));
+    for (const std::vector<const ObjectVertexMap *> &ofMap : chunks) {
+        MapValues values(layer, *ofMap.front());
+        for (const ObjectVertexMap *chunk : ofMap) values.add(*chunk);
+        if (CageMap map = values.takeFor(cage); !map.values.empty()) maps.push_back(std::move(map));
+    }
     return maps;
 }
 

@@ -22,14 +22,14 @@ constexpr KeyShape kKeyShapes[] = {
     {.id = fourCC("STEP"), .code = kShapeStepped, .numbers = 0},
     {.id = fourCC("BEZ2"), .code = kShapeBezier2, .numbers = 4},
 };
-constexpr std::size_t kNumberSize = 4; // of a number of a key, in bytes
+constexpr std::size_t kNumberSize = 4; // bytes
 
 int behaviourIn(ChunkCursor cursor) {
     const std::uint32_t code = cursor.u2();
     return code <= kBehaveLinear ? static_cast<int>(code) : kBehaveConstant;
 }
 
-// Other programs leave out numbers; these count as 0.
+// Some programs leave out numbers; these count as 0.
 void readShape(ChunkCursor cursor, EnvelopeKey &key) {
     const std::uint32_t id = cursor.u4();
     const auto *shape = std::ranges::find(kKeyShapes, id, &KeyShape::id);
@@ -45,7 +45,7 @@ bool isFinite(const EnvelopeKey &key) {
            std::ranges::all_of(key.numbers, [](double number) { return std::isfinite(number); });
 }
 
-// Orders the keys by time.
+// Drops keys that are not finite, orders the others by time, and keeps the last of several at the same time.
 void settle(std::vector<EnvelopeKey> &keys) {
     std::erase_if(keys, [](const EnvelopeKey &key) { return !isFinite(key); });
     std::ranges::stable_sort(keys, {}, &EnvelopeKey::time);

@@ -45,11 +45,13 @@ using ComponentEnvelopes = std::vector<std::shared_ptr<const ObjectEnvelope>>;
 // The envelopes of an object. [any thread]
 class EnvelopeList {
   public:
+    // Of several envelopes with the same number, the first one counts.
     void add(ObjectEnvelope envelope) {
         const std::uint32_t number = envelope.number;
         envelopes_.try_emplace(number, std::make_shared<const ObjectEnvelope>(std::move(envelope)));
     }
-    // Those with the numbers from `first` on; empty for 0, which means none. A number without an envelope gives null.
+    // Envelopes with consecutive numbers, one for each component; null for a number without an envelope. Empty if
+    // `first` is 0, which means none.
     ComponentEnvelopes from(std::uint32_t first, std::size_t components) const;
 
   private:

@@ -30,7 +30,7 @@ enum class Loss {
     undrawnPolygon,   // a curve, a metaball, a bone or another type
     cage,             // of a subdivision surface that cannot be subdivided: drawn as it is
     knottedCage,      // a polygon of a cage that has a point twice
-    cageWeights,      // by which points attract a subdivision surface
+    cageWeights,      // a map of weights by which points attract a subdivision surface
     smoothingGroup,   // normals are smoothed across its border
     unusedMap,        // a vertex map that is not used for rendering
     // Of surfaces:
@@ -42,12 +42,12 @@ enum class Loss {
     procedural,        // a texture that a function computes
     similarPattern,    // one that is shown by a similar pattern
     otherChannel,      // a texture of a channel that is not rendered
-    alphaLayer,        // a texture that masks the one below it, where there is none
+    alphaLayer,        // a texture that masks the one below it, but is the lowest one
     displacementLayer, // a texture that moves those below it
     imageSequence,     // an image that is not a single file
     imageFilter,       // a change to an image
     alphaImage,        // an image that masks a texture
-    gradientInput,     // a gradient over something that is not known here
+    gradientInput,     // a gradient whose input is not supported
     gradientKeys,      // a key of a gradient that has too many
     animatedTexture,   // a texture that moves, or whose envelope is missing
     referenceObject,   // that a texture follows

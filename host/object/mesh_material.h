@@ -1,4 +1,4 @@
-// The materials of mesh files, as values of our surfaces.
+// The materials of mesh files, converted to the values of surfaces.
 #pragma once
 
 #include <array>
@@ -10,7 +10,7 @@ namespace velm::host {
 // An image on a UV map.
 struct MeshTexture {
     enum class Use { colour, luminosity, opacity };
-    enum class Wrap { reset, repeat, mirror, edge }; // outside of the image: nothing, the image again, ...
+    enum class Wrap { reset, repeat, mirror, edge }; // beyond the image: nothing, copies, mirrored copies, the edge
 
     Use use = Use::colour;
     std::string file; // as the mesh file names it, or the name of an image inside of a file: see embedded_images.h

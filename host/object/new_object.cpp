@@ -154,7 +154,7 @@ class NewObject {
 
     // ---- Vertex maps ----
 
-    // How the next map is subdivided. The last code, for discontinuous edges, is as close to linear edges as to any.
+    // How the next map is subdivided. The last code, for discontinuous edges, is approximated by linear edges.
     void readMapProperties(ChunkCursor cursor) {
         constexpr MapSubdivision kCodes[] = {MapSubdivision::linear, MapSubdivision::smooth,
                                              MapSubdivision::linearCorners, MapSubdivision::linearEdges,

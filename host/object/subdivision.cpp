@@ -37,7 +37,7 @@ Interpolation interpolationOf(MapSubdivision subdivision) {
     return OpenSubdiv::Sdc::Options::FVAR_LINEAR_ALL;
 }
 
-// What OpenSubdiv sums up, by the names that it uses.
+// A value that OpenSubdiv interpolates. It requires these names of the functions.
 template <std::size_t n>
 struct WeightedSum {
     std::array<float, n> values{};
@@ -50,8 +50,17 @@ struct WeightedSum {
 using Point = WeightedSum<3>;
 using MapValue = WeightedSum<4>;
 
-// The topology of a cage and of all its subdivisions, with those maps that are interpolated alike as channels. Null for
-// a cage that OpenSubdiv refuses, such as one of more than 65535 faces around a point.
+// Whether more faces meet at a point than OpenSubdiv supports. It refuses such a cage only after a search that takes
+// seconds.
+bool hasCrowdedPoint(const Cage &cage) {
+    std::vector<int> faces(cage.points.size()); // by point; the corners of a face are different points
+    return std::ranges::any_of(cage.corners, [&](int point) {
+        return ++faces[static_cast<std::size_t>(point)] > OpenSubdiv::Far::VALENCE_LIMIT;
+    });
+}
+
+// The topology of a cage and of all its subdivisions, with maps as channels, which are all interpolated by the same
+// rule. Null for a cage that OpenSubdiv refuses.
 std::unique_ptr<TopologyRefiner> refined(const Cage &cage, std::span<const CageMap *const> maps,
                                          MapSubdivision subdivision, int level) {
     OpenSubdiv::Far::TopologyDescriptor topology;
@@ -125,7 +134,7 @@ std::vector<MapValue> limitValues(const TopologyRefiner &refiner, int channel, c
     }
     next.assign(values.size(), {});
     interpolator.LimitFaceVarying(values, next, channel);
-    for (MapValue &value : next) // corners without a value have the same NaN, so that they are alike
+    for (MapValue &value : next) // all components are NaN where there is no value
         if (std::isnan(value.values[0])) value.values.fill(std::numeric_limits<float>::quiet_NaN());
     return next;
 }
@@ -151,10 +160,10 @@ class LayerSubdivision {
         : layer_(layer), cage_(cage), firstPoint_(static_cast<std::uint32_t>(layer.points.size())),
           firstPolygon_(static_cast<std::uint32_t>(layer.ends.size())) {}
 
-    // False, and nothing is changed, for a cage that cannot be subdivided.
+    // Returns false, and leaves the layer unchanged, for a cage that cannot be subdivided.
     bool run(int level) {
+        if (hasCrowdedPoint(cage_)) return false;
         const std::vector<CageMap> maps = mapsOfCage(layer_, cage_);
-        std::vector<std::unique_ptr<TopologyRefiner>> refiners; // more than one only for maps of several kinds
         bool hasPolygons = false;
         for (const MapSubdivision subdivision : kMapSubdivisions) {
             std::vector<const CageMap *> alike;
@@ -265,8 +274,8 @@ std::uint64_t polygonsAt(int level, const ObjectGeometry &geometry) {
     return corners << (2 * (level - 1));
 }
 
-// The memory for one polygon of the result: its topology, points, corners and maps, and the triangles that are made of
-// it later. Measured to be enough with a UV map.
+// The memory for one polygon of the result: its topology, points, corners and maps, and the triangles into which it is
+// split later. Measured with one UV map.
 constexpr std::uint64_t kBytesOfPolygon = 500;
 // OpenSubdiv numbers corners by int.
 constexpr std::uint64_t kMostPolygons = std::numeric_limits<int>::max() / 4;

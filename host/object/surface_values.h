@@ -21,6 +21,12 @@ struct SurfaceChunkValues {
     std::optional<int> sides;                                                   // SIDE: 1 or 3
     // The envelopes that drive values, by sub-chunk: "COLR". A value without one is not in the map.
     std::map<std::string, ComponentEnvelopes> envelopes;
+
+    // The envelopes of a sub-chunk's value; empty if it is not animated.
+    ComponentEnvelopes envelopesOf(const std::string &chunk) const {
+        const auto found = envelopes.find(chunk);
+        return found == envelopes.end() ? ComponentEnvelopes{} : found->second;
+    }
 };
 
 } // namespace velm::host

@@ -47,7 +47,7 @@ std::vector<std::size_t> drawn(const ObjectLayer &layer) {
     return polygons;
 }
 
-// The numbers of the points that drawn polygons have.
+// The indices of the points of drawn polygons.
 std::set<std::uint32_t> usedPoints(const ObjectLayer &layer) {
     std::set<std::uint32_t> used;
     for (const std::size_t polygon : drawn(layer))
@@ -60,7 +60,7 @@ bool isNear(const Point &a, const Point &b) {
     return std::abs(a[0] - b[0]) + std::abs(a[1] - b[1]) + std::abs(a[2] - b[2]) < 3 * kTolerance;
 }
 
-// How many points of drawn polygons are there.
+// The number of points of drawn polygons at a position.
 std::ptrdiff_t pointsAt(const ObjectLayer &layer, const Point &place) {
     const std::set<std::uint32_t> used = usedPoints(layer);
     return std::count_if(used.begin(), used.end(),
@@ -281,6 +281,15 @@ TEST(Subdivision, SeamsOfMapsStay) {
     EXPECT_TRUE(hasValueNear(grid(kLinear, cornerMapChunk("TXUV", 2, "M", values)), {11, 1}));
 }
 
+TEST(Subdivision, TheLastOfSeveralValuesOfACornerCounts) {
+    const ObjectLayer layer = grid(kLinear, cornerMapChunk("TXUV", 2, "M",
+                                                           {{.point = 0, .polygon = 0, .numbers = {5, 5}},
+                                                            {.point = 8, .polygon = 3, .numbers = {6, 6}},
+                                                            {.point = 0, .polygon = 0, .numbers = {7, 7}}}));
+    EXPECT_FALSE(hasValueNear(layer, {5, 5}));
+    EXPECT_TRUE(hasValueNear(layer, {6, 6}) && hasValueNear(layer, {7, 7}));
+}
+
 TEST(Subdivision, PolygonsWithoutAllValuesHaveNone) {
     std::vector<MapValue> values = positionsOf(kGrid);
     values.pop_back(); // of the last square
@@ -341,7 +350,7 @@ TEST(Subdivision, CagesNeedNotBeSurfaces) {
 }
 
 TEST(Subdivision, CagesThatCannotBeSubdividedAreDrawn) {
-    constexpr std::size_t kFaces = 65536; // around one point, which are more than can be
+    constexpr std::size_t kFaces = 65536; // around one point: one more than OpenSubdiv supports
     std::vector<float> points(3 * (kFaces + 1));
     std::string polygons = "SUBD";
     for (std::size_t i = 1; i <= kFaces; ++i) {
@@ -356,7 +365,7 @@ TEST(Subdivision, CagesThatCannotBeSubdividedAreDrawn) {
                                         "control cages cannot be subdivided (the first: polygon 0 of layer 0)"}));
 }
 
-TEST(Subdivision, WeightsOfPatchesAreTold) {
+TEST(Subdivision, WeightsOfPatchesAreReported) {
     const std::string cage = pointsChunk(kGrid) + polygonsChunk("PTCH", kGridSquares);
     EXPECT_EQ(lossesOf(read(cage + mapChunk("MNVW", 1, "Subpatch Weight", {{0, {0.5F}}}), 1)),
               (std::vector<std::string>{"a map of subpatch weights is ignored (layer 0)"}));
