@@ -85,15 +85,15 @@ class HiddenVariable {
     std::optional<std::string> value_;
 };
 
-// Writes the image inside of a file to a file without a name, and returns a path to it. The library reads the image
-// from there, with any of its readers. The file lives as long as this process.
+// Writes the image inside of a file to a file in memory, and returns a path to it. The library reads the image from
+// there, with any of its readers. The file lives as long as this process.
 std::string extracted(const EmbeddedImage &image, const std::string &name) {
     const auto fail = [&name](const std::string &why) {
         throw InputError({.file = name}, "cannot read the image: " + why);
     };
-    const std::vector<std::string> images = readEmbeddedImages(image.file);
-    if (image.index >= images.size() || images[image.index].empty()) fail("there is no such image inside of the file");
-    std::string_view rest = images[image.index];
+    const std::string bytes = readEmbeddedImage(image);
+    if (bytes.empty()) fail("there is no such image inside of the file");
+    std::string_view rest = bytes;
     const int file = memfd_create("image", MFD_CLOEXEC);
     if (file < 0) fail(std::strerror(errno));
     while (!rest.empty()) {
@@ -104,7 +104,7 @@ std::string extracted(const EmbeddedImage &image, const std::string &name) {
     return "/proc/self/fd/" + std::to_string(file);
 }
 
-// The path by which the library opens an image.
+// The path by which the library opens the image of that name.
 std::string pathOf(const std::string &name) {
     const auto image = embeddedImage(name);
     return image && fileToOpen(name) == image->file ? extracted(*image, name) : name;

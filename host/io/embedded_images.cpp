@@ -3,7 +3,6 @@
 #include "host/base/error.h"
 #include "host/io/files.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <filesystem>
@@ -61,12 +60,13 @@ int valueOfBase64(char digit) {
     return digit == '/' ? 63 : -1;
 }
 
-// The bytes of a data URI in base 64, up to the first character that is no digit; nothing for any other URI.
+// The bytes of a data URI in base 64, up to the first character that is not a digit; nothing for any other URI.
 std::optional<std::string> bytesOfDataUri(std::string_view uri) {
     constexpr std::string_view kBase64 = ";base64,";
     const std::size_t start = uri.find(kBase64);
     if (!uri.starts_with("data:") || start == std::string_view::npos) return std::nullopt;
     std::string bytes;
+    bytes.reserve((uri.size() - start) / 4 * 3);
     std::uint32_t bits = 0;
     int count = 0;
     for (const char digit : uri.substr(start + kBase64.size())) {
@@ -81,14 +81,17 @@ std::optional<std::string> bytesOfDataUri(std::string_view uri) {
     return bytes;
 }
 
-// Reads the images of one file. The members throw json::exception for what is not there.
+// The images of one file. All members throw json::exception if the document lacks something or has another type there.
 class GltfImages {
   public:
     GltfImages(const json &document, std::string_view binary, const std::string &file)
-        : document_(document), binary_(binary), file_(file), buffers_(document.value("buffers", json::array()).size()) {
-    }
+        : document_(document), binary_(binary), file_(file), images_(document.value("images", json::array())),
+          buffers_(document.value("buffers", json::array()).size()) {}
 
-    std::string bytesOf(const json &image) {
+    std::size_t count() const { return images_.size(); }
+
+    std::string bytesOf(std::size_t index) {
+        const json &image = images_.at(index);
         if (image.contains("uri")) return bytesOfDataUri(image.at("uri").get_ref<const std::string &>()).value_or("");
         if (!image.contains("bufferView")) return {};
         const json &view = document_.at("bufferViews").at(image.at("bufferView").get<std::size_t>());
@@ -107,15 +110,31 @@ class GltfImages {
         if (read) return *read;
         const auto &uri = buffer.at("uri").get_ref<const std::string &>();
         read = bytesOfDataUri(uri);
-        if (!read) read = readFile((std::filesystem::path(file_).parent_path() / uri).string());
+        // The mesh library also appends the URI to the directory, even if it begins with a slash, and decodes no "%20".
+        if (!read) read = readFile(file_.substr(0, file_.rfind('/') + 1) + uri);
         return *read;
     }
 
     const json &document_;
     const std::string_view binary_;
     const std::string &file_;
+    const json images_;
     std::vector<std::optional<std::string>> buffers_; // those that are not `binary_`, once they have been read
 };
+
+// Reads a file and returns what `use` does of its images.
+template <class Use>
+auto fromImagesOf(const std::string &file, const Use &use) {
+    const std::string bytes = readFile(file);
+    const GltfParts parts = bytes.starts_with("glTF") ? chunksOf(bytes, file) : GltfParts{.text = bytes, .binary = {}};
+    try {
+        const json document = json::parse(parts.text);
+        GltfImages images(document, parts.binary, file);
+        return use(images);
+    } catch (const json::exception &) {
+        failToExtract(file, "its description in JSON is damaged");
+    }
+}
 
 } // namespace
 
@@ -141,17 +160,17 @@ std::string fileToOpen(const std::string &name) {
 }
 
 std::vector<std::string> readEmbeddedImages(const std::string &file) {
-    const std::string bytes = readFile(file);
-    const GltfParts parts = bytes.starts_with("glTF") ? chunksOf(bytes, file) : GltfParts{.text = bytes, .binary = {}};
-    try {
-        const json document = json::parse(parts.text);
-        GltfImages images(document, parts.binary, file);
+    return fromImagesOf(file, [](GltfImages &images) {
         std::vector<std::string> all;
-        for (const json &image : document.value("images", json::array())) all.push_back(images.bytesOf(image));
+        for (std::size_t i = 0; i < images.count(); ++i) all.push_back(images.bytesOf(i));
         return all;
-    } catch (const json::exception &) {
-        failToExtract(file, "its description in JSON is damaged");
-    }
+    });
+}
+
+std::string readEmbeddedImage(const EmbeddedImage &image) {
+    return fromImagesOf(image.file, [&image](GltfImages &images) {
+        return image.index < images.count() ? images.bytesOf(image.index) : std::string();
+    });
 }
 
 } // namespace velm::host

@@ -11,23 +11,27 @@
 namespace velm::host {
 
 struct EmbeddedImage {
-    std::string file; // that has the image inside
+    std::string file; // the file that has the image inside
     std::size_t index = 0;
 };
 
 // The name of an image inside of a file: the inverse of embeddedImage. [any thread]
 std::string embeddedName(const std::string &file, std::size_t index);
 
-// What a name of that form means; nothing for any other name. [any thread]
+// The image that has this name; nothing if it is not of the form above. Opens no file. [any thread]
 std::optional<EmbeddedImage> embeddedImage(std::string_view name);
 
-// The file to open for a name: the one that has the image inside, or the name itself where that is not the name of an
-// image inside of another file, or where there is a file of exactly that name. [any thread]
+// The file to open for the name of an image: the one that has the image inside. It is the name itself if that is not of
+// the form above, or if there is a file of exactly that name. [any thread]
 std::string fileToOpen(const std::string &name);
 
 // The images of a glTF 2.0 file, text or binary (GLB), in the file's order. Images that are files of their own are
-// empty strings; all others are the bytes of an image file. Throws InputError with the file's name if the file is
-// damaged or not glTF. To be called in a process of its own: see readApart.
+// empty strings; all others are the bytes of an image file. Also opens the files of buffers that the file names, in any
+// directory. Throws InputError with the name of the file that is missing, damaged or not glTF. To be called in a
+// process of its own: see readApart.
 std::vector<std::string> readEmbeddedImages(const std::string &file);
+
+// One of them; empty if the file has no image of that index inside.
+std::string readEmbeddedImage(const EmbeddedImage &image);
 
 } // namespace velm::host

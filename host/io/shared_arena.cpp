@@ -17,7 +17,7 @@ namespace velm::host {
 namespace {
 
 constexpr std::size_t kLeastBytes = std::size_t{1} << 20;
-constexpr std::size_t kLargeBlock = std::size_t{1} << 23; // in bytes; at least some huge pages fit into it
+constexpr std::size_t kLargeBlock = std::size_t{1} << 23; // in bytes: room for several huge pages
 
 std::size_t pageSize() { return static_cast<std::size_t>(sysconf(_SC_PAGESIZE)); }
 
@@ -55,7 +55,7 @@ void *SharedArena::place(std::size_t bytes, std::size_t alignment) {
     const std::size_t start = roundedUp(used(), bytes >= pageSize() ? pageSize() : alignment);
     if (start > size_ || bytes > size_ - start) throw std::bad_alloc();
     *reinterpret_cast<std::size_t *>(begin_) = start + bytes;
-    // Faster to fill, since there are fewer pages to be cleared one by one. Not all systems have such pages.
+    // Huge pages are faster to fill, since the system clears fewer of them. It may not have any, which is no error.
     if (bytes >= kLargeBlock) madvise(begin_ + start, bytes, MADV_HUGEPAGE);
     return begin_ + start;
 }
