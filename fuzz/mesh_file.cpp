@@ -1,4 +1,4 @@
-// Fuzzes the readers of PLY and STL files. They only have to survive what the mesh library reads instead.
+// Fuzzes the readers of PLY and STL files. Files that they leave to the mesh library are not read any further.
 #include "fuzz/require.h"
 
 #include "host/render/geometry/mesh_formats.h"

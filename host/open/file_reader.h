@@ -26,7 +26,7 @@ struct ReadRequest {
     std::span<const SceneOverride> overrides; // see readScene
     Cameras cameras = Cameras::required;      // of scenes
     std::vector<Warning> &warnings;           // warnings of what the reader leaves out of the file are added here
-    MeshCache &meshes;                        // takes the mesh where it is read for its materials
+    MeshCache &meshes;                        // gets the mesh if it is read for its materials
 };
 
 // A kind of file.

@@ -1,6 +1,7 @@
 #include "host/open/material_surfaces.h"
 
 #include "host/io/embedded_images.h"
+#include "host/render/geometry/unused_names.h"
 #include "host/scene/convert/mesh_surfaces.h"
 #include "host/scene/convert/texture_network.h"
 #include "host/scene/object_finder.h"
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <map>
+#include <set>
 
 namespace velm::host {
 
@@ -21,22 +23,20 @@ std::string writableName(std::string name) {
     return name.substr(first, name.find_last_not_of(' ') - first + 1);
 }
 
-// The name, with a number where something has it already.
 template <class T>
-std::string unusedName(const std::vector<T> &all, const std::string &wanted) {
-    std::string name = wanted;
-    for (int number = 2; std::ranges::count(all, name, &T::name) > 0; ++number)
-        name = fmt::format("{} ({})", wanted, number);
-    return name;
+UnusedNames unusedNamesBeside(const std::vector<T> &all) {
+    UnusedNames names(" (", ")");
+    for (const T &one : all) names.add(one.name);
+    return names;
 }
 
 // Adds the images of one mesh file to a scene, each once.
 class MaterialImages {
   public:
     MaterialImages(const std::string &file, const SearchPath &path, SceneDescription &scene)
-        : file_(file), finder_(file, path), scene_(scene) {}
+        : file_(file), finder_(file, path), scene_(scene), unusedNames_(unusedNamesBeside(scene.images)) {}
 
-    // The name of a texture's image in the scene; empty for a missing one, without which the material has its plain
+    // The name of a texture's image in the scene; empty if the image is missing: then the material has its plain
     // colour.
     std::string nameOf(const MeshTexture &texture) {
         const auto [entry, isNew] = names_.try_emplace(texture.file);
@@ -56,7 +56,7 @@ class MaterialImages {
         else
             image.notFound = finder_.whyNotFound(file);
         const std::string last = isInside ? fmt::format("image {}", embedded->index) : sceneNameOfImage(file);
-        image.name = unusedName(scene_.images, writableName(last));
+        image.name = unusedNames_.take(writableName(last));
         scene_.images.push_back(image);
         return image.notFound.empty() ? image.name : std::string();
     }
@@ -64,6 +64,7 @@ class MaterialImages {
     const std::string &file_;
     ObjectFinder finder_;
     SceneDescription &scene_;
+    UnusedNames unusedNames_;                  // for images
     std::map<std::string, std::string> names_; // by the file's name in the mesh file
 };
 
@@ -72,17 +73,19 @@ class MaterialImages {
 void addMaterialSurfaces(const Mesh &mesh, const SearchPath &path, ObjectDescription &object, SceneDescription &scene) {
     MaterialImages images(scene.file, path, scene);
     const auto imageName = [&images](const MeshTexture &texture) { return images.nameOf(texture); };
+    UnusedNames unusedNames = unusedNamesBeside(scene.surfaces);
+    const std::set<std::string> drawn(mesh.materials.begin(), mesh.materials.end());
+    std::set<std::string> covered;
+    for (const SurfaceUse &use : object.surfaces) covered.insert(use.material);
     for (const MeshMaterial &material : mesh.materialValues) {
-        if (std::ranges::count(mesh.materials, material.name) == 0) continue; // all its polygons had no area
-        const std::string name = unusedName(scene.surfaces, writableName(material.name));
+        if (!drawn.contains(material.name)) continue; // all its polygons had no area
+        const std::string name = unusedNames.take(writableName(material.name));
         scene.surfaces.push_back(surfaceOfMaterial(material, name, scene.file, imageName));
         object.surfaces.push_back({.material = material.name, .surface = name, .location = object.location});
+        covered.insert(material.name);
     }
     // A scene file names a surface for all other materials, even if there are none.
-    const auto isCovered = [&object](const std::string &material) {
-        return std::ranges::count(object.surfaces, material, &SurfaceUse::material) > 0;
-    };
-    if (object.surfaces.empty() || !std::ranges::all_of(mesh.materials, isCovered)) return;
+    if (object.surfaces.empty() || !std::ranges::includes(covered, drawn)) return;
     const SurfaceUse others{.material = "", .surface = object.surfaces.front().surface, .location = object.location};
     object.surfaces.insert(object.surfaces.begin(), others);
 }

@@ -1,4 +1,4 @@
-// Gives the object of an opened mesh file the surfaces of its materials.
+// Surfaces for the materials of an opened mesh file.
 #pragma once
 
 #include "host/render/geometry/mesh.h"
@@ -7,9 +7,9 @@
 
 namespace velm::host {
 
-// Adds a surface for each material that the mesh's file describes, under a name that the scene does not have yet, to
-// the scene and to the object's surfaces, and the images of their textures. Images are looked for as ObjectFinder does;
-// a missing one is described with where it was looked for. [any thread]
+// Adds a surface for each material that the mesh's file describes to the scene, under a name that no surface has yet,
+// and to the object's surfaces. Adds the images of the materials' textures to the scene, too. Their files are looked
+// for as ObjectFinder does; ImageDescription::notFound of a missing one says where. [any thread]
 void addMaterialSurfaces(const Mesh &mesh, const SearchPath &path, ObjectDescription &object, SceneDescription &scene);
 
 } // namespace velm::host

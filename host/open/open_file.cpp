@@ -2,6 +2,7 @@
 
 #include "host/base/error.h"
 #include "host/base/names.h"
+#include "host/render/geometry/unused_names.h"
 #include "host/render/motion/pose.h"
 #include "host/scene/format/write_scene.h"
 #include "host/scene/read_scene.h"
@@ -10,18 +11,18 @@
 #include <cmath>
 #include <filesystem>
 #include <fmt/format.h>
+#include <set>
 
 namespace velm::host {
 
 namespace {
 
-// The name, with a number where something has it already.
+// The name, with a number if one of them has it already.
 template <class T>
 std::string freeName(const std::vector<T> &all, const std::string &wanted) {
-    std::string name = wanted;
-    for (int number = 2; std::ranges::count(all, name, &T::name) > 0; ++number)
-        name = fmt::format("{} {}", wanted, number);
-    return name;
+    UnusedNames names(" ", "");
+    for (const T &one : all) names.add(one.name);
+    return names.take(wanted);
 }
 
 // Whether an item has this name as its parent or target.
@@ -84,16 +85,18 @@ std::string coverObjects(SceneDescription &scene) {
     return neutral;
 }
 
-// Gives the materials of a mesh that have no surface a neutral one, where others have their own.
+// Gives the materials of objects that have no surface a neutral one, unless the object has one for all others.
 void coverMaterials(SceneDescription &scene, MeshCache &meshes) {
     const ScenePose pose = startPose(scene);
     std::string neutral;
     for (std::size_t i = 0; i < scene.objects.size(); ++i) {
         const ObjectDescription &object = scene.objects[i];
         std::vector<SurfaceUse> &uses = scene.objects[i].surfaces;
-        if (std::ranges::count(uses, "", &SurfaceUse::material) > 0) continue;
+        std::set<std::string> covered;
+        for (const SurfaceUse &use : uses) covered.insert(use.material);
+        if (covered.contains("")) continue;
         for (const std::string &material : meshOf(scene, pose, i, meshes).materials) {
-            if (std::ranges::count(uses, material, &SurfaceUse::material) > 0) continue;
+            if (!covered.insert(material).second) continue;
             if (neutral.empty()) neutral = addNeutralSurface(scene);
             const SurfaceUse use{.material = material, .surface = neutral, .location = object.location};
             uses.insert(material.empty() ? uses.begin() : uses.end(), use);
@@ -276,10 +279,10 @@ std::string additionsText(const OpenedFile &opened, const SceneDescription &comp
     if (opened.rig == Rig::outdoor) add("the sun and a sky (outdoor)");
     if (completed.objects.size() > opened.scene.objects.size()) add("a ground");
     if (opened.rig && !opened.reader->isScene) add("a backdrop");
-    const auto isNeutral = [&opened](const SurfaceUse &use) {
-        return use.surface == opened.neutral ||
-               std::ranges::count(opened.scene.surfaces, use.surface, &SurfaceDescription::name) == 0;
-    };
+    std::set<std::string> others; // surfaces of the file
+    for (const SurfaceDescription &surface : opened.scene.surfaces)
+        if (surface.name != opened.neutral) others.insert(surface.name);
+    const auto isNeutral = [&others](const SurfaceUse &use) { return !others.contains(use.surface); };
     const auto objects = std::span(completed.objects).first(opened.scene.objects.size());
     if (std::ranges::any_of(
             objects, [&](const ObjectDescription &object) { return std::ranges::any_of(object.surfaces, isNeutral); }))

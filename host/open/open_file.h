@@ -21,7 +21,7 @@ struct OpenRequest {
     std::optional<View> view{};                 // a camera that frames the scene from there
     std::optional<Rig> rig{};                   // replaces the lights
     std::optional<Workflow> workflow{};         // replaces that of the scene or of the kind of file
-    MeshCache *meshes = nullptr;                // takes a mesh file's mesh, which has the materials; null: it is freed
+    MeshCache *meshes = nullptr;                // gets the mesh if it is read for its materials; null: it is freed
     std::optional<int> subdivision{};           // of all meshes, 0 to kMostSubdivision; replaces that of the file
 };
 
@@ -40,7 +40,7 @@ struct OpenedFile {
 // no camera or no lights. InputError with the source location. [interface thread]
 OpenedFile openFile(const OpenRequest &request);
 
-// Sets the level of all meshes from files. [any thread]
+// Sets the level of the subdivision surfaces of all meshes from files. [any thread]
 void setSubdivision(int level, SceneDescription &scene);
 
 // The scene with all that is to be added: a camera for pictures of the scene's size, lights, a surface for polygons

@@ -197,6 +197,14 @@ TEST_F(MeshMaterials, BecomeSurfaces) {
     EXPECT_EQ(surface["settings"]["Refraction Index"], 1.5);
 }
 
+// Some programs write the transparency where the opacity belongs.
+TEST_F(MeshMaterials, AreVisible) {
+    directory_.write("square.mtl", "newmtl Paper\nKd 1 1 1\n"
+                                   "d 0\n");
+    const json surface = converted(directory_.write("square.obj", kSquare))["surfaces"]["Paper"];
+    EXPECT_EQ(surface["settings"].value("Transparency", 0.0), 0);
+}
+
 // By the formulas at the top of host/render/geometry/mesh_materials.cpp.
 TEST_F(MeshMaterials, BecomeSurfacesOfMetal) {
     const std::string image = writeQuarters("a.png", kQuarters);

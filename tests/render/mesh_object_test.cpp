@@ -140,7 +140,7 @@ TEST_F(ObjectMeshTest, OneLayerCanBeDrawnByItself) {
               (directory / "a.obj") + ": a file of this format has no layers");
 }
 
-TEST_F(ObjectMeshTest, WhatIsNotDrawnIsTold) {
+TEST_F(ObjectMeshTest, WarnsOfWhatIsNotDrawn) {
     const Mesh mesh =
         read(objectFile(tagsChunk({"A"}) + kPoints + mapChunk("WGHT", 1, "Bend", {{0, {1}}}) +
                         mapChunk("MORF", 3, "Smile", {{0, {1, 1, 1}}}) + mapChunk("PICK", 0, "Set", {{0, {}}}) +

@@ -1,13 +1,13 @@
-// The readers of PLY and STL files: what they read, that it is what the mesh library reads, and what they refuse.
+// The readers of PLY and STL files: their meshes, which have to equal those of the mesh library, and their errors.
 #include "host/base/error.h"
 #include "host/render/geometry/mesh_formats.h"
-#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <fstream>
@@ -24,7 +24,7 @@ std::string bytesOf(const std::string &file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// A number as a file has it, most or least significant byte first.
+// The bytes of a number in a file.
 template <class Number>
 std::string packed(Number number, std::endian order = std::endian::little) {
     std::string bytes(sizeof number, '\0');
@@ -39,7 +39,7 @@ std::string packed(std::initializer_list<float> numbers, std::endian order = std
     return bytes;
 }
 
-// ---- What the mesh library reads, too ----
+// ---- Comparison with the mesh library ----
 
 // The mesh library does not round the numbers of text files correctly, which shows in the last bits.
 struct Close {
@@ -122,7 +122,7 @@ std::string refusalOf(const std::string &bytes) {
     return "it was read";
 }
 
-// Properties of all kinds, some of which mean nothing here, in both orders of bytes.
+// Two polygons on four points, with properties of all types, some of which the reader ignores.
 std::string binaryPly(std::endian order) {
     std::string bytes =
         order == std::endian::little ? "ply\nformat binary_little_endian 1.0\n" : "ply\nformat binary_big_endian 1.0\n";
@@ -169,28 +169,24 @@ TEST(PlyReader, RefusesFilesThatEndEarly) {
     EXPECT_TRUE(refusalOf(whole.substr(0, whole.size() - 1)).ends_with(" 6 are there"));
 }
 
-TEST(PlyReader, MergesEqualVertices) {
-    const std::string text = "ply\nformat ascii 1.0\nelement vertex 6\nproperty float x\nproperty float y\n"
-                             "property float z\nelement face 2\nproperty list uchar int vertex_indices\nend_header\n"
-                             "0 0 0\n1 0 0\n0 1 0\n0 1 0\n1 0 -0.0\n1 1 0\n3 0 1 2\n3 3 4 5\n";
-    const auto mesh = plainPlyMesh(text, kName, Transform());
-    ASSERT_TRUE(mesh);
-    EXPECT_EQ(mesh->points.size(), 4u);
-    EXPECT_TRUE(mesh->polygonNumbers.empty()) << "no numbers where each triangle is a polygon";
-}
-
 struct Refusal {
     const char *name, *header, *body, *message;
 };
+
+std::string plyFile(const std::string &header, const std::string &body) {
+    return "ply\n" + header + "end_header\n" + body;
+}
+
 class PlyRefusals : public testing::TestWithParam<Refusal> {};
 
 TEST_P(PlyRefusals, SayWhatIsWrong) {
-    const std::string text = std::string("ply\n") + GetParam().header + "end_header\n" + GetParam().body;
-    EXPECT_EQ(refusalOf(text), GetParam().message);
+    EXPECT_EQ(refusalOf(plyFile(GetParam().header, GetParam().body)), GetParam().message);
 }
 
-#define VERTICES "format ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
-#define FACES "element face 1\nproperty list uchar int vertex_indices\n"
+#define PLACE "property float x\nproperty float y\nproperty float z\n"
+#define VERTICES "format ascii 1.0\nelement vertex 3\n" PLACE
+#define CORNERS "property list uchar int vertex_indices\n"
+#define FACES "element face 1\n" CORNERS
 #define POINTS "0 0 0\n1 0 0\n0 1 0\n"
 
 INSTANTIATE_TEST_SUITE_P(
@@ -222,34 +218,37 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"NoNumber", VERTICES FACES, "0 0 0\n1 zero 0\n0 1 0\n3 0 1 2\n",
                 "cannot read the mesh: line 11: \"zero\" is not the number expected"},
         Refusal{"ShortLine", VERTICES FACES, POINTS "3 0 1\n", "cannot read the mesh: line 13: a number is missing"},
-        Refusal{"NoPolygons", VERTICES "element face 0\nproperty list uchar int vertex_indices\n", POINTS,
-                "the mesh has no polygons"},
-        Refusal{"ManyPoints",
-                "format ascii 1.0\nelement vertex 1000000000000000\nproperty float x\nproperty float y\n"
-                "property float z\n" FACES,
-                POINTS,
+        Refusal{"NoPolygons", VERTICES "element face 0\n" CORNERS, POINTS, "the mesh has no polygons"},
+        Refusal{"ManyPoints", "format ascii 1.0\nelement vertex 1000000000000000\n" PLACE FACES, POINTS,
                 "cannot read the mesh: it ends too early: of 1000000000000001 lines after its header, 3 are there"},
-        Refusal{"Colours",
-                "format ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
-                "property uchar red\nproperty uchar green\nproperty uchar blue\n" FACES,
+        Refusal{"Colours", VERTICES "property uchar red\nproperty uchar green\nproperty uchar blue\n" FACES,
                 "0 0 0 9 9 9\n1 0 0 9 9 9\n0 1 0 9 9 9\n3 0 1 2\n", "it is left to the mesh library"},
         Refusal{"Strips", VERTICES "element tristrips 1\nproperty list int int vertex_indices\n", POINTS "3 0 1 2\n",
                 "it is left to the mesh library"}),
     [](const auto &refusal) { return std::string(refusal.param.name); });
 
-#undef VERTICES
-#undef FACES
-#undef POINTS
+TEST(PlyReader, MergesEqualVertices) {
+    const auto mesh = plainPlyMesh(plyFile("format ascii 1.0\nelement vertex 6\n" PLACE "element face 2\n" CORNERS,
+                                           POINTS "0 1 0\n1 0 -0.0\n1 1 0\n3 0 1 2\n3 3 4 5\n"),
+                                   kName, Transform());
+    ASSERT_TRUE(mesh);
+    EXPECT_EQ(mesh->points.size(), 4u);
+    EXPECT_TRUE(mesh->polygonNumbers.empty()) << "no numbers are stored if each triangle is a polygon";
+}
 
 TEST(PlyReader, TakesNumbersOfAnySizeAndWithASign) {
-    const std::string text = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
-                             "property double z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
-                             "+1e0 1e-400 0\n0 1 1e-60\n0 0 0\n3 0 1 2\n";
-    const auto mesh = plainPlyMesh(text, kName, Transform());
+    const auto mesh =
+        plainPlyMesh(plyFile(VERTICES FACES, "+1e0 1e-400 0\n0 1 1e-60\n0 0 0\n3 0 1 2\n"), kName, Transform());
     ASSERT_TRUE(mesh);
     EXPECT_EQ(mesh->points[0].position[0], 1);
     EXPECT_EQ(mesh->points[0].position[1], 0);
 }
+
+#undef PLACE
+#undef VERTICES
+#undef CORNERS
+#undef FACES
+#undef POINTS
 
 // ---- STL ----
 

@@ -80,8 +80,8 @@ TEST(Shading, FalloffDependsOnTheRange) {
     }
 }
 
-// The middle of the wall is lit by a spot light one metre in front of it. The axis of the light is turned by `angle`
-// degrees from the direction to the middle, which therefore lies at this angle in the cone.
+// A spot light one metre in front of the wall lights its middle. The light's axis is turned away from the middle by
+// `angle` degrees, so the middle lies at this angle from the axis of the cone.
 TEST(Shading, SpotLightsShineInACone) {
     constexpr double kCone = 30, kEdge = 10;
     for (const double angle : {0.0, 19.0, 22.0, 25.0, 28.0, 31.0, 170.0}) {

@@ -3,6 +3,7 @@
 #include "host/render/geometry/parallel.h"
 
 #include <algorithm>
+#include <map>
 
 namespace velm::host {
 
@@ -22,17 +23,20 @@ void Bounds::include(const Bounds &other) {
 }
 
 std::vector<Bounds> boundsByMaterial(const Mesh &mesh) {
-    const std::size_t count = mesh.triangles.size(), materials = mesh.materials.size();
-    std::vector<Bounds> ofRanges(rangeCount(count) * materials); // by range, then by material
+    const std::size_t count = mesh.triangles.size();
+    // By range, the bounds of the materials that its triangles have. Bounds of all materials for each range could take
+    // more memory than the mesh.
+    std::vector<std::map<std::uint16_t, Bounds>> ofRanges(rangeCount(count));
     forRanges(count, [&](std::size_t range, std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i) {
             const auto triangle = static_cast<std::uint32_t>(i);
-            Bounds &own = ofRanges[range * materials + mesh.materialNumber(triangle)];
+            Bounds &own = ofRanges[range][mesh.materialNumber(triangle)];
             for (int k = 0; k < 3; ++k) own.include(mesh.corner(triangle, k));
         }
     });
-    std::vector<Bounds> bounds(materials);
-    for (std::size_t i = 0; i < ofRanges.size(); ++i) bounds[i % materials].include(ofRanges[i]);
+    std::vector<Bounds> bounds(mesh.materials.size());
+    for (const auto &ofRange : ofRanges)
+        for (const auto &[material, own] : ofRange) bounds[material].include(own);
     return bounds;
 }
 

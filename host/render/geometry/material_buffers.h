@@ -14,7 +14,7 @@
 
 namespace velm::host {
 
-// Everything is checked before it is used: the other process may have left anything in the buffers.
+// The other process may have left anything in the buffers: isWithin has to be true before materials() is called.
 class MaterialBuffers {
   public:
     explicit MaterialBuffers(std::pmr::memory_resource *memory) : values_(memory), textures_(memory), texts_(memory) {}
@@ -114,7 +114,8 @@ class MaterialBuffers {
 
     std::pmr::vector<Values> values_;
     std::pmr::vector<Texture> textures_;
-    std::pmr::vector<std::pmr::string> texts_; // of each material its name, then of each of its textures file and map
+    // For each material its name, then the file and the UV map of each of its textures.
+    std::pmr::vector<std::pmr::string> texts_;
 };
 
 } // namespace velm::host

@@ -39,7 +39,7 @@ struct MeshWarning {
     std::string brief;   // a few words, equal for equal causes: "hidden layers"
     std::string message; // a line
     // Whether this is about something that a scene which names the file describes itself, such as materials. Then it
-    // only matters where the mesh file is opened instead of a scene.
+    // only matters if the mesh file is opened instead of a scene.
     bool isBesideMesh = false;
 };
 

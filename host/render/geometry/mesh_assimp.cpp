@@ -67,10 +67,6 @@ void keepImporters(Assimp::Importer &importer, const MeshFormat &format) {
     }
 }
 
-bool isGltfFormat(const MeshFormat &format) {
-    return format.ending == std::string_view("gltf") || format.ending == std::string_view("glb");
-}
-
 bool hasPolygons(const aiMesh &mesh) {
     return std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
                        [](const aiFace &face) { return face.mNumIndices > 2; });
@@ -170,8 +166,8 @@ class FileMesh {
                            [](const aiMesh *mesh) { return mesh->HasNormals() || !hasPolygons(*mesh); });
     }
 
-    // Makes room for the triangles and for as many vertices as there can be, which take memory only once they are
-    // written. More is added for meshes that several nodes have.
+    // Makes room for the vertices and triangles of all meshes, each once; the builder grows for meshes that several
+    // nodes have. Room that is not needed because vertices are merged takes no memory, since it is never written.
     void reserve() {
         std::size_t vertices = 0, triangles = 0;
         for (unsigned i = 0; i < scene_.mNumMeshes; ++i) {
@@ -271,7 +267,7 @@ const aiScene &import(Assimp::Importer &importer, const std::string &file, const
     importer.SetIOHandler(std::make_unique<MeshFiles>(file, alias, opened).release()); // which the importer owns
     const aiScene *scene = importer.ReadFile(alias, 0);
     if (scene) {
-        if (isGltfFormat(format)) correctTexturePlacing(*scene);
+        if (format.isGltf()) correctTexturePlacing(*scene);
         scene = importer.ApplyPostProcessing(aiProcess_TransformUVCoords);
     }
     if (!scene) {

@@ -14,13 +14,6 @@ std::array<float, 3> narrowed(const Vec3 &v) {
     return {static_cast<float>(v.x) + 0.0f, static_cast<float>(v.y) + 0.0f, static_cast<float>(v.z) + 0.0f};
 }
 
-template <std::size_t n>
-bool same(const std::array<float, n> &a, const std::array<float, n> &b) {
-    for (std::size_t i = 0; i < n; ++i)
-        if (comparedBits(a[i]) != comparedBits(b[i])) return false;
-    return true;
-}
-
 // Frees the unused capacity of a vector, except for `spare` elements.
 template <typename Element>
 void trim(std::pmr::vector<Element> &elements, std::size_t spare = 0) {
@@ -63,14 +56,10 @@ std::uint32_t MeshBuilder::hashOf(std::size_t vertex) const {
 }
 
 bool MeshBuilder::equal(std::uint32_t a, std::uint32_t b) const {
-    const auto placeOf = [this](std::uint32_t vertex) {
-        const float *p = mesh_.points[vertex].position;
-        return std::array<float, 3>{p[0], p[1], p[2]};
-    };
-    if (!same(placeOf(a), placeOf(b))) return false;
-    if (hasNormals_ && !same(mesh_.normals[a], mesh_.normals[b])) return false;
+    if (!equalNumbers(mesh_.points[a].position, mesh_.points[b].position)) return false;
+    if (hasNormals_ && !equalNumbers(mesh_.normals[a], mesh_.normals[b])) return false;
     for (const UvMap &map : mesh_.uvMaps)
-        if (!same(map.values[a], map.values[b])) return false;
+        if (!equalNumbers(map.values[a], map.values[b])) return false;
     return true;
 }
 
@@ -167,8 +156,8 @@ void MeshBuilder::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c,
     mesh_.triangles.push_back({{a, b, c}});
 }
 
-// Notes the polygon and the material of the triangle that is added next. The numbers are only stored once they differ
-// from what Mesh says of meshes without them.
+// Stores the polygon and the material of the triangle that is added next. As long as every triangle is a polygon, or
+// all are of the first material, these numbers are left out of the mesh: see Mesh.
 void MeshBuilder::numberTriangle(std::uint16_t material) {
     const std::size_t triangle = mesh_.triangles.size();
     if (mesh_.polygonNumbers.empty() && mesh_.polygonCount != triangle) {

@@ -29,12 +29,12 @@ class MeshBuilder {
     // 2^32 - 2 vertices.
     std::uint32_t addVertex(const BuilderVertex &vertex);
 
-    // The same for a vertex that is not merged with equal ones. Not to be mixed with addVertex.
+    // Adds a vertex without merging it with equal ones. Not to be mixed with addVertex.
     std::uint32_t addSeparateVertex(const BuilderVertex &vertex);
 
     // Merges all equal vertices, faster than addVertex does one by one. To be called after the last addSeparateVertex,
-    // and before the first addPolygon. Returns for each vertex, in the order in which they were added, its index in the
-    // mesh: that which addVertex would have returned.
+    // and before the first addPolygon. Returns the index in the mesh of each vertex, in the order in which they were
+    // added: the one that addVertex would have returned.
     std::vector<std::uint32_t> mergeVertices();
 
     // Reserves memory for that many vertices and triangles in all, and for the padding of the points.
@@ -64,7 +64,7 @@ class MeshBuilder {
 
     Mesh mesh_;
     bool hasNormals_;
-    bool storesPolygons_ = false, storesMaterials_ = false; // whether the mesh has the numbers of its triangles
+    bool storesPolygons_ = false, storesMaterials_ = false; // whether numberTriangle has to store these numbers
     VertexTable table_;
     std::vector<std::array<std::uint32_t, 3>> cut_; // the triangles of the polygon being added
 };

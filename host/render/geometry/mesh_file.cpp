@@ -12,8 +12,9 @@
 namespace velm::host {
 namespace {
 
-// Moves the elements of a vector, with room for some more, and frees what they were in, unless it can be taken over as
-// it is. Much of a mesh's memory is in these vectors, so that they are moved one by one.
+// Moves the elements of a vector to another with room for `spare` more. Takes over the memory if that has the room, or
+// else copies the elements and frees it. Much of a mesh's memory is in these vectors, so that they are moved one by
+// one.
 template <class Vector>
 void moveElements(Vector &from, Vector &to, std::size_t spare = 0) {
     if (from.get_allocator() == to.get_allocator() && from.capacity() >= from.size() + spare) {

@@ -17,6 +17,8 @@ struct MeshFormat {
     const char *name;
     const char *ending; // of the names of such files, by which assimp's importers for the format are found
 
+    bool isGltf() const { return ending == std::string_view("gltf") || ending == std::string_view("glb"); }
+
     // Reads a file of the format. The buffers of the mesh are allocated from `memory`, and have room for more than its
     // elements. Throws InputError as readMesh does. To be called in a process of its own: see readApart.
     Mesh (*read)(const std::string &file, const MeshFormat &format, const Transform &transform,
@@ -50,13 +52,14 @@ std::vector<std::string> filesReadWithAssimp(const std::string &file, const Mesh
 // normals are only smoothed across common points. What is left out is in the mesh's warnings.
 Mesh readObjectMesh(const std::string &file, const MeshFormat &format, const Transform &transform,
                     std::pmr::memory_resource *memory);
-// The same with another level of subdivision surfaces than the default, and with one layer, even if it is hidden.
+// The same with the level of subdivision surfaces, and with only one layer if its number is given, even if it is
+// hidden.
 Mesh readObjectLayers(const std::string &file, const Transform &transform, std::optional<int> layer, int subdivision,
                       std::pmr::memory_resource *memory);
 std::vector<std::string> filesOfObjectMesh(const std::string &file, const MeshFormat &format);
 
-// MeshFormat::read of PLY and STL files. What these readers do not know, such as the colours of vertices, is left to
-// assimp.
+// MeshFormat::read of PLY and STL files. Files with something that these readers do not know, such as colours of
+// vertices, are left to assimp.
 Mesh readPlyMesh(const std::string &file, const MeshFormat &format, const Transform &transform,
                  std::pmr::memory_resource *memory);
 Mesh readStlMesh(const std::string &file, const MeshFormat &format, const Transform &transform,
@@ -64,8 +67,9 @@ Mesh readStlMesh(const std::string &file, const MeshFormat &format, const Transf
 // MeshFormat::files of both.
 std::vector<std::string> filesOfPlainMesh(const std::string &file, const MeshFormat &format);
 
-// The meshes in the bytes of PLY and STL files; nothing if the file has something that is left to assimp. `file` is its
-// name, for errors. Throws InputError as readMesh does. Allocates in proportion to the size of the file. [any thread]
+// The meshes in the bytes of PLY and STL files; nothing if the file is left to assimp. `file` is its name, for errors.
+// Throws InputError as readMesh does. The memory that is allocated is in proportion to the size of the file.
+// [any thread]
 std::optional<Mesh> plainPlyMesh(std::string_view bytes, const std::string &file, const Transform &transform,
                                  std::pmr::memory_resource *memory = std::pmr::get_default_resource());
 std::optional<Mesh> plainStlMesh(std::string_view bytes, const std::string &file, const Transform &transform,

@@ -14,16 +14,20 @@
 #include "host/base/colour.h"
 #include "host/base/names.h"
 #include "host/io/embedded_images.h"
+#include "host/render/geometry/unused_names.h"
 
 #include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <fmt/format.h>
+#include <map>
 #include <optional>
+#include <set>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 
 namespace velm::host {
 namespace {
@@ -59,7 +63,7 @@ class MaterialReader {
         readOpacity();
         const double index = number(AI_MATKEY_REFRACTI).value_or(1);
         material_.refractionIndex = index > 0 ? index : 1;
-        // Other formats, or their importers, say that of every material.
+        // In other formats, or by their importers, every material is marked as double-sided.
         int twoSided = 1;
         if (isGltf_ && from_.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS)
             material_.doubleSided = twoSided != 0;
@@ -75,10 +79,10 @@ class MaterialReader {
         const double intensity = number(AI_MATKEY_EMISSIVE_INTENSITY).value_or(1);
         const double level = std::clamp(intensity, 0.0, kMostLight) * std::min(largestOf(emission), kMostLight);
         if (!(level > 0)) return;
-        const double share = level / largestOf(emission);
+        const double factor = level / largestOf(emission);
         if (largestOf(material.colour) > 0 || material.texture(MeshTexture::Use::colour)) {
             const double base = std::max(luminanceOf(material.colour), 1 / kMostLight);
-            material.luminosity = std::min(kMostLight, share * luminanceOf(emission) / base);
+            material.luminosity = std::min(kMostLight, factor * luminanceOf(emission) / base);
             return;
         }
         for (std::size_t i = 0; i < 3; ++i) material.colour[i] = emission[i] / largestOf(emission);
@@ -117,7 +121,7 @@ class MaterialReader {
 
     void readMetal(double metallic) {
         double roughness = std::clamp(number(AI_MATKEY_ROUGHNESS_FACTOR).value_or(1), 0.0, 1.0);
-        // A texture that is not read has the values; most parts of most models are no metal.
+        // The values are in a texture that is not read. Most parts of most models are not metal.
         if (from_.GetTextureCount(aiTextureType_METALNESS) > 0 || from_.GetTextureCount(aiTextureType_UNKNOWN) > 0) {
             metallic = 0;
             roughness = 0.5 * roughness;
@@ -131,6 +135,9 @@ class MaterialReader {
 
     void readOpacity() {
         material_.opacity = std::clamp(number(AI_MATKEY_OPACITY).value_or(1), 0.0, 1.0);
+        // Programs disagree on whether 0 means opaque or invisible in OBJ and Collada. Nobody exports what is
+        // invisible.
+        if (!isGltf_ && material_.opacity == 0) material_.opacity = 1;
         aiString mode;
         if (from_.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) != aiReturn_SUCCESS) return;
         if (std::string_view(mode.C_Str()) == "MASK")
@@ -161,8 +168,8 @@ class TextureReader {
     TextureReader(const aiScene &scene, const std::string &file, bool isGltf, Losses &losses)
         : scene_(scene), file_(file), isGltf_(isGltf), losses_(losses) {}
 
-    // Adds the first texture of a type; false where there is none that can be shown. `uvMaps` are the names of the
-    // material's maps, by channel.
+    // Adds the first texture of a type. Returns false if there is none that can be shown. `uvMaps` are the names of the
+    // material's UV maps, by channel.
     bool add(const aiMaterial &from, aiTextureType type, MeshTexture::Use use, const std::vector<std::string> &uvMaps,
              MeshMaterial &material) {
         aiString name;
@@ -178,50 +185,63 @@ class TextureReader {
         texture.wrap = {wrapOf(modes[0]), wrapOf(modes[1])};
         texture.isNegative = (flags & aiTextureFlags_Invert) != 0;
         if (texture.file.empty() || texture.uvMap.empty()) return false;
-        shown_.push_back(name.C_Str());
+        shown_.emplace(name.C_Str());
         material.textures.push_back(std::move(texture));
         return true;
     }
 
     // Counts the images of a material that are not shown.
     void countOthers(const aiMaterial &from, const std::string &material) {
-        std::vector<std::string> counted;
+        std::set<std::string> others;
         for (int type = aiTextureType_DIFFUSE; type <= AI_TEXTURE_TYPE_MAX; ++type) {
             const auto own = static_cast<aiTextureType>(type);
             for (unsigned i = 0; i < from.GetTextureCount(own); ++i) {
                 aiString name;
                 if (from.Get(AI_MATKEY_TEXTURE(own, i), name) != aiReturn_SUCCESS) continue;
-                if (std::ranges::count(shown_, name.C_Str()) + std::ranges::count(counted, name.C_Str()) == 0)
-                    counted.emplace_back(name.C_Str());
+                if (!shown_.contains(name.C_Str())) others.emplace(name.C_Str());
             }
         }
-        losses_.add(Loss::texture, "of the material " + inQuotes(material), counted.size());
+        losses_.add(Loss::texture, "of the material " + inQuotes(material), others.size());
         shown_.clear();
     }
 
   private:
-    // The name of a texture's file; that of an image inside of the file, which the importer numbers as "*0", is its
-    // name by its index in the file. Empty for those that cannot be read again from the file.
-    std::string fileOf(const std::string &name) {
+    // The file of a texture, which the importer calls `name`. For an image inside of the mesh file, this is its name by
+    // its index there: see embedded_images.h. Empty for those that cannot be read again from the mesh file.
+    const std::string &fileOf(const std::string &name) {
+        const auto [entry, isNew] = files_.try_emplace(name);
+        if (isNew) entry->second = findFile(name);
+        return entry->second;
+    }
+
+    std::string findFile(const std::string &name) {
         const aiTexture *embedded = scene_.GetEmbeddedTexture(name.c_str());
-        if (!embedded) return name.starts_with('*') ? std::string() : name;
+        if (!embedded) return name.starts_with('*') ? std::string() : name; // "*0" and so on are embedded images
         if (!isGltf_ || embedded->mHeight != 0) return {};
-        if (!images_) images_ = readEmbeddedImages(file_);
+        if (images_.empty()) readImages();
         const std::string_view bytes(reinterpret_cast<const char *>(embedded->pcData), embedded->mWidth);
-        const auto found = std::ranges::find(*images_, bytes);
-        if (bytes.empty() || found == images_->end()) return {};
-        return embeddedName(file_, static_cast<std::size_t>(found - images_->begin()));
+        const auto found = indices_.find(bytes);
+        return bytes.empty() || found == indices_.end() ? std::string() : embeddedName(file_, found->second);
+    }
+
+    // The importer may number the images in another order than the file, so that they are found by their bytes.
+    void readImages() {
+        images_ = readEmbeddedImages(file_);
+        for (std::size_t i = 0; i < images_.size(); ++i) indices_.try_emplace(images_[i], i);
     }
 
     const aiScene &scene_;
     const std::string &file_;
     const bool isGltf_;
     Losses &losses_;
-    std::optional<std::vector<std::string>> images_; // inside of the file
-    std::vector<std::string> shown_;                 // of the material, as the importer names them
+    std::map<std::string, std::string> files_;                  // by the importer's name
+    std::vector<std::string> images_;                           // inside of the file; read when they are needed
+    std::unordered_map<std::string_view, std::size_t> indices_; // of the images, by their bytes
+    std::set<std::string> shown_;                               // of the material, by the importer's names
 };
 
-// What an importer gives to meshes without a material: one of its own name, or a white one without any.
+// Whether the importer made up this material for meshes without one: it has the importer's name for such materials, or
+// it is white and has no name.
 bool isMadeUp(const aiMaterial &material) {
     const std::string name = material.GetName().C_Str();
     if (name == AI_DEFAULT_MATERIAL_NAME) return material.GetTextureCount(aiTextureType_DIFFUSE) == 0;
@@ -281,20 +301,18 @@ std::string inUtf8(const std::string &name) {
     return text;
 }
 
-// Names that differ where the materials do.
+// The names of all materials. Different ones have different names, except those that the importer makes up.
 std::vector<std::string> namesOf(const aiScene &scene) {
+    UnusedNames unused(" (", ")");
     std::vector<std::string> names;
     for (unsigned i = 0; i < scene.mNumMaterials; ++i) {
         const aiMaterial &material = *scene.mMaterials[i];
-        std::string wanted = inUtf8(material.GetName().C_Str()), name = wanted;
-        if (isMadeUp(material)) {
-            names.push_back(wanted);
-            continue;
-        }
-        if (wanted.empty()) name = wanted = fmt::format("Material {}", i + 1);
-        for (int number = 2; std::ranges::count(names, name) > 0; ++number)
-            name = fmt::format("{} ({})", wanted, number);
-        names.push_back(name);
+        std::string name = inUtf8(material.GetName().C_Str());
+        if (isMadeUp(material))
+            unused.add(name);
+        else
+            name = unused.take(name.empty() ? fmt::format("Material {}", i + 1) : name);
+        names.push_back(std::move(name));
     }
     return names;
 }
@@ -304,8 +322,7 @@ std::vector<std::string> namesOf(const aiScene &scene) {
 SceneMaterials materialsOf(const aiScene &scene, const std::string &file, const MeshFormat &format,
                            const std::vector<bool> &used, const std::vector<std::vector<std::string>> &uvMaps,
                            Losses &losses) {
-    const std::string_view ending = format.ending;
-    const bool isGltf = ending == "gltf" || ending == "glb", multiplies = isGltf || ending == "obj";
+    const bool isGltf = format.isGltf(), multiplies = isGltf || format.ending == std::string_view("obj");
     SceneMaterials materials{.names = namesOf(scene), .described = {}};
     TextureReader textures(scene, file, isGltf, losses);
     for (unsigned i = 0; i < scene.mNumMaterials; ++i) {
@@ -314,7 +331,7 @@ SceneMaterials materialsOf(const aiScene &scene, const std::string &file, const 
         MaterialReader reader(from, isGltf);
         MeshMaterial &material = materials.described.emplace_back(reader.values(materials.names[i]));
         addTextures(from, uvMaps[i], textures, material);
-        // Elsewhere, a texture replaces the colour. Some programs write black beside one that would be multiplied.
+        // In other formats, the texture replaces the colour. In these, some programs write black beside a texture.
         if (material.texture(MeshTexture::Use::colour) && (!multiplies || largestOf(material.colour) == 0))
             material.colour = {1, 1, 1};
         reader.addEmission(material);

@@ -12,23 +12,24 @@ namespace velm::host {
 // the transform between two steps is the interpolated one.
 class MeshMotion {
   public:
-    // `path` has two transforms to world space or more, all of them invertible; with the first one, `mesh` was made.
+    // `path` has two or more transforms to world space, all invertible. `mesh` was made with the first one.
     MeshMotion(std::shared_ptr<const Mesh> mesh, const std::vector<Transform> &path);
 
     const std::shared_ptr<const Mesh> &mesh() const { return mesh_; }
     std::size_t steps() const { return path_.size(); }
-    // Of all points of the mesh, in its order, at a step; with the memory behind them that Embree reads.
+    // All points of the mesh at a step, in the mesh's order, followed by the padding that Embree reads.
     const HostPoint *points(std::size_t step) const;
 
-    // At a time from 0, the first step, to 1, the last one. [render threads]
+    // A corner of a triangle, and the transform to world space, at a time from 0 (the first step) to 1 (the last one).
+    // [render threads]
     Vec3 corner(std::uint32_t triangle, int which, double time) const;
     Transform transform(double time) const;
-    // The normal at that time of what had this normal at the first step; unit length. [render threads]
+    // Turns a normal from the first step to the time of the transform `now`; unit length. [render threads]
     Vec3 turned(const Vec3 &normal, const Transform &now) const;
 
   private:
     struct Moment {
-        std::size_t step; // the one before, but not the last one
+        std::size_t step; // the last one before it that has a next one
         double fraction;  // of the way to the next one
     };
     Moment momentAt(double time) const;

@@ -22,7 +22,7 @@ namespace {
 const PlyElement *verticesOf(const PlyHeader &header) { return header.find("vertex"); }
 const PlyElement *facesOf(const PlyHeader &header) { return header.find("face"); }
 
-// The numbers that are read of a vertex. The last slot is for all others.
+// The numbers of a vertex that the mesh uses; kOtherSlot takes all others.
 enum VertexSlot : std::size_t {
     kXSlot,
     kYSlot,
@@ -190,7 +190,7 @@ class PlyMesh {
     std::uint64_t elementsRead_ = 0;
 };
 
-// Whether the file has only what is read here.
+// Whether this reader knows everything in the file.
 bool isPlain(const PlyHeader &header) {
     const PlyElement *vertices = verticesOf(header), *faces = facesOf(header);
     return vertices && faces && vertices < faces && !header.namesTexture && !header.find("material") &&
@@ -204,7 +204,7 @@ void requireMesh(const PlyHeader &header, const std::string &file) {
     if (!list || !faces->properties[*list].countType) refusePly(file, "its faces have no list \"vertex_indices\"");
 }
 
-// For the text form: assimp repeats the last line where lines are missing.
+// Throws InputError for text that ends too early: assimp would repeat the last line in place of those missing.
 void requireLines(std::string_view bytes, const PlyHeader &header, const std::string &file) {
     if (header.encoding != PlyEncoding::text) return;
     std::uint64_t wanted = 0, found = 0;

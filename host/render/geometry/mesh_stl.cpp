@@ -7,10 +7,8 @@
 #include "host/base/names.h"
 #include "host/io/files.h"
 
-#include <algorithm>
 #include <array>
-#include <bit>
-#include <cstring>
+#include <cstdint>
 #include <fmt/format.h>
 #include <utility>
 
@@ -29,7 +27,7 @@ class StlMesh {
 
     // The corners run counter-clockwise as seen from the front, in right-handed axes.
     void addFacet(const Triple &normal, const std::array<Triple, 3> &corners) {
-        // A normal without a direction stays 0, and shading uses the polygon's own normal.
+        // A normal that has no direction becomes 0: shading then uses the polygon's own normal.
         vertex_.normal = normalised(transform_.normalToWorld({normal[0], normal[1], -normal[2]}), {0, 0, 0});
         for (const Triple &corner : corners) {
             vertex_.position = transform_.pointToWorld({corner[0], corner[1], -corner[2]});
@@ -62,28 +60,20 @@ class StlMesh {
 
 constexpr std::size_t kHead = 80, kFirstFacet = 84, kFacet = 50;
 
-template <class Number>
-Number littleEndian(const char *bytes) {
-    char raw[sizeof(Number)];
-    std::memcpy(raw, bytes, sizeof raw);
-    if constexpr (std::endian::native != std::endian::little) std::reverse(raw, raw + sizeof raw);
-    return std::bit_cast<Number>(raw);
-}
-
 Triple tripleAt(const char *bytes) {
-    return {littleEndian<float>(bytes), littleEndian<float>(bytes + 4), littleEndian<float>(bytes + 8)};
+    return {binaryNumber<float>(bytes), binaryNumber<float>(bytes + 4), binaryNumber<float>(bytes + 8)};
 }
 
 bool isBinaryStl(std::string_view bytes) {
     return bytes.size() >= kFirstFacet &&
-           bytes.size() == kFirstFacet + std::uint64_t{littleEndian<std::uint32_t>(bytes.data() + kHead)} * kFacet;
+           bytes.size() == kFirstFacet + std::uint64_t{binaryNumber<std::uint32_t>(bytes.data() + kHead)} * kFacet;
 }
 
-// Whether a file has colours: one of all facets in its head, or one in the attribute of a facet.
+// Whether a file has colours: one for all facets in its head, or one in the attribute of a facet.
 bool hasColours(std::string_view bytes) {
     if (bytes.substr(0, kHead).find("COLOR=") != std::string_view::npos) return true;
     for (std::size_t at = kFirstFacet; at < bytes.size(); at += kFacet)
-        if ((littleEndian<std::uint16_t>(bytes.data() + at + 48) & 0x8000) != 0) return true;
+        if ((binaryNumber<std::uint16_t>(bytes.data() + at + 48) & 0x8000) != 0) return true;
     return false;
 }
 
@@ -105,7 +95,7 @@ class TextStl {
             std::pmr::memory_resource *memory)
         : bytes_(bytes), file_(file), mesh_(facetsIn(bytes), file, transform, memory) {}
 
-    // Reads all solids of the file. Nothing if there are none, or a keyword that is not known here.
+    // Reads all solids of the file. Returns nothing if it has no facets, or has a keyword that is not known here.
     std::optional<Mesh> read() {
         while (!bytes_.empty()) {
             line_ = takeLine(bytes_);
@@ -118,7 +108,7 @@ class TextStl {
     }
 
   private:
-    // About how many facets there are: they have some 250 bytes each.
+    // About how many facets there are. Most take 250 bytes; the memory for too many is not used.
     static std::size_t facetsIn(std::string_view bytes) { return bytes.size() / 200; }
 
     [[noreturn]] void fail(const std::string &what) const {

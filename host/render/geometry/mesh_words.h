@@ -1,9 +1,12 @@
-// The words and numbers of mesh files that are text.
+// The words and numbers in mesh files.
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,7 +14,16 @@
 
 namespace velm::host {
 
-// Whether this separates words; the end of a line does so, too.
+// The number in the bytes of a binary file. [any thread]
+template <class Number, std::endian order = std::endian::little>
+Number binaryNumber(const char *bytes) {
+    char raw[sizeof(Number)];
+    std::memcpy(raw, bytes, sizeof raw);
+    if constexpr (order != std::endian::native) std::reverse(raw, raw + sizeof raw);
+    return std::bit_cast<Number>(raw);
+}
+
+// Whether this separates words, as the end of a line does, too.
 constexpr bool isBlank(char letter) { return letter == ' ' || (letter >= '\t' && letter <= '\r'); }
 
 // Takes the first word off a text, with the blanks before it; empty if there is none. [any thread]
@@ -33,7 +45,8 @@ inline std::string_view takeLine(std::string_view &text) {
     return line.substr(0, line.size() - line.ends_with('\r'));
 }
 
-// The integer that a word is; nothing for any other word, and for one that the type does not hold. [any thread]
+// The integer that a word spells; nothing for any other word, and for an integer that the type cannot hold. [any
+// thread]
 template <class Integer>
 std::optional<Integer> integerOf(std::string_view word) {
     if (word.starts_with('+')) word.remove_prefix(1);
@@ -43,7 +56,7 @@ std::optional<Integer> integerOf(std::string_view word) {
     return number;
 }
 
-// The same for a real number. Those that are too small or too large are 0 or infinite. [any thread]
+// The same for a real number. Those that are too small or too large for the type are 0 or infinite. [any thread]
 inline std::optional<double> realOf(std::string_view word) {
     if (word.starts_with('+')) word.remove_prefix(1);
     double number = 0;

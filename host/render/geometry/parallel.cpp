@@ -31,7 +31,7 @@ void forRanges(std::size_t count,
         std::vector<std::jthread> others;
         try {
             while (others.size() + 1 < threads) others.emplace_back(takeRanges);
-        } catch (const std::system_error &) { // no more threads: those that there are do the work
+        } catch (const std::system_error &) { // no more threads can be started: these do the work
         }
         takeRanges();
     }

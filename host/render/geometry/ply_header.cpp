@@ -51,7 +51,7 @@ class HeaderReader {
     }
 
   private:
-    // Checked first, since anything may follow where the end is missing.
+    // Checked first: if the end is missing, the lines that follow may be anything.
     void requireEnd() const {
         for (std::string_view rest = bytes_; takeLine(rest) != "end_header";)
             if (rest.empty())

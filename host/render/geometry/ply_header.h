@@ -29,7 +29,7 @@ struct PlyProperty {
 // Elements of one kind, such as all vertices.
 struct PlyElement {
     std::string name;
-    std::uint64_t count = 0; // as the file says. Unverified
+    std::uint64_t count = 0; // that the file claims, which may be wrong
     std::vector<PlyProperty> properties;
 
     // The index of the first property with one of these names.
@@ -48,8 +48,8 @@ struct PlyHeader {
     const PlyElement *find(std::string_view name) const; // null: none
 };
 
-// Reads the header at the start of a PLY file. Throws InputError, with the file's name and the line, for one that does
-// not end, or that says something that PLY files do not have. [any thread]
+// Reads the header at the start of a PLY file. Throws InputError, with the file's name and the line, if it does not
+// end, or has a format, type, number or property that PLY files cannot have. [any thread]
 PlyHeader readPlyHeader(std::string_view bytes, const std::string &file);
 
 } // namespace velm::host

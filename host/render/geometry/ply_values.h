@@ -1,4 +1,4 @@
-// The values of PLY files, one after the other. Both classes are used alike by the reader of meshes.
+// Read the values of PLY files one after the other. Both classes have the same members, for templates.
 #pragma once
 
 #include "host/render/geometry/mesh_words.h"
@@ -8,26 +8,26 @@
 #include <bit>
 #include <concepts>
 #include <cstdint>
-#include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace velm::host {
 
-// What is thrown where the file ends before the values do.
+// Thrown if the file ends before the values do.
 struct PlyEndsEarly {};
-// What is thrown at a word that is no number of its type.
+// Thrown for a word that is not a number of the expected type.
 struct PlyBadWord {
     int line;
-    std::string word; // empty: the line has too few
+    std::string word; // empty: the line has too few words
 };
 
-// An index or a length that a file has as a real number; -1 for what cannot be one.
+// An index or a length that is a real number in the file; -1 for a number that cannot be one.
 inline std::int64_t indexFrom(double value) {
     return value >= 0 && value < 1e18 ? static_cast<std::int64_t>(value) : std::int64_t{-1};
 }
 
-// Of binary files.
+// The values of binary files.
 template <std::endian order>
 class BinaryPlyValues {
   public:
@@ -36,7 +36,7 @@ class BinaryPlyValues {
     // `bytes` follow the header.
     explicit BinaryPlyValues(std::string_view bytes) : bytes_(bytes) {}
 
-    // The most elements of a kind that can follow.
+    // The most elements of a kind for which the file has enough bytes.
     std::uint64_t mostOf(const PlyElement &element) const {
         std::size_t size = 0;
         for (const PlyProperty &property : element.properties)
@@ -76,29 +76,28 @@ class BinaryPlyValues {
     template <class Number>
     Number take() {
         if (bytes_.size() < sizeof(Number)) throw PlyEndsEarly();
-        char raw[sizeof(Number)];
-        std::memcpy(raw, bytes_.data(), sizeof raw);
-        if constexpr (order != std::endian::native) std::reverse(raw, raw + sizeof raw);
-        bytes_.remove_prefix(sizeof raw);
-        return std::bit_cast<Number>(raw);
+        const auto number = binaryNumber<Number, order>(bytes_.data());
+        bytes_.remove_prefix(sizeof(Number));
+        return number;
     }
 
     std::string_view bytes_;
 };
 
-// Of text files: each element is on a line of its own.
+// The values of text files: each element is on a line of its own.
 class TextPlyValues {
   public:
     static constexpr const char *kUnit = "lines";
 
-    // `bytes` follow the header, which has that many lines.
+    // `bytes` follow the header, which has `lines` lines.
     TextPlyValues(std::string_view bytes, int lines) : bytes_(bytes), lineNumber_(lines) {}
 
+    // The same: each number takes a digit and a separator.
     std::uint64_t mostOf(const PlyElement &element) const {
         return bytes_.size() / std::max<std::size_t>(2 * element.properties.size(), 1) + 1;
     }
 
-    // Goes to the next line that has anything.
+    // Goes to the next line that is not blank.
     void beginElement() {
         do {
             if (bytes_.empty()) throw PlyEndsEarly();
@@ -113,7 +112,7 @@ class TextPlyValues {
     }
 
   private:
-    // The next word as a number, which `parse` makes of it.
+    // Takes the next word, as a number.
     template <class Number>
     Number take(std::optional<Number> (&parse)(std::string_view)) {
         const std::string_view word = takeWord(line_);

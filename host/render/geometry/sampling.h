@@ -57,7 +57,7 @@ constexpr std::uint32_t shuffledIndex(std::uint32_t index, std::uint32_t seed) {
     return reversedBits(bits);
 }
 
-// What the further points of a camera sample are for, besides that on the picture.
+// The purposes of the points of a camera sample other than the point on the picture.
 enum class SamplePurpose : std::uint32_t { lens = 1, time = 2 };
 
 // The point for a purpose of a pixel's sample `index`; independent of those for other purposes.

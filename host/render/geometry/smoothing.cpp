@@ -4,7 +4,6 @@
 #include "host/render/geometry/vertex_table.h"
 
 #include <algorithm>
-#include <bit>
 #include <numbers>
 #include <numeric>
 
@@ -19,8 +18,7 @@ std::vector<std::uint32_t> groupByPoint(const Mesh &mesh) {
     std::iota(group.begin(), group.end(), 0u);
     if (mesh.uvMaps.empty()) return group; // vertices differ only in position
     const auto equal = [&mesh](std::uint32_t a, std::uint32_t b) {
-        using Bits = std::array<std::uint32_t, 3>; // compared for NaNs, too
-        return std::bit_cast<Bits>(mesh.points[a]) == std::bit_cast<Bits>(mesh.points[b]);
+        return equalNumbers(mesh.points[a].position, mesh.points[b].position);
     };
     VertexTable table;
     table.reserve(count);
@@ -76,16 +74,17 @@ Facet facetAt(const Mesh &mesh, std::size_t corner) {
             .material = mesh.materialNumber(number)};
 }
 
-// Computes the normals of the corners at one point at a time. Several of them work on the same mesh, on different
-// points: each stores the normals of its vertices, and collects the vertices that have to be split.
+// Computes the normals of the corners at one point at a time. Several smoothers may work on different points of the
+// same mesh at the same time: each stores the normals of its own vertices, and collects the vertices that have to be
+// split.
 class CornerSmoother {
   public:
-    // A vertex to be added: that it is split from, and the normal that it has instead.
+    // A vertex to be added: a copy of `original` with another normal.
     struct Split {
         std::uint32_t original;
         std::array<float, 3> normal;
     };
-    // A corner that gets the vertex of a split.
+    // A corner whose vertex becomes that of a split, by its index in `splits`.
     struct Move {
         std::size_t corner, split;
     };
@@ -110,7 +109,7 @@ class CornerSmoother {
         }
     }
 
-    // What there is to be done once all points are smoothed, in this order.
+    // The changes to the mesh once all points are smoothed, in this order.
     std::vector<Split> splits;
     std::vector<Move> moves;
 
@@ -119,7 +118,7 @@ class CornerSmoother {
     // A normal that corners at a vertex share, and the vertex that has it: the original or that of a split.
     struct Variant {
         std::uint32_t original;
-        std::size_t split; // or kOriginal
+        std::size_t split; // the index in `splits`, or kOriginal
         std::array<float, 3> normal;
     };
 
@@ -134,7 +133,7 @@ class CornerSmoother {
         });
     }
 
-    // The normal of the subdivision surface; zero where there is none.
+    // The normal of the subdivision surface; zero if the corner is on none.
     Vec3 limitNormalAt(const Facet &facet) const {
         if (mesh_.limitNormals.empty()) return {0, 0, 0};
         const auto &normal = mesh_.limitNormals[mesh_.triangles[facet.triangle].corners[facet.corner]];
@@ -196,7 +195,7 @@ std::vector<double> cosinesOf(const std::vector<double> &smoothingAngles) {
     return cosines;
 }
 
-// Adds the vertices that the smoothers, one after the other, want to be split.
+// Adds the split vertices of all smoothers, in their order, and gives them to their corners.
 void splitVertices(Mesh &mesh, const std::vector<CornerSmoother> &smoothers) {
     std::size_t count = mesh.points.size();
     for (const CornerSmoother &smoother : smoothers) count += smoother.splits.size();

@@ -1,11 +1,11 @@
 // A hash table of the vertices of a mesh, by which equal ones are found.
 #pragma once
 
-#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <utility>
@@ -18,7 +18,16 @@ inline std::uint32_t comparedBits(float value) {
     return value != value ? 0x7fc00000u : std::bit_cast<std::uint32_t>(value);
 }
 
-// A hash of numbers: start with 0, mix in one after the other, and take what endOfHash gives.
+// Whether two arrays of the same length have equal numbers.
+template <class Numbers>
+bool equalNumbers(const Numbers &a, const Numbers &b) {
+    for (std::size_t i = 0; i < std::size(a); ++i)
+        if (comparedBits(a[i]) != comparedBits(b[i])) return false;
+    return true;
+}
+
+// A hash of numbers: starts with 0, mixes in one after the other, and ends with endOfHash. Equal numbers have equal
+// hashes.
 inline std::uint64_t mixIn(std::uint64_t hash, float value) {
     hash = (hash ^ comparedBits(value)) * 0x9e3779b97f4a7c15u; // the golden ratio's multiplier (Knuth, TAOCP 6.4)
     return hash ^ (hash >> 29);
@@ -37,8 +46,8 @@ class VertexTable {
         if (needed > size_) resize(needed);
     }
 
-    // Gives the first vertex for which `equals(vertex)` is true, of those that were added with that hash. If there is
-    // none, adds `newcomer` and gives it.
+    // Returns the first vertex for which `equals(vertex)` is true, of those that were added with that hash. If there is
+    // none, adds `newcomer` and returns it.
     template <class Equals>
     std::uint32_t findOrAdd(std::uint32_t hash, std::uint32_t newcomer, const Equals &equals) {
         if ((count_ + 1) * 3 > size_ * 2) resize(size_ * 2);

@@ -13,7 +13,7 @@ using Envelope = std::shared_ptr<const ObjectEnvelope>;
 
 bool isKeyed(const Envelope &envelope) { return envelope && !envelope->keys.empty(); }
 
-// Of the four numbers of a key, those that have the value's unit.
+// Whether one of the four numbers of a key has the unit of the key's value.
 bool isValue(int shape, std::size_t number) {
     if (shape == kShapeHermite || shape == kShapeBezier1) return true;
     return shape == kShapeBezier2 && number % 2 == 1;
@@ -25,7 +25,7 @@ bool hasFlatTangents(const EnvelopeKey &key) {
     return true;
 }
 
-// Whether keys with that timing and those tangents keep a value that all of them have.
+// Whether a value that is the same at all of the envelope's keys stays constant between and beyond them.
 bool keepsConstant(const ObjectEnvelope &envelope) {
     return envelope.before != kBehaveReset && envelope.after != kBehaveReset &&
            std::ranges::all_of(envelope.keys, hasFlatTangents);

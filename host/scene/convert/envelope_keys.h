@@ -15,12 +15,12 @@ bool isAnimated(const ComponentEnvelopes &envelopes);
 bool isModified(const ComponentEnvelopes &envelopes);
 
 // The value of a setting with one component: the keys of its envelope, the value of an envelope that is constant, or
-// `constant` for null and for an envelope without keys. Values are multiplied by `factor`, which gives the unit that
-// the panel shows.
+// `constant` for null and for an envelope without keys. Values are multiplied by `factor`, which converts them to the
+// unit that the panel shows.
 SettingValue animatedNumber(const std::shared_ptr<const ObjectEnvelope> &envelope, float constant, double factor);
 
-// The same for a setting with three components. Nothing if the keys of the components differ in more than their values:
-// a setting has the same ones for all components.
+// The same for a setting with three components. Returns nothing if the keys of the components differ in more than their
+// values: the components of a setting have common keys.
 std::optional<SettingValue> animatedTriple(const ComponentEnvelopes &envelopes, const std::array<float, 3> &constants,
                                            double factor);
 

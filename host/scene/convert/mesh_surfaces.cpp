@@ -1,10 +1,8 @@
 #include "host/scene/convert/mesh_surfaces.h"
 
+#include "host/scene/convert/network_writer.h"
 #include "host/scene/format/shortest.h"
 
-#include <array>
-#include <fmt/format.h>
-#include <string_view>
 #include <utility>
 
 namespace velm::host {
@@ -13,17 +11,12 @@ namespace {
 
 using Use = MeshTexture::Use;
 
-constexpr const char *kMaterialWraps[] = {"Reset", "Repeat", "Mirror", "Edge"}; // by MeshTexture::Wrap
-constexpr std::size_t kLongestMapName = 255;                                    // that a node's text holds
-
-bool isWhite(const Double3 &colour) { return colour == Double3{1, 1, 1}; }
-
 // Builds the network of one surface.
 class MaterialNetwork {
   public:
     MaterialNetwork(const MeshMaterial &material, SurfaceDescription &surface,
                     const std::function<std::string(const MeshTexture &)> &imageName)
-        : material_(material), surface_(surface), imageName_(imageName) {}
+        : material_(material), imageName_(imageName), writer_(surface) {}
 
     void build() {
         if (const MeshTexture *texture = shown(Use::colour)) addColour(*texture);
@@ -32,106 +25,87 @@ class MaterialNetwork {
     }
 
   private:
-    static constexpr int kWide = 240, kHigh = 200; // of a node in an editor, with the space around it
-
     const MeshTexture *shown(Use use) const {
         const MeshTexture *texture = material_.texture(use);
         return texture && !imageName_(*texture).empty() ? texture : nullptr;
     }
 
-    // `column` counts from the root to the left.
-    NodeDescription &addNode(const char *name, const char *server, int column) {
-        NodeDescription &node = surface_.network.nodes.emplace_back();
-        node.name = name;
-        if (node.name == surface_.name) node.name += " (2)"; // a network's owner has its name in it
-        node.server = server;
-        node.location = surface_.location;
-        node.look.at = {-column * kWide, row_ * kHigh};
-        return node;
-    }
-
-    void set(NodeDescription &node, const char *label, SettingValue value) const {
-        node.settings.push_back({.label = label, .value = std::move(value), .location = surface_.location});
-    }
-
-    void connect(const std::string &from, const char *output, const std::string &to, const char *input) {
-        surface_.network.connections.push_back(
-            {.fromNode = from, .output = output, .toNode = to, .input = input, .location = surface_.location});
-    }
-
-    // Gives the name of the node for an image, which is a new one unless the colour has the same.
+    // Returns the name of the node for an image: a new node, unless the colour has the same image.
     std::string addImage(const MeshTexture &texture, const char *name) {
         const MeshTexture *colour = material_.texture(Use::colour);
         if (!colourImage_.empty() && colour->file == texture.file && colour->uvMap == texture.uvMap &&
             colour->wrap == texture.wrap && colour->isNegative == texture.isNegative)
             return colourImage_;
-        NodeDescription &node = addNode(name, "Image Projection", 2);
-        ++row_;
-        set(node, "Image", imageName_(texture));
-        set(node, "Projection", std::string("UV"));
-        set(node, "UV Map", texture.uvMap.substr(0, kLongestMapName));
-        set(node, "Wrap U", std::string(kMaterialWraps[static_cast<int>(texture.wrap[0])]));
-        set(node, "Wrap V", std::string(kMaterialWraps[static_cast<int>(texture.wrap[1])]));
-        if (texture.isNegative) set(node, "Negative", std::string("On"));
-        return node.name;
+        NetworkWriter::Node node = writer_.add(name, "Image Projection", NetworkWriter::kLayerColumn);
+        node.set("Image", imageName_(texture));
+        node.set("Projection", std::string("UV"));
+        node.set("UV Map", texture.uvMap.substr(0, kLongestNodeText));
+        node.set("Wrap U", std::string(kImageWraps[static_cast<int>(texture.wrap[0])]));
+        node.set("Wrap V", std::string(kImageWraps[static_cast<int>(texture.wrap[1])]));
+        if (texture.isNegative) node.set("Negative", std::string("On"));
+        return node.name();
+    }
+
+    // Multiplies an image. Returns the product.
+    NodeOutput addFactor(const NodeOutput &image, const char *name, const char *server, SettingValue factor,
+                         const char *output) {
+        NetworkWriter::Node node = writer_.add(name, server, NetworkWriter::kBlendColumn);
+        node.set("B", std::move(factor));
+        node.connect(image, "A");
+        return {.node = node.name(), .output = output};
     }
 
     void addColour(const MeshTexture &texture) {
         colourImage_ = addImage(texture, "Color Image");
-        if (isWhite(material_.colour)) return connect(colourImage_, "Color", surface_.name, "Color");
-        --row_;
-        NodeDescription &node = addNode("Color Factor", "Multiply Color", 1);
-        ++row_;
-        set(node, "B", shortest(SettingValue(material_.colour), 1));
-        const std::string factor = node.name;
-        connect(colourImage_, "Color", factor, "A");
-        connect(factor, "Color", surface_.name, "Color");
+        NodeOutput colour{.node = colourImage_, .output = "Color"};
+        if (material_.colour != Double3{1, 1, 1})
+            colour = addFactor(colour, "Color Factor", "Multiply Color", shortest(SettingValue(material_.colour), 1),
+                               "Color");
+        writer_.connectToSurface(colour, "Color");
     }
 
     void addLuminosity(const MeshTexture &texture) {
-        const std::string image = addImage(texture, "Luminosity Image");
-        if (material_.luminosity == 1) return connect(image, "Luminance", surface_.name, "Luminosity");
-        --row_;
-        NodeDescription &node = addNode("Luminosity Factor", "Multiply Scalar", 1);
-        ++row_;
-        set(node, "B", shortest(material_.luminosity, 1));
-        const std::string factor = node.name;
-        connect(image, "Luminance", factor, "A");
-        connect(factor, "Out", surface_.name, "Luminosity");
+        NodeOutput luminosity{.node = addImage(texture, "Luminosity Image"), .output = "Luminance"};
+        if (material_.luminosity != 1)
+            luminosity =
+                addFactor(luminosity, "Luminosity Factor", "Multiply Scalar", shortest(material_.luminosity, 1), "Out");
+        writer_.connectToSurface(luminosity, "Luminosity");
     }
 
     // The surface's transparency is 1 - opacity, or a step of it.
     void addOpacity(const MeshTexture &texture) {
-        const std::string image = addImage(texture, "Opacity Image");
-        const char *output = texture.isAlpha ? "Alpha" : "Luminance";
-        if (material_.alphaCutoff > 0 && material_.opacity > 0) {
-            NodeDescription &node = addNode("Cutoff", "Color Ramp", 1);
-            ++row_;
-            set(node, "Source", std::string("Input"));
-            set(node, "Keys", 2.0);
-            set(node, "Position 1", 0.0);
-            set(node, "Alpha 1", 100.0);
-            set(node, "Position 2", shortest(material_.alphaCutoff / material_.opacity, 1));
-            set(node, "Alpha 2", 0.0);
-            set(node, "Shape 2", std::string("Step"));
-            const std::string ramp = node.name;
-            connect(image, output, ramp, "Input");
-            return connect(ramp, "Alpha", surface_.name, "Transparency");
-        }
-        NodeDescription &node = addNode("Transparency", "Mix Scalar", 1);
-        ++row_;
-        set(node, "A", 1.0);
-        set(node, "B", shortest(1 - material_.opacity, 1));
-        const std::string mix = node.name;
-        connect(image, output, mix, "Mix");
-        connect(mix, "Out", surface_.name, "Transparency");
+        const NodeOutput opacity{.node = addImage(texture, "Opacity Image"),
+                                 .output = texture.isAlpha ? "Alpha" : "Luminance"};
+        const bool isStep = material_.alphaCutoff > 0 && material_.opacity > 0;
+        writer_.startRow();
+        writer_.connectToSurface(isStep ? addStep(opacity) : addInverse(opacity), "Transparency");
+    }
+
+    NodeOutput addStep(const NodeOutput &opacity) {
+        NetworkWriter::Node node = writer_.add("Cutoff", "Color Ramp", NetworkWriter::kBlendColumn);
+        node.set("Source", std::string("Input"));
+        node.set("Keys", 2.0);
+        node.set("Position 1", 0.0);
+        node.set("Alpha 1", kPercentPerFraction);
+        node.set("Position 2", shortest(material_.alphaCutoff / material_.opacity, 1));
+        node.set("Alpha 2", 0.0);
+        node.set("Shape 2", std::string("Step"));
+        node.connect(opacity, "Input");
+        return {.node = node.name(), .output = "Alpha"};
+    }
+
+    NodeOutput addInverse(const NodeOutput &opacity) {
+        NetworkWriter::Node node = writer_.add("Transparency", "Mix Scalar", NetworkWriter::kBlendColumn);
+        node.set("A", 1.0);
+        node.set("B", shortest(1 - material_.opacity, 1));
+        node.connect(opacity, "Mix");
+        return {.node = node.name(), .output = "Out"};
     }
 
     const MeshMaterial &material_;
-    SurfaceDescription &surface_;
     const std::function<std::string(const MeshTexture &)> &imageName_;
+    NetworkWriter writer_;
     std::string colourImage_; // the node for the image of the colour; empty: none yet
-    int row_ = 0;             // of the next node in an editor
 };
 
 // The transparency without a texture.

@@ -9,8 +9,9 @@
 
 namespace velm::host {
 
-// Describes a material as a surface of that name: its values as settings, and its textures as nodes. `imageName` gives
-// the name in the scene of the image of a texture; a texture for which it is empty is left out. [any thread]
+// Describes a material as a surface with the given name: its values as settings, and its textures as nodes. `file` is
+// the location in messages. `imageName` returns the name in the scene of a texture's image; a texture is left out if it
+// is empty. [any thread]
 SurfaceDescription surfaceOfMaterial(const MeshMaterial &material, const std::string &name, const std::string &file,
                                      const std::function<std::string(const MeshTexture &)> &imageName);
 

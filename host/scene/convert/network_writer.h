@@ -10,6 +10,14 @@
 
 namespace velm::host {
 
+// Panels show fractions in percent.
+inline constexpr double kPercentPerFraction = 100;
+// A node's text has at most this many characters.
+inline constexpr std::size_t kLongestNodeText = 255;
+// The entries of the popups "Wrap U" and "Wrap V" of Image Projection, by the numbers of object files and by
+// MeshTexture::Wrap.
+inline constexpr const char *kImageWraps[] = {"Reset", "Repeat", "Mirror", "Edge"};
+
 // An output of a node.
 struct NodeOutput {
     std::string node;
@@ -18,7 +26,7 @@ struct NodeOutput {
 
 class NetworkWriter {
   public:
-    // Nodes are placed in an editor in columns: the surface is the first one from the right.
+    // The columns in which an editor shows the nodes, counted from the surface to the left.
     static constexpr int kBlendColumn = 1, kLayerColumn = 2, kValueColumn = 3;
 
     // A node that was added.
@@ -26,11 +34,12 @@ class NetworkWriter {
       public:
         const std::string &name() const { return description().name; }
         void set(const std::string &label, SettingValue value);
-        // Numbers with the keys of their envelopes, in the unit that the panel shows: `factor` times that of the file.
-        // Numbers that are not finite count as 0.
+        // Sets a number, or the keys of its envelope, multiplied by `factor`, which converts from the unit of the file
+        // to that of the panel. Numbers that are not finite count as 0.
         void set(const std::string &label, float number, const ComponentEnvelopes &envelopes, double factor,
                  std::size_t component = 0);
-        // Keys that differ between the components are set in a node "Make Vector", which feeds the input `label`.
+        // The same for three numbers. If the components have different keys, a node "Make Vector" has them and feeds
+        // the input `label`.
         void set(const std::string &label, const std::array<float, 3> &numbers, const ComponentEnvelopes &envelopes);
         // Connects an output to one of the node's inputs.
         void connect(const NodeOutput &from, const char *input);
@@ -50,7 +59,7 @@ class NetworkWriter {
     // Adds a node of a server in the current row. A node of the layers' column starts a new row.
     Node add(std::string name, const char *server, int column);
     void startRow() { ++rows_; }
-    // Adds a node of three numbers, "Make Color" or "Make Vector", and gives its output. The components may have
+    // Adds a node of three numbers, "Make Color" or "Make Vector", and returns its output. The components may have
     // different keys.
     NodeOutput addComponents(std::string name, bool isColour, const std::array<float, 3> &numbers,
                              const ComponentEnvelopes &envelopes);

@@ -31,10 +31,6 @@ SurfaceDescription describe(const std::string &name, const std::string &file, co
     return surface;
 }
 
-} // namespace
-
-namespace {
-
 // Copies of keys need much more memory than the file, and many values may have the same envelope.
 constexpr std::size_t kMostEnvelopeKeys = 1'000'000;
 

@@ -59,18 +59,14 @@ Double3 numbersOf(const SettingValue &value) {
 } // namespace
 
 void describeValues(const SurfaceChunkValues &values, SurfaceDescription &surface) {
-    const auto envelopesOf = [&](const char *id) {
-        const auto found = values.envelopes.find(id);
-        return found == values.envelopes.end() ? ComponentEnvelopes{} : found->second;
-    };
     if (const auto &colour = values.colour) {
-        const std::optional<SettingValue> animated = animatedTriple(envelopesOf("COLR"), *colour, 1);
+        const std::optional<SettingValue> animated = animatedTriple(values.envelopesOf("COLR"), *colour, 1);
         const Double3 numbers{(*colour)[0], (*colour)[1], (*colour)[2]};
         surface.settings.push_back({kColour, animated ? *animated : shortest(SettingValue(numbers), 1), {}});
     }
     for (const NumberChunk &chunk : kNumbers)
         if (const auto &value = values.*chunk.value) {
-            const ComponentEnvelopes envelopes = envelopesOf(chunk.id);
+            const ComponentEnvelopes envelopes = values.envelopesOf(chunk.id);
             surface.settings.push_back(
                 {chunk.label, animatedNumber(envelopes.empty() ? nullptr : envelopes[0], *value, 1), {}});
         }

@@ -10,8 +10,8 @@
 namespace velm::host {
 
 // Puts the values of a surface's sub-chunks, with the keys of their envelopes, into its description. A colour whose
-// components have different keys stays constant. Values without a sub-chunk stay as they are, except
-// the smoothing angle: a surface without it is flat.
+// components have different keys stays constant. Values without a sub-chunk stay as they are, except the smoothing
+// angle: a surface without it is flat.
 void describeValues(const SurfaceChunkValues &values, SurfaceDescription &surface);
 
 // Whether the description's settings, and the defaults of settings that it does not mention, are those values.

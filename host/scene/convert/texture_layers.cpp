@@ -1,6 +1,7 @@
 #include "host/scene/convert/texture_layers.h"
 
 #include "host/base/angles.h"
+#include "host/base/colour.h"
 #include "host/base/names.h"
 #include "host/scene/convert/envelope_keys.h"
 #include "host/scene/convert/texture_network.h"
@@ -21,7 +22,6 @@ namespace {
 // The entries of the nodes' popups, by the numbers of the files.
 constexpr const char *kProjections[] = {"Planar", "Cylindrical", "Spherical", "Cubic", "Front", "UV"};
 constexpr const char *kAxes[] = {"X", "Y", "Z"};
-constexpr const char *kWraps[] = {"Reset", "Repeat", "Mirror", "Edge"};
 constexpr const char *kFalloffs[] = {"Cubic", "Spherical", "Linear X", "Linear Y", "Linear Z"};
 constexpr const char *kShapes[] = {"Linear", "Spline", "Step"};
 constexpr int kUvProjection = 5;
@@ -32,14 +32,9 @@ constexpr const char *kPreviousLayer = "Previous Layer";
 constexpr const char *kBumpInput = "Bump";
 constexpr std::size_t kMostKeys = 8;
 
-constexpr std::size_t kLongestName = 255; // that a node's text holds
-constexpr double kPercent = 100;
+double luminance(const Double3 &colour) { return shortest(host::luminance(colour[0], colour[1], colour[2]), 1); }
 
-// Luminance by the weights of Rec. 601. That of keys has keys, too: they depend on the values in a linear way.
-double luminance(const Double3 &colour) {
-    return shortest(0.299 * colour[0] + 0.587 * colour[1] + 0.114 * colour[2], 1);
-}
-
+// The luminance of a colour with keys has keys, too: it is linear in the components.
 SettingValue luminance(SettingValue value) {
     if (const auto *colour = std::get_if<Double3>(&value)) return luminance(*colour);
     if (auto *keys = std::get_if<KeysDescription>(&value); keys && keys->components == 3) {
@@ -51,11 +46,11 @@ SettingValue luminance(SettingValue value) {
 
 double orZero(float number) { return std::isfinite(number) ? static_cast<double>(number) : 0; }
 
-// A procedural texture of LightWave, and the pattern that stands for it.
+// A procedural texture of LightWave, and the pattern that replaces it.
 struct Pattern {
     const char *function; // its letters, in lower case
     const char *entry;    // of the popup
-    double thickness = 0; // in percent; 0 for that of a new node
+    double thickness = 0; // in percent; 0 for the node's default
 };
 constexpr Pattern kPatterns[] = {
     {.function = "checkerboard", .entry = "Checkerboard"},
@@ -70,7 +65,7 @@ constexpr Pattern kPatterns[] = {
 };
 constexpr int kMostOctaves = 16; // of the node
 
-// Null for a procedural texture that no pattern stands for. Versions of LightWave spell the names in different ways:
+// Null for a procedural texture without a similar pattern. Versions of LightWave spell the names in different ways:
 // "Fractal Noise", "FractalNoise", "LW_FractalNoise".
 const Pattern *patternOf(std::string_view function) {
     constexpr std::string_view kVendor = "LW_";
@@ -148,13 +143,13 @@ LayerOutputs LayerNodes::addImage(const SurfaceTexture &texture, const TextureCh
     chosen("Projection", kProjections, texture.projection);
     chosen("Axis", kAxes, texture.axis);
     setPosition(texture, node);
-    if (texture.projection == kUvProjection) node.set("UV Map", texture.uvMap.substr(0, kLongestName));
-    chosen("Wrap U", kWraps, texture.wrap[0]);
-    chosen("Wrap V", kWraps, texture.wrap[1]);
+    if (texture.projection == kUvProjection) node.set("UV Map", texture.uvMap.substr(0, kLongestNodeText));
+    chosen("Wrap U", kImageWraps, texture.wrap[0]);
+    chosen("Wrap V", kImageWraps, texture.wrap[1]);
     node.set("Repeats U", texture.repeats[0], envelopesOf(texture, TextureNumber::repeatsU), 1);
     node.set("Repeats V", texture.repeats[1], envelopesOf(texture, TextureNumber::repeatsV), 1);
     setFalloff(texture, node);
-    node.set("Antialiasing", texture.antialiasing, {}, kPercent);
+    node.set("Antialiasing", texture.antialiasing, {}, kPercentPerFraction);
     isOn("Pixel Blending", texture.isBlendingPixels);
     isOn("Negative", texture.isNegative);
     const char *output = channel.isColour ? "Color" : &channel == &kBumpChannel ? "Height" : "Luminance";
@@ -260,7 +255,7 @@ void LayerNodes::addKeys(const SurfaceTexture &texture, NetworkWriter::Node &nod
             for (float &component : colour) component = 1 - component;
         node.set(fmt::format("Position {}", number), keys[i].at, {}, 1);
         node.set(fmt::format("Color {}", number), colour, {});
-        node.set(fmt::format("Alpha {}", number), keys[i].colour[3], {}, kPercent);
+        node.set(fmt::format("Alpha {}", number), keys[i].colour[3], {}, kPercentPerFraction);
         node.set(fmt::format("Shape {}", number), std::string(kShapes[static_cast<int>(keys[i].shape)]));
     }
 }

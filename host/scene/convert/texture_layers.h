@@ -11,18 +11,18 @@
 
 namespace velm::host {
 
-// What a layer puts on the layers below it.
+// A layer that can be blended with the layers below it.
 struct LayerOutputs {
-    std::optional<NodeOutput> value;    // of the channel; nothing where it is `constant`
-    SettingValue constant;              // likewise
-    std::optional<NodeOutput> coverage; // the opacity of the layer at each point; nothing for 100 %
+    std::optional<NodeOutput> value;    // of the channel; empty if the value is `constant`
+    SettingValue constant;              // used if `value` is empty
+    std::optional<NodeOutput> coverage; // the opacity of the layer at each point; empty for 100 %
 };
 
-// What is below a layer, for gradients that depend on it.
+// The layers below a layer.
 struct LayersBelow {
-    std::optional<NodeOutput> top;  // what computes the channel without the layer; nothing where it is `base`
+    std::optional<NodeOutput> top;  // the channel without the layer; empty if its value is `base`
     SettingValue base;              // the surface's own value
-    std::optional<NodeOutput> bump; // the height of the surface's bump; nothing where there is none
+    std::optional<NodeOutput> bump; // the height of the surface's bump; empty for a surface without one
 };
 
 // Makes the nodes of a surface's layers. Counts what they cannot represent.
@@ -38,8 +38,8 @@ class LayerNodes {
     // Adds the nodes of a layer that is not left out. `number` counts the layers of the channel from 1.
     LayerOutputs add(const SurfaceTexture &texture, const TextureChannel &channel, int number,
                      const LayersBelow &below);
-    // The envelopes of one of a texture's numbers; empty where it is not animated. Counts those that the object does
-    // not have.
+    // The envelopes of one of a texture's numbers; empty if it is not animated. Counts envelopes that are missing from
+    // the object or changed by a plug-in.
     ComponentEnvelopes envelopesOf(const SurfaceTexture &texture, TextureNumber number);
 
   private:

@@ -16,8 +16,6 @@ namespace velm::host {
 
 namespace {
 
-constexpr double kPercentPerFraction = 100;
-
 const char *modeOf(TextureBlend blend) {
     switch (blend) {
     case TextureBlend::additive: return "Additive";
@@ -29,7 +27,7 @@ const char *modeOf(TextureBlend blend) {
     }
 }
 
-// The layers that mask others are made with this one.
+// The nodes of masks are made and named as those of a channel.
 constexpr TextureChannel kMaskChannel{.id = 0, .label = "Mask"};
 
 // A layer, and the layers that mask it.
@@ -38,11 +36,11 @@ struct MaskedLayer {
     std::vector<const SurfaceTexture *> masks;
 };
 
-// A layer of the type "alpha" masks the layer of its channel that is next below it. One with nothing below it is given
-// like any other.
+// A layer of the type "alpha" masks the next layer below it in its channel. If there is none, it is returned like any
+// other layer.
 std::vector<MaskedLayer> maskedLayers(const std::vector<SurfaceTexture> &textures) {
     std::vector<MaskedLayer> layers;
-    std::map<std::uint32_t, std::size_t> lowers; // the indices of the layers that masks would mask, by channel
+    std::map<std::uint32_t, std::size_t> lowers; // by channel: the index of its last layer so far
     for (const SurfaceTexture &texture : textures) {
         const auto lower = lowers.find(texture.channel);
         if (texture.blend == TextureBlend::alpha && lower != lowers.end()) {
@@ -61,11 +59,11 @@ class TextureNetwork {
     TextureNetwork(SurfaceDescription &surface, Losses &losses)
         : surface_(surface), writer_(surface), layers_(writer_, surface.name, losses) {}
 
-    // Lets nodes compute a colour whose components have different keys; a setting cannot have them.
+    // Adds a node for a colour whose components have different keys, which a setting cannot have.
     void addColourKeys(const SurfaceChunkValues &values) {
-        const auto envelopes = values.envelopes.find("COLR");
-        if (envelopes == values.envelopes.end() || animatedTriple(envelopes->second, *values.colour, 1)) return;
-        tops_[&kColourChannel] = writer_.addComponents("Color Envelope", true, *values.colour, envelopes->second);
+        const ComponentEnvelopes envelopes = values.envelopesOf("COLR");
+        if (envelopes.empty() || animatedTriple(envelopes, *values.colour, 1)) return;
+        tops_[&kColourChannel] = writer_.addComponents("Color Envelope", true, *values.colour, envelopes);
     }
 
     void add(const MaskedLayer &masked) {
@@ -73,7 +71,7 @@ class TextureNetwork {
         const TextureChannel *channel = findTextureChannel(texture.channel);
         if (!texture.isEnabled || layers_.isLeftOut(texture, channel)) return;
         const int number = ++numbers_[channel];
-        // What is below the layer may feed the layer, so the layer is made first.
+        // The layers below may also feed the layer itself, so the layer is made before its blend node.
         const LayersBelow below{.top = topOf(*channel), .base = base(*channel), .bump = topOf(kBumpChannel)};
         LayerOutputs layer = layers_.add(texture, *channel, number, below);
         for (const SurfaceTexture *mask : masked.masks) addMask(*mask, below, layer);
@@ -121,22 +119,20 @@ class TextureNetwork {
         const LayerOutputs outputs = layers_.add(mask, kMaskChannel, number, below);
         const LayersBelow coverage{.top = layer.coverage, .base = 1.0, .bump = {}};
         NetworkWriter::Node blend = addBlend(mask, kMaskChannel, number, coverage);
-        blend.connect(outputs.value ? *outputs.value : *outputs.coverage, "Layer"); // a pattern masks by itself
+        blend.connect(outputs.value ? *outputs.value : *outputs.coverage, "Layer"); // a pattern has only a coverage
         layer.coverage = {.node = blend.name(), .output = "Out"};
     }
 
-    // The normal of the bump. Its input of the surface has another name than the channel.
+    // Adds the node that makes a normal of the heights, and feeds the surface's input "Normal".
     void addBump(const NodeOutput &height, const SurfaceChunkValues &values) {
         writer_.startRow();
         NetworkWriter::Node node = writer_.add("Bump", "Bump", NetworkWriter::kBlendColumn);
-        const auto envelopes = values.envelopes.find("BUMP");
-        node.set("Strength", values.bump.value_or(1.0F),
-                 envelopes == values.envelopes.end() ? ComponentEnvelopes{} : envelopes->second, kPercentPerFraction);
+        node.set("Strength", values.bump.value_or(1.0F), values.envelopesOf("BUMP"), kPercentPerFraction);
         node.connect(height, "Height");
         writer_.connectToSurface({.node = node.name(), .output = "Normal"}, "Normal");
     }
 
-    // The surface's own value. The mesh is the bump's height 0.
+    // The surface's own value of a channel; 0 for the bump, which is the height of the mesh.
     SettingValue base(const TextureChannel &channel) const {
         const auto setting =
             std::ranges::find(surface_.settings, std::string_view(channel.label), &SettingDescription::label);
@@ -149,7 +145,7 @@ class TextureNetwork {
     NetworkWriter writer_;
     LayerNodes layers_;
     std::map<const TextureChannel *, int> numbers_;     // of the layers so far
-    std::map<const TextureChannel *, NodeOutput> tops_; // what computes a channel so far
+    std::map<const TextureChannel *, NodeOutput> tops_; // the result of the layers so far
 };
 
 } // namespace
