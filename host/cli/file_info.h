@@ -13,7 +13,9 @@
 namespace velm::host {
 
 struct NodeInfo {
-    std::string path; // the node's name, after those of the nodes that it is inside of
+    // The node's name, after those of the nodes that it is inside of: "Outer.Inner". Names other than plain words are
+    // quoted.
+    std::string path;
     std::string server;
     bool isKnown = false; // the server is loaded
 };

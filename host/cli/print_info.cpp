@@ -68,8 +68,8 @@ void addSurfaces(const FileInfo &info, Lines &lines) {
     for (const SurfaceInfo &surface : info.surfaces) {
         lines.add("surface", inQuotes(surface.name) + (surface.file.empty() ? "" : " of " + surface.file));
         for (const NodeInfo &node : surface.nodes)
-            lines.add("", fmt::format("node {}: {}{}", inQuotes(node.path), node.server,
-                                      node.isKnown ? "" : " (an unknown server)"));
+            lines.add("",
+                      fmt::format("node {}: {}{}", node.path, node.server, node.isKnown ? "" : " (an unknown server)"));
     }
 }
 

@@ -137,7 +137,8 @@ TEST_F(AnyFile, InfoTellsWhatASceneHolds) {
         "cameras": {"Main": {"position": [0, 1, -6]}}, "lights": {"Key": {"kind": "area", "position": [1, 5, -3]}},
         "images": {"Gone": {"file": "gone.png"}}, "render": {"lastFrame": 24},
         "objects": {"Cube": {"mesh": {"file": "cube.obj"}, "surface": "Clay"}},
-        "surfaces": {"Clay": {"nodes": {"AO": {"server": "Velm Ambient Occlusion"}}}}})");
+        "surfaces": {"Clay": {"nodes": {"AO": {"server": "Velm Ambient Occlusion"},
+                                        "Fine grain": {"server": "Velm Random"}}}}})");
     const nlohmann::json json = info(scene);
     EXPECT_EQ(json["kind"], "scene (JSON)");
     EXPECT_EQ(json["cameras"][0]["name"], "Main");
@@ -149,7 +150,7 @@ TEST_F(AnyFile, InfoTellsWhatASceneHolds) {
     const std::string text = test::velm({"info", scene}).out;
     for (const char *part :
          {"camera    \"Main\"", "light     \"Key\": area", "image     \"Gone\": missing: there is no file",
-          "node \"AO\": Velm Ambient Occlusion\n", "frames    1 to 24"})
+          "node AO: Velm Ambient Occlusion\n", "node \"Fine grain\": Velm Random\n", "frames    1 to 24"})
         EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
 }
 
