@@ -65,7 +65,7 @@ bool hasRun(const CallRecord &record) {
 }
 
 // For a crash outside the module's code. A module that has written beyond its memory often crashes the host later, so
-// that an artist who is told of the crash has to know which module was there.
+// the message names the module as a possible cause.
 std::string outsideText(const CallRecord &record, bool isCrash) {
     return isCrash && hasRun(record)
                ? fmt::format("; no code of {} was running, but it may have damaged memory before", record.module)
