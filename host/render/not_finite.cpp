@@ -43,7 +43,7 @@ NotFiniteSource sourceAt(const SampleRenderer &renderer, int x, int y) {
     state = renderer.initialState(0);
     state.notFinite = &source;
     const int first = renderer.job().firstSample, end = first + samplesOf(renderer.job());
-    for (int index = first; index < end && source.node.empty(); ++index) {
+    for (int index = first; index < end && !source.isKnown(); ++index) {
         Vec3 colour;
         renderer.render(state, x, y, static_cast<std::uint32_t>(index), colour);
         slot.step();
@@ -57,16 +57,19 @@ NotFinitePixels findNotFinite(const Picture &picture, const SampleRenderer &rend
     NotFinitePixels found = countNotFinite(picture);
     if (found.count == 0) return found;
     SharedArray<char> surface(kLongestName), node(kLongestName);
+    SharedArray<bool> isBackdrop(1);
     const SceneServices services = servicesFor(renderer, 1);
     const std::function<void(int)> work = [&](int) {
         const NotFiniteSource source = sourceAt(renderer, found.x, found.y);
         std::snprintf(surface.data(), kLongestName, "%s", source.surface.c_str());
         std::snprintf(node.data(), kLongestName, "%s", source.node.c_str());
+        *isBackdrop.data() = source.isBackdrop;
     };
     Workers worker(1, Workers::In::processes, work);
     worker.waitForAll();
     found.surface = surface.data();
     found.node = node.data();
+    found.isBackdrop = *isBackdrop.data();
     return found;
 }
 

@@ -11,7 +11,8 @@ namespace velm::host {
 struct NotFinitePixels {
     int count = 0;
     int x = 0, y = 0;          // of the first one, row by row
-    std::string surface, node; // whose value the first one shows; empty where no node makes it, or not every time
+    std::string surface, node; // whose value the first one shows; empty if no node makes it, or not every time
+    bool isBackdrop = false;   // the first one shows a value of the backdrop
 };
 
 // Counts these pixels. To find the node, the samples of the first pixel are rendered once more, in a process of its

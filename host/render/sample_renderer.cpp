@@ -95,10 +95,7 @@ double SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index
     Vec3 unit;
     if (!spawnRay(state.origin, view.origin, view.direction, ray, unit) ||
         !findHit(state, scene_.acceleration->cameraScene(), ray, {})) {
-        double seen[3];
-        const double direction[3] = {view.direction.x, view.direction.y, view.direction.z};
-        scene_.backdrop.evaluate(direction, seen);
-        colour = Vec3(seen);
+        colour = backdropAlong(state, view.direction);
         return 0;
     }
     ++state.samples;

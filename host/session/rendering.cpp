@@ -23,14 +23,17 @@ void warnOfCircle(const std::string &sceneFile, Warnings &warnings) {
                              "which it was cut count as unconnected"});
 }
 
-void warnOfNotFinite(const NotFinitePixels &pixels, int frame, const std::string &sceneFile, Warnings &warnings) {
+void warnOfNotFinite(const NotFinitePixels &pixels, int frame, const SceneDescription &scene, Warnings &warnings) {
     if (pixels.count == 0) return;
     std::string path, source;
     if (!pixels.node.empty()) {
         path = pathTo(pathTo(pathTo("surfaces", pixels.surface), "nodes"), pixels.node);
         source = fmt::format(", where the node {} gives such a value", inQuotes(pixels.node));
+    } else if (pixels.isBackdrop && scene.backdrop.kind == BackdropDescription::Kind::image) {
+        path = "backdrop.image";
+        source = fmt::format(", where the image {} of the backdrop has such a value", inQuotes(scene.backdrop.image));
     }
-    warnings.add({.location = {.file = sceneFile, .line = 0},
+    warnings.add({.location = {.file = scene.file, .line = 0},
                   .path = std::move(path),
                   .brief = "pixels that are NaN or infinite",
                   .message = fmt::format("frame {}: {} {} NaN or infinite, the first at {}, {}{}", frame, pixels.count,
@@ -71,7 +74,7 @@ Frame Rendering::render(RenderJob job, ProgressSink *sink) {
     order_ = frame.statistics.order; // the same for all frames
     if (!frame.complete) return frame;
     warnOfCircle(session_.scene().file, session_.warnings());
-    warnOfNotFinite(frame.notFinite, frame_, session_.scene().file, session_.warnings());
+    warnOfNotFinite(frame.notFinite, frame_, session_.scene(), session_.warnings());
     return frame;
 }
 

@@ -1,10 +1,13 @@
 // Pixels that are NaN or infinite: a warning counts them, and names the first one and the node that makes its value.
+#include "tests/image/image_files.h"
 #include "tests/session/open_scene.h"
+#include "tests/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <string>
+#include <vector>
 
 namespace velm::host::test {
 namespace {
@@ -63,6 +66,28 @@ TEST(NotFinite, AValueOfTheSurfaceItselfHasNoNode) {
     EXPECT_EQ(frame.notFinite.node, "");
     ASSERT_EQ(warnings.all().size(), 1u);
     EXPECT_EQ(warnings.all()[0].message, "frame 1: 4 pixels are NaN or infinite, the first at 0, 0");
+}
+
+// The backdrop is seen directly, and in a mirror.
+TEST(NotFinite, TheImageOfTheBackdropIsNamed) {
+    const TemporaryDirectory directory;
+    const std::vector<float> values(3 * 8 * 4, std::nanf(""));
+    ASSERT_TRUE(writeImageFile(directory / "sky.exr", 8, 4, 3, values));
+    for (const char *objects : {"", R"("objects": {"Wall": {"box": {"size": [9, 9, 1]}, "surface": "Mirror"}},)"}) {
+        Warnings warnings(Warnings::Policy::goOn);
+        const SceneDescription scene = read(R"({
+            "render": {"width": 2, "height": 2},
+            "cameras": {"Main": {"position": [0, 0, -5]}},
+            "images": {"Sky": {"file": ")" + directory / "sky.exr" +
+                                            R"("}}, )" + objects + R"(
+            "backdrop": {"kind": "image", "image": "Sky"},
+            "surfaces": {"Mirror": {"settings": {"Reflection": 1}}}})");
+        EXPECT_EQ(renderFirst(scene, warnings, 1).notFinite.count, 4);
+        ASSERT_EQ(warnings.all().size(), 1u);
+        EXPECT_EQ(warnings.all()[0].path, "backdrop.image");
+        EXPECT_EQ(warnings.all()[0].message, "frame 1: 4 pixels are NaN or infinite, the first at 0, 0, where the "
+                                             "image \"Sky\" of the backdrop has such a value");
+    }
 }
 
 TEST(NotFinite, FinitePicturesHaveNone) {

@@ -53,7 +53,9 @@ def attack(frame, rng):
     frame.check(outcome, names, statuses=(0,), memory=bench.READ_MEMORY * PER_SCENE + bench.OWN_MEMORY)
     frame.check_files(outcome, before, ["picture.png"])
     for line in outcome.err.splitlines():
-        if line.startswith("velm: warning: ") and not any(name in line for name in names) and "Image " not in line:
+        is_warning = line.startswith("velm: warning: ")
+        # A pixel that is NaN shows a value of the backdrop's image, which has "Image" in its name, or of the node.
+        if is_warning and not any(name in line for name in (*names, "Image ", 'the node "Picture"')):
             frame.report("untold", f"a warning that names no image: {line[:200]}", outcome)
 
 

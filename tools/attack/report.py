@@ -55,8 +55,9 @@ def package(name):
 def versions(velm):
     """What was attacked, and with what."""
     libraries = {"OpenImageIO": "libopenimageio-dev", "Assimp": "libassimp-dev", "Embree": "libembree-dev"}
+    kernel = platform.release().split("-")[0]
     return ", ".join([first_line(velm, "--version"), *(f"{name} {package(one)}" for name, one in libraries.items()),
-                      f"Python {platform.python_version()}", f"Linux {platform.release()} on {platform.machine()}"])
+                      f"Python {platform.python_version()}", f"Linux {kernel} on {platform.machine()}"])
 
 
 def page(options, tallies):

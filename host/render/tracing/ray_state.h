@@ -34,9 +34,12 @@ struct RayOrigin {
     const HostItem *item = nullptr; // the object or the camera
 };
 
-// Where a colour that is NaN or infinite comes from: names; empty where unknown.
+// Where a colour that is NaN or infinite comes from.
 struct NotFiniteSource {
-    std::string surface, node;
+    std::string surface, node; // names; empty if no node makes the value
+    bool isBackdrop = false;
+
+    bool isKnown() const { return isBackdrop || !node.empty(); }
 };
 
 struct RayState {
@@ -53,7 +56,7 @@ struct RayState {
     double spread = 0;                    // growth of the footprint per metre of path
     std::uint32_t seed = 0;               // of the current camera sample
     std::uint32_t drawnSets = 0;          // sets of light points drawn for the current camera sample
-    NotFiniteSource *notFinite = nullptr; // filled in by the first surface that has such a value; null: nobody asks
+    NotFiniteSource *notFinite = nullptr; // filled in where such a value is first found; null: nobody asks
 };
 
 inline constinit thread_local RayState rayState;

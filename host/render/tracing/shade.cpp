@@ -61,23 +61,17 @@ Vec3 seenThrough(RayState &state, const ShadingSample &sample, const SurfaceValu
 
 void noteNotFinite(Surface &surface, ShadingSample &sample, NotFiniteSource &source) {
     for (const auto &input : surface.network().root().inputs) {
-        if (!source.node.empty()) return;
+        if (source.isKnown()) return;
         if (const HostNode *node = sourceOfNotFinite(*input, &sample))
             source = {.surface = surface.name(), .node = node->name};
     }
 }
 
-Vec3 backdropAlong(const RenderSceneData &scene, const Vec3 &direction) {
-    const double seen[3] = {direction.x, direction.y, direction.z};
-    double colour[3];
-    scene.backdrop.evaluate(seen, colour);
-    return Vec3(colour);
-}
-
 // A colour that is seen through the fog. The distances are those of Fog::transmittance.
-Vec3 inFog(const RenderSceneData &scene, const Vec3 &colour, const Vec3 &direction, double from, double to) {
-    const double through = scene.fog.transmittance(from, to);
-    const Vec3 fog = scene.fog.hasBackdropColour() ? backdropAlong(scene, direction) : Vec3(scene.fog.colour());
+Vec3 inFog(const RayState &state, const Vec3 &colour, const Vec3 &direction, double from, double to) {
+    const Fog &fogs = state.scene->fog;
+    const double through = fogs.transmittance(from, to);
+    const Vec3 fog = fogs.hasBackdropColour() ? backdropAlong(state, direction) : Vec3(fogs.colour());
     return through * colour + (1 - through) * fog;
 }
 
@@ -88,6 +82,16 @@ HitRules rulesOf(unsigned mode) {
             .hitsBackSides = (mode & kTraceShadeBackSides) != 0,
             .ownObjectOnly = (mode & kTraceOwnObjectOnly) != 0,
             .neverOwnObject = (mode & kTraceKindMask) == kTraceDissolve};
+}
+
+Vec3 backdropAlong(const RayState &state, const Vec3 &direction) {
+    const double seen[3] = {direction.x, direction.y, direction.z};
+    double components[3];
+    state.scene->backdrop.evaluate(seen, components);
+    const Vec3 colour(components);
+    if (state.notFinite && !state.notFinite->isKnown() && !isFinite(colour)) [[unlikely]]
+        state.notFinite->isBackdrop = true;
+    return colour;
 }
 
 Vec3 shade(RayState &state, const ShadingSample &sample, const SurfaceValues &values) {
@@ -118,8 +122,7 @@ Vec3 shadeHit(RayState &state, const RTCRayHit &ray, const IncomingRay &incoming
     if (state.notFinite) [[unlikely]]
         noteNotFinite(surface, sample, *state.notFinite);
     const Vec3 colour = shade(state, sample, values);
-    return state.scene->fog.exists() ? inFog(*state.scene, colour, incoming.direction, start, origin.travelled)
-                                     : colour;
+    return state.scene->fog.exists() ? inFog(state, colour, incoming.direction, start, origin.travelled) : colour;
 }
 
 SeenColour shadeRay(RayState &state, RTCScene scene, const HitRules &rules, RTCRayHit &ray, const IncomingRay &incoming,
@@ -139,7 +142,7 @@ SeenColour shadeRay(RayState &state, RTCScene scene, const HitRules &rules, RTCR
         do {
             advance(ray, kFarthest);
             if (findHit(state, scene, ray, rules)) continue;
-            colour += through * (behind ? *behind : backdropAlong(*state.scene, incoming.direction));
+            colour += through * (behind ? *behind : backdropAlong(state, incoming.direction));
             return {.colour = colour, .opacity = 1 - through};
         } while (std::ranges::find(passed, ray.hit.geomID) != passed.end());
         dissolve = dissolveAt(state, ray);
@@ -158,7 +161,7 @@ double traceShaded(RayState &state, const Vec3 &origin, const Vec3 &direction, d
     const HitRules rules = rulesOf(mode);
     const bool showsBackdrop = (mode & kTraceUseBackdropColour) == 0;
     if (!findHit(state, state.rayScene, ray, rules)) {
-        if (showsBackdrop) backdropAlong(*state.scene, unit).store(colour);
+        if (showsBackdrop) backdropAlong(state, unit).store(colour);
         return HOST_RAY_MISS;
     }
     const double distance = static_cast<double>(ray.ray.tfar);

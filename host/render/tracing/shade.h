@@ -17,6 +17,9 @@ namespace velm::host {
 // to be the sample's. [render threads]
 Vec3 shade(RayState &state, const ShadingSample &sample, const SurfaceValues &values);
 
+// The colour that a ray sees which hits nothing. `direction` has length 1, in world space. [render threads]
+Vec3 backdropAlong(const RayState &state, const Vec3 &direction);
+
 // Fills the sample of a hit, evaluates its surface, shades it, and covers it with the fog between the ray's origin and
 // the hit. `sample` and `values` are outputs. [render threads]
 Vec3 shadeHit(RayState &state, const RTCRayHit &ray, const IncomingRay &incoming, ShadingSample &sample,
