@@ -17,17 +17,12 @@ namespace {
     throw InputError({.file = file}, "cannot read the image" + (why.empty() ? std::string() : ": " + why));
 }
 
-bool isFloat(const OIIO::TypeDesc &format) {
-    return format.basetype == OIIO::TypeDesc::HALF || format.basetype == OIIO::TypeDesc::FLOAT ||
-           format.basetype == OIIO::TypeDesc::DOUBLE;
-}
-
 // The only channel beside alpha, if there is just one and it is not red, green or blue.
-int greyChannel(const OIIO::ImageSpec &spec) {
+int greyChannel(const ImageHeader &header) {
     int grey = -1;
-    for (int channel = 0; channel < spec.nchannels; ++channel) {
-        if (channel == alphaChannelOf(spec) || channel == depthChannelOf(spec)) continue;
-        const std::string name = spec.channel_name(channel);
+    for (int channel = 0; channel < static_cast<int>(header.channels.size()); ++channel) {
+        if (channel == header.alpha || channel == header.depthChannel) continue;
+        const std::string &name = header.channels[static_cast<std::size_t>(channel)];
         if (grey >= 0 || name == "R" || name == "G" || name == "B") return -1;
         grey = channel;
     }
@@ -53,27 +48,27 @@ struct ReadValues {
     std::pmr::vector<float> values;
 };
 
-void readOpened(OIIO::ImageInput &input, const std::string &file, ReadValues &read) {
-    const OIIO::ImageSpec &spec = input.spec();
-    if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1 || spec.depth > 1 || spec.deep)
+void readOpened(ImageFile &input, const std::string &file, ReadValues &read) {
+    const ImageHeader &header = input.header();
+    if (header.width < 1 || header.height < 1 || header.channels.empty() || header.depth > 1 || header.isDeep)
         failToRead(file, "it has no flat picture");
-    if (static_cast<double>(spec.image_pixels()) * spec.nchannels * sizeof(float) >
+    if (header.pixels() * static_cast<double>(header.channels.size()) * sizeof(float) >
         static_cast<double>(readLimitInBytes()))
         failToRead(file, "it needs more than " + std::to_string(readLimits().mebibytes) +
                              " MiB of memory (see --read-memory)");
-    read.width = spec.width;
-    read.height = spec.height;
-    read.left = spec.x;
-    read.top = spec.y;
+    read.width = header.width;
+    read.height = header.height;
+    read.left = header.left;
+    read.top = header.top;
     read.isLight =
-        isFloat(spec.format) && spec.get_string_attribute(kWorkflowHeader) != workflowText(Workflow::classic);
-    read.alpha = alphaChannelOf(spec);
-    read.grey = greyChannel(spec);
-    read.channels.reserve(static_cast<std::size_t>(spec.nchannels));
-    for (int channel = 0; channel < spec.nchannels; ++channel) read.channels.emplace_back(spec.channel_name(channel));
-    read.values.resize(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels));
-    if (!input.read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, read.values.data()))
-        failToRead(file, input.geterror());
+        header.numbers == StoredNumbers::floats && input.text(kWorkflowHeader) != workflowText(Workflow::classic);
+    read.alpha = header.alpha;
+    read.grey = greyChannel(header);
+    read.channels.reserve(header.channels.size());
+    for (const std::string &channel : header.channels) read.channels.emplace_back(channel);
+    read.values.resize(static_cast<std::size_t>(header.width) * static_cast<std::size_t>(header.height) *
+                       header.channels.size());
+    if (!input.read(read.values.data())) failToRead(file, input.error());
 }
 
 } // namespace

@@ -28,13 +28,13 @@ struct ChannelChoice {
     bool isColour = false, hasAlpha = false;
 };
 
-ChannelChoice chooseChannels(const OIIO::ImageSpec &spec) {
+ChannelChoice chooseChannels(const ImageHeader &header) {
     ChannelChoice choice;
     std::vector<int> others;
-    const int alpha = alphaChannelOf(spec), depth = depthChannelOf(spec);
-    for (int channel = 0; channel < spec.nchannels; ++channel)
-        if (channel != alpha && channel != depth) others.push_back(channel);
-    const std::array<int, 3> named = {spec.channelindex("R"), spec.channelindex("G"), spec.channelindex("B")};
+    const int alpha = header.alpha, channels = static_cast<int>(header.channels.size());
+    for (int channel = 0; channel < channels; ++channel)
+        if (channel != alpha && channel != header.depthChannel) others.push_back(channel);
+    const std::array<int, 3> named = {header.find("R"), header.find("G"), header.find("B")};
     if (std::all_of(named.begin(), named.end(), [](int channel) { return channel >= 0; })) {
         choice.source.assign(named.begin(), named.end());
     } else if (others.size() >= 3) {
@@ -62,11 +62,6 @@ class LinearTable {
   private:
     std::vector<float> values_;
 };
-
-bool isScreenEncoded(const OIIO::TypeDesc &format) {
-    return format.basetype == OIIO::TypeDesc::UINT8 || format.basetype == OIIO::TypeDesc::INT8 ||
-           format.basetype == OIIO::TypeDesc::UINT16 || format.basetype == OIIO::TypeDesc::INT16;
-}
 
 // Converts the channels of the file to ours.
 std::pmr::vector<float> arrange(std::span<const float> read, int fileChannels, const ChannelChoice &choice,
@@ -171,41 +166,40 @@ void buildLevels(ReadPixels &image, int width, int height, std::pmr::vector<floa
                      "cannot read the image: " + (why.empty() ? "it is damaged or ends too early" : why));
 }
 
-std::string sizeText(const OIIO::ImageSpec &spec) {
-    return "its size of " + std::to_string(spec.width) + " by " + std::to_string(spec.height) + " pixels with " +
-           std::to_string(spec.nchannels) + " channels";
+std::string sizeText(const ImageHeader &header) {
+    return "its size of " + std::to_string(header.width) + " by " + std::to_string(header.height) + " pixels with " +
+           std::to_string(header.channels.size()) + " channels";
 }
 
 // Throws if reading the image would take too much memory: the numbers of the file, and the image with its levels, which
 // add a third.
-void checkMemory(const OIIO::ImageSpec &spec, const ChannelChoice &choice, const std::string &file) {
-    const double pixels = static_cast<double>(spec.width) * spec.height;
-    const double values = spec.nchannels + static_cast<double>(choice.source.size()) * 4 / 3;
-    if (pixels * values * sizeof(float) > static_cast<double>(readLimitInBytes()))
-        failToRead(file, sizeText(spec) + " needs more than " + std::to_string(readLimits().mebibytes) +
+void checkMemory(const ImageHeader &header, const ChannelChoice &choice, const std::string &file) {
+    const double values =
+        static_cast<double>(header.channels.size()) + static_cast<double>(choice.source.size()) * 4 / 3;
+    if (header.pixels() * values * sizeof(float) > static_cast<double>(readLimitInBytes()))
+        failToRead(file, sizeText(header) + " needs more than " + std::to_string(readLimits().mebibytes) +
                              " MiB of memory (see --read-memory)");
 }
 
-void readOpened(OIIO::ImageInput &input, const std::string &file, Workflow workflow, ReadPixels &image) {
-    const OIIO::ImageSpec spec = input.spec();
-    if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1 || spec.depth > 1 || spec.deep)
-        failToRead(file, sizeText(spec) + " is none that can be used");
-    const ChannelChoice choice = chooseChannels(spec);
+void readOpened(ImageFile &input, const std::string &file, Workflow workflow, ReadPixels &image) {
+    const ImageHeader &header = input.header();
+    if (header.width < 1 || header.height < 1 || header.channels.empty() || header.depth > 1 || header.isDeep)
+        failToRead(file, sizeText(header) + " is none that can be used");
+    const ChannelChoice choice = chooseChannels(header);
     if (choice.source.empty()) failToRead(file, "it has no colour or luminance channel");
-    checkMemory(spec, choice, file);
+    checkMemory(header, choice, file);
 
     // Not initialised, so that a header that claims more than the file contains costs no memory.
-    const std::size_t values = static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(spec.height) *
-                               static_cast<std::size_t>(spec.nchannels);
+    const std::size_t values =
+        static_cast<std::size_t>(header.width) * static_cast<std::size_t>(header.height) * header.channels.size();
     const auto read = std::make_unique_for_overwrite<float[]>(values);
-    if (!input.read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, read.get()))
-        failToRead(file, input.geterror());
+    if (!input.read(read.get())) failToRead(file, input.error());
     image.channels = static_cast<int>(choice.source.size());
     image.isColour = choice.isColour;
     image.hasAlpha = choice.hasAlpha;
-    buildLevels(image, spec.width, spec.height,
-                arrange({read.get(), values}, spec.nchannels, choice,
-                        workflow == Workflow::linear && isScreenEncoded(spec.format),
+    buildLevels(image, header.width, header.height,
+                arrange({read.get(), values}, static_cast<int>(header.channels.size()), choice,
+                        workflow == Workflow::linear && header.numbers == StoredNumbers::shortIntegers,
                         image.levels.get_allocator().resource()));
 }
 

@@ -6,13 +6,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
-#include <optional>
 #include <string_view>
 #include <sys/mman.h>
-#include <thread>
 #include <unistd.h>
 
 namespace velm::host {
@@ -67,24 +64,6 @@ constexpr ImageFormat kImageFormats[] = {
     {.name = "TGA", .reader = "targa", .recognises = isTga},
 };
 
-// Hides an environment variable for as long as it lives.
-class HiddenVariable {
-  public:
-    explicit HiddenVariable(const char *name) : name_(name) {
-        if (const char *value = std::getenv(name)) value_ = value;
-        unsetenv(name);
-    }
-    ~HiddenVariable() {
-        if (value_) setenv(name_, value_->c_str(), 1);
-    }
-    HiddenVariable(const HiddenVariable &) = delete;
-    HiddenVariable &operator=(const HiddenVariable &) = delete;
-
-  private:
-    const char *name_;
-    std::optional<std::string> value_;
-};
-
 // Writes the image inside of a file to a file in memory, and returns a path to it. The library reads the image from
 // there, with any of its readers. The file lives as long as this process.
 std::string extracted(const EmbeddedImage &image, const std::string &name) {
@@ -118,8 +97,8 @@ std::string imageFormats() {
     return list;
 }
 
-std::unique_ptr<OIIO::ImageInput> openImage(const std::string &file) {
-    setUpImageLibrary();
+std::unique_ptr<ImageFile> openImage(const std::string &file) {
+    const ImageLibrary &library = imageLibrary();
     const auto fail = [&file](const std::string &why) {
         throw InputError({.file = file}, "cannot read the image: " + why);
     };
@@ -129,34 +108,12 @@ std::unique_ptr<OIIO::ImageInput> openImage(const std::string &file) {
     const auto *const format = std::find_if(std::begin(kImageFormats), std::end(kImageFormats),
                                             [&](const ImageFormat &one) { return one.recognises(ends); });
     if (format == std::end(kImageFormats)) fail("it has none of the formats that are read: " + imageFormats());
-    std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::create(format->reader);
-    if (!input) fail(OIIO::geterror());
-    OIIO::attribute("exr_threads", static_cast<int>(std::thread::hardware_concurrency()));
-    OIIO::ImageSpec found, wishes;
-    wishes.attribute("oiio:UnassociatedAlpha", 1);
-    if (!input->open(path, found, wishes)) fail(input->geterror());
-    return input;
+    std::string error;
+    std::unique_ptr<ImageFile> opened = library.open(format->reader, path, error);
+    if (!opened) fail(error);
+    return opened;
 }
 
-void setUpImageLibrary() {
-    [[maybe_unused]] static const bool done = [] {
-        // The library adds the directories in these variables to the path when it makes its list of formats, which is
-        // when the first reader or writer is made.
-        const HiddenVariable ours("OIIO_LIBRARY_PATH"), linker("LD_LIBRARY_PATH");
-        OIIO::attribute("plugin_searchpath", "");
-        OIIO::attribute("exr_threads", -1);
-        OIIO::ImageInput::create("png");
-        return true;
-    }();
-}
-
-int alphaChannelOf(const OIIO::ImageSpec &spec) {
-    if (spec.alpha_channel < spec.nchannels) return std::max(spec.alpha_channel, -1);
-    for (const char *name : {"A", "Alpha", "alpha"})
-        if (const int index = spec.channelindex(name); index >= 0) return index;
-    return -1;
-}
-
-int depthChannelOf(const OIIO::ImageSpec &spec) { return spec.z_channel < spec.nchannels ? spec.z_channel : -1; }
+void setUpImageLibrary() { imageLibrary(); }
 
 } // namespace velm::host

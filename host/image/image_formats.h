@@ -1,7 +1,7 @@
-// The formats of image files that are read, and the only use of OpenImageIO's readers.
+// The formats of image files that are read.
 #pragma once
 
-#include <OpenImageIO/imageio.h>
+#include "host/image/library/image_library.h"
 
 #include <memory>
 #include <string>
@@ -15,16 +15,12 @@ std::string imageFormats();
 // an image inside of a file (see embedded_images.h). Colours that the file does not multiply by alpha stay so. Throws
 // InputError, which begins with "cannot read the image: ", for a file that cannot be opened, and for one of another
 // format, with the list of formats. To be called in a process of its own: see readApart.
-std::unique_ptr<OIIO::ImageInput> openImage(const std::string &file);
+std::unique_ptr<ImageFile> openImage(const std::string &file);
 
-// Sets OpenImageIO up: without readers and writers from other files, which environment variables may name, and without
-// threads of OpenEXR, which a process that is forked later could not use. To be called before any other use of the
-// library in this process. [interface thread]
+// Opens the image library, if it is not open yet, and sets OpenImageIO up: without readers and writers from other
+// files, which environment variables may name, and without threads of OpenEXR, which a process that is forked later
+// could not use. To be called before any other use of OpenImageIO in this process, and before reading in other
+// processes, which would each open it. Throws MachineError as imageLibrary does. [interface thread]
 void setUpImageLibrary();
-
-// The index of the image's channel for alpha, or depth; -1 if it has none. Readers may give an index outside of the
-// image, as OpenImageIO's for GIF does; it is ignored, and alpha is then looked for by its name.
-int alphaChannelOf(const OIIO::ImageSpec &spec);
-int depthChannelOf(const OIIO::ImageSpec &spec);
 
 } // namespace velm::host

@@ -1,13 +1,10 @@
 #include "host/image/picture.h"
 
 #include "host/base/error.h"
-#include "host/image/image_formats.h"
+#include "host/image/library/image_library.h"
 #include "host/image/metadata_headers.h"
 #include "host/image/transfer.h"
 #include "host/io/files.h"
-
-#include <OpenImageIO/filesystem.h>
-#include <OpenImageIO/imageio.h>
 
 #include <algorithm>
 #include <array>
@@ -16,7 +13,9 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <memory>
+#include <functional>
+#include <utility>
+#include <vector>
 
 namespace velm::host {
 namespace {
@@ -62,59 +61,60 @@ Region storedWindow(const Picture &picture, const PictureFormat &format) {
 
 bool isOfDisplayValues(const PictureMetadata &metadata) { return metadata.workflow == workflowText(Workflow::classic); }
 
-void addMetadata(const PictureMetadata &metadata, const PictureFormat &format, OIIO::ImageSpec &spec) {
+using Texts = std::vector<std::pair<std::string, std::string>>;
+
+Texts textsOf(const PictureMetadata &metadata, const PictureFormat &format) {
+    Texts texts;
     for (const MetadataHeader &header : kMetadataHeaders)
-        if (const std::string &text = metadata.*header.member; !text.empty()) spec.attribute(header.name, text);
+        if (const std::string &text = metadata.*header.member; !text.empty()) texts.emplace_back(header.name, text);
     // The only text that the format's library writes to TIFF files.
     if (format.hasDigest && !metadata.digest.empty())
-        spec.attribute("ImageDescription", std::string(kDigestPrefix) + metadata.digest);
+        texts.emplace_back("ImageDescription", std::string(kDigestPrefix) + metadata.digest);
+    return texts;
 }
 
-OIIO::ImageSpec describe(const Picture &picture, const PictureFormat &format, const PictureMetadata &metadata) {
-    const Region window = storedWindow(picture, format);
-    OIIO::ImageSpec spec(window.width(), window.height(), format.channels,
-                         format.isFloat ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT8);
-    spec.x = window.left;
-    spec.y = window.top;
-    spec.full_width = picture.width();
-    spec.full_height = picture.height();
-    spec.attribute("oiio:ColorSpace", format.isFloat ? "Linear" : "sRGB");
-    spec.attribute("jpeg:subsampling", "4:4:4");
-    spec.attribute("tiff:write_exif", 0); // cannot be written to memory, and would be empty
-    spec.attribute("DateTime", ""); // otherwise the library adds the time, and equal pictures would not be equal files
-    if (format.compression) spec.attribute("Compression", format.compression);
-    addMetadata(metadata, format, spec);
-    return spec;
-}
-
-// One row, in the number format of the file.
+// One row, in the number format of the file. The row gets room by the first call.
 template <typename Value, typename Convert>
-std::vector<Value> convertRow(const Picture &picture, const Region &window, int y, int channels, Convert convert) {
-    std::vector<Value> row;
+const void *fillRow(const Picture &picture, const Region &window, int y, int channels, Convert convert,
+                    std::vector<Value> &row) {
+    row.clear();
     row.reserve(static_cast<std::size_t>(window.width()) * static_cast<std::size_t>(channels));
     for (int x = window.left; x < window.right; ++x)
         for (int channel = 0; channel < channels; ++channel) row.push_back(convert(picture.pixel(x, y)[channel]));
-    return row;
+    return row.data();
 }
 
 std::uint8_t toByte(double display) { return static_cast<std::uint8_t>(std::lround(display * 255)); }
 std::uint8_t byteOfLight(float light) { return toByte(linearToSrgb(light)); }
 std::uint8_t byteOfDisplayValue(float value) { return value > 0 ? toByte(std::min(1.0F, value)) : std::uint8_t{0}; }
 
-bool writeRows(OIIO::ImageOutput &output, const Picture &picture, const PictureFormat &format, bool displayValues) {
+// The rows of a picture, one after the other, as a file has them.
+std::function<const void *(int)> rowsOf(const Picture &picture, const PictureFormat &format, bool displayValues) {
     const Region window = storedWindow(picture, format);
+    if (format.isFloat)
+        return [&picture, &format, window, row = std::vector<float>()](int index) mutable {
+            return fillRow(picture, window, window.top + index, format.channels, std::identity(), row);
+        };
     const auto convert = displayValues ? byteOfDisplayValue : byteOfLight;
-    for (int y = window.top; y < window.bottom; ++y) {
-        const bool written =
-            format.isFloat
-                ? output.write_scanline(
-                      y, 0, OIIO::TypeDesc::FLOAT,
-                      convertRow<float>(picture, window, y, format.channels, [](float value) { return value; }).data())
-                : output.write_scanline(y, 0, OIIO::TypeDesc::UINT8,
-                                        convertRow<std::uint8_t>(picture, window, y, format.channels, convert).data());
-        if (!written) return false;
-    }
-    return true;
+    return [&picture, &format, window, convert, row = std::vector<std::uint8_t>()](int index) mutable {
+        return fillRow(picture, window, window.top + index, format.channels, convert, row);
+    };
+}
+
+NewImage describe(const Picture &picture, const PictureFormat &format, const PictureMetadata &metadata) {
+    const Region window = storedWindow(picture, format);
+    return {.format = format.ending + 1,
+            .compression = format.compression,
+            .left = window.left,
+            .top = window.top,
+            .width = window.width(),
+            .height = window.height(),
+            .fullWidth = picture.width(),
+            .fullHeight = picture.height(),
+            .channels = format.channels,
+            .isFloat = format.isFloat,
+            .row = rowsOf(picture, format, isOfDisplayValues(metadata)),
+            .texts = textsOf(metadata, format)};
 }
 
 } // namespace
@@ -123,26 +123,20 @@ Picture::Picture(const Picture &other) : Picture(other.width_, other.height_, ot
     std::copy_n(other.pixels_.data(), pixels_.size(), pixels_.data());
 }
 
-void checkPictureEnding(const std::string &file) { formatOf(file); }
+void checkPictureEnding(const std::string &file) {
+    formatOf(file);
+    imageLibrary();
+}
 
 bool hasDigest(const std::string &file) { return formatOf(file).hasDigest; }
 bool holdsParts(const std::string &file) { return isExr(formatOf(file)); }
 
 void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata) {
     const PictureFormat &format = formatOf(file);
-    const auto fail = [&](const std::string &why) { throw MachineError("cannot write " + file + ": " + why); };
-
-    // Written to memory first: some format libraries do not report a full disk, and one ends the program.
     std::vector<unsigned char> bytes;
-    OIIO::Filesystem::IOVecOutput memory(bytes);
-    setUpImageLibrary();
-    const char *formatName = format.ending + 1;
-    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(formatName);
-    if (!output) fail(OIIO::geterror());
-    if (!output->set_ioproxy(&memory)) fail("the format cannot be made in memory");
-    if (!output->open(file, describe(picture, format, metadata))) fail(output->geterror());
-    if (!writeRows(*output, picture, format, isOfDisplayValues(metadata))) fail(output->geterror());
-    if (!output->close()) fail(output->geterror());
+    std::string error;
+    if (!imageLibrary().write(describe(picture, format, metadata), bytes, error))
+        throw MachineError("cannot write " + file + ": " + error);
     writeFileAtomically(file, {reinterpret_cast<const char *>(bytes.data()), bytes.size()});
 }
 

@@ -7,8 +7,6 @@
 #include "host/io/files.h"
 #include "host/io/reader_process.h"
 
-#include <OpenImageIO/imageio.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -50,20 +48,22 @@ std::shared_ptr<ReadPicture> readPicture(const std::string &file, bool withPixel
     if (const auto reason = whyUnreadable(file)) throw InputError({.file = file}, *reason);
     setUpImageLibrary();
     return readApart<ReadPicture>(file, "the picture", [&](ReadPicture &read) {
-        const std::unique_ptr<OIIO::ImageInput> input = openImage(file);
-        const OIIO::ImageSpec &spec = input->spec();
-        for (const MetadataHeader &header : kMetadataHeaders)
-            read.headers.emplace_back(spec.get_string_attribute(header.name));
-        read.description = spec.get_string_attribute("ImageDescription");
-        read.isExr = std::string_view(input->format_name()) == "openexr";
-        read.width = spec.full_width;
-        read.height = spec.full_height;
-        read.channels = spec.nchannels;
-        read.window = {.left = spec.x, .top = spec.y, .right = spec.x + spec.width, .bottom = spec.y + spec.height};
-        if (!withPixels || !read.isExr || spec.nchannels != Picture::kChannels || spec.deep) return;
-        read.values.resize(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels));
-        if (!input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, read.values.data()))
-            throw InputError({.file = file}, "cannot be read: " + input->geterror());
+        const std::unique_ptr<ImageFile> input = openImage(file);
+        const ImageHeader &header = input->header();
+        for (const MetadataHeader &metadata : kMetadataHeaders) read.headers.emplace_back(input->text(metadata.name));
+        read.description = input->text("ImageDescription");
+        read.isExr = header.isExr;
+        read.width = header.fullWidth;
+        read.height = header.fullHeight;
+        read.channels = static_cast<int>(header.channels.size());
+        read.window = {.left = header.left,
+                       .top = header.top,
+                       .right = header.left + header.width,
+                       .bottom = header.top + header.height};
+        if (!withPixels || !read.isExr || read.channels != Picture::kChannels || header.isDeep) return;
+        read.values.resize(static_cast<std::size_t>(header.width) * static_cast<std::size_t>(header.height) *
+                           header.channels.size());
+        if (!input->read(read.values.data())) throw InputError({.file = file}, "cannot be read: " + input->error());
     });
 }
 
