@@ -12,7 +12,7 @@ namespace velm::host {
 
 namespace {
 
-constexpr const char *kLightKinds[] = {"point", "distant", "area", "spot"}; // by LightDescription::Kind
+constexpr const char *kLightKinds[] = {"point", "distant", "area", "spot", "linear"}; // by LightDescription::Kind
 
 const char *nameOfLight(LightDescription::Kind kind) { return kLightKinds[static_cast<std::size_t>(kind)]; }
 

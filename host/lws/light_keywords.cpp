@@ -5,7 +5,7 @@ namespace velm::host::lws {
 namespace {
 
 // By the number that the file has.
-constexpr Light::Kind kKinds[] = {Light::Kind::distant, Light::Kind::point, Light::Kind::spot, Light::Kind::otherPoint,
+constexpr Light::Kind kKinds[] = {Light::Kind::distant, Light::Kind::point, Light::Kind::spot, Light::Kind::linear,
                                   Light::Kind::area};
 constexpr Light::Falloff kFalloffs[] = {Light::Falloff::none, Light::Falloff::linear, Light::Falloff::inverseDistance,
                                         Light::Falloff::inverseSquare};

@@ -193,7 +193,8 @@ class Reader {
         if (server == "PointLight") return Light::Kind::point;
         if (server == "SpotLight") return Light::Kind::spot;
         if (server == "AreaLight") return Light::Kind::area;
-        const bool isPoint = server == "LinearLight" || server == "SphericalLight" || server == "PhotometricLight";
+        if (server == "LinearLight") return Light::Kind::linear;
+        const bool isPoint = server == "SphericalLight" || server == "PhotometricLight";
         return isPoint ? Light::Kind::otherPoint : Light::Kind::none;
     }
 

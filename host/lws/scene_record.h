@@ -58,15 +58,15 @@ struct Object : Item {
 };
 
 struct Light : Item {
-    // otherPoint: linear, spherical or photometric. none: of a kind that is not rendered.
-    enum class Kind { distant, point, spot, area, otherPoint, none } kind = Kind::distant;
+    // otherPoint: spherical or photometric. none: of a kind that is not rendered.
+    enum class Kind { distant, point, spot, linear, area, otherPoint, none } kind = Kind::distant;
     enum class Shadows { none, traced, mapped } shadows = Shadows::traced;
     enum class Falloff { none, linear, inverseDistance, inverseSquare } falloff = Falloff::none;
     std::array<Value, 3> colour{{{.constant = 1}, {.constant = 1}, {.constant = 1}}};
     Value intensity{.constant = 1};
     Value range{.constant = 1};
     Value cone{.constant = 30}, edge{.constant = 5}; // half the full angle; the width of the soft edge inside it
-    std::optional<int> quality;                      // of area lights
+    std::optional<int> quality;                      // of area and linear lights
 };
 
 struct Camera : Item {

@@ -70,6 +70,7 @@ LightDescription::Kind kindOf(lws::Light::Kind kind) {
     case lws::Light::Kind::otherPoint: return LightDescription::Kind::point;
     case lws::Light::Kind::spot: return LightDescription::Kind::spot;
     case lws::Light::Kind::area: return LightDescription::Kind::area;
+    case lws::Light::Kind::linear: return LightDescription::Kind::linear;
     default: return LightDescription::Kind::distant;
     }
 }
@@ -135,7 +136,9 @@ void convertDissolve(const lws::Object &from, ObjectDescription &to) {
 
 void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescription &to) {
     constexpr double kLeastRange = 1e-6, kLeastCone = 1e-3, kMostCone = 180;
+    constexpr double kUnitLine = 2; // the length of a linear light with a scale of 1, in metres
     to.kind = kindOf(from.kind);
+    if (to.kind == LightDescription::Kind::linear) to.length = kUnitLine;
     to.falloff = falloffOf(from.falloff);
     to.shadows = hasShadows(from, scene);
     if (from.quality) {

@@ -192,19 +192,20 @@ TEST(LwsItems, ThePluginOfALightIsItsKind) {
     EXPECT_EQ(kindOf("PointLight"), Light::Kind::point);
     EXPECT_EQ(kindOf("SpotLight"), Light::Kind::spot);
     EXPECT_EQ(kindOf("AreaLight"), Light::Kind::area);
+    EXPECT_EQ(kindOf("LinearLight"), Light::Kind::linear);
     EXPECT_EQ(kindOf("SphericalLight"), Light::Kind::otherPoint);
     EXPECT_EQ(kindOf("DomeLight"), Light::Kind::none);
     const lws::Scene scene =
         readLws(5, "AddLight 20000000\nPlugin LightHandler 1 DomeLight\n}\nLightType 1\nEndPlugin\n"
-                   "AddLight 20000001\nLightType 3\nLensFlare 1\nAffectSpecular 0\n"
+                   "AddLight 20000001\nPlugin LightHandler 1 SphericalLight\nEndPlugin\nLensFlare 1\nAffectSpecular 0\n"
                    "ShadowColor 0 0 1\nVolumetricLighting 1\nLightProjectionImage a.png\n");
     EXPECT_EQ(lossesOf(scene),
               (std::vector<std::string>{
-                  "8: a linear, spherical or photometric light is rendered as a point light",
-                  "3: a light of a kind that is not rendered is left out", "10: a lens flare is left out",
-                  "13: the volumetric effect of a light is left out", "14: the image that a light projects is left out",
-                  "12: the shadow colour of a light is ignored",
-                  "11: a light that has its diffuse or specular light switched off gives both"}));
+                  "8: a spherical or photometric light is rendered as a point light",
+                  "3: a light of a kind that is not rendered is left out", "11: a lens flare is left out",
+                  "14: the volumetric effect of a light is left out", "15: the image that a light projects is left out",
+                  "13: the shadow colour of a light is ignored",
+                  "12: a light that has its diffuse or specular light switched off gives both"}));
 }
 
 TEST(LwsItems, CamerasHaveAFrameSize) {

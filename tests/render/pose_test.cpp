@@ -196,10 +196,16 @@ TEST(ItemValues, AreThoseOfTheKeys) {
     addKeys(light, Channel::colour, 2, line(1, 0));
     addKeys(light, Channel::cone, 0, line(10, 30));
     addKeys(light, Channel::edge, 0, line(0, 4));
+    addKeys(light, Channel::width, 0, line(1, 2));
+    addKeys(light, Channel::height, 0, line(1, 3));
+    addKeys(light, Channel::length, 0, line(1, 4));
     const LightDescription half = valuesAt(light, 0.5);
     EXPECT_EQ(half.colour, (Double3{1, 1, 0.5}));
     EXPECT_EQ(half.cone, 20);
     EXPECT_EQ(half.edge, 2);
+    EXPECT_EQ(half.width, 1.5);
+    EXPECT_EQ(half.height, 2);
+    EXPECT_EQ(half.length, 2.5);
     EXPECT_EQ(half.intensity, 7);
     EXPECT_EQ(half.range, 5);
     EXPECT_TRUE(half.channels.empty());

@@ -118,6 +118,14 @@ TEST(RenderScene, RefusesWhatMakesNoSense) {
             area.width = -1;
         },
         "an area light of negative width");
+    refused(
+        [](SceneDescription &scene) {
+            LightDescription &tube = scene.lights.emplace_back();
+            tube.kind = LightDescription::Kind::linear;
+            tube.position = {0, 1, 0};
+            tube.length = -1;
+        },
+        "a linear light of negative length");
     refused([](SceneDescription &scene) { scene.backdrop.skySqueeze = 0; }, "a backdrop squeezed by 0");
 }
 

@@ -55,7 +55,9 @@ TEST(ReadScene, ReadsCamerasAndLightsWithTheirLines) {
         "lights": {
             "Sun": {"kind": "distant", "position": [1, 5, -2], "colour": [1, 1, 0.9], "intensity": 2},
             "Lamp": {"kind": "point", "position": [0, 3, 0], "shadows": false},
-            "Window": {"kind": "area", "position": [0, 3, 0], "target": [0, 0, 1], "width": 2, "height": 0.5, "samples": 9}
+            "Window": {"kind": "area", "position": [0, 3, 0], "target": [0, 0, 1], "width": 2, "height": 0.5, "samples": 9},
+            "Tube": {"kind": "linear", "position": [0, 3, 0], "samples": 4, "falloff": "none",
+                     "length": {"keys": [{"time": 0, "value": 1}, {"time": 1, "value": 2}]}}
         }
     })");
     ASSERT_EQ(scene.cameras.size(), 2u);
@@ -64,7 +66,7 @@ TEST(ReadScene, ReadsCamerasAndLightsWithTheirLines) {
     EXPECT_EQ(scene.cameras[0].fieldOfView, 55);
     EXPECT_EQ(scene.cameras[1].rotation, (Double3{10, 20, 30}));
     EXPECT_EQ(scene.cameras[1].location.text(), "scene.json:4");
-    ASSERT_EQ(scene.lights.size(), 3u);
+    ASSERT_EQ(scene.lights.size(), 4u);
     EXPECT_EQ(scene.lights[0].kind, LightDescription::Kind::distant);
     EXPECT_EQ(scene.lights[0].intensity, 2);
     EXPECT_EQ(scene.lights[1].kind, LightDescription::Kind::point);
@@ -73,6 +75,11 @@ TEST(ReadScene, ReadsCamerasAndLightsWithTheirLines) {
     EXPECT_EQ(scene.lights[2].height, 0.5);
     EXPECT_EQ(scene.lights[2].samples, 9);
     EXPECT_EQ(scene.lights[2].location.line, 9);
+    EXPECT_EQ(scene.lights[3].kind, LightDescription::Kind::linear);
+    EXPECT_EQ(scene.lights[3].samples, 4);
+    ASSERT_EQ(scene.lights[3].channels.size(), 1u);
+    EXPECT_EQ(scene.lights[3].channels[0].channel, Channel::length);
+    EXPECT_EQ(scene.lights[3].channels[0].keys.keys.at(1).value[0], 2);
 }
 
 TEST(ReadScene, ReadsBackdrops) {

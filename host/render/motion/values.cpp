@@ -32,6 +32,9 @@ double *memberOf(LightDescription &light, Channel channel) {
     case Channel::range: return &light.range;
     case Channel::cone: return &light.cone;
     case Channel::edge: return &light.edge;
+    case Channel::width: return &light.width;
+    case Channel::height: return &light.height;
+    case Channel::length: return &light.length;
     default: return memberOf(static_cast<ItemDescription &>(light), channel);
     }
 }
@@ -64,7 +67,13 @@ double valueOf(const KeysDescription &keys, double time) {
 
 ObjectDescription valuesAt(const ObjectDescription &object, double time) { return itemAt(object, time); }
 NullDescription valuesAt(const NullDescription &item, double time) { return itemAt(item, time); }
-LightDescription valuesAt(const LightDescription &light, double time) { return itemAt(light, time); }
+LightDescription valuesAt(const LightDescription &light, double time) {
+    LightDescription result = itemAt(light, time);
+    // A curve between keys above 0 may pass below 0.
+    if (!light.channels.empty())
+        for (double *size : {&result.width, &result.height, &result.length}) *size = std::max(0.0, *size);
+    return result;
+}
 CameraDescription valuesAt(const CameraDescription &camera, double time) { return itemAt(camera, time); }
 ItemDescription placeAt(const ItemDescription &item, double time) { return itemAt(item, time); }
 

@@ -16,34 +16,39 @@ struct LightSample {
 
 class Light {
   public:
-    // `transform` is the light's world transform. Throws InputError, with the description's location, for an area light
-    // of negative size or with fewer than 1 sample.
+    // `transform` is the light's world transform. Throws InputError, with the description's location, for an area or
+    // linear light of negative size or with fewer than 1 sample.
     Light(const LightDescription &description, const Transform &transform);
     // The same with the transform from the description: for a light without a parent, keys or a target item. Throws
     // InputError also for a light at the same position as its target, unless it is a point light.
     explicit Light(const LightDescription &description);
 
     bool castsShadows() const { return shadows_; }
-    // Samples to take for each lit position: more than 1 for area lights only.
+    // Samples to take for each lit position: more than 1 for area and linear lights only.
     int sampleCount() const { return samples_; }
 
-    // The light from the point (u, v) of the light's area, each 0 to 1. Other lights have one point only.
+    // The light from one point of the light: of an area light that at (u, v) = (x, y), each 0 to 1, and of a linear
+    // light that at x. Other lights have one point only.
     //   point    intensity * falloff
     //   distant  intensity
     //   area     intensity * falloff, times the cosine at the light, which shines along its +Z only
     //   spot     intensity * falloff; it decreases smoothly over the edge of the cone to 0
+    //   linear   intensity * falloff, times the sine of the angle to the line, as of a thin tube
     // with the falloffs of LightDescription::Falloff. False when none of it reaches `location`. [render threads]
     bool sample(const Vec3 &location, const UnitSquare &point, LightSample &result) const;
 
   private:
     double fallenOff(double amount, double distance, double distance2) const;
     double coneFactor(const Vec3 &toLight) const;
+    double directionFactor(const Vec3 &toLight) const;
 
     LightDescription::Kind kind_;
     LightDescription::Falloff falloff_;
-    Vec3 position_, forward_, right_, up_; // right and up span the whole area
-    Vec3 colour_;                          // times the intensity
-    double range_;                         // metres
+    Vec3 position_;
+    Vec3 axis_;               // in which the light shines; of a linear light, along which its line lies. Unit length
+    Vec3 right_, up_;         // span the whole area; `up_` is 0 for a line, and both are for a point
+    Vec3 colour_;             // times the intensity
+    double range_;            // metres
     double cone_, innerCone_; // angles from the axis at which the light ends and starts to decrease, in radians
     int samples_ = 1;
     bool shadows_;

@@ -113,6 +113,9 @@ enum class Channel {
     range,         // of lights
     cone,          // of spot lights, degrees
     edge,          // of spot lights, degrees
+    width,         // of area lights, metres
+    height,        // of area lights, metres
+    length,        // of linear lights, metres
     fieldOfView,   // of cameras, degrees
     dissolve,      // of objects
     aperture,      // of cameras, f-number
@@ -193,9 +196,10 @@ struct ObjectDescription : ItemDescription {
     bool operator==(const ObjectDescription &) const = default;
 };
 
-// A light shines along its +Z. The scale changes the size of an area light.
+// A light shines along its +Z. An area light is a rectangle in the light's XY plane, and a linear light a part of its X
+// axis; the scale changes their sizes.
 struct LightDescription : ItemDescription {
-    enum class Kind { point, distant, area, spot } kind = Kind::distant;
+    enum class Kind { point, distant, area, spot, linear } kind = Kind::distant;
     // The factor by which the light decreases with the distance d: 1, max(0, 1 - d / range), range / d, (range / d)^2.
     enum class Falloff { none, linear, inverseDistance, inverseSquare } falloff = Falloff::inverseSquare;
 
@@ -204,8 +208,9 @@ struct LightDescription : ItemDescription {
     double range = 1;             // of the falloff, metres
     double cone = 30;             // of a spot light: half the full angle of its cone, degrees
     double edge = 5;              // of a spot light: width of the soft edge inside the cone, degrees
-    double width = 1, height = 1; // of an area light
-    int samples = 16;             // shadow rays of an area light
+    double width = 1, height = 1; // of an area light, metres
+    double length = 1;            // of a linear light, metres
+    int samples = 16;             // shadow rays of an area or linear light
     bool shadows = true;
 
     LightDescription() { hasTarget = true; } // the origin

@@ -157,12 +157,13 @@ constexpr std::array kCameraFields{
 
 // ---- Lights ----
 
-constexpr const char *kLightKinds[] = {"point", "distant", "area", "spot"};
+constexpr const char *kLightKinds[] = {"point", "distant", "area", "spot", "linear"};
 constexpr unsigned kPoint = 1u << static_cast<unsigned>(LightDescription::Kind::point);
 constexpr unsigned kDistant = 1u << static_cast<unsigned>(LightDescription::Kind::distant);
 constexpr unsigned kArea = 1u << static_cast<unsigned>(LightDescription::Kind::area);
 constexpr unsigned kSpot = 1u << static_cast<unsigned>(LightDescription::Kind::spot);
-static_assert(kPoint == 1 && kDistant == 2 && kArea == 4 && kSpot == 8,
+constexpr unsigned kLinear = 1u << static_cast<unsigned>(LightDescription::Kind::linear);
+static_assert(kPoint == 1 && kDistant == 2 && kArea == 4 && kSpot == 8 && kLinear == 16,
               "the texts of the kinds are in the order of the kinds");
 
 constexpr const char *kFalloffs[] = {"none", "linear", "inverseDistance", "inverseSquare"};
@@ -190,12 +191,12 @@ constexpr Field<LightDescription> kLightTarget{
     .help = "What the light shines at, instead of a rotation: a point of the scene, in metres, or an item's name; the "
             "origin by default.",
     .target = kTargetValue<LightDescription>,
-    .kinds = kDistant | kArea | kSpot};
+    .kinds = kDistant | kArea | kSpot | kLinear};
 
 constexpr auto kLightKind = std::to_array<Field<LightDescription>>({
     {.key = "kind",
-     .help = "A point light shines in all directions, a distant light has parallel rays, an area light soft shadows, a "
-             "spot light a cone.",
+     .help = "A point light shines in all directions, a distant light has parallel rays, a spot light a cone. An area "
+             "light is a rectangle, a linear light a line; both have soft shadows.",
      .rule = choiceRule(kLightKinds),
      .target = kindIn<&LightDescription::kind>,
      .required = true},
@@ -213,11 +214,11 @@ constexpr auto kLightValues = std::to_array<Field<LightDescription>>({
      .help = "How the light decreases with the distance d: not at all, to nothing at the range (1 - d / range), by "
              "range / d, or by its square.",
      .target = choiceIn<&LightDescription::falloff, kFalloffs>,
-     .kinds = kPoint | kArea | kSpot},
+     .kinds = kPoint | kArea | kSpot | kLinear},
     {.key = "range",
      .help = "Range of the falloff, in metres.",
      .target = keyed<LightDescription, Channel::range, &LightDescription::range, kPositive>,
-     .kinds = kPoint | kArea | kSpot},
+     .kinds = kPoint | kArea | kSpot | kLinear},
     {.key = "cone",
      .help = "Half the angle of the cone, in degrees.",
      .target = keyed<LightDescription, Channel::cone, &LightDescription::cone, kConeRule>,
@@ -228,19 +229,21 @@ constexpr auto kLightValues = std::to_array<Field<LightDescription>>({
      .kinds = kSpot},
     {.key = "width",
      .help = "Width of the light's rectangle, in metres.",
-     .rule = positiveRule(),
-     .target = &LightDescription::width,
+     .target = keyed<LightDescription, Channel::width, &LightDescription::width, kPositive>,
      .kinds = kArea},
     {.key = "height",
      .help = "Height of the light's rectangle, in metres.",
-     .rule = positiveRule(),
-     .target = &LightDescription::height,
+     .target = keyed<LightDescription, Channel::height, &LightDescription::height, kPositive>,
      .kinds = kArea},
+    {.key = "length",
+     .help = "Length of the light's line, which is along its X axis, in metres.",
+     .target = keyed<LightDescription, Channel::length, &LightDescription::length, kPositive>,
+     .kinds = kLinear},
     {.key = "samples",
      .help = "Shadow rays for each lit point.",
      .rule = integerRule(1, kMostSamples),
      .target = &LightDescription::samples,
-     .kinds = kArea},
+     .kinds = kArea | kLinear},
     {.key = "shadows",
      .help = "Whether objects cast shadows in this light.",
      .rule = boolRule(),
