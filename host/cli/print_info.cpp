@@ -12,7 +12,8 @@ namespace velm::host {
 
 namespace {
 
-constexpr const char *kLightKinds[] = {"point", "distant", "area", "spot", "linear"}; // by LightDescription::Kind
+// By LightDescription::Kind.
+constexpr const char *kLightKinds[] = {"point", "distant", "area", "spot", "linear", "dome"};
 
 const char *nameOfLight(LightDescription::Kind kind) { return kLightKinds[static_cast<std::size_t>(kind)]; }
 

@@ -1,6 +1,7 @@
 // Images that scenes and nodes read: stored as floats, and looked up from render threads.
 #pragma once
 
+#include "host/base/error.h"
 #include "host/base/workflow.h"
 #include "module/host.h"
 
@@ -8,6 +9,7 @@
 #include <memory>
 #include <memory_resource>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -110,6 +112,10 @@ class ImageList {
     std::string lastError_;
     Workflow workflow_ = Workflow::linear;
 };
+
+// The image of this name in ImageList::instance(); null for one that the list knows to be absent. InputError, at
+// `location`, for any other name, with the nearest one; `what` is "the backdrop's image" and so on, for the message.
+const HostImage *imageNamed(const std::string &name, std::string_view what, const SourceLocation &location);
 
 // The table of "LW Image List 5" for ImageList::instance(). A saved reference is two strings, the name of the image and
 // its file, both empty for the null image. Loading a reference finds the image by name and file, else by file, else

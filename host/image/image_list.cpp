@@ -2,13 +2,14 @@
 #include "host/image/image.h"
 
 #include "host/base/colour.h"
-
 #include "host/base/error.h"
+#include "host/base/names.h"
 
 #include <algorithm>
 #include <cmath>
 #include <exception>
 #include <filesystem>
+#include <fmt/format.h>
 
 namespace velm::host {
 
@@ -64,6 +65,15 @@ void ImageList::relink() {
         following = image->get();
     }
     first_ = following;
+}
+
+const HostImage *imageNamed(const std::string &name, std::string_view what, const SourceLocation &location) {
+    const ImageList &list = ImageList::instance();
+    const HostImage *image = list.find(name);
+    if (image || list.isAbsent(name)) return image;
+    const std::string near = nearest(name, list.names());
+    throw InputError(location, fmt::format("{} {} is not in the scene{}", what, inQuotes(name),
+                                           near.empty() ? "" : fmt::format("; did you mean {}?", inQuotes(near))));
 }
 
 namespace {

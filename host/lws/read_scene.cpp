@@ -194,6 +194,7 @@ class Reader {
         if (server == "SpotLight") return Light::Kind::spot;
         if (server == "AreaLight") return Light::Kind::area;
         if (server == "LinearLight") return Light::Kind::linear;
+        if (server == "DomeLight") return Light::Kind::dome;
         const bool isPoint = server == "SphericalLight" || server == "PhotometricLight";
         return isPoint ? Light::Kind::otherPoint : Light::Kind::none;
     }

@@ -59,14 +59,14 @@ struct Object : Item {
 
 struct Light : Item {
     // otherPoint: spherical or photometric. none: of a kind that is not rendered.
-    enum class Kind { distant, point, spot, linear, area, otherPoint, none } kind = Kind::distant;
+    enum class Kind { distant, point, spot, linear, area, dome, otherPoint, none } kind = Kind::distant;
     enum class Shadows { none, traced, mapped } shadows = Shadows::traced;
     enum class Falloff { none, linear, inverseDistance, inverseSquare } falloff = Falloff::none;
     std::array<Value, 3> colour{{{.constant = 1}, {.constant = 1}, {.constant = 1}}};
     Value intensity{.constant = 1};
     Value range{.constant = 1};
     Value cone{.constant = 30}, edge{.constant = 5}; // half the full angle; the width of the soft edge inside it
-    std::optional<int> quality;                      // of area and linear lights
+    std::optional<int> quality;                      // of area, linear and dome lights
 };
 
 struct Camera : Item {

@@ -176,7 +176,7 @@ void replaceLights(std::vector<LightDescription> lights, SceneDescription &scene
         if (!isReferredTo(scene, light.name)) continue;
         NullDescription &stays = scene.nulls.emplace_back();
         static_cast<ItemDescription &>(stays) = light;
-        stays.hasTarget = light.hasTarget && light.kind != LightDescription::Kind::point;
+        stays.hasTarget = light.hasTarget && light.isAimed();
     }
     scene.lights.clear();
     for (LightDescription &light : lights) {

@@ -71,6 +71,7 @@ LightDescription::Kind kindOf(lws::Light::Kind kind) {
     case lws::Light::Kind::spot: return LightDescription::Kind::spot;
     case lws::Light::Kind::area: return LightDescription::Kind::area;
     case lws::Light::Kind::linear: return LightDescription::Kind::linear;
+    case lws::Light::Kind::dome: return LightDescription::Kind::dome;
     default: return LightDescription::Kind::distant;
     }
 }
@@ -139,6 +140,7 @@ void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescript
     constexpr double kUnitLine = 2; // the length of a linear light with a scale of 1, in metres
     to.kind = kindOf(from.kind);
     if (to.kind == LightDescription::Kind::linear) to.length = kUnitLine;
+    to.hemisphere = to.kind == LightDescription::Kind::dome;
     to.falloff = falloffOf(from.falloff);
     to.shadows = hasShadows(from, scene);
     if (from.quality) {
@@ -150,7 +152,7 @@ void convertLight(const lws::Light &from, const lws::Scene &scene, LightDescript
         setValue(to, Channel::intensity, 0, from.intensity, to.intensity, 0);
     else
         to.intensity = 0;
-    const bool hasRange = to.kind != LightDescription::Kind::distant;
+    const bool hasRange = to.kind != LightDescription::Kind::distant && to.kind != LightDescription::Kind::dome;
     if (hasRange) setValue(to, Channel::range, 0, from.range, to.range, kLeastRange);
     if (to.kind != LightDescription::Kind::spot) return;
     setValue(to, Channel::cone, 0, from.cone, to.cone, kLeastCone, kMostCone);

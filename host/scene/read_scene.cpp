@@ -32,6 +32,8 @@ void checkNames(const SceneDescription &scene) {
         requireNamed(scene.cameras, scene.render.camera, "camera", scene.render.cameraLocation);
     if (scene.backdrop.kind == BackdropDescription::Kind::image)
         requireNamed(scene.images, scene.backdrop.image, "image", scene.backdrop.location);
+    for (const LightDescription &light : scene.lights)
+        if (!light.image.empty()) requireNamed(scene.images, light.image, "image", light.location);
     for (const ObjectDescription &object : scene.objects)
         for (const SurfaceUse &use : object.surfaces)
             requireNamed(scene.surfaces, use.surface, "surface", use.location);

@@ -1,10 +1,7 @@
 #include "host/services/backdrop.h"
 
 #include "host/base/direction.h"
-#include "host/base/names.h"
 #include "host/image/image.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
@@ -30,13 +27,7 @@ Backdrop::Backdrop(const BackdropDescription &description) : description_(descri
     if (!(description.skySqueeze > 0) || !(description.groundSqueeze > 0))
         throw InputError(description.location, "a backdrop's sky squeeze and ground squeeze have to be above 0");
     if (description.kind != BackdropDescription::Kind::image) return;
-    image_ = ImageList::instance().find(description.image);
-    if (!image_ && !ImageList::instance().isAbsent(description.image)) {
-        const std::string near = nearest(description.image, ImageList::instance().names());
-        throw InputError(description.location,
-                         fmt::format("the backdrop's image {} is not in the scene{}", inQuotes(description.image),
-                                     near.empty() ? "" : fmt::format("; did you mean {}?", inQuotes(near))));
-    }
+    image_ = imageNamed(description.image, "the backdrop's image", description.location);
 }
 
 Backdrop::Type Backdrop::type() const {

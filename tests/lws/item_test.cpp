@@ -194,9 +194,10 @@ TEST(LwsItems, ThePluginOfALightIsItsKind) {
     EXPECT_EQ(kindOf("AreaLight"), Light::Kind::area);
     EXPECT_EQ(kindOf("LinearLight"), Light::Kind::linear);
     EXPECT_EQ(kindOf("SphericalLight"), Light::Kind::otherPoint);
-    EXPECT_EQ(kindOf("DomeLight"), Light::Kind::none);
+    EXPECT_EQ(kindOf("DomeLight"), Light::Kind::dome);
+    EXPECT_EQ(kindOf("LavaLight"), Light::Kind::none);
     const lws::Scene scene =
-        readLws(5, "AddLight 20000000\nPlugin LightHandler 1 DomeLight\n}\nLightType 1\nEndPlugin\n"
+        readLws(5, "AddLight 20000000\nPlugin LightHandler 1 LavaLight\n}\nLightType 1\nEndPlugin\n"
                    "AddLight 20000001\nPlugin LightHandler 1 SphericalLight\nEndPlugin\nLensFlare 1\nAffectSpecular 0\n"
                    "ShadowColor 0 0 1\nVolumetricLighting 1\nLightProjectionImage a.png\n");
     EXPECT_EQ(lossesOf(scene),

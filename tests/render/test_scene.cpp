@@ -117,6 +117,11 @@ TestScene litBall() {
     area.intensity = 10;
     area.samples = 4;
     scene.description.lights.push_back(area);
+    LightDescription dome;
+    dome.kind = LightDescription::Kind::dome;
+    dome.intensity = 0.2;
+    dome.samples = 2;
+    scene.description.lights.push_back(dome);
     return scene;
 }
 

@@ -226,9 +226,10 @@ TEST_F(LwsSceneTest, LightsKeepTheirKindsAndRanges) {
     const SceneDescription scene = read(
         "AddLight 20000000\nLightColor 1 -1 0.5\nAddLight 20000001\nLightType 2\nLightFalloffType 1\nLightRange 0\n"
         "LightConeAngle 30\nLightEdgeAngle 5\nAddLight 20000002\nLightType 4\nLightQuality 3\nItemActive 0\n"
-        "AddLight 20000003\nPlugin LightHandler 1 DomeLight\nEndPlugin\nAddLight 20000004\nLightType 1\n"
-        "LightIntensity -1\nAddLight 20000005\nLightType 3\nLightQuality 2\n");
-    ASSERT_EQ(scene.lights.size(), 5u);
+        "AddLight 20000003\nPlugin LightHandler 1 LavaLight\nEndPlugin\nAddLight 20000004\nLightType 1\n"
+        "LightIntensity -1\nAddLight 20000005\nLightType 3\nLightQuality 2\n"
+        "AddLight 20000006\nPlugin LightHandler 1 DomeLight\nEndPlugin\n");
+    ASSERT_EQ(scene.lights.size(), 6u);
     EXPECT_EQ(scene.lights[0].kind, LightDescription::Kind::distant);
     EXPECT_EQ(scene.lights[0].colour, (Double3{1, 0, 0.5}));
     EXPECT_EQ(scene.lights[1].kind, LightDescription::Kind::spot);
@@ -244,7 +245,9 @@ TEST_F(LwsSceneTest, LightsKeepTheirKindsAndRanges) {
     EXPECT_EQ(scene.lights[4].kind, LightDescription::Kind::linear);
     EXPECT_EQ(scene.lights[4].length, 2);
     EXPECT_EQ(scene.lights[4].samples, 4);
-    EXPECT_EQ(scene.nulls.size(), 1u) << "the dome, to which others may be attached";
+    EXPECT_EQ(scene.lights[5].kind, LightDescription::Kind::dome);
+    EXPECT_TRUE(scene.lights[5].hemisphere);
+    EXPECT_EQ(scene.nulls.size(), 1u) << "the unknown light, to which others may be attached";
     EXPECT_EQ(warnings_.size(), 2u);
 }
 

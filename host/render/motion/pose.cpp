@@ -24,8 +24,7 @@ class Poser {
     Poser(const SceneDescription &scene, double time) : tree_(scene) {
         for (const ItemTree::Entry &entry : tree_.entries()) places_.push_back(placeAt(*entry.item, time));
         for (std::size_t i = 0; i < scene.lights.size(); ++i)
-            if (scene.lights[i].kind == LightDescription::Kind::point)
-                places_[tree_.firstLight() + i].hasTarget = false;
+            if (!scene.lights[i].isAimed()) places_[tree_.firstLight() + i].hasTarget = false;
         worlds_.resize(places_.size());
         moves_.resize(places_.size());
         for (const std::size_t number : tree_.order()) {

@@ -3,6 +3,8 @@
 #include "host/base/error.h"
 #include "host/base/names.h"
 #include "host/graph/surface.h"
+#include "host/image/image.h"
+#include "host/render/scene/panorama.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -23,6 +25,7 @@ class SurfaceBuilder {
 
     void build() {
         data_.backdrop = Backdrop(scene_.backdrop);
+        for (std::size_t i = 0; i < data_.lights.size(); ++i) fillDome(scene_.lights[i], data_.lights[i].light);
         data_.fog = Fog(scene_.fog);
         data_.ambient = scene_.render.ambientIntensity * Vec3(scene_.render.ambientColour);
         for (std::size_t i = 0; i < data_.objects.size(); ++i) coverObject(scene_.objects[i], data_.objects[i]);
@@ -32,6 +35,20 @@ class SurfaceBuilder {
     }
 
   private:
+    void fillDome(const LightDescription &description, Light &light) const {
+        if (description.image.empty()) return;
+        const HostImage *image = imageNamed(description.image, "the light's image", description.location);
+        if (image) light.setPanorama(panoramaOf(*image, description.hemisphere));
+    }
+
+    // Making a panorama takes time, so that of the former contents is kept.
+    std::shared_ptr<const Panorama> panoramaOf(const HostImage &image, bool upperHalf) const {
+        for (const RenderLight &each : former_.lights)
+            if (const auto &panorama = each.light.panorama(); panorama && panorama->isOf(image, upperHalf))
+                return panorama;
+        return std::make_shared<const Panorama>(image, upperHalf);
+    }
+
     void coverObject(const ObjectDescription &description, RenderObject &object) {
         location_ = description.location;
         try {

@@ -6,14 +6,29 @@
 
 #include <algorithm>
 #include <limits>
+#include <numbers>
 
 namespace velm::host {
 namespace {
 
-// A point light has no direction, and so no target.
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// Two unit vectors that are perpendicular to a unit vector and to each other (Duff et al., "Building an Orthonormal
+// Basis, Revisited", 2017).
+struct PlaneAxes {
+    Vec3 first, second;
+};
+
+PlaneAxes axesAcross(const Vec3 &unit) {
+    const double sign = std::copysign(1.0, unit.z), a = -1 / (sign + unit.z), b = unit.x * unit.y * a;
+    return {.first = {1 + sign * unit.x * unit.x * a, sign * b, -sign * unit.x},
+            .second = {b, sign + unit.y * unit.y * a, -unit.y}};
+}
+
+// A light without a direction has no target.
 Transform ownTransform(const LightDescription &description) {
-    return description.kind == LightDescription::Kind::point ? Transform(description)
-                                                             : transformOf(description, "light");
+    return description.isAimed() ? transformOf(description, "light")
+                                 : Transform(description, rotationMatrix(description.rotation));
 }
 
 Vec3 axisOf(const LightDescription &description, const Matrix &toWorld) {
@@ -28,17 +43,34 @@ Light::Light(const LightDescription &description, const Transform &transform)
     : kind_(description.kind), falloff_(description.falloff), position_(transform.position),
       axis_(axisOf(description, transform.toWorld)), colour_(description.intensity * Vec3(description.colour)),
       range_(std::max(0.0, description.range)), cone_(std::min(description.cone, 180.0) * kRadiansPerDegree),
-      innerCone_(std::max(0.0, cone_ - description.edge * kRadiansPerDegree)), shadows_(description.shadows) {
+      innerCone_(std::max(0.0, cone_ - description.edge * kRadiansPerDegree)), shadows_(description.shadows),
+      hasImage_(!description.image.empty()), isHemisphere_(description.hemisphere) {
     const auto fail = [&](const char *why) {
         throw InputError(description.location, "the light \"" + description.name + "\" " + why);
     };
-    const bool isArea = kind_ == LightDescription::Kind::area;
-    if (!isArea && kind_ != LightDescription::Kind::linear) return;
-    const double width = isArea ? description.width : description.length, height = isArea ? description.height : 0;
-    if (!(width >= 0) || !(height >= 0)) fail("has a negative size");
+    const Vec3 right = transform.toWorld * Vec3{1, 0, 0}, up = transform.toWorld * Vec3{0, 1, 0};
+    switch (kind_) {
+    case LightDescription::Kind::point:
+    case LightDescription::Kind::distant:
+    case LightDescription::Kind::spot: return;
+    case LightDescription::Kind::area:
+        if (!(description.width >= 0) || !(description.height >= 0)) fail("has a negative size");
+        right_ = description.width * right;
+        up_ = description.height * up;
+        break;
+    case LightDescription::Kind::linear:
+        if (!(description.length >= 0)) fail("has a negative size");
+        right_ = description.length * right;
+        break;
+    case LightDescription::Kind::dome: {
+        const Matrix rotation = withoutScale(transform.toWorld);
+        right_ = rotation * Vec3{1, 0, 0};
+        up_ = rotation * Vec3{0, 1, 0};
+        axis_ = rotation * Vec3{0, 0, 1};
+        break;
+    }
+    }
     if (description.samples < 1) fail("has to have at least 1 sample");
-    right_ = width * (transform.toWorld * Vec3{1, 0, 0});
-    up_ = height * (transform.toWorld * Vec3{0, 1, 0});
     samples_ = description.samples;
 }
 
@@ -71,14 +103,43 @@ double Light::directionFactor(const Vec3 &toLight) const {
     case LightDescription::Kind::linear: return length(cross(axis_, toLight));
     case LightDescription::Kind::spot: return coneFactor(toLight);
     case LightDescription::Kind::point:
-    case LightDescription::Kind::distant: break;
+    case LightDescription::Kind::distant:
+    case LightDescription::Kind::dome: break;
     }
     return 1;
 }
 
-bool Light::sample(const Vec3 &location, const UnitSquare &point, LightSample &result) const {
+bool Light::sampleImage(const UnitSquare &point, LightSample &result) const {
+    Panorama::Sample sample;
+    if (!panorama_ || !panorama_->sample(point, sample)) return false;
+    const Vec3 &way = sample.direction;
+    result = {.toLight = way.x * right_ + way.y * up_ + way.z * axis_,
+              .distance = kInfinity,
+              .colour = sample.colour * colour_};
+    return true;
+}
+
+// A direction of the sphere, or of its half about `normal` or about the dome's own axis, all with the same density.
+bool Light::sampleSky(const Vec3 *normal, const UnitSquare &point, LightSample &result) const {
+    const Vec3 &pole = normal ? *normal : up_;
+    const bool isHalf = normal || isHemisphere_;
+    const double height = isHalf ? 1 - point.x : 1 - 2 * point.x;
+    const double radius = std::sqrt(std::max(0.0, 1 - height * height)), angle = 2 * std::numbers::pi * point.y;
+    const PlaneAxes across = axesAcross(pole);
+    const Vec3 toLight =
+        radius * std::cos(angle) * across.first + radius * std::sin(angle) * across.second + height * pole;
+    if (isHemisphere_ && !(dot(toLight, up_) > 0)) return false;
+    // A facing white surface reflects 1 / pi of the radiance from each unit of solid angle.
+    const double factor = isHalf ? 2 : 4;
+    result = {.toLight = toLight, .distance = kInfinity, .colour = factor * colour_};
+    return true;
+}
+
+bool Light::sample(const Vec3 &location, const Vec3 *normal, const UnitSquare &point, LightSample &result) const {
+    if (kind_ == LightDescription::Kind::dome)
+        return hasImage_ ? sampleImage(point, result) : sampleSky(normal, point, result);
     if (kind_ == LightDescription::Kind::distant) {
-        result = {.toLight = -axis_, .distance = std::numeric_limits<double>::infinity(), .colour = colour_};
+        result = {.toLight = -axis_, .distance = kInfinity, .colour = colour_};
         return true;
     }
     const Vec3 source = position_ + (point.x - 0.5) * right_ + (point.y - 0.5) * up_;

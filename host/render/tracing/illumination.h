@@ -14,7 +14,7 @@ void gatherLight(RayState &state, const Light &light, const Vec3 &position, cons
     const std::uint32_t set = combine(state.seed, state.drawnSets++);
     for (int i = 0; i < wanted; ++i) {
         LightSample sample;
-        if (!light.sample(position, stratifiedPoint(static_cast<std::uint32_t>(i), set), sample)) continue;
+        if (!light.sample(position, normal, stratifiedPoint(static_cast<std::uint32_t>(i), set), sample)) continue;
         if (normal && !(dot(*normal, sample.toLight) > 0)) continue;
         double weight = 1.0 / wanted;
         if (light.castsShadows())

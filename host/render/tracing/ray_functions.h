@@ -13,7 +13,8 @@
 //   - A sample that was reached by a ray with kRaySampled passes that flag on to the rays traced from it.
 //   - Illuminate yields the direction from the light to the position, and the light's colour there with falloff and
 //     shadows, and returns 1. It returns 0, with a black colour and a zero direction, where no light can arrive. With a
-//     sampler, it takes one sample of an area light instead of all; the sampler itself is not used.
+//     sampler, it takes one sample of an area, linear or dome light instead of all; the sampler itself is not used.
+//     The direction is the mean of those from which samples arrive.
 #pragma once
 
 #include "module/host.h"

@@ -67,6 +67,9 @@ class AbsentImages {
         const ImageDescription *backdrop =
             scene.backdrop.kind == BackdropDescription::Kind::image ? find(scene.backdrop.image) : nullptr;
         if (backdrop) warnOfUse(*backdrop, scene.backdrop.location, "backdrop.image", "the backdrop stays black");
+        for (const LightDescription &light : scene.lights)
+            if (const ImageDescription *image = find(light.image))
+                warnOfUse(*image, light.location, pathTo(pathTo("lights", light.name), "image"), "the dome stays dark");
     }
 
     // True when the setting chooses an absent image; adds a warning then.

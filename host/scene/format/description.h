@@ -197,9 +197,9 @@ struct ObjectDescription : ItemDescription {
 };
 
 // A light shines along its +Z. An area light is a rectangle in the light's XY plane, and a linear light a part of its X
-// axis; the scale changes their sizes.
+// axis; the scale changes their sizes. A dome surrounds the scene at an infinite distance.
 struct LightDescription : ItemDescription {
-    enum class Kind { point, distant, area, spot, linear } kind = Kind::distant;
+    enum class Kind { point, distant, area, spot, linear, dome } kind = Kind::distant;
     // The factor by which the light decreases with the distance d: 1, max(0, 1 - d / range), range / d, (range / d)^2.
     enum class Falloff { none, linear, inverseDistance, inverseSquare } falloff = Falloff::inverseSquare;
 
@@ -210,10 +210,17 @@ struct LightDescription : ItemDescription {
     double edge = 5;              // of a spot light: width of the soft edge inside the cone, degrees
     double width = 1, height = 1; // of an area light, metres
     double length = 1;            // of a linear light, metres
-    int samples = 16;             // shadow rays of an area or linear light
+    int samples = 16;             // shadow rays of an area, linear or dome light
+    // Of a dome: the image of the scene that is its light, times the colour. Its middle is at the light's +Z, its upper
+    // edge at the light's +Y. Empty: it shines evenly.
+    std::string image;
+    bool hemisphere = false; // a dome shines only from above its XZ plane
     bool shadows = true;
 
     LightDescription() { hasTarget = true; } // the origin
+
+    // Whether the light has a direction, and so may have a target.
+    bool isAimed() const { return kind != Kind::point && kind != Kind::dome; }
 
     bool operator==(const LightDescription &) const = default;
 };

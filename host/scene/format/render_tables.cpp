@@ -157,13 +157,14 @@ constexpr std::array kCameraFields{
 
 // ---- Lights ----
 
-constexpr const char *kLightKinds[] = {"point", "distant", "area", "spot", "linear"};
+constexpr const char *kLightKinds[] = {"point", "distant", "area", "spot", "linear", "dome"};
 constexpr unsigned kPoint = 1u << static_cast<unsigned>(LightDescription::Kind::point);
 constexpr unsigned kDistant = 1u << static_cast<unsigned>(LightDescription::Kind::distant);
 constexpr unsigned kArea = 1u << static_cast<unsigned>(LightDescription::Kind::area);
 constexpr unsigned kSpot = 1u << static_cast<unsigned>(LightDescription::Kind::spot);
 constexpr unsigned kLinear = 1u << static_cast<unsigned>(LightDescription::Kind::linear);
-static_assert(kPoint == 1 && kDistant == 2 && kArea == 4 && kSpot == 8 && kLinear == 16,
+constexpr unsigned kDome = 1u << static_cast<unsigned>(LightDescription::Kind::dome);
+static_assert(kPoint == 1 && kDistant == 2 && kArea == 4 && kSpot == 8 && kLinear == 16 && kDome == 32,
               "the texts of the kinds are in the order of the kinds");
 
 constexpr const char *kFalloffs[] = {"none", "linear", "inverseDistance", "inverseSquare"};
@@ -173,18 +174,19 @@ static_assert(static_cast<int>(LightDescription::Falloff::none) == 0 &&
               static_cast<int>(LightDescription::Falloff::inverseSquare) == 3);
 
 void finishLight(const ReadContext &context, const JsonValue &object, LightDescription &light) {
-    if (light.kind != LightDescription::Kind::point) checkAim(context, object, light, "light");
+    if (light.kind != LightDescription::Kind::dome && !object.find("position"))
+        failMissingKey(context, object, "a light", "position");
+    if (light.isAimed()) checkAim(context, object, light, "light");
 }
 
 constexpr ValueRule kColour = colourRule(), kAtLeast0 = atLeastRule(0), kPositive = positiveRule();
 constexpr ValueRule kConeRule{.kind = ValueRule::Kind::number, .minimum = 0, .maximum = 180, .exclusiveMinimum = true};
 
-// The file must say where a light is.
+// The file must say where a light is, unless it is a dome. That of a dome only moves its children.
 constexpr Field<LightDescription> kLightPosition{
     .key = "position",
-    .help = "Position of the light, in metres, relative to the parent.",
-    .target = keyed<LightDescription, Channel::position, &LightDescription::position, kVectorRule, true>,
-    .required = true};
+    .help = "Position of the light, in metres, relative to the parent. All lights but domes need one.",
+    .target = keyed<LightDescription, Channel::position, &LightDescription::position, kVectorRule, true>};
 
 constexpr Field<LightDescription> kLightTarget{
     .key = "target",
@@ -196,7 +198,7 @@ constexpr Field<LightDescription> kLightTarget{
 constexpr auto kLightKind = std::to_array<Field<LightDescription>>({
     {.key = "kind",
      .help = "A point light shines in all directions, a distant light has parallel rays, a spot light a cone. An area "
-             "light is a rectangle, a linear light a line; both have soft shadows.",
+             "light is a rectangle, a linear light a line; both have soft shadows. A dome surrounds the scene.",
      .rule = choiceRule(kLightKinds),
      .target = kindIn<&LightDescription::kind>,
      .required = true},
@@ -207,8 +209,8 @@ constexpr auto kLightValues = std::to_array<Field<LightDescription>>({
      .help = "Colour of the light.",
      .target = keyed<LightDescription, Channel::colour, &LightDescription::colour, kColour>},
     {.key = "intensity",
-     .help = "1 lights a white surface that faces the light fully: at any distance from a distant light, at the range "
-             "(one metre by default) from the others.",
+     .help = "1 lights a white surface that faces the light fully: at any distance from a distant light or a dome, at "
+             "the range (one metre by default) from the others.",
      .target = keyed<LightDescription, Channel::intensity, &LightDescription::intensity, kAtLeast0>},
     {.key = "falloff",
      .help = "How the light decreases with the distance d: not at all, to nothing at the range (1 - d / range), by "
@@ -243,7 +245,17 @@ constexpr auto kLightValues = std::to_array<Field<LightDescription>>({
      .help = "Shadow rays for each lit point.",
      .rule = integerRule(1, kMostSamples),
      .target = &LightDescription::samples,
-     .kinds = kArea | kLinear},
+     .kinds = kArea | kLinear | kDome},
+    {.key = "image",
+     .help = "Name of an image of the scene whose colours are the light: a panorama of 360 by 180 degrees.",
+     .rule = textRule(),
+     .target = &LightDescription::image,
+     .kinds = kDome},
+    {.key = "hemisphere",
+     .help = "Whether only the upper half of the dome shines.",
+     .rule = boolRule(),
+     .target = &LightDescription::hemisphere,
+     .kinds = kDome},
     {.key = "shadows",
      .help = "Whether objects cast shadows in this light.",
      .rule = boolRule(),
