@@ -58,6 +58,27 @@ TEST(Dissolve, ShadowsFadeAsAWhole) {
     }
 }
 
+// More objects than a ray remembers without taking memory: each fades what is behind it, and each casts a part of its
+// shadow.
+TEST(Dissolve, AnyNumberOfObjectsMixes) {
+    constexpr int kObjects = 40;
+    constexpr double kDissolve = 0.95;
+    TestScene scene;
+    scene.description.backdrop.colour = {1, 1, 1};
+    scene.surface("Black");
+    for (int i = 0; i < kObjects; ++i)
+        scene.object("Ball " + std::to_string(i), SphereShape{}, "Black", {0, 0, 0.01 * i}).dissolve = kDissolve;
+    const double light = std::pow(kDissolve, kObjects);
+    expectNear(scene.pixel(), {light, light, light}, kTolerance);
+    scene.surface("Wall", {{"Diffuse", 1}});
+    scene.object("Wall", BoxShape{.size = {9, 9, 1}}, "Wall", {0, 0, 5});
+    LightDescription &sun = scene.description.lights.emplace_back();
+    sun.position = {0, 0, -9};
+    for (ObjectDescription &object : scene.description.objects) object.seenByCamera = object.name == "Wall";
+    scene.update();
+    expectNear(scene.pixel(), {light, light, light}, kTolerance, "their shadows");
+}
+
 // A ray within the ball meets its other side as if the ball was not dissolved.
 TEST(Dissolve, ObjectsAreWholeForTheirOwnRays) {
     TestScene scene;

@@ -1,11 +1,11 @@
 #include "host/render/tracing/shade.h"
 
+#include "host/base/short_list.h"
 #include "host/graph/not_finite.h"
 #include "host/render/tracing/illumination.h"
 
 #include <algorithm>
 #include <limits>
-#include <vector>
 
 namespace velm::host {
 namespace {
@@ -136,7 +136,8 @@ SeenColour shadeRay(RayState &state, RTCScene scene, const HitRules &rules, RTCR
         return {.colour = colour};
     colour = (1 - dissolve) * colour;
     double through = dissolve;
-    std::vector<std::uint32_t> passed; // objects
+    ShortList<std::uint32_t, 16> objects;
+    auto &passed = objects.items;
     while (dissolve > 0) {
         passed.push_back(ray.hit.geomID);
         do {

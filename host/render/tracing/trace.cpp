@@ -1,10 +1,11 @@
 #include "host/render/tracing/trace.h"
 
+#include "host/base/short_list.h"
 #include "host/graph/surface.h"
 #include "host/render/tracing/hit.h"
 
 #include <algorithm>
-#include <vector>
+#include <optional>
 
 namespace velm::host {
 
@@ -56,15 +57,16 @@ bool anyHitStops(const RayState &state) {
 class DissolvedShadows {
   public:
     void pass(std::uint32_t object, double dissolve, double transparency) {
-        const auto found = std::ranges::find(shadows_, object, &Shadow::object);
-        if (found == shadows_.end())
-            shadows_.push_back({.object = object, .dissolve = dissolve, .transparency = transparency});
+        auto &shadows = shadows_.items;
+        const auto found = std::ranges::find(shadows, object, &Shadow::object);
+        if (found == shadows.end())
+            shadows.push_back({.object = object, .dissolve = dissolve, .transparency = transparency});
         else
             found->transparency *= transparency;
     }
     double transmittance() const {
         double through = 1;
-        for (const Shadow &each : shadows_) through *= each.dissolve + (1 - each.dissolve) * each.transparency;
+        for (const Shadow &each : shadows_.items) through *= each.dissolve + (1 - each.dissolve) * each.transparency;
         return through;
     }
 
@@ -73,7 +75,7 @@ class DissolvedShadows {
         std::uint32_t object;
         double dissolve, transparency;
     };
-    std::vector<Shadow> shadows_;
+    ShortList<Shadow, 8> shadows_;
 };
 
 } // namespace
@@ -92,19 +94,21 @@ double transmittance(RayState &state, RTCScene scene, const Vec3 &origin, const 
     }
     const float farthest = ray.ray.tfar;
     double through = 1;
-    DissolvedShadows dissolved;
+    std::optional<DissolvedShadows> dissolved;
     while (findHit(state, scene, ray, rules)) {
         const double transparency = state.allOpaque ? 0 : transparencyOf(state, ray, unit);
         const double dissolve = dissolveAt(state, ray);
         if (transparency < 1 && firstStop && *firstStop < 0) *firstStop = static_cast<double>(ray.ray.tfar);
-        if (dissolve > 0) [[unlikely]]
-            dissolved.pass(ray.hit.geomID, dissolve, transparency);
-        else
+        if (dissolve > 0) [[unlikely]] {
+            if (!dissolved) dissolved.emplace();
+            dissolved->pass(ray.hit.geomID, dissolve, transparency);
+        } else {
             through *= transparency;
+        }
         if (through <= 0) return 0;
         advance(ray, farthest);
     }
-    return through * dissolved.transmittance();
+    return dissolved ? through * dissolved->transmittance() : through;
 }
 
 } // namespace velm::host
