@@ -116,6 +116,10 @@ double Surface::evaluateTransparency(ShadingSample *sample) const {
     return transparency;
 }
 
+void Surface::evaluateColour(ShadingSample *sample, double colour[3]) const {
+    Root::read(*network_, kColour, sample, colour);
+}
+
 namespace {
 
 // Adds the surface's name to the errors of its network.

@@ -48,6 +48,8 @@ class Surface {
     SurfaceValues evaluate(ShadingSample *sample) const;
     // The transparency alone, for shadow rays. [render threads]
     double evaluateTransparency(ShadingSample *sample) const;
+    // The colour alone, likewise. [render threads]
+    void evaluateColour(ShadingSample *sample, double colour[3]) const;
 
     // As Network's functions; InputError with the names of surface and node. [between frames]
     void init(int mode);

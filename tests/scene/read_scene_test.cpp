@@ -56,7 +56,7 @@ TEST(ReadScene, ReadsCamerasAndLightsWithTheirLines) {
             "Sun": {"kind": "distant", "position": [1, 5, -2], "colour": [1, 1, 0.9], "intensity": 2},
             "Lamp": {"kind": "point", "position": [0, 3, 0], "shadows": false},
             "Window": {"kind": "area", "position": [0, 3, 0], "target": [0, 0, 1], "width": 2, "height": 0.5, "samples": 9},
-            "Tube": {"kind": "linear", "position": [0, 3, 0], "samples": 4, "falloff": "none",
+            "Tube": {"kind": "linear", "position": [0, 3, 0], "samples": 4, "colouredShadows": true,
                      "length": {"keys": [{"time": 0, "value": 1}, {"time": 1, "value": 2}]}}
         }
     })");
@@ -77,6 +77,7 @@ TEST(ReadScene, ReadsCamerasAndLightsWithTheirLines) {
     EXPECT_EQ(scene.lights[2].location.line, 9);
     EXPECT_EQ(scene.lights[3].kind, LightDescription::Kind::linear);
     EXPECT_EQ(scene.lights[3].samples, 4);
+    EXPECT_TRUE(scene.lights[3].colouredShadows);
     ASSERT_EQ(scene.lights[3].channels.size(), 1u);
     EXPECT_EQ(scene.lights[3].channels[0].channel, Channel::length);
     EXPECT_EQ(scene.lights[3].channels[0].keys.keys.at(1).value[0], 2);

@@ -44,7 +44,8 @@ Light::Light(const LightDescription &description, const Transform &transform)
       axis_(axisOf(description, transform.toWorld)), colour_(description.intensity * Vec3(description.colour)),
       range_(std::max(0.0, description.range)), cone_(std::min(description.cone, 180.0) * kRadiansPerDegree),
       innerCone_(std::max(0.0, cone_ - description.edge * kRadiansPerDegree)), shadows_(description.shadows),
-      hasImage_(!description.image.empty()), isHemisphere_(description.hemisphere) {
+      colouredShadows_(description.colouredShadows), hasImage_(!description.image.empty()),
+      isHemisphere_(description.hemisphere) {
     const auto fail = [&](const char *why) {
         throw InputError(description.location, "the light \"" + description.name + "\" " + why);
     };

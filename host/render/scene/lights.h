@@ -28,6 +28,7 @@ class Light {
     explicit Light(const LightDescription &description);
 
     bool castsShadows() const { return shadows_; }
+    bool castsColouredShadows() const { return colouredShadows_; }
     // Samples to take for each lit position: more than 1 for area, linear and dome lights only.
     int sampleCount() const { return samples_; }
 
@@ -63,7 +64,7 @@ class Light {
     double range_;            // metres
     double cone_, innerCone_; // angles from the axis at which the light ends and starts to decrease, in radians
     int samples_ = 1;
-    bool shadows_;
+    bool shadows_, colouredShadows_;
     bool hasImage_, isHemisphere_; // of a dome
     std::shared_ptr<const Panorama> panorama_;
 };

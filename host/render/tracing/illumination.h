@@ -12,14 +12,15 @@ namespace velm::host {
 template <typename Add>
 void gatherLight(RayState &state, const Light &light, const Vec3 &position, const Vec3 *normal, int wanted, Add add) {
     const std::uint32_t set = combine(state.seed, state.drawnSets++);
+    const ShadowFilter filter = light.castsColouredShadows() ? ShadowFilter::colour : ShadowFilter::grey;
     for (int i = 0; i < wanted; ++i) {
         LightSample sample;
         if (!light.sample(position, normal, stratifiedPoint(static_cast<std::uint32_t>(i), set), sample)) continue;
         if (normal && !(dot(*normal, sample.toLight) > 0)) continue;
-        double weight = 1.0 / wanted;
+        Vec3 through{1, 1, 1};
         if (light.castsShadows())
-            weight *= transmittance(state, state.shadowScene, position, sample.toLight, sample.distance, {}, nullptr);
-        add(sample.toLight, weight * sample.colour);
+            through = transmittance(state, state.shadowScene, position, sample.toLight, sample.distance, filter);
+        add(sample.toLight, (1.0 / wanted) * through * sample.colour);
     }
 }
 

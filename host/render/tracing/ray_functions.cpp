@@ -36,8 +36,7 @@ double opacityAlong(RayState &state, RTCScene scene, const double position[3], c
                     double colour[3], unsigned mode) {
     if (!hasDirection(Vec3(direction)) || !isFinite(Vec3(position))) return HOST_RAY_MISS;
     double firstStop;
-    const double through =
-        transmittance(state, scene, Vec3(position), Vec3(direction), INFINITY, rulesOf(mode), &firstStop);
+    const double through = transmittance(state, scene, Vec3(position), Vec3(direction), rulesOf(mode), firstStop);
     std::fill_n(colour, 3, 1 - through);
     return firstStop;
 }

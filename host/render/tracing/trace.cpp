@@ -29,9 +29,10 @@ float reach(double distance) {
     return static_cast<float>(distance * kJustShort);
 }
 
-double transparencyOf(RayState &state, const RTCRayHit &ray, const Vec3 &direction) {
+// What a hit lets pass, by component, if its object is not dissolved.
+Vec3 passedBy(RayState &state, const RTCRayHit &ray, const Vec3 &direction, ShadowFilter filter) {
     // Surfaces may trace shadows themselves; beyond the recursion limit everything counts as opaque.
-    if (state.origin.depth > state.recursionDepth) return 0;
+    if (state.origin.depth > state.recursionDepth) return {};
     ShadingSample sample;
     RayOrigin origin;
     fillSample(state, ray,
@@ -40,8 +41,13 @@ double transparencyOf(RayState &state, const RTCRayHit &ray, const Vec3 &directi
                 .flags = kRayShadow | (state.origin.sampled ? kRaySampled : 0)},
                sample, origin);
     const RayOriginScope scope(state, origin);
-    const double value = state.scene->surfaceOf(ray.hit.geomID, ray.hit.primID).surface->evaluateTransparency(&sample);
-    return value > 0 ? std::min(value, 1.0) : 0; // NaN is opaque
+    const Surface &surface = *state.scene->surfaceOf(ray.hit.geomID, ray.hit.primID).surface;
+    const auto fraction = [](double value) { return value > 0 ? std::min(value, 1.0) : 0; }; // NaN is opaque
+    const double through = fraction(surface.evaluateTransparency(&sample));
+    if (filter == ShadowFilter::grey || through == 0) return {through, through, through};
+    double colour[3];
+    surface.evaluateColour(&sample, colour);
+    return through * Vec3{fraction(colour[0]), fraction(colour[1]), fraction(colour[2])};
 }
 
 // Whether any hit stops a shadow ray, so that Embree's faster occlusion test suffices. That test cannot skip the
@@ -56,59 +62,75 @@ bool anyHitStops(const RayState &state) {
 // polygons.
 class DissolvedShadows {
   public:
-    void pass(std::uint32_t object, double dissolve, double transparency) {
+    void pass(std::uint32_t object, double dissolve, const Vec3 &passed) {
         auto &shadows = shadows_.items;
         const auto found = std::ranges::find(shadows, object, &Shadow::object);
         if (found == shadows.end())
-            shadows.push_back({.object = object, .dissolve = dissolve, .transparency = transparency});
+            shadows.push_back({.object = object, .dissolve = dissolve, .passed = passed});
         else
-            found->transparency *= transparency;
+            found->passed = found->passed * passed;
     }
-    double transmittance() const {
-        double through = 1;
-        for (const Shadow &each : shadows_.items) through *= each.dissolve + (1 - each.dissolve) * each.transparency;
+    Vec3 transmittance() const {
+        Vec3 through{1, 1, 1};
+        for (const auto &[object, dissolve, passed] : shadows_.items)
+            through = through * (Vec3{dissolve, dissolve, dissolve} + (1 - dissolve) * passed);
         return through;
     }
 
   private:
     struct Shadow {
         std::uint32_t object;
-        double dissolve, transparency;
+        double dissolve;
+        Vec3 passed;
     };
     ShortList<Shadow, 8> shadows_;
 };
 
-} // namespace
-
-double transmittance(RayState &state, RTCScene scene, const Vec3 &origin, const Vec3 &direction, double distance,
-                     const HitRules &rules, double *firstStop) {
-    if (firstStop) *firstStop = HOST_RAY_MISS;
-    RTCRayHit ray;
-    Vec3 unit;
-    if (!spawnRay(state.origin, origin, direction, ray, unit)) return 1;
-    ray.ray.tfar = reach(distance);
-    ++state.counts.shadow;
-    if (!firstStop && anyHitStops(state)) {
-        rtcOccluded1(scene, &state.context, &ray.ray);
-        return ray.ray.tfar < 0 ? 0 : 1; // how Embree marks a hit
-    }
+// Follows a ray to the distance that is its length. `firstStop` may be null.
+Vec3 transmittanceAlong(RayState &state, RTCScene scene, RTCRayHit &ray, const Vec3 &unit, const HitRules &rules,
+                        ShadowFilter filter, double *firstStop) {
     const float farthest = ray.ray.tfar;
-    double through = 1;
+    Vec3 through{1, 1, 1};
     std::optional<DissolvedShadows> dissolved;
     while (findHit(state, scene, ray, rules)) {
-        const double transparency = state.allOpaque ? 0 : transparencyOf(state, ray, unit);
+        const Vec3 passed = state.allOpaque ? Vec3{} : passedBy(state, ray, unit, filter);
         const double dissolve = dissolveAt(state, ray);
-        if (transparency < 1 && firstStop && *firstStop < 0) *firstStop = static_cast<double>(ray.ray.tfar);
+        if (firstStop && *firstStop < 0 && passed.x < 1) *firstStop = static_cast<double>(ray.ray.tfar);
         if (dissolve > 0) [[unlikely]] {
             if (!dissolved) dissolved.emplace();
-            dissolved->pass(ray.hit.geomID, dissolve, transparency);
+            dissolved->pass(ray.hit.geomID, dissolve, passed);
         } else {
-            through *= transparency;
+            through = through * passed;
         }
-        if (through <= 0) return 0;
+        if (through == Vec3{}) return {};
         advance(ray, farthest);
     }
     return dissolved ? through * dissolved->transmittance() : through;
+}
+
+} // namespace
+
+Vec3 transmittance(RayState &state, RTCScene scene, const Vec3 &origin, const Vec3 &direction, double distance,
+                   ShadowFilter filter) {
+    RTCRayHit ray;
+    Vec3 unit;
+    if (!spawnRay(state.origin, origin, direction, ray, unit)) return {1, 1, 1};
+    ray.ray.tfar = reach(distance);
+    ++state.counts.shadow;
+    if (!anyHitStops(state)) return transmittanceAlong(state, scene, ray, unit, {}, filter, nullptr);
+    rtcOccluded1(scene, &state.context, &ray.ray);
+    const double through = ray.ray.tfar < 0 ? 0 : 1; // how Embree marks a hit
+    return {through, through, through};
+}
+
+double transmittance(RayState &state, RTCScene scene, const Vec3 &origin, const Vec3 &direction, const HitRules &rules,
+                     double &firstStop) {
+    firstStop = HOST_RAY_MISS;
+    RTCRayHit ray;
+    Vec3 unit;
+    if (!spawnRay(state.origin, origin, direction, ray, unit)) return 1;
+    ++state.counts.shadow;
+    return transmittanceAlong(state, scene, ray, unit, rules, ShadowFilter::grey, &firstStop).x;
 }
 
 } // namespace velm::host

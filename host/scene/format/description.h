@@ -216,6 +216,7 @@ struct LightDescription : ItemDescription {
     std::string image;
     bool hemisphere = false; // a dome shines only from above its XZ plane
     bool shadows = true;
+    bool colouredShadows = false; // transparent surfaces give the light that they let pass their colour
 
     LightDescription() { hasTarget = true; } // the origin
 

@@ -260,6 +260,10 @@ constexpr auto kLightValues = std::to_array<Field<LightDescription>>({
      .help = "Whether objects cast shadows in this light.",
      .rule = boolRule(),
      .target = &LightDescription::shadows},
+    {.key = "colouredShadows",
+     .help = "Whether transparent surfaces give the light that passes through them their colour.",
+     .rule = boolRule(),
+     .target = &LightDescription::colouredShadows},
 });
 
 constexpr auto kLightFields =
