@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <numeric>
 #include <stdexcept>
+#include <string>
+#include <thread>
 #include <vector>
 
 namespace velm::host::test {
@@ -20,6 +23,22 @@ TEST(ThreadedRanges, CoverEveryIndexOnce) {
         });
         EXPECT_EQ(visits, std::vector<int>(count, 1));
         EXPECT_EQ(std::accumulate(sizes.begin(), sizes.end(), std::size_t{0}), count);
+    }
+}
+
+// Whichever of several exceptions is thrown first, so that the same file gives the same error each time.
+TEST(ThreadedTasks, PassTheExceptionOfTheLowestNumberOn) {
+    for (int round = 0; round < 50; ++round) {
+        const auto work = [](std::size_t task) {
+            if (task == 2) std::this_thread::sleep_for(std::chrono::microseconds(100));
+            if (task >= 2) throw std::runtime_error(std::to_string(task));
+        };
+        try {
+            forTasks(8, work);
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const std::runtime_error &error) {
+            EXPECT_STREQ(error.what(), "2");
+        }
     }
 }
 

@@ -10,32 +10,39 @@
 
 namespace velm::host {
 
-void forRanges(std::size_t count,
-               const std::function<void(std::size_t range, std::size_t begin, std::size_t end)> &work) {
-    const std::size_t ranges = rangeCount(count);
+void forTasks(std::size_t count, const std::function<void(std::size_t task)> &work) {
     std::atomic<std::size_t> next = 0;
     std::exception_ptr failure;
+    std::size_t failed = count; // the task whose exception that is
     std::mutex failureLock;
-    const auto takeRanges = [&] {
-        try {
-            for (std::size_t range = next++; range < ranges; range = next++)
-                work(range, range * kRangeSize, std::min(count, (range + 1) * kRangeSize));
-        } catch (...) {
-            next = ranges;
-            const std::lock_guard lock(failureLock);
-            if (!failure) failure = std::current_exception();
+    const auto takeTasks = [&] {
+        for (std::size_t task = next++; task < count; task = next++) {
+            try {
+                work(task);
+            } catch (...) {
+                next = count;
+                const std::lock_guard lock(failureLock);
+                if (task < failed) failure = std::current_exception();
+                failed = std::min(failed, task);
+            }
         }
     };
-    const std::size_t threads = std::min<std::size_t>(std::max(1u, std::thread::hardware_concurrency()), ranges);
+    const std::size_t threads = std::min<std::size_t>(std::max(1u, std::thread::hardware_concurrency()), count);
     {
         std::vector<std::jthread> others;
         try {
-            while (others.size() + 1 < threads) others.emplace_back(takeRanges);
+            while (others.size() + 1 < threads) others.emplace_back(takeTasks);
         } catch (const std::system_error &) { // no more threads can be started: these do the work
         }
-        takeRanges();
+        takeTasks();
     }
     if (failure) std::rethrow_exception(failure);
+}
+
+void forRanges(std::size_t count,
+               const std::function<void(std::size_t range, std::size_t begin, std::size_t end)> &work) {
+    forTasks(rangeCount(count),
+             [&](std::size_t range) { work(range, range * kRangeSize, std::min(count, (range + 1) * kRangeSize)); });
 }
 
 } // namespace velm::host
