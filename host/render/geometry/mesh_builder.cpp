@@ -137,12 +137,13 @@ std::vector<std::uint32_t> MeshBuilder::mergeVertices() {
 }
 
 std::uint16_t MeshBuilder::addMaterial(const std::string &name) {
-    for (std::size_t i = 0; i < mesh_.materials.size(); ++i)
-        if (mesh_.materials[i] == name) return static_cast<std::uint16_t>(i);
+    if (const auto found = materialNumbers_.find(name); found != materialNumbers_.end()) return found->second;
     if (mesh_.materials.size() > std::numeric_limits<std::uint16_t>::max())
         throw InputError("a mesh of more than 65536 materials");
+    const auto number = static_cast<std::uint16_t>(mesh_.materials.size());
     mesh_.materials.push_back(name);
-    return static_cast<std::uint16_t>(mesh_.materials.size() - 1);
+    materialNumbers_.emplace(name, number);
+    return number;
 }
 
 void MeshBuilder::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint16_t material) {
@@ -179,13 +180,12 @@ void MeshBuilder::addPolygon(const std::vector<std::uint32_t> &corners, std::uin
     if (corners.size() == 3) {
         addTriangle(corners[0], corners[1], corners[2], material);
     } else {
-        std::vector<Vec3> positions;
-        positions.reserve(corners.size());
+        positions_.clear();
         for (const std::uint32_t corner : corners) {
             const float *p = mesh_.points[corner].position;
-            positions.emplace_back(p[0], p[1], p[2]);
+            positions_.emplace_back(p[0], p[1], p[2]);
         }
-        triangulate(positions, cut_);
+        triangulate(positions_, cut_);
         for (const auto &[a, b, c] : cut_) addTriangle(corners[a], corners[b], corners[c], material);
     }
     ++mesh_.polygonCount;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory_resource>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace velm::host {
@@ -66,7 +67,9 @@ class MeshBuilder {
     bool hasNormals_;
     bool storesPolygons_ = false, storesMaterials_ = false; // whether numberTriangle has to store these numbers
     VertexTable table_;
-    std::vector<std::array<std::uint32_t, 3>> cut_; // the triangles of the polygon being added
+    std::unordered_map<std::string, std::uint16_t> materialNumbers_; // by name
+    std::vector<Vec3> positions_;                                    // the corners of the polygon being added
+    std::vector<std::array<std::uint32_t, 3>> cut_;                  // its triangles
 };
 
 // Frees what the buffers of a mesh hold beyond its elements, where that is much, and pads its points.

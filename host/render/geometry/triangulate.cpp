@@ -2,6 +2,7 @@
 #include "host/render/geometry/mesh_builder.h"
 
 #include <numeric>
+#include <span>
 
 namespace velm::host {
 namespace {
@@ -20,7 +21,7 @@ bool contains(const Point2 &a, const Point2 &b, const Point2 &c, const Point2 &p
 }
 
 // Newell's normal, which also holds for polygons that are concave or not quite flat.
-Vec3 newellNormal(const std::vector<Vec3> &points) {
+Vec3 newellNormal(std::span<const Vec3> points) {
     Vec3 normal;
     for (std::size_t i = 0; i < points.size(); ++i) {
         const Vec3 &a = points[i], &b = points[(i + 1) % points.size()];
@@ -29,26 +30,24 @@ Vec3 newellNormal(const std::vector<Vec3> &points) {
     return normal;
 }
 
-// The corners projected along the normal's longest component, so that they run counter-clockwise.
-std::vector<Point2> flatten(const std::vector<Vec3> &points) {
+// Projects the corners along the normal's longest component, so that they run counter-clockwise.
+void flatten(std::span<const Vec3> points, std::span<Point2> flat) {
     const Vec3 normal = newellNormal(points);
     const Vec3 size{std::fabs(normal.x), std::fabs(normal.y), std::fabs(normal.z)};
-    std::vector<Point2> flat;
-    flat.reserve(points.size());
-    for (const Vec3 &p : points) {
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const Vec3 &p = points[i];
         if (size.x >= size.y && size.x >= size.z) {
-            flat.push_back(normal.x > 0 ? Point2{p.y, p.z} : Point2{p.z, p.y});
+            flat[i] = normal.x > 0 ? Point2{p.y, p.z} : Point2{p.z, p.y};
         } else if (size.y >= size.z) {
-            flat.push_back(normal.y > 0 ? Point2{p.z, p.x} : Point2{p.x, p.z});
+            flat[i] = normal.y > 0 ? Point2{p.z, p.x} : Point2{p.x, p.z};
         } else {
-            flat.push_back(normal.z > 0 ? Point2{p.x, p.y} : Point2{p.y, p.x});
+            flat[i] = normal.z > 0 ? Point2{p.x, p.y} : Point2{p.y, p.x};
         }
     }
-    return flat;
 }
 
 // Whether the corner left[at] of the remaining polygon can be cut off.
-bool isEar(const std::vector<Point2> &flat, const std::vector<std::uint32_t> &left, std::size_t at) {
+bool isEar(std::span<const Point2> flat, std::span<const std::uint32_t> left, std::size_t at) {
     const std::size_t count = left.size();
     const std::uint32_t before = left[(at + count - 1) % count], tip = left[at], after = left[(at + 1) % count];
     if (area(flat[before], flat[tip], flat[after]) <= 0) return false;
@@ -63,6 +62,18 @@ bool isEar(const std::vector<Point2> &flat, const std::vector<std::uint32_t> &le
     return true;
 }
 
+// Cuts a quadrangle at its first corner, as triangulate does, but without allocating memory. Returns false if that
+// corner is no ear.
+bool cutQuadrangle(std::span<const Vec3> points, std::vector<std::array<std::uint32_t, 3>> &triangles) {
+    constexpr std::array<std::uint32_t, 4> kAll{0, 1, 2, 3};
+    std::array<Point2, 4> flat{};
+    flatten(points, flat);
+    if (!isEar(flat, kAll, 0)) return false;
+    triangles.push_back({3, 0, 1});
+    triangles.push_back({1, 2, 3});
+    return true;
+}
+
 } // namespace
 
 void triangulate(const std::vector<Vec3> &points, std::vector<std::array<std::uint32_t, 3>> &triangles) {
@@ -72,7 +83,9 @@ void triangulate(const std::vector<Vec3> &points, std::vector<std::array<std::ui
         triangles.push_back({0, 1, 2});
         return;
     }
-    const std::vector<Point2> flat = flatten(points);
+    if (points.size() == 4 && cutQuadrangle(points, triangles)) return;
+    std::vector<Point2> flat(points.size());
+    flatten(points, flat);
     std::vector<std::uint32_t> left(points.size());
     std::iota(left.begin(), left.end(), 0u);
     std::size_t at = 0, refused = 0;
