@@ -1,6 +1,7 @@
-// Fuzzes the readers of PLY and STL files. Files that they leave to the mesh library are not read any further.
+// Fuzzes the readers of PLY, STL and OBJ files. Files that they leave to the mesh library are not read any further.
 #include "fuzz/require.h"
 
+#include "host/io/file_ends.h"
 #include "host/render/geometry/mesh_formats.h"
 
 #include <algorithm>
@@ -10,7 +11,7 @@ using namespace velm::host::fuzz;
 
 namespace {
 
-const std::string kName = "fuzzed.ply";
+const std::string kName = "fuzzed.ply", kMaterials = "fuzzed.mtl";
 
 void requireWhole(const Mesh &mesh) {
     const std::size_t points = mesh.points.size(), triangles = mesh.triangles.size();
@@ -23,16 +24,35 @@ void requireWhole(const Mesh &mesh) {
     require(mesh.polygonNumbers.empty() || mesh.polygonNumbers.size() == triangles, "each triangle has a polygon");
     require(std::ranges::all_of(mesh.polygonNumbers, [&](std::uint32_t number) { return number < mesh.polygonCount; }),
             "polygons are numbered");
-    require(mesh.materials.size() == 1 && mesh.materialNumbers.empty(), "all triangles have one material");
+    require(mesh.materialNumbers.empty() || mesh.materialNumbers.size() == triangles, "each triangle has a material");
+    require(!mesh.materials.empty() &&
+                std::ranges::all_of(mesh.materialNumbers,
+                                    [&](std::uint16_t number) { return number < mesh.materials.size(); }),
+            "materials are numbered");
+}
+
+// The bytes are also those of the file of materials that the mesh names.
+std::optional<Mesh> objMesh(std::string_view bytes, const MeshFormat &format) {
+    const auto readOther = [&](const std::string &name) {
+        return name == kMaterials ? std::optional<std::string>(bytes) : std::nullopt;
+    };
+    return plainObjMesh(bytes, kName, format, Transform(), readOther);
+}
+
+std::optional<Mesh> meshIn(std::string_view bytes) {
+    if (bytes.starts_with("ply")) return plainPlyMesh(bytes, kName, Transform());
+    const MeshFormat *format =
+        meshFormatOf(FileEnds{.head = std::string(bytes.substr(0, kFileEnd)), .tail = {}, .size = bytes.size()});
+    if (format && format->read == readObjMesh) return objMesh(bytes, *format);
+    return plainStlMesh(bytes, kName, Transform());
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
     const std::string_view bytes = asText(data, size);
-    const auto read = bytes.starts_with("ply") ? plainPlyMesh : plainStlMesh;
     acceptsInput(kName, [&] {
-        const auto mesh = read(bytes, kName, Transform(), std::pmr::get_default_resource());
+        const auto mesh = meshIn(bytes);
         if (mesh) requireWhole(*mesh);
     });
     return 0;

@@ -118,7 +118,8 @@ void addScripts(Corpus &corpus) {
 void addFile(Corpus &corpus, const fs::path &path) {
     const std::string bytes = readFile(path.string());
     if (path.extension() == ".lwo") addObject(corpus, bytes, path.string());
-    if (path.extension() == ".ply" || path.extension() == ".stl" || path.extension() == ".STL")
+    if (path.extension() == ".ply" || path.extension() == ".stl" || path.extension() == ".STL" ||
+        path.extension() == ".obj")
         corpus.add("mesh_file", bytes);
     if (path.extension() == ".lws") {
         corpus.add("scene_text", bytes);

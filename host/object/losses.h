@@ -12,13 +12,18 @@ namespace velm::host {
 
 enum class Loss {
     // What a mesh file holds besides the mesh:
-    texture,   // of a material
-    colourMap, // colours of vertices
+    texture,        // of a material
+    texturePlacing, // of a texture that is shown: its offset or scale
+    materialFile,   // that is missing
+    materialLine,   // of a material file, that makes no sense
+    colourMap,      // colours of vertices
     bone,
     morphTarget,
     camera,
     light,
     animation,
+    // Of OBJ files:
+    undrawnElement, // a line, a point, a curve or a free-form surface
     // Of LightWave's objects:
     unknownChunk,     // that the reader does not know
     curve,            // CRVS in objects of LightWave 5

@@ -1,6 +1,7 @@
 // The readers of PLY and STL files: their meshes, which have to equal those of the mesh library, and their errors.
 #include "host/base/error.h"
 #include "host/render/geometry/mesh_formats.h"
+#include "tests/render/same_meshes.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +9,6 @@
 #include <array>
 #include <bit>
 #include <cctype>
-#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -41,44 +41,6 @@ std::string packed(std::initializer_list<float> numbers, std::endian order = std
 
 // ---- Comparison with the mesh library ----
 
-// The mesh library does not round the numbers of text files correctly, which shows in the last bits.
-struct Close {
-    float size; // of the largest number
-    bool operator()(float a, float b) const { return std::fabs(a - b) <= 2e-6f * size; }
-    template <class Numbers>
-    bool operator()(const Numbers &a, const Numbers &b) const {
-        return std::ranges::equal(a, b, *this);
-    }
-};
-
-float sizeOf(const Mesh &mesh) {
-    float size = 0;
-    for (const HostPoint &point : mesh.points)
-        for (const float each : point.position) size = std::max(size, std::fabs(each));
-    return size;
-}
-
-void expectSame(const Mesh &own, const Mesh &theirs) {
-    ASSERT_EQ(own.points.size(), theirs.points.size());
-    ASSERT_EQ(own.triangles.size(), theirs.triangles.size());
-    const Close areClose{sizeOf(theirs)}, areCloseToOne{1};
-    for (std::size_t i = 0; i < own.points.size(); ++i)
-        ASSERT_TRUE(areClose(own.points[i].position, theirs.points[i].position)) << "point " << i;
-    for (std::size_t i = 0; i < own.triangles.size(); ++i)
-        ASSERT_TRUE(std::ranges::equal(own.triangles[i].corners, theirs.triangles[i].corners)) << "triangle " << i;
-    EXPECT_TRUE(areCloseToOne(own.normals, theirs.normals));
-    ASSERT_EQ(own.uvMaps.size(), theirs.uvMaps.size());
-    for (std::size_t i = 0; i < own.uvMaps.size(); ++i) {
-        EXPECT_EQ(own.uvMaps[i].name, theirs.uvMaps[i].name);
-        EXPECT_TRUE(areCloseToOne(own.uvMaps[i].values, theirs.uvMaps[i].values));
-    }
-    EXPECT_EQ(own.polygonNumbers, theirs.polygonNumbers);
-    EXPECT_EQ(own.materialNumbers, theirs.materialNumbers);
-    EXPECT_EQ(own.materials, theirs.materials);
-    EXPECT_EQ(own.polygonCount, theirs.polygonCount);
-    EXPECT_TRUE(own.warnings.empty());
-}
-
 class MeshReaders : public testing::TestWithParam<const char *> {};
 
 TEST_P(MeshReaders, ReadWhatTheMeshLibraryReads) {
@@ -91,6 +53,7 @@ TEST_P(MeshReaders, ReadWhatTheMeshLibraryReads) {
         const auto own = isPly ? plainPlyMesh(bytes, file, transform) : plainStlMesh(bytes, file, transform);
         ASSERT_TRUE(own) << "it is left to the mesh library";
         expectSame(*own, readWithAssimp(file, *format, transform));
+        EXPECT_TRUE(own->warnings.empty());
     }
 }
 

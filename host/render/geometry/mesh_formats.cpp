@@ -99,6 +99,7 @@ constexpr MeshFormat byAssimp(const char *name, const char *ending) {
 constexpr MeshFormat kObjects{.name = "LWO", .ending = "lwo", .read = readObjectMesh, .files = filesOfObjectMesh};
 constexpr MeshFormat kPly{.name = "PLY", .ending = "ply", .read = readPlyMesh, .files = filesOfPlainMesh};
 constexpr MeshFormat kStl{.name = "STL", .ending = "stl", .read = readStlMesh, .files = filesOfPlainMesh};
+constexpr MeshFormat kObj{.name = "OBJ", .ending = "obj", .read = readObjMesh, .files = filesOfObjMesh};
 
 // Formats with a signature come first.
 constexpr Recogniser kRecognisers[] = {
@@ -112,7 +113,7 @@ constexpr Recogniser kRecognisers[] = {
     {.format = byAssimp("3DS", "3ds"), .recognises = is3ds},
     {.format = byAssimp("OFF", "off"), .recognises = isOff},
     {.format = kStl, .recognises = isStl},
-    {.format = byAssimp("OBJ", "obj"), .recognises = isObj},
+    {.format = kObj, .recognises = isObj},
 };
 
 } // namespace

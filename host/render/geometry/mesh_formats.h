@@ -5,6 +5,7 @@
 #include "host/object/losses.h"
 #include "host/render/geometry/mesh.h"
 
+#include <functional>
 #include <memory_resource>
 #include <optional>
 #include <string>
@@ -66,6 +67,22 @@ Mesh readStlMesh(const std::string &file, const MeshFormat &format, const Transf
                  std::pmr::memory_resource *memory);
 // MeshFormat::files of both.
 std::vector<std::string> filesOfPlainMesh(const std::string &file, const MeshFormat &format);
+
+// MeshFormat::read and MeshFormat::files of OBJ files with the files of materials that they name. Files whose points
+// have colours are left to assimp, too, and those in UTF-16.
+Mesh readObjMesh(const std::string &file, const MeshFormat &format, const Transform &transform,
+                 std::pmr::memory_resource *memory);
+std::vector<std::string> filesOfObjMesh(const std::string &file, const MeshFormat &format);
+
+// Gives the bytes of the file of that name; nothing if it cannot be read.
+using ReadOther = std::function<std::optional<std::string>(const std::string &name)>;
+
+// The mesh in the bytes of an OBJ file; nothing if the file is left to assimp. `file` is its name, for errors and to
+// find the files of materials beside it, which `readOther` reads. Throws InputError as readMesh does. The memory that
+// is allocated is in proportion to the size of the files. [any thread]
+std::optional<Mesh> plainObjMesh(std::string_view bytes, const std::string &file, const MeshFormat &format,
+                                 const Transform &transform, const ReadOther &readOther,
+                                 std::pmr::memory_resource *memory = std::pmr::get_default_resource());
 
 // The meshes in the bytes of PLY and STL files; nothing if the file is left to assimp. `file` is its name, for errors.
 // Throws InputError as readMesh does. The memory that is allocated is in proportion to the size of the file.
