@@ -20,6 +20,7 @@ enum class Loss {
     bone,
     morphTarget,
     camera,
+    fieldOfView, // of a camera that is read
     light,
     animation,
     // Of OBJ files:

@@ -3,6 +3,7 @@
 #include "host/base/error.h"
 #include "host/lws/scene_record.h"
 #include "host/open/material_surfaces.h"
+#include "host/open/mesh_scene.h"
 #include "host/render/geometry/mesh_formats.h"
 #include "host/render/motion/pose.h"
 #include "host/scene/lws_scene.h"
@@ -49,6 +50,7 @@ SceneDescription readMeshFile(const ReadRequest &request) {
     ObjectDescription &object = scene.objects.front();
     const Mesh &mesh = request.meshes.get(object.shape, poseAt(scene, startTime(scene.render)).ofMesh(0));
     addMaterialSurfaces(mesh, request.path, object, scene);
+    addCamerasAndLights(mesh, scene);
     return scene;
 }
 

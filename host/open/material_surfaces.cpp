@@ -1,7 +1,7 @@
 #include "host/open/material_surfaces.h"
 
 #include "host/io/embedded_images.h"
-#include "host/render/geometry/unused_names.h"
+#include "host/open/new_names.h"
 #include "host/scene/convert/mesh_surfaces.h"
 #include "host/scene/convert/texture_network.h"
 #include "host/scene/object_finder.h"
@@ -14,21 +14,6 @@
 namespace velm::host {
 
 namespace {
-
-// A name that a scene file can hold.
-std::string writableName(std::string name) {
-    for (std::size_t at = 0; (at = name.find("->", at)) != std::string::npos;) name.replace(at, 2, "-");
-    const std::size_t first = name.find_first_not_of(' ');
-    if (first == std::string::npos) return "Unnamed";
-    return name.substr(first, name.find_last_not_of(' ') - first + 1);
-}
-
-template <class T>
-UnusedNames unusedNamesBeside(const std::vector<T> &all) {
-    UnusedNames names(" (", ")");
-    for (const T &one : all) names.add(one.name);
-    return names;
-}
 
 // Adds the images of one mesh file to a scene, each once.
 class MaterialImages {

@@ -2,6 +2,7 @@
 
 #include "host/base/error.h"
 #include "host/base/names.h"
+#include "host/open/mesh_scene.h"
 #include "host/render/geometry/unused_names.h"
 #include "host/render/motion/pose.h"
 #include "host/scene/format/write_scene.h"
@@ -186,6 +187,13 @@ void replaceLights(std::vector<LightDescription> lights, SceneDescription &scene
     }
 }
 
+// That of a rig without lights.
+BackdropDescription neutralBackdrop(const SceneDescription &scene) {
+    BackdropDescription backdrop = lightingOf(Rig::none, {}, {}, scene.render.workflow).backdrop;
+    backdrop.location.file = scene.file;
+    return backdrop;
+}
+
 void addLights(const OpenedFile &opened, const Bounds &bounds, SceneDescription &scene) {
     const CameraDescription camera = renderCamera(scene);
     Lighting lighting = lightingOf(*opened.rig, bounds, camera, scene.render.workflow);
@@ -195,7 +203,9 @@ void addLights(const OpenedFile &opened, const Bounds &bounds, SceneDescription 
     if (opened.reader->isScene) return; // which has a backdrop, and a ground if it wants one
     scene.backdrop = lighting.backdrop;
     scene.backdrop.location.file = scene.file;
-    if (*opened.rig != Rig::none && !looksUpwards(camera)) addGround(scene, bounds, lighting.groundColour);
+    const bool isAboveGround = camera.position[1] > groundBelow(bounds).position[1];
+    if (*opened.rig != Rig::none && isAboveGround && !looksUpwards(camera))
+        addGround(scene, bounds, lighting.groundColour);
 }
 
 // Warns of parts of the file that a scene which names it would describe itself. Session warns of all others.
@@ -228,6 +238,7 @@ const char *nameOf(View view) {
 OpenedFile openFile(const OpenRequest &request) {
     const FileReader &reader = readerOf(request.file);
     MeshCache ownMeshes;
+    MeshCache &meshes = request.meshes ? *request.meshes : ownMeshes;
     OpenedFile opened{.scene = {}, .reader = &reader, .view = request.view, .rig = request.rig};
     opened.scene = reader.read({.reader = reader,
                                 .file = request.file,
@@ -235,8 +246,10 @@ OpenedFile openFile(const OpenRequest &request) {
                                 .overrides = request.overrides,
                                 .cameras = request.view ? Cameras::optional : Cameras::required,
                                 .warnings = opened.warnings,
-                                .meshes = request.meshes ? *request.meshes : ownMeshes});
+                                .meshes = meshes});
     if (reader.workflow) opened.scene.render.workflow = *reader.workflow;
+    if (!reader.isScene && !request.rig && !opened.scene.lights.empty())
+        opened.exposure = exposeLights(boundsOf(opened.scene, meshes), opened.scene);
     if (!reader.isComplete) opened.neutral = coverObjects(opened.scene);
     if (!reader.isComplete && !request.overrides.empty()) opened.scene = withOverrides(opened.scene, request);
     if (request.workflow) opened.scene.render.workflow = *request.workflow;
@@ -263,6 +276,7 @@ SceneDescription completeFile(const OpenedFile &opened, MeshCache &meshes, Warni
         warnOfLeftOut(opened, meshes, warnings);
         coverMaterials(scene, meshes);
     }
+    if (!opened.rig && !opened.reader->isScene) scene.backdrop = neutralBackdrop(scene);
     if (!opened.view && !opened.rig) return scene;
     const Bounds bounds = framedBounds(scene, meshes);
     if (opened.view) addCamera(scene, bounds, *opened.view);
@@ -278,7 +292,8 @@ std::string additionsText(const OpenedFile &opened, const SceneDescription &comp
     if (opened.rig == Rig::studio) add("lights (studio)");
     if (opened.rig == Rig::outdoor) add("the sun and a sky (outdoor)");
     if (completed.objects.size() > opened.scene.objects.size()) add("a ground");
-    if (opened.rig && !opened.reader->isScene) add("a backdrop");
+    if (!opened.reader->isScene) add("a backdrop");
+    if (opened.exposure != 1) add(fmt::format("an exposure (the intensities of lights times {:.3g})", opened.exposure));
     std::set<std::string> others; // surfaces of the file
     for (const SurfaceDescription &surface : opened.scene.surfaces)
         if (surface.name != opened.neutral) others.insert(surface.name);

@@ -32,21 +32,23 @@ struct OpenedFile {
     std::optional<View> view;           // of a camera to be added
     std::optional<Rig> rig;             // that replaces the lights
     std::vector<Warning> warnings{};    // of what the reader left out of the file
+    double exposure = 1;                // the factor by which the file's lights were scaled: see exposeLights
     std::string neutral{};              // the surface that was added for objects without one; empty: none was
 };
 
-// Reads a file, but not the meshes that it names; a mesh file brings its materials as surfaces. A scene (JSON) gets
-// what the request asks for. Any other file also gets a camera from a three-quarter view and the studio rig if it has
-// no camera or no lights. InputError with the source location. [interface thread]
+// Reads a file, but not the meshes that it names; a mesh file brings its materials as surfaces, its cameras and its
+// lights, which are scaled to give a picture that is neither black nor white. A scene (JSON) gets what the request asks
+// for. Any other file also gets a camera from a three-quarter view and the studio rig if it has no camera or no lights.
+// InputError with the source location. [interface thread]
 OpenedFile openFile(const OpenRequest &request);
 
 // Sets the level of the subdivision surfaces of all meshes from files. [any thread]
 void setSubdivision(int level, SceneDescription &scene);
 
 // The scene with all that is to be added: a camera for pictures of the scene's size, lights, a surface for polygons
-// that have none, and, unless the file is a scene, a ground and a backdrop. The added camera becomes the scene's. Warns
-// of what a reader left out. Meshes that are read for their bounds stay in `meshes`. InputError with the source
-// location. [interface thread]
+// that have none, and, unless the file is a scene, a backdrop, and with a rig a ground. The added camera becomes the
+// scene's. Warns of what a reader left out. Meshes that are read for their bounds stay in `meshes`. InputError with the
+// source location. [interface thread]
 SceneDescription completeFile(const OpenedFile &opened, MeshCache &meshes, Warnings &warnings);
 
 // What was added to the completed scene because the file does not have it, as a text for users: "a camera

@@ -3,6 +3,7 @@
 
 #include "host/base/limits.h"
 #include "host/object/mesh_material.h"
+#include "host/render/geometry/mesh_item.h"
 #include "host/render/geometry/transform.h"
 #include "host/scene/format/description.h"
 #include "module/host.h"
@@ -54,7 +55,9 @@ struct Mesh {
     std::pmr::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
     std::vector<std::string> materials;              // names
     std::vector<MeshMaterial> materialValues;        // of those materials that the file describes, by name
-    std::uint32_t polygonCount = 0;                  // before polygons were cut into triangles
+    std::vector<MeshCamera> cameras;                 // that the file brings besides the mesh
+    std::vector<MeshLight> lights;
+    std::uint32_t polygonCount = 0; // before polygons were cut into triangles
 
     // By vertex, the first vertex of the same point of the file: vertices of one point differ only in UV coordinates.
     // Empty: vertices at equal positions count as one point.

@@ -1,11 +1,12 @@
 // Reads mesh files with assimp.
+#include "host/render/geometry/assimp_names.h"
 #include "host/render/geometry/mesh_builder.h"
 #include "host/render/geometry/mesh_formats.h"
+#include "host/render/geometry/mesh_items.h"
 #include "host/render/geometry/mesh_materials.h"
 #include "host/render/geometry/texture_placing.h"
 
 #include "host/base/error.h"
-#include "host/base/names.h"
 #include "host/io/files.h"
 #include "host/object/losses.h"
 
@@ -79,18 +80,13 @@ std::string uvNameOf(const aiMesh &mesh, unsigned channel) {
     return channel == 0 ? "UV" : "UV " + std::to_string(channel + 1);
 }
 
-// The name that a part of the file has, or its number, counted from 1.
-std::string nameOrNumber(const aiString &name, unsigned index) {
-    return name.length > 0 ? inQuotes(name.C_Str()) : fmt::format("number {}", index + 1);
-}
-
 // Things of one kind that have names.
 template <class Thing>
 void addNamed(Loss kind, Thing *const *things, unsigned count, Losses &losses) {
     if (count > 0) losses.add(kind, nameOrNumber(things[0]->mName, 0), count);
 }
 
-// What the file holds and the mesh does not.
+// What the file holds that is not read. itemsOf and materialsOf add to it.
 Losses lossesOf(const aiScene &scene) {
     Losses losses;
     for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
@@ -101,8 +97,6 @@ Losses lossesOf(const aiScene &scene) {
         losses.add(Loss::morphTarget, place, mesh.mNumAnimMeshes);
         addNamed(Loss::bone, mesh.mBones, mesh.mNumBones, losses);
     }
-    addNamed(Loss::camera, scene.mCameras, scene.mNumCameras, losses);
-    addNamed(Loss::light, scene.mLights, scene.mNumLights, losses);
     addNamed(Loss::animation, scene.mAnimations, scene.mNumAnimations, losses);
     return losses;
 }
@@ -136,8 +130,8 @@ class FileMesh {
     FileMesh(const aiScene &scene, const Transform &transform, const std::string &file, const MeshFormat &format,
              std::pmr::memory_resource *memory)
         : scene_(scene), transform_(transform), file_(file), losses_(lossesOf(scene)),
-          materials_(usedMaterialsOf(scene, file, format, losses_)), uvNames_(allUvNames(scene)),
-          hasNormals_(allHaveNormals(scene)), builder_(uvNames_, hasNormals_, memory) {}
+          items_(itemsOf(scene, format, losses_)), materials_(usedMaterialsOf(scene, file, format, losses_)),
+          uvNames_(allUvNames(scene)), hasNormals_(allHaveNormals(scene)), builder_(uvNames_, hasNormals_, memory) {}
 
     Mesh build() {
         reserve();
@@ -145,6 +139,8 @@ class FileMesh {
         if (builder_.triangleCount() == 0) throw InputError({.file = file_}, "the mesh has no polygons");
         Mesh mesh = builder_.finish();
         mesh.materialValues = std::move(materials_.described);
+        mesh.cameras = std::move(items_.cameras);
+        mesh.lights = std::move(items_.lights);
         addWarnings(losses_, mesh);
         return mesh;
     }
@@ -244,6 +240,7 @@ class FileMesh {
     const Transform &transform_;
     const std::string &file_;
     Losses losses_;
+    MeshItems items_;
     SceneMaterials materials_;
     std::vector<std::string> uvNames_;
     bool hasNormals_;

@@ -35,6 +35,8 @@ MeshBuilder::MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals, s
             .materialNumbers = std::pmr::vector<std::uint16_t>(memory),
             .materials = {},
             .materialValues = {},
+            .cameras = {},
+            .lights = {},
             .firstOfPoint = std::pmr::vector<std::uint32_t>(memory),
             .limitNormals = std::pmr::vector<std::array<float, 3>>(memory),
             .warnings = {},

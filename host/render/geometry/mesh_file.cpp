@@ -1,4 +1,5 @@
 // Reads meshes from files, in a process of its own for each.
+#include "host/render/geometry/item_buffers.h"
 #include "host/render/geometry/material_buffers.h"
 #include "host/render/geometry/mesh_formats.h"
 
@@ -32,7 +33,7 @@ class ReadBuffers {
     explicit ReadBuffers(std::pmr::memory_resource *memory)
         : points_(memory), triangles_(memory), normals_(memory), uvs_(memory), polygonNumbers_(memory),
           materialNumbers_(memory), firstOfPoint_(memory), limitNormals_(memory), uvNames_(memory), materials_(memory),
-          warnings_(memory), areBesideMesh_(memory), materialValues_(memory) {}
+          warnings_(memory), areBesideMesh_(memory), materialValues_(memory), items_(memory) {}
 
     // The memory in which the buffers of the mesh should be.
     std::pmr::memory_resource *memory() const { return points_.get_allocator().resource(); }
@@ -57,6 +58,7 @@ class ReadBuffers {
             areBesideMesh_.push_back(warning.isBesideMesh);
         }
         materialValues_.take(mesh.materialValues);
+        items_.take(mesh.cameras, mesh.lights);
         polygonCount_ = mesh.polygonCount;
     }
 
@@ -69,7 +71,7 @@ class ReadBuffers {
                arena.holds(polygonNumbers_) && arena.holds(materialNumbers_) && arena.holds(firstOfPoint_) &&
                arena.holds(limitNormals_) && areHeld(uvs_) && areHeld(uvNames_) && areHeld(materials_) &&
                areHeld(warnings_) && arena.holds(areBesideMesh_) && areBesideMesh_.size() * 2 == warnings_.size() &&
-               materialValues_.isWithin(arena) && fits();
+               materialValues_.isWithin(arena) && items_.isWithin(arena) && fits();
     }
 
     Mesh mesh(std::shared_ptr<void> memory) {
@@ -82,6 +84,8 @@ class ReadBuffers {
                     .materialNumbers = std::move(materialNumbers_),
                     .materials = {materials_.begin(), materials_.end()},
                     .materialValues = materialValues_.materials(),
+                    .cameras = items_.cameras(),
+                    .lights = items_.lights(),
                     .polygonCount = polygonCount_,
                     .firstOfPoint = std::move(firstOfPoint_),
                     .limitNormals = std::move(limitNormals_),
@@ -129,6 +133,7 @@ class ReadBuffers {
     std::pmr::vector<std::pmr::string> warnings_;  // brief and message in turn
     std::pmr::vector<std::uint8_t> areBesideMesh_; // by warning
     MaterialBuffers materialValues_;
+    ItemBuffers items_;
     std::uint32_t polygonCount_ = 0;
 };
 

@@ -48,6 +48,8 @@ Matrix rotationMatrix(const Double3 &headingPitchBank) {
 
 namespace {
 
+constexpr double kUpright = 1e-6; // sines of angles that are smaller count as 0
+
 Matrix fromColumns(const Vec3 &right, const Vec3 &up, const Vec3 &forward) {
     return {.m = {right.x, up.x, forward.x, right.y, up.y, forward.y, right.z, up.z, forward.z}};
 }
@@ -59,6 +61,22 @@ Matrix lookAlong(const Vec3 &direction) {
     const Vec3 level = cross({0, 1, 0}, forward); // in left-handed axes: up, forward -> right
     const Vec3 right = normalised(level, {1, 0, 0});
     return fromColumns(right, cross(forward, right), forward);
+}
+
+Matrix lookAlong(const Vec3 &direction, const Vec3 &up) {
+    const Vec3 forward = normalised(direction);
+    const Vec3 level = cross(normalised(up), forward);
+    if (!(largest(level) > kUpright)) return lookAlong(direction);
+    const Vec3 right = normalised(level);
+    return fromColumns(right, cross(forward, right), forward);
+}
+
+Double3 anglesOf(const Matrix &rotation) {
+    const double *m = rotation.m;
+    const double level = std::hypot(m[2], m[8]); // the cosine of the pitch
+    const double pitch = std::atan2(-m[5], level) * kDegreesPerRadian;
+    if (level < kUpright) return {std::atan2(-m[6], m[0]) * kDegreesPerRadian, pitch, 0};
+    return {std::atan2(m[2], m[8]) * kDegreesPerRadian, pitch, std::atan2(m[3], m[4]) * kDegreesPerRadian};
 }
 
 Matrix withoutScale(const Matrix &matrix) {
