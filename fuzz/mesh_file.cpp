@@ -1,8 +1,11 @@
-// Fuzzes the readers of PLY, STL and OBJ files. Files that they leave to the mesh library are not read any further.
+// Fuzzes the readers of PLY, STL and OBJ files, and that of the cameras and lights of 3DS files. Files that the first
+// three leave to the mesh library are not read any further.
 #include "fuzz/require.h"
 
 #include "host/io/file_ends.h"
+#include "host/render/geometry/items_3ds.h"
 #include "host/render/geometry/mesh_formats.h"
+#include "host/render/geometry/vector.h"
 
 #include <algorithm>
 
@@ -47,10 +50,18 @@ std::optional<Mesh> meshIn(std::string_view bytes) {
     return plainStlMesh(bytes, kName, Transform());
 }
 
+void requireFinite(const MeshItems &items) {
+    for (const MeshCamera &camera : items.cameras)
+        require(isFinite(Vec3(camera.position)) && isFinite(Vec3(camera.rotation)), "cameras are somewhere");
+    for (const MeshLight &light : items.lights)
+        require(isFinite(Vec3(light.position)) && isFinite(Vec3(light.rotation)), "lights are somewhere");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
     const std::string_view bytes = asText(data, size);
+    requireFinite(itemsOf3ds(bytes, 1));
     acceptsInput(kName, [&] {
         const auto mesh = meshIn(bytes);
         if (mesh) requireWhole(*mesh);

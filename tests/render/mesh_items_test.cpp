@@ -181,13 +181,6 @@ TEST_F(MeshItems, AreThoseOfFbx) {
     EXPECT_EQ(mesh.lights[0].colour, (Double3{1, 1, 1}));
 }
 
-TEST_F(MeshItems, AreNotThoseOf3ds) {
-    const Mesh mesh = readMesh("/usr/share/assimp/models/3DS/TargetCameraAnim.3ds", Transform());
-    EXPECT_TRUE(mesh.cameras.empty());
-    ASSERT_EQ(mesh.warnings.size(), 2U);
-    EXPECT_EQ(mesh.warnings[0].message, "a camera is not read (\"Camera01\")");
-}
-
 TEST(AnglesOf, AreThoseOfTheRotation) {
     for (const Double3 &angles : {Double3{30, -50, 80}, {-170, 20, -100}, {60, 90, 0}, {-45, -90, 0}, {0, 0, 180}})
         expectNear(Vec3(anglesOf(rotationMatrix(angles))), Vec3(angles), 1e-9);

@@ -130,7 +130,7 @@ class FileMesh {
     FileMesh(const aiScene &scene, const Transform &transform, const std::string &file, const MeshFormat &format,
              std::pmr::memory_resource *memory)
         : scene_(scene), transform_(transform), file_(file), losses_(lossesOf(scene)),
-          items_(itemsOf(scene, format, losses_)), materials_(usedMaterialsOf(scene, file, format, losses_)),
+          items_(itemsOf(scene, file, format, losses_)), materials_(usedMaterialsOf(scene, file, format, losses_)),
           uvNames_(allUvNames(scene)), hasNormals_(allHaveNormals(scene)), builder_(uvNames_, hasNormals_, memory) {}
 
     Mesh build() {

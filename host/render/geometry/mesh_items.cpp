@@ -1,7 +1,9 @@
 #include "host/render/geometry/mesh_items.h"
 
 #include "host/base/angles.h"
+#include "host/io/files.h"
 #include "host/render/geometry/assimp_names.h"
+#include "host/render/geometry/items_3ds.h"
 #include "host/render/geometry/transform.h"
 
 #include <algorithm>
@@ -133,7 +135,10 @@ MeshLight lightOf(const aiScene &scene, const aiLight &from, MeshLight::Kind kin
 
 } // namespace
 
-MeshItems itemsOf(const aiScene &scene, const MeshFormat &format, Losses &losses) {
+MeshItems itemsOf(const aiScene &scene, const std::string &file, const MeshFormat &format, Losses &losses) {
+    // Of these cameras, assimp gives neither the direction nor the angle. The unit of the file is in the root's size.
+    if (format.ending == std::string_view("3ds"))
+        return itemsOf3ds(readFile(file), static_cast<double>(scene.mRootNode->mTransformation.a1));
     const ItemFormat *const known = itemFormatOf(format);
     MeshItems items;
     for (unsigned i = 0; i < scene.mNumCameras; ++i) {
