@@ -28,6 +28,7 @@ ObjectInfo objectInfo(const ObjectDescription &object, const Mesh &mesh) {
         info.file = file->file;
         info.parts = partsOfObject(file->file);
     }
+    info.parts.parts.insert(info.parts.parts.end(), mesh.parts.begin(), mesh.parts.end());
     info.points = mesh.points.size();
     info.triangles = mesh.triangles.size();
     info.polygons = mesh.polygonCount;

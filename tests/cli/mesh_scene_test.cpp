@@ -90,5 +90,12 @@ TEST_F(MeshScene, IsInTheInfo) {
     EXPECT_EQ(info["lights"][0]["intensity"], 90000);
 }
 
+TEST_F(MeshScene, ListsItsParts) {
+    const std::string file = directory_.write("a.gltf", test::gltfSquare({R"({"name": "Lid", "mesh": 0})"}, "", ""));
+    EXPECT_NE(test::velm({"info", file}).out.find("parts \"Square\", \"Lid\"\n"), std::string::npos);
+    EXPECT_EQ(json::parse(test::velm({"info", file, "--json"}).out)["objects"][0]["parts"],
+              (std::vector<std::string>{"Square", "Lid"}));
+}
+
 } // namespace
 } // namespace velm::host

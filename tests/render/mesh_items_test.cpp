@@ -181,6 +181,13 @@ TEST_F(MeshItems, AreThoseOfFbx) {
     EXPECT_EQ(mesh.lights[0].colour, (Double3{1, 1, 1}));
 }
 
+TEST_F(MeshItems, LeaveThePartsTheirNames) {
+    const Mesh mesh = read(
+        "a.gltf",
+        gltfSquare({R"({"name": "Lid", "mesh": 0})", R"({"name": "Empty"})", R"({"name": "Lid", "mesh": 0})"}, "", ""));
+    EXPECT_EQ(mesh.parts, (std::vector<std::string>{"Square", "Lid"}));
+}
+
 TEST(AnglesOf, AreThoseOfTheRotation) {
     for (const Double3 &angles : {Double3{30, -50, 80}, {-170, 20, -100}, {60, 90, 0}, {-45, -90, 0}, {0, 0, 180}})
         expectNear(Vec3(anglesOf(rotationMatrix(angles))), Vec3(angles), 1e-9);

@@ -57,6 +57,8 @@ struct Mesh {
     std::vector<MeshMaterial> materialValues;        // of those materials that the file describes, by name
     std::vector<MeshCamera> cameras;                 // that the file brings besides the mesh
     std::vector<MeshLight> lights;
+    // The names of the file's nodes or groups that have polygons, in their order; empty where there are less than two.
+    std::vector<std::string> parts;
     std::uint32_t polygonCount = 0; // before polygons were cut into triangles
 
     // By vertex, the first vertex of the same point of the file: vertices of one point differ only in UV coordinates.

@@ -27,6 +27,7 @@
 #include <new>
 #include <sstream>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -141,6 +142,7 @@ class FileMesh {
         mesh.materialValues = std::move(materials_.described);
         mesh.cameras = std::move(items_.cameras);
         mesh.lights = std::move(items_.lights);
+        if (parts_.size() > 1) mesh.parts = std::move(parts_); // the importer may have made a single one up
         addWarnings(losses_, mesh);
         return mesh;
     }
@@ -176,8 +178,16 @@ class FileMesh {
 
     void addNode(const aiNode &node, const aiMatrix4x4 &parent) {
         const aiMatrix4x4 toFile = parent * node.mTransformation;
+        notePart(node);
         for (unsigned i = 0; i < node.mNumMeshes; ++i) addMesh(*scene_.mMeshes[node.mMeshes[i]], toFile);
         for (unsigned i = 0; i < node.mNumChildren; ++i) addNode(*node.mChildren[i], toFile);
+    }
+
+    void notePart(const aiNode &node) {
+        const bool isDrawn = std::any_of(node.mMeshes, node.mMeshes + node.mNumMeshes,
+                                         [&](unsigned mesh) { return hasPolygons(*scene_.mMeshes[mesh]); });
+        if (isDrawn && node.mName.length > 0 && partNames_.insert(node.mName.C_Str()).second)
+            parts_.emplace_back(node.mName.C_Str());
     }
 
     void addMesh(const aiMesh &mesh, const aiMatrix4x4 &toFile) {
@@ -243,6 +253,8 @@ class FileMesh {
     MeshItems items_;
     SceneMaterials materials_;
     std::vector<std::string> uvNames_;
+    std::vector<std::string> parts_;
+    std::unordered_set<std::string> partNames_; // of parts_
     bool hasNormals_;
     MeshBuilder builder_;
 };

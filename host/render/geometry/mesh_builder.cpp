@@ -37,6 +37,7 @@ MeshBuilder::MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals, s
             .materialValues = {},
             .cameras = {},
             .lights = {},
+            .parts = {},
             .firstOfPoint = std::pmr::vector<std::uint32_t>(memory),
             .limitNormals = std::pmr::vector<std::array<float, 3>>(memory),
             .warnings = {},

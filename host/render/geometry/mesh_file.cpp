@@ -33,7 +33,7 @@ class ReadBuffers {
     explicit ReadBuffers(std::pmr::memory_resource *memory)
         : points_(memory), triangles_(memory), normals_(memory), uvs_(memory), polygonNumbers_(memory),
           materialNumbers_(memory), firstOfPoint_(memory), limitNormals_(memory), uvNames_(memory), materials_(memory),
-          warnings_(memory), areBesideMesh_(memory), materialValues_(memory), items_(memory) {}
+          parts_(memory), warnings_(memory), areBesideMesh_(memory), materialValues_(memory), items_(memory) {}
 
     // The memory in which the buffers of the mesh should be.
     std::pmr::memory_resource *memory() const { return points_.get_allocator().resource(); }
@@ -52,6 +52,7 @@ class ReadBuffers {
             uvNames_.emplace_back(mesh.uvMaps[i].name);
         }
         materials_.assign(mesh.materials.begin(), mesh.materials.end());
+        parts_.assign(mesh.parts.begin(), mesh.parts.end());
         for (const MeshWarning &warning : mesh.warnings) {
             warnings_.emplace_back(warning.brief);
             warnings_.emplace_back(warning.message);
@@ -70,8 +71,9 @@ class ReadBuffers {
         return arena.holds(points_) && arena.holds(triangles_) && arena.holds(normals_) &&
                arena.holds(polygonNumbers_) && arena.holds(materialNumbers_) && arena.holds(firstOfPoint_) &&
                arena.holds(limitNormals_) && areHeld(uvs_) && areHeld(uvNames_) && areHeld(materials_) &&
-               areHeld(warnings_) && arena.holds(areBesideMesh_) && areBesideMesh_.size() * 2 == warnings_.size() &&
-               materialValues_.isWithin(arena) && items_.isWithin(arena) && fits();
+               areHeld(parts_) && areHeld(warnings_) && arena.holds(areBesideMesh_) &&
+               areBesideMesh_.size() * 2 == warnings_.size() && materialValues_.isWithin(arena) &&
+               items_.isWithin(arena) && fits();
     }
 
     Mesh mesh(std::shared_ptr<void> memory) {
@@ -86,6 +88,7 @@ class ReadBuffers {
                     .materialValues = materialValues_.materials(),
                     .cameras = items_.cameras(),
                     .lights = items_.lights(),
+                    .parts = {parts_.begin(), parts_.end()},
                     .polygonCount = polygonCount_,
                     .firstOfPoint = std::move(firstOfPoint_),
                     .limitNormals = std::move(limitNormals_),
@@ -129,7 +132,7 @@ class ReadBuffers {
     std::pmr::vector<std::uint16_t> materialNumbers_;
     std::pmr::vector<std::uint32_t> firstOfPoint_;
     std::pmr::vector<std::array<float, 3>> limitNormals_;
-    std::pmr::vector<std::pmr::string> uvNames_, materials_;
+    std::pmr::vector<std::pmr::string> uvNames_, materials_, parts_;
     std::pmr::vector<std::pmr::string> warnings_;  // brief and message in turn
     std::pmr::vector<std::uint8_t> areBesideMesh_; // by warning
     MaterialBuffers materialValues_;
