@@ -36,8 +36,14 @@ void refuseToReplace(const std::string &output, const std::string &input) {
 }
 
 void refuseToReplaceImages(const std::string &output, std::span<const ImageDescription> images) {
-    for (const ImageDescription &image : images)
-        if (image.notFound.empty()) refuseToReplace(output, image.file);
+    for (const ImageDescription &image : images) {
+        if (!image.notFound.empty()) continue;
+        refuseToReplace(output, image.file);
+        if (!image.sequence) continue;
+        const std::filesystem::path pattern(image.file), name = std::filesystem::path(output).filename();
+        const auto number = numberOfFile(pattern.filename().string(), name.string());
+        if (number && image.sequence->has(*number)) refuseToReplace(output, (pattern.parent_path() / name).string());
+    }
 }
 
 } // namespace velm::host

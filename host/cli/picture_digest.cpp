@@ -3,7 +3,9 @@
 #include "host/image/picture.h"
 #include "host/io/embedded_images.h"
 
+#include <algorithm>
 #include <fmt/format.h>
+#include <iterator>
 #include <unordered_set>
 #include <variant>
 
@@ -19,7 +21,8 @@ void addFiles(const SceneDescription &scene, Digest &digest) {
     };
     for (const ObjectDescription &object : scene.objects)
         if (const auto *mesh = std::get_if<MeshFile>(&object.shape)) add(mesh->file);
-    for (const ImageDescription &image : scene.images) add(fileToOpen(image.file));
+    for (const ImageDescription &image : scene.images)
+        if (!image.sequence) add(fileToOpen(image.file));
     if (!scene.surfaceFile.empty()) add(scene.surfaceFile);
 }
 
@@ -36,6 +39,8 @@ PictureDigest::PictureDigest(const std::string &file, const SceneDescription &sc
     if (options.subdivision) digest.add(fmt::format("subdivision {}", *options.subdivision));
     if (scene.render.workflow != Workflow::linear) digest.add("workflow " + workflowText(scene.render.workflow));
     addFiles(scene, digest);
+    std::ranges::copy_if(scene.images, std::back_inserter(sequences_),
+                         [](const ImageDescription &image) { return image.sequence.has_value(); });
     digest.addFile(module);
     const Region region = regionOf(job);
     digest.add(fmt::format("{}x{} {},{},{},{} {} {} {} {} {} {}", job.width, job.height, region.left, region.top,
@@ -48,6 +53,8 @@ std::string PictureDigest::of(int frame) const {
     if (!digest_) return {};
     Digest digest = *digest_;
     digest.add(std::to_string(frame));
+    for (const ImageDescription &image : sequences_)
+        digest.addFile(numberedFile(image.file, image.sequence->numberAt(frame)));
     return digest.text();
 }
 

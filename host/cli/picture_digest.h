@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace velm::host {
 
@@ -25,7 +26,8 @@ class PictureDigest {
     std::string of(int frame) const;
 
   private:
-    std::optional<Digest> digest_; // of what all frames have in common
+    std::optional<Digest> digest_;            // of what all frames have in common
+    std::vector<ImageDescription> sequences_; // of which each frame shows another file
 };
 
 } // namespace velm::host

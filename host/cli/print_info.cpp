@@ -74,10 +74,15 @@ void addSurfaces(const FileInfo &info, Lines &lines) {
     }
 }
 
+std::string fileText(const ImageDescription &image) {
+    if (!image.sequence) return image.file;
+    return fmt::format("{}, files {} to {}", image.file, image.sequence->first, image.sequence->last);
+}
+
 void addRest(const SceneDescription &scene, bool isScene, Lines &lines) {
     for (const ImageDescription &image : scene.images)
         lines.add("image", fmt::format("{}: {}", inQuotes(image.name),
-                                       image.notFound.empty() ? image.file : "missing: " + image.notFound));
+                                       image.notFound.empty() ? fileText(image) : "missing: " + image.notFound));
     const double start = startTime(scene.render);
     const ScenePose pose = poseAt(scene, start);
     for (std::size_t i = 0; i < scene.cameras.size(); ++i)
@@ -130,8 +135,11 @@ Json surfacesJson(const FileInfo &info) {
 
 Json imagesJson(const SceneDescription &scene) {
     Json all = Json::array();
-    for (const ImageDescription &image : scene.images)
-        all.push_back({{"name", image.name}, {"file", image.file}, {"found", image.notFound.empty()}});
+    for (const ImageDescription &image : scene.images) {
+        Json one = {{"name", image.name}, {"file", image.file}, {"found", image.notFound.empty()}};
+        if (image.sequence) one["sequence"] = {{"first", image.sequence->first}, {"last", image.sequence->last}};
+        all.push_back(one);
+    }
     return all;
 }
 

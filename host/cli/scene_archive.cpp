@@ -73,17 +73,31 @@ SceneDescription archivedScene(SceneDescription scene, const ArchiveLayout &layo
     const auto move = [&](std::string &file) {
         if (const std::string to = layout.locationOf(file); !to.empty()) file = (fs::path(directory) / to).string();
     };
+    // The files of a sequence are in one directory of the archive.
+    const auto moveSequence = [&](ImageDescription &image, const RenderDescription &render) {
+        for (std::string file : filesOfImage(image, render)) {
+            const std::string from = file;
+            move(file);
+            if (file == from) continue; // it is missing
+            image.file = (fs::path(file).parent_path() / fs::path(image.file).filename()).string();
+            return;
+        }
+    };
     for (ObjectDescription &object : scene.objects)
         if (auto *mesh = std::get_if<MeshFile>(&object.shape)) move(mesh->file);
     for (SurfaceDescription &surface : scene.surfaces) move(surface.saved.file);
     for (ImageDescription &image : scene.images) {
         move(image.objectFile);
         if (!image.notFound.empty()) continue;
+        image.objectFile.clear(); // so that the scene names it
+        if (image.sequence) {
+            moveSequence(image, scene.render);
+            continue;
+        }
         std::string file = fileToOpen(image.file);
         const std::string inside = image.file.substr(file.size()); // the image's name in that file; may be empty
         move(file);
         image.file = file + inside;
-        image.objectFile.clear(); // so that the scene names it
     }
     move(scene.surfaceFile);
     scene.schema.clear(); // names a file by its location relative to the old scene

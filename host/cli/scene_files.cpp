@@ -3,10 +3,50 @@
 #include "host/io/embedded_images.h"
 #include "host/render/geometry/mesh.h"
 
+#include "host/base/names.h"
+#include "host/io/files.h"
+
 #include <algorithm>
+#include <fmt/format.h>
+#include <set>
+#include <utility>
 #include <variant>
 
 namespace velm::host {
+
+namespace {
+
+// Adds the files of a sequence, and warns of those that cannot be read.
+void addSequence(const ImageDescription &image, const RenderDescription &render, std::vector<SceneFile> &files,
+                 Warnings &warnings) {
+    SceneFile together{.kind = SceneFile::Kind::image, .file = {}, .others = {}};
+    for (std::string &file : filesOfImage(image, render)) {
+        if (const auto why = whyUnreadable(file))
+            warnings.add({.location = image.fileLocation,
+                          .path = pathTo(pathTo("images", image.name), "file"),
+                          .brief = fmt::format("no file for a frame of the image {}", inQuotes(image.name)),
+                          .message = fmt::format("{}: {}", file, *why)});
+        else if (together.file.empty())
+            together.file = std::move(file);
+        else
+            together.others.push_back(std::move(file));
+    }
+    if (!together.file.empty()) files.push_back(std::move(together));
+}
+
+} // namespace
+
+std::vector<std::string> filesOfImage(const ImageDescription &image, const RenderDescription &render) {
+    if (!image.sequence) return {fileToOpen(image.file)};
+    std::set<int> numbers;
+    const auto count = static_cast<std::size_t>(image.sequence->last) - static_cast<std::size_t>(image.sequence->first);
+    for (std::int64_t frame = render.firstFrame; frame <= render.lastFrame && numbers.size() <= count;
+         frame += render.frameStep)
+        numbers.insert(image.sequence->numberAt(static_cast<int>(frame)));
+    std::vector<std::string> files;
+    for (const int number : numbers) files.push_back(numberedFile(image.file, number));
+    return files;
+}
 
 std::vector<SceneFile> filesOfScene(const SceneDescription &scene, Warnings &warnings) {
     std::vector<SceneFile> files;
@@ -28,6 +68,8 @@ std::vector<SceneFile> filesOfScene(const SceneDescription &scene, Warnings &war
                           .path = pathTo(pathTo("images", image.name), "file"),
                           .brief = "no image " + image.name,
                           .message = image.notFound});
+        else if (image.sequence)
+            addSequence(image, scene.render, files, warnings);
         else if (const std::string file = fileToOpen(image.file); !isListed(file))
             files.push_back({.kind = SceneFile::Kind::image, .file = file, .others = {}});
     }

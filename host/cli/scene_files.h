@@ -16,8 +16,13 @@ struct SceneFile {
     std::vector<std::string> others; // such as the materials of a mesh file
 };
 
+// The files of an image that the scene's frames read, each once: one, or those of a sequence in the order of their
+// numbers. Some may be missing. [any thread]
+std::vector<std::string> filesOfImage(const ImageDescription &image, const RenderDescription &render);
+
 // All files but the scene's own, each once, by the names by which they are opened: meshes, object files, images. Warns
-// of images that are missing. InputError for a mesh that cannot be read. [interface thread]
+// of images, and of files of their sequences, that are missing. InputError for a mesh that cannot be read. [interface
+// thread]
 std::vector<SceneFile> filesOfScene(const SceneDescription &scene, Warnings &warnings);
 
 } // namespace velm::host

@@ -15,7 +15,7 @@ namespace velm::host {
 namespace {
 
 constexpr std::uint32_t kObject = fourCC("LWO2"), kSurface = fourCC("SURF"), kClip = fourCC("CLIP"),
-                        kEnvelope = fourCC("ENVL"), kStill = fourCC("STIL"), kNetworkChunk = fourCC("NODS");
+                        kEnvelope = fourCC("ENVL"), kNetworkChunk = fourCC("NODS");
 constexpr std::size_t kChunkHeader = 8, kSubChunkHeader = 6;
 constexpr std::size_t kLargestSubChunk = 0xffff;
 
@@ -41,30 +41,6 @@ std::string chunk(std::uint32_t id, const std::string &contents) {
     return result;
 }
 
-// Whether a sub-chunk of a clip makes the image its negative.
-bool isNegative(const IffFile &file, const Chunk &sub) {
-    return sub.id == fourCC("NEGA") && sub.contents.size >= 2 && file.number(sub.contents.at, 2) != 0;
-}
-
-// Whether a sub-chunk of a clip changes the image in another way. Numbers are followed by the number of an envelope.
-bool isFilter(const IffFile &file, const Chunk &sub) {
-    const auto numberIs = [&](float neutral) {
-        const bool isShort = sub.contents.size < 4;
-        const bool isNeutral = isShort || std::bit_cast<float>(file.number(sub.contents.at, 4)) == neutral;
-        return isNeutral && (sub.contents.size < 6 || file.number(sub.contents.at + 4, 2) == 0);
-    };
-    switch (sub.id) {
-    case fourCC("BRIT"):
-    case fourCC("CONT"):
-    case fourCC("SATR"):
-    case fourCC("HUE "): return !numberIs(0);
-    case fourCC("GAMM"): return !numberIs(1);
-    case fourCC("IFLT"):
-    case fourCC("PFLT"): return true; // plug-ins
-    default: return false;
-    }
-}
-
 } // namespace
 
 ObjectFile::ObjectFile(std::string_view bytes, std::string name) : name_(std::move(name)), bytes_(bytes) {
@@ -82,7 +58,8 @@ void ObjectFile::readChunks() {
     end_ = file.endOfForm();
     for (const Chunk &chunk : file.chunks()) {
         if (chunk.id == kSurface) readSurface(chunk.contents);
-        if (chunk.id == kClip) readImage(chunk.contents);
+        if (chunk.id == kClip)
+            if (auto image = readClip(file, chunk)) images_.push_back(std::move(*image));
         if (chunk.id == kEnvelope) envelopes_.add(readEnvelope(file, chunk));
     }
 }
@@ -96,22 +73,6 @@ void ObjectFile::readSurface(FileRange range) {
     surface.source = file.text(at, range.end(), "the name of a surface's source");
     surface.subChunks = file.subChunks({.at = at, .size = range.end() - at}, "the surface");
     surfaces_.push_back(std::move(surface));
-}
-
-void ObjectFile::readImage(FileRange range) {
-    const IffFile file = iff();
-    if (range.size < 4) file.fail(range.at, "the clip ends within its number");
-    const FileRange rest{.at = range.at + 4, .size = range.size - 4};
-    bool isStill = false;
-    for (const Chunk &sub : file.subChunks(rest, "the clip")) {
-        if (isStill && isFilter(file, sub)) images_.back().isFiltered = true;
-        if (isStill && isNegative(file, sub)) images_.back().isNegative = !images_.back().isNegative;
-        if (sub.id != kStill) continue;
-        std::size_t at = sub.contents.at;
-        isStill = true;
-        images_.push_back(
-            {.number = file.number(range.at, 4), .file = file.text(at, sub.contents.end(), "the name of an image")});
-    }
 }
 
 std::optional<std::size_t> ObjectFile::findSurface(std::string_view surface) const {

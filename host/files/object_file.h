@@ -6,6 +6,7 @@
 // sizes have two bytes. The sub-chunk "NODS" is the network of the surface.
 #pragma once
 
+#include "host/files/object_images.h"
 #include "host/object/iff.h"
 #include "host/object/surface_textures.h"
 #include "host/object/surface_values.h"
@@ -25,14 +26,6 @@ struct ObjectSurface {
     std::string name, source;
     FileRange chunk; // of the contents of the surface chunk
     std::vector<Chunk> subChunks;
-};
-
-// An image that the object uses: its number, and its file name on the machine that wrote the object.
-struct ObjectImage {
-    std::uint32_t number = 0;
-    std::string file;
-    bool isNegative = false; // the object shows its negative
-    bool isFiltered = false; // the object changes its brightness, contrast and so on
 };
 
 // One file in memory. Reading allocates no more than a few times the file's size.
@@ -55,8 +48,8 @@ class ObjectFile {
     std::size_t networkOffset(std::size_t surface) const;
     // The surface's own values. Throws InputError with the byte's offset for a sub-chunk that is too short.
     SurfaceChunkValues values(std::size_t surface) const;
-    // The surface's texture layers and shaders, the lowest first; see readTextures. Those of still images have the
-    // image's file name. Throws InputError with the byte's offset for a sub-chunk that is too short.
+    // The surface's texture layers and shaders, the lowest first; see readTextures. Those of still images and sequences
+    // have the image's file name. Throws InputError with the byte's offset for a sub-chunk that is too short.
     std::vector<SurfaceTexture> textures(std::size_t surface) const;
 
     // Sets the network of a surface, as a block of the form that `network` gives. It replaces the old one; if there was
@@ -72,7 +65,6 @@ class ObjectFile {
   private:
     void readChunks();
     void readSurface(FileRange chunk);
-    void readImage(FileRange chunk);
     IffFile iff() const { return {bytes_, name_}; }
     ComponentEnvelopes envelopesAfter(const Chunk &sub, std::size_t components) const;
     const Chunk *find(const ObjectSurface &surface, std::uint32_t id) const;

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "host/base/error.h"
+#include "host/base/image_sequence.h"
 #include "host/base/workflow.h"
 #include "module/host.h"
 
 #include <cstdint>
 #include <memory>
 #include <memory_resource>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -25,14 +27,23 @@ struct ImageLevel {
 
 // An image of the list: what the opaque handle of the plug-in interface refers to.
 struct HostImage {
-    const std::shared_ptr<void> memory; // where the pixels of an image from a file are; see readApart
-    std::string name, file;
+    std::shared_ptr<void> memory; // where the pixels of an image from a file are; see readApart
+    std::string name, file;       // of a sequence, the pattern of the files' names
     int width = 0, height = 0;
     int channels = 0; // 1 luminance, 2 luminance and alpha, 3 colour, 4 colour and alpha
     bool isColour = false, hasAlpha = false;
     std::vector<velm::host::ImageLevel>
         levels;                // the image, then each level half the size of the one before, down to 1 by 1
     HostImage *next = nullptr; // in the list's order
+
+    // Of a sequence: which file is shown, and its name, which the plug-in interface gives out.
+    std::optional<velm::host::ImageSequence> sequence{};
+    std::optional<int> shownNumber{};
+    std::string namedFile{};
+
+    // Exchanges the pixels and all that describes them; the name, the file and the place in the list stay.
+    // [between frames]
+    void swapPixels(HostImage &other);
 };
 
 namespace velm::host {
@@ -84,6 +95,18 @@ class ImageList {
     // The list owns the image. Throws InputError as readImage does, and if an image of another file has the name.
     HostImage &load(const std::string &file, const std::string &name = {});
 
+    // Adds an image that shows another file at each frame; `pattern` is that of the files' names. No file is read
+    // before setFrame: until then, and where a file cannot be read, the image is one pixel, black and transparent.
+    // Throws InputError if an image has the name.
+    HostImage &addSequence(const std::string &pattern, const ImageSequence &sequence, const std::string &name);
+
+    // Makes all sequences show the files of a frame, which are read unless they are shown already. Gives those that
+    // could not be read. [between frames]
+    struct UnreadFile {
+        std::string image, why; // the image's name
+    };
+    std::vector<UnreadFile> setFrame(int frame);
+
     HostImage *first() const { return first_; }
     static HostImage *next(const HostImage *image) { return image ? image->next : nullptr; }
 
@@ -104,7 +127,9 @@ class ImageList {
     void setLastError(std::string message) { lastError_ = std::move(message); }
 
   private:
+    HostImage &add(std::unique_ptr<HostImage> image);
     void relink();
+    void requireUnused(const std::string &name, const std::string &file) const;
 
     std::vector<std::unique_ptr<HostImage>> images_;
     HostImage *first_ = nullptr;

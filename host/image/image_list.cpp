@@ -10,8 +10,33 @@
 #include <exception>
 #include <filesystem>
 #include <fmt/format.h>
+#include <utility>
+
+void HostImage::swapPixels(HostImage &other) {
+    std::swap(memory, other.memory);
+    std::swap(width, other.width);
+    std::swap(height, other.height);
+    std::swap(channels, other.channels);
+    std::swap(isColour, other.isColour);
+    std::swap(hasAlpha, other.hasAlpha);
+    std::swap(levels, other.levels);
+}
 
 namespace velm::host {
+
+namespace {
+
+// What a sequence shows without a file: one pixel of luminance and alpha.
+std::unique_ptr<HostImage> transparentImage() {
+    auto image = std::make_unique<HostImage>();
+    image->width = image->height = 1;
+    image->channels = 2;
+    image->hasAlpha = true;
+    image->levels.push_back({.width = 1, .height = 1, .pixels = {0, 0}});
+    return image;
+}
+
+} // namespace
 
 ImageList &ImageList::instance() {
     static ImageList list;
@@ -26,10 +51,46 @@ HostImage &ImageList::load(const std::string &file, const std::string &name) {
         const std::string stem = std::filesystem::path(file).filename().string();
         newName = stem;
         for (int number = 2; find(newName); ++number) newName = stem + " (" + std::to_string(number) + ")";
-    } else if (const HostImage *other = find(name)) {
-        throw InputError({.file = file}, "the name \"" + name + "\" already stands for the image " + other->file);
+    } else {
+        requireUnused(name, file);
     }
-    images_.push_back(readImage(file, newName, workflow_));
+    return add(readImage(file, newName, workflow_));
+}
+
+HostImage &ImageList::addSequence(const std::string &pattern, const ImageSequence &sequence, const std::string &name) {
+    requireUnused(name, pattern);
+    auto image = transparentImage();
+    image->name = name;
+    image->file = pattern;
+    image->sequence = sequence;
+    return add(std::move(image));
+}
+
+std::vector<ImageList::UnreadFile> ImageList::setFrame(int frame) {
+    std::vector<UnreadFile> unread;
+    for (const auto &image : images_) {
+        if (!image->sequence) continue;
+        const int number = image->sequence->numberAt(frame);
+        if (image->shownNumber == number) continue;
+        image->shownNumber = number;
+        std::unique_ptr<HostImage> shown = transparentImage();
+        try {
+            shown = readImage(numberedFile(image->file, number), image->name, workflow_);
+        } catch (const InputError &error) {
+            unread.push_back({.image = image->name, .why = error.what()});
+        }
+        image->swapPixels(*shown);
+    }
+    return unread;
+}
+
+void ImageList::requireUnused(const std::string &name, const std::string &file) const {
+    if (const HostImage *other = find(name))
+        throw InputError({.file = file}, "the name \"" + name + "\" already stands for the image " + other->file);
+}
+
+HostImage &ImageList::add(std::unique_ptr<HostImage> image) {
+    images_.push_back(std::move(image));
     relink();
     return *images_.back();
 }
@@ -95,7 +156,14 @@ HostImage *loadNamed(const char *fileName, const std::string &name) {
 HostImage *loadImage(const char *fileName) { return loadNamed(fileName, {}); }
 
 const char *imageName(HostImage *image) { return !image ? "" : image->name.c_str(); }
-const char *imageFileName(HostImage *image, int) { return !image ? "" : image->file.c_str(); }
+
+const char *imageFileName(HostImage *image, int frame) {
+    if (!image) return "";
+    if (!image->sequence) return image->file.c_str();
+    image->namedFile = numberedFile(image->file, image->sequence->numberAt(frame));
+    return image->namedFile.c_str();
+}
+
 int imageIsColour(HostImage *image) { return image && image->isColour; }
 // Every image has a pyramid from the start, so that nothing has to be prepared.
 void imageNeedsAntialiasing(HostImage *) {}
@@ -162,7 +230,7 @@ HostImage *loadReference(const HostLoadState *state) {
 
 void saveReference(const HostSaveState *state, HostImage *image) {
     state->writeString(state->data, imageName(image));
-    state->writeString(state->data, imageFileName(image, 0));
+    state->writeString(state->data, image ? image->file.c_str() : "");
 }
 
 int imageHasAlpha(HostImage *image) { return image && image->hasAlpha; }

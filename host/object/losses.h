@@ -50,7 +50,7 @@ enum class Loss {
     otherChannel,      // a texture of a channel that is not rendered
     alphaLayer,        // a texture that masks the one below it, but is the lowest one
     displacementLayer, // a texture that moves those below it
-    imageSequence,     // an image that is not a single file
+    otherImage,        // an image that is neither a still nor a sequence of numbered files
     imageFilter,       // a change to an image
     alphaImage,        // an image that masks a texture
     gradientInput,     // a gradient whose input is not supported

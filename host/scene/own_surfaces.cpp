@@ -96,7 +96,7 @@ class ObjectFiles {
         std::string name = image.name;
         int number = 2;
         for (const ImageDescription *known = first; known; known = findImage(name)) {
-            if (known->file == image.file) return name;
+            if (known->file == image.file && known->sequence == image.sequence) return name;
             name = fmt::format("{} ({})", image.name, number++);
         }
         if (first && first->objectFile.empty()) return image.name;

@@ -53,6 +53,7 @@ void Rendering::setFrame(int frame) {
     time_ = timeOfFrame(session_.scene().render, frame);
     session_.setTime(time_);
     setTime(frame_, time_);
+    session_.surfaces().showFrame(frame_, session_.warnings());
     session_.surfaces().newTime(frame_, time_);
 }
 

@@ -20,8 +20,9 @@ class Rendering {
     Rendering &operator=(const Rendering &) = delete;
 
     // Makes `frame` the current one: moves the scene's items to its time, and sets the frame and time for nodes and
-    // services. Frame n shows the time n / frames per second, so that a key at 0 shows in frame 0. To be called before
-    // the first render. InputError as Session::setTime.
+    // services, and makes sequences of images show the files of the frame. Frame n shows the time n / frames per
+    // second, so that a key at 0 shows in frame 0. To be called before the first render. InputError as
+    // Session::setTime.
     void setFrame(int frame);
 
     // The order in which the current frame is rendered for a job. The first frame decides for all. May render a small

@@ -100,6 +100,32 @@ TEST_F(Archives, KeepSurfacesAndImagesOfObjectFiles) {
     EXPECT_EQ(std::get<MeshFile>(after.objects[0].shape).file, file("kept/meshes/UglyVertexColors.lwo"));
 }
 
+// Frames 2, 4 and 6; the files of the frames between them are not read, and that of 6 is missing.
+TEST_F(Archives, HaveTheFilesThatTheFramesShow) {
+    const std::string scene = directory_.write("work/fire.json", R"({
+        "render": {"width": 8, "height": 6, "firstFrame": 2, "lastFrame": 6, "frameStep": 2},
+        "cameras": {"Main": {}}, "backdrop": {"kind": "image", "image": "Fire"},
+        "images": {"Fire": {"file": "fire/f_##.hdr", "sequence": {"first": 0, "last": 20, "offset": 10}},
+                   "Other": {"file": "smoke/f_##.hdr", "sequence": {"first": 1, "last": 2, "loop": true}}}})");
+    for (const char *name : {"fire/f_12.hdr", "fire/f_13.hdr", "fire/f_14.hdr", "smoke/f_01.hdr", "smoke/f_02.hdr"})
+        directory_.write(std::string("work/") + name, test::redHdr("-Y 1 +X 1"));
+    const test::Outcome files = test::velm({"files", scene}, false);
+    EXPECT_EQ(files.out, scene + '\n' + file("work/fire/f_12.hdr") + '\n' + file("work/fire/f_14.hdr") + '\n' +
+                             file("work/smoke/f_02.hdr") + '\n');
+    EXPECT_NE(files.err.find("images.Fire.file: " + file("work/fire/f_16.hdr")), std::string::npos) << files.err;
+    EXPECT_EQ(test::velm({"files", scene, "--strict"}, false).status, kExitInput);
+    const test::Outcome archived = test::velm({"archive", scene, file("kept")}, false);
+    ASSERT_EQ(archived.status, kExitDone) << archived.err;
+    EXPECT_EQ(filesBelow("kept"),
+              (std::vector<std::string>{"images/f_02.hdr", "images/f_12.hdr", "images/f_14.hdr", "scene.json"}));
+    const SceneDescription kept = readScene(file("kept/scene.json"), {});
+    EXPECT_EQ(kept.images[0].file, file("kept/images/f_##.hdr"));
+    EXPECT_EQ(kept.images[0].sequence, (ImageSequence{.first = 0, .last = 20, .offset = 10}));
+    const test::Outcome rendered =
+        test::velm({"render", file("kept/scene.json"), "--frame", "4", "--strict", "-o", file("a.png"), "--quiet"});
+    EXPECT_EQ(rendered.status, kExitDone) << rendered.err;
+}
+
 TEST_F(Archives, LeaveNothingBehindWhenTheyFail) {
     fs::permissions(file("work/sky.png"), fs::perms::none);
     fs::remove(file("work/b/stone.obj"));

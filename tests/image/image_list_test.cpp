@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <deque>
 
 namespace velm::host::test {
@@ -55,6 +56,47 @@ TEST_F(ImageListTest, ReadsAFileOnce) {
     EXPECT_EQ(&list.load(directory / "red.exr"), &named);
     EXPECT_NE(&list.load(directory / "red.exr", "sea"), &named);
     EXPECT_EQ(namesInOrder(), (Names{"sky", "sea"}));
+}
+
+TEST_F(ImageListTest, SequencesShowTheFileOfTheFrame) {
+    ASSERT_TRUE(writeImageFile<float>(directory / "f01.exr", 1, 1, 3, {1, 2, 3}));
+    ASSERT_TRUE(writeImageFile<float>(directory / "f02.exr", 2, 1, 1, {5, 6}));
+    const std::string pattern = directory / "f##.exr";
+    HostImage &image = list.addSequence(pattern, {.first = 1, .last = 2, .loop = true}, "fire");
+    EXPECT_EQ(namesInOrder(), (Names{"fire"}));
+    EXPECT_THROW(list.addSequence(pattern, {}, "fire"), InputError);
+    EXPECT_EQ(pixelAlpha(&image, 0, 0), 0) << "no frame is shown yet";
+    const auto colourAt = [&](int frame) {
+        EXPECT_TRUE(list.setFrame(frame).empty());
+        std::array<float, 3> colour{};
+        pixel(&image, 1, 0, colour.data());
+        return colour;
+    };
+    EXPECT_EQ(colourAt(1), (std::array<float, 3>{1, 2, 3}));
+    EXPECT_EQ(pixelAlpha(&image, 0, 0), 1);
+    EXPECT_EQ(colourAt(2), (std::array<float, 3>{6, 6, 6}));
+    EXPECT_EQ(image.width, 2);
+    EXPECT_FALSE(image.isColour);
+    EXPECT_EQ(colourAt(3), (std::array<float, 3>{1, 2, 3}));
+    EXPECT_EQ(list.find("fire"), &image);
+    EXPECT_EQ(table->fileName(&image, 2), directory / "f02.exr");
+    EXPECT_EQ(table->fileName(&image, 3), directory / "f01.exr");
+}
+
+TEST_F(ImageListTest, SequencesReadAFileOnlyWhenItChanges) {
+    ASSERT_TRUE(writeImageFile<float>(directory / "f1.exr", 1, 1, 3, {1, 2, 3}));
+    HostImage &image = list.addSequence(directory / "f#.exr", {.first = 0, .last = 1}, "fire");
+    EXPECT_TRUE(list.setFrame(1).empty());
+    std::filesystem::remove(directory / "f1.exr");
+    EXPECT_TRUE(list.setFrame(2).empty()) << "it is shown already";
+    EXPECT_EQ(pixelAlpha(&image, 0, 0), 1);
+    const auto unread = list.setFrame(0);
+    ASSERT_EQ(unread.size(), 1U);
+    EXPECT_EQ(unread[0].image, "fire");
+    EXPECT_NE(unread[0].why.find(directory / "f0.exr"), std::string::npos) << unread[0].why;
+    EXPECT_EQ(pixelAlpha(&image, 0, 0), 0);
+    EXPECT_EQ(image.width, 1);
+    EXPECT_EQ(list.setFrame(1).size(), 1U);
 }
 
 TEST_F(ImageListTest, NamesAreUnique) {

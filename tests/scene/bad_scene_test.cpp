@@ -51,6 +51,15 @@ const BadScene kBadScenes[] = {
      "3: \"maxDistance\" must be above \"minDistance\""},
     {"ALensOfTwoBlades", "{\"cameras\": {\"Main\":\n{\"blades\": 2}}}",
      "2: a lens has 3 blades or more, or 0 if it is round"},
+    {"ASequenceOfOneName",
+     withCamera("\"images\": {\"I\": {\"sequence\": {\"first\": 1, \"last\": 2},\n\"file\": \"a.png\"}}"),
+     "3: the \"file\" of a sequence needs \"#\" in its name, in place of the number, such as \"fire_####.png\"; found "
+     "\"a.png\""},
+    {"ASequenceThatEndsBeforeItBegins",
+     withCamera("\"images\": {\"I\": {\"file\": \"a#\", \"sequence\": {\"first\": 2, \"last\": 1}}}"),
+     "2: \"last\" must not be below \"first\""},
+    {"ASequenceWithoutAnEnd", withCamera("\"images\": {\"I\": {\"file\": \"a#\", \"sequence\": {\"first\": 2}}}"),
+     "2: \"sequence\" needs \"last\""},
     {"RepeatedKey", withCamera("\"cameras\": {}"), "2: \"cameras\" occurs twice; first on line 1"},
 
     {"WidthText", render("\"width\": \"640\""), "2: \"width\" must be a whole number from 1 to 32768; found \"640\""},

@@ -48,8 +48,37 @@ TEST(ObjectTextures, AreReadWhereTheNetworkHasNoNodes) {
     for (const SurfaceDescription &each : found.surfaces) nodes.push_back(each.network.nodes.size());
     EXPECT_EQ(nodes, (std::vector<std::size_t>{0, 2, 2, 0, 0, 0}));
     EXPECT_EQ(found.losses.count(Loss::layersBesideNodes), 0U) << "the node feeds the colour";
-    EXPECT_EQ(found.losses.count(Loss::imageSequence), 1U);
+    EXPECT_EQ(found.losses.count(Loss::otherImage), 1U);
     EXPECT_EQ(found.losses.count(Loss::vertexColours), 1U);
+}
+
+std::string sequenceClip(std::size_t number, std::size_t digitsAndFlags, const std::vector<std::size_t> &numbers,
+                         const std::string &prefix, const std::string &suffix) {
+    return chunk("CLIP", big(number, 4) + subChunk("ISEQ", words({digitsAndFlags}) + words(numbers) + cString(prefix) +
+                                                               cString(suffix)));
+}
+
+TEST(ObjectTextures, ShowSequencesOfImages) {
+    constexpr std::size_t kMinusTwo = 0xfffe;
+    const std::string clips =
+        sequenceClip(1, 0x0401, {kMinusTwo, 0, 1, 24}, "C:maps/fire_", ".png") +
+        sequenceClip(2, 0x0000, {0, 0, 9, kMinusTwo}, "smoke", "") +
+        sequenceClip(3, 0x0300, {0, 0, 1, 2}, "take#", ".png") +
+        chunk("CLIP", big(4, 4) + subChunk("ANIM", cString("a.mov") + cString("Movie") + words({0}))) +
+        chunk("CLIP", big(5, 4) + subChunk("STCC", words({0, 7}) + cString("sea.iff")));
+    const ObjectFile object(
+        objectFile(clips + surface("A", imageBlock(1)) + surface("B", imageBlock(3)) + surface("C", imageBlock(4))),
+        "a.lwo");
+    ASSERT_EQ(object.images().size(), 3U);
+    EXPECT_EQ(object.images()[0].file, "C:maps/fire_####.png");
+    EXPECT_EQ(object.images()[0].sequence, (ImageSequence{.first = 1, .last = 24, .offset = -2, .loop = true}));
+    EXPECT_EQ(object.images()[1].file, "smoke#");
+    EXPECT_EQ(object.images()[1].sequence, (ImageSequence{.first = -2, .last = 9}));
+    EXPECT_EQ(object.images()[2].file, "sea.iff");
+    EXPECT_EQ(object.images()[2].sequence, std::nullopt);
+    const ObjectSurfaces found = surfacesOf(object);
+    EXPECT_EQ(found.surfaces[0].network.nodes.size(), 2U);
+    EXPECT_EQ(found.losses.count(Loss::otherImage), 2U) << "a pattern cannot have a # before the number";
 }
 
 TEST(ObjectTextures, FiltersOfImagesAreNoticed) {
@@ -108,6 +137,29 @@ TEST_F(TexturedScene, ShowsTheImage) {
     EXPECT_GT(values.colour[0], 0.9);
     EXPECT_EQ(values.colour[1], 0);
     EXPECT_EQ(values.diffuse, 1);
+}
+
+TEST_F(TexturedScene, ShowsTheFileOfTheFrame) {
+    directory_.write("fire2.hdr", redHdr("-Y 1 +X 1"));
+    directory_.write("a.lwo", triangleObject("Globe", sequenceClip(1, 0x0100, {0, 0, 1, 2}, "C:maps/fire", ".hdr") +
+                                                          surface("Globe", imageBlock(1) + kRootAlone)));
+    const SceneDescription scene = readObjects(R"("A": {"mesh": {"file": "a.lwo"}})");
+    ASSERT_EQ(scene.images.size(), 1U);
+    EXPECT_EQ(scene.images[0].file, directory_ / "fire#.hdr");
+    Warnings warnings(Warnings::Policy::goOn);
+    SceneSurfaces built(scene, serverList(), &warnings);
+    EXPECT_TRUE(warnings.all().empty()) << "no frame is shown yet";
+    built.showFrame(2, warnings);
+    EXPECT_TRUE(warnings.all().empty());
+    EXPECT_EQ(valuesOf(built, "Globe", 0).colour[1], 0);
+    built.showFrame(1, warnings);
+    EXPECT_EQ(valuesOf(built, "Globe", 0).colour[1], 0.5) << "the surface's own colour";
+    ASSERT_EQ(warnings.all().size(), 1U);
+    EXPECT_NE(warnings.all()[0].text().find("frame 1: " + directory_ / "fire1.hdr"), std::string::npos)
+        << warnings.all()[0].text();
+    Warnings strict(Warnings::Policy::strict);
+    built.showFrame(2, strict);
+    EXPECT_THROW(built.showFrame(1, strict), InputError);
 }
 
 TEST_F(TexturedScene, ShowsTheSurfacesColourWhereTheImageIsMissing) {

@@ -89,6 +89,7 @@ class SchemaExample {
             if (!rival) result[name] = make(property, name);
             if (name == "region" || name == "mask") result[name] = {0.25, 0.25, 0.75, 0.5}; // not empty
         }
+        if (result.contains("sequence")) result["file"] = "Name #";    // a sequence needs a place for the number
         if (result.contains("maxDistance")) result["maxDistance"] = 7; // above the other one
         // The position of a light or camera must not be its target.
         if (result.contains("target")) result["target"] = {7, 8, 9};

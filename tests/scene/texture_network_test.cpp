@@ -355,7 +355,7 @@ TEST(TextureNetwork, WhatItDoesNotHaveIsCounted) {
         {Loss::otherChannel, [](SurfaceTexture &t) { t = gradientOf("BUMP", "Slope"); }, true},
         {Loss::alphaLayer, [](SurfaceTexture &t) { t.blend = TextureBlend::alpha; }, true},
         {Loss::displacementLayer, [](SurfaceTexture &t) { t.blend = TextureBlend::displacement; }, true},
-        {Loss::imageSequence, [](SurfaceTexture &t) { t.imageFile.clear(); }, true},
+        {Loss::otherImage, [](SurfaceTexture &t) { t.imageFile.clear(); }, true},
         {Loss::gradientInput, [](SurfaceTexture &t) { t = gradientOf("COLR", "Weight Map"); }, true},
         {Loss::gradientKeys,
          [](SurfaceTexture &t) {

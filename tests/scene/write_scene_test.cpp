@@ -89,6 +89,17 @@ TEST(WriteScene, KeepsEveryNumberToTheLastBit) {
     }
 }
 
+// Also where the numbers are those that a sequence has by default.
+TEST(WriteScene, KeepsSequencesOfImages) {
+    const TemporaryDirectory directory;
+    directory.write("maps/fire_07.png", "");
+    for (const std::string sequence :
+         {R"({"first": 1, "last": 7, "offset": -2, "loop": true})", R"({"first": 0, "last": 9})"})
+        expectKept(R"({"cameras": {"Main": {}}, "images": {"A": {"file": "maps/fire_##.png", "sequence": )" + sequence +
+                       "}, \"B\": {\"file\": \"fire_##.png\", \"sequence\": {\"first\": 1, \"last\": 1}}}}",
+                   directory / "scene.json", {.directories = {directory / "maps"}});
+}
+
 TEST(WriteScene, LeavesDefaultsOut) {
     EXPECT_EQ(writeScene(read(R"({"cameras": {"Main": {"position": [0, 0, -5]}}, "render": {"samples": 1},
                                   "backdrop": {"kind": "plain"}, "surfaces": {"Clay": {"smoothingAngle": 89.5}}})"),

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <iterator>
 #include <unordered_map>
 #include <utility>
 
@@ -58,7 +59,7 @@ class AbsentImages {
         for (const ImageDescription &image : scene.images) {
             std::string why = image.notFound;
             try {
-                if (why.empty()) ImageList::instance().load(image.file, image.name);
+                if (why.empty()) load(image);
             } catch (const InputError &error) {
                 why = error.what();
             }
@@ -83,6 +84,13 @@ class AbsentImages {
     }
 
   private:
+    static void load(const ImageDescription &image) {
+        if (image.sequence)
+            ImageList::instance().addSequence(image.file, *image.sequence, image.name);
+        else
+            ImageList::instance().load(image.file, image.name);
+    }
+
     static std::string briefly(const ImageDescription &image) {
         return fmt::format("no image {} ({})", inQuotes(image.name), image.file);
     }
@@ -202,6 +210,8 @@ SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers,
     ImageList::instance().setWorkflow(scene.render.workflow);
     AbsentImages absentImages(reported);
     absentImages.load(scene);
+    std::ranges::copy_if(scene.images, std::back_inserter(sequences_),
+                         [](const ImageDescription &image) { return image.sequence.has_value(); });
     NetworkBuilder builder(servers);
     for (const SurfaceDescription &description : scene.surfaces) {
         Surface &surface = *surfaces_.all.emplace_back(std::make_unique<Surface>(description.name));
@@ -236,6 +246,18 @@ Surface *SceneSurfaces::surface(const std::string &name) const {
     for (const auto &surface : surfaces_.all)
         if (surface->name() == name) return surface.get();
     return nullptr;
+}
+
+void SceneSurfaces::showFrame(int frame, Warnings &warnings) {
+    for (const ImageList::UnreadFile &unread : ImageList::instance().setFrame(frame)) {
+        const auto image = std::ranges::find(sequences_, unread.image, &ImageDescription::name);
+        if (image == sequences_.end()) continue; // a node has added it
+        warnings.add(
+            {.location = image->fileLocation,
+             .path = pathTo(pathTo("images", image->name), "file"),
+             .brief = fmt::format("no file for a frame of the image {} ({})", inQuotes(image->name), image->file),
+             .message = fmt::format("frame {}: {}; the image is transparent", frame, unread.why)});
+    }
 }
 
 void SceneSurfaces::init(int mode) {

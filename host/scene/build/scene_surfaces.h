@@ -31,6 +31,10 @@ class SceneSurfaces {
     // By name; null when there is none. Owned by this object.
     Surface *surface(const std::string &name) const;
 
+    // Makes the images that are sequences show the files of that frame. Those that cannot be read are added to
+    // `warnings`, and the images are transparent. InputError under the strict policy. [between frames]
+    void showFrame(int frame, Warnings &warnings);
+
     // Forwarded to all surfaces. When one fails to initialise, those before it are cleaned up, and the InputError is
     // passed on. [between frames]
     void init(int mode);
@@ -48,6 +52,7 @@ class SceneSurfaces {
         std::vector<std::unique_ptr<Surface>> all;
     };
     Images images_;
+    std::vector<ImageDescription> sequences_;
     Surfaces surfaces_;
 };
 

@@ -114,19 +114,23 @@ SurfaceDescription undescribedSurface(const std::string &name, const std::string
 
 namespace {
 
-// Adds the image of that name in an object to the descriptions, unless they have it already.
-void describeImage(const std::string &inObject, const std::string &object, const SearchPath &path,
+// Adds an image of an object to the descriptions, unless they have it already.
+void describeImage(const ObjectImage &image, const std::string &object, const SearchPath &path,
                    std::vector<ImageDescription> &images) {
     const std::string directory = std::filesystem::path(object).parent_path().string();
-    const std::string last = sceneNameOfImage(inObject);
+    const std::string &inObject = image.file, last = sceneNameOfImage(inObject);
+    const auto find = [&](const std::string &name) {
+        return image.sequence ? findSequence(name, *image.sequence, directory, path) : findFile(name, directory, path);
+    };
     if (last.empty() || std::ranges::count(images, last, &ImageDescription::name) > 0) return;
     ImageDescription &description = images.emplace_back();
     description.name = last;
     description.file = inObject;
+    description.sequence = image.sequence;
     description.objectFile = object;
     description.location.file = description.fileLocation.file = object;
-    auto found = findFile(inObject, directory, path);
-    if (!found) found = findFile(last, directory, path);
+    auto found = find(inObject);
+    if (!found) found = find(last);
     if (found)
         description.file = *found;
     else if (inObject == last)
@@ -140,7 +144,7 @@ void describeImage(const std::string &inObject, const std::string &object, const
 
 std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPath &path) {
     std::vector<ImageDescription> images;
-    for (const ObjectImage &image : object.images()) describeImage(image.file, object.name(), path, images);
+    for (const ObjectImage &image : object.images()) describeImage(image, object.name(), path, images);
     return images;
 }
 
@@ -148,7 +152,8 @@ std::vector<ImageDescription> imagesOfOldObject(std::string_view bytes, const st
                                                 const SearchPath &path) {
     std::vector<ImageDescription> images;
     for (const OldSurface &surface : readOldSurfaces(bytes, file))
-        for (const SurfaceTexture &texture : surface.textures) describeImage(texture.imageFile, file, path, images);
+        for (const SurfaceTexture &texture : surface.textures)
+            describeImage({.file = texture.imageFile}, file, path, images);
     return images;
 }
 

@@ -109,7 +109,7 @@ bool LayerNodes::isLeftOut(const SurfaceTexture &texture, const TextureChannel *
     if (texture.kind == Kind::procedural) return false;
     const bool hasNoMap = texture.projection == kUvProjection && texture.uvMap.empty();
     if (hasNoMap || (texture.imageFile.empty() && texture.clip == 0)) return true;
-    return sceneNameOfImage(texture.imageFile).empty() && because(Loss::imageSequence, channel->label);
+    return sceneNameOfImage(texture.imageFile).empty() && because(Loss::otherImage, channel->label);
 }
 
 LayerOutputs LayerNodes::add(const SurfaceTexture &texture, const TextureChannel &channel, int number,

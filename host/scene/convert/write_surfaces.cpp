@@ -8,7 +8,8 @@ namespace velm::host {
 
 std::string writeSurfaces(std::span<const ImageDescription> images, std::span<const SurfaceDescription> surfaces) {
     SceneDescription scene;
-    for (const ImageDescription &image : images) scene.images.push_back({.name = image.name, .file = image.file});
+    for (const ImageDescription &image : images)
+        scene.images.push_back({.name = image.name, .file = image.file, .sequence = image.sequence});
     for (const SurfaceDescription &surface : surfaces) {
         SurfaceDescription &described = scene.surfaces.emplace_back();
         described.name = surface.name;

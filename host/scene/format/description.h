@@ -6,6 +6,7 @@
 #pragma once
 
 #include "host/base/error.h"
+#include "host/base/image_sequence.h"
 #include "host/base/limits.h"
 #include "host/base/workflow.h"
 #include "host/graph/node_look.h"
@@ -262,11 +263,12 @@ struct FogDescription {
 
 struct ImageDescription {
     std::string name;
-    std::string file;         // as found; the name in the scene when there is no such file
+    std::string file;         // as found; the name in the scene when there is no such file; of a sequence, the pattern
     std::string notFound{};   // why the file was not found and where it was looked for; empty when it was found
     std::string source{};     // where people get the file from; may be empty
     std::string objectFile{}; // the object file that brings the image; empty for an image that the scene describes
     SourceLocation location{}, fileLocation{};
+    std::optional<ImageSequence> sequence{}; // nothing for an image of one file
 
     bool operator==(const ImageDescription &) const = default;
 };

@@ -132,21 +132,68 @@ void finishFog(const ReadContext &context, const JsonValue &object, FogDescripti
 
 // ---- Images ----
 
-// A missing image is not an error yet: whatever uses it may do without.
 constexpr CustomValue<ImageDescription> kImageFile{
     .read =
         [](const ReadContext &context, const JsonMember &found, ImageDescription &image) {
             image.file = readText(context, found.key, found.value, textRule());
             image.fileLocation = context.at(found.value.line);
-            if (auto file = findFile(image.file, context.directory, context.path))
-                image.file = *file;
-            else
-                image.notFound = whyNotFound(image.file, context.directory, context.path);
         },
     .write = [](const WriteContext &context, const ImageDescription &image) -> std::optional<nlohmann::ordered_json> {
         return image.notFound.empty() ? context.nameOf(image.file) : image.file;
     },
     .schema = textSchema};
+
+constexpr Field<ImageSequence> kSequenceFields[] = {
+    {.key = "first",
+     .help = "The smallest number in the names of the files.",
+     .rule = integerRule(),
+     .target = &ImageSequence::first,
+     .required = true},
+    {.key = "last",
+     .help = "The largest number in the names of the files.",
+     .rule = integerRule(),
+     .target = &ImageSequence::last,
+     .required = true},
+    {.key = "offset",
+     .help = "Number that is added to that of the frame to get the number of the file.",
+     .rule = integerRule(),
+     .target = &ImageSequence::offset},
+    {.key = "loop",
+     .help = "Whether the first file follows the last one again. By default, frames before the first file show the "
+             "first one, and frames after the last file show the last one.",
+     .rule = boolRule(),
+     .target = &ImageSequence::loop},
+};
+
+constexpr Table<ImageSequence> kSequenceTable{.what = "\"sequence\"", .fields = kSequenceFields};
+
+constexpr CustomValue<ImageDescription> kImageSequence{
+    .read =
+        [](const ReadContext &context, const JsonMember &found, ImageDescription &image) {
+            const ImageSequence &sequence = image.sequence.emplace();
+            readObject(context, kSequenceTable, found.value, *image.sequence);
+            if (sequence.last < sequence.first) context.fail(found.value.line, "\"last\" must not be below \"first\"");
+        },
+    .write = [](const WriteContext &context, const ImageDescription &image) -> std::optional<nlohmann::ordered_json> {
+        if (!image.sequence) return std::nullopt;
+        return writeObject(context, kSequenceTable, *image.sequence);
+    },
+    .schema = [] { return objectSchema(kSequenceTable); }};
+
+// A missing image is not an error yet: whatever uses it may do without.
+void findImage(const ReadContext &context, const JsonValue &, ImageDescription &image) {
+    if (image.sequence && !isSequencePattern(image.file))
+        throw InputError(image.fileLocation,
+                         "the \"file\" of a sequence needs \"#\" in its name, in place of the number, "
+                         "such as \"fire_####.png\"; found \"" +
+                             image.file + '"');
+    const auto file = image.sequence ? findSequence(image.file, *image.sequence, context.directory, context.path)
+                                     : findFile(image.file, context.directory, context.path);
+    if (file)
+        image.file = *file;
+    else
+        image.notFound = whyNotFound(image.file, context.directory, context.path);
+}
 
 constexpr Field<ImageDescription> kImageFields[] = {
     {.key = "file",
@@ -154,6 +201,11 @@ constexpr Field<ImageDescription> kImageFields[] = {
              "or damaged, a warning says so, and the scene is rendered without it.",
      .target = kImageFile,
      .required = true},
+    {.key = "sequence",
+     .help =
+         "Makes the image show another file at each frame: \"file\" has \"#\" in place of the number, once for each "
+         "digit.",
+     .target = kImageSequence},
     {.key = "source",
      .help = "Where people get the file from; the warning about a missing file repeats it.",
      .rule = textRule(),
@@ -207,7 +259,7 @@ const Table<FogDescription> &fogTable() {
 }
 
 const Table<ImageDescription> &imageTable() {
-    static constexpr Table<ImageDescription> table{.what = "an image", .fields = kImageFields};
+    static constexpr Table<ImageDescription> table{.what = "an image", .fields = kImageFields, .finish = findImage};
     return table;
 }
 

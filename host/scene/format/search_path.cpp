@@ -65,6 +65,20 @@ std::optional<std::string> findFile(const std::string &name, const std::string &
     return std::nullopt;
 }
 
+std::optional<std::string> findSequence(const std::string &pattern, const ImageSequence &sequence,
+                                        const std::string &sceneDirectory, const SearchPath &path) {
+    for (const std::string &candidate : candidates(pattern, sceneDirectory, path)) {
+        const fs::path directory = fs::path(candidate).parent_path(), name = fs::path(candidate).filename();
+        std::error_code error;
+        for (fs::directory_iterator it(directory.empty() ? "." : directory, error), end; !error && it != end;
+             it.increment(error)) {
+            const auto number = numberOfFile(name.string(), it->path().filename().string());
+            if (number && sequence.has(*number) && isFile(it->path())) return candidate;
+        }
+    }
+    return std::nullopt;
+}
+
 std::string whyNotFound(const std::string &name, const std::string &sceneDirectory, const SearchPath &path) {
     for (const std::string &candidate : candidates(name, sceneDirectory, path)) {
         if (isAbsent(candidate)) continue;

@@ -1,6 +1,8 @@
 // The directories in which the files of a scene are looked for.
 #pragma once
 
+#include "host/base/image_sequence.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,8 +23,12 @@ SearchPath makeSearchPath(const std::vector<std::string> &named, const char *env
 // the scene's directory and then along the path. Nothing when there is no such regular file.
 std::optional<std::string> findFile(const std::string &name, const std::string &sceneDirectory, const SearchPath &path);
 
-// Why findFile gives nothing, for people: what the name belongs to instead, such as a directory, or the directories
-// that were searched.
+// The same for a sequence of images: the pattern, below the first directory that has one of its files.
+std::optional<std::string> findSequence(const std::string &pattern, const ImageSequence &sequence,
+                                        const std::string &sceneDirectory, const SearchPath &path);
+
+// Why findFile or findSequence gives nothing, for people: what the name belongs to instead, such as a directory, or the
+// directories that were searched.
 std::string whyNotFound(const std::string &name, const std::string &sceneDirectory, const SearchPath &path);
 
 } // namespace velm::host
