@@ -14,8 +14,8 @@ namespace velm::host {
 
 namespace {
 
-constexpr std::uint32_t kObject = fourCC("LWO2"), kSurface = fourCC("SURF"), kClip = fourCC("CLIP"),
-                        kEnvelope = fourCC("ENVL"), kNetworkChunk = fourCC("NODS");
+constexpr std::uint32_t kObject = fourCC("LWO2"), kSurface = fourCC("SURF"), kEnvelope = fourCC("ENVL"),
+                        kNetworkChunk = fourCC("NODS");
 constexpr std::size_t kChunkHeader = 8, kSubChunkHeader = 6;
 constexpr std::size_t kLargestSubChunk = 0xffff;
 
@@ -56,12 +56,12 @@ void ObjectFile::readChunks() {
     if (const std::uint32_t type = file.formType(); type != kObject)
         file.fail(8, fmt::format("the object file has the form {}; only LWO2 is read", blockName(type)));
     end_ = file.endOfForm();
-    for (const Chunk &chunk : file.chunks()) {
+    const std::vector<Chunk> chunks = file.chunks();
+    for (const Chunk &chunk : chunks) {
         if (chunk.id == kSurface) readSurface(chunk.contents);
-        if (chunk.id == kClip)
-            if (auto image = readClip(file, chunk)) images_.push_back(std::move(*image));
         if (chunk.id == kEnvelope) envelopes_.add(readEnvelope(file, chunk));
     }
+    images_ = readImages(file, chunks);
 }
 
 void ObjectFile::readSurface(FileRange range) {
@@ -155,8 +155,9 @@ std::vector<SurfaceTexture> ObjectFile::textures(std::size_t index) const {
         const auto image = std::ranges::find(images_, texture.clip, &ObjectImage::number);
         if (image == images_.end()) continue;
         texture.imageFile = image->file;
-        texture.isFiltered = image->isFiltered;
-        texture.isNegative = texture.isNegative != image->isNegative;
+        texture.imageVariant = image->variant;
+        texture.hasImagePlugIn = image->hasPlugIn;
+        texture.hasFilterEnvelope = image->hasEnvelope;
     }
     return textures;
 }

@@ -1,12 +1,15 @@
 // The images of object files: their clips.
 #pragma once
 
+#include "host/base/image_filter.h"
 #include "host/base/image_sequence.h"
 #include "host/object/iff.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace velm::host {
 
@@ -15,12 +18,19 @@ struct ObjectImage {
     std::uint32_t number = 0;
     std::string file;                        // on the machine that wrote the object; of a sequence, the pattern
     std::optional<ImageSequence> sequence{}; // nothing for an image of one file
-    bool isNegative = false;                 // the object shows its negative
-    bool isFiltered = false;                 // the object changes its brightness, contrast and so on
+    std::vector<ImageFilter> filters{};      // without those that change nothing
+    bool hasPlugIn = false;                  // a plug-in changes the image
+    bool hasEnvelope = false;                // an envelope drives a filter
+    // The object may have several images of files of one name. They are numbered from 1; images that are equal have the
+    // same number.
+    int variant = 1;
 };
 
-// The image of a chunk CLIP; nothing for clips of other kinds than stills and sequences. Throws InputError with the
-// byte's offset for a chunk that is too short. [any thread]
-std::optional<ObjectImage> readClip(const IffFile &file, const Chunk &clip);
+// The images of an object's chunks CLIP, in their order. Clips of other kinds than stills, sequences and instances of
+// these are left out. Throws InputError with the byte's offset for a chunk that is too short. [any thread]
+std::vector<ObjectImage> readImages(const IffFile &file, const std::vector<Chunk> &chunks);
+
+// The last part of a file's name on the machine that wrote an object; empty where the name ends with a separator.
+std::string lastPart(std::string_view file);
 
 } // namespace velm::host

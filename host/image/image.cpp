@@ -3,6 +3,7 @@
 
 #include "host/base/direction.h"
 #include "host/base/error.h"
+#include "host/image/filters.h"
 #include "host/image/image_formats.h"
 #include "host/image/transfer.h"
 #include "host/io/embedded_images.h"
@@ -63,18 +64,27 @@ class LinearTable {
     std::vector<float> values_;
 };
 
+// How the colours of the file are changed.
+struct ColourChange {
+    const std::vector<ImageFilter> &filters; // first
+    bool isWithinOne = false;                // of the filters: see applyFilters
+    bool linearises = false;                 // then to linear light
+};
+
 // Converts the channels of the file to ours.
 std::pmr::vector<float> arrange(std::span<const float> read, int fileChannels, const ChannelChoice &choice,
-                                bool linearise, std::pmr::memory_resource *memory) {
+                                const ColourChange &change, std::pmr::memory_resource *memory) {
     const std::size_t stride = static_cast<std::size_t>(fileChannels), count = read.size() / stride;
     const std::size_t channels = choice.source.size(), colours = channels - (choice.hasAlpha ? 1 : 0);
     static const LinearTable toLinear;
     std::pmr::vector<float> pixels(count * channels, memory);
     for (std::size_t i = 0; i < count; ++i) {
-        for (std::size_t channel = 0; channel < channels; ++channel) {
-            const float value = read[i * stride + static_cast<std::size_t>(choice.source[channel])];
-            pixels[i * channels + channel] = linearise && channel < colours ? toLinear(value) : value;
-        }
+        const std::span<float> pixel(pixels.data() + i * channels, channels), colour = pixel.first(colours);
+        for (std::size_t channel = 0; channel < channels; ++channel)
+            pixel[channel] = read[i * stride + static_cast<std::size_t>(choice.source[channel])];
+        if (!change.filters.empty()) applyFilters(change.filters, change.isWithinOne, colour);
+        if (!change.linearises) continue;
+        for (float &component : colour) component = toLinear(component);
     }
     return pixels;
 }
@@ -181,7 +191,8 @@ void checkMemory(const ImageHeader &header, const ChannelChoice &choice, const s
                              " MiB of memory (see --read-memory)");
 }
 
-void readOpened(ImageFile &input, const std::string &file, Workflow workflow, ReadPixels &image) {
+void readOpened(ImageFile &input, const std::string &file, Workflow workflow, const std::vector<ImageFilter> &filters,
+                ReadPixels &image) {
     const ImageHeader &header = input.header();
     if (header.width < 1 || header.height < 1 || header.channels.empty() || header.depth > 1 || header.isDeep)
         failToRead(file, sizeText(header) + " is none that can be used");
@@ -197,19 +208,22 @@ void readOpened(ImageFile &input, const std::string &file, Workflow workflow, Re
     image.channels = static_cast<int>(choice.source.size());
     image.isColour = choice.isColour;
     image.hasAlpha = choice.hasAlpha;
+    const bool isEncoded = header.numbers == StoredNumbers::shortIntegers;
+    const ColourChange change{
+        .filters = filters, .isWithinOne = isEncoded, .linearises = isEncoded && workflow == Workflow::linear};
     buildLevels(image, header.width, header.height,
-                arrange({read.get(), values}, static_cast<int>(header.channels.size()), choice,
-                        workflow == Workflow::linear && header.numbers == StoredNumbers::shortIntegers,
+                arrange({read.get(), values}, static_cast<int>(header.channels.size()), choice, change,
                         image.levels.get_allocator().resource()));
 }
 
 } // namespace
 
-std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name, Workflow workflow) {
+std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name, Workflow workflow,
+                                     const std::vector<ImageFilter> &filters) {
     if (const auto reason = whyUnreadable(fileToOpen(file))) failToRead(file, *reason);
     setUpImageLibrary(); // once for all the processes
     const auto read = readApart<ReadPixels>(
-        file, "the image", [&](ReadPixels &pixels) { readOpened(*openImage(file), file, workflow, pixels); });
+        file, "the image", [&](ReadPixels &pixels) { readOpened(*openImage(file), file, workflow, filters, pixels); });
     return std::make_unique<HostImage>(HostImage{
         .memory = read,
         .name = name,
@@ -219,7 +233,8 @@ std::unique_ptr<HostImage> readImage(const std::string &file, const std::string 
         .channels = read->channels,
         .isColour = read->isColour,
         .hasAlpha = read->hasAlpha,
-        .levels = {std::make_move_iterator(read->levels.begin()), std::make_move_iterator(read->levels.end())}});
+        .levels = {std::make_move_iterator(read->levels.begin()), std::make_move_iterator(read->levels.end())},
+        .filters = filters});
 }
 
 void directionToImage(double seamAngle, const double direction[3], double *u, double *v) {

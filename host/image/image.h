@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/base/error.h"
+#include "host/base/image_filter.h"
 #include "host/base/image_sequence.h"
 #include "host/base/workflow.h"
 #include "module/host.h"
@@ -36,6 +37,8 @@ struct HostImage {
         levels;                // the image, then each level half the size of the one before, down to 1 by 1
     HostImage *next = nullptr; // in the list's order
 
+    std::vector<velm::host::ImageFilter> filters{}; // through which the files were read
+
     // Of a sequence: which file is shown, and its name, which the plug-in interface gives out.
     std::optional<velm::host::ImageSequence> sequence{};
     std::optional<int> shownNumber{};
@@ -51,13 +54,15 @@ namespace velm::host {
 // Reads an image in a process of its own (see host/io/reader_process.h), by the format that its contents have; the
 // formats are in image_formats.cpp. In the linear workflow, colour channels of 8-bit and 16-bit integer files are
 // converted from sRGB to linear light; in the classic one they are used as they are, as float files and alpha always
-// are. Colours that the file does not multiply by alpha stay so. Of animated and multi-part files, the first picture is
+// are. Before that, the colours go through the filters. Colours that the file does not multiply by alpha stay so. Of
+// animated and multi-part files, the first picture is
 // read.
 // Throws InputError with the name of the file if it is missing, damaged, empty or of another format, and if reading it
 // exceeds a limit. An image whose header claims a size that would need more memory is refused before any is allocated.
 // [interface thread]
 std::unique_ptr<HostImage> readImage(const std::string &file, const std::string &name,
-                                     Workflow workflow = Workflow::linear);
+                                     Workflow workflow = Workflow::linear,
+                                     const std::vector<ImageFilter> &filters = {});
 
 // Pixel lookups. The null image is black and has no alpha; outside the image, the nearest pixel is returned. `colour`
 // receives three components, which are equal for an image without colour. [render threads]
@@ -92,13 +97,16 @@ class ImageList {
 
     // Returns the image of that file and name, and reads it if it is not in the list. An empty name matches any image
     // of that file; a new image then gets the file name without directories, numbered if it is taken: "wood.png (2)".
-    // The list owns the image. Throws InputError as readImage does, and if an image of another file has the name.
-    HostImage &load(const std::string &file, const std::string &name = {});
+    // The filters are those of a new image. The list owns the image. Throws InputError as readImage does, and if an
+    // image of another file has the name.
+    HostImage &load(const std::string &file, const std::string &name = {},
+                    const std::vector<ImageFilter> &filters = {});
 
     // Adds an image that shows another file at each frame; `pattern` is that of the files' names. No file is read
     // before setFrame: until then, and where a file cannot be read, the image is one pixel, black and transparent.
     // Throws InputError if an image has the name.
-    HostImage &addSequence(const std::string &pattern, const ImageSequence &sequence, const std::string &name);
+    HostImage &addSequence(const std::string &pattern, const ImageSequence &sequence, const std::string &name,
+                           const std::vector<ImageFilter> &filters = {});
 
     // Makes all sequences show the files of a frame, which are read unless they are shown already. Gives those that
     // could not be read. [between frames]

@@ -43,7 +43,7 @@ ImageList &ImageList::instance() {
     return list;
 }
 
-HostImage &ImageList::load(const std::string &file, const std::string &name) {
+HostImage &ImageList::load(const std::string &file, const std::string &name, const std::vector<ImageFilter> &filters) {
     for (const auto &image : images_)
         if (image->file == file && (name.empty() || image->name == name)) return *image;
     std::string newName = name;
@@ -54,15 +54,17 @@ HostImage &ImageList::load(const std::string &file, const std::string &name) {
     } else {
         requireUnused(name, file);
     }
-    return add(readImage(file, newName, workflow_));
+    return add(readImage(file, newName, workflow_, filters));
 }
 
-HostImage &ImageList::addSequence(const std::string &pattern, const ImageSequence &sequence, const std::string &name) {
+HostImage &ImageList::addSequence(const std::string &pattern, const ImageSequence &sequence, const std::string &name,
+                                  const std::vector<ImageFilter> &filters) {
     requireUnused(name, pattern);
     auto image = transparentImage();
     image->name = name;
     image->file = pattern;
     image->sequence = sequence;
+    image->filters = filters;
     return add(std::move(image));
 }
 
@@ -75,7 +77,7 @@ std::vector<ImageList::UnreadFile> ImageList::setFrame(int frame) {
         image->shownNumber = number;
         std::unique_ptr<HostImage> shown = transparentImage();
         try {
-            shown = readImage(numberedFile(image->file, number), image->name, workflow_);
+            shown = readImage(numberedFile(image->file, number), image->name, workflow_, image->filters);
         } catch (const InputError &error) {
             unread.push_back({.image = image->name, .why = error.what()});
         }

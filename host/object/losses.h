@@ -51,7 +51,8 @@ enum class Loss {
     alphaLayer,        // a texture that masks the one below it, but is the lowest one
     displacementLayer, // a texture that moves those below it
     otherImage,        // an image that is neither a still nor a sequence of numbered files
-    imageFilter,       // a change to an image
+    imageFilter,       // a plug-in that changes an image
+    filterEnvelope,    // the envelope of a change to an image
     alphaImage,        // an image that masks a texture
     gradientInput,     // a gradient whose input is not supported
     gradientKeys,      // a key of a gradient that has too many

@@ -66,7 +66,9 @@ struct SurfaceTexture {
     // Of images.
     std::uint32_t clip = 0;             // number of the image in the object; 0 for none, and where the file names it
     std::string imageFile;              // file name on the machine that wrote the object; empty where it is not known
-    bool isFiltered = false;            // the object changes the image's brightness, contrast and so on
+    int imageVariant = 1;               // of the object's images of that name, counted from 1
+    bool hasImagePlugIn = false;        // a plug-in changes the image
+    bool hasFilterEnvelope = false;     // an envelope drives a filter of the image
     std::string alphaFile;              // of an image that masks the layer; empty for none
     int projection = 0;                 // 0 planar, 1 cylindrical, 2 spherical, 3 cubic, 4 front, 5 UV
     int axis = 0;                       // 0 X, 1 Y, 2 Z

@@ -78,11 +78,12 @@ class ObjectFiles {
     // Adds an object's images and notes to the scene and gives its surfaces.
     std::vector<SurfaceDescription> added(std::vector<ImageDescription> images, ObjectSurfaces found,
                                           const std::string &file) {
+        std::map<std::string, std::string> names;
         for (ImageDescription &image : images) {
             const std::string inObject = image.name;
-            if (const std::string name = addImage(std::move(image)); name != inObject)
-                renameImage(inObject, name, found.surfaces);
+            names[inObject] = addImage(std::move(image));
         }
+        renameImages(names, found.surfaces);
         for (Losses::Text &loss : found.losses.texts())
             scene_.notes.push_back({.file = file, .brief = std::move(loss.brief), .message = std::move(loss.message)});
         return std::move(found.surfaces);
@@ -96,7 +97,8 @@ class ObjectFiles {
         std::string name = image.name;
         int number = 2;
         for (const ImageDescription *known = first; known; known = findImage(name)) {
-            if (known->file == image.file && known->sequence == image.sequence) return name;
+            if (known->file == image.file && known->sequence == image.sequence && known->filters == image.filters)
+                return name;
             name = fmt::format("{} ({})", image.name, number++);
         }
         if (first && first->objectFile.empty()) return image.name;
@@ -110,12 +112,17 @@ class ObjectFiles {
         return found == scene_.images.end() ? nullptr : &*found;
     }
 
-    // Renames an image in the networks of texture layers. Saved networks refer to images by their files.
-    static void renameImage(const std::string &from, const std::string &to, std::vector<SurfaceDescription> &surfaces) {
+    // Gives images in the networks of texture layers their names in the scene, by their names in the object. Saved
+    // networks refer to images by their files.
+    static void renameImages(const std::map<std::string, std::string> &names,
+                             std::vector<SurfaceDescription> &surfaces) {
         for (SurfaceDescription &surface : surfaces)
             for (NodeDescription &node : surface.network.nodes)
-                for (SettingDescription &setting : node.settings)
-                    if (setting.label == "Image" && setting.value == SettingValue(from)) setting.value = to;
+                for (SettingDescription &setting : node.settings) {
+                    if (setting.label != "Image") continue;
+                    const auto found = names.find(std::get<std::string>(setting.value));
+                    if (found != names.end()) setting.value = found->second;
+                }
     }
 
     const SearchPath &path_;

@@ -111,6 +111,24 @@ INSTANTIATE_TEST_SUITE_P(All, Channels,
                                          ChannelCase{"ColourAlpha", 4, true, true}),
                          [](const auto &each) { return each.param.name; });
 
+// The filters get the numbers of the file; the result is converted to linear light.
+TEST(ReadImage, FiltersChangeTheColoursOfTheFile) {
+    const TemporaryDirectory directory;
+    ASSERT_TRUE(writeImageFile<std::uint8_t>(directory / "a.png", 1, 1, 4, {51, 204, 255, 51}));
+    const std::vector<ImageFilter> negative{{.kind = ImageFilter::Kind::negative}};
+    const auto linear = readImage(directory / "a.png", "a", Workflow::linear, negative);
+    float colour[3];
+    pixel(linear.get(), 0, 0, colour);
+    EXPECT_NEAR(colour[0], 0.6038273, kByteTolerance);
+    EXPECT_NEAR(colour[1], 0.03310477, kByteTolerance);
+    EXPECT_EQ(colour[2], 0);
+    EXPECT_NEAR(pixelAlpha(linear.get(), 0, 0), 0.2, kByteTolerance);
+    const auto classic = readImage(directory / "a.png", "a", Workflow::classic, negative);
+    pixel(classic.get(), 0, 0, colour);
+    EXPECT_NEAR(colour[0], 0.8, kByteTolerance);
+    EXPECT_EQ(classic->filters, negative);
+}
+
 TEST(ReadImage, ErrorsNameTheFile) {
     const TemporaryDirectory directory;
     writeText(directory / "broken.png", "\x89PNG\r\n\x1a\nand no more");

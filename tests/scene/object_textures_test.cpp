@@ -81,30 +81,71 @@ TEST(ObjectTextures, ShowSequencesOfImages) {
     EXPECT_EQ(found.losses.count(Loss::otherImage), 2U) << "a pattern cannot have a # before the number";
 }
 
-TEST(ObjectTextures, FiltersOfImagesAreNoticed) {
-    const std::string none = words({0});
-    const std::pair<std::string, bool> kRows[] = {
-        {subChunk("BRIT", reals({0}) + none), false},      {subChunk("BRIT", reals({0.5F}) + none), true},
-        {subChunk("HUE ", reals({0}) + words({2})), true}, {subChunk("GAMM", reals({1}) + none), false},
-        {subChunk("GAMM", reals({2.2F}) + none), true},    {subChunk("NEGA", words({1})), false},
-        {subChunk("IFLT", cString("Blur")), true},         {subChunk("FLAG", "abcd"), false}};
-    for (const auto &[filter, isFiltered] : kRows) {
-        const ObjectFile object(objectFile(clip(1, "a.png", filter) + surface("A", imageBlock(1))), "a.lwo");
-        EXPECT_EQ(object.images()[0].isFiltered, isFiltered) << filter;
-        EXPECT_EQ(surfacesOf(object).losses.count(Loss::imageFilter), isFiltered ? 1U : 0U) << filter;
+TEST(ObjectTextures, HaveTheFiltersOfTheirImages) {
+    using Filters = std::vector<ImageFilter>;
+    using Filter = ImageFilter::Kind;
+    const std::string none = words({0}), negative = subChunk("NEGA", words({1}));
+    const std::pair<std::string, Filters> kRows[] = {
+        {subChunk("BRIT", reals({0}) + none) + subChunk("GAMM", reals({1}) + none), {}},
+        {subChunk("NEGA", words({0})) + subChunk("FLAG", "abcd"), {}},
+        {subChunk("BRIT", reals({0.1F}) + none) + subChunk("CONT", reals({-0.5F}) + none),
+         {{.kind = Filter::brightness, .amount = 0.1}, {.kind = Filter::contrast, .amount = -0.5}}},
+        {subChunk("SATR", reals({0.5F}) + none) + subChunk("HUE ", reals({0.25F})),
+         {{.kind = Filter::saturation, .amount = 0.5}, {.kind = Filter::hue, .amount = 0.25}}},
+        {negative + subChunk("GAMM", reals({2.2F}) + none) + negative,
+         {{.kind = Filter::negative}, {.kind = Filter::gamma, .amount = 2.2}, {.kind = Filter::negative}}}};
+    for (const auto &[filters, expected] : kRows) {
+        const ObjectFile object(objectFile(clip(1, "a.png", filters) + surface("A", imageBlock(1))), "a.lwo");
+        EXPECT_EQ(imagesOf(object, {}).at(0).filters, expected) << filters;
+        const Losses losses = surfacesOf(object).losses;
+        EXPECT_EQ(losses.count(Loss::imageFilter) + losses.count(Loss::filterEnvelope), 0U) << filters;
     }
 }
 
-TEST(ObjectTextures, NegativesOfImagesAreNegativeTextures) {
-    const auto negativeOf = [](const std::string &filters, const std::string &header) {
-        const ObjectFile object(objectFile(clip(1, "a.png", filters) + surface("A", imageBlock(1, header))), "a.lwo");
-        return object.textures(0).at(0).isNegative;
+TEST(ObjectTextures, LackPlugInsAndEnvelopesOfTheirImages) {
+    const ObjectFile object(
+        objectFile(
+            clip(1, "a.png", subChunk("IFLT", cString("Blur"))) +
+            clip(2, "b.png", subChunk("HUE ", reals({0}) + words({2})) + subChunk("BRIT", reals({1}) + words({3}))) +
+            surface("A", imageBlock(1)) + surface("B", imageBlock(2))),
+        "a.lwo");
+    const Losses losses = surfacesOf(object).losses;
+    EXPECT_EQ(losses.count(Loss::imageFilter), 1U);
+    EXPECT_EQ(losses.count(Loss::filterEnvelope), 1U);
+    EXPECT_EQ(object.images()[1].filters.size(), 1U);
+}
+
+std::string instanceClip(std::size_t number, std::size_t original, const std::string &rest = "") {
+    return chunk("CLIP", big(number, 4) + subChunk("XREF", big(original, 4) + cString("an instance")) + rest);
+}
+
+// Instances have the file of the original, but not its filters.
+TEST(ObjectTextures, ShowInstancesOfImages) {
+    const std::string negative = subChunk("NEGA", words({1}));
+    const ObjectFile object(
+        objectFile(instanceClip(1, 2) + clip(2, "maps/a.png", negative) + instanceClip(3, 1, negative) +
+                   sequenceClip(4, 0x0100, {0, 0, 1, 2}, "b", ".png") + instanceClip(5, 4, negative) +
+                   instanceClip(6, 7) + instanceClip(7, 6) + instanceClip(8, 99) + clip(9, "other/a.png") +
+                   surface("A", imageBlock(1)) + surface("B", imageBlock(3)) + surface("C", imageBlock(9)) +
+                   surface("D", imageBlock(6))),
+        "a.lwo");
+    std::vector<std::string> names;
+    for (const ImageDescription &image : imagesOf(object, {})) names.push_back(image.name);
+    EXPECT_EQ(names, (std::vector<std::string>{"a.png", "a.png (2)", "b#.png", "b#.png (2)", "a.png (3)"}));
+    const std::vector<ImageDescription> images = imagesOf(object, {});
+    EXPECT_EQ(images[0].filters.size(), 0U);
+    EXPECT_EQ(images[1].filters.size(), 1U);
+    EXPECT_EQ(images[3].sequence, images[2].sequence);
+    const ObjectSurfaces found = surfacesOf(object);
+    const auto imageIn = [&](std::size_t i) {
+        for (const SettingDescription &setting : found.surfaces[i].network.nodes.at(0).settings)
+            if (setting.label == "Image") return std::get<std::string>(setting.value);
+        return std::string();
     };
-    const std::string negative = subChunk("NEGA", words({1})), positive = subChunk("NEGA", words({0}));
-    EXPECT_FALSE(negativeOf(positive, ""));
-    EXPECT_TRUE(negativeOf(negative, ""));
-    EXPECT_FALSE(negativeOf(negative + negative, ""));
-    EXPECT_FALSE(negativeOf(negative, negative));
+    EXPECT_EQ(imageIn(0), "a.png");
+    EXPECT_EQ(imageIn(1), "a.png (2)");
+    EXPECT_EQ(imageIn(2), "a.png (3)");
+    EXPECT_EQ(found.losses.count(Loss::otherImage), 1U) << "instances of each other";
 }
 
 // A scene with an object "a.lwo" beside a red image.
@@ -160,6 +201,25 @@ TEST_F(TexturedScene, ShowsTheFileOfTheFrame) {
     Warnings strict(Warnings::Policy::strict);
     built.showFrame(2, strict);
     EXPECT_THROW(built.showFrame(1, strict), InputError);
+}
+
+// The file is red; the second object shows its negative, and so does a surface of the third one.
+TEST_F(TexturedScene, ShowsImagesThroughTheirFilters) {
+    const std::string negative = subChunk("NEGA", words({1}));
+    directory_.write("b.lwo", triangleObject("Cyan", clip(1, "red.hdr", negative) + surface("Cyan", imageBlock(1))));
+    directory_.write("c.lwo", triangleObject("Both", clip(1, "red.hdr", negative) + clip(2, "red.hdr") +
+                                                         surface("Both", imageBlock(2))));
+    const SceneDescription scene = readObjects(R"("A": {"mesh": {"file": "a.lwo"}}, "B": {"mesh": {"file": "b.lwo"}},
+                                                  "C": {"mesh": {"file": "c.lwo"}})");
+    std::vector<std::string> names;
+    for (const ImageDescription &image : scene.images) names.push_back(image.name);
+    EXPECT_EQ(names, (std::vector<std::string>{"red.hdr", "red.hdr (2)", "red.hdr (2) (2)"}));
+    const SceneSurfaces built(scene, serverList());
+    EXPECT_GT(valuesOf(built, "Globe", 0).colour[0], 0.9);
+    EXPECT_EQ(valuesOf(built, "Globe", 0).colour[1], 0);
+    EXPECT_LT(valuesOf(built, "Cyan", 0).colour[0], 0.1);
+    EXPECT_EQ(valuesOf(built, "Cyan", 0).colour[1], 1);
+    EXPECT_GT(valuesOf(built, "Both", 0).colour[0], 0.9);
 }
 
 TEST_F(TexturedScene, ShowsTheSurfacesColourWhereTheImageIsMissing) {

@@ -363,7 +363,8 @@ TEST(TextureNetwork, WhatItDoesNotHaveIsCounted) {
              t.keys.resize(9);
          },
          false},
-        {Loss::imageFilter, [](SurfaceTexture &t) { t.isFiltered = true; }, false},
+        {Loss::imageFilter, [](SurfaceTexture &t) { t.hasImagePlugIn = true; }, false},
+        {Loss::filterEnvelope, [](SurfaceTexture &t) { t.hasFilterEnvelope = true; }, false},
         {Loss::alphaImage, [](SurfaceTexture &t) { t.alphaFile = "mask.iff"; }, false},
         {Loss::animatedTexture, [](SurfaceTexture &t) { t.envelopes[TextureNumber::size] = {nullptr}; }, false},
         {Loss::envelopeModifier,

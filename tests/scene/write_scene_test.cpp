@@ -100,6 +100,13 @@ TEST(WriteScene, KeepsSequencesOfImages) {
                    directory / "scene.json", {.directories = {directory / "maps"}});
 }
 
+TEST(WriteScene, KeepsFiltersOfImages) {
+    const std::string filters =
+        R"([{"kind": "gamma", "amount": 0}, {"kind": "negative"}, {"kind": "hue", "amount": -0.1}])";
+    expectKept(R"({"cameras": {"Main": {}}, "images": {"A": {"file": "a.png", "filters": )" + filters + "}}}",
+               "scene.json");
+}
+
 TEST(WriteScene, LeavesDefaultsOut) {
     EXPECT_EQ(writeScene(read(R"({"cameras": {"Main": {"position": [0, 0, -5]}}, "render": {"samples": 1},
                                   "backdrop": {"kind": "plain"}, "surfaces": {"Clay": {"smoothingAngle": 89.5}}})"),

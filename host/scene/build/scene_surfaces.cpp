@@ -86,9 +86,9 @@ class AbsentImages {
   private:
     static void load(const ImageDescription &image) {
         if (image.sequence)
-            ImageList::instance().addSequence(image.file, *image.sequence, image.name);
+            ImageList::instance().addSequence(image.file, *image.sequence, image.name, image.filters);
         else
-            ImageList::instance().load(image.file, image.name);
+            ImageList::instance().load(image.file, image.name, image.filters);
     }
 
     static std::string briefly(const ImageDescription &image) {

@@ -8,6 +8,7 @@
 #include "host/scene/convert/envelope_keys.h"
 #include "host/scene/convert/surface_chunk.h"
 #include "host/scene/convert/texture_network.h"
+#include "host/scene/format/shortest.h"
 #include "host/state/save_state.h"
 
 #include <algorithm>
@@ -118,15 +119,18 @@ namespace {
 void describeImage(const ObjectImage &image, const std::string &object, const SearchPath &path,
                    std::vector<ImageDescription> &images) {
     const std::string directory = std::filesystem::path(object).parent_path().string();
-    const std::string &inObject = image.file, last = sceneNameOfImage(inObject);
-    const auto find = [&](const std::string &name) {
-        return image.sequence ? findSequence(name, *image.sequence, directory, path) : findFile(name, directory, path);
+    const std::string &inObject = image.file, last = lastPart(inObject),
+                      name = sceneNameOfImage(inObject, image.variant);
+    const auto find = [&](const std::string &file) {
+        return image.sequence ? findSequence(file, *image.sequence, directory, path) : findFile(file, directory, path);
     };
-    if (last.empty() || std::ranges::count(images, last, &ImageDescription::name) > 0) return;
+    if (last.empty() || std::ranges::count(images, name, &ImageDescription::name) > 0) return;
     ImageDescription &description = images.emplace_back();
-    description.name = last;
+    description.name = name;
     description.file = inObject;
     description.sequence = image.sequence;
+    for (const ImageFilter &filter : image.filters)
+        description.filters.push_back({.kind = filter.kind, .amount = shortest(filter.amount, 1)});
     description.objectFile = object;
     description.location.file = description.fileLocation.file = object;
     auto found = find(inObject);

@@ -139,7 +139,7 @@ LayerOutputs LayerNodes::addImage(const SurfaceTexture &texture, const TextureCh
         node.set(label, std::string(texts[index]));
     };
     const auto isOn = [&](const char *label, bool on) { node.set(label, std::string(on ? "On" : "Off")); };
-    node.set("Image", sceneNameOfImage(texture.imageFile));
+    node.set("Image", sceneNameOfImage(texture.imageFile, texture.imageVariant));
     chosen("Projection", kProjections, texture.projection);
     chosen("Axis", kAxes, texture.axis);
     setPosition(texture, node);
@@ -216,7 +216,8 @@ void LayerNodes::notePositionLosses(const SurfaceTexture &texture) {
 void LayerNodes::noteImageLosses(const SurfaceTexture &texture) {
     notePositionLosses(texture);
     if (texture.isFrozen) lose(Loss::frozenProjection);
-    if (texture.isFiltered) lose(Loss::imageFilter, inQuotes(texture.imageFile));
+    if (texture.hasImagePlugIn) lose(Loss::imageFilter, inQuotes(texture.imageFile));
+    if (texture.hasFilterEnvelope) lose(Loss::filterEnvelope, inQuotes(texture.imageFile));
     if (!texture.alphaFile.empty()) lose(Loss::alphaImage, inQuotes(texture.alphaFile));
 }
 

@@ -1,6 +1,7 @@
 #include "host/scene/convert/texture_network.h"
 
 #include "host/base/names.h"
+#include "host/files/object_images.h"
 #include "host/graph/surface.h"
 #include "host/scene/convert/envelope_keys.h"
 #include "host/scene/convert/texture_layers.h"
@@ -175,6 +176,9 @@ void noteUnusedTextures(const std::vector<SurfaceTexture> &textures, const std::
     }
 }
 
-std::string sceneNameOfImage(std::string_view file) { return std::string(file.substr(file.find_last_of("/\\:") + 1)); }
+std::string sceneNameOfImage(std::string_view file, int variant) {
+    const std::string last = lastPart(file);
+    return last.empty() || variant == 1 ? last : fmt::format("{} ({})", last, variant);
+}
 
 } // namespace velm::host

@@ -27,7 +27,8 @@ void noteUnusedTextures(const std::vector<SurfaceTexture> &textures, const std::
                         const std::string &surface, Losses &losses);
 
 // The name that an image of an object gets in the scene: the last part of its file's name on the machine that wrote the
-// object. Empty where the name ends with a separator.
-std::string sceneNameOfImage(std::string_view file);
+// object, with the image's number if the object has several of that name: "wood.png (2)". Empty where the file's name
+// ends with a separator.
+std::string sceneNameOfImage(std::string_view file, int variant = 1);
 
 } // namespace velm::host

@@ -88,7 +88,8 @@ UnpackedSurfaces unpackSurfaces(const ObjectFile &object, const SearchPath &path
     result.data = dataOf(built, scene.surfaces);
     // The images of the object, and others that its nodes name.
     for (const HostImage *image = ImageList::instance().first(); image; image = ImageList::next(image))
-        result.images.push_back({.name = image->name, .file = image->file, .sequence = image->sequence});
+        result.images.push_back(
+            {.name = image->name, .file = image->file, .sequence = image->sequence, .filters = image->filters});
     for (const SurfaceDescription &surface : scene.surfaces)
         result.surfaces.push_back(describeSurface(*built.surface(surface.name), defaults));
     return result;

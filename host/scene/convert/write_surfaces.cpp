@@ -9,7 +9,8 @@ namespace velm::host {
 std::string writeSurfaces(std::span<const ImageDescription> images, std::span<const SurfaceDescription> surfaces) {
     SceneDescription scene;
     for (const ImageDescription &image : images)
-        scene.images.push_back({.name = image.name, .file = image.file, .sequence = image.sequence});
+        scene.images.push_back(
+            {.name = image.name, .file = image.file, .sequence = image.sequence, .filters = image.filters});
     for (const SurfaceDescription &surface : surfaces) {
         SurfaceDescription &described = scene.surfaces.emplace_back();
         described.name = surface.name;

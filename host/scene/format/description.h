@@ -6,6 +6,7 @@
 #pragma once
 
 #include "host/base/error.h"
+#include "host/base/image_filter.h"
 #include "host/base/image_sequence.h"
 #include "host/base/limits.h"
 #include "host/base/workflow.h"
@@ -269,6 +270,7 @@ struct ImageDescription {
     std::string objectFile{}; // the object file that brings the image; empty for an image that the scene describes
     SourceLocation location{}, fileLocation{};
     std::optional<ImageSequence> sequence{}; // nothing for an image of one file
+    std::vector<ImageFilter> filters{};      // in the order in which they are applied
 
     bool operator==(const ImageDescription &) const = default;
 };

@@ -180,6 +180,48 @@ constexpr CustomValue<ImageDescription> kImageSequence{
     },
     .schema = [] { return objectSchema(kSequenceTable); }};
 
+constexpr const char *kFilterKinds[] = {"brightness", "contrast", "saturation", "hue", "gamma", "negative"};
+constexpr unsigned kNegativeFilter = 1u << static_cast<unsigned>(ImageFilter::Kind::negative);
+static_assert(kNegativeFilter == 1u << 5 && static_cast<int>(ImageFilter::Kind::contrast) == 1 &&
+                  static_cast<int>(ImageFilter::Kind::hue) == 3,
+              "the texts of the kinds are in the order of the kinds");
+
+constexpr Field<ImageFilter> kFilterFields[] = {
+    {.key = "kind",
+     .help = "What the filter changes.",
+     .rule = choiceRule(kFilterKinds),
+     .target = kindIn<&ImageFilter::kind>,
+     .required = true},
+    {.key = "amount",
+     .help = "How much it changes it: 0 is nothing, but 1 for the gamma. The hue is turned; 1 is the whole circle.",
+     .rule = numberRule(),
+     .target = &ImageFilter::amount,
+     .required = true,
+     .kinds = ~kNegativeFilter},
+};
+
+constexpr Table<ImageFilter> kFilterTable{.what = "a filter", .fields = kFilterFields};
+
+constexpr CustomValue<ImageDescription> kImageFilters{
+    .read =
+        [](const ReadContext &context, const JsonMember &found, ImageDescription &image) {
+            const JsonValue &list = found.value;
+            if (list.kind != JsonValue::Kind::list)
+                context.fail(list.line, "\"filters\" must be a list of filters; found " + list.shown());
+            for (const JsonValue &element : list.list)
+                readObject(context, kFilterTable, element, image.filters.emplace_back());
+        },
+    .write = [](const WriteContext &context, const ImageDescription &image) -> std::optional<nlohmann::ordered_json> {
+        if (image.filters.empty()) return std::nullopt;
+        nlohmann::ordered_json list = nlohmann::ordered_json::array();
+        for (const ImageFilter &filter : image.filters) list.push_back(writeObject(context, kFilterTable, filter));
+        return list;
+    },
+    .schema =
+        [] {
+            return nlohmann::ordered_json{{"type", "array"}, {"items", objectSchema(kFilterTable)}};
+        }};
+
 // A missing image is not an error yet: whatever uses it may do without.
 void findImage(const ReadContext &context, const JsonValue &, ImageDescription &image) {
     if (image.sequence && !isSequencePattern(image.file))
@@ -206,6 +248,9 @@ constexpr Field<ImageDescription> kImageFields[] = {
          "Makes the image show another file at each frame: \"file\" has \"#\" in place of the number, once for each "
          "digit.",
      .target = kImageSequence},
+    {.key = "filters",
+     .help = "Changes to the colours of the file, in the order in which they are applied.",
+     .target = kImageFilters},
     {.key = "source",
      .help = "Where people get the file from; the warning about a missing file repeats it.",
      .rule = textRule(),
