@@ -1,12 +1,12 @@
 #include "host/cli/scene_files.h"
 
+#include "host/base/names.h"
 #include "host/io/embedded_images.h"
+#include "host/io/files.h"
 #include "host/render/geometry/mesh.h"
 
-#include "host/base/names.h"
-#include "host/io/files.h"
-
 #include <algorithm>
+#include <cstdint>
 #include <fmt/format.h>
 #include <set>
 #include <utility>
@@ -32,6 +32,22 @@ void addSequence(const ImageDescription &image, const RenderDescription &render,
             together.others.push_back(std::move(file));
     }
     if (!together.file.empty()) files.push_back(std::move(together));
+}
+
+// The files that the file of an image names in turn. Warns of a file with images inside that cannot be read.
+std::vector<std::string> othersOf(const ImageDescription &image, const std::string &file, Warnings &warnings) {
+    if (file == image.file) return {};
+    try {
+        std::vector<std::string> opened = filesOfEmbeddedImages(file);
+        opened.erase(opened.begin());
+        return opened;
+    } catch (const InputError &error) {
+        warnings.add({.location = image.fileLocation,
+                      .path = pathTo(pathTo("images", image.name), "file"),
+                      .brief = fmt::format("an image that cannot be read: {}", inQuotes(image.name)),
+                      .message = error.what()});
+        return {};
+    }
 }
 
 } // namespace
@@ -71,7 +87,7 @@ std::vector<SceneFile> filesOfScene(const SceneDescription &scene, Warnings &war
         else if (image.sequence)
             addSequence(image, scene.render, files, warnings);
         else if (const std::string file = fileToOpen(image.file); !isListed(file))
-            files.push_back({.kind = SceneFile::Kind::image, .file = file, .others = {}});
+            files.push_back({.kind = SceneFile::Kind::image, .file = file, .others = othersOf(image, file, warnings)});
     }
     return files;
 }

@@ -13,7 +13,7 @@ namespace velm::host {
 struct SceneFile {
     enum class Kind { mesh, object, image } kind = Kind::mesh; // object: an object file that only brings surfaces
     std::string file;
-    std::vector<std::string> others; // such as the materials of a mesh file
+    std::vector<std::string> others; // such as the materials of a mesh file or the buffers of a glTF file
 };
 
 // The files of an image that the scene's frames read, each once: one, or those of a sequence in the order of their

@@ -1,7 +1,10 @@
 #include "host/io/embedded_images.h"
 
 #include "host/base/error.h"
+#include "host/io/base64.h"
+#include "host/io/fbx_images.h"
 #include "host/io/files.h"
+#include "host/io/named_files.h"
 
 #include <charconv>
 #include <cstdint>
@@ -52,33 +55,12 @@ GltfParts chunksOf(std::string_view bytes, const std::string &file) {
     return parts;
 }
 
-int valueOfBase64(char digit) {
-    if (digit >= 'A' && digit <= 'Z') return digit - 'A';
-    if (digit >= 'a' && digit <= 'z') return digit - 'a' + 26;
-    if (digit >= '0' && digit <= '9') return digit - '0' + 52;
-    if (digit == '+') return 62;
-    return digit == '/' ? 63 : -1;
-}
-
 // The bytes of a data URI in base 64, up to the first character that is not a digit; nothing for any other URI.
 std::optional<std::string> bytesOfDataUri(std::string_view uri) {
     constexpr std::string_view kBase64 = ";base64,";
     const std::size_t start = uri.find(kBase64);
     if (!uri.starts_with("data:") || start == std::string_view::npos) return std::nullopt;
-    std::string bytes;
-    bytes.reserve((uri.size() - start) / 4 * 3);
-    std::uint32_t bits = 0;
-    int count = 0;
-    for (const char digit : uri.substr(start + kBase64.size())) {
-        const int value = valueOfBase64(digit);
-        if (value < 0) break;
-        bits = bits << 6 | static_cast<std::uint32_t>(value);
-        count += 6;
-        if (count < 8) continue;
-        count -= 8;
-        bytes += static_cast<char>(bits >> count & 0xff);
-    }
-    return bytes;
+    return bytesOfBase64(uri.substr(start + kBase64.size()));
 }
 
 // The images of one file. All members throw json::exception if the document lacks something or has another type there.
@@ -89,6 +71,16 @@ class GltfImages {
           buffers_(document.value("buffers", json::array()).size()) {}
 
     std::size_t count() const { return images_.size(); }
+
+    // The files of buffers outside of the file.
+    std::vector<std::string> bufferFiles() const {
+        std::vector<std::string> files;
+        for (const json &buffer : document_.value("buffers", json::array())) {
+            const std::string uri = buffer.value("uri", "");
+            if (!uri.empty() && !uri.starts_with("data:")) files.push_back(fileOfUri(uri));
+        }
+        return files;
+    }
 
     std::string bytesOf(std::size_t index) {
         const json &image = images_.at(index);
@@ -103,6 +95,11 @@ class GltfImages {
     }
 
   private:
+    // The mesh library also appends the URI to the directory, even if it begins with a slash.
+    std::string fileOfUri(const std::string &uri) const {
+        return namedFile(file_.substr(0, file_.rfind('/') + 1), uri);
+    }
+
     std::string_view bufferAt(std::size_t index) {
         const json &buffer = document_.at("buffers").at(index);
         if (!buffer.contains("uri")) return binary_;
@@ -110,8 +107,7 @@ class GltfImages {
         if (read) return *read;
         const auto &uri = buffer.at("uri").get_ref<const std::string &>();
         read = bytesOfDataUri(uri);
-        // The mesh library also appends the URI to the directory, even if it begins with a slash, and decodes no "%20".
-        if (!read) read = readFile(file_.substr(0, file_.rfind('/') + 1) + uri);
+        if (!read) read = readFile(fileOfUri(uri));
         return *read;
     }
 
@@ -122,10 +118,27 @@ class GltfImages {
     std::vector<std::optional<std::string>> buffers_; // those that are not `binary_`, once they have been read
 };
 
-// Reads a file and returns what `use` does of its images.
+// The images of an FBX file.
+class FbxImages {
+  public:
+    FbxImages(std::string_view bytes, const std::string &file) : images_(imagesOfFbx(bytes, file)) {}
+
+    std::size_t count() const { return images_.size(); }
+    std::string bytesOf(std::size_t index) const { return images_.at(index).bytes(); }
+    static std::vector<std::string> bufferFiles() { return {}; }
+
+  private:
+    std::vector<FbxImage> images_;
+};
+
+// Reads a file and returns what `use` makes of its images.
 template <class Use>
 auto fromImagesOf(const std::string &file, const Use &use) {
     const std::string bytes = readFile(file);
+    if (isFbx(bytes)) {
+        const FbxImages images(bytes, file);
+        return use(images);
+    }
     const GltfParts parts = bytes.starts_with("glTF") ? chunksOf(bytes, file) : GltfParts{.text = bytes, .binary = {}};
     try {
         const json document = json::parse(parts.text);
@@ -160,15 +173,24 @@ std::string fileToOpen(const std::string &name) {
 }
 
 std::vector<std::string> readEmbeddedImages(const std::string &file) {
-    return fromImagesOf(file, [](GltfImages &images) {
+    return fromImagesOf(file, [](auto &images) {
         std::vector<std::string> all;
         for (std::size_t i = 0; i < images.count(); ++i) all.push_back(images.bytesOf(i));
         return all;
     });
 }
 
+std::vector<std::string> filesOfEmbeddedImages(const std::string &file) {
+    return namesReadApart(file, "the image", [&file] {
+        std::vector<std::string> files = fromImagesOf(file, [](const auto &images) { return images.bufferFiles(); });
+        std::erase_if(files, [](const std::string &one) { return whyUnreadable(one).has_value(); });
+        files.insert(files.begin(), file);
+        return files;
+    });
+}
+
 std::string readEmbeddedImage(const EmbeddedImage &image) {
-    return fromImagesOf(image.file, [&image](GltfImages &images) {
+    return fromImagesOf(image.file, [&image](auto &images) {
         return image.index < images.count() ? images.bytesOf(image.index) : std::string();
     });
 }

@@ -25,13 +25,17 @@ std::optional<EmbeddedImage> embeddedImage(std::string_view name);
 // the form above, or if there is a file of exactly that name. [any thread]
 std::string fileToOpen(const std::string &name);
 
-// The images of a glTF 2.0 file, text or binary (GLB), in the file's order. Images that are files of their own are
-// empty strings; all others are the bytes of an image file. Also opens the files of buffers that the file names, in any
-// directory. Throws InputError with the name of the file that is missing, damaged or not glTF. To be called in a
-// process of its own: see readApart.
+// The images of a glTF 2.0 file, text or binary (GLB), or of an FBX file, text or binary, in the file's order. Images
+// of glTF that are files of their own are empty strings; all others are the bytes of an image file. Also opens the
+// files of buffers that a glTF file names, in any directory. Throws InputError with the name of the file that is
+// missing, damaged or of another format. To be called in a process of its own: see readApart.
 std::vector<std::string> readEmbeddedImages(const std::string &file);
 
 // One of them; empty if the file has no image of that index inside.
 std::string readEmbeddedImage(const EmbeddedImage &image);
+
+// The files that reading the images opens, the file itself first. Files that are missing are left out. InputError as
+// above. [interface thread]
+std::vector<std::string> filesOfEmbeddedImages(const std::string &file);
 
 } // namespace velm::host

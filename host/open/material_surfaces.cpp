@@ -1,6 +1,7 @@
 #include "host/open/material_surfaces.h"
 
 #include "host/io/embedded_images.h"
+#include "host/io/named_files.h"
 #include "host/open/new_names.h"
 #include "host/scene/convert/mesh_surfaces.h"
 #include "host/scene/convert/texture_network.h"
@@ -36,11 +37,17 @@ class MaterialImages {
         image.file = file;
         const auto embedded = embeddedImage(file);
         const bool isInside = embedded && embedded->file == file_;
-        if (const auto found = isInside ? std::optional(file) : finder_.find(file))
+        std::string shown = file;
+        auto found = isInside ? std::optional(file) : finder_.find(file);
+        if (!found) { // names in glTF are URIs, and some programs write them to other files, too
+            shown = withoutEscapes(file);
+            found = finder_.find(shown);
+        }
+        if (found)
             image.file = *found;
         else
             image.notFound = finder_.whyNotFound(file);
-        const std::string last = isInside ? fmt::format("image {}", embedded->index) : sceneNameOfImage(file);
+        const std::string last = isInside ? fmt::format("image {}", embedded->index) : sceneNameOfImage(shown);
         image.name = unusedNames_.take(writableName(last));
         scene_.images.push_back(image);
         return image.notFound.empty() ? image.name : std::string();

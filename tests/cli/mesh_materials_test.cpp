@@ -245,6 +245,63 @@ TEST_F(MeshMaterials, FindTexturesOfOtherSystems) {
     expectUpright(render(directory_.write("square.obj", kSquare)));
 }
 
+TEST_F(MeshMaterials, FindFilesWhoseNamesAreWrittenOtherwise) {
+    std::filesystem::create_directory(file("my maps"));
+    writeQuarters("my maps/my paper.png", kQuarters);
+    directory_.write("my maps/square.mtl", "newmtl Paper\nKd 1 1 1\nmap_Kd my%20maps\\my%20paper.png\n");
+    std::string square = kSquare;
+    square.replace(square.find("square.mtl"), 10, "my%20maps\\square.mtl");
+    const std::string mesh = directory_.write("square.obj", square);
+    expectUpright(render(mesh));
+    EXPECT_EQ(test::velm({"files", mesh}, false).out,
+              mesh + '\n' + file("my maps/square.mtl") + '\n' + file("my maps/my paper.png") + '\n');
+}
+
+// The square as a text file with its buffer in another one; the first image is a file, too, and the second inside.
+TEST_F(MeshMaterials, FindTheFilesOfGltf) {
+    const std::string glb = glbSquare({writeQuarters("my paper.png", kQuarters)}, 0, json::object());
+    const std::size_t jsonSize = static_cast<unsigned char>(glb[12]) + 256U * static_cast<unsigned char>(glb[13]);
+    json document = json::parse(glb.substr(20, jsonSize));
+    document["buffers"][0]["uri"] = "my%20square.bin";
+    document["images"].push_back(document["images"][0]);
+    document["images"][0] = {{"uri", "my%20paper.png"}};
+    const std::string mesh = directory_.write("work/square.gltf", document.dump());
+    directory_.write("work/my square.bin", glb.substr(20 + jsonSize + 8));
+    std::filesystem::rename(file("my paper.png"), file("work/my paper.png"));
+    const std::string listed = mesh + '\n' + file("work/my square.bin") + '\n';
+    expectUpright(render(mesh));
+    EXPECT_EQ(test::velm({"files", mesh}, false).out, listed + file("work/my paper.png") + '\n');
+    const std::string scene = directory_.write("work/sky.json", R"({"cameras": {"Main": {}},
+        "images": {"Sky": {"file": "square.gltf#image/1"}}, "backdrop": {"kind": "image", "image": "Sky"}})");
+    EXPECT_EQ(test::velm({"files", scene}, false).out, scene + '\n' + listed);
+    ASSERT_EQ(test::velm({"archive", mesh, file("kept")}, false).status, kExitDone);
+    ASSERT_EQ(test::velm({"archive", scene, file("sky")}, false).status, kExitDone);
+    std::filesystem::remove_all(file("work"));
+    for (const std::string kept : {"kept", "sky"}) {
+        const Outcome outcome = test::velm(
+            {"render", file(kept + "/scene.json"), "-o", file("a.exr"), "--size", "8x8", "--quiet", "--strict"});
+        EXPECT_EQ(outcome.status, kExitDone) << outcome.err;
+    }
+    directory_.write("broken/square.gltf", "{");
+    directory_.write("broken/sky.json",
+                     R"({"cameras": {"Main": {}}, "images": {"Sky": {"file": "square.gltf#image/1"}}})");
+    const Outcome broken = test::velm({"files", file("broken/sky.json")}, false);
+    EXPECT_EQ(broken.status, kExitDone);
+    EXPECT_NE(broken.err.find("cannot read the images inside"), std::string::npos) << broken.err;
+}
+
+TEST_F(MeshMaterials, ShowImagesInsideOfFbx) {
+    const std::string directory = "/usr/share/assimp/models/FBX/embedded_ascii/";
+    if (!std::filesystem::exists(directory)) GTEST_SKIP() << "the package assimp-testmodels is not installed";
+    for (const char *name : {"box.FBX", "box_embedded_texture_fragmented.fbx"}) {
+        const json images = json::parse(test::velm({"info", directory + name, "--json"}).out)["images"];
+        ASSERT_EQ(images.size(), 1U) << name;
+        EXPECT_EQ(images[0]["found"], true);
+        EXPECT_EQ(images[0]["file"], directory + name + "#image/0");
+        EXPECT_GE(readFilePixels(images[0]["file"]).width, 64);
+    }
+}
+
 TEST_F(MeshMaterials, WarnOnceOfMissingTextures) {
     directory_.write("square.mtl", "newmtl Paper\nKd 1 1 1\nmap_Kd gone.png\n");
     const std::string mesh = directory_.write("square.obj", kSquare);

@@ -47,6 +47,16 @@ TEST_F(EmbeddedImages, AreInUrisAndBuffers) {
     EXPECT_EQ(readEmbeddedImage({.file = directory_ / "a.gltf", .index = expected.size()}), "");
 }
 
+TEST_F(EmbeddedImages, NeedTheFilesOfTheirBuffers) {
+    directory_.write("my data.bin", "0123456789");
+    const std::string file = directory_.write("a.gltf", R"({"buffers": [{"uri": "my%20data.bin"}, {"uri": "absent.bin"},
+        {"uri": "data:;base64,aGVsbG8="}, {}], "bufferViews": [{"buffer": 0, "byteOffset": 2, "byteLength": 3}],
+        "images": [{"bufferView": 0}]})");
+    EXPECT_EQ(readEmbeddedImage({.file = file, .index = 0}), "234");
+    EXPECT_EQ(filesOfEmbeddedImages(file), (std::vector<std::string>{file, directory_ / "my data.bin"}));
+    EXPECT_THROW(filesOfEmbeddedImages(directory_.write("b.gltf", "{")), InputError);
+}
+
 TEST_F(EmbeddedImages, MustBeInsideOfTheirBuffers) {
     const auto withView = [](const std::string &view) {
         return R"("buffers": [{"uri": "data:;base64,aGVsbG8="}], "images": [{"bufferView": 0}], "bufferViews": [)" +

@@ -8,6 +8,7 @@
 
 #include "host/base/error.h"
 #include "host/io/files.h"
+#include "host/io/named_files.h"
 #include "host/object/losses.h"
 
 #include <assimp/BaseImporter.h>
@@ -51,7 +52,11 @@ class MeshFiles final : public Assimp::DefaultIOSystem {
     }
 
   private:
-    std::string realName(const std::string &name) const { return name == alias_ ? file_ : name; }
+    std::string realName(const std::string &name) const {
+        if (name == alias_) return file_;
+        const std::string directory = file_.substr(0, file_.rfind('/') + 1);
+        return name.starts_with(directory) ? namedFile(directory, name.substr(directory.size())) : name;
+    }
 
     std::string file_, alias_;
     std::vector<std::string> *opened_;

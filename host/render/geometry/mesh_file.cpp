@@ -5,6 +5,7 @@
 
 #include "host/base/error.h"
 #include "host/io/files.h"
+#include "host/io/named_files.h"
 #include "host/io/reader_process.h"
 
 #include <algorithm>
@@ -140,18 +141,6 @@ class ReadBuffers {
     std::uint32_t polygonCount_ = 0;
 };
 
-// The names of the files that a mesh file makes its reader open.
-struct ReadNames {
-    explicit ReadNames(std::pmr::memory_resource *memory) : names(memory) {}
-
-    bool isWithin(const SharedArena &arena) const {
-        return arena.holds(names) &&
-               std::all_of(names.begin(), names.end(), [&](const std::pmr::string &name) { return arena.holds(name); });
-    }
-
-    std::pmr::vector<std::pmr::string> names;
-};
-
 void requireReadable(const std::string &file) {
     if (const auto reason = whyUnreadable(file)) throw InputError({.file = file}, "cannot read the mesh: " + *reason);
 }
@@ -189,11 +178,10 @@ Mesh readMesh(const std::string &file, const Transform &transform, std::optional
 
 std::vector<std::string> filesOfMesh(const std::string &file) {
     requireReadable(file);
-    const auto read = readApart<ReadNames>(file, "the mesh", [&](ReadNames &files) {
+    return namesReadApart(file, "the mesh", [&file] {
         const MeshFormat &format = requireFormatOf(file);
-        for (const std::string &name : format.files(file, format)) files.names.emplace_back(name);
+        return format.files(file, format);
     });
-    return {read->names.begin(), read->names.end()};
 }
 
 } // namespace velm::host

@@ -20,6 +20,9 @@ struct MeshFormat {
 
     bool isGltf() const { return ending == std::string_view("gltf") || ending == std::string_view("glb"); }
 
+    // Whether files may have images inside that can be read again; see readEmbeddedImages.
+    bool hasImages() const { return isGltf() || ending == std::string_view("fbx"); }
+
     // Reads a file of the format. The buffers of the mesh are allocated from `memory`, and have room for more than its
     // elements. Throws InputError as readMesh does. To be called in a process of its own: see readApart.
     Mesh (*read)(const std::string &file, const MeshFormat &format, const Transform &transform,

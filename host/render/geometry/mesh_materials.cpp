@@ -165,8 +165,8 @@ MeshTexture::Wrap wrapOf(int mode) {
 // The textures of one scene's materials.
 class TextureReader {
   public:
-    TextureReader(const aiScene &scene, const std::string &file, bool isGltf, Losses &losses)
-        : scene_(scene), file_(file), isGltf_(isGltf), losses_(losses) {}
+    TextureReader(const aiScene &scene, const std::string &file, const MeshFormat &format, Losses &losses)
+        : scene_(scene), file_(file), format_(format), losses_(losses) {}
 
     // Adds the first texture of a type. Returns false if there is none that can be shown. `uvMaps` are the names of the
     // material's UV maps, by channel.
@@ -217,7 +217,7 @@ class TextureReader {
     std::string findFile(const std::string &name) {
         const aiTexture *embedded = scene_.GetEmbeddedTexture(name.c_str());
         if (!embedded) return name.starts_with('*') ? std::string() : name; // "*0" and so on are embedded images
-        if (!isGltf_ || embedded->mHeight != 0) return {};
+        if (!format_.hasImages() || embedded->mHeight != 0) return {};
         if (images_.empty()) readImages();
         const std::string_view bytes(reinterpret_cast<const char *>(embedded->pcData), embedded->mWidth);
         const auto found = indices_.find(bytes);
@@ -232,7 +232,7 @@ class TextureReader {
 
     const aiScene &scene_;
     const std::string &file_;
-    const bool isGltf_;
+    const MeshFormat &format_;
     Losses &losses_;
     std::map<std::string, std::string> files_;                  // by the importer's name
     std::vector<std::string> images_;                           // inside of the file; read when they are needed
@@ -324,7 +324,7 @@ SceneMaterials materialsOf(const aiScene &scene, const std::string &file, const 
                            Losses &losses) {
     const bool isGltf = format.isGltf(), multiplies = isGltf || format.ending == std::string_view("obj");
     SceneMaterials materials{.names = namesOf(scene), .described = {}};
-    TextureReader textures(scene, file, isGltf, losses);
+    TextureReader textures(scene, file, format, losses);
     for (unsigned i = 0; i < scene.mNumMaterials; ++i) {
         const aiMaterial &from = *scene.mMaterials[i];
         if (!used[i] || isMadeUp(from)) continue;

@@ -1,0 +1,12 @@
+// Data in base 64 (RFC 4648).
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace velm::host {
+
+// The bytes of a text, up to the first character that is not a digit. [any thread]
+std::string bytesOfBase64(std::string_view text);
+
+} // namespace velm::host
