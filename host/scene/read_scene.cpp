@@ -16,11 +16,11 @@ namespace velm::host {
 
 namespace {
 
-// Throws InputError unless something in the scene has the name that is used at `location`.
+// The thing in the scene that has the name which is used at `location`. Throws InputError if there is none.
 template <class T>
-void requireNamed(const std::vector<T> &all, const std::string &name, std::string_view what,
-                  const SourceLocation &location) {
-    if (std::ranges::find(all, name, &T::name) != all.end()) return;
+const T &requireNamed(const std::vector<T> &all, const std::string &name, std::string_view what,
+                      const SourceLocation &location) {
+    if (const auto found = std::ranges::find(all, name, &T::name); found != all.end()) return *found;
     std::vector<std::string> known;
     known.reserve(all.size());
     for (const T &one : all) known.push_back(one.name);
@@ -32,8 +32,15 @@ void checkNames(const SceneDescription &scene) {
         requireNamed(scene.cameras, scene.render.camera, "camera", scene.render.cameraLocation);
     if (scene.backdrop.kind == BackdropDescription::Kind::image)
         requireNamed(scene.images, scene.backdrop.image, "image", scene.backdrop.location);
-    for (const LightDescription &light : scene.lights)
-        if (!light.image.empty()) requireNamed(scene.images, light.image, "image", light.location);
+    for (const LightDescription &light : scene.lights) {
+        if (light.image.empty()) continue;
+        const ImageDescription &image = requireNamed(scene.images, light.image, "image", light.location);
+        if (image.sequence)
+            throw InputError(light.location,
+                             fmt::format("the image {} is a sequence, and a light has one image for all "
+                                         "frames",
+                                         inQuotes(image.name)));
+    }
     for (const ObjectDescription &object : scene.objects)
         for (const SurfaceUse &use : object.surfaces)
             requireNamed(scene.surfaces, use.surface, "surface", use.location);
