@@ -83,7 +83,7 @@ void addAmbient(const MeshLight &light, RenderDescription &render) {
 double facingLight(LightDescription light, const Vec3 &location) {
     if (light.kind == LightDescription::Kind::spot) light.kind = LightDescription::Kind::point;
     LightSample sample;
-    return Light(light).sample(location, {.x = 0.5, .y = 0.5}, sample) ? largest(sample.colour) : 0;
+    return Light(light).sample(location, nullptr, {.x = 0.5, .y = 0.5}, sample) ? largest(sample.colour) : 0;
 }
 
 } // namespace
