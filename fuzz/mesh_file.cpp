@@ -24,6 +24,8 @@ void requireWhole(const Mesh &mesh) {
                 "corners are points");
     require(mesh.normals.empty() || mesh.normals.size() == points, "each vertex has a normal");
     for (const UvMap &map : mesh.uvMaps) require(map.values.size() == points, "each vertex has UV coordinates");
+    for (const VertexMap &map : mesh.vertexMaps)
+        require(map.values.size() == map.size * points, "each vertex has a colour");
     require(mesh.polygonNumbers.empty() || mesh.polygonNumbers.size() == triangles, "each triangle has a polygon");
     require(std::ranges::all_of(mesh.polygonNumbers, [&](std::uint32_t number) { return number < mesh.polygonCount; }),
             "polygons are numbered");

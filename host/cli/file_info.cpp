@@ -35,6 +35,8 @@ ObjectInfo objectInfo(const ObjectDescription &object, const Mesh &mesh) {
     std::ranges::copy_if(mesh.materials, std::back_inserter(info.materials),
                          [](const std::string &name) { return !name.empty(); });
     for (const UvMap &map : mesh.uvMaps) info.uvMaps.push_back(map.name);
+    for (const VertexMap &map : mesh.vertexMaps)
+        (map.isWeight() ? info.weightMaps : info.colourMaps).push_back(map.name);
     for (const MeshWarning &warning : mesh.warnings) info.notes.push_back(warning.message);
     return info;
 }

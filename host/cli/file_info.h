@@ -31,7 +31,7 @@ struct ObjectInfo {
     std::string shape; // "mesh", "plane" and so on
     std::string file;  // of a mesh
     std::size_t points = 0, triangles = 0, polygons = 0;
-    std::vector<std::string> materials, uvMaps;
+    std::vector<std::string> materials, uvMaps, colourMaps, weightMaps;
     ObjectParts parts;                // layers only of a LightWave object
     std::vector<std::string> notes{}; // on what is drawn otherwise, or not at all: a line each
 };

@@ -59,6 +59,8 @@ void addObjects(const FileInfo &info, Lines &lines) {
                                         object.polygons, object.triangles));
         if (!object.materials.empty()) lines.add("", "materials " + quoted(object.materials));
         if (!object.uvMaps.empty()) lines.add("", "UV maps " + quoted(object.uvMaps));
+        if (!object.colourMaps.empty()) lines.add("", "colour maps " + quoted(object.colourMaps));
+        if (!object.weightMaps.empty()) lines.add("", "weight maps " + quoted(object.weightMaps));
         for (const LayerInfo &layer : object.parts.layers) lines.add("", "layer " + layerText(layer));
         if (!object.parts.parts.empty()) lines.add("", "parts " + quoted(object.parts.parts));
         for (const std::string &note : object.notes) lines.add("", "note: " + note);
@@ -112,6 +114,8 @@ Json objectsJson(const FileInfo &info) {
         one["triangles"] = object.triangles;
         one["materials"] = object.materials;
         one["uvMaps"] = object.uvMaps;
+        one["colourMaps"] = object.colourMaps;
+        one["weightMaps"] = object.weightMaps;
         one["layers"] = layersJson(object.parts);
         one["parts"] = object.parts.parts;
         one["notes"] = object.notes;

@@ -16,7 +16,6 @@ enum class Loss {
     texturePlacing, // of a texture that is shown: its offset or scale
     materialFile,   // that is missing
     materialLine,   // of a material file, that makes no sense
-    colourMap,      // colours of vertices
     bone,
     morphTarget,
     camera,

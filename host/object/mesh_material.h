@@ -23,6 +23,8 @@ struct MeshTexture {
 // A material. Fractions are 1 for full; colours are those of the file.
 struct MeshMaterial {
     std::string name;
+    std::string colourMap{};               // of the vertices, by name: multiplies the colour; empty for none
+    bool hasColourAlpha = false;           // its alpha multiplies the opacity
     std::array<double, 3> colour{1, 1, 1}; // multiplies the texture of the colour
     double luminosity = 0;                 // multiplies that of the luminosity
     double diffuse = 1, specular = 0, glossiness = 0.4, reflection = 0;

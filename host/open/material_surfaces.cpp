@@ -77,7 +77,7 @@ void addMaterialSurfaces(const Mesh &mesh, const SearchPath &path, ObjectDescrip
         covered.insert(material.name);
     }
     // A scene file names a surface for all other materials, even if there are none.
-    if (object.surfaces.empty() || !std::ranges::includes(covered, drawn)) return;
+    if (object.surfaces.empty() || covered.contains("") || !std::ranges::includes(covered, drawn)) return;
     const SurfaceUse others{.material = "", .surface = object.surfaces.front().surface, .location = object.location};
     object.surfaces.insert(object.surfaces.begin(), others);
 }

@@ -11,6 +11,7 @@
 #include "host/services/scene_info.h"
 #include "host/services/system.h"
 #include "host/services/time.h"
+#include "host/services/vertex_map_provider.h"
 
 namespace velm::host {
 
@@ -31,6 +32,7 @@ void offerNodeServices() {
         {.name = HOST_BACKDROP_INFO, .give = tableService<backdropInfo>},
         {.name = HOST_TIME_INFO, .give = tableService<timeInfo>},
         {.name = HOST_SCENE_INFO, .give = tableService<sceneInfo>},
+        {.name = kVertexMapFuncs, .give = tableService<vertexMapFuncs>},
     };
     offerServices(kServices);
 }

@@ -29,8 +29,10 @@ void addNumber(std::string &bytes, std::uint32_t value) {
     bytes.append(reinterpret_cast<const char *>(&value), sizeof value);
 }
 
-// The square as a GLB file, which has the images inside. The material's texture is the one with that index.
-std::string glbSquare(const std::vector<std::string> &images, int texture, const json &materialExtras) {
+// The square as a GLB file, which has the images inside. The material's texture is the one with that index. `colours`
+// are those of the vertices, with alpha; empty for none.
+std::string glbSquare(const std::vector<std::string> &images, int texture, const json &materialExtras,
+                      const std::vector<float> &colours = {}) {
     std::string binary;
     addFloats(binary, {-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0}); // positions
     addFloats(binary, {0, 1, 1, 1, 1, 0, 0, 0});                 // UV: v downwards
@@ -61,6 +63,13 @@ std::string glbSquare(const std::vector<std::string> &images, int texture, const
          {{{"name", "Paper"},
            {"pbrMetallicRoughness", {{"baseColorTexture", {{"index", 0}}}, {"metallicFactor", 0}}}}}}};
     document["materials"][0].update(materialExtras);
+    if (!colours.empty()) {
+        document["meshes"][0]["primitives"][0]["attributes"]["COLOR_0"] = 3;
+        document["accessors"].push_back({{"bufferView", 3}, {"componentType", 5126}, {"count", 4}, {"type", "VEC4"}});
+        document["bufferViews"].push_back(
+            {{"buffer", 0}, {"byteOffset", binary.size()}, {"byteLength", colours.size() * sizeof(float)}});
+        addFloats(binary, colours);
+    }
     for (const std::string &image : images) {
         document["bufferViews"].push_back({{"buffer", 0}, {"byteOffset", binary.size()}, {"byteLength", image.size()}});
         document["images"].push_back({{"mimeType", "image/png"}, {"bufferView", document["bufferViews"].size() - 1}});
@@ -323,6 +332,61 @@ TEST_F(MeshMaterials, MayHaveNamesInLatin1) {
     const std::string mesh = directory_.write("square.obj", square);
     EXPECT_TRUE(converted(mesh)["surfaces"].contains("Gr\xc3\xbcn"));
     expectSamePictureConverted(mesh);
+}
+
+// Of a file without materials.
+TEST_F(MeshMaterials, ShowColoursOfVertices) {
+    const std::string ply =
+        "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+        "property uchar red\nproperty uchar green\nproperty uchar blue\nelement face 1\n"
+        "property list uchar int vertex_indices\nend_header\n"
+        "-1 -1 0 0 0 255\n1 -1 0 0 0 255\n0 1 0 0 0 255\n3 0 1 2\n";
+    const std::string mesh = directory_.write("a.ply", ply);
+    EXPECT_EQ(hueAt(render(mesh), 16, 16), kBlue);
+    expectSamePictureConverted(mesh);
+    const json info = json::parse(test::velm({"info", mesh, "--json"}).out);
+    EXPECT_EQ(info["objects"][0]["colourMaps"], json::array({"Color"}));
+    EXPECT_EQ(info["objects"][0]["weightMaps"], json::array());
+    EXPECT_NE(test::velm({"info", mesh}).out.find("colour maps \"Color\""), std::string::npos);
+}
+
+// Four times a colour, with full alpha.
+std::vector<float> sameColours(float red, float green, float blue) {
+    std::vector<float> colours;
+    for (int i = 0; i < 4; ++i) colours.insert(colours.end(), {red, green, blue, 1});
+    return colours;
+}
+
+// Red vertices leave the red of an image, and of a grey material.
+TEST_F(MeshMaterials, MultiplyColoursOfVertices) {
+    const std::string image = writeQuarters("a.png", {{255, 0, 0}, {0, 255, 0}, {255, 255, 255}, {255, 255, 255}});
+    const json grey = {{"pbrMetallicRoughness", {{"baseColorFactor", {0.5, 0.5, 0.5, 1}}, {"metallicFactor", 0}}}};
+    const std::vector<float> red = sameColours(1, 0, 0);
+    const json plain = converted(directory_.write("plain.glb", glbSquare({image}, 0, grey, red)))["surfaces"]["Paper"];
+    EXPECT_EQ(plain["connections"],
+              (json::array({"Vertex Colors.Color -> Color Factor.A", "Color Factor.Color -> Paper.Color"})));
+    const std::string mesh = directory_.write("square.glb", glbSquare({image}, 0, json::object(), red));
+    const FilePixels picture = render(mesh);
+    EXPECT_EQ(hueAt(picture, 13, 12), kRed);
+    EXPECT_EQ(hueAt(picture, 13, 19), kRed) << "the white quarter";
+    EXPECT_LT(picture.pixel(18, 12)[1], picture.pixel(13, 12)[0] / 10) << "the green quarter";
+    expectSamePictureConverted(mesh);
+}
+
+// Colours with an alpha of 0 at the lower two corners.
+TEST_F(MeshMaterials, HaveTheOpacityOfVertices) {
+    const auto coloured = [this](const json &extras) {
+        const std::string image = writeQuarters("a.png", std::vector<std::vector<std::uint8_t>>(4, {255, 0, 0}));
+        return directory_.write("square.glb",
+                                glbSquare({image}, 0, extras, {1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 1, 1, 1, 1, 1, 1}));
+    };
+    const json opaque = converted(coloured(json::object()))["surfaces"]["Paper"];
+    EXPECT_EQ(opaque["connections"],
+              (json::array({"Color Image.Color -> Tinted Image.A", "Vertex Colors.Color -> Tinted Image.B",
+                            "Tinted Image.Color -> Paper.Color"})));
+    const FilePixels picture = render(coloured({{"alphaMode", "MASK"}, {"alphaCutoff", 0.5}}));
+    EXPECT_EQ(hueAt(picture, 16, 12), kRed);
+    EXPECT_EQ(hueAt(picture, 16, 20), -1);
 }
 
 TEST_F(MeshMaterials, AreReplacedByOptions) {

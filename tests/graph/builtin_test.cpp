@@ -3,8 +3,10 @@
 
 #include "host/graph/builtin/noise.h"
 #include "host/services/uv_provider.h"
+#include "host/services/vertex_map_provider.h"
 
 #include <cmath>
+#include <string_view>
 
 namespace velm::host::test {
 namespace {
@@ -141,6 +143,34 @@ TEST_F(BuiltinTest, SpotInfoDescribesTheSample) {
     applySetting(*panelOf(info), {"UV Map", std::string("Second"), {}});
     EXPECT_EQ(scalar(info, "U"), 0.5);
     setUvProvider({});
+}
+
+TEST_F(BuiltinTest, VertexMapsComeFromTheProvider) {
+    HostNode &colour = add("Vertex Color", {{"Color Map", std::string("Paint")}});
+    HostNode &weight = add("Weight Map", {{"Weight Map", std::string("Bend")}});
+    expectTriple(triple(colour, "Color"), {1, 1, 1});
+    EXPECT_EQ(scalar(colour, "Alpha"), 1);
+    EXPECT_EQ(scalar(weight, "Scalar"), 0);
+    setVertexMapProvider({.colour =
+                              [](const char *map, const ShadingSample *at, double result[4]) {
+                                  const double found[4] = {0.25, 2, -1, 0.5};
+                                  if (std::string_view(map) != "Paint" || at->rayDepth != 3) return false;
+                                  std::copy_n(found, 4, result);
+                                  return true;
+                              },
+                          .weight =
+                              [](const char *map, const ShadingSample *, double *result) {
+                                  if (std::string_view(map) == "Bend") *result = -0.5;
+                                  return std::string_view(map) == "Bend";
+                              }});
+    expectTriple(triple(colour, "Color"), {1, 1, 1});
+    sample.rayDepth = 3;
+    expectTriple(triple(colour, "Color"), {0.25, 2, -1});
+    EXPECT_EQ(scalar(colour, "Alpha"), 0.5);
+    EXPECT_EQ(scalar(weight, "Scalar"), -0.5);
+    applySetting(*panelOf(weight), {"Weight Map", std::string("Other"), {}});
+    EXPECT_EQ(scalar(weight, "Scalar"), 0);
+    setVertexMapProvider({});
 }
 
 TEST_F(BuiltinTest, CheckerAlternatesFromCellToCell) {

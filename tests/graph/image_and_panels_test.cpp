@@ -136,7 +136,7 @@ INSTANTIATE_TEST_SUITE_P(Panels, EveryNode,
                                            "Add Color", "Multiply Color", "Mix Color", "Clamp Color", "Make Vector",
                                            "Split Vector", "Make Color", "Split Color", "Checker", "Fractal Noise",
                                            "Image", "Curve", "Image Projection", "Color Ramp", "Blend Color",
-                                           "Blend Scalar", "Bump", "Procedural Pattern"));
+                                           "Blend Scalar", "Bump", "Procedural Pattern", "Vertex Color", "Weight Map"));
 
 } // namespace
 } // namespace velm::host::test

@@ -145,15 +145,17 @@ TEST_F(ObjectMeshTest, WarnsOfWhatIsNotDrawn) {
         read(objectFile(tagsChunk({"A"}) + kPoints + mapChunk("WGHT", 1, "Bend", {{0, {1}}}) +
                         mapChunk("MORF", 3, "Smile", {{0, {1, 1, 1}}}) + mapChunk("PICK", 0, "Set", {{0, {}}}) +
                         mapChunk("WGHT", 1, "Empty", {}) + kPolygons + polygonTagsChunk("SMGP", {{1, 0}}) +
-                        cornerMapChunk("WGHT", 1, "Bend", {{0, 0, {1}}}) + polygonsChunk("FACE", {{0}, {0, 1}, {}}) +
+                        cornerMapChunk("MORF", 3, "Smile", {{0, 0, {1, 1, 1}}}) +
+                        mapChunk("NORM", 3, "Up", {{0, {0, 1, 0}}}) + polygonsChunk("FACE", {{0}, {0, 1}, {}}) +
                         polygonsChunk("PTCH", {{0, 1, 2, 3}}) + polygonsChunk("CURV", {{0, 1, 2}})));
     EXPECT_EQ(mesh.polygonCount, 18U) << "the cage is 16 of them";
-    EXPECT_EQ(warningsOf(mesh),
-              (std::vector<std::string>{
-                  "3 polygons have fewer than three points and are left out (the first: polygon 2 of layer 0)",
-                  "a polygon is of another type than FACE, PTCH and SUBD and is left out (CURV, polygon 6 of layer 0)",
-                  "the smoothing group of a polygon is ignored (polygon 1 of layer 0)",
-                  "2 vertex maps are not used: only UV maps are (the first: WGHT \"Bend\", layer 0)"}));
+    EXPECT_EQ(
+        warningsOf(mesh),
+        (std::vector<std::string>{
+            "3 polygons have fewer than three points and are left out (the first: polygon 2 of layer 0)",
+            "a polygon is of another type than FACE, PTCH and SUBD and is left out (CURV, polygon 6 of layer 0)",
+            "the smoothing group of a polygon is ignored (polygon 1 of layer 0)",
+            "2 vertex maps are not used: only UV, weight and colour maps are (the first: MORF \"Smile\", layer 0)"}));
     EXPECT_EQ(mesh.warnings[0].brief, "polygons of one or two points");
 }
 
@@ -272,6 +274,62 @@ TEST_F(ObjectMeshTest, SeveralMapsAndLayersHaveNoValuesOfOthers) {
     EXPECT_TRUE(std::isnan(uvsOf(mesh, 1, 0).at({0, 0, 0})[0]));
     EXPECT_EQ(uvsOf(mesh, 1, 2).at({0, 3, 0}), (std::array<float, 2>{3, 4}));
     EXPECT_TRUE(std::isnan(uvsOf(mesh, 0, 2).at({0, 3, 0})[0]));
+}
+
+// ---- Weights and colours ----
+
+// The values of a map at the corners of a polygon, by position.
+std::map<std::array<float, 3>, std::vector<float>> valuesOf(const Mesh &mesh, std::size_t map, std::uint32_t polygon) {
+    std::map<std::array<float, 3>, std::vector<float>> found;
+    for (std::uint32_t i = 0; i < mesh.triangles.size(); ++i) {
+        if (mesh.polygonNumber(i) != polygon) continue;
+        for (const std::uint32_t corner : mesh.triangles[i].corners) {
+            const float *p = mesh.points[corner].position;
+            const auto value = mesh.vertexMaps.at(map).valueOf(corner);
+            found[{p[0], p[1], p[2]}] = {value.begin(), value.end()};
+        }
+    }
+    return found;
+}
+
+using Values = std::map<std::array<float, 3>, std::vector<float>>;
+
+TEST_F(ObjectMeshTest, WeightsAndColoursAreKeptByName) {
+    const Mesh mesh = read(objectFile(kPoints + mapChunk("WGHT", 1, "Bend", {{0, {-0.5F}}, {1, {0.25F}}}) +
+                                      mapChunk("TXUV", 2, "Map", {{0, {0.5F, 0.75F}}}) +
+                                      mapChunk("RGB ", 3, "Paint", {{2, {0, 0.5F, 2}}}) +
+                                      mapChunk("RGBA", 4, "Paint", {{2, {0, 0, 0, 0.5F}}}) + kPolygons +
+                                      cornerMapChunk("WGHT", 1, "Bend", {{2, 1, {0.75F}}}) +
+                                      cornerMapChunk("RGB ", 3, "Paint", {{2, 1, {1, 0, 0}}})));
+    ASSERT_EQ(mesh.uvMaps.size(), 1U);
+    ASSERT_EQ(mesh.vertexMaps.size(), 3U);
+    EXPECT_EQ(mesh.vertexMaps[0].name, "Bend");
+    EXPECT_TRUE(mesh.vertexMaps[0].isWeight());
+    EXPECT_EQ(mesh.vertexMaps[1].name, "Paint");
+    EXPECT_EQ(mesh.vertexMaps[1].size, 3U);
+    EXPECT_EQ(mesh.vertexMaps[2].size, 4U);
+    EXPECT_EQ(mesh.points.size(), 6U) << "the polygons differ at one of their common points";
+    EXPECT_EQ(valuesOf(mesh, 0, 0),
+              (Values{{{0, 0, 0}, {-0.5F}}, {{0, 1, 0}, {0.25F}}, {{1, 1, 0}, {0}}, {{1, 0, 0}, {0}}}));
+    EXPECT_EQ(valuesOf(mesh, 0, 1), (Values{{{1, 0, 0}, {0}}, {{1, 1, 0}, {0.75F}}, {{2, 1, 0}, {0}}}));
+    EXPECT_EQ(
+        valuesOf(mesh, 1, 0),
+        (Values{{{0, 0, 0}, {1, 1, 1}}, {{0, 1, 0}, {1, 1, 1}}, {{1, 1, 0}, {0, 0.5F, 2}}, {{1, 0, 0}, {1, 1, 1}}}));
+    EXPECT_EQ(valuesOf(mesh, 1, 1).at({1, 1, 0}), (std::vector<float>{1, 0, 0}));
+    EXPECT_EQ(valuesOf(mesh, 2, 1).at({1, 1, 0}), (std::vector<float>{0, 0, 0, 0.5F}));
+    EXPECT_EQ(uvsOf(mesh, 0, 0).at({0, 0, 0}), (std::array<float, 2>{0.5F, 0.75F}));
+    EXPECT_TRUE(mesh.warnings.empty());
+}
+
+TEST_F(ObjectMeshTest, WeightsOfSubdivisionSurfacesAreInterpolated) {
+    writeText(directory / "a.lwo",
+              objectFile(kPoints + mapChunk("WGHT", 1, "Bend", {{0, {0}}, {1, {0}}, {2, {1}}, {3, {1}}}) +
+                         polygonsChunk("PTCH", {{0, 1, 2, 3}})));
+    const Mesh mesh = readMesh(directory / "a.lwo", {}, {}, 1);
+    ASSERT_EQ(mesh.vertexMaps.size(), 1U);
+    std::vector<float> weights(mesh.vertexMaps[0].values.begin(), mesh.vertexMaps[0].values.end());
+    std::ranges::sort(weights);
+    EXPECT_EQ(weights, (std::vector<float>{0, 0, 0, 0.5F, 0.5F, 0.5F, 1, 1, 1}));
 }
 
 // ---- Smoothing ----

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace velm::host::test {
@@ -29,6 +30,13 @@ inline float sizeOf(const Mesh &mesh) {
     return size;
 }
 
+// A colour with its alpha, which own readers keep even if it is 1 everywhere.
+inline std::array<float, 4> rgbaOf(const VertexMap &map, std::size_t vertex) {
+    std::array<float, 4> colour{1, 1, 1, 1};
+    std::ranges::copy(map.valueOf(vertex), colour.begin());
+    return colour;
+}
+
 inline void expectSame(const Mesh &own, const Mesh &theirs) {
     ASSERT_EQ(own.points.size(), theirs.points.size());
     ASSERT_EQ(own.triangles.size(), theirs.triangles.size());
@@ -42,6 +50,13 @@ inline void expectSame(const Mesh &own, const Mesh &theirs) {
     for (std::size_t i = 0; i < own.uvMaps.size(); ++i) {
         EXPECT_EQ(own.uvMaps[i].name, theirs.uvMaps[i].name);
         EXPECT_TRUE(areCloseToOne(own.uvMaps[i].values, theirs.uvMaps[i].values));
+    }
+    ASSERT_EQ(own.vertexMaps.size(), theirs.vertexMaps.size());
+    for (std::size_t i = 0; i < own.vertexMaps.size(); ++i) {
+        const VertexMap &ownMap = own.vertexMaps[i], &theirMap = theirs.vertexMaps[i];
+        EXPECT_EQ(ownMap.name, theirMap.name);
+        for (std::size_t vertex = 0; vertex < own.points.size(); ++vertex)
+            EXPECT_TRUE(areCloseToOne(rgbaOf(ownMap, vertex), rgbaOf(theirMap, vertex))) << "vertex " << vertex;
     }
     EXPECT_EQ(own.polygonNumbers, theirs.polygonNumbers);
     EXPECT_EQ(own.materialNumbers, theirs.materialNumbers);

@@ -44,6 +44,45 @@ TEST(Smoothing, RidgesFlatterThanTheAngleAreRound) {
     expectNear(normalsAt(mesh, {-std::cos(kPi / 6), -0.5, 1}).at(0), {-0.5, std::cos(kPi / 6), 0}, 1e-6, "eaves");
 }
 
+TEST(Smoothing, SplitVerticesKeepTheirColours) {
+    MeshBuilder builder({}, false);
+    builder.addVertexMap("Bend", 1);
+    builder.addVertexMap("Paint", 3);
+    builder.addMaterial("");
+    const auto vertex = [&](double x, double y, double z, float weight) {
+        return builder.addVertex({.position = {x, y, z}, .normal = {}, .uvs = {}, .values = {weight, 0, weight, 1}});
+    };
+    const std::uint32_t near = vertex(0, 0, -1, 0.25F), far = vertex(0, 0, 1, 0.5F);
+    builder.addPolygon({vertex(-1, -1, 0, 0), far, near}, 0);
+    builder.addPolygon({near, far, vertex(1, -1, 0, 1)}, 0);
+    EXPECT_EQ(vertex(0, 0, 1, 0.5F), far) << "equal vertices are one";
+    Mesh mesh = builder.finish();
+    smoothNormals(mesh, {10});
+    ASSERT_EQ(mesh.splitFrom.size(), 2U);
+    for (std::size_t split = 0; split < 2; ++split)
+        for (const VertexMap &map : mesh.vertexMaps)
+            EXPECT_TRUE(std::ranges::equal(map.valueOf(4 + split), map.valueOf(mesh.splitFrom[split]))) << map.name;
+    smoothNormals(mesh, {0});
+    EXPECT_EQ(mesh.vertexMaps[0].values.size(), 4U);
+    EXPECT_EQ(mesh.vertexMaps[1].values.size(), 12U);
+}
+
+// Vertices at one point that differ in their colours are one point of the surface.
+TEST(Smoothing, GoesAcrossColours) {
+    MeshBuilder builder({}, false);
+    builder.addVertexMap("Paint", 3);
+    builder.addMaterial("");
+    const auto vertex = [&](double x, double y, double z, float red) {
+        return builder.addVertex({.position = {x, y, z}, .normal = {}, .uvs = {}, .values = {red, 0, 0}});
+    };
+    builder.addPolygon({vertex(-1, -0.1, 0, 0), vertex(0, 0, 1, 0), vertex(0, 0, -1, 0)}, 0);
+    builder.addPolygon({vertex(0, 0, -1, 1), vertex(0, 0, 1, 1), vertex(1, -0.1, 0, 1)}, 0);
+    Mesh mesh = builder.finish();
+    smoothNormals(mesh, {60});
+    EXPECT_EQ(mesh.points.size(), 6U);
+    for (const Vec3 &normal : normalsAt(mesh, {0, 0, 1})) expectNear(normal, {0, 1, 0}, 1e-6);
+}
+
 TEST(Smoothing, AnotherAngleForgetsTheOneBefore) {
     const Mesh flat = roof(60);
     Mesh mesh = flat;

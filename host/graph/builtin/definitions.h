@@ -18,6 +18,8 @@ extern const Definition makeVector, splitVector, makeColour, splitColour;
 extern const Definition checker, fractalNoise, image, curve;
 // image_projection.cpp, colour_ramp.cpp, blend_layers.cpp
 extern const Definition imageProjection, colourRamp, blendColour, blendScalar;
+// vertex_maps.cpp
+extern const Definition vertexColour, weightMap;
 // bump.cpp, procedural_pattern.cpp
 extern const Definition bump, proceduralPattern;
 

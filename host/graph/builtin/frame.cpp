@@ -160,7 +160,7 @@ int activateHandler(const Definition &definition, int version, HostLookup *looku
     if (!fetch(lookup, HOST_NODE_FUNCS, fetched.nodes) || !fetch(lookup, HOST_NODE_INPUT_FUNCS, fetched.inputs) ||
         !fetch(lookup, HOST_NODE_OUTPUT_FUNCS, fetched.outputs) ||
         !fetch(lookup, HOST_NODE_UTILITY_FUNCS, fetched.utility) || !fetch(lookup, HOST_VPARM_FUNCS, fetched.parms) ||
-        !fetch(lookup, HOST_IMAGE_LIST, fetched.images))
+        !fetch(lookup, HOST_IMAGE_LIST, fetched.images) || !fetch(lookup, kVertexMapFuncs, fetched.vertexMaps))
         return kActivateBadGlobal;
     auto *handler = static_cast<HostNodeHandler *>(local);
     // The host passes it to create, which only reads it.
@@ -227,6 +227,18 @@ bool Evaluation::uv(double &u, double &v) const { return uvAt(*sample_, u, v); }
 bool Evaluation::uvAt(ShadingSample &other, double &u, double &v) const {
     u = v = 0;
     return fetched.utility->uvMapping(instance_.text.data(), &other, &u, &v) != 0;
+}
+
+std::array<double, 4> Evaluation::vertexColour() const {
+    std::array<double, 4> colour{1, 1, 1, 1};
+    fetched.vertexMaps->colour(instance_.text.data(), sample_, colour.data());
+    return colour;
+}
+
+double Evaluation::vertexWeight() const {
+    double weight = 0;
+    fetched.vertexMaps->weight(instance_.text.data(), sample_, &weight);
+    return weight;
 }
 
 void Evaluation::set(double result) const { fetched.outputs->setValue(value_, &result); }

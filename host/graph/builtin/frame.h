@@ -3,6 +3,7 @@
 // The nodes are servers like any other: they get everything of the host from the lookup function at activation.
 #pragma once
 
+#include "host/graph/builtin/vertex_maps.h"
 #include "module/host.h"
 
 #include <array>
@@ -60,6 +61,7 @@ struct Services {
     const HostNodeUtilityFuncs *utility = nullptr;
     const HostVParmFuncs *parms = nullptr;
     const HostImageList *images = nullptr;
+    const VertexMapFuncs *vertexMaps = nullptr;
     const HostPanelFuncs *panels = nullptr; // looked up by the interface server, as the next
     HostInstanceUpdate *update = nullptr;
 };
@@ -99,6 +101,11 @@ class Evaluation {
     // The sample's coordinates on the map that the text parameter names; false, with u and v 0, when there are none.
     bool uv(double &u, double &v) const;
     bool uvAt(ShadingSample &other, double &u, double &v) const; // the same at another sample
+
+    // The sample's values on the map that the text parameter names: red, green, blue and alpha, which are 1 when there
+    // is no such map, and a weight, which is then 0. Without a name, the mesh's first map counts.
+    std::array<double, 4> vertexColour() const;
+    double vertexWeight() const;
 
     // Sets the result, which must have the output's type.
     void set(double result) const;

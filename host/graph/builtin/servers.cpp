@@ -29,6 +29,8 @@ std::vector<HostServer> table() {
     add<constantVector, kConstants>(servers);
     add<constantInteger, kConstants>(servers);
     add<spotInfo, kInfo>(servers);
+    add<vertexColour, kInfo>(servers);
+    add<weightMap, kInfo>(servers);
     add<addScalar, kMath>(servers);
     add<multiplyScalar, kMath>(servers);
     add<mixScalar, kMath>(servers);

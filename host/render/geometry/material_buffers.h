@@ -22,9 +22,11 @@ class MaterialBuffers {
     void take(const std::vector<MeshMaterial> &materials) {
         for (const MeshMaterial &material : materials) {
             values_.push_back({.numbers = numbersOf(material),
+                               .hasColourAlpha = material.hasColourAlpha ? 1U : 0U,
                                .doubleSided = material.doubleSided ? 1U : 0U,
                                .textures = static_cast<std::uint32_t>(material.textures.size())});
             texts_.emplace_back(material.name);
+            texts_.emplace_back(material.colourMap);
             for (const MeshTexture &texture : material.textures) {
                 textures_.push_back(
                     {.use = static_cast<std::uint32_t>(texture.use),
@@ -50,6 +52,8 @@ class MaterialBuffers {
         for (const Values &values : values_) {
             MeshMaterial &material = all.emplace_back();
             material.name = nextText();
+            material.colourMap = nextText();
+            material.hasColourAlpha = values.hasColourAlpha != 0;
             setNumbers(values.numbers, material);
             material.doubleSided = values.doubleSided != 0;
             for (std::uint32_t i = 0; i < values.textures; ++i, ++texture) {
@@ -69,7 +73,7 @@ class MaterialBuffers {
     using Numbers = std::array<double, 11>;
     struct Values {
         Numbers numbers;
-        std::uint32_t doubleSided, textures; // how many of the textures are this material's
+        std::uint32_t hasColourAlpha, doubleSided, textures; // how many of the textures are this material's
     };
     struct Texture {
         std::uint32_t use;
@@ -101,7 +105,7 @@ class MaterialBuffers {
             textures += values.textures;
         }
         const auto isFinite = [](double number) { return std::isfinite(number); };
-        return textures == textures_.size() && texts_.size() == values_.size() + 2 * textures &&
+        return textures == textures_.size() && texts_.size() == 2 * (values_.size() + textures) &&
                std::ranges::all_of(values_,
                                    [&](const Values &each) { return std::ranges::all_of(each.numbers, isFinite); }) &&
                std::ranges::all_of(textures_, [](const Texture &each) {
@@ -114,7 +118,7 @@ class MaterialBuffers {
 
     std::pmr::vector<Values> values_;
     std::pmr::vector<Texture> textures_;
-    // For each material its name, then the file and the UV map of each of its textures.
+    // For each material its name and its map of colours, then the file and the UV map of each of its textures.
     std::pmr::vector<std::pmr::string> texts_;
 };
 

@@ -14,6 +14,7 @@
 #include <memory>
 #include <memory_resource>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,25 @@ struct UvMap {
     std::pmr::vector<std::array<float, 2>> values; // by vertex; NaN where the map has no value
 };
 
+// Weights or colours of vertices, by name. Vertices without a value in the file have the weight 0 or the colour white.
+struct VertexMap {
+    std::string name;
+    std::uint32_t size = 1;         // of a value: 1 for a weight, 3 for a colour, 4 for a colour with alpha
+    std::pmr::vector<float> values; // by vertex, `size` numbers for each
+
+    bool isWeight() const { return size == 1; }
+    std::span<const float> valueOf(std::size_t vertex) const { return {values.data() + size * vertex, size}; }
+    void reserve(std::size_t vertices) { values.reserve(size * vertices); }
+    void resize(std::size_t vertices) { values.resize(size * vertices); }
+    void copyValue(std::size_t from, std::size_t to) {
+        for (std::size_t i = 0; i < size; ++i) values[size * to + i] = values[size * from + i];
+    }
+    // Adds a vertex with the value of another one.
+    void appendCopyOf(std::size_t vertex) {
+        for (std::size_t i = 0; i < size; ++i) values.push_back(values[size * vertex + i]);
+    }
+};
+
 // Something that a mesh's file has and that is left out or drawn otherwise, for the user to be warned of.
 struct MeshWarning {
     std::string brief;   // a few words, equal for equal causes: "hidden layers"
@@ -51,6 +71,7 @@ struct Mesh {
     std::pmr::vector<HostPolygon> triangles;
     std::pmr::vector<std::array<float, 3>> normals; // by vertex; empty: none
     std::vector<UvMap> uvMaps;
+    std::vector<VertexMap> vertexMaps{};
     std::pmr::vector<std::uint32_t> polygonNumbers;  // by triangle; empty: every triangle is a polygon
     std::pmr::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
     std::vector<std::string> materials;              // names
@@ -61,7 +82,7 @@ struct Mesh {
     std::vector<std::string> parts;
     std::uint32_t polygonCount = 0; // before polygons were cut into triangles
 
-    // By vertex, the first vertex of the same point of the file: vertices of one point differ only in UV coordinates.
+    // By vertex, the first vertex of the same point of the file: vertices of one point differ only in their maps.
     // Empty: vertices at equal positions count as one point.
     std::pmr::vector<std::uint32_t> firstOfPoint;
     // By vertex, the normal of the subdivision surface that it is on; zero for others. Empty: none. Smoothed corners
@@ -76,6 +97,9 @@ struct Mesh {
 
     // Reserves the memory that Embree reads beyond the last point: it reads 16 bytes at each. Copying a mesh loses it.
     void padPoints() { points.reserve(points.size() + 1); }
+
+    // Whether vertices at the same point may differ in the values of maps.
+    bool hasMaps() const { return !uvMaps.empty() || !vertexMaps.empty(); }
 
     // Whether there are normals that come from the file or shape, instead of smoothNormals.
     bool hasOwnNormals() const { return !normals.empty() && smoothingAngles.empty(); }

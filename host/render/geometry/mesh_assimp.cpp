@@ -1,6 +1,7 @@
 // Reads mesh files with assimp.
 #include "host/render/geometry/assimp_names.h"
 #include "host/render/geometry/mesh_builder.h"
+#include "host/render/geometry/mesh_colours.h"
 #include "host/render/geometry/mesh_formats.h"
 #include "host/render/geometry/mesh_items.h"
 #include "host/render/geometry/mesh_materials.h"
@@ -74,11 +75,6 @@ void keepImporters(Assimp::Importer &importer, const MeshFormat &format) {
     }
 }
 
-bool hasPolygons(const aiMesh &mesh) {
-    return std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
-                       [](const aiFace &face) { return face.mNumIndices > 2; });
-}
-
 // The name of a mesh's UV channel: the file's, or "UV", "UV 2" and so on.
 std::string uvNameOf(const aiMesh &mesh, unsigned channel) {
     const aiString *name = mesh.GetTextureCoordsName(channel);
@@ -99,7 +95,6 @@ Losses lossesOf(const aiScene &scene) {
         const aiMesh &mesh = *scene.mMeshes[i];
         if (!hasPolygons(mesh)) continue;
         const std::string place = "of the mesh " + nameOrNumber(mesh.mName, i);
-        losses.add(Loss::colourMap, place, mesh.GetNumColorChannels());
         losses.add(Loss::morphTarget, place, mesh.mNumAnimMeshes);
         addNamed(Loss::bone, mesh.mBones, mesh.mNumBones, losses);
     }
@@ -127,7 +122,9 @@ SceneMaterials usedMaterialsOf(const aiScene &scene, const std::string &file, co
         names.resize(AI_MAX_NUMBER_OF_TEXTURECOORDS);
         for (const unsigned channel : uvChannelsOf(mesh)) names[channel] = uvNameOf(mesh, channel);
     }
-    return materialsOf(scene, file, format, used, uvMaps, losses);
+    SceneMaterials materials = materialsOf(scene, file, format, used, uvMaps, losses);
+    showColours(scene, materials);
+    return materials;
 }
 
 // Turns assimp's scene of a file into one mesh.
@@ -137,7 +134,10 @@ class FileMesh {
              std::pmr::memory_resource *memory)
         : scene_(scene), transform_(transform), file_(file), losses_(lossesOf(scene)),
           items_(itemsOf(scene, file, format, losses_)), materials_(usedMaterialsOf(scene, file, format, losses_)),
-          uvNames_(allUvNames(scene)), hasNormals_(allHaveNormals(scene)), builder_(uvNames_, hasNormals_, memory) {}
+          uvNames_(allUvNames(scene)), hasNormals_(allHaveNormals(scene)), colours_(scene),
+          builder_(uvNames_, hasNormals_, memory) {
+        colours_.addMaps(builder_);
+    }
 
     Mesh build() {
         reserve();
@@ -242,6 +242,7 @@ class FileMesh {
                 const aiVector3D &uv = mesh.mTextureCoords[channels[k]][i];
                 vertex.uvs[target[k]] = {uv.x, uv.y};
             }
+            colours_.take(mesh, i, vertex.values);
             numbers.push_back(builder_.addVertex(vertex));
         }
         return numbers;
@@ -261,6 +262,7 @@ class FileMesh {
     std::vector<std::string> parts_;
     std::unordered_set<std::string> partNames_; // of parts_
     bool hasNormals_;
+    SceneColours colours_;
     MeshBuilder builder_;
 };
 

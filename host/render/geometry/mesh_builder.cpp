@@ -31,6 +31,7 @@ MeshBuilder::MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals, s
             .triangles = std::pmr::vector<HostPolygon>(memory),
             .normals = std::pmr::vector<std::array<float, 3>>(memory),
             .uvMaps = {},
+            .vertexMaps = {},
             .polygonNumbers = std::pmr::vector<std::uint32_t>(memory),
             .materialNumbers = std::pmr::vector<std::uint16_t>(memory),
             .materials = {},
@@ -48,6 +49,12 @@ MeshBuilder::MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals, s
         mesh_.uvMaps.push_back({.name = std::move(name), .values = std::pmr::vector<std::array<float, 2>>(memory)});
 }
 
+void MeshBuilder::addVertexMap(std::string name, std::uint32_t size) {
+    const auto allocator = mesh_.points.get_allocator();
+    mesh_.vertexMaps.push_back(
+        {.name = std::move(name), .size = size, .values = std::pmr::vector<float>(allocator.resource())});
+}
+
 std::uint32_t MeshBuilder::hashOf(std::size_t vertex) const {
     std::uint64_t hash = 0;
     for (const float value : mesh_.points[vertex].position) hash = mixIn(hash, value);
@@ -55,6 +62,8 @@ std::uint32_t MeshBuilder::hashOf(std::size_t vertex) const {
         for (const float value : mesh_.normals[vertex]) hash = mixIn(hash, value);
     for (const UvMap &map : mesh_.uvMaps)
         for (const float value : map.values[vertex]) hash = mixIn(hash, value);
+    for (const VertexMap &map : mesh_.vertexMaps)
+        for (const float value : map.valueOf(vertex)) hash = mixIn(hash, value);
     return endOfHash(hash);
 }
 
@@ -63,6 +72,8 @@ bool MeshBuilder::equal(std::uint32_t a, std::uint32_t b) const {
     if (hasNormals_ && !equalNumbers(mesh_.normals[a], mesh_.normals[b])) return false;
     for (const UvMap &map : mesh_.uvMaps)
         if (!equalNumbers(map.values[a], map.values[b])) return false;
+    for (const VertexMap &map : mesh_.vertexMaps)
+        if (!equalNumbers(map.valueOf(a), map.valueOf(b))) return false;
     return true;
 }
 
@@ -71,12 +82,18 @@ void MeshBuilder::append(const BuilderVertex &vertex) {
     mesh_.points.push_back({{p[0], p[1], p[2]}});
     if (hasNormals_) mesh_.normals.push_back(narrowed(vertex.normal));
     for (std::size_t map = 0; map < mesh_.uvMaps.size(); ++map) mesh_.uvMaps[map].values.push_back(vertex.uvs[map]);
+    const float *values = vertex.values.data();
+    for (VertexMap &map : mesh_.vertexMaps) {
+        map.values.insert(map.values.end(), values, values + map.size);
+        values += map.size;
+    }
 }
 
 void MeshBuilder::moveVertex(std::size_t from, std::size_t to) {
     mesh_.points[to] = mesh_.points[from];
     if (hasNormals_) mesh_.normals[to] = mesh_.normals[from];
     for (UvMap &map : mesh_.uvMaps) map.values[to] = map.values[from];
+    for (VertexMap &map : mesh_.vertexMaps) map.copyValue(from, to);
 }
 
 // Removes the last vertices.
@@ -84,6 +101,7 @@ void MeshBuilder::resizeVertices(std::size_t count) {
     mesh_.points.resize(count);
     if (hasNormals_) mesh_.normals.resize(count);
     for (UvMap &map : mesh_.uvMaps) map.values.resize(count);
+    for (VertexMap &map : mesh_.vertexMaps) map.resize(count);
 }
 
 void MeshBuilder::requireRoom() const {
@@ -100,6 +118,7 @@ std::uint32_t MeshBuilder::addSeparateVertex(const BuilderVertex &vertex) {
 void MeshBuilder::reserve(std::size_t vertices, std::size_t triangles) {
     mesh_.points.reserve(vertices + 1);
     for (UvMap &map : mesh_.uvMaps) map.values.reserve(vertices);
+    for (VertexMap &map : mesh_.vertexMaps) map.reserve(vertices);
     if (hasNormals_) mesh_.normals.reserve(vertices);
     mesh_.triangles.reserve(triangles);
 }
@@ -205,6 +224,7 @@ void trimBuffers(Mesh &mesh) {
     trim(mesh.triangles);
     trim(mesh.normals);
     for (UvMap &map : mesh.uvMaps) trim(map.values);
+    for (VertexMap &map : mesh.vertexMaps) trim(map.values);
     trim(mesh.polygonNumbers);
     trim(mesh.materialNumbers);
 }

@@ -16,6 +16,7 @@ namespace velm::host {
 struct BuilderVertex {
     Vec3 position, normal;
     std::vector<std::array<float, 2>> uvs; // one for each of the builder's UV maps
+    std::vector<float> values{};           // of the builder's other vertex maps, in the order in which they were added
 };
 
 // Merges equal vertices as they are added, so that memory never holds a vertex twice.
@@ -25,6 +26,10 @@ class MeshBuilder {
     // from `memory`.
     MeshBuilder(std::vector<std::string> uvMapNames, bool hasNormals,
                 std::pmr::memory_resource *memory = std::pmr::get_default_resource());
+
+    // Adds a map of weights (1 number for each vertex) or colours (3, or 4 with alpha). To be called before the first
+    // vertex is added.
+    void addVertexMap(std::string name, std::uint32_t size);
 
     // Returns the vertex's index in the mesh: that of an equal vertex, if there is one. Throws InputError for more than
     // 2^32 - 2 vertices.

@@ -32,9 +32,10 @@ void moveElements(Vector &from, Vector &to, std::size_t spare = 0) {
 class ReadBuffers {
   public:
     explicit ReadBuffers(std::pmr::memory_resource *memory)
-        : points_(memory), triangles_(memory), normals_(memory), uvs_(memory), polygonNumbers_(memory),
-          materialNumbers_(memory), firstOfPoint_(memory), limitNormals_(memory), uvNames_(memory), materials_(memory),
-          parts_(memory), warnings_(memory), areBesideMesh_(memory), materialValues_(memory), items_(memory) {}
+        : points_(memory), triangles_(memory), normals_(memory), uvs_(memory), maps_(memory), mapSizes_(memory),
+          polygonNumbers_(memory), materialNumbers_(memory), firstOfPoint_(memory), limitNormals_(memory),
+          uvNames_(memory), mapNames_(memory), materials_(memory), parts_(memory), warnings_(memory),
+          areBesideMesh_(memory), materialValues_(memory), items_(memory) {}
 
     // The memory in which the buffers of the mesh should be.
     std::pmr::memory_resource *memory() const { return points_.get_allocator().resource(); }
@@ -51,6 +52,12 @@ class ReadBuffers {
         for (std::size_t i = 0; i < uvs_.size(); ++i) {
             moveElements(mesh.uvMaps[i].values, uvs_[i]);
             uvNames_.emplace_back(mesh.uvMaps[i].name);
+        }
+        maps_.resize(mesh.vertexMaps.size());
+        for (std::size_t i = 0; i < maps_.size(); ++i) {
+            moveElements(mesh.vertexMaps[i].values, maps_[i]);
+            mapNames_.emplace_back(mesh.vertexMaps[i].name);
+            mapSizes_.push_back(mesh.vertexMaps[i].size);
         }
         materials_.assign(mesh.materials.begin(), mesh.materials.end());
         parts_.assign(mesh.parts.begin(), mesh.parts.end());
@@ -71,10 +78,10 @@ class ReadBuffers {
         };
         return arena.holds(points_) && arena.holds(triangles_) && arena.holds(normals_) &&
                arena.holds(polygonNumbers_) && arena.holds(materialNumbers_) && arena.holds(firstOfPoint_) &&
-               arena.holds(limitNormals_) && areHeld(uvs_) && areHeld(uvNames_) && areHeld(materials_) &&
-               areHeld(parts_) && areHeld(warnings_) && arena.holds(areBesideMesh_) &&
-               areBesideMesh_.size() * 2 == warnings_.size() && materialValues_.isWithin(arena) &&
-               items_.isWithin(arena) && fits();
+               arena.holds(limitNormals_) && areHeld(uvs_) && areHeld(uvNames_) && areHeld(maps_) &&
+               areHeld(mapNames_) && arena.holds(mapSizes_) && areHeld(materials_) && areHeld(parts_) &&
+               areHeld(warnings_) && arena.holds(areBesideMesh_) && areBesideMesh_.size() * 2 == warnings_.size() &&
+               materialValues_.isWithin(arena) && items_.isWithin(arena) && fits();
     }
 
     Mesh mesh(std::shared_ptr<void> memory) {
@@ -83,6 +90,7 @@ class ReadBuffers {
                     .triangles = std::move(triangles_),
                     .normals = std::move(normals_),
                     .uvMaps = {},
+                    .vertexMaps = {},
                     .polygonNumbers = std::move(polygonNumbers_),
                     .materialNumbers = std::move(materialNumbers_),
                     .materials = {materials_.begin(), materials_.end()},
@@ -98,6 +106,9 @@ class ReadBuffers {
                     .splitFrom = {}};
         for (std::size_t i = 0; i < uvs_.size(); ++i)
             result.uvMaps.push_back({.name = std::string(uvNames_[i]), .values = std::move(uvs_[i])});
+        for (std::size_t i = 0; i < maps_.size(); ++i)
+            result.vertexMaps.push_back(
+                {.name = std::string(mapNames_[i]), .size = mapSizes_[i], .values = std::move(maps_[i])});
         for (std::size_t i = 0; i < areBesideMesh_.size(); ++i)
             result.warnings.push_back({.brief = std::string(warnings_[2 * i]),
                                        .message = std::string(warnings_[2 * i + 1]),
@@ -120,20 +131,32 @@ class ReadBuffers {
                isComplete(limitNormals_, points_.size()) &&
                std::all_of(firstOfPoint_.begin(), firstOfPoint_.end(), isPoint) && uvNames_.size() == uvs_.size() &&
                std::all_of(uvs_.begin(), uvs_.end(), [&](const auto &map) { return map.size() == points_.size(); }) &&
+               mapsFit() &&
                std::all_of(materialNumbers_.begin(), materialNumbers_.end(),
                            [&](std::uint16_t number) { return number < materials_.size(); }) &&
                std::all_of(triangles_.begin(), triangles_.end(), isInside);
+    }
+
+    bool mapsFit() const {
+        if (mapNames_.size() != maps_.size() || mapSizes_.size() != maps_.size()) return false;
+        for (std::size_t i = 0; i < maps_.size(); ++i) {
+            const std::uint32_t size = mapSizes_[i];
+            if ((size != 1 && size != 3 && size != 4) || maps_[i].size() != size * points_.size()) return false;
+        }
+        return true;
     }
 
     std::pmr::vector<HostPoint> points_;
     std::pmr::vector<HostPolygon> triangles_;
     std::pmr::vector<std::array<float, 3>> normals_;
     std::pmr::vector<std::pmr::vector<std::array<float, 2>>> uvs_; // by map, then by vertex
+    std::pmr::vector<std::pmr::vector<float>> maps_;               // the values of weights and colours, by map
+    std::pmr::vector<std::uint32_t> mapSizes_;
     std::pmr::vector<std::uint32_t> polygonNumbers_;
     std::pmr::vector<std::uint16_t> materialNumbers_;
     std::pmr::vector<std::uint32_t> firstOfPoint_;
     std::pmr::vector<std::array<float, 3>> limitNormals_;
-    std::pmr::vector<std::pmr::string> uvNames_, materials_, parts_;
+    std::pmr::vector<std::pmr::string> uvNames_, mapNames_, materials_, parts_;
     std::pmr::vector<std::pmr::string> warnings_;  // brief and message in turn
     std::pmr::vector<std::uint8_t> areBesideMesh_; // by warning
     MaterialBuffers materialValues_;

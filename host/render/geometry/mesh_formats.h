@@ -62,8 +62,12 @@ Mesh readObjectLayers(const std::string &file, const Transform &transform, std::
                       std::pmr::memory_resource *memory);
 std::vector<std::string> filesOfObjectMesh(const std::string &file, const MeshFormat &format);
 
-// MeshFormat::read of PLY and STL files. Files with something that these readers do not know, such as colours of
-// vertices, are left to assimp.
+// The name of a mesh file's colours of vertices in formats that do not name them. Further ones are called "Color 2" and
+// so on.
+inline constexpr char kColourMap[] = "Color";
+
+// MeshFormat::read of PLY and STL files. Files with something that these readers do not know, such as textures, are
+// left to assimp.
 Mesh readPlyMesh(const std::string &file, const MeshFormat &format, const Transform &transform,
                  std::pmr::memory_resource *memory);
 Mesh readStlMesh(const std::string &file, const MeshFormat &format, const Transform &transform,

@@ -32,15 +32,28 @@ enum VertexSlot : std::size_t {
     kNzSlot,
     kUSlot,
     kVSlot,
+    kRedSlot,
+    kGreenSlot,
+    kBlueSlot,
+    kAlphaSlot,
     kOtherSlot,
     kSlotCount
 };
 
 // The names that properties have, by slot. No property has an empty name.
-constexpr std::array<std::array<std::string_view, 4>, kOtherSlot> kSlotNames = {
-    {{"x"}, {"y"}, {"z"}, {"nx"}, {"ny"}, {"nz"}, {"u", "s", "tx", "texture_u"}, {"v", "t", "ty", "texture_v"}}};
+constexpr std::array<std::array<std::string_view, 4>, kOtherSlot> kSlotNames = {{{"x"},
+                                                                                 {"y"},
+                                                                                 {"z"},
+                                                                                 {"nx"},
+                                                                                 {"ny"},
+                                                                                 {"nz"},
+                                                                                 {"u", "s", "tx", "texture_u"},
+                                                                                 {"v", "t", "ty", "texture_v"},
+                                                                                 {"red", "r", "diffuse_red"},
+                                                                                 {"green", "g", "diffuse_green"},
+                                                                                 {"blue", "b", "diffuse_blue"},
+                                                                                 {"alpha", "a", "diffuse_alpha"}}};
 constexpr std::array<std::string_view, 2> kCornerLists = {"vertex_indices", "vertex_index"};
-constexpr std::array<std::string_view, 3> kColours = {"red", "r", "diffuse_red"};
 constexpr std::array<std::string_view, 2> kOfFacesElsewhere = {"texcoord", "material_index"};
 
 // Whether the vertices have all of these numbers.
@@ -51,6 +64,24 @@ bool haveSlots(const PlyElement &vertices, std::initializer_list<VertexSlot> slo
     });
 }
 
+// The numbers of a colour: 0 for no colours, 3, or 4 with alpha.
+std::uint32_t colourSizeOf(const PlyElement &vertices) {
+    if (!haveSlots(vertices, {kRedSlot, kGreenSlot, kBlueSlot})) return 0;
+    return haveSlots(vertices, {kAlphaSlot}) ? 4 : 3;
+}
+
+// What full intensity is in a colour's property. Programs that write 32-bit integers write 0 to 255, too.
+constexpr float fullIntensity(PlyType type) {
+    switch (type) {
+    case PlyType::int8: return 127;
+    case PlyType::int16: return 32767;
+    case PlyType::uint16: return 65535;
+    case PlyType::float32:
+    case PlyType::float64: return 1;
+    default: return 255;
+    }
+}
+
 // Reads all elements. `Values` is one of the classes in ply_values.h.
 template <class Values>
 class PlyMesh {
@@ -59,8 +90,10 @@ class PlyMesh {
             std::pmr::memory_resource *memory)
         : header_(header), values_(values), file_(file), transform_(transform), turns_(!transform.mirrors()),
           hasNormals_(haveSlots(*verticesOf(header), {kNxSlot, kNySlot, kNzSlot})),
-          hasUvs_(haveSlots(*verticesOf(header), {kUSlot, kVSlot})),
-          builder_(hasUvs_ ? std::vector<std::string>{"UV"} : std::vector<std::string>{}, hasNormals_, memory) {}
+          hasUvs_(haveSlots(*verticesOf(header), {kUSlot, kVSlot})), colourSize_(colourSizeOf(*verticesOf(header))),
+          builder_(hasUvs_ ? std::vector<std::string>{"UV"} : std::vector<std::string>{}, hasNormals_, memory) {
+        if (colourSize_ > 0) builder_.addVertexMap(kColourMap, colourSize_);
+    }
 
     Mesh build() {
         try {
@@ -74,7 +107,9 @@ class PlyMesh {
                                                           : inQuotes(bad.word) + " is not the number expected"));
         }
         if (builder_.triangleCount() == 0) throw InputError({.file = file_}, "the mesh has no polygons");
-        return builder_.finish();
+        Mesh mesh = builder_.finish();
+        if (colourSize_ > 0) mesh.materialValues.emplace_back().colourMap = kColourMap;
+        return mesh;
     }
 
   private:
@@ -126,6 +161,14 @@ class PlyMesh {
         return slots;
     }
 
+    // By number of a colour, what full intensity is.
+    static std::array<float, 4> fullColour(const PlyElement &vertices) {
+        std::array<float, 4> full{};
+        for (std::size_t i = 0; i < colourSizeOf(vertices); ++i)
+            full[i] = fullIntensity(vertices.properties[*vertices.find(kSlotNames[kRedSlot + i])].type);
+        return full;
+    }
+
     void readVertices(const PlyElement &vertices) {
         const std::uint64_t count = std::min(vertices.count, values_.mostOf(vertices)),
                             triangles = std::min(2 * facesOf(header_)->count, values_.mostOf(*facesOf(header_)));
@@ -133,6 +176,8 @@ class PlyMesh {
         const std::vector<VertexSlot> slots = slotsOf(vertices);
         BuilderVertex vertex;
         if (hasUvs_) vertex.uvs.resize(1);
+        vertex.values.resize(colourSize_);
+        const std::array<float, 4> full = fullColour(vertices);
         std::array<float, kSlotCount> values{};
         forEach(vertices, [&] {
             for (std::size_t i = 0; i < slots.size(); ++i) {
@@ -148,6 +193,7 @@ class PlyMesh {
                 vertex.normal = normalised(
                     transform_.normalToWorld({values[kNxSlot], values[kNySlot], -values[kNzSlot]}), {0, 0, 0});
             if (hasUvs_) vertex.uvs[0] = {values[kUSlot], values[kVSlot]};
+            for (std::size_t i = 0; i < colourSize_; ++i) vertex.values[i] = values[kRedSlot + i] / full[i];
             builder_.addSeparateVertex(vertex);
         });
         numbers_ = builder_.mergeVertices();
@@ -183,6 +229,7 @@ class PlyMesh {
     const std::string &file_;
     const Transform &transform_;
     const bool turns_, hasNormals_, hasUvs_;
+    const std::uint32_t colourSize_;
     MeshBuilder builder_;
     std::uint16_t material_ = 0;
     std::vector<std::uint32_t> numbers_; // by vertex of the file: that of the mesh
@@ -194,7 +241,7 @@ class PlyMesh {
 bool isPlain(const PlyHeader &header) {
     const PlyElement *vertices = verticesOf(header), *faces = facesOf(header);
     return vertices && faces && vertices < faces && !header.namesTexture && !header.find("material") &&
-           !header.find("tristrips") && !vertices->find(kColours) && !faces->find(kOfFacesElsewhere);
+           !header.find("tristrips") && !faces->find(kOfFacesElsewhere);
 }
 
 void requireMesh(const PlyHeader &header, const std::string &file) {

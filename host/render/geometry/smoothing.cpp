@@ -16,7 +16,7 @@ std::vector<std::uint32_t> groupByPoint(const Mesh &mesh) {
     const std::size_t count = mesh.points.size();
     std::vector<std::uint32_t> group(count);
     std::iota(group.begin(), group.end(), 0u);
-    if (mesh.uvMaps.empty()) return group; // vertices differ only in position
+    if (!mesh.hasMaps()) return group; // vertices differ only in position
     const auto equal = [&mesh](std::uint32_t a, std::uint32_t b) {
         return equalNumbers(mesh.points[a].position, mesh.points[b].position);
     };
@@ -203,6 +203,7 @@ void splitVertices(Mesh &mesh, const std::vector<CornerSmoother> &smoothers) {
     mesh.normals.reserve(count);
     mesh.splitFrom.reserve(count - mesh.points.size());
     for (UvMap &map : mesh.uvMaps) map.values.reserve(count);
+    for (VertexMap &map : mesh.vertexMaps) map.reserve(count);
     for (const CornerSmoother &smoother : smoothers) {
         const std::size_t first = mesh.points.size();
         for (const CornerSmoother::Split &split : smoother.splits) {
@@ -210,6 +211,7 @@ void splitVertices(Mesh &mesh, const std::vector<CornerSmoother> &smoothers) {
             mesh.points.push_back(mesh.points[split.original]);
             mesh.normals.push_back(split.normal);
             for (UvMap &map : mesh.uvMaps) map.values.push_back(map.values[split.original]);
+            for (VertexMap &map : mesh.vertexMaps) map.appendCopyOf(split.original);
         }
         for (const CornerSmoother::Move &move : smoother.moves)
             mesh.triangles[move.corner / 3].corners[move.corner % 3] = static_cast<std::uint32_t>(first + move.split);
@@ -226,6 +228,7 @@ void removeNormals(Mesh &mesh) {
     mesh.points.resize(count);
     mesh.padPoints();
     for (UvMap &map : mesh.uvMaps) map.values.resize(count);
+    for (VertexMap &map : mesh.vertexMaps) map.resize(count);
     mesh.normals = {};
     mesh.splitFrom = {};
     mesh.smoothingAngles = {};

@@ -8,12 +8,15 @@
 #include "host/render/scene/render_scene_data.h"
 #include "host/render/scene/scene_builders.h"
 #include "host/services/uv_provider.h"
+#include "host/services/vertex_map_provider.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cmath>
 #include <cstring>
 #include <new>
+#include <span>
 
 namespace velm::host {
 namespace {
@@ -38,6 +41,41 @@ bool lookUpUvOf(const ShadingSample *sample, const char *mapName, double *u, dou
     return sampleUv(*sample, mapName, u, v);
 }
 
+// The map of that name, or the first one if the name is null or empty, of the mesh that a sample is on; null for none.
+const VertexMap *findVertexMap(const ShadingSample &sample, const char *name, bool isOfWeights) {
+    if (!sample.objectItem || !sample.polygon || !sample.objectItem->mesh) return nullptr;
+    const std::vector<VertexMap> &maps = sample.objectItem->mesh->vertexMaps;
+    const auto found = std::find_if(maps.begin(), maps.end(), [&](const VertexMap &map) {
+        return map.isWeight() == isOfWeights && (!name || !*name || std::strcmp(map.name.c_str(), name) == 0);
+    });
+    return found == maps.end() ? nullptr : &*found;
+}
+
+// Stores the `map.size` numbers of a map at a sample. False, with `result` unchanged, if one of them is not finite.
+bool interpolate(const VertexMap &map, const ShadingSample &sample, double *result) {
+    std::array<double, 4> sums{};
+    for (std::size_t k = 0; k < 3; ++k) {
+        const std::span<const float> value = map.valueOf(sample.polygon->corners[k]);
+        for (std::size_t i = 0; i < value.size(); ++i)
+            sums[i] += static_cast<double>(sample.vertexWeights[k]) * static_cast<double>(value[i]);
+    }
+    if (!std::isfinite(sums[0] + sums[1] + sums[2] + sums[3])) return false;
+    std::copy_n(sums.begin(), map.size, result);
+    return true;
+}
+
+bool vertexColourOf(const char *mapName, const ShadingSample *sample, double result[4]) {
+    const VertexMap *map = findVertexMap(*sample, mapName, false);
+    if (!map || !interpolate(*map, *sample, result)) return false;
+    if (map->size == 3) result[3] = 1;
+    return true;
+}
+
+bool vertexWeightOf(const char *mapName, const ShadingSample *sample, double *result) {
+    const VertexMap *map = findVertexMap(*sample, mapName, true);
+    return map && interpolate(*map, *sample, result);
+}
+
 } // namespace
 
 RenderScene::RenderScene(const SceneDescription &scene, MeshCache *meshes)
@@ -45,6 +83,7 @@ RenderScene::RenderScene(const SceneDescription &scene, MeshCache *meshes)
     withinMemory([&] { buildItems(scene, startTime(scene.render), {}, meshes, *handles_, *data_); });
     attachHandles(*handles_, *data_);
     setUvProvider({.lookup = lookUpUvOf});
+    setVertexMapProvider({.colour = vertexColourOf, .weight = vertexWeightOf});
     setCurrentScene({.scene = data_.get(), .width = scene.render.width, .height = scene.render.height});
 }
 

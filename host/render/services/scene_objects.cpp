@@ -1,5 +1,5 @@
 // The "Scene Objects 6" service: the objects of the current scene and the vertex maps of their meshes. An object has
-// one layer, whose pivot is the object's origin, and all vertex maps are UV maps.
+// one layer, whose pivot is the object's origin. Of the vertex maps, only UV maps are listed.
 #include "host/base/thread_role.h"
 #include "host/render/scene/current_scene.h"
 #include "host/render/services/scene_services.h"

@@ -3,6 +3,7 @@
 #include "host/scene/convert/network_writer.h"
 #include "host/scene/format/shortest.h"
 
+#include <optional>
 #include <utility>
 
 namespace velm::host {
@@ -19,9 +20,9 @@ class MaterialNetwork {
         : material_(material), imageName_(imageName), writer_(surface) {}
 
     void build() {
-        if (const MeshTexture *texture = shown(Use::colour)) addColour(*texture);
+        addColour();
         if (const MeshTexture *texture = shown(Use::luminosity)) addLuminosity(*texture);
-        if (const MeshTexture *texture = shown(Use::opacity)) addOpacity(*texture);
+        addOpacity();
     }
 
   private:
@@ -55,13 +56,41 @@ class MaterialNetwork {
         return {.node = node.name(), .output = output};
     }
 
-    void addColour(const MeshTexture &texture) {
-        colourImage_ = addImage(texture, "Color Image");
-        NodeOutput colour{.node = colourImage_, .output = "Color"};
+    // The product of two values of the same type.
+    NodeOutput addProduct(const NodeOutput &a, const NodeOutput &b, const char *name, const char *server,
+                          const char *output) {
+        NetworkWriter::Node node = writer_.add(name, server, NetworkWriter::kBlendColumn);
+        node.connect(a, "A");
+        node.connect(b, "B");
+        return {.node = node.name(), .output = output};
+    }
+
+    // An output of the node for the colours of vertices, which is added when it is first needed.
+    NodeOutput ofVertices(const char *output) {
+        if (vertexColours_.empty()) {
+            NetworkWriter::Node node = writer_.add("Vertex Colors", "Vertex Color", NetworkWriter::kLayerColumn);
+            node.set("Color Map", material_.colourMap.substr(0, kLongestNodeText));
+            vertexColours_ = node.name();
+        }
+        return {.node = vertexColours_, .output = output};
+    }
+
+    // The product of the image, the material's colour and that of the vertices, as far as the material has them.
+    void addColour() {
+        std::optional<NodeOutput> colour;
+        if (const MeshTexture *texture = shown(Use::colour)) {
+            colourImage_ = addImage(*texture, "Color Image");
+            colour = {.node = colourImage_, .output = "Color"};
+        }
+        if (!material_.colourMap.empty()) {
+            const NodeOutput ofVertex = ofVertices("Color");
+            colour = colour ? addProduct(*colour, ofVertex, "Tinted Image", "Multiply Color", "Color") : ofVertex;
+        }
+        if (!colour) return;
         if (material_.colour != Double3{1, 1, 1})
-            colour = addFactor(colour, "Color Factor", "Multiply Color", shortest(SettingValue(material_.colour), 1),
+            colour = addFactor(*colour, "Color Factor", "Multiply Color", shortest(SettingValue(material_.colour), 1),
                                "Color");
-        writer_.connectToSurface(colour, "Color");
+        writer_.connectToSurface(*colour, "Color");
     }
 
     void addLuminosity(const MeshTexture &texture) {
@@ -73,9 +102,16 @@ class MaterialNetwork {
     }
 
     // The surface's transparency is 1 - opacity, or a step of it.
-    void addOpacity(const MeshTexture &texture) {
-        const NodeOutput opacity{.node = addImage(texture, "Opacity Image"),
-                                 .output = texture.isAlpha ? "Alpha" : "Luminance"};
+    void addOpacity() {
+        std::optional<NodeOutput> found;
+        if (const MeshTexture *texture = shown(Use::opacity))
+            found = {.node = addImage(*texture, "Opacity Image"), .output = texture->isAlpha ? "Alpha" : "Luminance"};
+        if (material_.hasColourAlpha) {
+            const NodeOutput ofVertex = ofVertices("Alpha");
+            found = found ? addProduct(*found, ofVertex, "Image and Vertex Alpha", "Multiply Scalar", "Out") : ofVertex;
+        }
+        if (!found) return;
+        const NodeOutput &opacity = *found;
         const bool isStep = material_.alphaCutoff > 0 && material_.opacity > 0;
         writer_.startRow();
         writer_.connectToSurface(isStep ? addStep(opacity) : addInverse(opacity), "Transparency");
@@ -105,7 +141,8 @@ class MaterialNetwork {
     const MeshMaterial &material_;
     const std::function<std::string(const MeshTexture &)> &imageName_;
     NetworkWriter writer_;
-    std::string colourImage_; // the node for the image of the colour; empty: none yet
+    std::string colourImage_;   // the node for the image of the colour; empty: none yet
+    std::string vertexColours_; // the same for the colours of vertices
 };
 
 // The transparency without a texture.

@@ -9,7 +9,8 @@
 
 namespace velm::host {
 
-// Describes a material as a surface with the given name: its values as settings, and its textures as nodes. `file` is
+// Describes a material as a surface with the given name: its values as settings, and its textures and
+// vertex colours as nodes. `file` is
 // the location in messages. `imageName` returns the name in the scene of a texture's image; a texture is left out if it
 // is empty. [any thread]
 SurfaceDescription surfaceOfMaterial(const MeshMaterial &material, const std::string &name, const std::string &file,
