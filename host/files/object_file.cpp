@@ -124,6 +124,22 @@ ComponentEnvelopes ObjectFile::envelopesAfter(const Chunk &sub, std::size_t comp
     return envelopes_.from(cursor.hasIndex() ? cursor.index() : 0, components);
 }
 
+// The intensity, the number of its envelope, the type of the map, and its name. The type does not matter: programs
+// write "RGB " for maps with alpha, too.
+std::optional<VertexTint> ObjectFile::tint(const ObjectSurface &surface, SurfaceChunkValues &values) const {
+    const auto intensity = floats<1>(surface, fourCC("VCOL"), &values);
+    if (!intensity) return std::nullopt;
+    const IffFile file = iff();
+    ChunkCursor cursor(file, *find(surface, fourCC("VCOL")));
+    cursor.real();
+    if (!cursor.hasIndex()) return std::nullopt;
+    cursor.index();
+    if (cursor.left() <= 4) return std::nullopt;
+    cursor.u4();
+    VertexTint tint{.intensity = (*intensity)[0], .map = cursor.text("the name of a map of vertex colours")};
+    return tint.map.empty() ? std::nullopt : std::optional(std::move(tint));
+}
+
 SurfaceChunkValues ObjectFile::values(std::size_t index) const {
     const ObjectSurface &surface = surfaces_[index];
     SurfaceChunkValues values;
@@ -140,6 +156,7 @@ SurfaceChunkValues ObjectFile::values(std::size_t index) const {
     values.transparency = number(fourCC("TRAN"));
     values.refractionIndex = number(fourCC("RIND"));
     values.bump = number(fourCC("BUMP"));
+    values.tint = tint(surface, values);
     if (const auto angle = floats<1>(surface, fourCC("SMAN"), nullptr)) values.smoothingAngle = (*angle)[0];
     if (const Chunk *sides = find(surface, fourCC("SIDE"))) {
         if (sides->contents.size < 2) iff().fail(sides->contents.at, "the sub-chunk SIDE is too short");

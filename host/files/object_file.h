@@ -68,6 +68,7 @@ class ObjectFile {
     IffFile iff() const { return {bytes_, name_}; }
     ComponentEnvelopes envelopesAfter(const Chunk &sub, std::size_t components) const;
     const Chunk *find(const ObjectSurface &surface, std::uint32_t id) const;
+    std::optional<VertexTint> tint(const ObjectSurface &surface, SurfaceChunkValues &values) const;
     template <std::size_t n>
     std::optional<std::array<float, n>> floats(const ObjectSurface &surface, std::uint32_t id,
                                                SurfaceChunkValues *values) const;

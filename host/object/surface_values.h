@@ -10,6 +10,12 @@
 
 namespace velm::host {
 
+// A map of vertex colours that tints a surface.
+struct VertexTint {
+    float intensity = 1; // a fraction: how far the colour is tinted. Its envelope is that of "VCOL"
+    std::string map;     // its name
+};
+
 // A surface's own values, which it has besides its network, each from a sub-chunk. Nothing where the sub-chunk is
 // missing. Fractions are 1 for full, the angle is in radians.
 struct SurfaceChunkValues {
@@ -19,6 +25,7 @@ struct SurfaceChunkValues {
     std::optional<float> bump;                                                  // BUMP: the strength
     std::optional<float> smoothingAngle;                                        // SMAN
     std::optional<int> sides;                                                   // SIDE: 1 or 3
+    std::optional<VertexTint> tint;                                             // VCOL that names a map
     // The envelopes that drive values, by sub-chunk: "COLR". A value without one is not in the map.
     std::map<std::string, ComponentEnvelopes> envelopes;
 

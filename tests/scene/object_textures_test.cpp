@@ -52,6 +52,28 @@ TEST(ObjectTextures, AreReadWhereTheNetworkHasNoNodes) {
     EXPECT_EQ(found.losses.count(Loss::vertexColours), 1U);
 }
 
+TEST(ObjectTextures, VertexColoursAreReadWhereNoNodeFeedsTheColour) {
+    const std::string none = words({0}), name = cString("Paint"),
+                      tint = subChunk("VCOL", reals({0.5F}) + none + "RGB " + name);
+    const auto network = [](const char *input) {
+        return networkBlock(nodeBlocks("Surface", "Root", "") + nodeBlocks("Weather", "Rain", ""),
+                            connectionBlocks("Rain", "Drops", "Root", input));
+    };
+    const ObjectFile object(objectFile(surface("Plain", tint) + surface("Colour", tint + network("Color")) +
+                                       surface("Other", tint + network("Diffuse")) +
+                                       surface("Nameless", subChunk("VCOL", reals({1}) + none + "RGB " + cString("")))),
+                            "a.lwo");
+    ASSERT_TRUE(object.values(0).tint);
+    EXPECT_EQ(object.values(0).tint->intensity, 0.5F);
+    EXPECT_EQ(object.values(0).tint->map, "Paint");
+    EXPECT_FALSE(object.values(3).tint);
+    const ObjectSurfaces found = surfacesOf(object);
+    EXPECT_EQ(found.surfaces[0].network.nodes.size(), 2U);
+    ASSERT_EQ(found.losses.count(Loss::vertexColours), 2U);
+    EXPECT_EQ(found.losses.texts()[0].message,
+              "the vertex colours of 2 surfaces are not shown (the first: surface \"Other\")");
+}
+
 std::string sequenceClip(std::size_t number, std::size_t digitsAndFlags, const std::vector<std::size_t> &numbers,
                          const std::string &prefix, const std::string &suffix) {
     return chunk("CLIP", big(number, 4) + subChunk("ISEQ", words({digitsAndFlags}) + words(numbers) + cString(prefix) +

@@ -312,6 +312,37 @@ TEST(TextureNetwork, ProceduralBumpsHaveTheirValueAsAmplitude) {
     EXPECT_EQ(result.setting("Bump Amplitude 1", "B"), SettingValue(0.5));
 }
 
+TEST(TextureNetwork, GradientsOverWeightsHaveTheNodeOfTheirMap) {
+    SurfaceTexture texture = gradientOf("DIFF", "Weight Map");
+    texture.item = "Bend";
+    const Described result = describe({texture});
+    EXPECT_EQ(result.connections(), (std::vector<std::string>{"Diffuse Blend 1.Out -> Globe.Diffuse",
+                                                              "Diffuse Gradient 1.Alpha -> Diffuse Blend 1.Coverage",
+                                                              "Diffuse Gradient 1.Color -> Diffuse Blend 1.Layer",
+                                                              "Diffuse Weight 1.Scalar -> Diffuse Gradient 1.Input"}));
+    EXPECT_EQ(result.setting("Diffuse Gradient 1", "Source"), SettingValue(std::string("Input")));
+    EXPECT_EQ(result.node("Diffuse Weight 1").server, "Weight Map");
+    EXPECT_EQ(result.setting("Diffuse Weight 1", "Weight Map"), SettingValue(std::string("Bend")));
+    EXPECT_TRUE(result.losses.texts().empty());
+}
+
+TEST(TextureNetwork, VertexColoursTintTheColourBelowTheLayers) {
+    SurfaceChunkValues values;
+    values.tint = {.intensity = 0.75F, .map = "Paint"};
+    const std::vector<SettingDescription> settings = {
+        {.label = "Color", .value = Double3{0.1, 0.2, 0.3}, .location = {}}};
+    const Described alone = describe({}, settings, values);
+    EXPECT_EQ(alone.connections(), (std::vector<std::string>{"Vertex Color Blend.Color -> Globe.Color",
+                                                             "Vertex Colors.Color -> Vertex Color Blend.Layer"}));
+    EXPECT_EQ(alone.node("Vertex Colors").server, "Vertex Color");
+    EXPECT_EQ(alone.setting("Vertex Colors", "Color Map"), SettingValue(std::string("Paint")));
+    EXPECT_EQ(alone.setting("Vertex Color Blend", "Mode"), SettingValue(std::string("Multiply")));
+    EXPECT_EQ(alone.setting("Vertex Color Blend", "Opacity"), SettingValue(75.0));
+    EXPECT_EQ(alone.setting("Vertex Color Blend", "Below"), SettingValue(Double3{0.1, 0.2, 0.3}));
+    const Described layered = describe({imageOf("COLR", "a.png")}, settings, values);
+    EXPECT_EQ(std::ranges::count(layered.connections(), "Vertex Color Blend.Color -> Color Blend 1.Below"), 1);
+}
+
 TEST(TextureNetwork, ANodeDoesNotGetTheNameOfItsSurface) {
     SurfaceDescription surface;
     surface.name = "Color Image 1";
@@ -356,7 +387,7 @@ TEST(TextureNetwork, WhatItDoesNotHaveIsCounted) {
         {Loss::alphaLayer, [](SurfaceTexture &t) { t.blend = TextureBlend::alpha; }, true},
         {Loss::displacementLayer, [](SurfaceTexture &t) { t.blend = TextureBlend::displacement; }, true},
         {Loss::otherImage, [](SurfaceTexture &t) { t.imageFile.clear(); }, true},
-        {Loss::gradientInput, [](SurfaceTexture &t) { t = gradientOf("COLR", "Weight Map"); }, true},
+        {Loss::gradientInput, [](SurfaceTexture &t) { t = gradientOf("COLR", "Light Incidence"); }, true},
         {Loss::gradientKeys,
          [](SurfaceTexture &t) {
              t = gradientOf("COLR", "Slope");

@@ -90,7 +90,9 @@ ObjectSurfaces surfacesOf(const ObjectFile &object) {
             describeTextures(textures, values, surface, result.losses);
         else
             noteUnusedTextures(textures, outline.rootInputs, surface.name, result.losses);
-        if (std::ranges::count(inFile.subChunks, fourCC("VCOL"), &Chunk::id) > 0)
+        const bool hasNetworkColour = std::ranges::count(outline.rootInputs, "Color") > 0;
+        if (std::ranges::count(inFile.subChunks, fourCC("VCOL"), &Chunk::id) > 0 &&
+            !(outline.nodes == 0 ? values.tint.has_value() : hasNetworkColour))
             result.losses.add(Loss::vertexColours, fmt::format("surface {}", inQuotes(surface.name)));
         noteEnvelopes(values, outline.nodes == 0, result);
     }

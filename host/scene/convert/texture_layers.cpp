@@ -30,6 +30,7 @@ constexpr int kUvProjection = 5;
 constexpr const char *kSources[] = {"Incidence Angle", "Slope", "Distance to Camera", "Bump"};
 constexpr const char *kPreviousLayer = "Previous Layer";
 constexpr const char *kBumpInput = "Bump";
+constexpr const char *kWeightInput = "Weight Map";
 constexpr std::size_t kMostKeys = 8;
 
 double luminance(const Double3 &colour) { return shortest(host::luminance(colour[0], colour[1], colour[2]), 1); }
@@ -80,7 +81,7 @@ const Pattern *patternOf(std::string_view function) {
 }
 
 bool isKnownInput(const std::string &input) {
-    return input == kPreviousLayer || std::ranges::count(kSources, input) > 0;
+    return input == kPreviousLayer || input == kWeightInput || std::ranges::count(kSources, input) > 0;
 }
 
 } // namespace
@@ -226,10 +227,12 @@ LayerOutputs LayerNodes::addRamp(const SurfaceTexture &texture, const TextureCha
     NetworkWriter::Node node = addNode(channel, "Gradient", number, "Color Ramp");
     const bool isPrevious = texture.input == kPreviousLayer;
     // The sample has no bump height of its own.
-    const bool isBump = texture.input == kBumpInput && below.bump;
-    node.set("Source", isPrevious || isBump ? std::string("Input") : texture.input);
+    const bool isBump = texture.input == kBumpInput && below.bump, isWeight = texture.input == kWeightInput;
+    node.set("Source", isPrevious || isBump || isWeight ? std::string("Input") : texture.input);
     addKeys(texture, node);
-    if (isBump)
+    if (isWeight)
+        node.connect(addWeight(texture, channel, number), "Input");
+    else if (isBump)
         node.connect(*below.bump, "Input");
     else if (isPrevious && below.top)
         node.connect(*below.top, "Input");
@@ -238,6 +241,13 @@ LayerOutputs LayerNodes::addRamp(const SurfaceTexture &texture, const TextureCha
     return {.value = NodeOutput{.node = node.name(), .output = "Color"},
             .constant = {},
             .coverage = NodeOutput{.node = node.name(), .output = "Alpha"}};
+}
+
+NodeOutput LayerNodes::addWeight(const SurfaceTexture &texture, const TextureChannel &channel, int number) {
+    NetworkWriter::Node node =
+        writer_.add(fmt::format("{} Weight {}", channel.label, number), "Weight Map", NetworkWriter::kValueColumn);
+    node.set("Weight Map", texture.item.substr(0, kLongestNodeText));
+    return {.node = node.name(), .output = "Scalar"};
 }
 
 // The keys of the ramp, in order of their positions.

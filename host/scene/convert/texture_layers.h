@@ -48,6 +48,7 @@ class LayerNodes {
     LayerOutputs addImage(const SurfaceTexture &texture, const TextureChannel &channel, int number);
     LayerOutputs addRamp(const SurfaceTexture &texture, const TextureChannel &channel, int number,
                          const LayersBelow &below);
+    NodeOutput addWeight(const SurfaceTexture &texture, const TextureChannel &channel, int number);
     LayerOutputs addPattern(const SurfaceTexture &texture, const TextureChannel &channel, int number);
     NodeOutput amplified(NodeOutput height, const SurfaceTexture &texture, int number);
     void setPosition(const SurfaceTexture &texture, NetworkWriter::Node &node);

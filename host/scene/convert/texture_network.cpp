@@ -67,6 +67,20 @@ class TextureNetwork {
         tops_[&kColourChannel] = writer_.addComponents("Color Envelope", true, *values.colour, envelopes);
     }
 
+    // Multiplies the colour by that of the vertices, as far as the tint's intensity says.
+    void addTint(const SurfaceChunkValues &values) {
+        if (!values.tint) return;
+        NetworkWriter::Node colours = writer_.add("Vertex Colors", "Vertex Color", NetworkWriter::kLayerColumn);
+        colours.set("Color Map", values.tint->map.substr(0, kLongestNodeText));
+        const NodeOutput layer{.node = colours.name(), .output = "Color"};
+        NetworkWriter::Node blend = writer_.add("Vertex Color Blend", "Blend Color", NetworkWriter::kBlendColumn);
+        blend.set("Opacity", values.tint->intensity, values.envelopesOf("VCOL"), kPercentPerFraction);
+        blend.set("Mode", std::string(modeOf(TextureBlend::multiply)));
+        layOver({.top = topOf(kColourChannel), .base = base(kColourChannel), .bump = {}}, blend);
+        blend.connect(layer, "Layer");
+        tops_[&kColourChannel] = {.node = blend.name(), .output = "Color"};
+    }
+
     void add(const MaskedLayer &masked) {
         const SurfaceTexture &texture = *masked.texture;
         const TextureChannel *channel = findTextureChannel(texture.channel);
@@ -104,11 +118,16 @@ class TextureNetwork {
                         channel.isColour ? "Blend Color" : "Blend Scalar", NetworkWriter::kBlendColumn);
         node.set("Opacity", texture.opacity, layers_.envelopesOf(texture, TextureNumber::opacity), kPercentPerFraction);
         node.set("Mode", std::string(modeOf(texture.blend)));
-        if (below.top)
-            node.connect(*below.top, "Below");
-        else
-            node.set("Below", below.base);
+        layOver(below, node);
         return node;
+    }
+
+    // Feeds a blend node with the layers below it.
+    static void layOver(const LayersBelow &below, NetworkWriter::Node &blend) {
+        if (below.top)
+            blend.connect(*below.top, "Below");
+        else
+            blend.set("Below", below.base);
     }
 
     // Multiplies the coverage of a layer by 1 + o (t - 1), with the mask's value t and opacity o.
@@ -155,6 +174,7 @@ void describeTextures(const std::vector<SurfaceTexture> &textures, const Surface
                       SurfaceDescription &surface, Losses &losses) {
     TextureNetwork network(surface, losses);
     network.addColourKeys(values);
+    network.addTint(values);
     const std::vector<MaskedLayer> layers = maskedLayers(textures);
     // Gradients of other channels may depend on the bump, so its layers come first.
     for (const bool bumpsAreAdded : {true, false})

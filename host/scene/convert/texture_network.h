@@ -15,8 +15,8 @@ namespace velm::host {
 // Adds to a surface's description the network that represents its texture layers, which are given from the lowest to
 // the highest. Each layer is an image or gradient node, and a blend node that blends it with the layers below; the last
 // blend node feeds the surface's input. The value below the first layer is the surface's setting; a node computes a
-// colour whose components have different keys. `values` are those of the surface, which its settings have already.
-// `losses` counts what the network cannot represent.
+// colour whose components have different keys, and two nodes tint the colour by that of the vertices. `values` are
+// those of the surface, which its settings have already. `losses` counts what the network cannot represent.
 void describeTextures(const std::vector<SurfaceTexture> &textures, const SurfaceChunkValues &values,
                       SurfaceDescription &surface, Losses &losses);
 
