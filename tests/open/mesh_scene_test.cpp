@@ -50,7 +50,7 @@ double tangentOf(const CameraDescription &camera) { return std::tan(camera.field
 // The light that a facing surface receives.
 double lightAt(const LightDescription &light, const Vec3 &location) {
     LightSample sample;
-    return Light(light).sample(location, {.x = 0.5, .y = 0.5}, sample) ? sample.colour.x : 0;
+    return Light(light).sample(location, nullptr, {.x = 0.5, .y = 0.5}, sample) ? sample.colour.x : 0;
 }
 
 TEST(MeshScene, ShowsAllThatACameraSees) {

@@ -23,7 +23,7 @@ std::vector<double> illuminances(Rig rig, double size, View view = View::threeQu
     std::vector<double> all;
     for (const LightDescription &light : lightingOf(rig, box(size), camera).lights) {
         LightSample sample{};
-        EXPECT_TRUE(Light(light).sample(middle(size), {.x = 0.5, .y = 0.5}, sample));
+        EXPECT_TRUE(Light(light).sample(middle(size), nullptr, {.x = 0.5, .y = 0.5}, sample));
         all.push_back(sample.colour.x);
     }
     return all;
@@ -53,7 +53,7 @@ TEST(Rig, LooksAlikeInBothWorkflows) {
         double sum = lighting.ambientIntensity;
         for (const LightDescription &light : lighting.lights) {
             LightSample sample{};
-            EXPECT_TRUE(Light(light).sample(middle(1), {.x = 0.5, .y = 0.5}, sample));
+            EXPECT_TRUE(Light(light).sample(middle(1), nullptr, {.x = 0.5, .y = 0.5}, sample));
             if (light.name == "Key") sum += sample.colour.x;
         }
         return sum;
