@@ -14,7 +14,7 @@ namespace {
 // The path of the program itself, also where it was started by a symbolic link.
 std::filesystem::path programFile() {
     std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
     if (error) throw MachineError(fmt::format("cannot find the program's own directory: {}", error.message()));
     return program;
 }
