@@ -3,6 +3,7 @@
 #include "host/base/error.h"
 #include "host/image/library/image_library.h"
 #include "host/image/metadata_headers.h"
+#include "host/image/png_file.h"
 #include "host/image/transfer.h"
 #include "host/io/files.h"
 
@@ -39,6 +40,7 @@ constexpr std::array<PictureFormat, 7> kFormats = {{
 }};
 
 bool isExr(const PictureFormat &format) { return std::strcmp(format.ending, ".exr") == 0; }
+bool isPng(const PictureFormat &format) { return std::strcmp(format.ending, ".png") == 0; }
 
 const PictureFormat &formatOf(const std::string &file) {
     std::string ending = std::filesystem::path(file).extension().string();
@@ -117,6 +119,16 @@ NewImage describe(const Picture &picture, const PictureFormat &format, const Pic
             .texts = textsOf(metadata, format)};
 }
 
+// The whole file of an image. MachineError, naming the file, if it cannot be made.
+std::vector<unsigned char> bytesOf(const NewImage &image, const std::string &file) {
+    std::vector<unsigned char> bytes;
+    std::string error;
+    const bool isMade =
+        image.format == "png" ? makePng(image, bytes, error) : imageLibrary().write(image, bytes, error);
+    if (!isMade) throw MachineError("cannot write " + file + ": " + error);
+    return bytes;
+}
+
 } // namespace
 
 Picture::Picture(const Picture &other) : Picture(other.width_, other.height_, other.window_) {
@@ -124,8 +136,7 @@ Picture::Picture(const Picture &other) : Picture(other.width_, other.height_, ot
 }
 
 void checkPictureEnding(const std::string &file) {
-    formatOf(file);
-    imageLibrary();
+    if (!isPng(formatOf(file))) imageLibrary();
 }
 
 bool hasDigest(const std::string &file) { return formatOf(file).hasDigest; }
@@ -133,10 +144,7 @@ bool holdsParts(const std::string &file) { return isExr(formatOf(file)); }
 
 void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata) {
     const PictureFormat &format = formatOf(file);
-    std::vector<unsigned char> bytes;
-    std::string error;
-    if (!imageLibrary().write(describe(picture, format, metadata), bytes, error))
-        throw MachineError("cannot write " + file + ": " + error);
+    const std::vector<unsigned char> bytes = bytesOf(describe(picture, format, metadata), file);
     writeFileAtomically(file, {reinterpret_cast<const char *>(bytes.data()), bytes.size()});
 }
 

@@ -71,7 +71,7 @@ TEST(Start, CommandsWithoutImagesDoNotLoadTheImageLibrary) {
     const WorkDirectory directory;
     for (const Words &words : {Words{"--version"}, Words{"--help"}, Words{"nodes", "--module", VELM_MODULE_FILE},
                                Words{"show", "Velm Counter", "--module", VELM_MODULE_FILE},
-                               Words{"info", kScene, "--module", VELM_MODULE_FILE}}) {
+                               Words{"info", kScene, "--module", VELM_MODULE_FILE}, renderTo("a.png")}) {
         const std::set<std::string> libraries = librariesOf(directory, words);
         EXPECT_TRUE(libraries.contains("libc.so.6")) << words.front() << ": the list is empty";
         EXPECT_FALSE(hasImageLibrary(libraries)) << words.front();

@@ -1,0 +1,69 @@
+// PNG files, beside those that the image library makes.
+#include "host/image/png_file.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+
+namespace velm::host::test {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+// An image of scattered bytes, so that its rows do not resemble each other.
+NewImage scattered(int width, int height) {
+    NewImage image{.format = "png",
+                   .width = width,
+                   .height = height,
+                   .fullWidth = width,
+                   .fullHeight = height,
+                   .channels = 3,
+                   .row = {},
+                   .texts = {{"scene", "clay.json"},
+                             {"command", "velm render \"a b\" --set x=\u00e9"},
+                             {"ImageDescription", "velm:scene 0ddffa56"}}};
+    image.row = [row = std::vector<std::uint8_t>(static_cast<std::size_t>(width) * 3)](int index) mutable {
+        std::uint32_t state = static_cast<std::uint32_t>(index) + 1;
+        for (std::uint8_t &value : row) {
+            state = state * 1664525 + 1013904223;
+            value = static_cast<std::uint8_t>(state >> 28); // of which a part repeats, so that it is compressed
+        }
+        return row.data();
+    };
+    return image;
+}
+
+struct SizeCase {
+    int width, height;
+};
+// From less than one block of compressed data to many; in small files, libpng chooses a smaller window.
+constexpr SizeCase kSizes[] = {{1, 1}, {7, 3}, {64, 48}, {333, 200}, {1, 5000}, {5000, 1}};
+
+TEST(PngFile, IsTheSameAsTheImageLibrarys) {
+    for (const SizeCase &size : kSizes) {
+        Bytes ours, theirs;
+        std::string error;
+        ASSERT_TRUE(makePng(scattered(size.width, size.height), ours, error)) << error;
+        ASSERT_TRUE(imageLibrary().write(scattered(size.width, size.height), theirs, error)) << error;
+        EXPECT_EQ(ours, theirs) << size.width << " x " << size.height;
+    }
+}
+
+TEST(PngFile, WithoutTextsIsTheSameAsTheImageLibrarys) {
+    NewImage image = scattered(20, 10);
+    image.texts.clear();
+    Bytes ours, theirs;
+    std::string error;
+    ASSERT_TRUE(makePng(image, ours, error)) << error;
+    ASSERT_TRUE(imageLibrary().write(image, theirs, error)) << error;
+    EXPECT_EQ(ours, theirs);
+}
+
+TEST(PngFile, TooWideAnImageIsAnError) {
+    Bytes bytes;
+    std::string error;
+    EXPECT_FALSE(makePng(scattered(1000001, 1), bytes, error)); // libpng's limit is a million
+    EXPECT_NE(error, "");
+}
+
+} // namespace
+} // namespace velm::host::test
