@@ -1,4 +1,5 @@
-// The time from start to the first ray, and the memory of a large mesh, against Embree and the mesh reader alone.
+// The time from start to the first ray, and the memory of a large mesh, against Embree and the mesh reader alone; the
+// time that the program itself takes to start, against one that does nothing.
 #include "bench/compare.h"
 #include "bench/plain_mesh.h"
 #include "host/graph/listed_module.h"
@@ -15,12 +16,19 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <malloc.h>
 #include <numbers>
+#include <spawn.h>
 #include <stdexcept>
+#include <string>
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <variant>
+#include <vector>
 
 namespace velm::host::bench {
 namespace {
@@ -71,6 +79,57 @@ std::string meshFileOf(const SceneDescription &scene) {
     for (const ObjectDescription &object : scene.objects)
         if (const auto *mesh = std::get_if<MeshFile>(&object.shape)) return mesh->file;
     throw std::runtime_error("the demonstration has no mesh file");
+}
+
+// ---- The program ----
+
+double millisecondsOf(const timeval &time) {
+    return static_cast<double>(time.tv_sec) * 1000 + static_cast<double>(time.tv_usec) / 1000;
+}
+
+// The processor time in milliseconds that a program takes, with all processes for which it waits. It prints nothing.
+double processorTimeOf(std::vector<std::string> words) {
+    std::vector<char *> arguments;
+    for (std::string &word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t process = 0;
+    const int failure = posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    int status = 0;
+    rusage used{};
+    if (failure != 0 || wait4(process, &status, 0, &used) != process || status != 0)
+        throw std::runtime_error("cannot run " + words.front());
+    return millisecondsOf(used.ru_utime) + millisecondsOf(used.ru_stime);
+}
+
+void compareProgram(Table &table) {
+    constexpr int kRounds = 21;
+    const auto nothing = [] { return processorTimeOf({"/bin/true"}); };
+    Row row{.what = "velm --version, processor time",
+            .against = "a program that does nothing",
+            .unit = "ms",
+            .goal = Goal::differenceAtMost,
+            .target = 20};
+    table.compare(
+        row, kRounds,
+        [] {
+            return processorTimeOf({VELM_PROGRAM, "--version"});
+        },
+        nothing);
+    row.what = "picture of 4 x 3 pixels, processor time";
+    row.target = 80;
+    const std::string picture = std::filesystem::temp_directory_path() / "velm_bench_start.png";
+    table.compare(
+        row, kRounds,
+        [&] {
+            return processorTimeOf({VELM_PROGRAM, "render", VELM_SOURCE_DIR "/examples/counter.json", "--size", "4x3",
+                                    "--samples", "1", "--module", VELM_MODULE_FILE, "-o", picture});
+        },
+        nothing);
+    std::filesystem::remove(picture);
 }
 
 // ---- Memory ----
@@ -152,6 +211,7 @@ void compareStart(Table &table) {
          .goal = Goal::ratioAtMost,
          .target = 1.2},
         1, [] { return heldBytesOf("ours"); }, [] { return heldBytesOf("reference"); });
+    compareProgram(table);
 }
 
 } // namespace velm::host::bench
