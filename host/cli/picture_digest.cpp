@@ -46,6 +46,8 @@ PictureDigest::PictureDigest(const std::string &file, const SceneDescription &sc
     digest.add(fmt::format("{}x{} {},{},{},{} {} {} {} {} {} {}", job.width, job.height, region.left, region.top,
                            region.right, region.bottom, job.samples, job.recursionDepth, job.camera,
                            static_cast<int>(job.order), job.seed, job.lockNoise));
+    if (job.filter != FilterDescription{})
+        digest.add(fmt::format("filter {} {}", static_cast<int>(job.filter.shape), job.filter.width));
     digest.add(VELM_VERSION);
 }
 

@@ -65,6 +65,8 @@ RenderJob planJob(const RenderDescription &scene, const RenderOptions &options, 
     job.order = options.order.value_or(RenderOrder::automatic);
     job.seed = options.seed;
     job.lockNoise = options.lockNoise;
+    job.filter.shape = options.filter.value_or(FilterShape::box);
+    job.filter.width = options.filterWidth.value_or(defaultFilterWidth(job.filter.shape));
     if (job.order == RenderOrder::classic && job.threads > kMaxThreads)
         throw UsageError(fmt::format("--threads: in classic order there can be {} threads at most", int{kMaxThreads}));
     if (options.region) {

@@ -43,6 +43,13 @@ RenderOrder parseOrder(const std::string &text) {
     return parseWord("--order", text, kOrders);
 }
 
+FilterShape parseFilter(const std::string &text) {
+    constexpr std::pair<const char *, FilterShape> kShapes[] = {{"box", FilterShape::box},
+                                                                {"gaussian", FilterShape::gaussian},
+                                                                {"blackman-harris", FilterShape::blackmanHarris}};
+    return parseWord("--filter", text, kShapes);
+}
+
 PartsBy parsePartsBy(const std::string &text) {
     constexpr std::pair<const char *, PartsBy> kWays[] = {{"tiles", PartsBy::tiles}, {"samples", PartsBy::samples}};
     return parseWord("--by", text, kWays);
@@ -100,6 +107,17 @@ void declareReports(CLI::App &command, ProgramOptions &program, RenderOptions &o
         ->type_name("FILE");
 }
 
+void declareFilter(CLI::App &command, RenderOptions &options) {
+    addParsed(command, "--filter", options.filter, parseFilter, "SHAPE",
+              "How samples contribute to a pixel: box, the default, gaussian or blackman-harris,\n"
+              "which give smoother edges; no effect with 1 sample");
+    command
+        .add_option("--filter-width", options.filterWidth,
+                    "The width of the filter in pixels; 1 by default for box, 3 for the others")
+        ->check(numberFrom(kNarrowestFilter, kWidestFilter))
+        ->type_name("PIXELS");
+}
+
 } // namespace
 
 void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOptions &options) {
@@ -126,6 +144,7 @@ void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOpti
               "Only the columns X0 to X1 - 1 and rows Y0 to Y1 - 1, from the upper left, instead\n"
               "of the scene's region: the data window of an EXR file; in other formats the rest\n"
               "is black");
+    declareFilter(command, options);
     command.add_option("--samples", options.samples, "Samples per pixel")
         ->check(CLI::Range(1, kMostSamples))
         ->type_name("N");

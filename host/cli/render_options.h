@@ -6,6 +6,7 @@
 #include "host/cli/progress.h"
 #include "host/cli/scene_options.h"
 #include "host/render/order/picture_part.h"
+#include "host/render/scene/pixel_filter.h"
 #include "host/render/scene/render_job.h"
 
 #include <cstdint>
@@ -31,9 +32,11 @@ struct RenderOptions : SceneOptions {
     std::optional<RenderOrder> order;
     std::uint32_t seed = 0;
     bool lockNoise = false;
-    int samples = 0;     // 0: the scene's
-    int threads = 0;     // 0: the machine's cores
-    bool strict = false; // warnings are errors
+    std::optional<FilterShape> filter; // box by default
+    std::optional<double> filterWidth; // pixels; the shape's own by default
+    int samples = 0;                   // 0: the scene's
+    int threads = 0;                   // 0: the machine's cores
+    bool strict = false;               // warnings are errors
     bool quiet = false;
     std::optional<ProgressStyle> progress;
     bool stats = false;

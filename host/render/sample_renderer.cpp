@@ -46,7 +46,8 @@ SampleRenderer::SampleRenderer(const RenderSceneData &scene, const RenderJob &jo
     : scene_(scene), job_(job), cameraItem_(findCamera(scene, job.camera)),
       camera_(stepsOf(cameraItem_), job.width, job.height, scene.render.pixelAspect),
       shutterPart_(scene.shutterPart(cameraItem_.description)),
-      mask_(pixelsOfPicture(cameraItem_.description.mask, job.width, job.height)), allOpaque_(isOpaque(scene)) {}
+      mask_(pixelsOfPicture(cameraItem_.description.mask, job.width, job.height)), allOpaque_(isOpaque(scene)),
+      filter_(job.filter) {}
 
 RayState SampleRenderer::initialState(int threadIndex) const {
     RayState state;
@@ -76,8 +77,11 @@ double SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index
     std::uint32_t pixelSeed = combine(combine(scramble(static_cast<std::uint32_t>(x)), static_cast<std::uint32_t>(y)),
                                       job_.lockNoise ? 0 : static_cast<std::uint32_t>(job_.frame));
     if (job_.seed != 0) pixelSeed = combine(pixelSeed, job_.seed);
-    const UnitSquare middle = {0.5, 0.5};
-    const UnitSquare point = job_.samples == 1 ? middle : stratifiedPoint(index, pixelSeed);
+    PicturePoint point = {0.5, 0.5}; // from the upper left corner of the pixel
+    if (job_.samples > 1) {
+        const UnitSquare stratified = stratifiedPoint(index, pixelSeed);
+        point = {filter_.coordinate(stratified.x), filter_.coordinate(stratified.y)};
+    }
     state.pixelX = x;
     state.pixelY = y;
     state.seed = combine(pixelSeed, index);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/render/scene/camera.h"
+#include "host/render/scene/pixel_filter.h"
 #include "host/render/scene/render_job.h"
 #include "host/render/services/scene_services.h"
 #include "host/render/tracing/ray_state.h"
@@ -48,6 +49,7 @@ class SampleRenderer {
     const double shutterPart_; // of the scene's shutter
     const Region mask_;        // the pixels that show the scene
     const bool allOpaque_;
+    const PixelFilter filter_;
 };
 
 // Offers the services that describe the scene, for as long as the result lives. `threads` is the number of render

@@ -102,6 +102,14 @@ TEST(Options, OfRenderMayChooseTheViewAndTheLights) {
     EXPECT_FALSE(renderOptions(none).view || renderOptions(none).rig);
 }
 
+TEST(Options, OfRenderMayChooseTheFilter) {
+    const CommandLine line = parse({"render", "a.json", "--filter", "blackman-harris", "--filter-width", "2.5"});
+    EXPECT_EQ(renderOptions(line).filter, FilterShape::blackmanHarris);
+    EXPECT_EQ(renderOptions(line).filterWidth, 2.5);
+    const CommandLine none = parse({"render", "a.json"});
+    EXPECT_FALSE(renderOptions(none).filter || renderOptions(none).filterWidth);
+}
+
 TEST(Options, OfRenderMayChooseTheLevelOfSubdivision) {
     EXPECT_EQ(renderOptions(parse({"render", "a.lwo", "--subdivision", "0"})).subdivision, 0);
     EXPECT_FALSE(renderOptions(parse({"render", "a.lwo"})).subdivision);
@@ -169,6 +177,9 @@ INSTANTIATE_TEST_SUITE_P(
         WrongWords{"FramesText", render({"--frames", "all"}), "--frames: \"all\" is neither"},
         WrongWords{"FramesHuge", render({"--frames", "1-9999999"}), "numbered from -999999 to 999999"},
         WrongWords{"FramesTail", render({"--frames", "1-9x2,b"}), "\"b\" is neither a frame nor a range such as"},
+        WrongWords{"FilterText", render({"--filter", "sinc"}),
+                   "--filter: \"sinc\" is none of box, gaussian, blackman-harris"},
+        WrongWords{"FilterTooNarrow", render({"--filter-width", "0"}), "\"0\" is not a number from 0.1 to 16"},
         WrongWords{"QuietProgress", render({"--quiet", "--progress", "bar"}), "--quiet excludes --progress"},
         WrongWords{"ProgressText", render({"--progress", "dots"}),
                    "--progress: \"dots\" is none of bar, percent, openjd, none"},

@@ -3,6 +3,7 @@
 
 #include "host/base/limits.h"
 #include "host/base/region.h"
+#include "host/render/scene/pixel_filter.h"
 #include "host/scene/format/description.h"
 #include "module/host.h"
 
@@ -36,6 +37,7 @@ struct RenderJob {
     int initMode = kInitRender; // how the surfaces were initialised: kInitRender or kInitPreview
     std::uint32_t seed = 0;     // chooses one of many patterns of noise
     bool lockNoise = false;     // the same pattern in all frames
+    FilterDescription filter;   // of the samples of a pixel; no effect with 1 sample, which is at its middle
 };
 
 // Throws InputError for a job that makes no sense, such as a region outside of the picture.
