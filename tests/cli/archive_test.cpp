@@ -122,7 +122,7 @@ TEST_F(Archives, HaveTheFilesThatTheFramesShow) {
     EXPECT_EQ(kept.images[0].file, file("kept/images/f_##.hdr"));
     EXPECT_EQ(kept.images[0].sequence, (ImageSequence{.first = 0, .last = 20, .offset = 10}));
     const test::Outcome rendered =
-        test::velm({"render", file("kept/scene.json"), "--frame", "4", "--strict", "-o", file("a.png"), "--quiet"});
+        test::velm({"render", file("kept/scene.json"), "--frames", "4", "--strict", "-o", file("a.png"), "--quiet"});
     EXPECT_EQ(rendered.status, kExitDone) << rendered.err;
 }
 

@@ -9,6 +9,7 @@
 #include "host/base/error.h"
 #include "host/base/names.h"
 #include "host/io/files.h"
+#include "host/io/named_files.h"
 
 #include <algorithm>
 #include <cctype>
@@ -71,13 +72,15 @@ class MaterialFiles {
     MtlMaterials takeMaterials() { return std::move(materials_); }
 
   private:
-    // Where a file may be: under the name, also if it has the separators of another system, or beside the OBJ file.
+    // Where a file may be: under the name, also if it has the separators of another system, beside the OBJ file, or
+    // under the name without percent escapes.
     std::vector<std::string> pathsOf(const std::string &name) const {
         const std::filesystem::path directory = std::filesystem::path(file_).parent_path();
         std::string turned = name;
         std::ranges::replace(turned, '\\', '/');
         return {(directory / name).string(), (directory / turned).string(),
-                (directory / std::filesystem::path(turned).filename()).string()};
+                (directory / std::filesystem::path(turned).filename()).string(),
+                (directory / withoutEscapes(turned)).string()};
     }
 
     std::string namesake() const {
