@@ -27,6 +27,7 @@ uint32_t mixed(int index) { return word(index - 1) ^ (word(index - 1) >> 30); }
 
 alignas(kCacheLine) constinit std::atomic<uint32_t> mt[kStateWords] = {};
 constinit StreamIndex mti = kNeverSeeded;
+VELM_FIXED_PLACE constinit thread_local WordsAhead *WordsAhead::innermost = nullptr;
 
 void init_genrand(uint32_t seed) {
     setWord(0, seed);

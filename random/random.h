@@ -90,8 +90,8 @@ class WordsAhead {
   private:
     static void drawFrom(WordsAhead *scope, uint32_t *words, int count);
 
-    // Read by every draw. Defined here, so that each file sees that nothing has to be called to initialise it.
-    VELM_FIXED_PLACE static inline constinit thread_local WordsAhead *innermost = nullptr;
+    // Read by every draw. With constinit in the declaration, each file knows that no initialiser has to be called.
+    VELM_FIXED_PLACE static constinit thread_local WordsAhead *innermost;
 
     WordsAhead *outer_;
     int next_ = 0, end_ = 0;

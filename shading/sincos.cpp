@@ -4,6 +4,12 @@
 #include <cmath>
 #include <cstdint>
 
+// Not for Windows, where GCC puts 32-byte vectors on a stack that it aligns to 16 bytes only (GCC bug 54412).
+#if (defined(__x86_64__) || defined(__i386__)) && !defined(_WIN32)
+#define VELM_WIDE_VECTORS
+#include <cpuid.h>
+#endif
+
 namespace velm::plugin {
 namespace {
 
@@ -68,12 +74,30 @@ bool nearSinesAndCosinesNarrow(const double *angles, int count, double *sines, d
     return computeNear(angles, count, sines, cosines);
 }
 
-// Not for Windows, where GCC puts 32-byte vectors on a stack that it aligns to 16 bytes only (GCC bug 54412).
-#if (defined(__x86_64__) || defined(__i386__)) && !defined(_WIN32)
+#ifdef VELM_WIDE_VECTORS
 [[gnu::target("avx2")]] bool nearSinesAndCosinesWide(const double *angles, int count, double *sines, double *cosines) {
     return computeNear(angles, count, sines, cosines);
 }
-bool hasWideVectors() { return __builtin_cpu_supports("avx2") != 0; }
+
+namespace {
+
+// Asked of the processor itself: compilers' own queries need a symbol of their runtime library, which a Macintosh does
+// not have. The system has to save the wide registers too; only then may XGETBV be executed, and says so.
+bool findWideVectors() noexcept {
+    constexpr unsigned int kStateSaved = bit_OSXSAVE | bit_AVX;
+    constexpr unsigned int kWideRegisters = 6; // of XCR0: the lower and the upper halves
+    unsigned int a, b, c, d;
+    if (!__get_cpuid(1, &a, &b, &c, &d) || (c & kStateSaved) != kStateSaved) return false;
+    __asm__("xgetbv" : "=a"(a), "=d"(d) : "c"(0));
+    if ((a & kWideRegisters) != kWideRegisters) return false;
+    return __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & bit_AVX2) != 0;
+}
+
+const bool wideVectors = findWideVectors(); // when the module is loaded: false until then, which is always safe
+
+} // namespace
+
+bool hasWideVectors() { return wideVectors; }
 #else
 bool nearSinesAndCosinesWide(const double *angles, int count, double *sines, double *cosines) {
     return computeNear(angles, count, sines, cosines);

@@ -112,6 +112,12 @@ TEST(SinesAndCosines, OneAngleTooFarIsSeenWhereverItStands) {
     }
 }
 
+#if defined(__x86_64__) && !defined(_WIN32)
+TEST(SinesAndCosines, UseTheWideVectorsThatTheCompilersOwnQueryFinds) {
+    EXPECT_EQ(hasWideVectors(), __builtin_cpu_supports("avx2") != 0);
+}
+#endif
+
 TEST(SinesAndCosines, OfNoAnglesWriteNothing) {
     double sine = 7, cosine = 8;
     sinesAndCosines(nullptr, 0, &sine, &cosine);
