@@ -46,7 +46,12 @@ TEST_F(ShadowColour, MultipliesAlongTheRay) {
     pane("Red", 0.5, {1, 0.5, 1});
     pane("Blue", 1, {0.25, 1, 1});
     pane("Bright", 1, {9, 9, 9});
-    pane("Odd", 1, {1, -1, NAN});
+    pane("Odd", 1, {1, 1, 1});
+    scene.probe("Odd", "Color", [](ShadingSample &, double value[3]) {
+        value[0] = 1;
+        value[1] = -1;
+        value[2] = NAN;
+    });
     expectNear(scene.pixel(), {0.5 * 0.25, 0, 0}, kTolerance, "components are from 0 to 1");
 }
 

@@ -13,10 +13,10 @@
 namespace velm::host {
 namespace {
 
-// "Sky" is on line 3, the backdrop on line 5, nodes that choose it on lines 8 and 9.
+// "Sky" is on line 3, a dome with it on line 4, the backdrop on line 5, nodes that choose it on lines 8 and 9.
 std::string sceneWith(const std::string &images) {
     return "{\"cameras\": {\"Main\": {}},\n\"images\": {\n" + images + R"(},
-
+"lights": {"Dome": {"kind": "dome", "image": "Sky"}},
 "backdrop": {"kind": "image", "image": "Sky"},
 "surfaces": {"My clay": {"nodes": {
     "Picture": {"server": "Image", "settings": {
@@ -66,6 +66,7 @@ void expectDoneWithout(const Built &result, const test::TemporaryDirectory &dire
         (std::vector<std::string>{
             scene + ":3: images.Sky.file: " + firstWarning,
             scene + ":5: backdrop.image: " + absent + "the backdrop stays black",
+            scene + ":4: lights.Dome.image: " + absent + "the dome stays dark",
             scene + ":8: surfaces.\"My clay\".nodes.Picture.settings.Image: " + absent + "the node goes without it",
             scene + ":9: surfaces.\"My clay\".nodes.Other.settings.Image: " + absent + "the node goes without it",
         }));
@@ -98,7 +99,7 @@ TEST(AbsentImages, LeaveTheOtherImagesLoaded) {
     directory.write("a.hdr", test::redHdr("-Y 1 +X 1"));
     const Built result = build(directory, "\"Sky\": {\"file\": \"sky.exr\"},"
                                           "\"First\": {\"file\": \"a.hdr\"}, \"Second\": {\"file\": \"a.hdr\"}");
-    EXPECT_EQ(result.warnings.size(), 4u);
+    EXPECT_EQ(result.warnings.size(), 5u);
     EXPECT_EQ(result.images, (std::vector<std::string>{"First", "Second"}));
 }
 

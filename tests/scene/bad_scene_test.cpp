@@ -103,7 +103,7 @@ const BadScene kBadScenes[] = {
 
     {"LightWithoutKind", light("\"position\": [0, 1, 0]"), "2: a light needs \"kind\""},
     {"LightOfNoKind", light("\"kind\": \"laser\""),
-     "2: \"kind\" must be one of \"point\", \"distant\", \"area\", \"spot\"; found \"laser\""},
+     "2: \"kind\" must be one of \"point\", \"distant\", \"area\", \"spot\", \"linear\", \"dome\"; found \"laser\""},
     {"ConeOfAPoint", light("\"kind\": \"point\", \"position\": [0, 1, 0], \"cone\": 20"),
      "2: \"cone\" does not go with the kind \"point\""},
     {"FalloffOfTheSun", light("\"kind\": \"distant\", \"position\": [0, 1, 0], \"falloff\": \"none\""),
@@ -133,6 +133,13 @@ const BadScene kBadScenes[] = {
      "2: \"width\" does not go with the kind \"point\""},
     {"LightInTarget", light("\"kind\": \"distant\", \"position\": [0, 0, 0]"),
      "2: the position of the light is its target"},
+    {"LightWithoutPosition", light("\"kind\": \"linear\""), "2: a light needs \"position\""},
+    {"LengthOfAnAreaLight", light("\"kind\": \"area\", \"position\": [0, 1, 0], \"length\": 2"),
+     "2: \"length\" does not go with the kind \"area\""},
+    {"DomeWithATarget", light("\"kind\": \"dome\", \"target\": [0, 1, 0]"),
+     "2: \"target\" does not go with the kind \"dome\""},
+    {"UnknownImageOfADome", light("\"kind\": \"dome\", \"image\": \"Sky\""),
+     "2: there is no image \"Sky\", there are none"},
     {"NegativeColour", light("\"kind\": \"point\", \"position\": [0, 1, 0], \"colour\": [1, -1, 0]"),
      "2: \"colour\" must be a list of three numbers, each of at least 0; its second is -1"},
 

@@ -121,6 +121,8 @@ struct Field {
     Target<T> target;
     bool required = false;
     unsigned kinds = ~0u; // bit n: objects of kind n may have the key; for tables with a kind
+    // Bit n: if the key is required, objects of kind n must have it; likewise.
+    unsigned requiredKinds = ~0u;
 };
 
 // The table of one kind of object.
@@ -143,6 +145,10 @@ struct Table {
     // Whether the key goes with the object's kind.
     bool applies(const Field<T> &field, const T &object) const {
         return !kindField() || (field.kinds >> static_cast<unsigned>(kindOf(object)) & 1u) != 0;
+    }
+    bool needs(const Field<T> &field, const T &object) const {
+        return field.required && applies(field, object) &&
+               (!kindField() || (field.requiredKinds >> static_cast<unsigned>(kindOf(object)) & 1u) != 0);
     }
 };
 
@@ -178,7 +184,7 @@ void checkPresence(const ReadContext &context, const Table<T> &table, const Json
         if (value && !applies)
             failWrongKind(context, *value, field.key,
                           table.kindField()->rule.choices[static_cast<std::size_t>(table.kindOf(result))]);
-        if (!value && applies && field.required) failMissingKey(context, object, table.what, field.key);
+        if (!value && table.needs(field, result)) failMissingKey(context, object, table.what, field.key);
     }
     if (!table.oneOf.empty()) requireOneOf(context, table.what, object, table.oneOf);
 }

@@ -20,7 +20,8 @@ nlohmann::ordered_json kindSchema(const Table<T> &table, int kind) {
         else
             schema.update(ruleSchema(field.rule));
         properties[field.key] = schema;
-        if (field.required) required.push_back(field.key);
+        const bool isNeeded = kind < 0 || (field.requiredKinds >> static_cast<unsigned>(kind) & 1u) != 0;
+        if (field.required && isNeeded) required.push_back(field.key);
     }
     nlohmann::ordered_json schema = {{"type", "object"}, {"properties", properties}, {"additionalProperties", false}};
     if (!required.empty()) schema["required"] = required;

@@ -174,8 +174,6 @@ static_assert(static_cast<int>(LightDescription::Falloff::none) == 0 &&
               static_cast<int>(LightDescription::Falloff::inverseSquare) == 3);
 
 void finishLight(const ReadContext &context, const JsonValue &object, LightDescription &light) {
-    if (light.kind != LightDescription::Kind::dome && !object.find("position"))
-        failMissingKey(context, object, "a light", "position");
     if (light.isAimed()) checkAim(context, object, light, "light");
 }
 
@@ -185,8 +183,10 @@ constexpr ValueRule kConeRule{.kind = ValueRule::Kind::number, .minimum = 0, .ma
 // The file must say where a light is, unless it is a dome. That of a dome only moves its children.
 constexpr Field<LightDescription> kLightPosition{
     .key = "position",
-    .help = "Position of the light, in metres, relative to the parent. All lights but domes need one.",
-    .target = keyed<LightDescription, Channel::position, &LightDescription::position, kVectorRule, true>};
+    .help = "Position of the light, in metres, relative to the parent.",
+    .target = keyed<LightDescription, Channel::position, &LightDescription::position, kVectorRule, true>,
+    .required = true,
+    .requiredKinds = ~kDome};
 
 constexpr Field<LightDescription> kLightTarget{
     .key = "target",
