@@ -87,14 +87,16 @@ double millisecondsOf(const timeval &time) {
     return static_cast<double>(time.tv_sec) * 1000 + static_cast<double>(time.tv_usec) / 1000;
 }
 
-// The processor time in milliseconds that a program takes, with all processes for which it waits. It prints nothing.
+// The processor time in milliseconds that a program takes, with all processes for which it waits. What they print is
+// discarded.
 double processorTimeOf(std::vector<std::string> words) {
     std::vector<char *> arguments;
     for (std::string &word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
+        posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_WRONLY, 0);
     pid_t process = 0;
     const int failure = posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
