@@ -94,7 +94,8 @@ TEST(MtlReader, GivesTheValuesOfTheMeshLibrary) {
     const TemporaryDirectory directory;
     const std::string file = directory.write("a.obj", kPaper);
     for (const char *lines :
-         {"Kd 0.25 0.5 0.75\nKs 0.5 0.25 0.125\nNs 64\nNi 1.5\nd 0.75\nillum 2\nKa 1 1 1\nTf 1 1 1\n",
+         {"Kd 0.25 0.5 0.75\nKs 0.5 0.25 0.125\nNs 64\nNi 1.5\n"
+          "d 0.75\nillum 2\nKa 1 1 1\nTf 1 1 1\n",
           "Kd 0 0 0\nKe 2 1 0.5\n", "Tr 0.25\n", "d 0\n", "d 1\nTr 1\n", "Ns 1000\nKs 1 1 1\n",
           "Kd 1 1 1\nmap_Kd maps\\my paper.png\n", "map_Kd -clamp on paper.png\nmap_d paper.png\n",
           "map_Kd -bm 1 -blendu off paper.png\nmap_Ke glow.png\nmap_Ks gloss.png\nmap_Bump -bm 0.5 bump.png\n",
@@ -337,7 +338,8 @@ TEST(ObjMaterials, WarnOfBadLinesAndOfPlacements) {
     const std::string used = kPoints + "vt 0 0\nmtllib a.mtl\nusemtl one\nf 1/1 2/1 3/1\n";
     const auto mesh =
         meshOf(used, {{"a.mtl", "Kd 1 1 1\nnewmtl one\nKd spectral a.rfl\nNs\nmap_Kd -s 2 2 -o 0.5 a.png\n"
-                                "map_Bump -s 3 b.png\nd -halo 0.5\nmap_Ke -s 1 1 1 -o 0 0 c 1.png\n"
+                                "map_Bump -s 3 b.png\n"
+                                "d -halo 0.5\nmap_Ke -s 1 1 1 -o 0 0 c 1.png\n"
                                 "map_d -mm 0 1 -t 0 d.png\n"}});
     EXPECT_EQ(messagesOf(*mesh), (std::vector<std::string>{
                                      "a texture is not read (of the material \"one\")",
