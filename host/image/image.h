@@ -43,6 +43,7 @@ struct HostImage {
     std::optional<velm::host::ImageSequence> sequence{};
     std::optional<int> shownNumber{};
     std::string namedFile{};
+    unsigned pixelChanges = 0; // how often its pixels were exchanged
 
     // Exchanges the pixels and all that describes them; the name, the file and the place in the list stay.
     // [between frames]

@@ -20,6 +20,8 @@ void HostImage::swapPixels(HostImage &other) {
     std::swap(isColour, other.isColour);
     std::swap(hasAlpha, other.hasAlpha);
     std::swap(levels, other.levels);
+    ++pixelChanges;
+    ++other.pixelChanges;
 }
 
 namespace velm::host {

@@ -16,11 +16,11 @@ namespace velm::host {
 
 namespace {
 
-// The thing in the scene that has the name which is used at `location`. Throws InputError if there is none.
+// Throws InputError unless something in the scene has the name that is used at `location`.
 template <class T>
-const T &requireNamed(const std::vector<T> &all, const std::string &name, std::string_view what,
-                      const SourceLocation &location) {
-    if (const auto found = std::ranges::find(all, name, &T::name); found != all.end()) return *found;
+void requireNamed(const std::vector<T> &all, const std::string &name, std::string_view what,
+                  const SourceLocation &location) {
+    if (std::ranges::find(all, name, &T::name) != all.end()) return;
     std::vector<std::string> known;
     known.reserve(all.size());
     for (const T &one : all) known.push_back(one.name);
@@ -32,15 +32,8 @@ void checkNames(const SceneDescription &scene) {
         requireNamed(scene.cameras, scene.render.camera, "camera", scene.render.cameraLocation);
     if (scene.backdrop.kind == BackdropDescription::Kind::image)
         requireNamed(scene.images, scene.backdrop.image, "image", scene.backdrop.location);
-    for (const LightDescription &light : scene.lights) {
-        if (light.image.empty()) continue;
-        const ImageDescription &image = requireNamed(scene.images, light.image, "image", light.location);
-        if (image.sequence)
-            throw InputError(light.location,
-                             fmt::format("the image {} is a sequence, and a light has one image for all "
-                                         "frames",
-                                         inQuotes(image.name)));
-    }
+    for (const LightDescription &light : scene.lights)
+        if (!light.image.empty()) requireNamed(scene.images, light.image, "image", light.location);
     for (const ObjectDescription &object : scene.objects)
         for (const SurfaceUse &use : object.surfaces)
             requireNamed(scene.surfaces, use.surface, "surface", use.location);

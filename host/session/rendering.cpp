@@ -51,9 +51,9 @@ Rendering::~Rendering() { session_.surfaces().cleanup(); }
 void Rendering::setFrame(int frame) {
     frame_ = frame;
     time_ = timeOfFrame(session_.scene().render, frame);
+    session_.showFrame(frame_);
     session_.setTime(time_);
     setTime(frame_, time_);
-    session_.surfaces().showFrame(frame_, session_.warnings());
     session_.surfaces().newTime(frame_, time_);
 }
 

@@ -134,6 +134,13 @@ SceneWork Session::apply(SceneDescription changed) {
     return update;
 }
 
+void Session::showFrame(int frame) {
+    Warnings found(Warnings::Policy::goOn); // so that an error leaves no panorama of former pixels
+    surfaces_.showFrame(frame, found);
+    renderScene_.renewPanoramas();
+    for (const Warning &warning : found.all()) warnings_.add(warning);
+}
+
 void Session::setTime(double time) {
     renderScene_.setTime(scene_, time, [this](const std::string &name) { return surfaces_.surface(name); });
 }

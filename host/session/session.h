@@ -77,6 +77,10 @@ class Session {
         return apply(std::move(changed));
     }
 
+    // Makes the images that are sequences show the files of a frame. Warns of those that cannot be read; InputError
+    // under the strict policy. [between frames]
+    void showFrame(int frame);
+
     // Moves the items to a time in seconds. Throws InputError where that is impossible, for example because a camera
     // would be at its target; then the items stay where they are.
     void setTime(double time);

@@ -67,10 +67,6 @@ const BadScene kBadScenes[] = {
      "2: \"amount\" does not go with the kind \"negative\""},
     {"ASequenceWithoutAnEnd", withCamera("\"images\": {\"I\": {\"file\": \"a#\", \"sequence\": {\"first\": 2}}}"),
      "2: \"sequence\" needs \"last\""},
-    {"ALightFromASequence",
-     withCamera("\"images\": {\"I\": {\"file\": \"a#\", \"sequence\": {\"first\": 1, \"last\": 2}}},\n"
-                "\"lights\": {\"Sky\": {\"kind\": \"dome\", \"image\": \"I\"}}"),
-     "3: the image \"I\" is a sequence, and a light has one image for all frames"},
     {"RepeatedKey", withCamera("\"cameras\": {}"), "2: \"cameras\" occurs twice; first on line 1"},
 
     {"WidthText", render("\"width\": \"640\""), "2: \"width\" must be a whole number from 1 to 32768; found \"640\""},

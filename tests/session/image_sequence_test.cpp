@@ -52,6 +52,24 @@ TEST_F(ImageSequences, FramesDoNotDependOnOthers) {
     EXPECT_EQ(warnings.all()[0].path, "images.Sky.file");
 }
 
+// The light of a dome is prepared from its image. One that is even lights a horizontal surface with its colour.
+TEST_F(ImageSequences, LightTheSceneAsDomes) {
+    const SceneDescription lit = readSceneText(R"({"render": {"width": 8, "height": 8},
+        "cameras": {"Main": {"position": [0, 2, 0], "rotation": [0, 90, 0]}},
+        "lights": {"Sky": {"kind": "dome", "image": "Sky", "samples": 4}},
+        "objects": {"Floor": {"plane": {"width": 9, "depth": 9}, "surface": "Clay"}},
+        "surfaces": {"Clay": {"settings": {"Color": [1, 1, 1], "Diffuse": 1}}},
+        "images": {"Sky": {"file": "sky#.exr", "sequence": {"first": 1, "last": 3}}}})",
+                                               directory_ / "scene.json", {});
+    Warnings warnings(Warnings::Policy::goOn);
+    Session session(lit, warnings);
+    const std::vector<float> reds = shown(session, {3, 1, 2, 3}, 1);
+    EXPECT_GT(reds[1], 0.05F);
+    EXPECT_NEAR(reds[0], 3 * reds[1], 1e-5F);
+    EXPECT_EQ(reds[2], 0) << "there is no file";
+    EXPECT_EQ(reds[3], reds[0]);
+}
+
 TEST_F(ImageSequences, MissingFilesAreErrorsUnderTheStrictPolicy) {
     Warnings warnings(Warnings::Policy::strict);
     Session session(scene(), warnings);

@@ -40,7 +40,7 @@ Choice choose(std::span<const double> sums, double fraction) {
 } // namespace
 
 Panorama::Panorama(const HostImage &image, bool upperHalf)
-    : image_(image), level_(levelToUse(image)), upperHalf_(upperHalf) {
+    : image_(image), level_(levelToUse(image)), upperHalf_(upperHalf), pixelChanges_(image.pixelChanges) {
     const auto width = static_cast<std::size_t>(level_.width), height = static_cast<std::size_t>(level_.height);
     rows_.reserve(height);
     pixels_.reserve(width * height);

@@ -5,6 +5,7 @@
 #include "host/render/geometry/sampling.h"
 #include "host/render/geometry/vector.h"
 
+#include <memory>
 #include <vector>
 
 namespace velm::host {
@@ -29,7 +30,15 @@ class Panorama {
     bool sample(const UnitSquare &point, Sample &result) const;
 
     // Whether a panorama made of these would be the same. [any thread]
-    bool isOf(const HostImage &image, bool upperHalf) const { return &image == &image_ && upperHalf == upperHalf_; }
+    bool isOf(const HostImage &image, bool upperHalf) const {
+        return &image == &image_ && upperHalf == upperHalf_ && isCurrent();
+    }
+
+    // Whether the image still has the pixels that it had when this was made. If not, only the functions from here on
+    // may be called. [any thread]
+    bool isCurrent() const { return image_.pixelChanges == pixelChanges_; }
+    // A panorama of the pixels that the image has now. [between frames]
+    std::shared_ptr<const Panorama> renewed() const { return std::make_shared<const Panorama>(image_, upperHalf_); }
 
   private:
     Vec3 colourAt(int x, int y) const;
@@ -38,6 +47,7 @@ class Panorama {
     const HostImage &image_;
     const ImageLevel &level_;
     const bool upperHalf_;
+    const unsigned pixelChanges_;
     // Sums of the mean of the components: over the rows from the top, weighted by solid angle, and over the pixels of
     // each row from the left.
     std::vector<double> rows_, pixels_;

@@ -119,6 +119,14 @@ SceneWork RenderScene::rebuild(const SceneDescription &scene, double time, const
     return done;
 }
 
+void RenderScene::renewPanoramas() {
+    withinMemory([&] {
+        for (RenderLight &each : data_->lights)
+            if (const auto &panorama = each.light.panorama(); panorama && !panorama->isCurrent())
+                each.light.setPanorama(panorama->renewed());
+    });
+}
+
 RenderScene::~RenderScene() {
     if (currentScene().scene == data_.get()) setCurrentScene({});
 }
