@@ -123,12 +123,13 @@ void compareProgram(Table &table) {
         nothing);
     row.what = "picture of 4 x 3 pixels, processor time";
     row.target = 80;
+    const std::string scene = VELM_SOURCE_DIR "/examples/counter.json";
     const std::string picture = std::filesystem::temp_directory_path() / "velm_bench_start.png";
     table.compare(
         row, kRounds,
         [&] {
-            return processorTimeOf({VELM_PROGRAM, "render", VELM_SOURCE_DIR "/examples/counter.json", "--size", "4x3",
-                                    "--samples", "1", "--module", VELM_MODULE_FILE, "-o", picture});
+            return processorTimeOf({VELM_PROGRAM, "render", scene, "--size", "4x3", "--samples", "1", "--module",
+                                    VELM_MODULE_FILE, "-o", picture});
         },
         nothing);
     std::filesystem::remove(picture);

@@ -1,7 +1,8 @@
-// Fuzzes the readers of PLY, STL and OBJ files, and that of the cameras and lights of 3DS files. Files that the first
-// three leave to the mesh library are not read any further.
+// Fuzzes the readers of PLY, STL and OBJ files, that of the cameras and lights of 3DS files, and that of the images
+// inside of FBX files. Files that the first three leave to the mesh library are not read any further.
 #include "fuzz/require.h"
 
+#include "host/io/fbx_images.h"
 #include "host/io/file_ends.h"
 #include "host/render/geometry/items_3ds.h"
 #include "host/render/geometry/mesh_formats.h"
@@ -59,12 +60,19 @@ void requireFinite(const MeshItems &items) {
         require(isFinite(Vec3(light.position)) && isFinite(Vec3(light.rotation)), "lights are somewhere");
 }
 
+void requireInside(std::string_view file, const std::vector<FbxImage> &images) {
+    std::size_t total = 0;
+    for (const FbxImage &image : images) total += image.bytes().size();
+    require(total <= file.size(), "images are parts of the file");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
     const std::string_view bytes = asText(data, size);
     requireFinite(itemsOf3ds(bytes, 1));
     acceptsInput(kName, [&] {
+        if (isFbx(bytes)) return requireInside(bytes, imagesOfFbx(bytes, kName));
         const auto mesh = meshIn(bytes);
         if (mesh) requireWhole(*mesh);
     });

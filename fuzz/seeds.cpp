@@ -10,9 +10,13 @@
 #include "host/io/files.h"
 #include "host/state/save_state.h"
 
+#include <algorithm>
+#include <array>
+#include <cctype>
 #include <filesystem>
 #include <fmt/format.h>
 #include <sstream>
+#include <string_view>
 
 namespace fs = std::filesystem;
 using namespace velm::host;
@@ -118,9 +122,10 @@ void addScripts(Corpus &corpus) {
 void addFile(Corpus &corpus, const fs::path &path) {
     const std::string bytes = readFile(path.string());
     if (path.extension() == ".lwo") addObject(corpus, bytes, path.string());
-    if (path.extension() == ".ply" || path.extension() == ".stl" || path.extension() == ".STL" ||
-        path.extension() == ".obj")
-        corpus.add("mesh_file", bytes);
+    std::string ending = path.extension().string();
+    std::ranges::transform(ending, ending.begin(), [](unsigned char letter) { return std::tolower(letter); });
+    constexpr std::array<std::string_view, 5> kMeshes = {".ply", ".stl", ".obj", ".3ds", ".fbx"};
+    if (std::ranges::find(kMeshes, ending) != kMeshes.end()) corpus.add("mesh_file", bytes);
     if (path.extension() == ".lws") {
         corpus.add("scene_text", bytes);
         corpus.add("lws_scene", bytes);

@@ -156,7 +156,7 @@ TEST_F(ImageDome, FindsASmallSun) {
     constexpr int kWidth = 64, kHeight = 32, kSunX = 58, kSunY = 10;
     constexpr double kTolerance = 2e-3; // relative, of 16 samples
     std::vector<float> values(kWidth * kHeight * 3);
-    for (int i = 0; i < 3; ++i) values[(kSunY * kWidth + kSunX) * 3 + i] = 1000.0f * static_cast<float>(i + 1);
+    for (std::size_t i = 0; i < 3; ++i) values[(kSunY * kWidth + kSunX) * 3 + i] = 1000.0f * static_cast<float>(i + 1);
     load(kWidth, kHeight, values);
     LightDescription light = dome({30, 0, 0});
     light.samples = 16;
@@ -175,7 +175,7 @@ TEST_F(ImageDome, HasLittleNoiseWithASun) {
     constexpr int kWidth = 32, kHeight = 32;
     constexpr double kTolerance = 0.04; // relative, of 64 samples for each of 64 pixels
     std::vector<float> values(kWidth * kHeight * 3, 1.0f);
-    for (int i = 0; i < 3; ++i) values[(8 * kWidth) * 3 + i] = 10000;
+    for (std::size_t i = 0; i < 3; ++i) values[8 * kWidth * 3 + i] = 10000;
     load(kWidth, kHeight, values);
     LightDescription light = dome();
     light.samples = 64;

@@ -46,18 +46,18 @@ TEST(SoftLight, AreaLightsMatchLambertsFormula) {
     const struct {
         Double3 position, rotation;
     } kPlaces[] = {{{0, 0, -2}, {0, 0, 0}}, {{1.5, 0.5, -2}, {0, 0, 0}}, {{-1, 1, -3}, {30, 20, 10}}};
-    for (const auto &[position, rotation] : kPlaces) {
-        LightDescription light = lamp(Kind::area, position, rotation);
+    for (const auto &place : kPlaces) {
+        LightDescription light = lamp(Kind::area, place.position, place.rotation);
         light.width = kWidth;
         light.height = kHeight;
-        const Matrix turn = rotationMatrix(rotation);
+        const Matrix turn = rotationMatrix(place.rotation);
         const auto corner = [&](double x, double y) {
-            return Vec3(position) + turn * Vec3{x * kWidth / 2, y * kHeight / 2, 0};
+            return Vec3(place.position) + turn * Vec3{x * kWidth / 2, y * kHeight / 2, 0};
         };
         // A small light of the intensity 1 has the radiance 1 / area.
         const double expected =
             irradianceOf({corner(-1, -1), corner(1, -1), corner(1, 1), corner(-1, 1)}) / (kWidth * kHeight);
-        EXPECT_NEAR(litWall(light).pixel().x, expected, kTolerance * expected) << position[0];
+        EXPECT_NEAR(litWall(light).pixel().x, expected, kTolerance * expected) << place.position[0];
     }
 }
 
