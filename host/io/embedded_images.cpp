@@ -67,7 +67,7 @@ std::optional<std::string> bytesOfDataUri(std::string_view uri) {
 class GltfImages {
   public:
     GltfImages(const json &document, std::string_view binary, const std::string &file)
-        : document_(document), binary_(binary), file_(file), images_(document.value("images", json::array())),
+        : document_(document), binary_(binary), file_(file), images_(imagesIn(document)),
           buffers_(document.value("buffers", json::array()).size()) {}
 
     std::size_t count() const { return images_.size(); }
@@ -95,6 +95,16 @@ class GltfImages {
     }
 
   private:
+    // The images in the order in which the mesh library numbers them. Version 1 of glTF has an object of images by name
+    // instead of a list; the order of several is not known then, and they are left out as null.
+    static json imagesIn(const json &document) {
+        const json images = document.value("images", json());
+        if (!images.is_object()) return images;
+        json listed = json::array();
+        for (const json &image : images) listed.push_back(images.size() == 1 ? image : json());
+        return listed;
+    }
+
     // The mesh library also appends the URI to the directory, even if it begins with a slash.
     std::string fileOfUri(const std::string &uri) const {
         return namedFile(file_.substr(0, file_.rfind('/') + 1), uri);

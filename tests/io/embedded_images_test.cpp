@@ -47,6 +47,14 @@ TEST_F(EmbeddedImages, AreInUrisAndBuffers) {
     EXPECT_EQ(readEmbeddedImage({.file = directory_ / "a.gltf", .index = expected.size()}), "");
 }
 
+TEST_F(EmbeddedImages, MayHaveNamesInsteadOfNumbers) {
+    const std::string image = R"({"uri": "data:image/png;base64,Zm9vYg=="})";
+    EXPECT_EQ(read(R"("images": {"Paper": )" + image + '}'), std::vector<std::string>{"foob"});
+    EXPECT_EQ(read(R"("images": {"Paper": )" + image + R"(, "Wood": )" + image + '}'), std::vector<std::string>(2))
+        << "in an unknown order";
+    EXPECT_TRUE(read("").empty());
+}
+
 TEST_F(EmbeddedImages, NeedTheFilesOfTheirBuffers) {
     directory_.write("my data.bin", "0123456789");
     const std::string file = directory_.write("a.gltf", R"({"buffers": [{"uri": "my%20data.bin"}, {"uri": "absent.bin"},
