@@ -17,16 +17,6 @@ namespace {
 
 constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
-bool isSubdivided(const ObjectVertexMap &map) {
-    switch (map.type) {
-    case fourCC("TXUV"): return map.size == 2;
-    case fourCC("WGHT"): return map.size == 1;
-    case fourCC("RGB "): return map.size == 3;
-    case fourCC("RGBA"): return map.size == 4;
-    default: return false;
-    }
-}
-
 CageMap::Value valueOf(const ObjectVertexMap &map, std::size_t index) {
     CageMap::Value value{};
     std::copy_n(map.numbers.begin() + static_cast<std::ptrdiff_t>(index * map.size), map.size, value.begin());
@@ -168,7 +158,7 @@ std::vector<CageMap> mapsOfCage(const ObjectLayer &layer, const Cage &cage) {
     std::vector<std::vector<const ObjectVertexMap *>> chunks; // by map, in the order of their first chunks
     std::map<std::tuple<std::uint32_t, std::uint32_t, std::string_view>, std::size_t> indices;
     for (const ObjectVertexMap &chunk : layer.maps) {
-        if (!isSubdivided(chunk) || chunk.points.empty()) continue;
+        if (!chunk.isOfMeshes() || chunk.points.empty()) continue;
         const auto [known, isNew] = indices.try_emplace({chunk.type, chunk.size, chunk.name}, chunks.size());
         if (isNew) chunks.emplace_back();
         chunks[known->second].push_back(&chunk);

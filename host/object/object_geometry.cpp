@@ -9,6 +9,16 @@
 
 namespace velm::host {
 
+bool ObjectVertexMap::isOfMeshes() const {
+    switch (type) {
+    case fourCC("TXUV"): return size == 2;
+    case fourCC("WGHT"): return size == 1;
+    case fourCC("RGB "): return size == 3;
+    case fourCC("RGBA"): return size == 4;
+    default: return false;
+    }
+}
+
 const std::string &ObjectGeometry::surfaceOf(const ObjectLayer &layer, std::size_t polygon) const {
     static const std::string kDefault = "Default";
     const std::uint32_t tag = layer.surfaceTag(polygon);

@@ -50,6 +50,9 @@ struct ObjectVertexMap {
     std::vector<std::uint32_t> points;   // by value
     std::vector<std::uint32_t> polygons; // by value, where they are of corners; else empty
     std::vector<float> numbers;          // `size` for each value
+
+    // Whether it holds UV coordinates, weights or colours, which meshes have.
+    bool isOfMeshes() const;
 };
 
 struct ObjectLayer {

@@ -17,15 +17,6 @@ namespace {
 
 constexpr Vec3 kWallNormal{0, 0, -1};
 
-// A white wall at the origin that faces the camera, which looks along +Z.
-TestScene wallUnder(const LightDescription &dome) {
-    TestScene scene;
-    scene.surface("Wall", {{"Diffuse", 1}});
-    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall").rotation = {0, -90, 0};
-    scene.description.lights.push_back(dome);
-    return scene;
-}
-
 LightDescription evenDome(const Double3 &rotation = {}) {
     LightDescription dome;
     dome.kind = LightDescription::Kind::dome;
@@ -39,7 +30,7 @@ TEST(DomeLight, LightsASurfaceWithItsColour) {
     LightDescription dome = evenDome();
     dome.colour = {1, 0.5, 0.25};
     dome.intensity = 0.8;
-    expectNear(wallUnder(dome).pixel(), {0.8, 0.4, 0.2}, kTolerance);
+    expectNear(litWall(dome).pixel(), {0.8, 0.4, 0.2}, kTolerance);
 }
 
 // The part of a hemisphere that a surface sees, weighted by the cosine: (1 + cos a) / 2 at an angle a between them.
@@ -49,14 +40,14 @@ TEST(DomeLight, AHemisphereLightsByItsAngle) {
         LightDescription dome = evenDome({0, pitch, 0});
         dome.hemisphere = true;
         const Vec3 up = rotationMatrix(dome.rotation) * Vec3{0, 1, 0};
-        EXPECT_NEAR(wallUnder(dome).pixel().x, (1 + dot(up, kWallNormal)) / 2, kTolerance) << pitch;
+        EXPECT_NEAR(litWall(dome).pixel().x, (1 + dot(up, kWallNormal)) / 2, kTolerance) << pitch;
     }
 }
 
 // A square of 2 by 2 metres at a distance of 1 hides its form factor (Hottel's rectangle, four times the corner's).
 TEST(DomeLight, WhatIsHiddenIsDark) {
     constexpr double kTolerance = 0.01; // the edges of the square are not those of strata
-    TestScene scene = wallUnder(evenDome());
+    TestScene scene = litWall(evenDome());
     scene.surface("Lid");
     ObjectDescription &lid = scene.object("Lid", PlaneShape{.width = 2, .depth = 2}, "Lid", {0, 0, -1});
     lid.rotation = {0, 90, 0};
@@ -145,7 +136,7 @@ TEST_F(ImageDome, GivesTheSumOverItsPixels) {
             LightDescription light = dome(rotation);
             light.hemisphere = upperHalf;
             const Vec3 sum = expected(rotation, upperHalf);
-            expectNear(wallUnder(light).pixel(), sum, kTolerance * largest(sum),
+            expectNear(litWall(light).pixel(), sum, kTolerance * largest(sum),
                        "heading " + std::to_string(rotation[0]));
         }
     }
@@ -162,12 +153,12 @@ TEST_F(ImageDome, FindsASmallSun) {
     light.samples = 16;
     const Vec3 sum = expected(light.rotation);
     EXPECT_GT(sum.x, 1);
-    expectNear(wallUnder(light).pixel(), sum, kTolerance * largest(sum));
+    expectNear(litWall(light).pixel(), sum, kTolerance * largest(sum));
     light.colour = {0.5, 1, 0};
     light.intensity = 2;
-    expectNear(wallUnder(light).pixel(), Vec3{1, 2, 0} * sum, kTolerance * largest(sum));
+    expectNear(litWall(light).pixel(), Vec3{1, 2, 0} * sum, kTolerance * largest(sum));
     light.rotation = {210, 0, 0};
-    EXPECT_EQ(wallUnder(light).pixel(), Vec3{}) << "the sun is behind the wall";
+    EXPECT_EQ(litWall(light).pixel(), Vec3{}) << "the sun is behind the wall";
 }
 
 // A sky of 1 with a sun of 10 000 in one of 512 pixels of the upper half.
@@ -179,7 +170,7 @@ TEST_F(ImageDome, HasLittleNoiseWithASun) {
     load(kWidth, kHeight, values);
     LightDescription light = dome();
     light.samples = 64;
-    TestScene scene = wallUnder(light);
+    TestScene scene = litWall(light);
     scene.job.width = scene.job.height = 8;
     const double sum = expected({}).x;
     const Frame frame = scene.render();
@@ -191,29 +182,29 @@ TEST_F(ImageDome, HasLittleNoiseWithASun) {
 TEST_F(ImageDome, UsesWideImagesAtALowerResolution) {
     constexpr double kTolerance = 0.02;
     load(4096, 2, std::vector<float>(std::size_t{4096} * 2 * 3, 0.5f));
-    EXPECT_NEAR(wallUnder(dome()).pixel().x, 0.5, kTolerance);
+    EXPECT_NEAR(litWall(dome()).pixel().x, 0.5, kTolerance);
 }
 
 TEST_F(ImageDome, PixelsWithoutALightAreDark) {
     load(4, 2, std::vector<float>(24, 0.0f));
-    EXPECT_EQ(wallUnder(dome()).pixel(), Vec3{});
+    EXPECT_EQ(litWall(dome()).pixel(), Vec3{});
     ImageList::instance().clear();
     std::vector<float> values(24, -1.0f);
     values[3] = INFINITY;
     values[6] = NAN;
     load(4, 2, values);
-    EXPECT_EQ(wallUnder(dome()).pixel(), Vec3{});
+    EXPECT_EQ(litWall(dome()).pixel(), Vec3{});
 }
 
 TEST_F(ImageDome, AnAbsentImageIsDarkAndAnUnknownOneIsRefused) {
-    EXPECT_THROW(wallUnder(dome()).pixel(), InputError);
+    EXPECT_THROW(litWall(dome()).pixel(), InputError);
     ImageList::instance().noteAbsent("Sky");
-    EXPECT_EQ(wallUnder(dome()).pixel(), Vec3{});
+    EXPECT_EQ(litWall(dome()).pixel(), Vec3{});
 }
 
 TEST_F(ImageDome, IsMadeOnce) {
     load(4, 2, std::vector<float>(24, 1.0f));
-    TestScene scene = wallUnder(dome());
+    TestScene scene = litWall(dome());
     const auto panorama = [&scene] { return scene.renderScene().data().lights[0].light.panorama(); };
     const auto first = panorama();
     scene.description.lights[0].intensity = 2;

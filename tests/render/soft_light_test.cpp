@@ -9,15 +9,6 @@ namespace {
 
 using Kind = LightDescription::Kind;
 
-// A white wall in the plane z = 0, whose middle the camera sees, with one light.
-TestScene litWall(const LightDescription &light) {
-    TestScene scene;
-    scene.surface("Wall", {{"Diffuse", 1}});
-    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall").rotation = {0, -90, 0};
-    scene.description.lights.push_back(light);
-    return scene;
-}
-
 LightDescription lamp(Kind kind, const Double3 &position, const Double3 &rotation = {}) {
     LightDescription light;
     light.kind = kind;

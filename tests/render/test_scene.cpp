@@ -103,6 +103,14 @@ Vec3 TestScene::pixel() {
     return {found[0], found[1], found[2]};
 }
 
+TestScene litWall(const LightDescription &light) {
+    TestScene scene;
+    scene.surface("Wall", {{"Diffuse", 1}});
+    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall").rotation = {0, -90, 0};
+    scene.description.lights.push_back(light);
+    return scene;
+}
+
 TestScene litBall() {
     TestScene scene;
     scene.job.width = 50;

@@ -58,6 +58,9 @@ class TestScene {
     std::unique_ptr<RenderScene> renderScene_;
 };
 
+// A white wall in the plane z = 0, whose middle the camera sees, looking along +Z, with one light.
+TestScene litWall(const LightDescription &light);
+
 // A picture of 50 by 40 pixels with 3 samples, of a lit, reflecting ball "Ball" on a floor "Floor", both with the
 // surface "Ball": with everything that draws sample points.
 TestScene litBall();

@@ -19,16 +19,6 @@ float missingValueOf(const ObjectVertexMap &map) {
 
 } // namespace
 
-bool MeshMaps::has(const ObjectVertexMap &map) {
-    switch (map.type) {
-    case fourCC("TXUV"): return map.size == 2;
-    case fourCC("WGHT"): return map.size == 1;
-    case fourCC("RGB "): return map.size == 3;
-    case fourCC("RGBA"): return map.size == 4;
-    default: return false;
-    }
-}
-
 MeshMaps::MeshMaps(const ObjectGeometry &geometry) {
     add(geometry, true);
     uvCount_ = maps_.size();
@@ -39,7 +29,7 @@ void MeshMaps::add(const ObjectGeometry &geometry, bool areUvs) {
     for (const ObjectLayer &layer : geometry.layers) {
         if (layer.isHidden()) continue;
         for (const ObjectVertexMap &map : layer.maps) {
-            if (!has(map) || isUvMap(map) != areUvs || map.points.empty()) continue;
+            if (!map.isOfMeshes() || isUvMap(map) != areUvs || map.points.empty()) continue;
             if (!indices_.try_emplace({map.type, map.name}, maps_.size()).second) continue;
             const float missing = missingValueOf(map);
             maps_.push_back({.name = map.name, .size = map.size, .first = missing_.size(), .missing = missing});
@@ -64,7 +54,7 @@ LayerVertices::LayerVertices(const ObjectLayer &layer, const MeshMaps &maps, con
     : layer_(layer), maps_(maps), transform_(transform), builder_(builder), firstOfPoint_(firstOfPoint),
       limitNormals_(limitNormals), vertices_(layer.points.size(), kNoVertex) {
     for (const ObjectVertexMap &map : layer.maps) {
-        if (!MeshMaps::has(map) || map.points.empty()) continue;
+        if (!map.isOfMeshes() || map.points.empty()) continue;
         if (map.isOfCorners)
             addCornerValues(map);
         else

@@ -26,9 +26,6 @@ class MeshMaps {
         float missing = 0;      // every number of a point without a value
     };
 
-    // Whether a mesh has maps of this type.
-    static bool has(const ObjectVertexMap &map);
-
     explicit MeshMaps(const ObjectGeometry &geometry);
 
     std::vector<std::string> uvNames() const;

@@ -77,7 +77,7 @@ class ObjectMesh {
             }
             notePolygons(layer);
             for (const ObjectVertexMap &map : layer.maps)
-                if (isForPictures(map) && !MeshMaps::has(map) && unused.insert({map.type, map.name}).second)
+                if (isForPictures(map) && !map.isOfMeshes() && unused.insert({map.type, map.name}).second)
                     geometry_.losses.addAt(Loss::unusedMap, [&] {
                         return fmt::format("{} {}, {}", blockName(map.type), inQuotes(map.name), placeOf(layer));
                     });
