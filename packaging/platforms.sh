@@ -14,12 +14,13 @@ compiler_packages() { # PLATFORM
         linux-i386) printf '%s\n' g++-multilib ;;
         windows-x86_64) printf '%s\n' g++-mingw-w64-x86-64-win32 ;;
         windows-i686) printf '%s\n' g++-mingw-w64-i686-win32 ;;
+        macintosh) printf '%s\n' clang-14 lld-14 llvm-14 libc++-14-dev musl-dev ;;
     esac
 }
 
 # Succeeds if this machine can build for the platform, after installing the compiler if necessary. Else says why not.
 can_build() { # PLATFORM
-    if [[ $1 = linux-* ]] && [ "$(uname -m)" != x86_64 ]; then
+    if [[ $1 = linux-* || $1 = macintosh ]] && [ "$(uname -m)" != x86_64 ]; then
         say "Left out: $1, which can only be built on an x86_64 machine"
         return 1
     fi
@@ -32,8 +33,16 @@ can_build() { # PLATFORM
 }
 
 build_for() { # PLATFORM [TARGET ...]
-    cmake --preset "$1" >/dev/null
+    cmake --preset "$1" -UVELM_MACINTOSH_BUNDLE >/dev/null # it may be gone
     cmake --build --preset "$1" ${2:+--target "${@:2}"} >&2
+}
+
+# Builds the module for both kinds of Macintosh, and joins them into one file, build-macintosh/velm.p.
+build_for_macintosh() {
+    build_for macintosh-x86_64 velm_module
+    build_for macintosh-arm64 velm_module
+    mkdir -p build-macintosh
+    llvm-lipo-14 -create -output build-macintosh/velm.p build-macintosh-x86_64/velm.p build-macintosh-arm64/velm.p
 }
 
 version() { sed -n 's/^project(velm VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt; }
@@ -42,6 +51,7 @@ version() { sed -n 's/^project(velm VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt; 
 install_page() { # PLATFORM
     local own=Linux
     [[ $1 != windows-* ]] || own=Windows
+    [ "$1" != macintosh ] || own=Macintosh
     printf 'Velm Nodes %s for %s\n\n' "$(version)" "$1"
     awk -v own="$own" '
         /^## / { skipped = /^## (Windows|Linux|Macintosh)$/ && $2 != own }
@@ -78,7 +88,10 @@ package_all() {
         build_for "$platform" velm_module
         pack "$platform"
     done
-    say "Left out: Macintosh, which needs Apple's SDK; docs/install.md says how to build there"
+    if can_build macintosh; then
+        build_for_macintosh
+        pack macintosh
+    fi
     (cd dist && sha256sum -- *.zip >SHA256SUMS)
     say "Packed, in dist/:"
     cat dist/SHA256SUMS
@@ -93,6 +106,22 @@ can_run() { # PLATFORM
     fi
 }
 
+try() { # NAME PRESET TESTS; prints the name and the results of the preset's tests whose names begin with TESTS
+    printf '\n%s\n' "$1"
+    ctest --preset "$2" --tests-regex "^$3" --verbose |
+        grep -E '^[0-9]+: ([0-9]+-bit|[Vv]elm| +(is|expected) )|tests passed|Failed|Exception'
+}
+
+# Runs the module for Macintosh with an Intel processor on 64-bit Linux, in a library that does what the system's loader
+# would do.
+try_macintosh() {
+    can_build macintosh || return 0
+    build_for_macintosh
+    cmake --preset linux-x86_64 -DVELM_MACINTOSH_BUNDLE="$PWD/build-macintosh-x86_64/velm.p" >/dev/null
+    cmake --build --preset linux-x86_64 >&2
+    try macintosh linux-x86_64 Conformance.Macintosh
+}
+
 # Builds and checks the modules on their platforms, then examines the files of all of them.
 try_all() {
     install_missing "${packing_packages[@]}"
@@ -102,9 +131,9 @@ try_all() {
         build_for "$platform"
         built+=("$PWD/build-$platform/velm.p")
         can_run "$platform" || continue
-        printf '\n%s\n' "$platform"
-        ctest --preset "$platform" --verbose | grep -E '^[0-9]+: ([0-9]+-bit|[Vv]elm| +(is|expected) )|tests passed|Failed|Exception'
+        try "$platform" "$platform" Conformance.Agrees
     done
+    try_macintosh
     build release test_platforms velm_module
     VELM_MODULES=$(IFS=:; printf '%s' "${built[*]}") build/tests/platforms/test_platforms --gtest_brief=1
 }

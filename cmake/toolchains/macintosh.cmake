@@ -1,24 +1,19 @@
-# Cross-compiles for Macintosh, with Clang, LLVM's linker and the SDK of Apple's developer tools. Only those who have
-# these tools may use the SDK, so that its path has to be given:
-#
-#     cmake --preset macintosh -DVELM_MACINTOSH_SDK=/path/to/MacOSX.sdk
-#
-# On a Macintosh itself no toolchain file is needed: cmake -DVELM_HOST=OFF.
+# The common part of the toolchain files for Macintosh, which set VELM_MACINTOSH_TARGET first. Everything comes from
+# Debian (clang-14, lld-14, llvm-14, libc++-14-dev, musl-dev): no SDK is needed. The module uses only a few plain C
+# functions, whose declarations are the same everywhere, so musl's headers serve for the system's, and libSystem.tbd
+# lists the symbols that the linker may expect in the system's library.
 set(CMAKE_SYSTEM_NAME Darwin)
-set(CMAKE_SYSTEM_PROCESSOR x86_64)
-set(CMAKE_C_COMPILER clang)
-set(CMAKE_CXX_COMPILER clang++)
+set(CMAKE_C_COMPILER clang-14)
+set(CMAKE_CXX_COMPILER clang++-14)
+set(CMAKE_AR /usr/bin/llvm-ar-14)
+set(CMAKE_RANLIB /usr/bin/llvm-ranlib-14)
+set(CMAKE_INSTALL_NAME_TOOL /usr/bin/llvm-install-name-tool-14)
+set(CMAKE_OSX_SYSROOT "")
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY) # programs cannot be linked
 
-set(VELM_MACINTOSH_SDK "$ENV{VELM_MACINTOSH_SDK}" CACHE PATH "The SDK of Apple's developer tools")
-list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VELM_MACINTOSH_SDK)
-if(NOT EXISTS "${VELM_MACINTOSH_SDK}/SDKSettings.json" AND NOT EXISTS "${VELM_MACINTOSH_SDK}/SDKSettings.plist")
-    message(FATAL_ERROR "VELM_MACINTOSH_SDK must name a directory like MacOSX.sdk, which holds SDKSettings.json or "
-        "SDKSettings.plist; it is: '${VELM_MACINTOSH_SDK}'")
-endif()
-set(CMAKE_OSX_SYSROOT "${VELM_MACINTOSH_SDK}")
-set(CMAKE_OSX_DEPLOYMENT_TARGET 10.13)
-set(CMAKE_C_COMPILER_TARGET x86_64-apple-macosx${CMAKE_OSX_DEPLOYMENT_TARGET})
-set(CMAKE_CXX_COMPILER_TARGET ${CMAKE_C_COMPILER_TARGET})
-foreach(kind EXE MODULE SHARED)
-    set(CMAKE_${kind}_LINKER_FLAGS_INIT -fuse-ld=lld)
-endforeach()
+set(velm_headers "-nostdlibinc -isystem /usr/include/x86_64-linux-musl")
+set(CMAKE_C_FLAGS_INIT "--target=${VELM_MACINTOSH_TARGET} ${velm_headers}")
+set(CMAKE_CXX_FLAGS_INIT "--target=${VELM_MACINTOSH_TARGET} -D_GNU_SOURCE -nostdinc++")
+string(APPEND CMAKE_CXX_FLAGS_INIT " -isystem /usr/lib/llvm-14/include/c++/v1 ${velm_headers}")
+set(CMAKE_MODULE_LINKER_FLAGS_INIT "-fuse-ld=lld -nostdlib ${CMAKE_CURRENT_LIST_DIR}/libSystem.tbd")
+unset(velm_headers)
