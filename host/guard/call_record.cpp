@@ -119,7 +119,12 @@ int ownSlot() {
 }
 
 UnfinishedFile::UnfinishedFile(const std::string &path) {
-    if (path.size() < kLongestPath) std::memcpy(currentRecord->unfinished, path.c_str(), path.size() + 1);
+    if (path.empty() || path.size() >= kLongestPath) return;
+    // The process may end at any moment. The first character comes last, so that there is no name or all of it.
+    char *const name = currentRecord->unfinished;
+    std::memcpy(name + 1, path.c_str() + 1, path.size());
+    std::atomic_signal_fence(std::memory_order_release);
+    name[0] = path[0];
 }
 
 UnfinishedFile::~UnfinishedFile() { currentRecord->unfinished[0] = '\0'; }

@@ -115,7 +115,11 @@ CrashText crashText(const CallRecord &record, int status) {
         return unrecorded(record, "ended the process with status " + std::to_string(WEXITSTATUS(status)));
     const int signal = WTERMSIG(status);
     if (signal == SIGKILL) return unrecorded(record, "was killed, perhaps because memory ran out,");
-    if (isCrashSignal(signal)) return unrecorded(record, "crashed (" + signalText(signal) + ')');
+    if (isCrashSignal(signal)) {
+        const std::string what = "crashed (" + signalText(signal) + ')';
+        const CrashText crash = unrecorded(record, what);
+        return crash.isOfModule ? crash : CrashText{.text = what + outsideText(record, true), .isOfModule = false};
+    }
     return signalled(record, "was ended by " + signalName(signal));
 }
 

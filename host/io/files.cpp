@@ -10,6 +10,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
+#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -53,6 +55,10 @@ class Descriptor {
     }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
+    Descriptor &operator=(Descriptor &&other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
 
     int number() const { return number_; }
     bool close() { return ::close(std::exchange(number_, -1)) == 0; }
@@ -61,14 +67,36 @@ class Descriptor {
     int number_;
 };
 
+// Six letters that make a name new.
+std::string randomLetters() {
+    constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    std::random_device source;
+    std::uniform_int_distribution<std::size_t> index(0, kLetters.size() - 1);
+    std::string letters(6, ' ');
+    for (char &letter : letters) letter = kLetters[index(source)];
+    return letters;
+}
+
 // The new file beside the old one. The destructor removes it unless it was renamed.
 class Beside {
   public:
-    explicit Beside(const std::string &path) : name_(path + ".XXXXXX"), file_(::mkstemp(name_.data())) {
-        if (file_.number() < 0)
-            name_.clear();
-        else
+    // If the file cannot be made, errno says why.
+    explicit Beside(const std::string &path) {
+        constexpr int kTries = 100;
+        int file = -1;
+        for (int i = 0; i < kTries && file < 0; ++i) {
+            name_ = path + '.' + randomLetters();
+            struct stat found {};
+            if (::lstat(name_.c_str(), &found) == 0) continue;
+            // Before the file exists, so that it is removed whenever a signal ends the process.
             unfinished_.emplace(name_);
+            file = ::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+            if (file >= 0) break;
+            unfinished_.reset();
+            if (errno != EEXIST) break;
+        }
+        if (file < 0) name_.clear();
+        file_ = Descriptor(file);
     }
     ~Beside() {
         if (!name_.empty()) ::unlink(name_.c_str());
@@ -85,7 +113,7 @@ class Beside {
 
   private:
     std::string name_;
-    Descriptor file_;
+    Descriptor file_{-1};
     std::optional<UnfinishedFile> unfinished_;
 };
 

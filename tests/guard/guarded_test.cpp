@@ -152,6 +152,16 @@ TEST(Guarded, CountsTheTimeOfCallsThatADialogMakes) {
               "some.p: server \"Answerer\" hangs in panel getter: no progress for 0.1 s");
 }
 
+// The handler of crashes may be gone, or the crash may leave it no time.
+TEST(Guarded, NamesAModuleThatHasRunBeforeACrashThatNoHandlerRecords) {
+    EXPECT_EQ(errorOf<MachineError>([] {
+                  { const CallScope call(numberOfServer("Writer"), "create"); }
+                  std::signal(SIGSEGV, SIG_DFL);
+                  raise(SIGSEGV);
+              }),
+              "crashed (segmentation fault); no code of some.p was running, but it may have damaged memory before");
+}
+
 TEST(Guarded, BlamesNoModuleForACrashInADialog) {
     EXPECT_EQ(errorOf<MachineError>([] {
                   noteModuleCode(reinterpret_cast<const void *>(&hang)); // this program's code counts as the module's
