@@ -1,5 +1,5 @@
-// Fuzzes the readers of PLY, STL and OBJ files, that of the cameras and lights of 3DS files, and that of the images
-// inside of FBX files. Files that the first three leave to the mesh library are not read any further.
+// Fuzzes the readers of PLY, STL and OBJ files, of cameras and lights in 3DS files, and of images inside of FBX files.
+// Files that the first three leave to the mesh library are not read any further.
 #include "fuzz/require.h"
 
 #include "host/io/fbx_images.h"
@@ -9,6 +9,7 @@
 #include "host/render/geometry/vector.h"
 
 #include <algorithm>
+#include <cmath>
 
 using namespace velm::host;
 using namespace velm::host::fuzz;
@@ -37,7 +38,7 @@ void requireWhole(const Mesh &mesh) {
             "materials are numbered");
 }
 
-// The bytes are also those of the file of materials that the mesh names.
+// Reads an OBJ file. If it names the file of materials kMaterials, that has the same bytes.
 std::optional<Mesh> objMesh(std::string_view bytes, const MeshFormat &format) {
     const auto readOther = [&](const std::string &name) {
         return name == kMaterials ? std::optional<std::string>(bytes) : std::nullopt;
@@ -55,9 +56,11 @@ std::optional<Mesh> meshIn(std::string_view bytes) {
 
 void requireFinite(const MeshItems &items) {
     for (const MeshCamera &camera : items.cameras)
-        require(isFinite(Vec3(camera.position)) && isFinite(Vec3(camera.rotation)), "cameras are somewhere");
-    for (const MeshLight &light : items.lights)
-        require(isFinite(Vec3(light.position)) && isFinite(Vec3(light.rotation)), "lights are somewhere");
+        require(isFinite(Vec3(camera.position)) && isFinite(Vec3(camera.rotation)), "cameras have finite positions");
+    for (const MeshLight &light : items.lights) {
+        require(std::isfinite(light.intensity) && light.intensity >= 0, "lights have finite intensities");
+        require(isFinite(Vec3(light.position)) && isFinite(Vec3(light.rotation)), "lights have finite positions");
+    }
 }
 
 void requireInside(std::string_view file, const std::vector<FbxImage> &images) {

@@ -13,11 +13,11 @@ namespace {
 // A pattern without its number.
 struct PatternParts {
     std::string_view before, after;
-    std::size_t width = 0; // of the number, in characters; 0: there is no place for it
+    std::size_t width = 0; // of the number, in characters; 0: this is not a pattern
 };
 
 PatternParts partsOf(std::string_view pattern) {
-    const std::size_t end = pattern.rfind('#') + 1; // 0 without any
+    const std::size_t end = pattern.rfind('#') + 1; // 0 if there is no '#'
     if (end == 0 || pattern.find('/', end) != std::string_view::npos) return {};
     const std::size_t before = pattern.find_last_not_of('#', end - 1);
     const std::size_t start = before == std::string_view::npos ? 0 : before + 1;
@@ -47,8 +47,8 @@ std::optional<int> numberOfFile(std::string_view pattern, std::string_view file)
     const PatternParts parts = partsOf(pattern);
     if (parts.width == 0 || !file.starts_with(parts.before) || !file.ends_with(parts.after)) return std::nullopt;
     if (file.size() <= parts.before.size() + parts.after.size()) return std::nullopt;
-    const char *const start = file.data() + parts.before.size(), *const end =
-                                                                     file.data() + file.size() - parts.after.size();
+    const char *const start = file.data() + parts.before.size();
+    const char *const end = file.data() + file.size() - parts.after.size();
     int number = 0;
     const auto [rest, error] = std::from_chars(start, end, number);
     if (error != std::errc() || rest != end || numberedFile(pattern, number) != file) return std::nullopt;

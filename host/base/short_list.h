@@ -1,4 +1,4 @@
-// Lists that are usually short, on the path of a sample.
+// A list for the path of a sample, which must not allocate memory in the usual case.
 #pragma once
 
 #include <array>
@@ -8,7 +8,7 @@
 
 namespace velm::host {
 
-// A list that holds its first `few` items in itself, and takes memory from the heap only for more of them.
+// A list that stores its first `few` items inline, and allocates memory only for more.
 template <class T, std::size_t few>
 class ShortList {
   public:

@@ -124,8 +124,8 @@ ComponentEnvelopes ObjectFile::envelopesAfter(const Chunk &sub, std::size_t comp
     return envelopes_.from(cursor.hasIndex() ? cursor.index() : 0, components);
 }
 
-// The intensity, the number of its envelope, the type of the map, and its name. The type does not matter: programs
-// write "RGB " for maps with alpha, too.
+// The sub-chunk has the intensity, the index of its envelope, and the type and the name of the vertex map. The type is
+// ignored: programs write "RGB " for maps with alpha, too.
 std::optional<VertexTint> ObjectFile::tint(const ObjectSurface &surface, SurfaceChunkValues &values) const {
     const auto intensity = floats<1>(surface, fourCC("VCOL"), &values);
     if (!intensity) return std::nullopt;

@@ -48,8 +48,9 @@ class ObjectFile {
     std::size_t networkOffset(std::size_t surface) const;
     // The surface's own values. Throws InputError with the byte's offset for a sub-chunk that is too short.
     SurfaceChunkValues values(std::size_t surface) const;
-    // The surface's texture layers and shaders, the lowest first; see readTextures. Those of still images and sequences
-    // have the image's file name. Throws InputError with the byte's offset for a sub-chunk that is too short.
+    // The surface's texture layers and shaders, the lowest first; see readTextures. Texture layers with a still
+    // image or a sequence have its file name. Throws InputError with the byte's offset for a sub-chunk that is too
+    // short.
     std::vector<SurfaceTexture> textures(std::size_t surface) const;
 
     // Sets the network of a surface, as a block of the form that `network` gives. It replaces the old one; if there was

@@ -25,7 +25,7 @@ std::optional<ImageFilter::Kind> filterKind(std::uint32_t id) {
     }
 }
 
-// Adds what a sub-chunk changes of an image. The amount of a filter is followed by the index of an envelope.
+// Adds the filter in a sub-chunk, if it is one, to an image. The index of an envelope follows the amount.
 void addFilter(const IffFile &file, const Chunk &sub, ObjectImage &image) {
     if (sub.id == fourCC("IFLT") || sub.id == fourCC("PFLT")) image.hasPlugIn = true;
     const auto kind = filterKind(sub.id);
@@ -40,13 +40,13 @@ void addFilter(const IffFile &file, const Chunk &sub, ObjectImage &image) {
     if (cursor.hasIndex() && cursor.index() != 0) image.hasEnvelope = true;
 }
 
-// The image of a still, or one whose colours change in a way that is not shown.
+// A still image. If it has a colour cycle, a range of colours precedes the name; the cycle itself is not read.
 ObjectImage readStill(ChunkCursor cursor, bool hasColourCycle) {
-    if (hasColourCycle) cursor.u4(); // the colours that change
+    if (hasColourCycle) cursor.u4(); // the range of colours
     return {.file = cursor.text("the name of an image")};
 }
 
-// Nothing for names that no pattern stands for.
+// A sequence of files; nothing if no pattern can describe their names.
 std::optional<ObjectImage> readSequence(ChunkCursor cursor) {
     constexpr std::uint32_t kLoop = 1;
     const auto signedNumber = [&cursor] { return static_cast<std::int16_t>(cursor.u2()); };
@@ -72,13 +72,14 @@ std::optional<ObjectImage> readSource(const IffFile &file, const Chunk &sub) {
     }
 }
 
-// A clip as the file has it. An instance shows the file of another clip.
+// A clip as it is stored.
 struct Clip {
     ObjectImage image;
-    std::optional<std::uint32_t> original{};
+    std::optional<std::uint32_t> original{}; // for an instance, the number of the clip whose file it shows
+    std::size_t at = 0;                      // of its chunk in the file
 };
 
-// Nothing for clips of other kinds.
+// The clip in a chunk; nothing if it is not a still, a sequence or an instance.
 std::optional<Clip> readClip(const IffFile &file, FileRange contents) {
     if (contents.size < 4) file.fail(contents.at, "the clip ends within its number");
     const FileRange rest{.at = contents.at + 4, .size = contents.size - 4};
@@ -91,14 +92,16 @@ std::optional<Clip> readClip(const IffFile &file, FileRange contents) {
         else if (auto image = readSource(file, sub))
             clip = Clip{.image = std::move(*image)};
     }
-    if (clip) clip->image.number = file.number(contents.at, 4);
+    if (!clip) return std::nullopt;
+    clip->image.number = file.number(contents.at, 4);
+    clip->at = contents.at;
     return clip;
 }
 
-// The clip that has the file of an instance; null where there is none. `clips` are those of the object by their
-// numbers.
+// The clip that has the file of an instance, or the clip itself if it is not an instance. Null if there is no such
+// clip. `clips` are those of the object by their numbers.
 const Clip *originalOf(const Clip &instance, const std::unordered_map<std::uint32_t, const Clip *> &clips) {
-    constexpr int kMostInstances = 16; // of instances; ends circles, too
+    constexpr int kMostInstances = 16; // in a row; also ends cycles of instances
     const Clip *clip = &instance;
     for (int i = 0; clip->original && i < kMostInstances; ++i) {
         const auto found = clips.find(*clip->original);
@@ -108,7 +111,7 @@ const Clip *originalOf(const Clip &instance, const std::unordered_map<std::uint3
     return clip->original ? nullptr : clip;
 }
 
-// All that makes images of one name different.
+// A text that differs for any two images that are not equal.
 std::string identityOf(const ObjectImage &image) {
     std::string text = image.file;
     if (image.sequence)
@@ -120,7 +123,7 @@ std::string identityOf(const ObjectImage &image) {
 }
 
 void numberVariants(std::vector<ObjectImage> &images) {
-    std::unordered_map<std::string, int> counts, variants; // by the name, and by the identity
+    std::unordered_map<std::string, int> counts, variants; // by file name, and by identity
     for (ObjectImage &image : images) {
         const auto [variant, isNew] = variants.try_emplace(identityOf(image));
         if (isNew) variant->second = ++counts[lastPart(image.file)];
@@ -131,6 +134,7 @@ void numberVariants(std::vector<ObjectImage> &images) {
 } // namespace
 
 std::vector<ObjectImage> readImages(const IffFile &file, const std::vector<Chunk> &chunks) {
+    constexpr std::size_t kMostNameBytes = std::size_t{1} << 24; // many small instances may repeat one long name
     std::vector<Clip> clips;
     for (const Chunk &chunk : chunks)
         if (chunk.id == fourCC("CLIP"))
@@ -138,9 +142,12 @@ std::vector<ObjectImage> readImages(const IffFile &file, const std::vector<Chunk
     std::unordered_map<std::uint32_t, const Clip *> byNumber;
     for (const Clip &clip : clips) byNumber.try_emplace(clip.image.number, &clip);
     std::vector<ObjectImage> images;
+    std::size_t nameBytes = 0;
     for (const Clip &clip : clips) {
         const Clip *original = originalOf(clip, byNumber);
         if (!original) continue;
+        nameBytes += original->image.file.size();
+        if (nameBytes > kMostNameBytes) file.fail(clip.at, "the names of all clips take more than 16 MiB");
         ObjectImage &image = images.emplace_back(clip.image);
         image.file = original->image.file;
         image.sequence = original->image.sequence;

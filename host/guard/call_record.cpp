@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 
@@ -120,7 +121,8 @@ int ownSlot() {
 
 UnfinishedFile::UnfinishedFile(const std::string &path) {
     if (path.empty() || path.size() >= kLongestPath) return;
-    // The process may end at any moment. The first character comes last, so that there is no name or all of it.
+    // The process may end at any moment, and another process then reads the name. The first character is written last,
+    // so that the name is either empty or complete.
     char *const name = currentRecord->unfinished;
     std::memcpy(name + 1, path.c_str() + 1, path.size());
     std::atomic_signal_fence(std::memory_order_release);

@@ -16,8 +16,8 @@ void changeSaturation(double amount, std::span<float> colour) {
     for (float &component : colour) component = static_cast<float>(high - (high - component) * factor);
 }
 
-// Hues are numbered on a circle from 0 to 6: red is 0, green 2 and blue 4. A component is full up to one step from its
-// own hue, falls to the lowest one over the next step, and stays there.
+// The hue is an angle of 0 to 6: red is 0, green 2 and blue 4. A component has the highest value up to a distance of 1
+// from its own hue, falls linearly to the lowest value at a distance of 2, and has the lowest value beyond that.
 void turnHue(double turns, std::span<float> colour) {
     const auto [low, high] = std::ranges::minmax(colour);
     const double range = double{high} - low;
@@ -40,7 +40,7 @@ float changed(const ImageFilter &filter, double value) {
         case Kind::gamma: return filter.amount > 0 ? std::pow(value, 1 / filter.amount) : 0;
         case Kind::negative: return 1 - value;
         case Kind::saturation:
-        case Kind::hue: break; // of all components together
+        case Kind::hue: break; // they change all components together
         }
         return value;
     };

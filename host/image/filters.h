@@ -7,8 +7,8 @@
 
 namespace velm::host {
 
-// Changes a colour of three components, or a luminance, by filters in their order; see ImageFilter. `isWithinOne`:
-// results above 1 become 1. [any thread]
+// Applies filters, in order, to a colour of three components or to a luminance; see ImageFilter. If `isWithinOne`, the
+// result of each filter is clamped to 1. Saturation and hue do not change a luminance. [any thread]
 void applyFilters(std::span<const ImageFilter> filters, bool isWithinOne, std::span<float> colour);
 
 } // namespace velm::host

@@ -66,9 +66,9 @@ class LinearTable {
 
 // How the colours of the file are changed.
 struct ColourChange {
-    const std::vector<ImageFilter> &filters; // first
-    bool isWithinOne = false;                // of the filters: see applyFilters
-    bool linearises = false;                 // then to linear light
+    const std::vector<ImageFilter> &filters; // applied first
+    bool isWithinOne = false;                // see applyFilters
+    bool linearises = false;                 // converts the filtered colours from sRGB to linear light
 };
 
 // Converts the channels of the file to ours.

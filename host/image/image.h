@@ -37,15 +37,16 @@ struct HostImage {
         levels;                // the image, then each level half the size of the one before, down to 1 by 1
     HostImage *next = nullptr; // in the list's order
 
-    std::vector<velm::host::ImageFilter> filters{}; // through which the files were read
+    std::vector<velm::host::ImageFilter> filters{}; // applied when the files are read
 
-    // Of a sequence: which file is shown, and its name, which the plug-in interface gives out.
+    // Only of a sequence: the number of the file that is shown, and the file name that the plug-in interface returned
+    // last, which it keeps valid.
     std::optional<velm::host::ImageSequence> sequence{};
     std::optional<int> shownNumber{};
     std::string namedFile{};
-    unsigned pixelChanges = 0; // how often its pixels were exchanged
+    unsigned pixelChanges = 0; // how often its pixels have been replaced
 
-    // Exchanges the pixels and all that describes them; the name, the file and the place in the list stay.
+    // Exchanges the pixels and everything that describes them, but not the name, the file and the position in the list.
     // [between frames]
     void swapPixels(HostImage &other);
 };
@@ -55,9 +56,8 @@ namespace velm::host {
 // Reads an image in a process of its own (see host/io/reader_process.h), by the format that its contents have; the
 // formats are in image_formats.cpp. In the linear workflow, colour channels of 8-bit and 16-bit integer files are
 // converted from sRGB to linear light; in the classic one they are used as they are, as float files and alpha always
-// are. Before that, the colours go through the filters. Colours that the file does not multiply by alpha stay so. Of
-// animated and multi-part files, the first picture is
-// read.
+// are. The filters are applied before that conversion. Colours that the file does not multiply by alpha stay so. Of
+// animated and multi-part files, the first picture is read.
 // Throws InputError with the name of the file if it is missing, damaged, empty or of another format, and if reading it
 // exceeds a limit. An image whose header claims a size that would need more memory is refused before any is allocated.
 // [interface thread]
@@ -98,18 +98,18 @@ class ImageList {
 
     // Returns the image of that file and name, and reads it if it is not in the list. An empty name matches any image
     // of that file; a new image then gets the file name without directories, numbered if it is taken: "wood.png (2)".
-    // The filters are those of a new image. The list owns the image. Throws InputError as readImage does, and if an
-    // image of another file has the name.
+    // The filters are applied to a new image only. The list owns the image. Throws InputError as readImage does, and if
+    // an image of another file has the name.
     HostImage &load(const std::string &file, const std::string &name = {},
                     const std::vector<ImageFilter> &filters = {});
 
-    // Adds an image that shows another file at each frame; `pattern` is that of the files' names. No file is read
-    // before setFrame: until then, and where a file cannot be read, the image is one pixel, black and transparent.
+    // Adds an image that shows another file at each frame; for `pattern`, see isSequencePattern. No file is
+    // read before setFrame. Until then, and if a file cannot be read, the image is one pixel, black and transparent.
     // Throws InputError if an image has the name.
     HostImage &addSequence(const std::string &pattern, const ImageSequence &sequence, const std::string &name,
                            const std::vector<ImageFilter> &filters = {});
 
-    // Makes all sequences show the files of a frame, which are read unless they are shown already. Gives those that
+    // Makes all sequences show the files of a frame, and reads those that are not shown already. Returns those that
     // could not be read. [between frames]
     struct UnreadFile {
         std::string image, why; // the image's name
@@ -147,8 +147,9 @@ class ImageList {
     Workflow workflow_ = Workflow::linear;
 };
 
-// The image of this name in ImageList::instance(); null for one that the list knows to be absent. InputError, at
-// `location`, for any other name, with the nearest one; `what` is "the backdrop's image" and so on, for the message.
+// The image of this name in ImageList::instance(); null if the list has the name as that of an absent image. Throws
+// InputError at `location`, with the most similar name, for any other name. `what` begins the message: "the backdrop's
+// image". [interface thread]
 const HostImage *imageNamed(const std::string &name, std::string_view what, const SourceLocation &location);
 
 // The table of "LW Image List 5" for ImageList::instance(). A saved reference is two strings, the name of the image and

@@ -28,7 +28,7 @@ namespace velm::host {
 
 namespace {
 
-// What a sequence shows without a file: one pixel of luminance and alpha.
+// The image that a sequence shows if it has no file to show: one pixel of luminance and alpha.
 std::unique_ptr<HostImage> transparentImage() {
     auto image = std::make_unique<HostImage>();
     image->width = image->height = 1;
@@ -90,7 +90,8 @@ std::vector<ImageList::UnreadFile> ImageList::setFrame(int frame) {
 
 void ImageList::requireUnused(const std::string &name, const std::string &file) const {
     if (const HostImage *other = find(name))
-        throw InputError({.file = file}, "the name \"" + name + "\" already stands for the image " + other->file);
+        throw InputError({.file = file},
+                         fmt::format("the name {} is already that of the image {}", inQuotes(name), other->file));
 }
 
 HostImage &ImageList::add(std::unique_ptr<HostImage> image) {

@@ -75,7 +75,7 @@ Texts textsOf(const PictureMetadata &metadata, const PictureFormat &format) {
     return texts;
 }
 
-// One row, in the number format of the file. The row gets room by the first call.
+// Converts one row of the picture to the number format of the file, in `row`, whose memory later calls use again.
 template <typename Value, typename Convert>
 const void *fillRow(const Picture &picture, const Region &window, int y, int channels, Convert convert,
                     std::vector<Value> &row) {
@@ -90,7 +90,7 @@ std::uint8_t toByte(double display) { return static_cast<std::uint8_t>(std::lrou
 std::uint8_t byteOfLight(float light) { return toByte(linearToSrgb(light)); }
 std::uint8_t byteOfDisplayValue(float value) { return value > 0 ? toByte(std::min(1.0F, value)) : std::uint8_t{0}; }
 
-// The rows of a picture, one after the other, as a file has them.
+// A function that returns a row of the picture as the file stores it; see NewImage::row.
 std::function<const void *(int)> rowsOf(const Picture &picture, const PictureFormat &format, bool displayValues) {
     const Region window = storedWindow(picture, format);
     if (format.isFloat)

@@ -72,8 +72,8 @@ inline std::string workflowText(Workflow workflow) {
     return workflow == Workflow::linear ? std::string() : kWorkflowNames[static_cast<std::size_t>(workflow)];
 }
 
-// Throws InputError, listing the known extensions, if the file has none of them, and MachineError if it needs the image
-// library, which cannot be opened. To be called before the work.
+// Throws InputError, listing the known extensions, if the file has none of them, and MachineError if the format needs
+// the image library and that cannot be opened. To be called before rendering.
 void checkPictureEnding(const std::string &file);
 
 // Whether files with this extension, a known one, hold the digest of a picture's metadata, and whether they hold all

@@ -10,7 +10,7 @@
 namespace velm::host {
 namespace {
 
-// libpng calls this for an error, and does not go on after it.
+// libpng calls this for an error, and requires that it does not return.
 [[noreturn]] void fail(png_structp, png_const_charp why) { throw std::runtime_error(why); }
 void ignore(png_structp, png_const_charp) {}
 
@@ -20,7 +20,7 @@ void append(png_structp png, png_bytep data, std::size_t size) {
 }
 void flush(png_structp) {}
 
-// libpng's records for a file that is being written.
+// Owns libpng's structures for one file.
 class PngWriter {
   public:
     explicit PngWriter(std::vector<unsigned char> &bytes)
@@ -36,7 +36,7 @@ class PngWriter {
     PngWriter(const PngWriter &) = delete;
     PngWriter &operator=(const PngWriter &) = delete;
 
-    // With the settings and the first texts that the image library's files have.
+    // Uses the settings, and begins with the texts, of the files that the image library writes.
     void write(const NewImage &image) {
         png_set_IHDR(png_, info_, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height), 8,
                      PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);

@@ -6,7 +6,7 @@
 
 namespace velm::host {
 
-// The bytes of a text, up to the first character that is not a digit. [any thread]
+// Decodes a text up to the first character that is not a base-64 digit, such as the padding. [any thread]
 std::string bytesOfBase64(std::string_view text);
 
 } // namespace velm::host

@@ -63,7 +63,7 @@ std::optional<std::string> bytesOfDataUri(std::string_view uri) {
     return bytesOfBase64(uri.substr(start + kBase64.size()));
 }
 
-// The images of one file. All members throw json::exception if the document lacks something or has another type there.
+// The images of a glTF file. All members throw json::exception for values that are missing or of another type.
 class GltfImages {
   public:
     GltfImages(const json &document, std::string_view binary, const std::string &file)
@@ -72,7 +72,7 @@ class GltfImages {
 
     std::size_t count() const { return images_.size(); }
 
-    // The files of buffers outside of the file.
+    // The paths of the buffers that are files of their own.
     std::vector<std::string> bufferFiles() const {
         std::vector<std::string> files;
         for (const json &buffer : document_.value("buffers", json::array())) {
@@ -96,9 +96,9 @@ class GltfImages {
 
   private:
     // The images in the order in which the mesh library numbers them. Version 1 of glTF has an object of images by name
-    // instead of a list; the order of several is not known then, and they are left out as null.
+    // instead of a list; if it has several, their order is unknown, and they are replaced by null, which has no bytes.
     static json imagesIn(const json &document) {
-        const json images = document.value("images", json());
+        json images = document.value("images", json());
         if (!images.is_object()) return images;
         json listed = json::array();
         for (const json &image : images) listed.push_back(images.size() == 1 ? image : json());

@@ -31,11 +31,12 @@ std::string fileToOpen(const std::string &name);
 // missing, damaged or of another format. To be called in a process of its own: see readApart.
 std::vector<std::string> readEmbeddedImages(const std::string &file);
 
-// One of them; empty if the file has no image of that index inside.
+// One of the images that readEmbeddedImages returns; empty if the file has no image of that index inside. Throws, and
+// is to be called, like readEmbeddedImages.
 std::string readEmbeddedImage(const EmbeddedImage &image);
 
-// The files that reading the images opens, the file itself first. Files that are missing are left out. InputError as
-// above. [interface thread]
+// The files that readEmbeddedImages opens, the file itself first, without those that cannot be read. Reads the file in
+// a process of its own. Throws InputError like readEmbeddedImages. [interface thread]
 std::vector<std::string> filesOfEmbeddedImages(const std::string &file);
 
 } // namespace velm::host

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace velm::host {
 
@@ -12,8 +13,9 @@ namespace {
 
 constexpr std::string_view kBinary = "Kaydara FBX Binary  ", kBlanks = " \t\r\n";
 
-// A node of a binary file: a head with its end, the number and the size of its properties and its name; the properties;
-// the nodes inside. The numbers of the head have eight bytes from version 7.5 on, and four before.
+// A node of a binary file. It consists of a head, its properties, and the nodes inside of it. The head has the offset
+// of the node's end, the number of the properties, their size in bytes, and the node's name. These numbers have eight
+// bytes from version 7.5 on, and four before.
 struct BinaryNode {
     std::string_view properties, inside;
 };
@@ -83,7 +85,7 @@ class BinaryFile {
     const bool wide_;
 };
 
-// The texts in quotes after the key, which commas separate.
+// The quoted texts, separated by commas, at the beginning of `text`. Empty ones are left out.
 std::vector<std::string_view> quotedTexts(std::string_view text) {
     std::vector<std::string_view> found;
     for (std::size_t at = 0;

@@ -1,4 +1,4 @@
-// Images inside of FBX files, as the nodes "Video" have them.
+// Images inside of FBX files, in the nodes "Video".
 #pragma once
 
 #include <string>
@@ -7,11 +7,12 @@
 
 namespace velm::host {
 
-// An image as the file has it. Views the bytes of the file.
+// An image as it is stored: a view of the bytes of the file, which must outlive it.
 struct FbxImage {
     std::vector<std::string_view> parts;
-    bool isBase64 = false; // each part
+    bool isBase64 = false; // whether each part is text in base 64
 
+    // The bytes of the image file.
     std::string bytes() const;
 };
 

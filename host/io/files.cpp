@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -67,7 +66,7 @@ class Descriptor {
     int number_;
 };
 
-// Six letters that make a name new.
+// Six random letters and digits, for the name of a new file.
 std::string randomLetters() {
     constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
     std::random_device source;
@@ -88,7 +87,7 @@ class Beside {
             name_ = path + '.' + randomLetters();
             struct stat found {};
             if (::lstat(name_.c_str(), &found) == 0) continue;
-            // Before the file exists, so that it is removed whenever a signal ends the process.
+            // Recorded before the file exists, so that the file is removed whenever a signal ends the process.
             unfinished_.emplace(name_);
             file = ::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
             if (file >= 0) break;

@@ -1,4 +1,4 @@
-// Files that other files name, such as a mesh file its materials and images. Programs write such names in several ways.
+// Files that other files name: a mesh file names its materials and images. Programs write such names in several ways.
 #pragma once
 
 #include <functional>
@@ -8,16 +8,18 @@
 
 namespace velm::host {
 
-// The text with the characters that its percent escapes stand for: "my%20wood.png" gives "my wood.png". A percent sign
+// Decodes percent escapes: "my%20wood.png" becomes "my wood.png". A percent sign
 // without two hexadecimal digits after it stays, and so does an escaped zero. [any thread]
 std::string withoutEscapes(std::string_view text);
 
-// The file that a file in `directory`, which is empty or ends with a slash, calls `name`: with its escapes, without
-// them, and with slashes for backslashes, whichever can be read. The directory with the name as it is if none can.
+// The path of the file that a file in `directory` calls `name`. Tries the name as it is and with its percent escapes
+// decoded, each also with slashes for backslashes, and returns the first path that can be read. Returns `directory` +
+// `name` if none can. `directory` is empty or ends with a slash.
 // [any thread]
 std::string namedFile(const std::string &directory, const std::string &name);
 
-// Runs `work`, which gives names of files, in a process of its own, and gives these names. Throws as readApart does.
+// Runs `work` in a process of its own, and returns the file names that it returns. `file` and `what` are for error
+// messages; throws as readApart does.
 // [interface thread]
 std::vector<std::string> namesReadApart(const std::string &file, const char *what,
                                         const std::function<std::vector<std::string>()> &work);

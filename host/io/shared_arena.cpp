@@ -55,7 +55,7 @@ void *SharedArena::place(std::size_t bytes, std::size_t alignment) {
     const std::size_t start = roundedUp(used(), bytes >= pageSize() ? pageSize() : alignment);
     if (start > size_ || bytes > size_ - start) throw std::bad_alloc();
     *reinterpret_cast<std::size_t *>(begin_) = start + bytes;
-    // Huge pages are faster to fill, since the system clears fewer of them. It may not have any, which is no error.
+    // Huge pages are faster to fill, since there are fewer page faults. It is no error if the system has none.
     if (bytes >= kLargeBlock) madvise(begin_ + start, bytes, MADV_HUGEPAGE);
     return begin_ + start;
 }

@@ -14,8 +14,8 @@ enum class Loss {
     // What a mesh file holds besides the mesh:
     texture,        // of a material
     texturePlacing, // of a texture that is shown: its offset or scale
-    materialFile,   // that is missing
-    materialLine,   // of a material file, that makes no sense
+    materialFile,   // a material file that is missing
+    materialLine,   // a malformed line of a material file
     bone,
     morphTarget,
     camera,

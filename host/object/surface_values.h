@@ -12,7 +12,7 @@ namespace velm::host {
 
 // A map of vertex colours that tints a surface.
 struct VertexTint {
-    float intensity = 1; // a fraction: how far the colour is tinted. Its envelope is that of "VCOL"
+    float intensity = 1; // 1 tints the colour fully. Its envelope is that of "VCOL"
     std::string map;     // its name
 };
 

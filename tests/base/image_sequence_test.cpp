@@ -15,7 +15,7 @@ std::vector<int> numbersOf(const ImageSequence &sequence, int from, int to) {
     return numbers;
 }
 
-TEST(ImageSequence, HoldsItsFirstAndLastFile) {
+TEST(ImageSequence, ShowsItsFirstAndLastFileOutsideOfItsRange) {
     EXPECT_EQ(numbersOf({.first = 3, .last = 5}, 1, 7), (std::vector{3, 3, 3, 4, 5, 5, 5}));
     EXPECT_EQ(numbersOf({.first = 3, .last = 5, .offset = 2}, 1, 4), (std::vector{3, 4, 5, 5}));
     EXPECT_EQ(numbersOf({.first = 4, .last = 4}, -1, 1), (std::vector{4, 4, 4}));
@@ -33,7 +33,7 @@ TEST(ImageSequence, HasNoOverflow) {
     EXPECT_EQ((ImageSequence{.first = kLowest, .last = kHighest, .loop = true}.numberAt(5)), 5);
 }
 
-TEST(ImageSequence, NamesHaveTheirNumberInTheLastPlace) {
+TEST(ImageSequence, NumbersReplaceTheLastRunOfHashes) {
     EXPECT_EQ(numberedFile("fire/flame_####.png", 12), "fire/flame_0012.png");
     EXPECT_EQ(numberedFile("#.png", 12), "12.png");
     EXPECT_EQ(numberedFile("a#/b##c###", 1), "a#/b##c001");

@@ -4,8 +4,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <set>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -25,7 +27,7 @@ Words renderTo(const std::string &file) {
     return words;
 }
 
-// The names of the shared libraries that all processes of a command load, by the dynamic linker's own list.
+// The names of the shared libraries that the processes of a command load, from the dynamic linker's debug output.
 std::set<std::string> librariesOf(const WorkDirectory &directory, const Words &words) {
     const TemporaryDirectory lists;
     const Outcome outcome = runProgram(directory, words, [&] {
@@ -46,14 +48,14 @@ std::set<std::string> librariesOf(const WorkDirectory &directory, const Words &w
 
 bool hasImageLibrary(const std::set<std::string> &libraries) { return libraries.contains("libvelm-images.so"); }
 
-// A copy of the program, without its image library, in a directory `bin` below this one.
+// Copies the program, without its image library, to bin/velm in this directory, and returns its path.
 fs::path copyOfProgram(const WorkDirectory &directory) {
     fs::create_directory(directory.path() / "bin");
     fs::copy_file(VELM_PROGRAM, directory.path() / "bin/velm");
     return directory.path() / "bin/velm";
 }
 
-// Runs a copy of, or a link to, the program.
+// Runs `program`, a copy of the program or a link to it. `before` is called in the new process first.
 Outcome runOther(
     const WorkDirectory &directory, const fs::path &program, const Words &words,
     const std::function<void()> &before = [] {}) {

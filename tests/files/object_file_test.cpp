@@ -170,5 +170,17 @@ TEST(ObjectFile, WrongFilesSayWhereTheyAreWrong) {
     for (const auto &[bytes, expected] : kRows) EXPECT_EQ(errorOf(bytes), expected);
 }
 
+// Each instance of a clip has a copy of the clip's file name.
+TEST(ObjectFile, RefusesNamesOfClipsThatTakeTooMuchMemory) {
+    const auto withInstances = [](int count) {
+        std::string chunks = chunk("CLIP", big(1, 4) + subChunk("STIL", cString(std::string(60000, 'a'))));
+        for (int i = 0; i < count; ++i)
+            chunks += chunk("CLIP", big(2, 4) + subChunk("XREF", big(1, 4) + cString("an instance")));
+        return objectFile(chunks);
+    };
+    EXPECT_NO_THROW(ObjectFile(withInstances(200), "a.lwo"));
+    EXPECT_THROW(ObjectFile(withInstances(300), "a.lwo"), InputError);
+}
+
 } // namespace
 } // namespace velm::host::test

@@ -152,7 +152,7 @@ TEST(Guarded, CountsTheTimeOfCallsThatADialogMakes) {
               "some.p: server \"Answerer\" hangs in panel getter: no progress for 0.1 s");
 }
 
-// The handler of crashes may be gone, or the crash may leave it no time.
+// The crash handler may have been removed, or may crash itself.
 TEST(Guarded, NamesAModuleThatHasRunBeforeACrashThatNoHandlerRecords) {
     EXPECT_EQ(errorOf<MachineError>([] {
                   { const CallScope call(numberOfServer("Writer"), "create"); }

@@ -1,4 +1,4 @@
-// PNG files, beside those that the image library makes.
+// PNG files are compared with those that the image library writes.
 #include "host/image/png_file.h"
 
 #include <cstdint>
@@ -25,7 +25,8 @@ NewImage scattered(int width, int height) {
         std::uint32_t state = static_cast<std::uint32_t>(index) + 1;
         for (std::uint8_t &value : row) {
             state = state * 1664525 + 1013904223;
-            value = static_cast<std::uint8_t>(state >> 28); // of which a part repeats, so that it is compressed
+            value = static_cast<std::uint8_t>(state >>
+                                              28); // only 16 values, so that some sequences repeat and are compressed
         }
         return row.data();
     };
@@ -35,7 +36,7 @@ NewImage scattered(int width, int height) {
 struct SizeCase {
     int width, height;
 };
-// From less than one block of compressed data to many; in small files, libpng chooses a smaller window.
+// Files of less than one block of compressed data, and of many blocks. libpng chooses a smaller window for small files.
 constexpr SizeCase kSizes[] = {{1, 1}, {7, 3}, {64, 48}, {333, 200}, {1, 5000}, {5000, 1}};
 
 TEST(PngFile, IsTheSameAsTheImageLibrarys) {

@@ -1,4 +1,4 @@
-// Names of files that other files give.
+// Names of files in other files.
 #include "host/io/named_files.h"
 
 #include "tests/temporary_directory.h"
@@ -23,7 +23,7 @@ TEST(NamedFiles, AreFoundInTheirSpellings) {
     EXPECT_EQ(namedFile(here, "maps/my%20wood.png"), here + "maps/my wood.png");
     EXPECT_EQ(namedFile(here, "maps\\my wood.png"), here + "maps/my wood.png");
     EXPECT_EQ(namedFile(here, "maps%5Cmy%20wood.png"), here + "maps/my wood.png");
-    EXPECT_EQ(namedFile(here, "maps\\other%20wood.png"), here + "maps\\other%20wood.png") << "there is none";
+    EXPECT_EQ(namedFile(here, "maps\\other%20wood.png"), here + "maps\\other%20wood.png") << "no such file";
 }
 
 } // namespace

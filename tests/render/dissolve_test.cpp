@@ -58,9 +58,9 @@ TEST(Dissolve, ShadowsFadeAsAWhole) {
     }
 }
 
-// More objects than a ray remembers without taking memory: each fades what is behind it, and each casts a part of its
-// shadow.
-TEST(Dissolve, AnyNumberOfObjectsMixes) {
+// More objects along a ray than are stored without allocating memory. Each attenuates the colour behind it, and casts a
+// partial shadow.
+TEST(Dissolve, ManyObjectsAlongARayAreMixed) {
     constexpr int kObjects = 40;
     constexpr double kDissolve = 0.95;
     TestScene scene;
@@ -70,11 +70,11 @@ TEST(Dissolve, AnyNumberOfObjectsMixes) {
         scene.object("Ball " + std::to_string(i), SphereShape{}, "Black", {0, 0, 0.01 * i}).dissolve = kDissolve;
     const double light = std::pow(kDissolve, kObjects);
     expectNear(scene.pixel(), {light, light, light}, kTolerance);
-    scene.surface("Wall", {{"Diffuse", 1}});
-    scene.object("Wall", BoxShape{.size = {9, 9, 1}}, "Wall", {0, 0, 5});
+    scene.surface("Receiver", {{"Diffuse", 1}});
+    scene.object("Receiver", BoxShape{.size = {9, 9, 1}}, "Receiver", {0, 0, 5});
     LightDescription &sun = scene.description.lights.emplace_back();
     sun.position = {0, 0, -9};
-    for (ObjectDescription &object : scene.description.objects) object.seenByCamera = object.name == "Wall";
+    for (ObjectDescription &object : scene.description.objects) object.seenByCamera = object.name == "Receiver";
     scene.update();
     expectNear(scene.pixel(), {light, light, light}, kTolerance, "their shadows");
 }

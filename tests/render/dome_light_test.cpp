@@ -15,7 +15,7 @@
 namespace velm::host::test {
 namespace {
 
-constexpr Vec3 kWallNormal{0, 0, -1};
+constexpr Vec3 kPlaneNormal{0, 0, -1};
 
 LightDescription evenDome(const Double3 &rotation = {}) {
     LightDescription dome;
@@ -30,24 +30,26 @@ TEST(DomeLight, LightsASurfaceWithItsColour) {
     LightDescription dome = evenDome();
     dome.colour = {1, 0.5, 0.25};
     dome.intensity = 0.8;
-    expectNear(litWall(dome).pixel(), {0.8, 0.4, 0.2}, kTolerance);
+    expectNear(litPlane(dome).pixel(), {0.8, 0.4, 0.2}, kTolerance);
 }
 
-// The part of a hemisphere that a surface sees, weighted by the cosine: (1 + cos a) / 2 at an angle a between them.
-TEST(DomeLight, AHemisphereLightsByItsAngle) {
+// The form factor between a surface and a hemisphere of sky whose axis makes an angle a with the surface's normal is
+// (1 + cos a) / 2.
+TEST(DomeLight, HemispheresMatchTheirFormFactor) {
     constexpr double kTolerance = 5e-3;
     for (const double pitch : {0.0, 30.0, 90.0, 180.0, 270.0}) {
         LightDescription dome = evenDome({0, pitch, 0});
         dome.hemisphere = true;
         const Vec3 up = rotationMatrix(dome.rotation) * Vec3{0, 1, 0};
-        EXPECT_NEAR(litWall(dome).pixel().x, (1 + dot(up, kWallNormal)) / 2, kTolerance) << pitch;
+        EXPECT_NEAR(litPlane(dome).pixel().x, (1 + dot(up, kPlaneNormal)) / 2, kTolerance) << pitch;
     }
 }
 
-// A square of 2 by 2 metres at a distance of 1 hides its form factor (Hottel's rectangle, four times the corner's).
-TEST(DomeLight, WhatIsHiddenIsDark) {
-    constexpr double kTolerance = 0.01; // the edges of the square are not those of strata
-    TestScene scene = litWall(evenDome());
+// A square of 2 by 2 metres at a distance of 1 m occludes a fraction of the light that is its form factor: four times
+// that of a rectangle above one of its corners (Hottel).
+TEST(DomeLight, OccludersMatchTheirFormFactor) {
+    constexpr double kTolerance = 0.01; // the edges of the square do not coincide with those of sampling strata
+    TestScene scene = litPlane(evenDome());
     scene.surface("Lid");
     ObjectDescription &lid = scene.object("Lid", PlaneShape{.width = 2, .depth = 2}, "Lid", {0, 0, -1});
     lid.rotation = {0, 90, 0};
@@ -96,9 +98,9 @@ class ImageDome : public testing::Test {
         light.image = "Sky";
         return light;
     }
-    // The light of the whole image on the wall, summed over points of each pixel.
+    // The irradiance of the plane due to the whole image, divided by pi: a sum over sub-pixels.
     Vec3 expected(const Double3 &rotation, bool upperHalf = false) const {
-        constexpr int kPoints = 16; // along each side of a pixel
+        constexpr int kPoints = 16; // sub-pixels along each side of a pixel
         const Matrix turn = rotationMatrix(rotation);
         Vec3 sum;
         for (int y = 0; y < height_ * kPoints; ++y)
@@ -107,7 +109,7 @@ class ImageDome : public testing::Test {
                 const double heading = 2 * kPi * ((x + 0.5) / (width_ * kPoints) - 0.5);
                 const Vec3 local{std::sin(fromTop) * std::sin(heading), std::cos(fromTop),
                                  std::sin(fromTop) * std::cos(heading)};
-                const double cosine = dot(turn * local, kWallNormal);
+                const double cosine = dot(turn * local, kPlaneNormal);
                 if (cosine <= 0 || (upperHalf && local.y < 0)) continue;
                 const double solidAngle =
                     std::sin(fromTop) * (kPi / (height_ * kPoints)) * (2 * kPi / (width_ * kPoints));
@@ -136,7 +138,7 @@ TEST_F(ImageDome, GivesTheSumOverItsPixels) {
             LightDescription light = dome(rotation);
             light.hemisphere = upperHalf;
             const Vec3 sum = expected(rotation, upperHalf);
-            expectNear(litWall(light).pixel(), sum, kTolerance * largest(sum),
+            expectNear(litPlane(light).pixel(), sum, kTolerance * largest(sum),
                        "heading " + std::to_string(rotation[0]));
         }
     }
@@ -153,12 +155,12 @@ TEST_F(ImageDome, FindsASmallSun) {
     light.samples = 16;
     const Vec3 sum = expected(light.rotation);
     EXPECT_GT(sum.x, 1);
-    expectNear(litWall(light).pixel(), sum, kTolerance * largest(sum));
+    expectNear(litPlane(light).pixel(), sum, kTolerance * largest(sum));
     light.colour = {0.5, 1, 0};
     light.intensity = 2;
-    expectNear(litWall(light).pixel(), Vec3{1, 2, 0} * sum, kTolerance * largest(sum));
+    expectNear(litPlane(light).pixel(), Vec3{1, 2, 0} * sum, kTolerance * largest(sum));
     light.rotation = {210, 0, 0};
-    EXPECT_EQ(litWall(light).pixel(), Vec3{}) << "the sun is behind the wall";
+    EXPECT_EQ(litPlane(light).pixel(), Vec3{}) << "the sun is below the horizon of the plane";
 }
 
 // A sky of 1 with a sun of 10 000 in one of 512 pixels of the upper half.
@@ -170,7 +172,7 @@ TEST_F(ImageDome, HasLittleNoiseWithASun) {
     load(kWidth, kHeight, values);
     LightDescription light = dome();
     light.samples = 64;
-    TestScene scene = litWall(light);
+    TestScene scene = litPlane(light);
     scene.job.width = scene.job.height = 8;
     const double sum = expected({}).x;
     const Frame frame = scene.render();
@@ -182,29 +184,29 @@ TEST_F(ImageDome, HasLittleNoiseWithASun) {
 TEST_F(ImageDome, UsesWideImagesAtALowerResolution) {
     constexpr double kTolerance = 0.02;
     load(4096, 2, std::vector<float>(std::size_t{4096} * 2 * 3, 0.5f));
-    EXPECT_NEAR(litWall(dome()).pixel().x, 0.5, kTolerance);
+    EXPECT_NEAR(litPlane(dome()).pixel().x, 0.5, kTolerance);
 }
 
 TEST_F(ImageDome, PixelsWithoutALightAreDark) {
     load(4, 2, std::vector<float>(24, 0.0f));
-    EXPECT_EQ(litWall(dome()).pixel(), Vec3{});
+    EXPECT_EQ(litPlane(dome()).pixel(), Vec3{});
     ImageList::instance().clear();
     std::vector<float> values(24, -1.0f);
     values[3] = INFINITY;
     values[6] = NAN;
     load(4, 2, values);
-    EXPECT_EQ(litWall(dome()).pixel(), Vec3{});
+    EXPECT_EQ(litPlane(dome()).pixel(), Vec3{});
 }
 
 TEST_F(ImageDome, AnAbsentImageIsDarkAndAnUnknownOneIsRefused) {
-    EXPECT_THROW(litWall(dome()).pixel(), InputError);
+    EXPECT_THROW(litPlane(dome()).pixel(), InputError);
     ImageList::instance().noteAbsent("Sky");
-    EXPECT_EQ(litWall(dome()).pixel(), Vec3{});
+    EXPECT_EQ(litPlane(dome()).pixel(), Vec3{});
 }
 
 TEST_F(ImageDome, IsMadeOnce) {
     load(4, 2, std::vector<float>(24, 1.0f));
-    TestScene scene = litWall(dome());
+    TestScene scene = litPlane(dome());
     const auto panorama = [&scene] { return scene.renderScene().data().lights[0].light.panorama(); };
     const auto first = panorama();
     scene.description.lights[0].intensity = 2;

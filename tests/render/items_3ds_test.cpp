@@ -84,6 +84,10 @@ TEST(Items3ds, AreLeftOutWhereTheFileIsDamaged) {
     EXPECT_TRUE(itemsOf3ds(file3ds(named3ds("Eye", endless)), 1).cameras.empty());
     EXPECT_TRUE(itemsOf3ds(file3ds(named3ds("Eye", chunk3ds(0x4700, floats({1, 2})))), 1).cameras.empty());
     EXPECT_TRUE(itemsOf3ds(file3ds(chunk3ds(0x4000, "no end")), 1).cameras.empty());
+    for (const std::string &multiplier : {floats({INFINITY}), floats({NAN}), std::string("ab")}) {
+        const std::string light = chunk3ds(0x4600, floats({1, 2, 3}) + chunk3ds(0x465b, multiplier));
+        EXPECT_EQ(itemsOf3ds(file3ds(named3ds("Bulb", light)), 1).lights.at(0).intensity, 1) << "the default";
+    }
 }
 
 // A camera of 45 degrees that looks along +X at a box around the origin.

@@ -1,4 +1,4 @@
-// Cameras and lights of mesh files, as the readers give them.
+// The cameras and lights that are read from mesh files.
 #include "host/render/geometry/mesh.h"
 #include "tests/files/gltf_file.h"
 #include "tests/render/test_scene.h"
@@ -148,7 +148,7 @@ TEST_F(MeshItems, AreThoseOfCollada) {
     expectNear(Vec3(named(mesh.cameras, "Wide").position), {1, 2, -3}, kTolerance);
     EXPECT_NEAR(named(mesh.cameras, "Wide").halfWidth, 1, kTolerance);
     EXPECT_NEAR(named(mesh.cameras, "Wide").halfHeight, 0.5, kTolerance);
-    EXPECT_EQ(named(mesh.cameras, "Tall").halfWidth, 0) << "the mesh library does not give it";
+    EXPECT_EQ(named(mesh.cameras, "Tall").halfWidth, 0) << "the mesh library does not read it";
     EXPECT_EQ(named(mesh.cameras, "Tall").halfHeight, 0);
     ASSERT_EQ(mesh.warnings.size(), 1U);
     EXPECT_EQ(mesh.warnings[0].message, "the field of view of a camera is not read; it is 40 degrees here (\"Tall\")");
@@ -197,7 +197,8 @@ TEST(LookAlong, KeepsTheUpwardDirection) {
     const Matrix tilted = lookAlong({0, 0, 2}, {1, 1, 5});
     expectNear(tilted * Vec3{0, 0, 1}, {0, 0, 1}, 1e-12);
     expectNear(tilted * Vec3{0, 1, 0}, {std::sqrt(0.5), std::sqrt(0.5), 0}, 1e-12);
-    EXPECT_EQ(lookAlong({1, 2, 3}, {2, 4, 6}), lookAlong({1, 2, 3})) << "no such direction";
+    EXPECT_EQ(lookAlong({1, 2, 3}, {2, 4, 6}), lookAlong({1, 2, 3}))
+        << "parallel directions do not determine a rotation";
 }
 
 } // namespace

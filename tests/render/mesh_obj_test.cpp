@@ -194,6 +194,25 @@ TEST(ObjReader, LeavesUvCoordinatesOutWhereThereAreNone) {
     EXPECT_TRUE(std::isnan(mesh->uvMaps[0].values[5][0]));
 }
 
+TEST(ObjReader, ReadsManyVerticesAtOnePosition) {
+    constexpr std::size_t kCount = 300;
+    std::string text = kPoints;
+    for (std::size_t i = 0; i < kCount; ++i) text += "vt " + std::to_string(i) + " 0\n";
+    for (int round = 0; round < 2; ++round)
+        for (std::size_t i = 1; i <= kCount; ++i) text += "f 1/" + std::to_string(i) + " 2/1 3/1\n";
+    const auto mesh = meshOf(text);
+    ASSERT_TRUE(mesh);
+    ASSERT_EQ(mesh->points.size(), kCount + 2);
+    ASSERT_EQ(mesh->triangles.size(), 2 * kCount);
+    std::size_t sum = 0;
+    for (std::size_t i = 0; i < 2 * kCount; ++i) {
+        EXPECT_TRUE(std::ranges::equal(mesh->triangles[i].corners, mesh->triangles[i % kCount].corners)) << i;
+        for (const std::uint32_t corner : mesh->triangles[i].corners)
+            sum += static_cast<std::size_t>(mesh->uvMaps.at(0).values.at(corner)[0]);
+    }
+    EXPECT_EQ(sum, kCount * (kCount - 1)) << "each triangle has its own UV coordinates";
+}
+
 TEST(ObjReader, WarnsOfWhatIsNotDrawn) {
     const auto mesh = meshOf(kPoints + "l 1 2\nf 1 2 3\np 1\nf 1 2\nf\ncurv 0 1 1 2\n");
     ASSERT_EQ(mesh->warnings.size(), 1u);

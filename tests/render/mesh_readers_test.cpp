@@ -134,10 +134,6 @@ TEST(PlyReader, RefusesFilesThatEndEarly) {
     EXPECT_TRUE(refusalOf(whole.substr(0, whole.size() - 1)).ends_with(" 6 are there"));
 }
 
-struct Refusal {
-    const char *name, *header, *body, *message;
-};
-
 std::string plyFile(const std::string &header, const std::string &body) {
     return "ply\n" + header + "end_header\n" + body;
 }
@@ -179,6 +175,10 @@ TEST(PlyReader, ReadsColours) {
         EXPECT_EQ(mesh->materialValues[0].colourMap, "Color");
     }
 }
+
+struct Refusal {
+    const char *name, *header, *body, *message;
+};
 
 class PlyRefusals : public testing::TestWithParam<Refusal> {};
 

@@ -26,7 +26,7 @@ TEST(ThreadedRanges, CoverEveryIndexOnce) {
     }
 }
 
-// Whichever of several exceptions is thrown first, so that the same file gives the same error each time.
+// The order in which the exceptions are thrown does not matter, so that a file always has the same error.
 TEST(ThreadedTasks, PassTheExceptionOfTheLowestNumberOn) {
     for (int round = 0; round < 50; ++round) {
         const auto work = [](std::size_t task) {

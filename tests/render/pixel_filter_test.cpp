@@ -38,9 +38,9 @@ struct FilterCase {
 constexpr FilterCase kCases[] = {
     {FilterShape::box, 1.0 / 12}, {FilterShape::gaussian, 0.97334 / 36}, {FilterShape::blackmanHarris, 0.0191845}};
 
-constexpr double kRelative = 0.004; // of variances: the table's straight lines make them a little larger
+constexpr double kRelative = 0.004; // of variances: linear interpolation in the table makes them slightly larger
 
-TEST(PixelFilter, HasItsVarianceAndItsWidth) {
+TEST(PixelFilter, MatchesTheVarianceAndTheWidth) {
     for (const FilterCase &each : kCases) {
         for (const double width : {0.5, 2.0, 5.0}) {
             const Moments found = momentsOf({.shape = each.shape, .width = width});
@@ -53,26 +53,27 @@ TEST(PixelFilter, HasItsVarianceAndItsWidth) {
     }
 }
 
-TEST(PixelFilter, TheDefaultLeavesNumbersAsTheyAre) {
+TEST(PixelFilter, TheDefaultIsTheIdentity) {
     const PixelFilter filter({});
     for (const double number : {0.0, 0.1, 0.123456789, 0.5, 0.999}) EXPECT_EQ(filter.coordinate(number), number);
 }
 
-TEST(PixelFilter, CoordinatesGrowWithTheNumber) {
+TEST(PixelFilter, CoordinatesIncreaseWithTheNumber) {
     for (const FilterCase &each : kCases) {
         const PixelFilter filter({.shape = each.shape, .width = 3});
         for (int i = 0; i < 5000; ++i) EXPECT_LT(filter.coordinate(i / 5000.0), filter.coordinate((i + 1) / 5000.0));
     }
 }
 
-// A wall covers the left half of the picture. A Gaussian filter of 3 pixels reaches over the edge by one standard
-// deviation, beyond which it has 0.1577 of its weight; its end lies at the edge for the outer pixels.
+// A box covers the left half of the picture. The standard deviation of a Gaussian filter with a width of 3 pixels is
+// half a pixel. The centres of the inner pixels are one standard deviation from the edge; 0.1577 of the filter's weight
+// is beyond it. The centres of the outer pixels are as far from the edge as the filter extends.
 TEST(PixelFilter, SpreadsAnEdgeOverItsWidth) {
     TestScene scene;
     scene.job.width = 4;
     scene.job.samples = 1024;
-    scene.surface("Wall", {{"Luminosity", 1}});
-    scene.object("Wall", BoxShape{.size = {9, 9, 0.001}}, "Wall", {-4.5, 0, 0});
+    scene.surface("Box", {{"Luminosity", 1}});
+    scene.object("Box", BoxShape{.size = {9, 9, 0.001}}, "Box", {-4.5, 0, 0});
     const auto alpha = [&scene](int x) { return static_cast<double>(scene.render().picture.pixel(x, 0)[3]); };
     EXPECT_EQ(alpha(1), 1);
     EXPECT_EQ(alpha(2), 0);

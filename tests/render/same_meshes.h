@@ -30,7 +30,8 @@ inline float sizeOf(const Mesh &mesh) {
     return size;
 }
 
-// A colour with its alpha, which own readers keep even if it is 1 everywhere.
+// A colour with its alpha. Our readers store the alpha even if it is 1 everywhere; the mesh library's meshes lack it
+// then.
 inline std::array<float, 4> rgbaOf(const VertexMap &map, std::size_t vertex) {
     std::array<float, 4> colour{1, 1, 1, 1};
     std::ranges::copy(map.valueOf(vertex), colour.begin());

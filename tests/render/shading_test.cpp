@@ -21,14 +21,6 @@ LightDescription light(Kind kind, const Double3 &position, const Double3 &target
     return description;
 }
 
-// A wall at the origin that faces the camera.
-TestScene wall(TestScene::Values values, const Double3 &colour = {1, 1, 1}) {
-    TestScene scene;
-    scene.surface("Wall", values, colour);
-    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall").rotation = {0, -90, 0};
-    return scene;
-}
-
 double grey(TestScene &scene) {
     const Vec3 colour = scene.pixel();
     EXPECT_NEAR(colour.y, colour.x, kTolerance);
@@ -36,12 +28,12 @@ double grey(TestScene &scene) {
 }
 
 TEST(Shading, LuminosityAndColour) {
-    TestScene scene = wall({{"Luminosity", 0.5}}, {0.2, 0.4, 2});
+    TestScene scene = facingPlane({{"Luminosity", 0.5}}, {0.2, 0.4, 2});
     expectNear(scene.pixel(), {0.1, 0.2, 1}, kTolerance);
 }
 
 TEST(Shading, AmbientLightIsDiffuse) {
-    TestScene scene = wall({{"Diffuse", 0.5}}, {1, 0.5, 0});
+    TestScene scene = facingPlane({{"Diffuse", 0.5}}, {1, 0.5, 0});
     scene.description.render.ambientIntensity = 0.8;
     scene.description.render.ambientColour = {1, 0.5, 1};
     expectNear(scene.pixel(), {0.4, 0.1, 0}, kTolerance);
@@ -49,7 +41,7 @@ TEST(Shading, AmbientLightIsDiffuse) {
 
 TEST(Shading, PointLightFallsOffWithTheSquare) {
     for (const double distance : {0.5, 1.0, 2.0, 4.0}) {
-        TestScene scene = wall({{"Diffuse", 1}});
+        TestScene scene = facingPlane({{"Diffuse", 1}});
         scene.description.lights.push_back(light(Kind::point, {0, 0, -distance}));
         scene.description.lights[0].intensity = 0.7;
         EXPECT_NEAR(grey(scene), 0.7 / (distance * distance), kTolerance) << distance;
@@ -67,7 +59,7 @@ TEST(Shading, FalloffDependsOnTheRange) {
                 {Falloff::inverseDistance, kRange / distance},
                 {Falloff::inverseSquare, kRange * kRange / (distance * distance)}};
             for (const auto &[falloff, factor] : kExpected) {
-                TestScene scene = wall({{"Diffuse", 1}});
+                TestScene scene = facingPlane({{"Diffuse", 1}});
                 LightDescription lamp = light(kind, {0, 0, -distance});
                 lamp.falloff = falloff;
                 lamp.range = kRange;
@@ -80,12 +72,12 @@ TEST(Shading, FalloffDependsOnTheRange) {
     }
 }
 
-// A spot light one metre in front of the wall lights its middle. The light's axis is turned away from the middle by
-// `angle` degrees, so the middle lies at this angle from the axis of the cone.
+// A spot light at a distance of one metre from the centre of the plane. The axis of its cone makes an angle of `angle`
+// degrees with the direction to the centre.
 TEST(Shading, SpotLightsShineInACone) {
     constexpr double kCone = 30, kEdge = 10;
     for (const double angle : {0.0, 19.0, 22.0, 25.0, 28.0, 31.0, 170.0}) {
-        TestScene scene = wall({{"Diffuse", 1}});
+        TestScene scene = facingPlane({{"Diffuse", 1}});
         LightDescription spot = light(Kind::spot, {0, 0, -1});
         spot.cone = kCone;
         spot.edge = kEdge;
@@ -99,7 +91,7 @@ TEST(Shading, SpotLightsShineInACone) {
 
 TEST(Shading, SpotLightsMayHaveAHardEdge) {
     for (const double angle : {29.9, 30.1}) {
-        TestScene scene = wall({{"Diffuse", 1}});
+        TestScene scene = facingPlane({{"Diffuse", 1}});
         LightDescription spot = light(Kind::spot, {0, 0, -1});
         spot.cone = 30;
         spot.edge = 0;
@@ -113,7 +105,7 @@ TEST(Shading, SpotLightsMayHaveAHardEdge) {
 // An area light whose width is scaled by 3 gives the same light as one that is three times as wide.
 TEST(Shading, ScaleEnlargesAreaLights) {
     const auto lit = [](const Double3 &scale, double width) {
-        TestScene scene = wall({{"Diffuse", 1}});
+        TestScene scene = facingPlane({{"Diffuse", 1}});
         LightDescription area = light(Kind::area, {0, 0, -2});
         area.scale = scale;
         area.width = width;
@@ -128,17 +120,17 @@ TEST(Shading, ScaleEnlargesAreaLights) {
 TEST(Shading, LightsGoByTheCosine) {
     for (const double degrees : {0.0, 30.0, 60.0, 85.0}) {
         const double angle = degrees * kPi / 180;
-        TestScene scene = wall({{"Diffuse", 1}});
+        TestScene scene = facingPlane({{"Diffuse", 1}});
         scene.description.lights.push_back(light(Kind::point, {std::sin(angle), 0, -std::cos(angle)}));
         EXPECT_NEAR(grey(scene), std::cos(angle), kTolerance) << "point at " << degrees;
-        TestScene far = wall({{"Diffuse", 1}});
+        TestScene far = facingPlane({{"Diffuse", 1}});
         far.description.lights.push_back(light(Kind::distant, {0, 3 * std::sin(angle), -3 * std::cos(angle)}));
         EXPECT_NEAR(grey(far), std::cos(angle), kTolerance) << "distant at " << degrees;
     }
 }
 
 TEST(Shading, LightsFromBehindAndAtThePlaceItselfDoNothing) {
-    TestScene scene = wall({{"Diffuse", 1}, {"Specular", 1}});
+    TestScene scene = facingPlane({{"Diffuse", 1}, {"Specular", 1}});
     scene.description.lights.push_back(light(Kind::point, {0, 0, 1}));
     scene.description.lights.push_back(light(Kind::distant, {0, 0, 1}));
     scene.description.lights.push_back(light(Kind::point, {0, 0, 0}));
@@ -157,7 +149,7 @@ double rectangle(double width, double height, double distance) {
 
 TEST(Shading, AreaLightIsARectangle) {
     for (const double distance : {0.5, 1.0, 3.0}) {
-        TestScene scene = wall({{"Diffuse", 1}});
+        TestScene scene = facingPlane({{"Diffuse", 1}});
         LightDescription area = light(Kind::area, {0, 0, -distance});
         area.width = 2;
         area.height = 1;
@@ -168,13 +160,13 @@ TEST(Shading, AreaLightIsARectangle) {
 }
 
 TEST(Shading, SmallAreaLightIsLikeAPoint) {
-    TestScene scene = wall({{"Diffuse", 1}});
+    TestScene scene = facingPlane({{"Diffuse", 1}});
     LightDescription area = light(Kind::area, {0, 0, -1});
     area.width = area.height = 1e-3;
     area.samples = 4;
     scene.description.lights.push_back(area);
     EXPECT_NEAR(grey(scene), 1, 1e-5);
-    TestScene averted = wall({{"Diffuse", 1}});
+    TestScene averted = facingPlane({{"Diffuse", 1}});
     area.target = {0, 0, -5};
     averted.description.lights.push_back(area);
     EXPECT_EQ(grey(averted), 0) << "it shines to one side";
@@ -183,7 +175,7 @@ TEST(Shading, SmallAreaLightIsLikeAPoint) {
 TEST(Shading, ShadowsAreProductsOfTransparencies) {
     struct ShadowCase {
         const char *what;
-        double first, second; // transparencies of two panes between wall and light
+        double first, second; // transparencies of two panes between the plane and the light
         bool shadows, casts;
         double expected;
     };
@@ -196,7 +188,7 @@ TEST(Shading, ShadowsAreProductsOfTransparencies) {
         {"objects that cast none", 0, 0, true, false, 1},
     };
     for (const ShadowCase &each : cases) {
-        TestScene scene = wall({{"Diffuse", 1}});
+        TestScene scene = facingPlane({{"Diffuse", 1}});
         scene.surface("First", {{"Transparency", each.first}});
         scene.surface("Second", {{"Transparency", each.second}});
         for (const char *name : {"First", "Second"}) {
@@ -214,14 +206,14 @@ TEST(Shading, ShadowsAreProductsOfTransparencies) {
 // From polygons that are triangles, shadow rays use Embree's faster occlusion test.
 TEST(Shading, TrianglesGetTheSameShadows) {
     const TemporaryDirectory directory;
-    writeText(directory / "wall.obj", "v -9 -9 0\nv 9 -9 0\nv 0 18 0\nf 1 2 3\n");
+    writeText(directory / "triangle.obj", "v -9 -9 0\nv 9 -9 0\nv 0 18 0\nf 1 2 3\n");
     for (const double transparency : {0.0, 0.25, 1.0}) {
         for (const bool doubleSided : {true, false}) {
             TestScene scene;
-            scene.surface("Wall", {{"Diffuse", 1}});
-            scene.object("Wall", MeshFile{directory / "wall.obj"}, "Wall");
+            scene.surface("Plane", {{"Diffuse", 1}});
+            scene.object("Plane", MeshFile{directory / "triangle.obj"}, "Plane");
             scene.surface("Pane", {{"Transparency", transparency}}).doubleSided = doubleSided;
-            scene.object("Pane", PlaneShape{}, "Pane", {0, 2, -2}); // its back is to the wall
+            scene.object("Pane", PlaneShape{}, "Pane", {0, 2, -2}); // its back faces the plane
             scene.description.lights.push_back(light(Kind::distant, {0, 1, -1}));
             scene.description.lights.push_back(light(Kind::distant, {1, 0, -1}));
             EXPECT_NEAR(grey(scene), (1 + (doubleSided ? transparency : 1)) * std::sqrt(0.5), kTolerance)
@@ -231,7 +223,7 @@ TEST(Shading, TrianglesGetTheSameShadows) {
 }
 
 TEST(Shading, WhatStandsBehindALightCastsNoShadow) {
-    TestScene scene = wall({{"Diffuse", 1}});
+    TestScene scene = facingPlane({{"Diffuse", 1}});
     scene.surface("Pane");
     scene.object("Pane", PlaneShape{}, "Pane", {0, 3, -3});
     scene.description.lights.push_back(light(Kind::point, {0, 2, -2}));
@@ -241,7 +233,7 @@ TEST(Shading, WhatStandsBehindALightCastsNoShadow) {
 TEST(Shading, SpecularIsBlinnsHighlight) {
     for (const double glossiness : {0.0, 0.2, 0.5}) {
         const double exponent = std::pow(2, 10 * glossiness + 2), angle = 20 * kPi / 180;
-        TestScene scene = wall({{"Specular", 0.5}, {"Glossiness", glossiness}}, {1, 0, 0});
+        TestScene scene = facingPlane({{"Specular", 0.5}, {"Glossiness", glossiness}}, {1, 0, 0});
         LightDescription sun = light(Kind::distant, {std::sin(angle), 0, -std::cos(angle)});
         sun.colour = {0.5, 0.5, 0.5};
         scene.description.lights.push_back(sun);
@@ -251,13 +243,13 @@ TEST(Shading, SpecularIsBlinnsHighlight) {
 }
 
 TEST(Shading, TransparencyTakesFromTheSurfacesOwnColour) {
-    TestScene scene = wall({{"Luminosity", 1}, {"Transparency", 0.25}}, {1, 1, 1});
+    TestScene scene = facingPlane({{"Luminosity", 1}, {"Transparency", 0.25}}, {1, 1, 1});
     expectNear(scene.pixel(), {0.75 + 0.25 * 0.25, 0.75 + 0.25 * 0.5, 0.75 + 0.25 * 0.75}, kTolerance);
 }
 
 TEST(Shading, NormalFromTheNetworkIsUsed) {
-    TestScene scene = wall({{"Diffuse", 1}});
-    scene.probe("Wall", "Normal", [](ShadingSample &sample, double *value) {
+    TestScene scene = facingPlane({{"Diffuse", 1}});
+    scene.probe("Plane", "Normal", [](ShadingSample &sample, double *value) {
         expectNear(Vec3(sample.shadingNormal), {0, 0, -1}, kTolerance);
         value[0] = 0;
         value[1] = 3;
@@ -268,8 +260,8 @@ TEST(Shading, NormalFromTheNetworkIsUsed) {
 }
 
 TEST(Shading, PenumbraOfAnAreaLightIsHalfWay) {
-    // A half plane above the axis hides the upper half of the light from the middle of the wall.
-    TestScene scene = wall({{"Diffuse", 1}});
+    // A half plane above the axis occludes the upper half of the light, as seen from the centre of the plane.
+    TestScene scene = facingPlane({{"Diffuse", 1}});
     scene.surface("Screen");
     scene.object("Screen", PlaneShape{.width = 40, .depth = 2}, "Screen", {0, 1, -5}).rotation = {0, 90, 0};
     scene.description.objects.back().seenByCamera = false;

@@ -6,11 +6,9 @@ namespace {
 
 constexpr double kTolerance = 1e-6;
 
-// A white wall that the sun lights from the camera, through panes that the camera does not see.
+// A white plane that is lit at normal incidence, through panes that are invisible to the camera.
 struct ShadowColour : testing::Test {
     ShadowColour() {
-        scene.surface("Wall", {{"Diffuse", 1}});
-        scene.object("Wall", BoxShape{.size = {9, 9, 1}}, "Wall", {0, 0, 0.5});
         LightDescription &sun = scene.description.lights.emplace_back();
         sun.name = "Sun";
         sun.position = {0, 0, -9};
@@ -27,10 +25,10 @@ struct ShadowColour : testing::Test {
     }
     LightDescription &sun() { return scene.description.lights[0]; }
 
-    TestScene scene;
+    TestScene scene = facingPlane({{"Diffuse", 1}});
 };
 
-TEST_F(ShadowColour, IsThatOfTheSurfaceWhereTheLightAsksForIt) {
+TEST_F(ShadowColour, DependsOnTheOptionOfTheLight) {
     pane("Red", 0.5, {1, 0.5, 0});
     expectNear(scene.pixel(), {0.5, 0.125, 0}, kTolerance);
     sun().colouredShadows = false;
@@ -55,12 +53,12 @@ TEST_F(ShadowColour, MultipliesAlongTheRay) {
     expectNear(scene.pixel(), {0.5 * 0.25, 0, 0}, kTolerance, "components are from 0 to 1");
 }
 
-TEST_F(ShadowColour, DissolvedSurfacesGiveThatOfTheRest) {
+TEST_F(ShadowColour, DissolvedSurfacesPassTheirDissolveUncoloured) {
     pane("Red", 0.5, {1, 0.5, 0}).dissolve = 0.2;
     expectNear(scene.pixel(), {0.2 + 0.8 * 0.5, 0.5 * (0.2 + 0.8 * 0.25), 0.25 * 0.2}, kTolerance);
 }
 
-TEST_F(ShadowColour, OpaqueSurfacesHaveNone) {
+TEST_F(ShadowColour, OpaqueSurfacesPassNoLight) {
     pane("Red", 0, {1, 0.5, 0});
     pane("Clear", 1, {1, 1, 1});
     expectNear(scene.pixel(), {0, 0, 0}, kTolerance);

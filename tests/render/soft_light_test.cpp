@@ -19,9 +19,9 @@ LightDescription lamp(Kind kind, const Double3 &position, const Double3 &rotatio
     return light;
 }
 
-// The irradiance at the origin of a polygon with the radiance 1 that is wholly in front of the wall, by Lambert's
-// formula (Baum, Rushmeier and Winget, "Improving Radiosity Solutions Through the Use of Analytically Determined
-// Form-Factors", 1989).
+// The irradiance that a polygon of radiance 1 causes at the origin, on a surface with the normal -Z. All of the polygon
+// has to be above that surface's horizon. By Lambert's formula (Baum, Rushmeier and Winget, "Improving Radiosity
+// Solutions Through the Use of Analytically Determined Form-Factors", 1989).
 double irradianceOf(const std::array<Vec3, 4> &corners) {
     double sum = 0;
     for (std::size_t i = 0; i < corners.size(); ++i) {
@@ -48,12 +48,14 @@ TEST(SoftLight, AreaLightsMatchLambertsFormula) {
         // A small light of the intensity 1 has the radiance 1 / area.
         const double expected =
             irradianceOf({corner(-1, -1), corner(1, -1), corner(1, 1), corner(-1, 1)}) / (kWidth * kHeight);
-        EXPECT_NEAR(litWall(light).pixel().x, expected, kTolerance * expected) << place.position[0];
+        EXPECT_NEAR(litPlane(light).pixel().x, expected, kTolerance * expected) << place.position[0];
     }
 }
 
-// The integral of h h / (h h + x x)^2 from 0 to x: the light that arrives from a part of a line at the distance h,
-// with the sine at the line, the cosine at the wall, and the square of the distance.
+// The integral of h^2 / (h^2 + x^2)^2 from 0 to x: the irradiance at a point of a plane due to a line segment that is
+// parallel to the plane, at the distance h. It starts at the foot of the perpendicular and has the length x. The
+// integrand is the product of the sine of the angle at the line, the cosine of the angle of incidence, and the inverse
+// square of the distance.
 double partOfLine(double x, double h) { return x / (2 * (x * x + h * h)) + std::atan(x / h) / (2 * h); }
 
 TEST(SoftLight, LinearLightsMatchTheIntegralAlongTheLine) {
@@ -64,7 +66,7 @@ TEST(SoftLight, LinearLightsMatchTheIntegralAlongTheLine) {
             light.length = 2;
             const double expected =
                 (partOfLine(offset + 1, distance) - partOfLine(offset - 1, distance)) / light.length;
-            EXPECT_NEAR(litWall(light).pixel().x, expected, kTolerance * expected) << distance << ", " << offset;
+            EXPECT_NEAR(litPlane(light).pixel().x, expected, kTolerance * expected) << distance << ", " << offset;
         }
     }
 }
@@ -73,15 +75,16 @@ TEST(SoftLight, LinearLightsAreTubes) {
     constexpr double kTolerance = 1e-5;
     LightDescription light = lamp(Kind::linear, {0, 0, -1});
     light.length = 1e-3;
-    EXPECT_NEAR(litWall(light).pixel().x, 1, kTolerance) << "across the tube";
+    EXPECT_NEAR(litPlane(light).pixel().x, 1, kTolerance) << "perpendicular to the line";
     light.rotation = {60, 0, 0};
-    EXPECT_NEAR(litWall(light).pixel().x, 0.5, kTolerance) << "the sine of 30 degrees";
+    EXPECT_NEAR(litPlane(light).pixel().x, 0.5, kTolerance) << "the sine of 30 degrees";
     light.rotation = {90, 0, 0};
-    EXPECT_NEAR(litWall(light).pixel().x, 0, kTolerance) << "from its end";
+    EXPECT_NEAR(litPlane(light).pixel().x, 0, kTolerance) << "along the line";
     light.rotation = {0, 0, 70};
-    EXPECT_NEAR(litWall(light).pixel().x, 1, kTolerance) << "turned about the way to the wall";
+    EXPECT_NEAR(litPlane(light).pixel().x, 1, kTolerance)
+        << "rotated about the axis through the light and the lit point";
     light.rotation = {0, 180, 0};
-    EXPECT_NEAR(litWall(light).pixel().x, 1, kTolerance) << "it shines all around";
+    EXPECT_NEAR(litPlane(light).pixel().x, 1, kTolerance) << "emission does not depend on the angle about the line";
 }
 
 TEST(SoftLight, ScaleLengthensLinearLights) {
@@ -91,21 +94,22 @@ TEST(SoftLight, ScaleLengthensLinearLights) {
         light.samples = 16;
         light.scale = {scale, 1, 1};
         light.length = length;
-        return litWall(light).pixel().x;
+        return litPlane(light).pixel().x;
     };
     EXPECT_NEAR(lit(3, 0.5), lit(1, 1.5), kTolerance);
     EXPECT_GT(std::fabs(lit(3, 0.5) - lit(1, 0.5)), 1e-2);
 }
 
-// A screen covers all of x > edge. Seen from the middle of the wall, its edge crosses the line of the light, which is
-// twice as far away, at 2 * edge: so the shadow fades over half the length of the light.
-TEST(SoftLight, PenumbraIsAsWideAsTheLightSeenThroughTheEdge) {
+// A screen half way between the light and the plane occludes the half space x > edge. As seen from the centre of the
+// plane, the part of the light with x > 2 * edge is occluded. The light is unoccluded for edge > kLength / 4, and
+// wholly occluded for edge < -kLength / 4.
+TEST(SoftLight, PenumbraMatchesTheVisiblePartOfTheLight) {
     constexpr double kTolerance = 2e-3, kDistance = 8, kLength = 2;
     for (const double edge : {-0.6, -0.45, -0.2, 0.0, 0.3, 0.6}) {
         LightDescription light = lamp(Kind::linear, {0, 0, -kDistance});
         light.length = kLength;
         light.intensity = kDistance * kDistance;
-        TestScene scene = litWall(light);
+        TestScene scene = litPlane(light);
         scene.surface("Screen");
         ObjectDescription &screen =
             scene.object("Screen", PlaneShape{.width = 10, .depth = 10}, "Screen", {edge + 5, 0, -kDistance / 2});
@@ -129,7 +133,7 @@ TEST(SoftLight, SizesMayHaveKeys) {
                                       .keys = {.components = 1, .keys = {{.time = 0, .value = {size, 0, 0}}}}});
         else
             (isLinear ? light.length : light.width) = size;
-        return litWall(light).pixel().x;
+        return litPlane(light).pixel().x;
     };
     for (const Kind kind : {Kind::area, Kind::linear}) {
         EXPECT_NEAR(lit(kind, 3, true), lit(kind, 3, false), kTolerance);

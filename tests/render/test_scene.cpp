@@ -103,10 +103,15 @@ Vec3 TestScene::pixel() {
     return {found[0], found[1], found[2]};
 }
 
-TestScene litWall(const LightDescription &light) {
+TestScene facingPlane(const TestScene::Values &values, const Double3 &colour) {
     TestScene scene;
-    scene.surface("Wall", {{"Diffuse", 1}});
-    scene.object("Wall", PlaneShape{.width = 20, .depth = 20}, "Wall").rotation = {0, -90, 0};
+    scene.surface("Plane", values, colour);
+    scene.object("Plane", PlaneShape{.width = 20, .depth = 20}, "Plane").rotation = {0, -90, 0};
+    return scene;
+}
+
+TestScene litPlane(const LightDescription &light) {
+    TestScene scene = facingPlane({{"Diffuse", 1}});
     scene.description.lights.push_back(light);
     return scene;
 }

@@ -58,8 +58,12 @@ class TestScene {
     std::unique_ptr<RenderScene> renderScene_;
 };
 
-// A white wall in the plane z = 0, whose middle the camera sees, looking along +Z, with one light.
-TestScene litWall(const LightDescription &light);
+// A plane of 20 by 20 metres at z = 0, with the surface "Plane". Its normal is -Z, towards the camera, which sees its
+// centre.
+TestScene facingPlane(const TestScene::Values &values, const Double3 &colour = {1, 1, 1});
+
+// The same, white and diffuse, with one light.
+TestScene litPlane(const LightDescription &light);
 
 // A picture of 50 by 40 pixels with 3 samples, of a lit, reflecting ball "Ball" on a floor "Floor", both with the
 // surface "Ball": with everything that draws sample points.

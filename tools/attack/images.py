@@ -54,7 +54,7 @@ def attack(frame, rng):
     frame.check_files(outcome, before, ["picture.png"])
     for line in outcome.err.splitlines():
         is_warning = line.startswith("velm: warning: ")
-        # A pixel that is NaN shows a value of the backdrop's image, which has "Image" in its name, or of the node.
+        # A warning of a pixel that is NaN names the backdrop's image ("Image ...") or the node instead of the file.
         if is_warning and not any(name in line for name in (*names, "Image ", 'the node "Picture"')):
             frame.report("untold", f"a warning that names no image: {line[:200]}", outcome)
 

@@ -1,8 +1,8 @@
-// The image library: reading and writing the formats of image files, by OpenImageIO.
+// The image library: reads and writes image files with OpenImageIO.
 //
 // OpenImageIO loads some 250 further shared libraries, which takes 0.3 seconds and 120 MB. So it is not linked to velm,
 // but to a shared library of velm's own, libvelm-images.so (host/image/formats), which velm opens when it first reads
-// or writes an image. These are the types by which the two speak to each other. Both are always built together.
+// or writes an image. This header is the interface between the two, which are always built together.
 #pragma once
 
 #include <functional>
@@ -68,7 +68,7 @@ struct NewImage {
     std::vector<std::pair<std::string, std::string>> texts; // metadata: names and texts
 };
 
-// [interface thread, and the processes in which files are read]
+// What the shared library offers. [interface thread, and the processes in which files are read]
 class ImageLibrary {
   public:
     // Opens the file at `path` by OpenImageIO's reader of that name, whatever the file is called. Colours that the file

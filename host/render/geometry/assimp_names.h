@@ -10,7 +10,7 @@
 
 namespace velm::host {
 
-// The name that the part has, in quotes, or its number, counted from 1. `index` counts from 0.
+// The name of a part in quotes, or, if that is empty, its number: `index` counted from 1.
 inline std::string nameOrNumber(const aiString &name, unsigned index) {
     return name.length > 0 ? inQuotes(name.C_Str()) : fmt::format("number {}", index + 1);
 }

@@ -1,4 +1,4 @@
-// The cameras and lights of a mesh file in memory that the process that reads the file shares with this one.
+// The cameras and lights of a mesh file in shared memory, where the process that reads the file stores them.
 #pragma once
 
 #include "host/io/shared_arena.h"

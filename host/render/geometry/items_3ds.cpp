@@ -27,7 +27,7 @@ enum Chunk3ds : std::uint16_t {
     kMain = 0x4d4d
 };
 
-// Calls `take(type, contents)` for the chunks in these bytes, up to one that is longer than the rest of them.
+// Calls `take(type, contents)` for the chunks in these bytes, and stops at one that claims more bytes than are left.
 template <class Take>
 void forEachChunk(std::string_view bytes, Take take) {
     constexpr std::size_t kHeader = 6;
@@ -40,17 +40,18 @@ void forEachChunk(std::string_view bytes, Take take) {
     }
 }
 
-// Takes floats off the front of the contents of a chunk. All are 0 once there are too few bytes.
+// Takes floats off the front of the contents of a chunk. Returns 0 once there are too few bytes, and after a float that
+// is not finite.
 class Floats {
   public:
     explicit Floats(std::string_view bytes) : bytes_(bytes) {}
 
     double next() {
-        if (bytes_.size() < sizeof(float)) isShort_ = true;
-        if (isShort_) return 0;
+        if (bytes_.size() < sizeof(float)) isBroken_ = true;
+        if (isBroken_) return 0;
         const auto number = static_cast<double>(binaryNumber<float>(bytes_.data()));
         bytes_.remove_prefix(sizeof(float));
-        if (!std::isfinite(number)) isShort_ = true;
+        if (!std::isfinite(number)) isBroken_ = true;
         return number;
     }
     // A point or direction, turned from +Z up to +Y up and to left-handed axes.
@@ -58,12 +59,13 @@ class Floats {
         const double x = next(), y = next(), z = next();
         return {x, z, y};
     }
-    bool areWhole() const { return !isShort_; } // and all of them were finite
+    // Whether all floats that were taken were there and finite.
+    bool areWhole() const { return !isBroken_; }
     std::string_view rest() const { return bytes_; }
 
   private:
     std::string_view bytes_;
-    bool isShort_ = false;
+    bool isBroken_ = false;
 };
 
 Double3 stored3ds(const Vec3 &vector) { return {vector.x, vector.y, vector.z}; }
@@ -121,8 +123,9 @@ class Items3ds {
         camera.name = name;
         camera.position = stored3ds(scale_ * position);
         camera.rotation = anglesOf(lookAlong(target - position));
-        camera.rotation[2] -= roll;                            // the right side of the camera goes down
-        constexpr double kLensTimesView = 2400, kWidest = 179; // of the format: the angle is 45 degrees at 53.3 mm
+        camera.rotation[2] -= roll; // a positive roll lowers the right side of the camera
+        // The format's field of view is 2400 / lens: 45 degrees at 53.3 mm.
+        constexpr double kLensTimesView = 2400, kWidest = 179;
         if (lens > 0) camera.halfWidth = std::tan(std::min(kLensTimesView / lens, kWidest) / 2 * kRadiansPerDegree);
         items_.cameras.push_back(std::move(camera));
     }
@@ -139,7 +142,11 @@ class Items3ds {
         double multiplier = 1;
         forEachChunk(floats.rest(), [&](std::uint16_t type, std::string_view part) {
             if (type == kLightIsOff) isOff = true;
-            if (type == kMultiplier) multiplier = Floats(part).next();
+            if (type == kMultiplier) {
+                Floats numbers(part);
+                const double number = numbers.next();
+                if (numbers.areWhole()) multiplier = number;
+            }
             if (type == kSpot) setSpot(position, part, light);
         });
         setColour3ds(colourIn(floats.rest(), {1, 1, 1}), multiplier, light);

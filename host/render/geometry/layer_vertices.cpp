@@ -11,7 +11,7 @@ constexpr std::uint32_t kNoVertex = 0xffffffff; // no vertex, or no variant
 
 bool isUvMap(const ObjectVertexMap &map) { return map.type == fourCC("TXUV") && map.size == 2; }
 
-// What points without a value have: no UV coordinates, no weight, or white.
+// The numbers of points without a value: no UV coordinates (NaN), the weight 0, or white.
 float missingValueOf(const ObjectVertexMap &map) {
     if (isUvMap(map)) return std::numeric_limits<float>::quiet_NaN();
     return map.type == fourCC("WGHT") ? 0.0F : 1.0F;

@@ -15,14 +15,14 @@
 
 namespace velm::host {
 
-// The vertex maps of the visible layers that a mesh has: UV, weight and colour maps, by type and name. All numbers of a
-// vertex are one after the other, UV coordinates first.
+// The vertex maps of the visible layers that become maps of the mesh: UV, weight and colour maps, by type and name. The
+// numbers of all maps at a vertex are stored in one array, UV coordinates first.
 class MeshMaps {
   public:
     struct Map {
         std::string name;
         std::uint32_t size = 0; // numbers of a value
-        std::size_t first = 0;  // of them, among all numbers of a vertex
+        std::size_t first = 0;  // the index of the first of them among all numbers of a vertex
         float missing = 0;      // every number of a point without a value
     };
 
@@ -54,8 +54,8 @@ class MeshMaps {
 // polygons have there instead of the point's own.
 class LayerVertices {
   public:
-    // Adds to `firstOfPoint` if there are maps, and to `limitNormals` unless it is null: see Mesh. All arguments have
-    // to outlive this object.
+    // Appends to `firstOfPoint` if there are maps, and to `limitNormals` unless it is null: see Mesh. All arguments
+    // have to outlive this object.
     LayerVertices(const ObjectLayer &layer, const MeshMaps &maps, const Transform &transform, MeshBuilder &builder,
                   std::pmr::vector<std::uint32_t> &firstOfPoint, std::pmr::vector<std::array<float, 3>> *limitNormals);
 
@@ -92,7 +92,7 @@ class LayerVertices {
     std::vector<std::uint32_t> vertices_;         // by point: the vertex with the point's own values, or kNoVertex
     std::vector<std::vector<float>> pointValues_; // by map, then by point; empty for a map without values of points
     std::vector<CornerValue> cornerValues_;       // by polygon
-    std::size_t next_ = 0;                        // the first one of the polygons to come
+    std::size_t next_ = 0;                        // the first one of the next polygon
     std::vector<std::uint32_t> firstVariants_;    // by point
     std::vector<Variant> variants_;
     std::vector<float> variantNumbers_;         // by variant

@@ -76,9 +76,9 @@ struct Mesh {
     std::pmr::vector<std::uint16_t> materialNumbers; // by triangle; empty: all are of the first material
     std::vector<std::string> materials;              // names
     std::vector<MeshMaterial> materialValues;        // of those materials that the file describes, by name
-    std::vector<MeshCamera> cameras;                 // that the file brings besides the mesh
+    std::vector<MeshCamera> cameras;                 // in the file besides the mesh
     std::vector<MeshLight> lights;
-    // The names of the file's nodes or groups that have polygons, in their order; empty where there are less than two.
+    // The names of the file's nodes that have polygons, in the file's order; empty if there are fewer than two.
     std::vector<std::string> parts;
     std::uint32_t polygonCount = 0; // before polygons were cut into triangles
 

@@ -9,11 +9,6 @@
 namespace velm::host {
 namespace {
 
-// Adding 0 turns minus zero into zero, so that equal points have equal bytes.
-std::array<float, 3> narrowed(const Vec3 &v) {
-    return {static_cast<float>(v.x) + 0.0f, static_cast<float>(v.y) + 0.0f, static_cast<float>(v.z) + 0.0f};
-}
-
 // Frees the unused capacity of a vector, except for `spare` elements.
 template <typename Element>
 void trim(std::pmr::vector<Element> &elements, std::size_t spare = 0) {
@@ -135,24 +130,17 @@ std::uint32_t MeshBuilder::addVertex(const BuilderVertex &vertex) {
 }
 
 std::vector<std::uint32_t> MeshBuilder::mergeVertices() {
-    constexpr std::size_t kAhead = 16; // vertices whose slots are being loaded
-    std::array<std::uint32_t, kAhead> hashes{};
     const std::size_t count = mesh_.points.size();
     std::vector<std::uint32_t> numbers(count);
     std::uint32_t kept = 0;
     table_.reserve(count);
-    for (std::size_t next = 0; next < count + kAhead; ++next) {
-        std::uint32_t &hash = hashes[next % kAhead];
-        if (next >= kAhead) {
-            const std::size_t vertex = next - kAhead;
-            moveVertex(vertex, kept);
-            numbers[vertex] = table_.findOrAdd(hash, kept, [&](std::uint32_t other) { return equal(other, kept); });
-            if (numbers[vertex] == kept) ++kept;
-        }
-        if (next >= count) continue;
-        hash = hashOf(next);
-        table_.prefetch(hash);
-    }
+    const auto add = [&](std::size_t vertex, std::uint32_t hash) {
+        moveVertex(vertex, kept);
+        numbers[vertex] = table_.findOrAdd(hash, kept, [&](std::uint32_t other) { return equal(other, kept); });
+        if (numbers[vertex] == kept) ++kept;
+    };
+    table_.addAll(
+        count, [this](std::size_t vertex) { return hashOf(vertex); }, add);
     resizeVertices(kept);
     table_ = {};
     return numbers;

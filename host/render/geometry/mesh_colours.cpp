@@ -84,7 +84,7 @@ void showColours(const aiScene &scene, SceneMaterials &materials) {
         show(found->second, material);
         coloured.erase(found);
     }
-    // The others are materials that the importer made up, which have no values.
+    // What is left are materials that the importer made up, which have no values.
     for (const auto &[name, withAlpha] : coloured) {
         MeshMaterial &material = materials.described.emplace_back();
         material.name = name;

@@ -81,7 +81,7 @@ Mesh readObjMesh(const std::string &file, const MeshFormat &format, const Transf
                  std::pmr::memory_resource *memory);
 std::vector<std::string> filesOfObjMesh(const std::string &file, const MeshFormat &format);
 
-// Gives the bytes of the file of that name; nothing if it cannot be read.
+// Returns the bytes of the file of that name; nothing if it cannot be read.
 using ReadOther = std::function<std::optional<std::string>(const std::string &name)>;
 
 // The mesh in the bytes of an OBJ file; nothing if the file is left to assimp. `file` is its name, for errors and to

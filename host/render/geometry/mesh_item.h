@@ -1,4 +1,4 @@
-// The cameras and lights that mesh files bring.
+// The cameras and lights in mesh files.
 #pragma once
 
 #include "host/base/double3.h"
@@ -12,13 +12,13 @@ namespace velm::host {
 // Positions are in the coordinates of the mesh's object, and so are rotations: heading, pitch and bank in degrees.
 struct MeshCameraValues {
     Double3 position, rotation;
-    // Half the width and half the height of what the camera sees at a distance of 1. One of them is 0 where it follows
-    // from the shape of the picture; both are 0 where the field of view is not known.
+    // Half the width and half the height of what the camera sees at a distance of 1. One of them is 0 if it follows
+    // from the aspect ratio of the picture; both are 0 if the field of view is not known.
     double halfWidth, halfHeight;
 };
 
 struct MeshCamera : MeshCameraValues {
-    std::string name; // may be empty, and that of another camera
+    std::string name; // may be empty, or equal to that of another camera
 };
 
 struct MeshLightValues {
@@ -27,12 +27,12 @@ struct MeshLightValues {
     double intensity; // at least 0
     // The terms a, b and c of the intensity at the distance d: intensity / (a + b d + c d^2). Each is at least 0.
     Double3 attenuation;
-    double cone, edge; // of spot lights, as LightDescription has them
+    double cone, edge; // of spot lights: see LightDescription
 };
 
 struct MeshLight : MeshLightValues {
     enum class Kind : std::uint32_t { point, distant, spot, ambient } kind;
-    std::string name; // may be empty, and that of another light
+    std::string name; // may be empty, or equal to that of another light
 };
 
 struct MeshItems {

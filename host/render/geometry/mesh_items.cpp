@@ -16,13 +16,14 @@
 namespace velm::host {
 namespace {
 
-// How assimp gives the cameras and lights of a format. In all of these formats, they are at the origin of a node of
-// the same name. The positions that assimp gives besides are not used: some repeat the node's translation.
+// How assimp represents the cameras and lights of a format. In all of these formats, they are at the origin of a node
+// of the same name. The positions in aiCamera and aiLight are not used: some repeat the node's translation.
 struct ItemFormat {
     std::string_view ending;
-    bool multipliesView; // the angle of the field of view is that of the height times the aspect
-    double coneAngles;   // the factor of angles at spot lights that gives angles from the axis
-    bool hasOuterCone;   // assimp makes the outer cone of Collada up from an exponent, and the inner one is the whole
+    bool multipliesView; // mHorizontalFOV is the vertical angle times the aspect ratio
+    double coneAngles;   // multiplies the angles of cones, to make them angles from the axis
+    // False if assimp computes the outer cone from an exponent. Then the inner cone is the whole cone.
+    bool hasOuterCone;
 };
 
 constexpr ItemFormat kItemFormats[] = {
@@ -56,12 +57,13 @@ Vec3 turned(const aiMatrix4x4 &toFile, const aiVector3D &direction) {
 
 Double3 positionIn(const aiMatrix4x4 &toFile) { return leftHanded(toFile.a4, toFile.b4, toFile.c4); }
 
-// Sets what the camera sees from the horizontal angle and the aspect that assimp gives.
+// Sets the field of view from aiCamera's horizontal angle and aspect ratio.
 void setView(const aiCamera &from, const ItemFormat &format, MeshCamera &camera) {
-    const double aspect = from.mAspect > 0 ? static_cast<double>(from.mAspect) : 0; // 0: that of the picture
+    // 0: that of the picture.
+    const double aspect = from.mAspect > 0 && std::isfinite(from.mAspect) ? static_cast<double>(from.mAspect) : 0;
     const double angle = static_cast<double>(from.mHorizontalFOV);
-    // The angle of assimp for cameras without one, converted to radians twice. Cameras of Collada files have it, too,
-    // if they have no name, or only the angle of the height.
+    // assimp's default for cameras without an angle, which it converts to radians twice. Collada's cameras also have it
+    // if they have no name, or only a vertical angle.
     constexpr double kNotRead = std::numbers::pi / 4 * kRadiansPerDegree;
     if (aspect == 0 && std::abs(angle - kNotRead) < 1e-6) return;
     const auto halfOf = [](double whole) {
@@ -89,7 +91,7 @@ MeshCamera cameraOf(const aiScene &scene, const aiCamera &from, const ItemFormat
     return camera;
 }
 
-// Nothing for area lights, of which no importer says all, and for lights that assimp does not know.
+// Nothing for area lights, which no importer reads completely, and for lights that assimp does not know.
 std::optional<MeshLight::Kind> kindOf(aiLightSourceType type) {
     switch (type) {
     case aiLightSource_POINT: return MeshLight::Kind::point;
@@ -102,7 +104,7 @@ std::optional<MeshLight::Kind> kindOf(aiLightSourceType type) {
 
 double atLeast0(double number) { return std::isfinite(number) ? std::max(0.0, number) : 0; }
 
-// Divides the product of colour and intensity that assimp gives.
+// Divides assimp's product of colour and intensity into both.
 void setColour(const aiColor3D &from, MeshLight &light) {
     const Vec3 product{atLeast0(from.r), atLeast0(from.g), atLeast0(from.b)};
     light.intensity = largest(product);
@@ -136,7 +138,7 @@ MeshLight lightOf(const aiScene &scene, const aiLight &from, MeshLight::Kind kin
 } // namespace
 
 MeshItems itemsOf(const aiScene &scene, const std::string &file, const MeshFormat &format, Losses &losses) {
-    // Of these cameras, assimp gives neither the direction nor the angle. The unit of the file is in the root's size.
+    // assimp reads neither the direction nor the angle of these cameras. The root's scale is the unit of the file.
     if (format.ending == std::string_view("3ds"))
         return itemsOf3ds(readFile(file), static_cast<double>(scene.mRootNode->mTransformation.a1));
     const ItemFormat *const known = itemFormatOf(format);

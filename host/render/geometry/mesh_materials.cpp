@@ -218,7 +218,7 @@ class TextureReader {
         const aiTexture *embedded = scene_.GetEmbeddedTexture(name.c_str());
         if (!embedded) return name.starts_with('*') ? std::string() : name; // "*0" and so on are embedded images
         if (!format_.hasImages() || embedded->mHeight != 0) return {};
-        if (images_.empty()) readImages();
+        if (!images_) readImages();
         const std::string_view bytes(reinterpret_cast<const char *>(embedded->pcData), embedded->mWidth);
         const auto found = indices_.find(bytes);
         return bytes.empty() || found == indices_.end() ? std::string() : embeddedName(file_, found->second);
@@ -227,7 +227,7 @@ class TextureReader {
     // The importer may number the images in another order than the file, so that they are found by their bytes.
     void readImages() {
         images_ = readEmbeddedImages(file_);
-        for (std::size_t i = 0; i < images_.size(); ++i) indices_.try_emplace(images_[i], i);
+        for (std::size_t i = 0; i < images_->size(); ++i) indices_.try_emplace((*images_)[i], i);
     }
 
     const aiScene &scene_;
@@ -235,7 +235,7 @@ class TextureReader {
     const MeshFormat &format_;
     Losses &losses_;
     std::map<std::string, std::string> files_;                  // by the importer's name
-    std::vector<std::string> images_;                           // inside of the file; read when they are needed
+    std::optional<std::vector<std::string>> images_;            // inside of the file; read when they are needed
     std::unordered_map<std::string_view, std::size_t> indices_; // of the images, by their bytes
     std::set<std::string> shown_;                               // of the material, by the importer's names
 };

@@ -12,10 +12,11 @@
 #include "host/io/named_files.h"
 
 #include <algorithm>
-#include <cctype>
+#include <array>
 #include <filesystem>
 #include <fmt/format.h>
 #include <limits>
+#include <map>
 #include <set>
 #include <unordered_map>
 #include <utility>
@@ -26,25 +27,19 @@ namespace {
 // For each value, the index of the first one that equals it.
 template <std::size_t size>
 std::vector<std::uint32_t> firstsOfEqual(const std::vector<std::array<float, size>> &values) {
-    constexpr std::size_t kAhead = 16; // values whose slots are being loaded
-    std::array<std::uint32_t, kAhead> hashes{};
     std::vector<std::uint32_t> firsts(values.size());
     VertexTable table;
     table.reserve(values.size());
-    for (std::size_t next = 0; next < values.size() + kAhead; ++next) {
-        std::uint32_t &hash = hashes[next % kAhead];
-        if (next >= kAhead) {
-            const std::size_t value = next - kAhead;
-            firsts[value] = table.findOrAdd(hash, static_cast<std::uint32_t>(value), [&](std::uint32_t other) {
-                return equalNumbers(values[other], values[value]);
-            });
-        }
-        if (next >= values.size()) continue;
+    const auto hashOf = [&](std::size_t value) {
         std::uint64_t mixed = 0;
-        for (const float number : values[next]) mixed = mixIn(mixed, number);
-        hash = endOfHash(mixed);
-        table.prefetch(hash);
-    }
+        for (const float number : values[value]) mixed = mixIn(mixed, number);
+        return endOfHash(mixed);
+    };
+    table.addAll(values.size(), hashOf, [&](std::size_t value, std::uint32_t hash) {
+        firsts[value] = table.findOrAdd(hash, static_cast<std::uint32_t>(value), [&](std::uint32_t other) {
+            return equalNumbers(values[other], values[value]);
+        });
+    });
     return firsts;
 }
 
@@ -53,8 +48,8 @@ class MaterialFiles {
   public:
     MaterialFiles(const std::string &file, const ReadOther &readOther) : file_(file), readOther_(readOther) {}
 
-    // Reads what a line names: one file whose name may have blanks, or several files. Without any of them, that with
-    // the name of the OBJ file is read.
+    // Reads the files that a line names: one file whose name may have blanks, or several files. If none of them can be
+    // read, the file with the OBJ file's own name is read instead.
     void read(const std::string &names, Losses &losses) {
         if (names.empty() || readAnyOf(pathsOf(names), losses)) return;
         std::vector<std::string> missing;
@@ -68,12 +63,12 @@ class MaterialFiles {
         losses.add(Loss::materialFile, inQuotes(areAllMissing ? names : missing.front()));
     }
 
-    // What was read so far. To be called once, at the end.
+    // The materials of all files. To be called once, at the end.
     MtlMaterials takeMaterials() { return std::move(materials_); }
 
   private:
-    // Where a file may be: under the name, also if it has the separators of another system, beside the OBJ file, or
-    // under the name without percent escapes.
+    // The paths that a name may mean, relative to the OBJ file's directory: the name, the same with backslashes as
+    // slashes, its last component, and the name without percent escapes.
     std::vector<std::string> pathsOf(const std::string &name) const {
         const std::filesystem::path directory = std::filesystem::path(file_).parent_path();
         std::string turned = name;
@@ -85,10 +80,8 @@ class MaterialFiles {
 
     std::string namesake() const {
         std::filesystem::path path(file_);
-        std::string ending = path.extension().string();
-        std::ranges::transform(ending, ending.begin(),
-                               [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        return ending == ".obj" ? path.replace_extension(".mtl").string() : file_ + ".mtl";
+        return inLowerCase(path.extension().string()) == ".obj" ? path.replace_extension(".mtl").string()
+                                                                : file_ + ".mtl";
     }
 
     // Reads the first of these files that is there, once. Returns whether there is one.
@@ -164,13 +157,16 @@ class ObjMesh {
         std::optional<std::uint16_t> number; // of the mesh's materials
         bool hasUvs = false;
     };
-    // A vertex of the mesh: the values of its corners besides the position.
+    // The first vertices at a position form a list, which is searched fast because it is short. Further ones are in a
+    // map: searching long lists would take time in proportion to the square of their length.
+    static constexpr int kMostListed = 64;
+    // A vertex of the mesh: the indices of its values besides the position.
     struct ObjVertex {
         std::uint32_t uv, normal;
-        std::uint32_t older; // another vertex at the same position; kNoObjIndex: none
+        std::uint32_t older; // the previous listed vertex at the same position; kNoObjIndex: none
     };
 
-    // Polygons without a material have the one that files describe without a name.
+    // An empty name is that of the material of polygons that name none, which files describe as one without a name.
     void setMaterial(const std::string &name) {
         current_ = &*materials_.try_emplace(name.empty() ? AI_DEFAULT_MATERIAL_NAME : name).first;
     }
@@ -182,8 +178,22 @@ class ObjMesh {
     std::uint32_t vertexOf(const ObjCorner &corner) {
         const std::uint32_t position = firstPositions_[corner.position];
         const std::uint32_t uv = firstOf(firstUvs_, corner.uv), normal = firstOf(firstNormals_, corner.normal);
-        for (std::uint32_t i = newest_[position]; i != kNoObjIndex; i = vertices_[i].older)
+        int listed = 0;
+        for (std::uint32_t i = newest_[position]; i != kNoObjIndex; i = vertices_[i].older, ++listed)
             if (vertices_[i].uv == uv && vertices_[i].normal == normal) return i;
+        const auto newcomer = static_cast<std::uint32_t>(vertices_.size());
+        if (listed < kMostListed) {
+            vertices_.push_back({.uv = uv, .normal = normal, .older = newest_[position]});
+            newest_[position] = newcomer;
+        } else {
+            const auto [entry, isNew] = unlisted_.try_emplace({position, uv, normal}, newcomer);
+            if (!isNew) return entry->second;
+            vertices_.push_back({.uv = uv, .normal = normal, .older = kNoObjIndex});
+        }
+        return addVertex(position, uv, normal);
+    }
+
+    std::uint32_t addVertex(std::uint32_t position, std::uint32_t uv, std::uint32_t normal) {
         const auto &[x, y, z] = values_.positions[position];
         vertex_.position = {x, y, z};
         // Without a normal, shading uses the polygon's own.
@@ -191,8 +201,7 @@ class ObjMesh {
         vertex_.normal = {nx, ny, nz};
         constexpr float kNoUv = std::numeric_limits<float>::quiet_NaN();
         if (hasUvs_) vertex_.uvs[0] = uv == kNoObjIndex ? std::array<float, 2>{kNoUv, kNoUv} : values_.uvs[uv];
-        vertices_.push_back({.uv = uv, .normal = normal, .older = newest_[position]});
-        return newest_[position] = builder_.addSeparateVertex(vertex_);
+        return builder_.addSeparateVertex(vertex_);
     }
 
     void addPolygon(const ObjStatements &part, std::size_t begin, std::size_t end) {
@@ -214,8 +223,9 @@ class ObjMesh {
     MeshBuilder builder_;
     const std::vector<std::uint32_t> firstPositions_;
     std::vector<std::uint32_t> firstUvs_, firstNormals_;
-    std::vector<std::uint32_t> newest_; // by position: its last vertex
+    std::vector<std::uint32_t> newest_; // by position: its last listed vertex
     std::vector<ObjVertex> vertices_;
+    std::map<std::array<std::uint32_t, 3>, std::uint32_t> unlisted_; // by position, UV coordinates and normal
     BuilderVertex vertex_;
     std::vector<std::uint32_t> corners_; // of one polygon
     std::unordered_map<std::string, MaterialInUse> materials_;
@@ -223,7 +233,7 @@ class ObjMesh {
     std::size_t numberOfUsed_ = 0;
 };
 
-// Reads the polygons of a few parts at a time, so that memory never holds the indices of all.
+// Reads the polygons of a few parts at a time, so that the indices of the whole file are never in memory at once.
 void addParts(const ObjParts &parts, const std::string &file, MaterialFiles &files, ObjMesh &mesh, Losses &losses) {
     constexpr std::size_t kAtATime = 64;
     std::vector<ObjStatements> read(std::min(kAtATime, parts.parts.size()));

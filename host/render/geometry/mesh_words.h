@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cctype>
 #include <charconv>
 #include <cstddef>
 #include <cstdlib>
@@ -23,8 +24,15 @@ Number binaryNumber(const char *bytes) {
     return std::bit_cast<Number>(raw);
 }
 
-// Whether this separates words, as the end of a line does, too.
+// Whether this character separates words. The ends of lines do so, too.
 constexpr bool isBlank(char letter) { return letter == ' ' || (letter >= '\t' && letter <= '\r'); }
+
+// The word with ASCII capitals as small letters. [any thread]
+inline std::string inLowerCase(std::string_view word) {
+    std::string lower(word);
+    std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return lower;
+}
 
 // Takes the first word off a text, with the blanks before it; empty if there is none. [any thread]
 inline std::string_view takeWord(std::string_view &text) {
@@ -45,8 +53,7 @@ inline std::string_view takeLine(std::string_view &text) {
     return line.substr(0, line.size() - line.ends_with('\r'));
 }
 
-// The integer that a word spells; nothing for any other word, and for an integer that the type cannot hold. [any
-// thread]
+// The integer that a word spells; nothing for any other word, or if the type cannot hold the integer. [any thread]
 template <class Integer>
 std::optional<Integer> integerOf(std::string_view word) {
     if (word.starts_with('+')) word.remove_prefix(1);

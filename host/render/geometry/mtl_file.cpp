@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <fmt/format.h>
 #include <iterator>
 #include <optional>
@@ -16,7 +15,7 @@
 namespace velm::host {
 namespace {
 
-// A value of the mesh library's materials.
+// Identifies a value of the mesh library's materials.
 struct MaterialKey {
     const char *name;
     unsigned type, index;
@@ -74,7 +73,7 @@ constexpr aiTextureType kShownTextures[] = {aiTextureType_DIFFUSE, aiTextureType
 struct TextureOption {
     std::string_view name;
     int mostArguments = 1;
-    std::optional<double> unplaced{}; // of options that place the texture: the number that changes nothing
+    std::optional<double> unplaced{}; // of options that place the texture: the neutral number
 };
 constexpr TextureOption kTextureOptions[] = {
     {.name = "-blendu"},
@@ -98,13 +97,7 @@ auto rowOf(const Rows &rows, std::string_view keyword) {
     return found == std::end(rows) ? nullptr : &*found;
 }
 
-std::string inLowerCase(std::string_view word) {
-    std::string lower(word);
-    std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return lower;
-}
-
-// Red, green and blue; nothing if they are no numbers. Red alone stands for all three.
+// Red, green and blue; nothing if a word is not a number. A single number is used for all three.
 std::optional<aiColor3D> colourIn(std::string_view rest) {
     std::array<float, 3> numbers{};
     std::size_t count = 0;
@@ -172,7 +165,7 @@ bool MtlMaterials::readTexture(aiTextureType type, std::string_view rest, Entry 
     return true;
 }
 
-// Returns false for a line that makes no sense. Keywords that are not known are ignored.
+// Returns false for a malformed line. Unknown keywords are ignored.
 bool MtlMaterials::readLine(std::string_view keyword, std::string_view rest, Entry &entry) {
     if (const MtlTexture *row = rowOf(kTextures, keyword)) return readTexture(row->type, rest, entry);
     if (const MtlColour *row = rowOf(kColourKeywords, keyword)) {

@@ -1,4 +1,4 @@
-// The materials in the files that OBJ files name, as the mesh library's own reader would give them.
+// Reads the material files of OBJ files, with the same results as the mesh library's own reader.
 #pragma once
 
 #include "host/object/losses.h"
@@ -18,29 +18,29 @@ namespace velm::host {
 
 // A material that polygons have.
 struct ObjMaterialUse {
-    std::string name;  // as the OBJ file has it
+    std::string name;  // in the OBJ file
     std::string uvMap; // of its polygons; empty for none
 };
 
 class MtlMaterials {
   public:
-    // Begins with one material: that of polygons which name none, or one without a name.
+    // Begins with one material, without a name: that of polygons that name no material.
     MtlMaterials() { find(""); }
 
-    // Reads a file of materials. Where it describes a material again, the last value counts. `file` is its name. Lines
-    // that make no sense are ignored and counted in `losses`.
+    // Reads a file of materials, whose name is `file`. If a material is described again, the last values count.
+    // Malformed lines are ignored and added to `losses`.
     void read(std::string_view bytes, const std::string &file, Losses &losses);
 
-    // The values of those that are used. Materials that no file describes are grey. The names of the result are in the
-    // order of `uses`, which have different names. `file` is the OBJ file. What a surface cannot represent is counted
-    // in `losses`.
+    // Converts the materials that are used. Those that no file describes are grey. The names in the result are in the
+    // order of `uses`, which have different names. `file` is the OBJ file. Textures that a surface cannot represent are
+    // added to `losses`.
     SceneMaterials used(const std::vector<ObjMaterialUse> &uses, const std::string &file, const MeshFormat &format,
                         Losses &losses) &&;
 
   private:
     struct Entry {
         std::unique_ptr<aiMaterial> material;
-        std::size_t placedTextures = 0; // that are shown, with an offset or a scale
+        std::size_t placedTextures = 0; // textures that are shown and have an offset or a scale
     };
 
     std::size_t find(const std::string &name);

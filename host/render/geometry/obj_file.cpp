@@ -15,7 +15,7 @@
 namespace velm::host {
 namespace {
 
-constexpr std::size_t kPartSize = 262'144; // in bytes: enough to be worth the time of starting it
+constexpr std::size_t kPartSize = 262'144; // bytes: enough to be worth the time of starting a task
 
 enum class ObjKeyword { position, uv, normal, polygon, undrawn, material, library, other };
 
@@ -131,11 +131,6 @@ class ValueReader {
         return count;
     }
 
-    // Adding 0 turns minus zero into zero, so that equal values have equal bytes.
-    static std::array<float, 3> narrowedSum(const Vec3 &v) {
-        return {static_cast<float>(v.x) + 0.0f, static_cast<float>(v.y) + 0.0f, static_cast<float>(v.z) + 0.0f};
-    }
-
     // A fourth number is a weight. Files have right-handed axes.
     void readPosition(std::string_view rest) {
         std::array<double, 4> numbers{};
@@ -143,7 +138,7 @@ class ValueReader {
         if (count == 6) hasColours_ = true;
         const double weight = count == 4 ? numbers[3] : 1;
         const Vec3 point{numbers[0] / weight, numbers[1] / weight, -numbers[2] / weight};
-        values_.positions[next_.positions++] = narrowedSum(transform_.pointToWorld(point));
+        values_.positions[next_.positions++] = narrowed(transform_.pointToWorld(point));
     }
 
     void readUv(std::string_view rest) {
@@ -158,7 +153,7 @@ class ValueReader {
         std::array<double, 3> numbers{};
         takeNumbers(rest, 3, numbers);
         const Vec3 normal = transform_.normalToWorld({numbers[0], numbers[1], -numbers[2]});
-        values_.normals[next_.normals++] = narrowedSum(normalised(normal, {0, 0, 0}));
+        values_.normals[next_.normals++] = narrowed(normalised(normal, {0, 0, 0}));
     }
 
     const std::string &file_;
@@ -227,7 +222,7 @@ class StatementReader {
         if (!rest.empty()) refuseCorner(word);
     }
 
-    // Takes a slash that something follows, or the last character of the word.
+    // Takes a slash, if there is one. Returns whether there is one and something follows it.
     static bool takeSlash(std::string_view &rest) {
         if (!rest.starts_with('/')) return false;
         rest.remove_prefix(1);
@@ -238,7 +233,8 @@ class StatementReader {
         refuseLine(file_, lines_.number(), inQuotes(word) + " is not a corner, such as \"1\", \"1/2\" or \"1/2/3\"");
     }
 
-    // Takes an index of the `all` values of a kind: counted from 1, or backwards from the `seen` ones before this line.
+    // Takes the index of a value: counted from 1, or, if it is negative, backwards from this line. The file has `all`
+    // values of that kind, of which `seen` precede this line.
     std::uint32_t takeIndex(std::string_view word, std::string_view &rest, const char *kind, std::size_t seen,
                             std::size_t all) const {
         std::int64_t number = 0;

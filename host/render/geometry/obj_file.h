@@ -1,6 +1,6 @@
-// The numbers in OBJ files, read on several threads: the file is divided into parts of whole lines. First, scanObj
-// counts what the parts have, so that all buffers get their size, and each part knows the indices of its values. Then
-// the values are read, and after them the polygons, which may name values that follow later in the file.
+// Reads the values and polygons of OBJ files on several threads: the file is divided into parts of whole lines. First,
+// scanObj counts the contents of the parts, which determines the sizes of all buffers and the indices of each part's
+// values. Then the values are read, and after them the polygons, which may refer to values later in the file.
 #pragma once
 
 #include "host/render/geometry/transform.h"
@@ -26,7 +26,7 @@ struct ObjCounts {
 
 struct ObjPart {
     std::string_view text;
-    ObjCounts before, own;      // of what precedes it in the file, and of itself
+    ObjCounts before, own;      // of the preceding parts, and of this part
     bool hasStatements = false; // polygons, or anything else that readObjStatements reads
 };
 
@@ -46,7 +46,7 @@ struct ObjValues {
 };
 
 // Reads the values; nothing for a file whose points have colours. `file` is its name, for errors. Throws InputError for
-// numbers that are missing or none. [any thread]
+// numbers that are missing or malformed. [any thread]
 std::optional<ObjValues> readObjValues(const ObjParts &parts, const std::string &file, const Transform &transform);
 
 constexpr std::uint32_t kNoObjIndex = 0xffffffff;
@@ -56,7 +56,7 @@ struct ObjCorner {
     std::uint32_t position = kNoObjIndex, uv = kNoObjIndex, normal = kNoObjIndex;
 };
 
-// A line that has a name.
+// A line that names a material or files of materials.
 struct ObjName {
     enum class Kind { material, library };
     Kind kind;
@@ -64,16 +64,17 @@ struct ObjName {
     std::string name;    // without blanks at its ends
 };
 
-// What a part has besides values.
+// The contents of a part other than values.
 struct ObjStatements {
     std::vector<ObjCorner> corners;
-    std::vector<std::size_t> ends; // by polygon: the corners up to its last one
+    std::vector<std::size_t> ends; // by polygon: the number of corners up to and with its last one
     std::vector<ObjName> names;
     std::size_t undrawn = 0;      // lines, points, curves, and faces of fewer than three corners
     std::size_t firstUndrawn = 0; // the number of its line
 };
 
-// Reads them. `all` counts the whole file. Throws InputError for corners that name no value. [any thread]
+// Reads the statements of a part. `all` are the counts of the whole file. Throws InputError for corners that refer to
+// no value. [any thread]
 ObjStatements readObjStatements(const ObjPart &part, const ObjCounts &all, const std::string &file);
 
 } // namespace velm::host

@@ -22,10 +22,11 @@ inline std::string_view takeObjWord(std::string_view &line) {
     return word.starts_with('#') ? std::string_view() : word;
 }
 
-// Goes over the lines of a text. A line that ends with a backslash continues on the next one, unless it is a comment.
+// Iterates over the lines of a text. A line that ends with a backslash continues on the next one, unless it is a
+// comment.
 class ObjLines {
   public:
-    // `text` begins with a line, which `before` lines precede in the file. It has to outlive this.
+    // `text` begins with a line, which `before` lines precede in the file. It has to outlive this object.
     explicit ObjLines(std::string_view text, std::size_t before = 0) : rest_(text), read_(before) {}
 
     // Goes to the next line. Returns false at the end of the text.
@@ -37,9 +38,9 @@ class ObjLines {
         return true;
     }
 
-    // The line, with all that it continues on, without its end. Valid until the next call of next.
+    // The line, joined with its continuation lines, without its end. Valid until the next call of next.
     std::string_view line() const { return line_; }
-    // The line's number in the file, counted from 1; of lines that were joined, the first one's.
+    // The number of the line in the file, counted from 1; of joined lines, that of the first.
     std::size_t number() const { return number_; }
     // The number of lines of the file up to here.
     std::size_t linesRead() const { return read_; }

@@ -13,7 +13,7 @@ namespace velm::host {
 void forTasks(std::size_t count, const std::function<void(std::size_t task)> &work) {
     std::atomic<std::size_t> next = 0;
     std::exception_ptr failure;
-    std::size_t failed = count; // the task whose exception that is
+    std::size_t failed = count; // the task that threw it
     std::mutex failureLock;
     const auto takeTasks = [&] {
         for (std::size_t task = next++; task < count; task = next++) {
@@ -32,7 +32,7 @@ void forTasks(std::size_t count, const std::function<void(std::size_t task)> &wo
         std::vector<std::jthread> others;
         try {
             while (others.size() + 1 < threads) others.emplace_back(takeTasks);
-        } catch (const std::system_error &) { // no more threads can be started: these do the work
+        } catch (const std::system_error &) { // no more threads can be started: the others do the work
         }
         takeTasks();
     }

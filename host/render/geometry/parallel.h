@@ -6,9 +6,9 @@
 
 namespace velm::host {
 
-// Calls `work` for each number from 0 to count - 1, in that order, on several threads at the same time, and waits for
-// all. After an exception of `work`, no more calls are begun; of several exceptions, that of the lowest number is
-// rethrown. [any thread]
+// Calls `work(task)` for every task from 0 to count - 1 on several threads, and waits for all calls. They begin in the
+// order of the tasks and overlap in time. After an exception, no more calls begin; of several exceptions, that of the
+// lowest task is rethrown. [any thread]
 void forTasks(std::size_t count, const std::function<void(std::size_t task)> &work);
 
 // The elements of one range: enough to be worth the time of starting it.

@@ -48,7 +48,7 @@ Matrix rotationMatrix(const Double3 &headingPitchBank) {
 
 namespace {
 
-constexpr double kUpright = 1e-6; // sines of angles that are smaller count as 0
+constexpr double kUpright = 1e-6; // smaller sines and cosines of angles count as 0
 
 Matrix fromColumns(const Vec3 &right, const Vec3 &up, const Vec3 &forward) {
     return {.m = {right.x, up.x, forward.x, right.y, up.y, forward.y, right.z, up.z, forward.z}};

@@ -36,7 +36,8 @@ Matrix lookAlong(const Vec3 &direction);
 // The same, but turns +Y as close to `up` as it can. If `up` is parallel to the direction, it counts as +Y.
 Matrix lookAlong(const Vec3 &direction, const Vec3 &up);
 
-// The angles in degrees of which rotationMatrix makes this rotation. Looking straight up or down, the bank is 0.
+// Heading, pitch and bank of a rotation, in degrees: the inverse of rotationMatrix. Looking straight up or down, the
+// bank is 0.
 Double3 anglesOf(const Matrix &rotation);
 
 // The rotation of a matrix: maps +Z to the direction to which the matrix maps it, and +Y as close as a rotation can to

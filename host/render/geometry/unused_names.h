@@ -1,4 +1,4 @@
-// Names for new things beside others that have names already.
+// Unique names for new things.
 #pragma once
 
 #include <fmt/format.h>
@@ -17,8 +17,8 @@ class UnusedNames {
     // Marks a name as used.
     void add(const std::string &name) { used_.insert(name); }
 
-    // Returns the name, or, if it is used, the name with the least number from 2 on that is not. The result is used
-    // from then on.
+    // Returns the name if it is not used, or else the name with the lowest unused number from 2 on. Marks the result as
+    // used.
     std::string take(const std::string &wanted) {
         if (used_.insert(wanted).second) return wanted;
         int &number = nextNumbers_.try_emplace(wanted, 2).first->second;

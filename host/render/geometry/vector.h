@@ -52,6 +52,11 @@ inline Vec3 normalised(const Vec3 &a, const Vec3 &otherwise = {0, 0, 1}) {
     return 1 / length(scaled) * scaled;
 }
 
+// The vector in single precision. Adding 0 turns minus zero into zero, so that equal vectors have equal bytes.
+inline std::array<float, 3> narrowed(const Vec3 &a) {
+    return {static_cast<float>(a.x) + 0.0f, static_cast<float>(a.y) + 0.0f, static_cast<float>(a.z) + 0.0f};
+}
+
 // The direction of a ray that comes in along `direction`, mirrored at a plane with the unit normal `normal`.
 inline Vec3 mirrored(const Vec3 &direction, const Vec3 &normal) {
     return direction - 2 * dot(direction, normal) * normal;

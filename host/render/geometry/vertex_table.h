@@ -1,6 +1,7 @@
 // A hash table of the vertices of a mesh, by which equal ones are found.
 #pragma once
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -59,8 +60,21 @@ class VertexTable {
         return newcomer;
     }
 
-    // Loads the slot of a hash into the processor's caches, for a findOrAdd that follows soon.
-    void prefetch(std::uint32_t hash) const { __builtin_prefetch(&slots_[hash & mask()]); }
+    // Calls `add(i, hashOf(i))` for every i from 0 to count - 1, in that order, where `add` calls findOrAdd with the
+    // hash. The hashes are computed some calls ahead, so that the processor's caches have loaded the slots by then;
+    // call reserve for all vertices first.
+    template <class HashOf, class Add>
+    void addAll(std::size_t count, const HashOf &hashOf, const Add &add) const {
+        constexpr std::size_t kAhead = 16; // slots that are being loaded
+        std::array<std::uint32_t, kAhead> hashes{};
+        for (std::size_t next = 0; next < count + kAhead; ++next) {
+            std::uint32_t &hash = hashes[next % kAhead];
+            if (next >= kAhead) add(next - kAhead, hash);
+            if (next >= count) continue;
+            hash = hashOf(next);
+            __builtin_prefetch(&slots_[hash & mask()]);
+        }
+    }
 
   private:
     static std::uint32_t vertexIn(std::uint64_t slot) { return static_cast<std::uint32_t>(slot) - 1; }

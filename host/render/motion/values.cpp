@@ -69,9 +69,12 @@ ObjectDescription valuesAt(const ObjectDescription &object, double time) { retur
 NullDescription valuesAt(const NullDescription &item, double time) { return itemAt(item, time); }
 LightDescription valuesAt(const LightDescription &light, double time) {
     LightDescription result = itemAt(light, time);
-    // A curve between keys above 0 may pass below 0.
-    if (!light.channels.empty())
-        for (double *size : {&result.width, &result.height, &result.length}) *size = std::max(0.0, *size);
+    // A curve may be negative between keys that are not.
+    for (const ChannelDescription &each : light.channels)
+        if (each.channel == Channel::width || each.channel == Channel::height || each.channel == Channel::length) {
+            double &size = *memberOf(result, each.channel);
+            size = std::max(0.0, size);
+        }
     return result;
 }
 CameraDescription valuesAt(const CameraDescription &camera, double time) { return itemAt(camera, time); }

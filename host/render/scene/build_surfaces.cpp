@@ -41,7 +41,7 @@ class SurfaceBuilder {
         if (image) light.setPanorama(panoramaOf(*image, description.hemisphere));
     }
 
-    // Making a panorama takes time, so that of the former contents is kept.
+    // Making a panorama takes time, so an equal one of the former contents is used again.
     std::shared_ptr<const Panorama> panoramaOf(const HostImage &image, bool upperHalf) const {
         for (const RenderLight &each : former_.lights)
             if (const auto &panorama = each.light.panorama(); panorama && panorama->isOf(image, upperHalf))

@@ -25,7 +25,7 @@ PlaneAxes axesAcross(const Vec3 &unit) {
             .second = {b, sign + unit.y * unit.y * a, -unit.y}};
 }
 
-// A light without a direction has no target.
+// Lights that emit in all directions are not aimed at a target.
 Transform ownTransform(const LightDescription &description) {
     return description.isAimed() ? transformOf(description, "light")
                                  : Transform(description, rotationMatrix(description.rotation));
@@ -97,7 +97,7 @@ double Light::coneFactor(const Vec3 &toLight) const {
     return x * x * (3 - 2 * x);
 }
 
-// The factor by which the light depends on the direction in which it leaves.
+// The factor by which the emitted light depends on its direction.
 double Light::directionFactor(const Vec3 &toLight) const {
     switch (kind_) {
     case LightDescription::Kind::area: return -dot(axis_, toLight);
@@ -120,7 +120,8 @@ bool Light::sampleImage(const UnitSquare &point, LightSample &result) const {
     return true;
 }
 
-// A direction of the sphere, or of its half about `normal` or about the dome's own axis, all with the same density.
+// Samples a direction with uniform density: of the hemisphere about `normal`, or if it is null, of the dome's
+// hemisphere or of the whole sphere.
 bool Light::sampleSky(const Vec3 *normal, const UnitSquare &point, LightSample &result) const {
     const Vec3 &pole = normal ? *normal : up_;
     const bool isHalf = normal || isHemisphere_;
@@ -130,7 +131,7 @@ bool Light::sampleSky(const Vec3 *normal, const UnitSquare &point, LightSample &
     const Vec3 toLight =
         radius * std::cos(angle) * across.first + radius * std::sin(angle) * across.second + height * pole;
     if (isHemisphere_ && !(dot(toLight, up_) > 0)) return false;
-    // A facing white surface reflects 1 / pi of the radiance from each unit of solid angle.
+    // The inverse of the density, 2 pi or 4 pi, divided by the pi of a diffuse reflection.
     const double factor = isHalf ? 2 : 4;
     result = {.toLight = toLight, .distance = kInfinity, .colour = factor * colour_};
     return true;

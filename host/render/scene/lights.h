@@ -32,20 +32,21 @@ class Light {
     // Samples to take for each lit position: more than 1 for area, linear and dome lights only.
     int sampleCount() const { return samples_; }
 
-    // The light of the pixels of a dome's image. Until it is set, such a dome is dark. [between frames]
+    // Sets the distribution of the light of a dome's image. Until then, such a dome is dark. [between frames]
     void setPanorama(std::shared_ptr<const Panorama> panorama) { panorama_ = std::move(panorama); }
     const std::shared_ptr<const Panorama> &panorama() const { return panorama_; } // may be null
 
-    // The light from one point of the light: of an area light that at (u, v) = (x, y), each 0 to 1, of a linear light
-    // that at x, and of a dome the light from one direction. Other lights have one point only. `normal` is that of the
-    // lit surface, so that a dome leaves out directions behind it; it may be null.
-    //   point    intensity * falloff
-    //   distant  intensity
-    //   area     intensity * falloff, times the cosine at the light, which shines along its +Z only
-    //   spot     intensity * falloff; it decreases smoothly over the edge of the cone to 0
-    //   linear   intensity * falloff, times the sine of the angle to the line, as of a thin tube
-    //   dome     intensity * its radiance, divided by pi and by the density of the direction
-    // with the falloffs of LightDescription::Falloff. False when none of it reaches `location`. [render threads]
+    // Takes one sample of the light that arrives at `location`. `point` chooses a point of an area light (x across its
+    // width, y across its height), a point of a linear light (x along the line), or a direction of a dome; other lights
+    // ignore it. `normal` is the normal of the lit surface, or null: with it, an even dome only samples directions in
+    // front of the surface. The colour of the sample is that of the light, times its intensity, times:
+    //   point    the falloff
+    //   distant  1
+    //   area     the falloff and the cosine of the angle to the light's +Z; it does not emit backwards
+    //   spot     the falloff and a factor that decreases smoothly to 0 over the edge of the cone
+    //   linear   the falloff and the sine of the angle to the line, like a thin tube
+    //   dome     the radiance, divided by pi and by the probability density of the direction
+    // See LightDescription::Falloff for the falloffs. False if no light arrives. [render threads]
     bool sample(const Vec3 &location, const Vec3 *normal, const UnitSquare &point, LightSample &result) const;
 
   private:
@@ -58,11 +59,12 @@ class Light {
     LightDescription::Kind kind_;
     LightDescription::Falloff falloff_;
     Vec3 position_;
-    Vec3 axis_;               // in which the light shines; of a linear light, along which its line lies. Unit length
-    Vec3 right_, up_;         // span the whole area; a line has no `up_`, and a point neither. Unit vectors for a dome
-    Vec3 colour_;             // times the intensity
-    double range_;            // metres
-    double cone_, innerCone_; // angles from the axis at which the light ends and starts to decrease, in radians
+    Vec3 axis_;       // the direction of emission, or the direction of a linear light's line; unit length
+    Vec3 right_, up_; // the edges of an area light; a linear light has only `right_`. Unit vectors for a dome
+    Vec3 colour_;     // times the intensity
+    double range_;    // metres
+    double cone_,
+        innerCone_; // radians from the axis: the light is 0 outside of the first, and constant inside of the second
     int samples_ = 1;
     bool shadows_, colouredShadows_;
     bool hasImage_, isHemisphere_; // of a dome

@@ -18,17 +18,17 @@ const ImageLevel &levelToUse(const HostImage &image) {
 
 double meanOf(const Vec3 &colour) { return (colour.x + colour.y + colour.z) / 3; }
 
-// A part of a range that is divided by ascending sums: the part in which a fraction of the total lies, and where in it.
+// An entry that was drawn from a table of cumulative sums.
 struct Choice {
     std::size_t index;
-    double within;      // 0 to 1
-    double probability; // of the part
+    double within;      // where in the entry, 0 to 1
+    double probability; // of the entry
 };
 
 Choice choose(std::span<const double> sums, double fraction) {
     const double total = sums.back(), target = fraction * total;
     auto found = std::ranges::upper_bound(sums, target);
-    // Rounding may reach the total; the last part that has light is then the right one.
+    // If rounding makes the target equal to the total, this is the last entry that is not black.
     if (found == sums.end()) found = std::ranges::lower_bound(sums, total);
     const double before = found == sums.begin() ? 0 : *std::prev(found);
     const double size = *found - before;

@@ -10,46 +10,47 @@
 
 namespace velm::host {
 
-// Draws directions with a probability in proportion to the light that the image sends from there, so that a small
-// bright sun gets most of them: first a row, then a pixel of the row, then a point of the pixel (Pharr, Jakob and
-// Humphreys, "Physically Based Rendering", 3rd edition, 14.2.4). Within a pixel the light is even. Images wider than
-// 2048 pixels are used at a lower resolution.
+// Importance-samples the directions of a latitude-longitude image: their density is proportional to the radiance, so
+// that most samples are in a small bright sun. A row is drawn first, then a pixel of the row, then a point of the pixel
+// (Pharr, Jakob and Humphreys, "Physically Based Rendering", 3rd edition, 14.2.4). The radiance is constant within a
+// pixel. Images wider than 2048 pixels are used at a lower resolution.
 class Panorama {
   public:
-    // The image is mapped as directionToImage maps it, without a seam angle, in the coordinates of the light. It has to
-    // live as long as the panorama. `upperHalf`: only directions above the horizon shine. Components that are negative
-    // or not finite count as 0. [interface thread]
+    // Directions are in the coordinates of the light, and are mapped to the image by directionToImage with a seam angle
+    // of 0. The image has to live as long as the panorama. With `upperHalf`, there is light only from above the
+    // horizon. Components that are negative or not finite count as 0. [interface thread]
     Panorama(const HostImage &image, bool upperHalf);
 
     struct Sample {
         Vec3 direction; // to the light, in its coordinates; unit length
-        Vec3 colour;    // that a facing white surface receives from there, divided by the direction's density
+        Vec3 colour;    // the radiance, divided by pi and by the density of the direction
     };
-    // The direction that a point stands for. The mean of the colours, each multiplied by the cosine at the surface, is
-    // the light that the surface reflects. False for an image that is black. [render threads]
+    // Maps a uniformly distributed point to a direction. The mean of the samples' colours, each multiplied by the
+    // cosine of its angle of incidence, converges to the radiance of a white diffuse surface. False for a black image.
+    // [render threads]
     bool sample(const UnitSquare &point, Sample &result) const;
 
-    // Whether a panorama made of these would be the same. [any thread]
+    // Whether a panorama of this image would be equal to this one. [any thread]
     bool isOf(const HostImage &image, bool upperHalf) const {
         return &image == &image_ && upperHalf == upperHalf_ && isCurrent();
     }
 
-    // Whether the image still has the pixels that it had when this was made. If not, only the functions from here on
-    // may be called. [any thread]
+    // Whether the image still has the pixels from which this was made. If not, only isOf and the functions below may be
+    // called. [any thread]
     bool isCurrent() const { return image_.pixelChanges == pixelChanges_; }
-    // A panorama of the pixels that the image has now. [between frames]
+    // A panorama made from the current pixels of the image. [between frames]
     std::shared_ptr<const Panorama> renewed() const { return std::make_shared<const Panorama>(image_, upperHalf_); }
 
   private:
     Vec3 colourAt(int x, int y) const;
-    double upperEdge(int row) const; // cosine of the angle to straight up
+    double upperEdge(int row) const; // the cosine of the zenith angle
 
     const HostImage &image_;
     const ImageLevel &level_;
     const bool upperHalf_;
     const unsigned pixelChanges_;
-    // Sums of the mean of the components: over the rows from the top, weighted by solid angle, and over the pixels of
-    // each row from the left.
+    // Cumulative sums of the mean of red, green and blue: over the rows from the top, weighted by solid angle, and over
+    // the pixels of each row from the left.
     std::vector<double> rows_, pixels_;
 };
 

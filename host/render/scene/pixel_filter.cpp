@@ -6,10 +6,10 @@
 namespace velm::host {
 namespace {
 
-constexpr std::size_t kPlaces = 1024;        // intervals of the inverse distribution
-constexpr std::size_t kSteps = 16 * kPlaces; // of the integral
+constexpr std::size_t kIntervals = 1024;        // of the table of the inverse distribution
+constexpr std::size_t kSteps = 16 * kIntervals; // of the integral
 
-// The filter, up to a factor, at a fraction of its width from its middle: -0.5 to 0.5.
+// The unnormalised filter. `fraction` is the distance from the centre as a fraction of the width, -0.5 to 0.5.
 double heightAt(FilterShape shape, double fraction) {
     if (shape == FilterShape::gaussian) return std::exp(-18 * fraction * fraction);
     if (shape == FilterShape::blackmanHarris) {
@@ -19,7 +19,7 @@ double heightAt(FilterShape shape, double fraction) {
     return 1;
 }
 
-// The integral of the filter from its beginning to the end of each step, by the midpoint rule.
+// The cumulative integral of the filter at the end of each step, by the midpoint rule.
 std::vector<double> integralOf(FilterShape shape) {
     std::vector<double> sums(kSteps + 1);
     for (std::size_t i = 0; i < kSteps; ++i) {
@@ -37,12 +37,12 @@ PixelFilter::PixelFilter(const FilterDescription &filter) {
     if (filter == FilterDescription{}) return;
     const std::vector<double> sums = integralOf(filter.shape);
     std::size_t step = 0;
-    for (std::size_t i = 0; i <= kPlaces; ++i) {
-        const double sought = sums.back() * static_cast<double>(i) / kPlaces;
+    for (std::size_t i = 0; i <= kIntervals; ++i) {
+        const double sought = sums.back() * static_cast<double>(i) / kIntervals;
         while (step + 1 < kSteps && sums[step + 1] < sought) ++step;
         const double within = (sought - sums[step]) / (sums[step + 1] - sums[step]);
         const double fraction = (static_cast<double>(step) + within) / kSteps - 0.5;
-        places_.push_back(0.5 + fraction * filter.width);
+        quantiles_.push_back(0.5 + fraction * filter.width);
     }
 }
 

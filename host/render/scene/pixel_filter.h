@@ -1,4 +1,4 @@
-// Pixel filters: how samples around the middle of a pixel contribute to it.
+// Pixel filters: the weights of samples near the centre of a pixel.
 #pragma once
 
 #include <cstddef>
@@ -17,35 +17,35 @@ struct FilterDescription {
     bool operator==(const FilterDescription &) const = default;
 };
 
-// The width that a shape has where none is chosen.
+// The width in pixels that is used if none is chosen.
 double defaultFilterWidth(FilterShape shape);
 
 // A separable filter, by importance sampling (Ernst, Stamminger and Greiner, "Filter Importance Sampling", 2006):
-// samples are distributed as the filter, and all have the same weight. So each pixel has samples of its own, and does
+// samples are distributed like the filter, and all have the same weight. Each pixel thus has its own samples, and does
 // not depend on its neighbours.
 //
-// With a width w and at x pixels from the middle, the Gaussian filter is exp(-18 (x / w)^2): its standard deviation is
+// For a width w, at x pixels from the centre, the Gaussian filter is exp(-18 (x / w)^2): its standard deviation is
 // a sixth of its width. The Blackman-Harris filter is the window of four terms (Harris, "On the use of windows for
 // harmonic analysis with the discrete Fourier transform", 1978).
 class PixelFilter {
   public:
     explicit PixelFilter(const FilterDescription &filter);
 
-    // Maps an evenly distributed number, 0 to 1, to a coordinate that is distributed as the filter: in pixels from the
-    // left or upper edge of the pixel, so that 0.5 is its middle. [render threads]
+    // Maps a uniformly distributed number, 0 to 1, to a coordinate that is distributed like the filter, in pixels from
+    // the left or upper edge of the pixel. 0.5 is its centre. [render threads]
     double coordinate(double number) const {
-        if (places_.empty()) return number;
-        const double at = number * static_cast<double>(places_.size() - 1);
+        if (quantiles_.empty()) return number;
+        const double at = number * static_cast<double>(quantiles_.size() - 1);
         const std::size_t before =
-            at < static_cast<double>(places_.size() - 2) ? static_cast<std::size_t>(at) : places_.size() - 2;
-        const double beyond = at - static_cast<double>(before);
-        return places_[before] + beyond * (places_[before + 1] - places_[before]);
+            at < static_cast<double>(quantiles_.size() - 2) ? static_cast<std::size_t>(at) : quantiles_.size() - 2;
+        const double fraction = at - static_cast<double>(before);
+        return quantiles_[before] + fraction * (quantiles_[before + 1] - quantiles_[before]);
     }
 
   private:
-    // The inverse of the filter's cumulative distribution, at equal distances from 0 to 1; empty for the box of one
-    // pixel, which leaves numbers as they are.
-    std::vector<double> places_;
+    // The inverse of the filter's cumulative distribution function, tabulated at equal steps from 0 to 1. Empty for the
+    // box of one pixel, for which it is the identity.
+    std::vector<double> quantiles_;
 };
 
 } // namespace velm::host

@@ -59,8 +59,8 @@ class RenderScene {
     // keep the time. Throws as update, and then leaves the scene as it was.
     SceneWork setTime(const SceneDescription &scene, double time, const SurfaceLookup &surfaceOf);
 
-    // Prepares the light of domes again where the pixels of their images have changed. To be called after every such
-    // change, and before anything is rendered. MachineError when memory runs out. [between frames]
+    // Makes the panoramas of domes anew whose images have other pixels than before. Has to be called after each such
+    // change, before anything is rendered. MachineError if memory runs out. [between frames]
     void renewPanoramas();
 
     ~RenderScene();

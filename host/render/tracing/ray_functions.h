@@ -14,7 +14,7 @@
 //   - Illuminate yields the direction from the light to the position, and the light's colour there with falloff and
 //     shadows, and returns 1. It returns 0, with a black colour and a zero direction, where no light can arrive. With a
 //     sampler, it takes one sample of an area, linear or dome light instead of all; the sampler itself is not used.
-//     The direction is the mean of those from which samples arrive.
+//     The direction is the mean of those of the samples.
 #pragma once
 
 #include "module/host.h"

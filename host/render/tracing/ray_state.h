@@ -56,7 +56,7 @@ struct RayState {
     double spread = 0;                    // growth of the footprint per metre of path
     std::uint32_t seed = 0;               // of the current camera sample
     std::uint32_t drawnSets = 0;          // sets of light points drawn for the current camera sample
-    NotFiniteSource *notFinite = nullptr; // filled in where such a value is first found; null: nobody asks
+    NotFiniteSource *notFinite = nullptr; // set at the first such value; null if it is not looked for
 };
 
 inline constinit thread_local RayState rayState;

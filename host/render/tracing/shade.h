@@ -17,7 +17,7 @@ namespace velm::host {
 // to be the sample's. [render threads]
 Vec3 shade(RayState &state, const ShadingSample &sample, const SurfaceValues &values);
 
-// The colour that a ray sees which hits nothing. `direction` has length 1, in world space. [render threads]
+// The colour of the backdrop in a direction in world space, which need not have length 1. [render threads]
 Vec3 backdropAlong(const RayState &state, const Vec3 &direction);
 
 // Fills the sample of a hit, evaluates its surface, shades it, and covers it with the fog between the ray's origin and

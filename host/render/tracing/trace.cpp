@@ -29,7 +29,7 @@ float reach(double distance) {
     return static_cast<float>(distance * kJustShort);
 }
 
-// What a hit lets pass, by component, if its object is not dissolved.
+// The transmittance of a hit, by component, without regard to the dissolve of its object.
 Vec3 passedBy(RayState &state, const RTCRayHit &ray, const Vec3 &direction, ShadowFilter filter) {
     // Surfaces may trace shadows themselves; beyond the recursion limit everything counts as opaque.
     if (state.origin.depth > state.recursionDepth) return {};
@@ -86,7 +86,7 @@ class DissolvedShadows {
     ShortList<Shadow, 8> shadows_;
 };
 
-// Follows a ray to the distance that is its length. `firstStop` may be null.
+// Follows a ray to its tfar. `firstStop` may be null.
 Vec3 transmittanceAlong(RayState &state, RTCScene scene, RTCRayHit &ray, const Vec3 &unit, const HitRules &rules,
                         ShadowFilter filter, double *firstStop) {
     const float farthest = ray.ray.tfar;

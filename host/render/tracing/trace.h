@@ -125,18 +125,18 @@ inline bool findHit(RayState &state, RTCScene scene, RTCRayHit &ray, const HitRu
     }
 }
 
-// What transparent surfaces let pass of red, green and blue: their transparency, or that times their colour, of which
-// each component counts as at most 1.
+// How transparent surfaces filter light: by their transparency, or by their transparency times their colour, whose
+// components are clamped to 0 to 1.
 enum class ShadowFilter { grey, colour };
 
-// The fraction of the light that passes along a ray, by component: the product of what everything lets pass that it
-// hits within `distance` metres, with objects that are partly dissolved only casting the rest of their shadows. 1 for a
-// ray without a direction. [render threads]
+// The transmittance of a ray for red, green and blue: the product of those of all surfaces that it hits within
+// `distance` metres. An object that is partly dissolved passes its dissolve, and filters the rest. 1 for a ray without
+// a direction. [render threads]
 Vec3 transmittance(RayState &state, RTCScene scene, const Vec3 &origin, const Vec3 &direction, double distance,
                    ShadowFilter filter);
 
-// The same without colours and without a limit to the distance, for the hits that `rules` allow. `firstStop` gets the
-// distance to the first hit that is not fully transparent, or HOST_RAY_MISS. [render threads]
+// The same without colours, for any distance, and only for the hits that `rules` allow. Sets `firstStop` to the
+// distance of the first hit that is not fully transparent, or to HOST_RAY_MISS. [render threads]
 double transmittance(RayState &state, RTCScene scene, const Vec3 &origin, const Vec3 &direction, const HitRules &rules,
                      double &firstStop);
 
