@@ -48,7 +48,7 @@ class Surface {
     SurfaceValues evaluate(ShadingSample *sample) const;
     // The transparency alone, for shadow rays. [render threads]
     double evaluateTransparency(ShadingSample *sample) const;
-    // The colour alone, likewise. [render threads]
+    // The colour alone, for coloured shadows. [render threads]
     void evaluateColour(ShadingSample *sample, double colour[3]) const;
 
     // As Network's functions; InputError with the names of surface and node. [between frames]

@@ -1,6 +1,7 @@
 #include "host/open/mesh_scene.h"
 
 #include "host/base/angles.h"
+#include "host/open/mesh_bounds.h"
 #include "host/open/new_names.h"
 #include "host/render/scene/lights.h"
 
@@ -12,22 +13,12 @@ namespace velm::host {
 
 namespace {
 
-Vec3 middleOf(const Bounds &bounds) {
-    const auto &side = bounds.sides;
-    return {(side[0][0] + side[0][1]) / 2, (side[1][0] + side[1][1]) / 2, (side[2][0] + side[2][1]) / 2};
-}
-
-Vec3 middleOf(const Mesh &mesh) {
-    Bounds all;
-    for (const Bounds &bounds : boundsByMaterial(mesh)) all.include(bounds);
-    return middleOf(all);
-}
-
-// The name and the place of an item of the file, for a description that has no target.
+// Gives an item the name, position and rotation that it has in the file, and no target. `defaultName` is for items
+// without a name.
 template <class Item>
-void place(const Item &from, const std::string &wanted, UnusedNames &names, const SceneDescription &scene,
+void place(const Item &from, const std::string &defaultName, UnusedNames &names, const SceneDescription &scene,
            ItemDescription &item) {
-    item.name = names.take(writableName(from.name.empty() ? wanted : from.name));
+    item.name = names.take(writableName(from.name.empty() ? defaultName : from.name));
     item.position = from.position;
     item.rotation = from.rotation;
     item.hasTarget = false;
@@ -41,14 +32,15 @@ CameraDescription cameraOf(const MeshCamera &from, double aspect) {
     return camera;
 }
 
-// A sum of powers of the distance is shown by the power that the sum follows at `distance`, with the same value there.
+// In the file, the intensity is divided by a sum of powers of the distance. A light of a scene has a single power: the
+// one that is nearest to the sum at `distance`, with the same value there.
 void setFalloff(const MeshLight &from, double distance, LightDescription &light) {
     const auto &[constant, linear, square] = from.attenuation;
     if (constant == 0 && square == 0 && linear > 0) distance = 1 / linear; // exact at all distances
     if (constant == 0 && linear == 0 && square > 0) distance = 1 / std::sqrt(square);
     const double sum = constant + linear * distance + square * distance * distance;
     light.falloff = LightDescription::Falloff::none;
-    if (!(sum > 1e-30) || !std::isfinite(sum)) return; // the file gives no decrease
+    if (!(sum > 1e-30) || !std::isfinite(sum)) return; // no usable decrease
     light.intensity /= sum;
     const double power = (linear * distance + 2 * square * distance * distance) / sum;
     if (power < 0.5) return;
@@ -56,7 +48,7 @@ void setFalloff(const MeshLight &from, double distance, LightDescription &light)
     light.range = distance;
 }
 
-LightDescription lightOf(const MeshLight &from, const Vec3 &middle) {
+LightDescription lightOf(const MeshLight &from, const Vec3 &centre) {
     LightDescription light;
     light.colour = from.colour;
     light.intensity = from.intensity;
@@ -68,7 +60,7 @@ LightDescription lightOf(const MeshLight &from, const Vec3 &middle) {
     }
     light.cone = from.cone;
     light.edge = from.edge;
-    setFalloff(from, length(Vec3(from.position) - middle), light);
+    setFalloff(from, length(Vec3(from.position) - centre), light);
     return light;
 }
 
@@ -79,7 +71,7 @@ void addAmbient(const MeshLight &light, RenderDescription &render) {
     if (render.ambientIntensity > 0) (1 / render.ambientIntensity * sum).store(render.ambientColour.data());
 }
 
-// What a surface receives that faces the light, without regard to the cone of a spot light.
+// The light that a surface at `location` receives if it faces the light. The cone of a spot light is ignored.
 double facingLight(LightDescription light, const Vec3 &location) {
     if (light.kind == LightDescription::Kind::spot) light.kind = LightDescription::Kind::point;
     LightSample sample;
@@ -96,13 +88,13 @@ void addCamerasAndLights(const Mesh &mesh, SceneDescription &scene) {
         scene.cameras.push_back(std::move(camera));
     }
     if (mesh.lights.empty()) return;
-    const Vec3 middle = middleOf(mesh);
+    const Vec3 centre = centreOf(boundsOf(mesh));
     for (const MeshLight &from : mesh.lights) {
         if (from.kind == MeshLight::Kind::ambient) {
             addAmbient(from, scene.render);
             continue;
         }
-        LightDescription light = lightOf(from, middle);
+        LightDescription light = lightOf(from, centre);
         place(from, "Light", lightNames, scene, light);
         scene.lights.push_back(std::move(light));
     }
@@ -110,9 +102,9 @@ void addCamerasAndLights(const Mesh &mesh, SceneDescription &scene) {
 
 double exposeLights(const Bounds &bounds, SceneDescription &scene) {
     constexpr double kDarkest = 0.25, kBrightest = 4;
-    const Vec3 middle = middleOf(bounds);
+    const Vec3 centre = centreOf(bounds);
     double sum = scene.render.ambientIntensity;
-    for (const LightDescription &light : scene.lights) sum += facingLight(light, middle);
+    for (const LightDescription &light : scene.lights) sum += facingLight(light, centre);
     if (!(sum > 0) || !std::isfinite(sum) || (sum >= kDarkest && sum <= kBrightest)) return 1;
     scene.render.ambientIntensity /= sum;
     for (LightDescription &light : scene.lights) light.intensity /= sum;

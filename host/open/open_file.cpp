@@ -2,8 +2,9 @@
 
 #include "host/base/error.h"
 #include "host/base/names.h"
+#include "host/open/mesh_bounds.h"
 #include "host/open/mesh_scene.h"
-#include "host/render/geometry/unused_names.h"
+#include "host/open/new_names.h"
 #include "host/render/motion/pose.h"
 #include "host/scene/format/write_scene.h"
 #include "host/scene/read_scene.h"
@@ -18,12 +19,10 @@ namespace velm::host {
 
 namespace {
 
-// The name, with a number if one of them has it already.
+// The wanted name, followed by a number if one of `all` has it already.
 template <class T>
 std::string freeName(const std::vector<T> &all, const std::string &wanted) {
-    UnusedNames names(" ", "");
-    for (const T &one : all) names.add(one.name);
-    return names.take(wanted);
+    return unusedNamesBeside(all, " ", "").take(wanted);
 }
 
 // Whether an item has this name as its parent or target.
@@ -110,11 +109,7 @@ bool isFloor(const ObjectDescription &object) { return std::holds_alternative<Pl
 
 Bounds boundsOfMesh(const SceneDescription &scene, const ScenePose &pose, std::size_t index, MeshCache &meshes) {
     const Mesh &mesh = meshOf(scene, pose, index, meshes);
-    const std::vector<Bounds> parts =
-        pose.movingObjects[index] ? boundsByMaterial(placedMesh(mesh, pose.objects[index])) : boundsByMaterial(mesh);
-    Bounds all;
-    for (const Bounds &bounds : parts) all.include(bounds);
-    return all;
+    return pose.movingObjects[index] ? boundsOf(placedMesh(mesh, pose.objects[index])) : boundsOf(mesh);
 }
 
 // The bounds of the objects for which `counts` is true.
@@ -187,7 +182,7 @@ void replaceLights(std::vector<LightDescription> lights, SceneDescription &scene
     }
 }
 
-// That of a rig without lights.
+// The backdrop of the rig without lights, for files that have lights of their own.
 BackdropDescription neutralBackdrop(const SceneDescription &scene) {
     BackdropDescription backdrop = lightingOf(Rig::none, {}, {}, scene.render.workflow).backdrop;
     backdrop.location.file = scene.file;

@@ -1,5 +1,6 @@
 #include "host/open/rig.h"
 
+#include "host/open/mesh_bounds.h"
 #include "host/render/scene/camera.h"
 
 #include <algorithm>
@@ -7,11 +8,6 @@
 namespace velm::host {
 
 namespace {
-
-Vec3 centreOf(const Bounds &bounds) {
-    const auto &side = bounds.sides;
-    return {(side[0][0] + side[0][1]) / 2, (side[1][0] + side[1][1]) / 2, (side[2][0] + side[2][1]) / 2};
-}
 
 // Half the diagonal of the bounds: the radius of a sphere around them.
 double radiusOf(const Bounds &bounds) {

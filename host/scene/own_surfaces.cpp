@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <map>
+#include <unordered_map>
 #include <utility>
 
 namespace velm::host {
@@ -24,7 +25,9 @@ SurfaceDescription *findSurface(SceneDescription &scene, const std::string &name
 // Adds the surfaces and images of object files to a scene. Reads each file once.
 class ObjectFiles {
   public:
-    ObjectFiles(const SearchPath &path, SceneDescription &scene) : path_(path), scene_(scene) {}
+    ObjectFiles(const SearchPath &path, SceneDescription &scene) : path_(path), scene_(scene) {
+        for (std::size_t i = 0; i < scene.images.size(); ++i) images_.try_emplace(scene.images[i].name, i);
+    }
 
     // The surfaces that the file describes.
     const std::vector<SurfaceDescription> &surfacesIn(const std::string &file, const SourceLocation &location) {
@@ -103,13 +106,14 @@ class ObjectFiles {
         }
         if (first && first->objectFile.empty()) return image.name;
         image.name = name;
+        images_.try_emplace(name, scene_.images.size());
         scene_.images.push_back(std::move(image));
         return name;
     }
 
     const ImageDescription *findImage(const std::string &name) const {
-        const auto found = std::ranges::find(scene_.images, name, &ImageDescription::name);
-        return found == scene_.images.end() ? nullptr : &*found;
+        const auto found = images_.find(name);
+        return found == images_.end() ? nullptr : &scene_.images[found->second];
     }
 
     // Gives images in the networks of texture layers their names in the scene, by their names in the object. Saved
@@ -127,6 +131,7 @@ class ObjectFiles {
 
     const SearchPath &path_;
     SceneDescription &scene_;
+    std::unordered_map<std::string, std::size_t> images_; // the indices of the scene's images, by name
     std::map<std::string, std::vector<SurfaceDescription>> files_, meshes_; // by file
 };
 

@@ -1,5 +1,5 @@
 // The vertex maps of samples, for the host's own nodes. The renderer, which knows the meshes, registers its functions
-// here, and the service of that name calls them.
+// here, and the service kVertexMapFuncs calls them.
 #pragma once
 
 #include "host/graph/builtin/vertex_maps.h"

@@ -19,9 +19,9 @@ class Rendering {
     Rendering(const Rendering &) = delete;
     Rendering &operator=(const Rendering &) = delete;
 
-    // Makes `frame` the current one: moves the scene's items to its time, and sets the frame and time for nodes and
-    // services, and makes sequences of images show the files of the frame. Frame n shows the time n / frames per
-    // second, so that a key at 0 shows in frame 0. To be called before the first render. InputError as
+    // Makes `frame` the current one: sets the frame and time for nodes and services, moves the scene's items to that
+    // time, and makes sequences of images show the files of the frame. Frame n shows the time n / frames per second, so
+    // that a key at 0 shows in frame 0. To be called before the first render. InputError as Session::showFrame and
     // Session::setTime.
     void setFrame(int frame);
 

@@ -135,7 +135,7 @@ SceneWork Session::apply(SceneDescription changed) {
 }
 
 void Session::showFrame(int frame) {
-    Warnings found(Warnings::Policy::goOn); // so that an error leaves no panorama of former pixels
+    Warnings found(Warnings::Policy::goOn); // a strict one would throw before the panoramas are renewed
     surfaces_.showFrame(frame, found);
     renderScene_.renewPanoramas();
     for (const Warning &warning : found.all()) warnings_.add(warning);

@@ -77,7 +77,7 @@ class Session {
         return apply(std::move(changed));
     }
 
-    // Makes the images that are sequences show the files of a frame. Warns of those that cannot be read; InputError
+    // Makes the images that are sequences show the files of a frame. Warns of files that cannot be read; InputError
     // under the strict policy. [between frames]
     void showFrame(int frame);
 

@@ -5,6 +5,7 @@
 #include "host/services/uv_provider.h"
 #include "host/services/vertex_map_provider.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string_view>
 

@@ -21,7 +21,7 @@ using test::gltfSquare;
 
 constexpr double kTolerance = 1e-6;
 
-// A scene of a box from -1 to 1, for files that bring that.
+// The mesh of a file, a box from -1 to 1, with cameras and lights, and the scene to which they are added.
 struct Opened {
     Mesh mesh = shapeMesh(BoxShape{.size = {2, 2, 2}}, Transform());
     SceneDescription scene;
@@ -98,8 +98,7 @@ TEST(MeshScene, LightsDecreaseAsInTheFile) {
     }
 }
 
-// Sums of several terms are exact in the middle of the mesh, and decrease as the file says to first order there, as
-// far as there is a falloff for it.
+// Sums of several terms get the nearest falloff, and are exact in the middle of the mesh.
 TEST(MeshScene, LightsDecreaseByTheNearestPower) {
     struct Row {
         Double3 attenuation;
@@ -132,7 +131,7 @@ TEST(MeshScene, AmbientLightsAddUp) {
     for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(opened.scene.render.ambientColour[i], expected[i], kTolerance) << i;
 }
 
-// 6 at a distance of 2 gives 1.5; a second light and the ambient light add to it.
+// An intensity of 6 at a distance of 2 lights the middle to 1.5.
 TEST(MeshScene, LightsOfUsualStrengthStayAsTheyAre) {
     Opened opened;
     opened.light(MeshLight::Kind::point, {0, 2, 0}, {0, 0, 1});
@@ -142,7 +141,8 @@ TEST(MeshScene, LightsOfUsualStrengthStayAsTheyAre) {
     EXPECT_EQ(opened.scene, before);
 }
 
-// 54351 cd (a lamp of 1000 W in watts of light) at 5 m, and a spot light that misses the middle.
+// 54351 cd (1000 W at 683 lm/W, in all directions) at 5 m, a spot light that does not light the middle but counts as if
+// it did, and an ambient light.
 TEST(MeshScene, LightsOfOtherStrengthsAreScaled) {
     Opened opened;
     opened.light(MeshLight::Kind::point, {0, 5, 0}, {0, 0, 1}).intensity = 54351;

@@ -52,7 +52,7 @@ TEST_F(ImageSequences, FramesDoNotDependOnOthers) {
     EXPECT_EQ(warnings.all()[0].path, "images.Sky.file");
 }
 
-// The light of a dome is prepared from its image. One that is even lights a horizontal surface with its colour.
+// The light of a dome is prepared from its image. A dome of one colour lights a horizontal surface with that colour.
 TEST_F(ImageSequences, LightTheSceneAsDomes) {
     const SceneDescription lit = readSceneText(R"({"render": {"width": 8, "height": 8},
         "cameras": {"Main": {"position": [0, 2, 0], "rotation": [0, 90, 0]}},

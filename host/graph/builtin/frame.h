@@ -102,9 +102,10 @@ class Evaluation {
     bool uv(double &u, double &v) const;
     bool uvAt(ShadingSample &other, double &u, double &v) const; // the same at another sample
 
-    // The sample's values on the map that the text parameter names: red, green, blue and alpha, which are 1 when there
-    // is no such map, and a weight, which is then 0. Without a name, the mesh's first map counts.
+    // Red, green, blue and alpha at the sample, from the colour map that the text parameter names or, without a name,
+    // from the mesh's first one. All are 1 if there is no such map.
     std::array<double, 4> vertexColour() const;
+    // The same for weight maps; 0 if there is no such map.
     double vertexWeight() const;
 
     // Sets the result, which must have the output's type.

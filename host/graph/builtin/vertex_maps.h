@@ -7,13 +7,14 @@ namespace velm::host {
 
 inline constexpr char kVertexMapFuncs[] = "Velm Vertex Maps";
 
-// Both functions look up a map by its name; a null or empty name selects the mesh's first map of the kind. They give
-// false, and leave the result alone, when the sample is not on a mesh with such a map. They allocate nothing.
+// Both functions look up a map by its name; a null or empty name selects the mesh's first map of the kind. They return
+// false, and leave the result unchanged, if the sample is not on a mesh with such a map or the value there is not
+// finite. They allocate nothing.
 struct VertexMapFuncs {
-    // Gives red, green, blue and alpha at the sample, as the file has them; 1 is full. The alpha is 1 where the map has
-    // none. [render threads]
+    // Writes red, green, blue and alpha at the sample, with the values of the file; 1 is full. The alpha is 1 if the
+    // map has none. [render threads]
     bool (*colour)(const char *mapName, const ShadingSample *sample, double result[4]) = nullptr;
-    // Gives the weight at the sample, where 1 is 100 %. [render threads]
+    // Writes the weight at the sample, where 1 is 100 %. [render threads]
     bool (*weight)(const char *mapName, const ShadingSample *sample, double *result) = nullptr;
 };
 

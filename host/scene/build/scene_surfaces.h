@@ -31,8 +31,8 @@ class SceneSurfaces {
     // By name; null when there is none. Owned by this object.
     Surface *surface(const std::string &name) const;
 
-    // Makes the images that are sequences show the files of that frame. Those that cannot be read are added to
-    // `warnings`, and the images are transparent. InputError under the strict policy. [between frames]
+    // Makes the images that are sequences show the files of that frame. If a file cannot be read, a warning is added
+    // and the image is transparent. InputError under the strict policy. [between frames]
     void showFrame(int frame, Warnings &warnings);
 
     // Forwarded to all surfaces. When one fails to initialise, those before it are cleaned up, and the InputError is

@@ -47,12 +47,12 @@ class MaterialNetwork {
         return node.name();
     }
 
-    // Multiplies an image. Returns the product.
-    NodeOutput addFactor(const NodeOutput &image, const char *name, const char *server, SettingValue factor,
+    // The product of a value and a constant.
+    NodeOutput addFactor(const NodeOutput &value, const char *name, const char *server, SettingValue factor,
                          const char *output) {
         NetworkWriter::Node node = writer_.add(name, server, NetworkWriter::kBlendColumn);
         node.set("B", std::move(factor));
-        node.connect(image, "A");
+        node.connect(value, "A");
         return {.node = node.name(), .output = output};
     }
 

@@ -9,10 +9,9 @@
 
 namespace velm::host {
 
-// Describes a material as a surface with the given name: its values as settings, and its textures and
-// vertex colours as nodes. `file` is
-// the location in messages. `imageName` returns the name in the scene of a texture's image; a texture is left out if it
-// is empty. [any thread]
+// Describes a material as a surface with the given name: its values as settings, and its textures and vertex colours as
+// nodes. `file` is the location in messages. `imageName` returns the name in the scene of a texture's image; a texture
+// is left out if that name is empty. [any thread]
 SurfaceDescription surfaceOfMaterial(const MeshMaterial &material, const std::string &name, const std::string &file,
                                      const std::function<std::string(const MeshTexture &)> &imageName);
 

@@ -14,7 +14,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
-#include <fmt/ranges.h>
+#include <unordered_set>
+#include <utility>
 
 namespace velm::host {
 
@@ -117,50 +118,64 @@ SurfaceDescription undescribedSurface(const std::string &name, const std::string
 
 namespace {
 
-// Adds an image of an object to the descriptions, unless they have it already.
-void describeImage(const ObjectImage &image, const std::string &object, const SearchPath &path,
-                   std::vector<ImageDescription> &images) {
-    const std::string directory = std::filesystem::path(object).parent_path().string();
-    const std::string &inObject = image.file, last = lastPart(inObject),
-                      name = sceneNameOfImage(inObject, image.variant);
-    const auto find = [&](const std::string &file) {
-        return image.sequence ? findSequence(file, *image.sequence, directory, path) : findFile(file, directory, path);
-    };
-    if (last.empty() || std::ranges::count(images, name, &ImageDescription::name) > 0) return;
-    ImageDescription &description = images.emplace_back();
-    description.name = name;
-    description.file = inObject;
-    description.sequence = image.sequence;
-    for (const ImageFilter &filter : image.filters)
-        description.filters.push_back({.kind = filter.kind, .amount = shortest(filter.amount, 1)});
-    description.objectFile = object;
-    description.location.file = description.fileLocation.file = object;
-    auto found = find(inObject);
-    if (!found) found = find(last);
-    if (found)
-        description.file = *found;
-    else if (inObject == last)
-        description.notFound = whyNotFound(last, directory, path);
-    else
-        description.notFound =
-            fmt::format("there is no file {}; and {}", inQuotes(inObject), whyNotFound(last, directory, path));
-}
+// Describes the images of one object, each once.
+class ImageDescriptions {
+  public:
+    // The references have to outlive the object.
+    ImageDescriptions(const std::string &object, const SearchPath &path)
+        : object_(object), path_(path), directory_(std::filesystem::path(object).parent_path().string()) {}
+
+    void add(const ObjectImage &image) {
+        const std::string &inObject = image.file, last = lastPart(inObject);
+        std::string name = sceneNameOfImage(inObject, image.variant);
+        if (last.empty() || !names_.insert(name).second) return;
+        ImageDescription &description = images_.emplace_back();
+        description.name = std::move(name);
+        description.file = inObject;
+        description.sequence = image.sequence;
+        for (const ImageFilter &filter : image.filters)
+            description.filters.push_back({.kind = filter.kind, .amount = shortest(filter.amount, 1)});
+        description.objectFile = object_;
+        description.location.file = description.fileLocation.file = object_;
+        auto found = find(inObject, image.sequence);
+        if (!found) found = find(last, image.sequence);
+        if (found)
+            description.file = *found;
+        else if (inObject == last)
+            description.notFound = whyNotFound(last, directory_, path_);
+        else
+            description.notFound =
+                fmt::format("there is no file {}; and {}", inQuotes(inObject), whyNotFound(last, directory_, path_));
+    }
+
+    std::vector<ImageDescription> take() && { return std::move(images_); }
+
+  private:
+    std::optional<std::string> find(const std::string &file, const std::optional<ImageSequence> &sequence) const {
+        return sequence ? findSequence(file, *sequence, directory_, path_) : findFile(file, directory_, path_);
+    }
+
+    const std::string &object_;
+    const SearchPath &path_;
+    std::string directory_;
+    std::vector<ImageDescription> images_;
+    std::unordered_set<std::string> names_; // of images_
+};
 
 } // namespace
 
 std::vector<ImageDescription> imagesOf(const ObjectFile &object, const SearchPath &path) {
-    std::vector<ImageDescription> images;
-    for (const ObjectImage &image : object.images()) describeImage(image, object.name(), path, images);
-    return images;
+    ImageDescriptions images(object.name(), path);
+    for (const ObjectImage &image : object.images()) images.add(image);
+    return std::move(images).take();
 }
 
 std::vector<ImageDescription> imagesOfOldObject(std::string_view bytes, const std::string &file,
                                                 const SearchPath &path) {
-    std::vector<ImageDescription> images;
+    ImageDescriptions images(file, path);
     for (const OldSurface &surface : readOldSurfaces(bytes, file))
-        for (const SurfaceTexture &texture : surface.textures)
-            describeImage({.file = texture.imageFile}, file, path, images);
-    return images;
+        for (const SurfaceTexture &texture : surface.textures) images.add({.file = texture.imageFile});
+    return std::move(images).take();
 }
 
 namespace {

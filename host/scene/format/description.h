@@ -213,12 +213,12 @@ struct LightDescription : ItemDescription {
     double width = 1, height = 1; // of an area light, metres
     double length = 1;            // of a linear light, metres
     int samples = 16;             // shadow rays of an area, linear or dome light
-    // Of a dome: the image of the scene that is its light, times the colour. Its middle is at the light's +Z, its upper
-    // edge at the light's +Y. Empty: it shines evenly.
+    // Of a dome: the name of an image of the scene whose colours, times `colour`, are its light. The middle of the
+    // image is at the light's +Z, its upper edge at the light's +Y. Empty: the dome has the same colour everywhere.
     std::string image;
     bool hemisphere = false; // a dome shines only from above its XZ plane
     bool shadows = true;
-    bool colouredShadows = false; // transparent surfaces give the light that they let pass their colour
+    bool colouredShadows = false; // transparent surfaces tint the light that passes through them
 
     LightDescription() { hasTarget = true; } // the origin
 

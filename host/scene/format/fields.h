@@ -120,9 +120,9 @@ struct Field {
     ValueRule rule{}; // of a plain value
     Target<T> target;
     bool required = false;
-    unsigned kinds = ~0u; // bit n: objects of kind n may have the key; for tables with a kind
-    // Bit n: if the key is required, objects of kind n must have it; likewise.
-    unsigned requiredKinds = ~0u;
+    // For tables with a kind.
+    unsigned kinds = ~0u;         // bit n: objects of kind n may have the key
+    unsigned requiredKinds = ~0u; // bit n: `required` holds for objects of kind n
 };
 
 // The table of one kind of object.

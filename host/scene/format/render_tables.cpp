@@ -180,7 +180,7 @@ void finishLight(const ReadContext &context, const JsonValue &object, LightDescr
 constexpr ValueRule kColour = colourRule(), kAtLeast0 = atLeastRule(0), kPositive = positiveRule();
 constexpr ValueRule kConeRule{.kind = ValueRule::Kind::number, .minimum = 0, .maximum = 180, .exclusiveMinimum = true};
 
-// The file must say where a light is, unless it is a dome. That of a dome only moves its children.
+// Required for all lights but domes, whose position only moves their children.
 constexpr Field<LightDescription> kLightPosition{
     .key = "position",
     .help = "Position of the light, in metres, relative to the parent.",
@@ -261,7 +261,7 @@ constexpr auto kLightValues = std::to_array<Field<LightDescription>>({
      .rule = boolRule(),
      .target = &LightDescription::shadows},
     {.key = "colouredShadows",
-     .help = "Whether transparent surfaces give the light that passes through them their colour.",
+     .help = "Whether transparent surfaces tint the light that passes through them.",
      .rule = boolRule(),
      .target = &LightDescription::colouredShadows},
 });

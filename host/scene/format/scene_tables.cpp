@@ -1,4 +1,5 @@
 // The tables of the scene as a whole, of its backdrop and its images.
+#include "host/base/names.h"
 #include "host/scene/format/nested.h"
 #include "host/scene/format/surface_collection.h"
 #include "host/scene/format/tables.h"
@@ -155,7 +156,7 @@ constexpr Field<ImageSequence> kSequenceFields[] = {
      .target = &ImageSequence::last,
      .required = true},
     {.key = "offset",
-     .help = "Number that is added to that of the frame to get the number of the file.",
+     .help = "Number that is added to the number of the frame to get the number of the file.",
      .rule = integerRule(),
      .target = &ImageSequence::offset},
     {.key = "loop",
@@ -170,8 +171,8 @@ constexpr Table<ImageSequence> kSequenceTable{.what = "\"sequence\"", .fields = 
 constexpr CustomValue<ImageDescription> kImageSequence{
     .read =
         [](const ReadContext &context, const JsonMember &found, ImageDescription &image) {
-            const ImageSequence &sequence = image.sequence.emplace();
-            readObject(context, kSequenceTable, found.value, *image.sequence);
+            ImageSequence &sequence = image.sequence.emplace();
+            readObject(context, kSequenceTable, found.value, sequence);
             if (sequence.last < sequence.first) context.fail(found.value.line, "\"last\" must not be below \"first\"");
         },
     .write = [](const WriteContext &context, const ImageDescription &image) -> std::optional<nlohmann::ordered_json> {
@@ -182,8 +183,11 @@ constexpr CustomValue<ImageDescription> kImageSequence{
 
 constexpr const char *kFilterKinds[] = {"brightness", "contrast", "saturation", "hue", "gamma", "negative"};
 constexpr unsigned kNegativeFilter = 1u << static_cast<unsigned>(ImageFilter::Kind::negative);
-static_assert(kNegativeFilter == 1u << 5 && static_cast<int>(ImageFilter::Kind::contrast) == 1 &&
-                  static_cast<int>(ImageFilter::Kind::hue) == 3,
+static_assert(static_cast<int>(ImageFilter::Kind::brightness) == 0 &&
+                  static_cast<int>(ImageFilter::Kind::contrast) == 1 &&
+                  static_cast<int>(ImageFilter::Kind::saturation) == 2 &&
+                  static_cast<int>(ImageFilter::Kind::hue) == 3 && static_cast<int>(ImageFilter::Kind::gamma) == 4 &&
+                  static_cast<int>(ImageFilter::Kind::negative) == 5,
               "the texts of the kinds are in the order of the kinds");
 
 constexpr Field<ImageFilter> kFilterFields[] = {
@@ -193,7 +197,7 @@ constexpr Field<ImageFilter> kFilterFields[] = {
      .target = kindIn<&ImageFilter::kind>,
      .required = true},
     {.key = "amount",
-     .help = "How much it changes it: 0 is nothing, but 1 for the gamma. The hue is turned; 1 is the whole circle.",
+     .help = "Amount of the change: 0 is none, except for \"gamma\", where 1 is none. A hue of 1 is the whole circle.",
      .rule = numberRule(),
      .target = &ImageFilter::amount,
      .required = true,
@@ -227,8 +231,8 @@ void findImage(const ReadContext &context, const JsonValue &, ImageDescription &
     if (image.sequence && !isSequencePattern(image.file))
         throw InputError(image.fileLocation,
                          "the \"file\" of a sequence needs \"#\" in its name, in place of the number, "
-                         "such as \"fire_####.png\"; found \"" +
-                             image.file + '"');
+                         "such as \"fire_####.png\"; found " +
+                             inQuotes(image.file));
     const auto file = image.sequence ? findSequence(image.file, *image.sequence, context.directory, context.path)
                                      : findFile(image.file, context.directory, context.path);
     if (file)

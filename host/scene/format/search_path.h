@@ -23,7 +23,7 @@ SearchPath makeSearchPath(const std::vector<std::string> &named, const char *env
 // the scene's directory and then along the path. Nothing when there is no such regular file.
 std::optional<std::string> findFile(const std::string &name, const std::string &sceneDirectory, const SearchPath &path);
 
-// The same for a sequence of images: the pattern, below the first directory that has one of its files.
+// The same for a sequence of images: the path of its pattern in the first directory that has one of its files.
 std::optional<std::string> findSequence(const std::string &pattern, const ImageSequence &sequence,
                                         const std::string &sceneDirectory, const SearchPath &path);
 
