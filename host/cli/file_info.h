@@ -13,8 +13,8 @@
 namespace velm::host {
 
 struct NodeInfo {
-    // The node's name, after those of the nodes that it is inside of: "Outer.Inner". Names other than plain words are
-    // quoted.
+    // The names of the nodes that contain the node, from the outermost one, and its own: "Outer.Inner". Names that are
+    // not plain words are in quotes.
     std::string path;
     std::string server;
     bool isKnown = false; // the server is loaded
@@ -32,7 +32,7 @@ struct ObjectInfo {
     std::string file;  // of a mesh
     std::size_t points = 0, triangles = 0, polygons = 0;
     std::vector<std::string> materials, uvMaps, colourMaps, weightMaps;
-    ObjectParts parts;                // layers only of a LightWave object
+    ObjectParts parts;                // with layers only if the file is a LightWave object
     std::vector<std::string> notes{}; // on what is drawn otherwise, or not at all: a line each
 };
 

@@ -38,8 +38,11 @@ void refuseToReplace(const std::string &output, const std::string &input) {
 void refuseToReplaceImages(const std::string &output, std::span<const ImageDescription> images) {
     for (const ImageDescription &image : images) {
         if (!image.notFound.empty()) continue;
-        refuseToReplace(output, image.file);
-        if (!image.sequence) continue;
+        if (!image.sequence) {
+            refuseToReplace(output, image.file);
+            continue;
+        }
+        // Of a sequence, only the file that has the output's name is compared with the output.
         const std::filesystem::path pattern(image.file), name = std::filesystem::path(output).filename();
         const auto number = numberOfFile(pattern.filename().string(), name.string());
         if (number && image.sequence->has(*number)) refuseToReplace(output, (pattern.parent_path() / name).string());

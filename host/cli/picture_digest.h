@@ -12,22 +12,22 @@
 
 namespace velm::host {
 
-// For pictures whose format has room for a digest. For others there is none, and no file is read for it.
+// Only pictures whose format has room for a digest have one. For others, no file is read.
 //
-// Of the scene as it was opened, with the contents of the files that it names, the module's file, the options that
-// change its values, and the job. Not of what does not change a picture: the names and places of files, the number of
-// workers, and which part of the picture is rendered.
+// The digest covers the scene as it was opened, the contents of the files that it names, the module's file, the options
+// that change its values, and the job. It does not depend on what leaves the picture unchanged: the names and locations
+// of files, the number of workers, and which part of the picture is rendered.
 class PictureDigest {
   public:
-    // `file`: the name of any of the pictures.
+    // `file` is the name of any of the pictures.
     PictureDigest(const std::string &file, const SceneDescription &scene, const RenderOptions &options,
                   const RenderJob &job, const std::string &module);
-    // Of the picture of a frame: 32 hexadecimal digits; empty where there is none.
+    // The digest of a frame's picture: 32 hexadecimal digits; empty if the format has no room for it.
     std::string of(int frame) const;
 
   private:
     std::optional<Digest> digest_;            // of what all frames have in common
-    std::vector<ImageDescription> sequences_; // of which each frame shows another file
+    std::vector<ImageDescription> sequences_; // the images whose file depends on the frame
 };
 
 } // namespace velm::host

@@ -12,7 +12,7 @@ namespace velm::host {
 
 namespace {
 
-// By LightDescription::Kind.
+// Indexed by LightDescription::Kind.
 constexpr const char *kLightKinds[] = {"point", "distant", "area", "spot", "linear", "dome"};
 
 const char *nameOfLight(LightDescription::Kind kind) { return kLightKinds[static_cast<std::size_t>(kind)]; }

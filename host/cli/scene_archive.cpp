@@ -73,13 +73,13 @@ SceneDescription archivedScene(SceneDescription scene, const ArchiveLayout &layo
     const auto move = [&](std::string &file) {
         if (const std::string to = layout.locationOf(file); !to.empty()) file = (fs::path(directory) / to).string();
     };
-    // The files of a sequence are in one directory of the archive.
-    const auto moveSequence = [&](ImageDescription &image, const RenderDescription &render) {
-        for (std::string file : filesOfImage(image, render)) {
-            const std::string from = file;
-            move(file);
-            if (file == from) continue; // it is missing
-            image.file = (fs::path(file).parent_path() / fs::path(image.file).filename()).string();
+    // The archive has all files of a sequence in one directory, that of the first file that is not missing.
+    const auto moveSequence = [&](ImageDescription &image) {
+        for (const std::string &file : filesOfImage(image, scene.render)) {
+            const std::string to = layout.locationOf(file);
+            if (to.empty()) continue;
+            image.file =
+                (fs::path(directory) / fs::path(to).replace_filename(fs::path(image.file).filename())).string();
             return;
         }
     };
@@ -87,11 +87,13 @@ SceneDescription archivedScene(SceneDescription scene, const ArchiveLayout &layo
         if (auto *mesh = std::get_if<MeshFile>(&object.shape)) move(mesh->file);
     for (SurfaceDescription &surface : scene.surfaces) move(surface.saved.file);
     for (ImageDescription &image : scene.images) {
-        move(image.objectFile);
-        if (!image.notFound.empty()) continue;
+        if (!image.notFound.empty()) {
+            move(image.objectFile);
+            continue;
+        }
         image.objectFile.clear(); // so that the scene names it
         if (image.sequence) {
-            moveSequence(image, scene.render);
+            moveSequence(image);
             continue;
         }
         std::string file = fileToOpen(image.file);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <fmt/format.h>
+#include <iterator>
 #include <set>
 #include <utility>
 #include <variant>
@@ -16,7 +17,7 @@ namespace velm::host {
 
 namespace {
 
-// Adds the files of a sequence, and warns of those that cannot be read.
+// Adds the files of a sequence of images to `files`, and warns of those that cannot be read.
 void addSequence(const ImageDescription &image, const RenderDescription &render, std::vector<SceneFile> &files,
                  Warnings &warnings) {
     SceneFile together{.kind = SceneFile::Kind::image, .file = {}, .others = {}};
@@ -34,9 +35,10 @@ void addSequence(const ImageDescription &image, const RenderDescription &render,
     if (!together.file.empty()) files.push_back(std::move(together));
 }
 
-// The files that the file of an image names in turn. Warns of a file with images inside that cannot be read.
+// The buffers of the glTF file `file`, if that is the file with the image inside; nothing for all other images. Warns
+// of a file that cannot be read.
 std::vector<std::string> othersOf(const ImageDescription &image, const std::string &file, Warnings &warnings) {
-    if (file == image.file) return {};
+    if (file == image.file) return {}; // the image is not inside of another file
     try {
         std::vector<std::string> opened = filesOfEmbeddedImages(file);
         opened.erase(opened.begin());
@@ -55,8 +57,8 @@ std::vector<std::string> othersOf(const ImageDescription &image, const std::stri
 std::vector<std::string> filesOfImage(const ImageDescription &image, const RenderDescription &render) {
     if (!image.sequence) return {fileToOpen(image.file)};
     std::set<int> numbers;
-    const auto count = static_cast<std::size_t>(image.sequence->last) - static_cast<std::size_t>(image.sequence->first);
-    for (std::int64_t frame = render.firstFrame; frame <= render.lastFrame && numbers.size() <= count;
+    const std::int64_t count = std::int64_t{image.sequence->last} - image.sequence->first + 1;
+    for (std::int64_t frame = render.firstFrame; frame <= render.lastFrame && std::ssize(numbers) < count;
          frame += render.frameStep)
         numbers.insert(image.sequence->numberAt(static_cast<int>(frame)));
     std::vector<std::string> files;

@@ -16,12 +16,13 @@ struct SceneFile {
     std::vector<std::string> others; // such as the materials of a mesh file or the buffers of a glTF file
 };
 
-// The files of an image that the scene's frames read, each once: one, or those of a sequence in the order of their
-// numbers. Some may be missing. [any thread]
+// The files of an image that are read for the scene's frames, each once: one file, or those of a sequence in the order
+// of their numbers. Files may be missing. [any thread]
 std::vector<std::string> filesOfImage(const ImageDescription &image, const RenderDescription &render);
 
-// All files but the scene's own, each once, by the names by which they are opened: meshes, object files, images. Warns
-// of images, and of files of their sequences, that are missing. InputError for a mesh that cannot be read. [interface
+// The files that a render of the scene reads, with the names by which they are opened: meshes, object files and images,
+// but not the scene file itself. Each is listed once, but images that show sequences of the same files list them again.
+// Warns of images and files of sequences that are missing. Throws InputError for a mesh that cannot be read. [interface
 // thread]
 std::vector<SceneFile> filesOfScene(const SceneDescription &scene, Warnings &warnings);
 

@@ -100,7 +100,7 @@ TEST_F(Archives, KeepSurfacesAndImagesOfObjectFiles) {
     EXPECT_EQ(std::get<MeshFile>(after.objects[0].shape).file, file("kept/meshes/UglyVertexColors.lwo"));
 }
 
-// Frames 2, 4 and 6; the files of the frames between them are not read, and that of 6 is missing.
+// The scene has the frames 2, 4 and 6. The file of frame 3 is not listed, and that of frame 6 is missing.
 TEST_F(Archives, HaveTheFilesThatTheFramesShow) {
     const std::string scene = directory_.write("work/fire.json", R"({
         "render": {"width": 8, "height": 6, "firstFrame": 2, "lastFrame": 6, "frameStep": 2},

@@ -29,8 +29,8 @@ void addNumber(std::string &bytes, std::uint32_t value) {
     bytes.append(reinterpret_cast<const char *>(&value), sizeof value);
 }
 
-// The square as a GLB file, which has the images inside. The material's texture is the one with that index. `colours`
-// are those of the vertices, with alpha; empty for none.
+// The square as a GLB file with the images inside. `texture` is the index of the image that the material uses.
+// `colours` are the vertex colours, with alpha; empty for none.
 std::string glbSquare(const std::vector<std::string> &images, int texture, const json &materialExtras,
                       const std::vector<float> &colours = {}) {
     std::string binary;
@@ -206,8 +206,8 @@ TEST_F(MeshMaterials, BecomeSurfaces) {
     EXPECT_EQ(surface["settings"]["Refraction Index"], 1.5);
 }
 
-// Some programs write the transparency where the opacity belongs.
-TEST_F(MeshMaterials, AreVisible) {
+// Some programs write the transparency in place of the opacity.
+TEST_F(MeshMaterials, WithAnOpacityOfZeroAreOpaque) {
     directory_.write("square.mtl", "newmtl Paper\nKd 1 1 1\n"
                                    "d 0\n");
     const json surface = converted(directory_.write("square.obj", kSquare))["surfaces"]["Paper"];
@@ -254,7 +254,7 @@ TEST_F(MeshMaterials, FindTexturesOfOtherSystems) {
     expectUpright(render(directory_.write("square.obj", kSquare)));
 }
 
-TEST_F(MeshMaterials, FindFilesWhoseNamesAreWrittenOtherwise) {
+TEST_F(MeshMaterials, FindFilesByNamesWithEscapesAndBackslashes) {
     std::filesystem::create_directory(file("my maps"));
     writeQuarters("my maps/my paper.png", kQuarters);
     directory_.write("my maps/square.mtl", "newmtl Paper\nKd 1 1 1\nmap_Kd my%20maps\\my%20paper.png\n");
@@ -266,8 +266,9 @@ TEST_F(MeshMaterials, FindFilesWhoseNamesAreWrittenOtherwise) {
               mesh + '\n' + file("my maps/square.mtl") + '\n' + file("my maps/my paper.png") + '\n');
 }
 
-// The square as a text file with its buffer in another one; the first image is a file, too, and the second inside.
-TEST_F(MeshMaterials, FindTheFilesOfGltf) {
+// The square as a glTF text file. Its buffer and its first image are files of their own; its second image is in the
+// buffer.
+TEST_F(MeshMaterials, FindTheBuffersAndImagesOfGltf) {
     const std::string glb = glbSquare({writeQuarters("my paper.png", kQuarters)}, 0, json::object());
     const std::size_t jsonSize = static_cast<unsigned char>(glb[12]) + 256U * static_cast<unsigned char>(glb[13]);
     json document = json::parse(glb.substr(20, jsonSize));
@@ -334,8 +335,8 @@ TEST_F(MeshMaterials, MayHaveNamesInLatin1) {
     expectSamePictureConverted(mesh);
 }
 
-// Of a file without materials.
-TEST_F(MeshMaterials, ShowColoursOfVertices) {
+// The file has no materials.
+TEST_F(MeshMaterials, ShowVertexColours) {
     const std::string ply =
         "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
         "property uchar red\nproperty uchar green\nproperty uchar blue\nelement face 1\n"
@@ -350,15 +351,15 @@ TEST_F(MeshMaterials, ShowColoursOfVertices) {
     EXPECT_NE(test::velm({"info", mesh}).out.find("colour maps \"Color\""), std::string::npos);
 }
 
-// Four times a colour, with full alpha.
+// The same colour, with an alpha of 1, for each of the square's four vertices.
 std::vector<float> sameColours(float red, float green, float blue) {
     std::vector<float> colours;
     for (int i = 0; i < 4; ++i) colours.insert(colours.end(), {red, green, blue, 1});
     return colours;
 }
 
-// Red vertices leave the red of an image, and of a grey material.
-TEST_F(MeshMaterials, MultiplyColoursOfVertices) {
+// Red vertex colours leave only the red of a grey material and of an image.
+TEST_F(MeshMaterials, AreMultipliedByVertexColours) {
     const std::string image = writeQuarters("a.png", {{255, 0, 0}, {0, 255, 0}, {255, 255, 255}, {255, 255, 255}});
     const json grey = {{"pbrMetallicRoughness", {{"baseColorFactor", {0.5, 0.5, 0.5, 1}}, {"metallicFactor", 0}}}};
     const std::vector<float> red = sameColours(1, 0, 0);
@@ -373,8 +374,8 @@ TEST_F(MeshMaterials, MultiplyColoursOfVertices) {
     expectSamePictureConverted(mesh);
 }
 
-// Colours with an alpha of 0 at the lower two corners.
-TEST_F(MeshMaterials, HaveTheOpacityOfVertices) {
+// The vertex colours have an alpha of 0 at the two lower corners, which counts only if the material has a mask.
+TEST_F(MeshMaterials, WithAMaskUseTheAlphaOfVertices) {
     const auto coloured = [this](const json &extras) {
         const std::string image = writeQuarters("a.png", std::vector<std::vector<std::uint8_t>>(4, {255, 0, 0}));
         return directory_.write("square.glb",

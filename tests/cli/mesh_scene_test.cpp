@@ -1,4 +1,4 @@
-// Cameras and lights of mesh files, as the commands use them.
+// The commands with meshes that have cameras and lights of their own.
 #include "host/base/error.h"
 #include "host/image/file_pixels.h"
 #include "host/io/files.h"
@@ -17,11 +17,11 @@ namespace {
 using nlohmann::json;
 using test::Outcome;
 
-// A white square is lit to 1 where the light of the lamp is 1; the neutral surface has a grey of 0.6.
+// The colour of the square where the lamp's light is 1: the neutral surface has a grey of 0.6.
 constexpr float kLit = 0.6F;
-constexpr float kTolerance = 0.005F; // by the distances of the middle of the picture and of the square
+constexpr float kTolerance = 0.005F; // the pixel at the centre shows a point close to the centre of the square
 
-// A square, and a lamp of that many candela at a distance of 3, in front of two cameras.
+// A square, a lamp of that many candela at a distance of 3 m, and two cameras that look at the square.
 std::string litSquare(int candela) {
     const std::string camera = R"({"type": "perspective", "perspective": {"yfov": 0.5, "znear": 0.1}})";
     return test::gltfSquare({R"({"name": "Front", "camera": 0, "translation": [0, 0, 4]})",
@@ -79,7 +79,7 @@ TEST_F(MeshScene, IsConvertedToTheSamePicture) {
     EXPECT_EQ(picture(directory_ / "a.json").values, before.values);
 }
 
-// With the intensity of the file: an exposure is for pictures.
+// The intensity is that of the file, without the exposure that a render adds.
 TEST_F(MeshScene, IsInTheInfo) {
     const std::string file = directory_.write("a.gltf", litSquare(90000));
     const std::string text = test::velm({"info", file}).out;
