@@ -71,7 +71,7 @@ inline void keep(const Value &value) {
 void compareDraws(Table &table);    // the random stream
 void compareNetworks(Table &table); // evaluation through the host
 void comparePictures(Table &table); // whole pictures against loops written by hand
-void compareStart(Table &table);    // the start of the program, from start to the first ray, and the memory used then
+void compareStart(Table &table);    // starting the program; the time to the first ray, and the memory used then
 void compareMeshes(Table &table);   // reading large meshes
 
 // Builds a mesh of ten million triangles, with our code or the reference's, and prints how many bytes it holds.

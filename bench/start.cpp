@@ -1,5 +1,5 @@
-// The time from start to the first ray, and the memory of a large mesh, against Embree and the mesh reader alone; the
-// time that the program itself takes to start, against one that does nothing.
+// Compares the time to the first ray, and the memory of a large mesh, with those of Embree and the mesh reader alone,
+// and the time that velm takes to start with that of a program that does nothing.
 #include "bench/compare.h"
 #include "bench/plain_mesh.h"
 #include "host/graph/listed_module.h"
@@ -87,8 +87,8 @@ double millisecondsOf(const timeval &time) {
     return static_cast<double>(time.tv_sec) * 1000 + static_cast<double>(time.tv_usec) / 1000;
 }
 
-// The processor time in milliseconds that a program takes, with all processes for which it waits. What they print is
-// discarded.
+// Runs a program, and returns the processor time in milliseconds that it and the processes that it waits for take.
+// Their output is discarded.
 double processorTimeOf(std::vector<std::string> words) {
     std::vector<char *> arguments;
     for (std::string &word : words) arguments.push_back(word.data());

@@ -33,11 +33,12 @@ can_build() { # PLATFORM
 }
 
 build_for() { # PLATFORM [TARGET ...]
-    cmake --preset "$1" -UVELM_MACINTOSH_BUNDLE >/dev/null # it may be gone
+    # Forgets the module that try_macintosh named in an earlier run, since that file may no longer exist.
+    cmake --preset "$1" -UVELM_MACINTOSH_BUNDLE >/dev/null
     cmake --build --preset "$1" ${2:+--target "${@:2}"} >&2
 }
 
-# Builds the module for both kinds of Macintosh, and joins them into one file, build-macintosh/velm.p.
+# Builds the module for both kinds of Macintosh, and joins the two files into one, build-macintosh/velm.p.
 build_for_macintosh() {
     build_for macintosh-x86_64 velm_module
     build_for macintosh-arm64 velm_module
@@ -106,14 +107,14 @@ can_run() { # PLATFORM
     fi
 }
 
-try() { # NAME PRESET TESTS; prints the name and the results of the preset's tests whose names begin with TESTS
+# Runs the tests of a preset whose names begin with TESTS, and prints NAME and the results.
+try() { # NAME PRESET TESTS
     printf '\n%s\n' "$1"
     ctest --preset "$2" --tests-regex "^$3" --verbose |
         grep -E '^[0-9]+: ([0-9]+-bit|[Vv]elm| +(is|expected) )|tests passed|Failed|Exception'
 }
 
-# Runs the module for Macintosh with an Intel processor on 64-bit Linux, in a library that does what the system's loader
-# would do.
+# Runs the module for Macintosh with an Intel processor on 64-bit Linux; see tests/platforms/macintosh_carrier.cpp.
 try_macintosh() {
     can_build macintosh || return 0
     build_for_macintosh

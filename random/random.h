@@ -90,7 +90,7 @@ class WordsAhead {
   private:
     static void drawFrom(WordsAhead *scope, uint32_t *words, int count);
 
-    // Read by every draw. With constinit in the declaration, each file knows that no initialiser has to be called.
+    // Read by every draw. Because the declaration is constinit, no file calls an initialiser before it reads this.
     VELM_FIXED_PLACE static constinit thread_local WordsAhead *innermost;
 
     WordsAhead *outer_;

@@ -81,11 +81,12 @@ bool nearSinesAndCosinesNarrow(const double *angles, int count, double *sines, d
 
 namespace {
 
-// Asked of the processor itself: compilers' own queries need a symbol of their runtime library, which a Macintosh does
-// not have. The system has to save the wide registers too; only then may XGETBV be executed, and says so.
+// Whether the processor has AVX2, and the operating system saves the wide registers when it switches threads. Asks the
+// processor by CPUID: the compilers' own query needs their runtime library, which the module for Macintosh does not
+// link. XGETBV, which reads XCR0, may be executed only if CPUID reports OSXSAVE.
 bool findWideVectors() noexcept {
     constexpr unsigned int kStateSaved = bit_OSXSAVE | bit_AVX;
-    constexpr unsigned int kWideRegisters = 6; // of XCR0: the lower and the upper halves
+    constexpr unsigned int kWideRegisters = 6; // bits of XCR0 for the lower and the upper halves of the registers
     unsigned int a, b, c, d;
     if (!__get_cpuid(1, &a, &b, &c, &d) || (c & kStateSaved) != kStateSaved) return false;
     __asm__("xgetbv" : "=a"(a), "=d"(d) : "c"(0));
@@ -93,7 +94,7 @@ bool findWideVectors() noexcept {
     return __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & bit_AVX2) != 0;
 }
 
-const bool wideVectors = findWideVectors(); // when the module is loaded: false until then, which is always safe
+const bool wideVectors = findWideVectors(); // false until it is initialised, as the module is loaded; that is safe
 
 } // namespace
 

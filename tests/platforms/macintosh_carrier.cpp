@@ -1,13 +1,13 @@
-// A shared object for 64-bit Linux that contains the module for Macintosh with an Intel processor, and exports the
-// descriptor of that module as its own. Programs for Linux can so load and run what was built for a Macintosh.
+// A shared library for 64-bit Linux that contains the module for Macintosh with an Intel processor, and exports that
+// module's descriptor as its own. Programs for Linux can load it, and so run the code that was built for Macintosh.
 //
-// This is possible since both systems have the same calling convention and the same sizes of types, and the module
-// needs only a few functions of C. The constructor does what the system's loader would do: it maps the segments,
+// This is possible because both systems have the same calling convention and the same sizes of types, and the module
+// needs only a few functions of C. The constructor does what the loader of macOS would do: it maps the segments,
 // adjusts pointers, binds symbols, gives thread-local variables their memory, and calls the initialisers. The file
 // format is that of Apple's "Mach-O File Format Reference".
 //
-// VELM_BUNDLE is the path of the module when this is compiled. Whatever this cannot load ends the process with a
-// message.
+// The macro VELM_BUNDLE is the path of the module at compile time. If the module cannot be loaded, the process ends
+// with a message.
 #include "module/host.h"
 
 #include <algorithm>
@@ -26,8 +26,9 @@
 #error "The carrier is for 64-bit Linux on Intel processors."
 #endif
 
-// The file, and the thunk of thread-local variables: it gets the variable's descriptor in rdi and returns its address
-// in rax. Callers expect all other registers to be unchanged, so it cannot be written in C++.
+// The module's file, and the function that finds thread-local variables: it takes a variable's descriptor in rdi, and
+// returns the variable's address in rax. Callers expect all other registers to be unchanged, so it cannot be written in
+// C++.
 asm(".section .rodata\n"
     ".balign 16\n"
     ".local velmBundle, velmBundleEnd\n"
@@ -44,8 +45,8 @@ asm(".section .rodata\n"
 extern "C" {
 [[gnu::visibility("hidden")]] extern const uint8_t velmBundle[], velmBundleEnd[];
 [[gnu::visibility("hidden")]] void *velmThreadAddress(void *variable);
-// The memory of the module's thread-local variables. Small, since the system reserves little for libraries that a
-// running program opens.
+// The size of the memory for the module's thread-local variables. It is small, since Linux reserves little such memory
+// for libraries that a running program opens.
 constexpr size_t kThreadBytes = 16;
 [[gnu::tls_model("initial-exec"), gnu::visibility("hidden"), gnu::aligned(16), gnu::used]] //
 thread_local constinit char velmThreadBlock[kThreadBytes] = {};
@@ -71,7 +72,7 @@ struct Section {
     uint64_t address, size;
     uint32_t offset, alignment, relocations, relocationCount, flags, reserved[3];
 };
-struct Stream { // of opcodes
+struct Stream { // a list of opcodes in the file, or the tree of exports
     uint32_t offset, size;
 };
 struct LoaderInfo {
@@ -92,13 +93,13 @@ constexpr uint32_t kInitialisers = 0x09, kThreadData = 0x11, kThreadZeros = 0x12
     std::abort();
 }
 
-// The functions of the system's library that Linux lacks, or names differently.
+// Functions and variables of the library of macOS that Linux lacks, or that have another name there.
 struct SineAndCosine {
     double sine, cosine;
 };
 SineAndCosine sineAndCosine(double x) { return {std::sin(x), std::cos(x)}; }
 [[noreturn]] void overflow() { stop("the stack was overwritten"); }
-[[noreturn]] void unexpected() { stop("a symbol was bound late"); }
+[[noreturn]] void unexpected() { stop("a function of the loader was called, which is not implemented"); }
 uint64_t stackGuard = 0x595e9fbd94fda766;
 void fill(char *to, const void *pattern, size_t size) {
     for (; size >= 16; size -= 16, to += 16) std::memcpy(to, pattern, 16);
@@ -141,7 +142,7 @@ class Bundle {
         map();
         rebase();
         bind(info_.binds);
-        bind(info_.lazyBinds);
+        bind(info_.lazyBinds); // weak binds are not needed: they would share the module's definitions with other files
         placeThreadVariables();
         protect();
         for (const Section &section : sections_)
@@ -150,7 +151,8 @@ class Bundle {
                     (*reinterpret_cast<void (**)()>(memory_ + section.address + at))();
     }
 
-    // Null if the symbol is not exported. The symbols are the paths of a tree, whose edges are labelled with texts.
+    // The address of an exported symbol, or null. Symbols are paths in a tree whose edges are labelled with the parts
+    // of their names.
     const void *exported(std::string_view name) const {
         const uint8_t *const tree = file_ + info_.exports.offset, *node = tree;
         while (node) {
@@ -255,7 +257,7 @@ class Bundle {
         }
     }
 
-    // Stores the addresses of symbols, also of those that the system would bind at their first call.
+    // Stores the addresses of symbols, also of those that macOS would bind when they are first called.
     void bind(Stream stream) {
         const uint8_t *at = file_ + stream.offset, *const end = at + stream.size;
         uint64_t segment = 0, offset = 0;
@@ -269,9 +271,9 @@ class Bundle {
             ++at;
             uint64_t count;
             switch (opcode) {
-            case 0x00: break; // the end of one symbol, where they are bound late, and padding
+            case 0x00: break; // padding, and in the list of lazy binds the end of a symbol
             case 0x10:
-            case 0x50: break; // the library, of which there is one; the type, which is always a pointer
+            case 0x50: break; // the library, of which there is only one, and the type, which is always a pointer
             case 0x40: name = reinterpret_cast<const char *>(at), at += std::strlen(name) + 1; break;
             case 0x70: segment = operand, offset = number(at); break;
             case 0x80: offset += number(at); break;
