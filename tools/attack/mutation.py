@@ -9,6 +9,7 @@ NUMBERS = (0, 1, -1, 2, 127, 128, 255, 256, 32767, 32768, 65535, 65536, 2**24, 2
 WORDS = ("0", "-1", "1", "2147483647", "-2147483648", "4294967296", "1e308", "-1e308", "1e-320", "nan", "inf", "-inf",
          "1e400", "0x10", "", "99999999999999999999", "3.5", "\"", "\\", "{", "}", "[", "]", "<", ">", "/", "\0",
          "\x1b[31m", "%s%n", "é", "x" * 300)
+MOST_TEXT = 4 << 20  # bytes to which a text may grow by repeating parts of it: several changes multiply
 HEADER = 160  # bytes at the start that are changed more often than others
 
 
@@ -113,7 +114,9 @@ def change_lines(rng, data):
     if action == 0:
         del lines[at : at + rng.choice((1, 1, 3, 20))]
     elif action == 1:
-        lines[at:at] = [lines[at]] * rng.choice((1, 2, 100, 1000))
+        times = rng.choice((1, 2, 100, 1000))
+        if len(data) + len(lines[at]) * times <= MOST_TEXT:
+            lines[at:at] = [lines[at]] * times
     elif action == 2:
         other = rng.randrange(len(lines))
         lines[at], lines[other] = lines[other], lines[at]

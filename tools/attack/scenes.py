@@ -101,9 +101,17 @@ def nest(rng, network, depth):
                         "connections": []})
 
 
+def may_repeat(value, times):
+    """Whether the scene stays small enough if it has the value that often."""
+    return len(json.dumps(value)) * times <= mutation.MOST_TEXT
+
+
 def multiply(rng, value):
     """Repeats entries of an object under other names."""
-    for number in range(rng.choice((1, 5, 300))):
+    times = rng.choice((1, 5, 300))
+    if not may_repeat(value, times):
+        return
+    for number in range(times):
         key = rng.choice(list(value))
         value[f"{key} {number}"] = copy.deepcopy(value[key]) if number < 20 else value[key]
 
@@ -131,7 +139,9 @@ def change(rng, grammar, scene):
     elif action < 0.97:
         change_network(rng, scene)
     elif isinstance(owner, list):
-        owner[:] = owner * rng.choice((0, 2, 50))
+        times = rng.choice((0, 2, 50))
+        if may_repeat(owner, times):
+            owner[:] = owner * times
     return scene
 
 
