@@ -48,6 +48,8 @@ PictureDigest::PictureDigest(const std::string &file, const SceneDescription &sc
                            static_cast<int>(job.order), job.seed, job.lockNoise));
     if (job.filter != FilterDescription{})
         digest.add(fmt::format("filter {} {}", static_cast<int>(job.filter.shape), job.filter.width));
+    if (job.backdropLeftOut) digest.add("alpha");
+    if (const std::string files = digestText(options.files); !files.empty()) digest.add(files);
     digest.add(VELM_VERSION);
 }
 

@@ -42,6 +42,7 @@ struct RenderPlan {
     PicturePart part;
     std::vector<int> frames;
     FrameNames names;
+    FileSettings files; // how the pictures are stored
 };
 
 void takePart(const PicturePart &part, RenderJob &job) {
@@ -75,6 +76,7 @@ RenderJob planJob(const RenderDescription &scene, const RenderOptions &options, 
             throw UsageError(fmt::format("--region: the region ends at {},{}, outside the picture of {}x{}",
                                          job.region.right, job.region.bottom, job.width, job.height));
     }
+    job.backdropLeftOut = options.alpha;
     takePart(part, job);
     return job;
 }
@@ -90,7 +92,8 @@ RenderPlan makePlan(const SceneDescription &scene, const RenderOptions &options)
     return {.job = planJob(render, options, part),
             .part = part,
             .frames = std::move(frames),
-            .names = FrameNames(options.output.empty() ? scene.name + ".png" : options.output, several)};
+            .names = FrameNames(options.output.empty() ? scene.name + ".png" : options.output, several),
+            .files = {}};
 }
 
 // The files of frames differ in their number only, so that the lowest or the highest has the longest name: where these
@@ -116,10 +119,17 @@ void refuseToReplaceOthers(const RenderPlan &plan) {
     }
 }
 
-// UsageError if the pictures are parts and their format has no room for what puts them together.
-void checkParts(const RenderPlan &plan) {
-    if (plan.part.count > 1 && !holdsParts(plan.names(plan.frames.front())))
+// Decides how the pictures are stored. UsageError for options that their format cannot satisfy, and if the pictures are
+// parts and their format has no room for what puts them together.
+void planFiles(const RenderOptions &options, RenderPlan &plan) {
+    const std::string file = plan.names(plan.frames.front());
+    checkOutputName(file);
+    if (plan.part.count > 1 && !holdsParts(file))
         throw UsageError("--part: parts of pictures are EXR files; the output has to end in .exr");
+    if (options.alpha && !fileChoices(file).hasAlpha)
+        throw UsageError(fmt::format("--alpha: {} files have no alpha; PNG, TIFF and EXR files can have it",
+                                     std::filesystem::path(file).extension().string()));
+    plan.files = fileSettings(options.files, file);
 }
 
 // UsageError if the log has the name of a picture.
@@ -181,7 +191,8 @@ PictureMetadata metadataOf(const ProgramOptions &program, const RenderOptions &o
             .part = partText(plan.part),
             .samples = samplesText(samples),
             .seed = std::to_string(job.seed),
-            .workflow = workflowText(workflow)};
+            .workflow = workflowText(workflow),
+            .backdrop = job.backdropLeftOut ? kBackdropLeftOut : ""};
 }
 
 // Chooses the order of evaluation for all frames, and says why where that is not the usual one. The first frame is
@@ -208,7 +219,7 @@ bool renderAndWrite(int number, const RenderPlan &plan, Rendering &rendering, co
     reporting.total.add(frame.statistics);
     if (!frame.complete || InterruptGuard::interrupted()) return false;
     const std::string file = plan.names(number);
-    writePicture(frame.picture, file, metadata);
+    writePicture(frame.picture, file, metadata, plan.files);
     ++reporting.written;
     reporting.progress.end(fmt::format("{}, {} x {}, in {}", file, plan.job.width, plan.job.height,
                                        durationText(frame.statistics.seconds)));
@@ -297,7 +308,7 @@ int run(const ProgramOptions &program, const RenderOptions &options, std::ostrea
     const SceneDescription &scene = opened.scene;
     applyOptions(options, opened.scene.render);
     RenderPlan plan = makePlan(scene, options);
-    checkParts(plan);
+    planFiles(options, plan);
     prepareOutputs(plan, scene);
     if (options.output.empty() && !opened.reader->isScene) refuseToReplaceOthers(plan);
     checkLog(program.log, plan);

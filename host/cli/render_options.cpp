@@ -145,6 +145,10 @@ void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOpti
               "of the scene's region: the data window of an EXR file; in other formats the rest\n"
               "is black");
     declareFilter(command, options);
+    command.add_flag("--alpha", options.alpha,
+                     "Leave the backdrop out: where it would show, the picture is transparent. EXR files\n"
+                     "have associated alpha, PNG and TIFF files straight alpha");
+    declarePictureFileOptions(command, options.files);
     command.add_option("--samples", options.samples, "Samples per pixel")
         ->check(CLI::Range(1, kMostSamples))
         ->type_name("N");

@@ -3,6 +3,7 @@
 
 #include "host/cli/command.h"
 #include "host/cli/frame_list.h"
+#include "host/cli/picture_file_options.h"
 #include "host/cli/progress.h"
 #include "host/cli/scene_options.h"
 #include "host/render/order/picture_part.h"
@@ -32,6 +33,8 @@ struct RenderOptions : SceneOptions {
     std::optional<RenderOrder> order;
     std::uint32_t seed = 0;
     bool lockNoise = false;
+    bool alpha = false; // leave the backdrop out
+    PictureFileOptions files;
     std::optional<FilterShape> filter; // box by default
     std::optional<double> filterWidth; // pixels; the shape's own by default
     int samples = 0;                   // 0: the scene's

@@ -29,6 +29,7 @@ inline constexpr MetadataHeader kMetadataHeaders[] = {
     {.name = "velm:samples", .member = &PictureMetadata::samples},
     {.name = "velm:seed", .member = &PictureMetadata::seed},
     {.name = kWorkflowHeader, .member = &PictureMetadata::workflow},
+    {.name = "velm:backdrop", .member = &PictureMetadata::backdrop},
 };
 
 } // namespace velm::host

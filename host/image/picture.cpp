@@ -15,28 +15,86 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <limits>
+#include <span>
 #include <utility>
 #include <vector>
 
 namespace velm::host {
 namespace {
 
+constexpr int kTileSide = 64;
+
+enum class AlphaInFile { none, straight, associated };
+
 struct PictureFormat {
     const char *ending;
-    bool isFloat;
-    int channels;
-    bool hasDigest;
-    const char *compression; // as the library names it; null: the default of the format
+    NumberFormat numbers;                  // unless the settings say otherwise
+    std::span<const NumberFormat> choices; // empty: there is no choice
+    AlphaInFile alpha;
+    bool hasDigest, canBeTiled;
+    const char *compression; // as the library names it, as are the others; null: the default of the format
+    std::span<const char *const> compressions;
 };
 
+constexpr NumberFormat kNumbersOfJpeg[] = {NumberFormat::uint8};
+constexpr NumberFormat kNumbersOfPng[] = {NumberFormat::uint8, NumberFormat::uint16};
+constexpr NumberFormat kNumbersOfTiff[] = {NumberFormat::uint8, NumberFormat::uint16, NumberFormat::float32};
+constexpr NumberFormat kNumbersOfExr[] = {NumberFormat::half, NumberFormat::float32};
+constexpr const char *kCompressionsOfTiff[] = {"none", "lzw", "zip"};
+constexpr const char *kCompressionsOfExr[] = {"none",  "rle", "zips", "zip",  "piz",
+                                              "pxr24", "b44", "b44a", "dwaa", "dwab"};
+
+constexpr PictureFormat jpegFormat(const char *ending) {
+    return {.ending = ending,
+            .numbers = NumberFormat::uint8,
+            .choices = kNumbersOfJpeg,
+            .alpha = AlphaInFile::none,
+            .hasDigest = false,
+            .canBeTiled = false,
+            .compression = "jpeg:95",
+            .compressions = {}};
+}
+constexpr PictureFormat tiffFormat(const char *ending) {
+    return {.ending = ending,
+            .numbers = NumberFormat::uint8,
+            .choices = kNumbersOfTiff,
+            .alpha = AlphaInFile::straight,
+            .hasDigest = true,
+            .canBeTiled = true,
+            .compression = "zip",
+            .compressions = kCompressionsOfTiff};
+}
+
 constexpr std::array<PictureFormat, 7> kFormats = {{
-    {.ending = ".png", .isFloat = false, .channels = 3, .hasDigest = true, .compression = nullptr},
-    {.ending = ".jpg", .isFloat = false, .channels = 3, .hasDigest = false, .compression = "jpeg:95"},
-    {.ending = ".jpeg", .isFloat = false, .channels = 3, .hasDigest = false, .compression = "jpeg:95"},
-    {.ending = ".exr", .isFloat = true, .channels = 4, .hasDigest = true, .compression = "zip"},
-    {.ending = ".tif", .isFloat = false, .channels = 3, .hasDigest = true, .compression = "zip"},
-    {.ending = ".tiff", .isFloat = false, .channels = 3, .hasDigest = true, .compression = "zip"},
-    {.ending = ".hdr", .isFloat = true, .channels = 3, .hasDigest = false, .compression = nullptr},
+    {.ending = ".png",
+     .numbers = NumberFormat::uint8,
+     .choices = kNumbersOfPng,
+     .alpha = AlphaInFile::straight,
+     .hasDigest = true,
+     .canBeTiled = false,
+     .compression = nullptr,
+     .compressions = {}},
+    jpegFormat(".jpg"),
+    jpegFormat(".jpeg"),
+    {.ending = ".exr",
+     .numbers = NumberFormat::float32,
+     .choices = kNumbersOfExr,
+     .alpha = AlphaInFile::associated,
+     .hasDigest = true,
+     .canBeTiled = true,
+     .compression = "zip",
+     .compressions = kCompressionsOfExr},
+    tiffFormat(".tif"),
+    tiffFormat(".tiff"),
+    {.ending = ".hdr",
+     .numbers = NumberFormat::float32,
+     .choices = {},
+     .alpha = AlphaInFile::none,
+     .hasDigest = false,
+     .canBeTiled = false,
+     .compression = nullptr,
+     .compressions = {}},
 }};
 
 bool isExr(const PictureFormat &format) { return std::strcmp(format.ending, ".exr") == 0; }
@@ -75,48 +133,103 @@ Texts textsOf(const PictureMetadata &metadata, const PictureFormat &format) {
     return texts;
 }
 
-// Converts one row of the picture to the number format of the file, in `row`, whose memory later calls use again.
-template <typename Value, typename Convert>
-const void *fillRow(const Picture &picture, const Region &window, int y, int channels, Convert convert,
-                    std::vector<Value> &row) {
+// What is written of a picture, and how.
+struct WrittenPicture {
+    const Picture &picture;
+    const PictureFormat &format;
+    NumberFormat numbers;
+    Region window;
+    int channels;
+    bool isDivided;     // colours by alpha
+    bool displayValues; // no curve is applied
+
+    WrittenPicture(const Picture &pictureToWrite, const PictureFormat &formatOfFile, const PictureMetadata &metadata,
+                   const FileSettings &settings)
+        : picture(pictureToWrite), format(formatOfFile), numbers(settings.numbers.value_or(format.numbers)),
+          window(storedWindow(picture, format)),
+          isDivided(format.alpha == AlphaInFile::straight && metadata.backdrop == kBackdropLeftOut),
+          displayValues(isOfDisplayValues(metadata)) {
+        channels = isDivided || format.alpha == AlphaInFile::associated ? 4 : 3;
+    }
+};
+
+// Converts one row of the picture to the numbers of the file, in `row`, whose memory later calls use again. `alpha`
+// converts alpha, and `colour` the other components.
+template <typename Value, typename Colour, typename Alpha>
+const void *fillRow(const WrittenPicture &written, int y, Colour colour, Alpha alpha, std::vector<Value> &row) {
     row.clear();
-    row.reserve(static_cast<std::size_t>(window.width()) * static_cast<std::size_t>(channels));
-    for (int x = window.left; x < window.right; ++x)
-        for (int channel = 0; channel < channels; ++channel) row.push_back(convert(picture.pixel(x, y)[channel]));
+    row.reserve(static_cast<std::size_t>(written.window.width()) * static_cast<std::size_t>(written.channels));
+    for (int x = written.window.left; x < written.window.right; ++x) {
+        const float *const pixel = written.picture.pixel(x, y);
+        const float coverage = pixel[3];
+        for (int i = 0; i < 3; ++i) {
+            float value = pixel[i];
+            if (written.isDivided) value = coverage > 0 ? value / coverage : 0;
+            row.push_back(colour(value));
+        }
+        if (written.channels == 4) row.push_back(alpha(coverage));
+    }
     return row.data();
 }
 
-std::uint8_t toByte(double display) { return static_cast<std::uint8_t>(std::lround(display * 255)); }
-std::uint8_t byteOfLight(float light) { return toByte(linearToSrgb(light)); }
-std::uint8_t byteOfDisplayValue(float value) { return value > 0 ? toByte(std::min(1.0F, value)) : std::uint8_t{0}; }
+double displayOfLight(float light) { return linearToSrgb(light); }
+double displayOfDisplayValue(float value) { return value > 0 ? std::min(1.0, static_cast<double>(value)) : 0; }
 
-// A function that returns a row of the picture as the file stores it; see NewImage::row.
-std::function<const void *(int)> rowsOf(const Picture &picture, const PictureFormat &format, bool displayValues) {
-    const Region window = storedWindow(picture, format);
-    if (format.isFloat)
-        return [&picture, &format, window, row = std::vector<float>()](int index) mutable {
-            return fillRow(picture, window, window.top + index, format.channels, std::identity(), row);
-        };
-    const auto convert = displayValues ? byteOfDisplayValue : byteOfLight;
-    return [&picture, &format, window, convert, row = std::vector<std::uint8_t>()](int index) mutable {
-        return fillRow(picture, window, window.top + index, format.channels, convert, row);
+template <typename Integer, double toDisplay(float)>
+Integer toInteger(float value) {
+    return static_cast<Integer>(std::lround(toDisplay(value) * std::numeric_limits<Integer>::max()));
+}
+
+// Functions that return a row of the picture as the file stores it; see NewImage::row.
+using Rows = std::function<const void *(int)>;
+
+template <typename Integer>
+Rows integerRowsOf(const WrittenPicture &written) {
+    const auto alpha = toInteger<Integer, displayOfDisplayValue>;
+    const auto colour = written.displayValues ? alpha : toInteger<Integer, displayOfLight>;
+    return [written, colour, alpha, row = std::vector<Integer>()](int index) mutable {
+        return fillRow(written, written.window.top + index, colour, alpha, row);
     };
 }
 
-NewImage describe(const Picture &picture, const PictureFormat &format, const PictureMetadata &metadata) {
-    const Region window = storedWindow(picture, format);
-    return {.format = format.ending + 1,
-            .compression = format.compression,
+template <typename Convert>
+Rows floatRowsOf(const WrittenPicture &written, Convert convert) {
+    return [written, convert, row = std::vector<float>()](int index) mutable {
+        return fillRow(written, written.window.top + index, convert, convert, row);
+    };
+}
+
+float withinHalf(float value) {
+    constexpr float kLargestHalf = 65504;
+    return std::isfinite(value) ? std::clamp(value, -kLargestHalf, kLargestHalf) : value;
+}
+
+Rows rowsOf(const WrittenPicture &written) {
+    switch (written.numbers) {
+    case NumberFormat::uint8: return integerRowsOf<std::uint8_t>(written);
+    case NumberFormat::uint16: return integerRowsOf<std::uint16_t>(written);
+    case NumberFormat::half: return floatRowsOf(written, withinHalf);
+    case NumberFormat::float32: return floatRowsOf(written, std::identity());
+    }
+    return {};
+}
+
+NewImage describe(const WrittenPicture &written, const PictureMetadata &metadata, const FileSettings &settings) {
+    const Region &window = written.window;
+    return {.format = written.format.ending + 1,
+            .compression = settings.compression.empty() ? written.format.compression : settings.compression.c_str(),
             .left = window.left,
             .top = window.top,
             .width = window.width(),
             .height = window.height(),
-            .fullWidth = picture.width(),
-            .fullHeight = picture.height(),
-            .channels = format.channels,
-            .isFloat = format.isFloat,
-            .row = rowsOf(picture, format, isOfDisplayValues(metadata)),
-            .texts = textsOf(metadata, format)};
+            .fullWidth = written.picture.width(),
+            .fullHeight = written.picture.height(),
+            .channels = written.channels,
+            .hasStraightAlpha = written.isDivided,
+            .numbers = written.numbers,
+            .tileSize = settings.isTiled ? kTileSide : 0,
+            .row = rowsOf(written),
+            .texts = textsOf(metadata, written.format)};
 }
 
 // The whole file of an image. MachineError, naming the file, if it cannot be made.
@@ -142,9 +255,18 @@ void checkPictureEnding(const std::string &file) {
 bool hasDigest(const std::string &file) { return formatOf(file).hasDigest; }
 bool holdsParts(const std::string &file) { return isExr(formatOf(file)); }
 
-void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata) {
+FileChoices fileChoices(const std::string &file) {
     const PictureFormat &format = formatOf(file);
-    const std::vector<unsigned char> bytes = bytesOf(describe(picture, format, metadata), file);
+    return {.numbers = format.choices,
+            .compressions = format.compressions,
+            .canBeTiled = format.canBeTiled,
+            .hasAlpha = format.alpha != AlphaInFile::none};
+}
+
+void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata,
+                  const FileSettings &settings) {
+    const WrittenPicture written(picture, formatOf(file), metadata, settings);
+    const std::vector<unsigned char> bytes = bytesOf(describe(written, metadata, settings), file);
     writeFileAtomically(file, {reinterpret_cast<const char *>(bytes.data()), bytes.size()});
 }
 

@@ -4,15 +4,19 @@
 #include "host/base/region.h"
 #include "host/base/shared_memory.h"
 #include "host/base/workflow.h"
+#include "host/image/library/image_library.h"
 
 #include <cstddef>
+#include <optional>
+#include <span>
 #include <string>
 
 namespace velm::host {
 
 // A picture in memory: red, green and blue, and alpha (the fraction of the pixel that shows an object), as floats; rows
-// from the top. Colours are linear light in the linear workflow, and display values in the classic one. They are not
-// multiplied by alpha: they include the backdrop. Only the pixels of the data window take memory; those outside it are
+// from the top. Colours are linear light in the linear workflow, and display values in the classic one. They include
+// the backdrop, where it shows, or leave it out (see PictureMetadata::backdrop): then they are those of the objects
+// alone, times alpha, as in associated alpha. Only the pixels of the data window take memory; those outside it are
 // black and without coverage. The memory is shared with processes that are forked from this one, so that they can fill
 // the picture in.
 class Picture {
@@ -65,7 +69,12 @@ struct PictureMetadata {
     std::string seed;    // of the noise, as a number
     // "classic" for a picture of display values, to which no sRGB curve is applied; empty for linear light.
     std::string workflow;
+    // "left out" of a picture whose colours do not include the backdrop; empty if they do.
+    std::string backdrop;
 };
+
+// The value of PictureMetadata::backdrop for pictures that leave the backdrop out.
+inline constexpr const char *kBackdropLeftOut = "left out";
 
 // The value of PictureMetadata::workflow for pictures that are rendered in this workflow. [any thread]
 inline std::string workflowText(Workflow workflow) {
@@ -81,14 +90,32 @@ void checkPictureEnding(const std::string &file);
 bool hasDigest(const std::string &file);
 bool holdsParts(const std::string &file);
 
+// How a picture is stored in a file, where its format leaves a choice.
+struct FileSettings {
+    std::optional<NumberFormat> numbers; // the format's default: see writePicture
+    std::string compression;             // the format's default if empty
+    bool isTiled = false;                // in tiles of 64 x 64 pixels, instead of rows
+};
+
+// What files with an extension, a known one, offer.
+struct FileChoices {
+    std::span<const NumberFormat> numbers;     // empty: there is no choice
+    std::span<const char *const> compressions; // likewise
+    bool canBeTiled, hasAlpha;
+};
+FileChoices fileChoices(const std::string &file);
+
 // Writes a picture in the format of the file name's extension, in upper or lower case: .png, .jpg, .jpeg, .tif, .tiff
-// (8 bits, sRGB, no alpha), .exr (float, with alpha), .hdr (shared exponent, no alpha). Float files have the numbers of
-// the picture. 8-bit files have display values: linear light is converted by the sRGB curve, a picture of display
-// values is not. 8-bit components are clamped to 0..1; NaN becomes 0 there. EXR files have the picture's data window,
-// and headers with the metadata: scene, module, version, command, velm:scene (the digest), velm:part, velm:samples,
-// velm:seed and velm:workflow. PNG texts have these too, and TIFF files the digest in their description. The picture is
-// written to a temporary file beside `file` and renamed, so that `file` is never incomplete. Throws InputError for an
-// unknown extension, and MachineError if the file cannot be written.
-void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata = {});
+// (8 bits, sRGB), .exr (float, with alpha), .hdr (shared exponent, no alpha). `settings` has to be among fileChoices.
+// Float files have the numbers of the picture; finite ones beyond the range of half are clamped to it. Integer files
+// have display values: linear light is converted by the sRGB curve, a picture of display values is not; components are
+// clamped to 0..1, and NaN becomes 0. PNG and TIFF files have alpha if the picture leaves the backdrop out. Their alpha
+// is straight: colours are divided by it before any curve is applied, and are black where it is 0. EXR files have the
+// picture's data window, and headers with the metadata: scene, module, version, command, velm:scene (the digest),
+// velm:part, velm:samples, velm:seed, velm:workflow and velm:backdrop. PNG texts have these too, and TIFF files the
+// digest in their description. The picture is written to a temporary file beside `file` and renamed, so that `file` is
+// never incomplete. Throws InputError for an unknown extension, and MachineError if the file cannot be written.
+void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata = {},
+                  const FileSettings &settings = {});
 
 } // namespace velm::host

@@ -1,5 +1,6 @@
 #include "host/image/png_file.h"
 
+#include <bit>
 #include <cstddef>
 #include <new>
 #include <png.h>
@@ -38,8 +39,10 @@ class PngWriter {
 
     // Uses the settings, and begins with the texts, of the files that the image library writes.
     void write(const NewImage &image) {
-        png_set_IHDR(png_, info_, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height), 8,
-                     PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        const bool hasWords = image.numbers == NumberFormat::uint16;
+        png_set_IHDR(png_, info_, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height),
+                     hasWords ? 16 : 8, image.channels == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
+                     PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         png_set_compression_level(png_, 6);
         png_set_compression_strategy(png_, Z_DEFAULT_STRATEGY); // not the default, Z_FILTERED
         png_set_oFFs(png_, info_, image.left, image.top, PNG_OFFSET_PIXEL);
@@ -48,6 +51,7 @@ class PngWriter {
         addText("jpeg:subsampling", "4:4:4");
         for (const auto &[name, text] : image.texts) addText(name == "ImageDescription" ? "Description" : name, text);
         png_write_info(png_, info_);
+        if (hasWords && std::endian::native == std::endian::little) png_set_swap(png_);
         for (int index = 0; index < image.height; ++index)
             png_write_row(png_, static_cast<png_const_bytep>(image.row(index)));
         png_write_end(png_, nullptr);

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -99,12 +100,13 @@ double SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index
     Vec3 unit;
     if (!spawnRay(state.origin, view.origin, view.direction, ray, unit) ||
         !findHit(state, scene_.acceleration->cameraScene(), ray, {})) {
-        colour = backdropAlong(state, view.direction);
+        colour = job_.backdropLeftOut ? Vec3{} : backdropAlong(state, view.direction);
         return 0;
     }
     ++state.samples;
     const SeenColour seen = shadeRay(state, scene_.acceleration->cameraScene(), {}, ray,
-                                     {.direction = unit, .refractionIndex = 1, .flags = 0});
+                                     {.direction = unit, .refractionIndex = 1, .flags = 0},
+                                     job_.backdropLeftOut ? std::optional(Vec3{}) : std::nullopt);
     colour = seen.colour;
     return seen.opacity;
 }

@@ -31,9 +31,9 @@ class SampleRenderer {
     RayState initialState(int threadIndex) const;
 
     // Renders sample `index` of the pixel (x, y) of the picture, and writes its colour to `colour`. Returns the alpha:
-    // 1 where the camera ray hit an object, 0 where the colour is the backdrop's, and in between where the backdrop
-    // shows through objects that are partly dissolved. A pixel outside the camera's mask has the mask's colour, and an
-    // alpha of 1. [render threads]
+    // 1 where the camera ray hit an object, 0 where the colour is the backdrop's (black if the job leaves it out), and
+    // in between where the backdrop shows through objects that are partly dissolved. A pixel outside the camera's mask
+    // has the mask's colour, and an alpha of 1. [render threads]
     double render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const;
 
   private:

@@ -123,7 +123,8 @@ TEST(Picture, ExrHeaderStatesHowItWasMade) {
                                       .part = {},
                                       .samples = {},
                                       .seed = {},
-                                      .workflow = {}};
+                                      .workflow = {},
+                                      .backdrop = {}};
     writePicture(ramp(), directory / "a.exr", metadata);
     const auto input = OIIO::ImageInput::open(directory / "a.exr");
     ASSERT_TRUE(input);

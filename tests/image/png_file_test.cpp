@@ -9,19 +9,29 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
+// What a row of the image has.
+struct RowKind {
+    NumberFormat numbers;
+    int channels;
+};
+constexpr RowKind kBytes = {.numbers = NumberFormat::uint8, .channels = 3};
+
 // An image of scattered bytes, so that its rows do not resemble each other.
-NewImage scattered(int width, int height) {
+NewImage scattered(int width, int height, const RowKind &kind = kBytes) {
     NewImage image{.format = "png",
                    .width = width,
                    .height = height,
                    .fullWidth = width,
                    .fullHeight = height,
-                   .channels = 3,
+                   .channels = kind.channels,
+                   .hasStraightAlpha = kind.channels == 4,
+                   .numbers = kind.numbers,
                    .row = {},
                    .texts = {{"scene", "clay.json"},
                              {"command", "velm render \"a b\" --set x=\u00e9"},
                              {"ImageDescription", "velm:scene 0ddffa56"}}};
-    image.row = [row = std::vector<std::uint8_t>(static_cast<std::size_t>(width) * 3)](int index) mutable {
+    const int bytes = width * kind.channels * (kind.numbers == NumberFormat::uint16 ? 2 : 1);
+    image.row = [row = std::vector<std::uint8_t>(static_cast<std::size_t>(bytes))](int index) mutable {
         std::uint32_t state = static_cast<std::uint32_t>(index) + 1;
         for (std::uint8_t &value : row) {
             state = state * 1664525 + 1013904223;
@@ -46,6 +56,17 @@ TEST(PngFile, IsTheSameAsTheImageLibrarys) {
         ASSERT_TRUE(makePng(scattered(size.width, size.height), ours, error)) << error;
         ASSERT_TRUE(imageLibrary().write(scattered(size.width, size.height), theirs, error)) << error;
         EXPECT_EQ(ours, theirs) << size.width << " x " << size.height;
+    }
+}
+
+TEST(PngFile, OfWordsAndWithAlphaIsTheSameAsTheImageLibrarys) {
+    for (const RowKind &kind :
+         {RowKind{NumberFormat::uint8, 4}, {NumberFormat::uint16, 3}, {NumberFormat::uint16, 4}}) {
+        Bytes ours, theirs;
+        std::string error;
+        ASSERT_TRUE(makePng(scattered(64, 48, kind), ours, error)) << error;
+        ASSERT_TRUE(imageLibrary().write(scattered(64, 48, kind), theirs, error)) << error;
+        EXPECT_EQ(ours, theirs) << kind.channels << " channels";
     }
 }
 

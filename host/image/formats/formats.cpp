@@ -88,14 +88,25 @@ class OpenedFile final : public ImageFile {
     ImageHeader header_;
 };
 
+OIIO::TypeDesc typeOf(NumberFormat numbers) {
+    switch (numbers) {
+    case NumberFormat::uint8: return OIIO::TypeDesc::UINT8;
+    case NumberFormat::uint16: return OIIO::TypeDesc::UINT16;
+    case NumberFormat::half: return OIIO::TypeDesc::HALF;
+    case NumberFormat::float32: return OIIO::TypeDesc::FLOAT;
+    }
+    return {};
+}
+
 OIIO::ImageSpec describe(const NewImage &image) {
-    OIIO::ImageSpec spec(image.width, image.height, image.channels,
-                         image.isFloat ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT8);
+    OIIO::ImageSpec spec(image.width, image.height, image.channels, typeOf(image.numbers));
     spec.x = image.left;
     spec.y = image.top;
     spec.full_width = image.fullWidth;
     spec.full_height = image.fullHeight;
-    spec.attribute("oiio:ColorSpace", image.isFloat ? "Linear" : "sRGB");
+    spec.tile_width = spec.tile_height = image.tileSize;
+    if (image.hasStraightAlpha) spec.attribute("oiio:UnassociatedAlpha", 1);
+    spec.attribute("oiio:ColorSpace", image.isFloat() ? "Linear" : "sRGB");
     spec.attribute("jpeg:subsampling", "4:4:4");
     spec.attribute("tiff:write_exif", 0); // cannot be written to memory, and would be empty
     spec.attribute("DateTime", ""); // otherwise the library adds the time, and equal pictures would not be equal files
@@ -104,10 +115,35 @@ OIIO::ImageSpec describe(const NewImage &image) {
     return spec;
 }
 
+// The type of the values that `NewImage::row` returns.
+OIIO::TypeDesc typeOfRows(const NewImage &image) {
+    return image.isFloat() ? OIIO::TypeDesc(OIIO::TypeDesc::FLOAT) : typeOf(image.numbers);
+}
+
 bool writeRows(OIIO::ImageOutput &output, const NewImage &image) {
-    const OIIO::TypeDesc type = image.isFloat ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT8;
+    const OIIO::TypeDesc type = typeOfRows(image);
     for (int index = 0; index < image.height; ++index)
         if (!output.write_scanline(image.top + index, 0, type, image.row(index))) return false;
+    return true;
+}
+
+// Writes one row of tiles after the other.
+bool writeTiles(OIIO::ImageOutput &output, const NewImage &image) {
+    const OIIO::TypeDesc type = typeOfRows(image);
+    const std::size_t rowBytes =
+        static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.channels) * type.size();
+    std::vector<unsigned char> rows;
+    for (int first = 0; first < image.height; first += image.tileSize) {
+        const int end = std::min(first + image.tileSize, image.height);
+        rows.clear();
+        for (int index = first; index < end; ++index) {
+            const auto *row = static_cast<const unsigned char *>(image.row(index));
+            rows.insert(rows.end(), row, row + rowBytes);
+        }
+        if (!output.write_tiles(image.left, image.left + image.width, image.top + first, image.top + end, 0, 1, type,
+                                rows.data()))
+            return false;
+    }
     return true;
 }
 
@@ -152,8 +188,9 @@ class Library final : public ImageLibrary {
             error = "the format cannot be made in memory";
             return false;
         }
+        const auto writePixels = image.tileSize > 0 ? writeTiles : writeRows;
         const bool isWritten =
-            output->open("picture." + image.format, describe(image)) && writeRows(*output, image) && output->close();
+            output->open("picture." + image.format, describe(image)) && writePixels(*output, image) && output->close();
         if (!isWritten) error = output->geterror();
         return isWritten;
     }

@@ -16,12 +16,15 @@ namespace velm::host {
 // The file name of the library, which is in the directory of the program.
 inline constexpr const char *kImageLibraryFile = "libvelm-images.so";
 // Changes with every change of the types below.
-inline constexpr int kImageLibraryVersion = 1;
+inline constexpr int kImageLibraryVersion = 2;
 // The one function that the library exports. It sets OpenImageIO up when it is called first.
 inline constexpr const char *kImageLibraryFunction = "velmImageLibrary";
 
 // The kinds of numbers in image files: integers of 8 or 16 bits, integers of more bits, and floats of any size.
 enum class StoredNumbers { shortIntegers, longIntegers, floats };
+
+// The numbers of an image that is written. Integers are display values, from 0 to the largest one.
+enum class NumberFormat { uint8, uint16, half, float32 };
 
 // What an image file says about its first picture.
 struct ImageHeader {
@@ -56,16 +59,21 @@ class ImageFile {
 
 // An image to be written.
 struct NewImage {
-    std::string format;                // "png", "jpg", "jpeg", "exr", "tif", "tiff" or "hdr"
-    const char *compression = nullptr; // as OpenImageIO names it; null: the format's default
-    int left = 0, top = 0;             // of the pixels in the picture
-    int width = 0, height = 0;         // of the pixels
-    int fullWidth = 0, fullHeight = 0; // of the picture
-    int channels = 0;                  // 3: red, green, blue; 4: also alpha
-    bool isFloat = false;              // rows are of float; else of std::uint8_t with display values (sRGB)
-    std::function<const void *(int index)>
-        row; // the values of a row, counted from 0 at `top`; valid until the next call
+    std::string format;                         // "png", "jpg", "jpeg", "exr", "tif", "tiff" or "hdr"
+    const char *compression = nullptr;          // as OpenImageIO names it; null: the format's default
+    int left = 0, top = 0;                      // of the pixels in the picture
+    int width = 0, height = 0;                  // of the pixels
+    int fullWidth = 0, fullHeight = 0;          // of the picture
+    int channels = 0;                           // 3: red, green, blue; 4: also alpha
+    bool hasStraightAlpha = false;              // the format stores colours that are not multiplied by alpha
+    NumberFormat numbers = NumberFormat::uint8; // in the file
+    int tileSize = 0; // pixels a side, a multiple of 16, of a file that is divided into tiles; 0: it has rows
+    // The values of a row, counted from 0 at `top`, as std::uint8_t, as std::uint16_t, or, for half and float32, as
+    // float; valid until the next call.
+    std::function<const void *(int index)> row;
     std::vector<std::pair<std::string, std::string>> texts; // metadata: names and texts
+
+    bool isFloat() const { return numbers == NumberFormat::half || numbers == NumberFormat::float32; }
 };
 
 // What the shared library offers. [interface thread, and the processes in which files are read]
