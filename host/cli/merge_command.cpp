@@ -42,6 +42,8 @@ int run(const ProgramOptions &, const MergeOptions &options, std::ostream &, std
     prepareOutput(options.output);
     std::vector<PartFile> parts;
     for (const std::string &part : options.parts) parts.push_back(readPart(part));
+    const bool isClassic = parts.front().metadata.workflow == workflowText(Workflow::classic);
+    checkWorkflow(options.files, isClassic ? Workflow::classic : Workflow::linear);
     const PartFile merged = mergeParts(std::move(parts), options.expected);
     writePicture(merged.picture, options.output, merged.metadata, files);
     return kExitDone;

@@ -270,6 +270,7 @@ bool renderScene(const ProgramOptions &program, const RenderOptions &options, Re
     withOverrides(options, [&] {
         session.emplace(completeFile(opened, meshes, reporting.warnings), reporting.warnings, &meshes);
     });
+    checkWorkflow(options.files, session->scene().render.workflow);
     plan.job.camera = session->scene().render.camera;
     tellAdditions(opened, session->scene(), reporting);
     overrideSettings(options, *session);

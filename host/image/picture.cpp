@@ -142,13 +142,14 @@ struct WrittenPicture {
     int channels;
     bool isDivided;     // colours by alpha
     bool displayValues; // no curve is applied
+    ViewTransform view;
 
     WrittenPicture(const Picture &pictureToWrite, const PictureFormat &formatOfFile, const PictureMetadata &metadata,
                    const FileSettings &settings)
         : picture(pictureToWrite), format(formatOfFile), numbers(settings.numbers.value_or(format.numbers)),
           window(storedWindow(picture, format)),
           isDivided(format.alpha == AlphaInFile::straight && metadata.backdrop == kBackdropLeftOut),
-          displayValues(isOfDisplayValues(metadata)) {
+          displayValues(isOfDisplayValues(metadata)), view(settings.view) {
         channels = isDivided || format.alpha == AlphaInFile::associated ? 4 : 3;
     }
 };
@@ -172,12 +173,27 @@ const void *fillRow(const WrittenPicture &written, int y, Colour colour, Alpha a
     return row.data();
 }
 
-double displayOfLight(float light) { return linearToSrgb(light); }
 double displayOfDisplayValue(float value) { return value > 0 ? std::min(1.0, static_cast<double>(value)) : 0; }
 
-template <typename Integer, double toDisplay(float)>
-Integer toInteger(float value) {
-    return static_cast<Integer>(std::lround(toDisplay(value) * std::numeric_limits<Integer>::max()));
+// Converts light to display values of 0 to 1.
+class LightToDisplay {
+  public:
+    explicit LightToDisplay(const ViewTransform &view)
+        : gain_(std::exp2(view.exposure)), isFilmic_(view.curve == ViewTransform::Curve::filmic) {}
+
+    double operator()(float light) const {
+        const double exposed = gain_ * static_cast<double>(light);
+        return linearToSrgb(isFilmic_ ? filmicCurve(exposed) : exposed);
+    }
+
+  private:
+    double gain_;
+    bool isFilmic_;
+};
+
+template <typename Integer>
+Integer toInteger(double display) {
+    return static_cast<Integer>(std::lround(display * std::numeric_limits<Integer>::max()));
 }
 
 // Functions that return a row of the picture as the file stores it; see NewImage::row.
@@ -185,10 +201,16 @@ using Rows = std::function<const void *(int)>;
 
 template <typename Integer>
 Rows integerRowsOf(const WrittenPicture &written) {
-    const auto alpha = toInteger<Integer, displayOfDisplayValue>;
-    const auto colour = written.displayValues ? alpha : toInteger<Integer, displayOfLight>;
-    return [written, colour, alpha, row = std::vector<Integer>()](int index) mutable {
-        return fillRow(written, written.window.top + index, colour, alpha, row);
+    const auto same = [](float value) { return toInteger<Integer>(displayOfDisplayValue(value)); };
+    if (written.displayValues)
+        return [written, same, row = std::vector<Integer>()](int index) mutable {
+            return fillRow(written, written.window.top + index, same, same, row);
+        };
+    const auto colour = [toDisplay = LightToDisplay(written.view)](float light) {
+        return toInteger<Integer>(toDisplay(light));
+    };
+    return [written, colour, same, row = std::vector<Integer>()](int index) mutable {
+        return fillRow(written, written.window.top + index, colour, same, row);
     };
 }
 
@@ -257,7 +279,8 @@ bool holdsParts(const std::string &file) { return isExr(formatOf(file)); }
 
 FileChoices fileChoices(const std::string &file) {
     const PictureFormat &format = formatOf(file);
-    return {.numbers = format.choices,
+    return {.usualNumbers = format.numbers,
+            .numbers = format.choices,
             .compressions = format.compressions,
             .canBeTiled = format.canBeTiled,
             .hasAlpha = format.alpha != AlphaInFile::none};

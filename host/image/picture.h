@@ -90,15 +90,26 @@ void checkPictureEnding(const std::string &file);
 bool hasDigest(const std::string &file);
 bool holdsParts(const std::string &file);
 
+// How light becomes display values in integer files.
+struct ViewTransform {
+    enum class Curve { standard, filmic }; // the sRGB curve alone, or after filmicCurve (host/image/transfer.h)
+
+    double exposure = 0; // stops: light is multiplied by 2 to this power first
+    Curve curve = Curve::standard;
+    bool operator==(const ViewTransform &) const = default;
+};
+
 // How a picture is stored in a file, where its format leaves a choice.
 struct FileSettings {
     std::optional<NumberFormat> numbers; // the format's default: see writePicture
     std::string compression;             // the format's default if empty
     bool isTiled = false;                // in tiles of 64 x 64 pixels, instead of rows
+    ViewTransform view = {};             // of integer files of pictures of light; others ignore it
 };
 
 // What files with an extension, a known one, offer.
 struct FileChoices {
+    NumberFormat usualNumbers;
     std::span<const NumberFormat> numbers;     // empty: there is no choice
     std::span<const char *const> compressions; // likewise
     bool canBeTiled, hasAlpha;
@@ -108,10 +119,10 @@ FileChoices fileChoices(const std::string &file);
 // Writes a picture in the format of the file name's extension, in upper or lower case: .png, .jpg, .jpeg, .tif, .tiff
 // (8 bits, sRGB), .exr (float, with alpha), .hdr (shared exponent, no alpha). `settings` has to be among fileChoices.
 // Float files have the numbers of the picture; finite ones beyond the range of half are clamped to it. Integer files
-// have display values: linear light is converted by the sRGB curve, a picture of display values is not; components are
-// clamped to 0..1, and NaN becomes 0. PNG and TIFF files have alpha if the picture leaves the backdrop out. Their alpha
-// is straight: colours are divided by it before any curve is applied, and are black where it is 0. EXR files have the
-// picture's data window, and headers with the metadata: scene, module, version, command, velm:scene (the digest),
+// have display values: linear light is converted by the view transform, a picture of display values is not; components
+// are clamped to 0..1, and NaN becomes 0. PNG and TIFF files have alpha if the picture leaves the backdrop out. Their
+// alpha is straight: colours are divided by it before any curve is applied, and are black where it is 0. EXR files have
+// the picture's data window, and headers with the metadata: scene, module, version, command, velm:scene (the digest),
 // velm:part, velm:samples, velm:seed, velm:workflow and velm:backdrop. PNG texts have these too, and TIFF files the
 // digest in their description. The picture is written to a temporary file beside `file` and renamed, so that `file` is
 // never incomplete. Throws InputError for an unknown extension, and MachineError if the file cannot be written.

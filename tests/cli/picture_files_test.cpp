@@ -80,6 +80,12 @@ TEST_F(PictureFiles, AssociatedAlphaLeavesTheBackdropOut) {
         for (int x = 0; x < picture.width; ++x) EXPECT_FLOAT_EQ(picture.pixel(x, y)[1], 0.5F * picture.pixel(x, y)[3]);
 }
 
+// The card's light of 0.25 is shown as 0.5, which is 188 of 255.
+TEST_F(PictureFiles, ExposureBrightensThePicture) {
+    ASSERT_EQ(render("a.png", {"--exposure", "1"}).status, kExitDone);
+    EXPECT_FLOAT_EQ(readFilePixels(file("a.png")).pixel(24, 20)[0] * 255, 188);
+}
+
 TEST_F(PictureFiles, MergedPartsKeepTheirAlpha) {
     std::vector<std::string> words{"merge", "-o", file("merged.png"), "--bits", "16"};
     for (const char *number : {"1", "2"}) {
@@ -118,6 +124,12 @@ TEST_F(PictureFiles, WhatAFormatDoesNotHaveIsAUsageError) {
                      "--compression: .exr files cannot have zap, only none, rle, zips, zip, piz");
     expectUsageError("a.png", {"--compression", "zip"}, "--compression: .png files leave no choice");
     expectUsageError("a.png", {"--tiled"}, "--tiled: .png files have no tiles; EXR and TIFF files can have them");
+    expectUsageError("a.exr", {"--exposure", "1"},
+                     "a.exr\" contains light itself; the view is for files of 8 or 16 bits");
+    expectUsageError("a.tif", {"--bits", "float", "--view-transform", "filmic"}, "--view-transform: ");
+    expectUsageError("a.png", {"--view-transform", "film"}, "--view-transform: \"film\" is none of standard, filmic");
+    expectUsageError("a.png", {"--exposure", "nan"}, "\"nan\" is not a number from -32 to 32");
+    expectUsageError("a.png", {"--exposure", "1", "--workflow", "classic"}, "--workflow linear renders light");
     EXPECT_EQ(directory_.names(), std::vector<std::string>{"scene.json"});
 }
 

@@ -1,6 +1,7 @@
 // How pictures are stored: alpha, the numbers of the file, compression and tiles.
 #include "host/image/file_pixels.h"
 #include "host/image/picture.h"
+#include "host/image/transfer.h"
 #include "tests/temporary_directory.h"
 
 #include <OpenImageIO/imageio.h>
@@ -67,6 +68,49 @@ TEST(PictureSettings, PicturesWithTheBackdropHaveNoAlphaInPngAndTiff) {
         writePicture(halfCovered(), directory / name);
         EXPECT_EQ(readFilePixels(directory / name).channels.size(), 3U) << name;
     }
+}
+
+struct ViewCase {
+    ViewTransform view;
+    int byte;     // of light of 0.25
+    int bright;   // of light of 1
+    int brighter; // of light of 8
+};
+// By the sRGB curve of 0.25, 0.5 and 0.125, and of the filmic curve's values: 0.3741 for 0.25, 0.8038 for 1, and 1
+// for 8.
+constexpr ViewCase kViewCases[] = {
+    {{.exposure = 0, .curve = ViewTransform::Curve::standard}, 137, 255, 255},
+    {{.exposure = 1, .curve = ViewTransform::Curve::standard}, 188, 255, 255},
+    {{.exposure = -1, .curve = ViewTransform::Curve::standard}, 99, 188, 255},
+    {{.exposure = 0, .curve = ViewTransform::Curve::filmic}, 165, 232, 255},
+    {{.exposure = 2, .curve = ViewTransform::Curve::filmic}, 232, 252, 255},
+};
+
+TEST(PictureSettings, TheViewChangesIntegersAlone) {
+    Picture picture(1, 1);
+    for (const auto &[i, value] : {std::pair{0, 0.25F}, {1, 1.0F}, {2, 8.0F}}) picture.pixel(0, 0)[i] = value;
+    for (const ViewCase &each : kViewCases) {
+        const TemporaryDirectory directory;
+        const FileSettings settings = {.numbers = {}, .compression = {}, .isTiled = false, .view = each.view};
+        writePicture(picture, directory / "a.png", {}, settings);
+        const FilePixels read = readFilePixels(directory / "a.png");
+        EXPECT_FLOAT_EQ(read.pixel(0, 0)[0] * 255, static_cast<float>(each.byte));
+        EXPECT_FLOAT_EQ(read.pixel(0, 0)[1] * 255, static_cast<float>(each.bright));
+        EXPECT_FLOAT_EQ(read.pixel(0, 0)[2] * 255, static_cast<float>(each.brighter));
+        writePicture(picture, directory / "a.exr", {}, settings);
+        EXPECT_EQ(readFilePixels(directory / "a.exr").pixel(0, 0)[2], 8);
+    }
+}
+
+// The values that the source of the curve gives, and its limits.
+TEST(PictureSettings, TheFilmicCurveHasItsKnownValues) {
+    EXPECT_NEAR(filmicCurve(1), 2.54 / 3.16, 1e-12);
+    EXPECT_NEAR(filmicCurve(0.5), 0.6425 / 1.0425, 1e-12);
+    EXPECT_EQ(filmicCurve(8), 1);
+    EXPECT_EQ(filmicCurve(std::numeric_limits<double>::infinity()), 1);
+    EXPECT_EQ(filmicCurve(0), 0);
+    EXPECT_EQ(filmicCurve(-1), 0);
+    EXPECT_EQ(filmicCurve(std::numeric_limits<double>::quiet_NaN()), 0);
 }
 
 struct NumbersCase {
