@@ -2,16 +2,17 @@
 // that the environment variable VELM_MODULES lists, separated by colons.
 #include "module/host.h"
 #include "module/servers.h"
+#include "tests/platforms/macho_format.h"
 #include "tests/platforms/module_image.h"
 
-#include <algorithm>
-#include <array>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <map>
+#include <set>
 #include <sstream>
 
 namespace velm::plugin {
@@ -24,28 +25,59 @@ constexpr size_t kPanels = VELM_SERVERS(ONE, NONE) + 1; // and that of Render Ca
 #undef NONE
 #undef ONE
 
-std::vector<std::string> modules(bool windows) {
-    std::vector<std::string> all = {VELM_MODULE_FILE}, chosen;
+// What a module has for one kind of processor.
+struct Part {
+    std::string path; // the module
+    size_t number;    // an index of what readModule gives
+    friend void PrintTo(const Part &part, std::ostream *out) { *out << part.path << ", part " << part.number; }
+};
+
+std::vector<std::string> modules() {
+    std::vector<std::string> all = {VELM_MODULE_FILE};
     const char *more = std::getenv("VELM_MODULES");
     std::istringstream list(more ? more : "");
     for (std::string path; std::getline(list, path, ':');) all.push_back(path);
-    for (const std::string &path : all)
-        if (!windows || readModule(path).windows) chosen.push_back(path);
+    return all;
+}
+
+std::vector<Part> parts() {
+    std::vector<Part> all;
+    for (const std::string &path : modules())
+        for (size_t number = 0; number < readModule(path).size(); ++number) all.push_back({path, number});
+    return all;
+}
+
+std::vector<Part> parts(ModuleFormat format) {
+    std::vector<Part> chosen = parts();
+    std::erase_if(chosen, [&](const Part &part) { return readModule(part.path)[part.number].format != format; });
     return chosen;
 }
 
-std::string nameOf(const testing::TestParamInfo<std::string> &info) {
-    std::string name = std::to_string(info.index) + "_";
-    for (const char c : std::filesystem::path(info.param).parent_path().filename().string())
+std::vector<std::string> macintoshModules() {
+    std::vector<std::string> chosen = modules();
+    std::erase_if(chosen, [](const std::string &path) { return readModule(path)[0].format != ModuleFormat::machO; });
+    return chosen;
+}
+
+std::string nameOf(size_t index, const std::string &path) {
+    std::string name = std::to_string(index) + "_";
+    for (const char c : std::filesystem::path(path).parent_path().filename().string())
         name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
     return name;
 }
 
-class BuiltModule : public testing::TestWithParam<std::string> {
+std::string nameOfPart(const testing::TestParamInfo<Part> &info) { return nameOf(info.index, info.param.path); }
+std::string nameOfFile(const testing::TestParamInfo<std::string> &info) { return nameOf(info.index, info.param); }
+
+class BuiltModule : public testing::TestWithParam<Part> {
   protected:
-    const ModuleImage image = readModule(GetParam());
+    const ModuleImage image = readModule(GetParam().path).at(GetParam().number);
     const unsigned int size = image.addressSize;
-    uint64_t descriptor() const { return image.exported.at(HOST_MODULE_SYMBOL); }
+    // The symbols of C have an underscore before their names in Mach-O files.
+    std::string descriptorSymbol() const {
+        return image.format == ModuleFormat::machO ? "__mod_descrip" : "_mod_descrip";
+    }
+    uint64_t descriptor() const { return image.exported.at(descriptorSymbol()); }
     // One of the pointers that follow the three words, after the padding that 64-bit pointers need.
     uint64_t pointerOfDescriptor(unsigned int number) const {
         return image.pointer(descriptor() + (size == 8 ? 16 : 12) + number * size);
@@ -53,26 +85,32 @@ class BuiltModule : public testing::TestWithParam<std::string> {
 };
 
 class WindowsModule : public BuiltModule {};
-GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(WindowsModule); // if none has been built
+class MacintoshModule : public BuiltModule {};
+class MacintoshFile : public testing::TestWithParam<std::string> {};
+// If none has been built:
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(WindowsModule);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(MacintoshModule);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(MacintoshFile);
 
 TEST_P(BuiltModule, ExportsOnlyTheUndecoratedDescriptor) {
     ASSERT_EQ(image.exported.size(), 1u);
-    EXPECT_EQ(image.exported.begin()->first, "_mod_descrip");
+    EXPECT_EQ(image.exported.begin()->first, descriptorSymbol());
 }
 
 TEST_P(BuiltModule, NeedsOnlyLibrariesOfThePlatform) {
-    constexpr std::array kOfWindows = {"KERNEL32.dll", "msvcrt.dll"};
-    constexpr std::array kOfLinux = {"libc.so.6", "libm.so.6"};
-    const auto &allowed = image.windows ? kOfWindows : kOfLinux;
+    const std::map<ModuleFormat, std::set<std::string>> ofPlatform = {
+        {ModuleFormat::elf, {"libc.so.6", "libm.so.6"}},
+        {ModuleFormat::pe, {"KERNEL32.dll", "msvcrt.dll"}},
+        {ModuleFormat::machO, {"/usr/lib/libSystem.B.dylib"}}};
     EXPECT_FALSE(image.libraries.empty());
     for (const std::string &library : image.libraries)
-        EXPECT_NE(std::find(allowed.begin(), allowed.end(), library), allowed.end()) << library;
+        EXPECT_TRUE(ofPlatform.at(image.format).contains(library)) << library;
 }
 
 TEST_P(BuiltModule, DescriptorHoldsTheWordsThatTheHostChecks) {
     EXPECT_EQ(image.word32(descriptor()), 0x04121994u);
     EXPECT_EQ(image.word32(descriptor() + 4), 3u);
-    EXPECT_EQ(image.word32(descriptor() + 8), image.windows ? 0x300u : 0x400u);
+    EXPECT_EQ(image.word32(descriptor() + 8), image.format == ModuleFormat::pe ? 0x300u : 0x400u);
     for (unsigned int number = 0; number < 3; ++number)
         EXPECT_TRUE(image.contains(pointerOfDescriptor(number))) << "pointer " << number;
 }
@@ -135,6 +173,36 @@ TEST_P(WindowsModule, PropertiesShowTheVersion) {
     EXPECT_NE(image.memory.find(wide(VELM_VERSION)), std::string::npos);
 }
 
+// The module must not expect a symbol that the system's library does not have in its oldest version.
+TEST_P(MacintoshModule, ImportsOnlyListedSymbols) {
+    std::ifstream file(VELM_SOURCE_DIR "/cmake/toolchains/libSystem.tbd");
+    std::string list(std::istreambuf_iterator<char>(file), {});
+    for (char &c : list)
+        if (c == ',' || c == '[' || c == ']') c = ' ';
+    std::istringstream words(list);
+    const std::set<std::string> listed(std::istream_iterator<std::string>(words), {});
+    EXPECT_FALSE(image.imported.empty());
+    for (const std::string &symbol : image.imported) EXPECT_TRUE(listed.contains(symbol)) << symbol;
+}
+
+TEST_P(MacintoshModule, RunsOnTheOldestSystemThatIsDocumented) {
+    EXPECT_EQ(image.minimumSystem, image.processor == macho::kArm64 ? "11.0" : "10.13");
+}
+
+// Apple processors run no unsigned code. Those of Intel need no signature.
+TEST_P(MacintoshModule, IsSignedWhereTheProcessorRequiresIt) {
+    const bool mayBeUnsigned = image.processor == macho::kIntel64;
+    EXPECT_EQ(mayBeUnsigned && image.signature.empty() ? "" : signatureFault(image), "");
+}
+
+TEST_P(MacintoshModule, IsABundle) { EXPECT_EQ(recordAt<macho::Header>(image.file, 0).type, macho::kBundle); }
+
+TEST_P(MacintoshFile, HasAPartForEachProcessor) {
+    std::vector<uint32_t> processors;
+    for (const ModuleImage &image : readModule(GetParam())) processors.push_back(image.processor);
+    EXPECT_EQ(processors, (std::vector<uint32_t>{macho::kIntel64, macho::kArm64}));
+}
+
 // The version is defined in one file; the changelog is written by hand and has to match it.
 TEST(Version, HasAChapterInTheChangelogThatSaysWhatChangesThePicture) {
     std::ifstream file(VELM_SOURCE_DIR "/CHANGELOG.md");
@@ -145,8 +213,10 @@ TEST(Version, HasAChapterInTheChangelogThatSaysWhatChangesThePicture) {
     EXPECT_LT(picture, text.find("\n## ", chapter + 1));
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, BuiltModule, testing::ValuesIn(modules(false)), nameOf);
-INSTANTIATE_TEST_SUITE_P(Of, WindowsModule, testing::ValuesIn(modules(true)), nameOf);
+INSTANTIATE_TEST_SUITE_P(Of, BuiltModule, testing::ValuesIn(parts()), nameOfPart);
+INSTANTIATE_TEST_SUITE_P(Of, WindowsModule, testing::ValuesIn(parts(ModuleFormat::pe)), nameOfPart);
+INSTANTIATE_TEST_SUITE_P(Of, MacintoshModule, testing::ValuesIn(parts(ModuleFormat::machO)), nameOfPart);
+INSTANTIATE_TEST_SUITE_P(Of, MacintoshFile, testing::ValuesIn(macintoshModules()), nameOfFile);
 
 } // namespace
 } // namespace velm::plugin

@@ -3,12 +3,12 @@
 //
 // This is possible because both systems have the same calling convention and the same sizes of types, and the module
 // needs only a few functions of C. The constructor does what the loader of macOS would do: it maps the segments,
-// adjusts pointers, binds symbols, gives thread-local variables their memory, and calls the initialisers. The file
-// format is that of Apple's "Mach-O File Format Reference".
+// adjusts pointers, binds symbols, gives thread-local variables their memory, and calls the initialisers.
 //
 // The macro VELM_BUNDLE is the path of the module at compile time. If the module cannot be loaded, the process ends
 // with a message.
 #include "module/host.h"
+#include "tests/platforms/macho_format.h"
 
 #include <algorithm>
 #include <cmath>
@@ -55,38 +55,7 @@ thread_local constinit char velmThreadBlock[kThreadBytes] = {};
 
 namespace {
 
-struct Header {
-    uint32_t magic, processor, subtype, type, commands, commandBytes, flags, reserved;
-};
-struct Command {
-    uint32_t kind, size;
-};
-struct Segment {
-    Command command;
-    char name[16];
-    uint64_t address, memorySize, offset, fileSize;
-    uint32_t mostProtection, protection, sections, flags;
-};
-struct Section {
-    char name[16], segment[16];
-    uint64_t address, size;
-    uint32_t offset, alignment, relocations, relocationCount, flags, reserved[3];
-};
-struct Stream { // a list of opcodes in the file, or the tree of exports
-    uint32_t offset, size;
-};
-struct LoaderInfo {
-    Command command;
-    Stream rebases, binds, weakBinds, lazyBinds, exports;
-};
-struct ThreadVariable {
-    void *(*address)(void *variable);
-    uint64_t key, offset;
-};
-
-constexpr uint32_t kMagic = 0xfeedfacf, kIntel64 = 0x01000007;
-constexpr uint32_t kSegment = 0x19, kLoaderInfo = 0x22, kLoaderInfoOnly = 0x80000022, kChainedFixups = 0x80000034;
-constexpr uint32_t kInitialisers = 0x09, kThreadData = 0x11, kThreadZeros = 0x12, kThreadVariables = 0x13;
+using namespace velm::plugin::macho; // the records of the file
 
 [[noreturn]] void stop(const char *what, const char *name = "") {
     std::fprintf(stderr, "macintosh_carrier: %s%s\n", what, name);

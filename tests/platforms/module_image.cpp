@@ -17,11 +17,13 @@ std::string ModuleImage::text(uint64_t address) const {
     return memory.substr(start, end - start);
 }
 
-ModuleImage readModule(const std::string &path) {
+std::vector<ModuleImage> readModule(const std::string &path) {
     std::ifstream stream(path, std::ios::binary);
     std::string file(std::istreambuf_iterator<char>(stream), {});
-    if (file.starts_with("\177ELF")) return readElf(std::move(file));
-    if (file.starts_with("MZ")) return readPe(std::move(file));
+    if (file.starts_with("\177ELF")) return {readElf(std::move(file))};
+    if (file.starts_with("MZ")) return {readPe(std::move(file))};
+    if (file.starts_with("\xcf\xfa\xed\xfe")) return {readMachO(std::move(file))};
+    if (file.starts_with("\xca\xfe\xba\xbe")) return readUniversal(file);
     throw std::runtime_error(path + " is not a module of a known platform");
 }
 

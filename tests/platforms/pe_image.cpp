@@ -86,7 +86,7 @@ void readImports(ModuleImage &image, const Directory &directory) {
 ModuleImage readPe(std::string file) {
     ModuleImage image;
     image.file = std::move(file);
-    image.windows = true;
+    image.format = ModuleFormat::pe;
     const auto start = recordAt<uint32_t>(image.file, kHeaderOffset);
     const auto header = recordAt<FileHeader>(image.file, start);
     if (header.signature != kSignature) throw std::runtime_error("the file has no PE header");
