@@ -1,11 +1,11 @@
 # shellcheck shell=bash
-# Builds the module for every platform that this machine can build for, packs it, and checks it. Sourced by ./run, whose
-# functions `say` and `install_missing` it uses.
+# Builds the module for every platform that this machine can build for, and checks it. Part of ./run, whose functions
+# `say` and `install_missing` it uses.
 
 platforms=(linux-x86_64 linux-i386 windows-x86_64 windows-i686) # as the presets name them
 
-# Packages that building and packing for any platform need.
-packing_packages=(build-essential cmake ninja-build zip)
+# Packages that building for any platform needs.
+building_packages=(build-essential cmake ninja-build)
 
 # The Debian packages with the compiler for a platform.
 compiler_packages() { # PLATFORM
@@ -46,58 +46,6 @@ build_for_macintosh() {
     llvm-lipo-14 -create -output build-macintosh/velm.p build-macintosh-x86_64/velm.p build-macintosh-arm64/velm.p
 }
 
-version() { sed -n 's/^project(velm VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt; }
-
-# Prints the install page without the chapters on other platforms.
-install_page() { # PLATFORM
-    local own=Linux
-    [[ $1 != windows-* ]] || own=Windows
-    [ "$1" != macintosh ] || own=Macintosh
-    printf 'Velm Nodes %s for %s\n\n' "$(version)" "$1"
-    awk -v own="$own" '
-        /^## / { skipped = /^## (Windows|Linux|Macintosh)$/ && $2 != own }
-        !skipped' docs/install.md
-}
-
-# Packs what has been built for the platform. The same commit gives the same bytes: files have the commit's time,
-# entries are sorted, and nothing that depends on the machine is included.
-pack() { # PLATFORM
-    local name stage
-    name=velm-nodes-$(version)-$1
-    stage=build-$1/package
-    rm -rf "$stage" "dist/$name.zip"
-    mkdir -p "$stage/$name"
-    git ls-files examples | while read -r file; do install -D -m 644 "$file" "$stage/$name/$file"; done
-    install -m 755 "build-$1/velm.p" "$stage/$name/velm.p"
-    install -m 644 LICENSE "$stage/$name/LICENSE.txt"
-    install -m 644 CHANGELOG.md "$stage/$name/CHANGELOG.txt"
-    install_page "$1" >"$stage/$name/INSTALL.txt"
-    chmod 644 "$stage/$name/INSTALL.txt"
-    find "$stage/$name" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
-    (cd "$stage" && find "$name" -type f | LC_ALL=C sort | TZ=UTC zip -q -9 -X -D "$OLDPWD/dist/$name.zip" -@)
-}
-
-package_all() {
-    install_missing "${packing_packages[@]}"
-    : "${SOURCE_DATE_EPOCH:=$(git log -1 --format=%ct)}"
-    [ -z "$(git status --porcelain --untracked-files=no)" ] || say "The packages will contain uncommitted changes"
-    rm -rf dist
-    mkdir -p dist
-    local platform
-    for platform in "${platforms[@]}"; do
-        can_build "$platform" || continue
-        build_for "$platform" velm_module
-        pack "$platform"
-    done
-    if can_build macintosh; then
-        build_for_macintosh
-        pack macintosh
-    fi
-    (cd dist && sha256sum -- *.zip >SHA256SUMS)
-    say "Packed, in dist/:"
-    cat dist/SHA256SUMS
-}
-
 # Succeeds if the platform's programs can run here, after preparing Wine if necessary.
 can_run() { # PLATFORM
     [[ $1 = windows-* ]] || return 0
@@ -124,7 +72,7 @@ try_macintosh() {
 
 # Builds and checks the modules on their platforms, then examines the files of all of them.
 try_all() {
-    install_missing "${packing_packages[@]}"
+    install_missing "${building_packages[@]}"
     local platform built=()
     for platform in "${platforms[@]}"; do
         can_build "$platform" || continue
