@@ -1,6 +1,9 @@
 # shellcheck shell=bash
 # Packs the module for artists: dist/velm-nodes-VERSION-PLATFORM.zip. Part of ./run, whose functions it uses.
 
+# shellcheck source=packaging/platforms.sh
+source packaging/platforms.sh
+
 version() { sed -n 's/^project(velm VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt; }
 
 # Prints the chapters of a page whose titles are given, in the page's order, without markup. A chapter goes from one title
@@ -41,7 +44,8 @@ handbook() {
 # Packs what has been built for the platform. The same commit gives the same bytes: files have the commit's time,
 # entries are sorted, and nothing that depends on the machine is included.
 pack() { # PLATFORM
-    local name=velm-nodes-$(version)-$1 stage file
+    local name stage file
+    name=velm-nodes-$(version)-$1
     stage=build-$1/package
     rm -rf "$stage" "dist/$name.zip"
     mkdir -p "$stage/$name"
@@ -64,7 +68,6 @@ pack() { # PLATFORM
 
 pack_modules() {
     local platform
-    build release velm velm_module # the handbook is the program's
     for platform in "${platforms[@]}"; do
         can_build "$platform" || continue
         build_for "$platform" velm_module
@@ -76,16 +79,19 @@ pack_modules() {
     fi
 }
 
-package_all() {
+# Packs the modules, the host or both in dist/, which has only packages of one commit.
+package() { # [modules|host]
     install_missing
-    install_missing "${building_packages[@]}" git zip
+    install_missing "${building_packages[@]}" git zip patchelf
     : "${SOURCE_DATE_EPOCH:=$(git log -1 --format=%ct)}"
     export SOURCE_DATE_EPOCH
     [ -z "$(git status --porcelain --untracked-files=no)" ] || say "The packages will contain uncommitted changes"
     rm -rf dist
     mkdir -p dist
-    pack_modules
-    (cd dist && sha256sum -- * >SHA256SUMS.new && mv SHA256SUMS.new SHA256SUMS)
+    build release velm velm_module # the handbook of the modules is the program's
+    [ "$1" = host ] || pack_modules
+    [ "$1" = modules ] || { pack_debian; pack_directory; }
+    (cd dist && sha256sum -- velm* >SHA256SUMS)
     say "Packed, in dist/:"
     cat dist/SHA256SUMS
 }

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Runs commands of ./run in a new Debian system that holds nothing else, and removes it again. Called by
-# `./run test --fresh`, as root, with the source tree as a tar archive on standard input.
+# Runs commands in a new Debian system that holds nothing else, and removes it again. Called by `./run test --fresh` and
+# `./run test --packages`, as root, with the source tree as a tar archive on standard input.
 #
-#     tools/fresh.sh root:demo root:test user:demo user:test
+#     tools/fresh.sh "root:./run demo" "root:./run test" "user:./run demo" "user:./run test"
 #
-# A step is the account to run a command of ./run under, and the command. Consecutive steps of one account share a
-# system; another account gets a new one. `user` is an ordinary account that may use sudo.
+# A step is the account to run a command under, and the command, which is run in the source tree. Consecutive steps of one
+# account share a system; another account gets a new one. `user` is an ordinary account that may use sudo.
 #
 # The system is of the same suite as this machine, and uses its package sources, keys and proxies. It is made, used and
 # removed in mount and process namespaces of its own, so that nothing is left mounted or running however this ends.
@@ -86,10 +86,10 @@ run_steps() { # DIRECTORY STEP ...
         fi
         name=$account
         [ "$who" != root ] || name=root
-        say "./run ${step#*:}, as $who"
+        say "${step#*:}, as $who"
         began=$SECONDS
-        in_system "$root" "$name" sh -c "cd $tree && exec ./run ${step#*:}" </dev/null
-        say "./run ${step#*:}, as $who: passed in $((SECONDS - began)) s"
+        in_system "$root" "$name" sh -c "cd $tree && exec ${step#*:}" </dev/null
+        say "${step#*:}, as $who: passed in $((SECONDS - began)) s"
     done
 }
 
