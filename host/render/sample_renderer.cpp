@@ -55,6 +55,7 @@ RayState SampleRenderer::initialState(int threadIndex) const {
     state.scene = &scene_;
     state.rayScene = scene_.acceleration->rayScene();
     state.shadowScene = scene_.acceleration->shadowScene();
+    state.objects = static_cast<std::uint32_t>(scene_.objects.size());
     rtcInitIntersectContext(&state.context);
     state.recursionDepth = job_.recursionDepth;
     state.allOpaque = allOpaque_;

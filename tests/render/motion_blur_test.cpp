@@ -157,11 +157,11 @@ TEST(MotionBlur, NothingMovesWithoutAShutter) {
 TEST(MotionBlur, TurningObjectsFollowAnArc) {
     TestScene scene = plateScene(1);
     moveEvenly(scene.description.objects[0], Channel::rotation, 2, 0, 180);
-    const MeshMotion &motion = *scene.renderScene().data().objects[0].motion;
-    ASSERT_EQ(motion.steps(), std::size_t{kShutterSteps});
+    const ItemPath &path = scene.renderScene().data().objects[0].path;
+    ASSERT_EQ(path.size(), std::size_t{kShutterSteps});
     for (const double time : {0.0, 0.25, 0.55, 1.0}) {
         const double angle = kPi * time;
-        const Transform now = motion.transform(time);
+        const Transform now = transformAt(path, time);
         expectNear(now.toWorld * Vec3{1, 0, 0}, {std::cos(angle), std::sin(angle), 0}, 0.02);
         expectNear(now.pointToObject(now.pointToWorld({1, 2, 3})), {1, 2, 3}, 1e-9);
     }

@@ -17,5 +17,7 @@ struct Bounds {
 
 // The bounds of the polygons of each of the mesh's materials. [any thread]
 std::vector<Bounds> boundsByMaterial(const Mesh &mesh);
+// The same in world space, for a mesh in object coordinates. [any thread]
+std::vector<Bounds> boundsByMaterial(const Mesh &mesh, const Transform &transform);
 
 } // namespace velm::host

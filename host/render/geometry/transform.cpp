@@ -32,6 +32,14 @@ Matrix Matrix::inverse() const {
     return result;
 }
 
+bool Matrix::keepsAngles() const {
+    constexpr double kPrecision = 1e-9;
+    const Vec3 x{m[0], m[3], m[6]}, y{m[1], m[4], m[7]}, z{m[2], m[5], m[8]};
+    const double square = dot(x, x), error = kPrecision * square;
+    return std::fabs(dot(y, y) - square) <= error && std::fabs(dot(z, z) - square) <= error &&
+           std::fabs(dot(x, y)) <= error && std::fabs(dot(y, z)) <= error && std::fabs(dot(z, x)) <= error;
+}
+
 Matrix rotationMatrix(const Double3 &headingPitchBank) {
     const double ch = std::cos(headingPitchBank[0] * kRadiansPerDegree),
                  sh = std::sin(headingPitchBank[0] * kRadiansPerDegree);

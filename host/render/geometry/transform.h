@@ -22,6 +22,8 @@ struct Matrix {
     Matrix operator*(const Matrix &other) const;
     double determinant() const;
     Matrix inverse() const; // the determinant must not be 0
+    // Whether it only rotates, mirrors and scales all axes alike.
+    bool keepsAngles() const;
 
     bool operator==(const Matrix &) const = default;
 };

@@ -1,10 +1,12 @@
 #include "host/render/motion/pose.h"
 
 #include "host/base/error.h"
+#include "host/render/geometry/shared_shapes.h"
 #include "host/render/motion/values.h"
 #include "host/scene/format/item_tree.h"
 
 #include <fmt/format.h>
+#include <utility>
 
 namespace velm::host {
 namespace {
@@ -33,15 +35,23 @@ class Poser {
         }
     }
 
-    ScenePose pose(std::size_t objects) const {
+    ScenePose pose(const std::vector<ObjectDescription> &descriptions) const {
+        const std::size_t objects = descriptions.size();
         const auto part = [this](std::size_t first, std::size_t end) {
             return std::vector<Transform>(worlds_.begin() + static_cast<std::ptrdiff_t>(first),
                                           worlds_.begin() + static_cast<std::ptrdiff_t>(end));
         };
+        const ShapeCounts counts(descriptions);
+        std::vector<bool> modelled;
+        for (std::size_t i = 0; i < objects; ++i) {
+            const ShapeDescription &shape = descriptions[i].shape;
+            modelled.push_back(moves_[i] || isMadeOnce(shape, counts.of(shape)));
+        }
         return {.objects = part(0, objects),
                 .lights = part(tree_.firstLight(), tree_.firstCamera()),
                 .cameras = part(tree_.firstCamera(), worlds_.size()),
-                .movingObjects = {moves_.begin(), moves_.begin() + static_cast<std::ptrdiff_t>(objects)}};
+                .movingObjects = {moves_.begin(), moves_.begin() + static_cast<std::ptrdiff_t>(objects)},
+                .modelledObjects = std::move(modelled)};
     }
 
   private:
@@ -91,7 +101,7 @@ class Poser {
 
 } // namespace
 
-ScenePose poseAt(const SceneDescription &scene, double time) { return Poser(scene, time).pose(scene.objects.size()); }
+ScenePose poseAt(const SceneDescription &scene, double time) { return Poser(scene, time).pose(scene.objects); }
 
 Transform transformOf(const ItemDescription &item, const char *kind) {
     return {item, item.hasTarget ? rotationTo(Vec3(item.target), item, kind) : rotationMatrix(item.rotation)};

@@ -15,11 +15,13 @@ struct ScenePose {
     std::vector<Transform> objects, lights, cameras;
     std::vector<bool> movingObjects; // whether keys change its transform: its own, or those of a parent or target
 
-    // The transform with which the mesh of an object is made. For an object that moves, this is the identity: its mesh
-    // is made in object coordinates, and placedMesh transforms it for each frame.
+    std::vector<bool> modelledObjects; // whether its mesh is made in object coordinates: it moves, or others share it
+
+    // The transform with which the mesh of an object is made: the identity for one in object coordinates, which is
+    // transformed to world space for each frame or each object.
     const Transform &ofMesh(std::size_t object) const {
         static const Transform none;
-        return movingObjects[object] ? none : objects[object];
+        return modelledObjects[object] ? none : objects[object];
     }
 };
 

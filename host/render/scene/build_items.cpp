@@ -2,6 +2,7 @@
 
 #include "host/base/error.h"
 #include "host/render/geometry/mesh_cache.h"
+#include "host/render/geometry/shared_shapes.h"
 #include "host/render/motion/paths.h"
 #include "host/render/motion/pose.h"
 #include "host/render/motion/values.h"
@@ -10,6 +11,8 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <map>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace velm::host {
 namespace {
@@ -21,13 +24,25 @@ void requireFinite(const Transform &transform) {
         throw InputError("its position, rotation and scale have to be finite");
 }
 
+// A mesh in object coordinates.
+struct Model {
+    std::shared_ptr<Mesh> mesh; // null: none
+    int number = 0;
+};
+
 class ItemBuilder {
   public:
     ItemBuilder(const SceneDescription &scene, double time, const RenderSceneData &former, MeshCache *meshes,
                 ItemHandles &handles, RenderSceneData &data)
         : scene_(scene), time_(time), pose_(poseAt(scene, time)),
-          shutterPoses_(shutterPoses(scene, time, data.shutter)), meshes_(meshes), handles_(handles), data_(data) {
-        for (const RenderObject &object : former.objects) former_[object.item] = &object;
+          shutterPoses_(shutterPoses(scene, time, data.shutter)), counts_(scene.objects), meshes_(meshes),
+          handles_(handles), data_(data) {
+        for (const RenderObject &object : former.objects) {
+            former_[object.item] = &object;
+            if (object.model) models_[object.shape] = {.mesh = object.model, .number = object.modelNumber};
+        }
+        for (const SurfaceDescription &surface : scene.surfaces)
+            if (!(surface.smoothingAngle > 0)) flatSurfaces_.insert(surface.name);
     }
 
     void build() {
@@ -63,11 +78,14 @@ class ItemBuilder {
             const RenderObject *former =
                 found != former_.end() && found->second->shape == description.shape ? found->second : nullptr;
             const ItemPath path = objectPath(shutterPoses_, index);
+            const Model model = pose_.modelledObjects[index] ? modelOf(index, former) : Model{};
+            const bool isInstance = model.mesh && isWorthInstance(index, *model.mesh);
             const bool same = former && former->transform == transform && former->path == path &&
-                              (former->model != nullptr) == pose_.movingObjects[index];
-            data_.objects.push_back(same ? *former : newObject(item, index, former));
+                              former->model == model.mesh && former->isInstance == isInstance;
+            data_.objects.push_back(same ? *former : newObject(item, index, model, isInstance));
             RenderObject &object = data_.objects.back();
             object.path = path;
+            object.moves = pose_.movingObjects[index];
             object.surfaces.clear();
             object.dissolve = std::max(0.0, valuesAt(description, time_).dissolve);
             const bool isVisible = transform.isInvertible() && object.dissolve < 1;
@@ -90,31 +108,61 @@ class ItemBuilder {
     }
 
     // `former` is the object in the scene before the update if it had the same shape, else null.
-    RenderObject newObject(HostItem *item, std::size_t index, const RenderObject *former) {
-        const Transform &transform = pose_.objects[index];
-        std::shared_ptr<const Mesh> model;
-        std::shared_ptr<Mesh> mesh;
-        if (pose_.movingObjects[index]) {
-            model = former && former->model ? former->model : makeMeshOf(index);
-            mesh = std::make_shared<Mesh>(placedMesh(*model, transform));
-            ++data_.work.placements;
-        } else {
-            mesh = makeMeshOf(index);
+    Model modelOf(std::size_t index, const RenderObject *former) {
+        if (former && former->model) return {.mesh = former->model, .number = former->modelNumber};
+        Model &model = models_[scene_.objects[index].shape];
+        if (!model.mesh) {
+            model.mesh = makeMeshOf(index);
+            model.number = lastNumber();
         }
-        std::vector<Bounds> bounds = boundsByMaterial(*mesh);
-        return {.item = item,
-                .shape = scene_.objects[index].shape,
-                .model = std::move(model),
-                .meshNumber = data_.work.meshes + data_.work.placements,
-                .mesh = std::move(mesh),
-                .bounds = std::move(bounds),
-                .transform = transform,
-                .path = {},
-                .motion = nullptr,
-                .surfaces = {},
-                .seenByCamera = true,
-                .seenByRays = true,
-                .castsShadows = true};
+        return model;
+    }
+
+    // Whether the object is to be an instance of its model. Normals are smoothed in world space, so those of an
+    // instance that is stretched would differ.
+    bool isWorthInstance(std::size_t index, const Mesh &model) const {
+        const ObjectDescription &description = scene_.objects[index];
+        const auto isSmooth = [this](const SurfaceUse &use) { return !flatSurfaces_.contains(use.surface); };
+        const bool stretches = !pose_.objects[index].toWorld.keepsAngles();
+        if (stretches && !model.hasOwnNormals() && std::ranges::any_of(description.surfaces, isSmooth)) return false;
+        return isWorthInstances(model.triangles.size(), counts_.of(description.shape), pose_.movingObjects[index]);
+    }
+
+    // The number of the mesh that was made or placed last.
+    int lastNumber() const { return data_.work.meshes + data_.work.placements; }
+
+    RenderObject newObject(HostItem *item, std::size_t index, const Model &model, bool isInstance) {
+        const Transform &transform = pose_.objects[index];
+        RenderObject object{.item = item,
+                            .shape = scene_.objects[index].shape,
+                            .model = model.mesh,
+                            .modelNumber = model.number,
+                            .meshNumber = model.number,
+                            .mesh = model.mesh,
+                            .isInstance = isInstance,
+                            .moves = false,
+                            .bounds = {},
+                            .transform = transform,
+                            .path = {},
+                            .motion = nullptr,
+                            .surfaces = {},
+                            .seenByCamera = true,
+                            .seenByRays = true,
+                            .castsShadows = true};
+        if (!isInstance) {
+            object.mesh = model.mesh ? place(*model.mesh, transform) : makeMeshOf(index);
+            object.meshNumber = lastNumber();
+        }
+        object.bounds = isInstance ? boundsByMaterial(*object.mesh, transform) : boundsByMaterial(*object.mesh);
+        return object;
+    }
+
+    std::shared_ptr<Mesh> place(const Mesh &model, const Transform &transform) {
+        ++data_.work.placements;
+        if (model.smoothingAngles.empty()) return std::make_shared<Mesh>(placedMesh(model, transform));
+        Mesh flat(model);
+        smoothNormals(flat, {});
+        return std::make_shared<Mesh>(placedMesh(flat, transform));
     }
 
     std::vector<CameraStep> laterSteps(std::size_t index) const {
@@ -140,10 +188,13 @@ class ItemBuilder {
     const double time_; // seconds
     const ScenePose pose_;
     const std::vector<ScenePose> shutterPoses_;
+    const ShapeCounts counts_;
     MeshCache *meshes_; // may be null
     ItemHandles &handles_;
     RenderSceneData &data_;
     std::map<const HostItem *, const RenderObject *> former_;
+    std::unordered_map<ShapeDescription, Model, ShapeHash> models_;
+    std::unordered_set<std::string> flatSurfaces_; // names
 };
 
 template <typename Things>

@@ -9,6 +9,9 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <limits>
+#include <map>
+#include <memory>
+#include <utility>
 
 namespace velm::host {
 namespace {
@@ -28,6 +31,9 @@ class SurfaceBuilder {
         for (std::size_t i = 0; i < data_.lights.size(); ++i) fillDome(scene_.lights[i], data_.lights[i].light);
         data_.fog = Fog(scene_.fog);
         data_.ambient = scene_.render.ambientIntensity * Vec3(scene_.render.ambientColour);
+        for (const RenderObject &object : data_.objects)
+            if (object.isInstance)
+                smoothed_.try_emplace({object.modelNumber, object.mesh->smoothingAngles}, object.mesh);
         for (std::size_t i = 0; i < data_.objects.size(); ++i) coverObject(scene_.objects[i], data_.objects[i]);
         for (const RenderSurface &surface : data_.surfaces)
             data_.hasSingleSided = data_.hasSingleSided || !surface.doubleSided;
@@ -121,15 +127,27 @@ class SurfaceBuilder {
         for (const std::uint16_t surface : object.surfaces) angles.push_back(data_.surfaces[surface].smoothingAngle);
         if (std::none_of(angles.begin(), angles.end(), [](double angle) { return angle > 0; })) angles.clear();
         if (angles == object.mesh->smoothingAngles) return;
+        if (object.isInstance) return smoothModel(object, angles);
         // The acceleration structure and the former contents still use a mesh that is kept: change a copy of it.
         if (object.mesh.use_count() > 1) object.mesh = std::make_shared<Mesh>(*object.mesh);
         smoothNormals(*object.mesh, angles);
         ++data_.work.smoothings;
     }
 
+    // Objects with the same model and the same angles share the smoothed model.
+    void smoothModel(RenderObject &object, const std::vector<double> &angles) {
+        std::shared_ptr<Mesh> &smoothed = smoothed_[{object.modelNumber, angles}];
+        if (!smoothed) {
+            smoothed = std::make_shared<Mesh>(*object.model);
+            smoothNormals(*smoothed, angles);
+            ++data_.work.smoothings;
+        }
+        object.model = object.mesh = smoothed;
+    }
+
     // Once the mesh has its last points.
     static void move(RenderObject &object) {
-        if (object.path.empty())
+        if (object.path.empty() || object.isInstance)
             object.motion = nullptr;
         else if (!object.motion || object.motion->mesh() != object.mesh)
             object.motion = std::make_shared<const MeshMotion>(object.mesh, object.path);
@@ -137,8 +155,10 @@ class SurfaceBuilder {
 
     // Meshes that differ only in normals and split vertices have the same geometry for rays.
     static bool sameGeometry(const RenderObject &a, const RenderObject &b) {
-        return a.meshNumber == b.meshNumber && a.seenByCamera == b.seenByCamera && a.seenByRays == b.seenByRays &&
-               a.castsShadows == b.castsShadows;
+        const bool areAtSamePlaces =
+            a.isInstance == b.isInstance && (!a.isInstance || (a.transform == b.transform && a.path == b.path));
+        return a.meshNumber == b.meshNumber && areAtSamePlaces && a.seenByCamera == b.seenByCamera &&
+               a.seenByRays == b.seenByRays && a.castsShadows == b.castsShadows;
     }
 
     void accelerate() {
@@ -149,22 +169,31 @@ class SurfaceBuilder {
         }
         std::vector<VisibleMesh> meshes;
         for (const RenderObject &object : data_.objects) {
-            meshes.push_back({.mesh = object.mesh,
-                              .seenByCamera = object.seenByCamera,
-                              .seenByRays = object.seenByRays,
-                              .castsShadows = object.castsShadows,
-                              .motion = object.motion});
+            VisibleMesh &visible = meshes.emplace_back();
+            visible = {.mesh = object.mesh,
+                       .seenByCamera = object.seenByCamera,
+                       .seenByRays = object.seenByRays,
+                       .castsShadows = object.castsShadows,
+                       .motion = object.motion,
+                       .number = object.meshNumber,
+                       .moves = object.moves};
+            if (!object.isInstance) continue;
+            visible.instance = object.path;
+            if (object.path.empty()) visible.instance.push_back(object.transform);
         }
-        data_.acceleration = std::make_shared<Acceleration>(meshes);
-        ++data_.work.accelerations;
+        const auto acceleration = std::make_shared<Acceleration>(meshes, former_.acceleration.get());
+        data_.work.accelerations += acceleration->builtOverTriangles();
+        data_.work.instanceLevels += acceleration->builtOverInstances();
+        data_.acceleration = acceleration;
     }
 
     const SceneDescription &scene_;
     const SurfaceLookup &surfaceOf_;
     const RenderSceneData &former_;
     RenderSceneData &data_;
-    SourceLocation location_;        // that an error is reported at
-    std::vector<std::string> names_; // of data_.surfaces
+    SourceLocation location_;                                                       // that an error is reported at
+    std::vector<std::string> names_;                                                // of data_.surfaces
+    std::map<std::pair<int, std::vector<double>>, std::shared_ptr<Mesh>> smoothed_; // by number and angles
 };
 
 } // namespace

@@ -34,18 +34,29 @@ struct RenderSurface {
 };
 
 struct RenderObject {
-    HostItem *item;                    // kItemObject
-    ShapeDescription shape;            // that the mesh was made of
-    std::shared_ptr<const Mesh> model; // of an object that moves: its mesh in object coordinates; else null
+    HostItem *item;              // kItemObject
+    ShapeDescription shape;      // that the mesh was made of
+    std::shared_ptr<Mesh> model; // the mesh in object coordinates, of an object that moves or shares it; else null
+    int modelNumber;             // counts as meshNumber does
     int meshNumber; // counts meshes that are made or placed; one that only gets other normals keeps its number
-    std::shared_ptr<Mesh> mesh; // in world space; changes only until an acceleration structure is built over it
-    std::vector<Bounds> bounds; // by the mesh's material
-    Transform transform;        // to world space, with which the mesh was made or placed
-    ItemPath path;              // while the scene's shutter is open
-    std::shared_ptr<const MeshMotion> motion; // of `mesh`; null: the path is empty
+    // In world space; or, of an instance, the model. Changes only until an acceleration structure is built over it.
+    std::shared_ptr<Mesh> mesh;
+    bool isInstance;                          // of the model, which only then may have normals from smoothNormals
+    bool moves;                               // from frame to frame
+    std::vector<Bounds> bounds;               // by the mesh's material
+    Transform transform;                      // to world space, with which the mesh was made or placed
+    ItemPath path;                            // while the scene's shutter is open
+    std::shared_ptr<const MeshMotion> motion; // of `mesh`; null: the path is empty, or this is an instance
     std::vector<std::uint16_t> surfaces;      // by the mesh's material: an index into RenderSceneData::surfaces
     bool seenByCamera, seenByRays, castsShadows;
     double dissolve = 0; // 0 to less than 1, or invisible
+
+    // A corner of a triangle in world space, at a time while the shutter is open, from 0 to 1, for which `now` is the
+    // object's transform. [render threads]
+    Vec3 corner(std::uint32_t triangle, int which, double time, const Transform &now) const {
+        if (isInstance) return now.pointToWorld(mesh->corner(triangle, which));
+        return motion ? motion->corner(triangle, which, time) : mesh->corner(triangle, which);
+    }
 };
 
 struct RenderLight {

@@ -19,10 +19,9 @@ struct Corners {
     Vec3 position[3];
     double weight[3];
 
-    // `motion` is null for a mesh that does not move.
-    Corners(const Mesh &mesh, const MeshMotion *motion, double time, const RTCHit &hit) {
-        for (int k = 0; k < 3; ++k)
-            position[k] = motion ? motion->corner(hit.primID, k, time) : mesh.corner(hit.primID, k);
+    // `now` is the transform of the object at that time.
+    Corners(const RenderObject &object, double time, const Transform &now, const RTCHit &hit) {
+        for (int k = 0; k < 3; ++k) position[k] = object.corner(hit.primID, k, time, now);
         weight[1] = static_cast<double>(hit.u);
         weight[2] = static_cast<double>(hit.v);
         weight[0] = 1 - weight[1] - weight[2];
@@ -34,13 +33,39 @@ struct Corners {
     }
 };
 
-Vec3 smoothNormal(const Mesh &mesh, std::uint32_t triangle, const Corners &corners, const Vec3 &flat) {
+// Of an instance, with the transform `now`, the mean of the normals in world space.
+Vec3 smoothNormal(const RenderObject &object, std::uint32_t triangle, const Corners &corners, const Transform &now,
+                  const Vec3 &flat) {
+    const Mesh &mesh = *object.mesh;
     Vec3 sum;
     for (int k = 0; k < 3; ++k) {
-        const std::array<float, 3> &normal = mesh.normals[mesh.triangles[triangle].corners[k]];
-        sum += corners.weight[k] * Vec3{normal[0], normal[1], normal[2]};
+        const std::array<float, 3> &stored = mesh.normals[mesh.triangles[triangle].corners[k]];
+        const Vec3 normal{stored[0], stored[1], stored[2]};
+        sum += corners.weight[k] * (object.isInstance ? normalised(now.normalToWorld(normal), {0, 0, 0}) : normal);
     }
-    return normalised(sum, flat);
+    const Vec3 mean = normalised(sum, flat);
+    return object.motion ? object.motion->turned(mean, now) : mean;
+}
+
+// The largest sum of the absolute values of a row: a bound on how much the matrix makes coordinates larger.
+double rowNorm(const Matrix &matrix) {
+    double norm = 0;
+    for (int row = 0; row < 3; ++row)
+        norm = std::max(norm, std::fabs(matrix.m[3 * row]) + std::fabs(matrix.m[3 * row + 1]) +
+                                  std::fabs(matrix.m[3 * row + 2]));
+    return norm;
+}
+
+// A bound on the rounding errors of positions about a hit; see spawnRay. Rays are transformed to the coordinates of an
+// instance in single precision, and its transform magnifies the errors of that.
+double marginOf(const RenderObject &object, const Transform &now, const Corners &corners, const Vec3 &position) {
+    double size = largest(position) + corners.extent(position);
+    if (object.isInstance) {
+        const double scale = rowNorm(now.toWorld);
+        size += scale * rowNorm(now.toObject) * (largest(position) + largest(now.position)) +
+                scale * largest(now.pointToObject(position));
+    }
+    return kMarginFactor * size;
 }
 
 void fillPolygon(const Mesh &mesh, std::uint32_t triangle, const Corners &corners, ShadingSample &sample) {
@@ -69,19 +94,19 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
     const std::uint32_t triangle = ray.hit.primID;
     const RenderSurface &surface = state.scene->surfaceOf(ray.hit.geomID, triangle);
     const double time = static_cast<double>(ray.ray.time);
-    const MeshMotion *motion = object.motion.get();
-    const Corners corners(mesh, motion, time, ray.hit);
-    const Vec3 position = corners.point(), front = corners.normal();
+    // A moving object is shaded as it is at the time of the ray.
+    std::optional<Transform> moved;
+    if (!object.path.empty()) moved = transformAt(object.path, time);
+    const Transform &transform = moved ? *moved : object.transform;
+    const Corners corners(object, time, transform, ray.hit);
+    const Vec3 position = corners.point();
+    // The triangles of an instance keep the order of their corners when it is mirrored.
+    const Vec3 front = object.isInstance && transform.mirrors() ? -corners.normal() : corners.normal();
     const Vec3 source{ray.ray.org_x, ray.ray.org_y, ray.ray.org_z};
     const bool back = dot(front, incoming.direction) > 0;
     const bool isSmooth = !mesh.normals.empty() && !surface.flat();
-    // A moving object is shaded as it is at the time of the ray.
-    std::optional<Transform> moved;
-    if (motion) moved = motion->transform(time);
-    const Transform &transform = moved ? *moved : object.transform;
     Vec3 smooth = front;
-    if (isSmooth) smooth = smoothNormal(mesh, triangle, corners, front);
-    if (isSmooth && motion) smooth = motion->turned(smooth, transform);
+    if (isSmooth) smooth = smoothNormal(object, triangle, corners, transform, front);
     // Normals point to the side that the ray came from: a back side is shaded like a front.
     const Vec3 geometric = back ? -front : front, shading = back ? -smooth : smooth;
 
@@ -109,7 +134,7 @@ void fillSample(const RayState &state, const RTCRayHit &ray, const IncomingRay &
     sample.rayFlags = incoming.flags | (back ? kRayBackSide : 0) | (surface.doubleSided ? kRayDoubleSided : 0);
 
     const auto &numbers = mesh.polygonNumbers;
-    const double margin = kMarginFactor * (largest(position) + corners.extent(position));
+    const double margin = marginOf(object, transform, corners, position);
     constexpr double kNever = std::numeric_limits<double>::quiet_NaN();
     origin = {.position = position,
               .normal = geometric,

@@ -45,6 +45,7 @@ struct NotFiniteSource {
 struct RayState {
     const RenderSceneData *scene = nullptr; // null while the thread is not rendering
     RTCScene rayScene = nullptr, shadowScene = nullptr;
+    std::uint32_t objects = 0; // of the scene
     RTCIntersectContext context{};
     RayOrigin origin;
     RayCounts counts;

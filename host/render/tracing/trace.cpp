@@ -12,12 +12,14 @@ namespace velm::host {
 bool isOpenBack(const RenderSceneData &scene, const RTCRayHit &ray) {
     if (scene.surfaceOf(ray.hit.geomID, ray.hit.primID).doubleSided) return false;
     const RenderObject &object = scene.objects[ray.hit.geomID];
-    const auto corner = [&](int which) {
-        if (object.motion) return object.motion->corner(ray.hit.primID, which, static_cast<double>(ray.ray.time));
-        return object.mesh->corner(ray.hit.primID, which);
-    };
+    const double time = static_cast<double>(ray.ray.time);
+    std::optional<Transform> moved;
+    if (object.isInstance && !object.path.empty()) moved = transformAt(object.path, time);
+    const Transform &transform = moved ? *moved : object.transform;
+    const auto corner = [&](int which) { return object.corner(ray.hit.primID, which, time, transform); };
     const Vec3 first = corner(0);
-    const Vec3 front = cross(corner(1) - first, corner(2) - first);
+    Vec3 front = cross(corner(1) - first, corner(2) - first);
+    if (object.isInstance && transform.mirrors()) front = -front;
     return dot(front, {ray.ray.dir_x, ray.ray.dir_y, ray.ray.dir_z}) > 0;
 }
 

@@ -119,6 +119,7 @@ inline bool findHit(RayState &state, RTCScene scene, RTCRayHit &ray, const HitRu
     for (;;) {
         rtcIntersect1(scene, &state.context, &ray);
         if (ray.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
+        nameMeshOf(ray.hit, state.objects);
         if (hitCounts(state, ray, rules)) [[likely]]
             return true;
         advance(ray, farthest);
