@@ -28,6 +28,8 @@ inline SceneDescription withoutLocations(SceneDescription scene) {
     forget(scene.lights);
     forget(scene.nulls);
     forget(scene.objects);
+    for (ObjectDescription &object : scene.objects)
+        for (InstanceDescription &instance : object.instances) instance.location = {};
     for (ImageDescription &image : scene.images) image.location = image.fileLocation = {};
     for (ObjectDescription &object : scene.objects)
         for (SurfaceUse &use : object.surfaces) use.location = {};

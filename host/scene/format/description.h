@@ -189,9 +189,19 @@ struct SurfaceUse {
     bool operator==(const SurfaceUse &) const = default;
 };
 
+// The transform of a further object like another one, relative to the same parent.
+struct InstanceDescription {
+    Double3 position{}, rotation{}, scale{1, 1, 1};
+    SourceLocation location;
+
+    bool operator==(const InstanceDescription &) const = default;
+};
+
 struct ObjectDescription : ItemDescription {
     ShapeDescription shape;
-    std::vector<SurfaceUse> surfaces; // the entry with the empty material first, where there is one
+    std::vector<InstanceDescription> instances; // from which the reader made objects; see addInstances
+    bool isInstance = false;                    // one of these objects; the writer leaves it out
+    std::vector<SurfaceUse> surfaces;           // the entry with the empty material first, where there is one
     bool seenByCamera = true, seenByRays = true, castsShadows = true;
     double dissolve = 0; // 0 to 1: the fraction of what is behind that shows; 1 is invisible
 

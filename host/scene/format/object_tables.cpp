@@ -162,6 +162,49 @@ std::optional<Json> writeMaterials(const WriteContext &, const ObjectDescription
     return materials;
 }
 
+// ---- Instances of an object ----
+
+constexpr Field<InstanceDescription> kInstanceFields[] = {
+    {.key = "position",
+     .help = "Position of the pivot, in metres, relative to the object's parent.",
+     .rule = kVectorRule,
+     .target = &InstanceDescription::position},
+    {.key = "rotation",
+     .help = "Heading, pitch and bank, in degrees, relative to the object's parent.",
+     .rule = kVectorRule,
+     .target = &InstanceDescription::rotation},
+    {.key = "scale",
+     .help = "Factor by which the mesh is scaled: one number, or one along each axis.",
+     .rule = kScaleRule,
+     .target = &InstanceDescription::scale},
+};
+
+constexpr Table<InstanceDescription> kInstanceTable{.what = "an instance", .fields = kInstanceFields};
+
+constexpr CustomValue<ObjectDescription> kInstances{
+    .read =
+        [](const ReadContext &context, const JsonMember &found, ObjectDescription &object) {
+            const JsonValue &list = found.value;
+            if (list.kind != JsonValue::Kind::list)
+                context.fail(list.line, "\"instances\" must be a list of objects; found " + list.shown());
+            for (const JsonValue &element : list.list) {
+                InstanceDescription &instance = object.instances.emplace_back();
+                instance.location = context.at(element.line);
+                readObject(context, kInstanceTable, element, instance);
+            }
+        },
+    .write = [](const WriteContext &context, const ObjectDescription &object) -> std::optional<Json> {
+        if (object.instances.empty()) return std::nullopt;
+        Json list = Json::array();
+        for (const InstanceDescription &instance : object.instances)
+            list.push_back(writeObject(context, kInstanceTable, instance));
+        return list;
+    },
+    .schema =
+        [] {
+            return Json{{"type", "array"}, {"items", objectSchema(kInstanceTable)}};
+        }};
+
 // ---- Objects ----
 
 constexpr ValueRule kDissolveRule{.kind = ValueRule::Kind::number, .minimum = 0, .maximum = 1};
@@ -180,6 +223,9 @@ constexpr auto kOtherFields = std::to_array<Field<ObjectDescription>>({
                                             [] {
                                                 return Json{{"type", "object"}, {"additionalProperties", textSchema()}};
                                             }}},
+    {.key = "instances",
+     .help = "Transforms of further objects like this one, which share its mesh and move with its parent.",
+     .target = kInstances},
     {.key = "seenByCamera",
      .help = "Whether the camera sees the object.",
      .rule = boolRule(),

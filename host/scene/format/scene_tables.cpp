@@ -1,5 +1,6 @@
 // The tables of the scene as a whole, of its backdrop and its images.
 #include "host/base/names.h"
+#include "host/scene/format/instances.h"
 #include "host/scene/format/nested.h"
 #include "host/scene/format/surface_collection.h"
 #include "host/scene/format/tables.h"
@@ -263,6 +264,23 @@ constexpr Field<ImageDescription> kImageFields[] = {
 
 // ---- The scene ----
 
+constexpr CustomValue<SceneDescription> kObjects{
+    .read =
+        [](const ReadContext &context, const JsonMember &found, SceneDescription &scene) {
+            readNamed(context, objectTable(), found, scene.objects);
+            addInstances(scene.objects);
+        },
+    .write = [](const WriteContext &context, const SceneDescription &scene) -> std::optional<nlohmann::ordered_json> {
+        if (scene.objects.empty()) return std::nullopt;
+        nlohmann::ordered_json json = nlohmann::ordered_json::object();
+        addNamed(context, objectTable(), withoutInstances(scene.objects), json);
+        return json;
+    },
+    .schema =
+        [] {
+            return nlohmann::ordered_json{{"type", "object"}, {"additionalProperties", objectSchema(objectTable())}};
+        }};
+
 constexpr Field<SceneDescription> kSceneFields[] = {
     {.key = "$schema",
      .help = "The schema of this format, for editors.",
@@ -284,7 +302,7 @@ constexpr Field<SceneDescription> kSceneFields[] = {
     {.key = "images",
      .help = "The images that the backdrop and nodes may use, by name.",
      .target = collection<&SceneDescription::images, imageTable>},
-    {.key = "objects", .help = "The objects, by name.", .target = collection<&SceneDescription::objects, objectTable>},
+    {.key = "objects", .help = "The objects, by name.", .target = kObjects},
     {.key = "nulls",
      .help = "Items without a shape that others have as their parent or target, by name.",
      .target = collection<&SceneDescription::nulls, nullTable>},
