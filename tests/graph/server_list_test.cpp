@@ -10,39 +10,39 @@
 namespace velm::host::test {
 namespace {
 
-int result = kActivateOk;
+int activationResult = kActivateOk;
 int calls = 0;
 const HostItemOps *items = nullptr;
 bool complete = true;
 
-void *create(void *, void *, const char **) { return nullptr; }
-void destroy(void *) {}
-void evaluate(void *, ShadingSample *, HostOutput *, HostNodeValue *) {}
+void *createNothing(void *, void *, const char **) { return nullptr; }
+void destroyNothing(void *) {}
+void evaluateNothing(void *, ShadingSample *, HostOutput *, HostNodeValue *) {}
 
 int activate(int version, HostLookup *find, void *local, void *) {
     ++calls;
     EXPECT_EQ(version, kNodeHandlerVersion);
     auto *handler = static_cast<HostNodeHandler *>(local);
     items = handler->item;
-    handler->instance->create = create;
-    handler->instance->destroy = destroy;
-    if (complete) handler->evaluate = evaluate;
-    if (result == kActivateBadGlobal) find("Weather Report", kUseTransient);
-    return result;
+    handler->instance->create = createNothing;
+    handler->instance->destroy = destroyNothing;
+    if (complete) handler->evaluate = evaluateNothing;
+    if (activationResult == kActivateBadGlobal) find("Weather Report", kUseTransient);
+    return activationResult;
 }
 
 int activateInterface(int version, HostLookup *, void *local, void *) {
     EXPECT_EQ(version, kNodeInterfaceVersion);
     auto *interface = static_cast<HostNodeInterface *>(local);
     interface->panel = static_cast<HostPanel *>(interface->instance);
-    return result;
+    return activationResult;
 }
 
-constexpr HostTag kTags[] = {{"Counter", kTagUserName}, {"Nodes/State", kTagMenu}, {nullptr, 0}};
-constexpr HostServer kTable[] = {
+constexpr HostTag kListedTags[] = {{"Counter", kTagUserName}, {"Nodes/State", kTagMenu}, {nullptr, 0}};
+constexpr HostServer kListedTable[] = {
     {"SomethingElse", "Velm Counter", nullptr, nullptr},
-    {HOST_CLASS_NODE_HANDLER, "Velm Counter", activate, kTags},
-    {HOST_CLASS_NODE_INTERFACE, "Velm Counter", activateInterface, kTags},
+    {HOST_CLASS_NODE_HANDLER, "Velm Counter", activate, kListedTags},
+    {HOST_CLASS_NODE_INTERFACE, "Velm Counter", activateInterface, kListedTags},
     {HOST_CLASS_NODE_HANDLER, "Velm Plain", activate, nullptr},
     {HOST_CLASS_NODE_INTERFACE, "Velm Plain", nullptr, nullptr},
     {HOST_CLASS_NODE_HANDLER, "Velm Bare", activate, nullptr},
@@ -52,10 +52,10 @@ constexpr HostServer kTable[] = {
 class ServerListTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        result = kActivateOk;
+        activationResult = kActivateOk;
         calls = 0;
         complete = true;
-        list.add(kTable, "test.p");
+        list.add(kListedTable, "test.p");
     }
     static std::string errorOf(ServerClass &server) {
         try {
@@ -91,7 +91,7 @@ TEST_F(ServerListTest, AServerIsActivatedOnce) {
     const HostNodeHandler &handler = list.get("Velm Counter").handler();
     EXPECT_EQ(&list.get("Velm Counter").handler(), &handler);
     EXPECT_EQ(calls, 1);
-    EXPECT_EQ(handler.evaluate, evaluate);
+    EXPECT_EQ(handler.evaluate, evaluateNothing);
     EXPECT_NE(items, nullptr);
 }
 
@@ -112,11 +112,11 @@ TEST_F(ServerListTest, RefusalsAreExplained) {
         {77, "it gave the result 77"},
     };
     for (const auto &[code, words] : kRefusals) {
-        result = code;
+        activationResult = code;
         EXPECT_EQ(errorOf(list.get("Velm Counter")),
                   std::string("node \"Velm Counter\" (test.p) refuses to work: ") + words);
     }
-    result = kActivateOk;
+    activationResult = kActivateOk;
     EXPECT_EQ(errorOf(list.get("Velm Counter")), "no error"); // the next activation may succeed
 }
 
@@ -127,7 +127,7 @@ TEST_F(ServerListTest, AnIncompleteHandlerIsRefused) {
 }
 
 TEST_F(ServerListTest, RefusalsOfInterfacesAreExplained) {
-    result = kActivateBadVersion;
+    activationResult = kActivateBadVersion;
     int instance = 0;
     try {
         list.get("Velm Counter").panel(&instance);
@@ -181,7 +181,8 @@ TEST(HostServers, ContainTheBuiltInNodesFromTheStart) {
           "Multiply Color", "Mix Color",          "Clamp Color",     "Make Vector",      "Split Vector",
           "Make Color",     "Split Color",        "Checker",         "Fractal Noise",    "Image",
           "Curve",          "Image Projection",   "Color Ramp",      "Blend Color",      "Blend Scalar",
-          "Bump",           "Procedural Pattern", "Vertex Color",    "Weight Map"}) {
+          "Bump",           "Procedural Pattern", "Vertex Color",    "Weight Map",       "Scalar Math",
+          "Vector Math"}) {
         ServerClass &server = serverList().get(name);
         EXPECT_EQ(server.displayName(), name);
         EXPECT_FALSE(server.menuGroup().empty());

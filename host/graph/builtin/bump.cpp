@@ -3,6 +3,7 @@
 // After J. F. Blinn, "Simulation of Wrinkled Surfaces", SIGGRAPH 1978: a surface with the normal n that is raised by
 // the height h has the normal n - grad h, where grad is the gradient along the surface.
 #include "host/graph/builtin/definitions.h"
+#include "host/graph/builtin/vectors.h"
 
 #include <cmath>
 
@@ -12,21 +13,7 @@ namespace {
 
 enum { kHeight, kStrength };
 
-using Vector = std::array<double, 3>;
-
 constexpr double kUsualStep = 0.0005; // metres; used if the sample's footprint is not known
-
-double dot(const Vector &a, const Vector &b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
-Vector cross(const Vector &a, const Vector &b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
-Vector normalised(Vector vector) {
-    const double length = std::hypot(vector[0], vector[1], vector[2]);
-    for (double &component : vector) component /= length;
-    return vector;
-}
 
 // A unit vector at right angles to a unit vector.
 Vector perpendicular(const Vector &normal) {

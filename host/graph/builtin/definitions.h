@@ -12,6 +12,8 @@ extern const Definition spotInfo;
 // arithmetic.cpp
 extern const Definition addScalar, multiplyScalar, mixScalar, clampScalar;
 extern const Definition addColour, multiplyColour, mixColour, clampColour;
+// scalar_math.cpp, vector_math.cpp
+extern const Definition scalarMath, vectorMath;
 // components.cpp
 extern const Definition makeVector, splitVector, makeColour, splitColour;
 // checker.cpp, fractal_noise.cpp, image.cpp, curve.cpp

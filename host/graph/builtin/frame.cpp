@@ -33,6 +33,8 @@ void createParameter(Instance &instance, std::size_t index, const Parameter &par
     const KindFacts facts = factsOf(parameter.kind);
     instance.values[index] = parameter.initial;
     instance.integers[index] = static_cast<int>(parameter.initial[0]);
+    if (parameter.texts)
+        while (parameter.texts[instance.lastChoices[index] + 1]) ++instance.lastChoices[index];
     if (facts.parmType) {
         HostVParm *parm = fetched.parms->create(facts.parmType, -1);
         fetched.parms->setUp(parm, parameter.label, fetched.nodes->channelGroup(instance.node), nullptr, nullptr,
@@ -216,10 +218,7 @@ int Evaluation::integer(int parameter) const {
 }
 
 int Evaluation::choice(int parameter) const {
-    const char *const *texts = instance_.definition->parameters[static_cast<std::size_t>(parameter)].texts;
-    int last = -1;
-    while (texts[last + 1]) ++last;
-    return std::clamp(integer(parameter), 0, last);
+    return std::clamp(integer(parameter), 0, instance_.lastChoices[static_cast<std::size_t>(parameter)]);
 }
 
 bool Evaluation::uv(double &u, double &v) const { return uvAt(*sample_, u, v); }

@@ -74,6 +74,7 @@ struct Instance {
     double time = 0;            // seconds; when the values were read from the parameters
     std::array<std::array<double, 3>, kMaxParameters> values{};
     std::array<int, kMaxParameters> integers{};
+    std::array<int, kMaxParameters> lastChoices{}; // of choices: the index of the last text
     HostImage *image = nullptr;
     std::array<char, kTextSize> text{};
     std::array<HostVParm *, kMaxParameters> parms{};  // null where the parameter is not animated

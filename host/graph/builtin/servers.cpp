@@ -39,6 +39,8 @@ std::vector<HostServer> table() {
     add<multiplyColour, kMath>(servers);
     add<mixColour, kMath>(servers);
     add<clampColour, kMath>(servers);
+    add<scalarMath, kMath>(servers);
+    add<vectorMath, kMath>(servers);
     add<makeVector, kMath>(servers);
     add<splitVector, kMath>(servers);
     add<makeColour, kMath>(servers);
