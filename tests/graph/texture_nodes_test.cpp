@@ -17,7 +17,9 @@ TEST_F(BuiltinTest, BlendsAreTheFormulasOfTheirModes) {
         const char *mode;
         double full, quarter;
     } kRows[] = {{"Normal", 0.5, 0.725},     {"Additive", 1.3, 0.925}, {"Subtractive", 0.3, 0.675},
-                 {"Difference", 0.3, 0.675}, {"Multiply", 0.4, 0.7},   {"Divide", 1.6, 0.8 / 0.875}};
+                 {"Difference", 0.3, 0.675}, {"Multiply", 0.4, 0.7},   {"Divide", 1.6, 0.8 / 0.875},
+                 {"Screen", 0.9, 0.825},     {"Darken", 0.5, 0.725},   {"Lighten", 0.8, 0.8},
+                 {"Negative", 0.7, 0.775},   {"Color Dodge", 1.6, 1},  {"Color Burn", 0.6, 0.75}};
     for (const auto &row : kRows) {
         SCOPED_TRACE(row.mode);
         const Settings full{{"Below", 0.8}, {"Layer", 0.5}, {"Mode", text(row.mode)}};
@@ -34,12 +36,22 @@ TEST_F(BuiltinTest, BlendsAreTheFormulasOfTheirModes) {
     }
 }
 
+TEST_F(BuiltinTest, BlendsOfSingleComponentsLeaveTheOthers) {
+    const std::pair<const char *, Double3> kRows[] = {
+        {"Red", {0.5, 0.1, 0.1}}, {"Green", {0.1, 0.6, 0.1}}, {"Blue", {0.1, 0.1, 0.7}}};
+    for (const auto &[mode, expected] : kRows) {
+        const Settings settings{
+            {"Below", Double3{0.1, 0.1, 0.1}}, {"Layer", Double3{0.5, 0.6, 0.7}}, {"Mode", text(mode)}};
+        expectTriple(triple(add("Blend Color", settings), "Color"), expected);
+    }
+}
+
 TEST_F(BuiltinTest, BlendsStayFiniteAndUncoveredLayersShowWhatIsBelow) {
     const Settings bright{{"Below", 0.25}, {"Layer", 1.0}, {"Mode", text("Difference")}};
     EXPECT_EQ(scalar(add("Blend Scalar", bright), "Out"), 0.75);
     const Settings divided{{"Below", 0.5}, {"Layer", 0.0}, {"Mode", text("Divide")}};
     EXPECT_EQ(scalar(add("Blend Scalar", divided), "Out"), 128);
-    for (const char *mode : {"Normal", "Additive", "Subtractive", "Difference", "Multiply", "Divide"}) {
+    for (const char *mode : {"Normal", "Additive", "Subtractive", "Difference", "Multiply", "Divide", "Negative"}) {
         const Settings uncovered{{"Below", -0.5}, {"Layer", 3.0}, {"Coverage", 0.0}, {"Mode", text(mode)}};
         EXPECT_EQ(scalar(add("Blend Scalar", uncovered), "Out"), -0.5) << mode;
     }
