@@ -8,6 +8,7 @@
 #include "host/services/backdrop.h"
 #include "host/services/file_request.h"
 #include "host/services/instance_update.h"
+#include "host/services/item_place_provider.h"
 #include "host/services/scene_info.h"
 #include "host/services/system.h"
 #include "host/services/time.h"
@@ -33,6 +34,7 @@ void offerNodeServices() {
         {.name = HOST_TIME_INFO, .give = tableService<timeInfo>},
         {.name = HOST_SCENE_INFO, .give = tableService<sceneInfo>},
         {.name = kVertexMapFuncs, .give = tableService<vertexMapFuncs>},
+        {.name = kItemPlaceFuncs, .give = tableService<itemPlaceFuncs>},
     };
     offerServices(kServices);
 }

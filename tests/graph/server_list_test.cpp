@@ -175,14 +175,42 @@ TEST_F(ServerListTest, AnOriginCanBeRemoved) {
 }
 
 TEST(HostServers, ContainTheBuiltInNodesFromTheStart) {
-    for (const char *name :
-         {"Constant Color", "Constant Scalar",    "Constant Vector", "Constant Integer", "Spot Info",
-          "Add Scalar",     "Multiply Scalar",    "Mix Scalar",      "Clamp Scalar",     "Add Color",
-          "Multiply Color", "Mix Color",          "Clamp Color",     "Make Vector",      "Split Vector",
-          "Make Color",     "Split Color",        "Checker",         "Fractal Noise",    "Image",
-          "Curve",          "Image Projection",   "Color Ramp",      "Blend Color",      "Blend Scalar",
-          "Bump",           "Procedural Pattern", "Vertex Color",    "Weight Map",       "Scalar Math",
-          "Vector Math"}) {
+    for (const char *name : {"Constant Color",
+                             "Constant Scalar",
+                             "Constant Vector",
+                             "Constant Integer",
+                             "Spot Info",
+                             "Add Scalar",
+                             "Multiply Scalar",
+                             "Mix Scalar",
+                             "Clamp Scalar",
+                             "Add Color",
+                             "Multiply Color",
+                             "Mix Color",
+                             "Clamp Color",
+                             "Make Vector",
+                             "Split Vector",
+                             "Make Color",
+                             "Split Color",
+                             "Checker",
+                             "Fractal Noise",
+                             "Image",
+                             "Curve",
+                             "Image Projection",
+                             "Color Ramp",
+                             "Blend Color",
+                             "Blend Scalar",
+                             "Bump",
+                             "Procedural Pattern",
+                             "Vertex Color",
+                             "Weight Map",
+                             "Scalar Math",
+                             "Vector Math",
+                             "Incidence",
+                             "Fresnel",
+                             "Camera Distance",
+                             "Item Info",
+                             "Time"}) {
         ServerClass &server = serverList().get(name);
         EXPECT_EQ(server.displayName(), name);
         EXPECT_FALSE(server.menuGroup().empty());

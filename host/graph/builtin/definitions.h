@@ -9,6 +9,8 @@ namespace velm::host::builtin {
 extern const Definition constantColour, constantScalar, constantVector, constantInteger;
 // spot_info.cpp
 extern const Definition spotInfo;
+// item_info.cpp, incidence.cpp
+extern const Definition timeInfoNode, itemInfoNode, cameraDistance, incidence, fresnel;
 // arithmetic.cpp
 extern const Definition addScalar, multiplyScalar, mixScalar, clampScalar;
 extern const Definition addColour, multiplyColour, mixColour, clampColour;

@@ -129,9 +129,11 @@ HostError init(void *instance, int) {
     return nullptr;
 }
 
-HostError newTime(void *instance, int, double time) {
-    self(instance).readParameters(time);
-    return nullptr;
+HostError newTime(void *instance, int frame, double time) {
+    Instance &node = self(instance);
+    node.frame = frame;
+    node.readParameters(time);
+    return node.definition->newTime ? node.definition->newTime(node) : nullptr;
 }
 
 void evaluate(void *instance, ShadingSample *sample, HostOutput *output, HostNodeValue *value) {
@@ -162,7 +164,8 @@ int activateHandler(const Definition &definition, int version, HostLookup *looku
     if (!fetch(lookup, HOST_NODE_FUNCS, fetched.nodes) || !fetch(lookup, HOST_NODE_INPUT_FUNCS, fetched.inputs) ||
         !fetch(lookup, HOST_NODE_OUTPUT_FUNCS, fetched.outputs) ||
         !fetch(lookup, HOST_NODE_UTILITY_FUNCS, fetched.utility) || !fetch(lookup, HOST_VPARM_FUNCS, fetched.parms) ||
-        !fetch(lookup, HOST_IMAGE_LIST, fetched.images) || !fetch(lookup, kVertexMapFuncs, fetched.vertexMaps))
+        !fetch(lookup, HOST_IMAGE_LIST, fetched.images) || !fetch(lookup, kVertexMapFuncs, fetched.vertexMaps) ||
+        !fetch(lookup, kItemPlaceFuncs, fetched.places))
         return kActivateBadGlobal;
     auto *handler = static_cast<HostNodeHandler *>(local);
     // The host passes it to create, which only reads it.

@@ -3,6 +3,7 @@
 // The nodes are servers like any other: they get everything of the host from the lookup function at activation.
 #pragma once
 
+#include "host/graph/builtin/item_places.h"
 #include "host/graph/builtin/vertex_maps.h"
 #include "module/host.h"
 
@@ -43,6 +44,7 @@ struct Output {
 };
 
 class Evaluation;
+struct Instance;
 
 struct Definition {
     const char *name; // of the server, and shown
@@ -51,6 +53,9 @@ struct Definition {
     std::array<Output, kMaxOutputs> outputs{};
     // Computes one output, by its index in the table, and sets the result. [render threads]
     void (*evaluate)(const Evaluation &evaluation, int output) = nullptr;
+    // Prepares an instance for a frame, whose time and parameters it already has; gives null, or a message that lives
+    // as long as the program. May be null. [between frames]
+    HostError (*newTime)(Instance &instance) = nullptr;
 };
 
 // The services that a server looks up at its activation. All nodes share one record.
@@ -62,6 +67,7 @@ struct Services {
     const HostVParmFuncs *parms = nullptr;
     const HostImageList *images = nullptr;
     const VertexMapFuncs *vertexMaps = nullptr;
+    const ItemPlaceFuncs *places = nullptr;
     const HostPanelFuncs *panels = nullptr; // looked up by the interface server, as the next
     HostInstanceUpdate *update = nullptr;
 };
@@ -72,6 +78,8 @@ struct Instance {
     HostNode *node = nullptr;
     HostPanel *panel = nullptr; // the host destroys it
     double time = 0;            // seconds; when the values were read from the parameters
+    int frame = 0;
+    ItemPlace item; // that the text parameter names, for nodes that find it at each frame
     std::array<std::array<double, 3>, kMaxParameters> values{};
     std::array<int, kMaxParameters> integers{};
     std::array<int, kMaxParameters> lastChoices{}; // of choices: the index of the last text
@@ -99,6 +107,9 @@ class Evaluation {
     int integer(int parameter) const;
     int choice(int parameter) const; // clamped to the range of its texts
     HostImage *image() const { return instance_.image; }
+    double time() const { return instance_.time; } // of the frame; seconds
+    int frame() const { return instance_.frame; }
+    const ItemPlace &item() const { return instance_.item; }
     // The sample's coordinates on the map that the text parameter names; false, with u and v 0, when there are none.
     bool uv(double &u, double &v) const;
     bool uvAt(ShadingSample &other, double &u, double &v) const; // the same at another sample

@@ -31,6 +31,11 @@ std::vector<HostServer> table() {
     add<spotInfo, kInfo>(servers);
     add<vertexColour, kInfo>(servers);
     add<weightMap, kInfo>(servers);
+    add<incidence, kInfo>(servers);
+    add<fresnel, kInfo>(servers);
+    add<cameraDistance, kInfo>(servers);
+    add<itemInfoNode, kInfo>(servers);
+    add<timeInfoNode, kInfo>(servers);
     add<addScalar, kMath>(servers);
     add<multiplyScalar, kMath>(servers);
     add<mixScalar, kMath>(servers);

@@ -48,6 +48,7 @@ class Poser {
             modelled.push_back(moves_[i] || isMadeOnce(shape, counts.of(shape)));
         }
         return {.objects = part(0, objects),
+                .nulls = part(objects, tree_.firstLight()),
                 .lights = part(tree_.firstLight(), tree_.firstCamera()),
                 .cameras = part(tree_.firstCamera(), worlds_.size()),
                 .movingObjects = {moves_.begin(), moves_.begin() + static_cast<std::ptrdiff_t>(objects)},

@@ -12,7 +12,7 @@ namespace velm::host {
 // Transforms from each item's coordinates to world space, by index in the scene's lists. A transform with a scale of 0
 // cannot be inverted.
 struct ScenePose {
-    std::vector<Transform> objects, lights, cameras;
+    std::vector<Transform> objects, nulls, lights, cameras;
     std::vector<bool> movingObjects; // whether keys change its transform: its own, or those of a parent or target
 
     std::vector<bool> modelledObjects; // whether its mesh is made in object coordinates: it moves, or others share it

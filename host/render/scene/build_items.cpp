@@ -1,5 +1,6 @@
 #include "host/render/scene/scene_builders.h"
 
+#include "host/base/angles.h"
 #include "host/base/error.h"
 #include "host/render/geometry/mesh_cache.h"
 #include "host/render/geometry/shared_shapes.h"
@@ -30,6 +31,19 @@ struct Model {
     int number = 0;
 };
 
+// Where an item with this pivot is. One with a scale of 0 has no directions, and so no rotation.
+ItemPlace placeOf(const Transform &transform, const Vec3 &pivot) {
+    ItemPlace place;
+    transform.pointToWorld(pivot).store(place.position.data());
+    if (transform.isInvertible()) place.rotation = anglesOf(withoutScale(transform.toWorld));
+    for (std::size_t i = 0; i < 3; ++i) {
+        const double *m = transform.toWorld.m;
+        place.rotation[i] *= kRadiansPerDegree;
+        place.scale[i] = std::hypot(m[i], m[i + 3], m[i + 6]);
+    }
+    return place;
+}
+
 class ItemBuilder {
   public:
     ItemBuilder(const SceneDescription &scene, double time, const RenderSceneData &former, MeshCache *meshes,
@@ -58,6 +72,10 @@ class ItemBuilder {
             data_.cameras.back().later = laterSteps(i);
         }
         for (std::size_t i = 0; i < scene_.objects.size(); ++i) addObject(i);
+        addPlaces(scene_.objects, pose_.objects);
+        addPlaces(scene_.nulls, pose_.nulls);
+        addPlaces(scene_.lights, pose_.lights);
+        addPlaces(scene_.cameras, pose_.cameras);
     }
 
   private:
@@ -65,6 +83,13 @@ class ItemBuilder {
         HostItem *item = handles_.take(type, name);
         data_.items.insert(item);
         return item;
+    }
+
+    template <class Description>
+    void addPlaces(const std::vector<Description> &items, const std::vector<Transform> &transforms) {
+        for (std::size_t i = 0; i < items.size(); ++i)
+            data_.places.push_back(
+                {.name = items[i].name, .place = placeOf(transforms[i], Vec3(placeAt(items[i], time_).pivot))});
     }
 
     void addObject(std::size_t index) {

@@ -7,6 +7,7 @@
 #include "host/render/scene/current_scene.h"
 #include "host/render/scene/render_scene_data.h"
 #include "host/render/scene/scene_builders.h"
+#include "host/services/item_place_provider.h"
 #include "host/services/uv_provider.h"
 #include "host/services/vertex_map_provider.h"
 
@@ -71,6 +72,15 @@ bool vertexColourOf(const char *mapName, const ShadingSample *sample, double res
     return true;
 }
 
+bool itemPlaceOf(const char *name, ItemPlace &place) {
+    const RenderSceneData *scene = currentScene().scene;
+    if (!scene) return false;
+    const auto found = std::ranges::find(scene->places, name, &NamedPlace::name);
+    if (found == scene->places.end()) return false;
+    place = found->place;
+    return true;
+}
+
 bool vertexWeightOf(const char *mapName, const ShadingSample *sample, double *result) {
     const VertexMap *map = findVertexMap(*sample, mapName, true);
     return map && interpolate(*map, *sample, result);
@@ -84,6 +94,7 @@ RenderScene::RenderScene(const SceneDescription &scene, MeshCache *meshes)
     attachHandles(*handles_, *data_);
     setUvProvider({.lookup = lookUpUvOf});
     setVertexMapProvider({.colour = vertexColourOf, .weight = vertexWeightOf});
+    setItemPlaceProvider(itemPlaceOf);
     setCurrentScene({.scene = data_.get(), .width = scene.render.width, .height = scene.render.height});
 }
 

@@ -14,6 +14,7 @@
 #include "host/render/scene/scene_work.h"
 #include "host/scene/format/description.h"
 #include "host/services/backdrop.h"
+#include "host/services/item_place_provider.h"
 
 #include <cstdint>
 #include <memory>
@@ -78,6 +79,11 @@ inline std::vector<CameraStep> stepsOf(const RenderCamera &camera) {
     return steps;
 }
 
+struct NamedPlace {
+    std::string name;
+    ItemPlace place;
+};
+
 struct RenderSceneData {
     std::string sceneName, sceneFile;
     RenderDescription render;
@@ -88,6 +94,7 @@ struct RenderSceneData {
     std::vector<RenderLight> lights;
     std::vector<RenderCamera> cameras;
     std::unordered_set<const HostItem *> items; // of all of these
+    std::vector<NamedPlace> places;             // of all of these and of the nulls
     std::vector<std::string> uvMapNames;        // of all meshes, without duplicates, in order of appearance
     Backdrop backdrop;
     Fog fog;
