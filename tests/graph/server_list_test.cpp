@@ -210,7 +210,12 @@ TEST(HostServers, ContainTheBuiltInNodesFromTheStart) {
                              "Fresnel",
                              "Camera Distance",
                              "Item Info",
-                             "Time"}) {
+                             "Time",
+                             "Turbulence",
+                             "Marble",
+                             "Wood",
+                             "Cells",
+                             "Brick"}) {
         ServerClass &server = serverList().get(name);
         EXPECT_EQ(server.displayName(), name);
         EXPECT_FALSE(server.menuGroup().empty());

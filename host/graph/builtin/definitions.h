@@ -26,6 +26,8 @@ extern const Definition imageProjection, colourRamp, blendColour, blendScalar;
 extern const Definition vertexColour, weightMap;
 // bump.cpp, procedural_pattern.cpp
 extern const Definition bump, proceduralPattern;
+// solid_textures.cpp, brick.cpp
+extern const Definition turbulence, marble, wood, cells, brick;
 
 // The colours of the nodes' titles, by menu group.
 constexpr std::array<int, 3> kConstantColour{90, 110, 90};

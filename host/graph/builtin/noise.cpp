@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <numbers>
 
 namespace velm::host {
 
@@ -50,6 +51,8 @@ double gradientNoise(double x, double y, double z) {
     }
     return lerp(w, plane[0], plane[1]);
 }
+
+double wave(double position) { return 0.5 + 0.5 * std::sin(2 * std::numbers::pi * position); }
 
 NoiseSum sumNoise(const double position[3], const NoiseOctaves &noise) {
     NoiseSum result;

@@ -27,4 +27,7 @@ struct NoiseSum {
 // [any thread]
 NoiseSum sumNoise(const double position[3], const NoiseOctaves &noise);
 
+// A sine wave from 0 to 1 of the period 1; 0.5 at 0. [any thread]
+double wave(double position);
+
 } // namespace velm::host

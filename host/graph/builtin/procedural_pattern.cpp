@@ -18,7 +18,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace velm::host::builtin {
 
@@ -52,21 +51,17 @@ double toBoundary(double coordinate) { return std::fabs(coordinate - std::round(
 // One evaluation of the pattern.
 class Pattern {
   public:
-    explicit Pattern(const Evaluation &evaluation) : evaluation_(evaluation), space_(evaluation, kSpace) {
-        const Vector size = space_.size();
-        smallest_ = std::min({std::fabs(size[0]), std::fabs(size[1]), std::fabs(size[2])});
-        for (std::size_t i = 0; i < 3; ++i) cell_[i] = space_.point()[i] / size[i];
-        isUsable_ = smallest_ > 0 && std::isfinite(cell_[0] + cell_[1] + cell_[2]);
-    }
+    explicit Pattern(const Evaluation &evaluation)
+        : evaluation_(evaluation), space_(evaluation, kSpace), position_(space_.inCells()) {}
 
     // From 0 to 1; 0 where a size is 0.
     double value() const {
-        if (!isUsable_) return 0;
+        if (!position_.isUsable) return 0;
         const double contrast = evaluation_.scalar(kContrast);
         const double value = std::clamp(0.5 + (plain() - 0.5) * contrast, 0.0, 1.0);
         return evaluation_.choice(kNegative) != 0 ? 1 - value : value;
     }
-    double smallestSize() const { return smallest_; }
+    double smallestSize() const { return position_.smallest; }
     const TextureSpace &space() const { return space_; }
 
   private:
@@ -76,9 +71,8 @@ class Pattern {
         case kDots: return dots();
         case kFractalNoise: return 0.5 + 0.5 * noise(NoiseShape::plain);
         case kTurbulence: return noise(NoiseShape::magnitude);
-        case kMarble: return 0.5 + 0.5 * std::sin(2 * std::numbers::pi * (along() + noise(NoiseShape::magnitude)));
-        case kWood:
-            return 0.5 + 0.5 * std::sin(2 * std::numbers::pi * (fromAxis() + kRoughness * noise(NoiseShape::plain)));
+        case kMarble: return wave(along() + noise(NoiseShape::magnitude));
+        case kWood: return wave(fromAxis() + kRoughness * noise(NoiseShape::plain));
         default: return checkerboard();
         }
     }
@@ -112,15 +106,13 @@ class Pattern {
         return noise.sum / noise.amplitude;
     }
 
-    std::size_t axis() const { return static_cast<std::size_t>(evaluation_.choice(kAxis)); }
-    double along() const { return cell_[axis()]; }
-    double fromAxis() const { return std::hypot(cell_[(axis() + 1) % 3], cell_[(axis() + 2) % 3]); }
+    double along() const { return position_.along(evaluation_.choice(kAxis)); }
+    double fromAxis() const { return position_.fromAxis(evaluation_.choice(kAxis)); }
 
     const Evaluation &evaluation_;
     const TextureSpace space_;
-    double smallest_ = 0;
-    Vector cell_{}; // the position, in cells
-    bool isUsable_ = false;
+    const CellPosition position_;
+    const Vector &cell_ = position_.cell;
 };
 
 void give(const Evaluation &evaluation, int output) {

@@ -60,6 +60,11 @@ std::vector<HostServer> table() {
     add<blendScalar, kTextures>(servers);
     add<bump, kTextures>(servers);
     add<proceduralPattern, kTextures>(servers);
+    add<turbulence, kTextures>(servers);
+    add<marble, kTextures>(servers);
+    add<wood, kTextures>(servers);
+    add<cells, kTextures>(servers);
+    add<brick, kTextures>(servers);
     servers.push_back({nullptr, nullptr, nullptr, nullptr});
     return servers;
 }

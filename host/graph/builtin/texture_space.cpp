@@ -37,6 +37,14 @@ TextureSpace::TextureSpace(const Evaluation &evaluation, int firstRow)
 
 TextureSpace::Vector TextureSpace::size() const { return evaluation_.triple(firstRow_ + kSizeOffset); }
 
+CellPosition TextureSpace::inCells() const {
+    const Vector sizes = size();
+    CellPosition result{.smallest = std::min({std::fabs(sizes[0]), std::fabs(sizes[1]), std::fabs(sizes[2])})};
+    for (std::size_t i = 0; i < 3; ++i) result.cell[i] = point_[i] / sizes[i];
+    result.isUsable = result.smallest > 0 && std::isfinite(result.cell[0] + result.cell[1] + result.cell[2]);
+    return result;
+}
+
 void TextureSpace::turn(Vector &vector) const {
     turnBack(vector[2], vector[0], heading_);
     turnBack(vector[1], vector[2], pitch_);

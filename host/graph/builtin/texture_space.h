@@ -1,4 +1,4 @@
-// The axes of a texture, for Image Projection and Procedural Pattern: those of the object or the world, rotated by
+// The axes of a texture, for Image Projection and the procedural textures: those of the object or the world, rotated by
 // heading, pitch and bank, with the origin at "Center". Lengths are in metres.
 #pragma once
 
@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 
 namespace velm::host::builtin {
@@ -40,6 +41,20 @@ constexpr std::array<Parameter, kMaxParameters> joinRows(const std::array<Parame
     return rows;
 }
 
+// A position that is measured in the sizes of a texture along its axes.
+struct CellPosition {
+    std::array<double, 3> cell{};
+    double smallest = 0;   // of the sizes; metres
+    bool isUsable = false; // no size is 0, and the position is finite
+
+    // The coordinate along an axis (0, 1 or 2), and the distance from it.
+    double along(int axis) const { return cell[static_cast<std::size_t>(axis)]; }
+    double fromAxis(int axis) const {
+        const auto index = static_cast<std::size_t>(axis);
+        return std::hypot(cell[(index + 1) % 3], cell[(index + 2) % 3]);
+    }
+};
+
 // A sample in the axes of a texture. [render threads]
 class TextureSpace {
   public:
@@ -50,6 +65,7 @@ class TextureSpace {
 
     const Vector &point() const { return point_; }
     Vector size() const;
+    CellPosition inCells() const;
     // The polygon's normal; its length is not 1.
     Vector normal() const;
     // The axis to which the polygon's normal is closest: 0, 1 or 2.
