@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # Builds the module for every platform that this machine can build for, and checks it. Part of ./run, whose functions
-# `say` and `install_missing` it uses.
+# it uses.
 
 platforms=(linux-x86_64 linux-i386 windows-x86_64 windows-i686) # as the presets name them
 
@@ -33,6 +33,7 @@ can_build() { # PLATFORM
 }
 
 build_for() { # PLATFORM [TARGET ...]
+    refuse_foreign_build "$(build_directory "$1")"
     # Forgets the module that try_macintosh named in an earlier run, since that file may no longer exist.
     cmake --preset "$1" -UVELM_MACINTOSH_BUNDLE >/dev/null
     cmake --build --preset "$1" ${2:+--target "${@:2}"} >&2

@@ -270,7 +270,7 @@ void sharesNoVariables(const CheckTask &task) {
     }
     if (!shared.empty())
         warnCheck("all render threads write to the same variables without a lock: " +
-                  variablesText(task.module, shared));
+                  variablesText(task.module, shared) + "; a race, unless they are atomic");
 }
 
 constexpr Check kChecks[] = {
