@@ -82,8 +82,8 @@ TEST(Instances, ErrorsTellWhatIsWrong) {
     EXPECT_EQ(refusal(withInstances("3")), "scene.json:2: \"instances\" must be a list of objects; found 3");
     EXPECT_EQ(refusal(withInstances("[\n{\"scale\": 0}]")),
               "scene.json:3: \"scale\" must be a number or a list of three, none of them 0; found 0");
-    EXPECT_EQ(refusal(withInstances("[{\"postion\": [0, 0, 0]}]")),
-              "scene.json:2: an instance has no key \"postion\", did you mean \"position\"?");
+    EXPECT_EQ(refusal(withInstances("[{\"positions\": [0, 0, 0]}]")),
+              "scene.json:2: an instance has no key \"positions\", did you mean \"position\"?");
 }
 
 } // namespace
