@@ -11,6 +11,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <unordered_set>
 #include <utility>
 
 namespace velm::host {
@@ -24,7 +25,7 @@ class SurfaceBuilder {
   public:
     SurfaceBuilder(const SceneDescription &scene, const SurfaceLookup &surfaceOf, const RenderSceneData &former,
                    RenderSceneData &data)
-        : scene_(scene), surfaceOf_(surfaceOf), former_(former), data_(data) {}
+        : scene_(scene), surfaceOf_(surfaceOf), former_(former), data_(data), isNew_(!former.acceleration) {}
 
     void build() {
         data_.backdrop = Backdrop(scene_.backdrop);
@@ -126,7 +127,10 @@ class SurfaceBuilder {
         std::vector<double> angles;
         for (const std::uint16_t surface : object.surfaces) angles.push_back(data_.surfaces[surface].smoothingAngle);
         if (std::none_of(angles.begin(), angles.end(), [](double angle) { return angle > 0; })) angles.clear();
-        if (angles == object.mesh->smoothingAngles) return;
+        if (angles == object.mesh->smoothingAngles) {
+            finished_.insert(object.mesh.get());
+            return;
+        }
         if (object.isInstance) return smoothModel(object, angles);
         // The acceleration structure and the former contents still use a mesh that is kept: change a copy of it.
         if (object.mesh.use_count() > 1) object.mesh = std::make_shared<Mesh>(*object.mesh);
@@ -136,13 +140,20 @@ class SurfaceBuilder {
 
     // Objects with the same model and the same angles share the smoothed model.
     void smoothModel(RenderObject &object, const std::vector<double> &angles) {
-        std::shared_ptr<Mesh> &smoothed = smoothed_[{object.modelNumber, angles}];
+        const auto found = smoothed_.find({object.modelNumber, angles});
+        std::shared_ptr<Mesh> smoothed = found != smoothed_.end() ? found->second : nullptr;
         if (!smoothed) {
-            smoothed = std::make_shared<Mesh>(*object.model);
+            smoothed = object.model;
+            if (isNew_ && !finished_.contains(smoothed.get()))
+                smoothed_.erase({object.modelNumber, smoothed->smoothingAngles});
+            else
+                smoothed = std::make_shared<Mesh>(*smoothed);
             smoothNormals(*smoothed, angles);
             ++data_.work.smoothings;
+            smoothed_[{object.modelNumber, angles}] = smoothed;
         }
         object.model = object.mesh = smoothed;
+        finished_.insert(smoothed.get());
     }
 
     // Once the mesh has its last points.
@@ -194,6 +205,8 @@ class SurfaceBuilder {
     SourceLocation location_;                                                       // that an error is reported at
     std::vector<std::string> names_;                                                // of data_.surfaces
     std::map<std::pair<int, std::vector<double>>, std::shared_ptr<Mesh>> smoothed_; // by number and angles
+    const bool isNew_;                                                              // nothing uses the meshes yet
+    std::unordered_set<const Mesh *> finished_; // that have the normals of an object already
 };
 
 } // namespace

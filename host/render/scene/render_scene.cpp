@@ -100,6 +100,7 @@ RenderScene::RenderScene(const SceneDescription &scene, MeshCache *meshes)
 
 void RenderScene::prepare(const SceneDescription &scene, const SurfaceLookup &surfaceOf) {
     withinMemory([&] { buildSurfaces(scene, surfaceOf, {}, *data_); });
+    attachHandles(*handles_, *data_); // objects with the same mesh file may get different normals
     attachSurfaces(*data_);
 }
 

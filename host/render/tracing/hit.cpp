@@ -33,18 +33,21 @@ struct Corners {
     }
 };
 
-// Of an instance, with the transform `now`, the mean of the normals in world space.
+// The mean of the normals at the corners when the shutter opens, turned to the time of the transform `now`.
 Vec3 smoothNormal(const RenderObject &object, std::uint32_t triangle, const Corners &corners, const Transform &now,
                   const Vec3 &flat) {
     const Mesh &mesh = *object.mesh;
+    const Transform &first = object.transform;
     Vec3 sum;
     for (int k = 0; k < 3; ++k) {
         const std::array<float, 3> &stored = mesh.normals[mesh.triangles[triangle].corners[k]];
         const Vec3 normal{stored[0], stored[1], stored[2]};
-        sum += corners.weight[k] * (object.isInstance ? normalised(now.normalToWorld(normal), {0, 0, 0}) : normal);
+        sum += corners.weight[k] * (object.isInstance ? normalised(first.normalToWorld(normal), {0, 0, 0}) : normal);
     }
     const Vec3 mean = normalised(sum, flat);
-    return object.motion ? object.motion->turned(mean, now) : mean;
+    if (object.path.empty()) return mean;
+    if (object.motion) return object.motion->turned(mean, now);
+    return normalised(now.normalToWorld(first.toWorld.transposedTimes(mean)), mean);
 }
 
 // The largest sum of the absolute values of a row: a bound on how much the matrix makes coordinates larger.
