@@ -5,11 +5,16 @@
 
 namespace velm::host {
 
-// The bounds of all polygons of a mesh. [any thread]
-inline Bounds boundsOf(const Mesh &mesh) {
+inline Bounds unionOf(const std::vector<Bounds> &parts) {
     Bounds all;
-    for (const Bounds &bounds : boundsByMaterial(mesh)) all.include(bounds);
+    for (const Bounds &bounds : parts) all.include(bounds);
     return all;
+}
+
+// The bounds of all polygons of a mesh, and those in world space of a mesh in object coordinates. [any thread]
+inline Bounds boundsOf(const Mesh &mesh) { return unionOf(boundsByMaterial(mesh)); }
+inline Bounds boundsOf(const Mesh &mesh, const Transform &transform) {
+    return unionOf(boundsByMaterial(mesh, transform));
 }
 
 inline Vec3 centreOf(const Bounds &bounds) {

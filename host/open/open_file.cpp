@@ -109,7 +109,7 @@ bool isFloor(const ObjectDescription &object) { return std::holds_alternative<Pl
 
 Bounds boundsOfMesh(const SceneDescription &scene, const ScenePose &pose, std::size_t index, MeshCache &meshes) {
     const Mesh &mesh = meshOf(scene, pose, index, meshes);
-    return pose.modelledObjects[index] ? boundsOf(placedMesh(mesh, pose.objects[index])) : boundsOf(mesh);
+    return pose.modelledObjects[index] ? boundsOf(mesh, pose.objects[index]) : boundsOf(mesh);
 }
 
 // The bounds of the objects for which `counts` is true.
