@@ -17,6 +17,8 @@
 #include <filesystem>
 #include <functional>
 #include <stdexcept>
+#include <string>
+#include <variant>
 
 namespace velm::host::bench {
 namespace {
@@ -185,6 +187,29 @@ class EnvironmentFile {
     std::filesystem::path file_;
 };
 
+// The scene with a hundred objects for each one with a mesh file.
+SceneDescription withInstances(SceneDescription scene) {
+    constexpr int kColumns = 10, kCount = 100;
+    constexpr double kSpacing = 2.5; // metres; the bunny of the demonstration is 2 m long
+    const std::vector<ObjectDescription> objects = scene.objects;
+    for (const ObjectDescription &object : objects) {
+        if (!std::holds_alternative<MeshFile>(object.shape)) continue;
+        for (int i = 1; i < kCount; ++i) {
+            ObjectDescription &added = scene.objects.emplace_back(object);
+            added.name += ' ' + std::to_string(i);
+            added.position[0] += kSpacing * (i % kColumns);
+            added.position[2] += kSpacing * (i / kColumns);
+            added.rotation[0] += 37.0 * i;
+        }
+    }
+    return scene;
+}
+
+void compareInstances(Table &table, const SceneDescription &demonstration) {
+    Fixture fixture(shadedBy(withInstances(demonstration), "Velm Ambient Occlusion", "Scalar", {}), plainOcclusion({}));
+    fixture.compare(table, "occlusion, instances", 1, 0.95);
+}
+
 void compareReflections(Table &table, SceneDescription demonstration) {
     constexpr double kBlur = 0.2;
     const EnvironmentFile environment;
@@ -204,6 +229,7 @@ void comparePictures(Table &table) {
         readScene(VELM_SOURCE_DIR "/examples/occlusion.json", makeSearchPath({}, nullptr));
     const ListedModule module(VELM_MODULE_FILE);
     compareOcclusion(table, demonstration);
+    compareInstances(table, demonstration);
     compareReflections(table, demonstration);
 }
 

@@ -56,11 +56,13 @@ bool PlainTracer::trace(const Vec3 &origin, const Vec3 &direction, RTCRayHit &ra
     ray.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
     ++rays;
     rtcIntersect1(scene.acceleration->rayScene(), &context, &ray);
+    nameMeshOf(ray.hit, static_cast<uint32_t>(scene.objects.size()));
     return ray.hit.geomID != RTC_INVALID_GEOMETRY_ID;
 }
 
 Vec3 PlainTracer::normalAt(const RTCRayHit &ray) const {
-    const Mesh &mesh = *scene.objects[ray.hit.geomID].mesh;
+    const RenderObject &object = scene.objects[ray.hit.geomID];
+    const Mesh &mesh = *object.mesh;
     Vec3 normal = normalised({ray.hit.Ng_x, ray.hit.Ng_y, ray.hit.Ng_z});
     if (!mesh.normals.empty()) {
         const double u = static_cast<double>(ray.hit.u), v = static_cast<double>(ray.hit.v);
@@ -72,6 +74,7 @@ Vec3 PlainTracer::normalAt(const RTCRayHit &ray) const {
         }
         normal = normalised(sum, normal);
     }
+    if (object.isInstance) normal = normalised(object.transform.normalToWorld(normal));
     return dot(normal, {ray.ray.dir_x, ray.ray.dir_y, ray.ray.dir_z}) > 0 ? -normal : normal;
 }
 
