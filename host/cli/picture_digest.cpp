@@ -49,6 +49,7 @@ PictureDigest::PictureDigest(const std::string &file, const SceneDescription &sc
     if (job.filter != FilterDescription{})
         digest.add(fmt::format("filter {} {}", static_cast<int>(job.filter.shape), job.filter.width));
     if (job.backdropLeftOut) digest.add("alpha");
+    for (const std::string &layer : job.layers) digest.add("layer " + layer);
     if (const std::string files = digestText(options.files); !files.empty()) digest.add(files);
     digest.add(VELM_VERSION);
 }

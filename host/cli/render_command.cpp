@@ -5,6 +5,7 @@
 #include "host/cli/existing_picture.h"
 #include "host/cli/frame_names.h"
 #include "host/cli/interrupt.h"
+#include "host/cli/json_output.h"
 #include "host/cli/log_file.h"
 #include "host/cli/memory_use.h"
 #include "host/cli/output_file.h"
@@ -14,7 +15,9 @@
 #include "host/cli/render_options.h"
 #include "host/cli/statistics.h"
 #include "host/graph/listed_module.h"
+#include "host/graph/surface.h"
 #include "host/image/picture_parts.h"
+#include "host/render/scene/render_scene_data.h"
 #include "host/session/rendering.h"
 
 #include <algorithm>
@@ -77,6 +80,7 @@ RenderJob planJob(const RenderDescription &scene, const RenderOptions &options, 
                                          job.region.right, job.region.bottom, job.width, job.height));
     }
     job.backdropLeftOut = options.alpha;
+    job.layers = options.layers;
     takePart(part, job);
     return job;
 }
@@ -129,6 +133,8 @@ void planFiles(const RenderOptions &options, RenderPlan &plan) {
     if (options.alpha && !fileChoices(file).hasAlpha)
         throw UsageError(fmt::format("--alpha: {} files have no alpha; PNG, TIFF and EXR files can have it",
                                      std::filesystem::path(file).extension().string()));
+    if (!options.layers.empty() && !fileChoices(file).hasLayers)
+        throw UsageError("--layer: only EXR files have layers; the output has to end in .exr");
     plan.files = fileSettings(options.files, file);
 }
 
@@ -177,9 +183,19 @@ std::string partText(const PicturePart &part) {
     return fmt::format("{}/{} by {}", part.number, part.count, part.by == PartsBy::tiles ? "tiles" : "samples");
 }
 
+// A JSON array of names, for a picture with this layer, which has their numbers; else empty.
+template <class Things, class NameOf>
+std::string namesFor(const char *layer, const RenderJob &job, const Things &things, NameOf nameOf) {
+    if (std::ranges::count(job.layers, layer) == 0) return {};
+    Json names = Json::array();
+    for (const auto &thing : things) names.push_back(nameOf(thing));
+    return names.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 // The headers of the pictures, without the digest.
 PictureMetadata metadataOf(const ProgramOptions &program, const RenderOptions &options, const RenderPlan &plan,
-                           Workflow workflow, const std::string &module) {
+                           const Session &session, const std::string &module) {
+    const RenderSceneData &scene = session.renderScene().data();
     const RenderJob &job = plan.job;
     const SamplesOfPart samples = {
         .first = job.firstSample, .end = job.firstSample + samplesOf(job), .count = job.samples};
@@ -191,8 +207,11 @@ PictureMetadata metadataOf(const ProgramOptions &program, const RenderOptions &o
             .part = partText(plan.part),
             .samples = samplesText(samples),
             .seed = std::to_string(job.seed),
-            .workflow = workflowText(workflow),
-            .backdrop = job.backdropLeftOut ? kBackdropLeftOut : ""};
+            .workflow = workflowText(session.scene().render.workflow),
+            .backdrop = job.backdropLeftOut ? kBackdropLeftOut : "",
+            .objects = namesFor("object", job, scene.objects, [](const auto &object) { return object.item->name; }),
+            .surfaces =
+                namesFor("surface", job, scene.surfaces, [](const auto &surface) { return surface.surface->name(); })};
 }
 
 // Chooses the order of evaluation for all frames, and says why where that is not the usual one. The first frame is
@@ -277,8 +296,7 @@ bool renderScene(const ProgramOptions &program, const RenderOptions &options, Re
     reporting.total.prepared(session->renderScene().pointCount());
     reporting.log.add(LogLevel::info, fmt::format("prepared: {} points; module {}", session->renderScene().pointCount(),
                                                   module.path()));
-    const PictureMetadata metadata =
-        metadataOf(program, options, plan, session->scene().render.workflow, module.path());
+    const PictureMetadata metadata = metadataOf(program, options, plan, *session, module.path());
     return renderFrames(plan, *session, metadata, digest, options.skipExisting, reporting);
 }
 

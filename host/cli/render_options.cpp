@@ -148,6 +148,15 @@ void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOpti
     command.add_flag("--alpha", options.alpha,
                      "Leave the backdrop out: where it would show, the picture is transparent. EXR files\n"
                      "have associated alpha, PNG and TIFF files straight alpha");
+    command
+        .add_option("--layer", options.layers,
+                    "Add a layer to an EXR file: depth, normal, position, albedo, object, surface,\n"
+                    "samples, or an output of a node, such as \"AO.Scalar\" or, of one surface's node,\n"
+                    "\"Clay/AO.Scalar\"; can be given more than once")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("NAME");
     declarePictureFileOptions(command, options.files);
     command.add_option("--samples", options.samples, "Samples per pixel")
         ->check(CLI::Range(1, kMostSamples))

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace velm::host {
 
@@ -34,6 +35,7 @@ struct RenderOptions : SceneOptions {
     std::uint32_t seed = 0;
     bool lockNoise = false;
     bool alpha = false; // leave the backdrop out
+    std::vector<std::string> layers;
     PictureFileOptions files;
     std::optional<FilterShape> filter; // box by default
     std::optional<double> filterWidth; // pixels; the shape's own by default

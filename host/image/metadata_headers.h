@@ -30,6 +30,8 @@ inline constexpr MetadataHeader kMetadataHeaders[] = {
     {.name = "velm:seed", .member = &PictureMetadata::seed},
     {.name = kWorkflowHeader, .member = &PictureMetadata::workflow},
     {.name = "velm:backdrop", .member = &PictureMetadata::backdrop},
+    {.name = "velm:objects", .member = &PictureMetadata::objects},
+    {.name = "velm:surfaces", .member = &PictureMetadata::surfaces},
 };
 
 } // namespace velm::host

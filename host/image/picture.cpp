@@ -152,6 +152,8 @@ struct WrittenPicture {
           displayValues(isOfDisplayValues(metadata)), view(settings.view) {
         channels = isDivided || format.alpha == AlphaInFile::associated ? 4 : 3;
     }
+
+    bool hasLayers() const { return isExr(format) && !picture.layerChannels().empty(); }
 };
 
 // Converts one row of the picture to the numbers of the file, in `row`, whose memory later calls use again. `alpha`
@@ -214,10 +216,27 @@ Rows integerRowsOf(const WrittenPicture &written) {
     };
 }
 
+// Puts the layers of each pixel of a row behind its other values.
+const float *addLayers(const WrittenPicture &written, int y, const std::vector<float> &row,
+                       std::vector<float> &withLayers) {
+    const auto channels = static_cast<std::ptrdiff_t>(written.channels);
+    const std::size_t layers = written.picture.layerChannels().size();
+    withLayers.clear();
+    auto values = row.begin();
+    for (int x = written.window.left; x < written.window.right; ++x, values += channels) {
+        withLayers.insert(withLayers.end(), values, values + channels);
+        const float *const pixel = written.picture.layers(x, y);
+        withLayers.insert(withLayers.end(), pixel, pixel + layers);
+    }
+    return withLayers.data();
+}
+
 template <typename Convert>
 Rows floatRowsOf(const WrittenPicture &written, Convert convert) {
-    return [written, convert, row = std::vector<float>()](int index) mutable {
-        return fillRow(written, written.window.top + index, convert, convert, row);
+    return [written, convert, row = std::vector<float>(), withLayers = std::vector<float>()](int index) mutable {
+        const int y = written.window.top + index;
+        fillRow(written, y, convert, convert, row);
+        return written.hasLayers() ? addLayers(written, y, row, withLayers) : row.data();
     };
 }
 
@@ -247,6 +266,7 @@ NewImage describe(const WrittenPicture &written, const PictureMetadata &metadata
             .fullWidth = written.picture.width(),
             .fullHeight = written.picture.height(),
             .channels = written.channels,
+            .layers = written.hasLayers() ? written.picture.layerChannels() : std::vector<std::string>(),
             .hasStraightAlpha = written.isDivided,
             .numbers = written.numbers,
             .tileSize = settings.isTiled ? kTileSide : 0,
@@ -266,8 +286,9 @@ std::vector<unsigned char> bytesOf(const NewImage &image, const std::string &fil
 
 } // namespace
 
-Picture::Picture(const Picture &other) : Picture(other.width_, other.height_, other.window_) {
+Picture::Picture(const Picture &other) : Picture(other.width_, other.height_, other.window_, other.layerChannels_) {
     std::copy_n(other.pixels_.data(), pixels_.size(), pixels_.data());
+    std::copy_n(other.layers_.data(), layers_.size(), layers_.data());
 }
 
 void checkPictureEnding(const std::string &file) {
@@ -283,7 +304,8 @@ FileChoices fileChoices(const std::string &file) {
             .numbers = format.choices,
             .compressions = format.compressions,
             .canBeTiled = format.canBeTiled,
-            .hasAlpha = format.alpha != AlphaInFile::none};
+            .hasAlpha = format.alpha != AlphaInFile::none,
+            .hasLayers = isExr(format)};
 }
 
 void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata,

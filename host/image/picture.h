@@ -10,6 +10,8 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace velm::host {
 
@@ -26,10 +28,11 @@ class Picture {
     Picture() = default;
     // Black and without coverage. Width and height of at least 1. MachineError when there is no memory.
     Picture(int width, int height) : Picture(width, height, {.left = 0, .top = 0, .right = width, .bottom = height}) {}
-    // The same with a data window, which lies in the picture and is not empty.
-    Picture(int width, int height, const Region &window)
-        : width_(width), height_(height), window_(window),
-          pixels_(static_cast<std::size_t>(window.width()) * static_cast<std::size_t>(window.height()) * kChannels) {}
+    // The same with a data window, which lies in the picture and is not empty, and with layers, whose values are 0.
+    // `layerChannels` are the names of their channels; see layers.h.
+    Picture(int width, int height, const Region &window, std::vector<std::string> layerChannels = {})
+        : width_(width), height_(height), window_(window), layerChannels_(std::move(layerChannels)),
+          pixels_(pixelsOf(window) * kChannels), layers_(pixelsOf(window) * layerChannels_.size()) {}
     Picture(Picture &&) = default;
     Picture &operator=(Picture &&) = default;
     Picture(const Picture &other);
@@ -47,16 +50,26 @@ class Picture {
         return window_.contains(x, y) ? pixels_.data() + offset(x, y) : kOutside;
     }
 
+    // The names of the channels of all layers, and their values for a pixel in the data window.
+    const std::vector<std::string> &layerChannels() const { return layerChannels_; }
+    float *layers(int x, int y) { return layers_.data() + number(x, y) * layerChannels_.size(); }
+    const float *layers(int x, int y) const { return layers_.data() + number(x, y) * layerChannels_.size(); }
+
   private:
-    std::size_t offset(int x, int y) const {
-        return (static_cast<std::size_t>(y - window_.top) * static_cast<std::size_t>(window_.width()) +
-                static_cast<std::size_t>(x - window_.left)) *
-               kChannels;
+    static std::size_t pixelsOf(const Region &window) {
+        return static_cast<std::size_t>(window.width()) * static_cast<std::size_t>(window.height());
     }
+    // Of a pixel in the data window.
+    std::size_t number(int x, int y) const {
+        return static_cast<std::size_t>(y - window_.top) * static_cast<std::size_t>(window_.width()) +
+               static_cast<std::size_t>(x - window_.left);
+    }
+    std::size_t offset(int x, int y) const { return number(x, y) * kChannels; }
 
     int width_ = 0, height_ = 0;
     Region window_;
-    SharedArray<float> pixels_;
+    std::vector<std::string> layerChannels_;
+    SharedArray<float> pixels_, layers_;
 };
 
 // How a picture was made, for the headers of files. Empty members are left out.
@@ -71,6 +84,8 @@ struct PictureMetadata {
     std::string workflow;
     // "left out" of a picture whose colours do not include the backdrop; empty if they do.
     std::string backdrop;
+    // The names of objects and surfaces, as JSON arrays, of pictures with layers of their numbers; else empty.
+    std::string objects, surfaces;
 };
 
 // The value of PictureMetadata::backdrop for pictures that leave the backdrop out.
@@ -112,7 +127,7 @@ struct FileChoices {
     NumberFormat usualNumbers;
     std::span<const NumberFormat> numbers;     // empty: there is no choice
     std::span<const char *const> compressions; // likewise
-    bool canBeTiled, hasAlpha;
+    bool canBeTiled, hasAlpha, hasLayers;
 };
 FileChoices fileChoices(const std::string &file);
 
@@ -122,10 +137,11 @@ FileChoices fileChoices(const std::string &file);
 // have display values: linear light is converted by the view transform, a picture of display values is not; components
 // are clamped to 0..1, and NaN becomes 0. PNG and TIFF files have alpha if the picture leaves the backdrop out. Their
 // alpha is straight: colours are divided by it before any curve is applied, and are black where it is 0. EXR files have
-// the picture's data window, and headers with the metadata: scene, module, version, command, velm:scene (the digest),
-// velm:part, velm:samples, velm:seed, velm:workflow and velm:backdrop. PNG texts have these too, and TIFF files the
-// digest in their description. The picture is written to a temporary file beside `file` and renamed, so that `file` is
-// never incomplete. Throws InputError for an unknown extension, and MachineError if the file cannot be written.
+// the picture's data window, its layers as 32-bit floats, and headers with the metadata: scene, module, version,
+// command, velm:scene (the digest), velm:part, velm:samples, velm:seed, velm:workflow, velm:backdrop, velm:objects and
+// velm:surfaces. PNG texts have these too, and TIFF files the digest in their description. The picture is written to a
+// temporary file beside `file` and renamed, so that `file` is never incomplete. Throws InputError for an unknown
+// extension, and MachineError if the file cannot be written.
 void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata = {},
                   const FileSettings &settings = {});
 

@@ -3,15 +3,18 @@
 #include "host/base/error.h"
 #include "host/base/names.h"
 #include "host/image/image_formats.h"
+#include "host/image/layers.h"
 #include "host/image/metadata_headers.h"
 #include "host/io/files.h"
 #include "host/io/reader_process.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <memory>
 #include <set>
 #include <string_view>
@@ -21,12 +24,14 @@ namespace {
 
 // What the process that reads a picture's file hands over.
 struct ReadPicture {
-    explicit ReadPicture(std::pmr::memory_resource *memory) : headers(memory), description(memory), values(memory) {}
+    explicit ReadPicture(std::pmr::memory_resource *memory)
+        : channels(memory), headers(memory), description(memory), values(memory) {}
 
     bool isWithin(const SharedArena &arena) const {
         const auto isHeld = [&](const std::pmr::string &text) { return arena.holds(text); };
-        return arena.holds(headers) && headers.size() == std::size(kMetadataHeaders) &&
-               std::all_of(headers.begin(), headers.end(), isHeld) && arena.holds(description) && arena.holds(values);
+        return arena.holds(channels) && std::all_of(channels.begin(), channels.end(), isHeld) && arena.holds(headers) &&
+               headers.size() == std::size(kMetadataHeaders) && std::all_of(headers.begin(), headers.end(), isHeld) &&
+               arena.holds(description) && arena.holds(values);
     }
 
     PictureMetadata metadata() const {
@@ -36,11 +41,12 @@ struct ReadPicture {
     }
 
     bool isExr = false;
-    int width = 0, height = 0, channels = 0;
-    Region window;                              // of the pixels in the file
-    std::pmr::vector<std::pmr::string> headers; // in the order of kMetadataHeaders
-    std::pmr::string description;               // the format's own
-    std::pmr::vector<float> values;             // of the pixels of EXR files of four channels, if they are read
+    int width = 0, height = 0;
+    std::pmr::vector<std::pmr::string> channels; // their names
+    Region window;                               // of the pixels in the file
+    std::pmr::vector<std::pmr::string> headers;  // in the order of kMetadataHeaders
+    std::pmr::string description;                // the format's own
+    std::pmr::vector<float> values;              // of the pixels of EXR files, if they are read
 };
 
 // Reads a picture in a process of its own; with its pixels if they can be a part's. InputError as readImage.
@@ -55,12 +61,13 @@ std::shared_ptr<ReadPicture> readPicture(const std::string &file, bool withPixel
         read.isExr = header.isExr;
         read.width = header.fullWidth;
         read.height = header.fullHeight;
-        read.channels = static_cast<int>(header.channels.size());
+        read.channels.reserve(header.channels.size());
+        for (const std::string &channel : header.channels) read.channels.emplace_back(channel);
         read.window = {.left = header.left,
                        .top = header.top,
                        .right = header.left + header.width,
                        .bottom = header.top + header.height};
-        if (!withPixels || !read.isExr || read.channels != Picture::kChannels || header.isDeep) return;
+        if (!withPixels || !read.isExr || header.isDeep) return;
         read.values.resize(static_cast<std::size_t>(header.width) * static_cast<std::size_t>(header.height) *
                            header.channels.size());
         if (!input->read(read.values.data())) throw InputError({.file = file}, "cannot be read: " + input->error());
@@ -150,6 +157,40 @@ void mergePixel(const std::vector<PartFile> &parts, int x, int y, float *merged)
     for (int i = 0; i < Picture::kChannels; ++i) merged[i] = static_cast<float>(sums[i] / parts.front().samples.count);
 }
 
+// The values of a pixel's layers, by the rules of their channels. `parts` are in the order of their samples.
+void mergeLayers(const std::vector<PartFile> &parts, int x, int y, const std::vector<LayerRule> &rules, float *merged) {
+    std::vector<double> sums(rules.size());
+    for (const PartFile &part : parts) {
+        if (!part.picture.window().contains(x, y)) continue;
+        const float *values = part.picture.layers(x, y);
+        const int samples = part.samples.end - part.samples.first;
+        if (samples == part.samples.count) {
+            std::copy_n(values, rules.size(), merged);
+            return;
+        }
+        for (std::size_t i = 0; i < rules.size(); ++i) {
+            const auto value = static_cast<double>(values[i]);
+            switch (rules[i]) {
+            case LayerRule::mean: sums[i] += value * samples / part.samples.count; break;
+            case LayerRule::first: sums[i] += part.samples.first == 0 ? value : 0; break;
+            case LayerRule::count: sums[i] += value; break;
+            }
+        }
+    }
+    std::ranges::transform(sums, merged, [](double sum) { return static_cast<float>(sum); });
+}
+
+std::vector<LayerRule> rulesOf(const Picture &picture) {
+    std::vector<LayerRule> rules;
+    for (const std::string &channel : picture.layerChannels()) rules.push_back(layerRule(channel));
+    return rules;
+}
+
+std::string channelText(const PartFile &part) {
+    const std::vector<std::string> &channels = part.picture.layerChannels();
+    return channels.empty() ? "empty" : fmt::format("{}", fmt::join(channels, ", "));
+}
+
 void requireSame(const PartFile &part, const PartFile &first) {
     const auto differs = [&](const char *what, const std::string &own, const std::string &other) {
         throw InputError({.file = part.file}, fmt::format("is no part of the same picture as {}: its {} is {}, not {}",
@@ -161,9 +202,43 @@ void requireSame(const PartFile &part, const PartFile &first) {
     if (size(part) != size(first)) differs("size", size(part), size(first));
     if (part.samples.count != first.samples.count)
         differs("number of samples", std::to_string(part.samples.count), std::to_string(first.samples.count));
+    if (part.picture.layerChannels() != first.picture.layerChannels())
+        differs("list of layers", channelText(part), channelText(first));
     if (part.metadata.digest != first.metadata.digest)
         differs("digest of the scene (velm:scene)", part.metadata.digest, first.metadata.digest);
 }
+
+// Which channels of a file are which of a picture.
+class PartChannels {
+  public:
+    explicit PartChannels(const ReadPicture &read) {
+        constexpr std::string_view kColours = "RGBA";
+        for (std::size_t index = 0; index < read.channels.size(); ++index) {
+            const std::string_view name = read.channels[index];
+            const std::size_t colour = name.size() == 1 ? kColours.find(name.front()) : std::string_view::npos;
+            if (colour != std::string_view::npos) {
+                colours_[colour] = static_cast<int>(index);
+                continue;
+            }
+            layers_.emplace_back(name);
+            layerIndices_.push_back(index);
+        }
+    }
+
+    bool hasColours() const { return std::ranges::count(colours_, -1) == 0; }
+    const std::vector<std::string> &layers() const { return layers_; }
+
+    // Copies the values of a pixel in the file to those of a picture.
+    void copy(const float *values, float *pixel, float *layers) const {
+        for (std::size_t i = 0; i < colours_.size(); ++i) pixel[i] = values[colours_[i]];
+        for (std::size_t i = 0; i < layerIndices_.size(); ++i) layers[i] = values[layerIndices_[i]];
+    }
+
+  private:
+    std::array<int, Picture::kChannels> colours_{-1, -1, -1, -1}; // indices in the file; -1: none
+    std::vector<std::string> layers_;
+    std::vector<std::size_t> layerIndices_;
+};
 
 } // namespace
 
@@ -191,15 +266,17 @@ PartFile readPart(const std::string &file) {
     PartFile part{.file = file, .picture = {}, .metadata = read->metadata(), .samples = {}};
     if (part.metadata.digest.empty() || !parseSamples(part.metadata.samples, part.samples))
         fail("has no headers velm:scene and velm:samples, as pictures rendered by velm have");
-    if (read->channels != Picture::kChannels) fail(fmt::format("has {} channels, not RGBA", read->channels));
+    const PartChannels channels(*read);
+    if (!channels.hasColours()) fail("has no channels R, G, B and A");
     const Region &window = read->window, whole = {.left = 0, .top = 0, .right = read->width, .bottom = read->height};
     if (window.isEmpty() || intersection(window, whole) != window) fail("its data window does not lie in the picture");
-    const auto row = static_cast<std::size_t>(window.width()) * Picture::kChannels;
-    if (read->values.size() != row * static_cast<std::size_t>(window.height())) refuseResult(file, "the picture");
-    part.picture = Picture(read->width, read->height, window);
+    const auto width = static_cast<std::size_t>(window.width()), height = static_cast<std::size_t>(window.height());
+    if (read->values.size() != width * height * read->channels.size()) refuseResult(file, "the picture");
+    part.picture = Picture(read->width, read->height, window, channels.layers());
+    const float *values = read->values.data();
     for (int y = window.top; y < window.bottom; ++y)
-        std::copy_n(&read->values[row * static_cast<std::size_t>(y - window.top)], row,
-                    part.picture.pixel(window.left, y));
+        for (int x = window.left; x < window.right; ++x, values += read->channels.size())
+            channels.copy(values, part.picture.pixel(x, y), part.picture.layers(x, y));
     return part;
 }
 
@@ -221,15 +298,21 @@ PartFile mergeParts(std::vector<PartFile> parts, int expected) {
     coverage.check(region);
     const SamplesOfPart whole = {.first = 0, .end = first.samples.count, .count = first.samples.count};
     PartFile merged{.file = {},
-                    .picture = Picture(first.picture.width(), first.picture.height(), region),
+                    .picture =
+                        Picture(first.picture.width(), first.picture.height(), region, first.picture.layerChannels()),
                     .metadata = first.metadata,
                     .samples = whole};
     merged.metadata.part.clear();
     merged.metadata.samples = samplesText(whole);
     // In the order of the samples, so that sums do not depend on the order of the files.
     std::ranges::sort(parts, {}, [](const PartFile &part) { return part.samples.first; });
-    for (int y = region.top; y < region.bottom; ++y)
-        for (int x = region.left; x < region.right; ++x) mergePixel(parts, x, y, merged.picture.pixel(x, y));
+    const std::vector<LayerRule> rules = rulesOf(merged.picture);
+    for (int y = region.top; y < region.bottom; ++y) {
+        for (int x = region.left; x < region.right; ++x) {
+            mergePixel(parts, x, y, merged.picture.pixel(x, y));
+            if (!rules.empty()) mergeLayers(parts, x, y, rules, merged.picture.layers(x, y));
+        }
+    }
     return merged;
 }
 

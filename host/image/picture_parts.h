@@ -29,13 +29,15 @@ struct PartFile {
     SamplesOfPart samples;
 };
 
-// InputError, naming the file, for one that is no EXR file of four channels with the headers of a render.
+// InputError, naming the file, for one that is no EXR file of red, green, blue and alpha with the headers of a render.
+// All other channels are layers.
 PartFile readPart(const std::string &file);
 
 // Pastes parts by tiles, and averages parts by samples with their numbers of samples as weights. Where there is one
-// value for a pixel, it stays as it is, bit for bit. InputError, naming the files or what is missing, where two parts
-// overlap, where not all pixels have all their samples, and where the parts are of different pictures. `expected`: the
-// number of parts; 0: any. There is at least one part.
+// value for a pixel, it stays as it is, bit for bit. Layers are put together by the rules of their channels.
+// InputError, naming the files or what is missing, where two parts overlap, where not all pixels have all their
+// samples, and where the parts are of different pictures. `expected`: the number of parts; 0: any. There is at least
+// one part.
 PartFile mergeParts(std::vector<PartFile> parts, int expected = 0);
 
 } // namespace velm::host

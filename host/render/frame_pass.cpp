@@ -91,8 +91,8 @@ void FramePass::work(int index, int threadIndex) {
 
 // False when it was stopped in the middle.
 bool FramePass::renderTile(TileWorker &worker, RayState &state, SlotScope &slot, int number) {
-    PixelSum *sums = tiles_.sums(number);
-    if (!sums) return true;
+    const TileSums sums = tiles_.sums(number);
+    if (!sums.pixels) return true;
     const bool isWhole = worker.renderTile(state, slot, tiles_.tile(number), sums, progress_->stop);
     tiles_.show(number, step_, picture_);
     return isWhole;

@@ -26,6 +26,7 @@ int workersFor(const RenderJob &job, int tiles) {
 bool showMemory(const RenderSceneData &scene, RenderJob job, const NodeTraits &traits) {
     job.width = job.height = kTileSize;
     job.region = job.part = {};
+    job.layers.clear();
     job.samples = 1;
     job.firstSample = job.endSample = 0;
     const SampleRenderer renderer(scene, job);
@@ -41,7 +42,7 @@ bool showMemory(const RenderSceneData &scene, RenderJob job, const NodeTraits &t
         for (const std::size_t time : {0u, 1u})
             worker.renderTile(state, slot,
                               {.column = 0, .row = 0, .left = 0, .top = 0, .inPicture = whole, .inWindow = whole},
-                              &sums[time * kTilePixels], stop);
+                              {.pixels = &sums[time * kTilePixels]}, stop);
     };
     Workers crew(1, Workers::In::processes, work);
     crew.waitForAll();
@@ -83,14 +84,16 @@ struct FrameRenderer::Work {
     Work(const RenderScene &renderScene, const RenderJob &wanted)
         : scene(renderScene), traits(traitsOf(scene.data())), choice(decide(scene.data(), wanted, traits)),
           job(withOrder(wanted, choice.order)), updates(scene.updates()), renderer(scene.data(), job),
-          tiles(job.width, job.height, windowOf(job), samplesOf(job), isClassic() ? kClassicTileSize : kTileSize),
+          tiles(job.width, job.height, windowOf(job), samplesOf(job), renderer.layers().rules(),
+                isClassic() ? kClassicTileSize : kTileSize),
           workers(workersFor(job, tiles.count())),
-          picture(job.width, job.height, windowOf(job)), statistics{.threads = workers,
-                                                                    .order = job.order,
-                                                                    .orderReason = choice.reason,
-                                                                    .rays = {},
-                                                                    .triangles = scene.triangleCount(),
-                                                                    .accelerationBytes = scene.accelerationBytes()} {}
+          picture(job.width, job.height, windowOf(job), renderer.layers().channels()),
+          statistics{.threads = workers,
+                     .order = job.order,
+                     .orderReason = choice.reason,
+                     .rays = {},
+                     .triangles = scene.triangleCount(),
+                     .accelerationBytes = scene.accelerationBytes()} {}
 
     bool isClassic() const { return job.order == RenderOrder::classic; }
 };

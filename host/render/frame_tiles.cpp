@@ -13,11 +13,13 @@ void writeMean(const PixelSum &sum, float *pixel) {
 
 } // namespace
 
-FrameTiles::FrameTiles(int width, int height, const Region &window, int samples, int tileSize)
+FrameTiles::FrameTiles(int width, int height, const Region &window, int samples, std::vector<LayerRule> rules,
+                       int tileSize)
     : width_(width), height_(height), tileSize_(tileSize), window_(window),
-      samples_(static_cast<std::uint32_t>(samples)), left_(window.left / tileSize), top_(window.top / tileSize),
-      columns_((window.right + tileSize - 1) / tileSize - left_),
+      samples_(static_cast<std::uint32_t>(samples)), rules_(std::move(rules)), left_(window.left / tileSize),
+      top_(window.top / tileSize), columns_((window.right + tileSize - 1) / tileSize - left_),
       rows_((window.bottom + tileSize - 1) / tileSize - top_), sums_(static_cast<std::size_t>(count()) * kTilePixels),
+      layerSums_(static_cast<std::size_t>(count()) * kTilePixels * rules_.size()),
       finished_(static_cast<std::size_t>(count())) {}
 
 Tile FrameTiles::tile(int number) const {
@@ -34,27 +36,43 @@ Tile FrameTiles::tile(int number) const {
             .inWindow = intersection(whole, window_)};
 }
 
-PixelSum *FrameTiles::sums(int number) {
+TileSums FrameTiles::sums(int number) {
     const auto index = static_cast<std::size_t>(number);
-    return finished_[index] ? nullptr : &sums_[index * kTilePixels];
+    if (finished_[index]) return {};
+    return {.pixels = &sums_[index * kTilePixels],
+            .layers = rules_.empty() ? nullptr : &layerSums_[index * kTilePixels * rules_.size()]};
+}
+
+// Writes the values of a pixel's layers, which `layers` has the sums of.
+void FrameTiles::writeLayers(const PixelSum &sum, const double *layers, float *values) const {
+    for (std::size_t i = 0; i < rules_.size(); ++i) {
+        switch (rules_[i]) {
+        case LayerRule::mean: values[i] = static_cast<float>(layers[i] / sum.samples); break;
+        case LayerRule::first: values[i] = static_cast<float>(layers[i]); break;
+        case LayerRule::count: values[i] = static_cast<float>(sum.samples); break;
+        }
+    }
 }
 
 void FrameTiles::show(int number, int step, Picture &picture) {
-    const PixelSum *sums = this->sums(number);
+    const auto [sums, layers] = this->sums(number);
     if (!sums) return;
     const Tile shown = tile(number);
     const int left = shown.left, top = shown.top;
     for (int y = shown.inWindow.top; y < shown.inWindow.bottom; ++y) {
         for (int x = shown.inWindow.left; x < shown.inWindow.right; ++x) {
-            const PixelSum *sum = &sums[pixelInTile(x - left, y - top)];
-            if (sum->samples == 0) sum = &sums[pixelInTile((x - left) / step * step, (y - top) / step * step)];
-            if (sum->samples > 0) writeMean(*sum, picture.pixel(x, y));
+            std::size_t pixel = pixelInTile(x - left, y - top);
+            if (sums[pixel].samples == 0) pixel = pixelInTile((x - left) / step * step, (y - top) / step * step);
+            if (sums[pixel].samples == 0) continue;
+            writeMean(sums[pixel], picture.pixel(x, y));
+            if (layers) writeLayers(sums[pixel], layers + pixel * rules_.size(), picture.layers(x, y));
         }
     }
     if (!isFinished(shown, sums)) return;
     const auto index = static_cast<std::size_t>(number);
     finished_[index] = true;
     sums_.release(index * kTilePixels, kTilePixels);
+    if (layers) layerSums_.release(index * kTilePixels * rules_.size(), kTilePixels * rules_.size());
 }
 
 bool FrameTiles::isFinished(const Tile &tile, const PixelSum *sums) const {

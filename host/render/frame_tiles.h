@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/base/shared_memory.h"
+#include "host/image/layers.h"
 #include "host/image/picture.h"
 #include "host/render/geometry/vector.h"
 #include "host/render/order/unit_of_work.h"
@@ -9,6 +10,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace velm::host {
 
@@ -23,6 +25,27 @@ struct PixelSum {
         colour += sample;
         ++samples;
         alpha += static_cast<float>(sampleAlpha);
+    }
+};
+
+// The sums of a tile's pixels, kTileSize by kTileSize in rows.
+struct TileSums {
+    PixelSum *pixels = nullptr;
+    double *layers = nullptr; // of the channels of layers, pixel by pixel; null if there are none
+
+    // Adds a sample to a pixel (see pixelInTile). `values` are those of its layers, by these rules.
+    void add(std::size_t pixel, const Vec3 &colour, double alpha, const double *values,
+             const std::vector<LayerRule> &rules) const {
+        addLayers(pixel, values, rules);
+        pixels[pixel].add(colour, alpha);
+    }
+
+  private:
+    void addLayers(std::size_t pixel, const double *values, const std::vector<LayerRule> &rules) const {
+        double *const sums = layers + pixel * rules.size();
+        const bool isFirst = pixels[pixel].samples == 0;
+        for (std::size_t i = 0; i < rules.size(); ++i)
+            if (rules[i] == LayerRule::mean || isFirst) sums[i] += values[i];
     }
 };
 
@@ -42,15 +65,16 @@ struct Tile {
 // different threads and processes.
 class FrameTiles {
   public:
-    // `samples`: of each pixel of the finished frame. `window` lies in the picture. `tileSize`: pixels a side,
-    // kTileSize at most.
-    FrameTiles(int width, int height, const Region &window, int samples, int tileSize = kTileSize);
+    // `samples`: of each pixel of the finished frame. `window` lies in the picture. `rules`: of the channels of layers.
+    // `tileSize`: pixels a side, kTileSize at most.
+    FrameTiles(int width, int height, const Region &window, int samples, std::vector<LayerRule> rules,
+               int tileSize = kTileSize);
 
     int count() const { return columns_ * rows_; }
     Tile tile(int number) const;
 
-    // The sums of a tile's pixels, kTileSize by kTileSize in rows; null when all of them have all their samples.
-    PixelSum *sums(int number);
+    // The sums of a tile's pixels; null when all of them have all their samples.
+    TileSums sums(int number);
 
     // Writes the means of a tile's samples to the picture. A pixel without samples gets the mean of the pixel at the
     // upper left corner of its block of `step` by `step` pixels; if that has none either, it stays as it is.
@@ -58,12 +82,15 @@ class FrameTiles {
 
   private:
     bool isFinished(const Tile &tile, const PixelSum *sums) const;
+    void writeLayers(const PixelSum &sum, const double *layers, float *values) const;
 
     int width_, height_, tileSize_;
     Region window_;
     std::uint32_t samples_;
+    std::vector<LayerRule> rules_;
     int left_, top_, columns_, rows_; // of the tiles, in the grid
     SharedArray<PixelSum> sums_;
+    SharedArray<double> layerSums_;
     SharedArray<std::atomic<bool>> finished_;
 };
 

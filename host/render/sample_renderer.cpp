@@ -48,7 +48,7 @@ SampleRenderer::SampleRenderer(const RenderSceneData &scene, const RenderJob &jo
       camera_(stepsOf(cameraItem_), job.width, job.height, scene.render.pixelAspect),
       shutterPart_(scene.shutterPart(cameraItem_.description)),
       mask_(pixelsOfPicture(cameraItem_.description.mask, job.width, job.height)), allOpaque_(isOpaque(scene)),
-      filter_(job.filter) {}
+      filter_(job.filter), layers_(scene, job.layers) {}
 
 RayState SampleRenderer::initialState(int threadIndex) const {
     RayState state;
@@ -105,6 +105,8 @@ double SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index
         return 0;
     }
     ++state.samples;
+    if (state.layers) [[unlikely]]
+        state.layers->setForward(camera_.forward(time));
     const SeenColour seen = shadeRay(state, scene_.acceleration->cameraScene(), {}, ray,
                                      {.direction = unit, .refractionIndex = 1, .flags = 0},
                                      job_.backdropLeftOut ? std::optional(Vec3{}) : std::nullopt);

@@ -5,6 +5,7 @@
 #include "host/render/scene/pixel_filter.h"
 #include "host/render/scene/render_job.h"
 #include "host/render/services/scene_services.h"
+#include "host/render/tracing/layer_plan.h"
 #include "host/render/tracing/ray_state.h"
 
 namespace velm::host {
@@ -18,8 +19,8 @@ struct RenderPass {
 // What all threads and processes that render a frame read.
 class SampleRenderer {
   public:
-    // Throws InputError for a camera that the scene does not have or that has invalid settings. The scene and the job
-    // have to outlive it.
+    // Throws InputError for a camera or a layer that the scene does not have, and for invalid settings of the camera.
+    // The scene and the job have to outlive it.
     SampleRenderer(const RenderSceneData &scene, const RenderJob &job);
 
     const RenderSceneData &scene() const { return scene_; }
@@ -27,13 +28,16 @@ class SampleRenderer {
     const RenderCamera &cameraItem() const { return cameraItem_; }
     const Camera &camera() const { return camera_.atOpening(); }
 
+    const LayerPlan &layers() const { return layers_; }
+
     // The state that a render thread starts with.
     RayState initialState(int threadIndex) const;
 
     // Renders sample `index` of the pixel (x, y) of the picture, and writes its colour to `colour`. Returns the alpha:
     // 1 where the camera ray hit an object, 0 where the colour is the backdrop's (black if the job leaves it out), and
     // in between where the backdrop shows through objects that are partly dissolved. A pixel outside the camera's mask
-    // has the mask's colour, and an alpha of 1. [render threads]
+    // has the mask's colour, and an alpha of 1. A recorder of layers in `state` has to have begun the sample. [render
+    // threads]
     double render(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) const;
 
   private:
@@ -50,6 +54,7 @@ class SampleRenderer {
     const Region mask_;        // the pixels that show the scene
     const bool allOpaque_;
     const PixelFilter filter_;
+    const LayerPlan layers_;
 };
 
 // Offers the services that describe the scene, for as long as the result lives. `threads` is the number of render

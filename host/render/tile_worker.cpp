@@ -9,7 +9,7 @@ namespace velm::host {
 
 // ---- Classic order ----
 
-bool ClassicWorker::renderTile(RayState &state, SlotScope &slot, const Tile &tile, PixelSum *sums,
+bool ClassicWorker::renderTile(RayState &state, SlotScope &slot, const Tile &tile, const TileSums &sums,
                                const std::atomic<bool> &stop) {
     const RenderJob &job = renderer_.job();
     const auto samples = static_cast<std::uint32_t>(std::min(pass_.samples, samplesOf(job)));
@@ -17,12 +17,13 @@ bool ClassicWorker::renderTile(RayState &state, SlotScope &slot, const Tile &til
     for (int y = tile.inWindow.top; y < tile.inWindow.bottom; ++y) {
         for (int x = tile.inWindow.left; x < tile.inWindow.right; ++x) {
             if (x % pass_.step != 0 || y % pass_.step != 0) continue;
-            PixelSum &sum = sums[pixelInTile(x - tile.left, y - tile.top)];
-            for (; sum.samples < samples; slot.step()) {
+            const std::size_t pixel = pixelInTile(x - tile.left, y - tile.top);
+            for (const PixelSum &sum = sums.pixels[pixel]; sum.samples < samples; slot.step()) {
                 if (stop.load(std::memory_order_relaxed)) return false;
                 Vec3 colour;
+                layers_.begin(state, 0);
                 const double alpha = renderer_.render(state, x, y, first + sum.samples, colour);
-                sum.add(colour, alpha);
+                sums.add(pixel, colour, alpha, layers_.values(0), layers_.rules());
             }
         }
     }
@@ -32,11 +33,11 @@ bool ClassicWorker::renderTile(RayState &state, SlotScope &slot, const Tile &til
 // ---- Repeatable order ----
 
 UnitWorker::UnitWorker(const SampleRenderer &renderer, const RenderPass &pass, const NodeTraits &traits)
-    : renderer_(renderer), pass_(pass), haveMemory_(traits.haveMemory) {
+    : renderer_(renderer), pass_(pass), haveMemory_(traits.haveMemory), layers_(renderer.layers()) {
     if (traits.draw) noise_.emplace(*traits.restarter);
 }
 
-bool UnitWorker::renderTile(RayState &state, SlotScope &slot, const Tile &tile, PixelSum *sums,
+bool UnitWorker::renderTile(RayState &state, SlotScope &slot, const Tile &tile, const TileSums &sums,
                             const std::atomic<bool> &stop) {
     const RenderJob &job = renderer_.job();
     const int end = job.firstSample + std::min(pass_.samples, samplesOf(job));
@@ -63,13 +64,13 @@ bool UnitWorker::renderTile(RayState &state, SlotScope &slot, const Tile &tile, 
 }
 
 bool UnitWorker::renderUnit(RayState &state, SlotScope &slot, const UnitOfWork &unit, const Region &area,
-                            PixelSum *sums, const std::atomic<bool> &stop) {
+                            const TileSums &sums, const std::atomic<bool> &stop) {
     // A node with memory, such as a counter, makes a pattern of the order that artists know: row by row.
     const auto by = noise_ && !haveMemory_ ? PixelOrder::By::hash : PixelOrder::By::rows;
     const auto done = static_cast<std::uint32_t>(unit.sample - renderer_.job().firstSample);
-    if (unit.sample > 0 && sums[pixelInTile(area.left, area.top)].samples > done) return true;
+    if (unit.sample > 0 && sums.pixels[pixelInTile(area.left, area.top)].samples > done) return true;
     const std::span<const std::uint16_t> pixels = order_.arrange(unit, area, by);
-    if (pixels.empty() || sums[pixels.front()].samples > done) return true;
+    if (pixels.empty() || sums.pixels[pixels.front()].samples > done) return true;
     if (stop.load(std::memory_order_relaxed)) return false;
 
     begin(unit, pixels.size());
@@ -77,14 +78,17 @@ bool UnitWorker::renderUnit(RayState &state, SlotScope &slot, const UnitOfWork &
     const DenormalsAreZero denormals;
     const int left = unit.column * kTileSize, top = unit.row * kTileSize;
     Result *result = results_.data();
+    std::size_t index = 0;
     for (const int pixel : pixels) {
         if (stop.load(std::memory_order_relaxed)) return false;
+        layers_.begin(state, index++);
         result->alpha = renderer_.render(state, left + pixel % kTileSize, top + pixel / kTileSize,
                                          static_cast<std::uint32_t>(unit.sample), result->colour);
         ++result;
         slot.step();
     }
-    for (std::size_t i = 0; i < pixels.size(); ++i) sums[pixels[i]].add(results_[i].colour, results_[i].alpha);
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+        sums.add(pixels[i], results_[i].colour, results_[i].alpha, layers_.values(i), layers_.rules());
     return true;
 }
 

@@ -10,9 +10,33 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <optional>
+#include <vector>
 
 namespace velm::host {
+
+// Records the layers of one sample after the other, if there are any.
+class SampleLayers {
+  public:
+    explicit SampleLayers(const LayerPlan &plan)
+        : recorder_(plan), channels_(plan.channels().size()), rules_(plan.rules()), values_(channels_ * kTilePixels) {}
+
+    // Begins sample `index` of up to kTilePixels that are recorded together.
+    void begin(RayState &state, std::size_t index) {
+        if (channels_ == 0) return;
+        state.layers = &recorder_;
+        recorder_.begin(&values_[index * channels_]);
+    }
+    const double *values(std::size_t index) const { return values_.data() + index * channels_; }
+    const std::vector<LayerRule> &rules() const { return rules_; }
+
+  private:
+    LayerRecorder recorder_;
+    const std::size_t channels_; // of a sample
+    const std::vector<LayerRule> &rules_;
+    std::vector<double> values_;
+};
 
 // Renders the tiles of one worker in a pass.
 class TileWorker {
@@ -20,20 +44,22 @@ class TileWorker {
     virtual ~TileWorker() = default;
     // Adds the samples of the pass that a tile does not have yet to the sums of its pixels. Looks at `stop` before each
     // sample, and returns false as soon as it is set. Counts finished samples as steps of `slot`.
-    virtual bool renderTile(RayState &state, SlotScope &slot, const Tile &tile, PixelSum *sums,
+    virtual bool renderTile(RayState &state, SlotScope &slot, const Tile &tile, const TileSums &sums,
                             const std::atomic<bool> &stop) = 0;
 };
 
 // In classic order: pixel by pixel, each with all its samples, without setting any state.
 class ClassicWorker final : public TileWorker {
   public:
-    ClassicWorker(const SampleRenderer &renderer, const RenderPass &pass) : renderer_(renderer), pass_(pass) {}
-    bool renderTile(RayState &state, SlotScope &slot, const Tile &tile, PixelSum *sums,
+    ClassicWorker(const SampleRenderer &renderer, const RenderPass &pass)
+        : renderer_(renderer), pass_(pass), layers_(renderer.layers()) {}
+    bool renderTile(RayState &state, SlotScope &slot, const Tile &tile, const TileSums &sums,
                     const std::atomic<bool> &stop) override;
 
   private:
     const SampleRenderer &renderer_;
     const RenderPass pass_;
+    SampleLayers layers_;
     const RoleScope role_{ThreadRole::render};
     const DenormalsAreZero denormals_;
 };
@@ -42,7 +68,7 @@ class ClassicWorker final : public TileWorker {
 class UnitWorker final : public TileWorker {
   public:
     UnitWorker(const SampleRenderer &renderer, const RenderPass &pass, const NodeTraits &traits);
-    bool renderTile(RayState &state, SlotScope &slot, const Tile &tile, PixelSum *sums,
+    bool renderTile(RayState &state, SlotScope &slot, const Tile &tile, const TileSums &sums,
                     const std::atomic<bool> &stop) override;
 
   private:
@@ -50,7 +76,7 @@ class UnitWorker final : public TileWorker {
         Vec3 colour;
         double alpha;
     };
-    bool renderUnit(RayState &state, SlotScope &slot, const UnitOfWork &unit, const Region &area, PixelSum *sums,
+    bool renderUnit(RayState &state, SlotScope &slot, const UnitOfWork &unit, const Region &area, const TileSums &sums,
                     const std::atomic<bool> &stop);
     void begin(const UnitOfWork &unit, std::size_t pixels);
 
@@ -60,6 +86,7 @@ class UnitWorker final : public TileWorker {
     std::optional<NoiseStream> noise_; // where nodes draw
     PixelOrder order_;
     std::array<Result, kTilePixels> results_; // of a unit, in its order
+    SampleLayers layers_;                     // likewise
 };
 
 } // namespace velm::host

@@ -124,7 +124,9 @@ TEST(Picture, ExrHeaderStatesHowItWasMade) {
                                       .samples = {},
                                       .seed = {},
                                       .workflow = {},
-                                      .backdrop = {}};
+                                      .backdrop = {},
+                                      .objects = {},
+                                      .surfaces = {}};
     writePicture(ramp(), directory / "a.exr", metadata);
     const auto input = OIIO::ImageInput::open(directory / "a.exr");
     ASSERT_TRUE(input);

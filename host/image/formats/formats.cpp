@@ -98,8 +98,16 @@ OIIO::TypeDesc typeOf(NumberFormat numbers) {
     return {};
 }
 
+int channelsOf(const NewImage &image) { return image.channels + static_cast<int>(image.layers.size()); }
+
 OIIO::ImageSpec describe(const NewImage &image) {
-    OIIO::ImageSpec spec(image.width, image.height, image.channels, typeOf(image.numbers));
+    OIIO::ImageSpec spec(image.width, image.height, channelsOf(image), typeOf(image.numbers));
+    for (std::size_t i = 0; i < image.layers.size(); ++i)
+        spec.channelnames[static_cast<std::size_t>(image.channels) + i] = image.layers[i];
+    if (!image.layers.empty()) {
+        spec.channelformats.assign(static_cast<std::size_t>(image.channels), typeOf(image.numbers));
+        spec.channelformats.resize(static_cast<std::size_t>(channelsOf(image)), OIIO::TypeDesc::FLOAT);
+    }
     spec.x = image.left;
     spec.y = image.top;
     spec.full_width = image.fullWidth;
@@ -131,7 +139,7 @@ bool writeRows(OIIO::ImageOutput &output, const NewImage &image) {
 bool writeTiles(OIIO::ImageOutput &output, const NewImage &image) {
     const OIIO::TypeDesc type = typeOfRows(image);
     const std::size_t rowBytes =
-        static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.channels) * type.size();
+        static_cast<std::size_t>(image.width) * static_cast<std::size_t>(channelsOf(image)) * type.size();
     std::vector<unsigned char> rows;
     for (int first = 0; first < image.height; first += image.tileSize) {
         const int end = std::min(first + image.tileSize, image.height);

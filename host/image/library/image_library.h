@@ -16,7 +16,7 @@ namespace velm::host {
 // The file name of the library, which is in the directory of the program.
 inline constexpr const char *kImageLibraryFile = "libvelm-images.so";
 // Changes with every change of the types below.
-inline constexpr int kImageLibraryVersion = 2;
+inline constexpr int kImageLibraryVersion = 3;
 // The one function that the library exports. It sets OpenImageIO up when it is called first.
 inline constexpr const char *kImageLibraryFunction = "velmImageLibrary";
 
@@ -65,11 +65,12 @@ struct NewImage {
     int width = 0, height = 0;                  // of the pixels
     int fullWidth = 0, fullHeight = 0;          // of the picture
     int channels = 0;                           // 3: red, green, blue; 4: also alpha
+    std::vector<std::string> layers;            // names of further channels, of float32; only of EXR files
     bool hasStraightAlpha = false;              // the format stores colours that are not multiplied by alpha
     NumberFormat numbers = NumberFormat::uint8; // in the file
     int tileSize = 0; // pixels a side, a multiple of 16, of a file that is divided into tiles; 0: it has rows
-    // The values of a row, counted from 0 at `top`, as std::uint8_t, as std::uint16_t, or, for half and float32, as
-    // float; valid until the next call.
+    // The values of a row, pixel by pixel and with all channels, counted from 0 at `top`, as std::uint8_t, as
+    // std::uint16_t, or, for half and float32, as float; valid until the next call.
     std::function<const void *(int index)> row;
     std::vector<std::pair<std::string, std::string>> texts; // metadata: names and texts
 

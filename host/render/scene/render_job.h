@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace velm::host {
 
@@ -34,11 +35,12 @@ struct RenderJob {
     std::string camera; // name; empty: the first camera
     int niceness = 0;   // of the render threads, 0 to 19, on top of the process's own
     RenderOrder order = RenderOrder::automatic;
-    int initMode = kInitRender;   // how the surfaces were initialised: kInitRender or kInitPreview
-    std::uint32_t seed = 0;       // chooses one of many patterns of noise
-    bool lockNoise = false;       // the same pattern in all frames
-    FilterDescription filter;     // of the samples of a pixel; no effect with 1 sample, which is at its middle
-    bool backdropLeftOut = false; // camera rays that hit nothing add black instead of the backdrop
+    int initMode = kInitRender;      // how the surfaces were initialised: kInitRender or kInitPreview
+    std::uint32_t seed = 0;          // chooses one of many patterns of noise
+    bool lockNoise = false;          // the same pattern in all frames
+    FilterDescription filter;        // of the samples of a pixel; no effect with 1 sample, which is at its middle
+    std::vector<std::string> layers; // names, as of LayerPlan
+    bool backdropLeftOut = false;    // camera rays that hit nothing add black instead of the backdrop
 };
 
 // Throws InputError for a job that makes no sense, such as a region outside of the picture.

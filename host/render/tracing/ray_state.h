@@ -42,6 +42,8 @@ struct NotFiniteSource {
     bool isKnown() const { return isBackdrop || !node.empty(); }
 };
 
+class LayerRecorder;
+
 struct RayState {
     const RenderSceneData *scene = nullptr; // null while the thread is not rendering
     RTCScene rayScene = nullptr, shadowScene = nullptr;
@@ -58,6 +60,7 @@ struct RayState {
     std::uint32_t seed = 0;               // of the current camera sample
     std::uint32_t drawnSets = 0;          // sets of light points drawn for the current camera sample
     NotFiniteSource *notFinite = nullptr; // set at the first such value; null if it is not looked for
+    LayerRecorder *layers = nullptr;      // null if the picture has no layers
 };
 
 inline constinit thread_local RayState rayState;

@@ -3,6 +3,7 @@
 #include "host/base/short_list.h"
 #include "host/graph/not_finite.h"
 #include "host/render/tracing/illumination.h"
+#include "host/render/tracing/layer_plan.h"
 
 #include <algorithm>
 #include <limits>
@@ -122,6 +123,8 @@ Vec3 shadeHit(RayState &state, const RTCRayHit &ray, const IncomingRay &incoming
     if (state.notFinite) [[unlikely]]
         noteNotFinite(surface, sample, *state.notFinite);
     const Vec3 colour = shade(state, sample, values);
+    if (state.layers) [[unlikely]]
+        state.layers->record(*state.scene, ray.hit, sample, values);
     return state.scene->fog.exists() ? inFog(state, colour, incoming.direction, start, origin.travelled) : colour;
 }
 
