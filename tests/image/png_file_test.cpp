@@ -26,6 +26,7 @@ NewImage scattered(int width, int height, const RowKind &kind = kBytes) {
                    .channels = kind.channels,
                    .hasStraightAlpha = kind.channels == 4,
                    .numbers = kind.numbers,
+                   .layers = {},
                    .row = {},
                    .texts = {{"scene", "clay.json"},
                              {"command", "velm render \"a b\" --set x=\u00e9"},
@@ -35,8 +36,7 @@ NewImage scattered(int width, int height, const RowKind &kind = kBytes) {
         std::uint32_t state = static_cast<std::uint32_t>(index) + 1;
         for (std::uint8_t &value : row) {
             state = state * 1664525 + 1013904223;
-            value = static_cast<std::uint8_t>(state >>
-                                              28); // only 16 values, so that some sequences repeat and are compressed
+            value = static_cast<std::uint8_t>(state >> 28); // of 16, so that sequences repeat and are compressed
         }
         return row.data();
     };
