@@ -6,6 +6,7 @@
 // The edges are filtered over the width of the sample's footprint: "Scalar" is the fraction of the footprint that
 // bricks cover. Footprints that reach over several courses are filtered as if these were not shifted.
 #include "host/base/hash.h"
+#include "host/graph/builtin/cells.h"
 #include "host/graph/builtin/definitions.h"
 #include "host/graph/builtin/texture_space.h"
 
@@ -53,7 +54,7 @@ Wall wallAt(const Evaluation &evaluation) {
               .acrossSize = std::fabs(size[across]),
               .upSize = std::fabs(size[up]),
               .isUsable = true};
-    if (std::fabs(std::fmod(std::floor(wall.up), 2)) == 1) wall.across -= evaluation.scalar(kOffset);
+    if (isOdd(std::floor(wall.up))) wall.across -= evaluation.scalar(kOffset);
     return wall;
 }
 

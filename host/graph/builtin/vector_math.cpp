@@ -66,8 +66,8 @@ Vector projected(const Vector &a, const Vector &b, double) {
     return addScaled({}, dot(a, axis), axis);
 }
 
-// a, turned about the axis b by the factor in radians, anticlockwise when the axis points at the viewer of a
-// right-handed space (O. Rodrigues, 1840). Without an axis, a itself.
+// a, turned about the axis b by the factor in radians (O. Rodrigues, 1840): about +Z, +X turns towards +Y. Without an
+// axis, a itself.
 Vector rotated(const Vector &a, const Vector &b, double factor) {
     const Vector axis = normalised(b);
     if (axis == Vector{}) return a;
