@@ -14,7 +14,7 @@ import sys
 
 COLUMN = 30  # where descriptions begin
 LIMITS = r"(?P<type>:[A-Z]+)?(?P<limits> in \[[^\]]*\])?(?P<default>=\S+)?(?P<flag>\{[^}]*\})?"
-NAME = (r"(?P<names>(?:-\w,)?--[\w-]+|[A-Z]+)"
+NAME = (r"(?P<names>-\w|(?:-\w,)?--[\w-]+|[A-Z]+)"
         r"(?: (?P<value>(?!REQUIRED|Needs:|Excludes:|\.\.\.)[^\s:={]+(?::DIR|=[A-Z]+)?))?")
 HEAD = re.compile(NAME + LIMITS + r"(?P<more>(?: \.\.\.)?)(?P<rest>(?: REQUIRED| (?:Needs|Excludes):(?: --[\w-]+)+)*)$")
 

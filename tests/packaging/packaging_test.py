@@ -39,6 +39,7 @@ Options:
   --part K/N Excludes: --level --wait
                               A part
   --plain{false}              No colours
+  -q                          No messages
 
 TEXT
     ;;
@@ -95,7 +96,8 @@ class ManPages(unittest.TestCase):
                 "\\fB\\-\\-wait\\fR \\fISECONDS\\fR\n\\&.5 is half a second (at least 0, default 0.5). "
                 "Only with \\-\\-level.\n",
                 "\\fB\\-\\-part\\fR \\fIK/N\\fR\nA part. Not with \\-\\-level, \\-\\-wait.\n",
-                "\\fB\\-\\-plain\\fR\nNo colours.\n"):
+                "\\fB\\-\\-plain\\fR\nNo colours.\n",
+                "\\fB\\-q\\fR\nNo messages.\n"):
             self.assertIn("\n.TP\n" + entry, page)
 
 
