@@ -34,10 +34,13 @@ bool isOption(std::string_view word, const SilentOption &option) {
 
 std::string pictureCommand(std::span<const std::string> words) {
     std::string command = "velm";
+    // The output of a bake is what is baked, not a file.
+    const bool isBake = !words.empty() && words.front() == "bake";
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string &word = words[i];
-        const auto *const silent = std::ranges::find_if(
-            kSilentOptions, [&word](const SilentOption &option) { return isOption(word, option); });
+        const auto *const silent = std::ranges::find_if(kSilentOptions, [&](const SilentOption &option) {
+            return isOption(word, option) && !(isBake && option.name == "--output");
+        });
         if (silent == std::end(kSilentOptions))
             command += ' ' + word;
         else if (silent->hasValue && word == silent->name)

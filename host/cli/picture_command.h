@@ -6,8 +6,8 @@
 
 namespace velm::host {
 
-// The command line of a render, without the options that do not change a picture: equal pictures are equal files.
-// `words` follow the program's name. [any thread]
+// The command line of "velm render" or "velm bake", without the options that do not change a picture: equal pictures
+// are equal files. `words` follow the program's name. [any thread]
 std::string pictureCommand(std::span<const std::string> words);
 
 } // namespace velm::host

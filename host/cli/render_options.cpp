@@ -57,14 +57,6 @@ PartsBy parsePartsBy(const std::string &text) {
 
 } // namespace
 
-ProgressStyle parseProgress(const std::string &text) {
-    constexpr std::pair<const char *, ProgressStyle> kStyles[] = {{"bar", ProgressStyle::bar},
-                                                                  {"percent", ProgressStyle::percent},
-                                                                  {"openjd", ProgressStyle::openJd},
-                                                                  {"none", ProgressStyle::none}};
-    return parseWord("--progress", text, kStyles);
-}
-
 PicturePart parsePart(const std::string &text) {
     const auto numbers = parseIntegers<2>(text, '/');
     if (!numbers) throw UsageError(fmt::format("--part: \"{}\" is no part such as 3/8", text));
@@ -89,22 +81,6 @@ void declareOrder(CLI::App &command, RenderOptions &options) {
               "the default: classic for scenes with nodes that have a memory");
     command.add_option("--seed", options.seed, "Chooses another pattern of noise; 0 by default")->type_name("N");
     command.add_flag("--lock-noise", options.lockNoise, "The same pattern of noise in all frames");
-}
-
-// What is printed and logged.
-void declareReports(CLI::App &command, ProgramOptions &program, RenderOptions &options) {
-    auto *const quiet = command.add_flag("--quiet", options.quiet, "No progress");
-    addParsed(command, "--progress", options.progress, parseProgress, "STYLE",
-              "How progress is shown: bar; percent, lines such as \"Progress: 42%\" on standard\n"
-              "error; openjd, lines such as \"openjd_progress: 42\" on standard output; or none")
-        ->excludes(quiet);
-    auto *const stats = command.add_flag("--stats", options.stats, "Print rays, times and memory when done");
-    command.add_flag("--json", options.json, "Print the statistics as JSON")->needs(stats);
-    command
-        .add_option("--log", program.log,
-                    "A file to which a line is appended for each event, with the time, the level and\n"
-                    "the memory in use")
-        ->type_name("FILE");
 }
 
 void declareFilter(CLI::App &command, RenderOptions &options) {
@@ -168,10 +144,12 @@ void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOpti
         ->type_name("N");
     declareOrder(command, options);
     addReadLimits(command, program.reading);
-    command.add_flag("--strict", options.strict,
-                     "Treat warnings, such as of a missing or damaged image, as errors:\n"
-                     "no picture is written then");
-    declareReports(command, program, options);
+    declareReports(command, options);
+    command
+        .add_option("--log", program.log,
+                    "A file to which a line is appended for each event, with the time, the level and\n"
+                    "the memory in use")
+        ->type_name("FILE");
 }
 
 } // namespace velm::host

@@ -4,7 +4,7 @@
 #include "host/cli/command.h"
 #include "host/cli/frame_list.h"
 #include "host/cli/picture_file_options.h"
-#include "host/cli/progress.h"
+#include "host/cli/report_options.h"
 #include "host/cli/scene_options.h"
 #include "host/render/order/picture_part.h"
 #include "host/render/scene/pixel_filter.h"
@@ -22,7 +22,7 @@ struct PictureSize {
 };
 
 // Options that are not given leave the scene's own settings as they are.
-struct RenderOptions : SceneOptions {
+struct RenderOptions : SceneOptions, ReportOptions {
     std::string output; // empty: the scene's name with .png, in the current directory
     std::optional<FrameList> frames;
     bool skipExisting = false; // leaves frames alone whose pictures exist
@@ -41,18 +41,12 @@ struct RenderOptions : SceneOptions {
     std::optional<double> filterWidth; // pixels; the shape's own by default
     int samples = 0;                   // 0: the scene's
     int threads = 0;                   // 0: the machine's cores
-    bool strict = false;               // warnings are errors
-    bool quiet = false;
-    std::optional<ProgressStyle> progress;
-    bool stats = false;
-    bool json = false; // of the statistics
 };
 
 // The texts of single options; UsageError says what is wrong with them. Exposed for tests.
-PictureSize parseSize(const std::string &text);       // "960x540"
-Region parseRegion(const std::string &text);          // "0,0,320,200"
-ProgressStyle parseProgress(const std::string &text); // "percent"
-PicturePart parsePart(const std::string &text);       // "3/8"
+PictureSize parseSize(const std::string &text); // "960x540"
+Region parseRegion(const std::string &text);    // "0,0,320,200"
+PicturePart parsePart(const std::string &text); // "3/8"
 
 // Binds the options of the command line to `options`.
 void declareRenderOptions(CLI::App &command, ProgramOptions &program, RenderOptions &options);

@@ -119,7 +119,9 @@ Region storedWindow(const Picture &picture, const PictureFormat &format) {
                          : Region{.left = 0, .top = 0, .right = picture.width(), .bottom = picture.height()};
 }
 
-bool isOfDisplayValues(const PictureMetadata &metadata) { return metadata.workflow == workflowText(Workflow::classic); }
+bool needsNoCurve(const PictureMetadata &metadata) {
+    return metadata.isData || metadata.workflow == workflowText(Workflow::classic);
+}
 
 using Texts = std::vector<std::pair<std::string, std::string>>;
 
@@ -149,7 +151,7 @@ struct WrittenPicture {
         : picture(pictureToWrite), format(formatOfFile), numbers(settings.numbers.value_or(format.numbers)),
           window(storedWindow(picture, format)),
           isDivided(format.alpha == AlphaInFile::straight && metadata.backdrop == kBackdropLeftOut),
-          displayValues(isOfDisplayValues(metadata)), view(settings.view) {
+          displayValues(needsNoCurve(metadata)), view(settings.view) {
         channels = isDivided || format.alpha == AlphaInFile::associated ? 4 : 3;
     }
 

@@ -86,6 +86,8 @@ struct PictureMetadata {
     std::string backdrop;
     // The names of objects and surfaces, as JSON arrays, of pictures with layers of their numbers; else empty.
     std::string objects, surfaces;
+    // Whether the picture has numbers instead of colours, to which no curve is applied either. Files do not say it.
+    bool isData = false;
 };
 
 // The value of PictureMetadata::backdrop for pictures that leave the backdrop out.
@@ -134,14 +136,14 @@ FileChoices fileChoices(const std::string &file);
 // Writes a picture in the format of the file name's extension, in upper or lower case: .png, .jpg, .jpeg, .tif, .tiff
 // (8 bits, sRGB), .exr (float, with alpha), .hdr (shared exponent, no alpha). `settings` has to be among fileChoices.
 // Float files have the numbers of the picture; finite ones beyond the range of half are clamped to it. Integer files
-// have display values: linear light is converted by the view transform, a picture of display values is not; components
-// are clamped to 0..1, and NaN becomes 0. PNG and TIFF files have alpha if the picture leaves the backdrop out. Their
-// alpha is straight: colours are divided by it before any curve is applied, and are black where it is 0. EXR files have
-// the picture's data window, its layers as 32-bit floats, and headers with the metadata: scene, module, version,
-// command, velm:scene (the digest), velm:part, velm:samples, velm:seed, velm:workflow, velm:backdrop, velm:objects and
-// velm:surfaces. PNG texts have these too, and TIFF files the digest in their description. The picture is written to a
-// temporary file beside `file` and renamed, so that `file` is never incomplete. Throws InputError for an unknown
-// extension, and MachineError if the file cannot be written.
+// have display values: linear light is converted by the view transform, a picture of display values or of data is not;
+// components are clamped to 0..1, and NaN becomes 0. PNG and TIFF files have alpha if the picture leaves the backdrop
+// out. Their alpha is straight: colours are divided by it before any curve is applied, and are black where it is 0. EXR
+// files have the picture's data window, its layers as 32-bit floats, and headers with the metadata: scene, module,
+// version, command, velm:scene (the digest), velm:part, velm:samples, velm:seed, velm:workflow, velm:backdrop,
+// velm:objects and velm:surfaces. PNG texts have these too, and TIFF files the digest in their description. The picture
+// is written to a temporary file beside `file` and renamed, so that `file` is never incomplete. Throws InputError for
+// an unknown extension, and MachineError if the file cannot be written.
 void writePicture(const Picture &picture, const std::string &file, const PictureMetadata &metadata = {},
                   const FileSettings &settings = {});
 

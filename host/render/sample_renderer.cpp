@@ -43,6 +43,12 @@ bool isOpaque(const RenderSceneData &scene) {
 
 } // namespace
 
+std::uint32_t pixelSeed(const RenderJob &job, int x, int y) {
+    const std::uint32_t seed = combine(combine(scramble(static_cast<std::uint32_t>(x)), static_cast<std::uint32_t>(y)),
+                                       job.lockNoise ? 0 : static_cast<std::uint32_t>(job.frame));
+    return job.seed == 0 ? seed : combine(seed, job.seed);
+}
+
 SampleRenderer::SampleRenderer(const RenderSceneData &scene, const RenderJob &job)
     : scene_(scene), job_(job), cameraItem_(findCamera(scene, job.camera)),
       camera_(stepsOf(cameraItem_), job.width, job.height, scene.render.pixelAspect),
@@ -76,9 +82,7 @@ double SampleRenderer::render(RayState &state, int x, int y, std::uint32_t index
         colour = Vec3(cameraItem_.description.maskColour);
         return 1;
     }
-    std::uint32_t pixelSeed = combine(combine(scramble(static_cast<std::uint32_t>(x)), static_cast<std::uint32_t>(y)),
-                                      job_.lockNoise ? 0 : static_cast<std::uint32_t>(job_.frame));
-    if (job_.seed != 0) pixelSeed = combine(pixelSeed, job_.seed);
+    const std::uint32_t pixelSeed = velm::host::pixelSeed(job_, x, y);
     PicturePoint point = {0.5, 0.5}; // from the upper left corner of the pixel
     if (job_.samples > 1) {
         const UnitSquare stratified = stratifiedPoint(index, pixelSeed);

@@ -16,6 +16,9 @@ struct RenderPass {
     int step = 1; // 1, 2, 4 or 8: only the upper left pixel of each block of step by step pixels
 };
 
+// The seed of the sample points of a pixel: different for each pixel, and for each frame unless the noise is locked.
+std::uint32_t pixelSeed(const RenderJob &job, int x, int y);
+
 // What all threads and processes that render a frame read.
 class SampleRenderer {
   public:

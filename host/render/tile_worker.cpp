@@ -82,8 +82,8 @@ bool UnitWorker::renderUnit(RayState &state, SlotScope &slot, const UnitOfWork &
     for (const int pixel : pixels) {
         if (stop.load(std::memory_order_relaxed)) return false;
         layers_.begin(state, index++);
-        result->alpha = renderer_.render(state, left + pixel % kTileSize, top + pixel / kTileSize,
-                                         static_cast<std::uint32_t>(unit.sample), result->colour);
+        result->alpha = renderSample(state, left + pixel % kTileSize, top + pixel / kTileSize,
+                                     static_cast<std::uint32_t>(unit.sample), result->colour);
         ++result;
         slot.step();
     }

@@ -65,11 +65,17 @@ class ClassicWorker final : public TileWorker {
 };
 
 // In repeatable order: unit of work by unit of work. A unit that was stopped in the middle leaves no trace in the sums.
-class UnitWorker final : public TileWorker {
+class UnitWorker : public TileWorker {
   public:
     UnitWorker(const SampleRenderer &renderer, const RenderPass &pass, const NodeTraits &traits);
     bool renderTile(RayState &state, SlotScope &slot, const Tile &tile, const TileSums &sums,
                     const std::atomic<bool> &stop) override;
+
+  protected:
+    // Evaluates sample `index` of a pixel: the camera's, unless a derived class has others. Returns the alpha.
+    virtual double renderSample(RayState &state, int x, int y, std::uint32_t index, Vec3 &colour) {
+        return renderer_.render(state, x, y, index, colour);
+    }
 
   private:
     struct Result {

@@ -69,12 +69,14 @@ void Rendering::prepare(RenderJob &job) const {
     if (job.order == RenderOrder::automatic) job.order = order_;
 }
 
+void Rendering::warnOfCircles() { warnOfCircle(session_.scene().file, session_.warnings()); }
+
 Frame Rendering::render(RenderJob job, ProgressSink *sink) {
     prepare(job);
     Frame frame = renderFrame(session_.renderScene(), job, sink);
     order_ = frame.statistics.order; // the same for all frames
     if (!frame.complete) return frame;
-    warnOfCircle(session_.scene().file, session_.warnings());
+    warnOfCircles();
     warnOfNotFinite(frame.notFinite, frame_, session_.scene(), session_.warnings());
     return frame;
 }

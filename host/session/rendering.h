@@ -31,13 +31,17 @@ class Rendering {
 
     const std::string &sceneFile() const { return session_.scene().file; }
 
+    // Gives a job what belongs to the current frame: its number, its time, and the mode in which surfaces are
+    // initialised.
+    void prepare(RenderJob &job) const;
+    // Warns of nodes that evaluated each other in a circle since the last call.
+    void warnOfCircles();
+
     // Renders the current frame, whatever frame the job names, and warns of nodes that evaluated each other in a
     // circle. Otherwise as renderFrame. `sink` may be null.
     Frame render(RenderJob job, ProgressSink *sink = nullptr);
 
   private:
-    void prepare(RenderJob &job) const;
-
     Session &session_;
     const int mode_;
     RenderOrder order_ = RenderOrder::automatic; // that was chosen for the first frame

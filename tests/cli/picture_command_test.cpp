@@ -16,6 +16,11 @@ TEST(PictureCommand, KeepsWhatChangesThePicture) {
               "velm render a.json --samples 4 --seed=7 --part 1/3 --lock-noise");
 }
 
+TEST(PictureCommand, KeepsTheOutputThatIsBaked) {
+    EXPECT_EQ(commandOf({"bake", "a.json", "--output", "AO.Color", "-o", "b.exr", "--output=lit"}),
+              "velm bake a.json --output AO.Color --output=lit");
+}
+
 TEST(PictureCommand, LeavesOutWhatDoesNot) {
     for (const std::vector<std::string> &silent : std::vector<std::vector<std::string>>{{"--threads", "4"},
                                                                                         {"--threads=4"},

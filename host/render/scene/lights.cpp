@@ -77,6 +77,11 @@ Light::Light(const LightDescription &description, const Transform &transform)
 
 Light::Light(const LightDescription &description) : Light(description, ownTransform(description)) {}
 
+Vec3 Light::vectorFrom(const Vec3 &location) const {
+    if (isDome()) return {};
+    return kind_ == LightDescription::Kind::distant ? -axis_ : position_ - location;
+}
+
 // `amount` times the falloff at a distance, which is given together with its square.
 double Light::fallenOff(double amount, double distance, double distance2) const {
     switch (falloff_) {

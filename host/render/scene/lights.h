@@ -27,6 +27,11 @@ class Light {
     // InputError also for a light at the same position as its target, unless it is a point light or a dome.
     explicit Light(const LightDescription &description);
 
+    bool isDome() const { return kind_ == LightDescription::Kind::dome; }
+    // The vector from a location to the light: to its middle, or, for a distant light, of length 1 and against the
+    // direction in which it shines. Zero for a dome. [render threads]
+    Vec3 vectorFrom(const Vec3 &location) const;
+
     bool castsShadows() const { return shadows_; }
     bool castsColouredShadows() const { return colouredShadows_; }
     // Samples to take for each lit position: more than 1 for area, linear and dome lights only.
