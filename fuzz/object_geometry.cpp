@@ -1,9 +1,10 @@
-// Fuzzes the geometry of object files, its subdivision, and the surfaces of old ones.
+// Fuzzes the geometry of object files, its subdivision, writing a vertex map into them, and the surfaces of old ones.
 #include "fuzz/require.h"
 
 #include "host/object/object_geometry.h"
 #include "host/object/old_surfaces.h"
 #include "host/object/subdivision.h"
+#include "host/object/vertex_map_writer.h"
 
 #include <algorithm>
 
@@ -47,6 +48,46 @@ void requireWhole(const ObjectLayer &layer, const ObjectGeometry &geometry) {
     for (const ObjectVertexMap &map : layer.maps) requireWhole(map, layer);
 }
 
+// Values at all corners: such that some points have different ones.
+CornerMap mapFor(const ObjectGeometry &geometry) {
+    CornerMap map{.type = fourCC("WGHT"), .size = 1, .name = "Baked", .tolerance = 0.1, .layers = {}};
+    for (std::size_t i = 0; i < geometry.layers.size(); ++i) {
+        const std::size_t corners = geometry.layers[i].corners.size();
+        LayerCornerValues &layer = map.layers.emplace_back();
+        layer.layer = i;
+        layer.weights.assign(corners, 1);
+        for (std::size_t corner = 0; corner < corners; ++corner) layer.numbers.push_back(corner % 5 == 0 ? 1.0F : 0.5F);
+    }
+    return map;
+}
+
+// The maps of an object that are not the one above.
+std::vector<ObjectVertexMap> otherMaps(const ObjectLayer &layer) {
+    std::vector<ObjectVertexMap> maps = layer.maps;
+    std::erase_if(maps, [](const ObjectVertexMap &map) { return map.type == fourCC("WGHT") && map.name == "Baked"; });
+    return maps;
+}
+
+bool areAlike(const ObjectVertexMap &a, const ObjectVertexMap &b) {
+    return a.type == b.type && a.name == b.name && a.points == b.points && a.polygons == b.polygons &&
+           a.numbers == b.numbers;
+}
+
+// Writes a map, and requires that everything else is as before, and that writing it once more changes nothing.
+void writeMap(std::string_view bytes, const ObjectGeometry &before) {
+    const std::string once = withVertexMap(bytes, kName, before, mapFor(before));
+    const ObjectGeometry after = readObject(once, kName);
+    require(withVertexMap(once, kName, after, mapFor(after)) == once, "a map that is written twice is written once");
+    require(after.layers.size() == before.layers.size() && after.tags == before.tags, "layers and tags stay");
+    for (std::size_t i = 0; i < before.layers.size(); ++i) {
+        const ObjectLayer &a = before.layers[i], &b = after.layers[i];
+        require(a.points == b.points && a.corners == b.corners && a.ends == b.ends, "points and polygons stay");
+        require(a.surfaces == b.surfaces && a.parts == b.parts, "tags of polygons stay");
+        require(std::ranges::equal(otherMaps(a), otherMaps(b), areAlike), "other maps stay");
+        require(a.corners.empty() || otherMaps(b).size() < b.maps.size(), "the map is there");
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
@@ -59,6 +100,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
         surfacesOfPolygons(geometry);
         geometry.losses.texts();
     });
+    acceptsInput(kName, [&] { writeMap(bytes, readObject(bytes, kName)); });
     acceptsInput(kName, [&] { readOldSurfaces(bytes, kName); });
     return 0;
 }

@@ -2,6 +2,7 @@
 
 #include "host/base/error.h"
 #include "host/base/four_cc.h"
+#include "host/object/iff_writer.h"
 #include "host/state/blocks.h"
 
 #include <algorithm>
@@ -21,24 +22,6 @@ constexpr std::size_t kLargestSubChunk = 0xffff;
 
 std::string_view asText(std::span<const std::byte> bytes) {
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
-}
-
-std::string bigEndian(std::size_t value, int bytes) {
-    std::string text;
-    for (int shift = (bytes - 1) * 8; shift >= 0; shift -= 8) text += static_cast<char>(value >> shift & 0xff);
-    return text;
-}
-
-std::string paddedString(std::string_view text) {
-    std::string result(text);
-    result.append(result.size() % 2 == 0 ? 2 : 1, '\0');
-    return result;
-}
-
-std::string chunk(std::uint32_t id, const std::string &contents) {
-    std::string result = bigEndian(id, 4) + bigEndian(contents.size(), 4) + contents;
-    if (contents.size() % 2 != 0) result += '\0';
-    return result;
 }
 
 } // namespace
@@ -185,7 +168,7 @@ void ObjectFile::addSurface(std::string_view name, std::string_view subChunks, s
     std::string contents = paddedString(name) + paddedString("");
     contents += subChunks;
     contents += network;
-    added_ += chunk(kSurface, contents);
+    added_ += chunkBytes(kSurface, contents);
 }
 
 // The contents of a surface's chunk with its network replaced.
@@ -213,7 +196,7 @@ std::string ObjectFile::write() const {
                                          name_, surfaces_[i].name, networks_[i]->size(), kLargestSubChunk));
         const FileRange &range = surfaces_[i].chunk;
         form.append(bytes_, copied, range.at - kChunkHeader - copied);
-        form += chunk(kSurface, surfaceWith(surfaces_[i], *networks_[i]));
+        form += chunkBytes(kSurface, surfaceWith(surfaces_[i], *networks_[i]));
         copied = std::min(range.at + range.size + range.size % 2, end_);
     }
     form.append(bytes_, copied, end_ - copied);
