@@ -1,10 +1,10 @@
 #include "host/bake/bake_texture.h"
 
+#include "host/bake/bake_warnings.h"
 #include "host/bake/margin.h"
 #include "host/bake/texel_source.h"
 #include "host/base/error.h"
 #include "host/base/names.h"
-#include "host/graph/surface.h"
 
 #include <cmath>
 #include <fmt/format.h>
@@ -15,20 +15,11 @@ namespace velm::host {
 namespace {
 
 // Warns about a scene.
-class BakeWarnings {
+class TextureWarnings : public BakeWarnings {
   public:
-    BakeWarnings(const RenderSceneData &scene, const TextureBake &bake, Warnings &warnings)
-        : file_(scene.sceneFile), bake_(bake), scene_(scene), warnings_(warnings) {}
+    using BakeWarnings::BakeWarnings;
 
-    void ofSurfaces(const BakedValue &value) {
-        for (const std::uint16_t index : bake_.target.surfaces)
-            if (!value.has(index))
-                add("surfaces without the output",
-                    fmt::format("the surface {} has no output {}; its polygons are left out",
-                                inQuotes(scene_.surfaces[index].surface->name()), inQuotes(bake_.output)));
-    }
-
-    void ofTriangles(const TexelRaster &raster) {
+    void ofTriangles(const TexelRaster &raster) const {
         const std::string map = inQuotes(raster.map().map().name);
         addCount(raster.missing(), "polygons without UV coordinates",
                  "without coordinates in the UV map " + map + " left out");
@@ -39,7 +30,7 @@ class BakeWarnings {
                  "with coordinates outside 0 to 1 in the UV map " + map + ", which repeats");
     }
 
-    void ofOverlaps(const SharedArray<TileFacts> &tiles) {
+    void ofOverlaps(const SharedArray<TileFacts> &tiles) const {
         std::size_t overlapped = 0;
         const TileFacts *first = nullptr;
         for (std::size_t i = 0; i < tiles.size(); ++i) {
@@ -53,15 +44,7 @@ class BakeWarnings {
                             overlapped, first->polygons[0], first->polygons[1]));
     }
 
-    void ofOrder(const RenderSceneData &scene) {
-        const OrderChoice choice = chooseOrder(RenderOrder::automatic, traitsOf(scene));
-        if (!choice.reason.empty())
-            add("results that depend on the order of evaluation",
-                fmt::format("the result depends on the order of evaluation, which is that of the texels: {}",
-                            choice.reason));
-    }
-
-    void ofNotFinite(const Picture &picture, int frame) {
+    void ofNotFinite(const Picture &picture, int frame) const {
         int count = 0, firstX = 0, firstY = 0;
         for (int y = 0; y < picture.height(); ++y)
             for (int x = 0; x < picture.width(); ++x) {
@@ -78,22 +61,11 @@ class BakeWarnings {
     }
 
   private:
-    void addCount(const TriangleCount &found, const char *brief, const std::string &what) {
+    void addCount(const TriangleCount &found, const char *brief, const std::string &what) const {
         if (found.count > 0)
             add(brief, fmt::format("{} {} {}; the first is of polygon {}", found.count,
                                    found.count == 1 ? "triangle" : "triangles", what, found.firstPolygon));
     }
-    void add(const char *brief, const std::string &message) {
-        warnings_.add({.location = {.file = file_, .line = 0},
-                       .path = pathTo("objects", scene_.objects[bake_.target.object].item->name),
-                       .brief = brief,
-                       .message = message});
-    }
-
-    const std::string &file_;
-    const TextureBake &bake_;
-    const RenderSceneData &scene_;
-    Warnings &warnings_;
 };
 
 // By triangle, whether it is shaded without smoothing.
@@ -121,11 +93,11 @@ BakedTexture bakeTexture(const RenderScene &scene, const RenderJob &job, const T
     const RenderSceneData &data = scene.data();
     const std::uint32_t index = bake.target.object;
     const RenderObject &object = data.objects[index];
-    BakeWarnings warn(data, bake, warnings);
+    const TextureWarnings warn(data, bake.target, warnings);
     const PointEvaluator evaluator(data, BakedValue(data, bake.output, bake.target.surfaces),
                                    Viewer(data, job, bake.viewer));
-    warn.ofSurfaces(evaluator.value());
-    warn.ofOrder(data);
+    warn.ofSurfaces(evaluator.value(), bake.output);
+    warn.ofOrder("the texels");
 
     const auto isWanted = [&](std::uint32_t triangle) { return evaluator.has(index, triangle); };
     const TexelMap map(*object.mesh, object.mesh->uvMaps[bake.uvMap], job.width, job.height);

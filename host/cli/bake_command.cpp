@@ -1,4 +1,4 @@
-// "velm bake": values of surfaces as pictures of a UV map.
+// "velm bake": values of surfaces as pictures of a UV map, or at the vertices of a mesh.
 #include "host/bake/bake_texture.h"
 #include "host/base/error.h"
 #include "host/base/warnings.h"
@@ -10,6 +10,7 @@
 #include "host/cli/picture_command.h"
 #include "host/cli/progress.h"
 #include "host/cli/statistics.h"
+#include "host/cli/vertex_bake.h"
 #include "host/graph/listed_module.h"
 #include "host/session/rendering.h"
 
@@ -46,7 +47,11 @@ BakePlan planBake(const SceneDescription &scene, const BakeOptions &options) {
     return {.job = job, .frames = std::move(frames), .names = FrameNames(options.file, several)};
 }
 
-void prepareBakeOutputs(const BakePlan &plan, const SceneDescription &scene) {
+void prepareBakeOutputs(const BakePlan &plan, const SceneDescription &scene, bool areVertices) {
+    if (areVertices) {
+        for (const int frame : plan.frames) prepareVertexOutput(plan.names(frame), scene);
+        return;
+    }
     const auto [lowest, highest] = std::ranges::minmax_element(plan.frames);
     for (const int frame : {*lowest, *highest}) prepareOutput(plan.names(frame));
     for (const int frame : plan.frames) {
@@ -66,19 +71,44 @@ auto forBakeOption(const char *option, Find find) {
     }
 }
 
-TextureBake resolve(const RenderSceneData &scene, const RenderJob &job, const BakeOptions &options) {
-    TextureBake bake{.target = {}, .output = options.output, .viewer = options.viewer, .margin = options.margin};
-    bake.target.object = forBakeOption("--object", [&] { return findObject(scene, options.object); });
-    bake.target.surfaces =
-        forBakeOption("--surface", [&] { return findSurfaces(scene, bake.target.object, options.surfaces); });
-    bake.uvMap = forBakeOption("--uv", [&] { return findUvMap(scene, bake.target.object, options.uvMap); });
-    const BakedValue value =
-        forBakeOption("--output", [&] { return BakedValue(scene, options.output, bake.target.surfaces); });
+BakeTarget resolveTarget(const RenderSceneData &scene, const BakeOptions &options) {
+    BakeTarget target;
+    target.object = forBakeOption("--object", [&] { return findObject(scene, options.object); });
+    target.surfaces = forBakeOption("--surface", [&] { return findSurfaces(scene, target.object, options.surfaces); });
+    return target;
+}
+
+BakedValue resolveValue(const RenderSceneData &scene, const BakeTarget &target, const RenderJob &job,
+                        const BakeOptions &options) {
+    BakedValue value = forBakeOption("--output", [&] { return BakedValue(scene, options.output, target.surfaces); });
     forBakeOption("--from-direction", [&] { return Viewer(scene, job, options.viewer); });
+    return value;
+}
+
+TextureBake resolve(const RenderSceneData &scene, const RenderJob &job, const BakeOptions &options) {
+    TextureBake bake{.target = resolveTarget(scene, options),
+                     .output = options.output,
+                     .viewer = options.viewer,
+                     .margin = options.margin};
+    bake.uvMap = forBakeOption("--uv", [&] { return findUvMap(scene, bake.target.object, options.uvMap); });
+    const BakedValue value = resolveValue(scene, bake.target, job, options);
     if (options.space && value.kind() != BakedKind::normal)
         throw UsageError("--space: only normals have coordinates; bake Normal");
     bake.space = options.space.value_or(NormalSpace::tangent);
     return bake;
+}
+
+VertexJob resolveVertices(const RenderSceneData &scene, const BakePlan &plan, const BakeOptions &options) {
+    const BakeTarget target = resolveTarget(scene, options);
+    const BakedKind kind = resolveValue(scene, target, plan.job, options).kind();
+    std::vector<std::string> files;
+    for (const int frame : plan.frames) files.push_back(plan.names(frame));
+    try {
+        return vertexJob(scene, target, kind, options, files);
+    } catch (const InputError &error) {
+        if (!error.location().file.empty()) throw; // about the mesh's file
+        throw UsageError(error.message());
+    }
 }
 
 bool holdsNegativeNumbers(const std::string &file) {
@@ -102,18 +132,21 @@ class BakeRun {
     bool run() {
         MeshCache meshes;
         OpenedFile opened = openScene(options_, meshes);
-        // The ground of a rig that nobody asked for would shade the object, and be a second one.
+        // A rig that nobody asked for has a ground, which would shade the object.
         if (opened.rig && !options_.rig && !opened.reader->isScene) opened.rig = Rig::none;
+        // The ground of one that was asked for is not to be baked.
+        if (options_.object.empty() && opened.scene.objects.size() == 1)
+            options_.object = opened.scene.objects.front().name;
         BakePlan plan = planBake(opened.scene, options_);
-        prepareBakeOutputs(plan, opened.scene);
+        prepareBakeOutputs(plan, opened.scene, !options_.vertexMap.empty());
         const ListedModule module(program_.module);
         std::optional<Session> session;
         withOverrides(options_, [&] { session.emplace(completeFile(opened, meshes, warnings_), warnings_, &meshes); });
         plan.job.camera = session->scene().render.camera;
         overrideSettings(options_, *session);
         total_.prepared(session->renderScene().pointCount());
-        const TextureBake bake = resolve(session->renderScene().data(), plan.job, options_);
-        const bool complete = bakeFrames(plan, bake, *session, module.path());
+        const bool complete =
+            options_.vertexMap.empty() ? bakeTextures(plan, *session, module.path()) : bakeVertexMaps(plan, *session);
         if (!warnings_.all().empty()) progress_.note("velm: " + warnings_.summary());
         return complete;
     }
@@ -122,7 +155,9 @@ class BakeRun {
     const TotalStatistics &total() const { return total_; }
 
   private:
-    bool bakeFrames(BakePlan &plan, const TextureBake &bake, Session &session, const std::string &module) {
+    // Calls `bakeFrame` for each frame, which gives a line that says what it wrote, or nothing if it was stopped.
+    bool bakeFrames(BakePlan &plan, Session &session,
+                    const std::function<std::optional<std::string>(const std::string &file)> &bakeFrame) {
         const InterruptGuard guard;
         Rendering rendering(session);
         for (std::size_t i = 0; i < plan.frames.size(); ++i) {
@@ -131,15 +166,36 @@ class BakeRun {
             rendering.setFrame(number);
             rendering.prepare(plan.job);
             progress_.begin(fmt::format("frame {}", number), {.index = i, .count = plan.frames.size()});
-            BakedTexture baked = bakeTexture(session.renderScene(), plan.job, bake, warnings_, &progress_);
+            const std::optional<std::string> done = bakeFrame(plan.names(number));
             rendering.warnOfCircles();
-            total_.add(baked.statistics);
-            if (!baked.complete || InterruptGuard::interrupted()) return false;
-            write(baked, plan.names(number), session.scene().render.workflow, module);
-            progress_.end(fmt::format("{}, {} x {}, in {}", plan.names(number), plan.job.width, plan.job.height,
-                                      durationText(baked.statistics.seconds)));
+            if (!done) return false;
+            progress_.end(*done);
         }
         return true;
+    }
+
+    bool bakeTextures(BakePlan &plan, Session &session, const std::string &module) {
+        const TextureBake bake = resolve(session.renderScene().data(), plan.job, options_);
+        return bakeFrames(plan, session, [&](const std::string &file) -> std::optional<std::string> {
+            BakedTexture baked = bakeTexture(session.renderScene(), plan.job, bake, warnings_, &progress_);
+            total_.add(baked.statistics);
+            if (!baked.complete || InterruptGuard::interrupted()) return std::nullopt;
+            write(baked, file, session.scene().render.workflow, module);
+            return fmt::format("{}, {} x {}, in {}", file, plan.job.width, plan.job.height,
+                               durationText(baked.statistics.seconds));
+        });
+    }
+
+    bool bakeVertexMaps(BakePlan &plan, Session &session) {
+        const VertexJob vertices = resolveVertices(session.renderScene().data(), plan, options_);
+        return bakeFrames(plan, session, [&](const std::string &file) -> std::optional<std::string> {
+            const BakedVertices baked =
+                bakeVertexFile(session, plan.job, vertices, options_.vertexMap, file, progress_);
+            total_.add(baked.statistics);
+            if (!baked.complete) return std::nullopt;
+            return fmt::format("{}, {} places at vertices, in {}", file, baked.count,
+                               durationText(baked.statistics.seconds));
+        });
     }
 
     void write(BakedTexture &baked, const std::string &file, Workflow workflow, const std::string &module) const {
@@ -156,7 +212,7 @@ class BakeRun {
     }
 
     const ProgramOptions &program_;
-    const BakeOptions &options_;
+    BakeOptions options_;
     ProgressReport progress_;
     TotalStatistics total_;
     Warnings warnings_;
@@ -175,6 +231,6 @@ int run(const ProgramOptions &program, const BakeOptions &options, std::ostream 
 } // namespace
 
 constinit const Command bakeCommand = makeCommand<BakeOptions, declareBakeOptions, run>(
-    {.name = "bake", .help = "Bake values of surfaces into a picture of a UV map"});
+    {.name = "bake", .help = "Bake values of surfaces into a picture of a UV map, or into the vertices of a mesh"});
 
 } // namespace velm::host

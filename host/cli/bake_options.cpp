@@ -42,10 +42,32 @@ void declareSubject(CLI::App &command, BakeOptions &options) {
               "The coordinates of normals: tangent, the default, object or world");
 }
 
+VertexMapKind parseMapKind(const std::string &text) {
+    constexpr std::pair<const char *, VertexMapKind> kKinds[] = {
+        {"RGB", VertexMapKind::colours}, {"RGBA", VertexMapKind::coloursWithAlpha}, {"WGHT", VertexMapKind::weights}};
+    return parseWord("--as", text, kKinds);
+}
+
+void declareVertices(CLI::App &command, BakeOptions &options) {
+    auto *const vertices =
+        command
+            .add_option("--vertices", options.vertexMap,
+                        "Bake into the vertices of the mesh, as a map of this name, instead of a picture:\n"
+                        "the file is a copy of the mesh's (.lwo, .glb) or made of any mesh (.ply)")
+            ->check(
+                CLI::Validator([](const std::string &name) { return name.empty() ? "the map has no name" : ""; }, ""))
+            ->type_name("MAP");
+    for (const char *option : {"--size", "--uv", "--margin", "--space"}) vertices->excludes(command.get_option(option));
+    addParsed(command, "--as", options.mapKind, parseMapKind, "KIND",
+              "The kind of vertex map: RGB, the default for colours, RGBA, or WGHT, the default\n"
+              "for numbers")
+        ->needs(vertices);
+}
+
 void declarePicture(CLI::App &command, BakeOptions &options) {
     command
         .add_option("-o", options.file,
-                    "The picture's file: .png, .jpg, .exr, .tif or .hdr. #### or %04d in the name\n"
+                    "The file: .png, .jpg, .exr, .tif or .hdr for a picture. #### or %04d in the name\n"
                     "is replaced by the frame's number; without it, the number of each of several\n"
                     "frames goes before the extension")
         ->required()
@@ -54,7 +76,9 @@ void declarePicture(CLI::App &command, BakeOptions &options) {
               "The size of the picture in texels: N for a square or WxH; 1024 by default");
     command.add_option("--uv", options.uvMap, "The UV map; the first one of the object's mesh by default")
         ->type_name("MAP");
-    command.add_option("--samples", options.samples, "Points per texel; 1 is its middle. 4 by default")
+    command
+        .add_option("--samples", options.samples,
+                    "Points per texel, of which 1 is its middle, or per vertex. 4 by default")
         ->check(CLI::Range(1, kMostSamples))
         ->type_name("N");
     command
@@ -84,6 +108,7 @@ void declareBakeOptions(CLI::App &command, ProgramOptions &program, BakeOptions 
     declareSceneOptions(command, options);
     declareSubject(command, options);
     declarePicture(command, options);
+    declareVertices(command, options);
     command
         .add_option("--threads", options.threads,
                     "Workers that bake; one for each core that this process may use by default")

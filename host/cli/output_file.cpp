@@ -22,6 +22,12 @@ void checkOutputName(const std::string &file) {
 
 void prepareOutput(const std::string &file) {
     checkOutputName(file);
+    prepareFile(file);
+}
+
+void prepareFile(const std::string &file) {
+    if (const auto reason = whyIrreplaceable(file))
+        throw UsageError(fmt::format("cannot write \"{}\": {}", file, *reason));
     std::error_code error;
     const std::filesystem::path directory = std::filesystem::path(file).parent_path();
     if (!directory.empty()) std::filesystem::create_directories(directory, error);

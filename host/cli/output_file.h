@@ -16,6 +16,9 @@ void checkOutputName(const std::string &file);
 // MachineError, with the system's reason, when it cannot. Leaves no file behind.
 void prepareOutput(const std::string &file);
 
+// The same for a file with any extension.
+void prepareFile(const std::string &file);
+
 // UsageError when `output` is the same file as `input`, which is read, under whatever name.
 void refuseToReplace(const std::string &output, const std::string &input);
 // The same for each of these images that was found.
