@@ -46,7 +46,7 @@ TEST(Instances, AreObjectsLikeTheirOwner) {
         ASSERT_EQ(one->channels.size(), 1U) << "the keys of the position are the owner's";
         EXPECT_EQ(one->channels[0].channel, Channel::dissolve);
     }
-    EXPECT_EQ(first.location.line, 9);
+    EXPECT_EQ(first.location.line, 8);
 }
 
 TEST(Instances, AreWrittenAsTheyWereRead) {
