@@ -81,6 +81,19 @@ TEST(Render, WritesExrWithTheExactColour) {
     EXPECT_EQ(middleOf(file), (std::array<float, 3>{0.25F, 0.5F, 1.0F}));
 }
 
+TEST(Render, NamesTheSurfaceWhoseNodeRefusesTheFrame) {
+    const TemporaryDirectory directory;
+    const std::string scene = directory.write("wall.json", R"({"cameras": {"Main": {}},
+"surfaces": {
+  "Glow": {"nodes": {"Place": {"server": "Item Info", "settings": {"Item": "Nobody"}}},
+           "connections": ["Place.Position -> Glow.Normal"]}}})");
+    const test::Outcome outcome = test::velm({"render", scene, "-o", directory / "wall.png"});
+    EXPECT_EQ(outcome.status, kExitInput) << outcome.err;
+    EXPECT_NE(outcome.err.find(scene + ":3: surface \"Glow\": node \"Place\": the scene has no item"),
+              std::string::npos)
+        << outcome.err;
+}
+
 TEST(Render, TakesSizeAndRegionFromTheCommandLine) {
     const TemporaryDirectory directory;
     const std::string file = directory / "wall.hdr"; // an EXR file would have the region alone

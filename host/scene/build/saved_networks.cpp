@@ -28,13 +28,9 @@ class PlaceholderWarnings {
     }
 
   private:
-    SourceLocation location() const {
-        return surface_.saved.file.empty() ? surface_.location : SourceLocation{.file = surface_.saved.file, .line = 0};
-    }
-
     void addNode(const HostNode &node, const std::string &path) {
         const std::string server = inQuotes(node.server->name());
-        warnings_.add({.location = location(),
+        warnings_.add({.location = locationOf(surface_),
                        .path = path,
                        .brief = "no node " + server,
                        .message = fmt::format("surface {}, node {}: there is no node {} here; its data are preserved, "
@@ -44,7 +40,7 @@ class PlaceholderWarnings {
 
     void addInput(const Network &network, const HostInput &input, const std::string &path) {
         warnings_.add(
-            {.location = location(),
+            {.location = locationOf(surface_),
              .path = path,
              .brief = fmt::format("no input {} of a surface", inQuotes(input.name)),
              .message = fmt::format("surface {}: {} has no input {} here; its connection is preserved, but "
@@ -57,6 +53,10 @@ class PlaceholderWarnings {
 };
 
 } // namespace
+
+SourceLocation locationOf(const SurfaceDescription &surface) {
+    return surface.saved.file.empty() ? surface.location : SourceLocation{.file = surface.saved.file, .line = 0};
+}
 
 HostNode &makeDescribed(const NodeDescription &node, Network &network, ServerList &servers) {
     HostNode &made = servers.find(node.server) || node.kind.empty()

@@ -12,6 +12,9 @@ namespace velm::host {
 // All of it: [interface thread; not while rendering]; InputErrors have no location in the scene file unless said
 // otherwise.
 
+// The object file that a surface is from, or its place in the scene file.
+SourceLocation locationOf(const SurfaceDescription &surface);
+
 // Makes a node of its server, or a placeholder if there is no such server and the description has the node's kind.
 // Gives it its saved data and its look.
 HostNode &makeDescribed(const NodeDescription &node, Network &network, ServerList &servers);

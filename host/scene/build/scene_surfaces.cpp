@@ -200,6 +200,17 @@ class NetworkBuilder {
     std::vector<PendingConnections> connections_;
 };
 
+// Adds a location to the errors of an action that do not have one.
+template <class Act>
+void withLocation(const SourceLocation &location, Act act) {
+    try {
+        act();
+    } catch (const InputError &error) {
+        if (!error.location().file.empty()) throw;
+        throw InputError(location, error.message());
+    }
+}
+
 } // namespace
 
 SceneSurfaces::Images::~Images() { ImageList::instance().clear(); }
@@ -215,6 +226,7 @@ SceneSurfaces::SceneSurfaces(const SceneDescription &scene, ServerList &servers,
     NetworkBuilder builder(servers);
     for (const SurfaceDescription &description : scene.surfaces) {
         Surface &surface = *surfaces_.all.emplace_back(std::make_unique<Surface>(description.name));
+        locations_.push_back(locationOf(description));
         const std::string path = pathTo("surfaces", description.name);
         if (!description.saved.file.empty()) {
             ImageList::instance().setLastError({});
@@ -263,7 +275,7 @@ void SceneSurfaces::showFrame(int frame, Warnings &warnings) {
 void SceneSurfaces::init(int mode) {
     for (std::size_t done = 0; done < surfaces_.all.size(); ++done) {
         try {
-            surfaces_.all[done]->init(mode);
+            withLocation(locations_[done], [&] { surfaces_.all[done]->init(mode); });
         } catch (...) {
             for (std::size_t i = 0; i < done; ++i) surfaces_.all[i]->cleanup();
             throw;
@@ -272,7 +284,8 @@ void SceneSurfaces::init(int mode) {
 }
 
 void SceneSurfaces::newTime(int frame, double time) {
-    for (const auto &surface : surfaces_.all) surface->newTime(frame, time);
+    for (std::size_t i = 0; i < surfaces_.all.size(); ++i)
+        withLocation(locations_[i], [&] { surfaces_.all[i]->newTime(frame, time); });
 }
 
 void SceneSurfaces::cleanup() {

@@ -35,8 +35,8 @@ class SceneSurfaces {
     // and the image is transparent. InputError under the strict policy. [between frames]
     void showFrame(int frame, Warnings &warnings);
 
-    // Forwarded to all surfaces. When one fails to initialise, those before it are cleaned up, and the InputError is
-    // passed on. [between frames]
+    // Forwarded to all surfaces. When one fails to initialise, those before it are cleaned up. The InputError of init
+    // and newTime has the location of the surface. [between frames]
     void init(int mode);
     void newTime(int frame, double time); // seconds
     void cleanup();
@@ -53,6 +53,7 @@ class SceneSurfaces {
     };
     Images images_;
     std::vector<ImageDescription> sequences_;
+    std::vector<SourceLocation> locations_; // of the surfaces
     Surfaces surfaces_;
 };
 
