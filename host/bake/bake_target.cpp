@@ -42,7 +42,7 @@ std::vector<std::uint16_t> findSurfaces(const RenderSceneData &scene, std::uint3
                                         const std::vector<std::string> &names) {
     std::vector<std::uint16_t> known = scene.objects[object].surfaces;
     std::ranges::sort(known);
-    known.erase(std::ranges::unique(known).begin(), known.end());
+    known.erase(std::unique(known.begin(), known.end()), known.end());
     if (names.empty()) return known;
     std::vector<std::uint16_t> wanted;
     for (const std::string &name : names) {

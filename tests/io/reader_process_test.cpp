@@ -213,7 +213,7 @@ TEST_F(ReaderProcessTest, RunNoExitHandlersOfTheirStarter) {
     readNumbers([](Numbers &) {});
     failureOf([](Numbers &) { std::exit(3); });
     char byte = 0;
-    EXPECT_EQ(read(ends[0], &byte, 1), -1);
+    EXPECT_EQ(::read(ends[0], &byte, 1), -1);
     for (const int end : ends) close(end);
 }
 
@@ -231,12 +231,12 @@ TEST_F(ReaderProcessTest, EndWithTheirStarter) {
     }
     close(ends[1]);
     char byte = 0;
-    ASSERT_EQ(read(ends[0], &byte, 1), 1); // the work has begun
+    ASSERT_EQ(::read(ends[0], &byte, 1), 1); // the work has begun
     kill(starter, SIGKILL);
     waitpid(starter, nullptr, 0);
     pollfd end{.fd = ends[0], .events = POLLIN, .revents = 0};
     ASSERT_EQ(poll(&end, 1, 10000), 1);
-    EXPECT_EQ(read(ends[0], &byte, 1), 0) << "the end of the last process that has the other end of the pipe";
+    EXPECT_EQ(::read(ends[0], &byte, 1), 0) << "the end of the last process that has the other end of the pipe";
     close(ends[0]);
 }
 

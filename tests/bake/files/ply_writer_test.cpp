@@ -32,7 +32,7 @@ std::vector<std::array<float, 3>> sorted(const std::pmr::vector<HostPoint> &poin
     std::vector<std::array<float, 3>> all;
     for (const HostPoint &p : points) all.push_back({p.position[0], p.position[1], p.position[2]});
     std::ranges::sort(all);
-    all.erase(std::ranges::unique(all).begin(), all.end());
+    all.erase(std::unique(all.begin(), all.end()), all.end());
     return all;
 }
 
