@@ -197,8 +197,9 @@ SceneDescription withInstances(SceneDescription scene) {
         for (int i = 1; i < kCount; ++i) {
             ObjectDescription &added = scene.objects.emplace_back(object);
             added.name += ' ' + std::to_string(i);
-            added.position[0] += kSpacing * (i % kColumns);
-            added.position[2] += kSpacing * (i / kColumns);
+            const int row = i / kColumns, column = i % kColumns;
+            added.position[0] += kSpacing * column;
+            added.position[2] += kSpacing * row;
             added.rotation[0] += 37.0 * i;
         }
     }

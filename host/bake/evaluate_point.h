@@ -43,8 +43,8 @@ class Viewer {
 // Evaluates points of one scene at one time. The scene has to outlive it.
 class PointEvaluator {
   public:
-    PointEvaluator(const RenderSceneData &scene, BakedValue value, Viewer viewer)
-        : scene_(scene), value_(std::move(value)), viewer_(std::move(viewer)) {}
+    PointEvaluator(const RenderSceneData &scene, BakedValue value, const Viewer &viewer)
+        : scene_(scene), value_(std::move(value)), viewer_(viewer) {}
 
     const BakedValue &value() const { return value_; }
 

@@ -82,7 +82,9 @@ int VertexGroups::height() const {
 }
 
 std::size_t VertexGroups::groupOf(int x, int y) const {
-    const auto tile = static_cast<std::size_t>(y / kTileSize * columns_ + x / kTileSize);
+    const int row = y / kTileSize, column = x / kTileSize;
+    const auto tile =
+        static_cast<std::size_t>(row) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(column);
     return tile * kTilePixels + static_cast<std::size_t>(y % kTileSize * kTileSize + x % kTileSize);
 }
 
