@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <fmt/format.h>
 #include <random>
 
@@ -42,11 +41,11 @@ std::string cubeText() {
     std::string text;
     for (int face = 0; face < 6; ++face) {
         const auto &[out, right, up] = sides[face];
+        const auto row = face / 3, column = face % 3;
         for (int k = 0; k < 4; ++k) {
             const double x = k == 1 || k == 2 ? 1 : -1, y = k >= 2 ? 1 : -1;
             const Vec3 corner = out + x * right + y * up;
-            const double u = face % 3 / 3.0 + (face == 1 ? -x : x) * 0.13 + 1.0 / 6,
-                         v = face / 3 / 2.0 + y * 0.2 + 0.25;
+            const double u = column / 3.0 + (face == 1 ? -x : x) * 0.13 + 1.0 / 6, v = row / 2.0 + y * 0.2 + 0.25;
             text += fmt::format("v {} {} {}\nvt {} {}\n", corner.x, corner.y, corner.z, u, v);
         }
         text +=
@@ -101,7 +100,7 @@ TEST(Margin, ChangesNoCoveredTexel) {
         for (int x = 0; x < 64; ++x) {
             if (without.pixel(x, y)[3] > 0) {
                 ++covered;
-                EXPECT_EQ(std::memcmp(without.pixel(x, y), with.pixel(x, y), 4 * sizeof(float)), 0);
+                EXPECT_TRUE(std::equal(without.pixel(x, y), without.pixel(x, y) + 4, with.pixel(x, y)));
             } else {
                 EXPECT_EQ(texelOf(without, x, y), Vec3());
                 EXPECT_EQ(with.pixel(x, y)[3], 0);

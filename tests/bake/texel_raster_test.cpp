@@ -130,7 +130,8 @@ TEST(TexelGeometry, MapsTheSquareToPolygonsWithEqualAreas) {
     constexpr int kSide = 512;
     constexpr double kMean = 4.0 / kSide; // points are that far apart about the polygon's first corner
     for (int i = 0; i < kSide * kSide; ++i) {
-        const TexelPoint point = pointIn(polygon, (i % kSide + 0.5) / kSide, (i / kSide + 0.5) / kSide);
+        const int row = i / kSide, column = i % kSide;
+        const TexelPoint point = pointIn(polygon, (column + 0.5) / kSide, (row + 0.5) / kSide);
         const CornerWeights weights = triangle.weightsAt(point);
         EXPECT_GE(std::min({weights[0], weights[1], weights[2]}), -1e-12);
         EXPECT_TRUE(point.x >= -1e-12 && point.x <= 1 + 1e-12 && point.y >= -1e-12 && point.y <= 1 + 1e-12);

@@ -196,7 +196,7 @@ TEST(VertexMapWriter, AddsPaddingThatTheLastChunkLacks) {
     EXPECT_EQ(bytes.substr(bytes.size() - 3), "abc"); // nothing is added after it
 
     // A map whose name lacks its padding, too.
-    const std::string odd = kBody + "VMAP" + big(9, 4) + "PICK" + big(0, 2) + std::string("ab", 3);
+    const std::string odd = kBody + "VMAP" + big(9, 4) + "PICK" + big(0, 2) + std::string("ab\0", 3);
     const std::string added = written("FORM" + big(4 + odd.size(), 4) + "LWO2" + odd, map);
     EXPECT_EQ(mapsIn(added).size(), 2U);
     EXPECT_EQ(written(added, map), added);

@@ -93,7 +93,10 @@ std::string universal(std::initializer_list<uint32_t> processors) {
 TEST(Sha256, GivesThePublishedHashes) { // FIPS 180-4's examples, one and two blocks long
     const auto hex = [](const std::string &text) {
         std::string digits;
-        for (const unsigned char c : sha256(text)) (digits += "0123456789abcdef"[c >> 4]) += "0123456789abcdef"[c & 15];
+        for (const char one : sha256(text)) {
+            const auto byte = static_cast<unsigned char>(one);
+            (digits += "0123456789abcdef"[byte >> 4]) += "0123456789abcdef"[byte & 15];
+        }
         return digits;
     };
     EXPECT_EQ(hex("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");

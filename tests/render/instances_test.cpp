@@ -28,9 +28,9 @@ void addBalls(TestScene &scene, Sharing sharing) {
     scene.job.height = 64;
     for (int i = 0; i < kBalls; ++i) {
         const double radius = 0.1 * (sharing == Sharing::copies ? 1 + 1e-12 * i : 1.0);
-        ObjectDescription &ball =
-            scene.object(fmt::format("Ball {}", i), SphereShape{.radius = radius, .segments = 16}, "Ball",
-                         {0.2 * (i % kColumns) - 2.2, 0.16 * (i / kColumns) - 1.52, 0.05 * (i % 7)});
+        const int row = i / kColumns, column = i % kColumns;
+        ObjectDescription &ball = scene.object(fmt::format("Ball {}", i), SphereShape{.radius = radius, .segments = 16},
+                                               "Ball", {0.2 * column - 2.2, 0.16 * row - 1.52, 0.05 * (i % 7)});
         ball.rotation = {11.0 * i, 7.0 * i, 5.0 * i};
         ball.scale = {i % 2 == 0 ? 1.0 : -0.8, 0.6 + 0.1 * (i % 5), i % 3 == 0 ? -1.1 : 0.9};
     }
@@ -243,10 +243,10 @@ void addRings(TestScene &scene, const std::string &file, Sharing sharing, bool i
     scene.job.height = 40;
     scene.surface("Ball").smoothingAngle = 60;
     for (int i = 0; i < kRings; ++i) {
-        const int setting = sharing == Sharing::copies ? i : 0;
+        const int setting = sharing == Sharing::copies ? i : 0, row = i / 3, column = i % 3;
         ObjectDescription &ring =
             scene.object(fmt::format("Ring {}", i), MeshFile{.file = file, .subdivision = setting}, "Ball",
-                         {1.1 * (i % 3) - 1.1, 1.1 * (i / 3) - 0.55, 0.1 * i});
+                         {1.1 * column - 1.1, 1.1 * row - 0.55, 0.1 * i});
         ring.rotation = {20.0 * i, 30, 13.0 * i};
         const double scale = 0.6 + 0.1 * i;
         ring.scale = {i % 2 == 0 ? scale : -scale, scale, isStretched && i == kRings - 1 ? 0.3 : scale};
@@ -374,9 +374,11 @@ TEST(Instances, AHundredTakeOnePercentMoreThanOne) {
     TestScene one, hundred;
     for (auto [scene, count] : {std::pair{&one, 1}, {&hundred, 100}}) {
         scene->surface("Ball");
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < count; ++i) {
+            const int row = i / 10, column = i % 10;
             scene->object(fmt::format("Ball {}", i), SphereShape{.radius = 1, .segments = 400}, "Ball",
-                          {3.0 * (i % 10), 3.0 * (i / 10), 0});
+                          {3.0 * column, 3.0 * row, 0});
+        }
         scene->renderScene();
     }
     EXPECT_LE(static_cast<double>(bytesOf(hundred)), 1.01 * static_cast<double>(bytesOf(one)));

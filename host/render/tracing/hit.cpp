@@ -53,9 +53,8 @@ Vec3 smoothNormal(const RenderObject &object, std::uint32_t triangle, const Corn
 // The largest sum of the absolute values of a row: a bound on how much the matrix makes coordinates larger.
 double rowNorm(const Matrix &matrix) {
     double norm = 0;
-    for (int row = 0; row < 3; ++row)
-        norm = std::max(norm, std::fabs(matrix.m[3 * row]) + std::fabs(matrix.m[3 * row + 1]) +
-                                  std::fabs(matrix.m[3 * row + 2]));
+    for (std::size_t row = 0; row < 9; row += 3)
+        norm = std::max(norm, std::fabs(matrix.m[row]) + std::fabs(matrix.m[row + 1]) + std::fabs(matrix.m[row + 2]));
     return norm;
 }
 

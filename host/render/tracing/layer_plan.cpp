@@ -5,6 +5,7 @@
 #include "host/render/geometry/vector.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <string_view>
 #include <utility>
 
@@ -81,7 +82,7 @@ LayerPlan::LayerPlan(const RenderSceneData &scene, const std::vector<std::string
 void LayerPlan::add(const RenderSceneData &scene, const std::string &name) {
     for (const LayerName &layer : layerNames()) {
         if (name != layer.name) continue;
-        for (const std::string &channel : layer.channels) channels_.push_back(name + '.' + channel);
+        for (const std::string &channel : layer.channels) channels_.push_back(fmt::format("{}.{}", name, channel));
         layers_.push_back({.kind = layer.kind, .channels = layer.channels.size(), .inputs = {}});
         return;
     }
@@ -99,7 +100,7 @@ void LayerPlan::add(const RenderSceneData &scene, const std::string &name) {
     std::ranges::replace(channel, '/', '.');
     const std::vector<std::string> components = componentsOf(type);
     if (components.empty()) channels_.push_back(channel);
-    for (const std::string &component : components) channels_.push_back(channel + '.' + component);
+    for (const std::string &component : components) channels_.push_back(fmt::format("{}.{}", channel, component));
     layers_.push_back({.kind = LayerKind::node,
                        .channels = std::max<std::size_t>(components.size(), 1),
                        .inputs = std::move(inputs)});
